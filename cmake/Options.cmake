@@ -1,0 +1,27 @@
+# What a build of this project can be asked for, and the defaults that hold everywhere.
+option(WARNINGS_AS_ERRORS "Make every warning an error (continuous integration)" OFF)
+option(BUILD_BENCHMARKS "Build bench/ (needs Google Benchmark)" OFF)
+option(BUILD_FUZZERS "Build fuzz/ with libFuzzer (needs clang)" OFF)
+option(COVERAGE "Count the lines and branches that run (gcov)" OFF)
+set(SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize takes them: address,undefined or thread")
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+find_program(CCACHE ccache)
+if(CCACHE)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+    set(CMAKE_C_COMPILER_LAUNCHER ${CCACHE})
+endif()
+
+if(SANITIZE)
+    add_compile_options(-fsanitize=${SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    add_link_options(-fsanitize=${SANITIZE})
+endif()
+if(COVERAGE)
+    add_compile_options(--coverage -fno-inline)
+    add_link_options(--coverage)
+endif()

@@ -1,0 +1,5 @@
+# The warnings that our own targets are clean of under g++ 12 and clang 14.
+add_library(project_warnings INTERFACE)
+target_compile_options(project_warnings INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Wold-style-cast
+    $<$<BOOL:${WARNINGS_AS_ERRORS}>:-Werror>)
