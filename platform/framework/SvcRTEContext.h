@@ -5,7 +5,6 @@
 #include "framework/FrameworkContext.h"
 
 class SvcRTEContext : public FrameworkContext
-{
-};
+{};
 
 using Context = SvcRTEContext;

@@ -8,9 +8,9 @@
 enum sfiServerType : int
 {
     sfiServerGeneric = 0,
-    sfiServerWithPickup = 1,            // directed pickup is a dialog operation, not a number to call
-    sfiServerWithNoReplyDelay = 2,      // the delay of forwarding on no reply may be set on the phone
-    sfiServerBridgedAppearances = 7,    // appearances of a bridged line are reserved before use
+    sfiServerWithPickup = 1,          // directed pickup is a dialog operation, not a number to call
+    sfiServerWithNoReplyDelay = 2,    // the delay of forwarding on no reply may be set on the phone
+    sfiServerBridgedAppearances = 7,  // appearances of a bridged line are reserved before use
 };
 
 bool sfiGetServerBasedFeaturesEnabled();

@@ -11,10 +11,10 @@
 enum sfiResult : int
 {
     sfiFailure = 0,
-    sfiFailureCallBackInvalidState = 1,     // the call is in no state that allows a call-back
-    sfiFailureCallBackNoCallInfo = 2,       // there is no such call
-    sfiFailureCallBackToMany = 3,           // the number of call-backs is exhausted
-    sfiFailureCallBackAllreadyExists = 4,   // a call-back to this party is set already
+    sfiFailureCallBackInvalidState = 1,    // the call is in no state that allows a call-back
+    sfiFailureCallBackNoCallInfo = 2,      // there is no such call
+    sfiFailureCallBackToMany = 3,          // the number of call-backs is exhausted
+    sfiFailureCallBackAllreadyExists = 4,  // a call-back to this party is set already
     sfiSuccess = 5,
 };
 
@@ -99,22 +99,22 @@ enum sfiForwardingType : int
 
 enum sfiCallState : int
 {
-    sfiCallStateIdle = 0,            // cleared; the call id is free again
-    sfiCallStateDialling = 1,        // the request is on its way
-    sfiCallStateProceeding = 2,      // the far side works on it
+    sfiCallStateIdle = 0,        // cleared; the call id is free again
+    sfiCallStateDialling = 1,    // the request is on its way
+    sfiCallStateProceeding = 2,  // the far side works on it
     sfiCallStateRemoteRinging = 3,
-    sfiCallStateIncoming = 4,        // offered to this telephone
-    sfiCallStateRinging = 5,         // alerting here
+    sfiCallStateIncoming = 4,  // offered to this telephone
+    sfiCallStateRinging = 5,   // alerting here
     sfiCallStateConnected = 6,
-    sfiCallStateHeld = 7,            // by this telephone
-    sfiCallStateRemotelyHeld = 8,    // by the far end
+    sfiCallStateHeld = 7,          // by this telephone
+    sfiCallStateRemotelyHeld = 8,  // by the far end
     sfiCallStateHeldByBoth = 9,
     sfiCallStateConference = 10,
     sfiCallStateTransferring = 11,
     sfiCallStateClearing = 12,
-    sfiCallStateBusy = 13,           // the far end was busy; the call is over
-    sfiCallStateFailed = 14,         // it failed for another reason; the call is over
-    sfiCallStateAccepted = 17,       // alerting on the keyset only
+    sfiCallStateBusy = 13,      // the far end was busy; the call is over
+    sfiCallStateFailed = 14,    // it failed for another reason; the call is over
+    sfiCallStateAccepted = 17,  // alerting on the keyset only
 };
 
 enum sfiReason : int
@@ -237,7 +237,7 @@ enum sfiCallCompletionType : int
 enum sfiCallCompletionState : int
 {
     sfiCallCompletionActivated = 0,
-    sfiCallCompletionReady = 1,      // the party is free: the call-back can be made
+    sfiCallCompletionReady = 1,  // the party is free: the call-back can be made
     sfiCallCompletionCancelled = 2,
     sfiCallCompletionDone = 3,
 };
@@ -246,7 +246,7 @@ enum sfiCallCompletionFailureType : int
 {
     sfiCallCompletionFailureRefused = 0,  // the server or the party does not offer it
     sfiCallCompletionFailureTimeout = 1,
-    sfiCallCompletionFailureEnded = 2,    // the party's side ended it
+    sfiCallCompletionFailureEnded = 2,  // the party's side ended it
 };
 
 // The call record that every call operation is handed: which line, which appearance of it, which call.
