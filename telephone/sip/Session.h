@@ -48,7 +48,7 @@ struct Invitation
     std::string referredBy;
     bool answerAutomatically = false;  // Answer-Mode: Auto (RFC 5373), answer-after in Call-Info or Alert-Info, or
                                        // info= alert-autoanswer in Alert-Info
-    Headers headers;  // all of them
+    Headers headers;                   // all of them
 
     // The asserted identity where there is one, else From.
     const NameAddr& caller() const { return assertedIdentity ? *assertedIdentity : from; }
