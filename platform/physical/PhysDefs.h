@@ -90,10 +90,10 @@ constexpr int kLampSecondAlert = 69;
 class SubscriptionGrp
 {
 public:
-    SubscriptionGrp(int kind, int identifier, int action)
-        : kind(kind)
-        , identifier(identifier)
-        , action(action)
+    SubscriptionGrp(int kindOfEvent, int whichOne, int actionOnIt)
+        : kind(kindOfEvent)
+        , identifier(whichOne)
+        , action(actionOnIt)
     {}
     SubscriptionGrp(SubscriptionGrp const&) = default;
     SubscriptionGrp& operator=(SubscriptionGrp const&) = default;
@@ -107,36 +107,32 @@ public:
 class KeyGrpButtonEvents : public SubscriptionGrp
 {
 public:
-    static constexpr int kKind = 8;
-    KeyGrpButtonEvents(int identifier, int action)
-        : SubscriptionGrp(kKind, identifier, action)
+    KeyGrpButtonEvents(int keyGroup, int actionOnIt)
+        : SubscriptionGrp(8, keyGroup, actionOnIt)
     {}
 };
 
 class KeyGrpOther : public SubscriptionGrp
 {
 public:
-    static constexpr int kKind = 1;
-    KeyGrpOther(int identifier, int action)
-        : SubscriptionGrp(kKind, identifier, action)
+    KeyGrpOther(int keyGroup, int actionOnIt)
+        : SubscriptionGrp(1, keyGroup, actionOnIt)
     {}
 };
 
 class ActionGrp : public SubscriptionGrp
 {
 public:
-    static constexpr int kKind = 0;
-    ActionGrp(int identifier, int action)
-        : SubscriptionGrp(kKind, identifier, action)
+    ActionGrp(int actionGroup, int actionOnIt)
+        : SubscriptionGrp(0, actionGroup, actionOnIt)
     {}
 };
 
 class FunctionalEventSubscription : public SubscriptionGrp
 {
 public:
-    static constexpr int kKind = 24;
-    FunctionalEventSubscription(int identifier, int action)
-        : SubscriptionGrp(kKind, identifier, action)
+    FunctionalEventSubscription(int keyFunction, int actionOnIt)
+        : SubscriptionGrp(24, keyFunction, actionOnIt)
     {}
 };
 
