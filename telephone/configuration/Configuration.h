@@ -1,0 +1,151 @@
+// Everything that a configuration file can say, as plain values with their defaults. Read once at start by
+// ConfigurationFile; constant from then on, so every thread may read it.
+//
+// Without a file the telephone is a keyset of two lines, 4711 and 4712, at its built-in exchange.
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+namespace telephone {
+
+enum class Transport
+{
+    kUdp,
+    kTcp,
+};
+
+// One line, and the account it registers with.
+struct LineConfiguration
+{
+    std::string id;           // the line identifier that requests and events carry, for example 4711
+    int number = 0;           // 1 to 255; 0: its place in the file
+    std::string user;         // user part of its address; empty: the id
+    std::string displayName;  // shown to whom it calls
+    std::string description;  // short text for its key
+    std::string authUser;     // empty: the user
+    std::string password;
+    bool registers = true;  // false: peer to peer, calls by URI
+    bool primary = false;
+    int sharedLineType = 0;    // LineData::kNotShared, kSharedLine, kBridgedLine
+    int ring = 1;              // 0: silent
+    int ringDelay = 0;         // seconds
+    int overviewPosition = 0;  // 0: its place in the file, from 1
+    bool visibleOnOverview = true;
+    int audibleAlert = 0;
+    int hotWarmType = 0;  // LineData::kHotWarmNone, kHotLine, kWarmLine
+    std::string hotWarmDigits;
+    int appearances = 1;  // more than 1: a multi-call-appearance line
+    bool isPrivate = false;
+};
+
+// One key of the layout.
+struct KeyConfiguration
+{
+    int number = 0;  // key number (FPK), from 1
+    std::string
+        function;  // line, dss, blf, forwarding, dnd, hold, mute, headset, messages, toggle, release, preview, ignore
+    std::string target;  // line id, or the number of a dss, blf or toggle key
+    std::string label;
+    bool monitorOnly = false;  // dss: shows, never acts
+};
+
+struct SipConfiguration
+{
+    std::string address = "127.0.0.1";  // never another one unless the file names it
+    int port = 0;                       // UDP and TCP; 0: any free one
+    Transport transport = Transport::kUdp;
+    std::string userAgent = "reference telephone";
+};
+
+// The call server that lines register at.
+struct ServerConfiguration
+{
+    std::string registrar;       // sip:host:port; empty: the built-in exchange, or none when that is off
+    std::string domain;          // empty: the registrar's host
+    int expires = 300;           // seconds
+    int type = 0;                // sfiServerType
+    std::string directedPickup;  // address to which the number to pick up is appended; empty: the exchange's
+    std::string groupPickup;     // number; empty: the exchange's
+    std::string voiceMail;
+    bool messageWaiting = true;   // subscribe to message-summary
+    bool serverFeatures = false;  // forwarding and do-not-disturb are held by the server
+    bool forwardingPrivacy = false;
+};
+
+struct ExchangeConfiguration
+{
+    bool enabled = true;
+    int port = 0;  // 0: any free one
+    std::string realm = "exchange";
+    std::string password = "secret";  // of every number that has none of its own
+};
+
+struct MediaConfiguration
+{
+    std::string source = "tone";  // tone, silence, or a WAV file (8 kHz mono 16 bit, or converted)
+    std::string heard;            // WAV file for all that is heard; empty: none
+};
+
+struct CallConfiguration
+{
+    int maximum = 100;                          // calls at once
+    bool automaticRinging = true;               // an offered call rings before an application accepts it
+    int doNotDisturbStatus = 486;               // or 480
+    int dialRestriction = 0;                    // 4: no outgoing calls
+    int reinviteTimeout = 8;                    // seconds until an unanswered re-INVITE is a failure
+    int callBacks = 5;                          // at most so many at once
+    std::vector<std::string> permittedNumbers;  // may be dialled while the phone is locked
+    std::vector<std::string> emergencyNumbers;
+};
+
+struct ApplicationSocketConfiguration
+{
+    std::string path;  // empty: in the run folder
+    int maximumApplications = 256;
+    int queuedMessages = 20000;  // for an application that does not read; older ones are dropped, the gap shows
+};
+
+struct StoreConfiguration
+{
+    std::string path;  // SQLite file; empty: in memory, for this run only
+};
+
+struct RecordingConfiguration
+{
+    std::string folder;  // empty: recording is refused
+};
+
+struct PushConfiguration
+{
+    std::string address;  // http://host:port/path; empty: off
+};
+
+struct LogConfiguration
+{
+    int level = 4;     // 0 (off) to 6 (every request)
+    std::string file;  // empty: standard error
+};
+
+struct Configuration
+{
+    bool keyset = true;  // false: a single-line telephone
+    std::vector<LineConfiguration> lines;
+    std::vector<KeyConfiguration> keys;
+    SipConfiguration sip;
+    ServerConfiguration server;
+    ExchangeConfiguration exchange;
+    MediaConfiguration media;
+    CallConfiguration calls;
+    ApplicationSocketConfiguration applications;
+    StoreConfiguration store;
+    RecordingConfiguration recording;
+    PushConfiguration push;
+    LogConfiguration log;
+
+    // The telephone without a file.
+    static Configuration standard();
+};
+
+}  // namespace telephone
