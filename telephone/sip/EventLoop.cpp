@@ -1,0 +1,182 @@
+#include "EventLoop.h"
+
+#include "Stack.h"
+
+#include <algorithm>
+#include <atomic>
+#include <deque>
+#include <mutex>
+#include <stdexcept>
+#include <thread>
+
+#include <pthread.h>
+
+namespace telephone::sip {
+
+namespace {
+
+// Files that the process may have open while the loop polls; the stack's own default is too few for a hundred calls.
+constexpr int kMostFiles = 8192;
+
+constexpr int kWake = 0;
+constexpr int kQuit = 1;
+
+std::atomic<bool> loopExists{false};
+
+// Of the calling thread; there is only one loop.
+thread_local int lockDepth = 0;
+
+}  // namespace
+
+struct EventLoop::Impl
+{
+    Impl();
+    ~Impl();
+    void run();
+    void wake();
+    void runWork();
+
+    pthread_mutex_t mutex{};
+    mqueue* queue = nullptr;
+    std::thread thread;
+    std::atomic<std::thread::id> threadId{};
+    std::atomic<bool> wakePending{false};
+    std::mutex workMutex;
+    std::deque<std::function<void()>> work;
+};
+
+EventLoop::Impl::Impl()
+{
+    pthread_mutexattr_t attributes;
+    pthread_mutexattr_init(&attributes);
+    pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
+    pthread_mutex_init(&mutex, &attributes);
+    pthread_mutexattr_destroy(&attributes);
+
+    const auto received = [](int id, void*, void* object) {
+        auto* self = static_cast<Impl*>(object);
+        self->wakePending = false;
+        if (id == kQuit)
+            re_cancel();
+        else
+            self->runWork();
+    };
+    if (libre_init() != 0)
+        throw std::runtime_error("the SIP stack does not start");
+    re_set_mutex(&mutex);
+    (void)fd_setsize(kMostFiles);
+    if (const int error = mqueue_alloc(&queue, received, this))
+        throw std::runtime_error("the event loop has no queue: " + errorText(error));
+}
+
+EventLoop::Impl::~Impl()
+{
+    mem_deref(queue);
+    re_set_mutex(nullptr);
+    fd_setsize(0);
+    libre_close();
+    pthread_mutex_destroy(&mutex);
+}
+
+void EventLoop::Impl::run()
+{
+    threadId = std::this_thread::get_id();
+    (void)re_main(nullptr);
+    threadId = std::thread::id();
+}
+
+void EventLoop::Impl::wake()
+{
+    if (!wakePending.exchange(true))
+        (void)mqueue_push(queue, kWake, nullptr);
+}
+
+void EventLoop::Impl::runWork()
+{
+    std::deque<std::function<void()>> ready;
+    {
+        std::lock_guard guard(workMutex);
+        ready.swap(work);
+    }
+    for (auto& function : ready)
+        function();
+}
+
+EventLoop::EventLoop()
+{
+    if (loopExists.exchange(true))
+        throw std::runtime_error("there is an event loop in this process already");
+    try {
+        impl_ = std::make_unique<Impl>();
+    } catch (...) {
+        loopExists = false;
+        throw;
+    }
+}
+
+EventLoop::~EventLoop()
+{
+    stop();
+    impl_.reset();
+    loopExists = false;
+}
+
+void EventLoop::start()
+{
+    if (impl_->thread.joinable())
+        return;
+    impl_->thread = std::thread([this] { impl_->run(); });
+}
+
+void EventLoop::stop()
+{
+    if (!impl_->thread.joinable())
+        return;
+    while (mqueue_push(impl_->queue, kQuit, nullptr) != 0)
+        std::this_thread::yield();
+    impl_->thread.join();
+}
+
+void EventLoop::lock()
+{
+    re_thread_enter();
+    ++lockDepth;
+}
+
+bool EventLoop::try_lock()
+{
+    if (pthread_mutex_trylock(&impl_->mutex) != 0)
+        return false;
+    ++lockDepth;
+    return true;
+}
+
+void EventLoop::unlock()
+{
+    --lockDepth;
+    const bool outermost = lockDepth == 0 && !isLoopThread();
+    re_thread_leave();
+    if (outermost)
+        impl_->wake();
+}
+
+void EventLoop::post(std::function<void()> work)
+{
+    {
+        std::lock_guard guard(impl_->workMutex);
+        impl_->work.push_back(std::move(work));
+    }
+    impl_->wake();
+}
+
+bool EventLoop::isLoopThread() const
+{
+    return impl_->threadId.load() == std::this_thread::get_id();
+}
+
+bool EventLoop::isLockedByCaller() const
+{
+    return lockDepth > 0 || isLoopThread();
+}
+
+}  // namespace telephone::sip

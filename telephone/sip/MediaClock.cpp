@@ -1,0 +1,55 @@
+#include "MediaClock.h"
+
+#include "Audio.h"
+#include "Stack.h"
+
+#include <algorithm>
+
+namespace telephone::sip {
+
+namespace {
+
+constexpr std::uint64_t kPeriod = kFrameTime.count();
+constexpr std::uint64_t kLongestLag = 200;
+
+}  // namespace
+
+void MediaClock::add(MediaClockListener& listener)
+{
+    if (std::find(listeners_.begin(), listeners_.end(), &listener) != listeners_.end())
+        return;
+    listeners_.push_back(&listener);
+    if (timer_.isRunning())
+        return;
+    next_ = tmr_jiffies();
+    schedule();
+}
+
+void MediaClock::remove(MediaClockListener& listener)
+{
+    // Only marked here: a listener may remove itself or others in the middle of a beat.
+    std::replace(listeners_.begin(), listeners_.end(), &listener, static_cast<MediaClockListener*>(nullptr));
+}
+
+void MediaClock::schedule()
+{
+    const std::uint64_t now = tmr_jiffies();
+    next_ += kPeriod;
+    if (next_ + kLongestLag < now)
+        next_ = now;
+    const std::uint64_t wait = next_ > now ? next_ - now : 0;
+    timer_.start(std::chrono::milliseconds(wait), [this] { beat(); });
+}
+
+void MediaClock::beat()
+{
+    for (std::size_t i = 0; i < listeners_.size(); ++i) {
+        if (listeners_[i])
+            listeners_[i]->onBeat();
+    }
+    std::erase(listeners_, nullptr);
+    if (!listeners_.empty())
+        schedule();
+}
+
+}  // namespace telephone::sip

@@ -1,0 +1,39 @@
+// The beat of the audio: one timer of the loop that calls every running stream each 20 ms. A beat that comes late is made
+// up for by the next, so that the average is right; after a long standstill it starts afresh. One per user agent; used on
+// any thread under the lock, calls on the loop's thread.
+#pragma once
+
+#include "Timer.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace telephone::sip {
+
+class EventLoop;
+
+class MediaClockListener
+{
+public:
+    virtual ~MediaClockListener() = default;
+    virtual void onBeat() = 0;
+};
+
+class MediaClock
+{
+public:
+    explicit MediaClock(EventLoop& loop) : timer_(loop) {}
+
+    void add(MediaClockListener& listener);
+    void remove(MediaClockListener& listener);
+
+private:
+    void beat();
+    void schedule();
+
+    Timer timer_;
+    std::vector<MediaClockListener*> listeners_;
+    std::uint64_t next_ = 0;  // milliseconds of the stack's clock
+};
+
+}  // namespace telephone::sip

@@ -1,0 +1,85 @@
+// The RTP side of one session (RFC 3550, 3551, 4733): a socket on a free port, G.711 both ways, telephone-events both ways.
+// Owned by its session; used under the lock. Digits come to one function, set by the owner.
+#pragma once
+
+#include "Audio.h"
+#include "MediaClock.h"
+#include "SdpNegotiation.h"
+#include "Stack.h"
+
+#include <deque>
+#include <functional>
+#include <vector>
+
+namespace telephone::sip {
+
+class RtpStream final : public AudioStream, private MediaClockListener
+{
+public:
+    // Binds its port; throws std::runtime_error when there is none.
+    RtpStream(MediaClock& clock, const sa& localAddress);
+    ~RtpStream() override;
+
+    // Starts, or goes on with what was agreed anew.
+    void apply(const SdpNegotiation::Agreement& agreement);
+    void stop();
+
+    bool canSendDigits() const;
+    void sendDigits(const std::string& digits, std::chrono::milliseconds duration);
+    void onDigit(std::function<void(char)> heard) { digitHeard_ = std::move(heard); }
+
+    void setSource(AudioSource* source) override { source_ = source; }
+    void setSink(AudioSink* sink) override { sink_ = sink; }
+    void setEcho(bool echo) override { echo_ = echo; }
+    Direction direction() const override { return agreement_.direction; }
+    bool isRunning() const override { return running_; }
+    std::string codec() const override { return agreement_.codec; }
+    std::uint16_t localPort() const override;
+    std::string remoteAddress() const override;
+    std::uint64_t framesSent() const override { return sent_; }
+    std::uint64_t framesReceived() const override { return received_; }
+
+private:
+    struct Digit
+    {
+        char key = 0;
+        unsigned beats = 0;  // how long it is held
+    };
+
+    void onBeat() override;
+    bool nextFrame(AudioFrame& frame);
+    void sendAudio();
+    void sendEvent();
+    void send(int payloadType, bool marker, std::uint32_t timestamp, const std::uint8_t* payload, std::size_t size);
+    void receive(mbuf* packet);
+    void receiveAudio(const std::uint8_t* payload, std::size_t size, bool aLaw);
+    void receiveEvent(const rtp_header& header, const std::uint8_t* payload, std::size_t size);
+
+    MediaClock& clock_;
+    Ref<udp_sock> socket_;
+    sa local_{};
+    SdpNegotiation::Agreement agreement_;
+    AudioSource* source_ = nullptr;
+    AudioSink* sink_ = nullptr;
+    bool echo_ = false;
+    bool running_ = false;
+    bool talkspurt_ = true;  // the next packet carries the marker
+
+    std::uint32_t ssrc_;
+    std::uint16_t sequence_;
+    std::uint32_t timestamp_;
+    std::uint64_t sent_ = 0;
+    std::uint64_t received_ = 0;
+
+    std::deque<Digit> digits_;
+    unsigned eventBeat_ = 0;  // beats since the present digit began
+    std::uint32_t eventTimestamp_ = 0;
+    bool eventSeen_ = false;
+    std::uint32_t eventSeenTimestamp_ = 0;
+    std::function<void(char)> digitHeard_;
+
+    std::vector<std::int16_t> pending_;  // heard, less than a frame
+    std::deque<AudioFrame> echoed_;
+};
+
+}  // namespace telephone::sip
