@@ -1,0 +1,115 @@
+#include "framework/EventDispatcher.h"
+
+#include <algorithm>
+#include <exception>
+
+#include "CommunicationsServiceEventIfc.h"
+#include "framework/Executable.h"
+#include "framework/Log.h"
+
+namespace telephone {
+
+EventDispatcher::EventDispatcher()
+    : thread_([this] { run(); })
+{}
+
+EventDispatcher::~EventDispatcher()
+{
+    stop();
+}
+
+void EventDispatcher::post(Event event)
+{
+    std::lock_guard const lock(mutex_);
+    if (stopped_)
+        return;
+    queue_.push_back(std::move(event));
+    posted_.notify_one();
+}
+
+bool EventDispatcher::subscribe(Executable* subscriber)
+{
+    auto* events = dynamic_cast<CommunicationsServiceEventIfc*>(subscriber);
+    if (events == nullptr) {
+        log(kLogWarning, "events", "subscription refused: {}",
+            subscriber == nullptr ? "no subscriber" : "the subscriber takes no events");
+        return false;
+    }
+    std::lock_guard const lock(mutex_);
+    bool const known = std::any_of(subscribers_.begin(), subscribers_.end(),
+                                   [&](Subscriber const& each) { return each.executable == subscriber; });
+    if (!known)
+        subscribers_.push_back({subscriber, events});
+    return true;
+}
+
+void EventDispatcher::unsubscribe(Executable* subscriber)
+{
+    std::unique_lock lock(mutex_);
+    std::erase_if(subscribers_, [&](Subscriber const& each) { return each.executable == subscriber; });
+    if (std::this_thread::get_id() != thread_.get_id())
+        delivered_.wait(lock, [&] { return receiving_ != subscriber; });
+}
+
+std::size_t EventDispatcher::subscribers() const
+{
+    std::lock_guard const lock(mutex_);
+    return subscribers_.size();
+}
+
+void EventDispatcher::flush()
+{
+    std::unique_lock lock(mutex_);
+    delivered_.wait(lock, [&] { return queue_.empty() && !delivering_; });
+}
+
+void EventDispatcher::stop()
+{
+    {
+        std::lock_guard const lock(mutex_);
+        stopped_ = true;
+        posted_.notify_one();
+    }
+    if (thread_.joinable())
+        thread_.join();
+}
+
+void EventDispatcher::run()
+{
+    std::unique_lock lock(mutex_);
+    while (true) {
+        posted_.wait(lock, [&] { return stopped_ || !queue_.empty(); });
+        if (queue_.empty())
+            return;
+        Event const event = std::move(queue_.front());
+        queue_.pop_front();
+        delivering_ = true;
+        deliver(event, lock);
+        delivering_ = false;
+        delivered_.notify_all();
+    }
+}
+
+void EventDispatcher::deliver(Event const& event, std::unique_lock<std::mutex>& lock)
+{
+    // Subscribers may come and go while one is called: each is looked for again before its turn.
+    std::vector<Subscriber> const turn = subscribers_;
+    for (Subscriber const& each : turn) {
+        bool const still = std::any_of(subscribers_.begin(), subscribers_.end(),
+                                       [&](Subscriber const& other) { return other.executable == each.executable; });
+        if (!still)
+            continue;
+        receiving_ = each.executable;
+        lock.unlock();
+        try {
+            event(*each.events);
+        } catch (std::exception const& error) {
+            log(kLogFailure, "events", "a subscriber failed on an event: {}", error.what());
+        }
+        lock.lock();
+        receiving_ = nullptr;
+        delivered_.notify_all();
+    }
+}
+
+}  // namespace telephone

@@ -1,0 +1,125 @@
+#include "framework/Log.h"
+
+#include <spdlog/sinks/basic_file_sink.h>
+#include <spdlog/sinks/stdout_sinks.h>
+#include <spdlog/spdlog.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cstdarg>
+#include <cstdio>
+#include <memory>
+#include <mutex>
+#include <stdexcept>
+#include <vector>
+
+namespace telephone {
+
+namespace {
+
+constexpr std::array<std::string_view, 7> kLevelNames{"off", "fatal", "failure", "warning", "info", "trace", "detail"};
+constexpr char const* kPattern = "%Y-%m-%d %H:%M:%S.%e %v";
+
+std::atomic<int> currentLevel{kLogInfo};
+
+std::shared_ptr<spdlog::logger> makeLogger(spdlog::sink_ptr sink)
+{
+    auto made = std::make_shared<spdlog::logger>("telephone", std::move(sink));
+    made->set_pattern(kPattern);
+    made->set_level(spdlog::level::trace);  // the level is tested before
+    made->flush_on(spdlog::level::err);
+    return made;
+}
+
+// Never destroyed: parts that end after main's variables may still write a line.
+struct Output
+{
+    std::mutex mutex;
+    std::shared_ptr<spdlog::logger> logger = makeLogger(std::make_shared<spdlog::sinks::stderr_sink_mt>());
+};
+
+Output& output()
+{
+    static auto& instance = *new Output;
+    return instance;
+}
+
+std::shared_ptr<spdlog::logger> logger()
+{
+    std::lock_guard const lock(output().mutex);
+    return output().logger;
+}
+
+std::string formatted(char const* format, std::va_list arguments)
+{
+    std::va_list again;
+    va_copy(again, arguments);
+    int const length = std::vsnprintf(nullptr, 0, format, arguments);
+    std::string text(length > 0 ? static_cast<std::size_t>(length) : 0, '\0');
+    if (length > 0)
+        std::vsnprintf(text.data(), text.size() + 1, format, again);
+    va_end(again);
+    return text;
+}
+
+}  // namespace
+
+void openLog(int level, std::string const& fileName)
+{
+    setLogLevel(level);
+    std::shared_ptr<spdlog::logger> opened;
+    try {
+        opened = fileName.empty() ? makeLogger(std::make_shared<spdlog::sinks::stderr_sink_mt>())
+                                  : makeLogger(std::make_shared<spdlog::sinks::basic_file_sink_mt>(fileName));
+    } catch (spdlog::spdlog_ex const& error) {
+        throw std::runtime_error("log: cannot open " + fileName + ": " + error.what());
+    }
+    std::lock_guard const lock(output().mutex);
+    output().logger = std::move(opened);
+}
+
+void setLogLevel(int level)
+{
+    currentLevel = std::clamp(level, kLogOff, static_cast<int>(kLogDetail));
+}
+
+int logLevel()
+{
+    return currentLevel;
+}
+
+void flushLog()
+{
+    logger()->flush();
+}
+
+void logLine(int level, std::string_view component, std::string_view text)
+{
+    if (level > logLevel() || level <= kLogOff)
+        return;
+    auto const name = kLevelNames[static_cast<std::size_t>(std::min(level, static_cast<int>(kLogDetail)))];
+    logger()->log(level <= kLogFailure ? spdlog::level::err : spdlog::level::info, "{} [{}] {}", name, component, text);
+}
+
+}  // namespace telephone
+
+bool loggingOnAppUni(char const* /*component*/, int level)
+{
+    return level <= telephone::logLevel();
+}
+
+void logAppUni(char const* component, char const* source, int level, int line, char const* format, ...)
+{
+    if (!loggingOnAppUni(component, level))
+        return;
+    std::va_list arguments;
+    va_start(arguments, format);
+    try {
+        std::string const text = telephone::formatted(format, arguments);
+        telephone::logLine(level, component, fmt::format("{}:{}: {}", source, line, text));
+    } catch (std::exception const&) {
+        // The log never fails its caller; a line that cannot be built is lost.
+    }
+    va_end(arguments);
+}
