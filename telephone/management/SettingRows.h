@@ -1,0 +1,159 @@
+// Every key of the configuration store: what it is called, what it holds and what it means. The store, the console's
+// help and docs/settings.md are made from this table.
+//
+// A name that ends in "/*" is a family: every key that begins with the text before the star is one of its settings.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <limits>
+#include <string_view>
+
+#include "management/QoraTags.h"
+
+namespace telephone {
+
+enum class SettingType
+{
+    kFlag,    // "true" or "false"
+    kNumber,  // decimal
+    kText,
+};
+
+enum class SettingAccess
+{
+    kReadWrite,
+    kReadOnly,  // given by the configuration or reported by the telephone itself
+};
+
+struct SettingRow
+{
+    std::string_view name;
+    SettingType type;
+    std::string_view standard;  // until something else is set
+    SettingAccess access;
+    std::string_view tag;  // group under which changes can be heard
+    std::string_view meaning;
+    int minimum = std::numeric_limits<int>::min();  // of a number
+    int maximum = std::numeric_limits<int>::max();
+};
+
+struct SettingTags
+{
+    static constexpr std::string_view kForwarding = "forwarding";
+    static constexpr std::string_view kDoNotDisturb = "do-not-disturb";
+    static constexpr std::string_view kAgent = "agent";
+    static constexpr std::string_view kServer = "server";
+    static constexpr std::string_view kPhone = "phone";
+    static constexpr std::string_view kLine = "line";
+    static constexpr std::string_view kRecording = "recording";
+};
+
+// Names of the settings that the telephone itself uses.
+struct SettingNames
+{
+    static constexpr std::string_view kDoNotDisturb = "call-dnd-activated";
+    static constexpr std::string_view kDoNotDisturbEnabled = "call-dnd-enabled";
+    static constexpr std::string_view kAgentState = "agent-state";
+    static constexpr std::string_view kAgentFeatureEnabled = "agent-feature-enabled";
+    static constexpr std::string_view kServerBasedFeatures = "server-based-features";
+    static constexpr std::string_view kServerType = "server-type";
+    static constexpr std::string_view kForwardingPrivacy = "forwarding-privacy";
+    static constexpr std::string_view kBuiltInForwarding = "built-in-forwarding";
+    static constexpr std::string_view kNoReplyDelay = "cfnr-delay";
+    static constexpr std::string_view kForwardingAlternative = "forwarding-alternative";
+    static constexpr std::string_view kDialRestriction = "dial-restriction-mode";
+    static constexpr std::string_view kPhoneLocked = "phone-locked";
+    static constexpr std::string_view kImmediateRing = "immediate-ring";
+    static constexpr std::string_view kCurrentMultiUser = "current-multi-user";
+    static constexpr std::string_view kHeadsetOverride = "headset-override";
+    static constexpr std::string_view kInterfaceStatus = QoraTags::INTERFACE_STATUS;
+    static constexpr std::string_view kWlanLinkStatus = QoraTags::WLAN_LINK_STATUS;
+    static constexpr std::string_view kRecordingEnabled = "recording-enabled";
+    static constexpr std::string_view kFeatureTogglePrefix = "feature-toggle/";  // + key number, a flag
+    static constexpr std::string_view kCockpitPrefix = "agent-cockpit/";         // + item, a text
+    static constexpr std::string_view kLinePrefix = "line/";                     // + line id + "/" + key, a text
+};
+
+// clang-format off
+inline constexpr auto kSettingRows = [] {
+    using enum SettingType;
+    using enum SettingAccess;
+    using Tag = SettingTags;
+    using Name = SettingNames;
+    return std::to_array<SettingRow>({
+        {"cfu-activated",             kFlag,   "false",     kReadWrite, Tag::kForwarding,   "forward every call"},
+        {"cfu-address",               kText,   "",          kReadWrite, Tag::kForwarding,   "where to"},
+        {"cfu-ext-activated",         kFlag,   "false",     kReadWrite, Tag::kForwarding,   "forward every call from outside"},
+        {"cfu-ext-address",           kText,   "",          kReadWrite, Tag::kForwarding,   "where to"},
+        {"cfu-int-activated",         kFlag,   "false",     kReadWrite, Tag::kForwarding,   "forward every call from the own domain"},
+        {"cfu-int-address",           kText,   "",          kReadWrite, Tag::kForwarding,   "where to"},
+        {"cfb-activated",             kFlag,   "false",     kReadWrite, Tag::kForwarding,   "forward when busy"},
+        {"cfb-address",               kText,   "",          kReadWrite, Tag::kForwarding,   "where to"},
+        {"cfb-ext-activated",         kFlag,   "false",     kReadWrite, Tag::kForwarding,   "forward calls from outside when busy"},
+        {"cfb-ext-address",           kText,   "",          kReadWrite, Tag::kForwarding,   "where to"},
+        {"cfb-int-activated",         kFlag,   "false",     kReadWrite, Tag::kForwarding,   "forward calls from the own domain when busy"},
+        {"cfb-int-address",           kText,   "",          kReadWrite, Tag::kForwarding,   "where to"},
+        {"cfnr-activated",            kFlag,   "false",     kReadWrite, Tag::kForwarding,   "forward when nobody answers"},
+        {"cfnr-address",              kText,   "",          kReadWrite, Tag::kForwarding,   "where to"},
+        {Name::kNoReplyDelay,         kNumber, "3",         kReadWrite, Tag::kForwarding,   "rings until nobody answers", 0, 99},
+        {"cfnr-ext-activated",        kFlag,   "false",     kReadWrite, Tag::kForwarding,   "forward calls from outside when nobody answers"},
+        {"cfnr-ext-address",          kText,   "",          kReadWrite, Tag::kForwarding,   "where to"},
+        {"cfnr-int-activated",        kFlag,   "false",     kReadWrite, Tag::kForwarding,   "forward calls from the own domain when nobody answers"},
+        {"cfnr-int-address",          kText,   "",          kReadWrite, Tag::kForwarding,   "where to"},
+        {Name::kForwardingAlternative, kText,  "",          kReadWrite, Tag::kForwarding,   "destination of the alternative forwarding key; empty: off"},
+        {Name::kForwardingPrivacy,    kFlag,   "false",     kReadOnly,  Tag::kForwarding,   "a rule that is switched off loses its destination"},
+        {Name::kBuiltInForwarding,    kFlag,   "true",      kReadWrite, Tag::kForwarding,   "the telephone forwards by itself, with 302"},
+        {Name::kDoNotDisturb,         kFlag,   "false",     kReadWrite, Tag::kDoNotDisturb, "refuse every call"},
+        {Name::kDoNotDisturbEnabled,  kFlag,   "true",      kReadWrite, Tag::kDoNotDisturb, "do-not-disturb may be switched on"},
+        {Name::kAgentState,           kText,   "loggedOff", kReadWrite, Tag::kAgent,        "state of the call-centre agent"},
+        {Name::kAgentFeatureEnabled,  kFlag,   "true",      kReadWrite, Tag::kAgent,        "the telephone is an agent's"},
+        {"agent-cockpit/*",           kText,   "",          kReadWrite, Tag::kAgent,        "items of the agent's view, by name"},
+        {Name::kServerBasedFeatures,  kFlag,   "false",     kReadWrite, Tag::kServer,       "forwarding and do-not-disturb are held by the call server"},
+        {Name::kServerType,           kNumber, "0",         kReadOnly,  Tag::kServer,       "kind of call server", 0, 255},
+        {Name::kInterfaceStatus,      kText,   "",          kReadOnly,  QoraTags::INTERFACE_STATUS, "state of the wired network"},
+        {Name::kWlanLinkStatus,       kText,   "",          kReadOnly,  QoraTags::WLAN_LINK_STATUS, "state of the wireless network"},
+        {Name::kPhoneLocked,          kFlag,   "false",     kReadWrite, Tag::kPhone,        "only permitted numbers can be dialled"},
+        {Name::kDialRestriction,      kNumber, "0",         kReadWrite, Tag::kPhone,        "4: no outgoing calls", 0, 4},
+        {Name::kImmediateRing,        kFlag,   "false",     kReadWrite, Tag::kPhone,        "lines ring without their delay"},
+        {Name::kCurrentMultiUser,     kText,   "",          kReadWrite, Tag::kPhone,        "line of the present user; empty: the primary line"},
+        {Name::kHeadsetOverride,      kNumber, "0",         kReadWrite, Tag::kPhone,        "line that answers on the headset whatever is plugged; 0: none", 0, 255},
+        {"feature-toggle/*",          kFlag,   "false",     kReadWrite, Tag::kPhone,        "state of a feature key, by key number"},
+        {"line/*",                    kText,   "",          kReadWrite, Tag::kLine,         "settings of one line, by line id and key"},
+        {Name::kRecordingEnabled,     kFlag,   "true",      kReadWrite, Tag::kRecording,    "calls may be recorded"},
+    });
+}();
+// clang-format on
+
+static_assert(kSettingRows.size() == 39, "a setting was added or removed: say so in the tests and the change log");
+static_assert(
+    [] {
+        for (std::size_t i = 0; i < kSettingRows.size(); ++i) {
+            for (std::size_t k = i + 1; k < kSettingRows.size(); ++k) {
+                if (kSettingRows[i].name == kSettingRows[k].name) {
+                    return false;
+                }
+            }
+        }
+        return true;
+    }(),
+    "two settings of one name");
+
+constexpr bool isFamily(SettingRow const& row)
+{
+    return row.name.ends_with("/*");
+}
+
+// The row that a key belongs to, its own or its family's; null when there is none.
+constexpr SettingRow const* findSettingRow(std::string_view key)
+{
+    for (auto const& row : kSettingRows) {
+        auto const prefix = row.name.substr(0, row.name.size() - 1);
+        if (isFamily(row) ? key.size() > prefix.size() && key.starts_with(prefix) : key == row.name) {
+            return &row;
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace telephone
