@@ -1,0 +1,12 @@
+// A mock as the framework finds it by name: an executable that has the mocked interface as well.
+#pragma once
+
+#include "framework/Executable.h"
+
+template <class Mock>
+class FoundExecutable : public Executable, public Mock
+{
+public:
+    void init(Context& /*context*/) override {}
+    void shutdown() override {}
+};

@@ -1,0 +1,58 @@
+// The log in tests: renders each line as printf does, keeps it, and answers which levels are on. A guarded line whose
+// level is off must not arrive at all: everything that arrives is kept, whatever the level.
+//
+// Lines may come from any thread. A listener sees each line as it comes; it is for tests of the order of lines and
+// calls.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <mutex>
+#include <ostream>
+#include <string>
+#include <utility>
+#include <vector>
+
+struct LogLine
+{
+    std::string component;
+    std::string source;
+    int level = 0;
+    int line = 0;
+    std::string text;
+};
+
+std::ostream& operator<<(std::ostream& out, LogLine const& line);
+
+class MockLogListener
+{
+public:
+    virtual ~MockLogListener() = default;
+
+    MOCK_METHOD(void, written, (int level, std::string const& text));
+};
+
+class LogDouble
+{
+public:
+    // Up to this level lines are asked for; the most important level is the smallest.
+    void setLevel(int level);
+    void setListener(MockLogListener* listener);
+    // The lines so far, oldest first.
+    std::vector<LogLine> lines() const;
+    // Level and text of each line so far, as "5 text".
+    std::vector<std::string> texts() const;
+    // Each question whether a level is on, as component and level.
+    std::vector<std::pair<std::string, int>> questions() const;
+    void clear();
+
+    bool isOn(char const* component, int level);
+    void write(LogLine line);
+
+private:
+    mutable std::mutex mutex_;
+    int level_ = 6;
+    MockLogListener* listener_ = nullptr;
+    std::vector<LogLine> lines_;
+    std::vector<std::pair<std::string, int>> questions_;
+};

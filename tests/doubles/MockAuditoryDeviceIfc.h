@@ -1,0 +1,18 @@
+// Stands in for the sound devices in tests.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <type_traits>
+
+#include "physical/AuditoryDeviceIfc.h"
+
+class MockAuditoryDeviceIfc : public AuditoryDeviceIfc
+{
+public:
+    virtual ~MockAuditoryDeviceIfc() = default;
+
+    MOCK_METHOD(void, useHeadset, (bool headset), (override));
+    MOCK_METHOD(void, setRinging, (bool ringing), (override));
+};
+static_assert(!std::is_abstract_v<MockAuditoryDeviceIfc>);

@@ -1,0 +1,17 @@
+// Stands in for the certificates in tests.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <type_traits>
+
+#include "services/CertificateMgmtSvcIfc.h"
+
+class MockCertificateMgmtSvcIfc : public CertificateMgmtSvcIfc
+{
+public:
+    virtual ~MockCertificateMgmtSvcIfc() = default;
+
+    MOCK_METHOD(std::string, trustedAuthoritiesFor, (std::string const& address), (override));
+};
+static_assert(!std::is_abstract_v<MockCertificateMgmtSvcIfc>);

@@ -1,0 +1,16 @@
+// Stands in for the splitting of device identities in tests. Without one installed an identity has no index.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <string>
+
+#include "lines/ClientUtils.h"
+
+class MockClientUtils
+{
+public:
+    virtual ~MockClientUtils() = default;
+
+    MOCK_METHOD(void, splitMCADeviceIndex, (std::string const& lineURI, std::string& baseURI, int& index));
+};

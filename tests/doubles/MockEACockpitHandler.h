@@ -1,0 +1,18 @@
+// Stands in for the agent cockpit in tests.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <type_traits>
+
+#include "team/EACockpitHandler.h"
+
+class MockEACockpitHandler : public EACockpitHandler
+{
+public:
+    virtual ~MockEACockpitHandler() = default;
+
+    MOCK_METHOD(std::string, getEACockpitData, (std::string const& item), (override));
+    MOCK_METHOD(bool, setEACockpitData, (std::string const& item, std::string const& value), (override));
+};
+static_assert(!std::is_abstract_v<MockEACockpitHandler>);

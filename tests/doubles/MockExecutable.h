@@ -1,0 +1,18 @@
+// Stands in for an executable of the framework in tests.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <type_traits>
+
+#include "framework/Executable.h"
+#include "framework/SvcRTEContext.h"
+
+class MockExecutable : public Executable
+{
+public:
+    MOCK_METHOD(void, init, (Context & context), (override));
+    MOCK_METHOD(void, shutdown, (), (override));
+    MOCK_METHOD(void, timerEvent, (int timerId), (override));
+};
+static_assert(!std::is_abstract_v<MockExecutable>);

@@ -1,0 +1,20 @@
+// Stands in for the feature toggles in tests.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <type_traits>
+
+#include "team/FeatureToggle.h"
+
+class MockFeatureToggle : public FeatureToggle
+{
+public:
+    virtual ~MockFeatureToggle() = default;
+
+    MOCK_METHOD(void, ftInitialise,
+                (PhysicalInterfaceServiceIfc * physicalInterface, LocalMgmtIfc* localMgmt, MgmtAgentIfc* agent),
+                (override));
+    MOCK_METHOD(void, ftToggleKeyPressed, (int keyNumber), (override));
+};
+static_assert(!std::is_abstract_v<MockFeatureToggle>);

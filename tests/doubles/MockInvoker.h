@@ -1,0 +1,17 @@
+// Stands in for a request invoker in tests.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <type_traits>
+
+#include "framework/Invoker.h"
+
+class MockInvoker : public Invoker
+{
+public:
+    MOCK_METHOD(void, handleMessage, (Executable * service, char const* message, int length, InvokerResponse* response),
+                (override));
+    MOCK_METHOD(void, initInvoker, (FrameworkContext * context), (override));
+};
+static_assert(!std::is_abstract_v<MockInvoker>);

@@ -1,0 +1,17 @@
+// Stands in for the answer of one request in tests.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <type_traits>
+
+#include "framework/InvokerResponse.h"
+
+class MockInvokerResponse : public InvokerResponse
+{
+public:
+    MOCK_METHOD(void, finish, (), (override));
+    MOCK_METHOD(void, sendResponse, (char const* answer, int length), (override));
+    MOCK_METHOD(std::string const&, channelName, (), (override));
+};
+static_assert(!std::is_abstract_v<MockInvokerResponse>);

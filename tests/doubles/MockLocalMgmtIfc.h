@@ -1,0 +1,19 @@
+// Stands in for the way to the configuration store in tests.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <type_traits>
+
+#include "management/LocalMgmtIfc.h"
+#include "management/ManageableData.h"
+
+class MockLocalMgmtIfc : public LocalMgmtIfc
+{
+public:
+    virtual ~MockLocalMgmtIfc() = default;
+
+    MOCK_METHOD(int, setManageableData, (ManageableData & data), (override));
+    MOCK_METHOD(void, registerForTag, (MgmtAgentIfc * agent, char const* tag), (override));
+};
+static_assert(!std::is_abstract_v<MockLocalMgmtIfc>);

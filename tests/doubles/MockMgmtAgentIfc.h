@@ -1,0 +1,19 @@
+// Stands in for a management agent in tests.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <type_traits>
+
+#include "management/ManageableData.h"
+#include "management/MgmtAgentIfc.h"
+
+class MockMgmtAgentIfc : public MgmtAgentIfc
+{
+public:
+    MOCK_METHOD(int, setData, (ManageableData & data), (override));
+    MOCK_METHOD(int, getData, (ManageableData & data), (override));
+    MOCK_METHOD(void, manageableDataChanged, (ManageableData & data), (override));
+    MOCK_METHOD(void, resetUserData, (), (override));
+};
+static_assert(!std::is_abstract_v<MockMgmtAgentIfc>);

@@ -1,0 +1,18 @@
+// Stands in for the road of a proxy to its application in tests.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <type_traits>
+
+#include "framework/FrameworkContext.h"
+#include "framework/ProxyRequest.h"
+
+class MockProxyRequest : public ProxyRequest
+{
+public:
+    MOCK_METHOD(void, setProtocol, (std::string const& protocolName), (override));
+    MOCK_METHOD(void, sendEvent, (std::string const& message), (override));
+    MOCK_METHOD(FrameworkContext&, context, (), (override));
+};
+static_assert(!std::is_abstract_v<MockProxyRequest>);

@@ -1,0 +1,15 @@
+// Hears of the life of RecordingConfigManager objects in tests.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include "recording/RecordingConfigManager.h"
+
+class MockRecordingConfigManager
+{
+public:
+    virtual ~MockRecordingConfigManager() = default;
+
+    MOCK_METHOD(void, created, (SvcRTEContext * context));
+    MOCK_METHOD(void, destroyed, ());
+};

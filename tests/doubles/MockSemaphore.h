@@ -1,0 +1,19 @@
+// Hears what is done to semaphores in tests. The semaphore double itself works as one, with or without a listener, and
+// reports a failure when a unit is given that nobody took, when a thread takes a lock that it holds, and when it is
+// destroyed while taken. The two locks of the service differ in `inheritPriority`.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include "framework/Semaphore.h"
+
+class MockSemaphore
+{
+public:
+    virtual ~MockSemaphore() = default;
+
+    MOCK_METHOD(void, created, (int initial, int maximum, bool inheritPriority));
+    MOCK_METHOD(void, taken, (bool inheritPriority, int timeoutMilliseconds));
+    MOCK_METHOD(void, given, (bool inheritPriority));
+    MOCK_METHOD(void, destroyed, (bool inheritPriority));
+};

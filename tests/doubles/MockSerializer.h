@@ -1,0 +1,18 @@
+// Stands in for the writer of lists in tests. Without one installed a list is written as "[a,b]".
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <string>
+#include <vector>
+
+#include "framework/Serializer.h"
+
+class MockSerializer
+{
+public:
+    virtual ~MockSerializer() = default;
+
+    MOCK_METHOD(std::string, numbers, (std::vector<int> const& values));
+    MOCK_METHOD(std::string, texts, (std::vector<std::string> const& values));
+};

@@ -1,0 +1,18 @@
+// Stands in for the runtime context of a service in tests.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <type_traits>
+
+#include "framework/Proxy.h"
+#include "framework/SvcRTEContext.h"
+
+class MockSvcRTEContext : public SvcRTEContext
+{
+public:
+    MOCK_METHOD(Proxy*, findProxy, (std::string const& interfaceName, std::string const& channelName), (override));
+    MOCK_METHOD(std::string, findChannel, (Executable * executable), (override));
+    MOCK_METHOD(Executable*, findExecutable, (std::string const& name), (override));
+};
+static_assert(!std::is_abstract_v<MockSvcRTEContext>);

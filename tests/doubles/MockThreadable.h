@@ -1,0 +1,17 @@
+// Stands in for what the framework knows of a thread in tests.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <type_traits>
+
+#include "framework/Threadable.h"
+
+class MockThreadable : public Threadable
+{
+public:
+    MOCK_METHOD(void, run, (), (override));
+    MOCK_METHOD(int, getThreadPriorityForPlatform, (), (override));
+    MOCK_METHOD(int, type, (), (override));
+};
+static_assert(!std::is_abstract_v<MockThreadable>);

@@ -1,0 +1,15 @@
+// Stands in for the small questions about lines in tests.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include "lines/Utility.h"
+
+class MockUtility
+{
+public:
+    virtual ~MockUtility() = default;
+
+    MOCK_METHOD(bool, isLineStateBusy, (ELineState state));
+    MOCK_METHOD(bool, bridgeCall, (Line * line));
+};

@@ -1,0 +1,21 @@
+// Stands in for an observer of key functions in tests.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <type_traits>
+
+#include "physical/functionalEventObserver.h"
+
+class MockfunctionalEventObserver : public functionalEventObserver
+{
+public:
+    virtual ~MockfunctionalEventObserver() = default;
+
+    MOCK_METHOD(void, functionPressedEvent,
+                (PhysDefs::keyFunctionType function, int key, PhysDefs::actionType action, std::string text),
+                (override));
+    MOCK_METHOD(void, getDestinationChannelName, (std::string & name), (override));
+    MOCK_METHOD(Executable*, getSubscribingService, (), (override));
+};
+static_assert(!std::is_abstract_v<MockfunctionalEventObserver>);
