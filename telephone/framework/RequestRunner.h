@@ -1,0 +1,35 @@
+// Hands a request to the loaded library's invoker and brings its answer back. Telephone owns the one runner; requests
+// may run on several threads at once.
+#pragma once
+
+#include <optional>
+#include <string>
+
+class Executable;
+class Invoker;
+
+namespace telephone {
+
+class Channel;
+
+class RequestRunner
+{
+public:
+    struct Outcome
+    {
+        std::optional<std::string> answer;  // none: a request that is never answered
+        bool finished = false;              // the invoker has said that the request is done
+    };
+
+    RequestRunner(Executable& service, Invoker& invoker);
+
+    // Runs a request on behalf of a channel. Returns when it is done. Never throws: a request that the service cannot
+    // take is answered "sfiFailure", and the log says why.
+    Outcome run(Channel const& channel, std::string const& request);
+
+private:
+    Executable& service_;
+    Invoker& invoker_;
+};
+
+}  // namespace telephone

@@ -1,0 +1,99 @@
+#include "framework/ServiceLibrary.h"
+
+#include <dlfcn.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+#include <string_view>
+
+#include "framework/Invoker.h"
+#include "framework/Proxy.h"
+#include "framework/Service.h"
+
+namespace telephone {
+
+namespace {
+
+// Seen from the program's folder: beside it, where the build leaves it, where an installation does.
+constexpr std::array<std::string_view, 3> kFolders{".", "../src", "../lib"};
+
+std::filesystem::path programFolder()
+{
+    return std::filesystem::read_symlink("/proc/self/exe").parent_path();
+}
+
+std::string loaderReason()
+{
+    char const* const reason = dlerror();
+    return reason == nullptr ? "unknown reason" : reason;
+}
+
+}  // namespace
+
+std::string ServiceLibrary::find(std::string const& wish)
+{
+    if (!wish.empty())
+        return wish;
+    if (char const* const named = std::getenv(kEnvironment); named != nullptr && *named != '\0')
+        return named;
+    std::string looked;
+    std::error_code ignored;
+    for (std::string_view const folder : kFolders) {
+        auto const candidate = (programFolder() / folder / kFileName).lexically_normal();
+        if (std::filesystem::exists(candidate, ignored))
+            return candidate;
+        looked += "\n  " + candidate.string();
+    }
+    // Installed where the loader looks by itself, for example /usr/lib/<triplet>.
+    if (void* const handle = dlopen(kFileName, RTLD_NOW | RTLD_LOCAL); handle != nullptr) {
+        dlclose(handle);
+        return kFileName;
+    }
+    throw std::runtime_error(std::string(kFileName) + " not found: name it with --library or " + kEnvironment +
+                             ". Looked for it at:" + looked);
+}
+
+ServiceLibrary::ServiceLibrary(std::string const& path)
+    : handle_(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL))
+{
+    if (!handle_)
+        throw std::runtime_error("cannot load the service library: " + loaderReason());
+    service_ = reinterpret_cast<Service* (*)()>(symbol("createCommunicationsService"));
+    invoker_ = reinterpret_cast<Invoker* (*)()>(symbol("createCommunicationsServiceInvoker"));
+    eventProxy_ = reinterpret_cast<Proxy* (*)()>(symbol("createCommunicationsServiceEventProxy"));
+}
+
+ServiceLibrary::~ServiceLibrary() = default;
+
+void* ServiceLibrary::symbol(char const* name) const
+{
+    void* const found = dlsym(handle_.get(), name);
+    if (found == nullptr)
+        throw std::runtime_error(std::string("not a communications service library, it has no ") + name + ": " +
+                                 loaderReason());
+    return found;
+}
+
+std::unique_ptr<Service> ServiceLibrary::createService() const
+{
+    return std::unique_ptr<Service>(service_());
+}
+
+std::unique_ptr<Invoker> ServiceLibrary::createInvoker() const
+{
+    return std::unique_ptr<Invoker>(invoker_());
+}
+
+std::unique_ptr<Proxy> ServiceLibrary::createEventProxy() const
+{
+    return std::unique_ptr<Proxy>(eventProxy_());
+}
+
+void ServiceLibrary::Closer::operator()(void* handle) const
+{
+    dlclose(handle);
+}
+
+}  // namespace telephone
