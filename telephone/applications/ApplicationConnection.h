@@ -1,0 +1,65 @@
+// One application at the socket: what it sent and has not been handled, what it is sent and has not read. Owned by the
+// ApplicationServer and used on its thread alone.
+#pragma once
+
+#include <sys/epoll.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "framework/FileDescriptor.h"
+
+namespace telephone {
+
+class Channel;
+class RequestRunner;
+
+class ApplicationConnection
+{
+public:
+    ApplicationConnection(FileDescriptor socket, std::shared_ptr<Channel> channel, RequestRunner& runner);
+
+    // Takes what one read brings, handles every request that is complete, and answers them all with one write.
+    void receive();
+    // Writes events and what else waits, as far as the application takes it.
+    void send();
+
+    // It has gone, or has ended its side and got everything: to be closed.
+    [[nodiscard]] bool isOver() const { return over_ || (ended_ && output_.empty()); }
+    // An application that does not read its answers is not asked for more requests.
+    [[nodiscard]] bool wantsToReceive() const { return !ended_ && waiting() < kMostOutput; }
+    [[nodiscard]] bool wantsToSend() const { return !output_.empty(); }
+    // Notes what the socket is polled for; false where it is that already.
+    bool changeInterest(std::uint32_t interest) { return std::exchange(interest_, interest) != interest; }
+    [[nodiscard]] int descriptor() const { return socket_.get(); }
+    [[nodiscard]] std::shared_ptr<Channel> const& channel() const { return channel_; }
+
+private:
+    static constexpr std::size_t kReadSize = 64 * 1024;
+    static constexpr std::size_t kMostOutput = 1024 * 1024;
+    static constexpr std::size_t kEventsAtOnce = 256;
+
+    [[nodiscard]] std::size_t waiting() const { return output_.size() - written_; }
+    void take(std::string_view bytes);
+    void handle(std::string const& request);
+    void end();
+    void collectEvents();
+    void write();
+
+    FileDescriptor socket_;
+    std::shared_ptr<Channel> channel_;
+    RequestRunner& runner_;
+    std::string input_;      // the beginning of a request whose end has not come
+    bool skipping_ = false;  // inside a request that is too long
+    std::string output_;
+    std::size_t written_ = 0;  // of the output
+    bool ended_ = false;       // the application sends no more
+    bool over_ = false;
+    std::uint32_t interest_ = EPOLLIN;
+};
+
+}  // namespace telephone

@@ -1,0 +1,177 @@
+#include "applications/ApplicationServer.h"
+
+#include <sys/epoll.h>
+#include <sys/socket.h>
+
+#include <array>
+#include <cerrno>
+#include <system_error>
+
+#include "applications/ApplicationConnection.h"
+#include "applications/ApplicationProtocol.h"
+#include "applications/SocketPath.h"
+#include "framework/Channel.h"
+#include "framework/Log.h"
+#include "framework/TelephoneContext.h"
+
+namespace telephone {
+
+namespace {
+
+constexpr std::uint64_t kListener = 0;
+constexpr std::uint64_t kWakeUp = 1;
+constexpr std::size_t kEventsAtOnce = 64;
+constexpr int kPauseWithoutDescriptors = 100;  // milliseconds
+
+}  // namespace
+
+ApplicationServer::ApplicationServer(Settings settings, TelephoneContext& context, RequestRunner& runner)
+    : settings_(std::move(settings))
+    , context_(context)
+    , runner_(runner)
+    , listener_(listenAt(settings_.path))
+    , poll_(epoll_create1(EPOLL_CLOEXEC))
+    , lastId_(kWakeUp)
+{
+    if (!poll_)
+        throw std::system_error(errno, std::generic_category(), "epoll");
+    watch(listener_.get(), kListener, EPOLLIN, true);
+    watch(wakeUp_.descriptor(), kWakeUp, EPOLLIN, true);
+    thread_ = std::thread([this] { run(); });
+    log(kLogInfo, "applications", "applications can connect at {}", settings_.path);
+}
+
+ApplicationServer::~ApplicationServer()
+{
+    {
+        std::lock_guard const lock(mutex_);
+        stopping_ = true;
+    }
+    wakeUp_.signal();
+    thread_.join();
+    while (!connections_.empty())
+        close(connections_.begin()->first);
+    ::unlink(settings_.path.c_str());
+}
+
+void ApplicationServer::watch(int descriptor, Id id, std::uint32_t events, bool isNew)
+{
+    epoll_event event{};
+    event.events = events;
+    event.data.u64 = id;
+    if (epoll_ctl(poll_.get(), isNew ? EPOLL_CTL_ADD : EPOLL_CTL_MOD, descriptor, &event) != 0)
+        throw std::system_error(errno, std::generic_category(), "epoll");
+}
+
+void ApplicationServer::run()
+{
+    std::array<epoll_event, kEventsAtOnce> events{};
+    while (true) {
+        int const count = epoll_wait(poll_.get(), events.data(), static_cast<int>(events.size()), -1);
+        {
+            std::lock_guard const lock(mutex_);
+            if (stopping_)
+                return;
+        }
+        for (int i = 0; i < count; ++i) {
+            auto const& event = events.at(static_cast<std::size_t>(i));
+            dispatch(event.data.u64, event.events);
+        }
+    }
+}
+
+void ApplicationServer::dispatch(Id id, std::uint32_t events)
+{
+    if (id == kListener)
+        return accept();
+    if (id == kWakeUp)
+        return sendEvents();
+    auto const found = connections_.find(id);
+    if (found == connections_.end())
+        return;
+    ApplicationConnection& connection = *found->second;
+    if ((events & (EPOLLIN | EPOLLHUP | EPOLLERR)) != 0)
+        connection.receive();
+    else
+        connection.send();
+    update(id, connection);
+}
+
+void ApplicationServer::accept()
+{
+    FileDescriptor socket(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+    if (!socket) {
+        // Out of descriptors the listener stays readable: without a pause this thread would spin.
+        if (errno == EMFILE || errno == ENFILE) {
+            log(kLogFailure, "applications", "an application cannot connect: too many open files");
+            epoll_wait(poll_.get(), std::array<epoll_event, 1>{}.data(), 0, kPauseWithoutDescriptors);
+        }
+        return;
+    }
+    if (connections_.size() >= settings_.maximumApplications)
+        return refuse(std::move(socket));
+    Id const id = ++lastId_;
+    auto channel = context_.openChannel("application-" + std::to_string(id - kWakeUp), settings_.queuedEvents,
+                                        [this, id] { eventsCame(id); });
+    watch(socket.get(), id, EPOLLIN, true);
+    connections_.emplace(id, std::make_unique<ApplicationConnection>(std::move(socket), std::move(channel), runner_));
+}
+
+void ApplicationServer::refuse(FileDescriptor socket)
+{
+    log(kLogWarning, "applications", "an application is refused: {} are connected already", connections_.size());
+    std::string message;
+    appendError(message, "too many applications are connected");
+    [[maybe_unused]] ssize_t const sent =
+        send(socket.get(), message.data(), message.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+}
+
+void ApplicationServer::eventsCame(Id id)
+{
+    {
+        std::lock_guard const lock(mutex_);
+        withEvents_.push_back(id);
+    }
+    wakeUp_.signal();
+}
+
+void ApplicationServer::sendEvents()
+{
+    wakeUp_.clear();
+    std::vector<Id> ids;
+    {
+        std::lock_guard const lock(mutex_);
+        ids.swap(withEvents_);
+    }
+    for (Id const id : ids) {
+        auto const found = connections_.find(id);
+        if (found == connections_.end())
+            continue;
+        found->second->send();
+        update(id, *found->second);
+    }
+}
+
+void ApplicationServer::update(Id id, ApplicationConnection& connection)
+{
+    if (connection.isOver())
+        return close(id);
+    std::uint32_t const receive = connection.wantsToReceive() ? std::uint32_t{EPOLLIN} : 0U;
+    std::uint32_t const send = connection.wantsToSend() ? std::uint32_t{EPOLLOUT} : 0U;
+    if (connection.changeInterest(receive | send))
+        watch(connection.descriptor(), id, receive | send, false);
+}
+
+void ApplicationServer::close(Id id)
+{
+    auto const found = connections_.find(id);
+    std::unique_ptr<ApplicationConnection> const connection = std::move(found->second);
+    connections_.erase(found);
+    std::uint64_t const dropped = connection->channel()->events().dropped();
+    if (dropped > 0)
+        log(kLogWarning, "applications", "{} did not read: {} events were dropped", connection->channel()->name(),
+            dropped);
+    context_.closeChannel(connection->channel());
+}
+
+}  // namespace telephone

@@ -1,0 +1,34 @@
+#include "framework/StopSignal.h"
+
+#include <poll.h>
+#include <pthread.h>
+#include <sys/signalfd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <system_error>
+
+namespace telephone {
+
+StopSignal::StopSignal()
+{
+    // A peer that has gone shows as a failed write.
+    std::signal(SIGPIPE, SIG_IGN);
+    sigset_t set;
+    sigemptyset(&set);
+    sigaddset(&set, SIGINT);
+    sigaddset(&set, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &set, nullptr);
+    signals_ = FileDescriptor(signalfd(-1, &set, SFD_NONBLOCK | SFD_CLOEXEC));
+    if (!signals_)
+        throw std::system_error(errno, std::generic_category(), "signalfd");
+}
+
+bool StopSignal::isRaised() const
+{
+    // The signal is left where it is, so that everyone who asks sees it.
+    pollfd query{signals_.get(), POLLIN, 0};
+    return poll(&query, 1, 0) > 0;
+}
+
+}  // namespace telephone

@@ -1,0 +1,22 @@
+// Takes SIGINT and SIGTERM as a readable descriptor instead of an interruption. Made by main before any thread starts:
+// the signals are blocked in every thread from then on.
+#pragma once
+
+#include "framework/FileDescriptor.h"
+
+namespace telephone {
+
+class StopSignal
+{
+public:
+    StopSignal();  // throws std::system_error
+
+    // Readable from the first such signal on.
+    [[nodiscard]] int descriptor() const { return signals_.get(); }
+    [[nodiscard]] bool isRaised() const;
+
+private:
+    FileDescriptor signals_;
+};
+
+}  // namespace telephone
