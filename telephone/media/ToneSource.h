@@ -1,0 +1,23 @@
+// A steady sine tone: what a telephone without a microphone says. Belongs to one call.
+#pragma once
+
+#include "sip/Audio.h"
+
+namespace telephone {
+
+class ToneSource final : public sip::AudioSource
+{
+public:
+    static constexpr double kFrequency = 440.0;   // Hz
+    static constexpr double kAmplitude = 8000.0;  // of 32767: three of them mix without clipping
+
+    explicit ToneSource(double frequency = kFrequency, double amplitude = kAmplitude);
+    bool readFrame(sip::AudioFrame& frame) override;
+
+private:
+    double step_;  // radians a sample
+    double amplitude_;
+    double phase_ = 0.0;
+};
+
+}  // namespace telephone
