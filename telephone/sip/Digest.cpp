@@ -39,7 +39,8 @@ std::int64_t secondsNow()
 }  // namespace
 
 DigestServer::DigestServer(std::string realm, std::chrono::seconds nonceLifetime)
-    : realm_(std::move(realm)), nonceLifetime_(nonceLifetime)
+    : realm_(std::move(realm))
+    , nonceLifetime_(nonceLifetime)
 {
     for (int i = 0; i < 4; ++i)
         secret_ += std::to_string(rand_u64());

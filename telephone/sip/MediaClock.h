@@ -1,6 +1,6 @@
-// The beat of the audio: one timer of the loop that calls every running stream each 20 ms. A beat that comes late is made
-// up for by the next, so that the average is right; after a long standstill it starts afresh. One per user agent; used on
-// any thread under the lock, calls on the loop's thread.
+// The beat of the audio: one timer of the loop that calls every running stream each 20 ms. A beat that comes late is
+// made up for by the next, so that the average is right; after a long standstill it starts afresh. One per user agent;
+// used on any thread under the lock, calls on the loop's thread.
 #pragma once
 
 #include "Timer.h"
@@ -22,7 +22,9 @@ public:
 class MediaClock
 {
 public:
-    explicit MediaClock(EventLoop& loop) : timer_(loop) {}
+    explicit MediaClock(EventLoop& loop)
+        : timer_(loop)
+    {}
 
     void add(MediaClockListener& listener);
     void remove(MediaClockListener& listener);

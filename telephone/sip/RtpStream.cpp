@@ -17,7 +17,11 @@ constexpr unsigned kFrameSamplesWide = kFrameSamples;
 }  // namespace
 
 RtpStream::RtpStream(MediaClock& clock, const sa& localAddress)
-    : clock_(clock), local_(localAddress), ssrc_(rand_u32()), sequence_(rand_u16()), timestamp_(rand_u32())
+    : clock_(clock)
+    , local_(localAddress)
+    , ssrc_(rand_u32())
+    , sequence_(rand_u16())
+    , timestamp_(rand_u32())
 {
     sa_set_port(&local_, 0);
     const auto heard = [](const sa*, mbuf* packet, void* object) { static_cast<RtpStream*>(object)->receive(packet); };

@@ -1,5 +1,5 @@
-// The RTP side of one session (RFC 3550, 3551, 4733): a socket on a free port, G.711 both ways, telephone-events both ways.
-// Owned by its session; used under the lock. Digits come to one function, set by the owner.
+// The RTP side of one session (RFC 3550, 3551, 4733): a socket on a free port, G.711 both ways, telephone-events both
+// ways. Owned by its session; used under the lock. Digits come to one function, set by the owner.
 #pragma once
 
 #include "Audio.h"

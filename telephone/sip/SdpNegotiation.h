@@ -1,5 +1,5 @@
-// Offer and answer of one session (RFC 3264): one audio stream with G.711 and telephone-event. Owned by the session; used
-// under the lock.
+// Offer and answer of one session (RFC 3264): one audio stream with G.711 and telephone-event. Owned by the session;
+// used under the lock.
 #pragma once
 
 #include "Audio.h"
@@ -24,7 +24,8 @@ public:
     };
 
     // throws std::runtime_error without memory
-    SdpNegotiation(const sa& local, std::uint16_t rtpPort, const std::vector<std::string>& codecs, bool telephoneEvents);
+    SdpNegotiation(const sa& local, std::uint16_t rtpPort, const std::vector<std::string>& codecs,
+                   bool telephoneEvents);
     ~SdpNegotiation();
 
     bool encode(Ref<mbuf>& description, bool offer);

@@ -1,5 +1,5 @@
-// The one door to the SIP stack below: its headers, and the few wrappers that make its reference-counted objects and its
-// text slices safe to hold. Only sources of this folder include this, never a header that others see.
+// The one door to the SIP stack below: its headers, and the few wrappers that make its reference-counted objects and
+// its text slices safe to hold. Only sources of this folder include this, never a header that others see.
 #pragma once
 
 extern "C" {

@@ -9,7 +9,11 @@ namespace telephone::sip {
 
 struct Timer::Impl : std::enable_shared_from_this<Timer::Impl>
 {
-    explicit Impl(EventLoop& owner) : loop(owner) { tmr_init(&timer); }
+    explicit Impl(EventLoop& owner)
+        : loop(owner)
+    {
+        tmr_init(&timer);
+    }
 
     void expire()
     {
@@ -24,9 +28,12 @@ struct Timer::Impl : std::enable_shared_from_this<Timer::Impl>
     std::function<void()> expired;
 };
 
-Timer::Timer(EventLoop& loop) : impl_(std::make_shared<Impl>(loop)) {}
+Timer::Timer(EventLoop& loop)
+    : impl_(std::make_shared<Impl>(loop))
+{}
 
-Timer::Timer(EventLoop& loop, std::chrono::milliseconds delay, std::function<void()> expired) : Timer(loop)
+Timer::Timer(EventLoop& loop, std::chrono::milliseconds delay, std::function<void()> expired)
+    : Timer(loop)
 {
     start(delay, std::move(expired));
 }
@@ -54,7 +61,8 @@ void Timer::start(std::chrono::milliseconds delay, std::function<void()> expired
     std::lock_guard guard(impl_->loop);
     impl_->expired = std::move(expired);
     const auto wait = delay.count() > 0 ? static_cast<std::uint64_t>(delay.count()) : 0;
-    tmr_start(&impl_->timer, wait, [](void* object) { static_cast<Impl*>(object)->expire(); }, impl_.get());
+    tmr_start(
+        &impl_->timer, wait, [](void* object) { static_cast<Impl*>(object)->expire(); }, impl_.get());
 }
 
 void Timer::cancel()

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cctype>
+#include <charconv>
 
 namespace telephone::sip {
 
@@ -367,6 +367,23 @@ std::string targetUri(std::string_view dialled, std::string_view domain)
     if (trimmed.find('@') != std::string_view::npos)
         return "sip:" + std::string(trimmed);
     return "sip:" + escape(trimmed, kUserExtra) + "@" + std::string(domain);
+}
+
+std::vector<std::string> splitList(std::string_view text)
+{
+    std::vector<std::string> values;
+    while (!text.empty()) {
+        const std::string_view value = firstOfList(text);
+        if (!trim(value).empty())
+            values.emplace_back(trim(value));
+        text.remove_prefix(std::min(text.size(), value.size() + 1));
+    }
+    return values;
+}
+
+std::string escapeUser(std::string_view text)
+{
+    return escape(text, kUserExtra);
 }
 
 std::string escapeHeaderValue(std::string_view text)

@@ -56,8 +56,14 @@ std::string userOf(std::string_view text);
 // else becomes the user at the domain ("host" or "host:port"). Characters a user part cannot hold are escaped.
 std::string targetUri(std::string_view dialled, std::string_view domain);
 
+// Escapes what the user part of a URI cannot hold.
+std::string escapeUser(std::string_view text);
+
 // Escapes what a URI header value cannot hold (RFC 3261 section 19.1.1), for a Replaces inside a Refer-To.
 std::string escapeHeaderValue(std::string_view text);
+
+// The values of a comma-separated header; commas in quotes and brackets do not separate.
+std::vector<std::string> splitList(std::string_view text);
 
 // Whether two texts are equal without regard to the case of ASCII letters.
 bool equalsIgnoringCase(std::string_view left, std::string_view right);

@@ -1,0 +1,168 @@
+#include "RegistrationImpl.h"
+
+#include "EventLoop.h"
+
+#include <algorithm>
+#include <charconv>
+#include <mutex>
+
+namespace telephone::sip {
+
+namespace {
+
+constexpr std::uint32_t kUsualExpires = 3600;
+
+std::uint32_t number(const std::string& text, std::uint32_t otherwise)
+{
+    std::uint32_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    return error == std::errc() ? value : otherwise;
+}
+
+// Some time before the registrar forgets us, and never at once.
+std::chrono::milliseconds refreshAfter(std::uint32_t expires)
+{
+    return std::chrono::milliseconds(std::max<std::uint64_t>(500, std::uint64_t{expires} * (expires < 20 ? 500 : 900)));
+}
+
+// Repeating the request does not cure these.
+bool isPermanent(int status)
+{
+    return status == 401 || status == 403 || status == 404 || status == 407;
+}
+
+}  // namespace
+
+RegistrationImpl::RegistrationImpl(std::shared_ptr<UserAgent::Impl> agent, Account account,
+                                   RegistrationObserver& observer)
+    : agent_(std::move(agent))
+    , account_(std::move(account))
+    , observer_(observer)
+    , due_(agent_->loop)
+    , silence_(agent_->loop)
+    , wait_(account_.retryFirst)
+    , asked_(account_.expires)
+{
+    // Not within the caller, who has no registration in hand yet.
+    due_.start(std::chrono::milliseconds(0), [this] { send(asked_); });
+}
+
+RegistrationImpl::~RegistrationImpl()
+{
+    std::lock_guard guard(agent_->loop);
+    if (request_)
+        request_->abandon();
+    if (registered_ && request_ && !agent_->isClosed())
+        (void)request_->send("REGISTER", replyTail({}, {}), 0, {});
+}
+
+bool RegistrationImpl::prepare()
+{
+    if (request_)
+        return true;
+    std::string whyNot;
+    const std::string registrar = account_.registrar.empty() ? "sip:" + account_.domain : account_.registrar;
+    const auto route = agent_->routeTo(account_, registrar, whyNot);
+    if (route)
+        request_ = ClientRequest::make(agent_, account_, *route, account_.addressOfRecord(), whyNot);
+    if (!request_)
+        fail(503, whyNot);
+    return request_ != nullptr;
+}
+
+void RegistrationImpl::send(std::uint32_t expires)
+{
+    if (!prepare())
+        return;
+    request_->abandon();
+    const auto answered = [this, expires](int error, const sip_msg* message) { onAnswer(expires, error, message); };
+    const Headers headers{{"Allow", kAllow}, {"Supported", kSupported}};
+    if (const int error = request_->send("REGISTER", replyTail(headers, {}), expires, answered)) {
+        fail(503, errorText(error));
+        return;
+    }
+    silence_.start(account_.answerTimeout, [this] {
+        request_->abandon();
+        fail(408, "Request Timeout");
+    });
+}
+
+void RegistrationImpl::onAnswer(std::uint32_t asked, int error, const sip_msg* message)
+{
+    silence_.cancel();
+    if (error || !message) {
+        fail(error == ETIMEDOUT ? 408 : 503, errorText(error));
+        return;
+    }
+    if (message->scode < 300) {
+        onAccepted(asked, *message);
+        return;
+    }
+    const std::uint32_t least = number(headerValue(*message, "Min-Expires"), 0);
+    if (message->scode == 423 && least > asked_) {
+        asked_ = least;
+        send(asked_);
+        return;
+    }
+    fail(message->scode, text(message->reason));
+}
+
+std::uint32_t RegistrationImpl::grantedBy(const sip_msg& message) const
+{
+    const std::uint32_t usual = number(text(message.expires), kUsualExpires);
+    for (const auto& header : headersOf(message).values("Contact")) {
+        for (const auto& value : splitList(header)) {
+            const auto contact = NameAddr::parse(value);
+            if (contact && contact->uri == Uri::parse(request_->contact()))
+                return number(contact->parameter("expires").value_or(""), usual);
+        }
+    }
+    return number(text(message.expires), asked_);
+}
+
+void RegistrationImpl::onAccepted(std::uint32_t asked, const sip_msg& message)
+{
+    wait_ = account_.retryFirst;
+    if (asked == 0) {
+        registered_ = false;
+        observer_.onUnregistered(*this);
+        return;
+    }
+    const std::uint32_t granted = grantedBy(message);
+    if (granted == 0) {
+        fail(503, "The registrar granted no time");
+        return;
+    }
+    registered_ = true;
+    due_.start(refreshAfter(granted), [this] { send(asked_); });
+    observer_.onRegistered(*this, granted);
+}
+
+void RegistrationImpl::fail(int status, const std::string& reason)
+{
+    registered_ = false;
+    agent_->say(LogLevel::kWarning,
+                "Registration of " + account_.addressOfRecord() + " failed: " + std::to_string(status) + " " + reason);
+    if (!isPermanent(status)) {
+        due_.start(wait_, [this] { send(asked_); });
+        wait_ = std::min(wait_ * 2, account_.retryMax);
+    }
+    observer_.onRegistrationFailed(*this, status, reason);
+}
+
+void RegistrationImpl::retry()
+{
+    std::lock_guard guard(agent_->loop);
+    silence_.cancel();
+    wait_ = account_.retryFirst;
+    due_.start(std::chrono::milliseconds(0), [this] { send(asked_); });
+}
+
+void RegistrationImpl::unregister()
+{
+    std::lock_guard guard(agent_->loop);
+    silence_.cancel();
+    due_.start(std::chrono::milliseconds(0), [this] { send(0); });
+}
+
+}  // namespace telephone::sip

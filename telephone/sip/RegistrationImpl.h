@@ -1,0 +1,40 @@
+// A registration, behind the interface: when to send the next REGISTER, and what its answer means.
+#pragma once
+
+#include "ClientRequest.h"
+#include "Registration.h"
+#include "Timer.h"
+
+namespace telephone::sip {
+
+class RegistrationImpl final : public Registration
+{
+public:
+    RegistrationImpl(std::shared_ptr<UserAgent::Impl> agent, Account account, RegistrationObserver& observer);
+    ~RegistrationImpl() override;
+
+    const Account& account() const override { return account_; }
+    bool isRegistered() const override { return registered_; }
+    void retry() override;
+    void unregister() override;
+
+private:
+    bool prepare();
+    void send(std::uint32_t expires);
+    void onAnswer(std::uint32_t asked, int error, const sip_msg* message);
+    void onAccepted(std::uint32_t asked, const sip_msg& message);
+    void fail(int status, const std::string& reason);
+    std::uint32_t grantedBy(const sip_msg& message) const;
+
+    std::shared_ptr<UserAgent::Impl> agent_;
+    Account account_;
+    RegistrationObserver& observer_;
+    std::shared_ptr<ClientRequest> request_;
+    Timer due_;      // the next REGISTER
+    Timer silence_;  // the answer to the last one
+    std::chrono::milliseconds wait_;
+    std::uint32_t asked_;
+    bool registered_ = false;
+};
+
+}  // namespace telephone::sip
