@@ -197,7 +197,7 @@ inline constexpr RequestDescription kRows[] = {
     {"setIsInServiceInitiatedState", {{kLine, {"IsInServiceInitiatedState", word}}},
         A::nothing, "", "Tells that a line is off the hook and has no call yet."},
     {"SendUACSTAServerMessage", {{kLine, kBody}},
-        A::fixedText, "UACSTA message is sent.", "Sends a CSTA message of the line to the server; the answer is fixed."},
+        A::fixedText, "UACSTA message is sent.", "Sends a CSTA message to the server; the answer is always the same."},
     {"callbackDOFeatureCallID", {{{"CallID", text}, {"instanceId", integer}}},
         A::nothing, "", "Tells the call id that a feature of an instance got."},
 };

@@ -1,0 +1,127 @@
+// Writes texts of elements, <Tag>value</Tag> one after another: the events, and the answers that are made of elements.
+//
+// An element knows the most room it can take, so a text is written through a plain pointer into one string of that
+// size: one allocation at most, nothing grows, no locale has a say. Views must outlive the call of `join`.
+#pragma once
+
+#include <charconv>
+#include <cstddef>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+namespace elements {
+inline char* put(char* out, std::string_view text)
+{
+    std::memcpy(out, text.data(), text.size());
+    return out + text.size();
+}
+
+constexpr std::size_t room(std::string_view text)
+{
+    return text.size();
+}
+inline char* write(char* out, std::string_view text)
+{
+    return put(out, text);
+}
+
+constexpr std::size_t kDigitsOfInteger = 11;  // with the sign of the smallest one
+
+constexpr std::size_t room(int)
+{
+    return kDigitsOfInteger;
+}
+inline char* write(char* out, int value)
+{
+    return std::to_chars(out, out + kDigitsOfInteger, value).ptr;
+}
+
+constexpr std::size_t room(unsigned int)
+{
+    return kDigitsOfInteger;
+}
+inline char* write(char* out, unsigned int value)
+{
+    return std::to_chars(out, out + kDigitsOfInteger, value).ptr;
+}
+
+constexpr std::size_t room(bool)
+{
+    return 1;
+}
+inline char* write(char* out, bool value)
+{
+    *out = value ? '1' : '0';
+    return out + 1;
+}
+
+// <Tag>value</Tag>
+template <std::size_t kTagSize, typename Value>
+struct Element
+{
+    char const (&tag)[kTagSize];
+    Value value;
+
+    std::size_t room() const { return 2 * (kTagSize - 1) + sizeof("<></>") - 1 + elements::room(value); }
+
+    char* write(char* out) const
+    {
+        std::string_view const name(tag, kTagSize - 1);
+        out = put(put(put(out, "<"), name), ">");
+        out = elements::write(out, value);
+        return put(put(put(out, "</"), name), ">");
+    }
+};
+
+// A text without tags of its own.
+struct Body
+{
+    std::string_view text;
+
+    std::size_t room() const { return elements::room(text); }
+    char* write(char* out) const { return put(out, text); }
+};
+
+// <Method>Name</Method>
+template <std::size_t kNameSize>
+constexpr Element<sizeof("Method"), std::string_view> method(char const (&name)[kNameSize])
+{
+    return {"Method", std::string_view(name, kNameSize - 1)};
+}
+
+template <std::size_t kTagSize>
+constexpr Element<kTagSize, std::string_view> element(char const (&tag)[kTagSize], std::string_view value)
+{
+    return {tag, value};
+}
+template <std::size_t kTagSize>
+constexpr Element<kTagSize, int> element(char const (&tag)[kTagSize], int value)
+{
+    return {tag, value};
+}
+template <std::size_t kTagSize>
+constexpr Element<kTagSize, unsigned int> element(char const (&tag)[kTagSize], unsigned int value)
+{
+    return {tag, value};
+}
+template <std::size_t kTagSize>
+constexpr Element<kTagSize, bool> element(char const (&tag)[kTagSize], bool value)
+{
+    return {tag, value};
+}
+// A pointer would silently become a flag.
+template <std::size_t kTagSize>
+void element(char const (&tag)[kTagSize], void const* value) = delete;
+
+// The pieces one after another, as one text.
+template <typename... Pieces>
+std::string join(Pieces const&... pieces)
+{
+    std::string text((pieces.room() + ...), '\0');
+    char* out = text.data();
+    ((out = pieces.write(out)), ...);
+    text.resize(static_cast<std::size_t>(out - text.data()));
+    return text;
+}
+}  // namespace elements

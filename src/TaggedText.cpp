@@ -1,0 +1,70 @@
+#include "TaggedText.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+
+#include "CommunicationsServiceRequests.h"
+
+namespace tagged_text {
+namespace {
+bool isBlank(char character)
+{
+    return character == ' ' || (character >= '\t' && character <= '\r');
+}
+
+bool isDigit(char character)
+{
+    return character >= '0' && character <= '9';
+}
+}  // namespace
+
+std::optional<std::string_view> valueBetween(std::string_view opening, std::string_view message,
+                                             std::string_view closing)
+{
+    auto const found = message.find(opening);
+    if (found == std::string_view::npos) {
+        return std::nullopt;
+    }
+    auto const start = found + opening.size();
+    auto const end = message.find(closing, start);
+    if (end == std::string_view::npos) {
+        return std::nullopt;
+    }
+    return message.substr(start, end - start);
+}
+
+int decimal(std::string_view value)
+{
+    constexpr std::int64_t kSmallest = std::numeric_limits<int>::min();
+    constexpr std::int64_t kLargest = std::numeric_limits<int>::max();
+
+    auto const* next = std::find_if_not(value.begin(), value.end(), isBlank);
+    bool const negative = next != value.end() && *next == '-';
+    if (next != value.end() && (*next == '-' || *next == '+')) {
+        ++next;
+    }
+    std::int64_t number = 0;
+    for (; next != value.end() && isDigit(*next); ++next) {
+        number = std::min(number * 10 + (*next - '0'), kLargest + 1);
+    }
+    return static_cast<int>(std::clamp(negative ? -number : number, kSmallest, kLargest));
+}
+
+sfiServiceState serviceStateBetween(std::string_view opening, std::string_view message, std::string_view closing)
+{
+    auto const found = message.find(opening);
+    if (found == std::string_view::npos) {
+        return sfiServiceOutOfService;
+    }
+    auto const start = found + opening.size();
+    // Unsigned: a closing tag before the value, or none, makes a count that reaches beyond the end.
+    auto const value = message.substr(start, message.find(closing) - start);
+    auto const* const word = std::find(std::begin(kRequestServiceStates), std::end(kRequestServiceStates), value);
+    if (word == std::end(kRequestServiceStates)) {
+        return sfiServiceOutOfService;
+    }
+    return static_cast<sfiServiceState>(word - std::begin(kRequestServiceStates));
+}
+}  // namespace tagged_text
