@@ -1,0 +1,51 @@
+// What the service holds for a while and gives back on every path out of it. Each lives on the stack of one operation.
+#pragma once
+
+#include <atomic>
+
+#include "framework/Semaphore.h"
+#include "sfi/CSfi.h"
+
+// Holds one of the service's own locks, waiting for it without limit.
+class SemaphoreGuard
+{
+public:
+    explicit SemaphoreGuard(Semaphore& semaphore)
+        : semaphore_(semaphore)
+    {
+        semaphore_.take(Semaphore::kNoTimeLimit);
+    }
+    ~SemaphoreGuard() { semaphore_.give(); }
+    SemaphoreGuard(SemaphoreGuard const&) = delete;
+    SemaphoreGuard& operator=(SemaphoreGuard const&) = delete;
+
+private:
+    Semaphore& semaphore_;
+};
+
+// Holds the lock of the call control.
+class SfiGuard
+{
+public:
+    SfiGuard() { CSfi::GetInstance()->Lock(); }
+    ~SfiGuard() { CSfi::GetInstance()->Unlock(); }
+    SfiGuard(SfiGuard const&) = delete;
+    SfiGuard& operator=(SfiGuard const&) = delete;
+};
+
+// Sets a flag that other threads read, and clears it.
+class FlagGuard
+{
+public:
+    explicit FlagGuard(std::atomic<bool>& flag)
+        : flag_(flag)
+    {
+        flag_ = true;
+    }
+    ~FlagGuard() { flag_ = false; }
+    FlagGuard(FlagGuard const&) = delete;
+    FlagGuard& operator=(FlagGuard const&) = delete;
+
+private:
+    std::atomic<bool>& flag_;
+};

@@ -1,0 +1,134 @@
+// The service as a management agent: settings that arrive are handed to the platform, without those that the call
+// server holds while it holds them. And the items of the agent cockpit.
+#include "CommunicationsService.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "CommunicationsServiceLog.h"
+#include "management/DxlCollection.h"
+#include "management/ManageableData.h"
+#include "recording/MediaRecordingService.h"
+#include "sfi/CSfi.h"
+#include "sfi/SfiConfiguration.h"
+#include "team/EACockpitHandler.h"
+#include "team/TeamServiceFeatures.h"
+
+namespace {
+
+using namespace std::string_view_literals;
+
+constexpr char const* kServerBasedFeatures = "server-based-features";
+constexpr auto kNoReplyDelay = "cfnr-delay"sv;
+
+// What the server holds in server-based mode. External and internal rules are not among them, on purpose.
+constexpr std::array kServerHeldItems{
+    "call-dnd-activated"sv, "cfu-activated"sv,  "cfu-address"sv,  "cfb-activated"sv,
+    "cfb-address"sv,        "cfnr-activated"sv, "cfnr-address"sv,
+};
+static_assert(kServerHeldItems.size() == 7);
+
+std::vector<std::string> rootIdsOf(ManageableData& data)
+{
+    DxlCollection rows;
+    data.getRootIds(rows);
+    std::vector<std::string> ids;
+    for (std::size_t row = 0; row < rows.size(); ++row) {
+        ids.push_back(rows.value(row, ManageableData::kRootId));
+    }
+    return ids;
+}
+
+}  // namespace
+
+int CommunicationsService::setData(ManageableData& data)
+{
+    // What the service publishes itself comes back this way and passes. No lock: it comes on the publishing thread.
+    if (!publicationInProgress_ && !setCentralisedFeatureData(data)) {
+        return 0;
+    }
+    return CSfi::GetInstance()->ApplyManageableData(data, false);
+}
+
+int CommunicationsService::getData(ManageableData& data)
+{
+    return sipConfigManager_ == nullptr ? 0 : sipConfigManager_->getData(data);
+}
+
+void CommunicationsService::resetUserData()
+{
+    if (sipConfigManager_ != nullptr) {
+        sipConfigManager_->resetUserData();
+    }
+}
+
+void CommunicationsService::manageableDataChanged(ManageableData& data)
+{
+    if (sipConfigManager_ != nullptr) {
+        CSfi::GetInstance()->ApplyManageableData(data, true);
+    }
+    mediaRecordingSvc()->dataChangedEvent(data);
+}
+
+bool CommunicationsService::setCentralisedFeatureData(ManageableData& data)
+{
+    return !extractNewValueForServerBasedFeatures(data) || extractInvalidDataItems(data);
+}
+
+bool CommunicationsService::extractNewValueForServerBasedFeatures(ManageableData& data)
+{
+    bool on = sfiGetServerBasedFeaturesEnabled();
+    for (auto const& id : rootIdsOf(data)) {
+        if (id != kServerBasedFeatures) {
+            continue;
+        }
+        std::string value;
+        data.interogate(id, "", value);
+        SERVICE_TRACE("received server-based-features=%s:", value.c_str());
+        // The item only ever raises the flag.
+        on = on || value != "false";
+    }
+    return on;
+}
+
+bool CommunicationsService::extractInvalidDataItems(ManageableData& data)
+{
+    bool anyStayed = false;
+    for (auto& id : rootIdsOf(data)) {
+        if (isValidWhilstServerBasedFeaturesEnabled(id)) {
+            anyStayed = true;
+            continue;
+        }
+        data.removeRootId(id);
+        SERVICE_FAILURE("failed to set data due to server based features being enabled %s", id.c_str());
+    }
+    return anyStayed;
+}
+
+bool CommunicationsService::isValidWhilstServerBasedFeaturesEnabled(std::string const& rootId)
+{
+    if (rootId == kNoReplyDelay) {
+        return sfiGetServerType() == sfiServerWithNoReplyDelay;
+    }
+    return std::find(kServerHeldItems.begin(), kServerHeldItems.end(), rootId) == kServerHeldItems.end();
+}
+
+std::string CommunicationsService::getEACockpitData(std::string item)
+{
+    std::string value;
+    if (auto* const handler = TeamServiceFeatures::Instance()->getEACockpitHandler()) {
+        value = handler->getEACockpitData(item);
+    }
+    SERVICE_TRACE("getEACockpitData('%s')='%s'", item.c_str(), value.c_str());
+    return value.empty() ? "??" : value;
+}
+
+bool CommunicationsService::setEACockpitData(std::string item, std::string value)
+{
+    auto* const handler = TeamServiceFeatures::Instance()->getEACockpitHandler();
+    bool const result = handler != nullptr && handler->setEACockpitData(item, value);
+    SERVICE_TRACE("setEACockpitData(item='%s', value='%s')='%s'", item.c_str(), value.c_str(),
+                  result ? "true" : "false");
+    return result;
+}

@@ -1,0 +1,155 @@
+// The telephone's keys and plugs as the physical interface reports them.
+#include "CommunicationsService.h"
+
+#include <array>
+#include <vector>
+
+#include "CommunicationsServiceLog.h"
+#include "physical/PhysicalInterfaceServiceIfc.h"
+#include "sfi/CSfi.h"
+#include "team/TeamServiceFeatures.h"
+#include "team/TeamServiceKeyset.h"
+
+namespace {
+
+// Who acts on a key function.
+enum class KeyHandler
+{
+    nobody,
+    teamFeatures,
+    keyset,
+    callControl,
+};
+
+struct KeyRow
+{
+    PhysDefs::keyFunctionType function;
+    KeyHandler handler;
+};
+
+constexpr std::array kKeyRows{
+    KeyRow{PhysDefs::keyFunctionForwarding, KeyHandler::teamFeatures},
+    KeyRow{PhysDefs::keyFunctionPreview, KeyHandler::keyset},
+    KeyRow{PhysDefs::keyFunctionIgnoreCall, KeyHandler::keyset},
+    KeyRow{PhysDefs::keyFunctionHold, KeyHandler::callControl},
+    KeyRow{PhysDefs::keyFunctionDoNotDisturb, KeyHandler::teamFeatures},
+    KeyRow{PhysDefs::keyFunctionMessages, KeyHandler::teamFeatures},
+};
+static_assert(kKeyRows.size() == 6);
+
+constexpr bool areKeysAscending()
+{
+    for (std::size_t i = 1; i < kKeyRows.size(); ++i) {
+        if (kKeyRows[i - 1].function >= kKeyRows[i].function) {
+            return false;
+        }
+    }
+    return true;
+}
+static_assert(areKeysAscending(), "a key function has one handler");
+
+KeyHandler handlerOf(PhysDefs::keyFunctionType function)
+{
+    for (auto const& row : kKeyRows) {
+        if (row.function == function) {
+            return row.handler;
+        }
+    }
+    return KeyHandler::nobody;
+}
+
+// Numbers of the key groups that hold the keys the service acts on.
+constexpr int kButtonGroupFixedKeys = 6;
+constexpr int kOtherGroup = 2;
+constexpr int kActionGroup = 1;
+constexpr int kButtonGroupProgrammableKeys = 4;
+
+std::vector<PhysDefs::SubscriptionGrp> physicalSubscriptions()
+{
+    return {
+        PhysDefs::KeyGrpButtonEvents(kButtonGroupFixedKeys, PhysDefs::actionPressed),
+        PhysDefs::KeyGrpOther(kOtherGroup, PhysDefs::actionReleased),
+        PhysDefs::ActionGrp(kActionGroup, PhysDefs::actionChanged),
+        PhysDefs::KeyGrpButtonEvents(kButtonGroupProgrammableKeys, PhysDefs::actionPressed),
+    };
+}
+
+std::vector<PhysDefs::SubscriptionGrp> functionalSubscriptions()
+{
+    return {
+        PhysDefs::FunctionalEventSubscription(PhysDefs::keyFunctionDoNotDisturb, PhysDefs::actionAny),
+        PhysDefs::FunctionalEventSubscription(PhysDefs::keyFunctionMessages, PhysDefs::actionAny),
+        PhysDefs::FunctionalEventSubscription(PhysDefs::keyFunctionForwarding, PhysDefs::actionAny),
+    };
+}
+
+}  // namespace
+
+void CommunicationsService::subscribePhysicalInterfaceEvents()
+{
+    if (physicalInterface_ == nullptr) {
+        return;
+    }
+    auto groups = physicalSubscriptions();
+    physicalInterface_->subscribePhysicalEvents(this, groups);
+    auto functions = functionalSubscriptions();
+    physicalInterface_->subscribeFunctionalEvents(this, functions);
+}
+
+void CommunicationsService::keyPressedEvent(PhysDefs::keyFunctionType function, int key, PhysDefs::actionType action)
+{
+    if (CSfi::GetInstance()->IsPhoneLocked()) {
+        SERVICE_TRACE("Key presses are ignored while the phone is locked.");
+        return;
+    }
+    switch (handlerOf(function)) {
+    case KeyHandler::teamFeatures:
+        TeamServiceFeatures::Instance()->HandleButtonPressedEvent(key, function, action);
+        return;
+    case KeyHandler::keyset:
+        TeamServiceKeyset::Instance()->handleButtonPressedEvent(function);
+        return;
+    case KeyHandler::callControl:
+        CSfi::GetInstance()->HandleKeyFunction(function);
+        return;
+    case KeyHandler::nobody:
+        break;
+    }
+    SERVICE_TRACE("Unsupported function - ignored");
+}
+
+void CommunicationsService::buttonPressedEvent(PhysDefs::keyFunctionType function, int key, PhysDefs::actionType action,
+                                               std::string /*text*/)
+{
+    // The line shows the function under the name of the key number; log readers know it so.
+    SERVICE_TRACE("buttonPressedEvent FPK=%d)", function);
+    keyPressedEvent(function, key, action);
+}
+
+void CommunicationsService::functionPressedEvent(PhysDefs::keyFunctionType function, int key,
+                                                 PhysDefs::actionType action, std::string /*text*/)
+{
+    SERVICE_TRACE("functionPressedEvent Function=%d)(Action=%d)", function, action);
+    keyPressedEvent(function, key, action);
+}
+
+void CommunicationsService::hookswitchEvent(PhysDefs::actionType /*action*/) {}
+
+void CommunicationsService::jackEvent(PhysDefs::plugIdentifier plug, PhysDefs::plugStatus status)
+{
+    SERVICE_TRACE("jackEvent plugID %d , plugStatus %d", plug, status);
+    if (status != PhysDefs::plugOut && status != PhysDefs::plugIn) {
+        return;
+    }
+    if (plug == PhysDefs::plugHeadset) {
+        CSfi::GetInstance()->SetHeadsetPlugged(status == PhysDefs::plugIn);
+    } else if (plug == PhysDefs::plugLine) {
+        CSfi::GetInstance()->JackEvent();
+    }
+}
+
+void CommunicationsService::fpkAvailableEvent()
+{
+    SERVICE_TRACE("fpkAvailableEvent");
+    CSfi::GetInstance()->NotifyFPKAvailable();
+}
