@@ -1,0 +1,195 @@
+#include "DialogInfo.h"
+
+#include <array>
+#include <cstdio>
+#include <sstream>
+
+#include <pugixml.hpp>
+
+namespace telephone::sip {
+
+namespace {
+
+struct StateName
+{
+    DialogState state;
+    const char* name;
+};
+
+constexpr std::array<StateName, 5> kStates{{
+    {DialogState::kTrying, "trying"},
+    {DialogState::kProceeding, "proceeding"},
+    {DialogState::kEarly, "early"},
+    {DialogState::kConfirmed, "confirmed"},
+    {DialogState::kTerminated, "terminated"},
+}};
+
+const char* nameOf(DialogState state)
+{
+    for (const auto& row : kStates) {
+        if (row.state == state)
+            return row.name;
+    }
+    return "terminated";
+}
+
+std::optional<DialogState> stateOf(std::string_view name)
+{
+    for (const auto& row : kStates) {
+        if (name == row.name)
+            return row.state;
+    }
+    return std::nullopt;
+}
+
+// Documents may or may not put a prefix before the names of their elements.
+bool isNamed(const pugi::xml_node& node, std::string_view name)
+{
+    const std::string_view full = node.name();
+    const auto colon = full.find(':');
+    return (colon == std::string_view::npos ? full : full.substr(colon + 1)) == name;
+}
+
+pugi::xml_node childNamed(const pugi::xml_node& parent, std::string_view name)
+{
+    for (const auto& node : parent.children()) {
+        if (isNamed(node, name))
+            return node;
+    }
+    return {};
+}
+
+DialogParty readParty(const pugi::xml_node& node)
+{
+    const auto identity = childNamed(node, "identity");
+    return {identity.text().as_string(), identity.attribute("display").as_string(),
+            childNamed(node, "target").attribute("uri").as_string()};
+}
+
+std::optional<DialogEntry> readDialog(const pugi::xml_node& node)
+{
+    const auto state = stateOf(childNamed(node, "state").text().as_string());
+    if (!state)
+        return std::nullopt;
+    DialogEntry entry;
+    entry.id = node.attribute("id").as_string();
+    entry.dialog = {node.attribute("call-id").as_string(), node.attribute("local-tag").as_string(),
+                    node.attribute("remote-tag").as_string()};
+    entry.recipient = std::string_view(node.attribute("direction").as_string()) == "recipient";
+    entry.state = *state;
+    entry.local = readParty(childNamed(node, "local"));
+    entry.remote = readParty(childNamed(node, "remote"));
+    return entry;
+}
+
+void setUnlessEmpty(pugi::xml_node& node, const char* name, const std::string& value)
+{
+    if (!value.empty())
+        node.append_attribute(name) = value.c_str();
+}
+
+void writeParty(pugi::xml_node& dialog, const char* name, const DialogParty& party)
+{
+    if (party.identity.empty() && party.target.empty())
+        return;
+    auto node = dialog.append_child(name);
+    if (!party.identity.empty()) {
+        auto identity = node.append_child("identity");
+        setUnlessEmpty(identity, "display", party.displayName);
+        identity.text() = party.identity.c_str();
+    }
+    if (!party.target.empty())
+        node.append_child("target").append_attribute("uri") = party.target.c_str();
+}
+
+void writeDialog(pugi::xml_node& root, const DialogEntry& entry)
+{
+    auto node = root.append_child("dialog");
+    node.append_attribute("id") = entry.id.c_str();
+    setUnlessEmpty(node, "call-id", entry.dialog.callId);
+    setUnlessEmpty(node, "local-tag", entry.dialog.localTag);
+    setUnlessEmpty(node, "remote-tag", entry.dialog.remoteTag);
+    node.append_attribute("direction") = entry.recipient ? "recipient" : "initiator";
+    node.append_child("state").text() = nameOf(entry.state);
+    writeParty(node, "local", entry.local);
+    writeParty(node, "remote", entry.remote);
+}
+
+}  // namespace
+
+std::optional<DialogInfo> DialogInfo::parse(const std::string& document)
+{
+    pugi::xml_document xml;
+    if (!xml.load_buffer(document.data(), document.size()))
+        return std::nullopt;
+    const auto root = xml.document_element();
+    if (!isNamed(root, "dialog-info"))
+        return std::nullopt;
+    DialogInfo info;
+    info.version = root.attribute("version").as_uint();
+    info.full = std::string_view(root.attribute("state").as_string("full")) != "partial";
+    info.entity = root.attribute("entity").as_string();
+    for (const auto& node : root.children()) {
+        if (!isNamed(node, "dialog"))
+            continue;
+        if (auto entry = readDialog(node))
+            info.dialogs.push_back(std::move(*entry));
+    }
+    return info;
+}
+
+std::string DialogInfo::format() const
+{
+    pugi::xml_document xml;
+    auto declaration = xml.append_child(pugi::node_declaration);
+    declaration.append_attribute("version") = "1.0";
+    declaration.append_attribute("encoding") = "UTF-8";
+    auto root = xml.append_child("dialog-info");
+    root.append_attribute("xmlns") = "urn:ietf:params:xml:ns:dialog-info";
+    root.append_attribute("version") = version;
+    root.append_attribute("state") = full ? "full" : "partial";
+    root.append_attribute("entity") = entity.c_str();
+    for (const auto& entry : dialogs)
+        writeDialog(root, entry);
+    std::ostringstream out;
+    xml.save(out, "", pugi::format_raw);
+    return out.str();
+}
+
+std::optional<MessageSummary> MessageSummary::parse(const std::string& document)
+{
+    MessageSummary summary;
+    bool found = false;
+    std::istringstream lines(document);
+    for (std::string line; std::getline(lines, line);) {
+        const auto colon = line.find(':');
+        if (colon == std::string::npos)
+            continue;
+        const std::string name = line.substr(0, colon);
+        const auto first = line.find_first_not_of(" \t", colon + 1);
+        std::string value = first == std::string::npos ? std::string() : line.substr(first);
+        value.erase(value.find_last_not_of(" \t\r") + 1);
+        MessageCounts& voice = summary.voice;
+        if (equalsIgnoringCase(name, "Messages-Waiting")) {
+            found = true;
+            summary.waiting = equalsIgnoringCase(value, "yes");
+        } else if (equalsIgnoringCase(name, "Message-Account")) {
+            summary.account = value;
+        } else if (equalsIgnoringCase(name, "Voice-Message")) {
+            (void)std::sscanf(value.c_str(), "%9u/%9u (%9u/%9u)", &voice.fresh, &voice.old, &voice.urgentFresh,
+                              &voice.urgentOld);
+        }
+    }
+    return found ? std::optional(summary) : std::nullopt;
+}
+
+std::string MessageSummary::format() const
+{
+    std::string text = std::string("Messages-Waiting: ") + (waiting ? "yes" : "no") + "\r\n";
+    if (!account.empty())
+        text += "Message-Account: " + account + "\r\n";
+    return text + "Voice-Message: " + std::to_string(voice.fresh) + "/" + std::to_string(voice.old) + " (" +
+           std::to_string(voice.urgentFresh) + "/" + std::to_string(voice.urgentOld) + ")\r\n";
+}
+
+}  // namespace telephone::sip
