@@ -22,8 +22,9 @@ enum class SettingType
 
 enum class SettingAccess
 {
-    kReadWrite,
-    kReadOnly,  // given by the configuration or reported by the telephone itself
+    kUser,           // set by anyone; back to the standard value when the user's data are reset
+    kAdministrator,  // set by anyone who reaches the store; survives such a reset
+    kReadOnly,       // given by the configuration or reported by the telephone itself
 };
 
 struct SettingRow
@@ -34,6 +35,7 @@ struct SettingRow
     SettingAccess access;
     std::string_view tag;  // group under which changes can be heard
     std::string_view meaning;
+    std::string_view choices = {};                  // the texts that are allowed, with "|" between; empty: any
     int minimum = std::numeric_limits<int>::min();  // of a number
     int maximum = std::numeric_limits<int>::max();
 };
@@ -82,45 +84,46 @@ inline constexpr auto kSettingRows = [] {
     using Tag = SettingTags;
     using Name = SettingNames;
     return std::to_array<SettingRow>({
-        {"cfu-activated",             kFlag,   "false",     kReadWrite, Tag::kForwarding,   "forward every call"},
-        {"cfu-address",               kText,   "",          kReadWrite, Tag::kForwarding,   "where to"},
-        {"cfu-ext-activated",         kFlag,   "false",     kReadWrite, Tag::kForwarding,   "forward every call from outside"},
-        {"cfu-ext-address",           kText,   "",          kReadWrite, Tag::kForwarding,   "where to"},
-        {"cfu-int-activated",         kFlag,   "false",     kReadWrite, Tag::kForwarding,   "forward every call from the own domain"},
-        {"cfu-int-address",           kText,   "",          kReadWrite, Tag::kForwarding,   "where to"},
-        {"cfb-activated",             kFlag,   "false",     kReadWrite, Tag::kForwarding,   "forward when busy"},
-        {"cfb-address",               kText,   "",          kReadWrite, Tag::kForwarding,   "where to"},
-        {"cfb-ext-activated",         kFlag,   "false",     kReadWrite, Tag::kForwarding,   "forward calls from outside when busy"},
-        {"cfb-ext-address",           kText,   "",          kReadWrite, Tag::kForwarding,   "where to"},
-        {"cfb-int-activated",         kFlag,   "false",     kReadWrite, Tag::kForwarding,   "forward calls from the own domain when busy"},
-        {"cfb-int-address",           kText,   "",          kReadWrite, Tag::kForwarding,   "where to"},
-        {"cfnr-activated",            kFlag,   "false",     kReadWrite, Tag::kForwarding,   "forward when nobody answers"},
-        {"cfnr-address",              kText,   "",          kReadWrite, Tag::kForwarding,   "where to"},
-        {Name::kNoReplyDelay,         kNumber, "3",         kReadWrite, Tag::kForwarding,   "rings until nobody answers", 0, 99},
-        {"cfnr-ext-activated",        kFlag,   "false",     kReadWrite, Tag::kForwarding,   "forward calls from outside when nobody answers"},
-        {"cfnr-ext-address",          kText,   "",          kReadWrite, Tag::kForwarding,   "where to"},
-        {"cfnr-int-activated",        kFlag,   "false",     kReadWrite, Tag::kForwarding,   "forward calls from the own domain when nobody answers"},
-        {"cfnr-int-address",          kText,   "",          kReadWrite, Tag::kForwarding,   "where to"},
-        {Name::kForwardingAlternative, kText,  "",          kReadWrite, Tag::kForwarding,   "destination of the alternative forwarding key; empty: off"},
-        {Name::kForwardingPrivacy,    kFlag,   "false",     kReadOnly,  Tag::kForwarding,   "a rule that is switched off loses its destination"},
-        {Name::kBuiltInForwarding,    kFlag,   "true",      kReadWrite, Tag::kForwarding,   "the telephone forwards by itself, with 302"},
-        {Name::kDoNotDisturb,         kFlag,   "false",     kReadWrite, Tag::kDoNotDisturb, "refuse every call"},
-        {Name::kDoNotDisturbEnabled,  kFlag,   "true",      kReadWrite, Tag::kDoNotDisturb, "do-not-disturb may be switched on"},
-        {Name::kAgentState,           kText,   "loggedOff", kReadWrite, Tag::kAgent,        "state of the call-centre agent"},
-        {Name::kAgentFeatureEnabled,  kFlag,   "true",      kReadWrite, Tag::kAgent,        "the telephone is an agent's"},
-        {"agent-cockpit/*",           kText,   "",          kReadWrite, Tag::kAgent,        "items of the agent's view, by name"},
-        {Name::kServerBasedFeatures,  kFlag,   "false",     kReadWrite, Tag::kServer,       "forwarding and do-not-disturb are held by the call server"},
-        {Name::kServerType,           kNumber, "0",         kReadOnly,  Tag::kServer,       "kind of call server", 0, 255},
-        {Name::kInterfaceStatus,      kText,   "",          kReadOnly,  QoraTags::INTERFACE_STATUS, "state of the wired network"},
-        {Name::kWlanLinkStatus,       kText,   "",          kReadOnly,  QoraTags::WLAN_LINK_STATUS, "state of the wireless network"},
-        {Name::kPhoneLocked,          kFlag,   "false",     kReadWrite, Tag::kPhone,        "only permitted numbers can be dialled"},
-        {Name::kDialRestriction,      kNumber, "0",         kReadWrite, Tag::kPhone,        "4: no outgoing calls", 0, 4},
-        {Name::kImmediateRing,        kFlag,   "false",     kReadWrite, Tag::kPhone,        "lines ring without their delay"},
-        {Name::kCurrentMultiUser,     kText,   "",          kReadWrite, Tag::kPhone,        "line of the present user; empty: the primary line"},
-        {Name::kHeadsetOverride,      kNumber, "0",         kReadWrite, Tag::kPhone,        "line that answers on the headset whatever is plugged; 0: none", 0, 255},
-        {"feature-toggle/*",          kFlag,   "false",     kReadWrite, Tag::kPhone,        "state of a feature key, by key number"},
-        {"line/*",                    kText,   "",          kReadWrite, Tag::kLine,         "settings of one line, by line id and key"},
-        {Name::kRecordingEnabled,     kFlag,   "true",      kReadWrite, Tag::kRecording,    "calls may be recorded"},
+        {"cfu-activated",             kFlag,   "false",     kUser,          Tag::kForwarding,   "forward every call"},
+        {"cfu-address",               kText,   "",          kUser,          Tag::kForwarding,   "where to"},
+        {"cfu-ext-activated",         kFlag,   "false",     kUser,          Tag::kForwarding,   "forward every call from outside"},
+        {"cfu-ext-address",           kText,   "",          kUser,          Tag::kForwarding,   "where to"},
+        {"cfu-int-activated",         kFlag,   "false",     kUser,          Tag::kForwarding,   "forward every call from the own domain"},
+        {"cfu-int-address",           kText,   "",          kUser,          Tag::kForwarding,   "where to"},
+        {"cfb-activated",             kFlag,   "false",     kUser,          Tag::kForwarding,   "forward when busy"},
+        {"cfb-address",               kText,   "",          kUser,          Tag::kForwarding,   "where to"},
+        {"cfb-ext-activated",         kFlag,   "false",     kUser,          Tag::kForwarding,   "forward calls from outside when busy"},
+        {"cfb-ext-address",           kText,   "",          kUser,          Tag::kForwarding,   "where to"},
+        {"cfb-int-activated",         kFlag,   "false",     kUser,          Tag::kForwarding,   "forward calls from the own domain when busy"},
+        {"cfb-int-address",           kText,   "",          kUser,          Tag::kForwarding,   "where to"},
+        {"cfnr-activated",            kFlag,   "false",     kUser,          Tag::kForwarding,   "forward when nobody answers"},
+        {"cfnr-address",              kText,   "",          kUser,          Tag::kForwarding,   "where to"},
+        {Name::kNoReplyDelay,         kNumber, "3",         kUser,          Tag::kForwarding,   "rings until nobody answers", {}, 0, 99},
+        {"cfnr-ext-activated",        kFlag,   "false",     kUser,          Tag::kForwarding,   "forward calls from outside when nobody answers"},
+        {"cfnr-ext-address",          kText,   "",          kUser,          Tag::kForwarding,   "where to"},
+        {"cfnr-int-activated",        kFlag,   "false",     kUser,          Tag::kForwarding,   "forward calls from the own domain when nobody answers"},
+        {"cfnr-int-address",          kText,   "",          kUser,          Tag::kForwarding,   "where to"},
+        {Name::kForwardingAlternative, kText,  "",          kUser,          Tag::kForwarding,   "destination of the alternative forwarding key; empty: off"},
+        {Name::kForwardingPrivacy,    kFlag,   "false",     kReadOnly,      Tag::kForwarding,   "a rule that is switched off loses its destination"},
+        {Name::kBuiltInForwarding,    kFlag,   "true",      kAdministrator, Tag::kForwarding,   "the telephone forwards by itself, with 302"},
+        {Name::kDoNotDisturb,         kFlag,   "false",     kUser,          Tag::kDoNotDisturb, "refuse every call"},
+        {Name::kDoNotDisturbEnabled,  kFlag,   "true",      kAdministrator, Tag::kDoNotDisturb, "do-not-disturb may be switched on"},
+        {Name::kAgentState,           kText,   "loggedOff", kUser,          Tag::kAgent,        "state of the call-centre agent",
+                                                                                 "loggedOn|loggedOff|notReady|ready|workingAfterCall"},
+        {Name::kAgentFeatureEnabled,  kFlag,   "true",      kAdministrator, Tag::kAgent,        "the telephone is an agent's"},
+        {"agent-cockpit/*",           kText,   "",          kUser,          Tag::kAgent,        "items of the agent's view, by name"},
+        {Name::kServerBasedFeatures,  kFlag,   "false",     kAdministrator, Tag::kServer,       "forwarding and do-not-disturb are held by the call server"},
+        {Name::kServerType,           kNumber, "0",         kReadOnly,      Tag::kServer,       "kind of call server", {}, 0, 255},
+        {Name::kInterfaceStatus,      kText,   "",          kReadOnly,      QoraTags::INTERFACE_STATUS, "state of the wired network"},
+        {Name::kWlanLinkStatus,       kText,   "",          kReadOnly,      QoraTags::WLAN_LINK_STATUS, "state of the wireless network"},
+        {Name::kPhoneLocked,          kFlag,   "false",     kUser,          Tag::kPhone,        "only permitted numbers can be dialled"},
+        {Name::kDialRestriction,      kNumber, "0",         kAdministrator, Tag::kPhone,        "4: no outgoing calls", {}, 0, 4},
+        {Name::kImmediateRing,        kFlag,   "false",     kUser,          Tag::kPhone,        "lines ring without their delay"},
+        {Name::kCurrentMultiUser,     kText,   "",          kUser,          Tag::kPhone,        "line of the present user; empty: the primary line"},
+        {Name::kHeadsetOverride,      kNumber, "0",         kUser,          Tag::kPhone,        "line that answers on the headset whatever is plugged; 0: none", {}, 0, 255},
+        {"feature-toggle/*",          kFlag,   "false",     kUser,          Tag::kPhone,        "state of a feature key, by key number"},
+        {"line/*",                    kText,   "",          kUser,          Tag::kLine,         "settings of one line, by line id and key"},
+        {Name::kRecordingEnabled,     kFlag,   "true",      kAdministrator, Tag::kRecording,    "calls may be recorded"},
     });
 }();
 // clang-format on

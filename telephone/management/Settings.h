@@ -7,7 +7,6 @@
 // Normally: settings.set("cfu-activated", "true") writes, puts into force, tells the listeners, returns.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -16,6 +15,7 @@
 #include <utility>
 #include <vector>
 
+#include "management/SettingOutcome.h"
 #include "management/SettingRows.h"
 
 class ManageableData;
@@ -25,27 +25,6 @@ namespace telephone {
 class ConfigurationStore;
 struct Configuration;
 
-enum class SettingRefusal
-{
-    kNone,
-    kUnknownKey,
-    kWrongValue,  // of another type, out of range, too long
-    kReadOnly,
-    kStoreFull,
-    kStoreLocked,    // another program holds it
-    kStoreReadOnly,  // the file can't be written
-    kStoreGone,      // the file was removed or replaced under the running telephone
-    kStoreFailed,    // anything else that the disk answered
-};
-
-struct SettingOutcome
-{
-    SettingRefusal refusal = SettingRefusal::kNone;
-    std::string reason;  // for a person; empty when accepted
-
-    explicit operator bool() const { return refusal == SettingRefusal::kNone; }
-};
-
 class Settings
 {
 public:
@@ -53,9 +32,6 @@ public:
     // Told the keys that changed. Read the values in force by the getters: another thread may have set them again.
     using Listener = std::function<void(std::vector<std::string> const& keys)>;
     using ListenerId = std::uint64_t;
-
-    // Longest value, in bytes.
-    static constexpr std::size_t kLongestValue = 4096;
 
     // Takes what is stored into force. The configuration gives the standard values of "server-based-features",
     // "server-type", "forwarding-privacy" and "dial-restriction-mode".
@@ -82,8 +58,8 @@ public:
     SettingOutcome setAll(std::vector<Item> const& items);
     // A read-only value that the telephone itself knows ("interface-status"): in force, never stored.
     void report(std::string_view key, std::string_view value);
-    // Back to the standard values: every stored setting but those that begin with one of the prefixes.
-    SettingOutcome resetAll(std::vector<std::string> const& keptPrefixes = {});
+    // Every setting that is the user's goes back to its standard value; the administrator's stay.
+    SettingOutcome resetUserSettings();
 
     // What CSfi::ApplyManageableData does with its data: stores the items, all or none. `changed`: they come from the
     // store, so they are in force already. 0: refused, and why is logged.
@@ -95,12 +71,16 @@ public:
     // The listener runs on the thread that sets, after the write, and may call the settings. Of a family: the prefix.
     ListenerId listenToKey(std::string_view key, Listener listener);
     ListenerId listenToTag(std::string_view tag, Listener listener);
-    // When it returns, the listener no longer runs, unless the listener itself calls it.
+    // When it returns, the listener no longer runs, unless the listener itself calls it. It waits for a listener that
+    // is running: hold no lock that the listener takes.
     void endListening(ListenerId id);
 
 private:
     class State;
     std::unique_ptr<State> state_;
 };
+
+// The items of management data, in their order.
+std::vector<Settings::Item> itemsOf(ManageableData const& data);
 
 }  // namespace telephone

@@ -1,0 +1,271 @@
+#include "configuration/ConfigurationFile.h"
+
+#include <spdlog/fmt/fmt.h>
+#include <toml++/toml.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <utility>
+
+#include "configuration/Choices.h"
+#include "configuration/ConfigurationFields.h"
+#include "configuration/ConfigurationRules.h"
+#include "configuration/NearestName.h"
+
+namespace telephone {
+
+namespace {
+
+int lineOf(toml::source_region const& region)
+{
+    return static_cast<int>(region.begin.line);
+}
+
+// What stands in the file instead of what was expected.
+std::string found(toml::node const& node)
+{
+    if (auto const text = node.value_exact<std::string>()) {
+        return fmt::format("the text \"{}\"", *text);
+    }
+    if (auto const number = node.value_exact<std::int64_t>()) {
+        return fmt::format("the integer {}", *number);
+    }
+    if (auto const flag = node.value_exact<bool>()) {
+        return *flag ? "true" : "false";
+    }
+    std::ostringstream type;
+    type << node.type();
+    return "a value of type " + type.str();
+}
+
+bool isPlain(std::string const& text)
+{
+    return std::none_of(text.begin(), text.end(), [](unsigned char c) { return c < 0x20 || c == 0x7f; });
+}
+
+// Puts one value into its member; false when it is not what the field takes.
+template <typename Section>
+class Assign
+{
+public:
+    Assign(toml::node const& node, ConfigurationField<Section> const& field, Section& section)
+        : node_(node)
+        , field_(field)
+        , section_(section)
+    {}
+
+    bool operator()(bool Section::*member) const
+    {
+        auto const value = node_.value_exact<bool>();
+        section_.*member = value.value_or(false);
+        return value.has_value();
+    }
+    bool operator()(int Section::*member) const
+    {
+        if (auto const word = node_.value_exact<std::string>()) {
+            auto const place = isWord(*word) ? placeOfChoice(field_.choices, *word) : std::nullopt;
+            section_.*member = place.value_or(0);
+            return place.has_value();
+        }
+        auto const value = node_.value_exact<std::int64_t>();
+        if (!value || *value < field_.minimum || *value > field_.maximum) {
+            return false;
+        }
+        section_.*member = static_cast<int>(*value);
+        return field_.choices.empty() || placeOfChoice(field_.choices, std::to_string(*value)).has_value();
+    }
+    bool operator()(std::string Section::*member) const
+    {
+        auto const value = node_.value_exact<std::string>();
+        section_.*member = value.value_or(std::string());
+        return value && isPlain(*value) && (field_.choices.empty() || placeOfChoice(field_.choices, *value));
+    }
+    bool operator()(std::vector<std::string> Section::*member) const
+    {
+        auto const* values = node_.as_array();
+        if (values == nullptr) {
+            return false;
+        }
+        for (auto const& element : *values) {
+            auto const text = element.template value_exact<std::string>();
+            if (!text || text->empty() || !isPlain(*text)) {
+                return false;
+            }
+            (section_.*member).push_back(*text);
+        }
+        return true;
+    }
+    bool operator()(Transport Section::*member) const
+    {
+        auto const place = placeOfChoice(field_.choices, node_.value_exact<std::string>().value_or(std::string()));
+        section_.*member = static_cast<Transport>(place.value_or(0));
+        return place.has_value();
+    }
+
+private:
+    static bool isWord(std::string const& text) { return !text.empty() && (text[0] < '0' || text[0] > '9'); }
+
+    toml::node const& node_;
+    ConfigurationField<Section> const& field_;
+    Section& section_;
+};
+
+struct SectionName
+{
+    std::string_view name;
+};
+
+// One reading of one file.
+class Reading
+{
+public:
+    explicit Reading(std::string const& path)
+        : path_(path)
+    {}
+
+    Configuration read(toml::table const& file)
+    {
+        checkNames(file);
+        readFields("", file, configuration_, fields::kPhone);
+        forEachSection([&](std::string_view name, auto member, auto const& sectionFields) {
+            if (auto const* node = file.get(name)) {
+                readSection(name, *node, configuration_.*member, sectionFields);
+            }
+        });
+        notePlaces(file);
+        completeConfiguration(configuration_, places_, [this](int line, std::string const& what) { fail(line, what); });
+        return std::move(configuration_);
+    }
+
+private:
+    [[noreturn]] void fail(int line, std::string const& what) const
+    {
+        throw ConfigurationError(fmt::format("{}:{}: {}", path_, line, what));
+    }
+
+    // Every name at the top is a section or a key of the telephone itself.
+    void checkNames(toml::table const& file) const
+    {
+        std::vector<SectionName> known;
+        for (auto const& field : fields::kPhone) {
+            known.push_back({field.name});
+        }
+        forEachSection([&known](std::string_view name, auto, auto const&) { known.push_back({name}); });
+        for (auto const& [key, node] : file) {
+            auto const name = key.str();
+            if (std::none_of(known.begin(), known.end(), [name](auto const& one) { return one.name == name; })) {
+                fail(lineOf(key.source()), fmt::format("there is no section or key \"{}\"; the nearest is \"{}\"", name,
+                                                       nearestName(name, known, &SectionName::name)));
+            }
+        }
+    }
+
+    template <typename Section, typename Fields>
+    void readSection(std::string_view name, toml::node const& node, Section& section, Fields const& sectionFields)
+    {
+        auto const* table = node.as_table();
+        if (table == nullptr) {
+            fail(lineOf(node.source()), fmt::format("\"{0}\" takes a section [{0}], not {1}", name, found(node)));
+        }
+        checkKeys(name, *table, sectionFields);
+        readFields(name, *table, section, sectionFields);
+    }
+
+    template <typename Element, typename Fields>
+    void readSection(std::string_view name, toml::node const& node, std::vector<Element>& elements,
+                     Fields const& sectionFields)
+    {
+        auto const* tables = node.as_array();
+        if (tables == nullptr || !tables->is_array_of_tables()) {
+            fail(lineOf(node.source()), fmt::format("\"{0}\" takes sections [[{0}]], not {1}", name, found(node)));
+        }
+        for (auto const& table : *tables) {
+            readSection(name, table, elements.emplace_back(), sectionFields);
+        }
+    }
+
+    template <typename Fields>
+    void checkKeys(std::string_view section, toml::table const& table, Fields const& sectionFields) const
+    {
+        using Field = typename Fields::value_type;
+        for (auto const& [key, node] : table) {
+            auto const name = key.str();
+            if (std::none_of(sectionFields.begin(), sectionFields.end(),
+                             [name](auto const& field) { return field.name == name; })) {
+                fail(lineOf(key.source()), fmt::format("there is no key \"{}\" in [{}]; the nearest is \"{}\"", name,
+                                                       section, nearestName(name, sectionFields, &Field::name)));
+            }
+        }
+    }
+
+    template <typename Section, typename Fields>
+    void readFields(std::string_view name, toml::table const& table, Section& section,
+                    Fields const& sectionFields) const
+    {
+        for (auto const& field : sectionFields) {
+            auto const* node = table.get(field.name);
+            if (node != nullptr && !std::visit(Assign<Section>(*node, field, section), field.member)) {
+                fail(lineOf(node->source()), fmt::format("{}{}{} takes {}, not {}", name, name.empty() ? "" : ".",
+                                                         field.name, expectedOf(field), found(*node)));
+            }
+        }
+    }
+
+    void notePlaces(toml::table const& file)
+    {
+        places_.lines = placesOf(file.get("line"));
+        places_.keys = placesOf(file.get("key"));
+        places_.sip = placeOf(file.at_path("sip.address"));
+        places_.server = placeOf(file.at_path("server.registrar"));
+        places_.push = placeOf(file.at_path("push.address"));
+    }
+    static int placeOf(toml::node_view<toml::node const> node)
+    {
+        return node.node() == nullptr ? 0 : lineOf(node.node()->source());
+    }
+    static std::vector<int> placesOf(toml::node const* node)
+    {
+        std::vector<int> places;
+        if (node != nullptr) {
+            for (auto const& table : *node->as_array()) {
+                places.push_back(lineOf(table.source()));
+            }
+        }
+        return places;
+    }
+
+    std::string const& path_;
+    Configuration configuration_;
+    ConfigurationPlaces places_;
+};
+
+}  // namespace
+
+ConfigurationFile::ConfigurationFile(std::string path)
+    : path_(std::move(path))
+{}
+
+Configuration ConfigurationFile::read() const
+{
+    std::ifstream file(path_);
+    std::ostringstream text;
+    if (!file || (file.peek() != std::ifstream::traits_type::eof() && !(text << file.rdbuf()))) {
+        throw ConfigurationError(
+            fmt::format("configuration file \"{}\" can't be read: {}", path_, std::strerror(errno)));
+    }
+    return parse(text.str());
+}
+
+Configuration ConfigurationFile::parse(std::string_view text) const
+{
+    try {
+        return Reading(path_).read(toml::parse(text, path_));
+    } catch (toml::parse_error const& error) {
+        throw ConfigurationError(fmt::format("{}:{}: {}", path_, lineOf(error.source()), error.description()));
+    }
+}
+
+}  // namespace telephone

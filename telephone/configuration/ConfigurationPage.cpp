@@ -1,0 +1,86 @@
+#include "configuration/ConfigurationPage.h"
+
+#include <spdlog/fmt/fmt.h>
+
+#include "configuration/ConfigurationFields.h"
+
+namespace telephone {
+
+namespace {
+
+constexpr std::string_view kHead = R"(# Configuration file
+
+`telephone --config FILE` reads a TOML file. Without one the telephone is a keyset of two lines, 4711 and 4712, at its
+built-in exchange. [example.toml](example.toml) holds every key with its default.
+
+A key or section that is not listed here, a value of another type and one out of range are refused with file, line and
+what was expected. A file without `[[line]]` describes the two standard lines (with `keyset = false` the first), one
+without `[[key]]` gets a key for each line, or the standard layout for the standard lines. Line ids, line numbers and key
+numbers may stand only once. Relative paths start from the folder in which the telephone is started.
+
+This page is made from the tables in `telephone/configuration/ConfigurationFields.h`.
+)";
+
+// The default of a field, as it stands in a file.
+template <typename Section>
+struct Standard
+{
+    Section const& section;
+    std::string_view choices;
+
+    std::string operator()(bool Section::*member) const { return section.*member ? "true" : "false"; }
+    std::string operator()(int Section::*member) const
+    {
+        bool const words = !choices.empty() && (choices[0] < '0' || choices[0] > '9');
+        return words ? choice(section.*member) : std::to_string(section.*member);
+    }
+    std::string operator()(std::string Section::*member) const { return fmt::format("\"{}\"", section.*member); }
+    std::string operator()(std::vector<std::string> Section::*) const { return "[]"; }
+    std::string operator()(Transport Section::*member) const { return choice(static_cast<int>(section.*member)); }
+
+    std::string choice(int place) const
+    {
+        auto rest = choices;
+        for (; place > 0; --place) {
+            rest.remove_prefix(rest.find('|') + 1);
+        }
+        return fmt::format("\"{}\"", rest.substr(0, rest.find('|')));
+    }
+};
+
+template <typename Section, typename Fields>
+std::string tableOf(std::string const& title, Section const& section, Fields const& fields)
+{
+    auto text = fmt::format("\n## {}\n\n| Key | Takes | Default | Meaning |\n|---|---|---|---|\n", title);
+    for (auto const& field : fields) {
+        text += fmt::format("| `{}` | {} | `{}` | {} |\n", field.name, expectedOf(field),
+                            std::visit(Standard<Section>{section, field.choices}, field.member), field.meaning);
+    }
+    return text;
+}
+
+template <typename Section, typename Fields>
+std::string sectionTable(std::string_view name, Section Configuration::*member, Fields const& fields)
+{
+    return tableOf(fmt::format("[{}]", name), Configuration().*member, fields);
+}
+
+template <typename Element, typename Fields>
+std::string sectionTable(std::string_view name, std::vector<Element> Configuration::*, Fields const& fields)
+{
+    return tableOf(fmt::format("[[{}]]", name), Element(), fields);
+}
+
+}  // namespace
+
+std::string configurationPage()
+{
+    std::string page(kHead);
+    page += tableOf("At the top", Configuration(), fields::kPhone);
+    forEachSection([&page](std::string_view name, auto member, auto const& sectionFields) {
+        page += sectionTable(name, member, sectionFields);
+    });
+    return page;
+}
+
+}  // namespace telephone

@@ -1,0 +1,10 @@
+// docs/configuration.md, made from the tables of the configuration file.
+#pragma once
+
+#include <string>
+
+namespace telephone {
+
+std::string configurationPage();
+
+}  // namespace telephone

@@ -1,0 +1,109 @@
+#include "management/SIPConfigManager.h"
+
+#include "framework/Log.h"
+#include "framework/SvcRTEContext.h"
+#include "management/LocalManagement.h"
+#include "management/ManageableData.h"
+
+namespace {
+
+constexpr std::string_view kComponent = "management";
+
+telephone::LocalManagement* findManagement(SvcRTEContext* context)
+{
+    auto* const found = context == nullptr ? nullptr : context->findExecutable("LocalMgmtIfc");
+    auto* const management = dynamic_cast<telephone::LocalManagement*>(found);
+    if (management == nullptr) {
+        telephone::log(kLogFailure, kComponent,
+                       "no configuration store is registered as LocalMgmtIfc: SIP settings are "
+                       "not managed");
+    }
+    return management;
+}
+
+}  // namespace
+
+// The store is found once; the framework keeps what it registers for as long as services run.
+class SIPConfigManager::State
+{
+public:
+    State(SvcRTEContext* context, MgmtAgentIfc* agent)
+        : management(findManagement(context))
+        , agent_(agent)
+    {
+        if (management != nullptr) {
+            management->bindAgent(agent);
+        }
+    }
+    ~State()
+    {
+        if (management != nullptr) {
+            management->forgetAgent(agent_);
+        }
+    }
+    State(State const&) = delete;
+    State& operator=(State const&) = delete;
+
+    telephone::LocalManagement* const management;
+
+private:
+    MgmtAgentIfc* const agent_;
+};
+
+SIPConfigManager::SIPConfigManager(SvcRTEContext* context, MgmtAgentIfc* agent)
+    : state_(std::make_unique<State>(context, agent))
+{}
+
+SIPConfigManager::~SIPConfigManager() = default;
+
+// Settings are in force as soon as they are stored, so there is nothing to put into force but what another program has
+// written since.
+void SIPConfigManager::initialise(bool apply)
+{
+    if (state_->management != nullptr && apply) {
+        state_->management->settings().refresh();
+    }
+}
+
+void SIPConfigManager::switchOnLampsForForwarding()
+{
+    if (state_->management != nullptr) {
+        state_->management->showForwarding();
+    }
+}
+
+void SIPConfigManager::checkDhcpProxyAddr()
+{
+    telephone::log(
+        telephone::kLogInfo, kComponent,
+        "no proxy address from DHCP: this telephone asks no DHCP server, its registrar is the configured one");
+}
+
+int SIPConfigManager::getData(ManageableData& data)
+{
+    if (state_->management == nullptr) {
+        return 0;
+    }
+    auto const& settings = state_->management->settings();
+    auto const asked = telephone::itemsOf(data);
+    int known = 0;
+    for (auto const& [key, value] : asked.empty() ? settings.all() : asked) {
+        if (telephone::findSettingRow(key) == nullptr) {
+            continue;
+        }
+        DataNode node;
+        auto inForce = settings.text(key);
+        node.setValue(inForce);
+        data.setRootId(key, nullptr);
+        data.populate(key, node);
+        ++known;
+    }
+    return known == 0 ? 0 : 1;
+}
+
+void SIPConfigManager::resetUserData()
+{
+    if (state_->management != nullptr && state_->management->settings().resetUserSettings()) {
+        telephone::log(telephone::kLogInfo, kComponent, "the user's settings are the delivered ones again");
+    }
+}

@@ -1,0 +1,51 @@
+// Who wants to hear of changed settings. Settings owns it and calls `tell` with no lock held.
+#pragma once
+
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+namespace telephone {
+
+class SettingListeners
+{
+public:
+    using Listener = std::function<void(std::vector<std::string> const& keys)>;
+    using Id = std::uint64_t;
+
+    Id addForKey(std::string_view key, Listener listener);
+    Id addForTag(std::string_view tag, Listener listener);
+    // Waits until no other thread runs the listener.
+    void remove(Id id);
+    // Tells each listener those of the keys that it asked for. One that throws is logged and hears the next change.
+    void tell(std::vector<std::string> const& keys);
+
+private:
+    struct Entry
+    {
+        Id id = 0;
+        bool byTag = false;
+        std::string subject;
+        Listener listener;
+        bool removed = false;
+        std::vector<std::thread::id> running;  // threads that are in the listener now
+    };
+
+    Id add(bool byTag, std::string_view subject, Listener listener);
+    static bool concerns(Entry const& entry, std::string const& key);
+    bool enter(Entry& entry);
+    void leave(Entry& entry);
+
+    std::mutex mutex_;
+    std::condition_variable left_;
+    std::vector<std::shared_ptr<Entry>> entries_;
+    Id lastId_ = 0;
+};
+
+}  // namespace telephone

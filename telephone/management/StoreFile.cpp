@@ -1,0 +1,144 @@
+#include "management/StoreFile.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <fstream>
+#include <string_view>
+#include <vector>
+
+#include <spdlog/fmt/fmt.h>
+
+#include "management/Sqlite.h"
+#include "management/StoreError.h"
+
+namespace telephone {
+
+namespace {
+
+constexpr std::string_view kMagic{"SQLite format 3\0", 16};
+constexpr std::size_t kHeaderSize = 100;
+constexpr std::size_t kUserVersionOffset = 60;
+constexpr std::size_t kApplicationIdOffset = 68;
+
+using Header = std::vector<unsigned char>;
+
+// Big-endian, as the database header has it.
+std::int32_t wordAt(Header const& header, std::size_t offset)
+{
+    std::uint32_t word = 0;
+    for (std::size_t i = 0; i < 4; ++i) {
+        word = word << 8U | header[offset + i];
+    }
+    return static_cast<std::int32_t>(word);
+}
+
+Header readHeader(std::string const& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        throw StoreError(
+            fmt::format("store \"{}\" can't be read: {}; give this user the right to read and write it, or "
+                        "name another file in store.path",
+                        path, std::strerror(errno)));
+    }
+    Header header(kHeaderSize);
+    file.read(reinterpret_cast<char*>(header.data()), kHeaderSize);
+    header.resize(static_cast<std::size_t>(file.gcount()));
+    return header;
+}
+
+void checkHeader(std::string const& path, Header const& header)
+{
+    bool const database = header.size() == kHeaderSize && std::memcmp(header.data(), kMagic.data(), kMagic.size()) == 0;
+    if (!database) {
+        throw StoreError(fmt::format("store \"{}\" is no store of a telephone, or a damaged one; it is left as it is: "
+                                     "move it away to start with a new one, or name another file in store.path",
+                                     path));
+    }
+    if (wordAt(header, kApplicationIdOffset) != kStoreApplicationId) {
+        throw StoreError(fmt::format("store \"{}\" is the database of another program; it is left as it is: name "
+                                     "another file in store.path",
+                                     path));
+    }
+    if (auto const layout = wordAt(header, kUserVersionOffset); layout != kStoreLayout) {
+        throw StoreError(fmt::format("store \"{}\" has layout {}, this telephone knows layout {}; it is left as it is: "
+                                     "use the telephone that wrote it, or name another file in store.path",
+                                     path, layout, kStoreLayout));
+    }
+}
+
+[[noreturn]] void failToCreate(std::string const& path, std::string const& why)
+{
+    throw StoreError(fmt::format("store \"{}\" can't be created: {}; make its folder and give this user the right to "
+                                 "write there, or name another file in store.path",
+                                 path, why));
+}
+
+// A whole store under a name of its own.
+void writeNewStore(std::string const& path, std::string const& temporary)
+{
+    ::unlink(temporary.c_str());
+    sqlite3* opened = nullptr;
+    int result = sqlite3_open_v2(temporary.c_str(), &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
+    sqlite::Connection const connection(opened);
+    if (result == SQLITE_OK) {
+        auto const sql = fmt::format("PRAGMA synchronous=FULL; BEGIN; PRAGMA application_id={}; PRAGMA user_version={};"
+                                     "CREATE TABLE setting(name TEXT PRIMARY KEY, value TEXT NOT NULL) "
+                                     "STRICT, WITHOUT ROWID; COMMIT; PRAGMA journal_mode=WAL;",
+                                     kStoreApplicationId, kStoreLayout);
+        result = sqlite::execute(opened, sql.c_str());
+    }
+    if (result != SQLITE_OK) {
+        auto const why = opened == nullptr ? std::string(sqlite3_errstr(result)) : std::string(sqlite3_errmsg(opened));
+        ::unlink(temporary.c_str());
+        failToCreate(path, why);
+    }
+}
+
+// `empty`: an empty file stands in the place. Another telephone may make the store at the same moment: the first wins.
+void createStoreFile(std::string const& path, bool empty)
+{
+    auto const temporary = fmt::format("{}.new-{}", path, ::getpid());
+    writeNewStore(path, temporary);
+    bool const placed = empty ? ::rename(temporary.c_str(), path.c_str()) == 0
+                              : ::link(temporary.c_str(), path.c_str()) == 0 || errno == EEXIST;
+    auto const error = errno;
+    ::unlink(temporary.c_str());
+    if (!placed) {
+        failToCreate(path, std::strerror(error));
+    }
+}
+
+}  // namespace
+
+void prepareStoreFile(std::string const& path)
+{
+    struct stat status = {};
+    bool const exists = ::stat(path.c_str(), &status) == 0;
+    if (!exists && errno != ENOENT) {
+        failToCreate(path, std::strerror(errno));
+    }
+    if (exists && !S_ISREG(status.st_mode)) {
+        throw StoreError(fmt::format("store \"{}\" is no file; name another one in store.path", path));
+    }
+    if (!exists || status.st_size == 0) {
+        createStoreFile(path, exists);
+    }
+    checkHeader(path, readHeader(path));
+}
+
+FileIdentity identityOf(std::string const& path)
+{
+    struct stat status = {};
+    if (::stat(path.c_str(), &status) != 0) {
+        return {};
+    }
+    return {static_cast<unsigned long>(status.st_dev), static_cast<unsigned long>(status.st_ino)};
+}
+
+}  // namespace telephone

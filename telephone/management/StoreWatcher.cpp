@@ -1,0 +1,32 @@
+#include "management/StoreWatcher.h"
+
+#include "management/Settings.h"
+
+namespace telephone {
+
+StoreWatcher::StoreWatcher(Settings& settings, std::chrono::milliseconds interval)
+    : settings_(settings)
+    , thread_([this, interval] { run(interval); })
+{}
+
+StoreWatcher::~StoreWatcher()
+{
+    {
+        std::lock_guard const guard(mutex_);
+        ends_ = true;
+    }
+    ended_.notify_all();
+    thread_.join();
+}
+
+void StoreWatcher::run(std::chrono::milliseconds interval)
+{
+    std::unique_lock guard(mutex_);
+    while (!ended_.wait_for(guard, interval, [this] { return ends_; })) {
+        guard.unlock();
+        settings_.refresh();
+        guard.lock();
+    }
+}
+
+}  // namespace telephone

@@ -1,0 +1,32 @@
+// Looks every half second whether another program has written into the store file, and takes its values into force.
+// The composition root owns it; a telephone whose store is in memory needs none.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+namespace telephone {
+
+class Settings;
+
+class StoreWatcher
+{
+public:
+    explicit StoreWatcher(Settings& settings, std::chrono::milliseconds interval = std::chrono::milliseconds(500));
+    ~StoreWatcher();
+    StoreWatcher(StoreWatcher const&) = delete;
+    StoreWatcher& operator=(StoreWatcher const&) = delete;
+
+private:
+    void run(std::chrono::milliseconds interval);
+
+    Settings& settings_;
+    std::mutex mutex_;
+    std::condition_variable ended_;
+    bool ends_ = false;
+    std::thread thread_;
+};
+
+}  // namespace telephone
