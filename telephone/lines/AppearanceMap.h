@@ -1,8 +1,8 @@
 // Which call is on which appearance of a multi-call-appearance line.
 //
 // Each appearance has a virtual line number of its own beside the numbers of the lines. A call is mapped when a request
-// names it, before it exists, or when it comes in; it leaves the map when it ends. A mapping whose call never came to be
-// (the request was refused) is forgotten after a while.
+// names it, before it exists, or when it comes in; it leaves the map when it ends. A mapping whose call never came to
+// be (the request was refused) is forgotten after a while.
 //
 // Owned by Lines; any thread.
 #pragma once
@@ -38,6 +38,8 @@ public:
     int findFirstFreeVirtualLine(int lineID) const override;
     bool findVirtualLineforCallID(int callID, int& lineID, int& appearanceIndex) const override;
 
+    // Maps a call that comes in to the first appearance that is free and not reserved; 0: there is none.
+    int seizeForIncoming(int lineNumber, int callID);
     // The call exists now, on that virtual line.
     void callBegan(int callID, int virtualLine);
     void callEnded(int callID);

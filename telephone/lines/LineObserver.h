@@ -9,12 +9,15 @@
 
 namespace telephone {
 
+class DssLine;
 class TelephoneLine;
 
 class LineListener
 {
 public:
     virtual void lineChanged(TelephoneLine& line, ELineState before) = 0;
+    // What the party of a direct-station key does has changed.
+    virtual void stationChanged(DssLine& /*station*/) {}
 
 protected:
     ~LineListener() = default;

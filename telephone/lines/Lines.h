@@ -6,8 +6,8 @@
 // those of LineDirectory and CallObserver come with it.
 //
 // Numbers: a line has the number of the file, else its place in it. Each appearance of a multi-call-appearance line has
-// a virtual line number of its own from kFirstVirtualLine on, and the identifier of the line with the appearance after a
-// hash sign: "4711#2".
+// a virtual line number of its own from kFirstVirtualLine on, and the identifier of the line with the appearance after
+// a hash sign: "4711#2".
 #pragma once
 
 #include <atomic>
@@ -22,6 +22,7 @@
 #include "lines/AppearanceMap.h"
 #include "lines/LineManager.h"
 #include "lines/LineObserver.h"
+#include "lines/PartyWatch.h"
 #include "lines/PhoneCalls.h"
 #include "lines/TelephoneLine.h"
 #include "sfi/CallSnapshot.h"
@@ -31,6 +32,7 @@ namespace telephone {
 
 class DssLine;
 class LineActions;
+class PartyWatch;
 class Settings;
 class TimerService;
 class WorkQueue;
@@ -52,6 +54,9 @@ public:
     void setServer(ServerAddress server) { server_ = std::move(server); }
     // Before the first key is pressed: what carries the calls, and the timers of warm lines.
     void connect(PhoneCalls& calls, TimerService& timers);
+    // Watches the parties of direct-station keys and the other telephones of shared lines. Once, when subscriptions can
+    // be sent.
+    void watchParties(PartyWatch& watch);
     // Ends its timers and threads; nothing is delivered to observers afterwards.
     void stop();
 
@@ -129,14 +134,15 @@ public:
     void stationChanged(DssLine& station);
 
 private:
-    void addLine(LineConfiguration const& configuration, int place);
+    void noteShared(TelephoneLine& line, WatchedParty const& party);
+    void addLine(LineConfiguration const& configuration);
     void addAppearances(TelephoneLine& line, int count);
     void addStations();
     TelephoneLine& own(std::unique_ptr<TelephoneLine> line);
     // Changes a line and its base by `change`, then tells who listens.
     void change(TelephoneLine& line, std::function<void(TelephoneLine&)> const& change);
     void tell(TelephoneLine& line, ELineState before);
-    void sendState(std::string const& lineURI, ELineState state, std::string const& remoteURI);
+    void sendState(std::string lineURI, ELineState state, std::string remoteURI);
     KeyConfiguration const* key(int keyNumber) const;
 
     Configuration const& configuration_;

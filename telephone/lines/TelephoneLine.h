@@ -49,6 +49,9 @@ public:
                                     int ringCount) override;
     void setMissedCallIndicated(bool indicated) override;
 
+    // Joins the call that another telephone has on this bridged line; false, with the reason in the log.
+    bool bridge();
+
     std::string const& id() const { return place_.lineURI; }
     LineAddress const& place() const { return place_; }
     LineConfiguration const& configuration() const { return configuration_; }
@@ -62,6 +65,8 @@ public:
     // --- lock held
     ELineState state() const;
     std::vector<CallSnapshot> const& calls() const { return calls_; }
+    // The first call that gives the line that state.
+    std::optional<CallSnapshot> callInState(ELineState state) const;
     ELineState seizure() const { return seizure_; }  // idle, selected or reserved
     ElsewhereCall const& elsewhere() const { return elsewhere_; }
     bool missedCallIndicated() const { return missedCall_; }
@@ -70,7 +75,6 @@ public:
 private:
     friend class Lines;
 
-    std::optional<CallSnapshot> firstCallInState(ELineState state) const;
     void noteCall(CallSnapshot const& call);
 
     Lines& lines_;

@@ -1,7 +1,8 @@
 // The configuration of one line, or of one appearance of it, as the service reads it. Owned by its line; the values are
-// those of the file and never change, the manual mark is guarded by the phone lock.
+// those of the file and never change.
 #pragma once
 
+#include <atomic>
 #include <string>
 
 #include "configuration/Configuration.h"
@@ -38,7 +39,7 @@ private:
     LineConfiguration const& line_;
     std::string uri_;
     bool monitorOnly_ = false;
-    bool manual_ = false;
+    std::atomic<bool> manual_{false};
 };
 
 }  // namespace telephone

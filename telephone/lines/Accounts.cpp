@@ -1,0 +1,33 @@
+#include "lines/Accounts.h"
+
+namespace telephone {
+
+namespace {
+
+std::string const& first(std::string const& text, std::string const& otherwise)
+{
+    return text.empty() ? otherwise : text;
+}
+
+}  // namespace
+
+std::string const& userOfLine(LineConfiguration const& line)
+{
+    return first(line.user, line.id);
+}
+
+sip::Account accountOf(LineConfiguration const& line, Configuration const& configuration, ServerAddress const& server)
+{
+    sip::Account account;
+    account.user = userOfLine(line);
+    account.domain = server.domain;
+    account.displayName = line.displayName;
+    account.registrar = server.registrar;
+    account.authUser = first(line.authUser, account.user);
+    account.password = first(line.password, server.defaultPassword);
+    account.transport = configuration.sip.transport == Transport::kTcp ? sip::Transport::kTcp : sip::Transport::kUdp;
+    account.expires = static_cast<std::uint32_t>(configuration.server.expires);
+    return account;
+}
+
+}  // namespace telephone

@@ -1,0 +1,156 @@
+#include "lines/AppearanceMap.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "framework/Log.h"
+
+namespace telephone {
+
+AppearanceMap::AppearanceMap(Clock clock)
+    : clock_(std::move(clock))
+{}
+
+void AppearanceMap::addLine(int lineNumber, std::vector<int> virtualLines)
+{
+    std::lock_guard const lock(mutex_);
+    int index = 0;
+    for (int const virtualLine : virtualLines) {
+        appearances_[virtualLine] = {lineNumber, ++index};
+    }
+    virtualLines_[lineNumber] = std::move(virtualLines);
+}
+
+void AppearanceMap::assignCallToLine(int lineID, int callID, int& appearanceIndex)
+{
+    std::lock_guard const lock(mutex_);
+    forgetStale();
+    int const virtualLine = virtualLines_.count(lineID) != 0 ? firstFree(lineID) : lineID;
+    auto const appearance = appearances_.find(virtualLine);
+    if (appearance == appearances_.end()) {
+        log(kLogFailure, "lines", "call {} gets no appearance: line {} has none that is free", callID, lineID);
+        return;
+    }
+    auto& mapping = mappings_[callID];
+    mapping.virtualLine = virtualLine;
+    mapping.madeAt = clock_();
+    appearanceIndex = appearance->second.index;
+}
+
+int AppearanceMap::findFirstFreeVirtualLine(int lineID) const
+{
+    std::lock_guard const lock(mutex_);
+    return firstFree(lineID);
+}
+
+bool AppearanceMap::findVirtualLineforCallID(int callID, int& lineID, int& appearanceIndex) const
+{
+    std::lock_guard const lock(mutex_);
+    auto const mapping = mappings_.find(callID);
+    if (mapping == mappings_.end() || !isCurrent(mapping->second)) {
+        return false;
+    }
+    lineID = mapping->second.virtualLine;
+    appearanceIndex = appearances_.at(lineID).index;
+    return true;
+}
+
+int AppearanceMap::seizeForIncoming(int lineNumber, int callID)
+{
+    std::lock_guard const lock(mutex_);
+    forgetStale();
+    auto const line = virtualLines_.find(lineNumber);
+    if (line == virtualLines_.end()) {
+        return 0;
+    }
+    auto const free = std::find_if(line->second.begin(), line->second.end(), [this](int virtualLine) {
+        return reserved_.count(virtualLine) == 0 && !carriesCall(virtualLine);
+    });
+    if (free == line->second.end()) {
+        return 0;
+    }
+    mappings_[callID] = {*free, true, clock_()};
+    return *free;
+}
+
+void AppearanceMap::callBegan(int callID, int virtualLine)
+{
+    std::lock_guard const lock(mutex_);
+    if (appearances_.count(virtualLine) == 0) {
+        return;
+    }
+    mappings_[callID] = {virtualLine, true, clock_()};
+    reserved_.erase(virtualLine);
+}
+
+void AppearanceMap::callEnded(int callID)
+{
+    std::lock_guard const lock(mutex_);
+    mappings_.erase(callID);
+}
+
+bool AppearanceMap::reserve(int virtualLine)
+{
+    std::lock_guard const lock(mutex_);
+    if (appearances_.count(virtualLine) == 0 || carriesCall(virtualLine)) {
+        return false;
+    }
+    return reserved_.insert(virtualLine).second;
+}
+
+void AppearanceMap::unreserve(int virtualLine)
+{
+    std::lock_guard const lock(mutex_);
+    reserved_.erase(virtualLine);
+}
+
+bool AppearanceMap::isReserved(int virtualLine) const
+{
+    std::lock_guard const lock(mutex_);
+    return reserved_.count(virtualLine) != 0;
+}
+
+std::size_t AppearanceMap::mappedCalls() const
+{
+    std::lock_guard const lock(mutex_);
+    return static_cast<std::size_t>(std::count_if(mappings_.begin(), mappings_.end(),
+                                                  [this](auto const& entry) { return isCurrent(entry.second); }));
+}
+
+bool AppearanceMap::isCurrent(Mapping const& mapping) const
+{
+    return mapping.callExists || clock_() - mapping.madeAt < kPatience;
+}
+
+bool AppearanceMap::carriesCall(int virtualLine) const
+{
+    return std::any_of(mappings_.begin(), mappings_.end(), [this, virtualLine](auto const& entry) {
+        return entry.second.virtualLine == virtualLine && isCurrent(entry.second);
+    });
+}
+
+int AppearanceMap::firstFree(int lineID) const
+{
+    auto const line = virtualLines_.find(lineID);
+    if (line == virtualLines_.end()) {
+        return 0;
+    }
+    int found = 0;
+    for (int const virtualLine : line->second) {
+        if (carriesCall(virtualLine)) {
+            continue;
+        }
+        if (reserved_.count(virtualLine) != 0) {
+            return virtualLine;
+        }
+        found = found == 0 ? virtualLine : found;
+    }
+    return found;
+}
+
+void AppearanceMap::forgetStale()
+{
+    std::erase_if(mappings_, [this](auto const& entry) { return !isCurrent(entry.second); });
+}
+
+}  // namespace telephone

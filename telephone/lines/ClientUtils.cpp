@@ -1,0 +1,34 @@
+// A device identity is a line identifier, for an appearance with a hash sign and its index behind it: "4711#2" is the
+// second appearance of line 4711. Anything else behind the last hash sign belongs to the identifier.
+#include "lines/ClientUtils.h"
+
+#include <charconv>
+
+namespace {
+
+constexpr char kSeparator = '#';
+constexpr int kLastAppearance = 255;
+
+// 0: no index.
+int appearanceIndex(std::string const& text, std::size_t start)
+{
+    int index = 0;
+    char const* const end = text.data() + text.size();
+    auto const [rest, error] = std::from_chars(text.data() + start, end, index);
+    bool const isIndex = error == std::errc() && rest == end && index >= 1 && index <= kLastAppearance;
+    return isIndex ? index : 0;
+}
+
+}  // namespace
+
+void ClientUtils::splitMCADeviceIndex(std::string const& lineURI, std::string& baseURI, int& index)
+{
+    auto const separator = lineURI.rfind(kSeparator);
+    int const found = separator == std::string::npos || separator == 0 ? 0 : appearanceIndex(lineURI, separator + 1);
+    if (found == 0) {
+        baseURI = lineURI;
+        return;
+    }
+    index = found;
+    baseURI = lineURI.substr(0, separator);
+}

@@ -1,0 +1,78 @@
+#include "lines/ServerFeatures.h"
+
+#include <charconv>
+#include <optional>
+
+#include "framework/Log.h"
+#include "management/Settings.h"
+
+namespace telephone {
+
+namespace {
+
+constexpr std::string_view kDoNotDisturb = "do-not-disturb";
+constexpr std::string_view kForwarding = "forwarding-";
+
+// Nothing for a text of another form, which only another program can have written.
+std::optional<Line::singleCFSetting> ruleOf(std::string const& text)
+{
+    auto const first = text.find(';');
+    auto const second = first == std::string::npos ? first : text.find(';', first + 1);
+    if (second == std::string::npos) {
+        return std::nullopt;
+    }
+    Line::singleCFSetting rule;
+    rule.status = text.compare(0, first, "on") == 0;
+    rule.destination = text.substr(second + 1);
+    std::from_chars(text.data() + first + 1, text.data() + second, rule.ringCount);
+    return rule;
+}
+
+std::string textOf(Line::singleCFSetting const& rule)
+{
+    return std::string(rule.status ? "on" : "off") + ";" + std::to_string(rule.ringCount) + ";" + rule.destination;
+}
+
+}  // namespace
+
+ServerFeatures::ServerFeatures(Settings& settings, std::string const& lineID)
+    : settings_(settings)
+    , prefix_(std::string(SettingNames::kLinePrefix) + lineID + "/")
+{}
+
+Line::serverFeaturesSettings ServerFeatures::read() const
+{
+    Line::serverFeaturesSettings features;
+    features.dnd = settings_.text(prefix_ + std::string(kDoNotDisturb)) == "true";
+    for (int type = sfiForwardUnconditional; type <= sfiForwardAlternative; ++type) {
+        auto const rule = ruleOf(settings_.text(prefix_ + std::string(kForwarding) + std::to_string(type)));
+        if (rule) {
+            features.forwarding[static_cast<sfiForwardingType>(type)] = *rule;
+        }
+    }
+    return features;
+}
+
+void ServerFeatures::setDoNotDisturb(bool on)
+{
+    write(std::string(kDoNotDisturb), on ? "true" : "false");
+}
+
+void ServerFeatures::setForwarding(sfiForwardingType type, Line::singleCFSetting const& rule)
+{
+    if (type < sfiForwardUnconditional || type > sfiForwardAlternative) {
+        log(kLogFailure, "lines", "forwarding is not set: there is no rule {}", static_cast<int>(type));
+        return;
+    }
+    write(std::string(kForwarding) + std::to_string(type), textOf(rule));
+}
+
+void ServerFeatures::write(std::string const& name, std::string const& value)
+{
+    auto const outcome = settings_.set(prefix_ + name, value);
+    if (!outcome) {
+        log(kLogFailure, "lines", "{}{} is not set: {}", prefix_, name, outcome.reason);
+    }
+}
+
+}  // namespace telephone
