@@ -1,0 +1,164 @@
+#include "console/Console.h"
+
+#include <poll.h>
+#include <unistd.h>
+
+// readline needs FILE declared before.
+#include <cstdio>
+#include <readline/history.h>
+#include <readline/readline.h>
+
+#include <array>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+#include "console/CommandError.h"
+#include "console/Completion.h"
+#include "console/Transcript.h"
+
+namespace telephone {
+
+namespace {
+
+constexpr char const* kPrompt = "telephone> ";
+constexpr int kForever = -1;
+
+// readline calls back without an argument: there is one console at most.
+Console* current = nullptr;
+
+char** complete(char const* /*word*/, int /*start*/, int end)
+{
+    rl_attempted_completion_over = 1;
+    auto const found = completions(std::string_view(rl_line_buffer, static_cast<std::size_t>(end)));
+    if (found.empty())
+        return nullptr;
+    rl_completion_append_character = found.size() == 1 && found[0].ends_with('=') ? '\0' : ' ';
+    std::string common = found[0];
+    for (std::string const& each : found) {
+        while (!each.starts_with(common))
+            common.pop_back();
+    }
+    // readline frees what it gets with free: first the common beginning, then each, then null.
+    std::size_t const count = found.size() == 1 ? 0 : found.size();
+    auto** const list = static_cast<char**>(std::calloc(count + 2, sizeof(char*)));
+    list[0] = strdup(common.c_str());
+    for (std::size_t i = 0; i < count; ++i)
+        list[i + 1] = strdup(found[i].c_str());
+    return list;
+}
+
+void printBesidePrompt(std::string const& line)
+{
+    rl_clear_visible_line();
+    std::printf("%s\n", line.c_str());
+    rl_on_new_line();
+    rl_redisplay();
+}
+
+void print(std::string const& line)
+{
+    std::printf("%s\n", line.c_str());
+    std::fflush(stdout);
+}
+
+}  // namespace
+
+Console::Console(Conversation& conversation)
+    : conversation_(conversation)
+{
+    current = this;
+}
+
+Console::~Console()
+{
+    current = nullptr;
+}
+
+bool Console::run()
+{
+    return isatty(STDIN_FILENO) == 1 && isatty(STDOUT_FILENO) == 1 ? runTerminal() : runPipe();
+}
+
+bool Console::runTerminal()
+{
+    rl_attempted_completion_function = complete;
+    rl_completer_word_break_characters = " \t";
+    rl_catch_signals = 0;
+    rl_callback_handler_install(kPrompt, &Console::lineTyped);
+    conversation_.transcript().writeTo(printBesidePrompt);
+    while (!over_ && waitForInput())
+        rl_callback_read_char();
+    rl_callback_handler_remove();
+    conversation_.transcript().writeTo(print);
+    print("");
+    return true;
+}
+
+void Console::lineTyped(char* line)
+{
+    std::unique_ptr<char, void (*)(void*)> const owned(line, std::free);
+    if (line == nullptr) {
+        current->over_ = true;
+        return;
+    }
+    if (*line != '\0')
+        add_history(line);
+    // While a line runs the prompt is not shown, and what it prints needs no redrawing.
+    current->conversation_.transcript().writeTo(print);
+    current->runLine(line);
+    current->conversation_.takeEvents();
+    current->conversation_.transcript().writeTo(printBesidePrompt);
+}
+
+bool Console::runPipe()
+{
+    std::string pending;
+    while (!over_ && waitForInput()) {
+        std::array<char, 4096> buffer;
+        ssize_t const count = read(STDIN_FILENO, buffer.data(), buffer.size());
+        bool const ended = count <= 0;
+        pending.append(buffer.data(), ended ? 0 : static_cast<std::size_t>(count));
+        if (ended && !pending.empty())
+            pending += '\n';
+        std::size_t end = 0;
+        while (!over_ && (end = pending.find('\n')) != std::string::npos) {
+            std::string const line = pending.substr(0, end);
+            pending.erase(0, end + 1);
+            runLine(line);
+            conversation_.settle();
+        }
+        over_ = over_ || ended;
+    }
+    return allWell_;
+}
+
+bool Console::waitForInput()
+{
+    while (true) {
+        conversation_.takeEvents();
+        std::array<pollfd, 3> waited{{
+            {STDIN_FILENO, POLLIN, 0},
+            {conversation_.eventDescriptor(), POLLIN, 0},
+            {conversation_.stopDescriptor(), POLLIN, 0},
+        }};
+        poll(waited.data(), waited.size(), kForever);
+        if (waited[2].revents != 0)
+            return false;
+        if (waited[0].revents != 0)
+            return true;
+    }
+}
+
+void Console::runLine(std::string const& line)
+{
+    try {
+        over_ = conversation_.interpreter().run(line).kind == CommandInterpreter::Kind::kQuit;
+    } catch (CommandError const& error) {
+        allWell_ = false;
+        conversation_.transcript().error(error.what());
+    }
+}
+
+}  // namespace telephone

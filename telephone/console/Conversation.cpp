@@ -1,0 +1,91 @@
+#include "console/Conversation.h"
+
+#include <poll.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <stdexcept>
+
+#include "console/Transcript.h"
+#include "framework/Channel.h"
+#include "framework/RequestRunner.h"
+#include "framework/TelephoneContext.h"
+
+namespace telephone {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::size_t kQueuedEvents = 100000;
+constexpr std::size_t kEventsAtOnce = 256;
+constexpr auto kQuiet = 100ms;
+constexpr auto kLongestUnrest = 1000ms;
+
+}  // namespace
+
+Conversation::Conversation(std::string const& name, TelephoneContext& context, RequestRunner& runner,
+                           TelephoneControls& controls, Transcript& transcript, int stop)
+    : context_(context)
+    , controls_(controls)
+    , transcript_(transcript)
+    , stop_(stop)
+    , channel_(context.openChannel(name, kQueuedEvents, [this] { wakeUp_.signal(); }))
+    , interpreter_(*channel_, runner, controls, transcript)
+{
+    auto const outcome = runner.run(*channel_, "<Method>Subscribe</Method>");
+    if (outcome.answer != "sfiSuccess") {
+        context_.closeChannel(channel_);
+        throw std::runtime_error("the service does not take a subscription to its events");
+    }
+}
+
+Conversation::~Conversation()
+{
+    context_.closeChannel(channel_);
+}
+
+bool Conversation::takeEvents()
+{
+    wakeUp_.clear();
+    bool some = false;
+    while (true) {
+        auto const events = channel_->events().take(kEventsAtOnce);
+        if (events.empty())
+            return some;
+        some = true;
+        for (NumberedEvent const& each : events) {
+            transcript_.event(each.number, each.text);
+            if (listener_)
+                listener_(each.text);
+        }
+    }
+}
+
+bool Conversation::waitForEvents(Clock::time_point deadline)
+{
+    while (!takeEvents()) {
+        auto const left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+        if (left <= 0ms || isStopped())
+            return false;
+        std::array<pollfd, 2> waited{{{wakeUp_.descriptor(), POLLIN, 0}, {stop_, POLLIN, 0}}};
+        poll(waited.data(), waited.size(), static_cast<int>(left.count()));
+    }
+    return true;
+}
+
+void Conversation::settle()
+{
+    auto const end = Clock::now() + kLongestUnrest;
+    while (waitForEvents(std::min(end, Clock::now() + kQuiet))) {
+    }
+}
+
+bool Conversation::isStopped() const
+{
+    pollfd query{stop_, POLLIN, 0};
+    return poll(&query, 1, 0) > 0;
+}
+
+}  // namespace telephone

@@ -1,0 +1,145 @@
+#include "console/EventPattern.h"
+
+#include <algorithm>
+#include <array>
+
+#include "console/CommandError.h"
+#include "console/Names.h"
+#include "console/RequestText.h"
+#include "sfi/SfiTypes.h"
+
+namespace telephone {
+
+namespace {
+
+struct StateName
+{
+    int state;
+    std::string_view name;
+};
+
+constexpr std::array<StateName, 16> kStateNames{{
+    {sfiCallStateIdle, "idle"},
+    {sfiCallStateDialling, "dialling"},
+    {sfiCallStateProceeding, "proceeding"},
+    {sfiCallStateRemoteRinging, "remoteRinging"},
+    {sfiCallStateIncoming, "incoming"},
+    {sfiCallStateRinging, "ringing"},
+    {sfiCallStateConnected, "connected"},
+    {sfiCallStateHeld, "held"},
+    {sfiCallStateRemotelyHeld, "remotelyHeld"},
+    {sfiCallStateHeldByBoth, "heldByBoth"},
+    {sfiCallStateConference, "conference"},
+    {sfiCallStateTransferring, "transferring"},
+    {sfiCallStateClearing, "clearing"},
+    {sfiCallStateBusy, "busy"},
+    {sfiCallStateFailed, "failed"},
+    {sfiCallStateAccepted, "accepted"},
+}};
+
+constexpr std::array<std::string_view, 4> kLineTags{"LineID", "lineURI", "deviceId", "Line"};
+
+constexpr std::string_view kStatePrefix = "sfiCallState";
+
+std::string stateNumber(std::string value)
+{
+    std::string_view name = value;
+    if (name.starts_with(kStatePrefix))
+        name.remove_prefix(kStatePrefix.size());
+    for (StateName const& each : kStateNames) {
+        if (equalIgnoringCase(each.name, name))
+            return std::to_string(each.state);
+    }
+    return value;
+}
+
+std::string flagNumber(std::string value)
+{
+    if (equalIgnoringCase(value, "true"))
+        return "1";
+    return equalIgnoringCase(value, "false") ? "0" : value;
+}
+
+bool namesLine(std::string_view tag)
+{
+    return std::any_of(kLineTags.begin(), kLineTags.end(),
+                       [&](std::string_view each) { return equalIgnoringCase(each, tag); });
+}
+
+bool isMeant(EventElement const& element, std::string_view name)
+{
+    return equalIgnoringCase(element.tag, name) || (namesLine(element.tag) && namesLine(name)) ||
+           (element.tag == "CallState" && equalIgnoringCase(name, "State"));
+}
+
+}  // namespace
+
+EventDescription const* findEvent(std::string_view name)
+{
+    for (EventDescription const& each : kEventDescriptions) {
+        std::string const suffixed = std::string(name) + "Event";
+        bool const isNamed = equalIgnoringCase(each.method, name) || equalIgnoringCase(each.operation, name) ||
+                             equalIgnoringCase(each.method, suffixed);
+        if (!each.method.empty() && isNamed)
+            return &each;
+    }
+    return nullptr;
+}
+
+std::vector<std::string_view> eventNames()
+{
+    std::vector<std::string_view> names;
+    for (EventDescription const& each : kEventDescriptions) {
+        if (!each.method.empty())
+            names.push_back(each.method);
+    }
+    return names;
+}
+
+EventPattern::EventPattern(Words const& words, std::size_t first)
+    : event_(first < words.size() ? findEvent(words[first]) : nullptr)
+{
+    if (first >= words.size())
+        throw CommandError("the name of an event is missing");
+    if (event_ == nullptr)
+        throw CommandError("no event " + words[first] + suggestion(words[first], eventNames()));
+    for (std::size_t i = first + 1; i < words.size(); ++i) {
+        auto const assignment = splitAssignment(words[i]);
+        if (!assignment)
+            throw CommandError("\"" + words[i] + "\" is not understood: write Tag=value, or within SECONDS");
+        require(assignment->name, assignment->value);
+    }
+}
+
+void EventPattern::require(std::string const& name, std::string value)
+{
+    std::string known;
+    for (EventElement const& each : event_->elements) {
+        if (isMeant(each, name)) {
+            if (each.tag == "CallState")
+                value = stateNumber(std::move(value));
+            if (each.kind == EventElementKind::flag)
+                value = flagNumber(std::move(value));
+            required_.push_back({std::string(each.tag), std::move(value)});
+            return;
+        }
+        known += (known.empty() ? "; it has " : ", ") + std::string(each.tag);
+    }
+    throw CommandError(std::string(event_->method) + " has no " + name + (known.empty() ? "; it has nothing" : known));
+}
+
+bool EventPattern::matches(std::string_view event) const
+{
+    return methodOf(event) == event_->method &&
+           std::all_of(required_.begin(), required_.end(),
+                       [&](Assignment const& each) { return elementValue(event, each.name) == each.value; });
+}
+
+std::string_view callStateName(int state)
+{
+    auto const found = std::find_if(kStateNames.begin(), kStateNames.end(),
+                                    [&](StateName const& each) { return each.state == state; });
+    return found == kStateNames.end() ? std::string_view() : found->name;
+}
+
+}  // namespace telephone
