@@ -8,6 +8,7 @@
 #include "CommunicationsServiceRequests.h"
 #include "Elements.h"
 #include "RequestText.h"
+#include "TaggedText.h"
 
 using elements::element;
 using elements::join;
@@ -31,7 +32,7 @@ std::string bodyAfterLine(RequestText const& request)
 
 std::string CommunicationsServiceInvoker::setServiceState(CommunicationsServiceIfc* service, RequestText const& request)
 {
-    sfiServiceState const state = request.serviceState("state");
+    sfiServiceState const state = tagged_text::serviceStateBetween("<state>", request.whole(), "</state>");
     return genterateReturnString(service->setServiceState(state));
 }
 
