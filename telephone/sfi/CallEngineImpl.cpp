@@ -1,0 +1,177 @@
+#include "CallEngineImpl.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace telephone {
+
+using sip::LogLevel;
+
+namespace {
+
+constexpr int kFirstCallID = 1001;
+// Call ids of calls on a Bluetooth device.
+constexpr int kFirstBluetoothID = 10000;
+constexpr int kLastBluetoothID = 10500;
+constexpr int kLastCallID = 999999;
+
+}  // namespace
+
+CallEngine::Impl::Impl(sip::EventLoop& loop, EngineConfiguration configuration, LineDirectory& lines,
+                       CallPolicy& policy, EventPoster post)
+    : loop_(loop)
+    , configuration_(std::move(configuration))
+    , lines_(lines)
+    , policy_(policy)
+    , post_(std::move(post))
+    , sources_(configuration_.audioSource)
+    , lastCallID_(kFirstCallID - 1)
+{
+    agent_ = std::make_unique<sip::UserAgent>(loop_, configuration_.agent, *this);
+    registrations_ = std::make_unique<Registrations>(*this, *agent_, [this](const LineAccount& line, bool registered) {
+        for (CallObserver* observer : std::vector(observers_))
+            observer->registrationChanged(line.lineNumber, registered);
+    });
+}
+
+CallEngine::Impl::~Impl() = default;
+
+void CallEngine::Impl::log(LogLevel level, const std::string& text)
+{
+    if (configuration_.agent.log)
+        configuration_.agent.log(level, text);
+}
+
+sfiResult CallEngine::Impl::refused(const std::string& reason)
+{
+    log(LogLevel::kWarning, reason);
+    return sfiFailure;
+}
+
+sfiResult CallEngine::Impl::activate()
+{
+    active_ = true;
+    registrations_->refresh(lines_.accounts());
+    return sfiSuccess;
+}
+
+sfiResult CallEngine::Impl::deactivate()
+{
+    active_ = false;
+    while (!calls_.empty())
+        calls_.back()->clear(CSTAEventCauseNormalClearing);
+    registrations_->clear();
+    return sfiSuccess;
+}
+
+Call* CallEngine::Impl::find(int callID) const
+{
+    const auto found =
+        std::find_if(calls_.begin(), calls_.end(), [callID](const auto& call) { return call->id() == callID; });
+    return found == calls_.end() ? nullptr : found->get();
+}
+
+Call* CallEngine::Impl::require(int callID, const char* operation)
+{
+    Call* call = find(callID);
+    if (call == nullptr)
+        refused(std::string(operation) + ": there is no call " + std::to_string(callID));
+    return call;
+}
+
+std::optional<LineAccount> CallEngine::Impl::accountOf(int lineNumber) const
+{
+    for (LineAccount& line : lines_.accounts()) {
+        if (line.lineNumber == lineNumber)
+            return std::move(line);
+    }
+    return std::nullopt;
+}
+
+std::optional<LineAddress> CallEngine::Impl::requireLine(int recordLine, int appearance, const char* operation)
+{
+    auto line = lines_.addressOf(recordLine, appearance);
+    if (!line)
+        refused(std::string(operation) + ": no line " + std::to_string(recordLine));
+    return line;
+}
+
+int CallEngine::Impl::freeCallID()
+{
+    do {
+        ++lastCallID_;
+        if (lastCallID_ == kFirstBluetoothID)
+            lastCallID_ = kLastBluetoothID + 1;
+        if (lastCallID_ > kLastCallID)
+            lastCallID_ = kFirstCallID;
+    } while (find(lastCallID_) != nullptr);
+    return lastCallID_;
+}
+
+bool CallEngine::Impl::isLimitReached() const
+{
+    return static_cast<int>(calls_.size()) >= configuration_.maximumCalls;
+}
+
+std::unique_ptr<Call> CallEngine::Impl::newCall(int callID, const LineAddress& line, bool incoming)
+{
+    auto call = std::make_unique<Call>(*this, callID, line, incoming, sources_.make());
+    call->setMuted(muted_);
+    return call;
+}
+
+Call& CallEngine::Impl::add(std::unique_ptr<Call> call)
+{
+    calls_.push_back(std::move(call));
+    return *calls_.back();
+}
+
+void CallEngine::Impl::callChanged(Call& call, const CallSnapshot& before)
+{
+    const CallSnapshot now = call.snapshot();
+    if (!now.alerting())
+        noReplyTimers_.erase(now.callID);
+    if (now.held != before.held) {
+        std::erase(holdOrder_, now.callID);
+        if (now.held)
+            holdOrder_.push_back(now.callID);
+    }
+    if (now.ended()) {
+        const auto place =
+            std::find_if(calls_.begin(), calls_.end(), [&call](const auto& each) { return each.get() == &call; });
+        if (place != calls_.end()) {
+            over_.push_back(std::move(*place));
+            calls_.erase(place);
+            loop_.post([this] { over_.clear(); });
+        }
+        std::erase(holdOrder_, now.callID);
+    }
+    const bool isNew = before.state == sfiCallStateIdle;
+    for (CallObserver* observer : std::vector(observers_))
+        observer->callChanged(now, isNew ? nullptr : &before);
+}
+
+void CallEngine::Impl::callEnded(Call& call)
+{
+    endConferenceOfOne();
+    const auto peer = transferPeers_.find(call.id());
+    if (peer == transferPeers_.end())
+        return;
+    Call* other = find(peer->second);
+    transferPeers_.erase(peer);
+    if (other != nullptr)
+        other->endTransferring();
+}
+
+bool CallEngine::Impl::callBackPossible(const Call& call) const
+{
+    const CallSnapshot& now = call.snapshot();
+    return !now.incoming && (now.state == sfiCallStateRemoteRinging || now.state == sfiCallStateBusy);
+}
+
+void CallEngine::Impl::infoReceived(Call& call, const sip::Content& content)
+{
+    log(LogLevel::kInfo, "call " + std::to_string(call.id()) + ": INFO with " + content.type + " is not understood");
+}
+
+}  // namespace telephone

@@ -1,0 +1,49 @@
+// What a call needs of the engine that it lives in. The engine implements it; called with the phone lock held.
+#pragma once
+
+#include "CallSnapshot.h"
+#include "sip/Log.h"
+#include "sip/Message.h"
+#include "sip/Transfer.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+class CommunicationsServiceEventIfc;
+
+namespace telephone {
+
+namespace sip {
+class EventLoop;
+}
+
+class Call;
+
+using Event = std::function<void(CommunicationsServiceEventIfc&)>;
+
+class CallHost
+{
+public:
+    virtual sip::EventLoop& loop() = 0;
+    virtual void log(sip::LogLevel level, const std::string& text) = 0;
+    virtual void post(Event event) = 0;
+
+    // After each change, before its event is posted. A call that has ended leaves the engine in it, but lives on until
+    // the callback that runs is over.
+    virtual void callChanged(Call& call, const CallSnapshot& before) = 0;
+    // After the last event of a call.
+    virtual void callEnded(Call& call) = 0;
+    // Whether a call-back could be set for this outgoing call.
+    virtual bool callBackPossible(const Call& call) const = 0;
+    virtual void infoReceived(Call& call, const sip::Content& content) = 0;
+    // The far end asks to be connected with somebody else.
+    virtual void transferRequested(Call& call, std::unique_ptr<sip::Transfer> transfer) = 0;
+    // The end of Call::transfer, after its event; status: 200, or why not.
+    virtual void transferEnded(Call& call, int status) = 0;
+
+protected:
+    ~CallHost() = default;
+};
+
+}  // namespace telephone

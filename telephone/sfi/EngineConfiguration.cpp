@@ -1,0 +1,27 @@
+#include "EngineConfiguration.h"
+
+#include "configuration/Configuration.h"
+
+namespace telephone {
+
+EngineConfiguration EngineConfiguration::from(const Configuration& configuration)
+{
+    EngineConfiguration engine;
+    engine.agent.address = configuration.sip.address;
+    engine.agent.udpPort = static_cast<std::uint16_t>(configuration.sip.port);
+    engine.agent.tcpPort = static_cast<std::uint16_t>(configuration.sip.port);
+    engine.agent.name = configuration.sip.userAgent;
+    engine.audioSource = configuration.media.source;
+    engine.heardFile = configuration.media.heard;
+    engine.maximumCalls = configuration.calls.maximum;
+    engine.automaticRinging = configuration.calls.automaticRinging;
+    engine.doNotDisturbStatus = configuration.calls.doNotDisturbStatus;
+    engine.callBacks = configuration.calls.callBacks;
+    engine.groupPickup = configuration.server.groupPickup;
+    engine.directedPickup = configuration.server.directedPickup;
+    engine.voiceMail = configuration.server.voiceMail;
+    engine.messageWaiting = configuration.server.messageWaiting;
+    return engine;
+}
+
+}  // namespace telephone

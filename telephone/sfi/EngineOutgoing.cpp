@@ -1,0 +1,118 @@
+// Calls that go out, and the rule that only one call speaks at a time.
+#include "CallEngineImpl.h"
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+namespace telephone {
+
+std::optional<std::string> CallEngine::Impl::targetOf(const std::string& destination, const sip::Account& account) const
+{
+    const std::string target = sip::targetUri(destination, account.domain);
+    const auto uri = sip::Uri::parse(target);
+    if (destination.empty() || !uri || uri->host.empty())
+        return std::nullopt;
+    return target;
+}
+
+std::string CallEngine::Impl::obstacle(int callID) const
+{
+    if (!active_)
+        return "the telephone is not active";
+    if (serviceState_ == sfiServiceOutOfService)
+        return "the telephone is out of service";
+    if (callID < 1)
+        return "a call id is 1 or more";
+    if (find(callID) != nullptr)
+        return "the call id is in use";
+    return isLimitReached() ? "no more calls than " + std::to_string(configuration_.maximumCalls) + " at once" : "";
+}
+
+sfiResult CallEngine::Impl::make(int recordLine, int appearance, int callID, const std::string& destination,
+                                 CallPurpose purpose)
+{
+    const std::string what = "make call " + std::to_string(callID) + ": ";
+    if (const std::string why = obstacle(callID); !why.empty())
+        return refused(what + why);
+    const auto place = requireLine(recordLine, appearance, "make");
+    const auto line = place ? accountOf(place->lineNumber) : std::nullopt;
+    if (!line)
+        return sfiFailure;
+    const auto target = targetOf(destination, line->account);
+    if (!target)
+        return refused(what + "\"" + destination + "\" is no number or address that line " + place->lineURI +
+                       " can call");
+    auto call = newCall(callID, *place, false);
+    if (purpose == CallPurpose::kConsultation && !speakingCalls(nullptr).empty())
+        call->setConsultation();
+    sip::CallRequest request;
+    request.account = line->account;
+    request.target = *target;
+    return begin(std::move(call), std::move(request));
+}
+
+sfiResult CallEngine::Impl::begin(std::unique_ptr<Call> begun, sip::CallRequest request)
+{
+    std::string whyNot;
+    if (speakingCalls(begun.get()).empty()) {
+        if (!begun->dial(*agent_, request, whyNot))
+            return refused("make call " + std::to_string(begun->id()) + ": " + whyNot);
+        add(std::move(begun)).announceDialling(request.target);
+        return sfiSuccess;
+    }
+    Call& call = add(std::move(begun));
+    call.announceDialling(request.target);
+    afterHoldingOthers(call, sfiFeatureConsultationHold, [this, request](Call& waiting, bool alone) {
+        std::string reason = "the other call could not be held";
+        if (alone && waiting.dial(*agent_, request, reason))
+            return;
+        log(sip::LogLevel::kWarning, "make call " + std::to_string(waiting.id()) + ": " + reason);
+        waiting.end({sfiCallStateFailed, alone ? sfiReasonServerFailure : sfiReasonRefused});
+    });
+    return sfiSuccess;
+}
+
+std::vector<Call*> CallEngine::Impl::speakingCalls(const Call* besides) const
+{
+    std::vector<Call*> speaking;
+    for (const auto& call : calls_) {
+        if (call.get() != besides && call->isEstablished() && !call->snapshot().held)
+            speaking.push_back(call.get());
+    }
+    return speaking;
+}
+
+void CallEngine::Impl::afterHoldingOthers(Call& call, sfiFeature feature, std::function<void(Call&, bool)> then)
+{
+    const std::vector<Call*> others = speakingCalls(&call);
+    if (others.empty()) {
+        then(call, true);
+        return;
+    }
+    struct Wait
+    {
+        std::size_t left;
+        bool allHeld = true;
+    };
+    const auto wait = std::make_shared<Wait>(Wait{others.size()});
+    const auto oneDone = [this, wait, callID = call.id(), then = std::move(then)](bool held) {
+        wait->allHeld = wait->allHeld && held;
+        if (--wait->left > 0)
+            return;
+        if (Call* waiting = find(callID))
+            then(*waiting, wait->allHeld);
+    };
+    for (Call* other : others) {
+        // A call that ends instead of being held is out of the way too.
+        const auto done = [this, oneDone, otherID = other->id()](bool held) {
+            oneDone(held || find(otherID) == nullptr);
+        };
+        const bool forCall =
+            feature == sfiFeatureConsultationHold && other->line().lineNumber == call.line().lineNumber;
+        if (!other->hold(forCall ? feature : sfiFeatureHold, done))
+            oneDone(false);
+    }
+}
+
+}  // namespace telephone
