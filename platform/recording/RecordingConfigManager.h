@@ -14,6 +14,9 @@ public:
     RecordingConfigManager(RecordingConfigManager const&) = delete;
     RecordingConfigManager& operator=(RecordingConfigManager const&) = delete;
 
+    // Whether calls may be recorded at all.
+    bool isRecordingEnabled() const;
+
 private:
     class State;
     std::unique_ptr<State> state_;

@@ -122,6 +122,11 @@ struct PushConfiguration
     std::string address;  // http://host:port/path; empty: off
 };
 
+struct CertificateConfiguration
+{
+    std::string folder;  // HOST.pem for an address, authorities.pem for all others; empty: no authority is trusted
+};
+
 struct LogConfiguration
 {
     int level = 4;     // 0 (off) to 6 (every request)
@@ -143,6 +148,7 @@ struct Configuration
     RecordingConfiguration recording;
     PushConfiguration push;
     LogConfiguration log;
+    CertificateConfiguration certificates;
 
     // The telephone without a file.
     static Configuration standard();

@@ -62,5 +62,6 @@ template std::string expectedOf(ConfigurationField<StoreConfiguration> const&);
 template std::string expectedOf(ConfigurationField<RecordingConfiguration> const&);
 template std::string expectedOf(ConfigurationField<PushConfiguration> const&);
 template std::string expectedOf(ConfigurationField<LogConfiguration> const&);
+template std::string expectedOf(ConfigurationField<CertificateConfiguration> const&);
 
 }  // namespace telephone

@@ -134,6 +134,9 @@ inline constexpr auto kLog = std::to_array<ConfigurationField<LogConfiguration>>
     {"level",               &LogConfiguration::level,               "0 off, 1 fatal, 2 failures, 3 refusals, 4 news, 5 operations, 6 requests", {}, 0, 6},
     {"file",                &LogConfiguration::file,                "empty: standard error"},
 });
+inline constexpr auto kCertificates = std::to_array<ConfigurationField<CertificateConfiguration>>({
+    {"folder",              &CertificateConfiguration::folder,      "trusted authorities: HOST.pem for an address, authorities.pem for all others; empty: none"},
+});
 // clang-format on
 
 }  // namespace fields
@@ -155,6 +158,7 @@ void forEachSection(Use use)
     use("recording", &Configuration::recording, fields::kRecording);
     use("push", &Configuration::push, fields::kPush);
     use("log", &Configuration::log, fields::kLog);
+    use("certificates", &Configuration::certificates, fields::kCertificates);
 }
 
 // What a field takes, for a person: "an integer from 0 to 65535", "one of udp, tcp".

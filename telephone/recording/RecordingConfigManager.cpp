@@ -1,0 +1,28 @@
+#include "recording/RecordingConfigManager.h"
+
+#include "framework/SvcRTEContext.h"
+#include "management/LocalManagement.h"
+
+class RecordingConfigManager::State
+{
+public:
+    explicit State(SvcRTEContext* context)
+        : management(context == nullptr
+                         ? nullptr
+                         : dynamic_cast<telephone::LocalManagement*>(context->findExecutable("LocalMgmtIfc")))
+    {}
+
+    telephone::LocalManagement* const management;  // null: a telephone without a store, which records
+};
+
+RecordingConfigManager::RecordingConfigManager(SvcRTEContext* context)
+    : state_(std::make_unique<State>(context))
+{}
+
+RecordingConfigManager::~RecordingConfigManager() = default;
+
+bool RecordingConfigManager::isRecordingEnabled() const
+{
+    return state_->management == nullptr ||
+           state_->management->settings().flag(telephone::SettingNames::kRecordingEnabled);
+}

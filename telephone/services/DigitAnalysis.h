@@ -1,0 +1,36 @@
+// The dial plan: which numbers may be dialled while the telephone is locked, and which are emergency numbers.
+// Registered with the framework as "DigitAnalysisServiceIfc"; the composition root owns it. Constant, so any thread may
+// ask.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "configuration/Configuration.h"
+#include "framework/Executable.h"
+#include "services/DigitAnalysisServiceIfc.h"
+
+namespace telephone {
+
+class DigitAnalysis : public Executable, public DigitAnalysisServiceIfc
+{
+public:
+    explicit DigitAnalysis(CallConfiguration const& calls);
+
+    // Executable
+    void init(Context& context) override;
+    void shutdown() override;
+
+    // DigitAnalysisServiceIfc. A number may be a sip: or tel: address; visual separators (RFC 3966 section 5.1.1) do
+    // not count. Emergency numbers are permitted in every context, the other permitted ones in context 0.
+    bool isPermittedNumber(std::string const& number) override;
+    bool isPermittedNumberInContext(std::string const& number, int context) override;
+    void queryNumberFlag(std::string const& number, std::string& answer) override;
+
+private:
+    std::vector<std::string> const permitted_;
+    std::vector<std::string> const emergency_;
+};
+
+}  // namespace telephone
