@@ -13,6 +13,7 @@ class Service : public Executable, public Threadable
 {
 public:
     // A raw message of a communications channel. Answers 0: not handled.
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): binary interface
     virtual int handleMsg(char const* /*message*/, int /*length*/, std::string /*sender*/, CommsChannelIfc& /*channel*/,
                           CommsChannelDataContainerMessage* /*container*/)
     {

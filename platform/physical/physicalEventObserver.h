@@ -11,6 +11,7 @@ class Executable;
 class physicalEventObserver
 {
 public:
+    // NOLINTBEGIN(performance-unnecessary-value-param): texts come by value, binary interface
     virtual void buttonPressedEvent(PhysDefs::keyFunctionType /*function*/, int /*key*/,
                                     PhysDefs::actionType /*action*/, std::string /*text*/)
     {}
@@ -19,6 +20,7 @@ public:
     virtual void hotplugEvent(PhysDefs::hotplugAction /*action*/, PhysDefs::hotplugBus /*bus*/,
                               PhysDefs::hotplugClass /*deviceClass*/, std::string /*vendor*/, std::string /*product*/)
     {}
+    // NOLINTEND(performance-unnecessary-value-param)
     virtual void lampEvent(int /*lamp*/, PhysDefs::lampMode /*mode*/, PhysDefs::lampColour /*colour*/) {}
     virtual void sliderEvent(int /*position*/) {}
     virtual void clickwheelEvent(int /*steps*/) {}

@@ -7,18 +7,33 @@ class CurrentDouble
 {
 public:
     explicit CurrentDouble(Interface& installed)
-        : previous_(current_)
-    {
-        current_ = &installed;
-    }
+        : CurrentDouble(&installed)
+    {}
     ~CurrentDouble() { current_ = previous_; }
     CurrentDouble(CurrentDouble const&) = delete;
     CurrentDouble& operator=(CurrentDouble const&) = delete;
 
     static Interface* get() { return current_; }
 
+protected:
+    explicit CurrentDouble(Interface* installed)
+        : previous_(current_)
+    {
+        current_ = installed;
+    }
+
 private:
     static inline Interface* current_ = nullptr;
 
     Interface* previous_;
+};
+
+// Lets the accessor answer null for as long as it lives.
+template <class Interface>
+class NoDouble : private CurrentDouble<Interface>
+{
+public:
+    NoDouble()
+        : CurrentDouble<Interface>(nullptr)
+    {}
 };

@@ -18,6 +18,12 @@ void LogDouble::setLevel(int level)
     level_ = level;
 }
 
+int LogDouble::level() const
+{
+    std::lock_guard const hold(mutex_);
+    return level_;
+}
+
 void LogDouble::setListener(MockLogListener* listener)
 {
     std::lock_guard const hold(mutex_);

@@ -37,6 +37,7 @@ class LogDouble
 public:
     // Up to this level lines are asked for; the most important level is the smallest.
     void setLevel(int level);
+    int level() const;
     void setListener(MockLogListener* listener);
     // The lines so far, oldest first.
     std::vector<LogLine> lines() const;
