@@ -1,0 +1,119 @@
+// A telephone for the console's tests: its controls note what was asked of them, its invoker answers as it is told.
+#pragma once
+
+#include <functional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "../framework/EventsDouble.h"
+#include "console/Conversation.h"
+#include "console/TelephoneControls.h"
+#include "console/Transcript.h"
+#include "framework/Channel.h"
+#include "framework/EventDispatcher.h"
+#include "framework/Invoker.h"
+#include "framework/InvokerResponse.h"
+#include "framework/RequestRunner.h"
+#include "framework/TelephoneContext.h"
+
+class ControlsDouble : public telephone::TelephoneControls
+{
+public:
+    Rows lines() override { return {"4711 idle"}; }
+    Rows calls() override { return {}; }
+    Rows keys() override { return {"1 line 4711"}; }
+    Rows lamps() override { return {"1 off"}; }
+    Refusal press(std::string const& key) override { return note("press " + key); }
+    Refusal release(std::string const& key) override { return note("release " + key); }
+    Refusal hook(bool up) override { return note(up ? "hook up" : "hook down"); }
+    Refusal plug(std::string const& plug, bool in) override { return note("plug " + plug + (in ? " in" : " out")); }
+    Refusal lock(bool locked) override { return note(locked ? "lock" : "unlock"); }
+    std::optional<std::string> lampMode(std::string const& lamp) override
+    {
+        return lamp == "1" ? std::optional(lampOfKey1) : std::nullopt;
+    }
+    Rows settings() override { return {"agent-state = ready"}; }
+    std::optional<std::string> setting(std::string const& key) override
+    {
+        return key == "agent-state" ? std::optional<std::string>("ready") : std::nullopt;
+    }
+    Refusal set(std::string const& key, std::string const& value) override { return note("set " + key + " " + value); }
+
+    std::vector<std::string> asked;
+    std::string lampOfKey1 = "off";
+
+private:
+    Refusal note(std::string const& text)
+    {
+        asked.push_back(text);
+        return text == "press 99" ? Refusal("no key 99") : Refusal();
+    }
+};
+
+// Subscribes as the service does, and answers every other request by `answer`.
+class InvokerDouble : public Invoker
+{
+public:
+    InvokerDouble(telephone::TelephoneContext& context, telephone::EventDispatcher& dispatcher)
+        : context_(context)
+        , dispatcher_(dispatcher)
+    {}
+
+    void handleMessage(Executable*, char const* message, int, InvokerResponse* response) override
+    {
+        std::string const text = message;
+        if (text == "<Method>Subscribe</Method>") {
+            auto* const proxy = context_.findProxy("CommunicationsServiceEventIfc", response->channelName());
+            send(*response, dispatcher_.subscribe(proxy) ? "sfiSuccess" : "sfiFailure");
+        } else {
+            requests.push_back(text);
+            std::string const words = answer(text);
+            if (!words.empty())
+                send(*response, words);
+        }
+        response->finish();
+    }
+    void initInvoker(FrameworkContext*) override {}
+
+    std::function<std::string(std::string const&)> answer = [](std::string const&) { return "sfiSuccess"; };
+    std::vector<std::string> requests;
+
+private:
+    static void send(InvokerResponse& response, std::string const& words)
+    {
+        response.sendResponse(words.data(), static_cast<int>(words.size()));
+    }
+
+    telephone::TelephoneContext& context_;
+    telephone::EventDispatcher& dispatcher_;
+};
+
+// A conversation with that telephone, and what it wrote.
+class TalkingTelephone
+{
+public:
+    TalkingTelephone()
+    {
+        context.setProxyFactory([] { return std::make_unique<ProxyDouble>(); });
+        conversation =
+            std::make_unique<telephone::Conversation>("test", context, runner, controls, transcript, stop.descriptor());
+    }
+    ~TalkingTelephone() { dispatcher.stop(); }
+
+    void held(int callID)
+    {
+        dispatcher.post([callID](CommunicationsServiceEventIfc& events) { events.callHeld("4711", callID); });
+    }
+
+    telephone::EventDispatcher dispatcher;
+    telephone::TelephoneContext context{dispatcher};
+    InvokerDouble invoker{context, dispatcher};
+    ExecutableDouble service;
+    telephone::RequestRunner runner{service, invoker};
+    ControlsDouble controls;
+    std::string written;
+    telephone::Transcript transcript{[this](std::string const& line) { written += line + "\n"; }};
+    telephone::WakeUp stop;
+    std::unique_ptr<telephone::Conversation> conversation;
+};

@@ -1,0 +1,75 @@
+#include "console/EventPattern.h"
+
+#include <gtest/gtest.h>
+
+#include "console/CommandError.h"
+
+using namespace telephone;
+
+namespace {
+
+EventPattern pattern(std::string const& text)
+{
+    return EventPattern(splitWords(text), 0);
+}
+
+std::string refusalOf(std::string const& text)
+{
+    try {
+        pattern(text);
+        return "accepted";
+    } catch (CommandError const& error) {
+        return error.what();
+    }
+}
+
+constexpr char const* kHeld = "<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>1</CallID>";
+constexpr char const* kConnected =
+    "<Method>CallStateChangeEvent</Method><LineID>4711</LineID><CallID>1</CallID><CallState>6</CallState>";
+constexpr char const* kRegistered = "<Method>RegistrationStateChangeEvent</Method><LineID>4711</LineID>"
+                                    "<CallID>0</CallID><Registered>1</Registered>";
+
+}  // namespace
+
+TEST(EventPattern, Name_MayBeMethodOperationOrEitherInOtherCapitals)
+{
+    for (char const* const name : {"CallHeldEvent", "callHeld", "CALLHELDEVENT", "CallHeld"})
+        EXPECT_TRUE(pattern(name).matches(kHeld)) << name;
+    EXPECT_FALSE(pattern("CallRetrievedEvent").matches(kHeld));
+}
+
+TEST(EventPattern, Values_MustAllBeEqual)
+{
+    EXPECT_TRUE(pattern("CallHeldEvent LineID=4711 CallID=1").matches(kHeld));
+    EXPECT_FALSE(pattern("CallHeldEvent LineID=4711 CallID=2").matches(kHeld));
+    EXPECT_FALSE(pattern("CallHeldEvent LineID=471").matches(kHeld));
+}
+
+TEST(EventPattern, CallState_MayBeWrittenByName)
+{
+    for (char const* const value : {"6", "connected", "Connected", "sfiCallStateConnected"})
+        EXPECT_TRUE(pattern("CallStateChangeEvent CallState=" + std::string(value)).matches(kConnected)) << value;
+    EXPECT_FALSE(pattern("CallStateChangeEvent CallState=held").matches(kConnected));
+}
+
+TEST(EventPattern, Flag_MayBeWrittenAsWord)
+{
+    EXPECT_TRUE(pattern("RegistrationStateChangeEvent Registered=true").matches(kRegistered));
+    EXPECT_FALSE(pattern("RegistrationStateChangeEvent Registered=false").matches(kRegistered));
+}
+
+TEST(EventPattern, Line_NamesTheLineOfAnyEvent)
+{
+    EXPECT_TRUE(pattern("CallHeldEvent Line=4711").matches(kHeld));
+    EXPECT_TRUE(pattern("impactLevelChanged Line=4711 CallID=2")
+                    .matches("<Method>impactLevelChanged</Method><lineURI>4711</lineURI><callId>2</callId>"));
+}
+
+TEST(EventPattern, UnknownNames_AreRefusedWithWhatThereIs)
+{
+    EXPECT_EQ(refusalOf("CallHoldEvent"), "no event CallHoldEvent (did you mean CallHeldEvent?)");
+    EXPECT_EQ(refusalOf("CallHeldEvent State=1"), "CallHeldEvent has no State; it has LineID, CallID");
+    EXPECT_EQ(refusalOf("CallHeldEvent 1"), "\"1\" is not understood: write Tag=value, or within SECONDS");
+    EXPECT_EQ(refusalOf(""), "the name of an event is missing");
+    EXPECT_EQ(refusalOf("csCommunicationsServiceEvent").substr(0, 8), "no event");
+}

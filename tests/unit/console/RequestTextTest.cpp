@@ -1,0 +1,92 @@
+#include "console/RequestText.h"
+
+#include <gtest/gtest.h>
+
+#include "console/CommandError.h"
+
+using namespace telephone;
+
+namespace {
+
+std::string textOf(std::string const& line)
+{
+    return requestText(splitWords(line));
+}
+
+std::string refusalOf(std::string const& line)
+{
+    try {
+        return "accepted: " + textOf(line);
+    } catch (CommandError const& error) {
+        return error.what();
+    }
+}
+
+}  // namespace
+
+TEST(RequestText, ShortForm_BecomesElementsInTheOrderWritten)
+{
+    EXPECT_EQ(textOf("HoldCall Line=4711 CallID=1"), "<Method>HoldCall</Method><Line>4711</Line><CallID>1</CallID>");
+    EXPECT_EQ(textOf("HoldCall CallID=1 Line=4711"), "<Method>HoldCall</Method><CallID>1</CallID><Line>4711</Line>");
+}
+
+TEST(RequestText, ShortForm_CapitalsOfNamesDoNotMatter)
+{
+    EXPECT_EQ(textOf("holdcall line=4711 callid=1"), "<Method>HoldCall</Method><Line>4711</Line><CallID>1</CallID>");
+}
+
+TEST(RequestText, ShortForm_WithoutParameters_IsTheMethodAlone)
+{
+    EXPECT_EQ(textOf("GetDevices"), "<Method>GetDevices</Method>");
+}
+
+TEST(RequestText, ShortForm_EmptyAndQuotedValues_AreKept)
+{
+    EXPECT_EQ(textOf("SystemStatus SystemStatus= SystemStatusInfo=\"a b\""),
+              "<Method>SystemStatus</Method><SystemStatus></SystemStatus><SystemStatusInfo>a b</SystemStatusInfo>");
+}
+
+TEST(RequestText, ShortForm_BodyFollowsTheElementsAsItStands)
+{
+    EXPECT_EQ(textOf("SendCSTARequest Body='<a>b</a>' Line=4711"),
+              "<Method>SendCSTARequest</Method><Line>4711</Line><a>b</a>");
+}
+
+TEST(RequestText, UnknownRequest_IsRefused)
+{
+    EXPECT_EQ(refusalOf("HoldTheCall"), "no request HoldTheCall");
+}
+
+TEST(RequestText, UnknownParameter_IsRefusedWithTheNearest)
+{
+    EXPECT_EQ(refusalOf("HoldCall Lin=4711"),
+              "HoldCall has no parameter Lin (did you mean Line?); it has Line, CallID, HoldCallReason, Manual");
+    EXPECT_EQ(refusalOf("GetDevices Line=4711"), "GetDevices has no parameter Line; it has none");
+}
+
+TEST(RequestText, WordThatIsNoParameter_IsRefused)
+{
+    EXPECT_EQ(refusalOf("HoldCall 4711"), "\"4711\" is no parameter: write it as Name=value");
+}
+
+TEST(RequestText, ValueWithItsOwnEnd_IsRefused)
+{
+    EXPECT_EQ(refusalOf("HoldCall Line=a</Line>b"), "the value of Line cannot hold </Line>, which would end it");
+}
+
+TEST(RequestText, IsRequestText_ElementsAndSignallingEvents)
+{
+    EXPECT_TRUE(isRequestText("<Method>GetDevices</Method>"));
+    EXPECT_TRUE(isRequestText("SigEvent:abc"));
+    EXPECT_TRUE(isRequestText("SigEvent"));
+    EXPECT_FALSE(isRequestText("SigEvents:abc"));
+    EXPECT_FALSE(isRequestText("HoldCall"));
+}
+
+TEST(RequestText, ElementValue_OfTheFirstElement)
+{
+    EXPECT_EQ(elementValue("<A>1</A><A>2</A>", "A"), "1");
+    EXPECT_EQ(elementValue("<A></A>", "A"), "");
+    EXPECT_EQ(elementValue("<A>1</A>", "B"), std::nullopt);
+    EXPECT_EQ(elementValue("<A>1", "A"), std::nullopt);
+}

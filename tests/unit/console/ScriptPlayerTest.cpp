@@ -1,0 +1,186 @@
+#include "console/ScriptPlayer.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "ConsoleDoubles.h"
+
+using namespace telephone;
+
+namespace {
+
+class ScriptPlayerTest : public testing::Test
+{
+protected:
+    bool play(std::string const& text)
+    {
+        std::istringstream script(text);
+        return ScriptPlayer(*telephone_.conversation).play(script, "test.script");
+    }
+
+    // The last line written, which tells what did not hold.
+    std::string failureOf(std::string const& text)
+    {
+        EXPECT_FALSE(play(text)) << text;
+        std::string written = telephone_.written;
+        written.pop_back();
+        return written.substr(written.rfind('\n') + 1);
+    }
+
+    // The next HoldCall request is followed by its event.
+    void holdCalls()
+    {
+        telephone_.invoker.answer = [this](std::string const&) {
+            telephone_.held(1);
+            return "sfiSuccess";
+        };
+    }
+
+    TalkingTelephone telephone_;
+};
+
+}  // namespace
+
+TEST_F(ScriptPlayerTest, EmptyScript_Holds)
+{
+    EXPECT_TRUE(play(""));
+    EXPECT_TRUE(play("# a comment\n\n   \n"));
+}
+
+TEST_F(ScriptPlayerTest, ExpectAnswer_OfTheWholeAnswerOrItsFirstPart_Holds)
+{
+    telephone_.invoker.answer = [](std::string const&) { return "sfiSuccess,true"; };
+
+    EXPECT_TRUE(play("GetMicrophoneMute\nexpect answer sfiSuccess\nexpect answer sfiSuccess,true\n"));
+}
+
+TEST_F(ScriptPlayerTest, ExpectAnswer_OfSeveralWords_Holds)
+{
+    telephone_.invoker.answer = [](std::string const&) { return "UACSTA message is sent."; };
+
+    EXPECT_TRUE(play("SendUACSTAServerMessage Line=4711\nexpect answer UACSTA message is sent.\n"));
+}
+
+TEST_F(ScriptPlayerTest, ExpectAnswer_OfAnotherAnswer_FailsWithLineAndAnswer)
+{
+    telephone_.invoker.answer = [](std::string const&) { return "sfiFailure"; };
+
+    EXPECT_EQ(failureOf("# one\nHoldCall Line=1\nexpect answer sfiSuccess\nsay never reached\n"),
+              "error    test.script:3: expect answer sfiSuccess: the answer was sfiFailure");
+    EXPECT_EQ(telephone_.written.find("never reached"), std::string::npos);
+}
+
+TEST_F(ScriptPlayerTest, ExpectAnswer_OfAPartOfAWord_Fails)
+{
+    EXPECT_EQ(failureOf("HoldCall Line=1\nexpect answer sfi\n"),
+              "error    test.script:2: expect answer sfi: the answer was sfiSuccess");
+}
+
+TEST_F(ScriptPlayerTest, ExpectAnswer_WithoutRequestOrAnswer_Fails)
+{
+    EXPECT_EQ(failureOf("expect answer sfiSuccess\n"),
+              "error    test.script:1: expect answer sfiSuccess: no request was sent before");
+    telephone_.invoker.answer = [](std::string const&) { return ""; };
+    EXPECT_EQ(failureOf("callbackDOFeatureCallID\nexpect answer sfiSuccess\n"),
+              "error    test.script:2: expect answer sfiSuccess: the request has no answer");
+}
+
+TEST_F(ScriptPlayerTest, Wait_ForAnEventThatComes_HoldsAndGivesItsValues)
+{
+    holdCalls();
+
+    EXPECT_TRUE(play("HoldCall Line=4711 CallID=1\n"
+                     "wait CallHeldEvent CallID=1 within 5\n"
+                     "RetrieveCall Line={LineID} CallID={CallID}\n"));
+
+    EXPECT_EQ(telephone_.invoker.requests.back(), "<Method>RetrieveCall</Method><Line>4711</Line><CallID>1</CallID>");
+}
+
+TEST_F(ScriptPlayerTest, Values_AreReplacedInRequestsAsTheyStand)
+{
+    holdCalls();
+
+    EXPECT_TRUE(play("HoldCall\nwait callHeld\n<Method>RetrieveCall</Method><Line>{line}</Line>\n"));
+
+    EXPECT_EQ(telephone_.invoker.requests.back(), "<Method>RetrieveCall</Method><Line>4711</Line>");
+}
+
+TEST_F(ScriptPlayerTest, Value_ThatNoEventHad_IsRefused)
+{
+    EXPECT_EQ(failureOf("AnswerCall CallID={CallID}\n"), "error    test.script:1: AnswerCall CallID={CallID}: "
+                                                         "no wait before took an event with an element CallID");
+}
+
+TEST_F(ScriptPlayerTest, Wait_ForAnEventThatDoesNotCome_FailsWithWhatCame)
+{
+    holdCalls();
+
+    EXPECT_EQ(failureOf("HoldCall\nwait CallRetrievedEvent within 0.2\n"),
+              "error    test.script:2: wait CallRetrievedEvent within 0.2: it did not come; came instead: "
+              "<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>1</CallID>");
+}
+
+TEST_F(ScriptPlayerTest, Wait_WithNothing_FailsSayingSo)
+{
+    EXPECT_EQ(failureOf("wait CallHeldEvent within 0\n"),
+              "error    test.script:1: wait CallHeldEvent within 0: it did not come; nothing else came");
+}
+
+TEST_F(ScriptPlayerTest, Never_OfAnEventThatComes_Fails)
+{
+    holdCalls();
+
+    EXPECT_EQ(failureOf("HoldCall\nnever CallHeldEvent within 5\n"),
+              "error    test.script:2: never CallHeldEvent within 5: it came: "
+              "<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>1</CallID>");
+}
+
+TEST_F(ScriptPlayerTest, Never_OfAnEventThatDoesNotCome_Holds)
+{
+    holdCalls();
+
+    EXPECT_TRUE(play("HoldCall\nwait CallHeldEvent\nnever CallHeldEvent within 0.05\n"));
+    EXPECT_TRUE(play("HoldCall\nnever CallHeldEvent CallID=2 within 0.05\n"));
+}
+
+TEST_F(ScriptPlayerTest, ExpectLamp_ComparesItsMode)
+{
+    EXPECT_TRUE(play("expect lamp 1 off\n"));
+    EXPECT_EQ(failureOf("expect lamp 1 steady within 0\n"),
+              "error    test.script:1: expect lamp 1 steady within 0: it is off");
+    EXPECT_EQ(failureOf("expect lamp 7 steady\n"), "error    test.script:1: expect lamp 7 steady: no lamp 7");
+}
+
+TEST_F(ScriptPlayerTest, WrongSteps_AreRefusedWithTheirForm)
+{
+    EXPECT_EQ(failureOf("expect sfiSuccess\n"),
+              "error    test.script:1: expect sfiSuccess: write it as: expect answer WORD, or expect lamp KEY MODE "
+              "[within SECONDS]");
+    EXPECT_EQ(failureOf("wait CallHoldEvent\n"),
+              "error    test.script:1: wait CallHoldEvent: no event CallHoldEvent (did you mean CallHeldEvent?)");
+    EXPECT_EQ(failureOf("wait CallHeldEvent within soon\n"),
+              "error    test.script:1: wait CallHeldEvent within soon: \"soon\" is no number of seconds (0 to 86400)");
+    EXPECT_EQ(failureOf("never CallHeldEvent\n"),
+              "error    test.script:1: never CallHeldEvent: write it as: never EVENT within SECONDS");
+    EXPECT_EQ(failureOf("pause\n"), "error    test.script:1: pause: write it as: pause SECONDS");
+    EXPECT_EQ(failureOf("jump\n"), "error    test.script:1: jump: no request or command jump; help lists them");
+}
+
+TEST_F(ScriptPlayerTest, Quit_EndsTheScriptWell)
+{
+    EXPECT_TRUE(play("quit\njump\n"));
+}
+
+TEST_F(ScriptPlayerTest, Stop_EndsAWait)
+{
+    telephone_.stop.signal();
+
+    EXPECT_EQ(failureOf("wait CallHeldEvent within 60\n"),
+              "error    test.script:1: wait CallHeldEvent within 60: ended by a signal");
+}
+
+TEST_F(ScriptPlayerTest, SecondsWithUnit_AreTaken)
+{
+    EXPECT_TRUE(play("pause 0.01 seconds\npause 0.01s\nnever CallHeldEvent within 0.01 s\n"));
+}

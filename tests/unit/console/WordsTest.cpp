@@ -1,0 +1,59 @@
+#include "console/Words.h"
+
+#include <gtest/gtest.h>
+
+#include "console/CommandError.h"
+
+using namespace telephone;
+
+TEST(Words, SplitWords_AtBlanksAndTabs)
+{
+    EXPECT_EQ(splitWords("  HoldCall \t Line=4711  CallID=1 \r"), (Words{"HoldCall", "Line=4711", "CallID=1"}));
+}
+
+TEST(Words, SplitWords_QuotesKeepBlanks)
+{
+    EXPECT_EQ(splitWords(R"(a Name="John Smith" 'b c' "")"), (Words{"a", "Name=John Smith", "b c", ""}));
+}
+
+TEST(Words, SplitWords_EscapesInDoubleQuotes)
+{
+    EXPECT_EQ(splitWords(R"("a \"b\" \\ \n")"), (Words{R"(a "b" \ \n)"}));
+}
+
+TEST(Words, SplitWords_HashAtTheBeginningOfAWord_IsAComment)
+{
+    EXPECT_EQ(splitWords("press 1 # the first line key"), (Words{"press", "1"}));
+    EXPECT_EQ(splitWords("# only a comment"), Words{});
+    EXPECT_EQ(splitWords("wait X LineID=4711#2 Destination=*21#"),
+              (Words{"wait", "X", "LineID=4711#2", "Destination=*21#"}));
+}
+
+TEST(Words, SplitWords_OpenQuote_IsRefused)
+{
+    EXPECT_THROW(splitWords("say \"hello"), CommandError);
+}
+
+TEST(Words, SplitAssignment_AtTheFirstSign)
+{
+    auto const assignment = splitAssignment("Destination=sip:100@x;a=b");
+
+    ASSERT_TRUE(assignment);
+    EXPECT_EQ(assignment->name, "Destination");
+    EXPECT_EQ(assignment->value, "sip:100@x;a=b");
+    EXPECT_FALSE(splitAssignment("Destination"));
+    EXPECT_FALSE(splitAssignment("=100"));
+}
+
+TEST(Words, SecondsOf_TakesWholeAndPartsAndAUnit)
+{
+    EXPECT_EQ(secondsOf("5"), 5.0);
+    EXPECT_EQ(secondsOf("0.5"), 0.5);
+    EXPECT_EQ(secondsOf("2s"), 2.0);
+}
+
+TEST(Words, SecondsOf_AnythingElse_IsRefused)
+{
+    for (char const* const word : {"", "x", "-1", "1e9", "nan", "inf", "5 m", "5min"})
+        EXPECT_THROW(secondsOf(word), CommandError) << word;
+}

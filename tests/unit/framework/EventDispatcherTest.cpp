@@ -1,0 +1,191 @@
+#include "framework/EventDispatcher.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <future>
+#include <thread>
+#include <vector>
+
+#include "EventsDouble.h"
+
+using telephone::EventDispatcher;
+
+namespace {
+
+class Subscriber : public ExecutableDouble, public IgnoredEvents
+{
+public:
+    void callHeld(std::string const&, int callID) override
+    {
+        if (onHeld)
+            onHeld(callID);
+        held.push_back(callID);
+    }
+
+    std::function<void(int)> onHeld;
+    std::vector<int> held;
+};
+
+void postHeld(EventDispatcher& dispatcher, int callID)
+{
+    dispatcher.post([callID](CommunicationsServiceEventIfc& events) { events.callHeld("4711", callID); });
+}
+
+}  // namespace
+
+TEST(EventDispatcher, Post_ReachesEverySubscriberInOrder)
+{
+    EventDispatcher dispatcher;
+    Subscriber first;
+    Subscriber second;
+    ASSERT_TRUE(dispatcher.subscribe(&first));
+    ASSERT_TRUE(dispatcher.subscribe(&second));
+
+    postHeld(dispatcher, 1);
+    postHeld(dispatcher, 2);
+    postHeld(dispatcher, 3);
+    dispatcher.stop();
+
+    EXPECT_EQ(first.held, (std::vector{1, 2, 3}));
+    EXPECT_EQ(second.held, (std::vector{1, 2, 3}));
+}
+
+TEST(EventDispatcher, Subscribe_Twice_DeliversOnce)
+{
+    EventDispatcher dispatcher;
+    Subscriber subscriber;
+
+    EXPECT_TRUE(dispatcher.subscribe(&subscriber));
+    EXPECT_TRUE(dispatcher.subscribe(&subscriber));
+    postHeld(dispatcher, 1);
+    dispatcher.flush();
+
+    EXPECT_EQ(dispatcher.subscribers(), 1U);
+    EXPECT_EQ(subscriber.held, std::vector{1});
+    dispatcher.stop();
+}
+
+TEST(EventDispatcher, Subscribe_WithoutEventInterface_IsRefused)
+{
+    EventDispatcher dispatcher;
+    ExecutableDouble notASubscriber;
+
+    EXPECT_FALSE(dispatcher.subscribe(&notASubscriber));
+    EXPECT_FALSE(dispatcher.subscribe(nullptr));
+}
+
+TEST(EventDispatcher, Unsubscribe_WhileDelivering_WaitsForTheDelivery)
+{
+    EventDispatcher dispatcher;
+    Subscriber subscriber;
+    std::promise<void> entered;
+    std::promise<void> leave;
+    std::atomic<bool> left{false};
+    subscriber.onHeld = [&](int) {
+        entered.set_value();
+        leave.get_future().wait();
+        left = true;
+    };
+    dispatcher.subscribe(&subscriber);
+    postHeld(dispatcher, 1);
+    entered.get_future().wait();
+
+    auto unsubscribed = std::async(std::launch::async, [&] {
+        dispatcher.unsubscribe(&subscriber);
+        return left.load();
+    });
+    leave.set_value();
+
+    EXPECT_TRUE(unsubscribed.get());
+    postHeld(dispatcher, 2);
+    dispatcher.stop();
+    EXPECT_EQ(subscriber.held, std::vector{1});
+}
+
+TEST(EventDispatcher, Unsubscribe_FromWithinItsEvent_DoesNotWaitForItself)
+{
+    EventDispatcher dispatcher;
+    Subscriber subscriber;
+    subscriber.onHeld = [&](int) { dispatcher.unsubscribe(&subscriber); };
+    dispatcher.subscribe(&subscriber);
+
+    postHeld(dispatcher, 1);
+    postHeld(dispatcher, 2);
+    dispatcher.stop();
+
+    EXPECT_EQ(subscriber.held, std::vector{1});
+}
+
+TEST(EventDispatcher, Post_FromWithinAnEvent_IsDeliveredAfterIt)
+{
+    EventDispatcher dispatcher;
+    Subscriber subscriber;
+    subscriber.onHeld = [&](int callID) {
+        if (callID == 1)
+            postHeld(dispatcher, 2);
+    };
+    dispatcher.subscribe(&subscriber);
+
+    postHeld(dispatcher, 1);
+    dispatcher.flush();
+
+    EXPECT_EQ(subscriber.held, (std::vector{1, 2}));
+    dispatcher.stop();
+}
+
+TEST(EventDispatcher, Subscriber_ThatThrows_DoesNotStopTheOthers)
+{
+    EventDispatcher dispatcher;
+    Subscriber failing;
+    Subscriber other;
+    failing.onHeld = [](int) { throw std::runtime_error("a failing subscriber"); };
+    dispatcher.subscribe(&failing);
+    dispatcher.subscribe(&other);
+
+    postHeld(dispatcher, 1);
+    dispatcher.stop();
+
+    EXPECT_EQ(other.held, std::vector{1});
+}
+
+TEST(EventDispatcher, Post_FromManyThreads_KeepsEachThreadsOrder)
+{
+    constexpr int kThreads = 4;
+    constexpr int kEvents = 500;
+    EventDispatcher dispatcher;
+    Subscriber subscriber;
+    dispatcher.subscribe(&subscriber);
+
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < kThreads; ++thread) {
+        threads.emplace_back([&dispatcher, thread] {
+            for (int i = 0; i < kEvents; ++i)
+                postHeld(dispatcher, thread * kEvents + i);
+        });
+    }
+    for (std::thread& each : threads)
+        each.join();
+    dispatcher.stop();
+
+    ASSERT_EQ(subscriber.held.size(), static_cast<std::size_t>(kThreads * kEvents));
+    std::vector<int> last(kThreads, -1);
+    for (int const callID : subscriber.held) {
+        auto const thread = static_cast<std::size_t>(callID / kEvents);
+        EXPECT_GT(callID, last[thread]);
+        last[thread] = callID;
+    }
+}
+
+TEST(EventDispatcher, Post_AfterStop_DoesNothing)
+{
+    EventDispatcher dispatcher;
+    Subscriber subscriber;
+    dispatcher.subscribe(&subscriber);
+    dispatcher.stop();
+
+    postHeld(dispatcher, 1);
+    dispatcher.stop();
+
+    EXPECT_TRUE(subscriber.held.empty());
+}

@@ -1,0 +1,93 @@
+// An event interface whose operations do nothing, and a proxy on it that sends callHeld as the real one does: what the
+// framework's tests subscribe.
+#pragma once
+
+#include "CommunicationsServiceEventIfc.h"
+#include "framework/Executable.h"
+#include "framework/Proxy.h"
+#include "framework/ProxyRequest.h"
+
+class IgnoredEvents : public CommunicationsServiceEventIfc
+{
+public:
+    virtual ~IgnoredEvents() = default;
+
+    void callStateChange(std::string const&, int, sfiCallState, sfiReason, sfiSendOptions, std::string const&,
+                         std::string const&, sfiReplacesDisplay*, sfiResourcePriority, sfiPreemptionCause,
+                         std::string const&, bool, sfiAdditionalCallInfo) override
+    {}
+    void registrationStateChange(std::string const&, int, bool, sfiRegistrationResult) override {}
+    void incomingCall(std::string const&, int, std::string const&, std::string const&, std::string const&,
+                      std::string const&, bool, sfiCallType, std::string const&, std::string const&, sfiForwardReason,
+                      bool, sfiResourcePriority, sfiAdditionalCallInfo, bool) override
+    {}
+    void incomingPickupCall(std::string const&, int, std::string const&, std::string const&) override {}
+    void callHeld(std::string const&, int) override {}
+    void callRetrieved(std::string const&, int, std::string const&, std::string const&, sfiAdditionalCallInfo,
+                       bool) override
+    {}
+    void featureSuccess(std::string const&, int, sfiFeature) override {}
+    void featureFailed(std::string const&, int, sfiFeature, sfiFeatureFailure) override {}
+    void remoteEndpointDetailsChanged(std::string const&, int, std::string const&, std::string const&, bool,
+                                      bool) override
+    {}
+    void incomingCallMissed(std::string const&, int, std::string const&, std::string const&, sfiReason,
+                            std::string const&, std::string const&, sfiForwardReason) override
+    {}
+    void callForwarded(std::string const&, int, std::string const&, std::string const&, std::string const&,
+                       sfiForwardReason) override
+    {}
+    void incomingAssociatedCall(std::string const&, int, int) override {}
+    void devicesChanged() override {}
+    void messageWaiting(std::string const&, sfiMWIServiceType, unsigned int, unsigned int, unsigned int, unsigned int,
+                        sfiMWIMessageReturnType, sfiMWIAvailableInfo, sfiMessagesWaiting, std::string const&) override
+    {}
+    void doNotDisturbSet(std::string const&, bool) override {}
+    void agentStateSet(std::string const&, std::string const&) override {}
+    void securityStatusChanged(std::string const&, int, sfiSecurityStatus, std::vector<int>&,
+                               std::vector<std::string>&) override
+    {}
+    void callRecordingStatus(std::string const&, int, std::string const&) override {}
+    void preemptionStatusChanged(std::string const&, int, sfiResourcePriority, sfiPreemptionCause,
+                                 std::string const&) override
+    {}
+    void impactLevelChanged(std::string const&, int, sfiAdditionalCallInfo) override {}
+    void systemStatusChange(std::string const&, std::string const&) override {}
+    void serverFeatureStatusChange(std::string const&, std::string const&) override {}
+    void b2buaCSTAResponse(std::string const&, bool, std::string const&) override {}
+    void b2buaCSTAEventOrRequest(std::string const&, std::string const&) override {}
+    void conferenceStatusEvent(std::string const&, int, std::string const&) override {}
+    void callCompletionEvent(std::string const&, std::string const&, sfiCallCompletionType, sfiCallCompletionState,
+                             bool) override
+    {}
+    void callCompletionFailedEvent(std::string const&, std::string const&, sfiCallCompletionFailureType) override {}
+    void bluetoothAudioStatusChanged(std::string const&, int, bool, bool, bool) override {}
+    void csCommunicationsServiceEvent(std::string const&) override {}
+};
+
+class ProxyDouble : public Proxy, public IgnoredEvents
+{
+public:
+    void initProxy(ProxyRequest& request) override
+    {
+        request_ = &request;
+        request.setProtocol("a protocol");
+    }
+
+    void callHeld(std::string const& lineURI, int callID) override
+    {
+        request_->sendEvent("<Method>CallHeldEvent</Method><LineID>" + lineURI + "</LineID><CallID>" +
+                            std::to_string(callID) + "</CallID>");
+    }
+
+private:
+    ProxyRequest* request_ = nullptr;
+};
+
+// A service that only takes timer expiries.
+class ExecutableDouble : public Executable
+{
+public:
+    void init(Context&) override {}
+    void shutdown() override {}
+};

@@ -1,0 +1,82 @@
+#include "framework/Log.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+using telephone::flushLog;
+using telephone::kLogInfo;
+using telephone::log;
+using telephone::openLog;
+using telephone::setLogLevel;
+
+namespace {
+
+class LogTest : public testing::Test
+{
+protected:
+    LogTest() { openLog(5, file_); }
+    ~LogTest() override
+    {
+        openLog(kLogInfo, "");
+        std::filesystem::remove(file_);
+    }
+
+    // Without the time, which every line begins with.
+    std::string written() const
+    {
+        flushLog();
+        std::ifstream input(file_);
+        std::string text;
+        for (std::string line; std::getline(input, line);)
+            text += line.substr(std::string("2000-01-01 00:00:00.000 ").size()) + "\n";
+        return text;
+    }
+
+    std::string const file_ =
+        (std::filesystem::temp_directory_path() / ("log-test-" + std::to_string(::getpid()) + ".txt")).string();
+};
+
+}  // namespace
+
+TEST_F(LogTest, LogAppUni_WritesLevelComponentSourceAndText)
+{
+    logAppUni("SIP Communications Service", "src/CommunicationsService", 5, 17, "answerCall (callID = %d)", 4);
+
+    EXPECT_EQ(written(), "trace [SIP Communications Service] src/CommunicationsService:17: answerCall (callID = 4)\n");
+}
+
+TEST_F(LogTest, Log_AboveTheLevel_IsNotWritten)
+{
+    EXPECT_TRUE(loggingOnAppUni("SIP Communications Service", 5));
+    EXPECT_FALSE(loggingOnAppUni("SIP Communications Service", 6));
+
+    log(6, "sip", "a detail");
+    logAppUni("x", "y", 6, 1, "a detail");
+
+    EXPECT_EQ(written(), "");
+}
+
+TEST_F(LogTest, SetLogLevel_OutOfRange_IsClamped)
+{
+    setLogLevel(99);
+    EXPECT_TRUE(loggingOnAppUni("x", 6));
+    setLogLevel(-1);
+    EXPECT_FALSE(loggingOnAppUni("x", 1));
+}
+
+TEST_F(LogTest, LogAppUni_TextOfAnyLength_IsWrittenWhole)
+{
+    std::string const text(100000, 'x');
+
+    logAppUni("c", "s", 2, 1, "%s", text.c_str());
+
+    EXPECT_EQ(written(), "failure [c] s:1: " + text + "\n");
+}
+
+TEST(Log, OpenLog_OfAFileThatCannotBeMade_SaysSo)
+{
+    EXPECT_THROW(openLog(4, "/proc/no-such-folder/log"), std::runtime_error);
+}

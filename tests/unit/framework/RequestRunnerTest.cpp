@@ -1,0 +1,97 @@
+#include "framework/RequestRunner.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "EventsDouble.h"
+#include "framework/Channel.h"
+#include "framework/Invoker.h"
+#include "framework/InvokerResponse.h"
+#include "framework/SvcRTEContext.h"
+
+using namespace telephone;
+
+namespace {
+
+class InvokerDouble : public Invoker
+{
+public:
+    void handleMessage(Executable* service, char const* message, int length, InvokerResponse* response) override
+    {
+        gotService = service;
+        gotMessage.assign(message, static_cast<std::size_t>(length));
+        endsWithNul = message[length] == '\0';
+        act(*response);
+    }
+    void initInvoker(FrameworkContext*) override {}
+
+    std::function<void(InvokerResponse&)> act = [](InvokerResponse&) {};
+    Executable* gotService = nullptr;
+    std::string gotMessage;
+    bool endsWithNul = false;
+};
+
+class RequestRunnerTest : public testing::Test
+{
+protected:
+    ExecutableDouble service_;
+    InvokerDouble invoker_;
+    SvcRTEContext context_;
+    Channel channel_{"console", context_, 10, {}};
+    RequestRunner runner_{service_, invoker_};
+};
+
+}  // namespace
+
+TEST_F(RequestRunnerTest, Run_HandsServiceAndTextToTheInvoker)
+{
+    runner_.run(channel_, "<Method>GetDevices</Method>");
+
+    EXPECT_EQ(invoker_.gotService, &service_);
+    EXPECT_EQ(invoker_.gotMessage, "<Method>GetDevices</Method>");
+    EXPECT_TRUE(invoker_.endsWithNul);
+}
+
+TEST_F(RequestRunnerTest, Run_BringsTheCountedAnswerBack)
+{
+    invoker_.act = [](InvokerResponse& response) {
+        response.sendResponse("sfiSuccess and more", 10);
+        response.finish();
+    };
+
+    auto const outcome = runner_.run(channel_, "x");
+
+    EXPECT_EQ(outcome.answer, "sfiSuccess");
+    EXPECT_TRUE(outcome.finished);
+}
+
+TEST_F(RequestRunnerTest, Run_WithoutAnAnswer_HasNone)
+{
+    invoker_.act = [](InvokerResponse& response) { response.finish(); };
+
+    auto const outcome = runner_.run(channel_, "x");
+
+    EXPECT_EQ(outcome.answer, std::nullopt);
+    EXPECT_TRUE(outcome.finished);
+}
+
+TEST_F(RequestRunnerTest, Run_TellsTheNameOfTheChannel)
+{
+    std::string name;
+    invoker_.act = [&](InvokerResponse& response) { name = response.channelName(); };
+
+    runner_.run(channel_, "x");
+
+    EXPECT_EQ(name, "console");
+}
+
+TEST_F(RequestRunnerTest, Run_OfAnInvokerThatThrows_IsAnsweredWithFailure)
+{
+    invoker_.act = [](InvokerResponse&) { throw std::logic_error("a null text"); };
+
+    auto const outcome = runner_.run(channel_, "x");
+
+    EXPECT_EQ(outcome.answer, "sfiFailure");
+    EXPECT_TRUE(outcome.finished);
+}

@@ -1,0 +1,98 @@
+#include "framework/TelephoneContext.h"
+
+#include <gtest/gtest.h>
+
+#include "EventsDouble.h"
+#include "framework/Channel.h"
+#include "framework/EventDispatcher.h"
+
+using namespace telephone;
+
+namespace {
+
+class TelephoneContextTest : public testing::Test
+{
+protected:
+    TelephoneContextTest()
+    {
+        context_.setProxyFactory([] { return std::make_unique<ProxyDouble>(); });
+    }
+
+    EventDispatcher dispatcher_;
+    TelephoneContext context_{dispatcher_};
+};
+
+constexpr char const* kInterface = "CommunicationsServiceEventIfc";
+
+}  // namespace
+
+TEST_F(TelephoneContextTest, FindExecutable_FindsWhatIsRegistered)
+{
+    ExecutableDouble executable;
+    context_.registerExecutable("LocalMgmtIfc", &executable);
+
+    EXPECT_EQ(context_.findExecutable("LocalMgmtIfc"), &executable);
+    EXPECT_EQ(context_.findExecutable("localmgmtifc"), nullptr);
+    EXPECT_EQ(context_.findExecutable(""), nullptr);
+}
+
+TEST_F(TelephoneContextTest, FindProxy_MakesOneProxyForAChannel)
+{
+    auto const channel = context_.openChannel("console", 10, {});
+
+    Proxy* const proxy = context_.findProxy(kInterface, "console");
+
+    ASSERT_NE(proxy, nullptr);
+    EXPECT_EQ(context_.findProxy(kInterface, "console"), proxy);
+    EXPECT_EQ(channel->protocol(), "a protocol");
+    EXPECT_EQ(context_.findChannel(proxy), "console");
+}
+
+TEST_F(TelephoneContextTest, FindProxy_ForAnotherInterfaceOrChannel_FindsNone)
+{
+    auto const channel = context_.openChannel("console", 10, {});
+
+    EXPECT_EQ(context_.findProxy("OtherIfc", "console"), nullptr);
+    EXPECT_EQ(context_.findProxy(kInterface, "other"), nullptr);
+}
+
+TEST_F(TelephoneContextTest, FindChannel_OfAnythingElse_IsEmpty)
+{
+    ExecutableDouble executable;
+    auto const channel = context_.openChannel("console", 10, {});
+
+    EXPECT_EQ(context_.findChannel(&executable), "");
+    EXPECT_EQ(context_.findChannel(nullptr), "");
+}
+
+TEST_F(TelephoneContextTest, OpenChannel_OfATakenName_IsRefused)
+{
+    auto const channel = context_.openChannel("console", 10, {});
+
+    EXPECT_EQ(context_.openChannel("console", 10, {}), nullptr);
+}
+
+TEST_F(TelephoneContextTest, Event_ReachesTheChannelThroughItsProxy)
+{
+    auto const channel = context_.openChannel("console", 10, {});
+    dispatcher_.subscribe(context_.findProxy(kInterface, "console"));
+
+    dispatcher_.post([](CommunicationsServiceEventIfc& events) { events.callHeld("4711", 1); });
+    dispatcher_.flush();
+
+    auto const events = channel->events().take(10);
+    ASSERT_EQ(events.size(), 1U);
+    EXPECT_EQ(events[0].text, "<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>1</CallID>");
+}
+
+TEST_F(TelephoneContextTest, CloseChannel_EndsItsSubscription)
+{
+    auto const channel = context_.openChannel("console", 10, {});
+    dispatcher_.subscribe(context_.findProxy(kInterface, "console"));
+
+    context_.closeChannel(channel);
+
+    EXPECT_EQ(dispatcher_.subscribers(), 0U);
+    EXPECT_EQ(context_.findProxy(kInterface, "console"), nullptr);
+    EXPECT_NE(context_.openChannel("console", 10, {}), nullptr);
+}
