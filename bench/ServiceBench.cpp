@@ -1,0 +1,84 @@
+// A whole service operation over a platform that does nothing, beside the platform's own operations called directly;
+// and what a trace costs that is switched off.
+#include <benchmark/benchmark.h>
+
+#include "CommunicationsService.h"
+#include "CommunicationsServiceLog.h"
+#include "StubPlatform.h"
+#include "framework/Logging.h"
+#include "lines/ClientUtils.h"
+#include "lines/Line.h"
+#include "lines/LineData.h"
+
+namespace {
+
+std::string const kLine = "4711";
+
+// What the platform alone takes to hold a call: the same questions to the lines, the same record, the same operations.
+sfiResult holdDirectly()
+{
+    auto& lines = *LineManager::Instance();
+    sfiCallInfo info{};
+    std::string base;
+    int index = 0;
+    ClientUtils::splitMCADeviceIndex(kLine, base, index);
+    if (!lines.getKeysetType().empty() && !lines.isMCALine(base)) {
+        auto* const line = lines.getLine(base);
+        info = {line->getLineID(), line->getLineData()->getPrimary(), 17, 0};
+    }
+    auto& sfi = *CSfi::GetInstance();
+    sfi.Lock();
+    sfi.SetManualHoldIndication(&info, true);
+    auto const result = sfi.CallFeature(&info, sfiFeatureHold, "", 1);
+    sfi.Unlock();
+    return result;
+}
+
+void holdPlatform(benchmark::State& state)
+{
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(holdDirectly());
+    }
+}
+BENCHMARK(holdPlatform);
+
+void holdService(benchmark::State& state)
+{
+    CommunicationsService service;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(service.holdCall(kLine, 17, sfiFeatureHold, true));
+    }
+}
+BENCHMARK(holdService);
+
+// The guard's own call is the floor of a trace.
+void traceGuard(benchmark::State& state)
+{
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(loggingOnAppUni("SIP Communications Service", kLogTrace));
+    }
+}
+BENCHMARK(traceGuard);
+
+// An operation that does nothing but trace and ask the platform one question.
+void tracedOperation(benchmark::State& state)
+{
+    CommunicationsService service;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(service.isLocallyIdleLine());
+    }
+}
+BENCHMARK(tracedOperation);
+
+void untracedOperation(benchmark::State& state)
+{
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(loggingOnAppUni("SIP Communications Service", kLogTrace));
+        benchmark::DoNotOptimize(LineManager::Instance()->isLocallyIdleLine());
+    }
+}
+BENCHMARK(untracedOperation);
+
+}  // namespace
+
+BENCHMARK_MAIN();
