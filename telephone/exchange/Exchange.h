@@ -13,6 +13,7 @@
 #pragma once
 
 #include "NumberBehaviour.h"
+
 #include "sip/DialogInfo.h"
 #include "sip/Log.h"
 
@@ -65,8 +66,8 @@ public:
     std::uint16_t port() const;    // UDP
     std::uint16_t tcpPort() const;
 
-    // Gives a number another behaviour, or makes a new number; nothing takes the number away. Calls that are up go on
-    // as they began. Watchers of the number are told when it becomes busy or free by it.
+    // Gives a number another behaviour, or makes a new number; std::nullopt takes the number away. Calls that are up go
+    // on as they began. Watchers of the number are told when it becomes busy or free by it.
     void setBehaviour(const std::string& number, const std::optional<NumberBehaviour>& behaviour);
     std::optional<NumberBehaviour> behaviourOf(const std::string& number) const;
 

@@ -1,0 +1,252 @@
+#include "ExchangeCall.h"
+
+#include "ExchangeCore.h"
+
+#include <atomic>
+
+namespace telephone::exchange {
+
+namespace {
+
+constexpr const char* kCstaType = "application/csta+xml";
+
+std::string nextId()
+{
+    static std::atomic<unsigned> last{0};
+    return "call-" + std::to_string(++last);
+}
+
+bool startsWith(const std::string& text, std::string_view beginning)
+{
+    return sip::equalsIgnoringCase(std::string_view(text).substr(0, beginning.size()), beginning);
+}
+
+}  // namespace
+
+ExchangeCall::ExchangeCall(ExchangeCore& core, std::string number, const NumberBehaviour& behaviour)
+    : core_(core)
+    , number_(std::move(number))
+    , behaviour_(behaviour)
+    , id_(nextId())
+    , step_(core.loop())
+    , hangUpTimer_(core.loop())
+{}
+
+ExchangeCall::~ExchangeCall()
+{
+    disconnect();
+}
+
+void ExchangeCall::adopt(std::unique_ptr<sip::Session> session)
+{
+    session_ = std::move(session);
+    session_->setObserver(this);
+    session_->audio().setEcho(true);
+}
+
+void ExchangeCall::take(std::unique_ptr<sip::Session> session)
+{
+    adopt(std::move(session));
+    session_->ring();
+    core_.changed(number_);
+    if (behaviour_.answerAfter == milliseconds(0))
+        answer();
+    else if (behaviour_.answerAfter != kNever)
+        step_.start(behaviour_.answerAfter, [this] { answer(); });
+}
+
+void ExchangeCall::takeInsteadOf(std::unique_ptr<sip::Session> session, ExchangeCall& replaced)
+{
+    adopt(std::move(session));
+    replaced_ = replaced.self_;
+    answer();
+}
+
+void ExchangeCall::pickUp(std::unique_ptr<sip::Session> session, ExchangeCall& ringing)
+{
+    adopt(std::move(session));
+    ringing.step_.cancel();
+    ringing.behaviour_ = kAnswering;
+    connect(ringing);
+    ringing.answer();
+    answer();
+}
+
+void ExchangeCall::takeFor(std::unique_ptr<sip::Session> session, ExchangeCall& outgoing)
+{
+    adopt(std::move(session));
+    connect(outgoing);
+    outgoing.waitsForPartner_ = true;
+}
+
+bool ExchangeCall::dial(const std::string& target, const std::optional<sip::Replaces>& replaces,
+                        const std::string& referredBy, std::unique_ptr<sip::Transfer> askedBy)
+{
+    transfer_ = std::move(askedBy);
+    sip::CallRequest request;
+    request.account = core_.accountOf(number_);
+    request.target = target;
+    request.replaces = replaces;
+    request.referredBy = referredBy;
+    std::string whyNot;
+    session_ = core_.agent().call(request, *this, &whyNot);
+    if (!session_) {
+        tellTransfer(503, "Service Unavailable");
+        ended_ = true;
+        return false;
+    }
+    session_->audio().setEcho(true);
+    core_.changed(number_);
+    return true;
+}
+
+void ExchangeCall::answer()
+{
+    answered_ = true;
+    if (!session_->answer())
+        core_.say(sip::LogLevel::kWarning, "Number " + number_ + " cannot answer");
+}
+
+// What the number does after the answer, one thing after the other.
+void ExchangeCall::proceed()
+{
+    if (behaviour_.hangUpAfter > milliseconds(0))
+        hangUpTimer_.start(behaviour_.hangUpAfter, [this] { hangUp(); });
+    if (behaviour_.holdAfter > milliseconds(0))
+        step_.start(behaviour_.holdAfter, [this] { session_->modify(sip::Direction::kSendOnly); });
+}
+
+void ExchangeCall::hangUp()
+{
+    if (ended_)
+        return;
+    session_->hangUp();
+    end();
+}
+
+void ExchangeCall::end()
+{
+    if (ended_)
+        return;
+    ended_ = true;
+    step_.cancel();
+    hangUpTimer_.cancel();
+    ExchangeCall* partner = partner_;
+    disconnect();
+    if (partner)
+        partner->hangUp();
+    if (answered_ && behaviour_.callBack && !session_->isOutgoing())
+        core_.callBack(number_, session_->remoteParty(), session_->remoteContact());
+    core_.changed(number_);
+    core_.drop(*this);
+}
+
+void ExchangeCall::connect(ExchangeCall& other)
+{
+    partner_ = &other;
+    other.partner_ = this;
+    for (ExchangeCall* call : {this, &other}) {
+        call->session_->audio().setEcho(false);
+        call->session_->audio().setSink(&call->heard_);
+        call->session_->audio().setSource(&call->partner_->heard_);
+    }
+}
+
+void ExchangeCall::disconnect()
+{
+    if (!partner_)
+        return;
+    for (ExchangeCall* call : {this, partner_}) {
+        call->session_->audio().setSink(nullptr);
+        call->session_->audio().setSource(nullptr);
+    }
+    partner_->partner_ = nullptr;
+    partner_ = nullptr;
+}
+
+void ExchangeCall::tellTransfer(int status, const std::string& reason)
+{
+    if (!transfer_)
+        return;
+    transfer_->notify(status, reason);
+    if (status >= 200)
+        transfer_.reset();
+}
+
+bool ExchangeCall::isRinging() const
+{
+    return !ended_ && !partner_ && session_ && !session_->isOutgoing() && !answered_;
+}
+
+bool ExchangeCall::matches(const sip::Replaces& wanted) const
+{
+    return !ended_ && session_ && session_->dialogId().matches(wanted);
+}
+
+sip::DialogEntry ExchangeCall::dialogEntry() const
+{
+    using sip::DialogState;
+    sip::DialogEntry entry;
+    entry.id = id_;
+    entry.dialog = session_->dialogId();
+    entry.recipient = !session_->isOutgoing();
+    entry.state = DialogState::kEarly;
+    if (ended_)
+        entry.state = DialogState::kTerminated;
+    else if (session_->state() == sip::SessionState::kCalling)
+        entry.state = DialogState::kTrying;
+    else if (session_->state() == sip::SessionState::kEstablished || session_->state() == sip::SessionState::kAnswering)
+        entry.state = DialogState::kConfirmed;
+    entry.local.identity = core_.accountOf(number_).addressOfRecord();
+    entry.local.target = session_->localContact();
+    const sip::NameAddr remote = session_->remoteParty();
+    entry.remote = {remote.uri.formatAddressOfRecord(), remote.displayName, session_->remoteContact()};
+    return entry;
+}
+
+void ExchangeCall::onProgress(sip::Session&, const sip::Response& response, bool)
+{
+    tellTransfer(response.status, response.reason);
+    core_.changed(number_);
+}
+
+void ExchangeCall::onEstablished(sip::Session&)
+{
+    answered_ = true;
+    tellTransfer(200, "OK");
+    core_.changed(number_);
+    if (const auto replaced = replaced_.lock())
+        (*replaced)->hangUp();
+    if (waitsForPartner_ && partner_) {
+        waitsForPartner_ = false;
+        partner_->answer();
+    }
+    proceed();
+}
+
+void ExchangeCall::onModified(sip::Session&, bool accepted, int, const std::string&)
+{
+    const bool holding = session_->localDirection() == sip::Direction::kSendOnly;
+    if (accepted && holding && behaviour_.retrieveAfter > milliseconds(0))
+        step_.start(behaviour_.retrieveAfter, [this] { session_->modify(sip::Direction::kSendReceive); });
+}
+
+void ExchangeCall::onInfo(sip::Session&, const sip::Content& content)
+{
+    if (startsWith(content.type, kCstaType))
+        session_->sendInfo(content);
+}
+
+void ExchangeCall::onTransferRequested(sip::Session&, std::unique_ptr<sip::Transfer> transfer)
+{
+    core_.transfer(number_, std::move(transfer));
+}
+
+void ExchangeCall::onClosed(sip::Session&, const sip::Closing& closing)
+{
+    if (!answered_)
+        tellTransfer(closing.status >= 300 ? closing.status : 487, closing.text);
+    end();
+}
+
+}  // namespace telephone::exchange

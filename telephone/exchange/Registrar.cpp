@@ -1,0 +1,181 @@
+#include "Registrar.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace telephone::exchange {
+
+namespace {
+
+constexpr std::uint32_t kUsualExpires = 3600;
+constexpr std::size_t kMostContacts = 10;
+
+std::uint32_t number(const std::string& text, std::uint32_t otherwise)
+{
+    std::uint32_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    return error == std::errc() && end == text.data() + text.size() ? value : otherwise;
+}
+
+std::vector<std::string> contactValues(const sip::IncomingRequest& request)
+{
+    std::vector<std::string> all;
+    for (const auto& header : request.headers().values("Contact")) {
+        for (auto& value : sip::splitList(header))
+            all.push_back(std::move(value));
+    }
+    return all;
+}
+
+}  // namespace
+
+Registrar::Registrar(const ExchangeConfig& config, std::function<void(const std::string& number)> changed)
+    : config_(config)
+    , digest_(config.realm, config.nonceLifetime)
+    , changed_(std::move(changed))
+{}
+
+std::optional<std::string> Registrar::passwordOf(const std::string& user) const
+{
+    for (const auto& known : config_.users) {
+        if (known.number == user)
+            return known.password;
+    }
+    return config_.anyPassword;
+}
+
+bool Registrar::knows(const std::string& number) const
+{
+    const bool listed = std::any_of(config_.users.begin(), config_.users.end(),
+                                    [&number](const ExchangeUser& user) { return user.number == number; });
+    return listed || bindings_.count(number) > 0;
+}
+
+std::vector<std::string> Registrar::numbers() const
+{
+    std::vector<std::string> all;
+    for (const auto& [number, bindings] : bindings_)
+        all.push_back(number);
+    return all;
+}
+
+void Registrar::forgetExpired(std::vector<Binding>& bindings)
+{
+    const auto now = Clock::now();
+    std::erase_if(bindings, [now](const Binding& binding) { return binding.end <= now; });
+}
+
+std::vector<std::string> Registrar::contactsOf(const std::string& number)
+{
+    std::vector<std::string> contacts;
+    const auto found = bindings_.find(number);
+    if (found == bindings_.end())
+        return contacts;
+    forgetExpired(found->second);
+    for (auto binding = found->second.rbegin(); binding != found->second.rend(); ++binding)
+        contacts.push_back(binding->contact);
+    return contacts;
+}
+
+bool Registrar::authenticate(sip::IncomingRequest& request, const std::string& number)
+{
+    using Verdict = sip::DigestServer::Verdict;
+    const auto result = digest_.judge(request.method(), request.headers().value("Authorization"),
+                                      [this](const std::string& user) { return passwordOf(user); });
+    switch (result.verdict) {
+    case Verdict::kNoCredentials:
+    case Verdict::kStale:
+        request.reply(401, "Unauthorized",
+                      {{"WWW-Authenticate", digest_.challenge(result.verdict == Verdict::kStale)}});
+        return false;
+    case Verdict::kAccepted:
+        if (result.user == number)
+            return true;
+        [[fallthrough]];
+    case Verdict::kWrong:
+        request.reply(403, "Forbidden");
+        return false;
+    }
+    return false;
+}
+
+void Registrar::handle(sip::IncomingRequest& request)
+{
+    const std::string number = request.to().uri.user;
+    if (number.empty()) {
+        request.reply(404, "Not Found");
+        return;
+    }
+    if (!authenticate(request, number))
+        return;
+    auto& bindings = bindings_[number];
+    forgetExpired(bindings);
+    const bool before = !bindings.empty();
+    if (!update(request, bindings))
+        return;
+    answer(request, bindings);
+    if (before != !bindings.empty() && changed_)
+        changed_(number);
+}
+
+bool Registrar::update(sip::IncomingRequest& request, std::vector<Binding>& bindings)
+{
+    const auto contacts = contactValues(request);
+    if (contacts.size() == 1 && contacts.front() == "*") {
+        if (request.headers().value("Expires") != "0") {
+            request.reply(400, "Contact * without Expires 0");
+            return false;
+        }
+        bindings.clear();
+        return true;
+    }
+    for (const auto& value : contacts) {
+        const auto contact = sip::NameAddr::parse(value);
+        if (!contact) {
+            request.reply(400, "Bad Contact");
+            return false;
+        }
+        if (!bind(request, *contact, bindings)) {
+            request.reply(500, "Out of order");
+            return false;
+        }
+    }
+    return true;
+}
+
+bool Registrar::bind(const sip::IncomingRequest& request, const sip::NameAddr& contact, std::vector<Binding>& bindings)
+{
+    const std::string uri = contact.uri.format();
+    const std::uint32_t sequence = number(request.headers().value("CSeq").substr(0, 10), 0);
+    const auto known = std::find_if(bindings.begin(), bindings.end(),
+                                    [&uri](const Binding& binding) { return binding.contact == uri; });
+    if (known != bindings.end()) {
+        // A late repetition must not undo what came after it.
+        if (known->callId == request.callId() && sequence < known->sequence)
+            return false;
+        bindings.erase(known);
+    }
+    const std::uint32_t usual = number(request.headers().value("Expires"), kUsualExpires);
+    const std::uint32_t asked = number(contact.parameter("expires").value_or(""), usual);
+    if (asked == 0)
+        return true;
+    if (bindings.size() >= kMostContacts)
+        bindings.erase(bindings.begin());
+    const std::chrono::seconds granted(std::min(asked, config_.longestExpires));
+    bindings.push_back({uri, request.callId(), sequence, Clock::now() + granted});
+    return true;
+}
+
+void Registrar::answer(sip::IncomingRequest& request, const std::vector<Binding>& bindings)
+{
+    sip::Headers headers;
+    const auto now = Clock::now();
+    for (const auto& binding : bindings) {
+        // Rounded up: a second that has begun counts.
+        const auto left = std::chrono::ceil<std::chrono::seconds>(binding.end - now).count();
+        headers.add("Contact", "<" + binding.contact + ">;expires=" + std::to_string(left));
+    }
+    request.reply(200, "OK", headers);
+}
+
+}  // namespace telephone::exchange

@@ -1,0 +1,223 @@
+// A call to every number of the exchange.
+#include "SipFixture.h"
+
+namespace telephone::test {
+
+using ExchangeCalls = ExchangeTest;
+
+TEST_F(ExchangeCalls, Number100_AnswersAndEchoesTheAudio)
+{
+    struct Tone final : sip::AudioSource
+    {
+        bool readFrame(sip::AudioFrame& frame) override
+        {
+            frame.fill(8000);
+            return true;
+        }
+    } tone;
+    struct Ear final : sip::AudioSink
+    {
+        void writeFrame(const sip::AudioFrame& frame) override { heard = heard || frame[80] > 7000; }
+        bool heard = false;
+    } ear;
+    TestPhone phone(loop);
+
+    sip::Session& call = phone.call(at("100"));
+    {
+        std::lock_guard guard(loop);
+        call.audio().setSource(&tone);
+        call.audio().setSink(&ear);
+    }
+
+    EXPECT_TRUE(phone.waitFor("progress 180")) << phone.events();
+    EXPECT_TRUE(phone.waitFor("established")) << phone.events();
+    EXPECT_TRUE(phone.waitUntil([&ear] { return ear.heard; }));
+    EXPECT_EQ("PCMU", call.audio().codec());
+    EXPECT_EQ(1U, exchange.callCount());
+    phone.dropSession(0);
+    EXPECT_TRUE(phone.waitUntil([this] { return exchange.callCount() == 0; }));
+}
+
+TEST_F(ExchangeCalls, Number101_IsBusy)
+{
+    TestPhone phone(loop);
+
+    phone.call(at("101"));
+
+    EXPECT_TRUE(phone.waitFor("closed rejected 486")) << phone.events();
+}
+
+TEST_F(ExchangeCalls, Number102_RingsUntilTheCallerGivesUp)
+{
+    TestPhone phone(loop);
+
+    sip::Session& call = phone.call(at("102"));
+    ASSERT_TRUE(phone.waitFor("progress 180")) << phone.events();
+    call.hangUp();
+
+    EXPECT_TRUE(phone.waitUntil([this] { return exchange.callCount() == 0; }));
+}
+
+TEST_F(ExchangeCalls, Number103_AnswersAfterTwoSeconds)
+{
+    TestPhone phone(loop);
+    const auto begun = std::chrono::steady_clock::now();
+
+    phone.call(at("103"));
+
+    EXPECT_TRUE(phone.waitFor("progress 180")) << phone.events();
+    EXPECT_TRUE(phone.waitFor("established")) << phone.events();
+    EXPECT_GE(std::chrono::steady_clock::now() - begun, 1900ms);
+}
+
+TEST_F(ExchangeCalls, Number104_Declines)
+{
+    TestPhone phone(loop);
+
+    phone.call(at("104"));
+
+    EXPECT_TRUE(phone.waitFor("closed rejected 603")) << phone.events();
+}
+
+TEST_F(ExchangeCalls, Number105_HangsUpAfterTwoSeconds)
+{
+    TestPhone phone(loop);
+
+    phone.call(at("105"));
+
+    EXPECT_TRUE(phone.waitFor("established")) << phone.events();
+    EXPECT_TRUE(phone.waitFor("closed remote")) << phone.events();
+}
+
+TEST_F(ExchangeCalls, Number106_HoldsAndRetrieves)
+{
+    TestPhone phone(loop);
+
+    sip::Session& call = phone.call(at("106"));
+
+    EXPECT_TRUE(phone.waitFor("established")) << phone.events();
+    EXPECT_TRUE(phone.waitFor("held")) << phone.events();
+    EXPECT_TRUE(call.isHeldByRemote());
+    EXPECT_EQ(sip::Direction::kReceiveOnly, call.audio().direction());
+    EXPECT_TRUE(phone.waitFor("resumed")) << phone.events();
+    EXPECT_FALSE(call.isHeldByRemote());
+    EXPECT_EQ(sip::Direction::kSendReceive, call.audio().direction());
+}
+
+TEST_F(ExchangeCalls, Number199_HangsUpAndCallsBackAtTheContactOfTheCall)
+{
+    TestPhone phone(loop);
+
+    phone.call(at("199"));
+
+    EXPECT_TRUE(phone.waitFor("established")) << phone.events();
+    EXPECT_TRUE(phone.waitFor("closed remote")) << phone.events();
+    EXPECT_TRUE(phone.waitFor("called")) << phone.events();
+    EXPECT_EQ("199", phone.lastInvitation.from.uri.user);
+    EXPECT_TRUE(phone.waitFor("established")) << phone.events();
+    EXPECT_EQ(1U, exchange.callCount());
+}
+
+TEST_F(ExchangeCalls, Number199_RingsUntilTheCalledPartyAnswers)
+{
+    TestPhone phone(loop);
+    phone.whenCalled = [](TestPhone&, sip::Session& session) { session.ring(); };
+    phone.registerAt(exchange.hostPort());
+    ASSERT_TRUE(phone.waitFor("registered 3600")) << phone.events();
+
+    phone.call(at("199"));
+    ASSERT_TRUE(phone.waitFor("called")) << phone.events();
+    ASSERT_TRUE(phone.waitFor("established")) << phone.events();
+    phone.session(1).answer();
+
+    EXPECT_TRUE(phone.waitFor("established")) << phone.events();
+}
+
+TEST_F(ExchangeCalls, UnknownNumber_IsNotFound)
+{
+    TestPhone phone(loop);
+
+    phone.call(at("555"));
+
+    EXPECT_TRUE(phone.waitFor("closed rejected 404")) << phone.events();
+}
+
+TEST_F(ExchangeCalls, NumberThatWasRegistered_IsTemporarilyUnavailable)
+{
+    TestPhone phone(loop);
+    TestPhone other(loop, "4712");
+    other.registerAt(exchange.hostPort());
+    ASSERT_TRUE(other.waitFor("registered 3600"));
+    other.registration->unregister();
+    ASSERT_TRUE(other.waitFor("unregistered"));
+
+    phone.call(at("4712"));
+
+    EXPECT_TRUE(phone.waitFor("closed rejected 480")) << phone.events();
+}
+
+TEST_F(ExchangeCalls, RegisteredNumber_IsReachedByRedirection)
+{
+    TestPhone phone(loop);
+    TestPhone other(loop, "4712");
+    other.registerAt(exchange.hostPort());
+    ASSERT_TRUE(other.waitFor("registered 3600"));
+
+    phone.call(at("4712"));
+
+    EXPECT_TRUE(phone.waitFor("redirected sip:4712@" + other.agent->hostPort())) << phone.events();
+    EXPECT_TRUE(phone.waitFor("established")) << phone.events();
+    EXPECT_TRUE(other.waitFor("established")) << other.events();
+    EXPECT_EQ("4711", other.lastInvitation.from.uri.user);
+}
+
+TEST_F(ExchangeCalls, ChangedBehaviour_HoldsForTheNextCall)
+{
+    TestPhone phone(loop);
+    exchange.setBehaviour("101", exchange::kAnswering);
+
+    phone.call(at("101"));
+
+    EXPECT_TRUE(phone.waitFor("established")) << phone.events();
+}
+
+TEST_F(ExchangeCalls, CallOverTcp_IsEstablished)
+{
+    TestPhone phone(loop);
+    phone.account.transport = sip::Transport::kTcp;
+
+    phone.call("sip:100@127.0.0.1:" + std::to_string(exchange.tcpPort()));
+
+    EXPECT_TRUE(phone.waitFor("established")) << phone.events();
+}
+
+TEST_F(ExchangeCalls, CstaInCall_IsEchoed)
+{
+    TestPhone phone(loop);
+    sip::Session& call = phone.call(at("100"));
+    ASSERT_TRUE(phone.waitFor("established")) << phone.events();
+
+    int status = 0;
+    call.sendInfo({"application/csta+xml", "<MakeCall/>"}, [&status](const sip::Response& r) { status = r.status; });
+
+    EXPECT_TRUE(phone.waitFor("info")) << phone.events();
+    EXPECT_EQ("<MakeCall/>", phone.lastInfo.body);
+    EXPECT_TRUE(phone.waitUntil([&status] { return status == 200; }));
+}
+
+TEST_F(ExchangeCalls, CstaOutsideACall_IsEchoed)
+{
+    TestPhone phone(loop);
+    phone.registerAt(exchange.hostPort());
+    ASSERT_TRUE(phone.waitFor("registered 3600"));
+    int status = 0;
+
+    phone.agent->request(phone.account, "INFO", at("100"), {}, {"application/csta+xml", "<Snapshot/>"},
+                         [&status](const sip::Response& r) { status = r.status; });
+
+    EXPECT_TRUE(phone.waitFor("request INFO")) << phone.events();
+    EXPECT_EQ("<Snapshot/>", phone.lastInfo.body);
+    EXPECT_TRUE(phone.waitUntil([&status] { return status == 200; }));
+}
+
+}  // namespace telephone::test
