@@ -53,6 +53,9 @@ Lines::Lines(Configuration const& configuration, Settings& settings)
         ++place;
         line.number = line.number == 0 ? place : line.number;
         line.overviewPosition = line.overviewPosition == 0 ? place : line.overviewPosition;
+        takenNumbers_.insert(line.number);
+    }
+    for (auto const& line : lineConfigurations_) {
         addLine(line);
     }
     addStations();
@@ -84,9 +87,9 @@ void Lines::stop()
 
 void Lines::addLine(LineConfiguration const& configuration)
 {
-    if (configuration.number < 1 || configuration.number >= kFirstVirtualLine) {
+    if (configuration.number < 1 || configuration.number > kLastVirtualLine) {
         throw std::runtime_error("line " + configuration.id + ": its number is not 1 to " +
-                                 std::to_string(kFirstVirtualLine - 1));
+                                 std::to_string(kLastVirtualLine));
     }
     auto& line = own(std::make_unique<TelephoneLine>(
         *this, configuration, LineAddress{configuration.number, configuration.number, 0, configuration.id}));
@@ -98,13 +101,9 @@ void Lines::addLine(LineConfiguration const& configuration)
 
 void Lines::addAppearances(TelephoneLine& line, int count)
 {
-    if (nextVirtualLine_ + count - 1 > kLastVirtualLine) {
-        throw std::runtime_error("line " + line.id() + ": too many appearances; all lines together have at most " +
-                                 std::to_string(kLastVirtualLine - kFirstVirtualLine + 1));
-    }
     std::vector<int> virtualLines;
     for (int index = 1; index <= count; ++index) {
-        int const number = nextVirtualLine_++;
+        int const number = freeVirtualLine(line);
         auto& appearance = own(std::make_unique<TelephoneLine>(
             *this, line.configuration(),
             LineAddress{line.place().lineNumber, number, index, line.id() + "#" + std::to_string(index)}));
@@ -113,6 +112,17 @@ void Lines::addAppearances(TelephoneLine& line, int count)
         virtualLines.push_back(number);
     }
     appearanceMap_.addLine(line.place().lineNumber, std::move(virtualLines));
+}
+
+int Lines::freeVirtualLine(TelephoneLine const& line)
+{
+    for (int number = kFirstVirtualLine; number <= kLastVirtualLine; ++number) {
+        if (takenNumbers_.insert(number).second) {
+            return number;
+        }
+    }
+    throw std::runtime_error("line " + line.id() + ": too many appearances; all lines together have at most " +
+                             std::to_string(kLastVirtualLine - kFirstVirtualLine + 1));
 }
 
 TelephoneLine& Lines::own(std::unique_ptr<TelephoneLine> line)

@@ -6,14 +6,15 @@
 // those of LineDirectory and CallObserver come with it.
 //
 // Numbers: a line has the number of the file, else its place in it. Each appearance of a multi-call-appearance line has
-// a virtual line number of its own from kFirstVirtualLine on, and the identifier of the line with the appearance after
-// a hash sign: "4711#2".
+// a virtual line number of its own, the first that no line has from kFirstVirtualLine on, and the identifier of the
+// line with the appearance after a hash sign: "4711#2".
 #pragma once
 
 #include <atomic>
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -131,6 +132,8 @@ public:
     TelephoneLine* freePlace(TelephoneLine& line) const;
     void setElsewhere(TelephoneLine& line, ElsewhereCall elsewhere);
     void setMissedCall(TelephoneLine& line, bool indicated);
+    // False: nothing rings on the line.
+    bool silence(TelephoneLine& line);
     void stationChanged(DssLine& station);
 
 private:
@@ -138,6 +141,7 @@ private:
     void addLine(LineConfiguration const& configuration);
     void addAppearances(TelephoneLine& line, int count);
     void addStations();
+    int freeVirtualLine(TelephoneLine const& line);
     TelephoneLine& own(std::unique_ptr<TelephoneLine> line);
     // Changes a line and its base by `change`, then tells who listens.
     void change(TelephoneLine& line, std::function<void(TelephoneLine&)> const& change);
@@ -156,7 +160,7 @@ private:
     std::map<int, TelephoneLine*> byNumber_;
     std::vector<std::unique_ptr<DssLine>> ownedStations_;
     std::vector<DssLine*> stations_;
-    int nextVirtualLine_ = kFirstVirtualLine;
+    std::set<int> takenNumbers_;
 
     PhoneCalls* calls_ = nullptr;
     TimerService* timers_ = nullptr;

@@ -70,6 +70,7 @@ void Lines::callChanged(CallSnapshot const& now, CallSnapshot const* before)
             each.seizure_ = eLineStateIdle;
         }
         each.noteCall(now);
+        each.silenced_ = each.silenced_ && each.callInState(eLineStateRinging);
     });
 }
 
@@ -196,6 +197,15 @@ void Lines::setMissedCall(TelephoneLine& line, bool indicated)
 {
     line.missedCall_ = indicated;
     tell(line, line.state());
+}
+
+bool Lines::silence(TelephoneLine& line)
+{
+    if (line.state() != eLineStateRinging) {
+        return false;
+    }
+    change(line, [](TelephoneLine& each) { each.silenced_ = true; });
+    return true;
 }
 
 void Lines::stationChanged(DssLine& station)

@@ -69,6 +69,8 @@ public:
     std::optional<CallSnapshot> callInState(ELineState state) const;
     ELineState seizure() const { return seizure_; }  // idle, selected or reserved
     ElsewhereCall const& elsewhere() const { return elsewhere_; }
+    // The call that rings here was ignored: shown, not heard. Until it no longer rings.
+    bool silenced() const { return silenced_; }
     bool missedCallIndicated() const { return missedCall_; }
     bool inService() const { return inService_; }
 
@@ -90,6 +92,7 @@ private:
     std::string remoteURI_;
     bool inService_ = false;
     bool missedCall_ = false;
+    bool silenced_ = false;
 };
 
 }  // namespace telephone

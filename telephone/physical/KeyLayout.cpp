@@ -1,0 +1,103 @@
+#include "physical/KeyLayout.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <stdexcept>
+
+namespace telephone {
+
+namespace {
+
+using namespace PhysDefs;
+
+// clang-format off
+constexpr std::array kFunctions{
+    KeyFunctionRow{"line",       keyFunctionLine,           0,              false},
+    KeyFunctionRow{"dss",        keyFunctionDirectStation,  0,              false},
+    KeyFunctionRow{"blf",        keyFunctionBusyLampField,  0,              false},
+    KeyFunctionRow{"forwarding", keyFunctionForwarding,     0,              true},
+    KeyFunctionRow{"dnd",        keyFunctionDoNotDisturb,   0,              true},
+    KeyFunctionRow{"hold",       keyFunctionHold,           kCallButtons,   false},
+    KeyFunctionRow{"mute",       keyFunctionMute,           0,              false},
+    KeyFunctionRow{"headset",    keyFunctionHeadset,        0,              false},
+    KeyFunctionRow{"messages",   keyFunctionMessages,       0,              true},
+    KeyFunctionRow{"toggle",     keyFunctionFeatureToggle,  0,              false},
+    KeyFunctionRow{"release",    keyFunctionRelease,        0,              false},
+    KeyFunctionRow{"preview",    keyFunctionPreview,        kKeysetButtons, false},
+    KeyFunctionRow{"ignore",     keyFunctionIgnoreCall,     kKeysetButtons, false},
+};
+// clang-format on
+static_assert(kFunctions.size() == 13, "a key function was added or removed: say so in the configuration's help");
+
+KeyFunctionRow const* rowOf(std::string const& name)
+{
+    auto const row = std::find_if(kFunctions.begin(), kFunctions.end(),
+                                  [&name](KeyFunctionRow const& each) { return each.name == name; });
+    return row == kFunctions.end() ? nullptr : &*row;
+}
+
+std::optional<int> numberOf(std::string const& text)
+{
+    int number = 0;
+    char const* const end = text.data() + text.size();
+    auto const [rest, error] = std::from_chars(text.data(), end, number);
+    return error == std::errc() && rest == end ? std::optional(number) : std::nullopt;
+}
+
+}  // namespace
+
+KeyLayout::KeyLayout(Configuration const& configuration)
+{
+    for (auto const& key : configuration.keys) {
+        auto const* const row = rowOf(key.function);
+        if (row == nullptr) {
+            throw std::runtime_error("key " + std::to_string(key.number) + ": there is no function \"" + key.function +
+                                     "\"");
+        }
+        if (find(key.number) != nullptr) {
+            throw std::runtime_error("key " + std::to_string(key.number) + " is there twice");
+        }
+        keys_.push_back({key, row});
+    }
+    std::sort(keys_.begin(), keys_.end(),
+              [](PhoneKey const& left, PhoneKey const& right) { return left.number() < right.number(); });
+}
+
+PhoneKey const* KeyLayout::find(int number) const
+{
+    auto const key =
+        std::find_if(keys_.begin(), keys_.end(), [number](PhoneKey const& each) { return each.number() == number; });
+    return key == keys_.end() ? nullptr : &*key;
+}
+
+PhoneKey const* KeyLayout::find(std::string const& name) const
+{
+    if (auto const number = numberOf(name)) {
+        return find(*number);
+    }
+    auto const label = std::find_if(keys_.begin(), keys_.end(),
+                                    [&name](PhoneKey const& each) { return each.configuration.label == name; });
+    if (label != keys_.end()) {
+        return &*label;
+    }
+    auto const function =
+        std::find_if(keys_.begin(), keys_.end(), [&name](PhoneKey const& each) { return each.row->name == name; });
+    return function == keys_.end() ? nullptr : &*function;
+}
+
+std::string KeyLayout::range() const
+{
+    if (keys_.empty()) {
+        return "none";
+    }
+    return std::to_string(keys_.front().number()) + " to " + std::to_string(keys_.back().number());
+}
+
+std::vector<KeyFunctionRow> const& keyFunctionRows()
+{
+    static std::vector<KeyFunctionRow> const rows(kFunctions.begin(), kFunctions.end());
+    return rows;
+}
+
+}  // namespace telephone

@@ -1,0 +1,149 @@
+#include "physical/LampBoard.h"
+
+#include <array>
+#include <utility>
+
+namespace telephone {
+
+namespace {
+
+struct NumberedLamp
+{
+    std::string_view name;
+    int number;
+};
+
+constexpr std::array kNumberedLamps{
+    NumberedLamp{"Hold", PhysDefs::kLampHold},
+    NumberedLamp{"SecondAlert", PhysDefs::kLampSecondAlert},
+};
+
+constexpr std::array<std::string_view, 4> kModes{"off", "steady", "flashing", "fluttering"};
+constexpr std::array<std::string_view, 4> kColours{"none", "red", "green", "amber"};
+
+template <std::size_t size>
+std::string_view nameIn(std::array<std::string_view, size> const& names, int value)
+{
+    return value >= 0 && value < static_cast<int>(size) ? names[static_cast<std::size_t>(value)] : "unknown";
+}
+
+}  // namespace
+
+std::string_view lampModeName(PhysDefs::lampMode mode)
+{
+    return nameIn(kModes, mode);
+}
+
+std::string_view lampColourName(PhysDefs::lampColour colour)
+{
+    return nameIn(kColours, colour);
+}
+
+LampBoard::LampBoard(KeyLayout const& layout)
+    : layout_(layout)
+{
+    for (auto const& lamp : kNumberedLamps) {
+        lamps_[-lamp.number] = {};
+    }
+    for (auto const& key : layout.keys()) {
+        lamps_[slotOf(key)] = {};
+    }
+}
+
+void LampBoard::setKey(int key, Lamp lamp)
+{
+    if (auto const* const found = layout_.find(key)) {
+        set(slotOf(*found), lamp);
+    }
+}
+
+void LampBoard::setFunction(PhysDefs::keyFunctionType function, Lamp lamp)
+{
+    for (auto const& key : layout_.keys()) {
+        if (key.function() == function) {
+            set(slotOf(key), lamp);
+        }
+    }
+}
+
+bool LampBoard::setNumbered(int lamp, Lamp state)
+{
+    for (auto const& numbered : kNumberedLamps) {
+        if (numbered.number == lamp) {
+            set(-lamp, state);
+            return true;
+        }
+    }
+    return false;
+}
+
+std::optional<Lamp> LampBoard::lamp(std::string const& name) const
+{
+    auto const slot = slotOf(name);
+    std::lock_guard const lock(mutex_);
+    return slot ? std::optional(lamps_.at(*slot)) : std::nullopt;
+}
+
+std::vector<LampRow> LampBoard::lamps() const
+{
+    std::lock_guard const lock(mutex_);
+    std::vector<LampRow> rows;
+    for (auto const& key : layout_.keys()) {
+        auto const& label = key.configuration.label;
+        auto name = std::string(key.row->name) + (label.empty() ? "" : " \"" + label + "\"");
+        rows.push_back({key.number(), std::move(name), lamps_.at(slotOf(key))});
+    }
+    for (auto const& lamp : kNumberedLamps) {
+        rows.push_back({0, std::string(lamp.name), lamps_.at(-lamp.number)});
+    }
+    return rows;
+}
+
+bool LampBoard::waitFor(std::string const& name, PhysDefs::lampMode mode, std::chrono::milliseconds timeout) const
+{
+    auto const slot = slotOf(name);
+    std::unique_lock lock(mutex_);
+    return slot && changed_.wait_for(lock, timeout, [this, &slot, mode] { return lamps_.at(*slot).mode == mode; });
+}
+
+void LampBoard::onChange(Listener listener)
+{
+    std::lock_guard const lock(mutex_);
+    listener_ = std::move(listener);
+}
+
+std::optional<int> LampBoard::slotOf(std::string const& name) const
+{
+    for (auto const& lamp : kNumberedLamps) {
+        if (lamp.name == name) {
+            return -lamp.number;
+        }
+    }
+    auto const* const key = layout_.find(name);
+    return key == nullptr ? std::nullopt : std::optional(slotOf(*key));
+}
+
+int LampBoard::slotOf(PhoneKey const& key)
+{
+    return key.function() == PhysDefs::keyFunctionHold ? -PhysDefs::kLampHold : key.number();
+}
+
+void LampBoard::set(int slot, Lamp lamp)
+{
+    Listener listener;
+    {
+        std::lock_guard const lock(mutex_);
+        auto& now = lamps_[slot];
+        if (now == lamp) {
+            return;
+        }
+        now = lamp;
+        listener = listener_;
+    }
+    changed_.notify_all();
+    if (listener) {
+        listener(slot < 0 ? -slot : slot, lamp);
+    }
+}
+
+}  // namespace telephone
