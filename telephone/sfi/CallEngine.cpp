@@ -16,14 +16,10 @@ using Guard = std::lock_guard<sip::EventLoop>;
 CallEngine::CallEngine(sip::EventLoop& loop, EngineConfiguration configuration, LineDirectory& lines,
                        CallPolicy& policy, EventPoster post)
 {
-    const Guard guard(loop);
     impl_ = std::make_unique<Impl>(loop, std::move(configuration), lines, policy, std::move(post));
 }
 
-CallEngine::~CallEngine()
-{
-    deactivate();
-}
+CallEngine::~CallEngine() = default;
 
 void CallEngine::lock()
 {

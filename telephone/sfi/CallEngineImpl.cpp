@@ -1,6 +1,7 @@
 #include "CallEngineImpl.h"
 
 #include <algorithm>
+#include <mutex>
 #include <utility>
 
 namespace telephone {
@@ -25,6 +26,7 @@ CallEngine::Impl::Impl(sip::EventLoop& loop, EngineConfiguration configuration, 
     , policy_(policy)
     , post_(std::move(post))
     , sources_(configuration_.audioSource)
+    , burial_(loop)
     , lastCallID_(kFirstCallID - 1)
 {
     agent_ = std::make_unique<sip::UserAgent>(loop_, configuration_.agent, *this);
@@ -34,7 +36,18 @@ CallEngine::Impl::Impl(sip::EventLoop& loop, EngineConfiguration configuration, 
     });
 }
 
-CallEngine::Impl::~Impl() = default;
+// The agent waits for the answers to what it still sends, which come only while nobody holds the lock.
+CallEngine::Impl::~Impl()
+{
+    {
+        const std::lock_guard guard(loop_);
+        deactivate();
+        burial_.cancel();
+        over_.clear();
+        registrations_.reset();
+    }
+    agent_.reset();
+}
 
 void CallEngine::Impl::log(LogLevel level, const std::string& text)
 {
@@ -142,7 +155,7 @@ void CallEngine::Impl::callChanged(Call& call, const CallSnapshot& before)
         if (place != calls_.end()) {
             over_.push_back(std::move(*place));
             calls_.erase(place);
-            loop_.post([this] { over_.clear(); });
+            burial_.start(std::chrono::milliseconds(0), [this] { over_.clear(); });
         }
         std::erase(holdOrder_, now.callID);
     }

@@ -1,0 +1,120 @@
+// Two engines that call each other directly: a call's whole life, its events in order.
+#include "TestPhone.h"
+
+namespace telephone::test {
+
+namespace {
+
+TestPhone::Options phoneWith(const std::string& line)
+{
+    TestPhone::Options options;
+    options.lines = {line};
+    return options;
+}
+
+class TwoPhones : public ::testing::Test
+{
+protected:
+    TestPhone alice_{phoneWith("4711")};
+    TestPhone bob_{phoneWith("4722")};
+
+    void connect(int callID)
+    {
+        ASSERT_EQ(alice_.engine().make(1, 0, callID, bob_.uri()), sfiSuccess);
+        bob_.expect({"incoming 4722 1001 4711 - 2 - 0", "state 4722 1001 Ringing Normal 4711"});
+        const std::string id = std::to_string(callID);
+        alice_.expect({"state 4711 " + id + " Dialling Normal 4722", "state 4711 " + id + " Proceeding Normal 4722",
+                       "state 4711 " + id + " RemoteRinging Normal 4722"});
+        ASSERT_EQ(bob_.engine().answer(1001), sfiSuccess);
+        alice_.expect({"state 4711 " + id + " Connected Normal 4722"});
+        bob_.expect({"state 4722 1001 Connected Normal 4711"});
+    }
+};
+
+}  // namespace
+
+TEST_F(TwoPhones, MakeAndAnswer_BothBecomeConnected)
+{
+    connect(1);
+}
+
+TEST_F(TwoPhones, ClearByTheCaller_EndsBothSides)
+{
+    connect(1);
+
+    ASSERT_EQ(alice_.engine().clear(1), sfiSuccess);
+
+    alice_.expect({"state 4711 1 Idle Normal 4722"});
+    bob_.expect({"state 4722 1001 Idle Normal 4711"});
+    EXPECT_TRUE(alice_.engine().calls().empty());
+    EXPECT_TRUE(bob_.engine().calls().empty());
+}
+
+TEST_F(TwoPhones, ClearByTheCalled_EndsBothSides)
+{
+    connect(1);
+
+    ASSERT_EQ(bob_.engine().clear(1001), sfiSuccess);
+
+    alice_.expect({"state 4711 1 Idle Normal 4722"});
+    bob_.expect({"state 4722 1001 Idle Normal 4711"});
+}
+
+TEST_F(TwoPhones, ClearBeforeTheAnswer_IsMissedByTheCalled)
+{
+    ASSERT_EQ(alice_.engine().make(1, 0, 7, bob_.uri()), sfiSuccess);
+    ASSERT_TRUE(alice_.events().waitFor("state 4711 7 RemoteRinging Normal 4722"));
+
+    ASSERT_EQ(alice_.engine().clear(7), sfiSuccess);
+
+    alice_.expect({"state 4711 7 Idle Cancelled 4722"});
+    bob_.expect({"incoming 4722 1001 4711 - 2 - 0", "state 4722 1001 Ringing Normal 4711",
+                 "missed 4722 1001 4711 NoAnswer - 0", "state 4722 1001 Idle Cancelled 4711"});
+}
+
+TEST_F(TwoPhones, HoldAndRetrieve_AreSeenByBoth)
+{
+    connect(1);
+
+    ASSERT_EQ(alice_.engine().hold(1), sfiSuccess);
+    alice_.expect({"held 4711 1"});
+    bob_.expect({"state 4722 1001 RemotelyHeld Normal 4711"});
+    ASSERT_EQ(alice_.engine().retrieve(1), sfiSuccess);
+
+    alice_.expect({"retrieved 4711 1 4722"});
+    bob_.expect({"state 4722 1001 Connected Normal 4711"});
+}
+
+TEST_F(TwoPhones, HoldFromBothSides_EndsHeldByBoth)
+{
+    connect(1);
+    ASSERT_EQ(alice_.engine().hold(1), sfiSuccess);
+    alice_.expect({"held 4711 1"});
+    bob_.expect({"state 4722 1001 RemotelyHeld Normal 4711"});
+
+    ASSERT_EQ(bob_.engine().hold(1001), sfiSuccess);
+
+    bob_.expect({"held 4722 1001"});
+    alice_.expect({"state 4711 1 HeldByBoth Normal 4722"});
+    EXPECT_EQ(bob_.engine().call(1001)->state, sfiCallStateHeldByBoth);
+    ASSERT_EQ(alice_.engine().retrieve(1), sfiSuccess);
+    alice_.expect({"retrieved 4711 1 4722", "state 4711 1 RemotelyHeld Normal 4722"});
+}
+
+TEST_F(TwoPhones, HoldOfBothAtOnce_SettlesInSpiteOfGlare)
+{
+    connect(1);
+
+    {
+        const std::lock_guard guard(eventLoop());
+        ASSERT_EQ(alice_.engine().hold(1), sfiSuccess);
+        ASSERT_EQ(bob_.engine().hold(1001), sfiSuccess);
+    }
+
+    EXPECT_TRUE(eventually([this] {
+        return alice_.engine().call(1)->state == sfiCallStateHeldByBoth &&
+               bob_.engine().call(1001)->state == sfiCallStateHeldByBoth;
+    }));
+}
+
+}  // namespace telephone::test

@@ -1,0 +1,99 @@
+// Writes each event of an engine as one short line of text, so that tests can say literally what they expect. Events
+// are delivered by the thread that waits for them, with no lock held.
+#pragma once
+
+#include "CommunicationsServiceEventIfc.h"
+#include "sfi/CallEngine.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace telephone::test {
+
+class EventRecorder final : private CommunicationsServiceEventIfc
+{
+public:
+    static constexpr std::chrono::seconds kDeadline{8};
+
+    EventPoster poster();
+
+    // The next event; "nothing came" after the deadline.
+    std::string next(std::chrono::milliseconds deadline = kDeadline);
+    // The next so many events.
+    std::vector<std::string> next(std::size_t count);
+    // Skips events until that one comes; false after the deadline. What was skipped is in `skipped`.
+    bool waitFor(const std::string& line, std::vector<std::string>* skipped = nullptr);
+    // What has come and was not read.
+    std::vector<std::string> rest();
+    // The XML of the last conferenceStatusEvent, the body of the last CSTA event.
+    const std::string& lastDocument() const { return lastDocument_; }
+    sfiReplacesDisplay lastReplaces() const { return lastReplaces_; }
+
+private:
+    void callStateChange(std::string const& lineURI, int callID, sfiCallState state, sfiReason reason,
+                         sfiSendOptions sendOptions, std::string const& uri, std::string const& name,
+                         sfiReplacesDisplay* replacesDisplay, sfiResourcePriority priority,
+                         sfiPreemptionCause preemptionCause, std::string const& preemptionText,
+                         bool callbackFeatureAvailable, sfiAdditionalCallInfo info) override;
+    void registrationStateChange(std::string const& lineURI, int callID, bool registered,
+                                 sfiRegistrationResult result) override;
+    void incomingCall(std::string const& lineURI, int callID, std::string const& uri, std::string const& name,
+                      std::string const& alertURI, std::string const& infoParam, bool autoAnswer, sfiCallType callType,
+                      std::string const& diversionURI, std::string const& diversionName,
+                      sfiForwardReason diversionReason, bool zipAutoAnswer, sfiResourcePriority priority,
+                      sfiAdditionalCallInfo info, bool isVideoCall) override;
+    void incomingPickupCall(std::string const& lineURI, int callID, std::string const& uri,
+                            std::string const& name) override;
+    void callHeld(std::string const& lineURI, int callID) override;
+    void callRetrieved(std::string const& lineURI, int callID, std::string const& uri, std::string const& name,
+                       sfiAdditionalCallInfo info, bool connectedToMediaServer) override;
+    void featureSuccess(std::string const& lineURI, int callID, sfiFeature feature) override;
+    void featureFailed(std::string const& lineURI, int callID, sfiFeature feature, sfiFeatureFailure failure) override;
+    void remoteEndpointDetailsChanged(std::string const& lineURI, int callID, std::string const& uri,
+                                      std::string const& name, bool exitConf, bool jointCall) override;
+    void incomingCallMissed(std::string const& lineURI, int callID, std::string const& uri, std::string const& name,
+                            sfiReason reason, std::string const& diversionURI, std::string const& diversionName,
+                            sfiForwardReason diversionReason) override;
+    void callForwarded(std::string const& lineURI, int callID, std::string const& callingParty,
+                       std::string const& callingPartyName, std::string const& newDestination,
+                       sfiForwardReason reason) override;
+    void incomingAssociatedCall(std::string const& lineURI, int currentCallID, int newCallID) override;
+    void devicesChanged() override;
+    void messageWaiting(std::string const& lineURI, sfiMWIServiceType type, unsigned int newMessages,
+                        unsigned int oldMessages, unsigned int newUrgentMessages, unsigned int oldUrgentMessages,
+                        sfiMWIMessageReturnType returnType, sfiMWIAvailableInfo availInfo,
+                        sfiMessagesWaiting messagesWaiting, std::string const& voiceMailNumber) override;
+    void doNotDisturbSet(std::string const& deviceId, bool on) override;
+    void agentStateSet(std::string const& deviceId, std::string const& agentState) override;
+    void securityStatusChanged(std::string const& lineURI, int callID, sfiSecurityStatus status,
+                               std::vector<int>& callIDs, std::vector<std::string>& lineURIs) override;
+    void callRecordingStatus(std::string const& lineURI, int callID, std::string const& recorded) override;
+    void preemptionStatusChanged(std::string const& lineURI, int callID, sfiResourcePriority priority,
+                                 sfiPreemptionCause cause, std::string const& reason) override;
+    void impactLevelChanged(std::string const& lineURI, int callID, sfiAdditionalCallInfo info) override;
+    void systemStatusChange(std::string const& status, std::string const& statusInfo) override;
+    void serverFeatureStatusChange(std::string const& lineURI, std::string const& status) override;
+    void b2buaCSTAResponse(std::string const& lineURI, bool success, std::string const& body) override;
+    void b2buaCSTAEventOrRequest(std::string const& lineURI, std::string const& body) override;
+    void conferenceStatusEvent(std::string const& lineURI, int callID, std::string const& xmlContent) override;
+    void callCompletionEvent(std::string const& lineURI, std::string const& uri, sfiCallCompletionType type,
+                             sfiCallCompletionState state, bool displayOutcome) override;
+    void callCompletionFailedEvent(std::string const& lineURI, std::string const& uri,
+                                   sfiCallCompletionFailureType failure) override;
+    void bluetoothAudioStatusChanged(std::string const& lineURI, int callID, bool audioEnabled, bool audioGateway,
+                                     bool inBandRinging) override;
+    void csCommunicationsServiceEvent(std::string const& unused) override;
+
+    std::mutex mutex_;
+    std::condition_variable posted_;
+    std::deque<Event> queue_;
+    std::string line_;  // of the event that is being delivered
+    std::string lastDocument_;
+    sfiReplacesDisplay lastReplaces_{};
+};
+
+}  // namespace telephone::test

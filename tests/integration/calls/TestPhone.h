@@ -1,0 +1,73 @@
+// A telephone of one test: a call engine with two plain lines, settable rules and recorded events. All telephones of
+// the process share one event loop.
+#pragma once
+
+#include "EventRecorder.h"
+#include "sfi/CallEngine.h"
+#include "sip/EventLoop.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace telephone::test {
+
+sip::EventLoop& eventLoop();
+
+class TestPhone final : private LineDirectory, private CallPolicy
+{
+public:
+    struct Options
+    {
+        std::vector<std::string> lines{"4711"};
+        std::string registrar;  // host:port; empty: peer to peer
+        std::string password = "secret";
+        EngineConfiguration engine;
+
+        Options()
+        {
+            engine.audioSource = "silence";
+            engine.messageWaiting = false;
+        }
+    };
+
+    explicit TestPhone(Options options);
+    ~TestPhone() override;
+
+    CallEngine& engine() { return *engine_; }
+    EventRecorder& events() { return events_; }
+    // Address at which a line can be called directly.
+    std::string uri(const std::string& line = {}) const;
+    // The next events, exactly these.
+    void expect(const std::vector<std::string>& lines);
+
+    std::map<sfiForwardingType, ForwardingRule> rules;  // under the phone lock
+    std::atomic<int> rings{0};
+    std::atomic<bool> forwardsAtServer{false};
+    std::atomic<bool> doNotDisturbOn{false};
+
+private:
+    std::vector<LineAccount> accounts() const override { return accounts_; }
+    std::optional<LineAddress> addressOf(int recordLine, int appearance) const override;
+    std::optional<int> lineOfUser(const std::string& user) const override;
+    std::optional<LineAddress> seizeForIncoming(int lineNumber, int callID) override;
+    bool forwardsHere() const override { return !forwardsAtServer; }
+    ForwardingRule forwarding(int lineNumber, sfiForwardingType type) const override;
+    int ringsBeforeNoReply() const override { return rings; }
+    bool doNotDisturb(int) const override { return doNotDisturbOn; }
+
+    Options options_;
+    std::vector<LineAccount> accounts_;
+    EventRecorder events_;
+    std::unique_ptr<CallEngine> engine_;
+};
+
+// Waits for a condition that the loop makes true; false after the deadline.
+bool eventually(const std::function<bool()>& condition);
+
+}  // namespace telephone::test
