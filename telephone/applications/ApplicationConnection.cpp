@@ -24,35 +24,46 @@ void ApplicationConnection::receive()
     std::array<char, kReadSize> buffer;
     ssize_t const count = recv(socket_.get(), buffer.data(), buffer.size(), MSG_DONTWAIT);
     if (count > 0)
-        take({buffer.data(), static_cast<std::size_t>(count)});
+        input_.append(buffer.data(), static_cast<std::size_t>(count));
     else if (count == 0)
-        end();
+        ended_ = true;
     else if (errno != EAGAIN && errno != EINTR)
         over_ = true;
     send();
 }
 
-void ApplicationConnection::take(std::string_view bytes)
+void ApplicationConnection::handleRequests()
 {
-    while (!bytes.empty()) {
-        auto const end = bytes.find(kMessageEnd);
-        bool const complete = end != std::string_view::npos;
-        std::string_view const piece = bytes.substr(0, end);
-        bytes.remove_prefix(complete ? end + 1 : bytes.size());
-        if (!skipping_ && input_.size() + piece.size() > kLongestRequest) {
-            skipping_ = true;
-            input_ = {};
-            appendError(output_, "the request is longer than " + std::to_string(kLongestRequest) + " bytes; skipped");
-        }
+    std::size_t end = 0;
+    while (!isFull() && (end = input_.find(kMessageEnd, searched_)) != std::string::npos) {
         if (!skipping_)
-            input_ += piece;
-        if (!complete)
-            continue;
+            checkLength(end - handled_);
         if (!skipping_)
-            handle(input_);
+            handle(input_.substr(handled_, end - handled_));
         skipping_ = false;
-        input_.clear();
+        handled_ = searched_ = end + 1;
     }
+    input_.erase(0, handled_);
+    handled_ = 0;
+    if (isFull()) {
+        searched_ = 0;
+        return;
+    }
+    searched_ = input_.size();
+    checkLength(input_.size());
+    if (skipping_)
+        input_.clear();
+    searched_ = input_.size();
+    if (ended_)
+        refuseRest();
+}
+
+void ApplicationConnection::checkLength(std::size_t length)
+{
+    if (skipping_ || length <= kLongestRequest)
+        return;
+    skipping_ = true;
+    appendError(output_, "the request is longer than " + std::to_string(kLongestRequest) + " bytes; skipped");
 }
 
 void ApplicationConnection::handle(std::string const& request)
@@ -64,30 +75,30 @@ void ApplicationConnection::handle(std::string const& request)
         appendFinished(output_);
 }
 
-void ApplicationConnection::end()
+void ApplicationConnection::refuseRest()
 {
-    ended_ = true;
     if (!input_.empty())
         appendError(output_, "the last request has no end (a NUL byte); not handled");
     input_.clear();
+    searched_ = 0;
 }
 
 void ApplicationConnection::send()
 {
     while (!over_) {
+        handleRequests();
         collectEvents();
         if (output_.empty())
             return;
-        std::size_t const before = waiting();
         write();
-        if (waiting() == before || !output_.empty())
+        if (!output_.empty())
             return;
     }
 }
 
 void ApplicationConnection::collectEvents()
 {
-    while (waiting() < kMostOutput) {
+    while (!isFull()) {
         auto const events = channel_->events().take(kEventsAtOnce);
         if (events.empty())
             return;

@@ -31,7 +31,7 @@ public:
     // It has gone, or has ended its side and got everything: to be closed.
     [[nodiscard]] bool isOver() const { return over_ || (ended_ && output_.empty()); }
     // An application that does not read its answers is not asked for more requests.
-    [[nodiscard]] bool wantsToReceive() const { return !ended_ && waiting() < kMostOutput; }
+    [[nodiscard]] bool wantsToReceive() const { return !ended_ && !isFull(); }
     [[nodiscard]] bool wantsToSend() const { return !output_.empty(); }
     // Notes what the socket is polled for; false where it is that already.
     bool changeInterest(std::uint32_t interest) { return std::exchange(interest_, interest) != interest; }
@@ -44,17 +44,22 @@ private:
     static constexpr std::size_t kEventsAtOnce = 256;
 
     [[nodiscard]] std::size_t waiting() const { return output_.size() - written_; }
-    void take(std::string_view bytes);
+    [[nodiscard]] bool isFull() const { return waiting() >= kMostOutput; }
+    // Handles the requests that are complete, until the answers are more than should wait.
+    void handleRequests();
     void handle(std::string const& request);
-    void end();
+    void checkLength(std::size_t length);
+    void refuseRest();
     void collectEvents();
     void write();
 
     FileDescriptor socket_;
     std::shared_ptr<Channel> channel_;
     RequestRunner& runner_;
-    std::string input_;      // the beginning of a request whose end has not come
-    bool skipping_ = false;  // inside a request that is too long
+    std::string input_;         // what was received and not handled
+    std::size_t handled_ = 0;   // bytes of the input
+    std::size_t searched_ = 0;  // bytes of the input that hold no end of the next request
+    bool skipping_ = false;     // inside a request that is too long
     std::string output_;
     std::size_t written_ = 0;  // of the output
     bool ended_ = false;       // the application sends no more

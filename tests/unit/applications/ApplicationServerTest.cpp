@@ -1,0 +1,433 @@
+#include "applications/ApplicationServer.h"
+
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+#include <future>
+#include <set>
+
+#include "../console/ConsoleDoubles.h"
+#include "applications/ApplicationClient.h"
+#include "applications/SocketPath.h"
+
+using namespace telephone;
+
+namespace {
+
+constexpr int kDeadline = 10000;  // milliseconds
+
+class Folder
+{
+public:
+    Folder()
+    {
+        std::string name = (std::filesystem::temp_directory_path() / "applications-XXXXXX").string();
+        path_ = mkdtemp(name.data());
+    }
+    ~Folder() { std::filesystem::remove_all(path_); }
+    std::string file(std::string const& name) const { return (path_ / name).string(); }
+
+private:
+    std::filesystem::path path_;
+};
+
+// An application that writes and reads bytes itself.
+class RawApplication
+{
+public:
+    explicit RawApplication(std::string const& path)
+        : socket_(connectTo(path))
+    {}
+
+    void send(std::string const& bytes)
+    {
+        std::size_t sent = 0;
+        while (sent < bytes.size()) {
+            ssize_t const count = ::send(socket_.get(), bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
+            ASSERT_GT(count, 0);
+            sent += static_cast<std::size_t>(count);
+        }
+    }
+    // What one read brings; empty at the end.
+    std::string receive()
+    {
+        pollfd waited{socket_.get(), POLLIN, 0};
+        EXPECT_EQ(poll(&waited, 1, kDeadline), 1);
+        std::string bytes(1 << 20, '\0');
+        ssize_t const count = recv(socket_.get(), bytes.data(), bytes.size(), 0);
+        bytes.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
+        return bytes;
+    }
+    std::string receiveUntil(std::size_t messages)
+    {
+        std::string all;
+        std::size_t ends = 0;
+        while (ends < messages) {
+            std::string const some = receive();
+            if (some.empty())
+                break;
+            ends += static_cast<std::size_t>(std::count(some.begin(), some.end(), '\0'));
+            all += some;
+        }
+        return all;
+    }
+    void endSending() { shutdown(socket_.get(), SHUT_WR); }
+    void vanish() { socket_.close(); }
+
+private:
+    FileDescriptor socket_;
+};
+
+std::string bytes(std::initializer_list<char const*> messages)
+{
+    std::string all;
+    for (char const* const each : messages)
+        all += each + std::string(1, '\0');
+    return all;
+}
+
+class ApplicationServerTest : public testing::Test
+{
+protected:
+    ApplicationServerTest() { start(); }
+
+    void start(std::size_t applications = 256, std::size_t events = 20000)
+    {
+        server_.reset();
+        server_ = std::make_unique<ApplicationServer>(ApplicationServer::Settings{path_, applications, events},
+                                                      telephone_.context, telephone_.runner);
+    }
+
+    void subscribe(RawApplication& application)
+    {
+        application.send(bytes({"<Method>Subscribe</Method>"}));
+        ASSERT_EQ(application.receiveUntil(2), bytes({"answer\nsfiSuccess", "finished\n"}));
+    }
+
+    Folder folder_;
+    std::string const path_ = folder_.file("socket");
+    TalkingTelephone telephone_;
+    std::unique_ptr<ApplicationServer> server_;
+};
+
+}  // namespace
+
+TEST_F(ApplicationServerTest, Socket_IsForItsOwnerAlone)
+{
+    struct stat found
+    {};
+    ASSERT_EQ(stat(path_.c_str(), &found), 0);
+    EXPECT_TRUE(S_ISSOCK(found.st_mode));
+    EXPECT_EQ(found.st_mode & 0777U, 0600U);
+}
+
+TEST_F(ApplicationServerTest, Request_IsAnsweredAndFinished)
+{
+    RawApplication application(path_);
+
+    application.send(bytes({"<Method>GetDevices</Method>"}));
+
+    EXPECT_EQ(application.receiveUntil(2), bytes({"answer\nsfiSuccess", "finished\n"}));
+    EXPECT_EQ(telephone_.invoker.requests, std::vector<std::string>{"<Method>GetDevices</Method>"});
+}
+
+TEST_F(ApplicationServerTest, RequestWithoutAnswer_IsOnlyFinished)
+{
+    telephone_.invoker.answer = [](std::string const&) { return ""; };
+    RawApplication application(path_);
+
+    application.send(bytes({"<Method>setIsInServiceInitiatedState</Method>"}));
+
+    EXPECT_EQ(application.receiveUntil(1), bytes({"finished\n"}));
+}
+
+TEST_F(ApplicationServerTest, ManyRequestsInOneWrite_AreAnsweredInOneRead)
+{
+    telephone_.invoker.answer = [](std::string const& request) { return "to " + request; };
+    RawApplication application(path_);
+
+    application.send(bytes({"a", "b", "c"}));
+
+    EXPECT_EQ(application.receive(),
+              bytes({"answer\nto a", "finished\n", "answer\nto b", "finished\n", "answer\nto c", "finished\n"}));
+}
+
+TEST_F(ApplicationServerTest, RequestInPieces_IsHandledWhenItsEndComes)
+{
+    RawApplication application(path_);
+
+    application.send("<Method>Get");
+    application.send("Devices</Method>");
+    application.send(std::string(1, '\0'));
+
+    EXPECT_EQ(application.receiveUntil(2), bytes({"answer\nsfiSuccess", "finished\n"}));
+    EXPECT_EQ(telephone_.invoker.requests, std::vector<std::string>{"<Method>GetDevices</Method>"});
+}
+
+TEST_F(ApplicationServerTest, EmptyRequest_ReachesTheService)
+{
+    RawApplication application(path_);
+
+    application.send(std::string(1, '\0'));
+
+    EXPECT_EQ(application.receiveUntil(2), bytes({"answer\nsfiSuccess", "finished\n"}));
+    EXPECT_EQ(telephone_.invoker.requests, std::vector<std::string>{""});
+}
+
+TEST_F(ApplicationServerTest, RequestOfOneMegabyte_IsHandled)
+{
+    RawApplication application(path_);
+    std::string const request = "<Method>" + std::string(1 << 20, 'x') + "</Method>";
+
+    application.send(request + '\0');
+
+    EXPECT_EQ(application.receiveUntil(2), bytes({"answer\nsfiSuccess", "finished\n"}));
+    EXPECT_EQ(telephone_.invoker.requests, std::vector<std::string>{request});
+}
+
+TEST_F(ApplicationServerTest, RequestThatIsTooLong_IsRefusedAndTheNextIsHandled)
+{
+    RawApplication application(path_);
+
+    application.send(std::string(4 * 1024 * 1024 + 1, 'x') + '\0' + bytes({"next"}));
+
+    EXPECT_EQ(application.receiveUntil(3),
+              bytes({"error\nthe request is longer than 4194304 bytes; skipped", "answer\nsfiSuccess", "finished\n"}));
+    EXPECT_EQ(telephone_.invoker.requests, std::vector<std::string>{"next"});
+}
+
+TEST_F(ApplicationServerTest, BinaryRequest_ReachesTheServiceUnchanged)
+{
+    RawApplication application(path_);
+    std::string binary;
+    for (int byte = 1; byte < 256; ++byte)
+        binary += static_cast<char>(byte);
+
+    application.send(binary + '\0');
+
+    EXPECT_EQ(application.receiveUntil(2), bytes({"answer\nsfiSuccess", "finished\n"}));
+    EXPECT_EQ(telephone_.invoker.requests, std::vector<std::string>{binary});
+}
+
+TEST_F(ApplicationServerTest, RequestWithoutEnd_IsRefusedWhenTheApplicationEnds)
+{
+    RawApplication application(path_);
+
+    application.send("<Method>GetDev");
+    application.endSending();
+
+    EXPECT_EQ(application.receiveUntil(1), bytes({"error\nthe last request has no end (a NUL byte); not handled"}));
+    EXPECT_EQ(application.receive(), "");
+    EXPECT_TRUE(telephone_.invoker.requests.empty());
+}
+
+TEST_F(ApplicationServerTest, Events_AreNumberedForEachApplication)
+{
+    RawApplication first(path_);
+    subscribe(first);
+    telephone_.held(1);
+    EXPECT_EQ(first.receiveUntil(1),
+              bytes({"event 1\n<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>1</CallID>"}));
+
+    RawApplication second(path_);
+    subscribe(second);
+    telephone_.held(2);
+
+    EXPECT_EQ(first.receiveUntil(1),
+              bytes({"event 2\n<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>2</CallID>"}));
+    EXPECT_EQ(second.receiveUntil(1),
+              bytes({"event 1\n<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>2</CallID>"}));
+}
+
+TEST_F(ApplicationServerTest, ApplicationThatDidNotSubscribe_HearsNoEvents)
+{
+    RawApplication application(path_);
+    application.send(bytes({"a"}));
+    application.receiveUntil(2);
+
+    telephone_.held(1);
+    telephone_.dispatcher.flush();
+    application.send(bytes({"b"}));
+
+    EXPECT_EQ(application.receiveUntil(2), bytes({"answer\nsfiSuccess", "finished\n"}));
+}
+
+TEST_F(ApplicationServerTest, ApplicationThatNeverReads_LosesEventsAndHoldsUpNobody)
+{
+    constexpr int kEvents = 60000;
+    start(256, 100);
+    RawApplication deaf(path_);
+    RawApplication reading(path_);
+    subscribe(deaf);
+    subscribe(reading);
+    // The reader keeps up, so that only the deaf one can lose.
+    auto lastRead = std::async(std::launch::async, [&] {
+        std::string text;
+        while (text.find("<CallID>" + std::to_string(kEvents) + "<") == std::string::npos) {
+            std::string const some = reading.receive();
+            if (some.empty())
+                return false;
+            text = text.substr(text.size() - std::min<std::size_t>(text.size(), 200)) + some;
+        }
+        return true;
+    });
+
+    for (int i = 1; i <= kEvents; ++i)
+        telephone_.held(i);
+
+    EXPECT_TRUE(lastRead.get());
+    // What it finds when it reads at last ends with the last event, and numbers are missing before.
+    std::set<int> numbers;
+    std::string all;
+    std::string const last = "event " + std::to_string(kEvents) + "\n";
+    while (all.find(last) == std::string::npos) {
+        std::string const some = deaf.receive();
+        ASSERT_FALSE(some.empty());
+        all += some;
+    }
+    EXPECT_EQ(all.rfind("event 1\n", 0), 0U);
+    EXPECT_LT(std::count(all.begin(), all.end(), '\0'), kEvents);
+}
+
+TEST_F(ApplicationServerTest, ApplicationThatSendsAndNeverReads_IsNotReadFromWithoutEnd)
+{
+    telephone_.invoker.answer = [](std::string const&) { return std::string(10000, 'x'); };
+    RawApplication deaf(path_);
+    // Answers of 200 megabytes: the telephone must stop taking requests long before.
+    std::string requests(40000, 'a');
+    for (std::size_t i = 1; i < requests.size(); i += 2)
+        requests[i] = '\0';
+    auto sending = std::async(std::launch::async, [&] { deaf.send(requests); });
+
+    RawApplication other(path_);
+    for (int i = 0; i < 50; ++i) {
+        other.send(bytes({"b"}));
+        ASSERT_EQ(other.receiveUntil(2).size(), bytes({"answer\n", "finished\n"}).size() + 10000);
+    }
+    EXPECT_EQ(deaf.receiveUntil(40000).size(), 20000U * (bytes({"answer\n", "finished\n"}).size() + 10000));
+    sending.get();
+}
+
+TEST_F(ApplicationServerTest, ApplicationThatVanishes_LeavesTheOthersAlone)
+{
+    for (int i = 0; i < 20; ++i) {
+        RawApplication vanishing(path_);
+        vanishing.send(bytes({"<Method>Subscribe</Method>", "half a requ"}));
+        vanishing.vanish();
+        telephone_.held(i);
+    }
+    RawApplication application(path_);
+
+    application.send(bytes({"a"}));
+
+    EXPECT_EQ(application.receiveUntil(2), bytes({"answer\nsfiSuccess", "finished\n"}));
+}
+
+TEST_F(ApplicationServerTest, MoreApplicationsThanAllowed_AreRefused)
+{
+    start(1);
+    RawApplication first(path_);
+    first.send(bytes({"a"}));
+    first.receiveUntil(2);
+
+    RawApplication second(path_);
+
+    EXPECT_EQ(second.receiveUntil(1), bytes({"error\ntoo many applications are connected"}));
+    EXPECT_EQ(second.receive(), "");
+}
+
+TEST_F(ApplicationServerTest, SecondTelephoneAtThePath_IsRefusedAndTheFirstStays)
+{
+    try {
+        ApplicationServer second({path_, 256, 100}, telephone_.context, telephone_.runner);
+        FAIL() << "the path was taken twice";
+    } catch (SocketInUse const& error) {
+        EXPECT_EQ(std::string(error.what()),
+                  "the application socket " + path_ +
+                      " belongs to a telephone that runs: end it, or name another path with --socket");
+    }
+    RawApplication application(path_);
+    application.send(bytes({"a"}));
+    EXPECT_EQ(application.receiveUntil(2), bytes({"answer\nsfiSuccess", "finished\n"}));
+}
+
+TEST_F(ApplicationServerTest, SocketOfADeadTelephone_IsReplaced)
+{
+    std::string const stale = folder_.file("stale");
+    {
+        FileDescriptor const left = listenAt(stale);
+    }
+    ASSERT_TRUE(std::filesystem::exists(stale));
+
+    ApplicationServer const server({stale, 256, 100}, telephone_.context, telephone_.runner);
+
+    RawApplication application(stale);
+    application.send(bytes({"a"}));
+    EXPECT_EQ(application.receiveUntil(2), bytes({"answer\nsfiSuccess", "finished\n"}));
+}
+
+TEST_F(ApplicationServerTest, FileThatIsNoSocket_IsLeftAlone)
+{
+    std::string const file = folder_.file("notes");
+    std::ofstream(file) << "important";
+
+    EXPECT_THROW(ApplicationServer({file, 256, 100}, telephone_.context, telephone_.runner), std::runtime_error);
+
+    std::string text;
+    std::getline(std::ifstream(file), text);
+    EXPECT_EQ(text, "important");
+}
+
+TEST_F(ApplicationServerTest, PathThatIsTooLong_IsRefused)
+{
+    EXPECT_THROW(
+        ApplicationServer({folder_.file(std::string(200, 'x')), 256, 100}, telephone_.context, telephone_.runner),
+        std::runtime_error);
+}
+
+TEST_F(ApplicationServerTest, End_RemovesTheSocketAndEndsConnections)
+{
+    RawApplication application(path_);
+    application.send(bytes({"a"}));
+    application.receiveUntil(2);
+
+    server_.reset();
+
+    EXPECT_EQ(application.receive(), "");
+    EXPECT_FALSE(std::filesystem::exists(path_));
+}
+
+TEST_F(ApplicationServerTest, Client_TellsAnswersFromEvents)
+{
+    ApplicationClient client(path_);
+    client.send("<Method>Subscribe</Method>");
+    ASSERT_EQ(client.receive()->text, "sfiSuccess");
+    ASSERT_EQ(client.receive()->kind, ApplicationMessageKind::kFinished);
+
+    telephone_.held(7);
+
+    auto const event = client.receive();
+    ASSERT_TRUE(event);
+    EXPECT_EQ(event->kind, ApplicationMessageKind::kEvent);
+    EXPECT_EQ(event->number, 1U);
+    EXPECT_EQ(event->text, "<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>7</CallID>");
+    server_.reset();
+    EXPECT_FALSE(client.receive());
+}
+
+TEST(ApplicationClient, WithoutATelephone_SaysHowToStartOne)
+{
+    Folder const folder;
+    try {
+        ApplicationClient client(folder.file("nobody"));
+        FAIL() << "connected to nobody";
+    } catch (std::runtime_error const& error) {
+        EXPECT_EQ(std::string(error.what()), "no telephone answers at " + folder.file("nobody") +
+                                                 " (No such file or directory): start one, or name its socket with "
+                                                 "--socket");
+    }
+}
