@@ -1,0 +1,192 @@
+#include "SipFixture.h"
+
+#include "sip/DialogInfo.h"
+
+namespace telephone::test {
+
+class EventPackages : public ExchangeTest
+{
+protected:
+    sip::DialogInfo lastDialogs(const TestPhone& phone)
+    {
+        std::lock_guard guard(loop);
+        if (phone.notifications.empty())
+            return {};
+        return sip::DialogInfo::parse(phone.notifications.back().content.body).value_or(sip::DialogInfo{});
+    }
+    bool hasOneDialog(const TestPhone& phone, sip::DialogState state)
+    {
+        const auto info = lastDialogs(phone);
+        return info.dialogs.size() == 1 && info.dialogs[0].state == state;
+    }
+};
+
+TEST_F(EventPackages, MessageSummary_IsToldAtOnceAndAtEachChange)
+{
+    TestPhone phone(loop);
+    exchange.setMessages("4711", {1, 2, 0, 0});
+
+    phone.subscribe(at("4711"), "message-summary", "application/simple-message-summary");
+    phone.registerAt(exchange.hostPort());
+    ASSERT_TRUE(phone.waitFor("registered 3600"));
+    EXPECT_FALSE(phone.waitFor("notify message-summary", 0ms)) << "nobody has that number yet";
+    phone.subscribe(at("4711"), "message-summary", "application/simple-message-summary");
+
+    ASSERT_TRUE(phone.waitFor("notify message-summary")) << phone.events();
+    EXPECT_EQ("Messages-Waiting: yes\r\nMessage-Account: sip:4711@" + exchange.hostPort() +
+                  "\r\nVoice-Message: 1/2 (0/0)\r\n",
+              phone.notifications.back().content.body);
+    exchange.setMessages("4711", {0, 3, 0, 1});
+    ASSERT_TRUE(phone.waitFor("notify message-summary")) << phone.events();
+    const auto summary = sip::MessageSummary::parse(phone.notifications.back().content.body);
+    ASSERT_TRUE(summary);
+    EXPECT_FALSE(summary->waiting);
+    EXPECT_EQ((sip::MessageCounts{0, 3, 0, 1}), summary->voice);
+}
+
+TEST_F(EventPackages, UnsolicitedMessageSummary_ReachesTheRegisteredTelephone)
+{
+    TestPhone phone(loop);
+    phone.registerAt(exchange.hostPort());
+    ASSERT_TRUE(phone.waitFor("registered 3600"));
+
+    exchange.setMessages("4711", {5, 0, 0, 0}, true);
+
+    EXPECT_TRUE(phone.waitFor("unsolicited message-summary")) << phone.events();
+    EXPECT_TRUE(sip::MessageSummary::parse(phone.notifications.back().content.body)->waiting);
+}
+
+TEST_F(EventPackages, EndOfASubscription_IsSeenByTheExchange)
+{
+    TestPhone phone(loop);
+    phone.subscribe(at("102"), "dialog", "application/dialog-info+xml");
+    ASSERT_TRUE(phone.waitFor("notify dialog")) << phone.events();
+    EXPECT_EQ(1U, exchange.watcherCount("102", "dialog"));
+
+    phone.subscription.reset();
+
+    EXPECT_TRUE(phone.waitUntil([this] { return exchange.watcherCount("102", "dialog") == 0; }));
+}
+
+TEST_F(EventPackages, UnknownPackageOrNumber_IsRefused)
+{
+    TestPhone phone(loop);
+
+    phone.subscribe(at("102"), "weather", "text/plain");
+    EXPECT_TRUE(phone.waitFor("terminated 489 Bad Event")) << phone.events();
+    phone.subscribe(at("555"), "dialog", "application/dialog-info+xml");
+    EXPECT_TRUE(phone.waitFor("terminated 404 Not Found")) << phone.events();
+}
+
+TEST_F(EventPackages, DialogsOfANumber_FollowItsCalls)
+{
+    TestPhone watcher(loop, "4711");
+    TestPhone caller(loop, "4712");
+    watcher.subscribe(at("102"), "dialog", "application/dialog-info+xml");
+    ASSERT_TRUE(watcher.waitFor("notify dialog"));
+    EXPECT_TRUE(lastDialogs(watcher).dialogs.empty());
+
+    sip::Session& call = caller.call(at("102"));
+
+    EXPECT_TRUE(watcher.waitUntil([&] { return hasOneDialog(watcher, sip::DialogState::kEarly); }));
+    const sip::DialogEntry entry = lastDialogs(watcher).dialogs.at(0);
+    EXPECT_TRUE(entry.recipient);
+    EXPECT_TRUE(entry.dialog.matches(call.dialogId().replaces()));
+    EXPECT_EQ("sip:4712@" + caller.agent->hostPort(), entry.remote.target);
+    EXPECT_EQ("sip:102@" + exchange.hostPort(), entry.local.identity);
+    call.hangUp();
+    EXPECT_TRUE(watcher.waitUntil([&] { return hasOneDialog(watcher, sip::DialogState::kTerminated); }));
+}
+
+TEST_F(EventPackages, RingingDialog_CanBePickedUpByReplaces)
+{
+    TestPhone watcher(loop, "4711");
+    TestPhone caller(loop, "4712");
+    watcher.subscribe(at("102"), "dialog", "application/dialog-info+xml");
+    caller.call(at("102"));
+    ASSERT_TRUE(watcher.waitUntil([&] { return hasOneDialog(watcher, sip::DialogState::kEarly); }));
+    const sip::DialogId ringing = lastDialogs(watcher).dialogs.at(0).dialog;
+
+    watcher.call(at("102"), [&ringing](sip::CallRequest& request) {
+        request.replaces = sip::Replaces{ringing.callId, ringing.localTag, ringing.remoteTag, true};
+    });
+
+    EXPECT_TRUE(watcher.waitFor("established")) << watcher.events();
+    EXPECT_TRUE(caller.waitFor("established")) << caller.events();
+}
+
+TEST_F(EventPackages, BusyNumber_ShowsACallUntilItIsFree)
+{
+    TestPhone watcher(loop);
+
+    watcher.subscribe(at("101"), "dialog", "application/dialog-info+xml");
+    EXPECT_TRUE(watcher.waitUntil([&] { return hasOneDialog(watcher, sip::DialogState::kConfirmed); }));
+    exchange.setBehaviour("101", exchange::kAnswering);
+
+    EXPECT_TRUE(
+        watcher.waitUntil([&] { return watcher.notifications.size() >= 2 && lastDialogs(watcher).dialogs.empty(); }));
+}
+
+TEST_F(EventPackages, DialogsOfARegisteredNumber_ComeFromItsTelephone)
+{
+    TestPhone watcher(loop, "4711");
+    TestPhone watched(loop, "4712");
+    watched.registerAt(exchange.hostPort());
+    ASSERT_TRUE(watched.waitFor("registered 3600"));
+
+    watcher.subscribe(at("4712"), "dialog", "application/dialog-info+xml");
+    ASSERT_TRUE(watched.waitFor("subscribe")) << watched.events();
+    sip::DialogInfo told;
+    sip::DialogEntry entry;
+    entry.id = "7";
+    entry.state = sip::DialogState::kConfirmed;
+    told.dialogs.push_back(entry);
+    {
+        std::lock_guard guard(loop);
+        sip::Notifier& notifier = *watched.notifiers.at(0);
+        EXPECT_TRUE(notifier.accept(sip::kDialogInfoType));
+        EXPECT_TRUE(notifier.notify(told.format()));
+    }
+
+    EXPECT_TRUE(watcher.waitUntil([&] { return hasOneDialog(watcher, sip::DialogState::kConfirmed); }));
+    EXPECT_EQ("sip:4712@" + exchange.hostPort(), lastDialogs(watcher).entity);
+    watcher.subscription.reset();
+    EXPECT_TRUE(watcher.waitUntil([&] { return !watched.notifiers.at(0)->isActive(); }));
+}
+
+TEST_F(EventPackages, PickUpOfARegisteredTelephone_ReplacesTheCallersCall)
+{
+    TestPhone caller(loop, "4711");
+    TestPhone rings(loop, "4712");
+    TestPhone picker(loop, "4713");
+    rings.whenCalled = [](TestPhone&, sip::Session& session) { session.ring(); };
+    rings.registerAt(exchange.hostPort());
+    ASSERT_TRUE(rings.waitFor("registered 3600"));
+    caller.call(at("4712"));
+    ASSERT_TRUE(caller.waitFor("progress 180")) << caller.events();
+
+    picker.call(at("*974712"));
+    ASSERT_TRUE(rings.waitFor("subscribe")) << rings.events();
+    sip::DialogInfo told;
+    sip::DialogEntry entry;
+    entry.id = "1";
+    entry.recipient = true;
+    entry.state = sip::DialogState::kEarly;
+    {
+        std::lock_guard guard(loop);
+        entry.dialog = rings.session().dialogId();
+        entry.remote.target = rings.session().remoteContact();
+        told.dialogs.push_back(entry);
+        EXPECT_TRUE(rings.notifiers.at(0)->accept(sip::kDialogInfoType));
+        EXPECT_TRUE(rings.notifiers.at(0)->notify(told.format()));
+    }
+
+    ASSERT_TRUE(caller.waitFor("called")) << caller.events();
+    const auto replaces = caller.lastInvitation.replaces;
+    ASSERT_TRUE(replaces);
+    EXPECT_TRUE(caller.session(0).dialogId().matches(*replaces));
+    EXPECT_TRUE(replaces->earlyOnly);
+    EXPECT_TRUE(picker.waitFor("established")) << picker.events();
+}
+
+}  // namespace telephone::test

@@ -1,0 +1,155 @@
+#include "SipFixture.h"
+
+namespace telephone::test {
+
+using Registration = ExchangeTest;
+
+TEST_F(Registration, RightPassword_IsRegisteredAtItsContact)
+{
+    TestPhone phone(loop);
+
+    phone.registerAt(exchange.hostPort());
+
+    EXPECT_TRUE(phone.waitFor("registered 3600")) << phone.events();
+    EXPECT_EQ(std::vector<std::string>{"sip:4711@" + phone.agent->hostPort()}, exchange.contactsOf("4711"));
+    EXPECT_TRUE(phone.registration->isRegistered());
+}
+
+TEST_F(Registration, WrongPassword_IsForbiddenAndNotTriedAgain)
+{
+    TestPhone phone(loop);
+
+    phone.registerAt(exchange.hostPort(), "guess", [](sip::Account& account) { account.retryFirst = 10ms; });
+
+    EXPECT_TRUE(phone.waitFor("unregistered 403")) << phone.events();
+    EXPECT_FALSE(phone.waitFor("unregistered 403", 200ms));
+    EXPECT_FALSE(exchange.isRegistered("4711"));
+}
+
+TEST_F(Registration, PasswordOfAnotherNumber_IsForbidden)
+{
+    TestPhone phone(loop);
+
+    phone.registerAt(exchange.hostPort(), "secret", [](sip::Account& account) { account.authUser = "4799"; });
+
+    EXPECT_TRUE(phone.waitFor("unregistered 403")) << phone.events();
+}
+
+TEST_F(Registration, Destruction_TakesTheBindingBack)
+{
+    TestPhone phone(loop);
+    phone.registerAt(exchange.hostPort());
+    ASSERT_TRUE(phone.waitFor("registered 3600")) << phone.events();
+
+    phone.registration.reset();
+
+    EXPECT_TRUE(phone.waitUntil([this] { return !exchange.isRegistered("4711"); }));
+}
+
+TEST_F(Registration, DestructionOfTheWholeUserAgent_TakesTheBindingBack)
+{
+    {
+        TestPhone phone(loop);
+        phone.registerAt(exchange.hostPort());
+        ASSERT_TRUE(phone.waitFor("registered 3600")) << phone.events();
+    }
+    EXPECT_FALSE(exchange.isRegistered("4711"));
+}
+
+TEST_F(Registration, ShortExpiry_IsRefreshedBeforeItEnds)
+{
+    TestPhone phone(loop);
+
+    phone.registerAt(exchange.hostPort(), "secret", [](sip::Account& account) { account.expires = 1; });
+
+    EXPECT_TRUE(phone.waitFor("registered 1")) << phone.events();
+    EXPECT_TRUE(phone.waitFor("registered 1")) << phone.events();
+    EXPECT_TRUE(phone.waitFor("registered 1")) << phone.events();
+    EXPECT_TRUE(exchange.isRegistered("4711"));
+}
+
+TEST_F(Registration, BindingThatNobodyRefreshes_Ends)
+{
+    TestPhone phone(loop);
+    phone.registerAt(exchange.hostPort(), "secret", [](sip::Account& account) { account.expires = 1; });
+    ASSERT_TRUE(phone.waitFor("registered 1")) << phone.events();
+
+    // As if its cable was pulled: it can say nothing any more, not even goodbye.
+    phone.agent.reset();
+
+    EXPECT_TRUE(exchange.isRegistered("4711"));
+    EXPECT_TRUE(phone.waitUntil([this] { return !exchange.isRegistered("4711"); }));
+}
+
+TEST_F(Registration, OverTcp_BindsATcpContact)
+{
+    TestPhone phone(loop);
+
+    phone.registerAt("127.0.0.1:" + std::to_string(exchange.tcpPort()), "secret",
+                     [](sip::Account& account) { account.transport = sip::Transport::kTcp; });
+
+    EXPECT_TRUE(phone.waitFor("registered 3600")) << phone.events();
+    EXPECT_EQ(std::vector<std::string>{"sip:4711@" + phone.agent->hostPort(sip::Transport::kTcp) + ";transport=tcp"},
+              exchange.contactsOf("4711"));
+}
+
+TEST_F(Registration, TwoTelephonesOfOneNumber_AreBothBound)
+{
+    TestPhone first(loop);
+    TestPhone second(loop);
+    first.registerAt(exchange.hostPort());
+    ASSERT_TRUE(first.waitFor("registered 3600"));
+    second.registerAt(exchange.hostPort());
+    ASSERT_TRUE(second.waitFor("registered 3600"));
+
+    EXPECT_EQ(2U, exchange.contactsOf("4711").size());
+}
+
+TEST_F(SipTest, RegistrarThatGoesAwayAndReturns_IsFoundAgain)
+{
+    exchange::ExchangeConfig config;
+    auto exchange = std::make_unique<exchange::Exchange>(loop, config);
+    config.port = exchange->port();
+    const std::string domain = exchange->hostPort();
+    TestPhone phone(loop);
+    phone.registerAt(domain, "secret", [](sip::Account& account) {
+        account.expires = 1;
+        account.answerTimeout = 200ms;
+        account.retryFirst = 50ms;
+        account.retryMax = 100ms;
+    });
+    ASSERT_TRUE(phone.waitFor("registered 1")) << phone.events();
+
+    exchange.reset();
+    EXPECT_TRUE(phone.waitFor("unregistered 408")) << phone.events();
+    exchange = std::make_unique<exchange::Exchange>(loop, config);
+
+    EXPECT_TRUE(phone.waitUntil([&exchange] { return exchange->isRegistered("4711"); })) << phone.events();
+}
+
+TEST_F(SipTest, ListedUsersOnly_OthersAreForbidden)
+{
+    exchange::ExchangeConfig config;
+    config.users = {{"4711", "one"}};
+    config.anyPassword.reset();
+    exchange::Exchange exchange(loop, config);
+    TestPhone listed(loop, "4711");
+    TestPhone other(loop, "4712");
+
+    listed.registerAt(exchange.hostPort(), "one");
+    other.registerAt(exchange.hostPort(), "one");
+
+    EXPECT_TRUE(listed.waitFor("registered 3600")) << listed.events();
+    EXPECT_TRUE(other.waitFor("unregistered 403")) << other.events();
+}
+
+TEST_F(SipTest, RegistrarNameThatCannotBeResolved_FailsAtOnce)
+{
+    TestPhone phone(loop);
+
+    phone.registerAt("registrar.invalid");
+
+    EXPECT_TRUE(phone.waitFor("unregistered 503")) << phone.events();
+}
+
+}  // namespace telephone::test
