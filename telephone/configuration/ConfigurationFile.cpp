@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <utility>
@@ -250,11 +251,21 @@ ConfigurationFile::ConfigurationFile(std::string path)
 
 Configuration ConfigurationFile::read() const
 {
+    auto const fail = [this](char const* why) {
+        throw ConfigurationError(fmt::format("configuration file \"{}\" can't be read: {}", path_, why));
+    };
+    std::error_code unknown;
+    if (std::filesystem::is_directory(path_, unknown)) {
+        fail("it is a folder");
+    }
     std::ifstream file(path_);
+    if (!file) {
+        fail(std::strerror(errno));
+    }
     std::ostringstream text;
-    if (!file || (file.peek() != std::ifstream::traits_type::eof() && !(text << file.rdbuf()))) {
-        throw ConfigurationError(
-            fmt::format("configuration file \"{}\" can't be read: {}", path_, std::strerror(errno)));
+    text << file.rdbuf();
+    if (file.bad()) {
+        fail(std::strerror(errno));
     }
     return parse(text.str());
 }

@@ -56,9 +56,7 @@ void ConfigurationStore::open(Limits const& limits)
         failOpen(result);
     }
     if (!path_.empty() && sqlite3_db_readonly(opened, "main") == 1) {
-        throw StoreError(fmt::format("store \"{}\" is read-only: give this user the right to write it, or name another "
-                                     "file in store.path",
-                                     path_));
+        failOpen(SQLITE_READONLY);
     }
 }
 
@@ -172,7 +170,7 @@ SettingOutcome ConfigurationStore::checkPresent() const
         return {};
     }
     if (identityOf(path_) == file_ && identityOf(path_ + "-wal") == log_) {
-        return {};
+        return isWritable(path_) ? SettingOutcome{} : refusal(SQLITE_READONLY);
     }
     return {
         SettingRefusal::kStoreGone,
@@ -190,7 +188,8 @@ SettingOutcome ConfigurationStore::refusal(int result) const
         return {SettingRefusal::kStoreLocked,
                 fmt::format("the store \"{}\" is locked by another program: try again", path_)};
     case SQLITE_READONLY:
-        return {SettingRefusal::kStoreReadOnly, fmt::format("the store \"{}\" is read-only", path_)};
+        return {SettingRefusal::kStoreReadOnly,
+                fmt::format("the store \"{}\" is read-only: give this user the right to write it", path_)};
     default:
         return {SettingRefusal::kStoreFailed,
                 fmt::format("the store \"{}\" can't be written: {}", path_, sqlite3_errmsg(connection_.get()))};

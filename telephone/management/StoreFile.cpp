@@ -130,6 +130,11 @@ void prepareStoreFile(std::string const& path)
         createStoreFile(path, exists);
     }
     checkHeader(path, readHeader(path));
+    if (!isWritable(path)) {
+        throw StoreError(fmt::format("store \"{}\" is read-only: give this user the right to write it, or name another "
+                                     "file in store.path",
+                                     path));
+    }
 }
 
 FileIdentity identityOf(std::string const& path)
@@ -139,6 +144,13 @@ FileIdentity identityOf(std::string const& path)
         return {};
     }
     return {static_cast<unsigned long>(status.st_dev), static_cast<unsigned long>(status.st_ino)};
+}
+
+bool isWritable(std::string const& path)
+{
+    constexpr mode_t kAnyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
+    struct stat status = {};
+    return ::stat(path.c_str(), &status) == 0 && (status.st_mode & kAnyWrite) != 0 && ::access(path.c_str(), W_OK) == 0;
 }
 
 }  // namespace telephone

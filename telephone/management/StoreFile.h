@@ -25,4 +25,7 @@ struct FileIdentity
 };
 FileIdentity identityOf(std::string const& path);
 
+// Whether this user may write the file. A file that nobody may write is not written by root either.
+bool isWritable(std::string const& path);
+
 }  // namespace telephone

@@ -204,6 +204,10 @@ bool CallRecorder::start(CallSnapshot const& call)
         end([&recording](auto const& one) { return &one == recording.get(); });
         return false;
     }
+    if (recording->isFinished()) {  // ended meanwhile, and its id may be another call's already
+        calls_.removeTap(call.callID, *recording);
+        return false;
+    }
     log(kLogInfo, kComponent, "call {} on line {} is recorded in \"{}\"", call.callID, call.line.lineURI,
         recording->path());
     return true;
