@@ -135,6 +135,8 @@ public:
     // False: nothing rings on the line.
     bool silence(TelephoneLine& line);
     void stationChanged(DssLine& station);
+    // Tells the listeners of every line as it is: a rule that they go by has changed.
+    void refresh();
 
 private:
     void noteShared(TelephoneLine& line, WatchedParty const& party);

@@ -216,6 +216,13 @@ void Lines::stationChanged(DssLine& station)
     sendState(station.number(), station.state(), station.party().remoteURI);
 }
 
+void Lines::refresh()
+{
+    for (auto* line : lines_) {
+        tell(*line, line->state());
+    }
+}
+
 void Lines::change(TelephoneLine& line, std::function<void(TelephoneLine&)> const& change)
 {
     auto& base = line.base();

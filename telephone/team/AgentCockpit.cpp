@@ -1,0 +1,22 @@
+#include "team/AgentCockpit.h"
+
+#include "framework/Log.h"
+#include "management/Settings.h"
+
+namespace telephone {
+
+std::string AgentCockpit::getEACockpitData(std::string const& item)
+{
+    return item.empty() ? std::string() : settings_.text(std::string(SettingNames::kCockpitPrefix) + item);
+}
+
+bool AgentCockpit::setEACockpitData(std::string const& item, std::string const& value)
+{
+    auto const outcome = settings_.set(std::string(SettingNames::kCockpitPrefix) + item, value);
+    if (!outcome) {
+        log(kLogFailure, "agent cockpit", "item \"{}\" is not set: {}", item, outcome.reason);
+    }
+    return static_cast<bool>(outcome);
+}
+
+}  // namespace telephone

@@ -1,0 +1,26 @@
+// The items of a call-centre agent's view, kept in the configuration store under "agent-cockpit/". Owned by the team
+// features; any thread, without the phone lock because writing waits for the disk.
+#pragma once
+
+#include "team/EACockpitHandler.h"
+
+namespace telephone {
+
+class Settings;
+
+class AgentCockpit final : public EACockpitHandler
+{
+public:
+    explicit AgentCockpit(Settings& settings)
+        : settings_(settings)
+    {}
+
+    std::string getEACockpitData(std::string const& item) override;
+    // False, with the reason in the log: an item without a name, or the store refuses it.
+    bool setEACockpitData(std::string const& item, std::string const& value) override;
+
+private:
+    Settings& settings_;
+};
+
+}  // namespace telephone

@@ -1,0 +1,100 @@
+#include "team/Ringer.h"
+
+#include <algorithm>
+#include <chrono>
+#include <mutex>
+
+#include "framework/TimerService.h"
+#include "lines/Lines.h"
+#include "physical/AuditoryDeviceIfc.h"
+#include "team/Keyset.h"
+
+namespace telephone {
+
+Ringer::Ringer(Lines& lines, Keyset& keyset, AuditoryDeviceIfc& device)
+    : lines_(lines)
+    , keyset_(keyset)
+    , device_(device)
+{}
+
+Ringer::~Ringer()
+{
+    stop();
+}
+
+void Ringer::start()
+{
+    lines_.addListener(*this);
+    running_ = true;
+}
+
+void Ringer::stop()
+{
+    if (!running_) {
+        return;
+    }
+    lines_.removeListener(*this);
+    std::lock_guard const lock(lines_.calls());
+    for (auto const& [line, ringing] : ringing_) {
+        lines_.timers().cancel(ringing.delayTimer);
+    }
+    ringing_.clear();
+    update();
+    running_ = false;
+}
+
+void Ringer::lineChanged(TelephoneLine& line, ELineState /*before*/)
+{
+    if (line.isAppearance()) {
+        return;
+    }
+    bool const rings = line.state() == eLineStateRinging && line.configuration().ring != 0;
+    auto const known = ringing_.find(&line);
+    if (rings && known == ringing_.end()) {
+        startDelay(line);
+    } else if (!rings && known != ringing_.end()) {
+        lines_.timers().cancel(known->second.delayTimer);
+        ringing_.erase(known);
+    }
+    update();
+}
+
+void Ringer::startDelay(TelephoneLine& line)
+{
+    auto& ringing = ringing_[&line];
+    ringing.generation = ++generation_;
+    auto const delay = line.configuration().ringDelay;
+    if (delay > 0) {
+        ringing.delayTimer =
+            lines_.timers().start(std::chrono::seconds(delay),
+                                  [this, &line, generation = ringing.generation] { delayOver(line, generation); });
+    }
+}
+
+// The call may have ended, and another one begun, while the expiry waited for the lock.
+void Ringer::delayOver(TelephoneLine& line, int generation)
+{
+    std::lock_guard const lock(lines_.calls());
+    auto const known = ringing_.find(&line);
+    if (known != ringing_.end() && known->second.generation == generation) {
+        known->second.delayTimer = 0;
+        update();
+    }
+}
+
+void Ringer::update()
+{
+    bool const rings = std::any_of(ringing_.begin(), ringing_.end(),
+                                   [this](auto const& each) { return isToBeHeard(*each.first, each.second); });
+    if (rings != rings_) {
+        rings_ = rings;
+        device_.setRinging(rings);
+    }
+}
+
+bool Ringer::isToBeHeard(TelephoneLine const& line, Ringing const& ringing) const
+{
+    return keyset_.mayBeHeard(line) && (ringing.delayTimer == 0 || keyset_.getImmediateRing());
+}
+
+}  // namespace telephone

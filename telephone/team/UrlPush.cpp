@@ -1,0 +1,104 @@
+#include "team/UrlPush.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <chrono>
+#include <stdexcept>
+
+#include <httplib.h>
+
+#include "framework/Log.h"
+
+namespace telephone {
+
+namespace {
+
+constexpr char const* kComponent = "push";
+constexpr std::string_view kScheme = "http://";
+constexpr std::chrono::seconds kPatience{5};
+constexpr std::size_t kQueuedRequests = 1000;
+
+bool isThisMachine(std::string const& host)
+{
+    return host == "localhost" || host.compare(0, 4, "127.") == 0;
+}
+
+std::string escape(std::string const& text)
+{
+    constexpr std::string_view kUnreserved = "-._~";
+    constexpr std::string_view kHex = "0123456789ABCDEF";
+    std::string escaped;
+    for (char const each : text) {
+        auto const byte = static_cast<unsigned char>(each);
+        if (std::isalnum(byte) != 0 || kUnreserved.find(each) != std::string_view::npos) {
+            escaped += each;
+        } else {
+            escaped += {'%', kHex[byte >> 4U], kHex[byte & 15U]};
+        }
+    }
+    return escaped;
+}
+
+int portOf(std::string const& text)
+{
+    bool const isPort = !text.empty() && text.size() <= 5 &&
+                        std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isdigit(c) != 0; });
+    return isPort ? std::stoi(text) : 0;
+}
+
+}  // namespace
+
+UrlPush::UrlPush(std::string const& address)
+    : queue_("push", kQueuedRequests)
+{
+    if (address.empty()) {
+        return;
+    }
+    auto const wrong = std::runtime_error("push address " + address + " is not http://127.0.0.1:port/path");
+    if (address.compare(0, kScheme.size(), kScheme) != 0) {
+        throw wrong;
+    }
+    auto const rest = address.substr(kScheme.size());
+    auto const slash = std::min(rest.find('/'), rest.size());
+    auto const authority = rest.substr(0, slash);
+    auto const colon = authority.find(':');
+    path_ = slash == rest.size() ? "/" : rest.substr(slash);
+    host_ = authority.substr(0, colon);
+    port_ = colon == std::string::npos ? 80 : portOf(authority.substr(colon + 1));
+    if (!isThisMachine(host_) || port_ < 1 || port_ > 65535) {
+        throw wrong;
+    }
+}
+
+bool UrlPush::send(std::string const& url, std::string const& data)
+{
+    if (host_.empty()) {
+        log(kLogFailure, kComponent, "{} is not pushed: no push address is configured", url);
+        return false;
+    }
+    return queue_.post([this, target = target(path_, url, data)] { get(target); });
+}
+
+std::string UrlPush::target(std::string const& path, std::string const& url, std::string const& data)
+{
+    return path + (path.find('?') == std::string::npos ? "?" : "&") + "url=" + escape(url) + "&data=" + escape(data);
+}
+
+void UrlPush::get(std::string const& target) const
+{
+    httplib::Client client(host_, port_);
+    client.set_connection_timeout(kPatience);
+    client.set_read_timeout(kPatience);
+    client.set_write_timeout(kPatience);
+    auto const answer = client.Get(target);
+    if (!answer) {
+        log(kLogFailure, kComponent, "the push to {}:{} failed: {}", host_, port_, httplib::to_string(answer.error()));
+    } else if (answer->status < 200 || answer->status > 299) {
+        log(kLogFailure, kComponent, "the push to {}:{} was answered with {}", host_, port_, answer->status);
+    } else {
+        log(kLogInfo, kComponent, "pushed to {}:{}: {}", host_, port_, answer->status);
+    }
+}
+
+}  // namespace telephone
