@@ -1,0 +1,138 @@
+#include "SipFixture.h"
+
+#include "sip/Timer.h"
+
+#include <atomic>
+#include <thread>
+
+namespace telephone::test {
+
+TEST_F(SipTest, SecondLoop_IsRefused)
+{
+    EXPECT_THROW(sip::EventLoop(), std::runtime_error);
+}
+
+TEST_F(SipTest, PostedWork_RunsInOrderOnTheLoopWithTheLock)
+{
+    std::vector<int> order;
+    std::atomic<bool> onLoop{false};
+    std::atomic<bool> done{false};
+
+    loop.post([&] { order.push_back(1); });
+    loop.post([&] {
+        order.push_back(2);
+        onLoop = loop.isLoopThread() && loop.isLockedByCaller();
+        done = true;
+    });
+
+    const auto deadline = std::chrono::steady_clock::now() + kDeadline;
+    while (!done && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::yield();
+    EXPECT_TRUE(onLoop);
+    EXPECT_EQ((std::vector<int>{1, 2}), order);
+}
+
+TEST_F(SipTest, Lock_IsRecursiveAndKeepsTheLoopOut)
+{
+    std::atomic<bool> ran{false};
+
+    {
+        std::lock_guard outer(loop);
+        std::lock_guard inner(loop);
+        loop.post([&ran] { ran = true; });
+        std::thread([this] { EXPECT_FALSE(loop.try_lock()); }).join();
+        EXPECT_TRUE(loop.isLockedByCaller());
+        EXPECT_FALSE(ran);
+    }
+
+    EXPECT_FALSE(loop.isLockedByCaller());
+    const auto deadline = std::chrono::steady_clock::now() + kDeadline;
+    while (!ran && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::yield();
+    EXPECT_TRUE(ran);
+}
+
+TEST_F(SipTest, TimerStartedOnAnotherThread_WakesTheLoop)
+{
+    std::atomic<bool> expired{false};
+    const auto begun = std::chrono::steady_clock::now();
+
+    sip::Timer timer(loop, 30ms, [&expired] { expired = true; });
+
+    while (!expired && std::chrono::steady_clock::now() < begun + kDeadline)
+        std::this_thread::yield();
+    EXPECT_TRUE(expired);
+    EXPECT_GE(std::chrono::steady_clock::now() - begun, 25ms);
+    EXPECT_FALSE(timer.isRunning());
+}
+
+TEST_F(SipTest, CancelledTimer_DoesNotExpire)
+{
+    std::atomic<bool> expired{false};
+    std::atomic<bool> later{false};
+    {
+        sip::Timer dropped(loop, 10ms, [&expired] { expired = true; });
+        sip::Timer cancelled(loop, 10ms, [&expired] { expired = true; });
+        cancelled.cancel();
+    }
+
+    sip::Timer after(loop, 40ms, [&later] { later = true; });
+
+    const auto deadline = std::chrono::steady_clock::now() + kDeadline;
+    while (!later && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::yield();
+    EXPECT_TRUE(later);
+    EXPECT_FALSE(expired);
+}
+
+TEST_F(SipTest, TimerThatDestroysItself_IsFine)
+{
+    std::atomic<bool> expired{false};
+    auto timer = std::make_unique<sip::Timer>(loop);
+    timer->start(1ms, [&] {
+        timer.reset();
+        expired = true;
+    });
+
+    const auto deadline = std::chrono::steady_clock::now() + kDeadline;
+    while (!expired && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::yield();
+    EXPECT_TRUE(expired);
+}
+
+TEST(EventLoop, CanBeMadeAgain)
+{
+    for (int i = 0; i < 3; ++i) {
+        sip::EventLoop loop;
+        loop.start();
+        loop.start();
+        loop.stop();
+        loop.stop();
+    }
+}
+
+TEST_F(SipTest, PortInUse_IsRefusedWithTheReason)
+{
+    TestPhone phone(loop);
+    sip::UserAgentConfig config;
+    config.udpPort = phone.agent->udpPort();
+
+    try {
+        TestPhone second(loop, "4712", config);
+        FAIL() << "the port is bound twice";
+    } catch (const std::runtime_error& error) {
+        EXPECT_EQ("UDP port " + std::to_string(config.udpPort) + " of 127.0.0.1: Address already in use",
+                  std::string(error.what()));
+    }
+}
+
+TEST_F(SipTest, AddressThatIsNone_IsRefused)
+{
+    sip::UserAgentConfig config;
+    config.address = "here";
+    EXPECT_THROW(TestPhone(loop, "1", config), std::runtime_error);
+    config.address = "0.0.0.0";
+    EXPECT_THROW(TestPhone(loop, "1", config), std::runtime_error);
+}
+
+}  // namespace telephone::test

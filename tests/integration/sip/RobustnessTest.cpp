@@ -1,0 +1,181 @@
+// What comes to the port without being asked for.
+#include "SipFixture.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <random>
+
+namespace telephone::test {
+
+namespace {
+
+// A datagram or stream socket on loopback that speaks whatever a test wants.
+class RawPeer
+{
+public:
+    RawPeer(int type, std::uint16_t port)
+        : socket_(::socket(AF_INET, type, 0))
+    {
+        sockaddr_in far{};
+        far.sin_family = AF_INET;
+        far.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        far.sin_port = htons(port);
+        const timeval patience{3, 0};
+        ::setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+        connected_ = ::connect(socket_, reinterpret_cast<const sockaddr*>(&far), sizeof far) == 0;
+        socklen_t size = sizeof near_;
+        ::getsockname(socket_, reinterpret_cast<sockaddr*>(&near_), &size);
+    }
+    ~RawPeer() { ::close(socket_); }
+
+    bool isConnected() const { return connected_; }
+    std::string address() const { return "127.0.0.1:" + std::to_string(ntohs(near_.sin_port)); }
+    bool send(const std::string& data) { return ::send(socket_, data.data(), data.size(), MSG_NOSIGNAL) >= 0; }
+    std::string receive()
+    {
+        std::array<char, 4096> buffer{};
+        const ssize_t size = ::recv(socket_, buffer.data(), buffer.size(), 0);
+        return size > 0 ? std::string(buffer.data(), static_cast<std::size_t>(size)) : std::string();
+    }
+    std::string ask(const std::string& data)
+    {
+        send(data);
+        return receive();
+    }
+
+private:
+    int socket_;
+    bool connected_ = false;
+    sockaddr_in near_{};
+};
+
+class Robustness : public ExchangeTest
+{
+protected:
+    std::string request(const std::string& method, const std::string& user, const std::string& extra = {},
+                        const std::string& body = {})
+    {
+        const std::string number = std::to_string(++count_);
+        return method + " sip:" + user + "@" + exchange.hostPort() + " SIP/2.0\r\nVia: SIP/2.0/UDP " + peer.address() +
+               ";branch=z9hG4bKraw" + number + ";rport\r\nMax-Forwards: 70\r\nFrom: <sip:raw@" + peer.address() +
+               ">;tag=t" + number + "\r\nTo: <sip:" + user + "@" + exchange.hostPort() + ">\r\nCall-ID: raw" + number +
+               "\r\nCSeq: 1 " + method + "\r\nContact: <sip:raw@" + peer.address() + ">\r\n" + extra +
+               "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
+    }
+    static std::string firstLine(const std::string& message) { return message.substr(0, message.find("\r\n")); }
+    void expectAlive()
+    {
+        TestPhone phone(loop);
+        phone.call(at("100"));
+        EXPECT_TRUE(phone.waitFor("established")) << phone.events();
+    }
+
+    RawPeer peer{SOCK_DGRAM, exchange.port()};
+    int count_ = 0;
+};
+
+TEST_F(Robustness, GarbageOnUdp_HurtsNothing)
+{
+    std::mt19937 random(4711);
+    const std::string seed =
+        request("INVITE", "100", "Content-Type: application/sdp\r\n", "v=0\r\no=- 1 1 IN IP4 x\r\n");
+
+    for (int i = 0; i < 2000; ++i) {
+        std::string packet = seed;
+        for (int changes = 0; changes < 8; ++changes)
+            packet[random() % packet.size()] = static_cast<char>(random());
+        if (i % 3 == 0)
+            packet.resize(random() % packet.size());
+        peer.send(packet);
+    }
+    peer.send(std::string(60000, 'A'));
+    peer.send(std::string("\0\0\0\0\0\0", 6));
+
+    expectAlive();
+}
+
+TEST_F(Robustness, GarbageOnTcp_HurtsNothing)
+{
+    for (const std::string& data : {std::string("GET / HTTP/1.1\r\n\r\n"), std::string(100000, 'x'),
+                                    std::string("INVITE sip:100@x SIP/2.0\r\n\r\n"), std::string("\r\n\r\n\r\n"),
+                                    std::string("SIP/2.0 200 OK\r\nContent-Length: 99999999\r\n\r\n")}) {
+        RawPeer stream(SOCK_STREAM, exchange.tcpPort());
+        ASSERT_TRUE(stream.isConnected());
+        stream.send(data);
+    }
+
+    expectAlive();
+}
+
+TEST_F(Robustness, Options_AreAnsweredWithWhatIsSupported)
+{
+    const std::string answer = peer.ask(request("OPTIONS", "100"));
+
+    EXPECT_EQ("SIP/2.0 200 OK", firstLine(answer));
+    EXPECT_NE(std::string::npos,
+              answer.find("Allow: INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, REFER, NOTIFY, SUBSCRIBE"));
+    EXPECT_EQ("SIP/2.0 404 Not Found", firstLine(peer.ask(request("OPTIONS", "555"))));
+}
+
+TEST_F(Robustness, RequiredExtensionThatIsNotThere_IsABadExtension)
+{
+    const std::string answer = peer.ask(request("INVITE", "100", "Require: 100rel, replaces\r\n"));
+
+    EXPECT_EQ("SIP/2.0 420 Bad Extension", firstLine(answer));
+    EXPECT_NE(std::string::npos, answer.find("Unsupported: 100rel\r\n"));
+}
+
+TEST_F(Robustness, UnknownMethod_IsNotAllowed)
+{
+    EXPECT_EQ("SIP/2.0 405 Method Not Allowed", firstLine(peer.ask(request("DANCE", "100"))));
+    EXPECT_EQ("SIP/2.0 405 Method Not Allowed", firstLine(peer.ask(request("PUBLISH", "100"))));
+}
+
+TEST_F(Robustness, ByeAndCancelOfNothing_DoNotExist)
+{
+    EXPECT_EQ("SIP/2.0 481 Call/Transaction Does Not Exist", firstLine(peer.ask(request("CANCEL", "100"))));
+    EXPECT_EQ("SIP/2.0 481 Call Does Not Exist", firstLine(peer.ask(request("BYE", "100"))));
+}
+
+TEST_F(Robustness, InviteWithoutContact_IsABadRequest)
+{
+    std::string invite = request("INVITE", "100");
+    invite.erase(invite.find("Contact:"), invite.find("Content-Length:") - invite.find("Contact:"));
+
+    EXPECT_EQ("SIP/2.0 100 Trying", firstLine(peer.ask(invite)));
+    EXPECT_EQ("SIP/2.0 400 Missing Contact", firstLine(peer.receive()));
+}
+
+TEST_F(Robustness, InviteWithABodyThatIsNoSdp_IsRefused)
+{
+    EXPECT_EQ("SIP/2.0 100 Trying",
+              firstLine(peer.ask(request("INVITE", "100", "Content-Type: text/plain\r\n", "call me"))));
+    EXPECT_EQ("SIP/2.0 415 Unsupported Media Type", firstLine(peer.receive()));
+}
+
+TEST_F(Robustness, InviteWithoutSdp_IsAnsweredWithAnOffer)
+{
+    EXPECT_EQ("SIP/2.0 100 Trying", firstLine(peer.ask(request("INVITE", "100"))));
+    EXPECT_EQ("SIP/2.0 180 Ringing", firstLine(peer.receive()));
+    const std::string answer = peer.receive();
+
+    EXPECT_EQ("SIP/2.0 200 OK", firstLine(answer));
+    EXPECT_NE(std::string::npos, answer.find("m=audio "));
+    EXPECT_NE(std::string::npos, answer.find("a=rtpmap:0 PCMU/8000"));
+    EXPECT_NE(std::string::npos, answer.find("a=sendrecv"));
+}
+
+TEST_F(Robustness, MessageWithoutFromTag_IsABadRequest)
+{
+    std::string options = request("OPTIONS", "100");
+    options.erase(options.find(";tag="), 3 + 3);
+
+    EXPECT_EQ("SIP/2.0 400 Bad Request", firstLine(peer.ask(options)));
+}
+
+}  // namespace
+
+}  // namespace telephone::test
