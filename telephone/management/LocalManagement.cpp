@@ -24,9 +24,8 @@ void put(ManageableData& data, std::string const& key, std::string value)
 
 bool forwards(Settings const& settings)
 {
-    constexpr std::string_view kActivated = "-activated";
     auto const isOn = [&settings](SettingRow const& row) {
-        return row.tag == SettingTags::kForwarding && row.name.ends_with(kActivated) && settings.flag(row.name);
+        return row.tag == SettingTags::kForwarding && row.name.ends_with("-activated") && settings.flag(row.name);
     };
     return std::any_of(kSettingRows.begin(), kSettingRows.end(), isOn) ||
            !settings.text(SettingNames::kForwardingAlternative).empty();
