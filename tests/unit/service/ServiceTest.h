@@ -17,6 +17,7 @@ using testing::_;
 using testing::AnyNumber;
 using testing::DoAll;
 using testing::ElementsAre;
+using testing::Eq;
 using testing::InSequence;
 using testing::InvokeWithoutArgs;
 using testing::IsEmpty;
