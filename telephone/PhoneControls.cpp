@@ -1,0 +1,125 @@
+#include "PhoneControls.h"
+
+#include <mutex>
+
+#include "console/EventPattern.h"
+#include "framework/Log.h"
+#include "lines/LineStates.h"
+#include "lines/Lines.h"
+#include "management/LocalManagement.h"
+#include "physical/PhysicalInterface.h"
+#include "sfi/CallEngine.h"
+
+namespace telephone {
+
+namespace {
+
+constexpr std::chrono::seconds kLongestStart{5};
+
+std::string rowOf(TelephoneLine const& line, bool registered)
+{
+    LineConfiguration const& configuration = line.configuration();
+    std::string_view const registration = registered                ? "registered"
+                                          : configuration.registers ? "not registered"
+                                                                    : "peer to peer";
+    return fmt::format("{:<8} number {:<4} {:<16} {}{}", line.id(), line.place().recordLine,
+                       lineStateName(line.state()), registration, configuration.primary ? ", primary" : "");
+}
+
+std::string rowOf(CallSnapshot const& call)
+{
+    std::string const name = call.remoteName.empty() ? "" : " \"" + call.remoteName + "\"";
+    return fmt::format("{:<6} line {:<8} {:<14} {} {}{}", call.callID, call.line.lineURI, callStateName(call.state),
+                       call.incoming ? "from" : "to", call.remoteURI, name);
+}
+
+}  // namespace
+
+PhysicalInterface& PhoneControls::usable()
+{
+    keysUsable_.wait_for(kLongestStart);
+    return physical_;
+}
+
+TelephoneControls::Rows PhoneControls::lines()
+{
+    std::lock_guard const lock(engine_);
+    Rows rows;
+    for (TelephoneLine const* const line : lines_.lines()) {
+        rows.push_back(rowOf(*line, engine_.isRegistered(line->place().lineNumber)));
+        for (TelephoneLine const* const appearance : line->appearances())
+            rows.push_back("  " + rowOf(*appearance, engine_.isRegistered(line->place().lineNumber)));
+    }
+    return rows;
+}
+
+TelephoneControls::Rows PhoneControls::calls()
+{
+    Rows rows;
+    for (CallSnapshot const& call : engine_.calls())
+        rows.push_back(rowOf(call));
+    return rows;
+}
+
+TelephoneControls::Rows PhoneControls::keys()
+{
+    return physical_.keyRows();
+}
+
+TelephoneControls::Rows PhoneControls::lamps()
+{
+    return physical_.lampRows();
+}
+
+TelephoneControls::Refusal PhoneControls::press(std::string const& key)
+{
+    return usable().press(key);
+}
+
+TelephoneControls::Refusal PhoneControls::release(std::string const& key)
+{
+    return usable().release(key);
+}
+
+TelephoneControls::Refusal PhoneControls::hook(bool up)
+{
+    return usable().hook(up);
+}
+
+TelephoneControls::Refusal PhoneControls::plug(std::string const& plug, bool in)
+{
+    return usable().plug(plug, in);
+}
+
+TelephoneControls::Refusal PhoneControls::lock(bool locked)
+{
+    return physical_.setLocked(locked);
+}
+
+std::optional<std::string> PhoneControls::lampMode(std::string const& lamp)
+{
+    return physical_.lampMode(lamp);
+}
+
+TelephoneControls::Rows PhoneControls::settings()
+{
+    Rows rows;
+    for (auto const& [key, value] : management_.settings().all())
+        rows.push_back(key + " = " + value);
+    return rows;
+}
+
+std::optional<std::string> PhoneControls::setting(std::string const& key)
+{
+    if (findSettingRow(key) == nullptr)
+        return std::nullopt;
+    return management_.settings().text(key);
+}
+
+TelephoneControls::Refusal PhoneControls::set(std::string const& key, std::string const& value)
+{
+    SettingOutcome const outcome = management_.offerManagementData({{key, value}});
+    return outcome ? Refusal() : Refusal(outcome.reason);
+}
+
+}  // namespace telephone

@@ -1,0 +1,51 @@
+// What a person does to the telephone and sees of it (TelephoneControls), by its lines, calls, keys and settings. The
+// Telephone owns it; the console and scripts call it on their thread.
+#pragma once
+
+#include <future>
+
+#include "console/TelephoneControls.h"
+
+namespace telephone {
+
+class CallEngine;
+class Lines;
+class LocalManagement;
+class PhysicalInterface;
+
+class PhoneControls : public TelephoneControls
+{
+public:
+    PhoneControls(CallEngine& engine, Lines& lines, PhysicalInterface& physical, LocalManagement& management)
+        : engine_(engine)
+        , lines_(lines)
+        , physical_(physical)
+        , management_(management)
+    {}
+
+    Rows lines() override;
+    Rows calls() override;
+    Rows keys() override;
+    Rows lamps() override;
+    Refusal press(std::string const& key) override;
+    Refusal release(std::string const& key) override;
+    Refusal hook(bool up) override;
+    Refusal plug(std::string const& plug, bool in) override;
+    Refusal lock(bool locked) override;
+    std::optional<std::string> lampMode(std::string const& lamp) override;
+    Rows settings() override;
+    std::optional<std::string> setting(std::string const& key) override;
+    Refusal set(std::string const& key, std::string const& value) override;
+
+private:
+    // The physical interface, when a person can use it.
+    PhysicalInterface& usable();
+
+    CallEngine& engine_;
+    Lines& lines_;
+    PhysicalInterface& physical_;
+    LocalManagement& management_;
+    std::shared_future<void> const keysUsable_;
+};
+
+}  // namespace telephone

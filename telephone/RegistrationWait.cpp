@@ -1,0 +1,25 @@
+#include "RegistrationWait.h"
+
+namespace telephone {
+
+void RegistrationWait::expect(std::set<int> lineNumbers)
+{
+    std::lock_guard const lock(mutex_);
+    missing_ = std::move(lineNumbers);
+}
+
+bool RegistrationWait::wait(std::chrono::milliseconds most)
+{
+    std::unique_lock lock(mutex_);
+    return changed_.wait_for(lock, most, [this] { return missing_.empty(); });
+}
+
+void RegistrationWait::registrationChanged(int lineNumber, bool registered)
+{
+    std::lock_guard const lock(mutex_);
+    if (registered)
+        missing_.erase(lineNumber);
+    changed_.notify_all();
+}
+
+}  // namespace telephone

@@ -1,0 +1,31 @@
+// Waits until the lines are registered. Made with the calls, told by the engine with the phone lock held; waited for by
+// who starts the telephone, without it.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <set>
+
+#include "sfi/CallSnapshot.h"
+
+namespace telephone {
+
+class RegistrationWait : public CallObserver
+{
+public:
+    // Every line that registers, before the service is activated.
+    void expect(std::set<int> lineNumbers);
+    // False when the time ran out before every expected line was registered.
+    bool wait(std::chrono::milliseconds most);
+
+    void callChanged(CallSnapshot const& /*now*/, CallSnapshot const* /*before*/) override {}
+    void registrationChanged(int lineNumber, bool registered) override;
+
+private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::set<int> missing_;
+};
+
+}  // namespace telephone

@@ -1,0 +1,67 @@
+#include "Telephone.h"
+
+#include "CommunicationsServiceIfc.h"
+#include "TelephoneParts.h"
+#include "framework/Log.h"
+
+namespace telephone {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kRegistrationTime = 5000ms;
+
+}  // namespace
+
+struct Telephone::Parts : TelephoneParts
+{
+    using TelephoneParts::TelephoneParts;
+};
+
+Telephone::Telephone(Configuration configuration, std::string const& library)
+    : parts_(std::make_unique<Parts>(std::move(configuration), library))
+{
+    parts_->begin();
+}
+
+Telephone::~Telephone()
+{
+    stop();
+}
+
+void Telephone::activate()
+{
+    std::set<int> registering;
+    for (LineAccount const& each : parts_->lines.accounts()) {
+        if (each.registers)
+            registering.insert(each.lineNumber);
+    }
+    parts_->registrations.expect(registering);
+    if (parts_->calls().activate() != sfiSuccess)
+        throw std::runtime_error("the service cannot be activated; the log says why");
+    if (!parts_->registrations.wait(kRegistrationTime))
+        log(kLogWarning, "telephone", "not every line is registered yet; the others go on trying");
+}
+
+void Telephone::stop()
+{
+    parts_->end();
+}
+
+TelephoneContext& Telephone::context()
+{
+    return parts_->context;
+}
+
+RequestRunner& Telephone::requests()
+{
+    return parts_->requests;
+}
+
+TelephoneControls& Telephone::controls()
+{
+    return parts_->controls;
+}
+
+}  // namespace telephone

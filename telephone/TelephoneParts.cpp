@@ -1,0 +1,199 @@
+#include "TelephoneParts.h"
+
+#include <stdexcept>
+
+#include "CommunicationsServiceIfc.h"
+#include "framework/Log.h"
+#include "management/ConfigurationStore.h"
+
+namespace telephone {
+
+namespace {
+
+constexpr char const* kComponent = "telephone";
+
+// So long after its initialisation the service subscribes to the keys: on the timer thread, where timers of the same
+// duration expire in the order in which they were started.
+constexpr std::chrono::milliseconds kSubscriptionTime{1000};
+
+// What the parts of the SIP adapter and the exchange have to say, in the telephone's log.
+sip::Logger loggerFor(char const* component)
+{
+    return [component](sip::LogLevel level, std::string const& text) {
+        constexpr std::array<int, 4> kLevels{kLogTrace, kLogInfo, kLogWarning, kLogFailure};
+        logLine(kLevels.at(static_cast<std::size_t>(level)), component, text);
+    };
+}
+
+std::unique_ptr<exchange::Exchange> makeExchange(sip::EventLoop& loop, Configuration const& configuration)
+{
+    if (!configuration.exchange.enabled || !configuration.server.registrar.empty())
+        return nullptr;
+    exchange::ExchangeConfig config;
+    config.port = static_cast<std::uint16_t>(configuration.exchange.port);
+    config.realm = configuration.exchange.realm;
+    config.anyPassword = configuration.exchange.password;
+    config.log = loggerFor("exchange");
+    return std::make_unique<exchange::Exchange>(loop, std::move(config));
+}
+
+Configuration withExchange(Configuration configuration, exchange::Exchange const* exchange)
+{
+    if (exchange == nullptr)
+        return configuration;
+    ServerConfiguration& server = configuration.server;
+    server.registrar = "sip:" + exchange->hostPort();
+    if (server.domain.empty())
+        server.domain = exchange->hostPort();
+    if (server.directedPickup.empty())
+        server.directedPickup = exchange::kDirectedPickup;
+    if (server.groupPickup.empty())
+        server.groupPickup = exchange::kGroupPickup;
+    return configuration;
+}
+
+ServerAddress serverOf(Configuration const& configuration, bool hasExchange)
+{
+    return {configuration.server.registrar, configuration.server.domain,
+            hasExchange ? configuration.exchange.password : std::string()};
+}
+
+EngineConfiguration engineOf(Configuration const& configuration)
+{
+    EngineConfiguration engine = EngineConfiguration::from(configuration);
+    engine.agent.log = loggerFor("sip");
+    engine.agent.traceMessages = configuration.log.level >= kLogDetail;
+    return engine;
+}
+
+int primaryLine(Lines const& lines)
+{
+    TelephoneLine const* const primary = lines.primary();
+    return primary == nullptr ? 0 : primary->place().lineNumber;
+}
+
+}  // namespace
+
+TelephoneParts::TelephoneParts(Configuration given, std::string const& libraryFile)
+    : exchange(makeExchange(loop, given))
+    , configuration(withExchange(std::move(given), exchange.get()))
+    , settings(std::make_unique<ConfigurationStore>(configuration.store.path), configuration)
+    , readers(settings, configuration)
+    , storeWatcher(configuration.store.path.empty() ? nullptr : std::make_unique<StoreWatcher>(settings))
+    , management(settings)
+    , certificates(configuration.certificates)
+    , digitAnalysis(configuration.calls)
+    , lines(configuration, settings)
+    , policy(settings, lines, configuration)
+    , engine(loop, engineOf(configuration), lines, policy, [this](Event event) { events.post(std::move(event)); })
+    , engineCalls(engine)
+    , physical(configuration, settings)
+    , lamps(physical, lines, settings)
+    , keys(physical, lamps, lines, settings)
+    , keyset(lines, settings)
+    , ringer(lines, keyset, auditoryDevice)
+    , pickup(lines)
+    , toggles(physical.layout(), settings)
+    , dialogs(engine, primaryLine(lines))
+    , team(configuration, lines, keyset, toggles, physical, settings, dialogs)
+    , recorder(configuration.recording, recordableCallsOf(engine),
+               [this](CallRecorder::Event event) { events.post(std::move(event)); })
+    , sfi({engine, lines, policy, settings, events, timers, &lines.appearanceMap()})
+    , controls(engine, lines, physical, management, keysUsable.get_future())
+    , library(libraryFile)
+    , service(library.createService())
+    , invoker(library.createInvoker())
+    , requests(*service, *invoker)
+{
+    lines.setServer(serverOf(configuration, exchange != nullptr));
+    lines.connect(engineCalls, timers);
+    registerExecutables();
+    observeCalls();
+    context.setProxyFactory([this] { return library.createEventProxy(); });
+}
+
+TelephoneParts::~TelephoneParts()
+{
+    end();
+}
+
+void TelephoneParts::registerExecutables()
+{
+    struct Row
+    {
+        char const* name;
+        Executable* executable;
+    };
+    for (Row const& each : {Row{"LocalMgmtIfc", &management}, Row{"PhysicalInterfaceServiceIfc", &physical},
+                            Row{"AuditoryDeviceIfc", &auditoryDevice}, Row{"CertificateMgmtSvcIfc", &certificates},
+                            Row{"DigitAnalysisServiceIfc", &digitAnalysis}}) {
+        each.executable->init(context);
+        context.registerExecutable(each.name, each.executable);
+    }
+    context.registerExecutable("CommunicationsServiceIfc", service.get());
+}
+
+void TelephoneParts::observeCalls()
+{
+    // The lines first: the others look at them.
+    engine.addObserver(lines);
+    engine.addObserver(lamps);
+    engine.addObserver(dialogs);
+    engine.addObserver(recorder);
+    engine.addObserver(registrations);
+}
+
+void TelephoneParts::ignoreCalls()
+{
+    engine.removeObserver(registrations);
+    engine.removeObserver(recorder);
+    engine.removeObserver(dialogs);
+    engine.removeObserver(lamps);
+    engine.removeObserver(lines);
+}
+
+void TelephoneParts::begin()
+{
+    running_ = true;
+    loop.start();
+    service->init(context);
+    timers.start(kSubscriptionTime, [this] { keysUsable.set_value(); });
+    invoker->initInvoker(&context);
+    keys.setService(service.get());
+    lamps.start();
+    ringer.start();
+}
+
+CommunicationsServiceIfc& TelephoneParts::calls()
+{
+    auto* const found = dynamic_cast<CommunicationsServiceIfc*>(service.get());
+    if (found == nullptr)
+        throw std::runtime_error("the library's service has no CommunicationsServiceIfc: it is not the right library");
+    return *found;
+}
+
+// First what starts work by itself, then the service, then what carried its work out.
+void TelephoneParts::end()
+{
+    if (!running_)
+        return;
+    running_ = false;
+    keys.setService(nullptr);
+    physical.shutdown();
+    timers.deliverTo(nullptr);
+    team.stop();
+    ringer.stop();
+    dialogs.stop();
+    service->shutdown();
+    lamps.stop();
+    lines.stop();
+    ignoreCalls();
+    timers.stop();
+    events.stop();
+    for (Executable* const each : {static_cast<Executable*>(&management), static_cast<Executable*>(&auditoryDevice),
+                                   static_cast<Executable*>(&certificates), static_cast<Executable*>(&digitAnalysis)})
+        each->shutdown();
+    log(kLogInfo, kComponent, "ended");
+}
+
+}  // namespace telephone
