@@ -123,7 +123,8 @@ void LineActions::startWarmLine(TelephoneLine& line)
         return;
     }
     stop();
-    warmTimer_ = lines_.timers().start(kWarmLineDelay, [this, &line, digits] { warmLineExpired(line, digits); });
+    warmTimer_ =
+        lines_.timers().start(lines_.warmLineDelay(), [this, &line, digits] { warmLineExpired(line, digits); });
 }
 
 void LineActions::warmLineExpired(TelephoneLine& line, std::string const& digits)

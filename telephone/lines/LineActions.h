@@ -2,7 +2,6 @@
 // service and take the phone lock; the delay of a warm line ends on the timer thread.
 #pragma once
 
-#include <chrono>
 #include <optional>
 #include <string>
 
@@ -17,9 +16,6 @@ class TelephoneLine;
 class LineActions
 {
 public:
-    // How long a warm line waits for digits before it dials its own.
-    static constexpr std::chrono::milliseconds kWarmLineDelay{4000};
-
     explicit LineActions(Lines& lines);
     LineActions(LineActions const&) = delete;
     LineActions& operator=(LineActions const&) = delete;

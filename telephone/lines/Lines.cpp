@@ -71,8 +71,9 @@ Lines::~Lines()
     theLines = nullptr;
 }
 
-void Lines::connect(PhoneCalls& calls, TimerService& timers)
+void Lines::connect(PhoneCalls& calls, TimerService& timers, std::chrono::milliseconds warmLineDelay)
 {
+    warmLineDelay_ = warmLineDelay;
     calls_ = &calls;
     timers_ = &timers;
 }

@@ -11,6 +11,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
@@ -43,6 +44,7 @@ class Lines final : public LineManager, public LineDirectory, public CallObserve
 public:
     static constexpr int kFirstVirtualLine = 129;
     static constexpr int kLastVirtualLine = 255;
+    static constexpr std::chrono::milliseconds kWarmLineDelay{4000};
 
     // Throws std::runtime_error where the lines do not fit together: two of one id or number, too many appearances.
     // The configuration and the settings outlive it. Only one may exist: it is LineManager::Instance().
@@ -53,8 +55,9 @@ public:
 
     // Before the first account is asked for: where the lines register.
     void setServer(ServerAddress server) { server_ = std::move(server); }
-    // Before the first key is pressed: what carries the calls, and the timers of warm lines.
-    void connect(PhoneCalls& calls, TimerService& timers);
+    // Before the first key is pressed: what carries the calls, the timers, and how long a warm line waits for digits
+    // before it dials its own.
+    void connect(PhoneCalls& calls, TimerService& timers, std::chrono::milliseconds warmLineDelay = kWarmLineDelay);
     // Watches the parties of direct-station keys and the other telephones of shared lines. Once, when subscriptions can
     // be sent.
     void watchParties(PartyWatch& watch);
@@ -114,6 +117,7 @@ public:
 
     PhoneCalls& calls() const { return *calls_; }
     TimerService& timers() const { return *timers_; }
+    std::chrono::milliseconds warmLineDelay() const { return warmLineDelay_; }
     Settings& settings() const { return settings_; }
     LineActions& actions() const { return *actions_; }
     // Lock held; also while it is told. A listener is taken away before it ends.
@@ -166,6 +170,7 @@ private:
 
     PhoneCalls* calls_ = nullptr;
     TimerService* timers_ = nullptr;
+    std::chrono::milliseconds warmLineDelay_{kWarmLineDelay};
     std::unique_ptr<LineActions> actions_;
     std::atomic<DigitAnalysisServiceIfc*> digitAnalysis_{nullptr};
     std::vector<LineListener*> listeners_;

@@ -1,0 +1,83 @@
+// A telephone of lines and keys without a SIP stack: two plain lines, one of three appearances, and what a test adds.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "FakeCalls.h"
+#include "configuration/Configuration.h"
+#include "framework/TimerService.h"
+#include "lines/Lines.h"
+#include "management/ConfigurationStore.h"
+#include "management/Settings.h"
+
+namespace telephone {
+
+inline LineConfiguration plainLine(std::string const& id)
+{
+    LineConfiguration line;
+    line.id = id;
+    line.registers = false;
+    return line;
+}
+
+class LinesFixture : public testing::Test
+{
+protected:
+    // 4711 (primary) and 4712 are plain; 4713 has three appearances.
+    LinesFixture()
+    {
+        configuration_.lines = {plainLine("4711"), plainLine("4712"), plainLine("4713")};
+        configuration_.lines[0].primary = true;
+        configuration_.lines[2].appearances = 3;
+    }
+    ~LinesFixture() override
+    {
+        if (lines_) {
+            lines_->stop();
+        }
+    }
+
+    // Makes the lines of the configuration as it is now.
+    Lines& build(std::chrono::milliseconds warmLineDelay = Lines::kWarmLineDelay)
+    {
+        settings_ = std::make_unique<Settings>(std::make_unique<ConfigurationStore>(std::string()), configuration_);
+        lines_ = std::make_unique<Lines>(configuration_, *settings_);
+        lines_->setServer({"sip:127.0.0.1:5070", "127.0.0.1:5070", "secret"});
+        lines_->connect(calls_, timers_, warmLineDelay);
+        return *lines_;
+    }
+
+    // A call of that id on the place of a record's line.
+    CallSnapshot callOn(int recordLine, int callID, sfiCallState state)
+    {
+        CallSnapshot call;
+        call.callID = callID;
+        call.line = lines_->byNumber(recordLine)->place();
+        call.state = state;
+        call.remoteURI = "sip:100@127.0.0.1";
+        return call;
+    }
+    void change(int recordLine, int callID, sfiCallState state)
+    {
+        calls_.change(*lines_, callOn(recordLine, callID, state));
+    }
+    void offer(int recordLine, int callID)
+    {
+        auto call = callOn(recordLine, callID, sfiCallStateRinging);
+        call.incoming = true;
+        calls_.change(*lines_, call);
+    }
+    ELineState stateOf(std::string const& lineURI) { return lines_->getLine(lineURI)->getLineState(); }
+
+    Configuration configuration_;
+    FakeCalls calls_;
+    TimerService timers_;
+    std::unique_ptr<Settings> settings_;
+    std::unique_ptr<Lines> lines_;
+};
+
+}  // namespace telephone
