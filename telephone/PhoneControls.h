@@ -16,11 +16,14 @@ class PhysicalInterface;
 class PhoneControls : public TelephoneControls
 {
 public:
-    PhoneControls(CallEngine& engine, Lines& lines, PhysicalInterface& physical, LocalManagement& management)
+    // `keysUsable` is ready once the service hears of the keys: what a person does to them waits for it.
+    PhoneControls(CallEngine& engine, Lines& lines, PhysicalInterface& physical, LocalManagement& management,
+                  std::shared_future<void> keysUsable)
         : engine_(engine)
         , lines_(lines)
         , physical_(physical)
         , management_(management)
+        , keysUsable_(std::move(keysUsable))
     {}
 
     Rows lines() override;
