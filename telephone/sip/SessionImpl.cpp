@@ -50,6 +50,7 @@ SessionImpl::SessionImpl(std::shared_ptr<UserAgent::Impl> agent, const CallReque
     , modificationGuard_(agent_->loop)
 {
     const Account& account = request.account;
+    ++agent_->livingSessions;
     makeCredentials(credentials_, account.authUser.empty() ? account.user : account.authUser, account.password);
     sdp_.setLocalDirection(request.direction);
     rtp_.onDigit([this](char key) {
@@ -75,6 +76,7 @@ SessionImpl::SessionImpl(std::shared_ptr<UserAgent::Impl> agent, const sip_msg& 
         contactUser_ = agent_->config.name;
     ownUri_ = invitation_.to.uri.formatAddressOfRecord();
     invite_.share(&invite);
+    ++agent_->livingSessions;
     makeCredentials(credentials_, "", "");
     rtp_.onDigit([this](char key) {
         if (observer_)
@@ -87,6 +89,7 @@ SessionImpl::~SessionImpl()
     std::lock_guard guard(agent_->loop);
     observer_ = nullptr;
     self_.reset();
+    --agent_->livingSessions;
     if (!transaction_) {
         hangUp({});
         return;

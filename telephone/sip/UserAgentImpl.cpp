@@ -154,6 +154,9 @@ void UserAgent::Impl::close()
     firstListener.reset();
     lastListener.reset();
     strayListener.reset();
+    // What waits for an answer that does not come would keep the port bound. Safe only when nobody else holds it.
+    if (livingSessions == 0)
+        sipsess_close_all(sessionSocket.get());
     sip_close(stack, true);
     sip_transp_flush(stack);
     sessionSocket.reset();

@@ -63,6 +63,7 @@ struct UserAgent::Impl : std::enable_shared_from_this<UserAgent::Impl>
     std::uint16_t udpPort = 0;
     std::uint16_t tcpPort = 0;
     bool closed = false;
+    std::size_t livingSessions = 0;  // objects, ended or not
     std::multimap<std::string, SessionImpl*> sessions;
 
     ::sip* stack = nullptr;

@@ -168,6 +168,34 @@ TEST_F(Robustness, InviteWithoutSdp_IsAnsweredWithAnOffer)
     EXPECT_NE(std::string::npos, answer.find("a=sendrecv"));
 }
 
+TEST_F(Robustness, AnswerThatIsNeverAcknowledged_DoesNotKeepThePortBound)
+{
+    auto second = std::make_unique<exchange::Exchange>(loop, exchange::ExchangeConfig{});
+    exchange::ExchangeConfig again;
+    again.port = second->port();
+    RawPeer silent(SOCK_DGRAM, second->port());
+    silent.send(request("INVITE", "100"));
+    for (int i = 0; i < 3; ++i)
+        ASSERT_NE("", silent.receive());
+
+    second.reset();
+
+    EXPECT_NO_THROW(exchange::Exchange(loop, again));
+}
+
+TEST_F(Robustness, ReferOutsideACall_IsOffered)
+{
+    TestPhone phone(loop);
+    RawPeer other(SOCK_DGRAM, phone.agent->udpPort());
+
+    other.send(request("REFER", "4711", "Refer-To: <sip:100@127.0.0.1>\r\n"));
+
+    ASSERT_TRUE(phone.waitFor("transfer outside a call")) << phone.events();
+    EXPECT_EQ("sip:100@127.0.0.1", phone.transfers.at(0)->target());
+    EXPECT_TRUE(phone.transfers.at(0)->reject(603, "Decline"));
+    EXPECT_EQ("SIP/2.0 603 Decline", firstLine(other.receive()));
+}
+
 TEST_F(Robustness, MessageWithoutFromTag_IsABadRequest)
 {
     std::string options = request("OPTIONS", "100");

@@ -200,6 +200,12 @@ void TestPhone::onDigit(sip::Session&, char digit)
     note(std::string("digit ") + digit);
 }
 
+void TestPhone::onTransferRequested(std::unique_ptr<sip::Transfer> transfer)
+{
+    transfers.push_back(std::move(transfer));
+    note("transfer outside a call");
+}
+
 void TestPhone::onTransferRequested(sip::Session&, std::unique_ptr<sip::Transfer> transfer)
 {
     transfers.push_back(std::move(transfer));

@@ -73,6 +73,7 @@ private:
     void onModified(sip::Session&, bool accepted, int status, const std::string&) override;
     void onInfo(sip::Session&, const sip::Content& content) override;
     void onDigit(sip::Session&, char digit) override;
+    void onTransferRequested(std::unique_ptr<sip::Transfer> transfer) override;
     void onTransferRequested(sip::Session&, std::unique_ptr<sip::Transfer> transfer) override;
     void onTransferProgress(sip::Session&, int status, const std::string&, bool ended) override;
     void onClosed(sip::Session&, const sip::Closing& closing) override;
