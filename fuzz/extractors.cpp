@@ -78,7 +78,7 @@ void compareByName(std::string const& message, char const (&name)[kSize])
 
 int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
 {
-    using Invoker = CommunicationsServiceInvoker;
+    using Extractors = CommunicationsServiceInvoker;
     FuzzInput input(data, size);
     bool const own = input.flag();
     auto const opening = own ? input.text() : std::string("<state>");
@@ -86,10 +86,10 @@ int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
     auto const message = input.rest();
 
     auto const expected = plainValue(opening, message, closing);
-    requireEqual(Invoker::getParamAsString(opening, message, closing), expected.value_or(""), "as a text");
-    requireEqual(std::to_string(Invoker::getParamAsLong(opening, message, closing)),
+    requireEqual(Extractors::getParamAsString(opening, message, closing), expected.value_or(""), "as a text");
+    requireEqual(std::to_string(Extractors::getParamAsLong(opening, message, closing)),
                  std::to_string(plainNumber(expected)), "as a number");
-    requireEqual(std::to_string(Invoker::getParamAsServiceState(opening, message, closing)),
+    requireEqual(std::to_string(Extractors::getParamAsServiceState(opening, message, closing)),
                  std::to_string(plainState(opening, message, closing)), "as a service state");
     compareByName(message, "Line");
     compareByName(message, "state");

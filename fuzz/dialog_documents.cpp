@@ -1,0 +1,23 @@
+// Documents that other telephones and servers send in notices: read or refused, and what was read is read again the
+// same from what this telephone writes of it.
+#include "FuzzInput.h"
+#include "sip/DialogInfo.h"
+
+using namespace telephone::sip;
+
+int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
+{
+    std::string const text(reinterpret_cast<char const*>(data), size);
+    if (auto const info = DialogInfo::parse(text)) {
+        auto const again = DialogInfo::parse(info->format());
+        require(again.has_value(), "a dialog document that was written is none");
+        require(again->dialogs.size() == info->dialogs.size(), "dialogs were lost");
+        require(again->version == info->version && again->full == info->full, "version and state");
+    }
+    if (auto const summary = MessageSummary::parse(text)) {
+        auto const again = MessageSummary::parse(summary->format());
+        require(again.has_value(), "a message summary that was written is none");
+        require(again->waiting == summary->waiting && again->voice == summary->voice, "message counts were lost");
+    }
+    return 0;
+}

@@ -1,0 +1,65 @@
+// Any text as a script, on a telephone that only notes what it is asked. No step waits: one that would is played with
+// no time to wait, so that its words are read all the same.
+#include <sstream>
+
+#include "../tests/unit/console/ConsoleDoubles.h"
+#include "FuzzInput.h"
+#include "console/CommandError.h"
+#include "console/Completion.h"
+#include "console/ScriptPlayer.h"
+#include "console/Words.h"
+
+namespace {
+constexpr int kMostLines = 12;
+
+bool waits(telephone::Words const& words)
+{
+    return words[0] == "wait" || words[0] == "never" || words[0] == "pause" || words[0] == "expect";
+}
+
+// The line as it is played: with no time for what waits, and nothing where it leaves the telephone.
+std::string withoutWaiting(std::string const& line)
+{
+    telephone::Words words;
+    try {
+        words = telephone::splitWords(line);
+    } catch (telephone::CommandError const&) {
+        return line;
+    }
+    if (words.empty() || !waits(words)) {
+        return line;
+    }
+    std::string played;
+    for (auto const& word : words) {
+        bool const isTime = !played.empty() && word.find_first_of("0123456789") == 0;
+        played += (played.empty() ? "" : " ") + (isTime ? std::string("0") : "\"" + word + "\"");
+    }
+    bool const hasTime = words[0] == "pause" || played.find("\"within\"") != std::string::npos;
+    return hasTime ? played : played + " within 0";
+}
+}  // namespace
+
+int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
+{
+    static TalkingTelephone phone;
+    std::istringstream text(std::string(reinterpret_cast<char const*>(data), size));
+    std::string line;
+    std::ostringstream script;
+    for (int i = 0; i < kMostLines && std::getline(text, line); ++i) {
+        (void)telephone::completions(line);
+        script << withoutWaiting(line) << "\n";
+    }
+    phone.written.clear();
+    phone.controls.asked.clear();
+    phone.invoker.requests.clear();
+    phone.held(1);
+
+    std::istringstream played(script.str());
+    telephone::ScriptPlayer player(*phone.conversation);
+    bool const held = player.play(played, "fuzz");
+    require(held || phone.written.find("fuzz:") != std::string::npos, "a script failed and nothing says where");
+    for (auto const& request : phone.invoker.requests) {
+        require(!request.empty(), "an empty request was sent");
+    }
+    return 0;
+}
