@@ -133,7 +133,11 @@ void Call::onEstablished(sip::Session& session)
     established_ = true;
     setRemote(session.remoteParty());
     now_.heldByRemote = session.isHeldByRemote();
+    if (pickup_)
+        postPickedUp();
     enter(settledState());
+    if (pickup_)
+        postFeatureSuccess(*pickup_);
 }
 
 // --- incoming
@@ -238,6 +242,8 @@ void Call::onClosed(sip::Session& session, const sip::Closing& closing)
         ending = {sfiCallStateIdle, sfiReasonTransferred};
     if (now_.alerting() && ending.reason == sfiReasonCancelled)
         postMissed(sfiReasonNoAnswer);
+    if (pickup_ && !established_)
+        postFeatureFailed(*pickup_, featureFailureOf(closing.status));
     if (referring_) {
         // Who has been transferred may end this call before it says so.
         const bool transferred = ending.reason == sfiReasonTransferred;

@@ -56,6 +56,8 @@ public:
     // Tells the applications that the call is there, whether it has been sent or waits for another call's hold.
     void announceDialling(const std::string& target);
     void setConsultation() { now_.consultation = true; }
+    // The call takes over another telephone's one: how that goes is told as that feature.
+    void setPickup(sfiFeature feature) { pickup_ = feature; }
     // The dialog that the call takes the place of, and the parties to show for it.
     void setReplaces(const sfiReplacesDisplay& replaces) { replaces_ = replaces; }
     const std::string& target() const { return target_; }
@@ -141,6 +143,7 @@ private:
     void postRemoteDetails(bool leftConference);
     void postIncoming(sfiCallType type);
     void postMissed(sfiReason reason);
+    void postPickedUp();
     sfiSendOptions sendOptions() const;
 
     CallHost& host_;
@@ -155,6 +158,7 @@ private:
     DivertedBy divertedBy_;
     sfiReplacesDisplay replaces_{};
     sfiResourcePriority priority_ = sfiResourcePriorityNone;
+    std::optional<sfiFeature> pickup_;
     sfiFeature transferFeature_ = sfiFeatureBlindTransfer;
     bool referring_ = false;  // a REFER of ours is under way
     bool established_ = false;

@@ -149,6 +149,12 @@ std::optional<CallSnapshot> CallEngine::activeCall() const
     return speaking.empty() ? std::nullopt : std::optional(speaking.front()->snapshot());
 }
 
+std::optional<CallSnapshot> CallEngine::lastHeldCall() const
+{
+    const Guard guard(impl_->loop_);
+    return impl_->holdOrder_.empty() ? std::nullopt : call(impl_->holdOrder_.back());
+}
+
 bool CallEngine::isRegistered(int lineNumber) const
 {
     const Guard guard(impl_->loop_);
@@ -251,6 +257,67 @@ sfiResult CallEngine::changeSecurity(int callID, bool secure)
 {
     const Guard guard(impl_->loop_);
     return impl_->changeSecurity(callID, secure);
+}
+
+sfiResult CallEngine::pickup(int recordLine, int appearance, int callID, const PickupTarget& target)
+{
+    const Guard guard(impl_->loop_);
+    return impl_->pickup(recordLine, appearance, callID, target);
+}
+
+sfiResult CallEngine::directedPickup(int recordLine, int appearance, int callID, const std::string& number)
+{
+    const Guard guard(impl_->loop_);
+    return impl_->directedPickup(recordLine, appearance, callID, number);
+}
+
+sfiResult CallEngine::groupPickup(int recordLine, int appearance, int callID)
+{
+    const Guard guard(impl_->loop_);
+    return impl_->groupPickup(recordLine, appearance, callID);
+}
+
+sfiResult CallEngine::callBackOnNoReply(int callID)
+{
+    const Guard guard(impl_->loop_);
+    return impl_->callBack(callID, sfiCallCompletionOnNoReply);
+}
+
+sfiResult CallEngine::callBackOnBusy(int callID)
+{
+    const Guard guard(impl_->loop_);
+    return impl_->callBack(callID, sfiCallCompletionOnBusy);
+}
+
+sfiResult CallEngine::cancelCallBacks(int callID, const std::string& target, sfiCancelCallBackType type,
+                                      bool displayOutcome)
+{
+    const Guard guard(impl_->loop_);
+    return impl_->cancelCallBacks(callID, target, type, displayOutcome);
+}
+
+std::optional<sfiMessageWaitingRecord> CallEngine::messageWaiting(const std::string& phoneNumber) const
+{
+    const Guard guard(impl_->loop_);
+    return impl_->messageWaiting(phoneNumber);
+}
+
+sfiResult CallEngine::sendCsta(const std::string& lineURI, const std::string& body)
+{
+    const Guard guard(impl_->loop_);
+    return impl_->sendCsta(lineURI, body);
+}
+
+sfiResult CallEngine::serverFeatures(const std::string& lineURI, bool initialize)
+{
+    const Guard guard(impl_->loop_);
+    return impl_->serverFeatures(lineURI, initialize);
+}
+
+void CallEngine::tellAgentState(const std::string& lineURI, const std::string& state)
+{
+    const Guard guard(impl_->loop_);
+    impl_->tellAgentState(lineURI, state);
 }
 
 void CallEngine::setMicrophoneMute(bool mute)

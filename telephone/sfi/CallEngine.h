@@ -98,6 +98,7 @@ public:
     std::optional<CallSnapshot> alertingCallOnLine(int recordLine) const;
     // The call that speaks now; nothing: none does.
     std::optional<CallSnapshot> activeCall() const;
+    std::optional<CallSnapshot> lastHeldCall() const;
     bool isRegistered(int lineNumber) const;
     // A call id that is free, for calls that a key makes: 1001 upwards, never 10000 to 10500.
     int freeCallID();
@@ -144,8 +145,6 @@ public:
     void setAssociatedCalls(bool associated);
     // Message waiting of a line by its number or address; the first line's for an empty one.
     std::optional<sfiMessageWaitingRecord> messageWaiting(const std::string& phoneNumber) const;
-    // The rules of do-not-disturb were changed: tells those who watch the lines.
-    void policyChanged();
     // featureFailed for the line's current call; line 0: for the active one.
     void featureFailed(int recordLine, sfiFeature feature, sfiFeatureFailure failure);
 
@@ -153,6 +152,10 @@ public:
     // A CSTA body by INFO (application/csta+xml): in the line's dialog with the server where it has a call, else
     // outside of any. The answer comes as b2buaCSTAResponse. An empty line: the first one.
     sfiResult sendCsta(const std::string& lineURI, const std::string& body);
+    // Asks the server to begin or end what it does for the line; the outcome comes as serverFeatureStatusChange.
+    sfiResult serverFeatures(const std::string& lineURI, bool initialize);
+    // Tells the server the state of the line's agent, where there is a server.
+    void tellAgentState(const std::string& lineURI, const std::string& state);
 
     // --- audio
     // The tap hears the call until it is removed or the call is over. False: there is no such call.

@@ -30,10 +30,26 @@ CallEngine::Impl::Impl(sip::EventLoop& loop, EngineConfiguration configuration, 
     , lastCallID_(kFirstCallID - 1)
 {
     agent_ = std::make_unique<sip::UserAgent>(loop_, configuration_.agent, *this);
-    registrations_ = std::make_unique<Registrations>(*this, *agent_, [this](const LineAccount& line, bool registered) {
-        for (CallObserver* observer : std::vector(observers_))
-            observer->registrationChanged(line.lineNumber, registered);
+    registrations_ = std::make_unique<Registrations>(
+        *this, *agent_, [this](const LineAccount& line, bool registered) { registrationChanged(line, registered); });
+    messages_ = std::make_unique<MessageWaiting>(*this, *agent_, configuration_.voiceMail,
+                                                 [this](int lineNumber, const sfiMessageWaitingRecord& record) {
+                                                     for (CallObserver* observer : std::vector(observers_))
+                                                         observer->messageWaitingChanged(lineNumber, record);
+                                                 });
+    const CallBacks::Limits limits{configuration_.callBacks, configuration_.callBackTime, configuration_.settlingTime};
+    callBacks_ = std::make_unique<CallBacks>(*this, *agent_, limits);
+    publisher_ = std::make_unique<DialogPublisher>(loop_, [this](int lineNumber) {
+        std::vector<const Call*> onLine;
+        for (const auto& call : calls_) {
+            if (call->line().lineNumber == lineNumber)
+                onLine.push_back(call.get());
+        }
+        return onLine;
     });
+    server_ = std::make_unique<ServerLink>(*this, *agent_);
+    if (!configuration_.heardFile.empty())
+        heard_ = std::make_unique<HeardRecorder>(configuration_.heardFile);
 }
 
 // The agent waits for the answers to what it still sends, which come only while nobody holds the lock.
@@ -43,7 +59,11 @@ CallEngine::Impl::~Impl()
         const std::lock_guard guard(loop_);
         deactivate();
         burial_.cancel();
-        over_.clear();
+        bury();
+        server_.reset();
+        publisher_.reset();
+        callBacks_.reset();
+        messages_.reset();
         registrations_.reset();
     }
     agent_.reset();
@@ -73,6 +93,10 @@ sfiResult CallEngine::Impl::deactivate()
     active_ = false;
     while (!calls_.empty())
         calls_.back()->clear(CSTAEventCauseNormalClearing);
+    pickups_.clear();
+    callBacks_->clear();
+    messages_->clear();
+    publisher_->clear();
     registrations_->clear();
     return sfiSuccess;
 }
@@ -136,7 +160,15 @@ std::unique_ptr<Call> CallEngine::Impl::newCall(int callID, const LineAddress& l
 Call& CallEngine::Impl::add(std::unique_ptr<Call> call)
 {
     calls_.push_back(std::move(call));
+    if (heard_)
+        calls_.back()->audio().addTap(heard_->add(calls_.back()->id()));
     return *calls_.back();
+}
+
+void CallEngine::Impl::bury()
+{
+    over_.clear();
+    oldPickups_.clear();
 }
 
 void CallEngine::Impl::callChanged(Call& call, const CallSnapshot& before)
@@ -155,10 +187,15 @@ void CallEngine::Impl::callChanged(Call& call, const CallSnapshot& before)
         if (place != calls_.end()) {
             over_.push_back(std::move(*place));
             calls_.erase(place);
-            burial_.start(std::chrono::milliseconds(0), [this] { over_.clear(); });
+            burial_.start(std::chrono::milliseconds(0), [this] { bury(); });
         }
         std::erase(holdOrder_, now.callID);
+        pickups_.erase(now.callID);
+        if (heard_)
+            heard_->remove(now.callID);
+        remember(call, before);
     }
+    publisher_->lineChanged(now.line.lineNumber);
     const bool isNew = before.state == sfiCallStateIdle;
     for (CallObserver* observer : std::vector(observers_))
         observer->callChanged(now, isNew ? nullptr : &before);
@@ -179,12 +216,14 @@ void CallEngine::Impl::callEnded(Call& call)
 bool CallEngine::Impl::callBackPossible(const Call& call) const
 {
     const CallSnapshot& now = call.snapshot();
-    return !now.incoming && (now.state == sfiCallStateRemoteRinging || now.state == sfiCallStateBusy);
+    const bool inState = now.state == sfiCallStateRemoteRinging || now.state == sfiCallStateBusy;
+    return !now.incoming && inState && callBacks_->isPossible(call.target());
 }
 
 void CallEngine::Impl::infoReceived(Call& call, const sip::Content& content)
 {
-    log(LogLevel::kInfo, "call " + std::to_string(call.id()) + ": INFO with " + content.type + " is not understood");
+    if (!server_->receive(call.line().lineURI, content))
+        log(LogLevel::kInfo, "call " + std::to_string(call.id()) + ": INFO with " + content.type + " is not for it");
 }
 
 }  // namespace telephone

@@ -3,13 +3,20 @@
 #pragma once
 
 #include "Call.h"
+#include "CallBacks.h"
 #include "CallEngine.h"
 #include "CallHost.h"
+#include "DialogPublisher.h"
+#include "HeardRecorder.h"
+#include "MessageWaiting.h"
+#include "PickupSearch.h"
 #include "Registrations.h"
+#include "ServerLink.h"
 #include "media/AudioSources.h"
 #include "sip/EventLoop.h"
 #include "sip/Timer.h"
 
+#include <deque>
 #include <map>
 #include <memory>
 #include <optional>
@@ -17,6 +24,15 @@
 #include <vector>
 
 namespace telephone {
+
+// A call of ours that did not get through, for a call-back to it.
+struct EndedCall
+{
+    int lineNumber = 0;
+    std::string target;
+    bool busy = false;
+    bool rang = false;
+};
 
 struct CallEngine::Impl final : CallHost, sip::UserAgentObserver
 {
@@ -35,14 +51,17 @@ struct CallEngine::Impl final : CallHost, sip::UserAgentObserver
     std::optional<LineAccount> accountOf(int lineNumber) const;
     int freeCallID();
     bool isLimitReached() const;
+    void bury();  // what ended while something ran in it
     // Makes the object of a call; the caller adds it when it has begun.
     std::unique_ptr<Call> newCall(int callID, const LineAddress& line, bool incoming);
     Call& add(std::unique_ptr<Call> call);
 
     // --- EngineOutgoing.cpp
     sfiResult make(int recordLine, int appearance, int callID, const std::string& destination, CallPurpose purpose);
-    // The start of every call that goes out. whyNot: empty when it has begun.
+    // The start of every call that goes out.
     sfiResult begin(std::unique_ptr<Call> call, sip::CallRequest request);
+    // Dials for a call that is announced, once no other one speaks.
+    void dialWhenAlone(Call& call, sip::CallRequest request);
     std::optional<std::string> targetOf(const std::string& destination, const sip::Account& account) const;
     // Why no call may begin with that id on that line; empty: it may.
     std::string obstacle(int callID) const;
@@ -76,6 +95,30 @@ struct CallEngine::Impl final : CallHost, sip::UserAgentObserver
     void postConferenceStatus();  // there is one
     // Whom that call can be connected with: the call that speaks, else the one held last.
     Call* partnerOf(const Call& call) const;
+
+    // --- EnginePickup.cpp
+    sfiResult pickup(int recordLine, int appearance, int callID, const PickupTarget& target);
+    sfiResult groupPickup(int recordLine, int appearance, int callID);
+    sfiResult directedPickup(int recordLine, int appearance, int callID, const std::string& number);
+    // Null, with the reason logged: it cannot begin. Fills in whose account the request is.
+    std::unique_ptr<Call> newPickup(int recordLine, int appearance, int callID, sfiFeature feature,
+                                    sip::CallRequest& request);
+    void pickupFound(int callID, sip::CallRequest request, const std::optional<PickupTarget>& found, int status);
+
+    // --- EngineServer.cpp: call-backs, messages and the server
+    sfiResult callBack(int callID, sfiCallCompletionType type);
+    sfiResult cancelCallBacks(int callID, const std::string& target, sfiCancelCallBackType type, bool displayOutcome);
+    void remember(const Call& call, const CallSnapshot& before);
+    std::optional<LineAccount> lineNamed(const std::string& name) const;
+    std::optional<sfiMessageWaitingRecord> messageWaiting(const std::string& phoneNumber) const;
+    sfiResult sendCsta(const std::string& lineURI, const std::string& body);
+    sfiResult serverFeatures(const std::string& lineURI, bool initialize);
+    void tellAgentState(const std::string& lineURI, const std::string& state);
+    void registrationChanged(const LineAccount& line, bool registered);
+    void onSubscribe(std::unique_ptr<sip::Notifier> notifier) override;
+    void onUnsolicitedNotify(const sip::NameAddr& from, const sip::NameAddr& to,
+                             const sip::Notification& notification) override;
+    void onRequest(std::unique_ptr<sip::IncomingRequest>& request) override;
 
     // --- EngineIncoming.cpp
     bool knowsUser(const std::string& user) override;
@@ -114,16 +157,25 @@ struct CallEngine::Impl final : CallHost, sip::UserAgentObserver
     std::vector<std::unique_ptr<Call>> calls_;  // in the order in which they came
     std::vector<std::unique_ptr<Call>> over_;   // until the callback that runs is over
     sip::Timer burial_;
-    std::map<int, sip::Timer> noReplyTimers_;   // by call id
-    std::map<int, int> transferPeers_;          // the other call of an attended transfer, by call id
-    std::vector<int> holdOrder_;                // ids of the held calls, the last one at the end
+    std::map<int, sip::Timer> noReplyTimers_;  // by call id
+    std::map<int, int> transferPeers_;         // the other call of an attended transfer, by call id
+    std::vector<int> holdOrder_;               // ids of the held calls, the last one at the end
     int conferenceVersion_ = 0;
     int lastCallID_;
     bool active_ = false;
     bool muted_ = false;
     bool associatedCalls_ = false;
     sfiServiceState serviceState_ = sfiServiceInService;
+    std::map<int, EndedCall> endedCalls_;                   // by call id
+    std::deque<int> endedOrder_;                            // the latest at the end
+    std::map<int, std::unique_ptr<PickupSearch>> pickups_;  // by call id
+    std::vector<std::unique_ptr<PickupSearch>> oldPickups_;
+    std::unique_ptr<HeardRecorder> heard_;
     std::unique_ptr<Registrations> registrations_;
+    std::unique_ptr<MessageWaiting> messages_;
+    std::unique_ptr<CallBacks> callBacks_;
+    std::unique_ptr<DialogPublisher> publisher_;
+    std::unique_ptr<ServerLink> server_;
 };
 
 }  // namespace telephone

@@ -44,6 +44,13 @@ void Call::postMissed(sfiReason reason)
     });
 }
 
+void Call::postPickedUp()
+{
+    host_.post([now = now_](CommunicationsServiceEventIfc& event) {
+        event.incomingPickupCall(now.line.lineURI, now.callID, now.remoteURI, now.remoteName);
+    });
+}
+
 void Call::postRemoteDetails(bool leftConference)
 {
     host_.post([now = now_, leftConference](CommunicationsServiceEventIfc& event) {

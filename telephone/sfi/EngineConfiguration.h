@@ -24,7 +24,8 @@ struct EngineConfiguration
     std::string voiceMail;                             // number
     bool messageWaiting = true;                        // subscribe to message-summary
     std::chrono::milliseconds ringTime{5000};          // length of one ring, for forwarding on no reply
-    std::chrono::milliseconds dialogAnswerTime{4000};  // how long a far end may take to tell its dialogs
+    std::chrono::milliseconds dialogAnswerTime{2000};  // how long a far end may take to tell its dialogs
+    std::chrono::milliseconds settlingTime{500};       // how long a party must be free for a call-back
     std::chrono::seconds callBackTime{1800};           // how long a call-back waits for the party
 
     static EngineConfiguration from(const Configuration& configuration);

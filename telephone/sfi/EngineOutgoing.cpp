@@ -44,11 +44,17 @@ sfiResult CallEngine::Impl::make(int recordLine, int appearance, int callID, con
         return refused(what + "\"" + destination + "\" is no number or address that line " + place->lineURI +
                        " can call");
     auto call = newCall(callID, *place, false);
+    const auto isPickup = [this, &destination](const std::string& number) {
+        return !number.empty() && destination.compare(0, number.size(), number) == 0;
+    };
+    if (isPickup(configuration_.groupPickup) || isPickup(configuration_.directedPickup))
+        call->setPickup(isPickup(configuration_.groupPickup) ? sfiFeatureGroupPickup : sfiFeatureDirectedPickup);
     if (purpose == CallPurpose::kConsultation && !speakingCalls(nullptr).empty())
         call->setConsultation();
     sip::CallRequest request;
     request.account = line->account;
     request.target = *target;
+    callBacks_->called(*target);
     return begin(std::move(call), std::move(request));
 }
 
@@ -63,14 +69,20 @@ sfiResult CallEngine::Impl::begin(std::unique_ptr<Call> begun, sip::CallRequest 
     }
     Call& call = add(std::move(begun));
     call.announceDialling(request.target);
-    afterHoldingOthers(call, sfiFeatureConsultationHold, [this, request](Call& waiting, bool alone) {
-        std::string reason = "the other call could not be held";
-        if (alone && waiting.dial(*agent_, request, reason))
-            return;
-        log(sip::LogLevel::kWarning, "make call " + std::to_string(waiting.id()) + ": " + reason);
-        waiting.end({sfiCallStateFailed, alone ? sfiReasonServerFailure : sfiReasonRefused});
-    });
+    dialWhenAlone(call, std::move(request));
     return sfiSuccess;
+}
+
+void CallEngine::Impl::dialWhenAlone(Call& call, sip::CallRequest request)
+{
+    afterHoldingOthers(call, sfiFeatureConsultationHold,
+                       [this, request = std::move(request)](Call& waiting, bool alone) {
+                           std::string reason = "the other call could not be held";
+                           if (alone && waiting.dial(*agent_, request, reason))
+                               return;
+                           log(sip::LogLevel::kWarning, "make call " + std::to_string(waiting.id()) + ": " + reason);
+                           waiting.end({sfiCallStateFailed, alone ? sfiReasonServerFailure : sfiReasonRefused});
+                       });
 }
 
 std::vector<Call*> CallEngine::Impl::speakingCalls(const Call* besides) const

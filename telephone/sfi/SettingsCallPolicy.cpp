@@ -1,0 +1,137 @@
+#include "SettingsCallPolicy.h"
+
+#include "configuration/Configuration.h"
+#include "lines/Line.h"
+#include "lines/LineManager.h"
+#include "management/Settings.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace telephone {
+
+namespace {
+
+struct ForwardingKeys
+{
+    sfiForwardingType type;
+    std::string_view activated;
+    std::string_view address;
+};
+
+// clang-format off
+constexpr std::array kForwardingKeys{
+    ForwardingKeys{sfiForwardUnconditional,         "cfu-activated",      "cfu-address"},
+    ForwardingKeys{sfiForwardUnconditionalExternal, "cfu-ext-activated",  "cfu-ext-address"},
+    ForwardingKeys{sfiForwardUnconditionalInternal, "cfu-int-activated",  "cfu-int-address"},
+    ForwardingKeys{sfiForwardBusy,                  "cfb-activated",      "cfb-address"},
+    ForwardingKeys{sfiForwardBusyExternal,          "cfb-ext-activated",  "cfb-ext-address"},
+    ForwardingKeys{sfiForwardBusyInternal,          "cfb-int-activated",  "cfb-int-address"},
+    ForwardingKeys{sfiForwardNoReply,               "cfnr-activated",     "cfnr-address"},
+    ForwardingKeys{sfiForwardNoReplyExternal,       "cfnr-ext-activated", "cfnr-ext-address"},
+    ForwardingKeys{sfiForwardNoReplyInternal,       "cfnr-int-activated", "cfnr-int-address"},
+};
+// clang-format on
+static_assert(kForwardingKeys.size() == 9);
+
+// The primary line, else the first.
+std::string ownLineOf(const Configuration& configuration)
+{
+    const auto& lines = configuration.lines;
+    const auto primary = std::find_if(lines.begin(), lines.end(), [](const auto& line) { return line.primary; });
+    if (primary != lines.end())
+        return primary->id;
+    return lines.empty() ? std::string() : lines.front().id;
+}
+
+Line::serverFeaturesSettings featuresOf(const std::string& lineURI)
+{
+    Line::serverFeaturesSettings features;
+    LineManager* const lines = LineManager::Instance();
+    Line* const line = lines != nullptr ? lines->getLine(lineURI) : nullptr;
+    if (line != nullptr)
+        line->getServerFeaturesSettings(features);
+    return features;
+}
+
+}  // namespace
+
+SettingsCallPolicy::SettingsCallPolicy(const Settings& settings, const LineDirectory& lines,
+                                       const Configuration& configuration)
+    : settings_(settings)
+    , lines_(lines)
+    , ownLine_(ownLineOf(configuration))
+{
+    // What was switched on before the telephone was started holds on.
+    if (settings_.flag(SettingNames::kDoNotDisturb))
+        doNotDisturb_[0] = true;
+}
+
+bool SettingsCallPolicy::forwardsHere() const
+{
+    return settings_.flag(SettingNames::kBuiltInForwarding) && !settings_.flag(SettingNames::kServerBasedFeatures);
+}
+
+bool SettingsCallPolicy::isUsersLine(const std::string& lineURI) const
+{
+    const std::string user = settings_.text(SettingNames::kCurrentMultiUser);
+    if (!user.empty())
+        return user == lineURI;
+    return lineURI == ownLine_;
+}
+
+ForwardingRule SettingsCallPolicy::forwarding(int lineNumber, sfiForwardingType type) const
+{
+    const auto line = lines_.addressOf(lineNumber, 0);
+    if (!line)
+        return {};
+    if (isUsersLine(line->lineURI)) {
+        const auto keys = std::find_if(kForwardingKeys.begin(), kForwardingKeys.end(),
+                                       [type](const ForwardingKeys& row) { return row.type == type; });
+        if (keys == kForwardingKeys.end())
+            return {};
+        return {settings_.flag(keys->activated), settings_.text(keys->address)};
+    }
+    const Line::serverFeaturesSettings features = featuresOf(line->lineURI);
+    const auto rule = features.forwarding.find(type);
+    return rule == features.forwarding.end() ? ForwardingRule{}
+                                             : ForwardingRule{rule->second.status, rule->second.destination};
+}
+
+int SettingsCallPolicy::ringsBeforeNoReply() const
+{
+    return settings_.number(SettingNames::kNoReplyDelay);
+}
+
+bool SettingsCallPolicy::doNotDisturb(int lineNumber) const
+{
+    {
+        const std::lock_guard guard(mutex_);
+        const auto isOn = [this](int number) {
+            const auto found = doNotDisturb_.find(number);
+            return found != doNotDisturb_.end() && found->second;
+        };
+        if (isOn(0) || isOn(lineNumber))
+            return true;
+        // The telephone is in this state while a line of it is.
+        if (lineNumber == 0)
+            return std::any_of(doNotDisturb_.begin(), doNotDisturb_.end(),
+                               [](const auto& each) { return each.second; });
+    }
+    const auto line = lines_.addressOf(lineNumber, 0);
+    return line && !isUsersLine(line->lineURI) && featuresOf(line->lineURI).dnd;
+}
+
+void SettingsCallPolicy::setDoNotDisturb(int lineNumber, bool on)
+{
+    const std::lock_guard guard(mutex_);
+    if (lineNumber == 0)
+        doNotDisturb_.clear();
+    doNotDisturb_[lineNumber] = on;
+    // Of the line that the telephone was in this state for.
+    if (!on)
+        doNotDisturb_[0] = false;
+}
+
+}  // namespace telephone

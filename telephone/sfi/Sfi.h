@@ -1,0 +1,130 @@
+// CSfi over the call engine: a thin translation of the platform's operations to the engine, the settings, the event
+// dispatcher and the timers. The composition root owns the one object, made after all it refers to; while it lives it
+// is CSfi::GetInstance(). Any thread; operations of calls take the phone lock.
+//
+// An operation that cannot be done answers a failure, and the log says why.
+#pragma once
+
+#include "CallEngine.h"
+#include "sfi/CSfi.h"
+
+#include <atomic>
+#include <string>
+
+namespace telephone {
+
+class EventDispatcher;
+class Settings;
+class SettingsCallPolicy;
+class TimerService;
+
+class Sfi final : public CSfi
+{
+public:
+    struct Parts
+    {
+        CallEngine& engine;
+        LineDirectory& lines;
+        SettingsCallPolicy& policy;
+        Settings& settings;
+        EventDispatcher& events;
+        TimerService& timers;
+        SfiMCAMapper* appearances;  // null: no line has several
+    };
+
+    explicit Sfi(const Parts& parts);
+    ~Sfi();
+    Sfi(const Sfi&) = delete;
+    Sfi& operator=(const Sfi&) = delete;
+
+    // --- life
+    void Initialise(SvcRTEContext* context) override;
+    void SetCommsService(Executable* service) override;
+    sfiResult Activate() override;
+    sfiResult Deactivate(bool final, bool allowAutoActivate) override;
+    void Startup() override;
+    sfiResult Subscribe(Executable* subscriber) override;
+
+    // --- calls
+    sfiResult CallMake(sfiCallInfo* call, std::string const& destination, int mode, int option, bool dssDirectCall,
+                       bool bridgeCall, bool callCompletionCall, bool numberFlag) override;
+    sfiResult GroupPickup(sfiCallInfo* call) override;
+    sfiResult CallClear(sfiCallInfo* call, CSTAEventCause cause) override;
+    sfiResult CallRetrieve(sfiCallInfo* call) override;
+    sfiResult CallAccept(sfiCallInfo* call) override;
+    sfiResult CallAnswer(sfiCallInfo* call) override;
+    sfiResult CallRefuse(sfiCallInfo* call, sfiRefuseCall reason) override;
+    sfiResult CallFeature(sfiCallInfo* call, sfiFeature feature, char const* destination, int mode) override;
+    void SetManualHoldIndication(sfiCallInfo* call, bool manual) override;
+    sfiResult GetManualHoldIndication(sfiCallInfo* call) override;
+    sfiResult SetServiceState(sfiServiceState state) override;
+    sfiResult GetServiceState(sfiServiceState& state) override;
+    sfiResult GenerateDigits(sfiCallInfo* call, char const* digits) override;
+    sfiResult InitializeOrFinalizeServerFeatures(std::string const& lineURI, bool initialize) override;
+    sfiResult SendCSTARequest(std::string const& lineURI, std::string const& body) override;
+    sfiResult ActivateCallbackRinging(sfiCallInfo* call) override;
+    sfiResult ActivateCallbackBusy(sfiCallInfo* call) override;
+    sfiResult CancelCallbacks(sfiCallInfo* call, std::string& target, sfiCancelCallBackType type,
+                              bool displayOutcome) override;
+
+    // --- the telephone
+    sfiResult SetMicrophoneMute(bool mute) override;
+    sfiResult GetMicrophoneMute(bool& mute) override;
+    sfiResult SetDoNotDisturb(int lineID, bool on) override;
+    sfiResult GetDoNotDisturb(int lineID, bool& on) override;
+    void GetDNDEnabled(bool& enabled) override;
+    void GetAgentFeatureEnabled(bool& enabled) override;
+    sfiResult SetAgentState(int lineID, std::string const& state) override;
+    void SystemStatus(std::string const& status, std::string const& statusInfo, int option) override;
+    bool IsPhoneLocked() override;
+    void SendFeatureFailureNotification(int lineID, int feature, int failure) override;
+    void SetHeadsetPlugged(bool plugged) override;
+    void HandleKeyFunction(int keyFunction) override;
+    void JackEvent() override;
+    void NotifyViewState(int view) override;
+    void TimerExpired(int timerId) override;
+    void SetPhysicalInterface(PhysicalInterfaceServiceIfc* physicalInterface) override;
+    void SetAuditoryDevice(AuditoryDeviceIfc* auditoryDevice) override;
+    int ApplyManageableData(ManageableData& data, bool changed) override;
+    int GetHotWarmLineStatus(int lineID) override;
+    int GetLineHeadsetOverride() override;
+    sfiResult GetMessageWaitingIndicator(std::string const& phoneNumber, sfiMessageWaitingRecord& record) override;
+    void SetAssociatedCalls(bool associated) override;
+    void Lock() override;
+    void Unlock() override;
+    int StartTimer(int milliseconds) override;
+    sfiResult SecurityChangeReinvite(sfiCallInfo* call, bool secure) override;
+    void Start() override;
+    void NotifyFPKAvailable() override;
+    sfiResult SendUACSTAServerMessage(std::string& body) override;
+    SfiMCAMapper* GetMCAMapper() override;
+    void GetBluetoothLineURI(int device, std::string& lineURI, std::string& name) override;
+    int GetDialRestrictionMode() override;
+    void setCFChangesPending(bool pending) override;
+
+    // Forwarding settings are being written.
+    bool areForwardingChangesPending() const { return forwardingChangesPending_; }
+    // Last one that the user interface told; 0: none yet.
+    int viewState() const { return viewState_; }
+
+private:
+    sfiResult otherCallFeature(const sfiCallInfo& call, sfiFeature feature);
+    std::string deviceOf(int lineID) const;
+    void pressHoldKey();
+
+    CallEngine& engine_;
+    LineDirectory& lines_;
+    SettingsCallPolicy& policy_;
+    Settings& settings_;
+    EventDispatcher& events_;
+    TimerService& timers_;
+    SfiMCAMapper* appearances_;
+    std::atomic<AuditoryDeviceIfc*> auditoryDevice_{nullptr};
+    std::atomic<PhysicalInterfaceServiceIfc*> physicalInterface_{nullptr};
+    std::atomic<bool> forwardingChangesPending_{false};
+    std::atomic<int> viewState_{0};
+    std::atomic<bool> ended_{false};
+    int holdAsked_ = 0;  // the call whose hold has just been announced; under the phone lock
+};
+
+}  // namespace telephone
