@@ -1,7 +1,8 @@
 #include "DialogInfo.h"
 
+#include <algorithm>
 #include <array>
-#include <cstdio>
+#include <charconv>
 #include <sstream>
 
 #include <pugixml.hpp>
@@ -115,6 +116,50 @@ void writeDialog(pugi::xml_node& root, const DialogEntry& entry)
     writeParty(node, "remote", entry.remote);
 }
 
+void skipBlanks(std::string_view& text)
+{
+    text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
+}
+
+bool take(std::string_view& text, char expected)
+{
+    skipBlanks(text);
+    if (text.empty() || text.front() != expected)
+        return false;
+    text.remove_prefix(1);
+    return true;
+}
+
+// Digits alone: no sign, and nothing that is too large.
+bool takeNumber(std::string_view& text, unsigned& number)
+{
+    skipBlanks(text);
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc())
+        return false;
+    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+    return true;
+}
+
+bool takePair(std::string_view& text, unsigned& fresh, unsigned& old)
+{
+    return takeNumber(text, fresh) && take(text, '/') && takeNumber(text, old);
+}
+
+// "fresh/old (urgent fresh/urgent old)", RFC 3842 section 5.2. What is no pair of numbers counts nothing.
+MessageCounts readCounts(std::string_view text)
+{
+    MessageCounts all;
+    MessageCounts urgent;
+    if (!takePair(text, all.fresh, all.old))
+        return {};
+    if (take(text, '(') && takePair(text, urgent.urgentFresh, urgent.urgentOld) && take(text, ')')) {
+        all.urgentFresh = urgent.urgentFresh;
+        all.urgentOld = urgent.urgentOld;
+    }
+    return all;
+}
+
 }  // namespace
 
 std::optional<DialogInfo> DialogInfo::parse(const std::string& document)
@@ -176,8 +221,7 @@ std::optional<MessageSummary> MessageSummary::parse(const std::string& document)
         } else if (equalsIgnoringCase(name, "Message-Account")) {
             summary.account = value;
         } else if (equalsIgnoringCase(name, "Voice-Message")) {
-            (void)std::sscanf(value.c_str(), "%9u/%9u (%9u/%9u)", &voice.fresh, &voice.old, &voice.urgentFresh,
-                              &voice.urgentOld);
+            voice = readCounts(value);
         }
     }
     return found ? std::optional(summary) : std::nullopt;

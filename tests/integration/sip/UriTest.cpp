@@ -158,4 +158,17 @@ TEST(MessageSummaryDocument, IsReadWithoutRegardToCase)
     EXPECT_FALSE(MessageSummary::parse("Voice-Message: 4/8"));
 }
 
+TEST(MessageSummaryDocument, WithCountsThatAreNone_CountsNothing)
+{
+    const auto countsOf = [](const std::string& counts) {
+        return MessageSummary::parse("Messages-Waiting: yes\r\nVoice-Message: " + counts + "\r\n")->voice;
+    };
+
+    EXPECT_EQ((MessageCounts{2, 8, 0, 2}), countsOf("2/8 (0/2)"));
+    EXPECT_EQ((MessageCounts{2, 8, 0, 0}), countsOf("2/8 (0/x)"));
+    EXPECT_EQ(MessageCounts{}, countsOf("1/-7"));
+    EXPECT_EQ(MessageCounts{}, countsOf("99999999999/1"));
+    EXPECT_EQ(MessageCounts{}, countsOf("none"));
+}
+
 }  // namespace telephone::sip
