@@ -1,0 +1,246 @@
+// One engine with two lines at the exchange: registration, the numbers with a behaviour, and what is done with two
+// calls.
+#include "TestPhone.h"
+#include "exchange/Exchange.h"
+
+namespace telephone::test {
+
+namespace {
+
+using exchange::Exchange;
+
+TestPhone::Options phoneAt(const Exchange& exchange, const std::vector<std::string>& lines)
+{
+    TestPhone::Options options;
+    options.lines = lines;
+    options.registrar = exchange.hostPort();
+    options.engine.directedPickup = exchange::kDirectedPickup;
+    options.engine.groupPickup = exchange::kGroupPickup;
+    return options;
+}
+
+class AtTheExchange : public ::testing::Test
+{
+protected:
+    Exchange exchange_{eventLoop(), {}};
+    TestPhone phone_{phoneAt(exchange_, {"4711", "4712"})};
+
+    void SetUp() override
+    {
+        ASSERT_TRUE(eventually([this] { return phone_.engine().isRegistered(1) && phone_.engine().isRegistered(2); }));
+        phone_.events().rest();
+    }
+
+    CallEngine& engine() { return phone_.engine(); }
+
+    // A call to the echo, connected.
+    void callEcho(int callID)
+    {
+        const std::string id = std::to_string(callID);
+        ASSERT_EQ(engine().make(1, 0, callID, "100"), sfiSuccess);
+        ASSERT_TRUE(phone_.events().waitFor("state 4711 " + id + " Connected Normal 100"));
+    }
+};
+
+}  // namespace
+
+TEST(Registration, TwoLines_AreTold)
+{
+    Exchange exchange(eventLoop(), {});
+
+    TestPhone phone(phoneAt(exchange, {"4711", "4712"}));
+
+    phone.expect({"registration 4711 0 yes 0", "registration 4712 0 yes 0"});
+    EXPECT_TRUE(exchange.isRegistered("4711"));
+    ASSERT_EQ(phone.engine().deactivate(), sfiSuccess);
+    phone.expect({"registration 4711 0 no 4", "registration 4712 0 no 4"});
+    EXPECT_TRUE(eventually([&exchange] { return !exchange.isRegistered("4711"); }));
+}
+
+TEST(Registration, WrongPassword_IsToldAsUnauthorised)
+{
+    Exchange exchange(eventLoop(), {});
+    TestPhone::Options options = phoneAt(exchange, {"4711"});
+    options.password = "wrong";
+
+    TestPhone phone(options);
+
+    phone.expect({"registration 4711 0 no 1"});
+}
+
+TEST(Registration, RegistrarThatGoesAwayAndReturns_IsFoundAgain)
+{
+    auto exchange = std::make_unique<Exchange>(eventLoop(), exchange::ExchangeConfig{});
+    TestPhone phone(phoneAt(*exchange, {"4711"}));
+    phone.expect({"registration 4711 0 yes 0"});
+    exchange::ExchangeConfig again;
+    again.port = exchange->port();
+    exchange.reset();
+
+    phone.engine().deactivate();
+    phone.engine().activate();
+    phone.expect({"registration 4711 0 no 4", "registration 4711 0 no 3"});
+    exchange = std::make_unique<Exchange>(eventLoop(), again);
+
+    phone.expect({"registration 4711 0 yes 0"});
+}
+
+TEST_F(AtTheExchange, BusyNumber_EndsBusy)
+{
+    ASSERT_EQ(engine().make(1, 0, 1, "101"), sfiSuccess);
+
+    phone_.expect({"state 4711 1 Dialling Normal 101", "state 4711 1 Busy Busy 101"});
+    EXPECT_FALSE(engine().call(1));
+}
+
+TEST_F(AtTheExchange, DecliningNumber_EndsRefused)
+{
+    ASSERT_EQ(engine().make(1, 0, 1, "104"), sfiSuccess);
+
+    phone_.expect({"state 4711 1 Dialling Normal 104", "state 4711 1 Failed Refused 104"});
+}
+
+TEST_F(AtTheExchange, UnknownNumber_EndsNotFound)
+{
+    ASSERT_EQ(engine().make(1, 0, 1, "555"), sfiSuccess);
+
+    phone_.expect({"state 4711 1 Dialling Normal 555", "state 4711 1 Failed NotFound 555"});
+}
+
+TEST_F(AtTheExchange, NumberThatHangsUp_EndsIdle)
+{
+    exchange::NumberBehaviour quick;
+    quick.hangUpAfter = std::chrono::milliseconds(50);
+    exchange_.setBehaviour("110", quick);
+
+    ASSERT_EQ(engine().make(1, 0, 1, "110"), sfiSuccess);
+
+    ASSERT_TRUE(phone_.events().waitFor("state 4711 1 Connected Normal 110"));
+    phone_.expect({"state 4711 1 Idle Normal 110"});
+}
+
+TEST_F(AtTheExchange, NumberThatHolds_IsSeenRemotelyHeld)
+{
+    exchange::NumberBehaviour holding;
+    holding.holdAfter = std::chrono::milliseconds(50);
+    holding.retrieveAfter = std::chrono::milliseconds(50);
+    exchange_.setBehaviour("110", holding);
+
+    ASSERT_EQ(engine().make(1, 0, 1, "110"), sfiSuccess);
+
+    ASSERT_TRUE(phone_.events().waitFor("state 4711 1 Connected Normal 110"));
+    phone_.expect({"state 4711 1 RemotelyHeld Normal 110", "state 4711 1 Connected Normal 110"});
+}
+
+TEST_F(AtTheExchange, NumberThatCallsBack_ComesIn)
+{
+    ASSERT_EQ(engine().make(1, 0, 1, "199"), sfiSuccess);
+
+    ASSERT_TRUE(phone_.events().waitFor("state 4711 1 Idle Normal 199"));
+    phone_.expect({"incoming 4711 1001 199 - 1 - 0", "state 4711 1001 Ringing Normal 199"});
+    ASSERT_EQ(engine().answer(1001), sfiSuccess);
+    phone_.expect({"state 4711 1001 Connected Normal 199"});
+}
+
+TEST_F(AtTheExchange, Consultation_HoldsTheFirstCall)
+{
+    callEcho(1);
+
+    ASSERT_EQ(engine().make(1, 0, 2, "100", CallPurpose::kConsultation), sfiSuccess);
+
+    phone_.expect({"state 4711 2 Dialling Normal 100", "held 4711 1"});
+    ASSERT_TRUE(phone_.events().waitFor("state 4711 2 Connected Normal 100"));
+    EXPECT_TRUE(engine().call(1)->heldForConsultation);
+    EXPECT_TRUE(engine().call(2)->consultation);
+}
+
+TEST_F(AtTheExchange, Alternate_ExchangesTheTwoCalls)
+{
+    callEcho(1);
+    callEcho(2);
+    phone_.events().rest();
+
+    ASSERT_EQ(engine().alternate(1), sfiSuccess);
+
+    phone_.expect({"held 4711 2", "retrieved 4711 1 100", "success 4711 1 Alternate"});
+    EXPECT_EQ(engine().activeCall()->callID, 1);
+    ASSERT_EQ(engine().alternate(1), sfiSuccess);
+    phone_.expect({"held 4711 1", "retrieved 4711 2 100", "success 4711 2 Alternate"});
+}
+
+TEST_F(AtTheExchange, AnswerOfASecondCall_HoldsTheFirst)
+{
+    callEcho(1);
+    ASSERT_TRUE(exchange_.callNumber("100", "4712"));
+    phone_.expect({"incoming 4712 1001 100 - 1 - 0", "state 4712 1001 Ringing Normal 100"});
+
+    ASSERT_EQ(engine().answer(1001), sfiSuccess);
+
+    phone_.expect({"held 4711 1", "state 4712 1001 Connected Normal 100"});
+}
+
+TEST_F(AtTheExchange, SecondCallOnALineWithAssociatedCalls_IsTold)
+{
+    engine().setAssociatedCalls(true);
+    callEcho(1);
+
+    ASSERT_TRUE(exchange_.callNumber("100", "4711"));
+
+    phone_.expect({"incoming 4711 1001 100 - 1 - 0", "associated 4711 1 1001", "state 4711 1001 Ringing Normal 100"});
+}
+
+TEST_F(AtTheExchange, Conference_JoinsBothAndTellsIt)
+{
+    callEcho(1);
+    callEcho(2);
+    phone_.events().rest();
+
+    ASSERT_EQ(engine().conference(1), sfiSuccess);
+
+    phone_.expect({"retrieved 4711 1 100", "state 4711 1 Conference Normal 100", "state 4711 2 Conference Normal 100",
+                   "success 4711 1 Conference", "conference 4711 1", "conference 4711 2"});
+    const std::string number = "sip:100@" + exchange_.hostPort();
+    const std::string own = "sip:4711@" + exchange_.hostPort();
+    EXPECT_EQ(phone_.events().lastDocument(),
+              "<conference-info xmlns=\"urn:ietf:params:xml:ns:conference-info\" entity=\"" + own +
+                  "\" state=\"full\" version=\"1\"><conference-state><user-count>3</user-count><active>true</active>"
+                  "</conference-state><users><user entity=\"" +
+                  own + "\" state=\"full\"><endpoint entity=\"" + own +
+                  "\"><status>connected</status></endpoint></user><user entity=\"" + number +
+                  "\" state=\"full\"><endpoint entity=\"" + number +
+                  "\"><status>connected</status></endpoint></user><user entity=\"" + number +
+                  "\" state=\"full\"><endpoint entity=\"" + number +
+                  "\"><status>connected</status></endpoint></user></users></conference-info>");
+}
+
+TEST_F(AtTheExchange, ConferencePartyThatLeaves_LeavesAnOrdinaryCall)
+{
+    callEcho(1);
+    callEcho(2);
+    ASSERT_EQ(engine().conference(1), sfiSuccess);
+    ASSERT_TRUE(phone_.events().waitFor("conference 4711 2"));
+
+    ASSERT_EQ(engine().clear(2), sfiSuccess);
+
+    phone_.expect({"state 4711 2 Idle Normal 100", "conference 4711 1", "party 4711 1 100 1 0",
+                   "state 4711 1 Connected Normal 100"});
+}
+
+TEST_F(AtTheExchange, ConferenceOnHold_IsHeldAndRetrievedAsAWhole)
+{
+    callEcho(1);
+    callEcho(2);
+    ASSERT_EQ(engine().conference(1), sfiSuccess);
+    ASSERT_TRUE(phone_.events().waitFor("conference 4711 2"));
+
+    ASSERT_EQ(engine().hold(2), sfiSuccess);
+    ASSERT_TRUE(eventually(
+        [this] { return engine().call(1)->state == sfiCallStateHeld && engine().call(2)->state == sfiCallStateHeld; }));
+    ASSERT_EQ(engine().retrieve(1), sfiSuccess);
+
+    EXPECT_TRUE(eventually([this] {
+        return engine().call(1)->state == sfiCallStateConference && engine().call(2)->state == sfiCallStateConference;
+    }));
+}
+
+}  // namespace telephone::test
