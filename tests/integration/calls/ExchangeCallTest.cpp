@@ -1,23 +1,12 @@
 // One engine with two lines at the exchange: registration, the numbers with a behaviour, and what is done with two
 // calls.
-#include "TestPhone.h"
-#include "exchange/Exchange.h"
+#include "ExchangePhones.h"
 
 namespace telephone::test {
 
 namespace {
 
 using exchange::Exchange;
-
-TestPhone::Options phoneAt(const Exchange& exchange, const std::vector<std::string>& lines)
-{
-    TestPhone::Options options;
-    options.lines = lines;
-    options.registrar = exchange.hostPort();
-    options.engine.directedPickup = exchange::kDirectedPickup;
-    options.engine.groupPickup = exchange::kGroupPickup;
-    return options;
-}
 
 class AtTheExchange : public ::testing::Test
 {

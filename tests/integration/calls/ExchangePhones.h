@@ -1,0 +1,63 @@
+// Several telephones registered at one exchange, for tests of what happens between them.
+#pragma once
+
+#include "TestPhone.h"
+#include "exchange/Exchange.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace telephone::test {
+
+inline TestPhone::Options phoneAt(const exchange::Exchange& exchange, const std::vector<std::string>& lines)
+{
+    TestPhone::Options options;
+    options.lines = lines;
+    options.registrar = exchange.hostPort();
+    options.engine.directedPickup = exchange::kDirectedPickup;
+    options.engine.groupPickup = exchange::kGroupPickup;
+    return options;
+}
+
+// alice 4711, bob 4722, carol 4733.
+class ThreePhones : public ::testing::Test
+{
+protected:
+    exchange::Exchange exchange_{eventLoop(), {}};
+    TestPhone alice_{phoneAt(exchange_, {"4711"})};
+    TestPhone bob_{phoneAt(exchange_, {"4722"})};
+    TestPhone carol_{phoneAt(exchange_, {"4733"})};
+
+    void SetUp() override
+    {
+        for (TestPhone* phone : {&alice_, &bob_, &carol_}) {
+            ASSERT_TRUE(eventually([phone] { return phone->engine().isRegistered(1); }));
+            phone->events().rest();
+        }
+    }
+
+    // alice calls bob: 1 here, 1001 there; both connected and nothing left to read.
+    void connectAliceAndBob()
+    {
+        ASSERT_EQ(alice_.engine().make(1, 0, 1, "4722"), sfiSuccess);
+        ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 Ringing Normal 4711"));
+        ASSERT_EQ(bob_.engine().answer(1001), sfiSuccess);
+        ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 Connected Normal 4711"));
+        ASSERT_TRUE(alice_.events().waitFor("state 4711 1 Connected Normal 4722"));
+    }
+
+    // alice, who talks to bob, asks carol back: 2 at alice's, 1001 at carol's.
+    void consultCarol()
+    {
+        ASSERT_EQ(alice_.engine().make(1, 0, 2, "4733", CallPurpose::kConsultation), sfiSuccess);
+        ASSERT_TRUE(carol_.events().waitFor("state 4733 1001 Ringing Normal 4711"));
+        ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 RemotelyHeld Normal 4711"));
+        ASSERT_EQ(carol_.engine().answer(1001), sfiSuccess);
+        ASSERT_TRUE(carol_.events().waitFor("state 4733 1001 Connected Normal 4711"));
+        ASSERT_TRUE(alice_.events().waitFor("state 4711 2 Connected Normal 4733"));
+    }
+};
+
+}  // namespace telephone::test

@@ -1,0 +1,88 @@
+// Calls that ring at one telephone and are taken at another.
+#include "ExchangePhones.h"
+
+namespace telephone::test {
+
+class Pickup : public ThreePhones
+{
+protected:
+    // alice calls bob, who lets it ring.
+    void ringBob()
+    {
+        ASSERT_EQ(alice_.engine().make(1, 0, 1, "4722"), sfiSuccess);
+        ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 Ringing Normal 4711"));
+        ASSERT_TRUE(alice_.events().waitFor("state 4711 1 RemoteRinging Normal 4722"));
+    }
+};
+
+TEST_F(Pickup, DirectedPickupByTheDialogPackage_TakesTheCall)
+{
+    ringBob();
+
+    ASSERT_EQ(carol_.engine().directedPickup(1, 0, 5, "4722"), sfiSuccess);
+
+    carol_.expect({"state 4733 5 Dialling Normal 4722", "pickup 4733 5 4711 -", "state 4733 5 Connected Normal 4711",
+                   "success 4733 5 DirectedPickup"});
+    alice_.expect({"party 4711 1 4733 0 0", "state 4711 1 Connected Normal 4733"});
+    bob_.expect({"missed 4722 1001 4711 NoAnswer - 0", "state 4722 1001 Idle Cancelled 4711"});
+}
+
+TEST_F(Pickup, DirectedPickup_ShowsWhoWasCalledByWhom)
+{
+    ringBob();
+
+    ASSERT_EQ(carol_.engine().directedPickup(1, 0, 5, "4722"), sfiSuccess);
+    ASSERT_TRUE(carol_.events().waitFor("state 4733 5 Connected Normal 4711"));
+
+    const sfiReplacesDisplay display = carol_.events().lastReplaces();
+    EXPECT_EQ(display.called, "sip:4722@" + exchange_.hostPort());
+    EXPECT_EQ(display.calling, "sip:4711@" + exchange_.hostPort());
+}
+
+TEST_F(Pickup, DirectedPickupWhereNothingRings_Fails)
+{
+    ASSERT_EQ(carol_.engine().directedPickup(1, 0, 5, "4722"), sfiSuccess);
+
+    carol_.expect(
+        {"state 4733 5 Dialling Normal 4722", "failed 4733 5 DirectedPickup 4", "state 4733 5 Failed NotFound 4722"});
+}
+
+TEST_F(Pickup, DirectedPickupThatIsGivenUp_EndsIdle)
+{
+    ASSERT_EQ(carol_.engine().directedPickup(1, 0, 5, "4722"), sfiSuccess);
+
+    ASSERT_EQ(carol_.engine().clear(5), sfiSuccess);
+
+    carol_.expect({"state 4733 5 Dialling Normal 4722", "state 4733 5 Idle Cancelled 4722"});
+}
+
+TEST_F(Pickup, PickupNumber_TakesTheCall)
+{
+    ringBob();
+
+    ASSERT_EQ(carol_.engine().make(1, 0, 5, "*974722"), sfiSuccess);
+
+    EXPECT_TRUE(carol_.events().waitFor("success 4733 5 DirectedPickup"));
+    EXPECT_TRUE(alice_.events().waitFor("state 4711 1 Connected Normal 4722"));
+    EXPECT_TRUE(bob_.events().waitFor("state 4722 1001 Idle Cancelled 4711"));
+}
+
+TEST_F(Pickup, GroupPickup_TakesTheCall)
+{
+    ringBob();
+
+    ASSERT_EQ(carol_.engine().groupPickup(1, 0, 5), sfiSuccess);
+
+    EXPECT_TRUE(carol_.events().waitFor("success 4733 5 GroupPickup"));
+    EXPECT_TRUE(bob_.events().waitFor("state 4722 1001 Idle Cancelled 4711"));
+}
+
+TEST_F(Pickup, GroupPickupWithNothingToPickUp_Fails)
+{
+    ASSERT_EQ(carol_.engine().groupPickup(1, 0, 5), sfiSuccess);
+
+    std::vector<std::string> skipped;
+    EXPECT_TRUE(carol_.events().waitFor("failed 4733 5 GroupPickup 2", &skipped)) << ::testing::PrintToString(skipped);
+}
+
+}  // namespace telephone::test
