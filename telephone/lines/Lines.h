@@ -15,6 +15,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <set>
 #include <string>
 #include <vector>
@@ -120,7 +121,8 @@ public:
     std::chrono::milliseconds warmLineDelay() const { return warmLineDelay_; }
     Settings& settings() const { return settings_; }
     LineActions& actions() const { return *actions_; }
-    // Lock held; also while it is told. A listener is taken away before it ends.
+    // Called with the lock held, or without. A listener may come before the lines are connected, and is taken away
+    // before it ends.
     void addListener(LineListener& listener);
     void removeListener(LineListener& listener);
 
@@ -143,6 +145,8 @@ public:
     void refresh();
 
 private:
+    // The phone lock, where there are calls yet.
+    std::unique_lock<PhoneCalls> lockCalls() const;
     void noteShared(TelephoneLine& line, WatchedParty const& party);
     void addLine(LineConfiguration const& configuration);
     void addAppearances(TelephoneLine& line, int count);

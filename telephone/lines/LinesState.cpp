@@ -86,15 +86,20 @@ void Lines::registrationChanged(int lineNumber, bool registered)
     change(*line, [registered](TelephoneLine& each) { each.inService_ = registered; });
 }
 
+std::unique_lock<PhoneCalls> Lines::lockCalls() const
+{
+    return calls_ == nullptr ? std::unique_lock<PhoneCalls>() : std::unique_lock(*calls_);
+}
+
 void Lines::addListener(LineListener& listener)
 {
-    std::lock_guard const lock(calls());
+    auto const lock = lockCalls();
     listeners_.push_back(&listener);
 }
 
 void Lines::removeListener(LineListener& listener)
 {
-    std::lock_guard const lock(calls());
+    auto const lock = lockCalls();
     std::erase(listeners_, &listener);
 }
 
