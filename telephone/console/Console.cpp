@@ -115,6 +115,7 @@ void Console::lineTyped(char* line)
 bool Console::runPipe()
 {
     std::string pending;
+    conversation_.settle();
     while (!over_ && waitForInput()) {
         std::array<char, 4096> buffer;
         ssize_t const count = read(STDIN_FILENO, buffer.data(), buffer.size());

@@ -61,7 +61,7 @@ private:
     std::map<std::string, std::string> values_;  // of the elements of the events that waits took
     bool hasRequest_ = false;
     std::optional<std::string> answer_;
-    bool unsettled_ = false;  // a wait has been the last step
+    bool unsettled_ = true;  // a wait has been the last step, or the telephone has just begun
     bool quit_ = false;
 };
 
