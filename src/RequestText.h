@@ -8,12 +8,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <optional>
 #include <string>
 #include <string_view>
-
-#include "TaggedText.h"
 
 class RequestText
 {
@@ -25,38 +22,22 @@ public:
     std::string_view whole() const { return text_; }
 
     // What stands between the first opening tag of that name and the first closing tag after it, if both are there.
-    template <std::size_t kSize>
-    std::optional<std::string_view> value(char const (&name)[kSize]) const;
+    // A name holds no "<" and no ">".
+    std::optional<std::string_view> value(std::string_view name) const;
 
     // Missing: the empty text.
-    template <std::size_t kSize>
-    std::string text(char const (&name)[kSize]) const
-    {
-        return std::string(value(name).value_or(std::string_view()));
-    }
+    std::string text(std::string_view name) const;
     // Missing: kMissingInteger.
-    template <std::size_t kSize>
-    int integer(char const (&name)[kSize]) const
-    {
-        auto const found = value(name);
-        return found ? tagged_text::decimal(*found) : kMissingInteger;
-    }
+    int integer(std::string_view name) const;
     // Everything but 0 is true, and so a missing one is too.
-    template <std::size_t kSize>
-    bool flag(char const (&name)[kSize]) const
-    {
-        return integer(name) != 0;
-    }
+    bool flag(std::string_view name) const;
     // True for "TRUE" alone.
-    template <std::size_t kSize>
-    bool word(char const (&name)[kSize]) const
-    {
-        return value(name) == std::string_view("TRUE");
-    }
+    bool word(std::string_view name) const;
 
 private:
     static constexpr std::size_t kMaximumPlaces = 32;
 
+    bool isAt(std::size_t place, std::string_view name) const;
     std::optional<std::string_view> search(std::string_view name) const;
 
     std::string_view text_;
@@ -64,33 +45,3 @@ private:
     std::size_t count_ = 0;
     bool allPlacesKnown_ = false;
 };
-
-// The size of the name is part of the type, so that a comparison is a few instructions and no call.
-template <std::size_t kSize>
-std::optional<std::string_view> RequestText::value(char const (&name)[kSize]) const
-{
-    constexpr std::size_t kLength = kSize - 1;
-    auto const isAt = [&](std::size_t place) {
-        return text_.size() > place + kLength && text_[place + kLength] == '>' &&
-               std::memcmp(text_.data() + place, name, kLength) == 0;
-    };
-    if (!allPlacesKnown_) {
-        return search(name);
-    }
-    std::size_t index = 0;
-    while (index < count_ && !isAt(places_[index] + 1)) {
-        ++index;
-    }
-    if (index == count_) {
-        return std::nullopt;
-    }
-    // A name of ours holds no "<", so every later place lies behind the opening tag.
-    std::size_t const start = places_[index] + kLength + 2;
-    for (++index; index < count_; ++index) {
-        std::size_t const end = places_[index];
-        if (isAt(end + 2) && text_[end + 1] == '/') {
-            return text_.substr(start, end - start);
-        }
-    }
-    return std::nullopt;
-}

@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <optional>
 #include <random>
 #include <string>
+#include <utility>
 
 #include "TaggedText.h"
 
@@ -85,6 +88,44 @@ TEST(RequestText, Value_InATextOfMoreElementsThanAreKept_IsFoundAllTheSame)
     EXPECT_EQ(RequestText(text).value("x"), "0");
     EXPECT_EQ(RequestText(text).value("c"), std::nullopt);
     EXPECT_EQ(RequestText(elements(15) + "<b>2<</b>").value("b"), "2<");
+}
+
+// The comparison is made anew for every length that a name has.
+template <std::size_t kLength>
+void findNameOfLength()
+{
+    char name[kLength + 1] = {};
+    std::fill_n(name, kLength, 'n');
+    std::string const text(name);
+    std::string const other(kLength, 'm');
+    auto const element = [](std::string const& tag, std::string const& value) {
+        return "<" + tag + ">" + value + "</" + tag + ">";
+    };
+
+    EXPECT_EQ(RequestText(element(text, "1")).value(name), "1");
+    EXPECT_EQ(RequestText(element(other, "1") + element(text, "2")).value(name), "2");
+    EXPECT_EQ(RequestText(element(text + "n", "1") + element(text, "2")).value(name), "2");
+    EXPECT_EQ(RequestText("<" + text + ">1</" + other + "></" + text + ">").value(name), "1</" + other + ">");
+    EXPECT_EQ(RequestText("<" + text + ">1<x" + text + "></" + text + ">").value(name), "1<x" + text + ">");
+    EXPECT_EQ(RequestText("<" + text + ">1</" + text).value(name), std::nullopt);
+    EXPECT_EQ(RequestText("<" + text).value(name), std::nullopt);
+    EXPECT_EQ(RequestText("<").value(name), std::nullopt);
+    EXPECT_EQ(RequestText(elements(20) + element(text, "1")).value(name), "1");
+    EXPECT_EQ(RequestText(element(text, "7")).text(name), "7");
+    EXPECT_EQ(RequestText("").text(name), "");
+    EXPECT_EQ(RequestText(element(text, "7")).integer(name), 7);
+    EXPECT_EQ(RequestText("").integer(name), -1);
+}
+
+template <std::size_t... kLengths>
+void findNamesOfLengths(std::index_sequence<kLengths...> /*lengths*/)
+{
+    (findNameOfLength<kLengths + 1>(), ...);
+}
+
+TEST(RequestText, Value_OfANameOfAnyLength_IsFound)
+{
+    findNamesOfLengths(std::make_index_sequence<32>());
 }
 
 TEST(RequestText, Value_OfAnyText_IsTheOneOfTheSimpleSearch)
