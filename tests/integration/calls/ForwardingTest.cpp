@@ -1,0 +1,169 @@
+// Incoming calls that the telephone forwards or turns away by its rules.
+#include "ExchangePhones.h"
+
+namespace telephone::test {
+
+class Forwarding : public ThreePhones
+{
+protected:
+    void setRule(sfiForwardingType type, const std::string& destination)
+    {
+        const std::lock_guard guard(eventLoop());
+        bob_.rules[type] = {true, destination};
+    }
+
+    void aliceCallsBob() { ASSERT_EQ(alice_.engine().make(1, 0, 1, "4722"), sfiSuccess); }
+
+    void expectAtCarol() { carol_.expect({"incoming 4733 1001 4711 - 1 - 0", "state 4733 1001 Ringing Normal 4711"}); }
+};
+
+TEST_F(Forwarding, Unconditional_SendsTheCallerOnAtOnce)
+{
+    setRule(sfiForwardUnconditional, "4733");
+
+    aliceCallsBob();
+
+    bob_.expect({"forwarded 4722 1001 4711 4733 1"});
+    expectAtCarol();
+}
+
+TEST_F(Forwarding, UnconditionalInternal_ComesBeforeTheGeneralRule)
+{
+    setRule(sfiForwardUnconditional, "102");
+    setRule(sfiForwardUnconditionalInternal, "4733");
+
+    aliceCallsBob();
+
+    bob_.expect({"forwarded 4722 1001 4711 4733 1"});
+    expectAtCarol();
+}
+
+TEST_F(Forwarding, UnconditionalExternal_LeavesInternalCallersAlone)
+{
+    setRule(sfiForwardUnconditionalExternal, "4733");
+
+    aliceCallsBob();
+
+    bob_.expect({"incoming 4722 1001 4711 - 1 - 0", "state 4722 1001 Ringing Normal 4711"});
+}
+
+TEST_F(Forwarding, UnconditionalExternal_MovesCallersOfAnotherDomain)
+{
+    TestPhone::Options options;
+    options.lines = {"9000"};
+    TestPhone outside(options);
+    setRule(sfiForwardUnconditionalExternal, "4733");
+
+    ASSERT_EQ(outside.engine().make(1, 0, 1, bob_.uri()), sfiSuccess);
+
+    bob_.expect({"forwarded 4722 1001 9000 4733 1"});
+    carol_.expect({"incoming 4733 1001 9000 - 2 - 0", "state 4733 1001 Ringing Normal 9000"});
+}
+
+TEST_F(Forwarding, OnBusy_MovesTheSecondCall)
+{
+    setRule(sfiForwardBusy, "4733");
+    ASSERT_EQ(bob_.engine().make(1, 0, 1, "100"), sfiSuccess);
+    ASSERT_TRUE(bob_.events().waitFor("state 4722 1 Connected Normal 100"));
+
+    aliceCallsBob();
+
+    bob_.expect({"forwarded 4722 1001 4711 4733 2"});
+    expectAtCarol();
+}
+
+TEST_F(Forwarding, OnNoReply_MovesTheCallWhenTheTimeIsUp)
+{
+    TestPhone::Options options = phoneAt(exchange_, {"4744"});
+    options.engine.ringTime = std::chrono::milliseconds(50);
+    TestPhone dave(options);
+    dave.expect({"registration 4744 0 yes 0"});
+    dave.rings = 2;
+    {
+        const std::lock_guard guard(eventLoop());
+        dave.rules[sfiForwardNoReply] = {true, "4733"};
+    }
+
+    ASSERT_EQ(alice_.engine().make(1, 0, 1, "4744"), sfiSuccess);
+
+    dave.expect({"incoming 4744 1001 4711 - 1 - 0", "state 4744 1001 Ringing Normal 4711",
+                 "state 4744 1001 Idle Forwarded 4711", "forwarded 4744 1001 4711 4733 3"});
+    expectAtCarol();
+}
+
+TEST_F(Forwarding, AnsweredInTime_StaysHere)
+{
+    TestPhone::Options options = phoneAt(exchange_, {"4744"});
+    options.engine.ringTime = std::chrono::milliseconds(200);
+    TestPhone dave(options);
+    dave.expect({"registration 4744 0 yes 0"});
+    dave.rings = 1;
+    {
+        const std::lock_guard guard(eventLoop());
+        dave.rules[sfiForwardNoReply] = {true, "4733"};
+    }
+    ASSERT_EQ(alice_.engine().make(1, 0, 1, "4744"), sfiSuccess);
+    ASSERT_TRUE(dave.events().waitFor("state 4744 1001 Ringing Normal 4711"));
+
+    ASSERT_EQ(dave.engine().answer(1001), sfiSuccess);
+
+    dave.expect({"state 4744 1001 Connected Normal 4711"});
+    EXPECT_EQ(dave.events().next(std::chrono::milliseconds(400)), "nothing came");
+}
+
+TEST_F(Forwarding, ByTheServer_IsNotDoneHere)
+{
+    setRule(sfiForwardUnconditional, "4733");
+    bob_.forwardsAtServer = true;
+
+    aliceCallsBob();
+
+    bob_.expect({"incoming 4722 1001 4711 - 1 - 0", "state 4722 1001 Ringing Normal 4711"});
+}
+
+TEST_F(Forwarding, ToNowhere_IsNotDone)
+{
+    setRule(sfiForwardUnconditional, "");
+
+    aliceCallsBob();
+
+    bob_.expect({"incoming 4722 1001 4711 - 1 - 0", "state 4722 1001 Ringing Normal 4711"});
+}
+
+TEST_F(Forwarding, DoNotDisturb_RefusesAndTellsTheMissedCall)
+{
+    bob_.doNotDisturbOn = true;
+
+    aliceCallsBob();
+
+    bob_.expect({"missed 4722 1001 4711 Busy - 0"});
+    alice_.expect({"state 4711 1 Dialling Normal 4722"});
+    EXPECT_TRUE(alice_.events().waitFor("state 4711 1 Busy Busy 4722"));
+}
+
+TEST_F(Forwarding, DoNotDisturbAsUnavailable_AnswersThat)
+{
+    TestPhone::Options options = phoneAt(exchange_, {"4744"});
+    options.engine.doNotDisturbStatus = 480;
+    TestPhone dave(options);
+    dave.expect({"registration 4744 0 yes 0"});
+    dave.doNotDisturbOn = true;
+
+    ASSERT_EQ(alice_.engine().make(1, 0, 1, "4744"), sfiSuccess);
+
+    dave.expect({"missed 4744 1001 4711 Unavailable - 0"});
+    EXPECT_TRUE(alice_.events().waitFor("state 4711 1 Failed Unavailable 4744"));
+}
+
+TEST_F(Forwarding, OutOfService_RefusesCallsBothWays)
+{
+    bob_.engine().setServiceState(sfiServiceOutOfService);
+
+    EXPECT_EQ(bob_.engine().make(1, 0, 1, "100"), sfiFailure);
+    ASSERT_EQ(alice_.engine().make(1, 0, 1, bob_.uri()), sfiSuccess);
+
+    EXPECT_TRUE(alice_.events().waitFor("state 4711 1 Failed Unavailable 4722"));
+    bob_.expect({"registration 4722 0 no 4"});
+}
+
+}  // namespace telephone::test
