@@ -257,10 +257,11 @@ std::vector<std::string> PhysicalInterface::keyRows() const
 {
     std::vector<std::string> rows;
     for (auto const& key : layout_.keys()) {
-        auto const& target = key.configuration.target;
-        auto const& label = key.configuration.label;
-        rows.push_back(fmt::format("{:>3}  {:<10}  {:<12}  {}{}", key.number(), key.row->name, target, label,
-                                   key.configuration.monitorOnly ? " (shows only)" : ""));
+        auto const& configuration = key.configuration;
+        auto const label = configuration.label.empty() ? "" : "  \"" + configuration.label + "\"";
+        auto const target = configuration.target.empty() ? "" : "  " + configuration.target;
+        rows.push_back(fmt::format("{:>3}  {}{}{}{}", key.number(), key.row->name, target, label,
+                                   configuration.monitorOnly ? "  shows only" : ""));
     }
     return rows;
 }
@@ -269,9 +270,10 @@ std::vector<std::string> PhysicalInterface::lampRows() const
 {
     std::vector<std::string> rows;
     for (auto const& row : lamps_.lamps()) {
-        rows.push_back(fmt::format("{:>3}  {:<28}  {:<10}  {}", row.key == 0 ? "" : std::to_string(row.key), row.name,
-                                   lampModeName(row.lamp.mode),
-                                   row.lamp.mode == PhysDefs::lampOff ? "" : lampColourName(row.lamp.colour)));
+        auto const number = row.key == 0 ? std::string() : std::to_string(row.key);
+        auto const colour =
+            row.lamp.mode == PhysDefs::lampOff ? "" : fmt::format("  {}", lampColourName(row.lamp.colour));
+        rows.push_back(fmt::format("{:>3}  {:<28}  {}{}", number, row.name, lampModeName(row.lamp.mode), colour));
     }
     return rows;
 }

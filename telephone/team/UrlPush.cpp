@@ -1,5 +1,7 @@
 #include "team/UrlPush.h"
 
+#include <arpa/inet.h>
+
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -21,7 +23,9 @@ constexpr std::size_t kQueuedRequests = 1000;
 
 bool isThisMachine(std::string const& host)
 {
-    return host == "localhost" || host.compare(0, 4, "127.") == 0;
+    in_addr address{};
+    bool const isNumeric = inet_pton(AF_INET, host.c_str(), &address) == 1;
+    return host == "localhost" || (isNumeric && (ntohl(address.s_addr) >> 24U) == IN_LOOPBACKNET);
 }
 
 std::string escape(std::string const& text)
