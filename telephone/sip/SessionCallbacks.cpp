@@ -225,6 +225,9 @@ void SessionImpl::onRefer(const sip_msg& message)
 
 void SessionImpl::onClose(int error, const sip_msg* message)
 {
+    const bool redirected = message && message->scode >= 300 && message->scode < 400;
+    if (redirected && redirection_ && followRedirection())
+        return;
     const bool wasEstablished = state_ == SessionState::kEstablished || state_ == SessionState::kAnswering;
     Closing closing;
     closing.reasonHeader = closingReason_;
@@ -313,6 +316,44 @@ void SessionImpl::noteRefusedInvite(const Response& response)
     const bool endsTheCall = response.status == 408 || response.status == 481;
     if (state_ == SessionState::kEstablished && !retriedByStack && !endsTheCall)
         finishModification(false, response.status, response.reason);
+}
+
+bool SessionImpl::takeRedirection(const Response& response)
+{
+    constexpr int kMostRedirections = 10;
+    const bool calling = state_ == SessionState::kCalling || state_ == SessionState::kEarly;
+    const auto contact = NameAddr::parse(response.headers.value("Contact"));
+    std::string whyNot;
+    if (!outgoing_ || !calling || redirections_ >= kMostRedirections || !contact ||
+        !agent_->routeTo(request_.account, contact->uri.format(), whyNot))
+        return false;
+    redirection_ = response;
+    return true;
+}
+
+bool SessionImpl::followRedirection()
+{
+    const Response response = *redirection_;
+    redirection_.reset();
+    ++redirections_;
+    const std::string contact = NameAddr::parse(response.headers.value("Contact"))->uri.format();
+    std::string whyNot;
+    const auto route = agent_->routeTo(request_.account, contact, whyNot);
+    for (const char* name : {"Diversion", "History-Info"}) {
+        for (const auto& value : response.headers.values(name))
+            request_.headers.add(name, value);
+    }
+    agent_->remove(*this);
+    if (!route)
+        return false;
+    route_ = *route;
+    dialogId_ = {};
+    state_ = SessionState::kCalling;
+    if (start() != 0)
+        return false;
+    if (observer_)
+        observer_->onRedirected(*this, contact, response);
+    return true;
 }
 
 void SessionImpl::noteRedirection(const Response& response)

@@ -147,6 +147,30 @@ void SessionImpl::setObserver(SessionObserver* observer)
     observer_ = observer;
 }
 
+SessionState SessionImpl::state() const
+{
+    std::lock_guard guard(agent_->loop);
+    return state_;
+}
+
+DialogId SessionImpl::dialogId() const
+{
+    std::lock_guard guard(agent_->loop);
+    return dialogId_;
+}
+
+NameAddr SessionImpl::remoteParty() const
+{
+    std::lock_guard guard(agent_->loop);
+    return remoteParty_;
+}
+
+std::string SessionImpl::remoteContact() const
+{
+    std::lock_guard guard(agent_->loop);
+    return remoteContact_;
+}
+
 std::string SessionImpl::localContact() const
 {
     const bool tcp = outgoing_ ? request_.account.transport == Transport::kTcp : invite_.get()->tp == SIP_TRANSP_TCP;

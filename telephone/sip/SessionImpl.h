@@ -31,15 +31,17 @@ public:
     // From the user agent, which sees what the stack does not tell.
     void noteRefusedInvite(const Response& response);
     void noteRedirection(const Response& response);
+    // Whether the session follows this redirection of its INVITE itself, as soon as the stack lets go of it.
+    bool takeRedirection(const Response& response);
     void noteReason(const std::string& reason) { closingReason_ = reason; }
 
     void setObserver(SessionObserver* observer) override;
-    SessionState state() const override { return state_; }
+    SessionState state() const override;
     bool isOutgoing() const override { return outgoing_; }
     const Invitation& invitation() const override { return invitation_; }
-    DialogId dialogId() const override { return dialogId_; }
-    NameAddr remoteParty() const override { return remoteParty_; }
-    std::string remoteContact() const override { return remoteContact_; }
+    DialogId dialogId() const override;
+    NameAddr remoteParty() const override;
+    std::string remoteContact() const override;
     std::string localContact() const override;
     bool supportsTelephoneEvents() const override;
     bool ring(const Headers& headers) override;
@@ -71,6 +73,7 @@ private:
 
     int accept(std::uint16_t status, const char* reason, mbuf* description, const Headers& headers);
     int provisional(std::uint16_t status, const char* reason, mbuf* description, const Headers& headers);
+    bool followRedirection();
     bool sendModification(Direction direction);
     void finishModification(bool accepted, int status, const std::string& reason);
     void reissueModification();
@@ -119,6 +122,9 @@ private:
     std::string ownUri_;
     CallRequest request_;
     Route route_;
+
+    std::optional<Response> redirection_;
+    int redirections_ = 0;
 
     RtpStream rtp_;
     SdpNegotiation sdp_;

@@ -433,7 +433,7 @@ void UserAgent::Impl::noteRefusal(std::string_view packet)
     Ref<mbuf> buffer;
     Ref<sip_msg> message;
     if (!fill(buffer, packet) || sip_msg_decode(message.out(), buffer.get()) != 0 ||
-        pl_strcmp(&message.get()->cseq.met, "INVITE") != 0)
+        pl_strcmp(&message.get()->cseq.met, "INVITE") != 0 || takeRedirection(*message.get(), packet, *buffer.get()))
         return;
     loop.post([agent = weak_from_this(), response = responseOf(*message.get()), callId = text(message.get()->callid),
                tag = text(message.get()->from.tag)] {
@@ -444,6 +444,22 @@ void UserAgent::Impl::noteRefusal(std::string_view packet)
         else if (session)
             session->noteRefusedInvite(response);
     });
+}
+
+// A redirection that tells who diverted the call and why must be followed with that (RFC 5806 section 9), which the
+// stack does not do. The session follows such a one itself: here the Contact is blanked in the packet that the stack is
+// about to work on, and without one it leaves the redirection to us. Where that should ever fail, the stack follows as
+// usual.
+bool UserAgent::Impl::takeRedirection(const sip_msg& message, std::string_view packet, const mbuf& copy)
+{
+    const sip_hdr* contact = sip_msg_hdr(&message, SIP_HDR_CONTACT);
+    const bool diverted = sip_msg_xhdr(&message, "Diversion") || sip_msg_hdr(&message, SIP_HDR_HISTORY_INFO);
+    SessionImpl* session = find(text(message.callid), text(message.from.tag));
+    if (message.scode >= 400 || !contact || !diverted || !session || !session->takeRedirection(responseOf(message)))
+        return false;
+    const auto offset = static_cast<std::size_t>(contact->val.p - reinterpret_cast<const char*>(copy.buf));
+    std::fill_n(const_cast<char*>(packet.data()) + offset, contact->val.l, ' ');
+    return true;
 }
 
 void UserAgent::Impl::noteCancel(std::string_view packet)

@@ -84,6 +84,7 @@ private:
     void takeRefer(const sip_msg& message);
     void noteBye(const sip_msg& message);
     void noteRefusal(std::string_view packet);
+    bool takeRedirection(const sip_msg& message, std::string_view packet, const mbuf& copy);
     void noteCancel(std::string_view packet);
     void waitForQuiet();
 };

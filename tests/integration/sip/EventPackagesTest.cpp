@@ -87,6 +87,7 @@ TEST_F(EventPackages, DialogsOfANumber_FollowItsCalls)
     EXPECT_TRUE(lastDialogs(watcher).dialogs.empty());
 
     sip::Session& call = caller.call(at("102"));
+    ASSERT_TRUE(caller.waitFor("progress 180")) << caller.events();
 
     EXPECT_TRUE(watcher.waitUntil([&] { return hasOneDialog(watcher, sip::DialogState::kEarly); }));
     const sip::DialogEntry entry = lastDialogs(watcher).dialogs.at(0);

@@ -133,6 +133,46 @@ TEST_F(Sessions, Deflection_IsFollowedAndCarriesItsReason)
     EXPECT_TRUE(first.waitFor("redirected sip:4713@" + third.agent->hostPort())) << first.events();
     EXPECT_TRUE(first.waitFor("established")) << first.events();
     EXPECT_TRUE(third.waitFor("established")) << third.events();
+    ASSERT_EQ(1U, third.lastInvitation.diversions.size());
+    EXPECT_EQ("4712", third.lastInvitation.diversions[0].party.uri.user);
+    EXPECT_EQ("user-busy", third.lastInvitation.diversions[0].reason);
+    EXPECT_EQ(first.session().dialogId().callId, third.session().dialogId().callId);
+    first.session().hangUp();
+    EXPECT_TRUE(third.waitFor("closed remote")) << third.events();
+}
+
+TEST_F(Sessions, DeflectionAfterRinging_IsFollowedToo)
+{
+    TestPhone third(loop, "4713");
+    second.whenCalled = [&third](TestPhone&, sip::Session& session) {
+        session.ring();
+        session.redirect("sip:4713@" + third.agent->hostPort(), "no-answer");
+    };
+
+    first.call(toSecond());
+
+    EXPECT_TRUE(first.waitFor("progress 180")) << first.events();
+    EXPECT_TRUE(first.waitFor("established")) << first.events();
+    EXPECT_TRUE(third.waitFor("established")) << third.events();
+    EXPECT_EQ("no-answer", third.lastInvitation.diversions.at(0).reason);
+}
+
+TEST_F(Sessions, DeflectionInACircle_EndsWithTheRedirection)
+{
+    second.whenCalled = [this](TestPhone&, sip::Session& session) { session.redirect(toSecond(), "unconditional"); };
+
+    first.call(toSecond());
+
+    EXPECT_TRUE(first.waitFor("closed rejected 302")) << first.events();
+}
+
+TEST_F(Sessions, DeflectionToNowhere_FailsWithTheRedirection)
+{
+    second.whenCalled = [](TestPhone&, sip::Session& session) { session.redirect("sip:1@host.invalid", "user-busy"); };
+
+    first.call(toSecond());
+
+    EXPECT_TRUE(first.waitUntil([this] { return first.session().state() == sip::SessionState::kClosed; }));
 }
 
 TEST_F(Sessions, HangUp_CarriesItsReason)
