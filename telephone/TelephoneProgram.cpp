@@ -81,7 +81,8 @@ bool talk(Conversation& conversation, CommandLine const& line)
     if (line.action == Action::kConsole) {
         if (onTerminal)
             conversation.transcript().note("help tells what can be written here; Tab completes; quit ends");
-        return Console(conversation).run();
+        Console(conversation).run();
+        return true;
     }
     bool const held = play(conversation, line);
     if (line.action == Action::kTour && onTerminal && !conversation.isStopped()) {

@@ -76,12 +76,15 @@ Console::~Console()
     current = nullptr;
 }
 
-bool Console::run()
+void Console::run()
 {
-    return isatty(STDIN_FILENO) == 1 && isatty(STDOUT_FILENO) == 1 ? runTerminal() : runPipe();
+    if (isatty(STDIN_FILENO) == 1 && isatty(STDOUT_FILENO) == 1)
+        runTerminal();
+    else
+        runPipe();
 }
 
-bool Console::runTerminal()
+void Console::runTerminal()
 {
     rl_attempted_completion_function = complete;
     rl_completer_word_break_characters = " \t";
@@ -93,7 +96,6 @@ bool Console::runTerminal()
     rl_callback_handler_remove();
     conversation_.transcript().writeTo(print);
     print("");
-    return true;
 }
 
 void Console::lineTyped(char* line)
@@ -112,7 +114,7 @@ void Console::lineTyped(char* line)
     current->conversation_.transcript().writeTo(printBesidePrompt);
 }
 
-bool Console::runPipe()
+void Console::runPipe()
 {
     std::string pending;
     conversation_.settle();
@@ -132,7 +134,6 @@ bool Console::runPipe()
         }
         over_ = over_ || ended;
     }
-    return allWell_;
 }
 
 bool Console::waitForInput()
@@ -157,7 +158,6 @@ void Console::runLine(std::string const& line)
     try {
         over_ = conversation_.interpreter().run(line).kind == CommandInterpreter::Kind::kQuit;
     } catch (CommandError const& error) {
-        allWell_ = false;
         conversation_.transcript().error(error.what());
     }
 }

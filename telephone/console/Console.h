@@ -17,12 +17,13 @@ public:
     Console(Console const&) = delete;
     Console& operator=(Console const&) = delete;
 
-    // Returns at quit, at the end of the input, or when all is to end. False where a line from a pipe was wrong.
-    bool run();
+    // Returns at quit, at the end of the input, or when all is to end. A line that is wrong is told, no more: what must
+    // hold is for scripts.
+    void run();
 
 private:
-    bool runTerminal();
-    bool runPipe();
+    void runTerminal();
+    void runPipe();
     void runLine(std::string const& line);
     // Waits for input, taking events as they come; false: all is to end.
     bool waitForInput();
@@ -31,7 +32,6 @@ private:
 
     Conversation& conversation_;
     bool over_ = false;
-    bool allWell_ = true;
 };
 
 }  // namespace telephone

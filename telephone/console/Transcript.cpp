@@ -25,6 +25,13 @@ std::string printable(std::string_view text)
     return result;
 }
 
+// Rows are padded for their columns; blanks at their end are of no use.
+std::string row(std::string_view text)
+{
+    auto const last = text.find_last_not_of(' ');
+    return printable(text.substr(0, last == std::string_view::npos ? 0 : last + 1));
+}
+
 }  // namespace
 
 Transcript::Transcript(Writer writer)
@@ -42,7 +49,7 @@ void Transcript::note(std::string_view text)
 {
     while (true) {
         auto const end = text.find('\n');
-        writer_(printable(text.substr(0, end)));
+        writer_(row(text.substr(0, end)));
         if (end == std::string_view::npos)
             return;
         text.remove_prefix(end + 1);
@@ -51,8 +58,8 @@ void Transcript::note(std::string_view text)
 
 void Transcript::rows(std::vector<std::string> const& rows)
 {
-    for (std::string const& row : rows)
-        writer_(printable(row));
+    for (std::string const& each : rows)
+        writer_(row(each));
 }
 
 }  // namespace telephone
