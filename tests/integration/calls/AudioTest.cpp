@@ -1,0 +1,263 @@
+// What is heard: tones, mute, hold, taps, digits and the mix of a conference, measured on real RTP.
+#include "ExchangePhones.h"
+
+#include "media/ToneSource.h"
+#include "media/WavSource.h"
+#include "media/WavWriter.h"
+
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <numbers>
+
+namespace telephone::test {
+
+namespace {
+
+constexpr double kPi = std::numbers::pi;
+
+// Share of one frequency in a frame, 0 to about 1 for a tone of full scale (Goertzel).
+double shareOf(double frequency, const sip::AudioFrame& frame)
+{
+    double real = 0;
+    double imaginary = 0;
+    for (std::size_t at = 0; at < frame.size(); ++at) {
+        const double angle = 2 * kPi * frequency * static_cast<double>(at) / sip::kSampleRate;
+        real += frame[at] * std::cos(angle);
+        imaginary += frame[at] * std::sin(angle);
+    }
+    return 2 * std::hypot(real, imaginary) / (32768.0 * static_cast<double>(frame.size()));
+}
+
+bool isSilent(const sip::AudioFrame& frame)
+{
+    return std::all_of(frame.begin(), frame.end(), [](std::int16_t sample) { return std::abs(sample) < 64; });
+}
+
+// Counts what a call hears; read under the phone lock.
+class Ear final : public AudioTap
+{
+public:
+    void onFrame(const sip::AudioFrame& heard, const sip::AudioFrame& sent) override
+    {
+        ++frames;
+        last = heard;
+        lastSent = sent;
+        silent = isSilent(heard) ? silent + 1 : 0;
+        sentSilent = isSilent(sent) ? sentSilent + 1 : 0;
+    }
+
+    int frames = 0;
+    int silent = 0;      // in a row
+    int sentSilent = 0;  // in a row
+    sip::AudioFrame last{};
+    sip::AudioFrame lastSent{};
+};
+
+bool hears(const Ear& ear, double frequency)
+{
+    const std::lock_guard guard(eventLoop());
+    return shareOf(frequency, ear.last) > 0.1;
+}
+
+// A sound file of one tone, for a telephone that can be told apart.
+std::string toneFile(double frequency)
+{
+    const auto path = std::filesystem::temp_directory_path() / ("tone-" + std::to_string(::getpid()) + '-' +
+                                                                std::to_string(static_cast<int>(frequency)) + ".wav");
+    WavWriter file(path, 1);
+    ToneSource tone(frequency);
+    for (int count = 0; count < 50; ++count) {
+        sip::AudioFrame frame{};
+        tone.readFrame(frame);
+        file.write(frame);
+    }
+    return path;
+}
+
+// Three telephones that say 400, 800 and 1200 Hz: whole periods in a frame, and in the file.
+class Sound : public ::testing::Test
+{
+protected:
+    const std::string files_[3]{toneFile(400), toneFile(800), toneFile(1200)};
+    TestPhone alice_{saying(files_[0], "4711")};
+    TestPhone bob_{saying(files_[1], "4722")};
+    TestPhone carol_{saying(files_[2], "4733")};
+    Ear ears_[3];
+
+    static TestPhone::Options saying(const std::string& file, const std::string& line)
+    {
+        TestPhone::Options options;
+        options.lines = {line};
+        options.engine.audioSource = file;
+        return options;
+    }
+
+    ~Sound() override
+    {
+        for (const std::string& file : files_)
+            std::filesystem::remove(file);
+    }
+
+    // alice calls somebody, whose first call it is.
+    void connect(TestPhone& called, int callID)
+    {
+        ASSERT_EQ(alice_.engine().make(1, 0, callID, called.uri()), sfiSuccess);
+        ASSERT_TRUE(eventually([&called] { return called.engine().alertingCallOnLine(1).has_value(); }));
+        ASSERT_EQ(called.engine().answer(1001), sfiSuccess);
+        ASSERT_TRUE(
+            eventually([this, callID] { return alice_.engine().call(callID)->state == sfiCallStateConnected; }));
+    }
+};
+
+}  // namespace
+
+TEST_F(Sound, Call_HearsTheOtherOne)
+{
+    connect(bob_, 1);
+    ASSERT_TRUE(alice_.engine().addTap(1, ears_[0]));
+    ASSERT_TRUE(bob_.engine().addTap(1001, ears_[1]));
+
+    EXPECT_TRUE(eventually([this] { return hears(ears_[0], 800); }));
+    EXPECT_TRUE(eventually([this] { return hears(ears_[1], 400); }));
+}
+
+TEST_F(Sound, MicrophoneMute_SendsSilence)
+{
+    connect(bob_, 1);
+    ASSERT_TRUE(bob_.engine().addTap(1001, ears_[1]));
+    ASSERT_TRUE(eventually([this] { return hears(ears_[1], 400); }));
+
+    alice_.engine().setMicrophoneMute(true);
+
+    EXPECT_TRUE(alice_.engine().microphoneMute());
+    EXPECT_TRUE(eventually([this] {
+        const std::lock_guard guard(eventLoop());
+        return ears_[1].silent >= 10;
+    }));
+    alice_.engine().setMicrophoneMute(false);
+    EXPECT_TRUE(eventually([this] { return hears(ears_[1], 400); }));
+}
+
+TEST_F(Sound, HeldCall_HearsNothing)
+{
+    connect(bob_, 1);
+    ASSERT_TRUE(bob_.engine().addTap(1001, ears_[1]));
+    ASSERT_TRUE(eventually([this] { return hears(ears_[1], 400); }));
+
+    ASSERT_EQ(alice_.engine().hold(1), sfiSuccess);
+
+    EXPECT_TRUE(eventually([this] {
+        const std::lock_guard guard(eventLoop());
+        return ears_[1].silent >= 10;
+    }));
+    ASSERT_EQ(alice_.engine().retrieve(1), sfiSuccess);
+    EXPECT_TRUE(eventually([this] { return hears(ears_[1], 400); }));
+}
+
+TEST_F(Sound, Conference_EachHearsTheOtherTwo)
+{
+    connect(bob_, 1);
+    connect(carol_, 2);
+    ASSERT_EQ(alice_.engine().conference(1), sfiSuccess);
+    ASSERT_TRUE(eventually([this] { return alice_.engine().call(2)->state == sfiCallStateConference; }));
+    ASSERT_TRUE(bob_.engine().addTap(1001, ears_[1]));
+    ASSERT_TRUE(carol_.engine().addTap(1001, ears_[2]));
+
+    EXPECT_TRUE(eventually([this] { return hears(ears_[1], 400) && hears(ears_[1], 1200); }));
+    EXPECT_TRUE(eventually([this] { return hears(ears_[2], 400) && hears(ears_[2], 800); }));
+    EXPECT_FALSE(hears(ears_[1], 800));
+    EXPECT_FALSE(hears(ears_[2], 1200));
+}
+
+TEST_F(Sound, ConferenceThatIsMuted_StillConnectsTheOthers)
+{
+    connect(bob_, 1);
+    connect(carol_, 2);
+    ASSERT_EQ(alice_.engine().conference(1), sfiSuccess);
+    ASSERT_TRUE(eventually([this] { return alice_.engine().call(2)->state == sfiCallStateConference; }));
+    ASSERT_TRUE(bob_.engine().addTap(1001, ears_[1]));
+
+    alice_.engine().setMicrophoneMute(true);
+
+    EXPECT_TRUE(eventually([this] { return !hears(ears_[1], 400) && hears(ears_[1], 1200); }));
+}
+
+TEST_F(Sound, ConferencePartyThatLeft_IsHeardNoMore)
+{
+    connect(bob_, 1);
+    connect(carol_, 2);
+    ASSERT_EQ(alice_.engine().conference(1), sfiSuccess);
+    ASSERT_TRUE(bob_.engine().addTap(1001, ears_[1]));
+    ASSERT_TRUE(eventually([this] { return hears(ears_[1], 1200); }));
+
+    ASSERT_EQ(carol_.engine().clear(1001), sfiSuccess);
+
+    EXPECT_TRUE(eventually([this] { return hears(ears_[1], 400) && !hears(ears_[1], 1200); }));
+}
+
+TEST_F(Sound, RemovedTap_HearsNothingMore)
+{
+    connect(bob_, 1);
+    ASSERT_TRUE(alice_.engine().addTap(1, ears_[0]));
+    ASSERT_TRUE(eventually([this] { return hears(ears_[0], 800); }));
+
+    alice_.engine().removeTap(1, ears_[0]);
+    const int frames = ears_[0].frames;
+    ASSERT_TRUE(bob_.engine().addTap(1001, ears_[1]));
+    ASSERT_TRUE(eventually([this] {
+        const std::lock_guard guard(eventLoop());
+        return ears_[1].frames > 10;
+    }));
+
+    EXPECT_EQ(ears_[0].frames, frames);
+    EXPECT_FALSE(alice_.engine().addTap(99, ears_[0]));
+}
+
+TEST(Heard, IsWrittenToAFile)
+{
+    const auto path = std::filesystem::temp_directory_path() / ("heard-" + std::to_string(::getpid()) + ".wav");
+    {
+        TestPhone::Options speaking;
+        speaking.lines = {"4722"};
+        speaking.engine.audioSource = "tone";
+        TestPhone bob(speaking);
+        TestPhone::Options listening;
+        listening.engine.heardFile = path;
+        TestPhone alice(listening);
+        Ear ear;
+        ASSERT_EQ(alice.engine().make(1, 0, 1, bob.uri()), sfiSuccess);
+        ASSERT_TRUE(bob.events().waitFor("state 4722 1001 Ringing Normal 4711"));
+        ASSERT_EQ(bob.engine().answer(1001), sfiSuccess);
+        ASSERT_TRUE(alice.events().waitFor("state 4711 1 Connected Normal 4722"));
+        ASSERT_TRUE(alice.engine().addTap(1, ear));
+        ASSERT_TRUE(eventually([&ear] { return hears(ear, ToneSource::kFrequency); }));
+        ASSERT_TRUE(eventually([&ear] {
+            const std::lock_guard guard(eventLoop());
+            return ear.frames > 20;
+        }));
+    }
+
+    const auto samples = loadSamples(path);
+
+    ASSERT_GT(samples->size(), 20 * sip::kFrameSamples);
+    sip::AudioFrame last{};
+    std::copy_n(samples->end() - static_cast<std::ptrdiff_t>(3 * sip::kFrameSamples), last.size(), last.begin());
+    EXPECT_GT(shareOf(ToneSource::kFrequency, last), 0.1);
+    std::filesystem::remove(path);
+}
+
+TEST(Sources, FileThatIsNone_IsRefusedWithItsName)
+{
+    TestPhone::Options options;
+    options.engine.audioSource = "/nowhere/at-all.wav";
+
+    try {
+        TestPhone phone(options);
+        FAIL() << "the file was accepted";
+    } catch (const std::runtime_error& error) {
+        EXPECT_NE(std::string(error.what()).find("/nowhere/at-all.wav"), std::string::npos);
+    }
+}
+
+}  // namespace telephone::test

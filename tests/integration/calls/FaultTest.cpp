@@ -1,0 +1,150 @@
+// Far ends and servers that go away: every call ends here all the same, once.
+#include "ExchangePhones.h"
+
+#include <arpa/inet.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace telephone::test {
+
+namespace {
+
+// A UDP port that takes everything and answers nothing.
+class SilentPort
+{
+public:
+    SilentPort()
+        : socket_(::socket(AF_INET, SOCK_DGRAM, 0))
+    {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t length = sizeof address;
+        auto* const name = reinterpret_cast<sockaddr*>(&address);
+        if (::bind(socket_, name, length) == 0 && ::getsockname(socket_, name, &length) == 0)
+            port_ = ntohs(address.sin_port);
+    }
+    ~SilentPort() { ::close(socket_); }
+    SilentPort(const SilentPort&) = delete;
+    SilentPort& operator=(const SilentPort&) = delete;
+
+    std::string uri() const { return "sip:nobody@127.0.0.1:" + std::to_string(port_); }
+
+private:
+    int socket_;
+    std::uint16_t port_ = 0;
+};
+
+TestPhone::Options phoneWith(const std::string& line)
+{
+    TestPhone::Options options;
+    options.lines = {line};
+    return options;
+}
+
+}  // namespace
+
+TEST(SilentFarEnd, CallToIt_CanBeCleared)
+{
+    SilentPort silent;
+    TestPhone alice(phoneWith("4711"));
+    ASSERT_EQ(alice.engine().make(1, 0, 1, silent.uri()), sfiSuccess);
+
+    ASSERT_EQ(alice.engine().clear(1), sfiSuccess);
+
+    alice.expect({"state 4711 1 Dialling Normal nobody", "state 4711 1 Idle Cancelled nobody"});
+    EXPECT_TRUE(alice.engine().calls().empty());
+}
+
+TEST(DeadFarEnd, ConnectedCall_CanBeCleared)
+{
+    TestPhone alice(phoneWith("4711"));
+    auto bob = std::make_unique<TestPhone>(phoneWith("4722"));
+    ASSERT_EQ(alice.engine().make(1, 0, 1, bob->uri()), sfiSuccess);
+    ASSERT_TRUE(bob->events().waitFor("state 4722 1001 Ringing Normal 4711"));
+    ASSERT_EQ(bob->engine().answer(1001), sfiSuccess);
+    ASSERT_TRUE(alice.events().waitFor("state 4711 1 Connected Normal 4722"));
+
+    bob.reset();
+
+    alice.expect({"state 4711 1 Idle Normal 4722"});
+}
+
+TEST(NoCommonMedia, CallFromSuchAFarEnd_IsRefusedWith488)
+{
+    TestPhone::Options options = phoneWith("4711");
+    options.engine.agent.codecs = {"PCMU"};
+    TestPhone alice(options);
+    options = phoneWith("4722");
+    options.engine.agent.codecs = {"PCMA"};
+    TestPhone bob(options);
+
+    ASSERT_EQ(alice.engine().make(1, 0, 1, bob.uri()), sfiSuccess);
+
+    EXPECT_TRUE(alice.events().waitFor("state 4711 1 Failed NotAcceptable 4722"));
+    EXPECT_TRUE(bob.engine().calls().empty());
+}
+
+TEST(UnknownUser, OfAPeer_IsNotFound)
+{
+    TestPhone alice(phoneWith("4711"));
+    TestPhone bob(phoneWith("4722"));
+    std::string other = bob.uri();
+    other.replace(other.find("4722"), 4, "9999");
+
+    ASSERT_EQ(alice.engine().make(1, 0, 1, other), sfiSuccess);
+
+    alice.expect({"state 4711 1 Dialling Normal 9999", "state 4711 1 Failed NotFound 9999"});
+    EXPECT_TRUE(bob.events().rest().empty());
+}
+
+TEST(CallToOneself, RingsAndIsAnswered)
+{
+    TestPhone alice(phoneWith("4711"));
+
+    ASSERT_EQ(alice.engine().make(1, 0, 1, alice.uri()), sfiSuccess);
+    ASSERT_TRUE(eventually([&alice] { return alice.engine().alertingCallOnLine(1).has_value(); }));
+    ASSERT_EQ(alice.engine().answer(1001), sfiSuccess);
+
+    EXPECT_TRUE(eventually([&alice] {
+        return alice.engine().call(1)->state == sfiCallStateConnected &&
+               alice.engine().call(1001)->state == sfiCallStateConnected;
+    }));
+}
+
+TEST_F(ThreePhones, AnswerAndClearAtTheSameTime_EndBothSides)
+{
+    ASSERT_EQ(alice_.engine().make(1, 0, 1, "4722"), sfiSuccess);
+    ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 Ringing Normal 4711"));
+    ASSERT_TRUE(alice_.events().waitFor("state 4711 1 RemoteRinging Normal 4722"));
+
+    {
+        const std::lock_guard guard(eventLoop());
+        ASSERT_EQ(bob_.engine().answer(1001), sfiSuccess);
+        ASSERT_EQ(alice_.engine().clear(1), sfiSuccess);
+    }
+
+    EXPECT_TRUE(eventually([this] { return alice_.engine().calls().empty() && bob_.engine().calls().empty(); }));
+}
+
+TEST_F(ThreePhones, ConsultationWhoseHoldIsRefused_Fails)
+{
+    connectAliceAndBob();
+    // What bob holds at the same time makes it glare; here the whole far end goes while the hold is under way.
+    ASSERT_EQ(alice_.engine().make(1, 0, 2, "4733", CallPurpose::kConsultation), sfiSuccess);
+    ASSERT_EQ(bob_.engine().clear(1001), sfiSuccess);
+
+    EXPECT_TRUE(alice_.events().waitFor("state 4711 1 Idle Normal 4722"));
+    EXPECT_TRUE(carol_.events().waitFor("state 4733 1001 Ringing Normal 4711"));
+}
+
+TEST_F(ThreePhones, CallIdsOfIncomingCalls_GoUpAndAreNotUsedTwice)
+{
+    ASSERT_EQ(alice_.engine().make(1, 0, 1, "4733"), sfiSuccess);
+    ASSERT_TRUE(carol_.events().waitFor("state 4733 1001 Ringing Normal 4711"));
+    ASSERT_EQ(bob_.engine().make(1, 0, 1, "4733"), sfiSuccess);
+
+    EXPECT_TRUE(carol_.events().waitFor("state 4733 1002 Ringing Normal 4722"));
+}
+
+}  // namespace telephone::test
