@@ -1,5 +1,8 @@
 #include "CommunicationsServiceEventProxy.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
 #include <string_view>
 
 #include "CommunicationsServiceFactories.h"
@@ -22,8 +25,8 @@ std::string_view upToNul(std::string const& text)
 // A party's text; it ends with the array where its NUL was forgotten.
 std::string_view party(char const (&text)[sfiReplacesDisplay::kPartySize])
 {
-    std::string_view const whole(text, sfiReplacesDisplay::kPartySize);
-    return whole.substr(0, whole.find('\0'));
+    auto const* const end = std::find(std::begin(text), std::end(text), '\0');
+    return {text, static_cast<std::size_t>(end - text)};
 }
 }  // namespace
 
@@ -48,7 +51,7 @@ void CommunicationsServiceEventProxy::setCallBackChan(Executable* executable)
 }
 
 template <typename... Pieces>
-void CommunicationsServiceEventProxy::send(Pieces const&... pieces)
+[[gnu::always_inline]] inline void CommunicationsServiceEventProxy::send(Pieces const&... pieces)
 {
     request_->sendEvent(elements::join(pieces...));
 }

@@ -1,6 +1,8 @@
 #include "CommunicationsServiceInvoker.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <typeinfo>
 
 #include "CommunicationsServiceFactories.h"
 #include "RequestTable.h"
@@ -26,6 +28,41 @@ bool isSignallingEvent(std::string_view message)
     return message.substr(0, kSignallingEvent.size()) == kSignallingEvent &&
            (rest.empty() || rest.front() == kPayloadSeparator);
 }
+
+// Where the service's interface lies in the objects of one type.
+struct InterfacePlace
+{
+    std::type_info const* type;  // null: there is none
+    std::ptrdiff_t offset;
+};
+
+char* startOf(Executable& executable)
+{
+    return static_cast<char*>(dynamic_cast<void*>(&executable));
+}
+
+InterfacePlace findInterface(Executable& executable)
+{
+    auto* const service = dynamic_cast<CommunicationsServiceIfc*>(&executable);
+    if (service == nullptr) {
+        return {nullptr, 0};
+    }
+    return {&typeid(executable), reinterpret_cast<char*>(service) - startOf(executable)};
+}
+
+// A checked cast. It takes as long as reading half a request does, and the requests of one process go to services of
+// one type: the place is found once for the first type that comes, for any other one the cast is made each time.
+CommunicationsServiceIfc* interfaceOf(Executable* executable)
+{
+    if (executable == nullptr) {
+        return nullptr;
+    }
+    static InterfacePlace const kFirst = findInterface(*executable);
+    if (&typeid(*executable) != kFirst.type) {
+        return dynamic_cast<CommunicationsServiceIfc*>(executable);
+    }
+    return reinterpret_cast<CommunicationsServiceIfc*>(startOf(*executable) + kFirst.offset);
+}
 }  // namespace
 
 extern "C" __attribute__((visibility("default"))) CommunicationsServiceInvoker* createCommunicationsServiceInvoker()
@@ -41,7 +78,7 @@ void CommunicationsServiceInvoker::initInvoker(FrameworkContext* context)
 void CommunicationsServiceInvoker::handleMessage(Executable* service, char const* message, int length,
                                                  InvokerResponse* response)
 {
-    auto* const communications = dynamic_cast<CommunicationsServiceIfc*>(service);
+    auto* const communications = interfaceOf(service);
     std::string_view const counted(message, static_cast<std::size_t>(length));
     if (loggingOnAppUni(kComponent, kLogDetail)) {
         logAppUni(kComponent, kSource, kLogDetail, __LINE__, "handleMessage(msg = \"%s\")", message);
@@ -70,12 +107,15 @@ void CommunicationsServiceInvoker::passSignallingEvent(CommunicationsServiceIfc*
 void CommunicationsServiceInvoker::handleRequest(CommunicationsServiceIfc* service, char const* message,
                                                  std::string_view counted, InvokerResponse* response)
 {
-    // The method counts within the given length, the parameters up to the text's NUL.
-    auto const method = tagged_text::valueBetween("<Method>", counted, "</Method>");
+    // The method counts within the given length, the parameters up to the text's NUL. Nearly always they are the same.
+    RequestText const request(message);
+    auto const method = request.whole().size() == counted.size()
+                            ? request.value("Method")
+                            : tagged_text::valueBetween("<Method>", counted, "</Method>");
     RequestTable::Row const* const row = RequestTable::find(method.value_or(std::string_view()));
     std::string answer;
     if (row != nullptr && service != nullptr) {
-        answer = row->handle(*this, service, RequestText(message), response);
+        answer = row->handle(*this, service, request, response);
     }
     if (loggingOnAppUni(kComponent, kLogDetail)) {
         logAppUni(kComponent, kSource, kLogDetail, __LINE__, "handleMessage - exiting with response: \"%s\")",

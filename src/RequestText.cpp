@@ -21,7 +21,8 @@ RequestText::RequestText(std::string_view text)  // NOLINT(cppcoreguidelines-pro
 inline bool RequestText::isAt(std::size_t place, std::string_view name) const
 {
     std::size_t const end = place + name.size();
-    return end < text_.size() && text_[end] == '>' && std::memcmp(name.data(), text_.data() + place, name.size()) == 0;
+    return end < text_.size() && text_[end] == '>' && text_[place] == name.front() &&
+           std::memcmp(name.data(), text_.data() + place, name.size()) == 0;
 }
 
 std::optional<std::string_view> RequestText::value(std::string_view name) const

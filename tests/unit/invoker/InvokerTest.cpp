@@ -261,6 +261,28 @@ TEST_F(TheInvoker, Executable_ThatIsNoService_IsAnsweredWithFailure)
     handle(&other, "<Method>Activate</Method>");
 }
 
+// Its interface lies at another place than that of the ordinary service.
+class DistantService : public StrictMock<MockExecutable>, public StrictMock<MockProxy>, public MockCommunicationsService
+{};
+
+TEST_F(TheInvoker, ServicesOfDifferentTypes_AreAllReached)
+{
+    StrictMock<DistantService> distant;
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_CALL(service, activate()).WillOnce(Return(sfiSuccess));
+        expectAnswerAndFinish("sfiSuccess");
+        handle("<Method>Activate</Method>");
+
+        EXPECT_CALL(distant, activate()).WillOnce(Return(sfiFailure));
+        expectAnswerAndFinish("sfiFailure");
+        handle(static_cast<MockCommunicationsService*>(&distant), "<Method>Activate</Method>");
+
+        StrictMock<MockExecutable> other;
+        expectAnswerAndFinish("sfiFailure");
+        handle(&other, "<Method>Activate</Method>");
+    }
+}
+
 TEST_F(TheInvoker, NoExecutable_IsAnsweredWithFailure)
 {
     expectAnswerAndFinish("sfiFailure");
