@@ -65,6 +65,8 @@ int runWatch(CommandLine const& line, StopSignal const& stop)
             throw std::runtime_error("the telephone does not tell its events: " + message->text);
         if (message->kind == ApplicationMessageKind::kEvent)
             std::cout << message->number << " " << message->text << std::endl;
+        if (message->kind == ApplicationMessageKind::kAnswer)
+            std::cerr << "watching" << std::endl;
         if (!std::cout)
             return 0;
     }

@@ -1,0 +1,110 @@
+// A telephone that serves applications in a process of its own, at a socket of its own.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Process.h"
+#include "applications/ApplicationClient.h"
+
+class TemporaryFolder
+{
+public:
+    TemporaryFolder()
+    {
+        std::string name = (std::filesystem::temp_directory_path() / "telephone-test-XXXXXX").string();
+        path_ = mkdtemp(name.data());
+    }
+    ~TemporaryFolder() { std::filesystem::remove_all(path_); }
+    TemporaryFolder(TemporaryFolder const&) = delete;
+    TemporaryFolder& operator=(TemporaryFolder const&) = delete;
+
+    std::string file(std::string const& name) const { return (path_ / name).string(); }
+
+private:
+    std::filesystem::path path_;
+};
+
+class RunningTelephone
+{
+public:
+    explicit RunningTelephone(std::vector<std::string> const& options = {})
+        : process_(command(options))
+    {
+        process_.readUntil("applications can connect at " + socket() + "\n");
+    }
+
+    std::string socket() const { return folder_.file("socket"); }
+    Process& process() { return process_; }
+
+private:
+    std::vector<std::string> command(std::vector<std::string> const& options) const
+    {
+        std::vector<std::string> words{TELEPHONE, "serve", "--socket", socket()};
+        words.insert(words.end(), options.begin(), options.end());
+        return words;
+    }
+
+    TemporaryFolder const folder_;
+    Process process_;
+};
+
+// An application that sends requests and reads answers and events.
+class Application
+{
+public:
+    explicit Application(std::string const& socket)
+        : client_(socket)
+    {}
+
+    // The answer; nothing: it is none of those that are answered.
+    std::optional<std::string> request(std::string const& text)
+    {
+        client_.send(text);
+        std::optional<std::string> answer;
+        while (auto const message = client_.receive()) {
+            if (message->kind == telephone::ApplicationMessageKind::kFinished)
+                return answer;
+            if (message->kind == telephone::ApplicationMessageKind::kAnswer)
+                answer = message->text;
+            if (message->kind == telephone::ApplicationMessageKind::kEvent)
+                events_.push_back(message->text);
+        }
+        ADD_FAILURE() << "the telephone has gone";
+        return std::nullopt;
+    }
+
+    // The next event that holds the text; the ones before are passed over.
+    std::string event(std::string const& text)
+    {
+        while (true) {
+            while (taken_ < events_.size()) {
+                std::string const& each = events_[taken_++];
+                if (each.find(text) != std::string::npos)
+                    return each;
+            }
+            auto const message = client_.receive();
+            if (!message) {
+                ADD_FAILURE() << "the telephone has gone";
+                return {};
+            }
+            if (message->kind == telephone::ApplicationMessageKind::kEvent)
+                events_.push_back(message->text);
+        }
+    }
+
+private:
+    telephone::ApplicationClient client_;
+    std::vector<std::string> events_;
+    std::size_t taken_ = 0;
+};
+
+inline std::string method(std::string const& name, std::string const& elements = {})
+{
+    return "<Method>" + name + "</Method>" + elements;
+}

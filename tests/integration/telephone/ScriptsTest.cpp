@@ -1,0 +1,142 @@
+// Scripts that do not hold, and what the program then says; the ones that hold are tests of their own.
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "CommunicationsServiceRequests.h"
+#include "RunningTelephone.h"
+
+namespace {
+
+Ended play(std::string const& script)
+{
+    return run({TELEPHONE, "--log-level", "0", "play", "-"}, script);
+}
+
+std::string lastLine(std::string const& output)
+{
+    auto const end = output.find_last_not_of('\n');
+    return output.substr(output.rfind('\n', end) + 1, end - output.rfind('\n', end));
+}
+
+}  // namespace
+
+TEST(Scripts, EveryRequest_IsInTheScriptOfAllRequests)
+{
+    std::ifstream file(SCRIPTS "/every-request.script");
+    std::string const script((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+
+    for (RequestDescription const& each : kRequestDescriptions) {
+        std::string const line = "\n" + std::string(each.name);
+        EXPECT_TRUE(script.find(line + " ") != std::string::npos || script.find(line + "\n") != std::string::npos)
+            << each.name;
+    }
+}
+
+TEST(Scripts, ScriptThatHolds_EndsWithZero)
+{
+    Ended const result = play("GetServiceState\nexpect answer sfiSuccess\n");
+
+    EXPECT_EQ(result.status, 0) << result.output;
+    EXPECT_NE(result.output.find("request  <Method>GetServiceState</Method>\n"
+                                 "answer   sfiSuccess,sfiServiceInService\n"),
+              std::string::npos)
+        << result.output;
+}
+
+TEST(Scripts, WrongAnswer_EndsWithOneAndTheLine)
+{
+    Ended const result = play("# first\nHoldCall Line=4711 CallID=1\nexpect answer sfiSuccess\n");
+
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(lastLine(result.output),
+              "error    standard input:3: expect answer sfiSuccess: the answer was sfiFailure");
+}
+
+TEST(Scripts, EventThatDoesNotCome_EndsWithOneAndWhatCame)
+{
+    Ended const result = play("OutgoingCallMakeRequest Line=4711 CallID=1 Destination=101\n"
+                              "wait CallStateChangeEvent CallState=connected within 1\n");
+
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(
+        lastLine(result.output)
+            .rfind("error    standard input:2: wait CallStateChangeEvent CallState=connected within 1: it did not "
+                   "come; came instead: <Method>",
+                   0),
+        0U)
+        << result.output;
+}
+
+TEST(Scripts, EventThatMustNotCome_EndsWithOne)
+{
+    Ended const result = play("OutgoingCallMakeRequest Line=4711 CallID=1 Destination=100\n"
+                              "never CallStateChangeEvent CallState=connected within 10\n");
+
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(
+        lastLine(result.output)
+            .rfind("error    standard input:2: never CallStateChangeEvent CallState=connected within 10: it came: "
+                   "<Method>CallStateChangeEvent</Method><LineID>4711</LineID><CallID>1</CallID>"
+                   "<CallState>6</CallState>",
+                   0),
+        0U)
+        << result.output;
+}
+
+TEST(Scripts, WrongLine_EndsWithOneAndTheNearestName)
+{
+    Ended const result = play("HoldCal Line=4711\n");
+
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(lastLine(result.output), "error    standard input:1: HoldCal Line=4711: no request or command HoldCal "
+                                       "(did you mean HoldCall?); help lists them");
+}
+
+TEST(Scripts, LampThatIsOtherwise_EndsWithOne)
+{
+    Ended const result = play("expect lamp 1 flashing within 0.1\n");
+
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(lastLine(result.output), "error    standard input:1: expect lamp 1 flashing within 0.1: it is off");
+}
+
+TEST(Scripts, FileThatIsNotThere_EndsWithOne)
+{
+    Ended const result = run({TELEPHONE, "--log-level", "0", "play", "/no/such/file"});
+
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.output.find("error    /no/such/file: cannot be read\n"), std::string::npos) << result.output;
+}
+
+TEST(Scripts, Tour_ShowsWhatTheTelephoneCan)
+{
+    Ended const result = run({TELEPHONE, "tour"});
+
+    EXPECT_EQ(result.status, 0) << result.output;
+    for (char const* const each :
+         {"sfiSuccess", "<Method>CallStateChangeEvent</Method>", "<Method>CallHeldEvent</Method>",
+          "<Method>CallRetrievedEvent</Method>", "<Method>IncomingCallEvent</Method>", "<CallState>10</CallState>"})
+        EXPECT_NE(result.output.find(each), std::string::npos) << each;
+}
+
+TEST(Scripts, TwoAtOnce_DoNotDisturbEachOther)
+{
+    Process first({TELEPHONE, "play", SCRIPTS "/number-103-answers-late.script"});
+    Process second({TELEPHONE, "play", SCRIPTS "/number-103-answers-late.script"});
+
+    EXPECT_EQ(first.wait(), 0) << first.output();
+    EXPECT_EQ(second.wait(), 0) << second.output();
+}
+
+TEST(Scripts, Signal_EndsAScriptAtOnce)
+{
+    Process process({TELEPHONE, "--log-level", "0", "play", "-"});
+    process.write("say playing\nwait CallHeldEvent within 600\n");
+    process.readUntil("playing\n");
+
+    process.signal(SIGTERM);
+
+    EXPECT_EQ(process.wait(), 1);
+    EXPECT_NE(process.output().find("ended by a signal"), std::string::npos) << process.output();
+}
