@@ -18,6 +18,7 @@ Call::Call(CallHost& host, int callID, LineAddress line, bool incoming, std::uni
     : host_(host)
     , audio_(std::move(voice))
     , transferTimer_(host.loop())
+    , changeTimer_(host.loop())
 {
     now_.callID = callID;
     now_.line = std::move(line);
@@ -212,6 +213,7 @@ void Call::end(const Ending& ending)
     if (std::exchange(over_, true))
         return;
     transferTimer_.cancel();
+    changeTimer_.cancel();
     if (session_)
         session_->setObserver(nullptr);
     dropSession();

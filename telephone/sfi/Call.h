@@ -131,6 +131,7 @@ private:
     void enter(sfiCallState state, sfiReason reason = sfiReasonNormal);  // with its event
     sfiCallState settledState() const;
     bool beginChange(MediaChange change, sip::Direction direction, sfiFeature feature, Done done);
+    void awaitChange();
     void changeAccepted(const PendingChange& change);
     void changeRefused(const PendingChange& change, int status);
     void failPendingChanges();
@@ -153,6 +154,7 @@ private:
     std::unique_ptr<sip::Transfer> transferHere_;  // asks for the replacement
     CallAudio audio_;
     sip::Timer transferTimer_;
+    sip::Timer changeTimer_;
     std::deque<PendingChange> changes_;
     std::string target_;
     DivertedBy divertedBy_;

@@ -139,6 +139,7 @@ struct CallEngine::Impl final : CallHost, sip::UserAgentObserver
     sip::EventLoop& loop() override { return loop_; }
     void log(sip::LogLevel level, const std::string& text) override;
     void post(Event event) override { post_(std::move(event)); }
+    std::chrono::milliseconds reinviteTimeout() const override { return configuration_.reinviteTimeout; }
     void callChanged(Call& call, const CallSnapshot& before) override;
     void callEnded(Call& call) override;
     bool callBackPossible(const Call& call) const override;

@@ -6,6 +6,7 @@
 #include "sip/Message.h"
 #include "sip/Transfer.h"
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -28,6 +29,8 @@ public:
     virtual sip::EventLoop& loop() = 0;
     virtual void log(sip::LogLevel level, const std::string& text) = 0;
     virtual void post(Event event) = 0;
+    // How long a far end may leave a re-INVITE unanswered.
+    virtual std::chrono::milliseconds reinviteTimeout() const = 0;
 
     // After each change, before its event is posted. A call that has ended leaves the engine in it, but lives on until
     // the callback that runs is over.

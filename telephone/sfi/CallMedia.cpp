@@ -39,6 +39,8 @@ bool Call::beginChange(MediaChange change, sip::Direction direction, sfiFeature 
     if (!session_->modify(direction))
         return false;
     changes_.push_back({change, feature, {std::move(done)}});
+    if (changes_.size() == 1)
+        awaitChange();
     if (change == MediaChange::kRenew)
         return true;
     const bool held = change == MediaChange::kHold;
@@ -52,12 +54,26 @@ bool Call::beginChange(MediaChange change, sip::Direction direction, sfiFeature 
     return true;
 }
 
+// A far end that does not answer a re-INVITE is gone (RFC 3261 section 12.2.1.2).
+void Call::awaitChange()
+{
+    changeTimer_.start(host_.reinviteTimeout(), [this] {
+        host_.log(sip::LogLevel::kWarning, "call " + std::to_string(id()) + ": the far end does not answer any more");
+        postFeatureFailed(changes_.front().feature, sfiFeatureFailureTimeout);
+        end({sfiCallStateFailed, sfiReasonTimeout});
+    });
+}
+
 void Call::onModified(sip::Session& session, bool accepted, int status, const std::string& reason)
 {
     if (&session != session_.get() || changes_.empty())
         return;
     const PendingChange change = std::move(changes_.front());
     changes_.pop_front();
+    if (changes_.empty())
+        changeTimer_.cancel();
+    else
+        awaitChange();
     if (accepted) {
         changeAccepted(change);
     } else {
@@ -118,6 +134,7 @@ void Call::changeRefused(const PendingChange& change, int status)
 
 void Call::failPendingChanges()
 {
+    changeTimer_.cancel();
     const auto pending = std::exchange(changes_, {});
     for (const PendingChange& change : pending) {
         for (const Done& done : change.done) {

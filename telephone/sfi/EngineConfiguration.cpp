@@ -16,6 +16,7 @@ EngineConfiguration EngineConfiguration::from(const Configuration& configuration
     engine.maximumCalls = configuration.calls.maximum;
     engine.automaticRinging = configuration.calls.automaticRinging;
     engine.doNotDisturbStatus = configuration.calls.doNotDisturbStatus;
+    engine.reinviteTimeout = std::chrono::seconds(configuration.calls.reinviteTimeout);
     engine.callBacks = configuration.calls.callBacks;
     engine.groupPickup = configuration.server.groupPickup;
     engine.directedPickup = configuration.server.directedPickup;

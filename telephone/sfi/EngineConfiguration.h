@@ -18,6 +18,7 @@ struct EngineConfiguration
     int maximumCalls = 100;
     bool automaticRinging = true;
     int doNotDisturbStatus = 486;
+    std::chrono::milliseconds reinviteTimeout{8000};   // until an unanswered re-INVITE ends the call
     int callBacks = 5;                                 // at most so many at once
     std::string groupPickup;                           // number; empty: none
     std::string directedPickup;                        // number that the number to pick up is appended to; empty: none

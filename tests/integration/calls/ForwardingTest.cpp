@@ -14,7 +14,11 @@ protected:
 
     void aliceCallsBob() { ASSERT_EQ(alice_.engine().make(1, 0, 1, "4722"), sfiSuccess); }
 
-    void expectAtCarol() { carol_.expect({"incoming 4733 1001 4711 - 1 - 0", "state 4733 1001 Ringing Normal 4711"}); }
+    // diverted: who diverted the call, and why.
+    void expectAtCarol(const std::string& diverted)
+    {
+        carol_.expect({"incoming 4733 1001 4711 - 1 " + diverted, "state 4733 1001 Ringing Normal 4711"});
+    }
 };
 
 TEST_F(Forwarding, Unconditional_SendsTheCallerOnAtOnce)
@@ -24,7 +28,7 @@ TEST_F(Forwarding, Unconditional_SendsTheCallerOnAtOnce)
     aliceCallsBob();
 
     bob_.expect({"forwarded 4722 1001 4711 4733 1"});
-    expectAtCarol();
+    expectAtCarol("4722 1");
 }
 
 TEST_F(Forwarding, UnconditionalInternal_ComesBeforeTheGeneralRule)
@@ -35,7 +39,7 @@ TEST_F(Forwarding, UnconditionalInternal_ComesBeforeTheGeneralRule)
     aliceCallsBob();
 
     bob_.expect({"forwarded 4722 1001 4711 4733 1"});
-    expectAtCarol();
+    expectAtCarol("4722 1");
 }
 
 TEST_F(Forwarding, UnconditionalExternal_LeavesInternalCallersAlone)
@@ -57,7 +61,7 @@ TEST_F(Forwarding, UnconditionalExternal_MovesCallersOfAnotherDomain)
     ASSERT_EQ(outside.engine().make(1, 0, 1, bob_.uri()), sfiSuccess);
 
     bob_.expect({"forwarded 4722 1001 9000 4733 1"});
-    carol_.expect({"incoming 4733 1001 9000 - 2 - 0", "state 4733 1001 Ringing Normal 9000"});
+    carol_.expect({"incoming 4733 1001 9000 - 2 4722 1", "state 4733 1001 Ringing Normal 9000"});
 }
 
 TEST_F(Forwarding, OnBusy_MovesTheSecondCall)
@@ -69,7 +73,7 @@ TEST_F(Forwarding, OnBusy_MovesTheSecondCall)
     aliceCallsBob();
 
     bob_.expect({"forwarded 4722 1001 4711 4733 2"});
-    expectAtCarol();
+    expectAtCarol("4722 2");
 }
 
 TEST_F(Forwarding, OnNoReply_MovesTheCallWhenTheTimeIsUp)
@@ -88,7 +92,7 @@ TEST_F(Forwarding, OnNoReply_MovesTheCallWhenTheTimeIsUp)
 
     dave.expect({"incoming 4744 1001 4711 - 1 - 0", "state 4744 1001 Ringing Normal 4711",
                  "state 4744 1001 Idle Forwarded 4711", "forwarded 4744 1001 4711 4733 3"});
-    expectAtCarol();
+    expectAtCarol("4744 3");
 }
 
 TEST_F(Forwarding, AnsweredInTime_StaysHere)

@@ -45,10 +45,12 @@ TEST_F(Server, MessageSummaryThatChangesNothing_IsNotToldAgain)
     phone_->events().next(2);
 
     exchange_.setMessages("4712", {1, 0, 0, 0});
-    exchange_.setMessages("4712", {1, 0, 0, 0});
+    phone_->expect({"messages 4712 1 1 0 0 0 1 2 1 600"});
+    exchange_.setMessages("4712", {1, 0, 0, 0}, true);
+    EXPECT_EQ(phone_->events().next(std::chrono::milliseconds(200)), "nothing came");
     exchange_.setMessages("4712", {0, 1, 0, 0});
 
-    phone_->expect({"messages 4712 1 1 0 0 0 1 2 1 600", "messages 4712 1 0 1 0 0 1 2 0 600"});
+    phone_->expect({"messages 4712 1 0 1 0 0 1 2 0 600"});
 }
 
 TEST_F(Server, UnsolicitedMessageSummary_IsTold)

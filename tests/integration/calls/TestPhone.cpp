@@ -78,9 +78,9 @@ ForwardingRule TestPhone::forwarding(int, sfiForwardingType type) const
     return found == rules.end() ? ForwardingRule{} : found->second;
 }
 
-bool eventually(const std::function<bool()>& condition)
+bool eventually(const std::function<bool()>& condition, std::chrono::seconds deadline)
 {
-    const auto end = std::chrono::steady_clock::now() + EventRecorder::kDeadline;
+    const auto end = std::chrono::steady_clock::now() + deadline;
     while (!condition()) {
         if (std::chrono::steady_clock::now() > end)
             return false;

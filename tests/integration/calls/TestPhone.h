@@ -68,6 +68,6 @@ private:
 };
 
 // Waits for a condition that the loop makes true; false after the deadline.
-bool eventually(const std::function<bool()>& condition);
+bool eventually(const std::function<bool()>& condition, std::chrono::seconds deadline = EventRecorder::kDeadline);
 
 }  // namespace telephone::test

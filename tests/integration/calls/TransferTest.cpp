@@ -103,7 +103,7 @@ TEST_F(TransferOfThree, Deflect_SendsTheCallerOn)
     ASSERT_EQ(bob_.engine().deflect(1001, "4733"), sfiSuccess);
 
     bob_.expect({"state 4722 1001 Idle Forwarded 4711", "forwarded 4722 1001 4711 4733 4"});
-    carol_.expect({"incoming 4733 1001 4711 - 1 - 0", "state 4733 1001 Ringing Normal 4711"});
+    carol_.expect({"incoming 4733 1001 4711 - 1 4722 4", "state 4733 1001 Ringing Normal 4711"});
 }
 
 }  // namespace telephone::test
