@@ -1,0 +1,72 @@
+// Everything that the library and other programs share, gathered for the record of operations: debug information of
+// this file describes each class of include/ and platform/ in full.
+#include "CommunicationsServiceEventIfc.h"
+#include "CommunicationsServiceIfc.h"
+#include "MediaRecordingServiceIfc.h"
+#include "ParamaterExtractor.h"
+#include "TeamServiceIfc.h"
+#include "framework/Invoker.h"
+#include "framework/InvokerResponse.h"
+#include "framework/Proxy.h"
+#include "framework/ProxyRequest.h"
+#include "framework/Service.h"
+#include "framework/SvcRTEContext.h"
+#include "lines/Line.h"
+#include "lines/LineData.h"
+#include "lines/LineManager.h"
+#include "management/LocalMgmtIfc.h"
+#include "management/MgmtAgentIfc.h"
+#include "management/SIPConfigManager.h"
+#include "physical/AuditoryDeviceIfc.h"
+#include "physical/PhysicalInterfaceServiceIfc.h"
+#include "physical/functionalEventObserver.h"
+#include "physical/physicalEventObserver.h"
+#include "recording/MediaRecordingService.h"
+#include "recording/RecordingConfigManager.h"
+#include "services/CertificateMgmtSvcIfc.h"
+#include "services/DigitAnalysisServiceIfc.h"
+#include "sfi/CSfi.h"
+#include "sfi/SfiMCAMapper.h"
+#include "team/DirectedPickupHandler.h"
+#include "team/EACockpitHandler.h"
+#include "team/FeatureToggle.h"
+#include "team/TeamServiceFeatures.h"
+#include "team/TeamServiceKeyset.h"
+
+struct Surface
+{
+    CommunicationsServiceEventIfc* communicationsServiceEventIfc;
+    CommunicationsServiceIfc* communicationsServiceIfc;
+    MediaRecordingServiceIfc* mediaRecordingServiceIfc;
+    ParamaterExtractor* paramaterExtractor;
+    TeamServiceIfc* teamServiceIfc;
+    Service* service;
+    Proxy* proxy;
+    Invoker* invoker;
+    InvokerResponse* invokerResponse;
+    ProxyRequest* proxyRequest;
+    SvcRTEContext* svcRTEContext;
+    Line* line;
+    LineData* lineData;
+    LineManager* lineManager;
+    LocalMgmtIfc* localMgmtIfc;
+    MgmtAgentIfc* mgmtAgentIfc;
+    SIPConfigManager* sipConfigManager;
+    AuditoryDeviceIfc* auditoryDeviceIfc;
+    PhysicalInterfaceServiceIfc* physicalInterfaceServiceIfc;
+    functionalEventObserver* theFunctionalEventObserver;
+    physicalEventObserver* thePhysicalEventObserver;
+    MediaRecordingService* mediaRecordingService;
+    RecordingConfigManager* recordingConfigManager;
+    CertificateMgmtSvcIfc* certificateMgmtSvcIfc;
+    DigitAnalysisServiceIfc* digitAnalysisServiceIfc;
+    CSfi* callControl;
+    SfiMCAMapper* sfiMCAMapper;
+    DirectedPickupHandler* directedPickupHandler;
+    EACockpitHandler* eaCockpitHandler;
+    FeatureToggle* featureToggle;
+    TeamServiceFeatures* teamServiceFeatures;
+    TeamServiceKeyset* teamServiceKeyset;
+};
+
+Surface surface;

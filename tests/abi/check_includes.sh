@@ -1,0 +1,40 @@
+#!/bin/sh
+# Checks which way includes run: platform/ includes itself, include/ also platform/, src/ also include/; and of others
+# the standard library only. Usage: check_includes.sh ROOT
+set -eu
+root=$1
+cd "$root"
+result=0
+
+complain()
+{
+    echo "$1: $2 is not for this folder" >&2
+    result=1
+}
+
+# check FOLDER ALLOWED...: every header that a file of FOLDER names in quotes lies in one of the allowed folders.
+check()
+{
+    folder=$1
+    shift
+    for file in $(find "$folder" -name '*.h' -o -name '*.cpp'); do
+        for name in $(sed -n 's/^ *# *include *"\([^"]*\)".*/\1/p' "$file"); do
+            known=
+            for allowed; do
+                [ -f "$allowed/$name" ] && known=yes
+            done
+            [ -n "$known" ] || complain "$file" "\"$name\""
+        done
+        for name in $(sed -n 's/^ *# *include *<\([^>]*\)>.*/\1/p' "$file"); do
+            case $name in
+            *[!a-z_]*) complain "$file" "<$name>" ;;
+            esac
+        done
+    done
+}
+
+check platform platform
+check include include platform
+check src src include platform
+
+exit $result
