@@ -5,6 +5,7 @@
 #include "CommunicationsServiceIfc.h"
 #include "framework/Log.h"
 #include "management/ConfigurationStore.h"
+#include "sip/Uri.h"
 
 namespace telephone {
 
@@ -37,24 +38,41 @@ std::unique_ptr<exchange::Exchange> makeExchange(sip::EventLoop& loop, Configura
     return std::make_unique<exchange::Exchange>(loop, std::move(config));
 }
 
-Configuration withExchange(Configuration configuration, exchange::Exchange const* exchange)
+// Where the registrar is, with its port: its domain when none is named.
+std::string hostPortOf(std::string const& registrar)
 {
-    if (exchange == nullptr)
-        return configuration;
-    ServerConfiguration& server = configuration.server;
-    server.registrar = "sip:" + exchange->hostPort();
-    if (server.domain.empty())
-        server.domain = exchange->hostPort();
+    auto uri = sip::Uri::parse(registrar);
+    if (!uri)
+        throw std::runtime_error("server.registrar: \"" + registrar + "\" is no sip: address");
+    uri->user.clear();
+    std::string const scheme = uri->scheme + ":";
+    return uri->formatAddressOfRecord().substr(scheme.size());
+}
+
+void useExchange(ServerConfiguration& server, exchange::Exchange const& exchange)
+{
+    server.registrar = "sip:" + exchange.hostPort();
     if (server.directedPickup.empty())
         server.directedPickup = exchange::kDirectedPickup;
     if (server.groupPickup.empty())
         server.groupPickup = exchange::kGroupPickup;
+}
+
+Configuration withServer(Configuration configuration, exchange::Exchange const* exchange)
+{
+    ServerConfiguration& server = configuration.server;
+    if (exchange != nullptr)
+        useExchange(server, *exchange);
+    if (server.domain.empty() && !server.registrar.empty())
+        server.domain = hostPortOf(server.registrar);
     return configuration;
 }
 
-ServerAddress serverOf(Configuration const& configuration, bool hasExchange)
+// Without a call server the lines' addresses are the telephone's own.
+ServerAddress serverOf(Configuration const& configuration, CallEngine& engine, bool hasExchange)
 {
-    return {configuration.server.registrar, configuration.server.domain,
+    std::string const& domain = configuration.server.domain;
+    return {configuration.server.registrar, domain.empty() ? engine.userAgent().hostPort() : domain,
             hasExchange ? configuration.exchange.password : std::string()};
 }
 
@@ -76,7 +94,7 @@ int primaryLine(Lines const& lines)
 
 TelephoneParts::TelephoneParts(Configuration given, std::string const& libraryFile)
     : exchange(makeExchange(loop, given))
-    , configuration(withExchange(std::move(given), exchange.get()))
+    , configuration(withServer(std::move(given), exchange.get()))
     , settings(std::make_unique<ConfigurationStore>(configuration.store.path), configuration)
     , readers(settings, configuration)
     , storeWatcher(configuration.store.path.empty() ? nullptr : std::make_unique<StoreWatcher>(settings))
@@ -105,7 +123,7 @@ TelephoneParts::TelephoneParts(Configuration given, std::string const& libraryFi
     , invoker(library.createInvoker())
     , requests(*service, *invoker)
 {
-    lines.setServer(serverOf(configuration, exchange != nullptr));
+    lines.setServer(serverOf(configuration, engine, exchange != nullptr));
     lines.connect(engineCalls, timers);
     registerExecutables();
     observeCalls();

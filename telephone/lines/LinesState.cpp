@@ -18,7 +18,7 @@ std::vector<LineAccount> Lines::accounts() const
     for (auto const* line : lines_) {
         auto const& configuration = line->configuration();
         accounts.push_back({configuration.number, configuration.id, accountOf(configuration, configuration_, server_),
-                            configuration.registers});
+                            configuration.registers && !server_.registrar.empty()});
     }
     std::sort(accounts.begin(), accounts.end(),
               [](LineAccount const& left, LineAccount const& right) { return left.lineNumber < right.lineNumber; });
