@@ -22,6 +22,7 @@ enum keyFunctionType : int
     keyFunctionHold = 57,
     keyFunctionDoNotDisturb = 58,
     keyFunctionMessages = 63,
+    keyFunctionTransfer = 70,  // the next direct-station or busy-lamp key transfers the call
 };
 
 enum actionType : int

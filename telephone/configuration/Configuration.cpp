@@ -31,6 +31,7 @@ Configuration Configuration::standard()
         {9, "headset", "", "Headset", false},    {10, "messages", "", "Messages", false},
         {11, "toggle", "1", "Feature 1", false}, {12, "release", "", "Release", false},
         {13, "preview", "", "Preview", false},   {14, "ignore", "", "Ignore", false},
+        {15, "transfer", "", "Transfer", false},
     };
     return configuration;
 }

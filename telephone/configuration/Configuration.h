@@ -45,7 +45,8 @@ struct KeyConfiguration
 {
     int number = 0;  // key number (FPK), from 1
     std::string
-        function;  // line, dss, blf, forwarding, dnd, hold, mute, headset, messages, toggle, release, preview, ignore
+        function;  // line, dss, blf, forwarding, dnd, hold, mute, headset, messages, toggle, release, preview, ignore,
+                   // transfer
     std::string target;  // line id, or the number of a dss, blf or toggle key
     std::string label;
     bool monitorOnly = false;  // dss: shows, never acts

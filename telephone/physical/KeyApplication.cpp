@@ -66,6 +66,7 @@ KeyApplication::Row const KeyApplication::kRows[] = {
     {PhysDefs::keyFunctionMute, &KeyApplication::mutePressed},
     {PhysDefs::keyFunctionHeadset, &KeyApplication::headsetPressed},
     {PhysDefs::keyFunctionRelease, &KeyApplication::releasePressed},
+    {PhysDefs::keyFunctionTransfer, &KeyApplication::transferPressed},
 };
 
 KeyApplication::KeyApplication(PhysicalInterface& keys, KeyLamps& lamps, Lines& lines, Settings& settings)
@@ -125,7 +126,7 @@ void KeyApplication::stationPressed(PhoneKey const& key)
 void KeyApplication::busyLampPressed(PhoneKey const& key)
 {
     if (auto* const team = service_.team()) {
-        team->blfKeyPressedFPK(key.number(), transferMode_.exchange(false));
+        team->blfKeyPressedFPK(key.number(), takeTransferMode());
     }
 }
 
@@ -171,6 +172,25 @@ void KeyApplication::headsetPressed(PhoneKey const& key)
 void KeyApplication::releasePressed(PhoneKey const& /*key*/)
 {
     goOnHook();
+}
+
+// Pressed again it takes the choice back.
+void KeyApplication::transferPressed(PhoneKey const& /*key*/)
+{
+    setTransferMode(!transferMode_);
+}
+
+void KeyApplication::setTransferMode(bool on)
+{
+    transferMode_ = on;
+    lamps_.showTransfer(on);
+}
+
+bool KeyApplication::takeTransferMode()
+{
+    bool const chosen = transferMode_;
+    setTransferMode(false);
+    return chosen;
 }
 
 void KeyApplication::hookChanged(bool up)
@@ -247,7 +267,7 @@ EDSSContext KeyApplication::contextFor(PhoneKey const& key, std::string& ringing
         ringingLineURI = ringing->line.lineURI;
         return eDSSContextDeflect;
     }
-    if (transferMode_.exchange(false)) {
+    if (takeTransferMode()) {
         return eDSSContextBlindTransfer;
     }
     auto* const station = dynamic_cast<DssLine*>(lines_.getDSSLineForFPK(key.number()));

@@ -35,8 +35,8 @@ public:
 
     // The loaded service, once it is initialised: keys work from then on. Null before the service ends.
     void setService(Executable* service);
-    // The next direct-station or busy-lamp key transfers the present call (the call view's transfer was chosen).
-    void setTransferMode(bool on) { transferMode_ = on; }
+    // The next direct-station or busy-lamp key transfers the present call: chosen by the transfer key or a call view.
+    void setTransferMode(bool on);
     bool transferMode() const { return transferMode_; }
 
     void keyPressed(PhoneKey const& key) override;
@@ -55,6 +55,8 @@ private:
     void mutePressed(PhoneKey const& key);
     void headsetPressed(PhoneKey const& key);
     void releasePressed(PhoneKey const& key);
+    void transferPressed(PhoneKey const& key);
+    bool takeTransferMode();
 
     // Answers the call that rings, else seizes a line unless there is one in use.
     void goOffHook();

@@ -139,6 +139,11 @@ void KeyLamps::showHeadset(bool plugged)
     lamps_.setFunction(keyFunctionHeadset, plugged ? Lamp{lampSteady, lampGreen} : kOff);
 }
 
+void KeyLamps::showTransfer(bool chosen)
+{
+    lamps_.setFunction(keyFunctionTransfer, chosen ? Lamp{lampSteady, lampGreen} : kOff);
+}
+
 void KeyLamps::showLine(TelephoneLine& line)
 {
     auto const state = line.state();

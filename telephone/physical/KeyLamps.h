@@ -1,5 +1,6 @@
 // Keeps the lamps of the keys as the telephone is: lines and their parties, held calls, waiting messages, forwarding,
-// do-not-disturb, toggled features, mute and headset. The lamps of busy-lamp fields are the team features' own.
+// do-not-disturb, toggled features, mute, headset and transfer. The lamps of busy-lamp fields are the team features'
+// own.
 //
 //     lines        off idle | steady in use here | flashing rings | fluttering on hold; red: another telephone's
 //     hold         flashing while a call is on hold here
@@ -45,6 +46,7 @@ public:
 
     void showMute(bool muted);
     void showHeadset(bool plugged);
+    void showTransfer(bool chosen);
 
 private:
     void showLine(TelephoneLine& line);

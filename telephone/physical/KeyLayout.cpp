@@ -26,9 +26,10 @@ constexpr std::array kFunctions{
     KeyFunctionRow{"release",    keyFunctionRelease,        0,              false},
     KeyFunctionRow{"preview",    keyFunctionPreview,        kKeysetButtons, false},
     KeyFunctionRow{"ignore",     keyFunctionIgnoreCall,     kKeysetButtons, false},
+    KeyFunctionRow{"transfer",   keyFunctionTransfer,       0,              false},
 };
 // clang-format on
-static_assert(kFunctions.size() == 13, "a key function was added or removed: say so in the configuration's help");
+static_assert(kFunctions.size() == 14, "a key function was added or removed: say so in the configuration's help");
 
 KeyFunctionRow const* rowOf(std::string const& name)
 {

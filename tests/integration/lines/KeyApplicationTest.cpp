@@ -41,7 +41,7 @@ TEST_F(KeyApplicationTest, StationKey_TakesItsContextFromTheCallsThereAre)
                                                   "dss 4 context 1 ", "dss 4 context 3 4713#2"));
 }
 
-TEST_F(KeyApplicationTest, StationKey_WhoseParyIsCalled_PicksUp)
+TEST_F(KeyApplicationTest, StationKey_WhosePartyIsCalled_PicksUp)
 {
     buildKeys();
     WatchedParty party;
@@ -60,8 +60,12 @@ TEST_F(KeyApplicationTest, BusyLampKey_TellsWhetherATransferWasChosen)
 {
     buildKeys();
     press(5);
-    application_->setTransferMode(true);
+    press(14);
+    EXPECT_EQ(lamp("transfer"), "steady");
     press(5);
+    EXPECT_EQ(lamp("transfer"), "off");
+    press(14);
+    press(14);
     press(5);
 
     EXPECT_THAT(service_.takeNoted(), ElementsAre("blf 5", "blf 5 transfer", "blf 5"));

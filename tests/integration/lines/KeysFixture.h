@@ -19,11 +19,11 @@ protected:
     KeysFixture()
     {
         configuration_.keys = {
-            {1, "line", "4711", "", false},   {2, "line", "4712", "", false}, {3, "line", "4713", "", false},
-            {4, "dss", "102", "", false},     {5, "blf", "103", "", false},   {6, "dnd", "", "", false},
-            {7, "forwarding", "", "", false}, {8, "messages", "", "", false}, {9, "mute", "", "", false},
-            {10, "headset", "", "", false},   {11, "toggle", "1", "", false}, {12, "release", "", "", false},
-            {13, "hold", "", "", false},
+            {1, "line", "4711", "", false},   {2, "line", "4712", "", false},  {3, "line", "4713", "", false},
+            {4, "dss", "102", "", false},     {5, "blf", "103", "", false},    {6, "dnd", "", "", false},
+            {7, "forwarding", "", "", false}, {8, "messages", "", "", false},  {9, "mute", "", "", false},
+            {10, "headset", "", "", false},   {11, "toggle", "1", "", false},  {12, "release", "", "", false},
+            {13, "hold", "", "", false},      {14, "transfer", "", "", false},
         };
     }
     ~KeysFixture() override

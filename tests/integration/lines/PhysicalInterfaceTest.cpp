@@ -151,13 +151,13 @@ TEST_F(PhysicalInterfaceTest, OtherKeys_BelongToTheKeyApplication)
 
 TEST_F(PhysicalInterfaceTest, KeyOutsideTheLayout_IsRefusedWithWhatThereIs)
 {
-    EXPECT_EQ(keys_.press(0), "there is no key \"0\"; the layout has 1 to 14");
-    EXPECT_EQ(keys_.press(15), "there is no key \"15\"; the layout has 1 to 14");
-    EXPECT_EQ(keys_.press(-1), "there is no key \"-1\"; the layout has 1 to 14");
+    EXPECT_EQ(keys_.press(0), "there is no key \"0\"; the layout has 1 to 15");
+    EXPECT_EQ(keys_.press(16), "there is no key \"16\"; the layout has 1 to 15");
+    EXPECT_EQ(keys_.press(-1), "there is no key \"-1\"; the layout has 1 to 15");
     EXPECT_EQ(keys_.release("99999999999999999999"),
-              "there is no key \"99999999999999999999\"; the layout has 1 to 14");
-    EXPECT_EQ(keys_.press(""), "there is no key \"\"; the layout has 1 to 14");
-    EXPECT_EQ(keys_.press("Hold it"), "there is no key \"Hold it\"; the layout has 1 to 14");
+              "there is no key \"99999999999999999999\"; the layout has 1 to 15");
+    EXPECT_EQ(keys_.press(""), "there is no key \"\"; the layout has 1 to 15");
+    EXPECT_EQ(keys_.press("Hold it"), "there is no key \"Hold it\"; the layout has 1 to 15");
 }
 
 TEST_F(PhysicalInterfaceTest, Release_OfAKeyThatIsNotPressed_IsRefused)
@@ -237,6 +237,7 @@ TEST_F(PhysicalInterfaceTest, LampRows_NameEachLampOnce)
                     " 12  release \"Release\"             off",            //
                     " 13  preview \"Preview\"             off",            //
                     " 14  ignore \"Ignore\"               off",            //
+                    " 15  transfer \"Transfer\"           off",            //
                     "     Hold                          off",              //
                     "     SecondAlert                   flashing  amber"));
 }
@@ -247,7 +248,7 @@ TEST_F(PhysicalInterfaceTest, KeyRows_SayWhatEachKeyDoes)
     PhysicalInterface keys(configuration_, settings_);
     auto const rows = keys.keyRows();
 
-    ASSERT_EQ(rows.size(), 14U);
+    ASSERT_EQ(rows.size(), 15U);
     EXPECT_EQ(rows[0], "  1  line  4711  \"4711\"");
     EXPECT_EQ(rows[2], "  3  dss  4712  \"Desk 4712\"  shows only");
     EXPECT_EQ(rows[13], " 14  ignore  \"Ignore\"");

@@ -37,7 +37,7 @@ TEST(ConfigurationFile, EmptyFile_DescribesTheStandardTelephone)
     EXPECT_TRUE(configuration.keyset);
     EXPECT_TRUE(configuration.exchange.enabled);
     EXPECT_EQ(configuration.sip.address, "127.0.0.1");
-    ASSERT_EQ(configuration.keys.size(), 14U);
+    ASSERT_EQ(configuration.keys.size(), 15U);
     EXPECT_EQ(configuration.keys[1].function, "line");
     EXPECT_EQ(configuration.keys[3].function, "blf");
     EXPECT_EQ(configuration.keys[3].target, "102");
@@ -179,7 +179,7 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{
             "UnknownFunction", "[[key]]\nnumber = 3\nfunction = \"coffee\"\n",
             "desk.toml:3: key.function takes one of line, dss, blf, forwarding, dnd, hold, mute, headset, messages, "
-            "toggle, release, preview, ignore, not the text \"coffee\""},
+            "toggle, release, preview, ignore, transfer, not the text \"coffee\""},
         Refusal{"NoAddress", "[sip]\naddress = \"desk.example\"\n",
                 "desk.toml:2: sip.address takes an IP address, not \"desk.example\""},
         Refusal{"NoRegistrar", "[server]\nregistrar = \"10.0.0.1\"\n",
