@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
+#include <cstdint>
 #include <deque>
 #include <mutex>
 #include <stdexcept>
@@ -180,3 +182,11 @@ bool EventLoop::isLockedByCaller() const
 }
 
 }  // namespace telephone::sip
+
+// Takes the place of the stack's own clock for timers, which is the machine's wall clock: set back by an hour, that one
+// would hold every timer of every call and registration for an hour.
+std::uint64_t tmr_jiffies()
+{
+    using namespace std::chrono;
+    return static_cast<std::uint64_t>(duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count());
+}

@@ -1,0 +1,367 @@
+"""A running telephone and what tests do to it from outside: applications at its socket, far ends and registrars that
+speak just enough SIP, and its process. Everything is on loopback, at ports that the system chooses; every wait is for a
+condition and has a deadline.
+"""
+
+import os
+import re
+import signal
+import socket
+import subprocess
+import sys
+import tempfile
+import threading
+import time
+from pathlib import Path
+
+TELEPHONE = os.environ.get("TELEPHONE") or sys.exit("TELEPHONE names no program")
+
+IDLE, REMOTE_RINGING, INCOMING, RINGING, CONNECTED, REMOTELY_HELD, BUSY, FAILED = 0, 3, 4, 5, 6, 8, 13, 14
+OVER = (IDLE, BUSY, FAILED)
+
+
+def free_port():
+    """A UDP and TCP port of loopback that nobody has at present."""
+    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as udp:
+        udp.bind(("127.0.0.1", 0))
+        return udp.getsockname()[1]
+
+
+def until(condition, seconds, what):
+    """What the condition gives once it holds."""
+    deadline = time.monotonic() + seconds
+    while True:
+        value = condition()
+        if value:
+            return value
+        if time.monotonic() > deadline:
+            raise AssertionError(f"after {seconds} seconds: {what}")
+        time.sleep(0.02)
+
+
+def request(method, **elements):
+    return f"<Method>{method}</Method>" + "".join(f"<{name}>{value}</{name}>" for name, value in elements.items())
+
+
+def element(event, name):
+    found = re.search(f"<{name}>(.*?)</{name}>", event, re.DOTALL)
+    return found.group(1) if found else None
+
+
+class Application:
+    """A program at the application socket."""
+
+    def __init__(self, path, subscribe=True):
+        self.socket = socket.socket(socket.AF_UNIX, socket.SOCK_STREAM)
+        self.socket.settimeout(20)
+        self.socket.connect(path)
+        self.input = b""
+        self.events = []
+        self.last_number = 0
+        if subscribe:
+            answer = self.request(request("Subscribe"))
+            assert answer == "sfiSuccess", answer
+
+    def close(self):
+        self.socket.close()
+
+    def send(self, text):
+        self.socket.sendall(text.encode() + b"\0")
+
+    def message(self, seconds=20):
+        """The next message as its kind and text; None: nothing came in that time."""
+        deadline = time.monotonic() + seconds
+        while b"\0" not in self.input:
+            left = deadline - time.monotonic()
+            if left <= 0:
+                return None
+            self.socket.settimeout(left)
+            try:
+                data = self.socket.recv(65536)
+            except TimeoutError:
+                return None
+            if not data:
+                raise ConnectionError("the telephone has closed the connection")
+            self.input += data
+        whole, self.input = self.input.split(b"\0", 1)
+        kind, text = whole.decode(errors="replace").split("\n", 1)
+        if kind.startswith("event "):
+            number = int(kind[6:])
+            assert number > self.last_number, f"event {number} after {self.last_number}"
+            self.last_number = number
+            self.events.append(text)
+            kind = "event"
+        return kind, text
+
+    def request(self, text, seconds=20):
+        """The answer, or None for a request that has none."""
+        self.send(text)
+        answer = None
+        deadline = time.monotonic() + seconds
+        while True:
+            message = self.message(max(0.001, deadline - time.monotonic()))
+            assert message is not None, f"no end of {text} in {seconds} seconds"
+            if message[0] == "answer":
+                answer = message[1]
+            elif message[0] == "finished":
+                return answer
+            elif message[0] == "error":
+                raise AssertionError(message[1])
+
+    def ask(self, method, seconds=20, **elements):
+        return self.request(request(method, **elements), seconds)
+
+    def do(self, method, **elements):
+        answer = self.ask(method, **elements)
+        assert answer == "sfiSuccess", f"{method} {elements}: {answer}"
+
+    def find(self, method, **elements):
+        wanted = {name: str(value) for name, value in elements.items()}
+        for event in self.events:
+            if element(event, "Method") == method and all(element(event, n) == v for n, v in wanted.items()):
+                return event
+        return None
+
+    def wait(self, method, seconds=20, **elements):
+        """The first event of that name with these values, of those that came and come."""
+        deadline = time.monotonic() + seconds
+        while True:
+            event = self.find(method, **elements)
+            if event:
+                return event
+            left = deadline - time.monotonic()
+            if left <= 0 or self.message(left) is None:
+                raise AssertionError(f"no {method} {elements} in {seconds} seconds; came: {self.events[-6:]}")
+
+    def wait_state(self, call, state, seconds=20):
+        return self.wait("CallStateChangeEvent", seconds, CallID=call, CallState=state)
+
+    def is_over(self, call):
+        return any(self.find("CallStateChangeEvent", CallID=call, CallState=state) for state in OVER)
+
+    def wait_over(self, call, seconds=20):
+        """Until the call has ended, in whatever way."""
+        deadline = time.monotonic() + seconds
+        while not self.is_over(call):
+            left = deadline - time.monotonic()
+            if left <= 0 or self.message(left) is None:
+                raise AssertionError(f"call {call} is not over in {seconds} seconds; came: {self.events[-6:]}")
+
+    def call(self, line, call, destination):
+        self.do("OutgoingCallMakeRequest", Line=line, CallID=call, Destination=destination, DSSDirectCall=0,
+                BridgeCall=0, CallCompletionCall=0)
+
+    def clear(self, line, call):
+        self.do("CallClearRequest", Line=line, CallID=call, Cause=1)
+        self.wait_over(call)
+
+
+class Telephone:
+    """A telephone in a process and a folder of its own, serving applications."""
+
+    def __init__(self, configuration="", environment=None, prefix=(), options=(), level=4, in_folder=False):
+        self.applications = []
+        self.folder = tempfile.TemporaryDirectory(prefix="telephone-")
+        self.path = Path(self.folder.name)
+        self.socket = str(self.path / "socket")
+        self.log = self.path / "log"
+        self.sip_port = free_port()
+        if "[sip]" not in configuration:
+            configuration += f"\n[sip]\nport = {self.sip_port}\n"
+        (self.path / "telephone.toml").write_text(configuration)
+        command = [*(prefix(self.path) if callable(prefix) else prefix), TELEPHONE, "--config", str(self.path / "telephone.toml"), "--socket", self.socket,
+                   "--log-level", str(level), *options, "serve"]
+        self.output = open(self.log, "wb")
+        self.process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=self.output,
+                                        stderr=subprocess.STDOUT, env={**os.environ, **(environment or {})},
+                                        cwd=self.path if in_folder else None)
+        try:
+            until(lambda: self.process.poll() is not None or "applications can connect" in self.text(), 30,
+                  "the telephone does not serve")
+            assert self.process.poll() is None, f"the telephone ended at once:\n{self.text()}"
+        except BaseException:
+            self.__exit__(None, None, None)
+            raise
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, kind, error, trace):
+        for application in self.applications:
+            application.close()
+        if self.process.poll() is None:
+            self.process.kill()
+        self.process.wait()
+        self.output.close()
+        if error is not None:
+            print(f"--- log of the telephone\n{self.text()[-6000:]}")
+        self.folder.cleanup()
+
+    def text(self):
+        return self.log.read_text(errors="replace")
+
+    def application(self, subscribe=True):
+        application = Application(self.socket, subscribe)
+        self.applications.append(application)
+        return application
+
+    def wait_log(self, text, seconds=20):
+        until(lambda: text in self.text(), seconds, f"the log does not say \"{text}\"")
+
+    def pid(self):
+        return self.process.pid
+
+    def cpu_seconds(self):
+        fields = Path(f"/proc/{self.pid()}/stat").read_text().rsplit(")", 1)[1].split()
+        return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+
+    def status(self, name):
+        """A number of /proc/PID/status, in kB where it is memory."""
+        for line in Path(f"/proc/{self.pid()}/status").read_text().splitlines():
+            if line.startswith(name + ":"):
+                return int(line.split()[1])
+        raise AssertionError(f"no {name} of a process")
+
+    def descriptors(self):
+        return len(os.listdir(f"/proc/{self.pid()}/fd"))
+
+    def end(self):
+        """Ends it as its owner does; it must end well and at once."""
+        os.kill(self.pid(), signal.SIGTERM)
+        assert self.process.wait(20) == 0, self.text()[-2000:]
+
+
+SDP = ("v=0\r\no=far 1 {version} IN IP4 127.0.0.1\r\ns=-\r\nc=IN IP4 127.0.0.1\r\nt=0 0\r\n"
+       "m=audio {port} RTP/AVP 0\r\na=rtpmap:0 PCMU/8000\r\na={direction}\r\n")
+
+
+class SipEndpoint:
+    """A UDP port that takes SIP messages on a thread of its own until it is killed."""
+
+    def __init__(self):
+        self.socket = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
+        self.socket.bind(("127.0.0.1", 0))
+        self.port = self.socket.getsockname()[1]
+        self.received = []
+        self.killed = False
+        self.thread = threading.Thread(target=self._run, daemon=True)
+        self.thread.start()
+
+    def uri(self, user="far"):
+        return f"sip:{user}@127.0.0.1:{self.port}"
+
+    def kill(self):
+        """From here on nothing is taken and nothing is said, as of a telephone whose plug was pulled."""
+        self.killed = True
+        with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as last:
+            last.sendto(b"", ("127.0.0.1", self.port))
+        self.thread.join()
+
+    def close(self):
+        if not self.killed:
+            self.kill()
+        self.socket.close()
+
+    def _run(self):
+        while True:
+            data, sender = self.socket.recvfrom(65536)
+            if self.killed:
+                return
+            text = data.decode(errors="replace")
+            if text.strip():
+                self.received.append(text)
+                self.handle(text, sender)
+
+    def handle(self, text, sender):
+        pass
+
+    def has(self, start):
+        return next((text for text in self.received if text.startswith(start)), None)
+
+    @staticmethod
+    def header(text, name):
+        found = re.search(rf"^{name}\s*:\s*(.*?)\r$", text, re.MULTILINE | re.IGNORECASE)
+        return found.group(1) if found else ""
+
+    def answer(self, text, sender, status, reason, body="", extra=""):
+        to = self.header(text, "To")
+        if "tag=" not in to and status > 100:
+            to += f";tag=far{self.port}"
+        vias = re.findall(r"^Via\s*:.*?\r\n", text, re.MULTILINE | re.IGNORECASE)
+        kind = "Content-Type: application/sdp\r\n" if body else ""
+        answer = (f"SIP/2.0 {status} {reason}\r\n{''.join(vias)}From: {self.header(text, 'From')}\r\nTo: {to}\r\n"
+                  f"Call-ID: {self.header(text, 'Call-ID')}\r\nCSeq: {self.header(text, 'CSeq')}\r\n"
+                  f"Contact: <{self.uri()}>\r\n{extra}{kind}Content-Length: {len(body)}\r\n\r\n{body}")
+        self.socket.sendto(answer.encode(), sender)
+
+
+class FarEnd(SipEndpoint):
+    """Another telephone: rings, answers or stays silent, as its `how` says."""
+
+    def __init__(self, how):
+        self.how = how  # silent, rings, answers
+        self.dialog = None
+        super().__init__()
+
+    def sdp(self, direction="sendrecv", version=1):
+        return SDP.format(port=self.port + 0, direction=direction, version=version)
+
+    def handle(self, text, sender):
+        method = text.split(" ", 1)[0]
+        if method == "INVITE" and "tag=" not in self.header(text, "To"):
+            self.dialog = (text, sender)
+            if self.how == "silent":
+                return
+            self.answer(text, sender, 180, "Ringing")
+            if self.how == "answers":
+                self.answer(text, sender, 200, "OK", self.sdp())
+        elif method == "INVITE":
+            self.answer(text, sender, 200, "OK", self.sdp())
+        elif method in ("BYE", "CANCEL", "INFO", "OPTIONS", "NOTIFY"):
+            self.answer(text, sender, 200, "OK")
+        elif method == "REFER":
+            self.answer(text, sender, 202, "Accepted")
+
+    def in_dialog(self, method, number, body=""):
+        """A request of this end's own within the call that came."""
+        invite, sender = self.dialog
+        contact = re.search(r"<(.*?)>", self.header(invite, "Contact")).group(1)
+        kind = "Content-Type: application/sdp\r\n" if body else ""
+        text = (f"{method} {contact} SIP/2.0\r\nVia: SIP/2.0/UDP 127.0.0.1:{self.port};branch=z9hG4bK{method}{number};"
+                f"rport\r\nMax-Forwards: 70\r\nFrom: {self.header(invite, 'To')};tag=far{self.port}\r\n"
+                f"To: {self.header(invite, 'From')}\r\nCall-ID: {self.header(invite, 'Call-ID')}\r\n"
+                f"CSeq: {number} {method}\r\nContact: <{self.uri()}>\r\n{kind}Content-Length: {len(body)}\r\n\r\n{body}")
+        self.socket.sendto(text.encode(), sender)
+
+    def invite(self, port, user):
+        """Calls the telephone."""
+        body = self.sdp()
+        text = (f"INVITE sip:{user}@127.0.0.1:{port} SIP/2.0\r\nVia: SIP/2.0/UDP 127.0.0.1:{self.port};"
+                f"branch=z9hG4bKcall{self.port};rport\r\nMax-Forwards: 70\r\nFrom: <{self.uri()}>;tag=own\r\n"
+                f"To: <sip:{user}@127.0.0.1:{port}>\r\nCall-ID: call{self.port}@127.0.0.1\r\nCSeq: 1 INVITE\r\n"
+                f"Contact: <{self.uri()}>\r\nContent-Type: application/sdp\r\nContent-Length: {len(body)}\r\n\r\n{body}")
+        self.socket.sendto(text.encode(), ("127.0.0.1", port))
+
+
+class Registrar(SipEndpoint):
+    """Answers REGISTER as its `how` says: accepts, refuses, or is silent."""
+
+    def __init__(self, how):
+        self.how = how
+        super().__init__()
+
+    def handle(self, text, sender):
+        if not text.startswith("REGISTER") or self.how == "silent":
+            return
+        if self.how == "refuses":
+            self.answer(text, sender, 503, "Service Unavailable")
+        else:
+            contact = self.header(text, "Contact")
+            expires = self.header(text, "Expires") or "60"
+            self.answer(text, sender, 200, "OK", extra=f"Contact: {contact};expires={expires}\r\n")
+
+
+def peer_lines(count, first=4711):
+    """The configuration of that many lines that call by address."""
+    lines = "".join(f"[[line]]\nid = \"{first + n}\"\nregisters = false\n" for n in range(count))
+    return lines + "[exchange]\nenabled = false\n"
