@@ -4,17 +4,59 @@
 // size: one allocation at most, nothing grows, no locale has a say. Views must outlive the call of `join`.
 #pragma once
 
+#include <array>
 #include <charconv>
 #include <cstddef>
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace elements {
-inline char* put(char* out, std::string_view text)
+// So many characters from the front and so many from the back, which together are all of a text that is no longer than
+// twice that.
+template <std::size_t kCount>
+[[gnu::always_inline]] inline void copyBothEnds(char* out, std::string_view text)
 {
-    std::memcpy(out, text.data(), text.size());
-    return out + text.size();
+    std::size_t const back = text.size() - kCount;
+    std::array<char, kCount> first;
+    std::array<char, kCount> last;
+    std::memcpy(first.data(), text.data(), kCount);
+    std::memcpy(last.data(), text.data() + back, kCount);
+    std::memcpy(out, first.data(), kCount);
+    std::memcpy(out + back, last.data(), kCount);
+}
+
+// Most values are empty or short, and a call of memcpy takes longer than their copy: a quarter of an event.
+[[gnu::always_inline]] inline char* put(char* out, std::string_view text)
+{
+    std::size_t const size = text.size();
+    if (size == 0) {
+        return out;
+    }
+    if (size > 32 || size < 4) {
+        std::memcpy(out, text.data(), size);
+    } else if (size >= 16) {
+        copyBothEnds<16>(out, text);
+    } else if (size >= 8) {
+        copyBothEnds<8>(out, text);
+    } else {
+        copyBothEnds<4>(out, text);
+    }
+    return out + size;
+}
+
+// A literal character by character: of neighbouring ones the compiler makes a few wide stores, across the seams.
+template <std::size_t kSize, std::size_t... kIndex>
+[[gnu::always_inline]] inline char* putEach(char* out, char const (&literal)[kSize], std::index_sequence<kIndex...>)
+{
+    ((out[kIndex] = literal[kIndex]), ...);
+    return out + sizeof...(kIndex);
+}
+template <std::size_t kSize>
+[[gnu::always_inline]] inline char* put(char* out, char const (&literal)[kSize])
+{
+    return putEach(out, literal, std::make_index_sequence<kSize - 1>());
 }
 
 constexpr std::size_t room(std::string_view text)
@@ -72,10 +114,9 @@ struct Element
 
     [[gnu::always_inline]] char* write(char* out) const
     {
-        std::string_view const name(tag, kTagSize - 1);
-        out = put(put(put(out, "<"), name), ">");
+        out = put(put(put(out, "<"), tag), ">");
         out = elements::write(out, value);
-        return put(put(put(out, "</"), name), ">");
+        return put(put(put(out, "</"), tag), ">");
     }
 };
 
