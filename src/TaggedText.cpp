@@ -40,16 +40,20 @@ int decimal(std::string_view value)
     constexpr std::int64_t kSmallest = std::numeric_limits<int>::min();
     constexpr std::int64_t kLargest = std::numeric_limits<int>::max();
 
-    auto const* next = std::find_if_not(value.begin(), value.end(), isBlank);
-    bool const negative = next != value.end() && *next == '-';
-    if (next != value.end() && (*next == '-' || *next == '+')) {
+    auto const* next = value.begin();
+    auto const* const end = value.end();
+    while (next != end && isBlank(*next)) {
+        ++next;
+    }
+    int const sign = next != end && *next == '-' ? -1 : 1;
+    if (next != end && (*next == '-' || *next == '+')) {
         ++next;
     }
     std::int64_t number = 0;
-    for (; next != value.end() && isDigit(*next); ++next) {
-        number = std::min(number * 10 + (*next - '0'), kLargest + 1);
+    for (; next != end && isDigit(*next); ++next) {
+        number = std::clamp(number * 10 + sign * (*next - '0'), kSmallest, kLargest);
     }
-    return static_cast<int>(std::clamp(negative ? -number : number, kSmallest, kLargest));
+    return static_cast<int>(number);
 }
 
 sfiServiceState serviceStateBetween(std::string_view opening, std::string_view message, std::string_view closing)

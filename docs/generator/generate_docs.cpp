@@ -101,16 +101,12 @@ std::string requestsPage()
     std::ostringstream out;
     out << "# Requests\n\n"
            "<!-- Written by generate_docs from include/CommunicationsServiceRequests.h. -->\n\n"
-           "A request is one text: the element `Method` with the name, and an element for each parameter, in any "
-           "order,\n"
-           "with nothing between them. Names are case-sensitive. A value stands as it is, without escaping; it cannot "
-           "hold\n"
-           "its own closing tag. Of two elements of one name the first counts. A missing element is no error: it reads "
-           "as\n"
-           "the default of its kind. A number may have blanks and a sign in front; what follows its digits is ignored, "
-           "a\n"
-           "value without digits is 0, and a number beyond 32 bits is the largest or smallest one. The numbers of reasons,\n"
-           "causes, features and types stand in platform/sfi/SfiTypes.h.\n\n"
+           "A request is one text: the element `Method` with the name, and an element for each parameter, in any\n"
+           "order, with nothing between them. Names are case-sensitive. A value stands as it is, without escaping;\n"
+           "it cannot hold its own closing tag. Of two elements of one name the first counts. A missing element is\n"
+           "no error: it reads as the default of its kind. A number may have blanks and a sign in front; what\n"
+           "follows its digits is ignored, a value without digits is 0, and a number beyond 32 bits is the largest\n"
+           "or smallest one. The numbers of reasons, causes, features and types stand in platform/sfi/SfiTypes.h.\n\n"
            "The answer is one text. Result words: ";
     char const* separator = "";
     for (auto const word : kRequestResultWords) {
@@ -183,12 +179,11 @@ std::string eventsPage()
     std::ostringstream out;
     out << "# Events\n\n"
            "<!-- Written by generate_docs from include/CommunicationsServiceEvents.h. -->\n\n"
-           "An event is one text under the protocol `CommunicationsServiceProtocol`: the element `Method`, then every\n"
-           "element of its table, in this order, with nothing between them. No element is ever left out. A value "
-           "stands\n"
-           "as it is, without escaping. Integers and enumerations are signed decimals. The spelling of the tags "
-           "differs\n"
-           "from event to event and is part of the protocol.\n\n"
+           "An event is one text under the protocol `CommunicationsServiceProtocol`: the element `Method`, then\n"
+           "every element of its table, in this order, with nothing between them. No element is ever left out. A\n"
+           "value stands as it is, without escaping. Integers and enumerations are signed decimals; the numbers of\n"
+           "states, reasons and types stand in platform/sfi/SfiTypes.h. The spelling of the tags differs from event\n"
+           "to event and is part of the protocol.\n\n"
         << "There are " << kEventCount
         << " events, named here by the operation that sends them. Exact texts of each stand in\n"
            "tests/golden/events.json.\n";

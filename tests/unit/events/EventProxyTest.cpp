@@ -233,6 +233,29 @@ TEST_F(EventProxy, Numbers_AreTheSameInEveryLocale)
                       "<voiceMailNumber>1</voiceMailNumber>");
 }
 
+TEST_F(EventProxy, Text_OfEveryLength_IsSentWhole)
+{
+    bind();
+    std::string text;
+    for (int length = 0; length < 300; ++length) {
+        proxy.agentStateSet(text, "");
+        ASSERT_EQ(sent(), "<Method>AgentStateEvent</Method><deviceId>" + text + "</deviceId><agentState></agentState>");
+        text += static_cast<char>('A' + length % 61);
+    }
+}
+
+TEST_F(EventProxy, Number_OfEveryLength_IsSentWhole)
+{
+    bind();
+    for (int const number :
+         {0,        1,         5,          9,  10, 11,  99,  100, 999,  1000,   99999,       1234567,
+          99999999, 123456789, 2147483647, -1, -9, -10, -11, -99, -100, -12345, -1234567890, -2147483647 - 1}) {
+        proxy.featureSuccess("l", number, sfiFeatureHold);
+        EXPECT_EQ(sent(), "<Method>FeatureSuccessEvent</Method><LineID>l</LineID><CallID>" + std::to_string(number) +
+                              "</CallID><Feature>5</Feature>");
+    }
+}
+
 TEST_F(EventProxy, Text_OfOneMegabyte_IsSentWhole)
 {
     std::string const text(1U << 20U, 'x');

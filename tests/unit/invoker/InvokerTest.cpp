@@ -2,8 +2,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <thread>
 #include <tuple>
 #include <vector>
 
@@ -499,6 +502,47 @@ TEST_F(TheInvoker, Log_ComesBeforeTheCallAndBeforeTheAnswer)
     expectAnswerAndFinish("sfiSuccess");
 
     handle("<Method>Activate</Method>");
+}
+
+// Counts without a lock of its own: a request writes to nothing that another one could see.
+class AtomicResponse : public InvokerResponse
+{
+public:
+    void finish() override { ++finished; }
+    void sendResponse(char const* answer, int length) override
+    {
+        if (std::string_view(answer, static_cast<std::size_t>(length)) == "sfiSuccess,false") {
+            ++answered;
+        }
+    }
+    std::string const& channelName() override { return name; }
+
+    std::atomic<int> finished{0};
+    std::atomic<int> answered{0};
+    std::string name;
+};
+
+TEST(InvokerThreads, RequestsOfSeveralThreads_DoNotDisturbEachOther)
+{
+    testing::NiceMock<MockCommunicationsService> service;
+    ON_CALL(service, getDoNotDisturb("4711", _)).WillByDefault(Return(sfiSuccess));
+    AtomicResponse response;
+    CommunicationsServiceInvoker invoker;
+    std::vector<std::thread> threads;
+    for (int index = 0; index < 4; ++index) {
+        threads.emplace_back([&] {
+            std::string const request = "<Method>GetDoNotDisturb</Method><deviceID>4711</deviceID>";
+            for (int round = 0; round < 250; ++round) {
+                invoker.handleMessage(&service, request.c_str(), static_cast<int>(request.size()), &response);
+            }
+        });
+    }
+    for (auto& thread : threads) {
+        thread.join();
+    }
+
+    EXPECT_EQ(response.answered, 1000);
+    EXPECT_EQ(response.finished, 1000);
 }
 
 TEST(InvokerFactory, MakesAnInvokerWithoutContext)
