@@ -8,6 +8,7 @@
 #include "MockCSfi.h"
 #include "MockCertificateMgmtSvcIfc.h"
 #include "MockClientUtils.h"
+#include "MockCommunicationsService.h"
 #include "MockDigitAnalysisServiceIfc.h"
 #include "MockDirectedPickupHandler.h"
 #include "MockEACockpitHandler.h"
