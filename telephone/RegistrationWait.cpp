@@ -14,11 +14,10 @@ bool RegistrationWait::wait(std::chrono::milliseconds most)
     return changed_.wait_for(lock, most, [this] { return missing_.empty(); });
 }
 
-void RegistrationWait::registrationChanged(int lineNumber, bool registered)
+void RegistrationWait::registrationChanged(int lineNumber, bool /*registered*/)
 {
     std::lock_guard const lock(mutex_);
-    if (registered)
-        missing_.erase(lineNumber);
+    missing_.erase(lineNumber);
     changed_.notify_all();
 }
 

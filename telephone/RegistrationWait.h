@@ -1,4 +1,4 @@
-// Waits until the lines are registered. Made with the calls, told by the engine with the phone lock held; waited for by
+// Waits until it is known of every line whether it is registered: waiting for one that was refused would be in vain. Made with the calls, told by the engine with the phone lock held; waited for by
 // who starts the telephone, without it.
 #pragma once
 
@@ -16,7 +16,7 @@ class RegistrationWait : public CallObserver
 public:
     // Every line that registers, before the service is activated.
     void expect(std::set<int> lineNumbers);
-    // False when the time ran out before every expected line was registered.
+    // False when the time ran out before every expected line had its answer.
     bool wait(std::chrono::milliseconds most);
 
     void callChanged(CallSnapshot const& /*now*/, CallSnapshot const* /*before*/) override {}

@@ -41,7 +41,7 @@ void Telephone::activate()
     if (parts_->calls().activate() != sfiSuccess)
         throw std::runtime_error("the service cannot be activated; the log says why");
     if (!parts_->registrations.wait(kRegistrationTime))
-        log(kLogWarning, "telephone", "not every line is registered yet; the others go on trying");
+        log(kLogWarning, "telephone", "the registrar does not answer; the lines go on trying");
 }
 
 void Telephone::stop()

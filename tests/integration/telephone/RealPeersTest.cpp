@@ -1,0 +1,235 @@
+// Call servers and far ends that others wrote: Kamailio as registrar and proxy, SIPp as caller and called.
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+#include <thread>
+
+#include "RunningTelephone.h"
+#include "framework/FileDescriptor.h"
+
+namespace {
+
+// A port that nothing uses now, on UDP and TCP.
+int freePort()
+{
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        telephone::FileDescriptor const udp(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+        telephone::FileDescriptor const tcp(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t size = sizeof(address);
+        auto* const plain = reinterpret_cast<sockaddr*>(&address);
+        if (bind(udp.get(), plain, size) == 0 && getsockname(udp.get(), plain, &size) == 0 &&
+            bind(tcp.get(), plain, size) == 0)
+            return ntohs(address.sin_port);
+    }
+    throw std::runtime_error("no free port");
+}
+
+void writeFile(std::string const& path, std::string const& text)
+{
+    std::ofstream(path) << text;
+}
+
+class Kamailio
+{
+public:
+    Kamailio()
+        : port_(freePort())
+    {
+        std::ifstream file(KAMAILIO_CONFIGURATION);
+        std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+        for (std::size_t at = 0; (at = text.find("@PORT@")) != std::string::npos;)
+            text.replace(at, 6, std::to_string(port_));
+        writeFile(folder_.file("kamailio.cfg"), text);
+        start();
+    }
+    ~Kamailio() { stop(); }
+
+    void start()
+    {
+        process_ = std::make_unique<Process>(std::vector<std::string>{"kamailio", "-f", folder_.file("kamailio.cfg"),
+                                                                      "-DD", "-E", "-m", "32", "-M", "8", "-Y",
+                                                                      folder_.file(""), "-w", folder_.file("")});
+    }
+    void stop()
+    {
+        process_->signal(SIGTERM);
+        process_->wait();
+    }
+
+    std::string registrar() const { return "sip:127.0.0.1:" + std::to_string(port_); }
+
+private:
+    TemporaryFolder const folder_;
+    int const port_;
+    std::unique_ptr<Process> process_;
+};
+
+std::string lineSection(std::string const& id)
+{
+    return "[[line]]\nid = \"" + id + "\"\npassword = \"secret\"\n";
+}
+
+// A telephone for applications at a call server, with these lines.
+class TelephoneAt
+{
+public:
+    TelephoneAt(std::string const& configuration)
+        : telephone_({"--config", file(configuration), "--log-level", "3"})
+        , application(telephone_.socket())
+    {
+        EXPECT_EQ(application.request(method("Subscribe")), "sfiSuccess");
+    }
+
+    std::string call(std::string const& request, std::string const& line, int callID, std::string const& more = {})
+    {
+        return application
+            .request(method(request, "<Line>" + line + "</Line><CallID>" + std::to_string(callID) + "</CallID>" + more))
+            .value_or("");
+    }
+
+private:
+    std::string file(std::string const& configuration)
+    {
+        writeFile(folder_.file("telephone.toml"), configuration);
+        return folder_.file("telephone.toml");
+    }
+
+    TemporaryFolder folder_;
+    RunningTelephone telephone_;
+
+public:
+    Application application;
+};
+
+std::string state(int callID, int state)
+{
+    return "<CallID>" + std::to_string(callID) + "</CallID><CallState>" + std::to_string(state) + "</CallState>";
+}
+
+std::string callIdOf(std::string const& event)
+{
+    auto const start = event.find("<CallID>") + 8;
+    return event.substr(start, event.find("</CallID>", start) - start);
+}
+
+constexpr int kIdle = 0;
+constexpr int kConnected = 6;
+
+// Answers every call that comes, until it is told to end.
+class Answering
+{
+public:
+    explicit Answering(TelephoneAt& telephone, int calls)
+        : thread_([&telephone, calls] {
+            for (int i = 0; i < calls; ++i) {
+                std::string const id = callIdOf(telephone.application.event("<Method>IncomingCallEvent</Method>"));
+                EXPECT_EQ(telephone.call("AnswerCall", "4711", std::stoi(id)), "sfiSuccess");
+                telephone.application.event(state(std::stoi(id), kIdle));
+            }
+        })
+    {}
+    ~Answering() { thread_.join(); }
+
+private:
+    std::thread thread_;
+};
+
+std::string peerToPeer(int port)
+{
+    return "[sip]\nport = " + std::to_string(port) +
+           "\n[exchange]\nenabled = false\n[media]\nsource = \"silence\"\n[[line]]\nid = \"4711\"\nregisters = "
+           "false\nprimary = true\n";
+}
+
+}  // namespace
+
+TEST(Kamailio, TwoTelephones_CallEachOtherThroughIt)
+{
+    Kamailio kamailio;
+    std::string const server = "[server]\nregistrar = \"" + kamailio.registrar() + "\"\n";
+    TelephoneAt caller(server + lineSection("5001"));
+    TelephoneAt called(server + lineSection("5002"));
+
+    ASSERT_EQ(caller.call("OutgoingCallMakeRequest", "5001", 1, "<Destination>5002</Destination>"), "sfiSuccess");
+    std::string const incoming = called.application.event("<Method>IncomingCallEvent</Method><LineID>5002</LineID>");
+    int const calledID = std::stoi(callIdOf(incoming));
+    EXPECT_NE(incoming.find("<URI>sip:5001@"), std::string::npos) << incoming;
+    ASSERT_EQ(called.call("AnswerCall", "5002", calledID), "sfiSuccess");
+    caller.application.event(state(1, kConnected));
+
+    ASSERT_EQ(called.call("HoldCall", "5002", calledID), "sfiSuccess");
+    called.application.event("<Method>CallHeldEvent</Method>");
+    ASSERT_EQ(called.call("RetrieveCall", "5002", calledID), "sfiSuccess");
+    called.application.event("<Method>CallRetrievedEvent</Method>");
+
+    ASSERT_EQ(called.call("CallClearRequest", "5002", calledID), "sfiSuccess");
+    caller.application.event(state(1, kIdle));
+    called.application.event(state(calledID, kIdle));
+}
+
+TEST(Kamailio, WrongPassword_LeavesTheLineUnregisteredAndSaysSo)
+{
+    Kamailio kamailio;
+    TelephoneAt telephone("[server]\nregistrar = \"" + kamailio.registrar() +
+                          "\"\n[[line]]\nid = \"5001\"\npassword = \"wrong\"\n");
+
+    telephone.application.request(method("Deactivate", "<AllowAutoActivate>1</AllowAutoActivate>"));
+    telephone.application.request(method("Activate"));
+
+    telephone.application.event("<Method>RegistrationStateChangeEvent</Method><LineID>5001</LineID><CallID>0</CallID>"
+                                "<Registered>0</Registered>");
+}
+
+TEST(Kamailio, RegistrarThatGoesAwayAndReturns_FindsTheLineAgain)
+{
+    Kamailio kamailio;
+    TelephoneAt telephone("[server]\nregistrar = \"" + kamailio.registrar() + "\"\nexpires = 10\n" +
+                          lineSection("5001"));
+
+    kamailio.stop();
+    telephone.application.event("<Registered>0</Registered>");
+    kamailio.start();
+    telephone.application.event("<Registered>1</Registered>");
+
+    ASSERT_EQ(telephone.call("OutgoingCallMakeRequest", "5001", 1, "<Destination>5001</Destination>"), "sfiSuccess");
+    telephone.application.event("<Method>IncomingCallEvent</Method>");
+}
+
+TEST(Sipp, HundredCallsIn_AllAnswered)
+{
+    int const port = freePort();
+    TelephoneAt telephone(peerToPeer(port));
+    Answering const answering(telephone, 100);
+
+    Ended const sipp = run({"sipp", "-sn", "uac", "-nostdin", "-i", "127.0.0.1", "-s", "4711", "-m", "100", "-l", "1",
+                            "-r", "100", "-d", "0", "-timeout", "50", "127.0.0.1:" + std::to_string(port)});
+
+    EXPECT_EQ(sipp.status, 0) << sipp.output;
+}
+
+TEST(Sipp, HundredCallsOut_AllAnswered)
+{
+    int const port = freePort();
+    TelephoneAt telephone(peerToPeer(0));
+    Process sipp({"sipp", "-sn", "uas", "-nostdin", "-i", "127.0.0.1", "-p", std::to_string(port), "-m", "100",
+                  "-timeout", "50"});
+    std::string const destination = "<Destination>sip:service@127.0.0.1:" + std::to_string(port) + "</Destination>";
+
+    for (int call = 1; call <= 100; ++call) {
+        ASSERT_EQ(telephone.call("OutgoingCallMakeRequest", "4711", call, destination), "sfiSuccess");
+        telephone.application.event(state(call, kConnected));
+        ASSERT_EQ(telephone.call("CallClearRequest", "4711", call), "sfiSuccess");
+        telephone.application.event(state(call, kIdle));
+    }
+
+    EXPECT_EQ(sipp.wait(), 0) << sipp.output();
+}
