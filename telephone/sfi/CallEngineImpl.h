@@ -63,6 +63,7 @@ struct CallEngine::Impl final : CallHost, sip::UserAgentObserver
     // Dials for a call that is announced, once no other one speaks.
     void dialWhenAlone(Call& call, sip::CallRequest request);
     std::optional<std::string> targetOf(const std::string& destination, const sip::Account& account) const;
+    std::optional<sfiFeature> pickupOf(const std::string& destination) const;
     // Why no call may begin with that id on that line; empty: it may.
     std::string obstacle(int callID) const;
     std::vector<Call*> speakingCalls(const Call* besides) const;

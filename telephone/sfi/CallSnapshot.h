@@ -52,6 +52,7 @@ public:
     virtual void callChanged(const CallSnapshot& now, const CallSnapshot* before) = 0;
     virtual void registrationChanged(int /*lineNumber*/, bool /*registered*/) {}
     virtual void messageWaitingChanged(int /*lineNumber*/, const sfiMessageWaitingRecord&) {}
+    virtual void microphoneMuteChanged(bool /*muted*/) {}
 };
 
 }  // namespace telephone

@@ -52,6 +52,7 @@ sip::DialogEntry entryOf(const Call& call, const LineAccount& line)
         entry.dialog = session->dialogId();
         entry.local.target = session->localContact();
         entry.remote.target = session->remoteContact();
+        entry.local.rendering = !now.held;
     }
     return entry;
 }

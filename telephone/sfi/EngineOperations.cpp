@@ -170,6 +170,8 @@ void CallEngine::Impl::setMicrophoneMute(bool mute)
     muted_ = mute;
     for (const auto& call : calls_)
         call->setMuted(mute);
+    for (CallObserver* observer : std::vector(observers_))
+        observer->microphoneMuteChanged(mute);
 }
 
 void CallEngine::Impl::setServiceState(sfiServiceState state)

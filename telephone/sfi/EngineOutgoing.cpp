@@ -29,6 +29,18 @@ std::string CallEngine::Impl::obstacle(int callID) const
     return isLimitReached() ? "no more calls than " + std::to_string(configuration_.maximumCalls) + " at once" : "";
 }
 
+// The numbers of the server that take over another telephone's call.
+std::optional<sfiFeature> CallEngine::Impl::pickupOf(const std::string& destination) const
+{
+    const std::string& group = configuration_.groupPickup;
+    const std::string& directed = configuration_.directedPickup;
+    if (!group.empty() && destination == group)
+        return sfiFeatureGroupPickup;
+    if (!directed.empty() && destination.compare(0, directed.size(), directed) == 0)
+        return sfiFeatureDirectedPickup;
+    return std::nullopt;
+}
+
 sfiResult CallEngine::Impl::make(int recordLine, int appearance, int callID, const std::string& destination,
                                  CallPurpose purpose)
 {
@@ -44,11 +56,8 @@ sfiResult CallEngine::Impl::make(int recordLine, int appearance, int callID, con
         return refused(what + "\"" + destination + "\" is no number or address that line " + place->lineURI +
                        " can call");
     auto call = newCall(callID, *place, false);
-    const auto isPickup = [this, &destination](const std::string& number) {
-        return !number.empty() && destination.compare(0, number.size(), number) == 0;
-    };
-    if (isPickup(configuration_.groupPickup) || isPickup(configuration_.directedPickup))
-        call->setPickup(isPickup(configuration_.groupPickup) ? sfiFeatureGroupPickup : sfiFeatureDirectedPickup);
+    if (const auto pickup = pickupOf(destination))
+        call->setPickup(*pickup);
     if (purpose == CallPurpose::kConsultation && !speakingCalls(nullptr).empty())
         call->setConsultation();
     sip::CallRequest request;

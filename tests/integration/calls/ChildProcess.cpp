@@ -37,6 +37,11 @@ ChildProcess::ChildProcess(const std::string& program, const std::vector<std::st
 
 ChildProcess::~ChildProcess()
 {
+    // Asked first, so that it can end its own children.
+    if (isRunning()) {
+        ::kill(process_, SIGTERM);
+        wait(std::chrono::seconds(5));
+    }
     kill();
 }
 

@@ -20,21 +20,19 @@ TestPhone::TestPhone(Options options)
             fprintf(stderr, "%s\n", text.c_str());
         };
     }
-    LineDirectory& lines = *this;
     CallPolicy& policy = *this;
-    engine_ = std::make_unique<CallEngine>(eventLoop(), options_.engine, lines, policy, events_.poster());
-    int number = 0;
+    engine_ = std::make_unique<CallEngine>(eventLoop(), options_.engine, lines_, policy, events_.poster());
     for (const std::string& id : options_.lines) {
         LineAccount line;
-        line.lineNumber = ++number;
         line.lineURI = id;
         line.account.user = id;
         line.account.password = options_.password;
+        line.account.expires = options_.expires;
         line.account.domain = options_.registrar.empty() ? engine_->userAgent().hostPort() : options_.registrar;
         line.account.answerTimeout = std::chrono::milliseconds(1000);
         line.account.retryFirst = std::chrono::milliseconds(100);
         line.registers = !options_.registrar.empty();
-        accounts_.push_back(line);
+        lines_.add(line);
     }
     engine_->activate();
 }
@@ -49,27 +47,6 @@ std::string TestPhone::uri(const std::string& line) const
 void TestPhone::expect(const std::vector<std::string>& lines)
 {
     EXPECT_EQ(events_.next(lines.size()), lines);
-}
-
-std::optional<LineAddress> TestPhone::addressOf(int recordLine, int appearance) const
-{
-    if (recordLine < 1 || recordLine > static_cast<int>(accounts_.size()))
-        return std::nullopt;
-    return LineAddress{recordLine, recordLine, appearance, accounts_[static_cast<std::size_t>(recordLine - 1)].lineURI};
-}
-
-std::optional<int> TestPhone::lineOfUser(const std::string& user) const
-{
-    for (const LineAccount& line : accounts_) {
-        if (line.account.user == user)
-            return line.lineNumber;
-    }
-    return std::nullopt;
-}
-
-std::optional<LineAddress> TestPhone::seizeForIncoming(int lineNumber, int)
-{
-    return addressOf(lineNumber, 0);
 }
 
 ForwardingRule TestPhone::forwarding(int, sfiForwardingType type) const

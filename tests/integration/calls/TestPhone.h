@@ -3,6 +3,7 @@
 #pragma once
 
 #include "EventRecorder.h"
+#include "TestLines.h"
 #include "sfi/CallEngine.h"
 #include "sip/EventLoop.h"
 
@@ -19,7 +20,7 @@ namespace telephone::test {
 
 sip::EventLoop& eventLoop();
 
-class TestPhone final : private LineDirectory, private CallPolicy
+class TestPhone final : private CallPolicy
 {
 public:
     struct Options
@@ -27,6 +28,7 @@ public:
         std::vector<std::string> lines{"4711"};
         std::string registrar;  // host:port; empty: peer to peer
         std::string password = "secret";
+        std::uint32_t expires = 300;  // seconds
         EngineConfiguration engine;
 
         Options()
@@ -52,17 +54,13 @@ public:
     std::atomic<bool> doNotDisturbOn{false};
 
 private:
-    std::vector<LineAccount> accounts() const override { return accounts_; }
-    std::optional<LineAddress> addressOf(int recordLine, int appearance) const override;
-    std::optional<int> lineOfUser(const std::string& user) const override;
-    std::optional<LineAddress> seizeForIncoming(int lineNumber, int callID) override;
     bool forwardsHere() const override { return !forwardsAtServer; }
     ForwardingRule forwarding(int lineNumber, sfiForwardingType type) const override;
     int ringsBeforeNoReply() const override { return rings; }
     bool doNotDisturb(int) const override { return doNotDisturbOn; }
 
     Options options_;
-    std::vector<LineAccount> accounts_;
+    TestLines lines_;
     EventRecorder events_;
     std::unique_ptr<CallEngine> engine_;
 };

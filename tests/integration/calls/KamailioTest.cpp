@@ -1,0 +1,166 @@
+// Two telephones at a registrar and proxy of another make, with digest authentication: registration, a call through the
+// proxy with hold and retrieve on its recorded route, and the registrar going away and coming back.
+#include "ChildProcess.h"
+#include "TestPhone.h"
+
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+
+namespace telephone::test {
+
+namespace {
+
+constexpr const char* kConfiguration = R"(
+debug=0
+log_stderror=yes
+children=1
+disable_tcp=yes
+auto_aliases=no
+loadmodule "tm.so"
+loadmodule "sl.so"
+loadmodule "rr.so"
+loadmodule "pv.so"
+loadmodule "maxfwd.so"
+loadmodule "usrloc.so"
+loadmodule "registrar.so"
+loadmodule "siputils.so"
+loadmodule "auth.so"
+request_route {
+    if (!mf_process_maxfwd_header("10")) {
+        sl_send_reply("483", "Too Many Hops");
+        exit;
+    }
+    if (method == "REGISTER") {
+        if (!pv_www_authenticate("registrar", "secret", "0")) {
+            www_challenge("registrar", "1");
+            exit;
+        }
+        save("location");
+        exit;
+    }
+    if (has_totag()) {
+        if (loose_route() || (method == "ACK" && t_check_trans())) {
+            t_relay();
+        } else if (!method == "ACK") {
+            sl_send_reply("404", "Not here");
+        }
+        exit;
+    }
+    if (method == "CANCEL") {
+        if (t_check_trans()) {
+            t_relay();
+        }
+        exit;
+    }
+    t_check_trans();
+    record_route();
+    if (!lookup("location")) {
+        sl_send_reply("404", "Not Found");
+        exit;
+    }
+    t_relay();
+}
+)";
+
+class Kamailio : public ::testing::Test
+{
+protected:
+    const std::filesystem::path folder_ =
+        std::filesystem::temp_directory_path() / ("registrar-" + std::to_string(::getpid()));
+    const int port_ = freeUdpPort();
+    std::unique_ptr<ChildProcess> server_;
+
+    void SetUp() override
+    {
+        std::filesystem::create_directories(folder_);
+        std::ofstream(folder_ / "registrar.cfg") << kConfiguration;
+        start();
+    }
+
+    void TearDown() override
+    {
+        server_.reset();
+        std::filesystem::remove_all(folder_);
+    }
+
+    void start()
+    {
+        const std::string address = "udp:127.0.0.1:" + std::to_string(port_);
+        server_ = std::make_unique<ChildProcess>(
+            "kamailio",
+            std::vector<std::string>{"-f", folder_ / "registrar.cfg", "-DD", "-E", "-m", "64", "-M", "4", "-l", address,
+                                     "-Y", folder_, "-P", folder_ / "registrar.pid", "-w", folder_},
+            folder_);
+    }
+
+    TestPhone::Options phoneAt(const std::string& line) const
+    {
+        TestPhone::Options options;
+        options.lines = {line};
+        options.registrar = "127.0.0.1:" + std::to_string(port_);
+        return options;
+    }
+
+    static bool isRegistered(TestPhone& phone)
+    {
+        return eventually([&phone] { return phone.engine().isRegistered(1); }, std::chrono::seconds(20));
+    }
+};
+
+}  // namespace
+
+TEST_F(Kamailio, CallThroughTheProxy_IsMadeHeldRetrievedAndCleared)
+{
+    TestPhone alice(phoneAt("4711"));
+    TestPhone bob(phoneAt("4722"));
+    ASSERT_TRUE(isRegistered(alice));
+    ASSERT_TRUE(isRegistered(bob));
+
+    ASSERT_EQ(alice.engine().make(1, 0, 1, "4722"), sfiSuccess);
+    ASSERT_TRUE(bob.events().waitFor("state 4722 1001 Ringing Normal 4711"));
+    ASSERT_EQ(bob.engine().answer(1001), sfiSuccess);
+    ASSERT_TRUE(alice.events().waitFor("state 4711 1 Connected Normal 4722"));
+    ASSERT_EQ(alice.engine().hold(1), sfiSuccess);
+    ASSERT_TRUE(alice.events().waitFor("held 4711 1"));
+    EXPECT_TRUE(bob.events().waitFor("state 4722 1001 RemotelyHeld Normal 4711"));
+    ASSERT_EQ(alice.engine().retrieve(1), sfiSuccess);
+    EXPECT_TRUE(bob.events().waitFor("state 4722 1001 Connected Normal 4711"));
+    ASSERT_EQ(bob.engine().clear(1001), sfiSuccess);
+
+    EXPECT_TRUE(alice.events().waitFor("state 4711 1 Idle Normal 4722"));
+}
+
+TEST_F(Kamailio, WrongPassword_IsRefused)
+{
+    TestPhone alice(phoneAt("4711"));
+    ASSERT_TRUE(isRegistered(alice));
+    TestPhone::Options options = phoneAt("4722");
+    options.password = "wrong";
+
+    TestPhone bob(options);
+
+    bob.expect({"registration 4722 0 no 1"});
+    ASSERT_EQ(alice.engine().make(1, 0, 1, "4722"), sfiSuccess);
+    EXPECT_TRUE(alice.events().waitFor("state 4711 1 Failed NotFound 4722"));
+}
+
+TEST_F(Kamailio, RegistrarThatGoesAwayAndReturns_IsFoundAgain)
+{
+    TestPhone::Options options = phoneAt("4711");
+    options.expires = 2;
+    TestPhone alice(options);
+    ASSERT_TRUE(isRegistered(alice));
+
+    server_.reset();
+    EXPECT_TRUE(eventually([&alice] { return !alice.engine().isRegistered(1); }, std::chrono::seconds(20)));
+    start();
+
+    EXPECT_TRUE(isRegistered(alice));
+    EXPECT_TRUE(alice.events().waitFor("registration 4711 0 yes 0"));
+    EXPECT_TRUE(alice.events().waitFor("registration 4711 0 no 3"));
+    EXPECT_TRUE(alice.events().waitFor("registration 4711 0 yes 0"));
+}
+
+}  // namespace telephone::test
