@@ -145,8 +145,8 @@ void KeyApplication::mutePressed(PhoneKey const& /*key*/)
     }
     bool muted = false;
     calls->getMicrophoneMute(muted);
-    if (calls->setMicrophoneMute(!muted) == sfiSuccess) {
-        lamps_.showMute(!muted);
+    if (calls->setMicrophoneMute(!muted) != sfiSuccess) {
+        log(kLogFailure, kComponent, "the microphone stays {}: the service refuses", muted ? "mute" : "open");
     }
 }
 

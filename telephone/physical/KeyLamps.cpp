@@ -129,7 +129,7 @@ void KeyLamps::messageWaitingChanged(int lineNumber, sfiMessageWaitingRecord con
     lamps_.setFunction(keyFunctionMessages, waiting_.empty() ? kOff : kOn);
 }
 
-void KeyLamps::showMute(bool muted)
+void KeyLamps::microphoneMuteChanged(bool muted)
 {
     lamps_.setFunction(keyFunctionMute, muted ? kOn : kOff);
 }

@@ -44,7 +44,8 @@ public:
     void callChanged(CallSnapshot const& now, CallSnapshot const* before) override;
     void messageWaitingChanged(int lineNumber, sfiMessageWaitingRecord const& record) override;
 
-    void showMute(bool muted);
+    void microphoneMuteChanged(bool muted) override;
+
     void showHeadset(bool plugged);
     void showTransfer(bool chosen);
 

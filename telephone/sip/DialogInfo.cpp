@@ -25,6 +25,8 @@ constexpr std::array<StateName, 5> kStates{{
     {DialogState::kTerminated, "terminated"},
 }};
 
+constexpr const char* kRendering = "+sip.rendering";
+
 const char* nameOf(DialogState state)
 {
     for (const auto& row : kStates) {
@@ -60,11 +62,21 @@ pugi::xml_node childNamed(const pugi::xml_node& parent, std::string_view name)
     return {};
 }
 
+bool renders(const pugi::xml_node& target)
+{
+    for (const auto& node : target.children()) {
+        if (isNamed(node, "param") && std::string_view(node.attribute("pname").as_string()) == kRendering)
+            return std::string_view(node.attribute("pvalue").as_string()) != "no";
+    }
+    return true;
+}
+
 DialogParty readParty(const pugi::xml_node& node)
 {
     const auto identity = childNamed(node, "identity");
-    return {identity.text().as_string(), identity.attribute("display").as_string(),
-            childNamed(node, "target").attribute("uri").as_string()};
+    const auto target = childNamed(node, "target");
+    return {identity.text().as_string(), identity.attribute("display").as_string(), target.attribute("uri").as_string(),
+            renders(target)};
 }
 
 std::optional<DialogEntry> readDialog(const pugi::xml_node& node)
@@ -99,8 +111,15 @@ void writeParty(pugi::xml_node& dialog, const char* name, const DialogParty& par
         setUnlessEmpty(identity, "display", party.displayName);
         identity.text() = party.identity.c_str();
     }
-    if (!party.target.empty())
-        node.append_child("target").append_attribute("uri") = party.target.c_str();
+    if (party.target.empty())
+        return;
+    auto target = node.append_child("target");
+    target.append_attribute("uri") = party.target.c_str();
+    if (!party.rendering) {
+        auto param = target.append_child("param");
+        param.append_attribute("pname") = kRendering;
+        param.append_attribute("pvalue") = "no";
+    }
 }
 
 void writeDialog(pugi::xml_node& root, const DialogEntry& entry)

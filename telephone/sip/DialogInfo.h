@@ -30,7 +30,8 @@ struct DialogParty
 {
     std::string identity;  // URI; empty: not told
     std::string displayName;
-    std::string target;  // URI; empty: not told
+    std::string target;     // URI; empty: not told
+    bool rendering = true;  // false: it has put the call on hold ("+sip.rendering" of RFC 4235 section 5)
 };
 
 // One call, seen from the party that is watched.

@@ -40,6 +40,14 @@ PickupTarget targetOf(sip::DialogEntry const& entry)
     return target;
 }
 
+PartyStatus statusOf(sip::DialogEntry const& entry)
+{
+    if (rings(entry)) {
+        return PartyStatus::kRinging;
+    }
+    return entry.local.rendering ? PartyStatus::kBusy : PartyStatus::kHolding;
+}
+
 bool canBeTakenOver(sip::DialogEntry const& entry)
 {
     auto const& dialog = entry.dialog;
@@ -47,16 +55,17 @@ bool canBeTakenOver(sip::DialogEntry const& entry)
            !(entry.remote.target.empty() && entry.remote.identity.empty());
 }
 
-// A call that rings comes before one that is spoken in: it is what can be picked up.
+// A call that rings comes before one that is spoken in, and that before one on hold: it is what can be picked up.
 WatchedParty partyOf(std::map<std::string, sip::DialogEntry> const& dialogs)
 {
     WatchedParty party;
     party.status = PartyStatus::kIdle;
     for (auto const& [id, entry] : dialogs) {
-        if (party.status == PartyStatus::kRinging || !isAlive(entry)) {
+        bool const holds = statusOf(entry) == PartyStatus::kHolding;
+        if (party.status == PartyStatus::kRinging || !isAlive(entry) || (party.status == PartyStatus::kBusy && holds)) {
             continue;
         }
-        party.status = rings(entry) ? PartyStatus::kRinging : PartyStatus::kBusy;
+        party.status = statusOf(entry);
         party.remoteURI = entry.remote.identity;
         party.dialog = canBeTakenOver(entry) ? std::optional(targetOf(entry)) : std::nullopt;
     }

@@ -15,11 +15,15 @@ std::string document(int version, std::string const& state, std::string const& d
            "</dialog-info>";
 }
 
-std::string dialog(std::string const& id, std::string const& direction, std::string const& state)
+std::string dialog(std::string const& id, std::string const& direction, std::string const& state,
+                   std::string const& rendering = "yes")
 {
     return "<dialog id=\"" + id + "\" call-id=\"call-" + id + "\" local-tag=\"lt\" remote-tag=\"rt\" direction=\"" +
            direction + "\"><state>" + state + "</state>" +
-           "<local><identity>sip:103@127.0.0.1</identity></local>"
+           "<local><identity>sip:103@127.0.0.1</identity>"
+           "<target uri=\"sip:103@127.0.0.1:5080\"><param pname=\"+sip.rendering\" pvalue=\"" +
+           rendering +
+           "\"/></target></local>"
            "<remote><identity display=\"Anna\">sip:anna@127.0.0.1</identity>"
            "<target uri=\"sip:anna@127.0.0.1:5090\"/></remote></dialog>";
 }
@@ -66,6 +70,18 @@ TEST(DialogNoticesTest, CallThatRings_ShowsBesideOneThatIsSpokenIn)
     notices.take(document(1, "full", dialog("a", "recipient", "early") + dialog("b", "initiator", "confirmed")));
     EXPECT_EQ(notices.party().status, PartyStatus::kRinging);
     EXPECT_EQ(notices.party().dialog->replaces.callId, "call-a");
+}
+
+TEST(DialogNoticesTest, CallOnHold_IsHeld_UnlessAnotherIsSpokenIn)
+{
+    DialogNotices notices;
+    notices.take(document(1, "full", dialog("a", "initiator", "confirmed", "no")));
+    EXPECT_EQ(notices.party().status, PartyStatus::kHolding);
+    EXPECT_EQ(notices.party().dialog->replaces.callId, "call-a");
+
+    notices.take(document(2, "partial", dialog("b", "initiator", "confirmed")));
+    EXPECT_EQ(notices.party().status, PartyStatus::kBusy);
+    EXPECT_EQ(notices.party().dialog->replaces.callId, "call-b");
 }
 
 TEST(DialogNoticesTest, NoticesThatComeLateOrTwice_ChangeNothing)

@@ -108,6 +108,8 @@ private:
         ON_CALL(service_, setMicrophoneMute(_)).WillByDefault([this](bool mute) {
             service_.note(mute ? "mute" : "unmute");
             muted_ = mute;
+            std::lock_guard const lock(calls_);
+            lamps_->microphoneMuteChanged(mute);
             return sfiSuccess;
         });
         ON_CALL(service_, getMicrophoneMute(_)).WillByDefault([this](bool& mute) {
