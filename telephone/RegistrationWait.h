@@ -1,5 +1,5 @@
-// Waits until it is known of every line whether it is registered: waiting for one that was refused would be in vain. Made with the calls, told by the engine with the phone lock held; waited for by
-// who starts the telephone, without it.
+// Waits until it is known of every line whether it is registered: waiting for one that was refused would be in vain.
+// Made with the calls, told by the engine with the phone lock held; waited for by who starts the telephone, without it.
 #pragma once
 
 #include <chrono>

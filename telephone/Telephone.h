@@ -30,7 +30,8 @@ public:
     Telephone& operator=(Telephone const&) = delete;
 
     // Activates the service and waits until every line is registered, or refused. A registrar that does not answer
-    // within a few seconds is not waited for longer: the lines go on trying. Throws std::runtime_error where the service refuses.
+    // within a few seconds is not waited for longer: the lines go on trying. Throws std::runtime_error where the
+    // service refuses.
     void activate();
     // Ends calls and registrations, then the service and the library. Channels are closed before.
     void stop();

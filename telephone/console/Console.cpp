@@ -157,6 +157,7 @@ void Console::runLine(std::string const& line)
 {
     try {
         over_ = conversation_.interpreter().run(line).kind == CommandInterpreter::Kind::kQuit;
+        conversation_.noteRequest();
     } catch (CommandError const& error) {
         conversation_.transcript().error(error.what());
     }

@@ -55,6 +55,7 @@ bool Conversation::takeEvents()
         if (events.empty())
             return some;
         some = true;
+        lastActivity_ = Clock::now();
         for (NumberedEvent const& each : events) {
             transcript_.event(each.number, each.text);
             if (listener_)
@@ -78,7 +79,7 @@ bool Conversation::waitForEvents(Clock::time_point deadline)
 void Conversation::settle()
 {
     auto const end = Clock::now() + kLongestUnrest;
-    while (waitForEvents(std::min(end, Clock::now() + kQuiet))) {
+    while (waitForEvents(std::min(end, lastActivity_ + kQuiet))) {
     }
 }
 

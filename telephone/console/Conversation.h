@@ -38,8 +38,11 @@ public:
     bool takeEvents();
     // Waits for an event and takes it, at most until then. False: none came, or all is to end.
     bool waitForEvents(Clock::time_point deadline);
-    // Waits until no event has come for a moment: what follows is to see the telephone at rest, as a person does.
+    // Waits until a moment has passed since the last request and event: what follows is to see the telephone at rest,
+    // as a person does.
     void settle();
+    // A request has been sent now.
+    void noteRequest() { lastActivity_ = Clock::now(); }
     [[nodiscard]] bool isStopped() const;
 
     // For those who poll themselves.
@@ -55,6 +58,7 @@ private:
     std::shared_ptr<Channel> channel_;
     CommandInterpreter interpreter_;
     Listener listener_;
+    Clock::time_point lastActivity_ = Clock::now();
 };
 
 }  // namespace telephone

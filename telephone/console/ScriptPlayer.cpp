@@ -31,7 +31,8 @@ bool isSecondsUnit(std::string const& word)
 // Takes "within SECONDS" off the end of a step.
 std::optional<double> takeWithin(Words& words)
 {
-    auto const found = std::find(words.begin(), words.end(), "within");
+    auto const found = std::find_if(words.begin(), words.end(),
+                                    [](std::string const& word) { return equalIgnoringCase(word, "within"); });
     if (found == words.end())
         return std::nullopt;
     Words const rest(found + 1, words.end());
@@ -108,7 +109,7 @@ ScriptPlayer::Step ScriptPlayer::findStep(Words const& words)
         {"pause", &ScriptPlayer::pause},
     }};
     for (Row const& each : kSteps) {
-        if (each.word == words.front())
+        if (equalIgnoringCase(each.word, words.front()))
             return each.step;
     }
     return nullptr;
@@ -128,9 +129,7 @@ void ScriptPlayer::run(Words const& words)
 
 void ScriptPlayer::beforeRequest()
 {
-    if (unsettled_)
-        conversation_.settle();
-    unsettled_ = false;
+    conversation_.settle();
     checkStop();
     conversation_.takeEvents();
     journal_.requestSent();
@@ -141,15 +140,16 @@ void ScriptPlayer::afterRequest(CommandInterpreter::Result const& result)
     quit_ = result.kind == CommandInterpreter::Kind::kQuit;
     if (result.kind != CommandInterpreter::Kind::kRequest)
         return;
+    conversation_.noteRequest();
     hasRequest_ = true;
     answer_ = result.answer;
 }
 
 void ScriptPlayer::expect(Words const& words)
 {
-    if (words.size() > 1 && words[1] == "lamp")
+    if (words.size() > 1 && equalIgnoringCase(words[1], "lamp"))
         return expectLamp(words);
-    if (words.size() < 3 || words[1] != "answer")
+    if (words.size() < 3 || !equalIgnoringCase(words[1], "answer"))
         throw CommandError("write it as: expect answer WORD, or expect lamp KEY MODE [within SECONDS]");
     expectAnswer(words);
 }
@@ -183,7 +183,6 @@ void ScriptPlayer::expectLamp(Words const& words)
         checkStop();
         conversation_.waitForEvents(Conversation::Clock::now() + kLampPoll);
     }
-    unsettled_ = true;
 }
 
 void ScriptPlayer::wait(Words const& words)
@@ -203,7 +202,6 @@ void ScriptPlayer::wait(Words const& words)
             throw ScriptFailure("it did not come" + cameInstead());
     }
     remember(*event, pattern.method());
-    unsettled_ = true;
 }
 
 void ScriptPlayer::never(Words const& words)

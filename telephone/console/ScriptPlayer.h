@@ -9,8 +9,8 @@
 //     expect lamp 1 flashing within 2
 //     pause 0.5
 //
-// A step that does not hold ends the script. A request right after a wait goes out once the events have come to rest:
-// a person who saw the first of them would be no faster.
+// A step that does not hold ends the script. A request goes out once the telephone has come to rest, a tenth of a
+// second after the last request and event: a person would be no faster.
 #pragma once
 
 #include <istream>
@@ -61,7 +61,6 @@ private:
     std::map<std::string, std::string> values_;  // of the elements of the events that waits took
     bool hasRequest_ = false;
     std::optional<std::string> answer_;
-    bool unsettled_ = true;  // a wait has been the last step, or the telephone has just begun
     bool quit_ = false;
 };
 
