@@ -1,10 +1,5 @@
 #include "RequestText.h"
 
-#include <algorithm>
-#include <cstring>
-
-#include "TaggedText.h"
-
 // The array is left as it is: only its first count_ elements are ever read.
 RequestText::RequestText(std::string_view text)  // NOLINT(cppcoreguidelines-pro-type-member-init)
     : text_(text)

