@@ -27,6 +27,7 @@ loadmodule "usrloc.so"
 loadmodule "registrar.so"
 loadmodule "siputils.so"
 loadmodule "auth.so"
+modparam("registrar", "min_expires", 1)
 request_route {
     if (!mf_process_maxfwd_header("10")) {
         sl_send_reply("483", "Too Many Hops");
