@@ -354,7 +354,7 @@ class Registrar(SipEndpoint):
         if not text.startswith("REGISTER") or self.how == "silent":
             return
         if self.how == "refuses":
-            self.answer(text, sender, 503, "Service Unavailable")
+            self.answer(text, sender, 500, "Server Internal Error")
         else:
             contact = self.header(text, "Contact")
             expires = self.header(text, "Expires") or "60"

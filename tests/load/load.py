@@ -1,0 +1,264 @@
+#!/usr/bin/env python3
+"""Load and soak: what one telephone holds, and that it is afterwards as it was before.
+
+    load.py                 the short form, a minute or so (a test)
+    load.py --minutes N     the long form; the 10,000 calls and 1,000,000 requests are made in any case
+
+Measured and reported: the highest rate of calls without a failed one. Asserted: fifty calls at once that all stay, memory
+within 1 MB and no descriptor more after thousands of calls, and an answer to each of a million requests.
+
+Needs sipp. The environment's TELEPHONE names the program.
+"""
+
+import argparse
+import subprocess
+import sys
+import tempfile
+import threading
+import time
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parent.parent / "faults"))
+from harness import CONNECTED, Telephone, element, free_port, peer_lines, request, until  # noqa: E402
+
+FOLDER = Path(__file__).resolve().parent
+LINE = 4711
+MEMORY_ALLOWED = 1024  # kB
+
+
+class Report:
+    def __init__(self):
+        self.rows = []
+        self.failures = 0
+
+    def say(self, what, value, held=True):
+        self.failures += not held
+        self.rows.append(f"{'ok  ' if held else 'FAIL'}  {what}: {value}")
+        print(self.rows[-1], flush=True)
+
+
+class Sipp:
+    """SIPp with a scenario of this folder, ended with its process."""
+
+    def __init__(self, scenario, port, *options):
+        self.folder = tempfile.TemporaryDirectory(prefix="sipp-")
+        self.process = subprocess.Popen(
+            ["sipp", "-sf", str(FOLDER / f"{scenario}.xml"), "-i", "127.0.0.1", "-p", str(port), "-nostdin", "-trace_err", "-trace_stat",
+             "-stf", "stat.csv", "-fd", "1", *options],
+            cwd=self.folder.name, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        if self.process.poll() is None:
+            self.process.kill()
+        self.process.wait()
+        self.folder.cleanup()
+
+    def wait(self, seconds):
+        return self.process.wait(seconds)
+
+    def numbers(self):
+        """Successful and failed calls so far."""
+        lines = (Path(self.folder.name) / "stat.csv").read_text().splitlines()
+        last = dict(zip(lines[0].split(";"), lines[-1].split(";")))
+        return int(last["SuccessfulCall(C)"]), int(last["FailedCall(C)"])
+
+
+class Answering(threading.Thread):
+    """An application that answers every call that comes, on a thread of its own."""
+
+    def __init__(self, telephone):
+        super().__init__(daemon=True)
+        self.application = telephone.application()
+        self.stopping = False
+        self.start()
+
+    def run(self):
+        try:
+            while not self.stopping:
+                message = self.application.message(0.2)
+                self.application.events.clear()
+                if message and message[0] == "event" and "<Method>IncomingCallEvent" in message[1]:
+                    self.application.send(request("AnswerCall", Line=element(message[1], "LineID"),
+                                                  CallID=element(message[1], "CallID")))
+        except OSError:
+            pass
+
+    def stop(self):
+        self.stopping = True
+        self.join()
+
+
+def settle(application, telephone):
+    """Until every call is gone, and what lives a little longer than its call, too: transactions wait 32 seconds."""
+    until(lambda: not application.message(0.5), 60, "events do not end")
+
+
+def highest_rate(report, seconds):
+    """Calls that come in are answered and ended; the rate doubles until one fails, then the last one that held counts."""
+    held = 0
+    rate = 10
+    while rate <= 2560:
+        with Telephone(peer_lines(1) + "[calls]\nmaximum = 1000\n", level=0) as telephone:
+            answering = Answering(telephone)
+            calls = rate * seconds
+            with Sipp("uac", free_port(), "-s", str(LINE), "-r", str(rate), "-m", str(calls), "-l", "900",
+                      "-timeout", str(seconds + 40), f"127.0.0.1:{telephone.sip_port}") as sipp:
+                try:
+                    status = sipp.wait(seconds + 60)
+                except subprocess.TimeoutExpired:
+                    status = -1
+            answering.stop()
+            alive = telephone.process.poll() is None
+        if not alive:
+            report.say(f"{rate} calls a second", "the telephone ended", False)
+            return
+        if status != 0:
+            break
+        held = rate
+        rate *= 2
+    report.say(f"highest rate held for {seconds} s with no failed call (doubling from 10)", f"{held} calls/s")
+
+
+def make_calls(application, destination, first, count, clear=True):
+    for call in range(first, first + count):
+        application.call(LINE, call, destination)
+        application.wait_state(call, CONNECTED)
+        if clear:
+            application.clear(LINE, call)
+            application.events.clear()
+
+
+def calls_at_once(report, count, seconds):
+    port = free_port()
+    with Sipp("uas", port), Telephone(peer_lines(1), level=2) as telephone:
+        application = telephone.application()
+        make_calls(application, f"sip:sipp@127.0.0.1:{port}", 1, count, clear=False)
+        application.message(seconds)
+        deadline = time.monotonic() + seconds
+        while time.monotonic() < deadline:
+            application.message(max(0.001, deadline - time.monotonic()))
+        lost = [call for call in range(1, count + 1) if application.is_over(call)]
+        report.say(f"{count} calls at once for {seconds} s", f"{count - len(lost)} still there", not lost)
+        for call in range(1, count + 1):
+            application.clear(LINE, call)
+        report.say(f"{count} calls cleared", "all told")
+
+
+def calls_in_a_row(report, count, warm_up):
+    port = free_port()
+    with Sipp("uas", port), Telephone(peer_lines(1), level=2) as telephone:
+        application = telephone.application()
+        destination = f"sip:sipp@127.0.0.1:{port}"
+        make_calls(application, destination, 1, warm_up)
+        settle(application, telephone)
+        memory, descriptors = telephone.status("VmRSS"), telephone.descriptors()
+        began = time.monotonic()
+        make_calls(application, destination, 1 + warm_up, count)
+        took = time.monotonic() - began
+        settle(application, telephone)
+        report.say(f"{count} calls in a row", f"{count / took:.0f} calls/s")
+
+        def back():
+            return telephone.descriptors() <= descriptors and telephone.status("VmRSS") - memory <= MEMORY_ALLOWED
+
+        try:
+            until(back, 45, "")
+        except AssertionError:
+            pass
+        grown = telephone.status("VmRSS") - memory
+        report.say("memory after them", f"{grown:+d} kB of {memory} kB", grown <= MEMORY_ALLOWED)
+        left = telephone.descriptors() - descriptors
+        report.say("descriptors after them", f"{left:+d} of {descriptors}", left <= 0)
+
+
+def many_requests(report, count):
+    with Telephone(peer_lines(1), level=2) as telephone:
+        application = telephone.application(subscribe=False)
+        one = request("GetServiceState").encode() + b"\0"
+        expected = b"answer\nsfiSuccess,sfiServiceInService\0finished\n\0"
+        batch = 500
+        application.socket.settimeout(30)
+
+        def send():
+            for _ in range(count // batch):
+                application.socket.sendall(one * batch)
+
+        memory = None
+        began = time.monotonic()
+        sender = threading.Thread(target=send, daemon=True)
+        sender.start()
+        left = b""
+        done = 0
+        wrong = 0
+        while done < count // batch * batch:
+            data = application.socket.recv(1 << 20)
+            assert data, "the telephone closed the connection"
+            left += data
+            whole = len(left) // len(expected)
+            wrong += left[: whole * len(expected)] != expected * whole
+            done += whole
+            left = left[whole * len(expected):]
+            if memory is None and done > count // 10:
+                memory = telephone.status("VmRSS")
+        took = time.monotonic() - began
+        sender.join()
+        report.say(f"{done} requests through one socket", f"{done / took:.0f} requests/s, {wrong} wrong answers", wrong == 0)
+        grown = telephone.status("VmRSS") - memory
+        report.say("memory after them", f"{grown:+d} kB", grown <= MEMORY_ALLOWED)
+
+
+def soak(report, minutes):
+    """Calls one after another and requests beside them, until the time is over; then memory and descriptors as before."""
+    port = free_port()
+    with Sipp("uas", port), Telephone(peer_lines(1), level=2) as telephone:
+        application = telephone.application()
+        destination = f"sip:sipp@127.0.0.1:{port}"
+        make_calls(application, destination, 1, 500)
+        settle(application, telephone)
+        memory, descriptors = telephone.status("VmRSS"), telephone.descriptors()
+        deadline = time.monotonic() + minutes * 60
+        calls = 501
+        asked = 0
+        while time.monotonic() < deadline:
+            make_calls(application, destination, calls, 20)
+            calls += 20
+            for _ in range(200):
+                assert application.ask("GetDevices") is not None
+                asked += 1
+        settle(application, telephone)
+        time.sleep(35)  # what the last calls left waits 32 seconds for repetitions (RFC 3261, timers D and J)
+        grown = telephone.status("VmRSS") - memory
+        report.say(f"{minutes} minutes: {calls - 501} calls, {asked} requests; memory after them", f"{grown:+d} kB",
+                   grown <= MEMORY_ALLOWED)
+        report.say("descriptors after them", f"{telephone.descriptors() - descriptors:+d}",
+                   telephone.descriptors() <= descriptors)
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--minutes", type=float)
+    parser.add_argument("--report", type=Path)
+    parser.add_argument("--only", choices=["rate", "at-once", "in-a-row", "requests", "soak"])
+    options = parser.parse_args()
+    long = options.minutes is not None
+    report = Report()
+    parts = {
+        "rate": lambda: highest_rate(report, 60 if long else 3),
+        "at-once": lambda: calls_at_once(report, 50, 60 if long else 3),
+        "in-a-row": lambda: calls_in_a_row(report, 10000 if long else 300, 1000 if long else 300),
+        "requests": lambda: many_requests(report, 1000000 if long else 50000),
+        "soak": lambda: soak(report, options.minutes) if long else None,
+    }
+    for name, part in parts.items():
+        if options.only in (None, name):
+            part()
+    if options.report:
+        options.report.write_text("\n".join(report.rows) + "\n")
+    return 1 if report.failures else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
