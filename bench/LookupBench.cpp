@@ -1,0 +1,134 @@
+// What the telephone looks up while it runs, with few and with many to look among: lines by their id, keys by their
+// number, appearances by their call.
+#include <benchmark/benchmark.h>
+
+#include "configuration/Configuration.h"
+#include "framework/TimerService.h"
+#include "lines/AppearanceMap.h"
+#include "lines/Lines.h"
+#include "management/ConfigurationStore.h"
+#include "management/Settings.h"
+#include "physical/KeyLayout.h"
+
+namespace {
+
+using namespace telephone;
+
+std::string idOf(int number)
+{
+    return std::to_string(10000 + number);
+}
+
+// As many lines, or parties of direct-station keys where the telephone can't have so many lines, as keys.
+Configuration configurationOf(int count, bool stations)
+{
+    Configuration configuration;
+    for (int number = 1; number <= count; ++number) {
+        KeyConfiguration key;
+        key.number = number;
+        key.function = stations ? "dss" : "line";
+        key.target = idOf(number);
+        configuration.keys.push_back(key);
+        if (!stations || number == 1) {
+            LineConfiguration line;
+            line.id = stations ? "1" : idOf(number);
+            configuration.lines.push_back(line);
+        }
+    }
+    return configuration;
+}
+
+struct Telephone
+{
+    explicit Telephone(int count, bool stations)
+        : configuration(configurationOf(count, stations))
+    {}
+
+    Configuration const configuration;
+    Settings settings{std::make_unique<ConfigurationStore>(std::string()), configuration};
+    Lines lines{configuration, settings};
+};
+
+void lineById(benchmark::State& state)
+{
+    Telephone telephone(static_cast<int>(state.range(0)), false);
+    auto const last = idOf(static_cast<int>(state.range(0)));
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(telephone.lines.getLine(last));
+    }
+}
+BENCHMARK(lineById)->Arg(1)->Arg(10)->Arg(250);
+
+void stationById(benchmark::State& state)
+{
+    Telephone telephone(static_cast<int>(state.range(0)), true);
+    auto const last = idOf(static_cast<int>(state.range(0)));
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(telephone.lines.getLine(last));
+    }
+}
+BENCHMARK(stationById)->Arg(1)->Arg(10)->Arg(1000);
+
+void lineOfKey(benchmark::State& state)
+{
+    Telephone telephone(static_cast<int>(state.range(0)), true);
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(telephone.lines.getDSSLineForFPK(static_cast<int>(state.range(0))));
+    }
+}
+BENCHMARK(lineOfKey)->Arg(1)->Arg(10)->Arg(1000);
+
+void keyOfLine(benchmark::State& state)
+{
+    Telephone telephone(static_cast<int>(state.range(0)), true);
+    auto const last = idOf(static_cast<int>(state.range(0)));
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(telephone.lines.getFPKforUri(last));
+    }
+}
+BENCHMARK(keyOfLine)->Arg(1)->Arg(10)->Arg(1000);
+
+void keyByNumber(benchmark::State& state)
+{
+    auto const configuration = configurationOf(static_cast<int>(state.range(0)), true);
+    KeyLayout const layout(configuration);
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(layout.find(static_cast<int>(state.range(0))));
+    }
+}
+BENCHMARK(keyByNumber)->Arg(1)->Arg(10)->Arg(1000);
+
+// Lines of two appearances each, one of them taken by a call.
+void appearanceOfCall(benchmark::State& state)
+{
+    auto const count = static_cast<int>(state.range(0));
+    AppearanceMap map;
+    for (int line = 1; line <= count; ++line) {
+        map.addLine(line, {1000 + 2 * line, 1001 + 2 * line});
+        map.callBegan(line, 1000 + 2 * line);
+    }
+    int line = 0;
+    int index = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(map.findVirtualLineforCallID(count, line, index));
+    }
+}
+BENCHMARK(appearanceOfCall)->Arg(1)->Arg(10)->Arg(1000);
+
+void freeAppearance(benchmark::State& state)
+{
+    auto const count = static_cast<int>(state.range(0));
+    AppearanceMap map;
+    for (int line = 1; line <= count; ++line) {
+        map.addLine(line, {1000 + 2 * line, 1001 + 2 * line});
+        map.callBegan(line, 1000 + 2 * line);
+    }
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(map.findFirstFreeVirtualLine(count));
+    }
+}
+BENCHMARK(freeAppearance)->Arg(1)->Arg(10)->Arg(1000);
+
+}  // namespace
+
+BENCHMARK_MAIN();

@@ -1,0 +1,47 @@
+"""python3 -m measure BUILD PAGE: measures the build, prints the table and writes it into the page."""
+
+import pathlib
+import sys
+import tempfile
+import time
+import traceback
+from collections.abc import Callable
+
+from . import calls, fleet, footprint, machine, micro, report, sockets
+from .goals import Figures
+
+Part = Callable[[pathlib.Path, pathlib.Path], Figures]
+
+PARTS: tuple[tuple[str, Part], ...] = (
+    ("requests, events, operations, lookups", lambda build, folder: micro.run_all(build)),
+    ("application socket", sockets.round_trips),
+    ("subscribers", sockets.subscribers),
+    ("calls", calls.call_rates),
+    ("library", footprint.library),
+    ("idle telephone", footprint.idle_telephone),
+    ("fifty telephones", fleet.measure),
+)
+
+
+def measure(build: pathlib.Path) -> Figures:
+    """A part that fails costs its own rows, which then say so, and no others."""
+    figures: Figures = {}
+    with tempfile.TemporaryDirectory(prefix="bench-") as folder:
+        for name, part in PARTS:
+            start = time.monotonic()
+            try:
+                figures.update(part(build, pathlib.Path(folder)))
+            except Exception:
+                traceback.print_exc()
+            print(f"measured {name} in {time.monotonic() - start:.0f} s", file=sys.stderr)
+    return figures
+
+
+def main() -> None:
+    build, page = (pathlib.Path(argument) for argument in sys.argv[1:3])
+    figures = measure(build)
+    print(report.aligned([report.HEAD, *report.table(figures)]))
+    report.write(page, figures, machine.description(build))
+
+
+main()

@@ -1,0 +1,44 @@
+"""How much room the library and the telephone take, and how long the telephone takes to start."""
+
+import pathlib
+import shutil
+import statistics
+import subprocess
+import time
+
+from .processes import telephone
+from .sockets import run_json
+
+STARTS = 5
+SETTLING = 2.0  # seconds until what is done once after the start is done
+IDLE = 5.0
+
+
+def library(build: pathlib.Path, folder: pathlib.Path) -> dict[str, float]:
+    """Stripped, as it goes into a telephone."""
+    stripped = folder / "libcommunications_service.so"
+    shutil.copy(build / "src" / "libcommunications_service.so", stripped)
+    subprocess.run(["strip", "--strip-unneeded", stripped], check=True)
+    loaded = [run_json(build / "bench" / "bench_load", stripped) for _ in range(STARTS)]
+    return {
+        "library_bytes": stripped.stat().st_size,
+        "library_kb": statistics.median(one["added_kb"] for one in loaded),
+    }
+
+
+def idle_telephone(build: pathlib.Path, folder: pathlib.Path) -> dict[str, float]:
+    """The standard telephone: two lines, registered at its own exchange."""
+    starts = []
+    for _ in range(STARTS):
+        with telephone(build, folder / "idle") as phone:
+            starts.append(phone.seconds_to_ready)
+    with telephone(build, folder / "idle") as phone:
+        time.sleep(SETTLING)
+        before = phone.processor_seconds()
+        time.sleep(IDLE)
+        used = phone.processor_seconds() - before
+        return {
+            "start_ms": statistics.median(starts) * 1000,
+            "idle_mb": phone.resident_kilobytes() / 1024,
+            "idle_percent": 100 * used / IDLE,
+        }

@@ -1,0 +1,34 @@
+"""The benchmarks inside one process: the median of each, in nanoseconds of processor time."""
+
+import json
+import pathlib
+import subprocess
+
+PROGRAMS = ("bench_requests", "bench_alternatives", "bench_events", "bench_service", "bench_lookups")
+REPETITIONS = 9
+
+
+def run_program(program: pathlib.Path) -> dict[str, float]:
+    """Every benchmark of one program by its name. Repetitions of all are mixed, so that a busy moment hits them all."""
+    done = subprocess.run(
+        [
+            program,
+            "--benchmark_format=json",
+            "--benchmark_min_time=0.02",
+            f"--benchmark_repetitions={REPETITIONS}",
+            "--benchmark_enable_random_interleaving=true",
+            "--benchmark_report_aggregates_only=true",
+        ],
+        check=True,
+        capture_output=True,
+        text=True,
+    )
+    rows = json.loads(done.stdout)["benchmarks"]
+    return {row["run_name"]: row["cpu_time"] for row in rows if row.get("aggregate_name") == "median"}
+
+
+def run_all(build: pathlib.Path) -> dict[str, float]:
+    times: dict[str, float] = {}
+    for name in PROGRAMS:
+        times.update(run_program(build / "bench" / name))
+    return times
