@@ -52,16 +52,13 @@ InterfacePlace findInterface(Executable& executable)
 
 // A checked cast. It takes as long as reading half a request does, and the requests of one process go to services of
 // one type: the place is found once for the first type that comes, for any other one the cast is made each time.
-CommunicationsServiceIfc* interfaceOf(Executable* executable)
+CommunicationsServiceIfc* interfaceOf(Executable& executable)
 {
-    if (executable == nullptr) {
-        return nullptr;
+    static InterfacePlace const kFirst = findInterface(executable);
+    if (&typeid(executable) != kFirst.type) {
+        return dynamic_cast<CommunicationsServiceIfc*>(&executable);
     }
-    static InterfacePlace const kFirst = findInterface(*executable);
-    if (&typeid(*executable) != kFirst.type) {
-        return dynamic_cast<CommunicationsServiceIfc*>(executable);
-    }
-    return reinterpret_cast<CommunicationsServiceIfc*>(startOf(*executable) + kFirst.offset);
+    return reinterpret_cast<CommunicationsServiceIfc*>(startOf(executable) + kFirst.offset);
 }
 }  // namespace
 
@@ -78,7 +75,7 @@ void CommunicationsServiceInvoker::initInvoker(FrameworkContext* context)
 void CommunicationsServiceInvoker::handleMessage(Executable* service, char const* message, int length,
                                                  InvokerResponse* response)
 {
-    auto* const communications = interfaceOf(service);
+    auto* const communications = service == nullptr ? nullptr : interfaceOf(*service);
     std::string_view const counted(message, static_cast<std::size_t>(length));
     if (loggingOnAppUni(kComponent, kLogDetail)) {
         logAppUni(kComponent, kSource, kLogDetail, __LINE__, "handleMessage(msg = \"%s\")", message);

@@ -1,0 +1,36 @@
+// The invoker remembers the type of the first executable that comes in a process, so this test has one of its own.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "CommunicationsServiceInvoker.h"
+#include "MockCommunicationsService.h"
+#include "MockExecutable.h"
+#include "RecordedResponse.h"
+
+using testing::ElementsAre;
+using testing::Return;
+using testing::StrictMock;
+
+namespace {
+TEST(FirstRequest, ToAnExecutableThatIsNoService_DoesNotHinderLaterOnes)
+{
+    std::string const request = "<Method>Activate</Method>";
+    auto const length = static_cast<int>(request.size());
+    StrictMock<MockExecutable> other;
+    StrictMock<MockCommunicationsService> service;
+    RecordedResponse response;
+    CommunicationsServiceInvoker invoker;
+    EXPECT_CALL(service, activate()).Times(2).WillRepeatedly(Return(sfiSuccess));
+
+    invoker.handleMessage(&other, request.c_str(), length, &response);
+    invoker.handleMessage(&service, request.c_str(), length, &response);
+    invoker.handleMessage(&other, request.c_str(), length, &response);
+    invoker.handleMessage(&service, request.c_str(), length, &response);
+
+    EXPECT_THAT(response.told, ElementsAre("answer sfiFailure", "finish", "answer sfiSuccess", "finish",
+                                           "answer sfiFailure", "finish", "answer sfiSuccess", "finish"));
+}
+}  // namespace
