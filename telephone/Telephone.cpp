@@ -40,6 +40,8 @@ void Telephone::activate()
     parts_->registrations.expect(registering);
     if (parts_->calls().activate() != sfiSuccess)
         throw std::runtime_error("the service cannot be activated; the log says why");
+    if (registering.empty())
+        parts_->dialogs.start();  // else once its line is registered
     if (!parts_->registrations.wait(kRegistrationTime))
         log(kLogWarning, "telephone", "the registrar does not answer; the lines go on trying");
 }

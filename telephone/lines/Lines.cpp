@@ -80,7 +80,15 @@ void Lines::connect(PhoneCalls& calls, TimerService& timers, std::chrono::millis
 
 void Lines::stop()
 {
-    actions_->stop();
+    // Whoever made the calls may end them between this and the destructor.
+    if (stopped_) {
+        return;
+    }
+    stopped_ = true;
+    {
+        auto const lock = lockCalls();
+        actions_->stop();
+    }
     if (observerQueue_) {
         observerQueue_->stop();
     }

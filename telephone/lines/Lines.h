@@ -173,6 +173,7 @@ private:
     std::set<int> takenNumbers_;
 
     PhoneCalls* calls_ = nullptr;
+    bool stopped_ = false;
     TimerService* timers_ = nullptr;
     std::chrono::milliseconds warmLineDelay_{kWarmLineDelay};
     std::unique_ptr<LineActions> actions_;

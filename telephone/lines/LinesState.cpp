@@ -27,9 +27,8 @@ std::vector<LineAccount> Lines::accounts() const
 
 std::optional<LineAddress> Lines::addressOf(int recordLine, int /*appearance*/) const
 {
-    auto* const line = byNumber(recordLine);
-    auto const* const place = line == nullptr || line->appearances().empty() ? line : freePlace(*line);
-    return place == nullptr ? std::nullopt : std::optional(place->place());
+    auto const* const line = byNumber(recordLine);
+    return line == nullptr ? std::nullopt : std::optional(line->place());
 }
 
 std::optional<int> Lines::lineOfUser(std::string const& user) const
