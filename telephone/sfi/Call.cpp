@@ -108,19 +108,20 @@ void Call::onProgress(sip::Session& session, const sip::Response& response, bool
     if (now_.state == sfiCallStateDialling)
         enter(sfiCallStateProceeding);
     if (response.status == 180 && now_.state == sfiCallStateProceeding) {
-        setRemote(session.remoteParty());
+        if (!diverted_)
+            setRemote(session.remoteParty());
         enter(sfiCallStateRemoteRinging);
     }
 }
 
+// A server that tells where its number is registered does not change the party; one that diverts the call does.
 void Call::onRedirected(sip::Session& session, const std::string& contact, const sip::Response&)
 {
-    if (&session != session_.get())
+    const auto party = sip::NameAddr::parse(contact);
+    if (&session != session_.get() || !party || party->uri.user == sip::userOf(now_.remoteURI))
         return;
     host_.log(LogLevel::kInfo, "call " + std::to_string(id()) + " is forwarded to " + contact);
-    const auto party = sip::NameAddr::parse(contact);
-    if (!party)
-        return;
+    diverted_ = true;
     update([this, &party](CallSnapshot&) { setRemote(*party); });
     postRemoteDetails(false);
 }
@@ -132,7 +133,8 @@ void Call::onEstablished(sip::Session& session)
         return;
     }
     established_ = true;
-    setRemote(session.remoteParty());
+    if (!diverted_)
+        setRemote(session.remoteParty());
     now_.heldByRemote = session.isHeldByRemote();
     if (pickup_)
         postPickedUp();
@@ -242,7 +244,7 @@ void Call::onClosed(sip::Session& session, const sip::Closing& closing)
         host_.log(LogLevel::kWarning, "call " + std::to_string(id()) + ": the far end is silent, the call is over");
     if (now_.state == sfiCallStateTransferring && closing.cause == sip::CloseCause::kRemoteHangUp)
         ending = {sfiCallStateIdle, sfiReasonTransferred};
-    if (now_.alerting() && ending.reason == sfiReasonCancelled)
+    if (now_.alerting() && !answering_ && ending.reason == sfiReasonCancelled)
         postMissed(sfiReasonNoAnswer);
     if (pickup_ && !established_)
         postFeatureFailed(*pickup_, featureFailureOf(closing.status));

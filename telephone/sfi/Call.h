@@ -165,6 +165,7 @@ private:
     bool referring_ = false;  // a REFER of ours is under way
     bool established_ = false;
     bool answering_ = false;
+    bool diverted_ = false;  // goes to somebody else than was called
     bool heldHere_ = false;  // agreed with the far end
     bool muted_ = false;
     bool over_ = false;

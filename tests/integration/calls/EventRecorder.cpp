@@ -200,11 +200,12 @@ std::vector<std::string> EventRecorder::rest()
 }
 
 void EventRecorder::callStateChange(std::string const& lineURI, int callID, sfiCallState state, sfiReason reason,
-                                    sfiSendOptions, std::string const& uri, std::string const&,
+                                    sfiSendOptions sendOptions, std::string const& uri, std::string const&,
                                     sfiReplacesDisplay* replaces, sfiResourcePriority, sfiPreemptionCause,
                                     std::string const&, bool, sfiAdditionalCallInfo)
 {
     lastReplaces_ = *replaces;
+    lastSendOptions_ = sendOptions;
     line_ = join({"state", lineURI, number(callID), nameOf(state), nameOf(reason), sip::userOf(uri)});
 }
 
@@ -215,11 +216,12 @@ void EventRecorder::registrationStateChange(std::string const& lineURI, int call
 }
 
 void EventRecorder::incomingCall(std::string const& lineURI, int callID, std::string const& uri,
-                                 std::string const& name, std::string const&, std::string const&, bool,
-                                 sfiCallType callType, std::string const& diversionURI, std::string const&,
-                                 sfiForwardReason diversionReason, bool, sfiResourcePriority, sfiAdditionalCallInfo,
-                                 bool)
+                                 std::string const& name, std::string const& alertURI, std::string const& infoParam,
+                                 bool automatic, sfiCallType callType, std::string const& diversionURI,
+                                 std::string const&, sfiForwardReason diversionReason, bool,
+                                 sfiResourcePriority priority, sfiAdditionalCallInfo, bool)
 {
+    lastAlert_ = {alertURI, infoParam, automatic, priority};
     line_ = join({"incoming", lineURI, number(callID), sip::userOf(uri), name, number(callType),
                   sip::userOf(diversionURI), number(diversionReason)});
 }

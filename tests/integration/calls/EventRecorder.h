@@ -19,6 +19,15 @@ class EventRecorder final : private CommunicationsServiceEventIfc
 public:
     static constexpr std::chrono::seconds kDeadline{8};
 
+    // What the line of an incoming call leaves out.
+    struct Alert
+    {
+        std::string uri;
+        std::string infoParam;
+        bool automatic = false;
+        sfiResourcePriority priority = sfiResourcePriorityNone;
+    };
+
     EventPoster poster();
 
     // The next event; "nothing came" after the deadline.
@@ -31,6 +40,8 @@ public:
     std::vector<std::string> rest();
     // The XML of the last conferenceStatusEvent, the body of the last CSTA event.
     const std::string& lastDocument() const { return lastDocument_; }
+    const Alert& lastAlert() const { return lastAlert_; }
+    sfiSendOptions lastSendOptions() const { return lastSendOptions_; }
     sfiReplacesDisplay lastReplaces() const { return lastReplaces_; }
 
 private:
@@ -93,6 +104,8 @@ private:
     std::deque<Event> queue_;
     std::string line_;  // of the event that is being delivered
     std::string lastDocument_;
+    Alert lastAlert_;
+    sfiSendOptions lastSendOptions_ = sfiSendOptionsNone;
     sfiReplacesDisplay lastReplaces_{};
 };
 

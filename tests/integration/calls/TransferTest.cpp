@@ -99,11 +99,15 @@ TEST_F(TransferOfThree, Deflect_SendsTheCallerOn)
 {
     ASSERT_EQ(alice_.engine().make(1, 0, 1, "4722"), sfiSuccess);
     ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 Ringing Normal 4711"));
+    ASSERT_TRUE(alice_.events().waitFor("state 4711 1 RemoteRinging Normal 4722"));
 
     ASSERT_EQ(bob_.engine().deflect(1001, "4733"), sfiSuccess);
 
     bob_.expect({"state 4722 1001 Idle Forwarded 4711", "forwarded 4722 1001 4711 4733 4"});
     carol_.expect({"incoming 4733 1001 4711 - 1 4722 4", "state 4733 1001 Ringing Normal 4711"});
+    alice_.expect({"party 4711 1 4733 0 0"});
+    ASSERT_EQ(carol_.engine().answer(1001), sfiSuccess);
+    alice_.expect({"state 4711 1 Connected Normal 4733"});
 }
 
 }  // namespace telephone::test

@@ -1,0 +1,158 @@
+// What an INVITE says about its call, as the events carry it; and what a far end does that few telephones do.
+#include "TestPhone.h"
+
+namespace telephone::test {
+
+namespace {
+
+// A far end of the adapter itself, which sends what the test wants.
+class Peer final : public sip::UserAgentObserver, public sip::SessionObserver
+{
+public:
+    ~Peer() override
+    {
+        const std::lock_guard guard(eventLoop());
+        session_.reset();
+    }
+
+    bool call(const std::string& target, const sip::Headers& headers)
+    {
+        const std::lock_guard guard(eventLoop());
+        sip::CallRequest request;
+        request.account.user = "9000";
+        request.account.displayName = "Nina Nine";
+        request.account.domain = agent_.hostPort();
+        request.target = target;
+        request.headers = headers;
+        session_ = agent_.call(request, *this);
+        return session_ != nullptr;
+    }
+
+    bool info(const sip::Content& content)
+    {
+        const std::lock_guard guard(eventLoop());
+        return session_->sendInfo(content);
+    }
+
+    std::string digits() const
+    {
+        const std::lock_guard guard(eventLoop());
+        return digits_;
+    }
+
+private:
+    void onDigit(sip::Session&, char digit) override { digits_ += digit; }
+
+    static sip::UserAgentConfig withoutTelephoneEvents()
+    {
+        sip::UserAgentConfig config;
+        config.telephoneEvents = false;
+        return config;
+    }
+
+    sip::UserAgent agent_{eventLoop(), withoutTelephoneEvents(), *this};
+    std::unique_ptr<sip::Session> session_;
+    std::string digits_;
+};
+
+class Invitation : public ::testing::Test
+{
+protected:
+    TestPhone phone_{TestPhone::Options{}};
+    Peer peer_;
+
+    void TearDown() override { phone_.engine().deactivate(); }
+
+    void connect()
+    {
+        ASSERT_TRUE(peer_.call(phone_.uri(), {}));
+        ASSERT_TRUE(phone_.events().waitFor("state 4711 1001 Ringing Normal 9000"));
+        ASSERT_EQ(phone_.engine().answer(1001), sfiSuccess);
+        ASSERT_TRUE(phone_.events().waitFor("state 4711 1001 Connected Normal 9000"));
+    }
+};
+
+}  // namespace
+
+TEST_F(Invitation, CallerWithAName_IsShownWithIt)
+{
+    ASSERT_TRUE(peer_.call(phone_.uri(), {}));
+
+    phone_.expect({"incoming 4711 1001 9000 Nina Nine 2 - 0"});
+}
+
+TEST_F(Invitation, DivertedCall_NamesWhoDivertedItAndWhy)
+{
+    ASSERT_TRUE(peer_.call(phone_.uri(), {{"Diversion", "<sip:4799@example.org>;reason=user-busy"}}));
+
+    phone_.expect({"incoming 4711 1001 9000 Nina Nine 2 4799 2", "state 4711 1001 Ringing Normal 9000"});
+    phone_.engine().refuse(1001, sfiRefuseCallDecline);
+}
+
+TEST_F(Invitation, AlertInformationAndPriority_AreTold)
+{
+    ASSERT_TRUE(peer_.call(phone_.uri(), {{"Alert-Info", "<http://127.0.0.1/bell>;info=alert-autoanswer"},
+                                          {"Resource-Priority", "dsn.flash"}}));
+
+    phone_.expect({"incoming 4711 1001 9000 Nina Nine 2 - 0"});
+    const EventRecorder::Alert& alert = phone_.events().lastAlert();
+    EXPECT_EQ(alert.uri, "http://127.0.0.1/bell");
+    EXPECT_EQ(alert.infoParam, "alert-autoanswer");
+    EXPECT_TRUE(alert.automatic);
+    EXPECT_EQ(alert.priority, sfiResourcePriorityFlash);
+}
+
+TEST_F(Invitation, AutomaticAnswer_IsLeftToTheApplication)
+{
+    ASSERT_TRUE(peer_.call(phone_.uri(), {{"Answer-Mode", "Auto"}}));
+
+    phone_.expect({"incoming 4711 1001 9000 Nina Nine 2 - 0", "state 4711 1001 Ringing Normal 9000"});
+    EXPECT_TRUE(phone_.events().lastAlert().automatic);
+    EXPECT_EQ(phone_.events().next(std::chrono::milliseconds(100)), "nothing came");
+}
+
+TEST_F(Invitation, AssertedIdentity_ComesBeforeFrom)
+{
+    ASSERT_TRUE(peer_.call(phone_.uri(), {{"P-Asserted-Identity", "\"Real\" <sip:7777@example.org>"}}));
+
+    phone_.expect({"incoming 4711 1001 7777 Real 2 - 0"});
+}
+
+TEST_F(Invitation, DigitsToAFarEndWithoutTelephoneEvents_GoByInfo)
+{
+    connect();
+    EXPECT_EQ(phone_.events().lastSendOptions(), sfiSendOptionsInfo);
+
+    ASSERT_EQ(phone_.engine().sendDigits(1001, "17#"), sfiSuccess);
+
+    EXPECT_TRUE(eventually([this] { return peer_.digits() == "17#"; }));
+}
+
+TEST_F(Invitation, CstaBodyInTheDialog_IsTold)
+{
+    connect();
+
+    ASSERT_TRUE(peer_.info({"application/csta+xml", "<MakeCall/>"}));
+
+    phone_.expect({"csta 4711"});
+    EXPECT_EQ(phone_.events().lastDocument(), "<MakeCall/>");
+}
+
+TEST_F(Invitation, SecurityChangeToPlain_RenewsTheMediaAndTellsIt)
+{
+    connect();
+
+    ASSERT_EQ(phone_.engine().changeSecurity(1001, false), sfiSuccess);
+
+    phone_.expect({"security 4711 1001 1"});
+}
+
+TEST_F(Invitation, ReplacesOfACallThatIsNot_IsRefused)
+{
+    ASSERT_TRUE(peer_.call(phone_.uri(), {{"Replaces", "no-such@call;to-tag=1;from-tag=2"}}));
+
+    EXPECT_EQ(phone_.events().next(std::chrono::milliseconds(200)), "nothing came");
+    EXPECT_TRUE(phone_.engine().calls().empty());
+}
+
+}  // namespace telephone::test
