@@ -45,7 +45,7 @@ int decimal(std::string_view value)
     while (next != end && isBlank(*next)) {
         ++next;
     }
-    int const sign = next != end && *next == '-' ? -1 : 1;
+    std::int64_t const sign = next != end && *next == '-' ? -1 : 1;
     if (next != end && (*next == '-' || *next == '+')) {
         ++next;
     }
