@@ -44,9 +44,8 @@ struct LineConfiguration
 struct KeyConfiguration
 {
     int number = 0;  // key number (FPK), from 1
-    std::string
-        function;  // line, dss, blf, forwarding, dnd, hold, mute, headset, messages, toggle, release, preview, ignore,
-                   // transfer
+    // line, dss, blf, forwarding, dnd, hold, mute, headset, messages, toggle, release, preview, ignore, transfer
+    std::string function;
     std::string target;  // line id, or the number of a dss, blf or toggle key
     std::string label;
     bool monitorOnly = false;  // dss: shows, never acts
