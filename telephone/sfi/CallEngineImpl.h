@@ -128,7 +128,7 @@ struct CallEngine::Impl final : CallHost, sip::UserAgentObserver
     void replaceCall(std::unique_ptr<sip::Session> session);
     bool turnedAway(sip::Session& session, const LineAccount& line);
     bool forwarded(sip::Session& session, const LineAccount& line, sfiForwardReason reason);
-    std::optional<ForwardingRule> ruleFor(const LineAccount& line, bool internal, sfiForwardReason reason) const;
+    std::optional<ForwardingRule> ruleFor(const LineAccount& line, bool internal, sfiForwardReason reason);
     void offer(std::unique_ptr<sip::Session> session, const LineAccount& line, int callID, const LineAddress& place);
     void armNoReply(Call& call, const LineAccount& line);
     bool isInternal(const sip::NameAddr& caller, const LineAccount& line) const;

@@ -114,8 +114,7 @@ bool CallEngine::Impl::isInternal(const sip::NameAddr& caller, const LineAccount
     return !line.account.domain.empty() && own && sameHost(caller.uri, *own);
 }
 
-std::optional<ForwardingRule> CallEngine::Impl::ruleFor(const LineAccount& line, bool internal,
-                                                        sfiForwardReason reason) const
+std::optional<ForwardingRule> CallEngine::Impl::ruleFor(const LineAccount& line, bool internal, sfiForwardReason reason)
 {
     const auto choice = std::find_if(std::begin(kForwardingChoices), std::end(kForwardingChoices),
                                      [reason](const auto& row) { return row.reason == reason; });
@@ -126,8 +125,10 @@ std::optional<ForwardingRule> CallEngine::Impl::ruleFor(const LineAccount& line,
         const ForwardingRule rule = policy_.forwarding(line.lineNumber, type);
         if (!rule.on)
             continue;
-        if (const auto target = targetOf(rule.destination, line.account))
+        const auto target = targetOf(rule.destination, line.account);
+        if (target && *target != line.account.addressOfRecord())
             return ForwardingRule{true, *target};
+        log(sip::LogLevel::kWarning, "line " + line.lineURI + " cannot be forwarded to \"" + rule.destination + '"');
         return std::nullopt;
     }
     return std::nullopt;

@@ -63,8 +63,10 @@ sfiResult CallEngine::Impl::make(int recordLine, int appearance, int callID, con
     sip::CallRequest request;
     request.account = line->account;
     request.target = *target;
-    callBacks_->called(*target);
-    return begin(std::move(call), std::move(request));
+    const sfiResult result = begin(std::move(call), std::move(request));
+    if (result == sfiSuccess)
+        callBacks_->called(*target);
+    return result;
 }
 
 sfiResult CallEngine::Impl::begin(std::unique_ptr<Call> begun, sip::CallRequest request)

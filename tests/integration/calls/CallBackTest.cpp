@@ -46,7 +46,7 @@ TEST_F(CallBack, OnBusy_IsReadyWhenThePartyIsFree)
 
     phone_->expect({"completion 4711 111 1 1 1"});
     ASSERT_EQ(phone_->engine().make(1, 0, 2, "111"), sfiSuccess);
-    phone_->expect({"completion 4711 111 1 3 1", "state 4711 2 Dialling Normal 111"});
+    phone_->expect({"state 4711 2 Dialling Normal 111", "completion 4711 111 1 3 1"});
 }
 
 TEST_F(CallBack, OnBusyOfARegisteredPhone_IsReadyWhenItsCallEnds)

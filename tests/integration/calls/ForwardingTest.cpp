@@ -134,6 +134,15 @@ TEST_F(Forwarding, ToNowhere_IsNotDone)
     bob_.expect({"incoming 4722 1001 4711 - 1 - 0", "state 4722 1001 Ringing Normal 4711"});
 }
 
+TEST_F(Forwarding, ToItself_IsNotDone)
+{
+    setRule(sfiForwardUnconditional, "4722");
+
+    aliceCallsBob();
+
+    bob_.expect({"incoming 4722 1001 4711 - 1 - 0", "state 4722 1001 Ringing Normal 4711"});
+}
+
 TEST_F(Forwarding, DoNotDisturb_RefusesAndTellsTheMissedCall)
 {
     bob_.doNotDisturbOn = true;
