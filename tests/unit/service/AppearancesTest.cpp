@@ -151,6 +151,18 @@ TEST_F(AppearancesTest, ANamedAppearanceThatIsUnknown_FallsThroughToTheSelectedO
     EXPECT_THAT(record("4711:2", 7), IsRecord(17, 4, 7, 0));
 }
 
+TEST_F(AppearancesTest, AnIndexBelowOne_NamesNoAppearance)
+{
+    isAppearanceLine("4711");
+    splitsInto("4711:-1", "4711", -1);
+    isNotMapped(7);
+    EXPECT_CALL(lines_, getLine(_)).Times(0);
+    lineInState(eLineStateSelected, &line_);
+    lineIs(17);
+
+    EXPECT_THAT(record("4711:-1", 7, false), IsRecord(17, 4, 7, 0));
+}
+
 TEST_F(AppearancesTest, TheSelectedAppearance_IsTaken)
 {
     isAppearanceLine("4711");

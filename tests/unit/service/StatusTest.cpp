@@ -184,11 +184,8 @@ TEST_F(StatusTest, Recording_BeforeInit_IsStartedOnceWithAnEmptyContext)
 TEST_F(StatusTest, Recording_ThatInitDidNotFind_IsStartedWithTheStoredContext)
 {
     withoutPhysicalInterface();
-    {
-        NoDouble<CSfi> const noCallControl;
-        EXPECT_CALL(recordingConfig_, created(_)).WillOnce(testing::Throw(std::runtime_error("no memory")));
-        EXPECT_THROW(service_->init(context_), std::runtime_error);
-    }
+    EXPECT_CALL(recordingConfig_, created(_)).WillOnce(testing::Throw(std::runtime_error("no memory")));
+    EXPECT_THROW(service_->init(context_), std::runtime_error);
     EXPECT_CALL(recording_, init(Ref(static_cast<Context&>(context_)), _, _));
 
     EXPECT_EQ(service_->mediaRecordingSvc(), &recording_);
