@@ -202,12 +202,14 @@ void TelephoneParts::end()
     team.stop();
     ringer.stop();
     dialogs.stop();
+    calls().deactivate(false);
     service->shutdown();
     lamps.stop();
     lines.stop();
     ignoreCalls();
     timers.stop();
     events.stop();
+    context.closeAllChannels();
     for (Executable* const each : {static_cast<Executable*>(&management), static_cast<Executable*>(&auditoryDevice),
                                    static_cast<Executable*>(&certificates), static_cast<Executable*>(&digitAnalysis)})
         each->shutdown();

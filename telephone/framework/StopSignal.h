@@ -1,5 +1,5 @@
-// Takes SIGINT and SIGTERM as a readable descriptor instead of an interruption. Made by main before any thread starts:
-// the signals are blocked in every thread from then on.
+// Takes SIGINT, SIGTERM and SIGHUP as a readable descriptor instead of an interruption. Made by main before any thread
+// starts: the signals are blocked in every thread from then on.
 #pragma once
 
 #include "framework/FileDescriptor.h"

@@ -13,8 +13,17 @@ TelephoneContext::TelephoneContext(EventDispatcher& dispatcher)
 
 TelephoneContext::~TelephoneContext()
 {
-    auto const channels = channels_;
-    for (auto const& [name, channel] : channels)
+    closeAllChannels();
+}
+
+void TelephoneContext::closeAllChannels()
+{
+    std::map<std::string, std::shared_ptr<Channel>> open;
+    {
+        std::lock_guard const lock(mutex_);
+        open = channels_;
+    }
+    for (auto const& [name, channel] : open)
         closeChannel(channel);
 }
 

@@ -42,6 +42,9 @@ public:
     // Ends its subscription and destroys its proxy. Afterwards no event reaches the channel.
     void closeChannel(std::shared_ptr<Channel> const& channel);
 
+    // Every channel that is still open; before the library that the proxies come from is unloaded.
+    void closeAllChannels();
+
     Executable* findExecutable(std::string const& name) override;
     Proxy* findProxy(std::string const& interfaceName, std::string const& channelName) override;
     std::string findChannel(Executable* executable) override;

@@ -94,6 +94,7 @@ void expectStore()
     TemporaryFolder const folder;
     std::string const file = folder.file("telephone.toml");
     std::ofstream(file) << "[store]\npath = \"" << folder.file("store.db") << "\"\n";
+    expectWell(runWith("--config " + file + " --log-level 0 play -"));
     Ended const result = runWith("--config " + file + " store list");
     expectWell(result);
     EXPECT_NE(result.output.find("agent-state"), std::string::npos) << result.output;

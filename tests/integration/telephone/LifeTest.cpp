@@ -7,7 +7,7 @@
 
 TEST(Life, Signal_EndsTheTelephoneWellAndRemovesItsSocket)
 {
-    for (int const signal : {SIGTERM, SIGINT}) {
+    for (int const signal : {SIGTERM, SIGINT, SIGHUP}) {
         RunningTelephone telephone;
         ASSERT_TRUE(std::filesystem::exists(telephone.socket()));
 
