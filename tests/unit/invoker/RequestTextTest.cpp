@@ -7,6 +7,7 @@
 #include <optional>
 #include <random>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "TaggedText.h"
@@ -109,6 +110,9 @@ void findNameOfLength()
     EXPECT_EQ(RequestText("<" + text + ">1<x" + text + "></" + text + ">").value(name), "1<x" + text + ">");
     EXPECT_EQ(RequestText("<" + text + ">1</" + text).value(name), std::nullopt);
     EXPECT_EQ(RequestText("<" + text).value(name), std::nullopt);
+    // What follows the view in memory is none of its business.
+    std::string const whole = element(text, "1");
+    EXPECT_EQ(RequestText(std::string_view(whole).substr(0, whole.size() - 1)).value(name), std::nullopt);
     EXPECT_EQ(RequestText("<").value(name), std::nullopt);
     EXPECT_EQ(RequestText(elements(20) + element(text, "1")).value(name), "1");
     EXPECT_EQ(RequestText(element(text, "7")).text(name), "7");
