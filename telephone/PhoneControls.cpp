@@ -105,7 +105,7 @@ TelephoneControls::Rows PhoneControls::settings()
 {
     Rows rows;
     for (auto const& [key, value] : management_.settings().all())
-        rows.push_back(key + " = " + value);
+        rows.push_back(std::string(key).append(" = ").append(value));
     return rows;
 }
 

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstddef>
 #include <stdexcept>
 
 #include "applications/SocketPath.h"
@@ -50,7 +51,7 @@ bool ApplicationClient::read(int stop)
         return errno == EINTR;
     if ((waited[1].revents & POLLIN) != 0)
         return false;
-    std::array<char, 64 * 1024> buffer;
+    std::array<char, std::size_t{64} * 1024> buffer;
     ssize_t const count = recv(socket_.get(), buffer.data(), buffer.size(), 0);
     if (count <= 0)
         return false;

@@ -39,8 +39,8 @@ public:
     [[nodiscard]] std::shared_ptr<Channel> const& channel() const { return channel_; }
 
 private:
-    static constexpr std::size_t kReadSize = 64 * 1024;
-    static constexpr std::size_t kMostOutput = 1024 * 1024;
+    static constexpr std::size_t kReadSize = std::size_t{64} * 1024;
+    static constexpr std::size_t kMostOutput = std::size_t{1024} * 1024;
     static constexpr std::size_t kEventsAtOnce = 256;
 
     [[nodiscard]] std::size_t waiting() const { return output_.size() - written_; }

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 #include <utility>
 
@@ -151,6 +152,7 @@ private:
     void checkNames(toml::table const& file) const
     {
         std::vector<SectionName> known;
+        known.reserve(std::size(fields::kPhone));
         for (auto const& field : fields::kPhone) {
             known.push_back({field.name});
         }

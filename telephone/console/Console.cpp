@@ -34,7 +34,8 @@ char** complete(char const* /*word*/, int /*start*/, int end)
     auto const found = completions(std::string_view(rl_line_buffer, static_cast<std::size_t>(end)));
     if (found.empty())
         return nullptr;
-    rl_completion_append_character = found.size() == 1 && found[0].ends_with('=') ? '\0' : ' ';
+    bool const isParameter = found.size() == 1 && found[0].ends_with('=');
+    rl_completion_append_character = isParameter ? 0 : static_cast<unsigned char>(' ');
     std::string common = found[0];
     for (std::string const& each : found) {
         while (!each.starts_with(common))

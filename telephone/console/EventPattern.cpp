@@ -53,7 +53,7 @@ std::string stateNumber(std::string value)
     return value;
 }
 
-std::string flagNumber(std::string value)
+std::string flagNumber(std::string const& value)
 {
     if (equalIgnoringCase(value, "true"))
         return "1";

@@ -47,7 +47,7 @@ public:
     using EventPoster = std::function<void(Event)>;
 
     CallRecorder(RecordingConfiguration configuration, RecordableCalls calls, EventPoster post);
-    ~CallRecorder();
+    ~CallRecorder() override;
     CallRecorder(CallRecorder const&) = delete;
     CallRecorder& operator=(CallRecorder const&) = delete;
 
