@@ -32,8 +32,8 @@ bool isSignallingEvent(std::string_view message)
 // Where the service's interface lies in the objects of one type.
 struct InterfacePlace
 {
-    std::type_info const* type;  // null: there is none
-    std::ptrdiff_t offset;
+    std::type_info const* type{};  // null: there is none
+    std::ptrdiff_t offset{};
 };
 
 char* startOf(Executable& executable)
@@ -45,7 +45,7 @@ InterfacePlace findInterface(Executable& executable)
 {
     auto* const service = dynamic_cast<CommunicationsServiceIfc*>(&executable);
     if (service == nullptr) {
-        return {nullptr, 0};
+        return {};
     }
     return {&typeid(executable), reinterpret_cast<char*>(service) - startOf(executable)};
 }

@@ -4,7 +4,6 @@
 // size: one allocation at most, nothing grows, no locale has a say. Views must outlive the call of `join`.
 #pragma once
 
-#include <array>
 #include <charconv>
 #include <cstddef>
 #include <cstring>
@@ -13,37 +12,33 @@
 #include <utility>
 
 namespace elements {
-// So many characters from the front and so many from the back, which together are all of a text that is no longer than
-// twice that.
-template <std::size_t kCount>
-[[gnu::always_inline]] inline void copyBothEnds(char* out, std::string_view text)
+// Most values are empty or short, and a call of memcpy takes longer than their copy: a quarter of an event. A text of
+// kHalf to twice as many characters is all in its first and its last kHalf.
+template <std::size_t kHalf = 16>
+[[gnu::always_inline]] inline void copyShort(char* out, std::string_view text)
 {
-    std::size_t const back = text.size() - kCount;
-    std::array<char, kCount> first;
-    std::array<char, kCount> last;
-    std::memcpy(first.data(), text.data(), kCount);
-    std::memcpy(last.data(), text.data() + back, kCount);
-    std::memcpy(out, first.data(), kCount);
-    std::memcpy(out + back, last.data(), kCount);
+    if constexpr (kHalf == 2) {
+        std::memcpy(out, text.data(), text.size());
+    } else if (text.size() < kHalf) {
+        copyShort<kHalf / 2>(out, text);
+    } else {
+        std::size_t const back = text.size() - kHalf;
+        std::memcpy(out, text.data(), kHalf);
+        std::memcpy(out + back, text.data() + back, kHalf);
+    }
 }
 
-// Most values are empty or short, and a call of memcpy takes longer than their copy: a quarter of an event.
 [[gnu::always_inline]] inline char* put(char* out, std::string_view text)
 {
-    std::size_t const size = text.size();
-    if (size == 0) {
+    if (text.empty()) {
         return out;
     }
-    if (size > 32 || size < 4) {
-        std::memcpy(out, text.data(), size);
-    } else if (size >= 16) {
-        copyBothEnds<16>(out, text);
-    } else if (size >= 8) {
-        copyBothEnds<8>(out, text);
+    if (text.size() > 32) {
+        std::memcpy(out, text.data(), text.size());
     } else {
-        copyBothEnds<4>(out, text);
+        copyShort(out, text);
     }
-    return out + size;
+    return out + text.size();
 }
 
 // A literal character by character: of neighbouring ones the compiler makes a few wide stores, across the seams.
