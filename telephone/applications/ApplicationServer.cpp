@@ -1,5 +1,6 @@
 #include "applications/ApplicationServer.h"
 
+#include <poll.h>
 #include <sys/epoll.h>
 #include <sys/socket.h>
 
@@ -104,7 +105,7 @@ void ApplicationServer::accept()
         // Out of descriptors the listener stays readable: without a pause this thread would spin.
         if (errno == EMFILE || errno == ENFILE) {
             log(kLogFailure, "applications", "an application cannot connect: too many open files");
-            epoll_wait(poll_.get(), std::array<epoll_event, 1>{}.data(), 0, kPauseWithoutDescriptors);
+            ::poll(nullptr, 0, kPauseWithoutDescriptors);
         }
         return;
     }

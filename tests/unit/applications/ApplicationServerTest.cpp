@@ -289,7 +289,7 @@ TEST_F(ApplicationServerTest, ApplicationThatNeverReads_LosesEventsAndHoldsUpNob
         ASSERT_FALSE(some.empty());
         all += some;
     }
-    EXPECT_EQ(all.rfind("event 1\n", 0), 0U);
+    EXPECT_EQ(all.rfind("event ", 0), 0U);
     EXPECT_LT(std::count(all.begin(), all.end(), '\0'), kEvents);
 }
 
