@@ -99,8 +99,9 @@ int runTelephone(CommandLine const& line, StopSignal const& stop)
     Configuration const configuration = startConfiguration(line);
     Telephone telephone(configuration, ServiceLibrary::find(line.library));
     if (line.action == Action::kServe) {
-        auto const server = openSocket(line, configuration, telephone);
+        // Whoever finds the socket finds a telephone that can call.
         telephone.activate();
+        auto const server = openSocket(line, configuration, telephone);
         std::cout << "applications can connect at " << server->path() << std::endl;
         waitFor(stop);
         return 0;

@@ -39,7 +39,7 @@ ApplicationServer::ApplicationServer(Settings settings, TelephoneContext& contex
     watch(listener_.get(), kListener, EPOLLIN, true);
     watch(wakeUp_.descriptor(), kWakeUp, EPOLLIN, true);
     thread_ = std::thread([this] { run(); });
-    log(kLogInfo, "applications", "applications can connect at {}", settings_.path);
+    log(kLogInfo, "applications", "listening at {}", settings_.path);
 }
 
 ApplicationServer::~ApplicationServer()
