@@ -165,6 +165,7 @@ TEST(Kamailio, TwoTelephones_CallEachOtherThroughIt)
     EXPECT_NE(incoming.find("<URI>sip:5001@"), std::string::npos) << incoming;
     ASSERT_EQ(called.call("AnswerCall", "5002", calledID), "sfiSuccess");
     caller.application.event(state(1, kConnected));
+    called.application.event(state(calledID, kConnected));
 
     ASSERT_EQ(called.call("HoldCall", "5002", calledID), "sfiSuccess");
     called.application.event("<Method>CallHeldEvent</Method>");
