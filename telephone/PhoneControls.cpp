@@ -2,7 +2,9 @@
 
 #include <mutex>
 
+#include "MediaRecordingServiceIfc.h"
 #include "console/EventPattern.h"
+#include "framework/Executable.h"
 #include "framework/Log.h"
 #include "lines/LineStates.h"
 #include "lines/Lines.h"
@@ -94,6 +96,18 @@ TelephoneControls::Refusal PhoneControls::plug(std::string const& plug, bool in)
 TelephoneControls::Refusal PhoneControls::lock(bool locked)
 {
     return physical_.setLocked(locked);
+}
+
+void PhoneControls::setService(Executable* service)
+{
+    recording_ = dynamic_cast<MediaRecordingServiceIfc*>(service);
+}
+
+TelephoneControls::Refusal PhoneControls::record(std::string const& line, bool on)
+{
+    bool const done =
+        recording_ != nullptr && (on ? recording_->activateRecording(line) : recording_->deactivateRecording(line));
+    return done ? Refusal() : Refusal("not done; the log says why");
 }
 
 std::optional<std::string> PhoneControls::lampMode(std::string const& lamp)

@@ -6,6 +6,9 @@
 
 #include "console/TelephoneControls.h"
 
+class Executable;
+class MediaRecordingServiceIfc;
+
 namespace telephone {
 
 class CallEngine;
@@ -26,6 +29,9 @@ public:
         , keysUsable_(std::move(keysUsable))
     {}
 
+    // The service that records; called once, before anything is recorded.
+    void setService(Executable* service);
+
     Rows lines() override;
     Rows calls() override;
     Rows keys() override;
@@ -35,6 +41,7 @@ public:
     Refusal hook(bool up) override;
     Refusal plug(std::string const& plug, bool in) override;
     Refusal lock(bool locked) override;
+    Refusal record(std::string const& line, bool on) override;
     std::optional<std::string> lampMode(std::string const& lamp) override;
     Rows settings() override;
     std::optional<std::string> setting(std::string const& key) override;
@@ -48,6 +55,7 @@ private:
     Lines& lines_;
     PhysicalInterface& physical_;
     LocalManagement& management_;
+    MediaRecordingServiceIfc* recording_ = nullptr;
     std::shared_future<void> const keysUsable_;
 };
 

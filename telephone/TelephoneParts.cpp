@@ -178,6 +178,7 @@ void TelephoneParts::begin()
     timers.start(kSubscriptionTime, [this] { keysUsable.set_value(); });
     invoker->initInvoker(&context);
     keys.setService(service.get());
+    controls.setService(service.get());
     lamps.start();
     ringer.start();
 }
@@ -197,6 +198,7 @@ void TelephoneParts::end()
         return;
     running_ = false;
     keys.setService(nullptr);
+    controls.setService(nullptr);
     physical.shutdown();
     timers.deliverTo(nullptr);
     team.stop();

@@ -66,6 +66,7 @@ std::vector<CommandInterpreter::Command> const& CommandInterpreter::commands()
         {"unplug",   "headset|handset|line",      1, 1, "plugs it out",                                            &I::unplug},
         {"lock",     "",                          0, 0, "locks the telephone: only permitted numbers can be called",&I::lock},
         {"unlock",   "",                          0, 0, "unlocks it",                                              &I::unlock},
+        {"record",   "on|off LINE",               2, 2, "records the calls of a line, or ends it",                 &I::record},
         {"store",    "list|get KEY|set KEY VALUE",1, 3, "the settings in the configuration store",                 &I::store},
         {"log",      "LEVEL",                     1, 1, "0 (nothing) to 6 (every request); 4 is usual",            &I::log},
         {"say",      "TEXT",                      0, kAnyNumber, "prints a text",                                  &I::say},
@@ -233,6 +234,11 @@ void CommandInterpreter::lock(Words const& /*words*/)
 void CommandInterpreter::unlock(Words const& /*words*/)
 {
     demand(controls_.lock(false));
+}
+
+void CommandInterpreter::record(Words const& words)
+{
+    demand(controls_.record(words[2], choice(words[1], "on", "off")));
 }
 
 void CommandInterpreter::store(Words const& words)

@@ -76,6 +76,7 @@ private:
     void unplug(Words const& words);
     void lock(Words const& words);
     void unlock(Words const& words);
+    void record(Words const& words);
     void store(Words const& words);
     void log(Words const& words);
     void say(Words const& words);

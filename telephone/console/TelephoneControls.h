@@ -29,6 +29,8 @@ public:
     virtual Refusal hook(bool up) = 0;
     virtual Refusal plug(std::string const& plug, bool in) = 0;
     virtual Refusal lock(bool locked) = 0;
+    // The recording of a line's calls, by the service.
+    virtual Refusal record(std::string const& line, bool on) = 0;
     // "off", "steady", "flashing" or "fluttering"; nothing: there is no such lamp.
     virtual std::optional<std::string> lampMode(std::string const& lamp) = 0;
 

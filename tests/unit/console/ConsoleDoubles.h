@@ -28,6 +28,10 @@ public:
     Refusal release(std::string const& key) override { return note("release " + key); }
     Refusal hook(bool up) override { return note(up ? "hook up" : "hook down"); }
     Refusal plug(std::string const& plug, bool in) override { return note("plug " + plug + (in ? " in" : " out")); }
+    Refusal record(std::string const& line, bool on) override
+    {
+        return note((on ? "record on " : "record off ") + line);
+    }
     Refusal lock(bool locked) override { return note(locked ? "lock" : "unlock"); }
     std::optional<std::string> lampMode(std::string const& lamp) override
     {
