@@ -133,6 +133,9 @@ int Process::wait()
             continue;
         ended_ = true;
         status_ = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+        // What it said last; children of its own may keep the pipe open.
+        while (read(std::chrono::steady_clock::now() + 100ms)) {
+        }
     }
     return status_;
 }
