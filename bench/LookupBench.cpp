@@ -98,15 +98,21 @@ void keyByNumber(benchmark::State& state)
 }
 BENCHMARK(keyByNumber)->Arg(1)->Arg(10)->Arg(1000);
 
-// Lines of two appearances each, one of them taken by a call.
+// So many lines of two appearances each; the last of them carries a call.
+void addLines(AppearanceMap& map, int count)
+{
+    constexpr int kFirst = 1000;
+    for (int line = 1; line <= count; ++line) {
+        map.addLine(line, {kFirst + 2 * line, kFirst + 1 + 2 * line});
+    }
+    map.callBegan(count, kFirst + 2 * count);
+}
+
 void appearanceOfCall(benchmark::State& state)
 {
     auto const count = static_cast<int>(state.range(0));
     AppearanceMap map;
-    for (int line = 1; line <= count; ++line) {
-        map.addLine(line, {1000 + 2 * line, 1001 + 2 * line});
-        map.callBegan(line, 1000 + 2 * line);
-    }
+    addLines(map, count);
     int line = 0;
     int index = 0;
     for (auto _ : state) {
@@ -119,10 +125,7 @@ void freeAppearance(benchmark::State& state)
 {
     auto const count = static_cast<int>(state.range(0));
     AppearanceMap map;
-    for (int line = 1; line <= count; ++line) {
-        map.addLine(line, {1000 + 2 * line, 1001 + 2 * line});
-        map.callBegan(line, 1000 + 2 * line);
-    }
+    addLines(map, count);
     for (auto _ : state) {
         benchmark::DoNotOptimize(map.findFirstFreeVirtualLine(count));
     }

@@ -40,6 +40,11 @@ std::string userAt(std::string const& address, std::string const& domain)
     return ours ? uri->user : std::string();
 }
 
+bool namesLine(KeyConfiguration const& key)
+{
+    return key.function == "line" || key.function == "dss";
+}
+
 }  // namespace
 
 Lines::Lines(Configuration const& configuration, Settings& settings)
@@ -58,6 +63,7 @@ Lines::Lines(Configuration const& configuration, Settings& settings)
     for (auto const& line : lineConfigurations_) {
         addLine(line);
     }
+    indexKeys();
     addStations();
     Lines* nobody = nullptr;
     if (!theLines.compare_exchange_strong(nobody, this)) {
@@ -148,6 +154,17 @@ TelephoneLine& Lines::own(std::unique_ptr<TelephoneLine> line)
     return it;
 }
 
+// The first key counts, where there are several of one number or one target.
+void Lines::indexKeys()
+{
+    for (auto const& key : configuration_.keys) {
+        keysByNumber_.emplace(key.number, &key);
+        if (namesLine(key)) {
+            keysByTarget_.emplace(key.target, &key);
+        }
+    }
+}
+
 void Lines::addStations()
 {
     for (auto const& each : configuration_.keys) {
@@ -159,7 +176,10 @@ void Lines::addStations()
             continue;
         }
         ownedStations_.push_back(std::make_unique<DssLine>(*this, each));
-        stations_.push_back(ownedStations_.back().get());
+        auto* const station = ownedStations_.back().get();
+        stations_.push_back(station);
+        stationsByNumber_.emplace(station->number(), station);
+        stationsByKey_.emplace(each.number, station);
     }
 }
 
@@ -179,25 +199,21 @@ Line* Lines::getLine(std::string const& lineURI)
     if (auto* const line = find(lineURI)) {
         return line;
     }
-    auto const station = std::find_if(stations_.begin(), stations_.end(),
-                                      [&lineURI](DssLine const* each) { return each->number() == lineURI; });
-    return station == stations_.end() ? nullptr : *station;
+    auto const station = stationsByNumber_.find(lineURI);
+    return station == stationsByNumber_.end() ? nullptr : station->second;
 }
 
 KeyConfiguration const* Lines::key(int keyNumber) const
 {
-    auto const& keys = configuration_.keys;
-    auto const found = std::find_if(keys.begin(), keys.end(),
-                                    [keyNumber](KeyConfiguration const& each) { return each.number == keyNumber; });
-    return found == keys.end() ? nullptr : &*found;
+    auto const found = keysByNumber_.find(keyNumber);
+    return found == keysByNumber_.end() ? nullptr : found->second;
 }
 
 Line* Lines::getDSSLineForFPK(int keyNumber)
 {
-    auto const station = std::find_if(stations_.begin(), stations_.end(),
-                                      [keyNumber](DssLine const* each) { return each->key().number == keyNumber; });
-    if (station != stations_.end()) {
-        return *station;
+    auto const station = stationsByKey_.find(keyNumber);
+    if (station != stationsByKey_.end()) {
+        return station->second;
     }
     auto const* const found = key(keyNumber);
     return found != nullptr && found->function == "dss" ? find(found->target) : nullptr;
@@ -212,19 +228,15 @@ Line* Lines::getLineForFPK(int keyNumber)
 std::string Lines::getURIforFPK(int keyNumber)
 {
     auto const* const found = key(keyNumber);
-    bool const namesLine = found != nullptr && (found->function == "line" || found->function == "dss");
-    return namesLine ? found->target : std::string();
+    return found != nullptr && namesLine(*found) ? found->target : std::string();
 }
 
 int Lines::getFPKforUri(std::string const& lineURI)
 {
     auto* const line = find(lineURI);
     auto const& target = line == nullptr ? lineURI : line->base().id();
-    auto const& keys = configuration_.keys;
-    auto const found = std::find_if(keys.begin(), keys.end(), [&target](KeyConfiguration const& each) {
-        return (each.function == "line" || each.function == "dss") && each.target == target;
-    });
-    return found == keys.end() ? -1 : found->number;
+    auto const found = keysByTarget_.find(target);
+    return found == keysByTarget_.end() ? -1 : found->second->number;
 }
 
 std::string Lines::getKeysetType()

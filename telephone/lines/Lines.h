@@ -150,6 +150,7 @@ private:
     void noteShared(TelephoneLine& line, WatchedParty const& party);
     void addLine(LineConfiguration const& configuration);
     void addAppearances(TelephoneLine& line, int count);
+    void indexKeys();
     void addStations();
     int freeVirtualLine(TelephoneLine const& line);
     TelephoneLine& own(std::unique_ptr<TelephoneLine> line);
@@ -170,6 +171,10 @@ private:
     std::map<int, TelephoneLine*> byNumber_;
     std::vector<std::unique_ptr<DssLine>> ownedStations_;
     std::vector<DssLine*> stations_;
+    std::map<std::string, DssLine*> stationsByNumber_;
+    std::map<int, DssLine*> stationsByKey_;
+    std::map<int, KeyConfiguration const*> keysByNumber_;
+    std::map<std::string, KeyConfiguration const*> keysByTarget_;  // of lines and stations
     std::set<int> takenNumbers_;
 
     PhoneCalls* calls_ = nullptr;

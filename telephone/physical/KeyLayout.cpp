@@ -56,20 +56,23 @@ KeyLayout::KeyLayout(Configuration const& configuration)
             throw std::runtime_error("key " + std::to_string(key.number) + ": there is no function \"" + key.function +
                                      "\"");
         }
-        if (find(key.number) != nullptr) {
-            throw std::runtime_error("key " + std::to_string(key.number) + " is there twice");
-        }
         keys_.push_back({key, row});
     }
-    std::sort(keys_.begin(), keys_.end(),
-              [](PhoneKey const& left, PhoneKey const& right) { return left.number() < right.number(); });
+    std::stable_sort(keys_.begin(), keys_.end(),
+                     [](PhoneKey const& left, PhoneKey const& right) { return left.number() < right.number(); });
+    auto const twice = std::adjacent_find(keys_.begin(), keys_.end(), [](PhoneKey const& left, PhoneKey const& right) {
+        return left.number() == right.number();
+    });
+    if (twice != keys_.end()) {
+        throw std::runtime_error("key " + std::to_string(twice->number()) + " is there twice");
+    }
 }
 
 PhoneKey const* KeyLayout::find(int number) const
 {
-    auto const key =
-        std::find_if(keys_.begin(), keys_.end(), [number](PhoneKey const& each) { return each.number() == number; });
-    return key == keys_.end() ? nullptr : &*key;
+    auto const key = std::lower_bound(keys_.begin(), keys_.end(), number,
+                                      [](PhoneKey const& each, int wanted) { return each.number() < wanted; });
+    return key == keys_.end() || key->number() != number ? nullptr : &*key;
 }
 
 PhoneKey const* KeyLayout::find(std::string const& name) const
