@@ -7,11 +7,15 @@
 #include <chrono>
 #include <cstdint>
 #include <deque>
+#include <limits>
 #include <mutex>
 #include <stdexcept>
 #include <thread>
 
 #include <pthread.h>
+
+// The stack's timers, the first to expire at the head. The stack offers it and has forgotten to declare it.
+extern "C" list* tmrl_get(void);
 
 namespace telephone::sip {
 
@@ -28,6 +32,22 @@ std::atomic<bool> loopExists{false};
 // Of the calling thread; there is only one loop.
 thread_local int lockDepth = 0;
 
+// What an unanswered request keeps of a closed user agent lives on for half a minute, perhaps longer than the loop it
+// was made with, and locks whichever loop runs then: so this belongs to no loop object.
+std::atomic<std::thread::id> loopThread{};
+
+constexpr std::uint64_t kNoTimer = std::numeric_limits<std::uint64_t>::max();
+
+// When the first timer expires. Lock held.
+std::uint64_t firstExpiry()
+{
+    const le* const first = list_head(tmrl_get());
+    return first ? static_cast<const tmr*>(first->data)->jfs : kNoTimer;
+}
+
+// At the outermost lock of a thread other than the loop's. Guarded by the lock.
+std::uint64_t expiryAtLock = kNoTimer;
+
 }  // namespace
 
 struct EventLoop::Impl
@@ -41,7 +61,6 @@ struct EventLoop::Impl
     pthread_mutex_t mutex{};
     mqueue* queue = nullptr;
     std::thread thread;
-    std::atomic<std::thread::id> threadId{};
     std::atomic<bool> wakePending{false};
     std::mutex workMutex;
     std::deque<std::function<void()>> work;
@@ -82,9 +101,9 @@ EventLoop::Impl::~Impl()
 
 void EventLoop::Impl::run()
 {
-    threadId = std::this_thread::get_id();
+    loopThread = std::this_thread::get_id();
     (void)re_main(nullptr);
-    threadId = std::thread::id();
+    loopThread = std::thread::id();
 }
 
 void EventLoop::Impl::wake()
@@ -142,23 +161,33 @@ void EventLoop::stop()
 void EventLoop::lock()
 {
     re_thread_enter();
-    ++lockDepth;
+    noteLocked();
 }
 
 bool EventLoop::try_lock()
 {
     if (pthread_mutex_trylock(&impl_->mutex) != 0)
         return false;
-    ++lockDepth;
+    noteLocked();
     return true;
+}
+
+void EventLoop::noteLocked() const
+{
+    ++lockDepth;
+    if (lockDepth == 1 && !isLoopThread())
+        expiryAtLock = firstExpiry();
 }
 
 void EventLoop::unlock()
 {
     --lockDepth;
     const bool outermost = lockDepth == 0 && !isLoopThread();
+    // The poll waits for the first timer there was; only one that is sooner would be missed. Waking it each time would
+    // cost more than most of what is done under the lock.
+    const bool sooner = outermost && firstExpiry() < expiryAtLock;
     re_thread_leave();
-    if (outermost)
+    if (sooner)
         impl_->wake();
 }
 
@@ -173,7 +202,7 @@ void EventLoop::post(std::function<void()> work)
 
 bool EventLoop::isLoopThread() const
 {
-    return impl_->threadId.load() == std::this_thread::get_id();
+    return loopThread.load() == std::this_thread::get_id();
 }
 
 bool EventLoop::isLockedByCaller() const

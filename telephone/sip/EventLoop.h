@@ -26,8 +26,8 @@ public:
     void start();
     void stop();
 
-    // Recursive, from any thread. The outermost unlock on a thread other than the loop's wakes the poll, so that
-    // timers started under the lock are seen. Named as std::lock_guard and std::unique_lock want them.
+    // Recursive, from any thread. The outermost unlock on a thread other than the loop's wakes the poll where a timer
+    // was started under the lock that is now the first. Named as std::lock_guard and std::unique_lock want them.
     void lock();
     void unlock();
     bool try_lock();
@@ -47,6 +47,8 @@ public:
     Impl& impl() { return *impl_; }
 
 private:
+    void noteLocked() const;
+
     std::unique_ptr<Impl> impl_;
 };
 
