@@ -39,7 +39,7 @@ void ApplicationConnection::handleRequests()
         if (!skipping_)
             checkLength(end - handled_);
         if (!skipping_)
-            handle(input_.substr(handled_, end - handled_));
+            handle(std::string_view(input_).substr(handled_, end - handled_));
         skipping_ = false;
         handled_ = searched_ = end + 1;
     }
@@ -66,7 +66,7 @@ void ApplicationConnection::checkLength(std::size_t length)
     appendError(output_, "the request is longer than " + std::to_string(kLongestRequest) + " bytes; skipped");
 }
 
-void ApplicationConnection::handle(std::string const& request)
+void ApplicationConnection::handle(std::string_view request)
 {
     RequestRunner::Outcome const outcome = runner_.run(*channel_, request);
     if (outcome.answer)

@@ -47,7 +47,8 @@ private:
     [[nodiscard]] bool isFull() const { return waiting() >= kMostOutput; }
     // Handles the requests that are complete, until the answers are more than should wait.
     void handleRequests();
-    void handle(std::string const& request);
+    // The request is part of the input, its end included.
+    void handle(std::string_view request);
     void checkLength(std::size_t length);
     void refuseRest();
     void collectEvents();

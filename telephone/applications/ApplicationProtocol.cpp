@@ -20,10 +20,10 @@ constexpr std::array<Name, 4> kNames{{
     {"error", ApplicationMessageKind::kError},
 }};
 
+// The head with its end of line.
 void append(std::string& output, std::string_view head, std::string_view text)
 {
     output += head;
-    output += '\n';
     // A NUL would end the message early: an application would take the rest for a message of its own.
     output += text.substr(0, text.find(kMessageEnd));
     output += kMessageEnd;
@@ -33,22 +33,22 @@ void append(std::string& output, std::string_view head, std::string_view text)
 
 void appendAnswer(std::string& output, std::string_view text)
 {
-    append(output, "answer", text);
+    append(output, "answer\n", text);
 }
 
 void appendEvent(std::string& output, std::uint64_t number, std::string_view text)
 {
-    append(output, "event " + std::to_string(number), text);
+    append(output, "event " + std::to_string(number) + '\n', text);
 }
 
 void appendFinished(std::string& output)
 {
-    append(output, "finished", {});
+    append(output, "finished\n", {});
 }
 
 void appendError(std::string& output, std::string_view reason)
 {
-    append(output, "error", reason);
+    append(output, "error\n", reason);
 }
 
 std::optional<ApplicationMessage> parseApplicationMessage(std::string_view message)

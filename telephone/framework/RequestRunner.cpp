@@ -45,7 +45,7 @@ RequestRunner::RequestRunner(Executable& service, Invoker& invoker)
     , invoker_(invoker)
 {}
 
-RequestRunner::Outcome RequestRunner::run(Channel const& channel, std::string const& request)
+RequestRunner::Outcome RequestRunner::run(Channel const& channel, std::string_view request)
 {
     if (request.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
         log(kLogFailure, "requests", "a request of {} bytes is refused", request.size());
@@ -54,7 +54,7 @@ RequestRunner::Outcome RequestRunner::run(Channel const& channel, std::string co
     Outcome outcome;
     Response response(channel.name(), outcome);
     try {
-        invoker_.handleMessage(&service_, request.c_str(), static_cast<int>(request.size()), &response);
+        invoker_.handleMessage(&service_, request.data(), static_cast<int>(request.size()), &response);
     } catch (std::exception const& error) {
         log(kLogFailure, "requests", "a request failed: {}", error.what());
         return {kFailure, true};

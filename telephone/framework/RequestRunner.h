@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 class Executable;
 class Invoker;
@@ -23,9 +24,9 @@ public:
 
     RequestRunner(Executable& service, Invoker& invoker);
 
-    // Runs a request on behalf of a channel. Returns when it is done. Never throws: a request that the service cannot
-    // take is answered "sfiFailure", and the log says why.
-    Outcome run(Channel const& channel, std::string const& request);
+    // Runs a request, behind whose text a NUL must stand, on behalf of a channel. Returns when it is done. Never throws:
+    // a request that the service cannot take is answered "sfiFailure", and the log says why.
+    Outcome run(Channel const& channel, std::string_view request);
 
 private:
     Executable& service_;
