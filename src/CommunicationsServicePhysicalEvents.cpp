@@ -66,21 +66,22 @@ constexpr int kButtonGroupProgrammableKeys = 4;
 
 std::vector<PhysDefs::SubscriptionGrp> physicalSubscriptions()
 {
-    return {
-        PhysDefs::KeyGrpButtonEvents(kButtonGroupFixedKeys, PhysDefs::actionPressed),
-        PhysDefs::KeyGrpOther(kOtherGroup, PhysDefs::actionReleased),
-        PhysDefs::ActionGrp(kActionGroup, PhysDefs::actionChanged),
-        PhysDefs::KeyGrpButtonEvents(kButtonGroupProgrammableKeys, PhysDefs::actionPressed),
-    };
+    std::vector<PhysDefs::SubscriptionGrp> groups;
+    groups.emplace_back(PhysDefs::KeyGrpButtonEvents(kButtonGroupFixedKeys, PhysDefs::actionPressed));
+    groups.emplace_back(PhysDefs::KeyGrpOther(kOtherGroup, PhysDefs::actionReleased));
+    groups.emplace_back(PhysDefs::ActionGrp(kActionGroup, PhysDefs::actionChanged));
+    groups.emplace_back(PhysDefs::KeyGrpButtonEvents(kButtonGroupProgrammableKeys, PhysDefs::actionPressed));
+    return groups;
 }
 
 std::vector<PhysDefs::SubscriptionGrp> functionalSubscriptions()
 {
-    return {
-        PhysDefs::FunctionalEventSubscription(PhysDefs::keyFunctionDoNotDisturb, PhysDefs::actionAny),
-        PhysDefs::FunctionalEventSubscription(PhysDefs::keyFunctionMessages, PhysDefs::actionAny),
-        PhysDefs::FunctionalEventSubscription(PhysDefs::keyFunctionForwarding, PhysDefs::actionAny),
-    };
+    std::vector<PhysDefs::SubscriptionGrp> functions;
+    for (auto const function :
+         {PhysDefs::keyFunctionDoNotDisturb, PhysDefs::keyFunctionMessages, PhysDefs::keyFunctionForwarding}) {
+        functions.emplace_back(PhysDefs::FunctionalEventSubscription(function, PhysDefs::actionAny));
+    }
+    return functions;
 }
 
 }  // namespace
