@@ -8,13 +8,8 @@
 #include "lines/LineData.h"
 #include "lines/Utility.h"
 #include "management/SIPConfigManager.h"
-#include "recording/MediaRecordingService.h"
 #include "recording/RecordingConfigManager.h"
 #include "sfi/SfiConfiguration.h"
-#include "team/DirectedPickupHandler.h"
-#include "team/FeatureToggle.h"
-#include "team/TeamServiceFeatures.h"
-#include "team/TeamServiceKeyset.h"
 
 namespace {
 
@@ -179,31 +174,6 @@ CSfi* CSfi::GetInstance()
 LineManager* LineManager::Instance()
 {
     return &stub_platform::lines();
-}
-
-TeamServiceKeyset* TeamServiceKeyset::Instance()
-{
-    return nullptr;
-}
-
-TeamServiceFeatures* TeamServiceFeatures::Instance()
-{
-    return nullptr;
-}
-
-DirectedPickupHandler* DirectedPickupHandler::Instance()
-{
-    return nullptr;
-}
-
-FeatureToggle* FeatureToggle::Instance()
-{
-    return nullptr;
-}
-
-MediaRecordingService* MediaRecordingService::GetInstance()
-{
-    return nullptr;
 }
 
 bool loggingOnAppUni(char const* /*component*/, int /*level*/)
