@@ -11,6 +11,7 @@ Needs sipp. The environment's TELEPHONE names the program.
 """
 
 import argparse
+import collections
 import subprocess
 import sys
 import tempfile
@@ -19,7 +20,7 @@ import time
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parent.parent / "faults"))
-from harness import CONNECTED, Telephone, element, free_port, peer_lines, request, until  # noqa: E402
+from harness import CONNECTED, OVER, Telephone, element, free_port, peer_lines, request, until  # noqa: E402
 
 FOLDER = Path(__file__).resolve().parent
 LINE = 4711
@@ -44,7 +45,8 @@ class Sipp:
         self.folder = tempfile.TemporaryDirectory(prefix="sipp-")
         self.process = subprocess.Popen(
             ["sipp", "-sf", str(FOLDER / f"{scenario}.xml"), "-i", "127.0.0.1", "-p", str(port), "-nostdin", "-trace_err", "-trace_stat",
-             "-stf", "stat.csv", "-fd", "1", *options],
+             "-stf", "stat.csv", "-fd", "1", "-watchdog_interval", "0",
+             *options],
             cwd=self.folder.name, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
     def __enter__(self):
@@ -67,11 +69,13 @@ class Sipp:
 
 
 class Answering(threading.Thread):
-    """An application that answers every call that comes, on a thread of its own."""
+    """An application that answers the calls that come, one after another: the next when the one before is over."""
 
     def __init__(self, telephone):
         super().__init__(daemon=True)
         self.application = telephone.application()
+        self.waiting = collections.deque()
+        self.active = None
         self.stopping = False
         self.start()
 
@@ -80,11 +84,23 @@ class Answering(threading.Thread):
             while not self.stopping:
                 message = self.application.message(0.2)
                 self.application.events.clear()
-                if message and message[0] == "event" and "<Method>IncomingCallEvent" in message[1]:
-                    self.application.send(request("AnswerCall", Line=element(message[1], "LineID"),
-                                                  CallID=element(message[1], "CallID")))
+                if message and message[0] == "event":
+                    self.hear(message[1])
         except OSError:
             pass
+
+    def hear(self, event):
+        call = element(event, "CallID")
+        if "<Method>IncomingCallEvent" in event:
+            self.waiting.append((element(event, "LineID"), call))
+        elif "<Method>CallStateChangeEvent" in event and int(element(event, "CallState")) in OVER:
+            if call == self.active:
+                self.active = None
+            else:
+                self.waiting = collections.deque(each for each in self.waiting if each[1] != call)
+        if self.active is None and self.waiting:
+            line, self.active = self.waiting.popleft()
+            self.application.send(request("AnswerCall", Line=line, CallID=self.active))
 
     def stop(self):
         self.stopping = True
@@ -96,30 +112,32 @@ def settle(application, telephone):
     until(lambda: not application.message(0.5), 60, "events do not end")
 
 
-def highest_rate(report, seconds):
-    """Calls that come in are answered and ended; the rate doubles until one fails, then the last one that held counts."""
-    held = 0
-    rate = 10
-    while rate <= 2560:
-        with Telephone(peer_lines(1) + "[calls]\nmaximum = 1000\n", level=0) as telephone:
-            answering = Answering(telephone)
-            calls = rate * seconds
-            with Sipp("uac", free_port(), "-s", str(LINE), "-r", str(rate), "-m", str(calls), "-l", "900",
-                      "-timeout", str(seconds + 40), f"127.0.0.1:{telephone.sip_port}") as sipp:
-                try:
-                    status = sipp.wait(seconds + 60)
-                except subprocess.TimeoutExpired:
-                    status = -1
-            answering.stop()
-            alive = telephone.process.poll() is None
-        if not alive:
+def holds_rate(report, rate, seconds):
+    """Whether that many calls a second come in, are answered and ended for so long, and none fails."""
+    with Telephone(peer_lines(1) + "[calls]\nmaximum = 1000\n", level=0) as telephone:
+        answering = Answering(telephone)
+        with Sipp("uac", free_port(), "-s", str(LINE), "-r", str(rate), "-m", str(rate * seconds), "-l", "100000",
+                  "-timeout", str(seconds + 5), f"127.0.0.1:{telephone.sip_port}") as sipp:
+            try:
+                sipp.wait(seconds + 20)
+                successful, failed = sipp.numbers()
+            except subprocess.TimeoutExpired:
+                successful, failed = 0, 0
+        answering.stop()
+        if telephone.process.poll() is not None:
             report.say(f"{rate} calls a second", "the telephone ended", False)
-            return
-        if status != 0:
-            break
-        held = rate
+    return failed == 0 and successful == rate * seconds
+
+
+def highest_rate(report, seconds):
+    """The rate doubles in short trials until a call fails, and then falls until it is held for the whole time."""
+    trial = min(seconds, 5)
+    rate = 20
+    while rate <= 2560 and holds_rate(report, rate * 2, trial):
         rate *= 2
-    report.say(f"highest rate held for {seconds} s with no failed call (doubling from 10)", f"{held} calls/s")
+    while rate > 1 and not holds_rate(report, rate, seconds):
+        rate = rate * 3 // 4
+    report.say(f"highest rate held for {seconds} s with no failed call", f"{rate} calls/s")
 
 
 def make_calls(application, destination, first, count, clear=True):
