@@ -11,15 +11,27 @@ set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
+# A clone finds in the cache what another one compiled: paths inside the tree count relative to it.
 find_program(CCACHE ccache)
 if(CCACHE)
-    set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
-    set(CMAKE_C_COMPILER_LAUNCHER ${CCACHE})
+    set(launcher ${CMAKE_COMMAND} -E env CCACHE_BASEDIR=${CMAKE_SOURCE_DIR} CCACHE_NOHASHDIR=1 ${CCACHE})
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${launcher})
+    set(CMAKE_C_COMPILER_LAUNCHER ${launcher})
 endif()
 
 if(SANITIZE)
     add_compile_options(-fsanitize=${SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${SANITIZE})
+    # It compares addresses of type information that the library's version script keeps inside: each call of a factory
+    # would be a report.
+    if(CMAKE_CXX_COMPILER_ID STREQUAL Clang AND SANITIZE MATCHES undefined)
+        add_compile_options(-fno-sanitize=function)
+    endif()
+endif()
+# What libFuzzer is told about the way an input takes; for src/ and telephone/.
+set(FUZZING_FEEDBACK "")
+if(BUILD_FUZZERS)
+    set(FUZZING_FEEDBACK -fsanitize=fuzzer-no-link)
 endif()
 if(COVERAGE)
     add_compile_options(--coverage -fno-inline)

@@ -17,6 +17,7 @@ from pathlib import Path
 TELEPHONE = os.environ.get("TELEPHONE") or sys.exit("TELEPHONE names no program")
 
 IDLE, REMOTE_RINGING, INCOMING, RINGING, CONNECTED, REMOTELY_HELD, BUSY, FAILED = 0, 3, 4, 5, 6, 8, 13, 14
+REPORT = re.compile("ERROR: (Address|Leak)Sanitizer|WARNING: ThreadSanitizer|runtime error: ")
 OVER = (IDLE, BUSY, FAILED)
 
 
@@ -189,13 +190,20 @@ class Telephone:
     def __exit__(self, kind, error, trace):
         for application in self.applications:
             application.close()
-        if self.process.poll() is None:
+        try:
+            if error is None and self.process.poll() is None:
+                self.end()
+            assert not REPORT.search(self.text()), "a sanitizer reports something"
+        except BaseException as found:
+            error = error or found
+            raise
+        finally:
             self.process.kill()
-        self.process.wait()
-        self.output.close()
-        if error is not None:
-            print(f"--- log of the telephone\n{self.text()[-6000:]}")
-        self.folder.cleanup()
+            self.process.wait()
+            self.output.close()
+            if error is not None:
+                print(f"--- log of the telephone\n{self.text()[-6000:]}")
+            self.folder.cleanup()
 
     def text(self):
         return self.log.read_text(errors="replace")
@@ -228,7 +236,8 @@ class Telephone:
     def end(self):
         """Ends it as its owner does; it must end well and at once."""
         os.kill(self.pid(), signal.SIGTERM)
-        assert self.process.wait(20) == 0, self.text()[-2000:]
+        status = self.process.wait(20)
+        assert status == 0, f"it ended with {status}"
 
 
 SDP = ("v=0\r\no=far 1 {version} IN IP4 127.0.0.1\r\ns=-\r\nc=IN IP4 127.0.0.1\r\nt=0 0\r\n"

@@ -5,18 +5,11 @@ namespace telephone::test {
 
 namespace {
 
-TestPhone::Options phoneWith(const std::string& line)
-{
-    TestPhone::Options options;
-    options.lines = {line};
-    return options;
-}
-
 class TwoPhones : public ::testing::Test
 {
 protected:
-    TestPhone alice_{phoneWith("4711")};
-    TestPhone bob_{phoneWith("4722")};
+    TestPhone alice_{TestPhone::optionsOf("4711")};
+    TestPhone bob_{TestPhone::optionsOf("4722")};
 
     void connect(int callID)
     {

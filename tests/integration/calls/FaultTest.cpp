@@ -35,19 +35,12 @@ private:
     std::uint16_t port_ = 0;
 };
 
-TestPhone::Options phoneWith(const std::string& line)
-{
-    TestPhone::Options options;
-    options.lines = {line};
-    return options;
-}
-
 }  // namespace
 
 TEST(SilentFarEnd, CallToIt_CanBeCleared)
 {
     SilentPort silent;
-    TestPhone alice(phoneWith("4711"));
+    TestPhone alice(TestPhone::optionsOf("4711"));
     ASSERT_EQ(alice.engine().make(1, 0, 1, silent.uri()), sfiSuccess);
 
     ASSERT_EQ(alice.engine().clear(1), sfiSuccess);
@@ -58,8 +51,8 @@ TEST(SilentFarEnd, CallToIt_CanBeCleared)
 
 TEST(DeadFarEnd, ConnectedCall_CanBeCleared)
 {
-    TestPhone alice(phoneWith("4711"));
-    auto bob = std::make_unique<TestPhone>(phoneWith("4722"));
+    TestPhone alice(TestPhone::optionsOf("4711"));
+    auto bob = std::make_unique<TestPhone>(TestPhone::optionsOf("4722"));
     ASSERT_EQ(alice.engine().make(1, 0, 1, bob->uri()), sfiSuccess);
     ASSERT_TRUE(bob->events().waitFor("state 4722 1001 Ringing Normal 4711"));
     ASSERT_EQ(bob->engine().answer(1001), sfiSuccess);
@@ -72,10 +65,10 @@ TEST(DeadFarEnd, ConnectedCall_CanBeCleared)
 
 TEST(NoCommonMedia, CallFromSuchAFarEnd_IsRefusedWith488)
 {
-    TestPhone::Options options = phoneWith("4711");
+    TestPhone::Options options = TestPhone::optionsOf("4711");
     options.engine.agent.codecs = {"PCMU"};
     TestPhone alice(options);
-    options = phoneWith("4722");
+    options = TestPhone::optionsOf("4722");
     options.engine.agent.codecs = {"PCMA"};
     TestPhone bob(options);
 
@@ -87,8 +80,8 @@ TEST(NoCommonMedia, CallFromSuchAFarEnd_IsRefusedWith488)
 
 TEST(UnknownUser, OfAPeer_IsNotFound)
 {
-    TestPhone alice(phoneWith("4711"));
-    TestPhone bob(phoneWith("4722"));
+    TestPhone alice(TestPhone::optionsOf("4711"));
+    TestPhone bob(TestPhone::optionsOf("4722"));
     std::string other = bob.uri();
     other.replace(other.find("4722"), 4, "9999");
 
@@ -100,7 +93,7 @@ TEST(UnknownUser, OfAPeer_IsNotFound)
 
 TEST(CallToOneself, RingsAndIsAnswered)
 {
-    TestPhone alice(phoneWith("4711"));
+    TestPhone alice(TestPhone::optionsOf("4711"));
 
     ASSERT_EQ(alice.engine().make(1, 0, 1, alice.uri()), sfiSuccess);
     ASSERT_TRUE(eventually([&alice] { return alice.engine().alertingCallOnLine(1).has_value(); }));

@@ -5,18 +5,11 @@ namespace telephone::test {
 
 namespace {
 
-TestPhone::Options phoneWith(const std::string& line)
-{
-    TestPhone::Options options;
-    options.lines = {line};
-    return options;
-}
-
 class Refusal : public ::testing::Test
 {
 protected:
-    TestPhone alice_{phoneWith("4711")};
-    TestPhone bob_{phoneWith("4722")};
+    TestPhone alice_{TestPhone::optionsOf("4711")};
+    TestPhone bob_{TestPhone::optionsOf("4722")};
 
     CallEngine& engine() { return alice_.engine(); }
     void TearDown() override { EXPECT_EQ(alice_.events().rest(), std::vector<std::string>{}); }
@@ -123,10 +116,10 @@ TEST_F(Refusal, GroupPickupWithoutANumberForIt)
 
 TEST(CallLimit, IsKeptBothWays)
 {
-    TestPhone::Options options = phoneWith("4711");
+    TestPhone::Options options = TestPhone::optionsOf("4711");
     options.engine.maximumCalls = 1;
     TestPhone alice(options);
-    TestPhone bob(phoneWith("4722"));
+    TestPhone bob(TestPhone::optionsOf("4722"));
     ASSERT_EQ(alice.engine().make(1, 0, 1, bob.uri()), sfiSuccess);
     ASSERT_TRUE(alice.events().waitFor("state 4711 1 RemoteRinging Normal 4722"));
 
@@ -138,8 +131,8 @@ TEST(CallLimit, IsKeptBothWays)
 
 TEST(Inactive, Telephone_TakesAndMakesNoCalls)
 {
-    TestPhone alice(phoneWith("4711"));
-    TestPhone bob(phoneWith("4722"));
+    TestPhone alice(TestPhone::optionsOf("4711"));
+    TestPhone bob(TestPhone::optionsOf("4722"));
     ASSERT_EQ(alice.engine().deactivate(), sfiSuccess);
 
     EXPECT_EQ(alice.engine().make(1, 0, 1, bob.uri()), sfiFailure);
@@ -150,8 +143,8 @@ TEST(Inactive, Telephone_TakesAndMakesNoCalls)
 
 TEST(Deactivate, WithCalls_EndsThem)
 {
-    TestPhone alice(phoneWith("4711"));
-    TestPhone bob(phoneWith("4722"));
+    TestPhone alice(TestPhone::optionsOf("4711"));
+    TestPhone bob(TestPhone::optionsOf("4722"));
     ASSERT_EQ(alice.engine().make(1, 0, 1, bob.uri()), sfiSuccess);
     ASSERT_TRUE(bob.events().waitFor("state 4722 1001 Ringing Normal 4711"));
     ASSERT_EQ(bob.engine().answer(1001), sfiSuccess);
@@ -174,8 +167,8 @@ class RefuseWith : public ::testing::TestWithParam<RefusalCase>
 
 TEST_P(RefuseWith, TellsTheCallerWhy)
 {
-    TestPhone alice(phoneWith("4711"));
-    TestPhone bob(phoneWith("4722"));
+    TestPhone alice(TestPhone::optionsOf("4711"));
+    TestPhone bob(TestPhone::optionsOf("4722"));
     ASSERT_EQ(alice.engine().make(1, 0, 1, bob.uri()), sfiSuccess);
     ASSERT_TRUE(bob.events().waitFor("state 4722 1001 Ringing Normal 4711"));
 

@@ -12,6 +12,13 @@ sip::EventLoop& eventLoop()
     return loop;
 }
 
+TestPhone::Options TestPhone::optionsOf(const std::string& line)
+{
+    Options options;
+    options.lines = {line};
+    return options;
+}
+
 TestPhone::TestPhone(Options options)
     : options_(std::move(options))
 {

@@ -38,6 +38,9 @@ public:
         }
     };
 
+    // A telephone of one line, peer to peer.
+    static Options optionsOf(const std::string& line);
+
     explicit TestPhone(Options options);
     ~TestPhone() override;
 

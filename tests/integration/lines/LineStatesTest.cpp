@@ -4,6 +4,7 @@
 #include <future>
 
 #include "LinesFixture.h"
+#include "ManualWatch.h"
 #include "framework/Executable.h"
 #include "framework/SvcRTEContext.h"
 #include "lines/DssLine.h"
@@ -327,14 +328,6 @@ WatchedParty party(PartyStatus status)
     return watched;
 }
 
-// Gives a test the listeners that lines register.
-class ManualWatch final : public PartyWatch
-{
-public:
-    void watch(std::string const& number, Listener changed) override { listeners[number] = std::move(changed); }
-    std::map<std::string, Listener> listeners;
-};
-
 TEST_F(LineStatesTest, SharedLine_ShowsWhatOtherTelephonesDoOnIt)
 {
     configuration_.lines[1].sharedLineType = LineData::kSharedLine;
@@ -342,7 +335,7 @@ TEST_F(LineStatesTest, SharedLine_ShowsWhatOtherTelephonesDoOnIt)
     ManualWatch watch;
     lines_->watchParties(watch);
     ASSERT_EQ(watch.listeners.size(), 1U);
-    auto& notice = watch.listeners.at("4712");
+    auto const notice = [&watch](WatchedParty const& party) { watch.tell("4712", party); };
 
     notice(party(PartyStatus::kRinging));
     EXPECT_EQ(stateOf("4712"), eLineStateRingingElsewhere);
@@ -363,7 +356,7 @@ TEST_F(LineStatesTest, CallHeldElsewhere_IsTakenBackByItsDialog)
     lines_->watchParties(watch);
     EXPECT_EQ(lines_->getLine("4712")->retrieve(), sfiFailure);
 
-    watch.listeners.at("4712")(party(PartyStatus::kHolding));
+    watch.tell("4712", party(PartyStatus::kHolding));
     EXPECT_EQ(lines_->getLine("4712")->retrieve(), sfiSuccess);
     EXPECT_THAT(calls_.takeAsked(), ElementsAre("take over 4712 1001 sip:caller@127.0.0.1:5090"));
 }
@@ -374,7 +367,7 @@ TEST_F(LineStatesTest, LineInUseElsewhere_IsNotSeized)
     build();
     ManualWatch watch;
     lines_->watchParties(watch);
-    watch.listeners.at("4712")(party(PartyStatus::kBusy));
+    watch.tell("4712", party(PartyStatus::kBusy));
 
     std::lock_guard const lock(calls_);
     EXPECT_FALSE(lines_->seize(*lines_->find("4712"), eLineStateSelected));
@@ -389,7 +382,7 @@ TEST_F(LineStatesTest, NoticesOfASharedLine_AreOwnCallsWhileThereIsOneHere)
     ManualWatch watch;
     lines_->watchParties(watch);
     change(2, 5, sfiCallStateHeld);
-    watch.listeners.at("4712")(party(PartyStatus::kBusy));
+    watch.tell("4712", party(PartyStatus::kBusy));
 
     EXPECT_EQ(stateOf("4712"), eLineStateHold);
 }
@@ -400,7 +393,7 @@ TEST_F(LineStatesTest, DirectStationLine_IsStateSixWhileItsPartyIsInACall)
     build();
     ManualWatch watch;
     lines_->watchParties(watch);
-    watch.listeners.at("102")(party(PartyStatus::kBusy));
+    watch.tell("102", party(PartyStatus::kBusy));
 
     EXPECT_EQ(stateOf("102"), 6);
     EXPECT_EQ(lines_->getLine("102")->getLastNotifyRemoteURI(), "sip:caller@127.0.0.1");

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include "KeysFixture.h"
+#include "ManualWatch.h"
 #include "physical/AuditoryDeviceIfc.h"
 #include "sfi/SfiTypes.h"
 #include "team/FeatureToggles.h"
@@ -17,24 +18,6 @@ using testing::_;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Return;
-
-class ManualWatch final : public PartyWatch
-{
-public:
-    void watch(std::string const& number, Listener changed) override
-    {
-        listeners[number].push_back(std::move(changed));
-    }
-    void tell(std::string const& number, PartyStatus status)
-    {
-        WatchedParty party;
-        party.status = status;
-        for (auto const& listener : listeners[number]) {
-            listener(party);
-        }
-    }
-    std::map<std::string, std::vector<Listener>> listeners;
-};
 
 class Bell final : public AuditoryDeviceIfc
 {

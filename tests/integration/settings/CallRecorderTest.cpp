@@ -11,8 +11,8 @@
 #include <map>
 
 #include "EventLog.h"
+#include "ManagementDoubles.h"
 #include "StoreFixture.h"
-#include "framework/SvcRTEContext.h"
 #include "management/LocalManagement.h"
 #include "management/ManageableData.h"
 #include "management/MgmtAgentIfc.h"
@@ -81,21 +81,6 @@ private:
     mutable std::recursive_mutex lock_;
     std::vector<CallSnapshot> calls_;
     std::map<int, AudioTap*> taps_;
-};
-
-class ContextWith : public SvcRTEContext
-{
-public:
-    explicit ContextWith(Executable* management)
-        : management_(management)
-    {}
-    Executable* findExecutable(std::string const& name) override
-    {
-        return name == "LocalMgmtIfc" ? management_ : nullptr;
-    }
-
-private:
-    Executable* management_;
 };
 
 class CallRecorderTest : public StoreFixture
@@ -333,10 +318,10 @@ TEST_F(CallRecorderTest, RecordingForbiddenBySetting_IsRefusedAndEnded)
 }
 
 // Hands notices on to the recorder, as the service does.
-class Agent : public MgmtAgentIfc
+class TellingAgent : public MgmtAgentIfc
 {
 public:
-    explicit Agent(CallRecorder& recorder)
+    explicit TellingAgent(CallRecorder& recorder)
         : recorder_(recorder)
     {}
     int setData(ManageableData&) override { return 0; }
@@ -355,7 +340,7 @@ TEST_F(CallRecorderTest, InitialisedRecorder_HearsOfItsSettingThroughTheAgent)
     ContextWith context(&management);
     calls.add(7, "4711", sfiCallStateConnected);
     auto const recorder = makeRecorder();
-    Agent agent(*recorder);
+    TellingAgent agent(*recorder);
     recorder->init(context, nullptr, &agent, new RecordingConfigManager(&context));
     ASSERT_TRUE(recorder->activateRecording("4711"));
 

@@ -3,8 +3,8 @@
 
 #include <algorithm>
 
+#include "ManagementDoubles.h"
 #include "StoreFixture.h"
-#include "framework/SvcRTEContext.h"
 #include "management/ManageableData.h"
 #include "management/MgmtAgentIfc.h"
 #include "management/QoraTags.h"
@@ -15,23 +15,11 @@ namespace {
 
 using Items = std::vector<Settings::Item>;
 
-ManageableData dataOf(Items const& items)
-{
-    ManageableData data;
-    for (auto const& [key, value] : items) {
-        DataNode node;
-        node.setValue(value.c_str());
-        data.setRootId(key, nullptr);
-        data.populate(key, node);
-    }
-    return data;
-}
-
 // As the service: filters what it is handed and gives it to the call control, which stores it.
-class Agent : public MgmtAgentIfc
+class FilteringAgent : public MgmtAgentIfc
 {
 public:
-    explicit Agent(Settings& settings)
+    explicit FilteringAgent(Settings& settings)
         : settings_(settings)
     {}
 
@@ -59,27 +47,12 @@ private:
     Settings& settings_;
 };
 
-class ContextWith : public SvcRTEContext
-{
-public:
-    explicit ContextWith(Executable* management)
-        : management_(management)
-    {}
-    Executable* findExecutable(std::string const& name) override
-    {
-        return name == "LocalMgmtIfc" ? management_ : nullptr;
-    }
-
-private:
-    Executable* management_;
-};
-
 class LocalManagementTest : public StoreFixture
 {
 protected:
     std::unique_ptr<Settings> const settings = open();
     LocalManagement management{*settings};
-    Agent agent{*settings};
+    FilteringAgent agent{*settings};
     ContextWith context{&management};
 };
 

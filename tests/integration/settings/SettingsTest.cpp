@@ -314,18 +314,6 @@ TEST_F(SettingsTest, Reset_TakesBackTheUsersSettingsAndKeepsTheAdministrators)
     EXPECT_EQ(heard, (Keys{"cfu-activated", "cfu-address"}));
 }
 
-ManageableData dataOf(std::vector<Settings::Item> const& items)
-{
-    ManageableData data;
-    for (auto const& [key, value] : items) {
-        DataNode node;
-        node.setValue(value.c_str());
-        data.setRootId(key, nullptr);
-        data.populate(key, node);
-    }
-    return data;
-}
-
 TEST_F(SettingsTest, ManagementDataHandedOver_IsStored)
 {
     auto data = dataOf({{"cfu-address", "100"}, {"cfu-activated", "true"}});

@@ -27,8 +27,9 @@ const char* nameOf(sip::CloseCause cause)
 
 TestPhone::TestPhone(sip::EventLoop& eventLoop, std::string number, sip::UserAgentConfig config)
     : loop(eventLoop)
-    , agent(std::make_unique<sip::UserAgent>(eventLoop, std::move(config), *this))
 {
+    const std::lock_guard guard(loop);  // requests come as soon as there is an agent
+    agent = std::make_unique<sip::UserAgent>(eventLoop, std::move(config), *this);
     account.user = std::move(number);
     account.domain = agent->hostPort();
     whenCalled = [](TestPhone&, sip::Session& session) {

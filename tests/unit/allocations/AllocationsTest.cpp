@@ -78,10 +78,10 @@ void failEachAllocationOf(std::function<void()> const& work)
         } catch (std::bad_alloc const&) {
             failed = true;
         }
-        auto const made = Allocations::stop();
+        auto const count = Allocations::stop();
         auto const open = Allocations::open();
         ASSERT_EQ(open, 0) << "with allocation " << n << " failing";
-        ASSERT_EQ(failed, made >= n) << "with allocation " << n << " failing";
+        ASSERT_EQ(failed, count >= n) << "with allocation " << n << " failing";
         if (!failed) {
             return;
         }

@@ -13,7 +13,7 @@ EventPattern pattern(std::string const& text)
     return EventPattern(splitWords(text), 0);
 }
 
-std::string refusalOf(std::string const& text)
+std::string refusalOfPattern(std::string const& text)
 {
     try {
         pattern(text);
@@ -67,9 +67,9 @@ TEST(EventPattern, Line_NamesTheLineOfAnyEvent)
 
 TEST(EventPattern, UnknownNames_AreRefusedWithWhatThereIs)
 {
-    EXPECT_EQ(refusalOf("CallHoldEvent"), "no event CallHoldEvent (did you mean CallHeldEvent?)");
-    EXPECT_EQ(refusalOf("CallHeldEvent State=1"), "CallHeldEvent has no State; it has LineID, CallID");
-    EXPECT_EQ(refusalOf("CallHeldEvent 1"), "\"1\" is not understood: write Tag=value, or within SECONDS");
-    EXPECT_EQ(refusalOf(""), "the name of an event is missing");
-    EXPECT_EQ(refusalOf("csCommunicationsServiceEvent").substr(0, 8), "no event");
+    EXPECT_EQ(refusalOfPattern("CallHoldEvent"), "no event CallHoldEvent (did you mean CallHeldEvent?)");
+    EXPECT_EQ(refusalOfPattern("CallHeldEvent State=1"), "CallHeldEvent has no State; it has LineID, CallID");
+    EXPECT_EQ(refusalOfPattern("CallHeldEvent 1"), "\"1\" is not understood: write Tag=value, or within SECONDS");
+    EXPECT_EQ(refusalOfPattern(""), "the name of an event is missing");
+    EXPECT_EQ(refusalOfPattern("csCommunicationsServiceEvent").substr(0, 8), "no event");
 }

@@ -13,7 +13,7 @@ std::string textOf(std::string const& line)
     return requestText(splitWords(line));
 }
 
-std::string refusalOf(std::string const& line)
+std::string refusalOfRequest(std::string const& line)
 {
     try {
         return "accepted: " + textOf(line);
@@ -54,24 +54,24 @@ TEST(RequestText, ShortForm_BodyFollowsTheElementsAsItStands)
 
 TEST(RequestText, UnknownRequest_IsRefused)
 {
-    EXPECT_EQ(refusalOf("HoldTheCall"), "no request HoldTheCall");
+    EXPECT_EQ(refusalOfRequest("HoldTheCall"), "no request HoldTheCall");
 }
 
 TEST(RequestText, UnknownParameter_IsRefusedWithTheNearest)
 {
-    EXPECT_EQ(refusalOf("HoldCall Lin=4711"),
+    EXPECT_EQ(refusalOfRequest("HoldCall Lin=4711"),
               "HoldCall has no parameter Lin (did you mean Line?); it has Line, CallID, HoldCallReason, Manual");
-    EXPECT_EQ(refusalOf("GetDevices Line=4711"), "GetDevices has no parameter Line; it has none");
+    EXPECT_EQ(refusalOfRequest("GetDevices Line=4711"), "GetDevices has no parameter Line; it has none");
 }
 
 TEST(RequestText, WordThatIsNoParameter_IsRefused)
 {
-    EXPECT_EQ(refusalOf("HoldCall 4711"), "\"4711\" is no parameter: write it as Name=value");
+    EXPECT_EQ(refusalOfRequest("HoldCall 4711"), "\"4711\" is no parameter: write it as Name=value");
 }
 
 TEST(RequestText, ValueWithItsOwnEnd_IsRefused)
 {
-    EXPECT_EQ(refusalOf("HoldCall Line=a</Line>b"), "the value of Line cannot hold </Line>, which would end it");
+    EXPECT_EQ(refusalOfRequest("HoldCall Line=a</Line>b"), "the value of Line cannot hold </Line>, which would end it");
 }
 
 TEST(RequestText, IsRequestText_ElementsAndSignallingEvents)

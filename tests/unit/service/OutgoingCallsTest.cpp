@@ -5,7 +5,7 @@ namespace {
 
 using testing::ElementsAreArray;
 
-constexpr auto kAnyResult = sfiFailureCallBackAllreadyExists;
+constexpr auto kAnyOutcome = sfiFailureCallBackAllreadyExists;
 
 class OutgoingCallsTest : public CallsTest
 {
@@ -40,9 +40,9 @@ TEST_F(OutgoingCallsTest, OutgoingCallMake_PassesItsFlagsInOrderWithoutTheLock)
         expectRecordBuilt(7);
         EXPECT_CALL(
             sfi_, CallMake(Pointee(IsRecord(17, 4, 7, 2)), "4712", 1, 0, flags.first, flags.second, flags.third, false))
-            .WillOnce(Return(kAnyResult));
+            .WillOnce(Return(kAnyOutcome));
 
-        EXPECT_EQ(service_->outgoingCallMake("4711", 7, "4712", flags.first, flags.second, flags.third), kAnyResult);
+        EXPECT_EQ(service_->outgoingCallMake("4711", 7, "4712", flags.first, flags.second, flags.third), kAnyOutcome);
     }
 
     EXPECT_EQ(log_.texts().front(), "5 outgoingCallMake (callID = 7, Destination = 4712)");
@@ -134,9 +134,9 @@ TEST_F(OutgoingCallsTest, ConsultationCall_AsksNeitherPermissionNorReservation)
         expectNumberAsked("4712", emergency ? "true" : "false");
         expectRecordBuilt(7);
         EXPECT_CALL(sfi_, CallMake(Pointee(IsRecord(17, 4, 7, 2)), "4712", 1, 0, false, false, false, emergency))
-            .WillOnce(Return(kAnyResult));
+            .WillOnce(Return(kAnyOutcome));
 
-        EXPECT_EQ(service_->consultationCall("4711", 7, "4712"), kAnyResult);
+        EXPECT_EQ(service_->consultationCall("4711", 7, "4712"), kAnyOutcome);
     }
 
     EXPECT_EQ(log_.texts().front(), "5 consultationCall (consulationCallID = 7, Destination = 4712)");
@@ -150,11 +150,11 @@ TEST_F(OutgoingCallsTest, DirectedPickupCall_OnAPickupServer_IsForTheHandler)
     expectNumberAsked("4712", "true");
     expectLocked();
     EXPECT_CALL(pickup_, directedPickupRequest(Pointee(IsRecord(17, 4, 7, 2)), Eq("4712")))
-        .WillOnce(DoAll(SetArgReferee<1>("written over"), Return(kAnyResult)));
+        .WillOnce(DoAll(SetArgReferee<1>("written over"), Return(kAnyOutcome)));
     expectUnlocked();
     std::string const target = "4712";
 
-    EXPECT_EQ(service_->directedPickupCall("4711", 7, target, false), kAnyResult);
+    EXPECT_EQ(service_->directedPickupCall("4711", 7, target, false), kAnyOutcome);
 
     EXPECT_EQ(target, "4712");
     EXPECT_THAT(log_.texts(),
@@ -170,9 +170,9 @@ TEST_F(OutgoingCallsTest, DirectedPickupCall_OnAnotherServer_CallsThePickupNumbe
         InSequence order;
         expectRecordBuilt(7);
         EXPECT_CALL(sfi_, CallMake(Pointee(IsRecord(17, 4, 7, 2)), "*84712", 1, 0, false, false, false, false))
-            .WillOnce(Return(kAnyResult));
+            .WillOnce(Return(kAnyOutcome));
 
-        EXPECT_EQ(service_->directedPickupCall("4711", 7, "4712", false), kAnyResult);
+        EXPECT_EQ(service_->directedPickupCall("4711", 7, "4712", false), kAnyOutcome);
     }
 }
 
@@ -208,10 +208,10 @@ TEST_F(OutgoingCallsTest, DirectedPickupCall_FromABusyLampField_IsForTheFeatures
         expectNumberAsked("4712", "false");
         expectLocked();
         EXPECT_CALL(features_, BLFPickupRequest(Pointee(IsRecord(17, 4, 7, 2)), Eq("4712")))
-            .WillOnce(Return(kAnyResult));
+            .WillOnce(Return(kAnyOutcome));
         expectUnlocked();
 
-        EXPECT_EQ(service_->directedPickupCall("4711", 7, "4712", true), kAnyResult);
+        EXPECT_EQ(service_->directedPickupCall("4711", 7, "4712", true), kAnyOutcome);
     }
 
     EXPECT_EQ(log_.texts().front(),

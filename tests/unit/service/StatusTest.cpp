@@ -3,7 +3,7 @@
 
 namespace {
 
-constexpr auto kAnyResult = sfiFailureCallBackToMany;
+constexpr auto kAnyStatusResult = sfiFailureCallBackToMany;
 
 class StatusTest : public ServiceTest
 {
@@ -19,9 +19,9 @@ protected:
 
 TEST_F(StatusTest, SetServiceState_PassesTheState)
 {
-    EXPECT_CALL(sfi_, SetServiceState(sfiServiceDoNotDisturb)).WillOnce(Return(kAnyResult));
+    EXPECT_CALL(sfi_, SetServiceState(sfiServiceDoNotDisturb)).WillOnce(Return(kAnyStatusResult));
 
-    EXPECT_EQ(service_->setServiceState(sfiServiceDoNotDisturb), kAnyResult);
+    EXPECT_EQ(service_->setServiceState(sfiServiceDoNotDisturb), kAnyStatusResult);
 
     EXPECT_THAT(log_.texts(), ElementsAre("5 setServiceState (state = 2)"));
 }
@@ -30,9 +30,9 @@ TEST_F(StatusTest, GetServiceState_FillsTheCallersState)
 {
     sfiServiceState state = sfiServiceInService;
     EXPECT_CALL(sfi_, GetServiceState(Ref(state)))
-        .WillOnce(DoAll(SetArgReferee<0>(sfiServiceOutOfService), Return(kAnyResult)));
+        .WillOnce(DoAll(SetArgReferee<0>(sfiServiceOutOfService), Return(kAnyStatusResult)));
 
-    EXPECT_EQ(service_->getServiceState(state), kAnyResult);
+    EXPECT_EQ(service_->getServiceState(state), kAnyStatusResult);
 
     EXPECT_EQ(state, 1);
     EXPECT_THAT(log_.texts(), ElementsAre("5 getServiceState"));
@@ -40,10 +40,10 @@ TEST_F(StatusTest, GetServiceState_FillsTheCallersState)
 
 TEST_F(StatusTest, SetMicrophoneMute_PassesTheFlag)
 {
-    EXPECT_CALL(sfi_, SetMicrophoneMute(true)).WillOnce(Return(kAnyResult));
+    EXPECT_CALL(sfi_, SetMicrophoneMute(true)).WillOnce(Return(kAnyStatusResult));
     EXPECT_CALL(sfi_, SetMicrophoneMute(false)).WillOnce(Return(sfiSuccess));
 
-    EXPECT_EQ(service_->setMicrophoneMute(true), kAnyResult);
+    EXPECT_EQ(service_->setMicrophoneMute(true), kAnyStatusResult);
     EXPECT_EQ(service_->setMicrophoneMute(false), 5);
 
     EXPECT_THAT(log_.texts(), ElementsAre("5 setMicrophoneMute (1)", "5 setMicrophoneMute (0)"));
@@ -52,9 +52,9 @@ TEST_F(StatusTest, SetMicrophoneMute_PassesTheFlag)
 TEST_F(StatusTest, GetMicrophoneMute_FillsTheCallersFlag)
 {
     bool mute = false;
-    EXPECT_CALL(sfi_, GetMicrophoneMute(Ref(mute))).WillOnce(DoAll(SetArgReferee<0>(true), Return(kAnyResult)));
+    EXPECT_CALL(sfi_, GetMicrophoneMute(Ref(mute))).WillOnce(DoAll(SetArgReferee<0>(true), Return(kAnyStatusResult)));
 
-    EXPECT_EQ(service_->getMicrophoneMute(mute), kAnyResult);
+    EXPECT_EQ(service_->getMicrophoneMute(mute), kAnyStatusResult);
 
     EXPECT_TRUE(mute);
     EXPECT_THAT(log_.texts(), ElementsAre("5 getMicrophoneMute"));
@@ -63,9 +63,9 @@ TEST_F(StatusTest, GetMicrophoneMute_FillsTheCallersFlag)
 TEST_F(StatusTest, GetDoNotDisturb_AsksForThePhoneWhateverTheLine)
 {
     bool on = true;
-    EXPECT_CALL(sfi_, GetDoNotDisturb(0, Ref(on))).WillOnce(Return(kAnyResult));
+    EXPECT_CALL(sfi_, GetDoNotDisturb(0, Ref(on))).WillOnce(Return(kAnyStatusResult));
 
-    EXPECT_EQ(service_->getDoNotDisturb("4711", on), kAnyResult);
+    EXPECT_EQ(service_->getDoNotDisturb("4711", on), kAnyStatusResult);
 
     EXPECT_TRUE(on);
     EXPECT_THAT(log_.texts(), ElementsAre("5 getDoNotDisturb(4711)"));
@@ -73,9 +73,9 @@ TEST_F(StatusTest, GetDoNotDisturb_AsksForThePhoneWhateverTheLine)
 
 TEST_F(StatusTest, SendCSTARequest_PassesLineAndBody)
 {
-    EXPECT_CALL(sfi_, SendCSTARequest("4711", "<body/>")).WillOnce(Return(kAnyResult));
+    EXPECT_CALL(sfi_, SendCSTARequest("4711", "<body/>")).WillOnce(Return(kAnyStatusResult));
 
-    EXPECT_EQ(service_->SendCSTARequest("4711", "<body/>"), kAnyResult);
+    EXPECT_EQ(service_->SendCSTARequest("4711", "<body/>"), kAnyStatusResult);
 
     EXPECT_THAT(log_.texts(), ElementsAre("5 SendCSTARequest"));
 }
@@ -84,19 +84,19 @@ TEST_F(StatusTest, SendUACSTAServerMessage_PassesTheBodyOnly)
 {
     std::string line = "4711";
     std::string body = "<body/>";
-    EXPECT_CALL(sfi_, SendUACSTAServerMessage(Ref(body))).WillOnce(Return(kAnyResult));
+    EXPECT_CALL(sfi_, SendUACSTAServerMessage(Ref(body))).WillOnce(Return(kAnyStatusResult));
 
-    EXPECT_EQ(service_->sendUACSTAServerMessage(line, body), kAnyResult);
+    EXPECT_EQ(service_->sendUACSTAServerMessage(line, body), kAnyStatusResult);
 
     EXPECT_THAT(log_.texts(), ElementsAre("5 sendUACSTServerMesage"));
 }
 
 TEST_F(StatusTest, InitializeOrFinalizeServerFeatures_PassesLineAndFlag)
 {
-    EXPECT_CALL(sfi_, InitializeOrFinalizeServerFeatures("4711", true)).WillOnce(Return(kAnyResult));
+    EXPECT_CALL(sfi_, InitializeOrFinalizeServerFeatures("4711", true)).WillOnce(Return(kAnyStatusResult));
     EXPECT_CALL(sfi_, InitializeOrFinalizeServerFeatures("4711", false)).WillOnce(Return(sfiSuccess));
 
-    EXPECT_EQ(service_->InitializeOrFinalizeServerFeatures("4711", true), kAnyResult);
+    EXPECT_EQ(service_->InitializeOrFinalizeServerFeatures("4711", true), kAnyStatusResult);
     EXPECT_EQ(service_->InitializeOrFinalizeServerFeatures("4711", false), 5);
 
     EXPECT_THAT(log_.texts(),
