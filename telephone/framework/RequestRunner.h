@@ -24,8 +24,8 @@ public:
 
     RequestRunner(Executable& service, Invoker& invoker);
 
-    // Runs a request, behind whose text a NUL must stand, on behalf of a channel. Returns when it is done. Never throws:
-    // a request that the service cannot take is answered "sfiFailure", and the log says why.
+    // Runs a request, behind whose text a NUL must stand, on behalf of a channel. Returns when it is done. Never
+    // throws: a request that the service cannot take is answered "sfiFailure", and the log says why.
     Outcome run(Channel const& channel, std::string_view request);
 
 private:

@@ -62,7 +62,6 @@ void CallEngine::setServiceState(sfiServiceState state)
 
 sfiServiceState CallEngine::serviceState() const
 {
-    const Guard guard(impl_->loop_);
     return impl_->serviceState_;
 }
 

@@ -16,6 +16,7 @@
 #include "sip/EventLoop.h"
 #include "sip/Timer.h"
 
+#include <atomic>
 #include <deque>
 #include <map>
 #include <memory>
@@ -167,7 +168,7 @@ struct CallEngine::Impl final : CallHost, sip::UserAgentObserver
     bool active_ = false;
     bool muted_ = false;
     bool associatedCalls_ = false;
-    sfiServiceState serviceState_ = sfiServiceInService;
+    std::atomic<sfiServiceState> serviceState_{sfiServiceInService};  // changed under the lock, read without
     std::map<int, EndedCall> endedCalls_;                   // by call id
     std::deque<int> endedOrder_;                            // the latest at the end
     std::map<int, std::unique_ptr<PickupSearch>> pickups_;  // by call id

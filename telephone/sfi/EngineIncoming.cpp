@@ -161,12 +161,13 @@ void CallEngine::Impl::offer(std::unique_ptr<sip::Session> session, const LineAc
         isInternal(session->invitation().caller(), line) ? sfiCallTypeInternal : sfiCallTypeExternal;
     const auto current = std::find_if(calls_.begin(), calls_.end(),
                                       [&line](const auto& call) { return call->line().lineNumber == line.lineNumber; });
-    const std::optional<int> currentID = current == calls_.end() ? std::nullopt : std::optional((*current)->id());
+    const bool isAssociated = associatedCalls_ && current != calls_.end();
+    const int currentID = isAssociated ? (*current)->id() : 0;
     Call& call = add(newCall(callID, place, true));
     call.offer(std::move(session), type);
-    if (associatedCalls_ && currentID) {
-        post([lineURI = place.lineURI, current = *currentID, callID](CommunicationsServiceEventIfc& event) {
-            event.incomingAssociatedCall(lineURI, current, callID);
+    if (isAssociated) {
+        post([lineURI = place.lineURI, currentID, callID](CommunicationsServiceEventIfc& event) {
+            event.incomingAssociatedCall(lineURI, currentID, callID);
         });
     }
     armNoReply(call, line);

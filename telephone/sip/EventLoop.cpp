@@ -1,21 +1,17 @@
 #include "EventLoop.h"
 
 #include "Stack.h"
+#include "StackTimers.h"
 
 #include <algorithm>
 #include <atomic>
-#include <chrono>
 #include <cstdint>
 #include <deque>
-#include <limits>
 #include <mutex>
 #include <stdexcept>
 #include <thread>
 
 #include <pthread.h>
-
-// The stack's timers, the first to expire at the head. The stack offers it and has forgotten to declare it.
-extern "C" list* tmrl_get(void);
 
 namespace telephone::sip {
 
@@ -35,15 +31,6 @@ thread_local int lockDepth = 0;
 // What an unanswered request keeps of a closed user agent lives on for half a minute, perhaps longer than the loop it
 // was made with, and locks whichever loop runs then: so this belongs to no loop object.
 std::atomic<std::thread::id> loopThread{};
-
-constexpr std::uint64_t kNoTimer = std::numeric_limits<std::uint64_t>::max();
-
-// When the first timer expires. Lock held.
-std::uint64_t firstExpiry()
-{
-    const le* const first = list_head(tmrl_get());
-    return first ? static_cast<const tmr*>(first->data)->jfs : kNoTimer;
-}
 
 // At the outermost lock of a thread other than the loop's. Guarded by the lock.
 std::uint64_t expiryAtLock = kNoTimer;
@@ -211,11 +198,3 @@ bool EventLoop::isLockedByCaller() const
 }
 
 }  // namespace telephone::sip
-
-// Takes the place of the stack's own clock for timers, which is the machine's wall clock: set back by an hour, that one
-// would hold every timer of every call and registration for an hour.
-std::uint64_t tmr_jiffies()
-{
-    using namespace std::chrono;
-    return static_cast<std::uint64_t>(duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count());
-}

@@ -2,8 +2,10 @@
 
 #include "sip/Timer.h"
 
+#include <array>
 #include <atomic>
 #include <thread>
+#include <vector>
 
 namespace telephone::test {
 
@@ -50,6 +52,39 @@ TEST_F(SipTest, Lock_IsRecursiveAndKeepsTheLoopOut)
     while (!ran && std::chrono::steady_clock::now() < deadline)
         std::this_thread::yield();
     EXPECT_TRUE(ran);
+}
+
+TEST_F(SipTest, Timers_ExpireInTheOrderOfTheirTimesAndOfTheirStart)
+{
+    constexpr int kCount = 300;
+    constexpr std::array kDelays{40ms, 0ms, 20ms, 5ms, 20ms, 60ms, 1ms};
+    std::vector<int> expired;
+    std::vector<sip::Timer> timers;
+    std::unique_lock lock(loop);
+    for (int i = 0; i < kCount; ++i)
+        timers.emplace_back(loop, kDelays[static_cast<std::size_t>(i) % kDelays.size()],
+                            [&expired, i] { expired.push_back(i); });
+    timers.at(17).cancel();
+    lock.unlock();
+
+    const auto deadline = std::chrono::steady_clock::now() + kDeadline;
+    const auto count = [&] {
+        const std::lock_guard guard(loop);
+        return expired.size();
+    };
+    while (count() < kCount - 1 && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::yield();
+
+    lock.lock();
+    ASSERT_EQ(expired.size(), std::size_t{kCount - 1});
+    for (std::size_t later = 1; later < expired.size(); ++later) {
+        for (std::size_t earlier = 0; earlier < later; ++earlier) {
+            const auto first = static_cast<std::size_t>(expired[earlier]);
+            const auto second = static_cast<std::size_t>(expired[later]);
+            EXPECT_TRUE(first < second || kDelays[first % kDelays.size()] < kDelays[second % kDelays.size()])
+                << "timer " << first << " before timer " << second;
+        }
+    }
 }
 
 TEST_F(SipTest, TimerStartedOnAnotherThread_WakesTheLoop)

@@ -1,0 +1,68 @@
+#include "StackTimers.h"
+
+#include "Stack.h"
+
+#include <chrono>
+
+// The stack's timers, the first to expire at the head. The stack offers it and has forgotten to declare it.
+extern "C" list* tmrl_get(void);
+
+namespace telephone::sip {
+
+namespace {
+
+std::uint64_t expiryOf(const le* element)
+{
+    return static_cast<const tmr*>(element->data)->jfs;
+}
+
+// Behind those that expire no later, looked for from both ends at once: an ended transaction's timer of 32 seconds
+// (RFC 3261, timers B, F and J) goes near the tail, a repetition's of half a second near the head, and thousands of the
+// former lie between.
+void insert(list& timers, tmr& timer)
+{
+    le* back = timers.tail;
+    for (le* front = timers.head; front; front = front->next, back = back->prev) {
+        if (expiryOf(front) > timer.jfs) {
+            list_insert_before(&timers, front, &timer.le, &timer);
+            return;
+        }
+        if (expiryOf(back) <= timer.jfs) {
+            list_insert_after(&timers, back, &timer.le, &timer);
+            return;
+        }
+    }
+    list_append(&timers, &timer.le, &timer);
+}
+
+}  // namespace
+
+std::uint64_t firstExpiry()
+{
+    const le* const first = list_head(tmrl_get());
+    return first ? expiryOf(first) : kNoTimer;
+}
+
+}  // namespace telephone::sip
+
+// The stack's own clock is the machine's wall clock: set back by an hour, that one would hold every timer of every call
+// and registration for an hour.
+std::uint64_t tmr_jiffies()
+{
+    using namespace std::chrono;
+    return static_cast<std::uint64_t>(duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count());
+}
+
+void tmr_start(tmr* timer, std::uint64_t delay, tmr_h* handler, void* argument)
+{
+    if (!timer)
+        return;
+    if (timer->th)
+        list_unlink(&timer->le);
+    timer->th = handler;
+    timer->arg = argument;
+    if (!handler)
+        return;
+    timer->jfs = tmr_jiffies() + delay;
+    telephone::sip::insert(*tmrl_get(), *timer);
+}
