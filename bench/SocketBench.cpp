@@ -30,7 +30,7 @@ constexpr int kUnderWay = 64;
 
 // The request that every one of them carries; the telephone answers it without touching a call.
 std::string const kRequest =
-    std::string("<Method>getForwardingConfiguration</Method><fwType>0</fwType><Line>4711</Line>") + '\0';
+    std::string("<Method>GetServiceState</Method>") + '\0';
 
 void pinToOneProcessor()
 {
