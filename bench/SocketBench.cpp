@@ -29,8 +29,7 @@ constexpr int kRoundTrips = 20000;
 constexpr int kUnderWay = 64;
 
 // The request that every one of them carries; the telephone answers it without touching a call.
-std::string const kRequest =
-    std::string("<Method>GetServiceState</Method>") + '\0';
+std::string const kRequest = std::string("<Method>GetServiceState</Method>") + '\0';
 
 void pinToOneProcessor()
 {

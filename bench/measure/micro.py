@@ -5,7 +5,7 @@ import pathlib
 import subprocess
 
 PROGRAMS = ("bench_requests", "bench_alternatives", "bench_events", "bench_service", "bench_lookups")
-REPETITIONS = 9
+REPETITIONS = 25
 
 
 def run_program(program: pathlib.Path) -> dict[str, float]:

@@ -34,6 +34,11 @@ std::string uriOf(void (*reader)(std::string&))
     return uri;
 }
 
+void PrintTo(Rule const& rule, std::ostream* out)
+{
+    *out << rule.activation;
+}
+
 class ForwardingReaders : public StoreFixture, public testing::WithParamInterface<Rule>
 {};
 

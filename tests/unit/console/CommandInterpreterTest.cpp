@@ -70,14 +70,15 @@ TEST_F(CommandInterpreterTest, Answer_WithControlCharacters_IsWrittenHarmlessly)
 
 TEST_F(CommandInterpreterTest, Commands_ReachTheTelephone)
 {
-    for (char const* const line : {"press 1", "release 1", "hook up", "hook down", "plug headset", "plug headset out",
-                                   "unplug headset", "lock", "unlock", "record on 4711", "record off 4711", "store set agent-state \"not ready\""})
+    for (char const* const line :
+         {"press 1", "release 1", "hook up", "hook down", "plug headset", "plug headset out", "unplug headset", "lock",
+          "unlock", "record on 4711", "record off 4711", "store set agent-state \"not ready\""})
         interpreter_.run(line);
 
-    EXPECT_EQ(
-        telephone_.controls.asked,
-        (std::vector<std::string>{"press 1", "release 1", "hook up", "hook down", "plug headset in", "plug headset out",
-                                  "plug headset out", "lock", "unlock", "record on 4711", "record off 4711", "set agent-state not ready"}));
+    EXPECT_EQ(telephone_.controls.asked,
+              (std::vector<std::string>{"press 1", "release 1", "hook up", "hook down", "plug headset in",
+                                        "plug headset out", "plug headset out", "lock", "unlock", "record on 4711",
+                                        "record off 4711", "set agent-state not ready"}));
 }
 
 TEST_F(CommandInterpreterTest, Lists_ArePrinted)
