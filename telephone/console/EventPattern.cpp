@@ -119,7 +119,7 @@ void EventPattern::require(std::string const& name, std::string value)
             if (each.tag == "CallState")
                 value = stateNumber(std::move(value));
             if (each.kind == EventElementKind::flag)
-                value = flagNumber(std::move(value));
+                value = flagNumber(value);
             required_.push_back({std::string(each.tag), std::move(value)});
             return;
         }

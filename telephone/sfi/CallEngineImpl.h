@@ -169,9 +169,9 @@ struct CallEngine::Impl final : CallHost, sip::UserAgentObserver
     bool muted_ = false;
     bool associatedCalls_ = false;
     std::atomic<sfiServiceState> serviceState_{sfiServiceInService};  // changed under the lock, read without
-    std::map<int, EndedCall> endedCalls_;                   // by call id
-    std::deque<int> endedOrder_;                            // the latest at the end
-    std::map<int, std::unique_ptr<PickupSearch>> pickups_;  // by call id
+    std::map<int, EndedCall> endedCalls_;                             // by call id
+    std::deque<int> endedOrder_;                                      // the latest at the end
+    std::map<int, std::unique_ptr<PickupSearch>> pickups_;            // by call id
     std::vector<std::unique_ptr<PickupSearch>> oldPickups_;
     std::unique_ptr<HeardRecorder> heard_;
     std::unique_ptr<Registrations> registrations_;
