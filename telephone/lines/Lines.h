@@ -157,7 +157,7 @@ private:
     // Changes a line and its base by `change`, then tells who listens.
     void change(TelephoneLine& line, std::function<void(TelephoneLine&)> const& change);
     void tell(TelephoneLine& line, ELineState before);
-    void sendState(std::string lineURI, ELineState state, std::string remoteURI);
+    void sendState(std::string const& lineURI, ELineState state, std::string const& remoteURI);
     KeyConfiguration const* key(int keyNumber) const;
 
     Configuration const& configuration_;

@@ -252,7 +252,7 @@ void Lines::tell(TelephoneLine& line, ELineState before)
     }
 }
 
-void Lines::sendState(std::string lineURI, ELineState state, std::string remoteURI)
+void Lines::sendState(std::string const& lineURI, ELineState state, std::string const& remoteURI)
 {
     for (auto* observer : observers_) {
         observerQueue_->post(

@@ -4,6 +4,8 @@
 #include <mutex>
 #include <utility>
 
+#include <malloc.h>
+
 namespace telephone {
 
 using sip::LogLevel;
@@ -15,6 +17,8 @@ constexpr int kFirstCallID = 1001;
 constexpr int kFirstBluetoothID = 10000;
 constexpr int kLastBluetoothID = 10500;
 constexpr int kLastCallID = 999999;
+// What the stack keeps of an ended call is gone after that: 64 times T1 (RFC 3261, table 4), and some seconds.
+constexpr std::chrono::seconds kTransactionsOver{38};
 
 }  // namespace
 
@@ -27,6 +31,7 @@ CallEngine::Impl::Impl(sip::EventLoop& loop, EngineConfiguration configuration, 
     , post_(std::move(post))
     , sources_(configuration_.audioSource)
     , burial_(loop)
+    , quiet_(loop)
     , lastCallID_(kFirstCallID - 1)
 {
     agent_ = std::make_unique<sip::UserAgent>(loop_, configuration_.agent, *this);
@@ -59,6 +64,7 @@ CallEngine::Impl::~Impl()
         const std::lock_guard guard(loop_);
         deactivate();
         burial_.cancel();
+        quiet_.cancel();
         bury();
         server_.reset();
         publisher_.reset();
@@ -188,6 +194,8 @@ void CallEngine::Impl::callChanged(Call& call, const CallSnapshot& before)
             over_.push_back(std::move(*place));
             calls_.erase(place);
             burial_.start(std::chrono::milliseconds(0), [this] { bury(); });
+            // The allocator would keep what thousands of calls took, for small pieces that live between them.
+            quiet_.start(kTransactionsOver, [] { (void)malloc_trim(0); });
         }
         std::erase(holdOrder_, now.callID);
         pickups_.erase(now.callID);

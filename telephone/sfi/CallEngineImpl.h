@@ -160,6 +160,7 @@ struct CallEngine::Impl final : CallHost, sip::UserAgentObserver
     std::vector<std::unique_ptr<Call>> calls_;  // in the order in which they came
     std::vector<std::unique_ptr<Call>> over_;   // until the callback that runs is over
     sip::Timer burial_;
+    sip::Timer quiet_;                         // since the last call ended
     std::map<int, sip::Timer> noReplyTimers_;  // by call id
     std::map<int, int> transferPeers_;         // the other call of an attended transfer, by call id
     std::vector<int> holdOrder_;               // ids of the held calls, the last one at the end
