@@ -68,6 +68,16 @@ void copyOf(benchmark::State& state, std::string const& text)
     }
 }
 
+// What an event costs at least where it is handed on as a string of its own.
+void newStringOf(benchmark::State& state, std::string const& text)
+{
+    for (auto _ : state) {
+        std::string const copy(text);
+        benchmark::DoNotOptimize(copy.data());
+        benchmark::ClobberMemory();
+    }
+}
+
 void seventeenFieldsCopy(benchmark::State& state)
 {
     Bound bound;
@@ -76,6 +86,15 @@ void seventeenFieldsCopy(benchmark::State& state)
     copyOf(state, bound.request.text);
 }
 BENCHMARK(seventeenFieldsCopy);
+
+void seventeenFieldsNewString(benchmark::State& state)
+{
+    Bound bound;
+    bound.request.keep = true;
+    sendSeventeenFields(bound.proxy, bound.display);
+    newStringOf(state, bound.request.text);
+}
+BENCHMARK(seventeenFieldsNewString);
 
 void seventeenFields(benchmark::State& state)
 {
@@ -95,6 +114,15 @@ void fiveFieldsCopy(benchmark::State& state)
     copyOf(state, bound.request.text);
 }
 BENCHMARK(fiveFieldsCopy);
+
+void fiveFieldsNewString(benchmark::State& state)
+{
+    Bound bound;
+    bound.request.keep = true;
+    sendFiveFields(bound.proxy);
+    newStringOf(state, bound.request.text);
+}
+BENCHMARK(fiveFieldsNewString);
 
 void fiveFields(benchmark::State& state)
 {
