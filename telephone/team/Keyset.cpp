@@ -166,7 +166,7 @@ bool Keyset::changeMultiUser(std::string const& lineURI)
 
 std::string Keyset::getCurrentMultiUser()
 {
-    auto const chosen = settings_.text(SettingNames::kCurrentMultiUser);
+    auto chosen = settings_.text(SettingNames::kCurrentMultiUser);
     if (!chosen.empty() && lines_.find(chosen) != nullptr) {
         return chosen;
     }
