@@ -22,8 +22,8 @@ endif()
 if(SANITIZE)
     add_compile_options(-fsanitize=${SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${SANITIZE})
-    # It compares addresses of type information that the library's version script keeps inside: each call of a factory
-    # would be a report.
+    # The factories return the library's own classes, and a framework that does not know them calls each as if it
+    # returned the base that stands first: each such call would be a report.
     if(CMAKE_CXX_COMPILER_ID STREQUAL Clang AND SANITIZE MATCHES undefined)
         add_compile_options(-fno-sanitize=function)
     endif()
