@@ -1,20 +1,19 @@
 // What people would use instead, on the same requests: the text is read, the method found among all, every parameter
 // fetched by name, every number converted, a virtual operation called and answered.
-#include <benchmark/benchmark.h>
+#include <algorithm>
+#include <charconv>
+#include <random>
+#include <unordered_map>
 
+#include <benchmark/benchmark.h>
 #include <libxml/parser.h>
 #include <libxml/tree.h>
 #include <nlohmann/json.hpp>
 #include <pugixml.hpp>
 #include <simdjson.h>
 
-#include <algorithm>
-#include <charconv>
-#include <random>
-#include <unordered_map>
-
-#include "RequestSet.h"
-#include "StubService.h"
+#include "bench/stubs/RequestSet.h"
+#include "bench/stubs/StubService.h"
 
 namespace {
 

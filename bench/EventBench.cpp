@@ -1,13 +1,13 @@
 // Events from the call to the finished text, beside a bare copy of that text and beside a string stream.
-#include <benchmark/benchmark.h>
-
 #include <cstring>
 #include <memory>
 #include <sstream>
 
-#include "CommunicationsServiceEventProxy.h"
-#include "framework/FrameworkContext.h"
-#include "framework/ProxyRequest.h"
+#include <benchmark/benchmark.h>
+
+#include "platform/framework/FrameworkContext.h"
+#include "platform/framework/ProxyRequest.h"
+#include "src/CommunicationsServiceEventProxy.h"
 
 namespace {
 

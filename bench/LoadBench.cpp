@@ -1,16 +1,16 @@
 // What the library adds to the memory of the process that loads it and initialises its service:
 //   bench_load LIBRARY
 // Prints one JSON object in kilobytes: resident memory before, and what was added.
-#include <dlfcn.h>
-#include <malloc.h>
-
 #include <cstdio>
 #include <fstream>
 #include <stdexcept>
 #include <string>
 
-#include "CommunicationsService.h"
-#include "framework/FrameworkContext.h"
+#include <dlfcn.h>
+#include <malloc.h>
+
+#include "platform/framework/FrameworkContext.h"
+#include "src/CommunicationsService.h"
 
 namespace {
 

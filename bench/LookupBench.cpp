@@ -2,13 +2,13 @@
 // number, appearances by their call.
 #include <benchmark/benchmark.h>
 
-#include "configuration/Configuration.h"
-#include "framework/TimerService.h"
-#include "lines/AppearanceMap.h"
-#include "lines/Lines.h"
-#include "management/ConfigurationStore.h"
-#include "management/Settings.h"
-#include "physical/KeyLayout.h"
+#include "telephone/configuration/Configuration.h"
+#include "telephone/framework/TimerService.h"
+#include "telephone/lines/AppearanceMap.h"
+#include "telephone/lines/Lines.h"
+#include "telephone/management/ConfigurationStore.h"
+#include "telephone/management/Settings.h"
+#include "telephone/physical/KeyLayout.h"
 
 namespace {
 

@@ -1,14 +1,14 @@
 // Requests from text to answer, over a service that does nothing, beside the floor.
-#include <benchmark/benchmark.h>
-
 #include <algorithm>
 #include <array>
 #include <random>
 
-#include "CommunicationsServiceInvoker.h"
-#include "RequestSet.h"
-#include "StubService.h"
-#include "floors/RequestFloor.h"
+#include <benchmark/benchmark.h>
+
+#include "bench/floors/RequestFloor.h"
+#include "bench/stubs/RequestSet.h"
+#include "bench/stubs/StubService.h"
+#include "src/CommunicationsServiceInvoker.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <string>
 
-#include "peers/ApplicationPeer.h"
+#include "bench/peers/ApplicationPeer.h"
 
 namespace {
 

@@ -2,13 +2,13 @@
 // and what a trace costs that is switched off.
 #include <benchmark/benchmark.h>
 
-#include "CommunicationsService.h"
-#include "CommunicationsServiceLog.h"
-#include "StubPlatform.h"
-#include "framework/Logging.h"
-#include "lines/ClientUtils.h"
-#include "lines/Line.h"
-#include "lines/LineData.h"
+#include "bench/stubs/StubPlatform.h"
+#include "platform/framework/Logging.h"
+#include "platform/lines/ClientUtils.h"
+#include "platform/lines/Line.h"
+#include "platform/lines/LineData.h"
+#include "src/CommunicationsService.h"
+#include "src/CommunicationsServiceLog.h"
 
 namespace {
 

@@ -3,13 +3,6 @@
 //   bench_socket application PATH   the application socket of a telephone that runs already
 //   bench_socket bus ADDRESS        a bus service in a child, called through a bus daemon that runs already
 // Prints one JSON object: microseconds a round trip (median of all), and round trips a second with 64 under way.
-#include <sched.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <sys/wait.h>
-#include <systemd/sd-bus.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <chrono>
 #include <csignal>
@@ -19,6 +12,13 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include <sched.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <systemd/sd-bus.h>
+#include <unistd.h>
 
 namespace {
 

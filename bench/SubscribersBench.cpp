@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "peers/ApplicationPeer.h"
+#include "bench/peers/ApplicationPeer.h"
 
 namespace {
 

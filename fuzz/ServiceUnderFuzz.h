@@ -2,11 +2,11 @@
 // process; each input starts with a new world.
 #pragma once
 
-#include "CommunicationsService.h"
-#include "CommunicationsServiceInvoker.h"
-#include "FakePlatform.h"
 #include "FuzzInput.h"
-#include "World.h"
+#include "src/CommunicationsService.h"
+#include "src/CommunicationsServiceInvoker.h"
+#include "tests/model/FakePlatform.h"
+#include "tests/model/World.h"
 
 class ServiceUnderFuzz
 {

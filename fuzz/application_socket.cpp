@@ -1,21 +1,21 @@
 // What an application sends, in pieces of any size: every request that ends with a NUL is handled once and in order,
 // and the answers are those of a plain splitter.
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <array>
 #include <memory>
 #include <vector>
 
+#include <sys/socket.h>
+#include <unistd.h>
+
 #include "FuzzInput.h"
-#include "applications/ApplicationConnection.h"
-#include "framework/Channel.h"
-#include "framework/Executable.h"
-#include "framework/FileDescriptor.h"
-#include "framework/FrameworkContext.h"
-#include "framework/Invoker.h"
-#include "framework/InvokerResponse.h"
-#include "framework/RequestRunner.h"
+#include "platform/framework/Executable.h"
+#include "platform/framework/FrameworkContext.h"
+#include "platform/framework/Invoker.h"
+#include "platform/framework/InvokerResponse.h"
+#include "telephone/applications/ApplicationConnection.h"
+#include "telephone/framework/Channel.h"
+#include "telephone/framework/FileDescriptor.h"
+#include "telephone/framework/RequestRunner.h"
 
 namespace {
 class NoService final : public Executable

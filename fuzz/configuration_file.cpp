@@ -1,6 +1,6 @@
 // Any text as a configuration file: it is read, or refused with a reason that names the file.
 #include "FuzzInput.h"
-#include "configuration/ConfigurationFile.h"
+#include "telephone/configuration/ConfigurationFile.h"
 
 int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
 {

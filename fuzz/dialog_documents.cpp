@@ -1,7 +1,7 @@
 // Documents that other telephones and servers send in notices: read or refused, and what was read is read again the
 // same from what this telephone writes of it.
 #include "FuzzInput.h"
-#include "sip/DialogInfo.h"
+#include "telephone/sip/DialogInfo.h"
 
 using namespace telephone::sip;
 

@@ -3,12 +3,12 @@
 #include <utility>
 #include <vector>
 
-#include "CommunicationsServiceEventProxy.h"
-#include "CommunicationsServiceInvoker.h"
 #include "FuzzInput.h"
-#include "framework/FrameworkContext.h"
-#include "framework/ProxyRequest.h"
-#include "framework/Serializer.h"
+#include "platform/framework/FrameworkContext.h"
+#include "platform/framework/ProxyRequest.h"
+#include "platform/framework/Serializer.h"
+#include "src/CommunicationsServiceEventProxy.h"
+#include "src/CommunicationsServiceInvoker.h"
 
 namespace {
 class Request final : public ProxyRequest

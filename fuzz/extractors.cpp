@@ -2,9 +2,9 @@
 #include <climits>
 #include <optional>
 
-#include "CommunicationsServiceInvoker.h"
 #include "FuzzInput.h"
-#include "RequestText.h"
+#include "src/CommunicationsServiceInvoker.h"
+#include "src/RequestText.h"
 
 namespace {
 bool standsAt(std::string const& text, std::size_t place, std::string const& part)

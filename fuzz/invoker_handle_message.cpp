@@ -1,7 +1,7 @@
 // Any bytes as a text request: it is finished once, answered at most once and never with nothing, and no lock stays
 // taken.
 #include "ServiceUnderFuzz.h"
-#include "framework/InvokerResponse.h"
+#include "platform/framework/InvokerResponse.h"
 
 namespace {
 class Response final : public InvokerResponse

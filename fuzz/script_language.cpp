@@ -2,12 +2,12 @@
 // no time to wait, so that its words are read all the same.
 #include <sstream>
 
-#include "../tests/unit/console/ConsoleDoubles.h"
 #include "FuzzInput.h"
-#include "console/CommandError.h"
-#include "console/Completion.h"
-#include "console/ScriptPlayer.h"
-#include "console/Words.h"
+#include "telephone/console/CommandError.h"
+#include "telephone/console/Completion.h"
+#include "telephone/console/ScriptPlayer.h"
+#include "telephone/console/Words.h"
+#include "tests/unit/console/ConsoleDoubles.h"
 
 namespace {
 // A request in a script waits until the telephone is at rest, so few scripts have any.

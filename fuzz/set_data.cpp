@@ -1,7 +1,7 @@
 // Any items as management data: what reaches the platform and what is refused is what the rules say.
-#include "Rules.h"
 #include "ServiceUnderFuzz.h"
-#include "management/ManageableData.h"
+#include "platform/management/ManageableData.h"
+#include "tests/model/Rules.h"
 
 namespace {
 constexpr char const* kKnownKeys[] = {"call-dnd-activated", "cfu-activated",   "cfu-address",          "cfb-activated",

@@ -3,6 +3,11 @@
 // the To tag that the user agent gave last, and @PORT@ the port that the messages come from.
 //
 // Nothing leaves the machine: what is sent elsewhere than to loopback is dropped here.
+#include <array>
+#include <deque>
+#include <memory>
+#include <mutex>
+
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <poll.h>
@@ -10,14 +15,9 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <array>
-#include <deque>
-#include <memory>
-#include <mutex>
-
 #include "FuzzInput.h"
-#include "sip/EventLoop.h"
-#include "sip/UserAgent.h"
+#include "telephone/sip/EventLoop.h"
+#include "telephone/sip/UserAgent.h"
 
 namespace {
 bool isLoopback(sockaddr const* address)

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "sfi/SfiTypes.h"
+#include "platform/sfi/SfiTypes.h"
 
 class __attribute__((visibility("default"))) CommunicationsServiceEventIfc
 {

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "sfi/SfiTypes.h"
+#include "platform/sfi/SfiTypes.h"
 
 class Executable;
 

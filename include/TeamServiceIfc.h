@@ -8,9 +8,9 @@
 
 #include <string>
 
-#include "lines/Line.h"
-#include "sfi/SfiTypes.h"
-#include "team/ZEBLocalFeaturesDefs.h"
+#include "platform/lines/Line.h"
+#include "platform/sfi/SfiTypes.h"
+#include "platform/team/ZEBLocalFeaturesDefs.h"
 
 class Executable;
 

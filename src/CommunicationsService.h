@@ -19,13 +19,13 @@
 #include "CommunicationsServiceIfc.h"
 #include "MediaRecordingServiceIfc.h"
 #include "TeamServiceIfc.h"
-#include "framework/Semaphore.h"
-#include "framework/Service.h"
-#include "framework/SvcRTEContext.h"
-#include "management/MgmtAgentIfc.h"
-#include "management/SIPConfigManager.h"
-#include "physical/functionalEventObserver.h"
-#include "physical/physicalEventObserver.h"
+#include "platform/framework/Semaphore.h"
+#include "platform/framework/Service.h"
+#include "platform/framework/SvcRTEContext.h"
+#include "platform/management/MgmtAgentIfc.h"
+#include "platform/management/SIPConfigManager.h"
+#include "platform/physical/functionalEventObserver.h"
+#include "platform/physical/physicalEventObserver.h"
 
 class AuditoryDeviceIfc;
 class CertificateMgmtSvcIfc;

@@ -3,16 +3,16 @@
 
 #include "CommunicationsServiceGuards.h"
 #include "CommunicationsServiceLog.h"
-#include "lines/ClientUtils.h"
-#include "lines/Line.h"
-#include "lines/LineData.h"
-#include "lines/LineManager.h"
-#include "lines/Utility.h"
-#include "services/DigitAnalysisServiceIfc.h"
-#include "sfi/CSfi.h"
-#include "sfi/SfiConfiguration.h"
-#include "sfi/SfiMCAMapper.h"
-#include "team/TeamServiceKeyset.h"
+#include "platform/lines/ClientUtils.h"
+#include "platform/lines/Line.h"
+#include "platform/lines/LineData.h"
+#include "platform/lines/LineManager.h"
+#include "platform/lines/Utility.h"
+#include "platform/services/DigitAnalysisServiceIfc.h"
+#include "platform/sfi/CSfi.h"
+#include "platform/sfi/SfiConfiguration.h"
+#include "platform/sfi/SfiMCAMapper.h"
+#include "platform/team/TeamServiceKeyset.h"
 
 namespace {
 

@@ -3,12 +3,12 @@
 
 #include "CommunicationsServiceGuards.h"
 #include "CommunicationsServiceLog.h"
-#include "services/DigitAnalysisServiceIfc.h"
-#include "sfi/CSfi.h"
-#include "sfi/SfiConfiguration.h"
-#include "team/DirectedPickupHandler.h"
-#include "team/TeamServiceFeatures.h"
-#include "team/TeamServiceKeyset.h"
+#include "platform/services/DigitAnalysisServiceIfc.h"
+#include "platform/sfi/CSfi.h"
+#include "platform/sfi/SfiConfiguration.h"
+#include "platform/team/DirectedPickupHandler.h"
+#include "platform/team/TeamServiceFeatures.h"
+#include "platform/team/TeamServiceKeyset.h"
 
 using service_log::shown;
 

@@ -7,9 +7,9 @@
 
 #include "CommunicationsServiceFactories.h"
 #include "Elements.h"
-#include "framework/FrameworkContext.h"
-#include "framework/ProxyRequest.h"
-#include "framework/Serializer.h"
+#include "platform/framework/FrameworkContext.h"
+#include "platform/framework/ProxyRequest.h"
+#include "platform/framework/Serializer.h"
 
 using elements::Body;
 using elements::element;

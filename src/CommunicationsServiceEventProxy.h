@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "CommunicationsServiceEventIfc.h"
-#include "framework/Proxy.h"
+#include "platform/framework/Proxy.h"
 
 class CommunicationsServiceEventProxy : public Proxy, public CommunicationsServiceEventIfc
 {

@@ -6,17 +6,17 @@
 
 #include "CommunicationsServiceGuards.h"
 #include "CommunicationsServiceLog.h"
-#include "lines/ClientUtils.h"
-#include "lines/Line.h"
-#include "lines/LineManager.h"
-#include "management/DataNode.h"
-#include "management/LocalMgmtIfc.h"
-#include "management/ManageableData.h"
-#include "physical/PhysicalInterfaceServiceIfc.h"
-#include "sfi/CSfi.h"
-#include "sfi/SfiConfiguration.h"
-#include "team/TeamServiceFeatures.h"
-#include "team/TeamServiceKeyset.h"
+#include "platform/lines/ClientUtils.h"
+#include "platform/lines/Line.h"
+#include "platform/lines/LineManager.h"
+#include "platform/management/DataNode.h"
+#include "platform/management/LocalMgmtIfc.h"
+#include "platform/management/ManageableData.h"
+#include "platform/physical/PhysicalInterfaceServiceIfc.h"
+#include "platform/sfi/CSfi.h"
+#include "platform/sfi/SfiConfiguration.h"
+#include "platform/team/TeamServiceFeatures.h"
+#include "platform/team/TeamServiceKeyset.h"
 
 namespace {
 

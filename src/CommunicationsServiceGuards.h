@@ -3,8 +3,8 @@
 
 #include <atomic>
 
-#include "framework/Semaphore.h"
-#include "sfi/CSfi.h"
+#include "platform/framework/Semaphore.h"
+#include "platform/sfi/CSfi.h"
 
 // Holds one of the service's own locks, waiting for it without limit.
 class SemaphoreGuard

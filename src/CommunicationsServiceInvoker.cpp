@@ -8,11 +8,11 @@
 #include "RequestTable.h"
 #include "RequestText.h"
 #include "TaggedText.h"
-#include "framework/Executable.h"
-#include "framework/FrameworkContext.h"
-#include "framework/InvokerResponse.h"
-#include "framework/Logging.h"
-#include "framework/Proxy.h"
+#include "platform/framework/Executable.h"
+#include "platform/framework/FrameworkContext.h"
+#include "platform/framework/InvokerResponse.h"
+#include "platform/framework/Logging.h"
+#include "platform/framework/Proxy.h"
 
 namespace {
 constexpr char const* kComponent = "SIP Communications Service";

@@ -11,7 +11,7 @@
 #include <string_view>
 
 #include "CommunicationsServiceIfc.h"
-#include "framework/Invoker.h"
+#include "platform/framework/Invoker.h"
 
 class RequestText;
 class RequestTable;

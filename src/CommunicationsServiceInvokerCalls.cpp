@@ -1,5 +1,6 @@
 // The requests that act on calls. A missing number is handed on as -1 and a missing flag as true: the service decides.
 #include "CommunicationsServiceInvoker.h"
+
 #include "RequestText.h"
 
 std::string CommunicationsServiceInvoker::OutgoingCallMakeRequest(CommunicationsServiceIfc* service,

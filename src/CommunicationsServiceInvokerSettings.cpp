@@ -1,10 +1,11 @@
 // The requests that set and query settings and states. What the service leaves alone in its outputs is answered as zero
 // or empty.
+#include "CommunicationsServiceInvoker.h"
+
 #include <cstddef>
 #include <iterator>
 #include <vector>
 
-#include "CommunicationsServiceInvoker.h"
 #include "CommunicationsServiceRequests.h"
 #include "Elements.h"
 #include "RequestText.h"

@@ -3,11 +3,11 @@
 
 #include "CommunicationsServiceGuards.h"
 #include "CommunicationsServiceLog.h"
-#include "lines/Line.h"
-#include "lines/LineData.h"
-#include "lines/LineManager.h"
-#include "sfi/CSfi.h"
-#include "team/TeamServiceFeatures.h"
+#include "platform/lines/Line.h"
+#include "platform/lines/LineData.h"
+#include "platform/lines/LineManager.h"
+#include "platform/sfi/CSfi.h"
+#include "platform/team/TeamServiceFeatures.h"
 
 namespace {
 

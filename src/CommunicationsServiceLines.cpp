@@ -2,13 +2,13 @@
 // answered for a line that does not exist, or has no configuration, is part of the interface.
 #include "CommunicationsService.h"
 
-#include "lines/Line.h"
-#include "lines/LineData.h"
-#include "lines/LineManager.h"
-#include "sfi/SfiConfiguration.h"
-#include "team/FeatureToggle.h"
-#include "team/TeamServiceFeatures.h"
-#include "team/TeamServiceKeyset.h"
+#include "platform/lines/Line.h"
+#include "platform/lines/LineData.h"
+#include "platform/lines/LineManager.h"
+#include "platform/sfi/SfiConfiguration.h"
+#include "platform/team/FeatureToggle.h"
+#include "platform/team/TeamServiceFeatures.h"
+#include "platform/team/TeamServiceKeyset.h"
 
 namespace {
 

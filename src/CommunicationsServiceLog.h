@@ -4,7 +4,7 @@
 // failure is always written. Both are macros for that reason, and so that the compiler checks the format.
 #pragma once
 
-#include "framework/Logging.h"
+#include "platform/framework/Logging.h"
 
 namespace service_log {
 

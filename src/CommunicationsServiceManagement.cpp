@@ -7,13 +7,13 @@
 #include <string_view>
 
 #include "CommunicationsServiceLog.h"
-#include "management/DxlCollection.h"
-#include "management/ManageableData.h"
-#include "recording/MediaRecordingService.h"
-#include "sfi/CSfi.h"
-#include "sfi/SfiConfiguration.h"
-#include "team/EACockpitHandler.h"
-#include "team/TeamServiceFeatures.h"
+#include "platform/management/DxlCollection.h"
+#include "platform/management/ManageableData.h"
+#include "platform/recording/MediaRecordingService.h"
+#include "platform/sfi/CSfi.h"
+#include "platform/sfi/SfiConfiguration.h"
+#include "platform/team/EACockpitHandler.h"
+#include "platform/team/TeamServiceFeatures.h"
 
 namespace {
 

@@ -5,10 +5,10 @@
 #include <vector>
 
 #include "CommunicationsServiceLog.h"
-#include "physical/PhysicalInterfaceServiceIfc.h"
-#include "sfi/CSfi.h"
-#include "team/TeamServiceFeatures.h"
-#include "team/TeamServiceKeyset.h"
+#include "platform/physical/PhysicalInterfaceServiceIfc.h"
+#include "platform/sfi/CSfi.h"
+#include "platform/team/TeamServiceFeatures.h"
+#include "platform/team/TeamServiceKeyset.h"
 
 namespace {
 

@@ -6,16 +6,16 @@
 #include <string_view>
 
 #include "CommunicationsServiceLog.h"
-#include "lines/ClientUtils.h"
-#include "lines/Line.h"
-#include "lines/LineData.h"
-#include "lines/LineManager.h"
-#include "lines/Utility.h"
-#include "physical/PhysicalInterfaceServiceIfc.h"
-#include "recording/MediaRecordingService.h"
-#include "sfi/CSfi.h"
-#include "sfi/SfiConfiguration.h"
-#include "team/TeamServiceKeyset.h"
+#include "platform/lines/ClientUtils.h"
+#include "platform/lines/Line.h"
+#include "platform/lines/LineData.h"
+#include "platform/lines/LineManager.h"
+#include "platform/lines/Utility.h"
+#include "platform/physical/PhysicalInterfaceServiceIfc.h"
+#include "platform/recording/MediaRecordingService.h"
+#include "platform/sfi/CSfi.h"
+#include "platform/sfi/SfiConfiguration.h"
+#include "platform/team/TeamServiceKeyset.h"
 
 namespace {
 

@@ -3,13 +3,14 @@
 // Only the invoker includes it; everyone else reads the descriptions in CommunicationsServiceRequests.h.
 #pragma once
 
+#include "CommunicationsServiceInvoker.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
 
-#include "CommunicationsServiceInvoker.h"
 #include "CommunicationsServiceRequests.h"
 #include "RequestText.h"
 

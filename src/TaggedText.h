@@ -5,7 +5,7 @@
 #include <optional>
 #include <string_view>
 
-#include "sfi/SfiTypes.h"
+#include "platform/sfi/SfiTypes.h"
 
 namespace tagged_text {
 // What stands between the first opening tag and the first closing tag after it; nothing when either is missing.

@@ -1,16 +1,16 @@
-#include "PhoneControls.h"
+#include "telephone/PhoneControls.h"
 
 #include <mutex>
 
 #include "MediaRecordingServiceIfc.h"
-#include "console/EventPattern.h"
-#include "framework/Executable.h"
-#include "framework/Log.h"
-#include "lines/LineStates.h"
-#include "lines/Lines.h"
-#include "management/LocalManagement.h"
-#include "physical/PhysicalInterface.h"
-#include "sfi/CallEngine.h"
+#include "platform/framework/Executable.h"
+#include "telephone/calls/CallEngine.h"
+#include "telephone/console/EventPattern.h"
+#include "telephone/framework/Log.h"
+#include "telephone/lines/LineStates.h"
+#include "telephone/lines/Lines.h"
+#include "telephone/management/LocalManagement.h"
+#include "telephone/physical/PhysicalInterface.h"
 
 namespace telephone {
 
@@ -49,8 +49,9 @@ TelephoneControls::Rows PhoneControls::lines()
     Rows rows;
     for (TelephoneLine const* const line : lines_.lines()) {
         rows.push_back(rowOf(*line, engine_.isRegistered(line->place().lineNumber)));
-        for (TelephoneLine const* const appearance : line->appearances())
+        for (TelephoneLine const* const appearance : line->appearances()) {
             rows.push_back("  " + rowOf(*appearance, engine_.isRegistered(line->place().lineNumber)));
+        }
     }
     return rows;
 }
@@ -58,8 +59,9 @@ TelephoneControls::Rows PhoneControls::lines()
 TelephoneControls::Rows PhoneControls::calls()
 {
     Rows rows;
-    for (CallSnapshot const& call : engine_.calls())
+    for (CallSnapshot const& call : engine_.calls()) {
         rows.push_back(rowOf(call));
+    }
     return rows;
 }
 
@@ -118,15 +120,17 @@ std::optional<std::string> PhoneControls::lampMode(std::string const& lamp)
 TelephoneControls::Rows PhoneControls::settings()
 {
     Rows rows;
-    for (auto const& [key, value] : management_.settings().all())
+    for (auto const& [key, value] : management_.settings().all()) {
         rows.push_back(std::string(key).append(" = ").append(value));
+    }
     return rows;
 }
 
 std::optional<std::string> PhoneControls::setting(std::string const& key)
 {
-    if (findSettingRow(key) == nullptr)
+    if (findSettingRow(key) == nullptr) {
         return std::nullopt;
+    }
     return management_.settings().text(key);
 }
 

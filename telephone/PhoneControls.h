@@ -4,7 +4,7 @@
 
 #include <future>
 
-#include "console/TelephoneControls.h"
+#include "telephone/console/TelephoneControls.h"
 
 class Executable;
 class MediaRecordingServiceIfc;

@@ -1,4 +1,4 @@
-#include "RegistrationWait.h"
+#include "telephone/RegistrationWait.h"
 
 namespace telephone {
 

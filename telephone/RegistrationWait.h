@@ -7,7 +7,8 @@
 #include <mutex>
 #include <set>
 
-#include "sfi/CallSnapshot.h"
+#include "telephone/calls/CallObserver.h"
+#include "telephone/calls/CallSnapshot.h"
 
 namespace telephone {
 

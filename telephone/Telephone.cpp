@@ -1,8 +1,8 @@
-#include "Telephone.h"
+#include "telephone/Telephone.h"
 
 #include "CommunicationsServiceIfc.h"
-#include "TelephoneParts.h"
-#include "framework/Log.h"
+#include "telephone/TelephoneParts.h"
+#include "telephone/framework/Log.h"
 
 namespace telephone {
 
@@ -34,16 +34,20 @@ void Telephone::activate()
 {
     std::set<int> registering;
     for (LineAccount const& each : parts_->lines.accounts()) {
-        if (each.registers)
+        if (each.registers) {
             registering.insert(each.lineNumber);
+        }
     }
     parts_->registrations.expect(registering);
-    if (parts_->calls().activate() != sfiSuccess)
+    if (parts_->calls().activate() != sfiSuccess) {
         throw std::runtime_error("the service cannot be activated; the log says why");
-    if (registering.empty())
+    }
+    if (registering.empty()) {
         parts_->dialogs.start();  // else once its line is registered
-    if (!parts_->registrations.wait(kRegistrationTime))
+    }
+    if (!parts_->registrations.wait(kRegistrationTime)) {
         log(kLogWarning, "telephone", "the registrar does not answer; the lines go on trying");
+    }
 }
 
 void Telephone::stop()

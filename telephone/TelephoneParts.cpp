@@ -1,11 +1,11 @@
-#include "TelephoneParts.h"
+#include "telephone/TelephoneParts.h"
 
 #include <stdexcept>
 
 #include "CommunicationsServiceIfc.h"
-#include "framework/Log.h"
-#include "management/ConfigurationStore.h"
-#include "sip/Uri.h"
+#include "telephone/framework/Log.h"
+#include "telephone/management/ConfigurationStore.h"
+#include "telephone/sip/Uri.h"
 
 namespace telephone {
 
@@ -28,8 +28,9 @@ sip::Logger loggerFor(char const* component)
 
 std::unique_ptr<exchange::Exchange> makeExchange(sip::EventLoop& loop, Configuration const& configuration)
 {
-    if (!configuration.exchange.enabled || !configuration.server.registrar.empty())
+    if (!configuration.exchange.enabled || !configuration.server.registrar.empty()) {
         return nullptr;
+    }
     exchange::ExchangeConfig config;
     config.port = static_cast<std::uint16_t>(configuration.exchange.port);
     config.realm = configuration.exchange.realm;
@@ -42,8 +43,9 @@ std::unique_ptr<exchange::Exchange> makeExchange(sip::EventLoop& loop, Configura
 std::string hostPortOf(std::string const& registrar)
 {
     auto uri = sip::Uri::parse(registrar);
-    if (!uri)
+    if (!uri) {
         throw std::runtime_error("server.registrar: \"" + registrar + "\" is no sip: address");
+    }
     uri->user.clear();
     std::string const scheme = uri->scheme + ":";
     return uri->formatAddressOfRecord().substr(scheme.size());
@@ -52,19 +54,23 @@ std::string hostPortOf(std::string const& registrar)
 void useExchange(ServerConfiguration& server, exchange::Exchange const& exchange)
 {
     server.registrar = "sip:" + exchange.hostPort();
-    if (server.directedPickup.empty())
+    if (server.directedPickup.empty()) {
         server.directedPickup = exchange::kDirectedPickup;
-    if (server.groupPickup.empty())
+    }
+    if (server.groupPickup.empty()) {
         server.groupPickup = exchange::kGroupPickup;
+    }
 }
 
 Configuration withServer(Configuration configuration, exchange::Exchange const* exchange)
 {
     ServerConfiguration& server = configuration.server;
-    if (exchange != nullptr)
+    if (exchange != nullptr) {
         useExchange(server, *exchange);
-    if (server.domain.empty() && !server.registrar.empty())
+    }
+    if (server.domain.empty() && !server.registrar.empty()) {
         server.domain = hostPortOf(server.registrar);
+    }
     return configuration;
 }
 
@@ -186,16 +192,18 @@ void TelephoneParts::begin()
 CommunicationsServiceIfc& TelephoneParts::calls()
 {
     auto* const found = dynamic_cast<CommunicationsServiceIfc*>(service.get());
-    if (found == nullptr)
+    if (found == nullptr) {
         throw std::runtime_error("the library's service has no CommunicationsServiceIfc: it is not the right library");
+    }
     return *found;
 }
 
 // First what starts work by itself, then the service, then what carried its work out.
 void TelephoneParts::end()
 {
-    if (!running_)
+    if (!running_) {
         return;
+    }
     running_ = false;
     keys.setService(nullptr);
     controls.setService(nullptr);
@@ -213,8 +221,9 @@ void TelephoneParts::end()
     events.stop();
     context.closeAllChannels();
     for (Executable* const each : {static_cast<Executable*>(&management), static_cast<Executable*>(&auditoryDevice),
-                                   static_cast<Executable*>(&certificates), static_cast<Executable*>(&digitAnalysis)})
+                                   static_cast<Executable*>(&certificates), static_cast<Executable*>(&digitAnalysis)}) {
         each->shutdown();
+    }
     log(kLogInfo, kComponent, "ended");
 }
 

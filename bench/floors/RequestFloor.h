@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "framework/InvokerResponse.h"
+#include "platform/framework/InvokerResponse.h"
 
 // What the floor calls: as many arguments as a request can carry, handed over as they were found.
 class FloorTarget

@@ -1,12 +1,12 @@
 #include "ApplicationPeer.h"
 
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
-
 #include <array>
 #include <cstring>
 #include <stdexcept>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 ApplicationPeer::ApplicationPeer(std::string const& path)
     : socket_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))

@@ -1,15 +1,15 @@
 #include "StubPlatform.h"
 
-#include "framework/Logging.h"
-#include "framework/Semaphore.h"
-#include "framework/Serializer.h"
-#include "lines/ClientUtils.h"
-#include "lines/Line.h"
-#include "lines/LineData.h"
-#include "lines/Utility.h"
-#include "management/SIPConfigManager.h"
-#include "recording/RecordingConfigManager.h"
-#include "sfi/SfiConfiguration.h"
+#include "platform/framework/Logging.h"
+#include "platform/framework/Semaphore.h"
+#include "platform/framework/Serializer.h"
+#include "platform/lines/ClientUtils.h"
+#include "platform/lines/Line.h"
+#include "platform/lines/LineData.h"
+#include "platform/lines/Utility.h"
+#include "platform/management/SIPConfigManager.h"
+#include "platform/recording/RecordingConfigManager.h"
+#include "platform/sfi/SfiConfiguration.h"
 
 namespace {
 

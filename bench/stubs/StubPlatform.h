@@ -2,8 +2,8 @@
 // what holding a call needs is there; the other collaborators are null.
 #pragma once
 
-#include "lines/LineManager.h"
-#include "sfi/CSfi.h"
+#include "platform/lines/LineManager.h"
+#include "platform/sfi/CSfi.h"
 
 namespace stub_platform {
 

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "CommunicationsServiceIfc.h"
-#include "framework/Executable.h"
-#include "framework/InvokerResponse.h"
+#include "platform/framework/Executable.h"
+#include "platform/framework/InvokerResponse.h"
 
 class StubService final : public Executable, public CommunicationsServiceIfc
 {

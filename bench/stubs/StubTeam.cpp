@@ -1,9 +1,9 @@
 // Team features, pick-up and recording that do nothing.
-#include "recording/MediaRecordingService.h"
-#include "team/DirectedPickupHandler.h"
-#include "team/FeatureToggle.h"
-#include "team/TeamServiceFeatures.h"
-#include "team/TeamServiceKeyset.h"
+#include "platform/recording/MediaRecordingService.h"
+#include "platform/team/DirectedPickupHandler.h"
+#include "platform/team/FeatureToggle.h"
+#include "platform/team/TeamServiceFeatures.h"
+#include "platform/team/TeamServiceKeyset.h"
 
 namespace {
 

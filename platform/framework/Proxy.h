@@ -2,7 +2,7 @@
 // The framework creates one for each interface that an application asks for, and owns it.
 #pragma once
 
-#include "framework/Executable.h"
+#include "platform/framework/Executable.h"
 
 class ProxyRequest;
 

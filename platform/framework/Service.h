@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "framework/Executable.h"
-#include "framework/Threadable.h"
+#include "platform/framework/Executable.h"
+#include "platform/framework/Threadable.h"
 
 class CommsChannelIfc;
 class CommsChannelDataContainerMessage;

@@ -2,7 +2,7 @@
 // empty context, whose look-ups find nothing.
 #pragma once
 
-#include "framework/FrameworkContext.h"
+#include "platform/framework/FrameworkContext.h"
 
 class SvcRTEContext : public FrameworkContext
 {};

@@ -5,8 +5,8 @@
 #include <map>
 #include <string>
 
-#include "lines/ELineState.h"
-#include "sfi/SfiTypes.h"
+#include "platform/lines/ELineState.h"
+#include "platform/sfi/SfiTypes.h"
 
 class LineData;
 

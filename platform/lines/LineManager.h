@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "lines/ELineState.h"
+#include "platform/lines/ELineState.h"
 
 class DigitAnalysisServiceIfc;
 class Executable;

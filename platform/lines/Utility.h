@@ -1,7 +1,7 @@
 // Small questions about lines that the platform answers.
 #pragma once
 
-#include "lines/ELineState.h"
+#include "platform/lines/ELineState.h"
 
 class Line;
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "management/DataNode.h"
-#include "management/DxlCollection.h"
+#include "platform/management/DataNode.h"
+#include "platform/management/DxlCollection.h"
 
 class LocalMgmtIfc;
 

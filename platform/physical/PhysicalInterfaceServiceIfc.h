@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "physical/PhysDefs.h"
+#include "platform/physical/PhysDefs.h"
 
 class functionalEventObserver;
 class physicalEventObserver;

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "physical/PhysDefs.h"
+#include "platform/physical/PhysDefs.h"
 
 class Executable;
 

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "physical/PhysDefs.h"
+#include "platform/physical/PhysDefs.h"
 
 class Executable;
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "framework/Executable.h"
+#include "platform/framework/Executable.h"
 
 class ManageableData;
 class MgmtAgentIfc;

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "sfi/SfiTypes.h"
+#include "platform/sfi/SfiTypes.h"
 
 class AuditoryDeviceIfc;
 class Executable;

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "sfi/SfiTypes.h"
+#include "platform/sfi/SfiTypes.h"
 
 class Executable;
 class SvcRTEContext;

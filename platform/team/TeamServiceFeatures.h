@@ -4,9 +4,9 @@
 
 #include <string>
 
-#include "physical/PhysDefs.h"
-#include "sfi/SfiTypes.h"
-#include "team/ZEBLocalFeaturesDefs.h"
+#include "platform/physical/PhysDefs.h"
+#include "platform/sfi/SfiTypes.h"
+#include "platform/team/ZEBLocalFeaturesDefs.h"
 
 class CertificateMgmtSvcIfc;
 class EACockpitHandler;

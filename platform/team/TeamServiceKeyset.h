@@ -5,8 +5,8 @@
 
 #include <string>
 
-#include "physical/PhysDefs.h"
-#include "sfi/SfiTypes.h"
+#include "platform/physical/PhysDefs.h"
+#include "platform/sfi/SfiTypes.h"
 
 class Executable;
 class SvcRTEContext;

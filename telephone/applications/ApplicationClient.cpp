@@ -1,14 +1,14 @@
-#include "applications/ApplicationClient.h"
-
-#include <poll.h>
-#include <sys/socket.h>
+#include "telephone/applications/ApplicationClient.h"
 
 #include <array>
 #include <cerrno>
 #include <cstddef>
 #include <stdexcept>
 
-#include "applications/SocketPath.h"
+#include <poll.h>
+#include <sys/socket.h>
+
+#include "telephone/applications/SocketPath.h"
 
 namespace telephone {
 
@@ -22,8 +22,9 @@ void ApplicationClient::send(std::string_view request)
     std::size_t sent = 0;
     while (sent < message.size()) {
         ssize_t const count = ::send(socket_.get(), message.data() + sent, message.size() - sent, MSG_NOSIGNAL);
-        if (count < 0 && errno != EINTR)
+        if (count < 0 && errno != EINTR) {
             throw std::runtime_error("the telephone has gone");
+        }
         sent += count > 0 ? static_cast<std::size_t>(count) : 0;
     }
 }
@@ -32,29 +33,34 @@ std::optional<ApplicationMessage> ApplicationClient::receive(int stop)
 {
     std::size_t end = input_.find(kMessageEnd);
     while (end == std::string::npos) {
-        if (!read(stop))
+        if (!read(stop)) {
             return std::nullopt;
+        }
         end = input_.find(kMessageEnd);
     }
     std::string const text = input_.substr(0, end);
     input_.erase(0, end + 1);
     auto message = parseApplicationMessage(text);
-    if (!message)
+    if (!message) {
         throw std::runtime_error("not a message of a telephone: " + text);
+    }
     return message;
 }
 
 bool ApplicationClient::read(int stop)
 {
     std::array<pollfd, 2> waited{{{socket_.get(), POLLIN, 0}, {stop, POLLIN, 0}}};
-    if (poll(waited.data(), waited.size(), -1) < 0)
+    if (poll(waited.data(), waited.size(), -1) < 0) {
         return errno == EINTR;
-    if ((waited[1].revents & POLLIN) != 0)
+    }
+    if ((waited[1].revents & POLLIN) != 0) {
         return false;
+    }
     std::array<char, std::size_t{64} * 1024> buffer;
     ssize_t const count = recv(socket_.get(), buffer.data(), buffer.size(), 0);
-    if (count <= 0)
+    if (count <= 0) {
         return false;
+    }
     input_.append(buffer.data(), static_cast<std::size_t>(count));
     return true;
 }

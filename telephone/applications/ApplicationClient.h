@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "applications/ApplicationProtocol.h"
-#include "framework/FileDescriptor.h"
+#include "telephone/applications/ApplicationProtocol.h"
+#include "telephone/framework/FileDescriptor.h"
 
 namespace telephone {
 

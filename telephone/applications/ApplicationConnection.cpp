@@ -1,14 +1,14 @@
-#include "applications/ApplicationConnection.h"
-
-#include <sys/socket.h>
+#include "telephone/applications/ApplicationConnection.h"
 
 #include <array>
 #include <cerrno>
 
-#include "applications/ApplicationProtocol.h"
-#include "framework/Channel.h"
-#include "framework/Log.h"
-#include "framework/RequestRunner.h"
+#include <sys/socket.h>
+
+#include "telephone/applications/ApplicationProtocol.h"
+#include "telephone/framework/Channel.h"
+#include "telephone/framework/Log.h"
+#include "telephone/framework/RequestRunner.h"
 
 namespace telephone {
 
@@ -23,12 +23,13 @@ void ApplicationConnection::receive()
 {
     std::array<char, kReadSize> buffer;
     ssize_t const count = recv(socket_.get(), buffer.data(), buffer.size(), MSG_DONTWAIT);
-    if (count > 0)
+    if (count > 0) {
         input_.append(buffer.data(), static_cast<std::size_t>(count));
-    else if (count == 0)
+    } else if (count == 0) {
         ended_ = true;
-    else if (errno != EAGAIN && errno != EINTR)
+    } else if (errno != EAGAIN && errno != EINTR) {
         over_ = true;
+    }
     send();
 }
 
@@ -36,10 +37,12 @@ void ApplicationConnection::handleRequests()
 {
     std::size_t end = 0;
     while (!isFull() && (end = input_.find(kMessageEnd, searched_)) != std::string::npos) {
-        if (!skipping_)
+        if (!skipping_) {
             checkLength(end - handled_);
-        if (!skipping_)
+        }
+        if (!skipping_) {
             handle(std::string_view(input_).substr(handled_, end - handled_));
+        }
         skipping_ = false;
         handled_ = searched_ = end + 1;
     }
@@ -51,34 +54,40 @@ void ApplicationConnection::handleRequests()
     }
     searched_ = input_.size();
     checkLength(input_.size());
-    if (skipping_)
+    if (skipping_) {
         input_.clear();
+    }
     searched_ = input_.size();
-    if (ended_)
+    if (ended_) {
         refuseRest();
+    }
 }
 
 void ApplicationConnection::checkLength(std::size_t length)
 {
-    if (skipping_ || length <= kLongestRequest)
+    if (skipping_ || length <= kLongestRequest) {
         return;
+    }
     skipping_ = true;
     appendError(output_, "the request is longer than " + std::to_string(kLongestRequest) + " bytes; skipped");
 }
 
 void ApplicationConnection::handle(std::string_view request)
 {
-    RequestRunner::Outcome const outcome = runner_.run(*channel_, request);
-    if (outcome.answer)
-        appendAnswer(output_, *outcome.answer);
-    if (outcome.finished)
+    RequestRunner::Reply const reply = runner_.run(*channel_, request);
+    if (reply.answer) {
+        appendAnswer(output_, *reply.answer);
+    }
+    if (reply.finished) {
         appendFinished(output_);
+    }
 }
 
 void ApplicationConnection::refuseRest()
 {
-    if (!input_.empty())
+    if (!input_.empty()) {
         appendError(output_, "the last request has no end (a NUL byte); not handled");
+    }
     input_.clear();
     searched_ = 0;
 }
@@ -88,11 +97,13 @@ void ApplicationConnection::send()
     while (!over_) {
         handleRequests();
         collectEvents();
-        if (output_.empty())
+        if (output_.empty()) {
             return;
+        }
         write();
-        if (!output_.empty())
+        if (!output_.empty()) {
             return;
+        }
     }
 }
 
@@ -100,10 +111,12 @@ void ApplicationConnection::collectEvents()
 {
     while (!isFull()) {
         auto const events = channel_->events().take(kEventsAtOnce);
-        if (events.empty())
+        if (events.empty()) {
             return;
-        for (NumberedEvent const& event : events)
+        }
+        for (NumberedEvent const& event : events) {
             appendEvent(output_, event.number, event.text);
+        }
     }
 }
 

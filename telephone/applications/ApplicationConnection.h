@@ -2,8 +2,6 @@
 // ApplicationServer and used on its thread alone.
 #pragma once
 
-#include <sys/epoll.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -11,7 +9,9 @@
 #include <string_view>
 #include <utility>
 
-#include "framework/FileDescriptor.h"
+#include <sys/epoll.h>
+
+#include "telephone/framework/FileDescriptor.h"
 
 namespace telephone {
 

@@ -1,4 +1,4 @@
-#include "applications/ApplicationProtocol.h"
+#include "telephone/applications/ApplicationProtocol.h"
 
 #include <array>
 #include <charconv>
@@ -54,16 +54,19 @@ void appendError(std::string& output, std::string_view reason)
 std::optional<ApplicationMessage> parseApplicationMessage(std::string_view message)
 {
     auto const lineEnd = message.find('\n');
-    if (lineEnd == std::string_view::npos)
+    if (lineEnd == std::string_view::npos) {
         return std::nullopt;
+    }
     std::string_view const head = message.substr(0, lineEnd);
     std::string_view const word = head.substr(0, head.find(' '));
     for (Name const& each : kNames) {
-        if (each.name != word)
+        if (each.name != word) {
             continue;
+        }
         ApplicationMessage result{each.kind, 0, std::string(message.substr(lineEnd + 1))};
-        if (word.size() < head.size())
+        if (word.size() < head.size()) {
             std::from_chars(head.data() + word.size() + 1, head.data() + head.size(), result.number);
+        }
         return result;
     }
     return std::nullopt;

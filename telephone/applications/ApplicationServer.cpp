@@ -1,19 +1,19 @@
-#include "applications/ApplicationServer.h"
-
-#include <poll.h>
-#include <sys/epoll.h>
-#include <sys/socket.h>
+#include "telephone/applications/ApplicationServer.h"
 
 #include <array>
 #include <cerrno>
 #include <system_error>
 
-#include "applications/ApplicationConnection.h"
-#include "applications/ApplicationProtocol.h"
-#include "applications/SocketPath.h"
-#include "framework/Channel.h"
-#include "framework/Log.h"
-#include "framework/TelephoneContext.h"
+#include <poll.h>
+#include <sys/epoll.h>
+#include <sys/socket.h>
+
+#include "telephone/applications/ApplicationConnection.h"
+#include "telephone/applications/ApplicationProtocol.h"
+#include "telephone/applications/SocketPath.h"
+#include "telephone/framework/Channel.h"
+#include "telephone/framework/Log.h"
+#include "telephone/framework/TelephoneContext.h"
 
 namespace telephone {
 
@@ -34,8 +34,9 @@ ApplicationServer::ApplicationServer(Settings settings, TelephoneContext& contex
     , poll_(epoll_create1(EPOLL_CLOEXEC))
     , lastId_(kWakeUp)
 {
-    if (!poll_)
+    if (!poll_) {
         throw std::system_error(errno, std::generic_category(), "epoll");
+    }
     watch(listener_.get(), kListener, EPOLLIN, true);
     watch(wakeUp_.descriptor(), kWakeUp, EPOLLIN, true);
     thread_ = std::thread([this] { run(); });
@@ -50,8 +51,9 @@ ApplicationServer::~ApplicationServer()
     }
     wakeUp_.signal();
     thread_.join();
-    while (!connections_.empty())
+    while (!connections_.empty()) {
         close(connections_.begin()->first);
+    }
     ::unlink(settings_.path.c_str());
 }
 
@@ -60,8 +62,9 @@ void ApplicationServer::watch(int descriptor, Id id, std::uint32_t events, bool 
     epoll_event event{};
     event.events = events;
     event.data.u64 = id;
-    if (epoll_ctl(poll_.get(), isNew ? EPOLL_CTL_ADD : EPOLL_CTL_MOD, descriptor, &event) != 0)
+    if (epoll_ctl(poll_.get(), isNew ? EPOLL_CTL_ADD : EPOLL_CTL_MOD, descriptor, &event) != 0) {
         throw std::system_error(errno, std::generic_category(), "epoll");
+    }
 }
 
 void ApplicationServer::run()
@@ -71,8 +74,9 @@ void ApplicationServer::run()
         int const count = epoll_wait(poll_.get(), events.data(), static_cast<int>(events.size()), -1);
         {
             std::lock_guard const lock(mutex_);
-            if (stopping_)
+            if (stopping_) {
                 return;
+            }
         }
         for (int i = 0; i < count; ++i) {
             auto const& event = events.at(static_cast<std::size_t>(i));
@@ -83,18 +87,22 @@ void ApplicationServer::run()
 
 void ApplicationServer::dispatch(Id id, std::uint32_t events)
 {
-    if (id == kListener)
+    if (id == kListener) {
         return accept();
-    if (id == kWakeUp)
+    }
+    if (id == kWakeUp) {
         return sendEvents();
+    }
     auto const found = connections_.find(id);
-    if (found == connections_.end())
+    if (found == connections_.end()) {
         return;
+    }
     ApplicationConnection& connection = *found->second;
-    if ((events & (EPOLLIN | EPOLLHUP | EPOLLERR)) != 0)
+    if ((events & (EPOLLIN | EPOLLHUP | EPOLLERR)) != 0) {
         connection.receive();
-    else
+    } else {
         connection.send();
+    }
     update(id, connection);
 }
 
@@ -109,8 +117,9 @@ void ApplicationServer::accept()
         }
         return;
     }
-    if (connections_.size() >= settings_.maximumApplications)
+    if (connections_.size() >= settings_.maximumApplications) {
         return refuse(std::move(socket));
+    }
     Id const id = ++lastId_;
     auto channel = context_.openChannel("application-" + std::to_string(id - kWakeUp), settings_.queuedEvents,
                                         [this, id] { eventsCame(id); });
@@ -146,8 +155,9 @@ void ApplicationServer::sendEvents()
     }
     for (Id const id : ids) {
         auto const found = connections_.find(id);
-        if (found == connections_.end())
+        if (found == connections_.end()) {
             continue;
+        }
         found->second->send();
         update(id, *found->second);
     }
@@ -155,12 +165,14 @@ void ApplicationServer::sendEvents()
 
 void ApplicationServer::update(Id id, ApplicationConnection& connection)
 {
-    if (connection.isOver())
+    if (connection.isOver()) {
         return close(id);
+    }
     std::uint32_t const receive = connection.wantsToReceive() ? std::uint32_t{EPOLLIN} : 0U;
     std::uint32_t const send = connection.wantsToSend() ? std::uint32_t{EPOLLOUT} : 0U;
-    if (connection.changeInterest(receive | send))
+    if (connection.changeInterest(receive | send)) {
         watch(connection.descriptor(), id, receive | send, false);
+    }
 }
 
 void ApplicationServer::close(Id id)
@@ -169,9 +181,10 @@ void ApplicationServer::close(Id id)
     std::unique_ptr<ApplicationConnection> const connection = std::move(found->second);
     connections_.erase(found);
     std::uint64_t const dropped = connection->channel()->events().dropped();
-    if (dropped > 0)
+    if (dropped > 0) {
         log(kLogWarning, "applications", "{} did not read: {} events were dropped", connection->channel()->name(),
             dropped);
+    }
     context_.closeChannel(connection->channel());
 }
 

@@ -14,8 +14,8 @@
 #include <thread>
 #include <vector>
 
-#include "framework/FileDescriptor.h"
-#include "framework/WakeUp.h"
+#include "telephone/framework/FileDescriptor.h"
+#include "telephone/framework/WakeUp.h"
 
 namespace telephone {
 

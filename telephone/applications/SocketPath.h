@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "framework/FileDescriptor.h"
+#include "telephone/framework/FileDescriptor.h"
 
 namespace telephone {
 

@@ -1,4 +1,4 @@
-#include "configuration/Configuration.h"
+#include "telephone/configuration/Configuration.h"
 
 namespace telephone {
 

@@ -1,8 +1,8 @@
-#include "configuration/ConfigurationFields.h"
+#include "telephone/configuration/ConfigurationFields.h"
 
 #include <spdlog/fmt/fmt.h>
 
-#include "configuration/Choices.h"
+#include "telephone/configuration/Choices.h"
 
 namespace telephone {
 

@@ -9,7 +9,7 @@
 #include <variant>
 #include <vector>
 
-#include "configuration/Configuration.h"
+#include "telephone/configuration/Configuration.h"
 
 namespace telephone {
 

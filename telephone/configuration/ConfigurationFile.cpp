@@ -1,7 +1,4 @@
-#include "configuration/ConfigurationFile.h"
-
-#include <spdlog/fmt/fmt.h>
-#include <toml++/toml.h>
+#include "telephone/configuration/ConfigurationFile.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -12,10 +9,13 @@
 #include <sstream>
 #include <utility>
 
-#include "configuration/Choices.h"
-#include "configuration/ConfigurationFields.h"
-#include "configuration/ConfigurationRules.h"
-#include "configuration/NearestName.h"
+#include <spdlog/fmt/fmt.h>
+#include <toml++/toml.h>
+
+#include "telephone/configuration/Choices.h"
+#include "telephone/configuration/ConfigurationFields.h"
+#include "telephone/configuration/ConfigurationRules.h"
+#include "telephone/configuration/NearestName.h"
 
 namespace telephone {
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-#include "configuration/Configuration.h"
-#include "configuration/ConfigurationError.h"
+#include "telephone/configuration/Configuration.h"
+#include "telephone/configuration/ConfigurationError.h"
 
 namespace telephone {
 

@@ -1,8 +1,8 @@
-#include "configuration/ConfigurationPage.h"
+#include "telephone/configuration/ConfigurationPage.h"
 
 #include <spdlog/fmt/fmt.h>
 
-#include "configuration/ConfigurationFields.h"
+#include "telephone/configuration/ConfigurationFields.h"
 
 namespace telephone {
 

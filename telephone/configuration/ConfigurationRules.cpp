@@ -1,12 +1,11 @@
-#include "configuration/ConfigurationRules.h"
-
-#include <arpa/inet.h>
+#include "telephone/configuration/ConfigurationRules.h"
 
 #include <algorithm>
 #include <array>
 #include <cctype>
 #include <map>
 
+#include <arpa/inet.h>
 #include <spdlog/fmt/fmt.h>
 
 namespace telephone {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "configuration/Configuration.h"
+#include "telephone/configuration/Configuration.h"
 
 namespace telephone {
 

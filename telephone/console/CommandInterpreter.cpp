@@ -1,18 +1,18 @@
-#include "console/CommandInterpreter.h"
+#include "telephone/console/CommandInterpreter.h"
 
 #include <algorithm>
 #include <limits>
 
-#include "console/CommandError.h"
-#include "console/EventPattern.h"
-#include "console/Help.h"
-#include "console/Names.h"
-#include "console/RequestText.h"
-#include "console/TelephoneControls.h"
-#include "console/Transcript.h"
-#include "framework/Channel.h"
-#include "framework/Log.h"
-#include "framework/RequestRunner.h"
+#include "telephone/base/Names.h"
+#include "telephone/console/CommandError.h"
+#include "telephone/console/EventPattern.h"
+#include "telephone/console/Help.h"
+#include "telephone/console/RequestText.h"
+#include "telephone/console/TelephoneControls.h"
+#include "telephone/console/Transcript.h"
+#include "telephone/framework/Channel.h"
+#include "telephone/framework/Log.h"
+#include "telephone/framework/RequestRunner.h"
 
 namespace telephone {
 
@@ -23,17 +23,20 @@ constexpr int kMostLogLevel = 6;
 
 void demand(TelephoneControls::Refusal const& refusal)
 {
-    if (refusal)
+    if (refusal) {
         throw CommandError(*refusal);
+    }
 }
 
 // One of two words.
 bool choice(std::string const& word, std::string_view yes, std::string_view no)
 {
-    if (equalIgnoringCase(word, yes))
+    if (equalIgnoringCase(word, yes)) {
         return true;
-    if (equalIgnoringCase(word, no))
+    }
+    if (equalIgnoringCase(word, no)) {
         return false;
+    }
     throw CommandError("\"" + word + "\" is neither " + std::string(yes) + " nor " + std::string(no));
 }
 
@@ -87,8 +90,9 @@ CommandInterpreter::Command const* CommandInterpreter::findCommand(std::string_v
 std::vector<std::string_view> CommandInterpreter::commandNames()
 {
     std::vector<std::string_view> names;
-    for (Command const& each : commands())
+    for (Command const& each : commands()) {
         names.push_back(each.name);
+    }
     return names;
 }
 
@@ -105,12 +109,14 @@ CommandInterpreter::Result CommandInterpreter::run(std::string_view line)
 
 CommandInterpreter::Result CommandInterpreter::run(Words const& words)
 {
-    if (words.empty())
+    if (words.empty()) {
         return {};
+    }
     Command const* const command = findCommand(words.front());
     if (command == nullptr) {
-        if (findRequest(words.front()) != nullptr)
+        if (findRequest(words.front()) != nullptr) {
             return send(requestText(words));
+        }
         auto names = requestNames();
         auto const others = commandNames();
         names.insert(names.end(), others.begin(), others.end());
@@ -118,8 +124,9 @@ CommandInterpreter::Result CommandInterpreter::run(Words const& words)
                            "; help lists them");
     }
     std::size_t const arguments = words.size() - 1;
-    if (arguments < command->least || arguments > command->most)
+    if (arguments < command->least || arguments > command->most) {
         throw CommandError("write it as: " + std::string(command->name) + " " + std::string(command->arguments));
+    }
     (this->*command->handler)(words);
     return {command->handler == &CommandInterpreter::quit ? Kind::kQuit : Kind::kCommand, std::nullopt};
 }
@@ -127,34 +134,41 @@ CommandInterpreter::Result CommandInterpreter::run(Words const& words)
 CommandInterpreter::Result CommandInterpreter::send(std::string const& request)
 {
     transcript_.request(request);
-    RequestRunner::Outcome outcome = runner_.run(channel_, request);
-    if (outcome.answer)
-        transcript_.answer(*outcome.answer);
-    else
+    RequestRunner::Reply reply = runner_.run(channel_, request);
+    if (reply.answer) {
+        transcript_.answer(*reply.answer);
+    } else {
         transcript_.noAnswer();
-    return {Kind::kRequest, std::move(outcome.answer)};
+    }
+    return {Kind::kRequest, std::move(reply.answer)};
 }
 
 void CommandInterpreter::help(Words const& words)
 {
-    if (words.size() < 2)
+    if (words.size() < 2) {
         return helpForAll();
+    }
     std::string const& name = words[1];
     RequestDescription const* const request = findRequest(name);
     EventDescription const* const event = findEvent(name);
     Command const* const command = findCommand(name);
-    if (request != nullptr)
+    if (request != nullptr) {
         transcript_.rows(helpForRequest(*request));
-    if (event != nullptr)
+    }
+    if (event != nullptr) {
         transcript_.rows(helpForEvent(*event));
-    if (command != nullptr)
+    }
+    if (command != nullptr) {
         transcript_.note(std::string(command->name) + " " + std::string(command->arguments) + ": " +
                          std::string(command->meaning));
-    if (request != nullptr || event != nullptr || command != nullptr)
+    }
+    if (request != nullptr || event != nullptr || command != nullptr) {
         return;
+    }
     auto names = requestNames();
-    for (auto const& others : {eventNames(), commandNames()})
+    for (auto const& others : {eventNames(), commandNames()}) {
         names.insert(names.end(), others.begin(), others.end());
+    }
     throw CommandError("nothing is called " + name + suggestion(name, names));
 }
 
@@ -247,8 +261,9 @@ void CommandInterpreter::store(Words const& words)
         transcript_.rows(controls_.settings());
     } else if (words[1] == "get" && words.size() == 3) {
         auto const value = controls_.setting(words[2]);
-        if (!value)
+        if (!value) {
             throw CommandError("no setting " + words[2]);
+        }
         transcript_.note(words[2] + " = " + *value);
     } else if (words[1] == "set" && words.size() == 4) {
         demand(controls_.set(words[2], words[3]));
@@ -260,8 +275,9 @@ void CommandInterpreter::store(Words const& words)
 void CommandInterpreter::log(Words const& words)
 {
     std::string const& level = words[1];
-    if (level.size() != 1 || level[0] < '0' || level[0] > '0' + kMostLogLevel)
+    if (level.size() != 1 || level[0] < '0' || level[0] > '0' + kMostLogLevel) {
         throw CommandError("\"" + level + "\" is no log level: 0 (nothing) to 6 (every request)");
+    }
     setLogLevel(level[0] - '0');
 }
 

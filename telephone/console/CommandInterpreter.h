@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "console/Words.h"
+#include "telephone/console/Words.h"
 
 namespace telephone {
 

@@ -1,10 +1,10 @@
-#include "console/Completion.h"
+#include "telephone/console/Completion.h"
 
 #include "CommunicationsServiceRequests.h"
-#include "console/CommandInterpreter.h"
-#include "console/EventPattern.h"
-#include "console/Names.h"
-#include "console/RequestText.h"
+#include "telephone/base/Names.h"
+#include "telephone/console/CommandInterpreter.h"
+#include "telephone/console/EventPattern.h"
+#include "telephone/console/RequestText.h"
 
 namespace telephone {
 
@@ -18,8 +18,9 @@ bool begins(std::string_view name, std::string_view typed)
 void addMatching(std::vector<std::string>& found, std::vector<std::string_view> const& names, std::string_view typed)
 {
     for (std::string_view const name : names) {
-        if (begins(name, typed))
+        if (begins(name, typed)) {
             found.emplace_back(name);
+        }
     }
 }
 
@@ -36,15 +37,18 @@ std::vector<std::string> completions(std::string_view line)
         addMatching(found, requestNames(), typed);
         addMatching(found, CommandInterpreter::commandNames(), typed);
     }
-    if (equalIgnoringCase(command, "help"))
+    if (equalIgnoringCase(command, "help")) {
         addMatching(found, eventNames(), typed);
+    }
     RequestDescription const* const request = command.empty() ? nullptr : findRequest(command);
-    if (request == nullptr)
+    if (request == nullptr) {
         return found;
+    }
     for (RequestParameter const& each : request->parameters) {
         std::string const assignment = std::string(each.tag) + "=";
-        if (begins(assignment, typed) && before.find(" " + assignment) == std::string_view::npos)
+        if (begins(assignment, typed) && before.find(" " + assignment) == std::string_view::npos) {
             found.push_back(assignment);
+        }
     }
     return found;
 }

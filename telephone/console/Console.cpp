@@ -1,22 +1,22 @@
-#include "console/Console.h"
+#include "telephone/console/Console.h"
 
 #include <poll.h>
 #include <unistd.h>
 
 // readline needs FILE declared before.
-#include <cstdio>
-#include <readline/history.h>
-#include <readline/readline.h>
-
 #include <array>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <vector>
 
-#include "console/CommandError.h"
-#include "console/Completion.h"
-#include "console/Transcript.h"
+#include <readline/history.h>
+#include <readline/readline.h>
+
+#include "telephone/console/CommandError.h"
+#include "telephone/console/Completion.h"
+#include "telephone/console/Transcript.h"
 
 namespace telephone {
 
@@ -32,21 +32,24 @@ char** complete(char const* /*word*/, int /*start*/, int end)
 {
     rl_attempted_completion_over = 1;
     auto const found = completions(std::string_view(rl_line_buffer, static_cast<std::size_t>(end)));
-    if (found.empty())
+    if (found.empty()) {
         return nullptr;
+    }
     bool const isParameter = found.size() == 1 && found[0].ends_with('=');
     rl_completion_append_character = isParameter ? 0 : static_cast<unsigned char>(' ');
     std::string common = found[0];
     for (std::string const& each : found) {
-        while (!each.starts_with(common))
+        while (!each.starts_with(common)) {
             common.pop_back();
+        }
     }
     // readline frees what it gets with free: first the common beginning, then each, then null.
     std::size_t const count = found.size() == 1 ? 0 : found.size();
     auto** const list = static_cast<char**>(std::calloc(count + 2, sizeof(char*)));
     list[0] = strdup(common.c_str());
-    for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t i = 0; i < count; ++i) {
         list[i + 1] = strdup(found[i].c_str());
+    }
     return list;
 }
 
@@ -79,10 +82,11 @@ Console::~Console()
 
 void Console::run()
 {
-    if (isatty(STDIN_FILENO) == 1 && isatty(STDOUT_FILENO) == 1)
+    if (isatty(STDIN_FILENO) == 1 && isatty(STDOUT_FILENO) == 1) {
         runTerminal();
-    else
+    } else {
         runPipe();
+    }
 }
 
 void Console::runTerminal()
@@ -92,8 +96,9 @@ void Console::runTerminal()
     rl_catch_signals = 0;
     rl_callback_handler_install(kPrompt, &Console::lineTyped);
     conversation_.transcript().writeTo(printBesidePrompt);
-    while (!over_ && waitForInput())
+    while (!over_ && waitForInput()) {
         rl_callback_read_char();
+    }
     rl_callback_handler_remove();
     conversation_.transcript().writeTo(print);
     print("");
@@ -106,8 +111,9 @@ void Console::lineTyped(char* line)
         current->over_ = true;
         return;
     }
-    if (*line != '\0')
+    if (*line != '\0') {
         add_history(line);
+    }
     // While a line runs the prompt is not shown, and what it prints needs no redrawing.
     current->conversation_.transcript().writeTo(print);
     current->runLine(line);
@@ -124,8 +130,9 @@ void Console::runPipe()
         ssize_t const count = read(STDIN_FILENO, buffer.data(), buffer.size());
         bool const ended = count <= 0;
         pending.append(buffer.data(), ended ? 0 : static_cast<std::size_t>(count));
-        if (ended && !pending.empty())
+        if (ended && !pending.empty()) {
             pending += '\n';
+        }
         std::size_t end = 0;
         while (!over_ && (end = pending.find('\n')) != std::string::npos) {
             std::string const line = pending.substr(0, end);
@@ -147,10 +154,12 @@ bool Console::waitForInput()
             {conversation_.stopDescriptor(), POLLIN, 0},
         }};
         poll(waited.data(), waited.size(), kForever);
-        if (waited[2].revents != 0)
+        if (waited[2].revents != 0) {
             return false;
-        if (waited[0].revents != 0)
+        }
+        if (waited[0].revents != 0) {
             return true;
+        }
     }
 }
 

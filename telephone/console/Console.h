@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "console/Conversation.h"
+#include "telephone/console/Conversation.h"
 
 namespace telephone {
 

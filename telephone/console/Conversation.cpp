@@ -1,16 +1,16 @@
-#include "console/Conversation.h"
-
-#include <poll.h>
+#include "telephone/console/Conversation.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <stdexcept>
 
-#include "console/Transcript.h"
-#include "framework/Channel.h"
-#include "framework/RequestRunner.h"
-#include "framework/TelephoneContext.h"
+#include <poll.h>
+
+#include "telephone/console/Transcript.h"
+#include "telephone/framework/Channel.h"
+#include "telephone/framework/RequestRunner.h"
+#include "telephone/framework/TelephoneContext.h"
 
 namespace telephone {
 
@@ -52,14 +52,16 @@ bool Conversation::takeEvents()
     bool some = false;
     while (true) {
         auto const events = channel_->events().take(kEventsAtOnce);
-        if (events.empty())
+        if (events.empty()) {
             return some;
+        }
         some = true;
         lastActivity_ = Clock::now();
         for (NumberedEvent const& each : events) {
             transcript_.event(each.number, each.text);
-            if (listener_)
+            if (listener_) {
                 listener_(each.text);
+            }
         }
     }
 }
@@ -68,8 +70,9 @@ bool Conversation::waitForEvents(Clock::time_point deadline)
 {
     while (!takeEvents()) {
         auto const left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-        if (left <= 0ms || isStopped())
+        if (left <= 0ms || isStopped()) {
             return false;
+        }
         std::array<pollfd, 2> waited{{{wakeUp_.descriptor(), POLLIN, 0}, {stop_, POLLIN, 0}}};
         poll(waited.data(), waited.size(), static_cast<int>(left.count()));
     }

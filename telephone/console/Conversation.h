@@ -7,8 +7,8 @@
 #include <memory>
 #include <string>
 
-#include "console/CommandInterpreter.h"
-#include "framework/WakeUp.h"
+#include "telephone/console/CommandInterpreter.h"
+#include "telephone/framework/WakeUp.h"
 
 namespace telephone {
 

@@ -1,4 +1,4 @@
-#include "console/EventJournal.h"
+#include "telephone/console/EventJournal.h"
 
 #include <algorithm>
 
@@ -11,8 +11,9 @@ void EventJournal::add(std::string event)
 
 std::string const* EventJournal::take(EventPattern const& pattern)
 {
-    if (auto const* const found = takeFrom(afterLast_, events_.size(), pattern))
+    if (auto const* const found = takeFrom(afterLast_, events_.size(), pattern)) {
         return found;
+    }
     return takeFrom(std::min(requestAt_, afterLast_), afterLast_, pattern);
 }
 
@@ -20,8 +21,9 @@ std::string const* EventJournal::takeFrom(std::size_t first, std::size_t end, Ev
 {
     for (std::size_t i = first; i < end; ++i) {
         Entry& entry = events_[i];
-        if (entry.taken || !pattern.matches(entry.text))
+        if (entry.taken || !pattern.matches(entry.text)) {
             continue;
+        }
         entry.taken = true;
         afterLast_ = std::max(afterLast_, i + 1);
         return &entry.text;
@@ -32,8 +34,9 @@ std::string const* EventJournal::takeFrom(std::size_t first, std::size_t end, Ev
 std::string const* EventJournal::find(EventPattern const& pattern) const
 {
     for (std::size_t i = std::max(requestAt_, afterLast_); i < events_.size(); ++i) {
-        if (!events_[i].taken && pattern.matches(events_[i].text))
+        if (!events_[i].taken && pattern.matches(events_[i].text)) {
             return &events_[i].text;
+        }
     }
     return nullptr;
 }
@@ -42,8 +45,9 @@ std::vector<std::string> EventJournal::untaken() const
 {
     std::vector<std::string> texts;
     for (std::size_t i = std::min(requestAt_, afterLast_); i < events_.size(); ++i) {
-        if (!events_[i].taken)
+        if (!events_[i].taken) {
             texts.push_back(events_[i].text);
+        }
     }
     return texts;
 }

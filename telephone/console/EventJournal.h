@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "console/EventPattern.h"
+#include "telephone/console/EventPattern.h"
 
 namespace telephone {
 

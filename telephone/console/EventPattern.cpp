@@ -1,12 +1,12 @@
-#include "console/EventPattern.h"
+#include "telephone/console/EventPattern.h"
 
 #include <algorithm>
 #include <array>
 
-#include "console/CommandError.h"
-#include "console/Names.h"
-#include "console/RequestText.h"
-#include "sfi/SfiTypes.h"
+#include "platform/sfi/SfiTypes.h"
+#include "telephone/base/Names.h"
+#include "telephone/console/CommandError.h"
+#include "telephone/console/RequestText.h"
 
 namespace telephone {
 
@@ -44,19 +44,22 @@ constexpr std::string_view kStatePrefix = "sfiCallState";
 std::string stateNumber(std::string value)
 {
     std::string_view name = value;
-    if (name.starts_with(kStatePrefix))
+    if (name.starts_with(kStatePrefix)) {
         name.remove_prefix(kStatePrefix.size());
+    }
     for (StateName const& each : kStateNames) {
-        if (equalIgnoringCase(each.name, name))
+        if (equalIgnoringCase(each.name, name)) {
             return std::to_string(each.state);
+        }
     }
     return value;
 }
 
 std::string flagNumber(std::string const& value)
 {
-    if (equalIgnoringCase(value, "true"))
+    if (equalIgnoringCase(value, "true")) {
         return "1";
+    }
     return equalIgnoringCase(value, "false") ? "0" : value;
 }
 
@@ -80,8 +83,9 @@ EventDescription const* findEvent(std::string_view name)
         std::string const suffixed = std::string(name) + "Event";
         bool const isNamed = equalIgnoringCase(each.method, name) || equalIgnoringCase(each.operation, name) ||
                              equalIgnoringCase(each.method, suffixed);
-        if (!each.method.empty() && isNamed)
+        if (!each.method.empty() && isNamed) {
             return &each;
+        }
     }
     return nullptr;
 }
@@ -90,8 +94,9 @@ std::vector<std::string_view> eventNames()
 {
     std::vector<std::string_view> names;
     for (EventDescription const& each : kEventDescriptions) {
-        if (!each.method.empty())
+        if (!each.method.empty()) {
             names.push_back(each.method);
+        }
     }
     return names;
 }
@@ -99,14 +104,17 @@ std::vector<std::string_view> eventNames()
 EventPattern::EventPattern(Words const& words, std::size_t first)
     : event_(first < words.size() ? findEvent(words[first]) : nullptr)
 {
-    if (first >= words.size())
+    if (first >= words.size()) {
         throw CommandError("the name of an event is missing");
-    if (event_ == nullptr)
+    }
+    if (event_ == nullptr) {
         throw CommandError("no event " + words[first] + suggestion(words[first], eventNames()));
+    }
     for (std::size_t i = first + 1; i < words.size(); ++i) {
         auto const assignment = splitAssignment(words[i]);
-        if (!assignment)
+        if (!assignment) {
             throw CommandError("\"" + words[i] + "\" is not understood: write Tag=value, or within SECONDS");
+        }
         require(assignment->name, assignment->value);
     }
 }
@@ -116,10 +124,12 @@ void EventPattern::require(std::string const& name, std::string value)
     std::string known;
     for (EventElement const& each : event_->elements) {
         if (isMeant(each, name)) {
-            if (each.tag == "CallState")
+            if (each.tag == "CallState") {
                 value = stateNumber(std::move(value));
-            if (each.kind == EventElementKind::flag)
+            }
+            if (each.kind == EventElementKind::flag) {
                 value = flagNumber(value);
+            }
             required_.push_back({std::string(each.tag), std::move(value)});
             return;
         }

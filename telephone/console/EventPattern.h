@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "CommunicationsServiceEvents.h"
-#include "console/Words.h"
+#include "telephone/console/Words.h"
 
 namespace telephone {
 

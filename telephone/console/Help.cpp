@@ -1,4 +1,4 @@
-#include "console/Help.h"
+#include "telephone/console/Help.h"
 
 #include <array>
 
@@ -51,8 +51,9 @@ std::vector<std::string> requestRows()
     std::vector<std::string> rows;
     for (RequestDescription const& each : kRequestDescriptions) {
         std::string row(each.name);
-        for (RequestParameter const& parameter : each.parameters)
+        for (RequestParameter const& parameter : each.parameters) {
             row += " " + std::string(parameter.tag) + "=";
+        }
         rows.push_back(row);
     }
     return rows;
@@ -62,11 +63,13 @@ std::vector<std::string> eventRows()
 {
     std::vector<std::string> rows;
     for (EventDescription const& each : kEventDescriptions) {
-        if (each.method.empty())
+        if (each.method.empty()) {
             continue;
+        }
         std::string row(each.method);
-        for (EventElement const& element : each.elements)
+        for (EventElement const& element : each.elements) {
             row += " " + std::string(element.tag);
+        }
         rows.push_back(row);
     }
     return rows;
@@ -75,9 +78,10 @@ std::vector<std::string> eventRows()
 std::vector<std::string> helpForRequest(RequestDescription const& request)
 {
     std::vector<std::string> rows{std::string(request.name) + ": " + std::string(request.meaning)};
-    for (RequestParameter const& each : request.parameters)
+    for (RequestParameter const& each : request.parameters) {
         rows.push_back("  " + padded(std::string(each.tag) + "=", 28) +
                        std::string(kParameterKinds.at(static_cast<std::size_t>(each.kind))));
+    }
     rows.push_back("  answer: " + answerOf(request));
     return rows;
 }
@@ -85,9 +89,10 @@ std::vector<std::string> helpForRequest(RequestDescription const& request)
 std::vector<std::string> helpForEvent(EventDescription const& event)
 {
     std::vector<std::string> rows{std::string(event.method) + ": " + std::string(event.meaning)};
-    for (EventElement const& each : event.elements)
+    for (EventElement const& each : event.elements) {
         rows.push_back("  " + padded(each.tag, 28) +
                        std::string(kElementKinds.at(static_cast<std::size_t>(each.kind))));
+    }
     return rows;
 }
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "CommunicationsServiceRequests.h"
-#include "console/Words.h"
+#include "telephone/console/Words.h"
 
 namespace telephone {
 

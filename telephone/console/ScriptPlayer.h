@@ -18,8 +18,8 @@
 #include <optional>
 #include <string>
 
-#include "console/Conversation.h"
-#include "console/EventJournal.h"
+#include "telephone/console/Conversation.h"
+#include "telephone/console/EventJournal.h"
 
 namespace telephone {
 

@@ -1,4 +1,4 @@
-#include "console/Transcript.h"
+#include "telephone/console/Transcript.h"
 
 #include <array>
 #include <cstdio>
@@ -50,16 +50,18 @@ void Transcript::note(std::string_view text)
     while (true) {
         auto const end = text.find('\n');
         writer_(row(text.substr(0, end)));
-        if (end == std::string_view::npos)
+        if (end == std::string_view::npos) {
             return;
+        }
         text.remove_prefix(end + 1);
     }
 }
 
 void Transcript::rows(std::vector<std::string> const& rows)
 {
-    for (std::string const& each : rows)
+    for (std::string const& each : rows) {
         writer_(row(each));
+    }
 }
 
 }  // namespace telephone

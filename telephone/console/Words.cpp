@@ -1,9 +1,9 @@
-#include "console/Words.h"
+#include "telephone/console/Words.h"
 
 #include <cmath>
 #include <cstdlib>
 
-#include "console/CommandError.h"
+#include "telephone/console/CommandError.h"
 
 namespace telephone {
 
@@ -26,17 +26,19 @@ std::string takeWord(std::string_view& line)
     for (; i < line.size() && (quote != '\0' || !isBlank(line[i])); ++i) {
         char const letter = line[i];
         bool const escapes = quote == '"' && letter == '\\' && i + 1 < line.size();
-        if (escapes && (line[i + 1] == '"' || line[i + 1] == '\\'))
+        if (escapes && (line[i + 1] == '"' || line[i + 1] == '\\')) {
             word += line[++i];
-        else if (letter == quote)
+        } else if (letter == quote) {
             quote = '\0';
-        else if (quote == '\0' && (letter == '"' || letter == '\''))
+        } else if (quote == '\0' && (letter == '"' || letter == '\'')) {
             quote = letter;
-        else
+        } else {
             word += letter;
+        }
     }
-    if (quote != '\0')
+    if (quote != '\0') {
         throw CommandError(std::string("a quote ") + quote + " is not closed");
+    }
     line.remove_prefix(i);
     return word;
 }
@@ -48,8 +50,9 @@ Words splitWords(std::string_view line)
     Words words;
     while (true) {
         auto const start = line.find_first_not_of(kBlanks);
-        if (start == std::string_view::npos || line[start] == '#')
+        if (start == std::string_view::npos || line[start] == '#') {
             return words;
+        }
         line.remove_prefix(start);
         words.push_back(takeWord(line));
     }
@@ -58,24 +61,27 @@ Words splitWords(std::string_view line)
 std::string joinWords(Words const& words, std::size_t first)
 {
     std::string text;
-    for (std::size_t i = first; i < words.size(); ++i)
+    for (std::size_t i = first; i < words.size(); ++i) {
         text += (i == first ? "" : " ") + words[i];
+    }
     return text;
 }
 
 std::optional<Assignment> splitAssignment(std::string const& word)
 {
     auto const sign = word.find('=');
-    if (sign == std::string::npos || sign == 0)
+    if (sign == std::string::npos || sign == 0) {
         return std::nullopt;
+    }
     return Assignment{word.substr(0, sign), word.substr(sign + 1)};
 }
 
 std::string_view trimmed(std::string_view text)
 {
     auto const first = text.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos)
+    if (first == std::string_view::npos) {
         return {};
+    }
     return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
@@ -85,8 +91,9 @@ double secondsOf(std::string const& word)
     double const seconds = std::strtod(word.c_str(), &end);
     std::string const unit = end;
     bool const isNumber = end != word.c_str() && (unit.empty() || unit == "s");
-    if (!isNumber || !std::isfinite(seconds) || seconds < 0 || seconds > kMostSeconds)
+    if (!isNumber || !std::isfinite(seconds) || seconds < 0 || seconds > kMostSeconds) {
         throw CommandError("\"" + word + "\" is no number of seconds (0 to 86400)");
+    }
     return seconds;
 }
 

@@ -2,9 +2,9 @@
 // matter.
 #pragma once
 
-#include "sip/Audio.h"
-
 #include <deque>
+
+#include "telephone/sip/Audio.h"
 
 namespace telephone::exchange {
 
@@ -13,18 +13,20 @@ class AudioRelay final : public sip::AudioSource, public sip::AudioSink
 public:
     bool readFrame(sip::AudioFrame& frame) override
     {
-        if (frames_.empty())
+        if (frames_.empty()) {
             return false;
+        }
         frame = frames_.front();
         frames_.pop_front();
         return true;
     }
 
-    void writeFrame(const sip::AudioFrame& frame) override
+    void writeFrame(sip::AudioFrame const& frame) override
     {
         constexpr std::size_t kMostWaiting = 5;
-        if (frames_.size() >= kMostWaiting)
+        if (frames_.size() >= kMostWaiting) {
             frames_.pop_front();
+        }
         frames_.push_back(frame);
     }
 

@@ -1,12 +1,12 @@
-#include "DialogWatch.h"
+#include "telephone/exchange/DialogWatch.h"
 
 #include <algorithm>
 
 namespace telephone::exchange {
 
-DialogWatch::DialogWatch(ExchangeCore& core, std::string number, const std::string& contact,
-                         std::function<void(const std::string& number)> changed,
-                         std::function<void(const std::string& number)> ended)
+DialogWatch::DialogWatch(ExchangeCore& core, std::string number, std::string const& contact,
+                         std::function<void(std::string const& number)> changed,
+                         std::function<void(std::string const& number)> ended)
     : number_(std::move(number))
     , changed_(std::move(changed))
     , ended_(std::move(ended))
@@ -18,34 +18,35 @@ DialogWatch::DialogWatch(ExchangeCore& core, std::string number, const std::stri
     subscription_ = core.agent().subscribe(core.accountOf(number_), request, *this);
 }
 
-void DialogWatch::merge(const sip::DialogInfo& info)
+void DialogWatch::merge(sip::DialogInfo const& info)
 {
     // What ended has been told once.
-    std::erase_if(dialogs_, [](const auto& entry) { return entry.state == sip::DialogState::kTerminated; });
+    std::erase_if(dialogs_, [](auto const& entry) { return entry.state == sip::DialogState::kTerminated; });
     if (info.full) {
         dialogs_ = info.dialogs;
         return;
     }
-    for (const auto& entry : info.dialogs) {
-        std::erase_if(dialogs_, [&entry](const auto& known) { return known.id == entry.id; });
+    for (auto const& entry : info.dialogs) {
+        std::erase_if(dialogs_, [&entry](auto const& known) { return known.id == entry.id; });
         dialogs_.push_back(entry);
     }
 }
 
-void DialogWatch::onNotify(sip::Subscription&, const sip::Notification& notification)
+void DialogWatch::onNotify(sip::Subscription&, sip::Notification const& notification)
 {
-    const auto info = sip::DialogInfo::parse(notification.content.body);
-    if (!info)
+    auto const info = sip::DialogInfo::parse(notification.content.body);
+    if (!info) {
         return;
+    }
     known_ = true;
     merge(*info);
-    const auto changed = changed_;
+    auto const changed = changed_;
     changed(std::string(number_));
 }
 
-void DialogWatch::onTerminated(sip::Subscription&, int, const std::string&)
+void DialogWatch::onTerminated(sip::Subscription&, int, std::string const&)
 {
-    const auto ended = ended_;
+    auto const ended = ended_;
     ended(std::string(number_));
 }
 

@@ -1,9 +1,9 @@
-#include "Exchange.h"
-
-#include "ExchangeImpl.h"
+#include "telephone/exchange/Exchange.h"
 
 #include <algorithm>
 #include <mutex>
+
+#include "telephone/exchange/ExchangeImpl.h"
 
 namespace telephone::exchange {
 
@@ -38,31 +38,31 @@ std::uint16_t Exchange::tcpPort() const
     return impl_->agent_->tcpPort();
 }
 
-void Exchange::setBehaviour(const std::string& number, const std::optional<NumberBehaviour>& behaviour)
+void Exchange::setBehaviour(std::string const& number, std::optional<NumberBehaviour> const& behaviour)
 {
     std::lock_guard guard(impl_->loop_);
     impl_->setBehaviour(number, behaviour);
 }
 
-std::optional<NumberBehaviour> Exchange::behaviourOf(const std::string& number) const
+std::optional<NumberBehaviour> Exchange::behaviourOf(std::string const& number) const
 {
     std::lock_guard guard(impl_->loop_);
-    const NumberBehaviour* behaviour = impl_->behaviourOf(number);
+    NumberBehaviour const* behaviour = impl_->behaviourOf(number);
     return behaviour ? std::optional(*behaviour) : std::nullopt;
 }
 
-void Exchange::setMessages(const std::string& number, const sip::MessageCounts& counts, bool unsolicited)
+void Exchange::setMessages(std::string const& number, sip::MessageCounts const& counts, bool unsolicited)
 {
     std::lock_guard guard(impl_->loop_);
     impl_->setMessages(number, counts, unsolicited);
 }
 
-bool Exchange::isRegistered(const std::string& number) const
+bool Exchange::isRegistered(std::string const& number) const
 {
     return !contactsOf(number).empty();
 }
 
-std::vector<std::string> Exchange::contactsOf(const std::string& number) const
+std::vector<std::string> Exchange::contactsOf(std::string const& number) const
 {
     std::lock_guard guard(impl_->loop_);
     return impl_->registrar_.contactsOf(number);
@@ -72,16 +72,16 @@ std::size_t Exchange::callCount() const
 {
     std::lock_guard guard(impl_->loop_);
     return static_cast<std::size_t>(
-        std::count_if(impl_->calls_.begin(), impl_->calls_.end(), [](const auto& call) { return !call->isEnded(); }));
+        std::count_if(impl_->calls_.begin(), impl_->calls_.end(), [](auto const& call) { return !call->isEnded(); }));
 }
 
-std::size_t Exchange::watcherCount(const std::string& number, const std::string& event) const
+std::size_t Exchange::watcherCount(std::string const& number, std::string const& event) const
 {
     std::lock_guard guard(impl_->loop_);
     return (event == sip::kDialogEvent ? impl_->dialogWatchers_ : impl_->messageWatchers_).count(number);
 }
 
-bool Exchange::callNumber(const std::string& from, const std::string& to)
+bool Exchange::callNumber(std::string const& from, std::string const& to)
 {
     std::lock_guard guard(impl_->loop_);
     const std::string target = sip::targetUri(to, hostPort());

@@ -12,17 +12,16 @@
 // redirected; so for those it subscribes at the telephone itself and passes on what that tells.
 #pragma once
 
-#include "NumberBehaviour.h"
-
-#include "sip/DialogInfo.h"
-#include "sip/Log.h"
-
 #include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "telephone/exchange/NumberBehaviour.h"
+#include "telephone/sip/DialogInfo.h"
+#include "telephone/sip/Log.h"
 
 namespace telephone::sip {
 class EventLoop;
@@ -31,8 +30,8 @@ class EventLoop;
 namespace telephone::exchange {
 
 // Prefix of a number whose ringing call is to be picked up, and the number that picks up any ringing call.
-constexpr const char* kDirectedPickup = "*97";
-constexpr const char* kGroupPickup = "*98";
+constexpr char const* kDirectedPickup = "*97";
+constexpr char const* kGroupPickup = "*98";
 
 struct ExchangeUser
 {
@@ -59,8 +58,8 @@ public:
     // Throws std::runtime_error when it cannot bind its port, saying why.
     Exchange(sip::EventLoop& loop, ExchangeConfig config);
     ~Exchange();
-    Exchange(const Exchange&) = delete;
-    Exchange& operator=(const Exchange&) = delete;
+    Exchange(Exchange const&) = delete;
+    Exchange& operator=(Exchange const&) = delete;
 
     std::string hostPort() const;  // domain of its numbers, "127.0.0.1:5060"
     std::uint16_t port() const;    // UDP
@@ -68,21 +67,21 @@ public:
 
     // Gives a number another behaviour, or makes a new number; std::nullopt takes the number away. Calls that are up go
     // on as they began. Watchers of the number are told when it becomes busy or free by it.
-    void setBehaviour(const std::string& number, const std::optional<NumberBehaviour>& behaviour);
-    std::optional<NumberBehaviour> behaviourOf(const std::string& number) const;
+    void setBehaviour(std::string const& number, std::optional<NumberBehaviour> const& behaviour);
+    std::optional<NumberBehaviour> behaviourOf(std::string const& number) const;
 
     // How many messages wait for a number; its subscribers are told. unsolicited: its telephones too, unasked.
-    void setMessages(const std::string& number, const sip::MessageCounts& counts, bool unsolicited = false);
+    void setMessages(std::string const& number, sip::MessageCounts const& counts, bool unsolicited = false);
 
-    bool isRegistered(const std::string& number) const;
-    std::vector<std::string> contactsOf(const std::string& number) const;
+    bool isRegistered(std::string const& number) const;
+    std::vector<std::string> contactsOf(std::string const& number) const;
     // Calls of its own numbers that ring or talk.
     std::size_t callCount() const;
     // How many watch a number (event package "dialog" or "message-summary").
-    std::size_t watcherCount(const std::string& number, const std::string& event) const;
+    std::size_t watcherCount(std::string const& number, std::string const& event) const;
     // Calls a registered number (or any SIP URI) as one of its own numbers and echoes; the call stays until the far end
     // ends it. False, with the reason in the log, when there is nobody to call.
-    bool callNumber(const std::string& from, const std::string& to);
+    bool callNumber(std::string const& from, std::string const& to);
 
     struct Impl;
 

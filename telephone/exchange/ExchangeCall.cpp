@@ -1,14 +1,14 @@
-#include "ExchangeCall.h"
-
-#include "ExchangeCore.h"
+#include "telephone/exchange/ExchangeCall.h"
 
 #include <atomic>
+
+#include "telephone/exchange/ExchangeCore.h"
 
 namespace telephone::exchange {
 
 namespace {
 
-constexpr const char* kCstaType = "application/csta+xml";
+constexpr char const* kCstaType = "application/csta+xml";
 
 std::string nextId()
 {
@@ -16,14 +16,14 @@ std::string nextId()
     return "call-" + std::to_string(++last);
 }
 
-bool startsWith(const std::string& text, std::string_view beginning)
+bool startsWith(std::string const& text, std::string_view beginning)
 {
     return sip::equalsIgnoringCase(std::string_view(text).substr(0, beginning.size()), beginning);
 }
 
 }  // namespace
 
-ExchangeCall::ExchangeCall(ExchangeCore& core, std::string number, const NumberBehaviour& behaviour)
+ExchangeCall::ExchangeCall(ExchangeCore& core, std::string number, NumberBehaviour const& behaviour)
     : core_(core)
     , number_(std::move(number))
     , behaviour_(behaviour)
@@ -49,10 +49,11 @@ void ExchangeCall::take(std::unique_ptr<sip::Session> session)
     adopt(std::move(session));
     session_->ring();
     core_.changed(number_);
-    if (behaviour_.answerAfter == milliseconds(0))
+    if (behaviour_.answerAfter == milliseconds(0)) {
         answer();
-    else if (behaviour_.answerAfter != kNever)
+    } else if (behaviour_.answerAfter != kNever) {
         step_.start(behaviour_.answerAfter, [this] { answer(); });
+    }
 }
 
 void ExchangeCall::takeInsteadOf(std::unique_ptr<sip::Session> session, ExchangeCall& replaced)
@@ -79,8 +80,8 @@ void ExchangeCall::takeFor(std::unique_ptr<sip::Session> session, ExchangeCall& 
     outgoing.waitsForPartner_ = true;
 }
 
-bool ExchangeCall::dial(const std::string& target, const std::optional<sip::Replaces>& replaces,
-                        const std::string& referredBy, std::unique_ptr<sip::Transfer> askedBy)
+bool ExchangeCall::dial(std::string const& target, std::optional<sip::Replaces> const& replaces,
+                        std::string const& referredBy, std::unique_ptr<sip::Transfer> askedBy)
 {
     transfer_ = std::move(askedBy);
     sip::CallRequest request;
@@ -103,40 +104,47 @@ bool ExchangeCall::dial(const std::string& target, const std::optional<sip::Repl
 void ExchangeCall::answer()
 {
     answered_ = true;
-    if (!session_->answer())
+    if (!session_->answer()) {
         core_.say(sip::LogLevel::kWarning, "Number " + number_ + " cannot answer");
+    }
 }
 
 // What the number does after the answer, one thing after the other.
 void ExchangeCall::proceed()
 {
-    if (behaviour_.hangUpAfter > milliseconds(0))
+    if (behaviour_.hangUpAfter > milliseconds(0)) {
         hangUpTimer_.start(behaviour_.hangUpAfter, [this] { hangUp(); });
-    if (behaviour_.holdAfter > milliseconds(0))
+    }
+    if (behaviour_.holdAfter > milliseconds(0)) {
         step_.start(behaviour_.holdAfter, [this] { session_->modify(sip::Direction::kSendOnly); });
+    }
 }
 
 void ExchangeCall::hangUp()
 {
-    if (ended_)
+    if (ended_) {
         return;
+    }
     session_->hangUp();
     end();
 }
 
 void ExchangeCall::end()
 {
-    if (ended_)
+    if (ended_) {
         return;
+    }
     ended_ = true;
     step_.cancel();
     hangUpTimer_.cancel();
     ExchangeCall* partner = partner_;
     disconnect();
-    if (partner)
+    if (partner) {
         partner->hangUp();
-    if (answered_ && behaviour_.callBack && !session_->isOutgoing())
+    }
+    if (answered_ && behaviour_.callBack && !session_->isOutgoing()) {
         core_.callBack(number_, session_->remoteParty(), session_->remoteContact());
+    }
     core_.changed(number_);
     core_.drop(*this);
 }
@@ -154,8 +162,9 @@ void ExchangeCall::connect(ExchangeCall& other)
 
 void ExchangeCall::disconnect()
 {
-    if (!partner_)
+    if (!partner_) {
         return;
+    }
     for (ExchangeCall* call : {this, partner_}) {
         call->session_->audio().setSink(nullptr);
         call->session_->audio().setSource(nullptr);
@@ -164,13 +173,15 @@ void ExchangeCall::disconnect()
     partner_ = nullptr;
 }
 
-void ExchangeCall::tellTransfer(int status, const std::string& reason)
+void ExchangeCall::tellTransfer(int status, std::string const& reason)
 {
-    if (!transfer_)
+    if (!transfer_) {
         return;
+    }
     transfer_->notify(status, reason);
-    if (status >= 200)
+    if (status >= 200) {
         transfer_.reset();
+    }
 }
 
 bool ExchangeCall::isRinging() const
@@ -178,7 +189,7 @@ bool ExchangeCall::isRinging() const
     return !ended_ && !partner_ && session_ && !session_->isOutgoing() && !answered_;
 }
 
-bool ExchangeCall::matches(const sip::Replaces& wanted) const
+bool ExchangeCall::matches(sip::Replaces const& wanted) const
 {
     return !ended_ && session_ && session_->dialogId().matches(wanted);
 }
@@ -191,12 +202,14 @@ sip::DialogEntry ExchangeCall::dialogEntry() const
     entry.dialog = session_->dialogId();
     entry.recipient = !session_->isOutgoing();
     entry.state = DialogState::kEarly;
-    if (ended_)
+    if (ended_) {
         entry.state = DialogState::kTerminated;
-    else if (session_->state() == sip::SessionState::kCalling)
+    } else if (session_->state() == sip::SessionState::kCalling) {
         entry.state = DialogState::kTrying;
-    else if (session_->state() == sip::SessionState::kEstablished || session_->state() == sip::SessionState::kAnswering)
+    } else if (session_->state() == sip::SessionState::kEstablished ||
+               session_->state() == sip::SessionState::kAnswering) {
         entry.state = DialogState::kConfirmed;
+    }
     entry.local.identity = core_.accountOf(number_).addressOfRecord();
     entry.local.target = session_->localContact();
     const sip::NameAddr remote = session_->remoteParty();
@@ -204,7 +217,7 @@ sip::DialogEntry ExchangeCall::dialogEntry() const
     return entry;
 }
 
-void ExchangeCall::onProgress(sip::Session&, const sip::Response& response, bool)
+void ExchangeCall::onProgress(sip::Session&, sip::Response const& response, bool)
 {
     tellTransfer(response.status, response.reason);
     core_.changed(number_);
@@ -215,8 +228,9 @@ void ExchangeCall::onEstablished(sip::Session&)
     answered_ = true;
     tellTransfer(200, "OK");
     core_.changed(number_);
-    if (const auto replaced = replaced_.lock())
+    if (auto const replaced = replaced_.lock()) {
         (*replaced)->hangUp();
+    }
     if (waitsForPartner_ && partner_) {
         waitsForPartner_ = false;
         partner_->answer();
@@ -224,17 +238,19 @@ void ExchangeCall::onEstablished(sip::Session&)
     proceed();
 }
 
-void ExchangeCall::onModified(sip::Session&, bool accepted, int, const std::string&)
+void ExchangeCall::onModified(sip::Session&, bool accepted, int, std::string const&)
 {
-    const bool holding = session_->localDirection() == sip::Direction::kSendOnly;
-    if (accepted && holding && behaviour_.retrieveAfter > milliseconds(0))
+    bool const holding = session_->localDirection() == sip::Direction::kSendOnly;
+    if (accepted && holding && behaviour_.retrieveAfter > milliseconds(0)) {
         step_.start(behaviour_.retrieveAfter, [this] { session_->modify(sip::Direction::kSendReceive); });
+    }
 }
 
-void ExchangeCall::onInfo(sip::Session&, const sip::Content& content)
+void ExchangeCall::onInfo(sip::Session&, sip::Content const& content)
 {
-    if (startsWith(content.type, kCstaType))
+    if (startsWith(content.type, kCstaType)) {
         session_->sendInfo(content);
+    }
 }
 
 void ExchangeCall::onTransferRequested(sip::Session&, std::unique_ptr<sip::Transfer> transfer)
@@ -242,10 +258,11 @@ void ExchangeCall::onTransferRequested(sip::Session&, std::unique_ptr<sip::Trans
     core_.transfer(number_, std::move(transfer));
 }
 
-void ExchangeCall::onClosed(sip::Session&, const sip::Closing& closing)
+void ExchangeCall::onClosed(sip::Session&, sip::Closing const& closing)
 {
-    if (!answered_)
+    if (!answered_) {
         tellTransfer(closing.status >= 300 ? closing.status : 487, closing.text);
+    }
     end();
 }
 

@@ -2,14 +2,14 @@
 // it some time after it has ended. On the loop's thread, or under the lock.
 #pragma once
 
-#include "AudioRelay.h"
-#include "NumberBehaviour.h"
-#include "sip/DialogInfo.h"
-#include "sip/Session.h"
-#include "sip/Timer.h"
-
 #include <memory>
 #include <string>
+
+#include "telephone/exchange/AudioRelay.h"
+#include "telephone/exchange/NumberBehaviour.h"
+#include "telephone/sip/DialogInfo.h"
+#include "telephone/sip/Session.h"
+#include "telephone/sip/Timer.h"
 
 namespace telephone::exchange {
 
@@ -18,7 +18,7 @@ struct ExchangeCore;
 class ExchangeCall final : private sip::SessionObserver
 {
 public:
-    ExchangeCall(ExchangeCore& core, std::string number, const NumberBehaviour& behaviour);
+    ExchangeCall(ExchangeCore& core, std::string number, NumberBehaviour const& behaviour);
     ~ExchangeCall() override;
 
     // --- how a call begins
@@ -29,16 +29,16 @@ public:
     // Answers both, this call and the one that rings, and lets them hear each other.
     void pickUp(std::unique_ptr<sip::Session> session, ExchangeCall& ringing);
     // Calls out; a transfer that asked for it is told how it goes. False when nothing could be sent.
-    bool dial(const std::string& target, const std::optional<sip::Replaces>& replaces, const std::string& referredBy,
+    bool dial(std::string const& target, std::optional<sip::Replaces> const& replaces, std::string const& referredBy,
               std::unique_ptr<sip::Transfer> askedBy);
     // Takes a call, keeps it unanswered, calls out, and connects the two when that call is answered.
     void takeFor(std::unique_ptr<sip::Session> session, ExchangeCall& outgoing);
 
-    const std::string& number() const { return number_; }
+    std::string const& number() const { return number_; }
     bool isEnded() const { return ended_; }
     bool hasSession() const { return session_ != nullptr; }
     bool isRinging() const;
-    bool matches(const sip::Replaces& wanted) const;
+    bool matches(sip::Replaces const& wanted) const;
     sip::DialogEntry dialogEntry() const;
 
 private:
@@ -49,14 +49,14 @@ private:
     void end();
     void connect(ExchangeCall& other);
     void disconnect();
-    void tellTransfer(int status, const std::string& reason);
+    void tellTransfer(int status, std::string const& reason);
 
-    void onProgress(sip::Session&, const sip::Response& response, bool earlyMedia) override;
+    void onProgress(sip::Session&, sip::Response const& response, bool earlyMedia) override;
     void onEstablished(sip::Session&) override;
-    void onModified(sip::Session&, bool accepted, int status, const std::string& reason) override;
-    void onInfo(sip::Session&, const sip::Content& content) override;
+    void onModified(sip::Session&, bool accepted, int status, std::string const& reason) override;
+    void onInfo(sip::Session&, sip::Content const& content) override;
     void onTransferRequested(sip::Session&, std::unique_ptr<sip::Transfer> transfer) override;
-    void onClosed(sip::Session&, const sip::Closing& closing) override;
+    void onClosed(sip::Session&, sip::Closing const& closing) override;
 
     ExchangeCore& core_;
     std::string number_;

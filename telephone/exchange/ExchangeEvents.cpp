@@ -1,7 +1,7 @@
 // What the exchange tells to those who watch its numbers.
-#include "ExchangeImpl.h"
-
 #include <algorithm>
+
+#include "telephone/exchange/ExchangeImpl.h"
 
 namespace telephone::exchange {
 
@@ -9,7 +9,7 @@ namespace {
 
 constexpr int kBusyHere = 486;
 
-bool isBusy(const NumberBehaviour* behaviour)
+bool isBusy(NumberBehaviour const* behaviour)
 {
     return behaviour && behaviour->refuseWith == kBusyHere;
 }
@@ -18,8 +18,9 @@ bool isBusy(const NumberBehaviour* behaviour)
 
 void Exchange::Impl::onSubscribe(std::unique_ptr<sip::Notifier> notifier)
 {
-    if (closed_)
+    if (closed_) {
         return;
+    }
     const std::string number = sip::userOf(notifier->requestUri());
     if (notifier->event() == sip::kMessageSummaryEvent) {
         messageWatchers_.add(number, std::move(notifier), messageDocument(number));
@@ -31,22 +32,24 @@ void Exchange::Impl::onSubscribe(std::unique_ptr<sip::Notifier> notifier)
     }
 }
 
-void Exchange::Impl::changed(const std::string& number)
+void Exchange::Impl::changed(std::string const& number)
 {
-    if (closed_ || dialogWatchers_.count(number) == 0)
+    if (closed_ || dialogWatchers_.count(number) == 0) {
         return;
+    }
     dialogWatchers_.notify(number, dialogDocument(number));
 }
 
 // The whole state each time, the calls that just ended with it.
-std::string Exchange::Impl::dialogDocument(const std::string& number)
+std::string Exchange::Impl::dialogDocument(std::string const& number)
 {
     sip::DialogInfo info;
     info.version = dialogVersions_[number]++;
     info.entity = accountOf(number).addressOfRecord();
-    for (const auto& call : calls_) {
-        if (call->number() == number && call->hasSession())
+    for (auto const& call : calls_) {
+        if (call->number() == number && call->hasSession()) {
             info.dialogs.push_back(call->dialogEntry());
+        }
     }
     if (isBusy(behaviourOf(number))) {
         sip::DialogEntry busy;
@@ -54,80 +57,88 @@ std::string Exchange::Impl::dialogDocument(const std::string& number)
         busy.state = sip::DialogState::kConfirmed;
         info.dialogs.push_back(busy);
     }
-    if (const auto watch = watches_.find(number); watch != watches_.end())
+    if (auto const watch = watches_.find(number); watch != watches_.end()) {
         info.dialogs.insert(info.dialogs.end(), watch->second->dialogs().begin(), watch->second->dialogs().end());
+    }
     return info.format();
 }
 
-std::string Exchange::Impl::messageDocument(const std::string& number) const
+std::string Exchange::Impl::messageDocument(std::string const& number) const
 {
     sip::MessageSummary summary;
-    const auto found = messages_.find(number);
-    if (found != messages_.end())
+    auto const found = messages_.find(number);
+    if (found != messages_.end()) {
         summary.voice = found->second;
+    }
     summary.waiting = summary.voice.fresh + summary.voice.urgentFresh > 0;
     summary.account = accountOf(number).addressOfRecord();
     return summary.format();
 }
 
-void Exchange::Impl::setMessages(const std::string& number, const sip::MessageCounts& counts, bool unsolicited)
+void Exchange::Impl::setMessages(std::string const& number, sip::MessageCounts const& counts, bool unsolicited)
 {
     messages_[number] = counts;
     const std::string document = messageDocument(number);
     messageWatchers_.notify(number, document);
-    if (!unsolicited)
+    if (!unsolicited) {
         return;
+    }
     const sip::Headers headers{{"Event", sip::kMessageSummaryEvent}, {"Subscription-State", "active"}};
-    for (const auto& contact : registrar_.contactsOf(number))
+    for (auto const& contact : registrar_.contactsOf(number)) {
         agent_->request(accountOf(number), "NOTIFY", contact, headers, {sip::kMessageSummaryType, document}, {});
+    }
 }
 
 std::vector<std::string> Exchange::Impl::registeredNumbers()
 {
     auto numbers = registrar_.numbers();
-    std::erase_if(numbers, [this](const std::string& number) { return registrar_.contactsOf(number).empty(); });
+    std::erase_if(numbers, [this](std::string const& number) { return registrar_.contactsOf(number).empty(); });
     return numbers;
 }
 
-bool Exchange::Impl::isWatched(const std::string& number) const
+bool Exchange::Impl::isWatched(std::string const& number) const
 {
     return dialogWatchers_.count(number) > 0 ||
-           std::any_of(pickups_.begin(), pickups_.end(), [&](const auto& pickup) { return pickup->isFor(number); });
+           std::any_of(pickups_.begin(), pickups_.end(), [&](auto const& pickup) { return pickup->isFor(number); });
 }
 
-void Exchange::Impl::registrationChanged(const std::string& number)
+void Exchange::Impl::registrationChanged(std::string const& number)
 {
-    const bool registered = !registrar_.contactsOf(number).empty();
+    bool const registered = !registrar_.contactsOf(number).empty();
     say(sip::LogLevel::kInfo, number + (registered ? " is registered" : " is not registered any more"));
-    if (!registered)
+    if (!registered) {
         watches_.erase(number);
+    }
     updateWatch(number);
     changed(number);
 }
 
 // Asks a registered telephone for its calls as long as somebody wants to know them.
-void Exchange::Impl::updateWatch(const std::string& number)
+void Exchange::Impl::updateWatch(std::string const& number)
 {
-    if (closed_)
+    if (closed_) {
         return;
-    const auto contacts = registrar_.contactsOf(number);
+    }
+    auto const contacts = registrar_.contactsOf(number);
     if (!isWatched(number) || contacts.empty() || behaviourOf(number)) {
         watches_.erase(number);
         return;
     }
-    if (watches_.count(number))
+    if (watches_.count(number)) {
         return;
-    const auto told = [this](const std::string& about) {
+    }
+    auto const told = [this](std::string const& about) {
         changed(about);
         checkPickups(about);
     };
-    const auto ended = [this](const std::string& about) { dropWatch(about); };
+    auto const ended = [this](std::string const& about) { dropWatch(about); };
     auto watch = std::make_unique<DialogWatch>(*this, number, contacts.front(), told, ended);
-    if (watch->isRunning())
+    if (watch->isRunning()) {
         watches_.emplace(number, std::move(watch));
+    }
 }
 
-void Exchange::Impl::dropWatch(const std::string& number)
+void Exchange::Impl::dropWatch(std::string const& number)
 {
     say(sip::LogLevel::kInfo, "the telephone of " + number + " does not tell its calls any more");
     watches_.erase(number);

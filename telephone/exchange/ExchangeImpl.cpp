@@ -1,4 +1,4 @@
-#include "ExchangeImpl.h"
+#include "telephone/exchange/ExchangeImpl.h"
 
 #include <algorithm>
 
@@ -6,7 +6,7 @@ namespace telephone::exchange {
 
 namespace {
 
-constexpr const char* kCstaType = "application/csta+xml";
+constexpr char const* kCstaType = "application/csta+xml";
 
 bool startsWith(std::string_view text, std::string_view beginning)
 {
@@ -18,12 +18,13 @@ bool startsWith(std::string_view text, std::string_view beginning)
 Exchange::Impl::Impl(sip::EventLoop& loop, ExchangeConfig settings)
     : loop_(loop)
     , config_(std::move(settings))
-    , registrar_(config_, [this](const std::string& number) { registrationChanged(number); })
-    , dialogWatchers_(sip::kDialogInfoType, [this](const std::string& number) { updateWatch(number); })
-    , messageWatchers_(sip::kMessageSummaryType, [](const std::string&) {})
+    , registrar_(config_, [this](std::string const& number) { registrationChanged(number); })
+    , dialogWatchers_(sip::kDialogInfoType, [this](std::string const& number) { updateWatch(number); })
+    , messageWatchers_(sip::kMessageSummaryType, [](std::string const&) {})
 {
-    for (const auto& row : kNumbers)
+    for (auto const& row : kNumbers) {
         behaviours_.emplace(row.number, row.behaviour);
+    }
     sip::UserAgentConfig own;
     own.address = config_.address;
     own.udpPort = config_.port;
@@ -39,29 +40,32 @@ void Exchange::Impl::close()
     closed_ = true;
     pickups_.clear();
     watches_.clear();
-    for (auto& call : calls_)
+    for (auto& call : calls_) {
         call.reset();
+    }
     calls_.clear();
-    dialogWatchers_ = Watchers(sip::kDialogInfoType, [](const std::string&) {});
-    messageWatchers_ = Watchers(sip::kMessageSummaryType, [](const std::string&) {});
+    dialogWatchers_ = Watchers(sip::kDialogInfoType, [](std::string const&) {});
+    messageWatchers_ = Watchers(sip::kMessageSummaryType, [](std::string const&) {});
 }
 
-void Exchange::Impl::say(sip::LogLevel level, const std::string& line) const
+void Exchange::Impl::say(sip::LogLevel level, std::string const& line) const
 {
-    if (config_.log)
+    if (config_.log) {
         config_.log(level, "exchange: " + line);
+    }
 }
 
 void Exchange::Impl::post(std::function<void(Impl&)> work)
 {
     loop_.post([weak = weak_from_this(), work = std::move(work)] {
         const auto self = weak.lock();
-        if (self && !self->closed_)
+        if (self && !self->closed_) {
             work(*self);
+        }
     });
 }
 
-sip::Account Exchange::Impl::accountOf(const std::string& number) const
+sip::Account Exchange::Impl::accountOf(std::string const& number) const
 {
     sip::Account account;
     account.user = number;
@@ -69,22 +73,23 @@ sip::Account Exchange::Impl::accountOf(const std::string& number) const
     return account;
 }
 
-const NumberBehaviour* Exchange::Impl::behaviourOf(const std::string& number) const
+NumberBehaviour const* Exchange::Impl::behaviourOf(std::string const& number) const
 {
-    const auto found = behaviours_.find(number);
+    auto const found = behaviours_.find(number);
     return found == behaviours_.end() ? nullptr : &found->second;
 }
 
-void Exchange::Impl::setBehaviour(const std::string& number, const std::optional<NumberBehaviour>& behaviour)
+void Exchange::Impl::setBehaviour(std::string const& number, std::optional<NumberBehaviour> const& behaviour)
 {
-    if (behaviour)
+    if (behaviour) {
         behaviours_[number] = *behaviour;
-    else
+    } else {
         behaviours_.erase(number);
+    }
     changed(number);
 }
 
-bool Exchange::Impl::knowsUser(const std::string& user)
+bool Exchange::Impl::knowsUser(std::string const& user)
 {
     return user.empty() || behaviourOf(user) || registrar_.knows(user) || startsWith(user, kDirectedPickup) ||
            user == kGroupPickup;
@@ -92,7 +97,7 @@ bool Exchange::Impl::knowsUser(const std::string& user)
 
 // --- calls
 
-ExchangeCall& Exchange::Impl::add(const std::string& number, const NumberBehaviour& behaviour)
+ExchangeCall& Exchange::Impl::add(std::string const& number, NumberBehaviour const& behaviour)
 {
     calls_.push_back(std::make_unique<ExchangeCall>(*this, number, behaviour));
     return *calls_.back();
@@ -107,79 +112,86 @@ void Exchange::Impl::drop(ExchangeCall& call)
 
 void Exchange::Impl::onIncomingCall(std::unique_ptr<sip::Session> session)
 {
-    if (closed_)
+    if (closed_) {
         return;
+    }
     const std::string number = sip::userOf(session->invitation().requestUri);
-    const auto wanted = session->invitation().replaces;
-    const NumberBehaviour* behaviour = behaviourOf(number);
-    const auto contacts = registrar_.contactsOf(number);
+    auto const wanted = session->invitation().replaces;
+    NumberBehaviour const* behaviour = behaviourOf(number);
+    auto const contacts = registrar_.contactsOf(number);
     say(sip::LogLevel::kInfo, "call from " + session->invitation().from.uri.format() + " to " + number);
-    if (wanted && findCall(*wanted))
+    if (wanted && findCall(*wanted)) {
         replace(std::move(session), *wanted);
-    else if (startsWith(number, kDirectedPickup))
+    } else if (startsWith(number, kDirectedPickup)) {
         pickUp(std::move(session), number.substr(std::string_view(kDirectedPickup).size()));
-    else if (number == kGroupPickup)
+    } else if (number == kGroupPickup) {
         pickUp(std::move(session), "");
-    else if (!contacts.empty())
+    } else if (!contacts.empty()) {
         session->redirect(contacts.front());
-    else if (wanted)
+    } else if (wanted) {
         session->reject(481, "Call/Transaction Does Not Exist");
-    else if (behaviour && behaviour->refuseWith)
+    } else if (behaviour && behaviour->refuseWith) {
         session->reject(behaviour->refuseWith, behaviour->refuseText);
-    else if (behaviour)
+    } else if (behaviour) {
         add(number, *behaviour).take(std::move(session));
-    else
+    } else {
         refuseUnknown(std::move(session), number);
+    }
 }
 
-void Exchange::Impl::refuseUnknown(std::unique_ptr<sip::Session> session, const std::string& number)
+void Exchange::Impl::refuseUnknown(std::unique_ptr<sip::Session> session, std::string const& number)
 {
-    if (registrar_.knows(number))
+    if (registrar_.knows(number)) {
         session->reject(480, "Temporarily Unavailable");
-    else
+    } else {
         session->reject(404, "Not Found");
+    }
 }
 
-ExchangeCall* Exchange::Impl::findCall(const sip::Replaces& wanted)
+ExchangeCall* Exchange::Impl::findCall(sip::Replaces const& wanted)
 {
-    for (const auto& call : calls_) {
-        if (call->matches(wanted))
+    for (auto const& call : calls_) {
+        if (call->matches(wanted)) {
             return call.get();
+        }
     }
     return nullptr;
 }
 
-ExchangeCall* Exchange::Impl::findRinging(const std::string& number)
+ExchangeCall* Exchange::Impl::findRinging(std::string const& number)
 {
-    for (const auto& call : calls_) {
-        if (call->isRinging() && (number.empty() || call->number() == number))
+    for (auto const& call : calls_) {
+        if (call->isRinging() && (number.empty() || call->number() == number)) {
             return call.get();
+        }
     }
     return nullptr;
 }
 
-void Exchange::Impl::replace(std::unique_ptr<sip::Session> session, const sip::Replaces& wanted)
+void Exchange::Impl::replace(std::unique_ptr<sip::Session> session, sip::Replaces const& wanted)
 {
     ExchangeCall& present = *findCall(wanted);
     ExchangeCall& fresh = add(present.number(), kAnswering);
-    if (present.isRinging())
+    if (present.isRinging()) {
         fresh.pickUp(std::move(session), present);
-    else
+    } else {
         fresh.takeInsteadOf(std::move(session), present);
+    }
 }
 
-void Exchange::Impl::pickUp(std::unique_ptr<sip::Session> session, const std::string& number)
+void Exchange::Impl::pickUp(std::unique_ptr<sip::Session> session, std::string const& number)
 {
     if (ExchangeCall* ringing = findRinging(number)) {
         add(ringing->number(), kAnswering).pickUp(std::move(session), *ringing);
         return;
     }
-    if (number.empty())
+    if (number.empty()) {
         searchRinging(std::move(session), registeredNumbers());
-    else if (!registrar_.contactsOf(number).empty())
+    } else if (!registrar_.contactsOf(number).empty()) {
         searchRinging(std::move(session), {number});
-    else
+    } else {
         session->reject(480, "Nothing to pick up");
+    }
 }
 
 void Exchange::Impl::searchRinging(std::unique_ptr<sip::Session> session, std::vector<std::string> numbers)
@@ -192,29 +204,31 @@ void Exchange::Impl::searchRinging(std::unique_ptr<sip::Session> session, std::v
     }
     pickups_.push_back(std::make_unique<PendingPickup>(loop_, std::move(session), numbers,
                                                        [this](PendingPickup& pickup) { forget(pickup); }));
-    for (const auto& number : numbers) {
+    for (auto const& number : numbers) {
         updateWatch(number);
         checkPickups(number);
     }
 }
 
-void Exchange::Impl::checkPickups(const std::string& number)
+void Exchange::Impl::checkPickups(std::string const& number)
 {
-    const auto watch = watches_.find(number);
-    if (watch == watches_.end())
+    auto const watch = watches_.find(number);
+    if (watch == watches_.end()) {
         return;
-    const auto& dialogs = watch->second->dialogs();
-    const auto ringing = std::find_if(dialogs.begin(), dialogs.end(), [](const sip::DialogEntry& entry) {
+    }
+    auto const& dialogs = watch->second->dialogs();
+    auto const ringing = std::find_if(dialogs.begin(), dialogs.end(), [](sip::DialogEntry const& entry) {
         return entry.recipient && entry.state == sip::DialogState::kEarly;
     });
-    const auto waiting =
-        std::find_if(pickups_.begin(), pickups_.end(), [&number](const auto& pickup) { return pickup->isFor(number); });
-    if (ringing != dialogs.end() && waiting != pickups_.end())
+    auto const waiting =
+        std::find_if(pickups_.begin(), pickups_.end(), [&number](auto const& pickup) { return pickup->isFor(number); });
+    if (ringing != dialogs.end() && waiting != pickups_.end()) {
         takeFound(**waiting, number, sip::DialogEntry(*ringing));
+    }
 }
 
 // The caller of the ringing call gets a new one that replaces it; its other end is who picks up.
-void Exchange::Impl::takeFound(PendingPickup& pickup, const std::string& number, const sip::DialogEntry& found)
+void Exchange::Impl::takeFound(PendingPickup& pickup, std::string const& number, sip::DialogEntry const& found)
 {
     auto session = pickup.takeSession();
     forget(pickup);
@@ -231,42 +245,46 @@ void Exchange::Impl::takeFound(PendingPickup& pickup, const std::string& number,
 
 void Exchange::Impl::forget(PendingPickup& pickup)
 {
-    const auto numbers = pickup.numbers();
-    pickups_.remove_if([&pickup](const auto& known) { return known.get() == &pickup; });
+    auto const numbers = pickup.numbers();
+    pickups_.remove_if([&pickup](auto const& known) { return known.get() == &pickup; });
     post([numbers](Impl& self) {
-        for (const auto& number : numbers)
+        for (const auto& number : numbers) {
             self.updateWatch(number);
+        }
     });
 }
 
-std::string Exchange::Impl::resolve(const std::string& target)
+std::string Exchange::Impl::resolve(std::string const& target)
 {
-    const auto uri = sip::Uri::parse(target);
-    if (!uri)
+    auto const uri = sip::Uri::parse(target);
+    if (!uri) {
         return target;
-    const bool ours =
+    }
+    bool const ours =
         uri->host == agent_->address() && (uri->port == agent_->udpPort() || uri->port == agent_->tcpPort());
-    const auto contacts = ours ? registrar_.contactsOf(uri->user) : std::vector<std::string>();
+    auto const contacts = ours ? registrar_.contactsOf(uri->user) : std::vector<std::string>();
     return contacts.empty() ? target : contacts.front();
 }
 
-bool Exchange::Impl::callOut(const std::string& from, const std::string& target,
-                             const std::optional<sip::Replaces>& replaces, const std::string& referredBy,
+bool Exchange::Impl::callOut(std::string const& from, std::string const& target,
+                             std::optional<sip::Replaces> const& replaces, std::string const& referredBy,
                              std::unique_ptr<sip::Transfer> askedBy)
 {
     ExchangeCall& call = add(from, kAnswering);
-    if (call.dial(resolve(target), replaces, referredBy, std::move(askedBy)))
+    if (call.dial(resolve(target), replaces, referredBy, std::move(askedBy))) {
         return true;
+    }
     drop(call);
     return false;
 }
 
-void Exchange::Impl::transfer(const std::string& number, std::unique_ptr<sip::Transfer> transfer)
+void Exchange::Impl::transfer(std::string const& number, std::unique_ptr<sip::Transfer> transfer)
 {
-    if (!transfer->accept())
+    if (!transfer->accept()) {
         return;
+    }
     const std::string target = transfer->target();
-    const auto replaces = transfer->replaces();
+    auto const replaces = transfer->replaces();
     const std::string referredBy = transfer->referredBy();
     (void)callOut(number, target, replaces, referredBy, std::move(transfer));
 }
@@ -274,13 +292,14 @@ void Exchange::Impl::transfer(const std::string& number, std::unique_ptr<sip::Tr
 void Exchange::Impl::onTransferRequested(std::unique_ptr<sip::Transfer> asked)
 {
     const std::string number = asked->to().uri.user;
-    if (!closed_ && behaviourOf(number))
+    if (!closed_ && behaviourOf(number)) {
         transfer(number, std::move(asked));
+    }
 }
 
-void Exchange::Impl::callBack(const std::string& number, const sip::NameAddr& caller, const std::string& contact)
+void Exchange::Impl::callBack(std::string const& number, sip::NameAddr const& caller, std::string const& contact)
 {
-    const auto registered = registrar_.contactsOf(caller.uri.user);
+    auto const registered = registrar_.contactsOf(caller.uri.user);
     const std::string target = registered.empty() ? contact : registered.front();
     post([number, target](Impl& self) { (void)self.callOut(number, target, std::nullopt, {}, nullptr); });
 }
@@ -289,8 +308,9 @@ void Exchange::Impl::callBack(const std::string& number, const sip::NameAddr& ca
 
 void Exchange::Impl::onRequest(std::unique_ptr<sip::IncomingRequest>& request)
 {
-    if (closed_)
+    if (closed_) {
         return;
+    }
     if (request->method() == "REGISTER") {
         registrar_.handle(*request);
         request.reset();
@@ -304,12 +324,14 @@ void Exchange::Impl::echoInfo(sip::IncomingRequest& request)
 {
     const sip::Content content = request.content();
     request.reply(200, "OK");
-    if (request.method() != "INFO" || !startsWith(content.type, kCstaType))
+    if (request.method() != "INFO" || !startsWith(content.type, kCstaType)) {
         return;
-    const auto registered = registrar_.contactsOf(request.from().uri.user);
-    const auto contact = sip::NameAddr::parse(request.headers().value("Contact"));
-    if (registered.empty() && !contact)
+    }
+    auto const registered = registrar_.contactsOf(request.from().uri.user);
+    auto const contact = sip::NameAddr::parse(request.headers().value("Contact"));
+    if (registered.empty() && !contact) {
         return;
+    }
     const std::string target = registered.empty() ? contact->uri.format() : registered.front();
     agent_->request(accountOf(request.to().uri.user), "INFO", target, {}, content, {});
 }

@@ -2,17 +2,17 @@
 // calls, the watchers and the registrations.
 #pragma once
 
-#include "DialogWatch.h"
-#include "Exchange.h"
-#include "ExchangeCall.h"
-#include "ExchangeCore.h"
-#include "PendingPickup.h"
-#include "Registrar.h"
-#include "Watchers.h"
-#include "sip/EventLoop.h"
-
 #include <list>
 #include <map>
+
+#include "telephone/exchange/DialogWatch.h"
+#include "telephone/exchange/Exchange.h"
+#include "telephone/exchange/ExchangeCall.h"
+#include "telephone/exchange/ExchangeCore.h"
+#include "telephone/exchange/PendingPickup.h"
+#include "telephone/exchange/Registrar.h"
+#include "telephone/exchange/Watchers.h"
+#include "telephone/sip/EventLoop.h"
 
 namespace telephone::exchange {
 
@@ -21,46 +21,46 @@ struct Exchange::Impl final : ExchangeCore, sip::UserAgentObserver, std::enable_
     Impl(sip::EventLoop& loop, ExchangeConfig settings);
     void close();
 
-    const NumberBehaviour* behaviourOf(const std::string& number) const;
-    void setBehaviour(const std::string& number, const std::optional<NumberBehaviour>& behaviour);
-    void setMessages(const std::string& number, const sip::MessageCounts& counts, bool unsolicited);
-    bool callOut(const std::string& from, const std::string& target, const std::optional<sip::Replaces>& replaces,
-                 const std::string& referredBy, std::unique_ptr<sip::Transfer> askedBy);
-    std::string resolve(const std::string& target);
+    NumberBehaviour const* behaviourOf(std::string const& number) const;
+    void setBehaviour(std::string const& number, std::optional<NumberBehaviour> const& behaviour);
+    void setMessages(std::string const& number, sip::MessageCounts const& counts, bool unsolicited);
+    bool callOut(std::string const& from, std::string const& target, std::optional<sip::Replaces> const& replaces,
+                 std::string const& referredBy, std::unique_ptr<sip::Transfer> askedBy);
+    std::string resolve(std::string const& target);
 
     sip::EventLoop& loop() override { return loop_; }
     sip::UserAgent& agent() override { return *agent_; }
-    sip::Account accountOf(const std::string& number) const override;
-    void changed(const std::string& number) override;
+    sip::Account accountOf(std::string const& number) const override;
+    void changed(std::string const& number) override;
     void drop(ExchangeCall& call) override;
-    void transfer(const std::string& number, std::unique_ptr<sip::Transfer> transfer) override;
-    void callBack(const std::string& number, const sip::NameAddr& caller, const std::string& contact) override;
-    void say(sip::LogLevel level, const std::string& line) const override;
+    void transfer(std::string const& number, std::unique_ptr<sip::Transfer> transfer) override;
+    void callBack(std::string const& number, sip::NameAddr const& caller, std::string const& contact) override;
+    void say(sip::LogLevel level, std::string const& line) const override;
 
-    bool knowsUser(const std::string& user) override;
+    bool knowsUser(std::string const& user) override;
     void onIncomingCall(std::unique_ptr<sip::Session> session) override;
     void onTransferRequested(std::unique_ptr<sip::Transfer> transfer) override;
     void onSubscribe(std::unique_ptr<sip::Notifier> notifier) override;
     void onRequest(std::unique_ptr<sip::IncomingRequest>& request) override;
 
-    ExchangeCall& add(const std::string& number, const NumberBehaviour& behaviour);
-    ExchangeCall* findCall(const sip::Replaces& wanted);
-    ExchangeCall* findRinging(const std::string& number);
-    void replace(std::unique_ptr<sip::Session> session, const sip::Replaces& wanted);
-    void pickUp(std::unique_ptr<sip::Session> session, const std::string& number);
+    ExchangeCall& add(std::string const& number, NumberBehaviour const& behaviour);
+    ExchangeCall* findCall(sip::Replaces const& wanted);
+    ExchangeCall* findRinging(std::string const& number);
+    void replace(std::unique_ptr<sip::Session> session, sip::Replaces const& wanted);
+    void pickUp(std::unique_ptr<sip::Session> session, std::string const& number);
     void searchRinging(std::unique_ptr<sip::Session> session, std::vector<std::string> numbers);
-    void checkPickups(const std::string& number);
-    void takeFound(PendingPickup& pickup, const std::string& number, const sip::DialogEntry& found);
+    void checkPickups(std::string const& number);
+    void takeFound(PendingPickup& pickup, std::string const& number, sip::DialogEntry const& found);
     void forget(PendingPickup& pickup);
-    void refuseUnknown(std::unique_ptr<sip::Session> session, const std::string& number);
+    void refuseUnknown(std::unique_ptr<sip::Session> session, std::string const& number);
     void echoInfo(sip::IncomingRequest& request);
 
-    void registrationChanged(const std::string& number);
-    void updateWatch(const std::string& number);
-    void dropWatch(const std::string& number);
-    bool isWatched(const std::string& number) const;
-    std::string dialogDocument(const std::string& number);
-    std::string messageDocument(const std::string& number) const;
+    void registrationChanged(std::string const& number);
+    void updateWatch(std::string const& number);
+    void dropWatch(std::string const& number);
+    bool isWatched(std::string const& number) const;
+    std::string dialogDocument(std::string const& number);
+    std::string messageDocument(std::string const& number) const;
     std::vector<std::string> registeredNumbers();
     void post(std::function<void(Impl&)> work);
 

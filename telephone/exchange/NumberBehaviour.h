@@ -14,7 +14,7 @@ using std::chrono::milliseconds;
 struct NumberBehaviour
 {
     int refuseWith = 0;             // status that refuses every call; 0: calls are taken
-    const char* refuseText = "";    // its words
+    char const* refuseText = "";    // its words
     milliseconds answerAfter{0};    // rings that long; kNever: for ever
     milliseconds holdAfter{0};      // after the answer; 0: not
     milliseconds retrieveAfter{0};  // after holding
@@ -49,8 +49,9 @@ constexpr bool numbersAreUnique()
 {
     for (std::size_t i = 0; i < kNumbers.size(); ++i) {
         for (std::size_t j = i + 1; j < kNumbers.size(); ++j) {
-            if (kNumbers[i].number == kNumbers[j].number)
+            if (kNumbers[i].number == kNumbers[j].number) {
                 return false;
+            }
         }
     }
     return true;

@@ -1,4 +1,4 @@
-#include "PendingPickup.h"
+#include "telephone/exchange/PendingPickup.h"
 
 #include <algorithm>
 #include <chrono>
@@ -25,11 +25,12 @@ PendingPickup::PendingPickup(sip::EventLoop& loop, std::unique_ptr<sip::Session>
 
 PendingPickup::~PendingPickup()
 {
-    if (session_)
+    if (session_) {
         session_->reject(480, "Nothing to pick up");
+    }
 }
 
-bool PendingPickup::isFor(const std::string& number) const
+bool PendingPickup::isFor(std::string const& number) const
 {
     return std::find(numbers_.begin(), numbers_.end(), number) != numbers_.end();
 }
@@ -40,14 +41,14 @@ std::unique_ptr<sip::Session> PendingPickup::takeSession()
     return std::move(session_);
 }
 
-void PendingPickup::onClosed(sip::Session&, const sip::Closing&)
+void PendingPickup::onClosed(sip::Session&, sip::Closing const&)
 {
     finish();
 }
 
 void PendingPickup::finish()
 {
-    const auto over = over_;
+    auto const over = over_;
     over(*this);
 }
 

@@ -2,13 +2,13 @@
 // rings. Owned by the exchange; under the lock.
 #pragma once
 
-#include "sip/Session.h"
-#include "sip/Timer.h"
-
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "telephone/sip/Session.h"
+#include "telephone/sip/Timer.h"
 
 namespace telephone::exchange {
 
@@ -20,13 +20,13 @@ public:
                   std::function<void(PendingPickup&)> over);
     ~PendingPickup() override;
 
-    bool isFor(const std::string& number) const;
-    const std::vector<std::string>& numbers() const { return numbers_; }
+    bool isFor(std::string const& number) const;
+    std::vector<std::string> const& numbers() const { return numbers_; }
     // The caller, for the call that was found.
     std::unique_ptr<sip::Session> takeSession();
 
 private:
-    void onClosed(sip::Session&, const sip::Closing&) override;
+    void onClosed(sip::Session&, sip::Closing const&) override;
     void finish();
 
     std::unique_ptr<sip::Session> session_;

@@ -1,4 +1,4 @@
-#include "Registrar.h"
+#include "telephone/exchange/Registrar.h"
 
 #include <algorithm>
 #include <charconv>
@@ -10,78 +10,83 @@ namespace {
 constexpr std::uint32_t kUsualExpires = 3600;
 constexpr std::size_t kMostContacts = 10;
 
-std::uint32_t number(const std::string& text, std::uint32_t otherwise)
+std::uint32_t number(std::string const& text, std::uint32_t otherwise)
 {
     std::uint32_t value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     return error == std::errc() && end == text.data() + text.size() ? value : otherwise;
 }
 
-std::vector<std::string> contactValues(const sip::IncomingRequest& request)
+std::vector<std::string> contactValues(sip::IncomingRequest const& request)
 {
     std::vector<std::string> all;
-    for (const auto& header : request.headers().values("Contact")) {
-        for (auto& value : sip::splitList(header))
+    for (auto const& header : request.headers().values("Contact")) {
+        for (auto& value : sip::splitList(header)) {
             all.push_back(std::move(value));
+        }
     }
     return all;
 }
 
 }  // namespace
 
-Registrar::Registrar(const ExchangeConfig& config, std::function<void(const std::string& number)> changed)
+Registrar::Registrar(ExchangeConfig const& config, std::function<void(std::string const& number)> changed)
     : config_(config)
     , digest_(config.realm, config.nonceLifetime)
     , changed_(std::move(changed))
 {}
 
-std::optional<std::string> Registrar::passwordOf(const std::string& user) const
+std::optional<std::string> Registrar::passwordOf(std::string const& user) const
 {
-    for (const auto& known : config_.users) {
-        if (known.number == user)
+    for (auto const& known : config_.users) {
+        if (known.number == user) {
             return known.password;
+        }
     }
     return config_.anyPassword;
 }
 
-bool Registrar::knows(const std::string& number) const
+bool Registrar::knows(std::string const& number) const
 {
-    const bool listed = std::any_of(config_.users.begin(), config_.users.end(),
-                                    [&number](const ExchangeUser& user) { return user.number == number; });
+    bool const listed = std::any_of(config_.users.begin(), config_.users.end(),
+                                    [&number](ExchangeUser const& user) { return user.number == number; });
     return listed || bindings_.count(number) > 0;
 }
 
 std::vector<std::string> Registrar::numbers() const
 {
     std::vector<std::string> all;
-    for (const auto& [number, bindings] : bindings_)
+    for (auto const& [number, bindings] : bindings_) {
         all.push_back(number);
+    }
     return all;
 }
 
 void Registrar::forgetExpired(std::vector<Binding>& bindings)
 {
-    const auto now = Clock::now();
-    std::erase_if(bindings, [now](const Binding& binding) { return binding.end <= now; });
+    auto const now = Clock::now();
+    std::erase_if(bindings, [now](Binding const& binding) { return binding.end <= now; });
 }
 
-std::vector<std::string> Registrar::contactsOf(const std::string& number)
+std::vector<std::string> Registrar::contactsOf(std::string const& number)
 {
     std::vector<std::string> contacts;
-    const auto found = bindings_.find(number);
-    if (found == bindings_.end())
+    auto const found = bindings_.find(number);
+    if (found == bindings_.end()) {
         return contacts;
+    }
     forgetExpired(found->second);
-    for (auto binding = found->second.rbegin(); binding != found->second.rend(); ++binding)
+    for (auto binding = found->second.rbegin(); binding != found->second.rend(); ++binding) {
         contacts.push_back(binding->contact);
+    }
     return contacts;
 }
 
-bool Registrar::authenticate(sip::IncomingRequest& request, const std::string& number)
+bool Registrar::authenticate(sip::IncomingRequest& request, std::string const& number)
 {
     using Verdict = sip::DigestServer::Verdict;
-    const auto result = digest_.judge(request.method(), request.headers().value("Authorization"),
-                                      [this](const std::string& user) { return passwordOf(user); });
+    auto const result = digest_.judge(request.method(), request.headers().value("Authorization"),
+                                      [this](std::string const& user) { return passwordOf(user); });
     switch (result.verdict) {
     case Verdict::kNoCredentials:
     case Verdict::kStale:
@@ -89,8 +94,9 @@ bool Registrar::authenticate(sip::IncomingRequest& request, const std::string& n
                       {{"WWW-Authenticate", digest_.challenge(result.verdict == Verdict::kStale)}});
         return false;
     case Verdict::kAccepted:
-        if (result.user == number)
+        if (result.user == number) {
             return true;
+        }
         [[fallthrough]];
     case Verdict::kWrong:
         request.reply(403, "Forbidden");
@@ -106,21 +112,24 @@ void Registrar::handle(sip::IncomingRequest& request)
         request.reply(404, "Not Found");
         return;
     }
-    if (!authenticate(request, number))
+    if (!authenticate(request, number)) {
         return;
+    }
     auto& bindings = bindings_[number];
     forgetExpired(bindings);
-    const bool before = !bindings.empty();
-    if (!update(request, bindings))
+    bool const before = !bindings.empty();
+    if (!update(request, bindings)) {
         return;
+    }
     answer(request, bindings);
-    if (before != !bindings.empty() && changed_)
+    if (before != !bindings.empty() && changed_) {
         changed_(number);
+    }
 }
 
 bool Registrar::update(sip::IncomingRequest& request, std::vector<Binding>& bindings)
 {
-    const auto contacts = contactValues(request);
+    auto const contacts = contactValues(request);
     if (contacts.size() == 1 && contacts.front() == "*") {
         if (request.headers().value("Expires") != "0") {
             request.reply(400, "Contact * without Expires 0");
@@ -129,8 +138,8 @@ bool Registrar::update(sip::IncomingRequest& request, std::vector<Binding>& bind
         bindings.clear();
         return true;
     }
-    for (const auto& value : contacts) {
-        const auto contact = sip::NameAddr::parse(value);
+    for (auto const& value : contacts) {
+        auto const contact = sip::NameAddr::parse(value);
         if (!contact) {
             request.reply(400, "Bad Contact");
             return false;
@@ -143,36 +152,39 @@ bool Registrar::update(sip::IncomingRequest& request, std::vector<Binding>& bind
     return true;
 }
 
-bool Registrar::bind(const sip::IncomingRequest& request, const sip::NameAddr& contact, std::vector<Binding>& bindings)
+bool Registrar::bind(sip::IncomingRequest const& request, sip::NameAddr const& contact, std::vector<Binding>& bindings)
 {
     const std::string uri = contact.uri.format();
     const std::uint32_t sequence = number(request.headers().value("CSeq").substr(0, 10), 0);
-    const auto known = std::find_if(bindings.begin(), bindings.end(),
-                                    [&uri](const Binding& binding) { return binding.contact == uri; });
+    auto const known = std::find_if(bindings.begin(), bindings.end(),
+                                    [&uri](Binding const& binding) { return binding.contact == uri; });
     if (known != bindings.end()) {
         // A late repetition must not undo what came after it.
-        if (known->callId == request.callId() && sequence < known->sequence)
+        if (known->callId == request.callId() && sequence < known->sequence) {
             return false;
+        }
         bindings.erase(known);
     }
     const std::uint32_t usual = number(request.headers().value("Expires"), kUsualExpires);
     const std::uint32_t asked = number(contact.parameter("expires").value_or(""), usual);
-    if (asked == 0)
+    if (asked == 0) {
         return true;
-    if (bindings.size() >= kMostContacts)
+    }
+    if (bindings.size() >= kMostContacts) {
         bindings.erase(bindings.begin());
+    }
     const std::chrono::seconds granted(std::min(asked, config_.longestExpires));
     bindings.push_back({uri, request.callId(), sequence, Clock::now() + granted});
     return true;
 }
 
-void Registrar::answer(sip::IncomingRequest& request, const std::vector<Binding>& bindings)
+void Registrar::answer(sip::IncomingRequest& request, std::vector<Binding> const& bindings)
 {
     sip::Headers headers;
-    const auto now = Clock::now();
-    for (const auto& binding : bindings) {
+    auto const now = Clock::now();
+    for (auto const& binding : bindings) {
         // Rounded up: a second that has begun counts.
-        const auto left = std::chrono::ceil<std::chrono::seconds>(binding.end - now).count();
+        auto const left = std::chrono::ceil<std::chrono::seconds>(binding.end - now).count();
         headers.add("Contact", "<" + binding.contact + ">;expires=" + std::to_string(left));
     }
     request.reply(200, "OK", headers);

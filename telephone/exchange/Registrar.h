@@ -2,12 +2,12 @@
 // exchange; used under the lock.
 #pragma once
 
-#include "Exchange.h"
-#include "sip/Digest.h"
-#include "sip/Message.h"
-
 #include <functional>
 #include <map>
+
+#include "telephone/exchange/Exchange.h"
+#include "telephone/sip/Digest.h"
+#include "telephone/sip/Message.h"
 
 namespace telephone::exchange {
 
@@ -15,15 +15,15 @@ class Registrar
 {
 public:
     // changed: a number got its first contact or lost its last; told after the answer is sent.
-    Registrar(const ExchangeConfig& config, std::function<void(const std::string& number)> changed);
+    Registrar(ExchangeConfig const& config, std::function<void(std::string const& number)> changed);
 
     void handle(sip::IncomingRequest& request);
     // The latest first; those whose time is up are not among them.
-    std::vector<std::string> contactsOf(const std::string& number);
+    std::vector<std::string> contactsOf(std::string const& number);
     // All that are or once were registered.
     std::vector<std::string> numbers() const;
     // Whether that number may be, or once was, registered here.
-    bool knows(const std::string& number) const;
+    bool knows(std::string const& number) const;
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -35,16 +35,16 @@ private:
         Clock::time_point end;
     };
 
-    std::optional<std::string> passwordOf(const std::string& user) const;
-    bool authenticate(sip::IncomingRequest& request, const std::string& number);
+    std::optional<std::string> passwordOf(std::string const& user) const;
+    bool authenticate(sip::IncomingRequest& request, std::string const& number);
     bool update(sip::IncomingRequest& request, std::vector<Binding>& bindings);
-    bool bind(const sip::IncomingRequest& request, const sip::NameAddr& contact, std::vector<Binding>& bindings);
-    void answer(sip::IncomingRequest& request, const std::vector<Binding>& bindings);
+    bool bind(sip::IncomingRequest const& request, sip::NameAddr const& contact, std::vector<Binding>& bindings);
+    void answer(sip::IncomingRequest& request, std::vector<Binding> const& bindings);
     static void forgetExpired(std::vector<Binding>& bindings);
 
-    const ExchangeConfig& config_;
+    ExchangeConfig const& config_;
     sip::DigestServer digest_;
-    std::function<void(const std::string& number)> changed_;
+    std::function<void(std::string const& number)> changed_;
     std::map<std::string, std::vector<Binding>> bindings_;
 };
 

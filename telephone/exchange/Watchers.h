@@ -2,13 +2,13 @@
 // lock.
 #pragma once
 
-#include "sip/Subscription.h"
-
 #include <functional>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "telephone/sip/Subscription.h"
 
 namespace telephone::exchange {
 
@@ -16,18 +16,18 @@ class Watchers
 {
 public:
     // contentType: of the documents. gone: a number lost its last watcher.
-    Watchers(std::string contentType, std::function<void(const std::string& number)> gone);
+    Watchers(std::string contentType, std::function<void(std::string const& number)> gone);
 
     // Accepts, and sends the state as it is.
-    void add(const std::string& number, std::unique_ptr<sip::Notifier> notifier, const std::string& document);
-    void notify(const std::string& number, const std::string& document);
-    std::size_t count(const std::string& number) const;
+    void add(std::string const& number, std::unique_ptr<sip::Notifier> notifier, std::string const& document);
+    void notify(std::string const& number, std::string const& document);
+    std::size_t count(std::string const& number) const;
 
 private:
-    void remove(const std::string& number, const sip::Notifier& notifier);
+    void remove(std::string const& number, sip::Notifier const& notifier);
 
     std::string contentType_;
-    std::function<void(const std::string& number)> gone_;
+    std::function<void(std::string const& number)> gone_;
     std::map<std::string, std::vector<std::unique_ptr<sip::Notifier>>> notifiers_;
 };
 

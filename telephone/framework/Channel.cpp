@@ -1,6 +1,6 @@
-#include "framework/Channel.h"
+#include "telephone/framework/Channel.h"
 
-#include "framework/Proxy.h"
+#include "platform/framework/Proxy.h"
 
 namespace telephone {
 

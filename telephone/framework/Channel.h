@@ -8,8 +8,8 @@
 #include <memory>
 #include <string>
 
-#include "framework/EventQueue.h"
-#include "framework/ProxyRequest.h"
+#include "platform/framework/ProxyRequest.h"
+#include "telephone/framework/EventQueue.h"
 
 class Proxy;
 

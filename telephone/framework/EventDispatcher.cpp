@@ -1,11 +1,11 @@
-#include "framework/EventDispatcher.h"
+#include "telephone/framework/EventDispatcher.h"
 
 #include <algorithm>
 #include <exception>
 
 #include "CommunicationsServiceEventIfc.h"
-#include "framework/Executable.h"
-#include "framework/Log.h"
+#include "platform/framework/Executable.h"
+#include "telephone/framework/Log.h"
 
 namespace telephone {
 
@@ -21,8 +21,9 @@ EventDispatcher::~EventDispatcher()
 void EventDispatcher::post(Event event)
 {
     std::lock_guard const lock(mutex_);
-    if (stopped_)
+    if (stopped_) {
         return;
+    }
     queue_.push_back(std::move(event));
     posted_.notify_one();
 }
@@ -38,8 +39,9 @@ bool EventDispatcher::subscribe(Executable* subscriber)
     std::lock_guard const lock(mutex_);
     bool const known = std::any_of(subscribers_.begin(), subscribers_.end(),
                                    [&](Subscriber const& each) { return each.executable == subscriber; });
-    if (!known)
+    if (!known) {
         subscribers_.push_back({subscriber, events});
+    }
     return true;
 }
 
@@ -47,8 +49,9 @@ void EventDispatcher::unsubscribe(Executable* subscriber)
 {
     std::unique_lock lock(mutex_);
     std::erase_if(subscribers_, [&](Subscriber const& each) { return each.executable == subscriber; });
-    if (std::this_thread::get_id() != thread_.get_id())
+    if (std::this_thread::get_id() != thread_.get_id()) {
         delivered_.wait(lock, [&] { return receiving_ != subscriber; });
+    }
 }
 
 std::size_t EventDispatcher::subscribers() const
@@ -70,8 +73,9 @@ void EventDispatcher::stop()
         stopped_ = true;
         posted_.notify_one();
     }
-    if (thread_.joinable())
+    if (thread_.joinable()) {
         thread_.join();
+    }
 }
 
 void EventDispatcher::run()
@@ -79,8 +83,9 @@ void EventDispatcher::run()
     std::unique_lock lock(mutex_);
     while (true) {
         posted_.wait(lock, [&] { return stopped_ || !queue_.empty(); });
-        if (queue_.empty())
+        if (queue_.empty()) {
             return;
+        }
         Event const event = std::move(queue_.front());
         queue_.pop_front();
         delivering_ = true;
@@ -97,8 +102,9 @@ void EventDispatcher::deliver(Event const& event, std::unique_lock<std::mutex>& 
     for (Subscriber const& each : turn) {
         bool const still = std::any_of(subscribers_.begin(), subscribers_.end(),
                                        [&](Subscriber const& other) { return other.executable == each.executable; });
-        if (!still)
+        if (!still) {
             continue;
+        }
         receiving_ = each.executable;
         lock.unlock();
         try {

@@ -1,4 +1,4 @@
-#include "framework/EventQueue.h"
+#include "telephone/framework/EventQueue.h"
 
 #include <algorithm>
 #include <iterator>
@@ -22,8 +22,9 @@ void EventQueue::put(std::string const& text)
         }
         events_.push_back({++lastNumber_, text});
     }
-    if (wasEmpty && wake_)
+    if (wasEmpty && wake_) {
         wake_();
+    }
 }
 
 std::vector<NumberedEvent> EventQueue::take(std::size_t most)

@@ -1,9 +1,9 @@
 // An open file of the system, closed by its destructor. Moved, never copied.
 #pragma once
 
-#include <unistd.h>
-
 #include <utility>
+
+#include <unistd.h>
 
 namespace telephone {
 
@@ -31,8 +31,9 @@ public:
     explicit operator bool() const { return number_ >= 0; }
     void close()
     {
-        if (number_ >= 0)
+        if (number_ >= 0) {
             ::close(std::exchange(number_, -1));
+        }
     }
 
 private:

@@ -1,8 +1,4 @@
-#include "framework/Log.h"
-
-#include <spdlog/sinks/basic_file_sink.h>
-#include <spdlog/sinks/stdout_sinks.h>
-#include <spdlog/spdlog.h>
+#include "telephone/framework/Log.h"
 
 #include <algorithm>
 #include <array>
@@ -13,6 +9,10 @@
 #include <mutex>
 #include <stdexcept>
 #include <vector>
+
+#include <spdlog/sinks/basic_file_sink.h>
+#include <spdlog/sinks/stdout_sinks.h>
+#include <spdlog/spdlog.h>
 
 namespace telephone {
 
@@ -57,8 +57,9 @@ std::string formatted(char const* format, std::va_list arguments)
     va_copy(again, arguments);
     int const length = std::vsnprintf(nullptr, 0, format, arguments);
     std::string text(length > 0 ? static_cast<std::size_t>(length) : 0, '\0');
-    if (length > 0)
+    if (length > 0) {
         std::vsnprintf(text.data(), text.size() + 1, format, again);
+    }
     va_end(again);
     return text;
 }
@@ -96,8 +97,9 @@ void flushLog()
 
 void logLine(int level, std::string_view component, std::string_view text)
 {
-    if (level > logLevel() || level <= kLogOff)
+    if (level > logLevel() || level <= kLogOff) {
         return;
+    }
     auto const name = kLevelNames[static_cast<std::size_t>(std::min(level, static_cast<int>(kLogDetail)))];
     logger()->log(level <= kLogFailure ? spdlog::level::err : spdlog::level::info, "{} [{}] {}", name, component, text);
 }
@@ -111,8 +113,9 @@ bool loggingOnAppUni(char const* /*component*/, int level)
 
 void logAppUni(char const* component, char const* source, int level, int line, char const* format, ...)
 {
-    if (!loggingOnAppUni(component, level))
+    if (!loggingOnAppUni(component, level)) {
         return;
+    }
     std::va_list arguments;
     va_start(arguments, format);
     try {

@@ -4,14 +4,14 @@
 // A line: time, level, component, text. A failure's text says what failed and why, so that a person can act on it.
 #pragma once
 
-#include <spdlog/fmt/fmt.h>
-
 #include <exception>
 #include <string>
 #include <string_view>
 #include <utility>
 
-#include "framework/Logging.h"
+#include <spdlog/fmt/fmt.h>
+
+#include "platform/framework/Logging.h"
 
 namespace telephone {
 
@@ -36,8 +36,9 @@ void logLine(int level, std::string_view component, std::string_view text);
 template <typename... Arguments>
 void log(int level, std::string_view component, fmt::format_string<Arguments...> format, Arguments&&... arguments)
 {
-    if (level > logLevel())
+    if (level > logLevel()) {
         return;
+    }
     try {
         logLine(level, component, fmt::format(format, std::forward<Arguments>(arguments)...));
     } catch (std::exception const& error) {

@@ -1,12 +1,13 @@
-#include "framework/RequestRunner.h"
+#include "telephone/framework/RequestRunner.h"
 
 #include <exception>
 #include <limits>
 
-#include "framework/Channel.h"
-#include "framework/Invoker.h"
-#include "framework/InvokerResponse.h"
-#include "framework/Log.h"
+#include "platform/framework/Invoker.h"
+#include "platform/framework/InvokerResponse.h"
+#include "telephone/framework/Channel.h"
+#include "telephone/framework/Log.h"
+#include "telephone/framework/Refusals.h"
 
 namespace telephone {
 
@@ -16,24 +17,25 @@ namespace {
 class Response : public InvokerResponse
 {
 public:
-    Response(std::string const& channelName, RequestRunner::Outcome& outcome)
+    Response(std::string const& channelName, RequestRunner::Reply& reply)
         : channelName_(channelName)
-        , outcome_(outcome)
+        , reply_(reply)
     {}
 
-    void finish() override { outcome_.finished = true; }
+    void finish() override { reply_.finished = true; }
 
     void sendResponse(char const* answer, int length) override
     {
-        if (answer != nullptr && length >= 0)
-            outcome_.answer.emplace(answer, static_cast<std::size_t>(length));
+        if (answer != nullptr && length >= 0) {
+            reply_.answer.emplace(answer, static_cast<std::size_t>(length));
+        }
     }
 
     std::string const& channelName() override { return channelName_; }
 
 private:
     std::string const& channelName_;
-    RequestRunner::Outcome& outcome_;
+    RequestRunner::Reply& reply_;
 };
 
 constexpr char const* kFailure = "sfiFailure";
@@ -45,21 +47,23 @@ RequestRunner::RequestRunner(Executable& service, Invoker& invoker)
     , invoker_(invoker)
 {}
 
-RequestRunner::Outcome RequestRunner::run(Channel const& channel, std::string_view request)
+RequestRunner::Reply RequestRunner::run(Channel const& channel, std::string_view request)
 {
     if (request.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
         log(kLogFailure, "requests", "a request of {} bytes is refused", request.size());
-        return {kFailure, true};
+        return {kFailure, true, {}};
     }
-    Outcome outcome;
-    Response response(channel.name(), outcome);
+    Reply reply;
+    RefusalCollector refusals;
+    Response response(channel.name(), reply);
     try {
         invoker_.handleMessage(&service_, request.data(), static_cast<int>(request.size()), &response);
     } catch (std::exception const& error) {
         log(kLogFailure, "requests", "a request failed: {}", error.what());
-        return {kFailure, true};
+        return {kFailure, true, {}};
     }
-    return outcome;
+    reply.refusals = refusals.take();
+    return reply;
 }
 
 }  // namespace telephone

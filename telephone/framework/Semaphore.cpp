@@ -1,4 +1,4 @@
-#include "framework/Semaphore.h"
+#include "platform/framework/Semaphore.h"
 
 #include <algorithm>
 #include <chrono>
@@ -18,10 +18,11 @@ public:
     {
         std::unique_lock lock(mutex_);
         auto const isFree = [this] { return free_ > 0; };
-        if (timeoutMilliseconds < 0)
+        if (timeoutMilliseconds < 0) {
             given_.wait(lock, isFree);
-        else if (!given_.wait_for(lock, std::chrono::milliseconds(timeoutMilliseconds), isFree))
+        } else if (!given_.wait_for(lock, std::chrono::milliseconds(timeoutMilliseconds), isFree)) {
             return false;
+        }
         --free_;
         return true;
     }

@@ -1,6 +1,6 @@
 // The form of a list: its values one after the other, separated by ",". In a text a "," and a "\" have a "\" before
 // them, so that a list can always be taken apart again. An empty list is the empty text.
-#include "framework/Serializer.h"
+#include "platform/framework/Serializer.h"
 
 namespace {
 
@@ -9,8 +9,9 @@ constexpr char kEscape = '\\';
 
 void appendSeparator(std::string& list, bool isFirst)
 {
-    if (!isFirst)
+    if (!isFirst) {
         list += kSeparator;
+    }
 }
 
 }  // namespace
@@ -31,8 +32,9 @@ std::string Serializer::serialize(std::vector<std::string> const& values)
     for (std::size_t i = 0; i < values.size(); ++i) {
         appendSeparator(list, i == 0);
         for (char const each : values[i]) {
-            if (each == kSeparator || each == kEscape)
+            if (each == kSeparator || each == kEscape) {
                 list += kEscape;
+            }
             list += each;
         }
     }

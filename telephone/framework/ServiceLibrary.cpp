@@ -1,6 +1,4 @@
-#include "framework/ServiceLibrary.h"
-
-#include <dlfcn.h>
+#include "telephone/framework/ServiceLibrary.h"
 
 #include <array>
 #include <cstdlib>
@@ -8,9 +6,11 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "framework/Invoker.h"
-#include "framework/Proxy.h"
-#include "framework/Service.h"
+#include <dlfcn.h>
+
+#include "platform/framework/Invoker.h"
+#include "platform/framework/Proxy.h"
+#include "platform/framework/Service.h"
 
 namespace telephone {
 
@@ -34,16 +34,19 @@ std::string loaderReason()
 
 std::string ServiceLibrary::find(std::string const& wish)
 {
-    if (!wish.empty())
+    if (!wish.empty()) {
         return wish;
-    if (char const* const named = std::getenv(kEnvironment); named != nullptr && *named != '\0')
+    }
+    if (char const* const named = std::getenv(kEnvironment); named != nullptr && *named != '\0') {
         return named;
+    }
     std::string looked;
     std::error_code ignored;
     for (std::string_view const folder : kFolders) {
         auto const candidate = (programFolder() / folder / kFileName).lexically_normal();
-        if (std::filesystem::exists(candidate, ignored))
+        if (std::filesystem::exists(candidate, ignored)) {
             return candidate;
+        }
         looked += "\n  " + candidate.string();
     }
     // Installed where the loader looks by itself, for example /usr/lib/<triplet>.
@@ -58,8 +61,9 @@ std::string ServiceLibrary::find(std::string const& wish)
 ServiceLibrary::ServiceLibrary(std::string const& path)
     : handle_(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL))
 {
-    if (!handle_)
+    if (!handle_) {
         throw std::runtime_error("cannot load the service library: " + loaderReason());
+    }
     service_ = reinterpret_cast<Service* (*)()>(symbol("createCommunicationsService"));
     invoker_ = reinterpret_cast<Invoker* (*)()>(symbol("createCommunicationsServiceInvoker"));
     eventProxy_ = reinterpret_cast<Proxy* (*)()>(symbol("createCommunicationsServiceEventProxy"));
@@ -70,9 +74,10 @@ ServiceLibrary::~ServiceLibrary() = default;
 void* ServiceLibrary::symbol(char const* name) const
 {
     void* const found = dlsym(handle_.get(), name);
-    if (found == nullptr)
+    if (found == nullptr) {
         throw std::runtime_error(std::string("not a communications service library, it has no ") + name + ": " +
                                  loaderReason());
+    }
     return found;
 }
 

@@ -1,12 +1,12 @@
-#include "framework/StopSignal.h"
-
-#include <poll.h>
-#include <pthread.h>
-#include <sys/signalfd.h>
+#include "telephone/framework/StopSignal.h"
 
 #include <cerrno>
 #include <csignal>
 #include <system_error>
+
+#include <poll.h>
+#include <pthread.h>
+#include <sys/signalfd.h>
 
 namespace telephone {
 
@@ -21,8 +21,9 @@ StopSignal::StopSignal()
     sigaddset(&set, SIGHUP);
     pthread_sigmask(SIG_BLOCK, &set, nullptr);
     signals_ = FileDescriptor(signalfd(-1, &set, SFD_NONBLOCK | SFD_CLOEXEC));
-    if (!signals_)
+    if (!signals_) {
         throw std::system_error(errno, std::generic_category(), "signalfd");
+    }
 }
 
 bool StopSignal::isRaised() const

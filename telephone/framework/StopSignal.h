@@ -2,7 +2,7 @@
 // starts: the signals are blocked in every thread from then on.
 #pragma once
 
-#include "framework/FileDescriptor.h"
+#include "telephone/framework/FileDescriptor.h"
 
 namespace telephone {
 

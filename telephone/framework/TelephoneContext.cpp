@@ -1,9 +1,9 @@
-#include "framework/TelephoneContext.h"
+#include "telephone/framework/TelephoneContext.h"
 
-#include "framework/Channel.h"
-#include "framework/EventDispatcher.h"
-#include "framework/Log.h"
-#include "framework/Proxy.h"
+#include "platform/framework/Proxy.h"
+#include "telephone/framework/Channel.h"
+#include "telephone/framework/EventDispatcher.h"
+#include "telephone/framework/Log.h"
 
 namespace telephone {
 
@@ -23,8 +23,9 @@ void TelephoneContext::closeAllChannels()
         std::lock_guard const lock(mutex_);
         open = channels_;
     }
-    for (auto const& [name, channel] : open)
+    for (auto const& [name, channel] : open) {
         closeChannel(channel);
+    }
 }
 
 void TelephoneContext::registerExecutable(std::string const& name, Executable* executable)
@@ -55,8 +56,9 @@ void TelephoneContext::closeChannel(std::shared_ptr<Channel> const& channel)
         channels_.erase(channel->name());
         proxy = std::move(channel->proxy_);
     }
-    if (!proxy)
+    if (!proxy) {
         return;
+    }
     dispatcher_.unsubscribe(proxy.get());
     proxy->shutdown();
 }
@@ -89,8 +91,9 @@ std::string TelephoneContext::findChannel(Executable* executable)
 {
     std::lock_guard const lock(mutex_);
     for (auto const& [name, channel] : channels_) {
-        if (executable != nullptr && channel->proxy_.get() == executable)
+        if (executable != nullptr && channel->proxy_.get() == executable) {
             return name;
+        }
     }
     return {};
 }

@@ -13,7 +13,7 @@
 #include <mutex>
 #include <string>
 
-#include "framework/SvcRTEContext.h"
+#include "platform/framework/SvcRTEContext.h"
 
 namespace telephone {
 

@@ -1,11 +1,11 @@
-#include "framework/TimerService.h"
+#include "telephone/framework/TimerService.h"
 
 #include <algorithm>
 #include <exception>
 #include <limits>
 
-#include "framework/Executable.h"
-#include "framework/Log.h"
+#include "platform/framework/Executable.h"
+#include "telephone/framework/Log.h"
 
 namespace telephone {
 
@@ -22,8 +22,9 @@ void TimerService::deliverTo(Executable* target)
 {
     std::unique_lock lock(mutex_);
     target_ = target;
-    if (std::this_thread::get_id() != thread_.get_id())
+    if (std::this_thread::get_id() != thread_.get_id()) {
         idle_.wait(lock, [&] { return !expiring_; });
+    }
 }
 
 int TimerService::start(std::chrono::milliseconds duration)
@@ -40,8 +41,9 @@ int TimerService::add(std::chrono::milliseconds duration, Action action)
 {
     std::lock_guard const lock(mutex_);
     lastId_ = lastId_ == std::numeric_limits<int>::max() ? 1 : lastId_ + 1;
-    if (!stopped_)
+    if (!stopped_) {
         timers_.emplace(Key{Clock::now() + duration, lastId_}, std::move(action));
+    }
     changed_.notify_one();
     return lastId_;
 }
@@ -51,8 +53,9 @@ bool TimerService::cancel(int id)
     std::lock_guard const lock(mutex_);
     auto const found =
         std::find_if(timers_.begin(), timers_.end(), [&](auto const& timer) { return timer.first.second == id; });
-    if (found == timers_.end())
+    if (found == timers_.end()) {
         return false;
+    }
     timers_.erase(found);
     return true;
 }
@@ -65,8 +68,9 @@ void TimerService::stop()
         timers_.clear();
         changed_.notify_one();
     }
-    if (thread_.joinable())
+    if (thread_.joinable()) {
         thread_.join();
+    }
 }
 
 void TimerService::run()
@@ -96,10 +100,11 @@ void TimerService::expire(int id, Action const& action, std::unique_lock<std::mu
     expiring_ = true;
     lock.unlock();
     try {
-        if (action)
+        if (action) {
             action();
-        else if (target != nullptr)
+        } else if (target != nullptr) {
             target->timerEvent(id);
+        }
     } catch (std::exception const& error) {
         log(kLogFailure, "timers", "timer {} failed: {}", id, error.what());
     }

@@ -1,17 +1,18 @@
-#include "framework/WakeUp.h"
-
-#include <sys/eventfd.h>
+#include "telephone/framework/WakeUp.h"
 
 #include <cerrno>
 #include <system_error>
+
+#include <sys/eventfd.h>
 
 namespace telephone {
 
 WakeUp::WakeUp()
     : event_(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC))
 {
-    if (!event_)
+    if (!event_) {
         throw std::system_error(errno, std::generic_category(), "eventfd");
+    }
 }
 
 void WakeUp::signal()

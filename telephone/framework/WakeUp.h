@@ -2,7 +2,7 @@
 // blocking.
 #pragma once
 
-#include "framework/FileDescriptor.h"
+#include "telephone/framework/FileDescriptor.h"
 
 namespace telephone {
 

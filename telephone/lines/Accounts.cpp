@@ -1,4 +1,4 @@
-#include "lines/Accounts.h"
+#include "telephone/lines/Accounts.h"
 
 namespace telephone {
 

@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "configuration/Configuration.h"
-#include "sip/Account.h"
+#include "telephone/configuration/Configuration.h"
+#include "telephone/sip/Account.h"
 
 namespace telephone {
 

@@ -1,9 +1,9 @@
-#include "lines/AppearanceMap.h"
+#include "telephone/lines/AppearanceMap.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "framework/Log.h"
+#include "telephone/framework/Log.h"
 
 namespace telephone {
 

@@ -14,7 +14,7 @@
 #include <set>
 #include <vector>
 
-#include "sfi/SfiMCAMapper.h"
+#include "platform/sfi/SfiMCAMapper.h"
 
 namespace telephone {
 

@@ -1,6 +1,6 @@
 // A device identity is a line identifier, for an appearance with a hash sign and its index behind it: "4711#2" is the
 // second appearance of line 4711. Anything else behind the last hash sign belongs to the identifier.
-#include "lines/ClientUtils.h"
+#include "platform/lines/ClientUtils.h"
 
 #include <charconv>
 

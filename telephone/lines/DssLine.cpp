@@ -1,11 +1,11 @@
-#include "lines/DssLine.h"
+#include "telephone/lines/DssLine.h"
 
 #include <mutex>
 #include <utility>
 
-#include "framework/Log.h"
-#include "lines/LineActions.h"
-#include "lines/Lines.h"
+#include "telephone/framework/Log.h"
+#include "telephone/lines/LineActions.h"
+#include "telephone/lines/Lines.h"
 
 namespace telephone {
 

@@ -4,10 +4,10 @@
 
 #include <string>
 
-#include "configuration/Configuration.h"
-#include "lines/Line.h"
-#include "lines/PartyWatch.h"
-#include "lines/TelephoneLineData.h"
+#include "platform/lines/Line.h"
+#include "telephone/configuration/Configuration.h"
+#include "telephone/lines/PartyWatch.h"
+#include "telephone/lines/TelephoneLineData.h"
 
 namespace telephone {
 

@@ -1,7 +1,7 @@
 // The telephone's call engine as lines and keys see it. Owned by the composition root beside the engine.
 #pragma once
 
-#include "lines/PhoneCalls.h"
+#include "telephone/calls/PhoneCalls.h"
 
 namespace telephone {
 

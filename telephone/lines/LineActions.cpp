@@ -1,12 +1,12 @@
-#include "lines/LineActions.h"
+#include "telephone/lines/LineActions.h"
 
 #include <algorithm>
 #include <mutex>
 
-#include "framework/Log.h"
-#include "framework/TimerService.h"
-#include "lines/LineStates.h"
-#include "lines/Lines.h"
+#include "telephone/framework/Log.h"
+#include "telephone/framework/TimerService.h"
+#include "telephone/lines/LineStates.h"
+#include "telephone/lines/Lines.h"
 
 namespace telephone {
 

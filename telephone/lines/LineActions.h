@@ -5,8 +5,8 @@
 #include <optional>
 #include <string>
 
-#include "lines/Line.h"
-#include "lines/PhoneCalls.h"
+#include "platform/lines/Line.h"
+#include "telephone/calls/PhoneCalls.h"
 
 namespace telephone {
 

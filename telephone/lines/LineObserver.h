@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "lines/ELineState.h"
+#include "platform/lines/ELineState.h"
 
 namespace telephone {
 

@@ -1,4 +1,4 @@
-#include "lines/LineStates.h"
+#include "telephone/lines/LineStates.h"
 
 #include <array>
 

@@ -1,8 +1,8 @@
 // What the state of a line follows from: its calls, and which of several states shows. Pure functions.
 #pragma once
 
-#include "lines/ELineState.h"
-#include "sfi/CallSnapshot.h"
+#include "platform/lines/ELineState.h"
+#include "telephone/calls/CallSnapshot.h"
 
 namespace telephone {
 

@@ -1,21 +1,21 @@
 // The making of the lines and the questions that LineManager answers.
-#include "lines/Lines.h"
+#include "telephone/lines/Lines.h"
 
 #include <algorithm>
 #include <mutex>
 #include <stdexcept>
 #include <utility>
 
-#include "framework/Executable.h"
-#include "framework/Log.h"
-#include "lines/ClientUtils.h"
-#include "lines/DssLine.h"
-#include "lines/LineActions.h"
-#include "lines/LineStates.h"
-#include "lines/WorkQueue.h"
-#include "management/Settings.h"
-#include "services/DigitAnalysisServiceIfc.h"
-#include "sip/Uri.h"
+#include "platform/framework/Executable.h"
+#include "platform/lines/ClientUtils.h"
+#include "platform/services/DigitAnalysisServiceIfc.h"
+#include "telephone/framework/Log.h"
+#include "telephone/lines/DssLine.h"
+#include "telephone/lines/LineActions.h"
+#include "telephone/lines/LineStates.h"
+#include "telephone/lines/WorkQueue.h"
+#include "telephone/management/Settings.h"
+#include "telephone/sip/Uri.h"
 
 namespace telephone {
 

@@ -20,16 +20,17 @@
 #include <string>
 #include <vector>
 
-#include "configuration/Configuration.h"
-#include "lines/Accounts.h"
-#include "lines/AppearanceMap.h"
-#include "lines/LineManager.h"
-#include "lines/LineObserver.h"
-#include "lines/PartyWatch.h"
-#include "lines/PhoneCalls.h"
-#include "lines/TelephoneLine.h"
-#include "sfi/CallSnapshot.h"
-#include "sfi/LineDirectory.h"
+#include "platform/lines/LineManager.h"
+#include "telephone/calls/CallObserver.h"
+#include "telephone/calls/CallSnapshot.h"
+#include "telephone/calls/LineDirectory.h"
+#include "telephone/calls/PhoneCalls.h"
+#include "telephone/configuration/Configuration.h"
+#include "telephone/lines/Accounts.h"
+#include "telephone/lines/AppearanceMap.h"
+#include "telephone/lines/LineObserver.h"
+#include "telephone/lines/PartyWatch.h"
+#include "telephone/lines/TelephoneLine.h"
 
 namespace telephone {
 

@@ -1,14 +1,13 @@
 // The lines as the call engine sees them, and how their states change.
-#include "lines/Lines.h"
-
 #include <algorithm>
 #include <mutex>
 #include <utility>
 
-#include "framework/Log.h"
-#include "lines/DssLine.h"
-#include "lines/LineStates.h"
-#include "lines/WorkQueue.h"
+#include "telephone/framework/Log.h"
+#include "telephone/lines/DssLine.h"
+#include "telephone/lines/LineStates.h"
+#include "telephone/lines/Lines.h"
+#include "telephone/lines/WorkQueue.h"
 
 namespace telephone {
 

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "sfi/CallEngine.h"
+#include "telephone/calls/CallEngine.h"
 
 namespace telephone {
 

@@ -1,10 +1,10 @@
-#include "lines/ServerFeatures.h"
+#include "telephone/lines/ServerFeatures.h"
 
 #include <charconv>
 #include <optional>
 
-#include "framework/Log.h"
-#include "management/Settings.h"
+#include "telephone/framework/Log.h"
+#include "telephone/management/Settings.h"
 
 namespace telephone {
 

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "lines/Line.h"
+#include "platform/lines/Line.h"
 
 namespace telephone {
 

@@ -1,9 +1,9 @@
-#include "lines/ServiceDoors.h"
+#include "telephone/lines/ServiceDoors.h"
 
 #include "CommunicationsServiceIfc.h"
 #include "TeamServiceIfc.h"
-#include "framework/Executable.h"
-#include "framework/Log.h"
+#include "platform/framework/Executable.h"
+#include "telephone/framework/Log.h"
 
 namespace telephone {
 

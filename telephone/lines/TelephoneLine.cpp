@@ -1,14 +1,14 @@
-#include "lines/TelephoneLine.h"
+#include "telephone/lines/TelephoneLine.h"
 
 #include <algorithm>
 #include <mutex>
 #include <utility>
 
-#include "framework/Log.h"
-#include "lines/LineActions.h"
-#include "lines/LineStates.h"
-#include "lines/Lines.h"
-#include "lines/ServerFeatures.h"
+#include "telephone/framework/Log.h"
+#include "telephone/lines/LineActions.h"
+#include "telephone/lines/LineStates.h"
+#include "telephone/lines/Lines.h"
+#include "telephone/lines/ServerFeatures.h"
 
 namespace telephone {
 

@@ -10,11 +10,11 @@
 #include <string>
 #include <vector>
 
-#include "configuration/Configuration.h"
-#include "lines/Line.h"
-#include "lines/TelephoneLineData.h"
-#include "sfi/CallEngine.h"
-#include "sfi/CallSnapshot.h"
+#include "platform/lines/Line.h"
+#include "telephone/calls/CallEngine.h"
+#include "telephone/calls/CallSnapshot.h"
+#include "telephone/configuration/Configuration.h"
+#include "telephone/lines/TelephoneLineData.h"
 
 namespace telephone {
 

@@ -1,4 +1,4 @@
-#include "lines/TelephoneLineData.h"
+#include "telephone/lines/TelephoneLineData.h"
 
 #include <utility>
 

@@ -5,8 +5,8 @@
 #include <atomic>
 #include <string>
 
-#include "configuration/Configuration.h"
-#include "lines/LineData.h"
+#include "platform/lines/LineData.h"
+#include "telephone/configuration/Configuration.h"
 
 namespace telephone {
 

@@ -1,8 +1,8 @@
-#include "lines/Utility.h"
+#include "platform/lines/Utility.h"
 
-#include "framework/Log.h"
-#include "lines/LineActions.h"
-#include "lines/Lines.h"
+#include "telephone/framework/Log.h"
+#include "telephone/lines/LineActions.h"
+#include "telephone/lines/Lines.h"
 
 // Busy: the line itself can't carry another call. One that is held for a consultation can: the consultation.
 bool Utility::isLineStateBusy(ELineState state)

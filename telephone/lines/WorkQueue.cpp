@@ -1,9 +1,9 @@
-#include "lines/WorkQueue.h"
+#include "telephone/lines/WorkQueue.h"
 
 #include <exception>
 #include <utility>
 
-#include "framework/Log.h"
+#include "telephone/framework/Log.h"
 
 namespace telephone {
 

@@ -1,10 +1,10 @@
-#include "management/ConfigurationStore.h"
+#include "telephone/management/ConfigurationStore.h"
 
 #include <utility>
 
 #include <spdlog/fmt/fmt.h>
 
-#include "management/StoreError.h"
+#include "telephone/management/StoreError.h"
 
 namespace telephone {
 

@@ -12,9 +12,9 @@
 #include <string>
 #include <vector>
 
-#include "management/SettingOutcome.h"
-#include "management/Sqlite.h"
-#include "management/StoreFile.h"
+#include "telephone/management/SettingOutcome.h"
+#include "telephone/management/Sqlite.h"
+#include "telephone/management/StoreFile.h"
 
 namespace telephone {
 

@@ -1,12 +1,12 @@
-#include "management/LocalManagement.h"
+#include "telephone/management/LocalManagement.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "framework/Log.h"
-#include "management/ManageableData.h"
-#include "management/MgmtAgentIfc.h"
-#include "management/SettingCheck.h"
+#include "platform/management/ManageableData.h"
+#include "platform/management/MgmtAgentIfc.h"
+#include "telephone/framework/Log.h"
+#include "telephone/management/SettingCheck.h"
 
 namespace telephone {
 

@@ -8,9 +8,9 @@
 #include <mutex>
 #include <vector>
 
-#include "framework/Executable.h"
-#include "management/LocalMgmtIfc.h"
-#include "management/Settings.h"
+#include "platform/framework/Executable.h"
+#include "platform/management/LocalMgmtIfc.h"
+#include "telephone/management/Settings.h"
 
 namespace telephone {
 

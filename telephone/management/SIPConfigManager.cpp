@@ -1,9 +1,9 @@
-#include "management/SIPConfigManager.h"
+#include "platform/management/SIPConfigManager.h"
 
-#include "framework/Log.h"
-#include "framework/SvcRTEContext.h"
-#include "management/LocalManagement.h"
-#include "management/ManageableData.h"
+#include "platform/framework/SvcRTEContext.h"
+#include "platform/management/ManageableData.h"
+#include "telephone/framework/Log.h"
+#include "telephone/management/LocalManagement.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
-#include "management/SettingCheck.h"
+#include "telephone/management/SettingCheck.h"
 
 #include <charconv>
 #include <optional>
 
 #include <spdlog/fmt/fmt.h>
 
-#include "configuration/Choices.h"
-#include "configuration/NearestName.h"
+#include "telephone/configuration/Choices.h"
+#include "telephone/configuration/NearestName.h"
 
 namespace telephone {
 

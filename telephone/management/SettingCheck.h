@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "management/SettingOutcome.h"
-#include "management/SettingRows.h"
+#include "telephone/management/SettingOutcome.h"
+#include "telephone/management/SettingRows.h"
 
 namespace telephone {
 

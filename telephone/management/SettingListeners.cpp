@@ -1,11 +1,11 @@
-#include "management/SettingListeners.h"
+#include "telephone/management/SettingListeners.h"
 
 #include <algorithm>
 #include <exception>
 #include <utility>
 
-#include "framework/Log.h"
-#include "management/SettingRows.h"
+#include "telephone/framework/Log.h"
+#include "telephone/management/SettingRows.h"
 
 namespace telephone {
 

@@ -9,7 +9,7 @@
 #include <limits>
 #include <string_view>
 
-#include "management/QoraTags.h"
+#include "platform/management/QoraTags.h"
 
 namespace telephone {
 

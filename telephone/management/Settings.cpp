@@ -1,4 +1,4 @@
-#include "management/Settings.h"
+#include "telephone/management/Settings.h"
 
 #include <algorithm>
 #include <charconv>
@@ -6,14 +6,14 @@
 #include <mutex>
 #include <shared_mutex>
 
-#include "configuration/Configuration.h"
-#include "framework/Log.h"
-#include "management/ConfigurationStore.h"
-#include "management/DxlCollection.h"
-#include "management/ManageableData.h"
-#include "management/SettingCheck.h"
-#include "management/SettingListeners.h"
-#include "management/StoreError.h"
+#include "platform/management/DxlCollection.h"
+#include "platform/management/ManageableData.h"
+#include "telephone/configuration/Configuration.h"
+#include "telephone/framework/Log.h"
+#include "telephone/management/ConfigurationStore.h"
+#include "telephone/management/SettingCheck.h"
+#include "telephone/management/SettingListeners.h"
+#include "telephone/management/StoreError.h"
 
 namespace telephone {
 

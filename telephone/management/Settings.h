@@ -15,8 +15,8 @@
 #include <utility>
 #include <vector>
 
-#include "management/SettingOutcome.h"
-#include "management/SettingRows.h"
+#include "telephone/management/SettingOutcome.h"
+#include "telephone/management/SettingRows.h"
 
 class ManageableData;
 

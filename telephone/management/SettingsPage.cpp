@@ -1,11 +1,11 @@
-#include "management/SettingsPage.h"
+#include "telephone/management/SettingsPage.h"
 
 #include <algorithm>
 
 #include <spdlog/fmt/fmt.h>
 
-#include "management/SettingCheck.h"
-#include "management/SettingRows.h"
+#include "telephone/management/SettingCheck.h"
+#include "telephone/management/SettingRows.h"
 
 namespace telephone {
 

@@ -1,10 +1,10 @@
-#include "management/SfiReaders.h"
+#include "telephone/management/SfiReaders.h"
 
 #include <algorithm>
 #include <atomic>
 #include <utility>
 
-#include "sfi/SfiConfiguration.h"
+#include "platform/sfi/SfiConfiguration.h"
 
 namespace telephone {
 

@@ -3,8 +3,8 @@
 // makes it before the service is initialised.
 #pragma once
 
-#include "configuration/Configuration.h"
-#include "management/Settings.h"
+#include "telephone/configuration/Configuration.h"
+#include "telephone/management/Settings.h"
 
 namespace telephone {
 

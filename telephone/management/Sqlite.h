@@ -1,12 +1,12 @@
 // RAII for the SQLite C interface: a connection and a statement, as much as the store needs. One thread at a time.
 #pragma once
 
-#include <sqlite3.h>
-
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
+
+#include <sqlite3.h>
 
 namespace telephone::sqlite {
 

@@ -1,13 +1,13 @@
-#include "management/StoreCommand.h"
+#include "telephone/management/StoreCommand.h"
 
 #include <memory>
 #include <ostream>
 #include <utility>
 
-#include "management/ConfigurationStore.h"
-#include "management/SettingCheck.h"
-#include "management/Settings.h"
-#include "management/StoreError.h"
+#include "telephone/management/ConfigurationStore.h"
+#include "telephone/management/SettingCheck.h"
+#include "telephone/management/Settings.h"
+#include "telephone/management/StoreError.h"
 
 namespace telephone {
 

@@ -1,7 +1,4 @@
-#include "management/StoreFile.h"
-
-#include <sys/stat.h>
-#include <unistd.h>
+#include "telephone/management/StoreFile.h"
 
 #include <array>
 #include <cerrno>
@@ -12,9 +9,11 @@
 #include <vector>
 
 #include <spdlog/fmt/fmt.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
-#include "management/Sqlite.h"
-#include "management/StoreError.h"
+#include "telephone/management/Sqlite.h"
+#include "telephone/management/StoreError.h"
 
 namespace telephone {
 

@@ -1,6 +1,6 @@
-#include "management/StoreWatcher.h"
+#include "telephone/management/StoreWatcher.h"
 
-#include "management/Settings.h"
+#include "telephone/management/Settings.h"
 
 namespace telephone {
 

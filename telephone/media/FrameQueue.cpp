@@ -1,8 +1,8 @@
-#include "FrameQueue.h"
+#include "telephone/media/FrameQueue.h"
 
 namespace telephone {
 
-void FrameQueue::push(const sip::AudioFrame& frame)
+void FrameQueue::push(sip::AudioFrame const& frame)
 {
     if (size_ == kCapacity) {
         first_ = (first_ + 1) % kCapacity;
@@ -14,8 +14,9 @@ void FrameQueue::push(const sip::AudioFrame& frame)
 
 bool FrameQueue::pop(sip::AudioFrame& frame)
 {
-    if (size_ == 0)
+    if (size_ == 0) {
         return false;
+    }
     frame = frames_[first_];
     first_ = (first_ + 1) % kCapacity;
     --size_;

@@ -2,10 +2,10 @@
 // its user.
 #pragma once
 
-#include "sip/Audio.h"
-
 #include <array>
 #include <cstddef>
+
+#include "telephone/sip/Audio.h"
 
 namespace telephone {
 
@@ -15,7 +15,7 @@ public:
     static constexpr std::size_t kCapacity = 5;  // 100 ms; what is older is not worth hearing
 
     // A full queue loses its oldest frame.
-    void push(const sip::AudioFrame& frame);
+    void push(sip::AudioFrame const& frame);
     // False, and the frame as it was, when there is none.
     bool pop(sip::AudioFrame& frame);
     std::size_t size() const { return size_; }

@@ -1,4 +1,4 @@
-#include "ToneSource.h"
+#include "telephone/media/ToneSource.h"
 
 #include <cmath>
 #include <cstdint>

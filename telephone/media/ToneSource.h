@@ -1,7 +1,7 @@
 // A steady sine tone: what a telephone without a microphone says. Belongs to one call.
 #pragma once
 
-#include "sip/Audio.h"
+#include "telephone/sip/Audio.h"
 
 namespace telephone {
 

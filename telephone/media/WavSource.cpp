@@ -1,9 +1,9 @@
-#include "WavSource.h"
-
-#include <sndfile.h>
+#include "telephone/media/WavSource.h"
 
 #include <stdexcept>
 #include <utility>
+
+#include <sndfile.h>
 
 namespace telephone {
 
@@ -17,28 +17,29 @@ struct SoundFileCloser
 // A file that claims more is not meant for a telephone: half an hour at 48 kHz.
 constexpr sf_count_t kLongestFile = sf_count_t{48000} * 60 * 30;
 
-Samples toMono(const Samples& interleaved, std::size_t channels)
+Samples toMono(Samples const& interleaved, std::size_t channels)
 {
     Samples mono(interleaved.size() / channels);
     for (std::size_t at = 0; at < mono.size(); ++at) {
         int sum = 0;
-        for (std::size_t channel = 0; channel < channels; ++channel)
+        for (std::size_t channel = 0; channel < channels; ++channel) {
             sum += interleaved[at * channels + channel];
+        }
         mono[at] = static_cast<std::int16_t>(sum / static_cast<int>(channels));
     }
     return mono;
 }
 
 // Linear interpolation: good enough for speech in a telephone's band.
-Samples toTelephoneRate(const Samples& samples, double rate)
+Samples toTelephoneRate(Samples const& samples, double rate)
 {
-    const double ratio = rate / sip::kSampleRate;
+    double const ratio = rate / sip::kSampleRate;
     Samples converted(static_cast<std::size_t>(static_cast<double>(samples.size()) / ratio));
     for (std::size_t at = 0; at < converted.size(); ++at) {
-        const double place = static_cast<double>(at) * ratio;
-        const auto left = static_cast<std::size_t>(place);
+        double const place = static_cast<double>(at) * ratio;
+        auto const left = static_cast<std::size_t>(place);
         const std::size_t right = left + 1 < samples.size() ? left + 1 : left;
-        const double share = place - static_cast<double>(left);
+        double const share = place - static_cast<double>(left);
         converted[at] = static_cast<std::int16_t>(samples[left] * (1.0 - share) + samples[right] * share);
     }
     return converted;
@@ -46,27 +47,31 @@ Samples toTelephoneRate(const Samples& samples, double rate)
 
 }  // namespace
 
-std::shared_ptr<const Samples> loadSamples(const std::string& path)
+std::shared_ptr<Samples const> loadSamples(std::string const& path)
 {
     SF_INFO info{};
     const std::unique_ptr<SNDFILE, SoundFileCloser> file(sf_open(path.c_str(), SFM_READ, &info));
-    if (!file)
+    if (!file) {
         throw std::runtime_error("audio file " + path + ": " + sf_strerror(nullptr));
-    if (info.frames <= 0 || info.frames > kLongestFile || info.channels < 1 || info.samplerate < 1)
+    }
+    if (info.frames <= 0 || info.frames > kLongestFile || info.channels < 1 || info.samplerate < 1) {
         throw std::runtime_error("audio file " + path + ": no sound in it, or more than half an hour");
-    const auto channels = static_cast<std::size_t>(info.channels);
+    }
+    auto const channels = static_cast<std::size_t>(info.channels);
     Samples interleaved(static_cast<std::size_t>(info.frames) * channels);
     const sf_count_t read = sf_readf_short(file.get(), interleaved.data(), info.frames);
     interleaved.resize(static_cast<std::size_t>(read) * channels);
     Samples samples = toMono(interleaved, channels);
-    if (info.samplerate != static_cast<int>(sip::kSampleRate))
+    if (info.samplerate != static_cast<int>(sip::kSampleRate)) {
         samples = toTelephoneRate(samples, info.samplerate);
-    if (samples.empty())
+    }
+    if (samples.empty()) {
         throw std::runtime_error("audio file " + path + ": no sound in it");
-    return std::make_shared<const Samples>(std::move(samples));
+    }
+    return std::make_shared<Samples const>(std::move(samples));
 }
 
-WavSource::WavSource(std::shared_ptr<const Samples> samples)
+WavSource::WavSource(std::shared_ptr<Samples const> samples)
     : samples_(std::move(samples))
 {}
 

@@ -1,9 +1,9 @@
-#include "WavWriter.h"
-
-#include <sndfile.h>
+#include "telephone/media/WavWriter.h"
 
 #include <array>
 #include <stdexcept>
+
+#include <sndfile.h>
 
 namespace telephone {
 
@@ -13,36 +13,38 @@ struct WavWriter::File
         : handle(opened)
     {}
     ~File() { sf_close(handle); }
-    File(const File&) = delete;
-    File& operator=(const File&) = delete;
+    File(File const&) = delete;
+    File& operator=(File const&) = delete;
 
     SNDFILE* handle;
 };
 
-WavWriter::WavWriter(const std::string& path, int channels)
+WavWriter::WavWriter(std::string const& path, int channels)
 {
     SF_INFO info{};
     info.samplerate = static_cast<int>(sip::kSampleRate);
     info.channels = channels;
     info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
     SNDFILE* opened = sf_open(path.c_str(), SFM_WRITE, &info);
-    if (opened == nullptr)
+    if (opened == nullptr) {
         throw std::runtime_error("audio file " + path + ": " + sf_strerror(nullptr));
+    }
     file_ = std::make_unique<File>(opened);
 }
 
 WavWriter::~WavWriter() = default;
 
-bool WavWriter::write(const sip::AudioFrame& frame)
+bool WavWriter::write(sip::AudioFrame const& frame)
 {
     constexpr auto kSamples = static_cast<sf_count_t>(sip::kFrameSamples);
-    if (!file_ || sf_write_short(file_->handle, frame.data(), kSamples) != kSamples)
+    if (!file_ || sf_write_short(file_->handle, frame.data(), kSamples) != kSamples) {
         return false;
+    }
     ++frames_;
     return true;
 }
 
-bool WavWriter::write(const sip::AudioFrame& left, const sip::AudioFrame& right)
+bool WavWriter::write(sip::AudioFrame const& left, sip::AudioFrame const& right)
 {
     std::array<std::int16_t, 2 * sip::kFrameSamples> both{};
     for (std::size_t at = 0; at < sip::kFrameSamples; ++at) {
@@ -50,8 +52,9 @@ bool WavWriter::write(const sip::AudioFrame& left, const sip::AudioFrame& right)
         both[2 * at + 1] = right[at];
     }
     constexpr auto kSamples = static_cast<sf_count_t>(both.size());
-    if (!file_ || sf_write_short(file_->handle, both.data(), kSamples) != kSamples)
+    if (!file_ || sf_write_short(file_->handle, both.data(), kSamples) != kSamples) {
         return false;
+    }
     ++frames_;
     return true;
 }

@@ -2,11 +2,11 @@
 // be read back after close() or destruction.
 #pragma once
 
-#include "sip/Audio.h"
-
 #include <cstdint>
 #include <memory>
 #include <string>
+
+#include "telephone/sip/Audio.h"
 
 namespace telephone {
 
@@ -14,15 +14,15 @@ class WavWriter
 {
 public:
     // Creates or empties the file; throws std::runtime_error saying which could not be written and why.
-    WavWriter(const std::string& path, int channels);
+    WavWriter(std::string const& path, int channels);
     ~WavWriter();
-    WavWriter(const WavWriter&) = delete;
-    WavWriter& operator=(const WavWriter&) = delete;
+    WavWriter(WavWriter const&) = delete;
+    WavWriter& operator=(WavWriter const&) = delete;
 
     // Of a mono file. False: the disk is full or gone.
-    bool write(const sip::AudioFrame& frame);
+    bool write(sip::AudioFrame const& frame);
     // Of a file with two channels.
-    bool write(const sip::AudioFrame& left, const sip::AudioFrame& right);
+    bool write(sip::AudioFrame const& left, sip::AudioFrame const& right);
     void close();
 
     std::uint64_t frames() const { return frames_; }  // written so far

@@ -1,16 +1,16 @@
-#include "physical/KeyApplication.h"
+#include "telephone/physical/KeyApplication.h"
 
 #include <algorithm>
 #include <mutex>
 
 #include "CommunicationsServiceIfc.h"
 #include "TeamServiceIfc.h"
-#include "framework/Log.h"
-#include "lines/DssLine.h"
-#include "lines/LineStates.h"
-#include "lines/Lines.h"
-#include "management/Settings.h"
-#include "physical/KeyLamps.h"
+#include "telephone/framework/Log.h"
+#include "telephone/lines/DssLine.h"
+#include "telephone/lines/LineStates.h"
+#include "telephone/lines/Lines.h"
+#include "telephone/management/Settings.h"
+#include "telephone/physical/KeyLamps.h"
 
 namespace telephone {
 

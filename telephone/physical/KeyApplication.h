@@ -12,10 +12,10 @@
 #include <atomic>
 #include <optional>
 
-#include "lines/Line.h"
-#include "lines/ServiceDoors.h"
-#include "physical/PhysicalInterface.h"
-#include "sfi/CallSnapshot.h"
+#include "platform/lines/Line.h"
+#include "telephone/calls/CallSnapshot.h"
+#include "telephone/lines/ServiceDoors.h"
+#include "telephone/physical/PhysicalInterface.h"
 
 class Executable;
 

@@ -1,12 +1,12 @@
-#include "physical/KeyLamps.h"
+#include "telephone/physical/KeyLamps.h"
 
 #include <algorithm>
 #include <array>
 #include <mutex>
 
-#include "lines/DssLine.h"
-#include "lines/LineStates.h"
-#include "lines/Lines.h"
+#include "telephone/lines/DssLine.h"
+#include "telephone/lines/LineStates.h"
+#include "telephone/lines/Lines.h"
 
 namespace telephone {
 

@@ -14,10 +14,11 @@
 #include <set>
 #include <vector>
 
-#include "lines/LineObserver.h"
-#include "management/Settings.h"
-#include "physical/PhysicalInterface.h"
-#include "sfi/CallSnapshot.h"
+#include "telephone/calls/CallObserver.h"
+#include "telephone/calls/CallSnapshot.h"
+#include "telephone/lines/LineObserver.h"
+#include "telephone/management/Settings.h"
+#include "telephone/physical/PhysicalInterface.h"
 
 namespace telephone {
 

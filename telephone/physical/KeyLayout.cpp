@@ -1,4 +1,4 @@
-#include "physical/KeyLayout.h"
+#include "telephone/physical/KeyLayout.h"
 
 #include <algorithm>
 #include <array>

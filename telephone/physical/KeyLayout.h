@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
-#include "configuration/Configuration.h"
-#include "physical/PhysDefs.h"
+#include "platform/physical/PhysDefs.h"
+#include "telephone/configuration/Configuration.h"
 
 namespace telephone {
 

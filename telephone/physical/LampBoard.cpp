@@ -1,4 +1,4 @@
-#include "physical/LampBoard.h"
+#include "telephone/physical/LampBoard.h"
 
 #include <array>
 #include <utility>

@@ -15,8 +15,8 @@
 #include <string_view>
 #include <vector>
 
-#include "physical/KeyLayout.h"
-#include "physical/PhysDefs.h"
+#include "platform/physical/PhysDefs.h"
+#include "telephone/physical/KeyLayout.h"
 
 namespace telephone {
 

@@ -1,4 +1,4 @@
-#include "physical/PhysicalInterface.h"
+#include "telephone/physical/PhysicalInterface.h"
 
 #include <algorithm>
 #include <string_view>
@@ -6,10 +6,10 @@
 
 #include <spdlog/fmt/fmt.h>
 
-#include "framework/Log.h"
-#include "management/Settings.h"
-#include "physical/functionalEventObserver.h"
-#include "physical/physicalEventObserver.h"
+#include "platform/physical/functionalEventObserver.h"
+#include "platform/physical/physicalEventObserver.h"
+#include "telephone/framework/Log.h"
+#include "telephone/management/Settings.h"
 
 namespace telephone {
 

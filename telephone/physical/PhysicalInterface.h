@@ -25,12 +25,12 @@
 #include <string>
 #include <vector>
 
-#include "configuration/Configuration.h"
-#include "framework/Executable.h"
-#include "lines/WorkQueue.h"
-#include "physical/KeyLayout.h"
-#include "physical/LampBoard.h"
-#include "physical/PhysicalInterfaceServiceIfc.h"
+#include "platform/framework/Executable.h"
+#include "platform/physical/PhysicalInterfaceServiceIfc.h"
+#include "telephone/configuration/Configuration.h"
+#include "telephone/lines/WorkQueue.h"
+#include "telephone/physical/KeyLayout.h"
+#include "telephone/physical/LampBoard.h"
 
 namespace telephone {
 

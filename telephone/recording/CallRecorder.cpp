@@ -1,7 +1,4 @@
-#include "recording/CallRecorder.h"
-
-#include <sys/stat.h>
-#include <unistd.h>
+#include "telephone/recording/CallRecorder.h"
 
 #include <algorithm>
 #include <array>
@@ -13,12 +10,15 @@
 #include <exception>
 #include <utility>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include "CommunicationsServiceEventIfc.h"
-#include "framework/Log.h"
-#include "framework/SvcRTEContext.h"
-#include "management/LocalMgmtIfc.h"
-#include "management/SettingRows.h"
-#include "recording/RecordingConfigManager.h"
+#include "platform/framework/SvcRTEContext.h"
+#include "platform/management/LocalMgmtIfc.h"
+#include "platform/recording/RecordingConfigManager.h"
+#include "telephone/framework/Log.h"
+#include "telephone/management/SettingRows.h"
 
 namespace telephone {
 

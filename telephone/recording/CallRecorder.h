@@ -16,9 +16,10 @@
 #include <thread>
 #include <vector>
 
-#include "configuration/Configuration.h"
-#include "recording/CallRecording.h"
-#include "recording/MediaRecordingService.h"
+#include "platform/recording/MediaRecordingService.h"
+#include "telephone/calls/CallObserver.h"
+#include "telephone/configuration/Configuration.h"
+#include "telephone/recording/CallRecording.h"
 
 class CommunicationsServiceEventIfc;
 

@@ -1,15 +1,14 @@
-#include "recording/CallRecording.h"
-
-#include <fcntl.h>
-#include <sndfile.h>
-#include <unistd.h>
+#include "telephone/recording/CallRecording.h"
 
 #include <cerrno>
 #include <cstring>
 #include <stdexcept>
 #include <utility>
 
+#include <fcntl.h>
+#include <sndfile.h>
 #include <spdlog/fmt/fmt.h>
+#include <unistd.h>
 
 namespace telephone {
 

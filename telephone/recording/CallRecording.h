@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "sfi/AudioTap.h"
-#include "sfi/CallSnapshot.h"
+#include "telephone/calls/AudioTap.h"
+#include "telephone/calls/CallSnapshot.h"
 
 struct sf_private_tag;
 

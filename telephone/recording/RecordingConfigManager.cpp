@@ -1,7 +1,7 @@
-#include "recording/RecordingConfigManager.h"
+#include "platform/recording/RecordingConfigManager.h"
 
-#include "framework/SvcRTEContext.h"
-#include "management/LocalManagement.h"
+#include "platform/framework/SvcRTEContext.h"
+#include "telephone/management/LocalManagement.h"
 
 class RecordingConfigManager::State
 {

@@ -1,6 +1,6 @@
-#include "services/AuditoryDevice.h"
+#include "telephone/services/AuditoryDevice.h"
 
-#include "framework/Log.h"
+#include "telephone/framework/Log.h"
 
 namespace telephone {
 

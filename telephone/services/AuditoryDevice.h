@@ -5,8 +5,8 @@
 
 #include <atomic>
 
-#include "framework/Executable.h"
-#include "physical/AuditoryDeviceIfc.h"
+#include "platform/framework/Executable.h"
+#include "platform/physical/AuditoryDeviceIfc.h"
 
 namespace telephone {
 

@@ -1,11 +1,11 @@
-#include "services/CertificateManagement.h"
+#include "telephone/services/CertificateManagement.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <string_view>
 #include <utility>
 
-#include "framework/Log.h"
+#include "telephone/framework/Log.h"
 
 namespace telephone {
 

@@ -4,9 +4,9 @@
 
 #include <string>
 
-#include "configuration/Configuration.h"
-#include "framework/Executable.h"
-#include "services/CertificateMgmtSvcIfc.h"
+#include "platform/framework/Executable.h"
+#include "platform/services/CertificateMgmtSvcIfc.h"
+#include "telephone/configuration/Configuration.h"
 
 namespace telephone {
 

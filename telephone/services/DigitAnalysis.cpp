@@ -1,4 +1,4 @@
-#include "services/DigitAnalysis.h"
+#include "telephone/services/DigitAnalysis.h"
 
 #include <algorithm>
 

@@ -7,9 +7,9 @@
 #include <string_view>
 #include <vector>
 
-#include "configuration/Configuration.h"
-#include "framework/Executable.h"
-#include "services/DigitAnalysisServiceIfc.h"
+#include "platform/framework/Executable.h"
+#include "platform/services/DigitAnalysisServiceIfc.h"
+#include "telephone/configuration/Configuration.h"
 
 namespace telephone {
 

@@ -1,13 +1,13 @@
-#include "SettingsCallPolicy.h"
-
-#include "configuration/Configuration.h"
-#include "lines/Line.h"
-#include "lines/LineManager.h"
-#include "management/Settings.h"
+#include "telephone/sfi/SettingsCallPolicy.h"
 
 #include <algorithm>
 #include <array>
 #include <string_view>
+
+#include "platform/lines/Line.h"
+#include "platform/lines/LineManager.h"
+#include "telephone/configuration/Configuration.h"
+#include "telephone/management/Settings.h"
 
 namespace telephone {
 
@@ -36,36 +36,39 @@ constexpr std::array kForwardingKeys{
 static_assert(kForwardingKeys.size() == 9);
 
 // The primary line, else the first.
-std::string ownLineOf(const Configuration& configuration)
+std::string ownLineOf(Configuration const& configuration)
 {
-    const auto& lines = configuration.lines;
-    const auto primary = std::find_if(lines.begin(), lines.end(), [](const auto& line) { return line.primary; });
-    if (primary != lines.end())
+    auto const& lines = configuration.lines;
+    auto const primary = std::find_if(lines.begin(), lines.end(), [](auto const& line) { return line.primary; });
+    if (primary != lines.end()) {
         return primary->id;
+    }
     return lines.empty() ? std::string() : lines.front().id;
 }
 
-Line::serverFeaturesSettings featuresOf(const std::string& lineURI)
+Line::serverFeaturesSettings featuresOf(std::string const& lineURI)
 {
     Line::serverFeaturesSettings features;
     LineManager* const lines = LineManager::Instance();
     Line* const line = lines != nullptr ? lines->getLine(lineURI) : nullptr;
-    if (line != nullptr)
+    if (line != nullptr) {
         line->getServerFeaturesSettings(features);
+    }
     return features;
 }
 
 }  // namespace
 
-SettingsCallPolicy::SettingsCallPolicy(const Settings& settings, const LineDirectory& lines,
-                                       const Configuration& configuration)
+SettingsCallPolicy::SettingsCallPolicy(Settings const& settings, LineDirectory const& lines,
+                                       Configuration const& configuration)
     : settings_(settings)
     , lines_(lines)
     , ownLine_(ownLineOf(configuration))
 {
     // What was switched on before the telephone was started holds on.
-    if (settings_.flag(SettingNames::kDoNotDisturb))
+    if (settings_.flag(SettingNames::kDoNotDisturb)) {
         doNotDisturb_[0] = true;
+    }
 }
 
 bool SettingsCallPolicy::forwardsHere() const
@@ -73,28 +76,31 @@ bool SettingsCallPolicy::forwardsHere() const
     return settings_.flag(SettingNames::kBuiltInForwarding) && !settings_.flag(SettingNames::kServerBasedFeatures);
 }
 
-bool SettingsCallPolicy::isUsersLine(const std::string& lineURI) const
+bool SettingsCallPolicy::isUsersLine(std::string const& lineURI) const
 {
     const std::string user = settings_.text(SettingNames::kCurrentMultiUser);
-    if (!user.empty())
+    if (!user.empty()) {
         return user == lineURI;
+    }
     return lineURI == ownLine_;
 }
 
 ForwardingRule SettingsCallPolicy::forwarding(int lineNumber, sfiForwardingType type) const
 {
-    const auto line = lines_.addressOf(lineNumber, 0);
-    if (!line)
+    auto const line = lines_.addressOf(lineNumber, 0);
+    if (!line) {
         return {};
+    }
     if (isUsersLine(line->lineURI)) {
-        const auto keys = std::find_if(kForwardingKeys.begin(), kForwardingKeys.end(),
-                                       [type](const ForwardingKeys& row) { return row.type == type; });
-        if (keys == kForwardingKeys.end())
+        auto const keys = std::find_if(kForwardingKeys.begin(), kForwardingKeys.end(),
+                                       [type](ForwardingKeys const& row) { return row.type == type; });
+        if (keys == kForwardingKeys.end()) {
             return {};
+        }
         return {settings_.flag(keys->activated), settings_.text(keys->address)};
     }
     const Line::serverFeaturesSettings features = featuresOf(line->lineURI);
-    const auto rule = features.forwarding.find(type);
+    auto const rule = features.forwarding.find(type);
     return rule == features.forwarding.end() ? ForwardingRule{}
                                              : ForwardingRule{rule->second.status, rule->second.destination};
 }
@@ -108,30 +114,34 @@ bool SettingsCallPolicy::doNotDisturb(int lineNumber) const
 {
     {
         const std::lock_guard guard(mutex_);
-        const auto isOn = [this](int number) {
+        auto const isOn = [this](int number) {
             const auto found = doNotDisturb_.find(number);
             return found != doNotDisturb_.end() && found->second;
         };
-        if (isOn(0) || isOn(lineNumber))
+        if (isOn(0) || isOn(lineNumber)) {
             return true;
+        }
         // The telephone is in this state while a line of it is.
-        if (lineNumber == 0)
+        if (lineNumber == 0) {
             return std::any_of(doNotDisturb_.begin(), doNotDisturb_.end(),
-                               [](const auto& each) { return each.second; });
+                               [](auto const& each) { return each.second; });
+        }
     }
-    const auto line = lines_.addressOf(lineNumber, 0);
+    auto const line = lines_.addressOf(lineNumber, 0);
     return line && !isUsersLine(line->lineURI) && featuresOf(line->lineURI).dnd;
 }
 
 void SettingsCallPolicy::setDoNotDisturb(int lineNumber, bool on)
 {
     const std::lock_guard guard(mutex_);
-    if (lineNumber == 0)
+    if (lineNumber == 0) {
         doNotDisturb_.clear();
+    }
     doNotDisturb_[lineNumber] = on;
     // Of the line that the telephone was in this state for.
-    if (!on)
+    if (!on) {
         doNotDisturb_[0] = false;
+    }
 }
 
 }  // namespace telephone

@@ -5,12 +5,12 @@
 // the only one); every other line has the rules that were set on it.
 #pragma once
 
-#include "CallPolicy.h"
-#include "LineDirectory.h"
-
 #include <map>
 #include <mutex>
 #include <string>
+
+#include "telephone/calls/CallPolicy.h"
+#include "telephone/calls/LineDirectory.h"
 
 namespace telephone {
 
@@ -21,7 +21,7 @@ class SettingsCallPolicy final : public CallPolicy
 {
 public:
     // Settings and lines outlive it.
-    SettingsCallPolicy(const Settings& settings, const LineDirectory& lines, const Configuration& configuration);
+    SettingsCallPolicy(Settings const& settings, LineDirectory const& lines, Configuration const& configuration);
 
     bool forwardsHere() const override;
     ForwardingRule forwarding(int lineNumber, sfiForwardingType type) const override;
@@ -32,10 +32,10 @@ public:
     void setDoNotDisturb(int lineNumber, bool on);
 
 private:
-    bool isUsersLine(const std::string& lineURI) const;
+    bool isUsersLine(std::string const& lineURI) const;
 
-    const Settings& settings_;
-    const LineDirectory& lines_;
+    Settings const& settings_;
+    LineDirectory const& lines_;
     const std::string ownLine_;
     mutable std::mutex mutex_;
     std::map<int, bool> doNotDisturb_;  // by line number

@@ -1,11 +1,11 @@
-#include "Sfi.h"
-
-#include "framework/EventDispatcher.h"
-#include "framework/Log.h"
-#include "framework/TimerService.h"
+#include "telephone/sfi/Sfi.h"
 
 #include <mutex>
 #include <utility>
+
+#include "telephone/framework/EventDispatcher.h"
+#include "telephone/framework/Log.h"
+#include "telephone/framework/TimerService.h"
 
 namespace telephone {
 
@@ -23,7 +23,7 @@ sfiResult refuse(std::string const& reason)
 
 }  // namespace
 
-Sfi::Sfi(const Parts& parts)
+Sfi::Sfi(Parts const& parts)
     : engine_(parts.engine)
     , lines_(parts.lines)
     , policy_(parts.policy)
@@ -54,15 +54,17 @@ void Sfi::SetCommsService(Executable* service)
 
 sfiResult Sfi::Activate()
 {
-    if (ended_)
+    if (ended_) {
         return refuse("activate: the call control has ended for good");
+    }
     return engine_.activate();
 }
 
 sfiResult Sfi::Deactivate(bool final, bool)
 {
-    if (final)
+    if (final) {
         ended_ = true;
+    }
     return engine_.deactivate();
 }
 
@@ -126,24 +128,29 @@ sfiResult Sfi::CallFeature(sfiCallInfo* call, sfiFeature feature, char const* de
 {
     std::lock_guard const guard(engine_);
     int const holdAsked = std::exchange(holdAsked_, 0);
-    if (destination == nullptr)
+    if (destination == nullptr) {
         return otherCallFeature(*call, feature);
+    }
     // Whatever reason an application gives for a hold, the announcement before it tells it apart.
-    if (*destination == '\0' && holdAsked == call->callID && holdAsked != 0)
+    if (*destination == '\0' && holdAsked == call->callID && holdAsked != 0) {
         return engine_.hold(call->callID, feature < 0 ? sfiFeatureHold : feature);
-    if (feature == sfiFeatureDeflect)
+    }
+    if (feature == sfiFeatureDeflect) {
         return engine_.deflect(call->callID, destination);
-    if (feature == sfiFeatureBlindTransfer)
+    }
+    if (feature == sfiFeatureBlindTransfer) {
         return engine_.blindTransfer(call->callID, destination);
+    }
     return refuse("call " + std::to_string(call->callID) + ": there is no feature " + std::to_string(feature) +
                   " with a destination");
 }
 
 // Features between a call and the telephone's other one.
-sfiResult Sfi::otherCallFeature(const sfiCallInfo& call, sfiFeature feature)
+sfiResult Sfi::otherCallFeature(sfiCallInfo const& call, sfiFeature feature)
 {
-    if (feature == sfiFeatureAlternate && call.callID == 0)
+    if (feature == sfiFeatureAlternate && call.callID == 0) {
         return engine_.alternate(call.lineID);
+    }
     return feature == sfiFeatureAttendedTransfer ? engine_.attendedTransfer(call.callID)
                                                  : engine_.conference(call.callID);
 }
@@ -163,8 +170,9 @@ sfiResult Sfi::GetManualHoldIndication(sfiCallInfo* call)
 
 sfiResult Sfi::SetServiceState(sfiServiceState state)
 {
-    if (state < sfiServiceInService || state > sfiServiceDoNotDisturb)
+    if (state < sfiServiceInService || state > sfiServiceDoNotDisturb) {
         return refuse("there is no service state " + std::to_string(state));
+    }
     engine_.setServiceState(state);
     return sfiSuccess;
 }

@@ -5,11 +5,11 @@
 // An operation that cannot be done answers a failure, and the log says why.
 #pragma once
 
-#include "CallEngine.h"
-#include "sfi/CSfi.h"
-
 #include <atomic>
 #include <string>
+
+#include "platform/sfi/CSfi.h"
+#include "telephone/calls/CallEngine.h"
 
 namespace telephone {
 
@@ -32,10 +32,10 @@ public:
         SfiMCAMapper* appearances;  // null: no line has several
     };
 
-    explicit Sfi(const Parts& parts);
+    explicit Sfi(Parts const& parts);
     ~Sfi();
-    Sfi(const Sfi&) = delete;
-    Sfi& operator=(const Sfi&) = delete;
+    Sfi(Sfi const&) = delete;
+    Sfi& operator=(Sfi const&) = delete;
 
     // --- life
     void Initialise(SvcRTEContext* context) override;
@@ -108,7 +108,7 @@ public:
     int viewState() const { return viewState_; }
 
 private:
-    sfiResult otherCallFeature(const sfiCallInfo& call, sfiFeature feature);
+    sfiResult otherCallFeature(sfiCallInfo const& call, sfiFeature feature);
     std::string deviceOf(int lineID) const;
     void pressHoldKey();
 

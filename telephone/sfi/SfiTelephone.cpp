@@ -1,21 +1,20 @@
 // The operations of CSfi that concern the telephone as a whole: settings, status, keys, timers.
-#include "Sfi.h"
-
-#include "CommunicationsServiceEventIfc.h"
-#include "SettingsCallPolicy.h"
-#include "framework/EventDispatcher.h"
-#include "framework/Log.h"
-#include "framework/TimerService.h"
-#include "lines/Line.h"
-#include "lines/LineData.h"
-#include "lines/LineManager.h"
-#include "management/Settings.h"
-#include "physical/AuditoryDeviceIfc.h"
-#include "physical/PhysDefs.h"
-
 #include <algorithm>
 #include <mutex>
 #include <vector>
+
+#include "CommunicationsServiceEventIfc.h"
+#include "platform/lines/Line.h"
+#include "platform/lines/LineData.h"
+#include "platform/lines/LineManager.h"
+#include "platform/physical/AuditoryDeviceIfc.h"
+#include "platform/physical/PhysDefs.h"
+#include "telephone/framework/EventDispatcher.h"
+#include "telephone/framework/Log.h"
+#include "telephone/framework/TimerService.h"
+#include "telephone/management/Settings.h"
+#include "telephone/sfi/SettingsCallPolicy.h"
+#include "telephone/sfi/Sfi.h"
 
 namespace telephone {
 
@@ -44,8 +43,9 @@ void Sfi::SetAssociatedCalls(bool associated)
 std::string Sfi::deviceOf(int lineID) const
 {
     std::lock_guard const guard(engine_);
-    if (auto const line = lines_.addressOf(lineID, 0))
+    if (auto const line = lines_.addressOf(lineID, 0)) {
         return line->lineURI;
+    }
     std::vector<LineAccount> const accounts = lines_.accounts();
     return accounts.empty() ? std::string() : accounts.front().lineURI;
 }
@@ -111,16 +111,18 @@ void Sfi::SendFeatureFailureNotification(int lineID, int feature, int failure)
 
 void Sfi::SetHeadsetPlugged(bool plugged)
 {
-    if (AuditoryDeviceIfc* const device = auditoryDevice_)
+    if (AuditoryDeviceIfc* const device = auditoryDevice_) {
         device->useHeadset(plugged);
+    }
 }
 
 void Sfi::HandleKeyFunction(int keyFunction)
 {
-    if (keyFunction == PhysDefs::keyFunctionHold)
+    if (keyFunction == PhysDefs::keyFunctionHold) {
         pressHoldKey();
-    else
+    } else {
         log(kLogWarning, kComponent, "key function {} does nothing in the call control", keyFunction);
+    }
 }
 
 // Holds the call that speaks; without one it takes back the one that was held last.
@@ -132,10 +134,11 @@ void Sfi::pressHoldKey()
         engine_.hold(active->callID);
         return;
     }
-    if (auto const held = engine_.lastHeldCall())
+    if (auto const held = engine_.lastHeldCall()) {
         engine_.retrieve(held->callID);
-    else
+    } else {
         log(kLogWarning, kComponent, "hold key: there is no call to hold or to retrieve");
+    }
 }
 
 void Sfi::JackEvent()
@@ -187,8 +190,9 @@ int Sfi::GetHotWarmLineStatus(int lineID)
 sfiResult Sfi::GetMessageWaitingIndicator(std::string const& phoneNumber, sfiMessageWaitingRecord& record)
 {
     auto const known = engine_.messageWaiting(phoneNumber);
-    if (!known)
+    if (!known) {
         return sfiFailure;
+    }
     record = *known;
     return sfiSuccess;
 }

@@ -31,7 +31,7 @@ class AudioSink
 public:
     virtual ~AudioSink() = default;
     // What was heard, decoded, as it arrives: about each 20 ms, in the order of arrival, gaps are not filled.
-    virtual void writeFrame(const AudioFrame& frame) = 0;
+    virtual void writeFrame(AudioFrame const& frame) = 0;
 };
 
 // Directions as in SDP (RFC 3264), seen from this end; the values are the bits "receives" (1) and "sends" (2).

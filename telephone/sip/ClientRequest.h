@@ -3,7 +3,7 @@
 // lock.
 #pragma once
 
-#include "UserAgentImpl.h"
+#include "telephone/sip/UserAgentImpl.h"
 
 namespace telephone::sip {
 
@@ -11,24 +11,24 @@ class ClientRequest : public std::enable_shared_from_this<ClientRequest>
 {
 public:
     // The final answer, or an error of errno without one.
-    using Handler = std::function<void(int error, const sip_msg* message)>;
+    using Handler = std::function<void(int error, sip_msg const* message)>;
 
     // Null, with the reason, when the request cannot be made. to: URI of the To header.
-    static std::shared_ptr<ClientRequest> make(std::shared_ptr<UserAgent::Impl> agent, const Account& account,
-                                               const Route& route, const std::string& to, std::string& whyNot);
-    ClientRequest(std::shared_ptr<UserAgent::Impl> agent, const Account& account, const Route& route);
+    static std::shared_ptr<ClientRequest> make(std::shared_ptr<UserAgent::Impl> agent, Account const& account,
+                                               Route const& route, std::string const& to, std::string& whyNot);
+    ClientRequest(std::shared_ptr<UserAgent::Impl> agent, Account const& account, Route const& route);
 
     // tail: headers, empty line and body. contactExpires: also sends our Contact with that time.
-    int send(const std::string& method, std::string tail, std::optional<std::uint32_t> contactExpires, Handler done);
+    int send(std::string const& method, std::string tail, std::optional<std::uint32_t> contactExpires, Handler done);
     // Forgets the answer that is due; the handler is not called any more.
     void abandon();
     // The Contact that was sent last, without brackets.
-    const std::string& contact() const { return contact_; }
+    std::string const& contact() const { return contact_; }
 
 private:
     int transmit();
-    void onResponse(int error, const sip_msg* message);
-    int writeContact(sip_transp transport, const sa& source, mbuf& buffer);
+    void onResponse(int error, sip_msg const* message);
+    int writeContact(sip_transp transport, sa const& source, mbuf& buffer);
 
     std::shared_ptr<UserAgent::Impl> agent_;
     std::string contactUser_;

@@ -1,4 +1,4 @@
-#include "DialogInfo.h"
+#include "telephone/sip/DialogInfo.h"
 
 #include <algorithm>
 #include <array>
@@ -14,7 +14,7 @@ namespace {
 struct StateName
 {
     DialogState state;
-    const char* name;
+    char const* name;
 };
 
 constexpr std::array<StateName, 5> kStates{{
@@ -25,65 +25,70 @@ constexpr std::array<StateName, 5> kStates{{
     {DialogState::kTerminated, "terminated"},
 }};
 
-constexpr const char* kRendering = "+sip.rendering";
+constexpr char const* kRendering = "+sip.rendering";
 
-const char* nameOf(DialogState state)
+char const* nameOf(DialogState state)
 {
-    for (const auto& row : kStates) {
-        if (row.state == state)
+    for (auto const& row : kStates) {
+        if (row.state == state) {
             return row.name;
+        }
     }
     return "terminated";
 }
 
 std::optional<DialogState> stateOf(std::string_view name)
 {
-    for (const auto& row : kStates) {
-        if (name == row.name)
+    for (auto const& row : kStates) {
+        if (name == row.name) {
             return row.state;
+        }
     }
     return std::nullopt;
 }
 
 // Documents may or may not put a prefix before the names of their elements.
-bool isNamed(const pugi::xml_node& node, std::string_view name)
+bool isNamed(pugi::xml_node const& node, std::string_view name)
 {
     const std::string_view full = node.name();
-    const auto colon = full.find(':');
+    auto const colon = full.find(':');
     return (colon == std::string_view::npos ? full : full.substr(colon + 1)) == name;
 }
 
-pugi::xml_node childNamed(const pugi::xml_node& parent, std::string_view name)
+pugi::xml_node childNamed(pugi::xml_node const& parent, std::string_view name)
 {
-    for (const auto& node : parent.children()) {
-        if (isNamed(node, name))
+    for (auto const& node : parent.children()) {
+        if (isNamed(node, name)) {
             return node;
+        }
     }
     return {};
 }
 
-bool renders(const pugi::xml_node& target)
+bool renders(pugi::xml_node const& target)
 {
-    for (const auto& node : target.children()) {
-        if (isNamed(node, "param") && std::string_view(node.attribute("pname").as_string()) == kRendering)
+    for (auto const& node : target.children()) {
+        if (isNamed(node, "param") && std::string_view(node.attribute("pname").as_string()) == kRendering) {
             return std::string_view(node.attribute("pvalue").as_string()) != "no";
+        }
     }
     return true;
 }
 
-DialogParty readParty(const pugi::xml_node& node)
+DialogParty readParty(pugi::xml_node const& node)
 {
-    const auto identity = childNamed(node, "identity");
-    const auto target = childNamed(node, "target");
+    auto const identity = childNamed(node, "identity");
+    auto const target = childNamed(node, "target");
     return {identity.text().as_string(), identity.attribute("display").as_string(), target.attribute("uri").as_string(),
             renders(target)};
 }
 
-std::optional<DialogEntry> readDialog(const pugi::xml_node& node)
+std::optional<DialogEntry> readDialog(pugi::xml_node const& node)
 {
-    const auto state = stateOf(childNamed(node, "state").text().as_string());
-    if (!state)
+    auto const state = stateOf(childNamed(node, "state").text().as_string());
+    if (!state) {
         return std::nullopt;
+    }
     DialogEntry entry;
     entry.id = node.attribute("id").as_string();
     entry.dialog = {node.attribute("call-id").as_string(), node.attribute("local-tag").as_string(),
@@ -95,24 +100,27 @@ std::optional<DialogEntry> readDialog(const pugi::xml_node& node)
     return entry;
 }
 
-void setUnlessEmpty(pugi::xml_node& node, const char* name, const std::string& value)
+void setUnlessEmpty(pugi::xml_node& node, char const* name, std::string const& value)
 {
-    if (!value.empty())
+    if (!value.empty()) {
         node.append_attribute(name) = value.c_str();
+    }
 }
 
-void writeParty(pugi::xml_node& dialog, const char* name, const DialogParty& party)
+void writeParty(pugi::xml_node& dialog, char const* name, DialogParty const& party)
 {
-    if (party.identity.empty() && party.target.empty())
+    if (party.identity.empty() && party.target.empty()) {
         return;
+    }
     auto node = dialog.append_child(name);
     if (!party.identity.empty()) {
         auto identity = node.append_child("identity");
         setUnlessEmpty(identity, "display", party.displayName);
         identity.text() = party.identity.c_str();
     }
-    if (party.target.empty())
+    if (party.target.empty()) {
         return;
+    }
     auto target = node.append_child("target");
     target.append_attribute("uri") = party.target.c_str();
     if (!party.rendering) {
@@ -122,7 +130,7 @@ void writeParty(pugi::xml_node& dialog, const char* name, const DialogParty& par
     }
 }
 
-void writeDialog(pugi::xml_node& root, const DialogEntry& entry)
+void writeDialog(pugi::xml_node& root, DialogEntry const& entry)
 {
     auto node = root.append_child("dialog");
     node.append_attribute("id") = entry.id.c_str();
@@ -143,8 +151,9 @@ void skipBlanks(std::string_view& text)
 bool take(std::string_view& text, char expected)
 {
     skipBlanks(text);
-    if (text.empty() || text.front() != expected)
+    if (text.empty() || text.front() != expected) {
         return false;
+    }
     text.remove_prefix(1);
     return true;
 }
@@ -153,9 +162,10 @@ bool take(std::string_view& text, char expected)
 bool takeNumber(std::string_view& text, unsigned& number)
 {
     skipBlanks(text);
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc())
+    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc()) {
         return false;
+    }
     text.remove_prefix(static_cast<std::size_t>(end - text.data()));
     return true;
 }
@@ -170,8 +180,9 @@ MessageCounts readCounts(std::string_view text)
 {
     MessageCounts all;
     MessageCounts urgent;
-    if (!takePair(text, all.fresh, all.old))
+    if (!takePair(text, all.fresh, all.old)) {
         return {};
+    }
     if (take(text, '(') && takePair(text, urgent.urgentFresh, urgent.urgentOld) && take(text, ')')) {
         all.urgentFresh = urgent.urgentFresh;
         all.urgentOld = urgent.urgentOld;
@@ -181,23 +192,27 @@ MessageCounts readCounts(std::string_view text)
 
 }  // namespace
 
-std::optional<DialogInfo> DialogInfo::parse(const std::string& document)
+std::optional<DialogInfo> DialogInfo::parse(std::string const& document)
 {
     pugi::xml_document xml;
-    if (!xml.load_buffer(document.data(), document.size()))
+    if (!xml.load_buffer(document.data(), document.size())) {
         return std::nullopt;
-    const auto root = xml.document_element();
-    if (!isNamed(root, "dialog-info"))
+    }
+    auto const root = xml.document_element();
+    if (!isNamed(root, "dialog-info")) {
         return std::nullopt;
+    }
     DialogInfo info;
     info.version = root.attribute("version").as_uint();
     info.full = std::string_view(root.attribute("state").as_string("full")) != "partial";
     info.entity = root.attribute("entity").as_string();
-    for (const auto& node : root.children()) {
-        if (!isNamed(node, "dialog"))
+    for (auto const& node : root.children()) {
+        if (!isNamed(node, "dialog")) {
             continue;
-        if (auto entry = readDialog(node))
+        }
+        if (auto entry = readDialog(node)) {
             info.dialogs.push_back(std::move(*entry));
+        }
     }
     return info;
 }
@@ -213,24 +228,26 @@ std::string DialogInfo::format() const
     root.append_attribute("version") = version;
     root.append_attribute("state") = full ? "full" : "partial";
     root.append_attribute("entity") = entity.c_str();
-    for (const auto& entry : dialogs)
+    for (auto const& entry : dialogs) {
         writeDialog(root, entry);
+    }
     std::ostringstream out;
     xml.save(out, "", pugi::format_raw);
     return out.str();
 }
 
-std::optional<MessageSummary> MessageSummary::parse(const std::string& document)
+std::optional<MessageSummary> MessageSummary::parse(std::string const& document)
 {
     MessageSummary summary;
     bool found = false;
     std::istringstream lines(document);
     for (std::string line; std::getline(lines, line);) {
-        const auto colon = line.find(':');
-        if (colon == std::string::npos)
+        auto const colon = line.find(':');
+        if (colon == std::string::npos) {
             continue;
+        }
         const std::string name = line.substr(0, colon);
-        const auto first = line.find_first_not_of(" \t", colon + 1);
+        auto const first = line.find_first_not_of(" \t", colon + 1);
         std::string value = first == std::string::npos ? std::string() : line.substr(first);
         value.erase(value.find_last_not_of(" \t\r") + 1);
         MessageCounts& voice = summary.voice;
@@ -249,8 +266,9 @@ std::optional<MessageSummary> MessageSummary::parse(const std::string& document)
 std::string MessageSummary::format() const
 {
     std::string text = std::string("Messages-Waiting: ") + (waiting ? "yes" : "no") + "\r\n";
-    if (!account.empty())
+    if (!account.empty()) {
         text += "Message-Account: " + account + "\r\n";
+    }
     return text + "Voice-Message: " + std::to_string(voice.fresh) + "/" + std::to_string(voice.old) + " (" +
            std::to_string(voice.urgentFresh) + "/" + std::to_string(voice.urgentOld) + ")\r\n";
 }

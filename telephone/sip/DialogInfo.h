@@ -2,19 +2,19 @@
 // simple-message-summary (RFC 3842), which tells its waiting messages. Pure functions of their input; any thread.
 #pragma once
 
-#include "Message.h"
-
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "telephone/sip/Message.h"
+
 namespace telephone::sip {
 
-constexpr const char* kDialogEvent = "dialog";
-constexpr const char* kDialogInfoType = "application/dialog-info+xml";
-constexpr const char* kMessageSummaryEvent = "message-summary";
-constexpr const char* kMessageSummaryType = "application/simple-message-summary";
+constexpr char const* kDialogEvent = "dialog";
+constexpr char const* kDialogInfoType = "application/dialog-info+xml";
+constexpr char const* kMessageSummaryEvent = "message-summary";
+constexpr char const* kMessageSummaryType = "application/simple-message-summary";
 
 enum class DialogState : int
 {
@@ -53,7 +53,7 @@ struct DialogInfo
     std::vector<DialogEntry> dialogs;
 
     // Nothing for what is no dialog-info document. Unknown elements and states are passed over.
-    static std::optional<DialogInfo> parse(const std::string& document);
+    static std::optional<DialogInfo> parse(std::string const& document);
     std::string format() const;
 };
 
@@ -64,7 +64,7 @@ struct MessageCounts
     unsigned urgentFresh = 0;
     unsigned urgentOld = 0;
 
-    bool operator==(const MessageCounts&) const = default;
+    bool operator==(MessageCounts const&) const = default;
 };
 
 struct MessageSummary
@@ -74,7 +74,7 @@ struct MessageSummary
     MessageCounts voice;
 
     // Nothing without a Messages-Waiting line.
-    static std::optional<MessageSummary> parse(const std::string& document);
+    static std::optional<MessageSummary> parse(std::string const& document);
     std::string format() const;
 };
 

@@ -1,10 +1,10 @@
-#include "Digest.h"
-
-#include "Stack.h"
+#include "telephone/sip/Digest.h"
 
 #include <array>
 #include <charconv>
 #include <cstdlib>
+
+#include "telephone/sip/Stack.h"
 
 namespace telephone::sip {
 
@@ -12,14 +12,14 @@ namespace {
 
 using Hash = std::array<std::uint8_t, MD5_SIZE>;
 
-Hash hash(const std::string& text)
+Hash hash(std::string const& text)
 {
     Hash result{};
-    md5(reinterpret_cast<const std::uint8_t*>(text.data()), text.size(), result.data());
+    md5(reinterpret_cast<std::uint8_t const*>(text.data()), text.size(), result.data());
     return result;
 }
 
-std::string hex(const Hash& value)
+std::string hex(Hash const& value)
 {
     constexpr std::string_view kDigits = "0123456789abcdef";
     std::string text;
@@ -42,11 +42,12 @@ DigestServer::DigestServer(std::string realm, std::chrono::seconds nonceLifetime
     : realm_(std::move(realm))
     , nonceLifetime_(nonceLifetime)
 {
-    for (int i = 0; i < 4; ++i)
+    for (int i = 0; i < 4; ++i) {
         secret_ += std::to_string(rand_u64());
+    }
 }
 
-std::string DigestServer::sign(const std::string& text) const
+std::string DigestServer::sign(std::string const& text) const
 {
     return hex(hash(secret_ + ":" + text + ":" + realm_ + ":" + secret_));
 }
@@ -59,37 +60,42 @@ std::string DigestServer::challenge(bool stale) const
            (stale ? ", stale=true" : "");
 }
 
-bool DigestServer::isFresh(const std::string& nonce) const
+bool DigestServer::isFresh(std::string const& nonce) const
 {
-    const auto dot = nonce.find('.');
-    if (dot == std::string::npos)
+    auto const dot = nonce.find('.');
+    if (dot == std::string::npos) {
         return false;
+    }
     const std::string made = nonce.substr(0, dot);
-    if (nonce.substr(dot + 1) != sign(made))
+    if (nonce.substr(dot + 1) != sign(made)) {
         return false;
+    }
     std::int64_t time = 0;
     (void)std::from_chars(made.data(), made.data() + made.size(), time);
     return secondsNow() - time <= nonceLifetime_.count();
 }
 
 DigestServer::Result
-DigestServer::judge(const std::string& method, const std::string& authorization,
-                    const std::function<std::optional<std::string>(const std::string& user)>& password) const
+DigestServer::judge(std::string const& method, std::string const& authorization,
+                    std::function<std::optional<std::string>(std::string const& user)> const& password) const
 {
     httpauth_digest_resp credentials{};
     const pl value = slice(authorization);
     if (authorization.empty() || httpauth_digest_response_decode(&credentials, &value) != 0 ||
-        view(credentials.realm) != realm_)
+        view(credentials.realm) != realm_) {
         return {};
+    }
 
     Result result{Verdict::kWrong, text(credentials.username)};
-    const auto secret = password(result.user);
-    if (!secret)
+    auto const secret = password(result.user);
+    if (!secret) {
         return result;
+    }
     const Hash ha1 = hash(result.user + ":" + realm_ + ":" + *secret);
     const pl methodSlice = slice(method);
-    if (httpauth_digest_response_auth(&credentials, &methodSlice, ha1.data()) != 0)
+    if (httpauth_digest_response_auth(&credentials, &methodSlice, ha1.data()) != 0) {
         return result;
+    }
     result.verdict = isFresh(text(credentials.nonce)) ? Verdict::kAccepted : Verdict::kStale;
     return result;
 }

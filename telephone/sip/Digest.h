@@ -33,12 +33,12 @@ public:
     std::string challenge(bool stale = false) const;
 
     // password: of a user, nothing where there is no such user. authorization: value of the request's header, or empty.
-    Result judge(const std::string& method, const std::string& authorization,
-                 const std::function<std::optional<std::string>(const std::string& user)>& password) const;
+    Result judge(std::string const& method, std::string const& authorization,
+                 std::function<std::optional<std::string>(std::string const& user)> const& password) const;
 
 private:
-    std::string sign(const std::string& text) const;
-    bool isFresh(const std::string& nonce) const;
+    std::string sign(std::string const& text) const;
+    bool isFresh(std::string const& nonce) const;
 
     std::string realm_;
     std::string secret_;

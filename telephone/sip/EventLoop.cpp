@@ -1,7 +1,4 @@
-#include "EventLoop.h"
-
-#include "Stack.h"
-#include "StackTimers.h"
+#include "telephone/sip/EventLoop.h"
 
 #include <algorithm>
 #include <atomic>
@@ -12,6 +9,9 @@
 #include <thread>
 
 #include <pthread.h>
+
+#include "telephone/sip/Stack.h"
+#include "telephone/sip/StackTimers.h"
 
 namespace telephone::sip {
 
@@ -61,20 +61,23 @@ EventLoop::Impl::Impl()
     pthread_mutex_init(&mutex, &attributes);
     pthread_mutexattr_destroy(&attributes);
 
-    const auto received = [](int id, void*, void* object) {
+    auto const received = [](int id, void*, void* object) {
         auto* self = static_cast<Impl*>(object);
         self->wakePending = false;
-        if (id == kQuit)
+        if (id == kQuit) {
             re_cancel();
-        else
+        } else {
             self->runWork();
+        }
     };
-    if (libre_init() != 0)
+    if (libre_init() != 0) {
         throw std::runtime_error("the SIP stack does not start");
+    }
     re_set_mutex(&mutex);
     (void)fd_setsize(kMostFiles);
-    if (const int error = mqueue_alloc(&queue, received, this))
+    if (int const error = mqueue_alloc(&queue, received, this)) {
         throw std::runtime_error("the event loop has no queue: " + errorText(error));
+    }
 }
 
 EventLoop::Impl::~Impl()
@@ -95,8 +98,9 @@ void EventLoop::Impl::run()
 
 void EventLoop::Impl::wake()
 {
-    if (!wakePending.exchange(true))
+    if (!wakePending.exchange(true)) {
         (void)mqueue_push(queue, kWake, nullptr);
+    }
 }
 
 void EventLoop::Impl::runWork()
@@ -106,14 +110,16 @@ void EventLoop::Impl::runWork()
         std::lock_guard guard(workMutex);
         ready.swap(work);
     }
-    for (auto& function : ready)
+    for (auto& function : ready) {
         function();
+    }
 }
 
 EventLoop::EventLoop()
 {
-    if (loopExists.exchange(true))
+    if (loopExists.exchange(true)) {
         throw std::runtime_error("there is an event loop in this process already");
+    }
     try {
         impl_ = std::make_unique<Impl>();
     } catch (...) {
@@ -131,17 +137,20 @@ EventLoop::~EventLoop()
 
 void EventLoop::start()
 {
-    if (impl_->thread.joinable())
+    if (impl_->thread.joinable()) {
         return;
+    }
     impl_->thread = std::thread([this] { impl_->run(); });
 }
 
 void EventLoop::stop()
 {
-    if (!impl_->thread.joinable())
+    if (!impl_->thread.joinable()) {
         return;
-    while (mqueue_push(impl_->queue, kQuit, nullptr) != 0)
+    }
+    while (mqueue_push(impl_->queue, kQuit, nullptr) != 0) {
         std::this_thread::yield();
+    }
     impl_->thread.join();
 }
 
@@ -153,8 +162,9 @@ void EventLoop::lock()
 
 bool EventLoop::try_lock()
 {
-    if (pthread_mutex_trylock(&impl_->mutex) != 0)
+    if (pthread_mutex_trylock(&impl_->mutex) != 0) {
         return false;
+    }
     noteLocked();
     return true;
 }
@@ -162,20 +172,22 @@ bool EventLoop::try_lock()
 void EventLoop::noteLocked() const
 {
     ++lockDepth;
-    if (lockDepth == 1 && !isLoopThread())
+    if (lockDepth == 1 && !isLoopThread()) {
         expiryAtLock = firstExpiry();
+    }
 }
 
 void EventLoop::unlock()
 {
     --lockDepth;
-    const bool outermost = lockDepth == 0 && !isLoopThread();
+    bool const outermost = lockDepth == 0 && !isLoopThread();
     // The poll waits for the first timer there was; only one that is sooner would be missed. Waking it each time would
     // cost more than most of what is done under the lock.
-    const bool sooner = outermost && firstExpiry() < expiryAtLock;
+    bool const sooner = outermost && firstExpiry() < expiryAtLock;
     re_thread_leave();
-    if (sooner)
+    if (sooner) {
         impl_->wake();
+    }
 }
 
 void EventLoop::post(std::function<void()> work)

@@ -18,8 +18,8 @@ class EventLoop
 public:
     EventLoop();   // throws std::runtime_error: a second one, or the stack does not start
     ~EventLoop();  // stops
-    EventLoop(const EventLoop&) = delete;
-    EventLoop& operator=(const EventLoop&) = delete;
+    EventLoop(EventLoop const&) = delete;
+    EventLoop& operator=(EventLoop const&) = delete;
 
     // Starts and ends the thread. Stopping waits for the callback that runs; it must not be asked for on the loop
     // thread or with the lock held. Both do nothing when there is nothing to do.

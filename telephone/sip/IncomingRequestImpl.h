@@ -1,15 +1,15 @@
 // A request outside every dialog, behind the interface.
 #pragma once
 
-#include "Message.h"
-#include "UserAgentImpl.h"
+#include "telephone/sip/Message.h"
+#include "telephone/sip/UserAgentImpl.h"
 
 namespace telephone::sip {
 
 class IncomingRequestImpl final : public IncomingRequest
 {
 public:
-    IncomingRequestImpl(std::shared_ptr<UserAgent::Impl> agent, const sip_msg& request);
+    IncomingRequestImpl(std::shared_ptr<UserAgent::Impl> agent, sip_msg const& request);
     ~IncomingRequestImpl() override;
 
     std::string method() const override { return text(request_.get()->met); }
@@ -17,10 +17,10 @@ public:
     NameAddr from() const override { return nameAddrOf(request_.get()->from); }
     NameAddr to() const override { return nameAddrOf(request_.get()->to); }
     std::string callId() const override { return text(request_.get()->callid); }
-    const Headers& headers() const override { return headers_; }
-    const Content& content() const override { return content_; }
+    Headers const& headers() const override { return headers_; }
+    Content const& content() const override { return content_; }
     std::string source() const override { return addressText(request_.get()->src); }
-    bool reply(int status, const std::string& reason, const Headers& headers, const Content& content) override;
+    bool reply(int status, std::string const& reason, Headers const& headers, Content const& content) override;
 
 private:
     std::shared_ptr<UserAgent::Impl> agent_;

@@ -1,4 +1,4 @@
-#include "InvitationReader.h"
+#include "telephone/sip/InvitationReader.h"
 
 #include <array>
 
@@ -9,7 +9,7 @@ namespace {
 struct HistoryCause
 {
     std::string_view code;
-    const char* reason;
+    char const* reason;
 };
 
 // RFC 4458 section 2.1 and RFC 7544: the causes of a redirection in the words of the Diversion header.
@@ -24,95 +24,105 @@ constexpr std::array<HistoryCause, 6> kHistoryCauses{{
 
 std::string unquoted(std::string value)
 {
-    if (value.size() >= 2 && value.front() == '"' && value.back() == '"')
+    if (value.size() >= 2 && value.front() == '"' && value.back() == '"') {
         value = value.substr(1, value.size() - 2);
+    }
     return value;
 }
 
-std::string causeOf(const Uri& uri)
+std::string causeOf(Uri const& uri)
 {
     std::string code = uri.parameter("cause").value_or("");
-    if (const auto reason = uri.header("Reason"); code.empty() && reason) {
-        const auto place = reason->find("cause=");
-        if (place != std::string::npos)
+    if (auto const reason = uri.header("Reason"); code.empty() && reason) {
+        auto const place = reason->find("cause=");
+        if (place != std::string::npos) {
             code = reason->substr(place + 6, 3);
+        }
     }
-    for (const auto& cause : kHistoryCauses) {
-        if (cause.code == code)
+    for (auto const& cause : kHistoryCauses) {
+        if (cause.code == code) {
             return cause.reason;
+        }
     }
     return {};
 }
 
-std::vector<std::string> listOf(const Headers& headers, std::string_view name)
+std::vector<std::string> listOf(Headers const& headers, std::string_view name)
 {
     std::vector<std::string> all;
-    for (const auto& value : headers.values(name)) {
-        for (auto& single : splitList(value))
+    for (auto const& value : headers.values(name)) {
+        for (auto& single : splitList(value)) {
             all.push_back(std::move(single));
+        }
     }
     return all;
 }
 
-std::vector<Diversion> diversionsOf(const Headers& headers)
+std::vector<Diversion> diversionsOf(Headers const& headers)
 {
     std::vector<Diversion> diversions;
-    for (const auto& value : listOf(headers, "Diversion")) {
-        if (const auto party = NameAddr::parse(value))
+    for (auto const& value : listOf(headers, "Diversion")) {
+        if (auto const party = NameAddr::parse(value)) {
             diversions.push_back({*party, unquoted(party->parameter("reason").value_or(""))});
+        }
     }
-    if (!diversions.empty())
+    if (!diversions.empty()) {
         return diversions;
+    }
 
     // Each entry of the history but the last, which is where the call is now; the latest comes last there. Why an entry
     // was left stands in its own Reason header or, as a cause, in the URI of the entry after it.
-    const auto history = listOf(headers, "History-Info");
+    auto const history = listOf(headers, "History-Info");
     for (std::size_t i = history.size(); i > 1; --i) {
-        const auto left = NameAddr::parse(history[i - 2]);
-        const auto next = NameAddr::parse(history[i - 1]);
-        if (!left)
+        auto const left = NameAddr::parse(history[i - 2]);
+        auto const next = NameAddr::parse(history[i - 1]);
+        if (!left) {
             continue;
+        }
         std::string reason = causeOf(left->uri);
-        if (reason.empty() && next)
+        if (reason.empty() && next) {
             reason = causeOf(next->uri);
+        }
         diversions.push_back({*left, reason});
     }
     return diversions;
 }
 
-bool contains(const std::string& text, std::string_view part)
+bool contains(std::string const& text, std::string_view part)
 {
     return text.find(part) != std::string::npos;
 }
 
-bool asksForAutomaticAnswer(const Headers& headers)
+bool asksForAutomaticAnswer(Headers const& headers)
 {
-    for (const char* name : {"Answer-Mode", "Priv-Answer-Mode"}) {
+    for (char const* name : {"Answer-Mode", "Priv-Answer-Mode"}) {
         const std::string mode = headers.value(name);
-        if (equalsIgnoringCase(mode.substr(0, mode.find(';')), "Auto"))
+        if (equalsIgnoringCase(mode.substr(0, mode.find(';')), "Auto")) {
             return true;
+        }
     }
-    for (const char* name : {"Call-Info", "Alert-Info"}) {
+    for (char const* name : {"Call-Info", "Alert-Info"}) {
         const std::string info = headers.value(name);
-        if (contains(info, "answer-after=") || contains(info, "alert-autoanswer"))
+        if (contains(info, "answer-after=") || contains(info, "alert-autoanswer")) {
             return true;
+        }
     }
     return false;
 }
 
 }  // namespace
 
-std::optional<NameAddr> assertedIdentityOf(const Headers& headers)
+std::optional<NameAddr> assertedIdentityOf(Headers const& headers)
 {
     const std::string value = headers.value("P-Asserted-Identity");
     return value.empty() ? std::nullopt : NameAddr::parse(value);
 }
 
-Invitation readInvitation(const sip_msg& invite)
+Invitation readInvitation(sip_msg const& invite)
 {
     Invitation invitation;
     invitation.headers = headersOf(invite);
-    const Headers& headers = invitation.headers;
+    Headers const& headers = invitation.headers;
     invitation.requestUri = text(invite.ruri);
     invitation.from = nameAddrOf(invite.from);
     invitation.to = nameAddrOf(invite.to);

@@ -15,6 +15,6 @@ enum class LogLevel : int
     kError
 };
 
-using Logger = std::function<void(LogLevel, const std::string&)>;
+using Logger = std::function<void(LogLevel, std::string const&)>;
 
 }  // namespace telephone::sip

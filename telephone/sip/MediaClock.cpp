@@ -1,9 +1,9 @@
-#include "MediaClock.h"
-
-#include "Audio.h"
-#include "Stack.h"
+#include "telephone/sip/MediaClock.h"
 
 #include <algorithm>
+
+#include "telephone/sip/Audio.h"
+#include "telephone/sip/Stack.h"
 
 namespace telephone::sip {
 
@@ -16,11 +16,13 @@ constexpr std::uint64_t kLongestLag = 200;
 
 void MediaClock::add(MediaClockListener& listener)
 {
-    if (std::find(listeners_.begin(), listeners_.end(), &listener) != listeners_.end())
+    if (std::find(listeners_.begin(), listeners_.end(), &listener) != listeners_.end()) {
         return;
+    }
     listeners_.push_back(&listener);
-    if (timer_.isRunning())
+    if (timer_.isRunning()) {
         return;
+    }
     next_ = tmr_jiffies();
     schedule();
 }
@@ -35,8 +37,9 @@ void MediaClock::schedule()
 {
     const std::uint64_t now = tmr_jiffies();
     next_ += kPeriod;
-    if (next_ + kLongestLag < now)
+    if (next_ + kLongestLag < now) {
         next_ = now;
+    }
     const std::uint64_t wait = next_ > now ? next_ - now : 0;
     timer_.start(std::chrono::milliseconds(wait), [this] { beat(); });
 }
@@ -44,12 +47,14 @@ void MediaClock::schedule()
 void MediaClock::beat()
 {
     for (std::size_t i = 0; i < listeners_.size(); ++i) {
-        if (listeners_[i])
+        if (listeners_[i]) {
             listeners_[i]->onBeat();
+        }
     }
     std::erase(listeners_, nullptr);
-    if (!listeners_.empty())
+    if (!listeners_.empty()) {
         schedule();
+    }
 }
 
 }  // namespace telephone::sip

@@ -3,10 +3,10 @@
 // used on any thread under the lock, calls on the loop's thread.
 #pragma once
 
-#include "Timer.h"
-
 #include <cstdint>
 #include <vector>
+
+#include "telephone/sip/Timer.h"
 
 namespace telephone::sip {
 

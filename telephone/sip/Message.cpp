@@ -1,4 +1,4 @@
-#include "Message.h"
+#include "telephone/sip/Message.h"
 
 #include <algorithm>
 
@@ -17,9 +17,10 @@ std::string onOneLine(std::string text)
 
 std::string Headers::value(std::string_view name) const
 {
-    for (const auto& header : list_) {
-        if (equalsIgnoringCase(header.name, name))
+    for (auto const& header : list_) {
+        if (equalsIgnoringCase(header.name, name)) {
             return header.value;
+        }
     }
     return {};
 }
@@ -27,9 +28,10 @@ std::string Headers::value(std::string_view name) const
 std::vector<std::string> Headers::values(std::string_view name) const
 {
     std::vector<std::string> found;
-    for (const auto& header : list_) {
-        if (equalsIgnoringCase(header.name, name))
+    for (auto const& header : list_) {
+        if (equalsIgnoringCase(header.name, name)) {
             found.push_back(header.value);
+        }
     }
     return found;
 }
@@ -37,14 +39,15 @@ std::vector<std::string> Headers::values(std::string_view name) const
 bool Headers::has(std::string_view name) const
 {
     return std::any_of(list_.begin(), list_.end(),
-                       [name](const Header& header) { return equalsIgnoringCase(header.name, name); });
+                       [name](Header const& header) { return equalsIgnoringCase(header.name, name); });
 }
 
 std::string Headers::format() const
 {
     std::string text;
-    for (const auto& header : list_)
+    for (auto const& header : list_) {
         text += onOneLine(header.name) + ": " + onOneLine(header.value) + "\r\n";
+    }
     return text;
 }
 
@@ -54,27 +57,31 @@ std::optional<Replaces> Replaces::parse(std::string_view value)
     std::string_view rest = value;
     bool first = true;
     while (!rest.empty() || first) {
-        const auto end = rest.find(';');
+        auto const end = rest.find(';');
         std::string_view part = rest.substr(0, end);
         rest = end == std::string_view::npos ? std::string_view() : rest.substr(end + 1);
-        while (!part.empty() && part.front() == ' ')
+        while (!part.empty() && part.front() == ' ') {
             part.remove_prefix(1);
-        while (!part.empty() && part.back() == ' ')
+        }
+        while (!part.empty() && part.back() == ' ') {
             part.remove_suffix(1);
-        const auto equals = part.find('=');
+        }
+        auto const equals = part.find('=');
         const std::string_view name = part.substr(0, equals);
-        if (first)
+        if (first) {
             replaces.callId = part;
-        else if (equalsIgnoringCase(name, "early-only"))
+        } else if (equalsIgnoringCase(name, "early-only")) {
             replaces.earlyOnly = true;
-        else if (equals != std::string_view::npos && equalsIgnoringCase(name, "to-tag"))
+        } else if (equals != std::string_view::npos && equalsIgnoringCase(name, "to-tag")) {
             replaces.toTag = part.substr(equals + 1);
-        else if (equals != std::string_view::npos && equalsIgnoringCase(name, "from-tag"))
+        } else if (equals != std::string_view::npos && equalsIgnoringCase(name, "from-tag")) {
             replaces.fromTag = part.substr(equals + 1);
+        }
         first = false;
     }
-    if (replaces.callId.empty() || replaces.toTag.empty() || replaces.fromTag.empty())
+    if (replaces.callId.empty() || replaces.toTag.empty() || replaces.fromTag.empty()) {
         return std::nullopt;
+    }
     return replaces;
 }
 

@@ -2,8 +2,6 @@
 // is not part of a dialog. Copies; valid as long as their owner keeps them.
 #pragma once
 
-#include "Uri.h"
-
 #include <functional>
 #include <initializer_list>
 #include <memory>
@@ -12,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+#include "telephone/sip/Uri.h"
+
 namespace telephone::sip {
 
 struct Header
@@ -19,7 +19,7 @@ struct Header
     std::string name;
     std::string value;
 
-    bool operator==(const Header&) const = default;
+    bool operator==(Header const&) const = default;
 };
 
 // In the order of the message. Names compare without regard to case; compact forms are already spelled out.
@@ -73,7 +73,7 @@ struct Replaces
     static std::optional<Replaces> parse(std::string_view value);
     std::string format() const;
 
-    bool operator==(const Replaces&) const = default;
+    bool operator==(Replaces const&) const = default;
 };
 
 // The three names of a dialog (RFC 3261 section 12), seen from this end. The remote tag is empty before the far end
@@ -87,12 +87,12 @@ struct DialogId
     // The Replaces that makes the far end replace this dialog.
     Replaces replaces() const { return {callId, remoteTag, localTag, false}; }
     // Whether a Replaces that came in means this dialog.
-    bool matches(const Replaces& wanted) const
+    bool matches(Replaces const& wanted) const
     {
         return wanted.callId == callId && wanted.toTag == localTag && wanted.fromTag == remoteTag;
     }
 
-    bool operator==(const DialogId&) const = default;
+    bool operator==(DialogId const&) const = default;
 };
 
 // A request outside every dialog that no other object takes: REGISTER, MESSAGE, INFO ... Answered once; one that is
@@ -106,15 +106,15 @@ public:
     virtual NameAddr from() const = 0;
     virtual NameAddr to() const = 0;
     virtual std::string callId() const = 0;
-    virtual const Headers& headers() const = 0;
-    virtual const Content& content() const = 0;
+    virtual Headers const& headers() const = 0;
+    virtual Content const& content() const = 0;
     // "address:port" the request came from.
     virtual std::string source() const = 0;
-    virtual bool reply(int status, const std::string& reason, const Headers& headers = {},
-                       const Content& content = {}) = 0;
+    virtual bool reply(int status, std::string const& reason, Headers const& headers = {},
+                       Content const& content = {}) = 0;
 };
 
 // Ends a request of ours: the final answer, or status 408 when none came and 503 when it could not be sent.
-using ResponseHandler = std::function<void(const Response&)>;
+using ResponseHandler = std::function<void(Response const&)>;
 
 }  // namespace telephone::sip

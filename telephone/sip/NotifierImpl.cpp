@@ -1,9 +1,9 @@
-#include "NotifierImpl.h"
-
-#include "EventLoop.h"
+#include "telephone/sip/NotifierImpl.h"
 
 #include <array>
 #include <mutex>
+
+#include "telephone/sip/EventLoop.h"
 
 namespace telephone::sip {
 
@@ -29,9 +29,10 @@ constexpr std::array<ReasonName, 6> kReasons{{
 
 sipevent_reason reasonOf(std::string_view name)
 {
-    for (const auto& row : kReasons) {
-        if (equalsIgnoringCase(row.name, name))
+    for (auto const& row : kReasons) {
+        if (equalsIgnoringCase(row.name, name)) {
             return row.reason;
+        }
     }
     return SIPEVENT_NORESOURCE;
 }
@@ -51,8 +52,8 @@ sipevent_subst toStack(SubscriptionState state)
 
 }  // namespace
 
-NotifierImpl::NotifierImpl(std::shared_ptr<UserAgent::Impl> agent, const sip_msg& subscribe,
-                           const sipevent_event& event)
+NotifierImpl::NotifierImpl(std::shared_ptr<UserAgent::Impl> agent, sip_msg const& subscribe,
+                           sipevent_event const& event)
     : agent_(std::move(agent))
     , event_(text(event.event))
     , headers_(headersOf(subscribe))
@@ -65,68 +66,77 @@ NotifierImpl::NotifierImpl(std::shared_ptr<UserAgent::Impl> agent, const sip_msg
 NotifierImpl::~NotifierImpl()
 {
     std::lock_guard guard(agent_->loop);
-    if (!answered_)
+    if (!answered_) {
         (void)reject(489, "Bad Event", {});
+    }
 }
 
 std::uint32_t NotifierImpl::expires() const
 {
-    const pl& value = subscribe_.get()->expires;
+    pl const& value = subscribe_.get()->expires;
     return value.p ? pl_u32(&value) : kUsualExpires;
 }
 
-bool NotifierImpl::accept(const std::string& contentType)
+bool NotifierImpl::accept(std::string const& contentType)
 {
     std::lock_guard guard(agent_->loop);
-    if (answered_)
+    if (answered_) {
         return false;
+    }
     answered_ = true;
     transaction_ = static_cast<sip_strans*>(mem_deref(transaction_));
     const std::string header = headers_.value("Event");
     const pl value = slice(header);
     sipevent_event event{};
-    const auto closed = [](int, const sip_msg*, void* notifier) { static_cast<NotifierImpl*>(notifier)->close(); };
+    auto const closed = [](int, sip_msg const*, void* notifier) { static_cast<NotifierImpl*>(notifier)->close(); };
     std::string user = text(subscribe_.get()->uri.user);
-    if (user.empty())
+    if (user.empty()) {
         user = agent_->config.name;
+    }
     int error = sipevent_event_decode(&event, &value);
-    if (!error)
+    if (!error) {
         error = sipevent_accept(notifier_.out(), agent_->eventSocket.get(), subscribe_.get(), nullptr, &event, 200,
                                 "OK", 0, kUsualExpires, kLongestExpires, user.c_str(), contentType.c_str(),
                                 answerChallenge, credentials_.get(), true, closed, this, nullptr);
+    }
     active_ = error == 0;
-    if (error)
+    if (error) {
         (void)sip_treply(nullptr, agent_->stack, subscribe_.get(), 500, "Server Internal Error");
+    }
     return active_;
 }
 
-bool NotifierImpl::reject(int status, const std::string& reason, const Headers& headers)
+bool NotifierImpl::reject(int status, std::string const& reason, Headers const& headers)
 {
     std::lock_guard guard(agent_->loop);
-    if (answered_ || status < 300 || status > 699)
+    if (answered_ || status < 300 || status > 699) {
         return false;
+    }
     answered_ = true;
     return sip_treplyf(&transaction_, nullptr, agent_->stack, subscribe_.get(), false,
                        static_cast<std::uint16_t>(status), reason.c_str(), "%s", replyTail(headers, {}).c_str()) == 0;
 }
 
-bool NotifierImpl::notify(const std::string& body, SubscriptionState state, const std::string& reason)
+bool NotifierImpl::notify(std::string const& body, SubscriptionState state, std::string const& reason)
 {
     std::lock_guard guard(agent_->loop);
     Ref<mbuf> content;
-    if (!active_ || (!body.empty() && !fill(content, body)))
+    if (!active_ || (!body.empty() && !fill(content, body))) {
         return false;
-    if (state == SubscriptionState::kTerminated)
+    }
+    if (state == SubscriptionState::kTerminated) {
         active_ = false;
+    }
     return sipevent_notify(notifier_.get(), content.get(), toStack(state), reasonOf(reason), 0) == 0;
 }
 
 void NotifierImpl::close()
 {
     active_ = false;
-    const auto closed = std::exchange(closed_, nullptr);
-    if (closed)
+    auto const closed = std::exchange(closed_, nullptr);
+    if (closed) {
         closed(*this);
+    }
 }
 
 }  // namespace telephone::sip

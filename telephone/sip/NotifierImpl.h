@@ -1,26 +1,26 @@
 // A subscription that somebody asks of us, behind the interface.
 #pragma once
 
-#include "Subscription.h"
-#include "UserAgentImpl.h"
+#include "telephone/sip/Subscription.h"
+#include "telephone/sip/UserAgentImpl.h"
 
 namespace telephone::sip {
 
 class NotifierImpl final : public Notifier
 {
 public:
-    NotifierImpl(std::shared_ptr<UserAgent::Impl> agent, const sip_msg& subscribe, const sipevent_event& event);
+    NotifierImpl(std::shared_ptr<UserAgent::Impl> agent, sip_msg const& subscribe, sipevent_event const& event);
     ~NotifierImpl() override;
 
-    const std::string& event() const override { return event_; }
+    std::string const& event() const override { return event_; }
     std::string requestUri() const override { return text(subscribe_.get()->ruri); }
     NameAddr from() const override { return nameAddrOf(subscribe_.get()->from); }
     NameAddr to() const override { return nameAddrOf(subscribe_.get()->to); }
-    const Headers& headers() const override { return headers_; }
+    Headers const& headers() const override { return headers_; }
     std::uint32_t expires() const override;
-    bool accept(const std::string& contentType) override;
-    bool reject(int status, const std::string& reason, const Headers& headers) override;
-    bool notify(const std::string& body, SubscriptionState state, const std::string& reason) override;
+    bool accept(std::string const& contentType) override;
+    bool reject(int status, std::string const& reason, Headers const& headers) override;
+    bool notify(std::string const& body, SubscriptionState state, std::string const& reason) override;
     bool isActive() const override { return active_; }
     void onClosed(std::function<void(Notifier&)> closed) override { closed_ = std::move(closed); }
 

@@ -19,7 +19,7 @@ public:
     virtual void onRegistered(Registration& registration, unsigned expires) = 0;
     // Refused (its status), or silent or out of reach (408, 503). It is tried again by itself, except after
     // 401, 403, 404 and 407, which no repetition cures: those wait for retry().
-    virtual void onRegistrationFailed(Registration& registration, int status, const std::string& reason) = 0;
+    virtual void onRegistrationFailed(Registration& registration, int status, std::string const& reason) = 0;
     // The end of unregister().
     virtual void onUnregistered(Registration&) {}
 };
@@ -29,7 +29,7 @@ class Registration
 public:
     virtual ~Registration() = default;  // unregisters without waiting for the answer, when registered
 
-    virtual const Account& account() const = 0;
+    virtual Account const& account() const = 0;
     virtual bool isRegistered() const = 0;
     // Registers at once: after unregister(), after a failure, or as an early refresh.
     virtual void retry() = 0;

@@ -1,10 +1,10 @@
-#include "RegistrationImpl.h"
-
-#include "EventLoop.h"
+#include "telephone/sip/RegistrationImpl.h"
 
 #include <algorithm>
 #include <charconv>
 #include <mutex>
+
+#include "telephone/sip/EventLoop.h"
 
 namespace telephone::sip {
 
@@ -12,10 +12,10 @@ namespace {
 
 constexpr std::uint32_t kUsualExpires = 3600;
 
-std::uint32_t number(const std::string& text, std::uint32_t otherwise)
+std::uint32_t number(std::string const& text, std::uint32_t otherwise)
 {
     std::uint32_t value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     return error == std::errc() ? value : otherwise;
 }
 
@@ -50,34 +50,40 @@ RegistrationImpl::RegistrationImpl(std::shared_ptr<UserAgent::Impl> agent, Accou
 RegistrationImpl::~RegistrationImpl()
 {
     std::lock_guard guard(agent_->loop);
-    if (request_)
+    if (request_) {
         request_->abandon();
-    if (registered_ && request_ && !agent_->isClosed())
+    }
+    if (registered_ && request_ && !agent_->isClosed()) {
         (void)request_->send("REGISTER", replyTail({}, {}), 0, {});
+    }
 }
 
 bool RegistrationImpl::prepare()
 {
-    if (request_)
+    if (request_) {
         return true;
+    }
     std::string whyNot;
     const std::string registrar = account_.registrar.empty() ? "sip:" + account_.domain : account_.registrar;
-    const auto route = agent_->routeTo(account_, registrar, whyNot);
-    if (route)
+    auto const route = agent_->routeTo(account_, registrar, whyNot);
+    if (route) {
         request_ = ClientRequest::make(agent_, account_, *route, account_.addressOfRecord(), whyNot);
-    if (!request_)
+    }
+    if (!request_) {
         fail(503, whyNot);
+    }
     return request_ != nullptr;
 }
 
 void RegistrationImpl::send(std::uint32_t expires)
 {
-    if (!prepare())
+    if (!prepare()) {
         return;
+    }
     request_->abandon();
-    const auto answered = [this, expires](int error, const sip_msg* message) { onAnswer(expires, error, message); };
+    auto const answered = [this, expires](int error, sip_msg const* message) { onAnswer(expires, error, message); };
     const Headers headers{{"Allow", kAllow}, {"Supported", kSupported}};
-    if (const int error = request_->send("REGISTER", replyTail(headers, {}), expires, answered)) {
+    if (int const error = request_->send("REGISTER", replyTail(headers, {}), expires, answered)) {
         fail(503, errorText(error));
         return;
     }
@@ -87,7 +93,7 @@ void RegistrationImpl::send(std::uint32_t expires)
     });
 }
 
-void RegistrationImpl::onAnswer(std::uint32_t asked, int error, const sip_msg* message)
+void RegistrationImpl::onAnswer(std::uint32_t asked, int error, sip_msg const* message)
 {
     silence_.cancel();
     if (error || !message) {
@@ -107,20 +113,21 @@ void RegistrationImpl::onAnswer(std::uint32_t asked, int error, const sip_msg* m
     fail(message->scode, text(message->reason));
 }
 
-std::uint32_t RegistrationImpl::grantedBy(const sip_msg& message) const
+std::uint32_t RegistrationImpl::grantedBy(sip_msg const& message) const
 {
     const std::uint32_t usual = number(text(message.expires), kUsualExpires);
-    for (const auto& header : headersOf(message).values("Contact")) {
-        for (const auto& value : splitList(header)) {
-            const auto contact = NameAddr::parse(value);
-            if (contact && contact->uri == Uri::parse(request_->contact()))
+    for (auto const& header : headersOf(message).values("Contact")) {
+        for (auto const& value : splitList(header)) {
+            auto const contact = NameAddr::parse(value);
+            if (contact && contact->uri == Uri::parse(request_->contact())) {
                 return number(contact->parameter("expires").value_or(""), usual);
+            }
         }
     }
     return number(text(message.expires), asked_);
 }
 
-void RegistrationImpl::onAccepted(std::uint32_t asked, const sip_msg& message)
+void RegistrationImpl::onAccepted(std::uint32_t asked, sip_msg const& message)
 {
     wait_ = account_.retryFirst;
     if (asked == 0) {
@@ -138,7 +145,7 @@ void RegistrationImpl::onAccepted(std::uint32_t asked, const sip_msg& message)
     observer_.onRegistered(*this, granted);
 }
 
-void RegistrationImpl::fail(int status, const std::string& reason)
+void RegistrationImpl::fail(int status, std::string const& reason)
 {
     registered_ = false;
     agent_->say(LogLevel::kWarning,

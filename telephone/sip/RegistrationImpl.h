@@ -1,9 +1,9 @@
 // A registration, behind the interface: when to send the next REGISTER, and what its answer means.
 #pragma once
 
-#include "ClientRequest.h"
-#include "Registration.h"
-#include "Timer.h"
+#include "telephone/sip/ClientRequest.h"
+#include "telephone/sip/Registration.h"
+#include "telephone/sip/Timer.h"
 
 namespace telephone::sip {
 
@@ -13,7 +13,7 @@ public:
     RegistrationImpl(std::shared_ptr<UserAgent::Impl> agent, Account account, RegistrationObserver& observer);
     ~RegistrationImpl() override;
 
-    const Account& account() const override { return account_; }
+    Account const& account() const override { return account_; }
     bool isRegistered() const override { return registered_; }
     void retry() override;
     void unregister() override;
@@ -21,10 +21,10 @@ public:
 private:
     bool prepare();
     void send(std::uint32_t expires);
-    void onAnswer(std::uint32_t asked, int error, const sip_msg* message);
-    void onAccepted(std::uint32_t asked, const sip_msg& message);
-    void fail(int status, const std::string& reason);
-    std::uint32_t grantedBy(const sip_msg& message) const;
+    void onAnswer(std::uint32_t asked, int error, sip_msg const* message);
+    void onAccepted(std::uint32_t asked, sip_msg const& message);
+    void fail(int status, std::string const& reason);
+    std::uint32_t grantedBy(sip_msg const& message) const;
 
     std::shared_ptr<UserAgent::Impl> agent_;
     Account account_;

@@ -1,4 +1,4 @@
-#include "RtpStream.h"
+#include "telephone/sip/RtpStream.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -16,7 +16,7 @@ constexpr unsigned kFrameSamplesWide = kFrameSamples;
 
 }  // namespace
 
-RtpStream::RtpStream(MediaClock& clock, const sa& localAddress)
+RtpStream::RtpStream(MediaClock& clock, sa const& localAddress)
     : clock_(clock)
     , local_(localAddress)
     , ssrc_(rand_u32())
@@ -24,12 +24,14 @@ RtpStream::RtpStream(MediaClock& clock, const sa& localAddress)
     , timestamp_(rand_u32())
 {
     sa_set_port(&local_, 0);
-    const auto heard = [](const sa*, mbuf* packet, void* object) { static_cast<RtpStream*>(object)->receive(packet); };
+    auto const heard = [](sa const*, mbuf* packet, void* object) { static_cast<RtpStream*>(object)->receive(packet); };
     int error = udp_listen(socket_.out(), &local_, heard, this);
-    if (!error)
+    if (!error) {
         error = udp_local_get(socket_.get(), &local_);
-    if (error)
+    }
+    if (error) {
         throw std::runtime_error("no RTP port: " + errorText(error));
+    }
 }
 
 RtpStream::~RtpStream()
@@ -37,7 +39,7 @@ RtpStream::~RtpStream()
     stop();
 }
 
-void RtpStream::apply(const SdpNegotiation::Agreement& agreement)
+void RtpStream::apply(SdpNegotiation::Agreement const& agreement)
 {
     talkspurt_ = talkspurt_ || !sends(agreement_.direction);
     agreement_ = agreement;
@@ -67,29 +69,33 @@ bool RtpStream::canSendDigits() const
     return running_ && agreement_.eventPayloadType >= 0 && sends(agreement_.direction);
 }
 
-void RtpStream::sendDigits(const std::string& digits, std::chrono::milliseconds duration)
+void RtpStream::sendDigits(std::string const& digits, std::chrono::milliseconds duration)
 {
-    const auto beats = std::clamp<std::int64_t>(duration / kFrameTime, 2, 250);
-    for (const char key : digits)
+    auto const beats = std::clamp<std::int64_t>(duration / kFrameTime, 2, 250);
+    for (char const key : digits) {
         digits_.push_back({key, static_cast<unsigned>(beats)});
+    }
 }
 
 void RtpStream::onBeat()
 {
     timestamp_ += kFrameSamplesWide;
-    if (!sends(agreement_.direction) || !sa_isset(&agreement_.remote, SA_ALL))
+    if (!sends(agreement_.direction) || !sa_isset(&agreement_.remote, SA_ALL)) {
         return;
-    if (digits_.empty())
+    }
+    if (digits_.empty()) {
         sendAudio();
-    else
+    } else {
         sendEvent();
+    }
 }
 
 bool RtpStream::nextFrame(AudioFrame& frame)
 {
     if (echo_) {
-        if (echoed_.empty())
+        if (echoed_.empty()) {
             return false;
+        }
         frame = echoed_.front();
         echoed_.pop_front();
         return true;
@@ -100,9 +106,10 @@ bool RtpStream::nextFrame(AudioFrame& frame)
 void RtpStream::sendAudio()
 {
     AudioFrame frame{};
-    if (!nextFrame(frame))
+    if (!nextFrame(frame)) {
         frame.fill(0);
-    const bool aLaw = agreement_.codec == "PCMA";
+    }
+    bool const aLaw = agreement_.codec == "PCMA";
     std::array<std::uint8_t, kFrameSamples> payload{};
     std::transform(frame.begin(), frame.end(), payload.begin(), [aLaw](std::int16_t sample) {
         // The most negative sample has no positive counterpart, which the coder needs.
@@ -115,27 +122,29 @@ void RtpStream::sendAudio()
 
 void RtpStream::sendEvent()
 {
-    const Digit& digit = digits_.front();
-    const bool pausing = eventBeat_ >= digit.beats + kEndRepeats;
+    Digit const& digit = digits_.front();
+    bool const pausing = eventBeat_ >= digit.beats + kEndRepeats;
     if (!pausing && agreement_.eventPayloadType >= 0) {
-        if (eventBeat_ == 0)
+        if (eventBeat_ == 0) {
             eventTimestamp_ = timestamp_;
-        const bool ended = eventBeat_ >= digit.beats;
-        const unsigned held = std::min(eventBeat_ + 1, digit.beats) * kFrameSamplesWide;
+        }
+        bool const ended = eventBeat_ >= digit.beats;
+        unsigned const held = std::min(eventBeat_ + 1, digit.beats) * kFrameSamplesWide;
         const std::array<std::uint8_t, 4> payload{static_cast<std::uint8_t>(kKeys.find(digit.key)),
                                                   static_cast<std::uint8_t>((ended ? 0x80 : 0) | kEventVolume),
                                                   static_cast<std::uint8_t>(held >> 8),
                                                   static_cast<std::uint8_t>(held & 0xff)};
         send(agreement_.eventPayloadType, eventBeat_ == 0, eventTimestamp_, payload.data(), payload.size());
     }
-    if (++eventBeat_ < digit.beats + kEndRepeats + kPauseBeats)
+    if (++eventBeat_ < digit.beats + kEndRepeats + kPauseBeats) {
         return;
+    }
     eventBeat_ = 0;
     digits_.pop_front();
     talkspurt_ = true;
 }
 
-void RtpStream::send(int payloadType, bool marker, std::uint32_t timestamp, const std::uint8_t* payload,
+void RtpStream::send(int payloadType, bool marker, std::uint32_t timestamp, std::uint8_t const* payload,
                      std::size_t size)
 {
     rtp_header header{};
@@ -147,8 +156,9 @@ void RtpStream::send(int payloadType, bool marker, std::uint32_t timestamp, cons
     header.ssrc = ssrc_;
     Ref<mbuf> packet;
     *packet.out() = mbuf_alloc(RTP_HEADER_SIZE + size);
-    if (!packet || rtp_hdr_encode(packet.get(), &header) != 0 || mbuf_write_mem(packet.get(), payload, size) != 0)
+    if (!packet || rtp_hdr_encode(packet.get(), &header) != 0 || mbuf_write_mem(packet.get(), payload, size) != 0) {
         return;
+    }
     packet.get()->pos = 0;
     (void)udp_send(socket_.get(), &agreement_.remote, packet.get());
 }
@@ -156,47 +166,56 @@ void RtpStream::send(int payloadType, bool marker, std::uint32_t timestamp, cons
 void RtpStream::receive(mbuf* packet)
 {
     rtp_header header{};
-    if (!running_ || rtp_hdr_decode(&header, packet) != 0 || header.ver != RTP_VERSION)
+    if (!running_ || rtp_hdr_decode(&header, packet) != 0 || header.ver != RTP_VERSION) {
         return;
-    const std::uint8_t* payload = mbuf_buf(packet);
+    }
+    std::uint8_t const* payload = mbuf_buf(packet);
     const std::size_t size = mbuf_get_left(packet);
-    if (agreement_.eventPayloadType >= 0 && header.pt == agreement_.eventPayloadType)
+    if (agreement_.eventPayloadType >= 0 && header.pt == agreement_.eventPayloadType) {
         receiveEvent(header, payload, size);
-    else if (header.pt == 0 || header.pt == 8)
+    } else if (header.pt == 0 || header.pt == 8) {
         receiveAudio(payload, size, header.pt == 8);
+    }
 }
 
-void RtpStream::receiveAudio(const std::uint8_t* payload, std::size_t size, bool aLaw)
+void RtpStream::receiveAudio(std::uint8_t const* payload, std::size_t size, bool aLaw)
 {
     // What was under way when the far end was told to be silent is not heard any more.
-    if (!receives(agreement_.direction))
+    if (!receives(agreement_.direction)) {
         return;
-    for (std::size_t i = 0; i < size; ++i)
+    }
+    for (std::size_t i = 0; i < size; ++i) {
         pending_.push_back(aLaw ? g711_alaw2pcm(payload[i]) : g711_ulaw2pcm(payload[i]));
+    }
     while (pending_.size() >= kFrameSamples) {
         AudioFrame frame{};
         std::copy_n(pending_.begin(), kFrameSamples, frame.begin());
         pending_.erase(pending_.begin(), pending_.begin() + kFrameSamples);
         ++received_;
-        if (echo_ && echoed_.size() < kEchoFrames)
+        if (echo_ && echoed_.size() < kEchoFrames) {
             echoed_.push_back(frame);
-        if (sink_)
+        }
+        if (sink_) {
             sink_->writeFrame(frame);
+        }
     }
 }
 
-void RtpStream::receiveEvent(const rtp_header& header, const std::uint8_t* payload, std::size_t size)
+void RtpStream::receiveEvent(rtp_header const& header, std::uint8_t const* payload, std::size_t size)
 {
-    if (size < 4 || payload[0] >= kKeys.size())
+    if (size < 4 || payload[0] >= kKeys.size()) {
         return;
+    }
     // All packets of one event carry the time it began, so a lost or repeated packet does not count twice.
-    if (eventSeen_ && eventSeenTimestamp_ == header.ts)
+    if (eventSeen_ && eventSeenTimestamp_ == header.ts) {
         return;
+    }
     eventSeen_ = true;
     eventSeenTimestamp_ = header.ts;
-    const auto heard = digitHeard_;
-    if (heard)
+    auto const heard = digitHeard_;
+    if (heard) {
         heard(kKeys[payload[0]]);
+    }
 }
 
 }  // namespace telephone::sip

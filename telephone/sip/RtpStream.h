@@ -2,14 +2,14 @@
 // ways. Owned by its session; used under the lock. Digits come to one function, set by the owner.
 #pragma once
 
-#include "Audio.h"
-#include "MediaClock.h"
-#include "SdpNegotiation.h"
-#include "Stack.h"
-
 #include <deque>
 #include <functional>
 #include <vector>
+
+#include "telephone/sip/Audio.h"
+#include "telephone/sip/MediaClock.h"
+#include "telephone/sip/SdpNegotiation.h"
+#include "telephone/sip/Stack.h"
 
 namespace telephone::sip {
 
@@ -17,15 +17,15 @@ class RtpStream final : public AudioStream, private MediaClockListener
 {
 public:
     // Binds its port; throws std::runtime_error when there is none.
-    RtpStream(MediaClock& clock, const sa& localAddress);
+    RtpStream(MediaClock& clock, sa const& localAddress);
     ~RtpStream() override;
 
     // Starts, or goes on with what was agreed anew.
-    void apply(const SdpNegotiation::Agreement& agreement);
+    void apply(SdpNegotiation::Agreement const& agreement);
     void stop();
 
     bool canSendDigits() const;
-    void sendDigits(const std::string& digits, std::chrono::milliseconds duration);
+    void sendDigits(std::string const& digits, std::chrono::milliseconds duration);
     void onDigit(std::function<void(char)> heard) { digitHeard_ = std::move(heard); }
 
     void setSource(AudioSource* source) override { source_ = source; }
@@ -50,10 +50,10 @@ private:
     bool nextFrame(AudioFrame& frame);
     void sendAudio();
     void sendEvent();
-    void send(int payloadType, bool marker, std::uint32_t timestamp, const std::uint8_t* payload, std::size_t size);
+    void send(int payloadType, bool marker, std::uint32_t timestamp, std::uint8_t const* payload, std::size_t size);
     void receive(mbuf* packet);
-    void receiveAudio(const std::uint8_t* payload, std::size_t size, bool aLaw);
-    void receiveEvent(const rtp_header& header, const std::uint8_t* payload, std::size_t size);
+    void receiveAudio(std::uint8_t const* payload, std::size_t size, bool aLaw);
+    void receiveEvent(rtp_header const& header, std::uint8_t const* payload, std::size_t size);
 
     MediaClock& clock_;
     Ref<udp_sock> socket_;

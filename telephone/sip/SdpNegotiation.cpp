@@ -1,4 +1,4 @@
-#include "SdpNegotiation.h"
+#include "telephone/sip/SdpNegotiation.h"
 
 #include <array>
 #include <stdexcept>
@@ -9,18 +9,19 @@ namespace {
 
 struct Codec
 {
-    const char* name;
-    const char* payloadType;
+    char const* name;
+    char const* payloadType;
 };
 
 constexpr std::array<Codec, 2> kCodecs{{{"PCMU", "0"}, {"PCMA", "8"}}};
-constexpr const char* kEventName = "telephone-event";
-constexpr const char* kEventPayloadType = "101";
+constexpr char const* kEventName = "telephone-event";
+constexpr char const* kEventPayloadType = "101";
 
 void check(int error)
 {
-    if (error)
+    if (error) {
         throw std::runtime_error("no session description: " + errorText(error));
+    }
 }
 
 Direction fromStack(sdp_dir direction)
@@ -30,21 +31,23 @@ Direction fromStack(sdp_dir direction)
 
 }  // namespace
 
-SdpNegotiation::SdpNegotiation(const sa& local, std::uint16_t rtpPort, const std::vector<std::string>& codecs,
+SdpNegotiation::SdpNegotiation(sa const& local, std::uint16_t rtpPort, std::vector<std::string> const& codecs,
                                bool telephoneEvents)
 {
     check(sdp_session_alloc(session_.out(), &local));
     check(sdp_media_add(&media_, session_.get(), sdp_media_audio, rtpPort, sdp_proto_rtpavp));
-    for (const auto& wanted : codecs) {
-        for (const auto& codec : kCodecs) {
-            if (equalsIgnoringCase(wanted, codec.name))
+    for (auto const& wanted : codecs) {
+        for (auto const& codec : kCodecs) {
+            if (equalsIgnoringCase(wanted, codec.name)) {
                 check(sdp_format_add(nullptr, media_, false, codec.payloadType, codec.name, kSampleRate, 1, nullptr,
                                      nullptr, nullptr, false, nullptr));
+            }
         }
     }
-    if (telephoneEvents)
+    if (telephoneEvents) {
         check(sdp_format_add(nullptr, media_, false, kEventPayloadType, kEventName, kSampleRate, 1, nullptr, nullptr,
                              nullptr, false, "0-15"));
+    }
     check(sdp_media_set_lattr(media_, true, "ptime", "%u", static_cast<unsigned>(kFrameTime.count())));
 }
 
@@ -55,14 +58,16 @@ bool SdpNegotiation::encode(Ref<mbuf>& description, bool offer)
     return sdp_encode(description.out(), session_.get(), offer) == 0;
 }
 
-int SdpNegotiation::decode(const mbuf* body, bool offer)
+int SdpNegotiation::decode(mbuf const* body, bool offer)
 {
     // A view of its own: the stack decides by what is left in the message whether there was a body.
     Ref<mbuf> copy;
-    if (!fill(copy, remainingText(body)))
+    if (!fill(copy, remainingText(body))) {
         return ENOMEM;
-    if (const int error = sdp_decode(session_.get(), copy.get(), offer))
+    }
+    if (int const error = sdp_decode(session_.get(), copy.get(), offer)) {
         return error;
+    }
     agreed_ = !agreement().codec.empty();
     return agreed_ ? 0 : EPROTO;
 }
@@ -79,26 +84,28 @@ Direction SdpNegotiation::localDirection() const
 
 bool SdpNegotiation::holdsByAddress() const
 {
-    const sa* remote = sdp_media_raddr(media_);
+    sa const* remote = sdp_media_raddr(media_);
     return agreed_ && remote && sa_af(remote) == AF_INET && sa_in(remote) == 0;
 }
 
 Direction SdpNegotiation::remoteDirection() const
 {
-    const auto told = static_cast<int>(sdp_media_rdir(media_));
+    auto const told = static_cast<int>(sdp_media_rdir(media_));
     return static_cast<Direction>(holdsByAddress() ? told & SDP_RECVONLY : told);
 }
 
 SdpNegotiation::Agreement SdpNegotiation::agreement() const
 {
     Agreement result;
-    if (sdp_media_rport(media_) == 0)
+    if (sdp_media_rport(media_) == 0) {
         return result;
-    const list* formats = sdp_media_format_lst(media_, false);
-    for (const le* element = formats ? formats->head : nullptr; element; element = element->next) {
-        const auto* format = static_cast<const sdp_format*>(element->data);
-        if (!format->sup || !format->name)
+    }
+    list const* formats = sdp_media_format_lst(media_, false);
+    for (le const* element = formats ? formats->head : nullptr; element; element = element->next) {
+        auto const* format = static_cast<sdp_format const*>(element->data);
+        if (!format->sup || !format->name) {
             continue;
+        }
         if (equalsIgnoringCase(format->name, kEventName)) {
             result.eventPayloadType = format->pt;
         } else if (result.codec.empty()) {
@@ -107,7 +114,7 @@ SdpNegotiation::Agreement SdpNegotiation::agreement() const
         }
     }
     result.remote = *sdp_media_raddr(media_);
-    const int both = static_cast<int>(localDirection()) & static_cast<int>(remoteDirection());
+    int const both = static_cast<int>(localDirection()) & static_cast<int>(remoteDirection());
     result.direction = static_cast<Direction>(both);
     return result;
 }

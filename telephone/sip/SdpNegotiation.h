@@ -2,11 +2,11 @@
 // used under the lock.
 #pragma once
 
-#include "Audio.h"
-#include "Stack.h"
-
 #include <string>
 #include <vector>
+
+#include "telephone/sip/Audio.h"
+#include "telephone/sip/Stack.h"
 
 namespace telephone::sip {
 
@@ -24,13 +24,13 @@ public:
     };
 
     // throws std::runtime_error without memory
-    SdpNegotiation(const sa& local, std::uint16_t rtpPort, const std::vector<std::string>& codecs,
+    SdpNegotiation(sa const& local, std::uint16_t rtpPort, std::vector<std::string> const& codecs,
                    bool telephoneEvents);
     ~SdpNegotiation();
 
     bool encode(Ref<mbuf>& description, bool offer);
     // Reads the far end's description; an error of errno, EPROTO when there is no codec in common.
-    int decode(const mbuf* body, bool offer);
+    int decode(mbuf const* body, bool offer);
 
     void setLocalDirection(Direction direction);
     Direction localDirection() const;

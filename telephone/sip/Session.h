@@ -11,15 +11,15 @@
 // An operation that does not fit the state of the call, or that the stack refuses, changes nothing and returns false.
 #pragma once
 
-#include "Audio.h"
-#include "Message.h"
-#include "Transfer.h"
-
 #include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "telephone/sip/Audio.h"
+#include "telephone/sip/Message.h"
+#include "telephone/sip/Transfer.h"
 
 namespace telephone::sip {
 
@@ -51,7 +51,7 @@ struct Invitation
     Headers headers;                   // all of them
 
     // The asserted identity where there is one, else From.
-    const NameAddr& caller() const { return assertedIdentity ? *assertedIdentity : from; }
+    NameAddr const& caller() const { return assertedIdentity ? *assertedIdentity : from; }
 };
 
 enum class CloseCause : int
@@ -81,28 +81,28 @@ public:
     virtual ~SessionObserver() = default;
 
     // 101 to 199 for our INVITE. earlyMedia: it brought SDP, and what the far end plays is heard.
-    virtual void onProgress(Session&, const Response&, bool /*earlyMedia*/) {}
+    virtual void onProgress(Session&, Response const&, bool /*earlyMedia*/) {}
     // 300 to 399 for our INVITE; the call goes on to that contact by itself. diversion: as that answer told it.
-    virtual void onRedirected(Session&, const std::string& /*contact*/, const Response&) {}
+    virtual void onRedirected(Session&, std::string const& /*contact*/, Response const&) {}
     // The call is through: 2xx to our INVITE, or ACK to our answer.
     virtual void onEstablished(Session&) {}
     // The far end's own change of the media: what it said its direction is (seen from this end: kReceiveOnly means that
     // it sends but does not listen). Both flags equal: a re-INVITE that changed neither.
     virtual void onRemoteHold(Session&, bool /*held*/, Direction /*agreed*/) {}
     // The end of modify(): accepted, or refused with its status (408: no answer, the call stays as it was).
-    virtual void onModified(Session&, bool /*accepted*/, int /*status*/, const std::string& /*reason*/) {}
+    virtual void onModified(Session&, bool /*accepted*/, int /*status*/, std::string const& /*reason*/) {}
     // A re-INVITE or an answer told another identity of the far end (P-Asserted-Identity, else nothing).
-    virtual void onRemoteIdentity(Session&, const NameAddr&) {}
+    virtual void onRemoteIdentity(Session&, NameAddr const&) {}
     // INFO in the dialog; already answered with 200. INFO with DTMF comes as onDigit.
-    virtual void onInfo(Session&, const Content&) {}
+    virtual void onInfo(Session&, Content const&) {}
     // A key of the far end (0-9 * # A-D), by RFC 4733 or by INFO.
     virtual void onDigit(Session&, char /*digit*/) {}
     // REFER in the dialog. Not keeping it refuses it.
     virtual void onTransferRequested(Session&, std::unique_ptr<Transfer>) {}
     // How a transfer that we asked for goes: statuses of the call the far end makes. ended: the last one, which is the
     // status of the REFER itself where the far end refused that (408: no answer).
-    virtual void onTransferProgress(Session&, int /*status*/, const std::string& /*reason*/, bool /*ended*/) {}
-    virtual void onClosed(Session&, const Closing&) {}
+    virtual void onTransferProgress(Session&, int /*status*/, std::string const& /*reason*/, bool /*ended*/) {}
+    virtual void onClosed(Session&, Closing const&) {}
 };
 
 enum class SessionState : int
@@ -124,7 +124,7 @@ public:
     virtual SessionState state() const = 0;
     virtual bool isOutgoing() const = 0;
     // Of an incoming call; empty for an outgoing one.
-    virtual const Invitation& invitation() const = 0;
+    virtual Invitation const& invitation() const = 0;
     virtual DialogId dialogId() const = 0;
     virtual NameAddr remoteParty() const = 0;  // From or To of the far end, or its latest asserted identity
     virtual std::string
@@ -134,19 +134,19 @@ public:
 
     // --- an incoming call
     // 180, or 183 with our SDP so that the caller hears the stream before the answer.
-    virtual bool ring(const Headers& headers = {}) = 0;
-    virtual bool progress(const Headers& headers = {}) = 0;
-    virtual bool answer(const Headers& headers = {}) = 0;
+    virtual bool ring(Headers const& headers = {}) = 0;
+    virtual bool progress(Headers const& headers = {}) = 0;
+    virtual bool answer(Headers const& headers = {}) = 0;
     // 300 to 699.
-    virtual bool reject(int status, const std::string& reason, const Headers& headers = {}) = 0;
+    virtual bool reject(int status, std::string const& reason, Headers const& headers = {}) = 0;
     // 302 with that Contact. diversionReason, where it is not empty, makes a Diversion header that names the called
     // party.
-    virtual bool redirect(const std::string& contact, const std::string& diversionReason = {}) = 0;
+    virtual bool redirect(std::string const& contact, std::string const& diversionReason = {}) = 0;
 
     // --- any call
     // Cancels, refuses (486) or ends with BYE, whatever the state asks for. reason: value of a Reason header, or empty.
     // It always ends here at once; whether the far end answers the BYE is not told.
-    virtual void hangUp(const std::string& reason = {}) = 0;
+    virtual void hangUp(std::string const& reason = {}) = 0;
 
     // Changes our direction by re-INVITE: kSendOnly holds, kSendReceive retrieves; the present one renews the call.
     // The end comes as onModified; one asked for while another is under way follows it. 491 is tried again as RFC 3261
@@ -156,18 +156,18 @@ public:
     virtual bool isHeldByRemote() const = 0;
 
     // INFO. The handler may be empty.
-    virtual bool sendInfo(const Content& content, ResponseHandler done = {}) = 0;
+    virtual bool sendInfo(Content const& content, ResponseHandler done = {}) = 0;
     // Digits 0-9 * # A-D one after the other; by RFC 4733 where the far end has it, else by INFO
     // (application/dtmf-relay).
-    virtual bool sendDigits(const std::string& digits,
+    virtual bool sendDigits(std::string const& digits,
                             std::chrono::milliseconds duration = std::chrono::milliseconds(100)) = 0;
 
     // Asks the far end to call target (REFER); replaces: the call there it shall take the place of. The end comes as
     // onTransferProgress; this call stays until somebody ends it.
-    virtual bool transfer(const std::string& target, const std::optional<Replaces>& replaces = std::nullopt) = 0;
+    virtual bool transfer(std::string const& target, std::optional<Replaces> const& replaces = std::nullopt) = 0;
 
     virtual AudioStream& audio() = 0;
-    virtual const AudioStream& audio() const = 0;
+    virtual AudioStream const& audio() const = 0;
 };
 
 }  // namespace telephone::sip

@@ -5,12 +5,12 @@
 // stack's offer and answer handlers, where the stack does not survive that, callbacks are posted instead.
 #pragma once
 
-#include "RtpStream.h"
-#include "SdpNegotiation.h"
-#include "Session.h"
-#include "UserAgentImpl.h"
-
 #include <deque>
+
+#include "telephone/sip/RtpStream.h"
+#include "telephone/sip/SdpNegotiation.h"
+#include "telephone/sip/Session.h"
+#include "telephone/sip/UserAgentImpl.h"
 
 namespace telephone::sip {
 
@@ -18,10 +18,10 @@ class SessionImpl final : public Session
 {
 public:
     // An outgoing call; start() sends it. Throws std::runtime_error without a port for RTP.
-    SessionImpl(std::shared_ptr<UserAgent::Impl> agent, const CallRequest& request, Route route,
+    SessionImpl(std::shared_ptr<UserAgent::Impl> agent, CallRequest const& request, Route route,
                 SessionObserver& observer);
     // An incoming call, with "100 Trying" still to be sent by begin().
-    SessionImpl(std::shared_ptr<UserAgent::Impl> agent, const sip_msg& invite);
+    SessionImpl(std::shared_ptr<UserAgent::Impl> agent, sip_msg const& invite);
     ~SessionImpl() override;
 
     int start();
@@ -29,35 +29,35 @@ public:
     int begin();
 
     // From the user agent, which sees what the stack does not tell.
-    void noteRefusedInvite(const Response& response);
-    void noteRedirection(const Response& response);
+    void noteRefusedInvite(Response const& response);
+    void noteRedirection(Response const& response);
     // Whether the session follows this redirection of its INVITE itself, as soon as the stack lets go of it.
-    bool takeRedirection(const Response& response);
-    void noteReason(const std::string& reason) { closingReason_ = reason; }
+    bool takeRedirection(Response const& response);
+    void noteReason(std::string const& reason) { closingReason_ = reason; }
 
     void setObserver(SessionObserver* observer) override;
     SessionState state() const override;
     bool isOutgoing() const override { return outgoing_; }
-    const Invitation& invitation() const override { return invitation_; }
+    Invitation const& invitation() const override { return invitation_; }
     DialogId dialogId() const override;
     NameAddr remoteParty() const override;
     std::string remoteContact() const override;
     std::string localContact() const override;
     bool supportsTelephoneEvents() const override;
-    bool ring(const Headers& headers) override;
-    bool progress(const Headers& headers) override;
-    bool answer(const Headers& headers) override;
-    bool reject(int status, const std::string& reason, const Headers& headers) override;
-    bool redirect(const std::string& contact, const std::string& diversionReason) override;
-    void hangUp(const std::string& reason) override;
+    bool ring(Headers const& headers) override;
+    bool progress(Headers const& headers) override;
+    bool answer(Headers const& headers) override;
+    bool reject(int status, std::string const& reason, Headers const& headers) override;
+    bool redirect(std::string const& contact, std::string const& diversionReason) override;
+    void hangUp(std::string const& reason) override;
     bool modify(Direction direction) override;
     Direction localDirection() const override;
     bool isHeldByRemote() const override;
-    bool sendInfo(const Content& content, ResponseHandler done) override;
-    bool sendDigits(const std::string& digits, std::chrono::milliseconds duration) override;
-    bool transfer(const std::string& target, const std::optional<Replaces>& replaces) override;
+    bool sendInfo(Content const& content, ResponseHandler done) override;
+    bool sendDigits(std::string const& digits, std::chrono::milliseconds duration) override;
+    bool transfer(std::string const& target, std::optional<Replaces> const& replaces) override;
     AudioStream& audio() override { return rtp_; }
-    const AudioStream& audio() const override { return rtp_; }
+    AudioStream const& audio() const override { return rtp_; }
 
 private:
     struct PendingInfo
@@ -71,43 +71,43 @@ private:
         std::chrono::milliseconds duration{};
     };
 
-    int accept(std::uint16_t status, const char* reason, mbuf* description, const Headers& headers);
-    int provisional(std::uint16_t status, const char* reason, mbuf* description, const Headers& headers);
+    int accept(std::uint16_t status, char const* reason, mbuf* description, Headers const& headers);
+    int provisional(std::uint16_t status, char const* reason, mbuf* description, Headers const& headers);
     bool followRedirection();
     bool sendModification(Direction direction);
-    void finishModification(bool accepted, int status, const std::string& reason);
+    void finishModification(bool accepted, int status, std::string const& reason);
     void reissueModification();
     bool isIncomingPending() const;
     void end();
     void releaseStack();
     void sendNextDigitByInfo();
 
-    void learnDialog(const sip_msg& message);
-    void learnIdentity(const sip_msg& message);
+    void learnDialog(sip_msg const& message);
+    void learnIdentity(sip_msg const& message);
     void applyMedia();
     void postFromStack(std::function<void()> work);
 
-    void onProgress(const sip_msg& message);
-    int onOffer(mbuf** description, const sip_msg& message);
-    int onAnswer(const sip_msg& message);
-    void onEstablished(const sip_msg& message);
-    void onInfo(const sip_msg& message);
-    void onRefer(const sip_msg& message);
-    void onClose(int error, const sip_msg* message);
-    void onInfoAnswered(PendingInfo& pending, int error, const sip_msg* message);
-    void onReferNotify(const sip_msg& message);
-    void onReferClosed(int error, const sip_msg* message);
+    void onProgress(sip_msg const& message);
+    int onOffer(mbuf** description, sip_msg const& message);
+    int onAnswer(sip_msg const& message);
+    void onEstablished(sip_msg const& message);
+    void onInfo(sip_msg const& message);
+    void onRefer(sip_msg const& message);
+    void onClose(int error, sip_msg const* message);
+    void onInfoAnswered(PendingInfo& pending, int error, sip_msg const* message);
+    void onReferNotify(sip_msg const& message);
+    void onReferClosed(int error, sip_msg const* message);
     void onCancelledBeforeAnswer();
     void announceRemoteChange();
 
     // The stack's handlers: the session is the argument.
-    static void progressHandler(const sip_msg* message, void* session);
-    static int offerHandler(mbuf** description, const sip_msg* message, void* session);
-    static int answerHandler(const sip_msg* message, void* session);
-    static void establishedHandler(const sip_msg* message, void* session);
-    static void infoHandler(::sip*, const sip_msg* message, void* session);
-    static void referHandler(::sip*, const sip_msg* message, void* session);
-    static void closeHandler(int error, const sip_msg* message, void* session);
+    static void progressHandler(sip_msg const* message, void* session);
+    static int offerHandler(mbuf** description, sip_msg const* message, void* session);
+    static int answerHandler(sip_msg const* message, void* session);
+    static void establishedHandler(sip_msg const* message, void* session);
+    static void infoHandler(::sip*, sip_msg const* message, void* session);
+    static void referHandler(::sip*, sip_msg const* message, void* session);
+    static void closeHandler(int error, sip_msg const* message, void* session);
 
     std::shared_ptr<UserAgent::Impl> agent_;
     std::shared_ptr<SessionImpl*> self_ = std::make_shared<SessionImpl*>(this);  // for what is posted: gone with us

@@ -1,4 +1,4 @@
-#include "Stack.h"
+#include "telephone/sip/Stack.h"
 
 #include <array>
 
@@ -9,7 +9,7 @@ namespace {
 struct CompactForm
 {
     char letter;
-    const char* name;
+    char const* name;
 };
 
 // RFC 3261 section 7.3.3 and the registry of header fields.
@@ -32,13 +32,14 @@ constexpr std::array<CompactForm, 16> kCompactForms{{
     {'y', "Identity"},
 }};
 
-std::string fullName(const pl& name)
+std::string fullName(pl const& name)
 {
     if (name.l == 1) {
-        const char letter = static_cast<char>(name.p[0] | 0x20);
-        for (const auto& form : kCompactForms) {
-            if (form.letter == letter)
+        char const letter = static_cast<char>(name.p[0] | 0x20);
+        for (auto const& form : kCompactForms) {
+            if (form.letter == letter) {
                 return form.name;
+            }
         }
     }
     return text(name);
@@ -52,29 +53,32 @@ struct Credentials
     char* password;
 };
 
-std::string remainingText(const mbuf* buffer)
+std::string remainingText(mbuf const* buffer)
 {
     const std::size_t left = mbuf_get_left(buffer);
-    return left ? std::string(reinterpret_cast<const char*>(mbuf_buf(buffer)), left) : std::string();
+    return left ? std::string(reinterpret_cast<char const*>(mbuf_buf(buffer)), left) : std::string();
 }
 
 bool fill(Ref<mbuf>& buffer, std::string_view content)
 {
     mbuf* made = mbuf_alloc(content.size() + 1);
-    if (!made)
+    if (!made) {
         return false;
+    }
     *buffer.out() = made;
-    if (mbuf_write_mem(made, reinterpret_cast<const std::uint8_t*>(content.data()), content.size()) != 0)
+    if (mbuf_write_mem(made, reinterpret_cast<std::uint8_t const*>(content.data()), content.size()) != 0) {
         return false;
+    }
     made->pos = 0;
     return true;
 }
 
-std::string addressText(const sa& address)
+std::string addressText(sa const& address)
 {
     std::array<char, 64> host{};
-    if (sa_ntop(&address, host.data(), static_cast<int>(host.size())) != 0)
+    if (sa_ntop(&address, host.data(), static_cast<int>(host.size())) != 0) {
         return {};
+    }
     const std::string port = ":" + std::to_string(sa_port(&address));
     return sa_af(&address) == AF_INET6 ? "[" + std::string(host.data()) + "]" + port : host.data() + port;
 }
@@ -85,61 +89,64 @@ std::string errorText(int error)
     return str_error(error, buffer.data(), buffer.size());
 }
 
-Headers headersOf(const sip_msg& message)
+Headers headersOf(sip_msg const& message)
 {
     Headers headers;
-    for (const le* element = message.hdrl.head; element; element = element->next) {
-        const auto* header = static_cast<const sip_hdr*>(element->data);
+    for (le const* element = message.hdrl.head; element; element = element->next) {
+        auto const* header = static_cast<sip_hdr const*>(element->data);
         headers.add(fullName(header->name), text(header->val));
     }
     return headers;
 }
 
-Response responseOf(const sip_msg& message)
+Response responseOf(sip_msg const& message)
 {
     return {message.scode, text(message.reason), headersOf(message), remainingText(message.mb)};
 }
 
-Content contentOf(const sip_msg& message)
+Content contentOf(sip_msg const& message)
 {
     Content content;
     content.body = remainingText(message.mb);
-    if (message.ctyp.type.p)
+    if (message.ctyp.type.p) {
         content.type = text(message.ctyp.type) + "/" + text(message.ctyp.subtype) + text(message.ctyp.params);
+    }
     return content;
 }
 
-std::string headerValue(const sip_msg& message, const char* name)
+std::string headerValue(sip_msg const& message, char const* name)
 {
     return headersOf(message).value(name);
 }
 
-NameAddr nameAddrOf(const sip_taddr& address)
+NameAddr nameAddrOf(sip_taddr const& address)
 {
     return NameAddr::parse(view(address.val)).value_or(NameAddr{});
 }
 
-std::string contactOf(const sip_msg& message)
+std::string contactOf(sip_msg const& message)
 {
-    const sip_hdr* header = sip_msg_hdr(&message, SIP_HDR_CONTACT);
+    sip_hdr const* header = sip_msg_hdr(&message, SIP_HDR_CONTACT);
     sip_addr address;
-    if (!header || sip_addr_decode(&address, &header->val) != 0)
+    if (!header || sip_addr_decode(&address, &header->val) != 0) {
         return {};
+    }
     return text(address.auri);
 }
 
-std::string localTagOf(const sip_msg& request)
+std::string localTagOf(sip_msg const& request)
 {
     std::array<char, 20> tag{};
     re_snprintf(tag.data(), tag.size(), "%016llx", static_cast<unsigned long long>(request.tag));
     return tag.data();
 }
 
-std::string replyTail(const Headers& headers, const Content& content)
+std::string replyTail(Headers const& headers, Content const& content)
 {
     std::string tail = headers.format();
-    if (!content.type.empty())
+    if (!content.type.empty()) {
         tail += Headers{{"Content-Type", content.type}}.format();
+    }
     const std::string body = content.type.empty() ? std::string() : content.body;
     return tail + "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
 }
@@ -151,22 +158,24 @@ static void destroyCredentials(void* object)
     mem_deref(credentials->password);
 }
 
-void makeCredentials(Ref<Credentials>& credentials, const std::string& user, const std::string& password)
+void makeCredentials(Ref<Credentials>& credentials, std::string const& user, std::string const& password)
 {
     auto* made = static_cast<Credentials*>(mem_zalloc(sizeof(Credentials), destroyCredentials));
-    if (!made)
+    if (!made) {
         return;
+    }
     *credentials.out() = made;
     (void)str_dup(&made->user, user.c_str());
     (void)str_dup(&made->password, password.c_str());
 }
 
-int answerChallenge(char** user, char** password, const char*, void* object)
+int answerChallenge(char** user, char** password, char const*, void* object)
 {
-    const auto* credentials = static_cast<const Credentials*>(object);
-    if (!credentials || !str_isset(credentials->password))
+    auto const* credentials = static_cast<Credentials const*>(object);
+    if (!credentials || !str_isset(credentials->password)) {
         return EAUTH;
-    const int error = str_dup(user, credentials->user);
+    }
+    int const error = str_dup(user, credentials->user);
     return error ? error : str_dup(password, credentials->password);
 }
 

@@ -7,11 +7,11 @@ extern "C" {
 #include <rem.h>
 }
 
-#include "Message.h"
-
 #include <string>
 #include <string_view>
 #include <utility>
+
+#include "telephone/sip/Message.h"
 
 namespace telephone::sip {
 
@@ -23,8 +23,8 @@ class Ref
 public:
     Ref() = default;
     ~Ref() { reset(); }
-    Ref(const Ref&) = delete;
-    Ref& operator=(const Ref&) = delete;
+    Ref(Ref const&) = delete;
+    Ref& operator=(Ref const&) = delete;
 
     T* get() const { return object_; }
     explicit operator bool() const { return object_ != nullptr; }
@@ -38,7 +38,7 @@ public:
     T** inOut() { return &object_; }
     void reset() { mem_deref(std::exchange(object_, nullptr)); }
     // Takes one more reference to an object that somebody else owns.
-    void share(const T* object)
+    void share(T const* object)
     {
         T* shared = static_cast<T*>(mem_ref(const_cast<T*>(object)));
         reset();
@@ -49,12 +49,12 @@ private:
     T* object_ = nullptr;
 };
 
-inline std::string text(const pl& slice)
+inline std::string text(pl const& slice)
 {
     return slice.p ? std::string(slice.p, slice.l) : std::string();
 }
 
-inline std::string_view view(const pl& slice)
+inline std::string_view view(pl const& slice)
 {
     return slice.p ? std::string_view(slice.p, slice.l) : std::string_view();
 }
@@ -65,29 +65,29 @@ inline pl slice(std::string_view value)
 }
 
 // What is left in a buffer from where it stands.
-std::string remainingText(const mbuf* buffer);
+std::string remainingText(mbuf const* buffer);
 // Puts a new buffer with that text, at its start, into the given place; false without memory.
 bool fill(Ref<mbuf>& buffer, std::string_view content);
 
-std::string addressText(const sa& address);  // "address:port"
+std::string addressText(sa const& address);  // "address:port"
 std::string errorText(int error);
 
-Headers headersOf(const sip_msg& message);
-Response responseOf(const sip_msg& message);
-Content contentOf(const sip_msg& message);
-std::string headerValue(const sip_msg& message, const char* name);
+Headers headersOf(sip_msg const& message);
+Response responseOf(sip_msg const& message);
+Content contentOf(sip_msg const& message);
+std::string headerValue(sip_msg const& message, char const* name);
 // An address header as the stack parsed it; an empty name-addr for one that is none.
-NameAddr nameAddrOf(const sip_taddr& address);
+NameAddr nameAddrOf(sip_taddr const& address);
 // URI of the first Contact; empty when there is none.
-std::string contactOf(const sip_msg& message);
+std::string contactOf(sip_msg const& message);
 // Local tag that the stack gives a dialog made from this request.
-std::string localTagOf(const sip_msg& request);
+std::string localTagOf(sip_msg const& request);
 // Headers and the end of an answer, the way the stack's reply functions want them.
-std::string replyTail(const Headers& headers, const Content& content);
+std::string replyTail(Headers const& headers, Content const& content);
 
 // User and password for challenges, as an object of the stack, because the stack may ask after its user is gone.
 struct Credentials;
-void makeCredentials(Ref<Credentials>& credentials, const std::string& user, const std::string& password);
-int answerChallenge(char** user, char** password, const char* realm, void* credentials);
+void makeCredentials(Ref<Credentials>& credentials, std::string const& user, std::string const& password);
+int answerChallenge(char** user, char** password, char const* realm, void* credentials);
 
 }  // namespace telephone::sip

@@ -1,8 +1,8 @@
-#include "StackTimers.h"
-
-#include "Stack.h"
+#include "telephone/sip/StackTimers.h"
 
 #include <chrono>
+
+#include "telephone/sip/Stack.h"
 
 // The stack's timers, the first to expire at the head. The stack offers it and has forgotten to declare it.
 extern "C" list* tmrl_get(void);
@@ -11,9 +11,9 @@ namespace telephone::sip {
 
 namespace {
 
-std::uint64_t expiryOf(const le* element)
+std::uint64_t expiryOf(le const* element)
 {
-    return static_cast<const tmr*>(element->data)->jfs;
+    return static_cast<tmr const*>(element->data)->jfs;
 }
 
 // Behind those that expire no later, looked for from both ends at once: an ended transaction's timer of 32 seconds
@@ -39,7 +39,7 @@ void insert(list& timers, tmr& timer)
 
 std::uint64_t firstExpiry()
 {
-    const le* const first = list_head(tmrl_get());
+    le const* const first = list_head(tmrl_get());
     return first ? expiryOf(first) : kNoTimer;
 }
 
@@ -55,14 +55,17 @@ std::uint64_t tmr_jiffies()
 
 void tmr_start(tmr* timer, std::uint64_t delay, tmr_h* handler, void* argument)
 {
-    if (!timer)
+    if (!timer) {
         return;
-    if (timer->th)
+    }
+    if (timer->th) {
         list_unlink(&timer->le);
+    }
     timer->th = handler;
     timer->arg = argument;
-    if (!handler)
+    if (!handler) {
         return;
+    }
     timer->jfs = tmr_jiffies() + delay;
     telephone::sip::insert(*tmrl_get(), *timer);
 }

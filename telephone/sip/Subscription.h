@@ -2,11 +2,11 @@
 // else asks of us. Packages are only names here: "message-summary", "dialog", "presence" ...
 #pragma once
 
-#include "Message.h"
-
 #include <cstdint>
 #include <functional>
 #include <string>
+
+#include "telephone/sip/Message.h"
 
 namespace telephone::sip {
 
@@ -34,10 +34,10 @@ class SubscriptionObserver
 {
 public:
     virtual ~SubscriptionObserver() = default;
-    virtual void onNotify(Subscription& subscription, const Notification& notification) = 0;
+    virtual void onNotify(Subscription& subscription, Notification const& notification) = 0;
     // It is over and does nothing any more: refused (its status), silent (408), or ended by the notifier (status 200
     // and its reason). Refreshing while it lives is done by itself.
-    virtual void onTerminated(Subscription& subscription, int status, const std::string& reason) = 0;
+    virtual void onTerminated(Subscription& subscription, int status, std::string const& reason) = 0;
 };
 
 struct SubscriptionRequest
@@ -55,7 +55,7 @@ class Subscription
 public:
     virtual ~Subscription() = default;  // unsubscribes
 
-    virtual const SubscriptionRequest& request() const = 0;
+    virtual SubscriptionRequest const& request() const = 0;
 };
 
 // Comes with UserAgentObserver::onSubscribe. Answered once with accept or reject; one destroyed unanswered is refused
@@ -66,18 +66,18 @@ class Notifier
 public:
     virtual ~Notifier() = default;
 
-    virtual const std::string& event() const = 0;
+    virtual std::string const& event() const = 0;
     virtual std::string requestUri() const = 0;
     virtual NameAddr from() const = 0;
     virtual NameAddr to() const = 0;
-    virtual const Headers& headers() const = 0;
+    virtual Headers const& headers() const = 0;
     virtual std::uint32_t expires() const = 0;  // asked for; 0: one look at the state
 
     // contentType: of the bodies that notify() will send.
-    virtual bool accept(const std::string& contentType) = 0;
-    virtual bool reject(int status, const std::string& reason, const Headers& headers = {}) = 0;
-    virtual bool notify(const std::string& body, SubscriptionState state = SubscriptionState::kActive,
-                        const std::string& reason = "noresource") = 0;
+    virtual bool accept(std::string const& contentType) = 0;
+    virtual bool reject(int status, std::string const& reason, Headers const& headers = {}) = 0;
+    virtual bool notify(std::string const& body, SubscriptionState state = SubscriptionState::kActive,
+                        std::string const& reason = "noresource") = 0;
     virtual bool isActive() const = 0;
     // The subscriber let it end or is gone. Called once, on the loop's thread; may destroy the notifier.
     virtual void onClosed(std::function<void(Notifier&)> closed) = 0;

@@ -1,32 +1,33 @@
-#include "SubscriptionImpl.h"
-
-#include "EventLoop.h"
+#include "telephone/sip/SubscriptionImpl.h"
 
 #include <mutex>
+
+#include "telephone/sip/EventLoop.h"
 
 namespace telephone::sip {
 
 namespace {
 
 // "terminated;reason=timeout;..." : the value of a parameter, empty without one.
-std::string parameterOf(const std::string& value, const char* name)
+std::string parameterOf(std::string const& value, char const* name)
 {
     const pl whole = slice(value);
     pl found{};
     return msg_param_decode(&whole, name, &found) == 0 ? text(found) : std::string();
 }
 
-SubscriptionState stateOf(const std::string& value)
+SubscriptionState stateOf(std::string const& value)
 {
     const std::string state = value.substr(0, value.find_first_of("; "));
-    if (equalsIgnoringCase(state, "terminated"))
+    if (equalsIgnoringCase(state, "terminated")) {
         return SubscriptionState::kTerminated;
+    }
     return equalsIgnoringCase(state, "pending") ? SubscriptionState::kPending : SubscriptionState::kActive;
 }
 
 }  // namespace
 
-Notification readNotification(const sip_msg& notify)
+Notification readNotification(sip_msg const& notify)
 {
     Notification notification;
     notification.headers = headersOf(notify);
@@ -53,19 +54,20 @@ SubscriptionImpl::~SubscriptionImpl()
     credentials_.reset();
 }
 
-int SubscriptionImpl::start(const Account& account, const Route& route)
+int SubscriptionImpl::start(Account const& account, Route const& route)
 {
     makeCredentials(credentials_, account.authUser.empty() ? account.user : account.authUser, account.password);
     Headers headers = request_.headers;
-    if (!request_.accept.empty())
+    if (!request_.accept.empty()) {
         headers.add("Accept", request_.accept);
-    const auto notified = [](::sip*, const sip_msg* message, void* subscription) {
+    }
+    auto const notified = [](::sip*, sip_msg const* message, void* subscription) {
         static_cast<SubscriptionImpl*>(subscription)->onNotify(*message);
     };
-    const auto closed = [](int error, const sip_msg* message, const sipevent_substate*, void* subscription) {
+    auto const closed = [](int error, sip_msg const* message, sipevent_substate const*, void* subscription) {
         static_cast<SubscriptionImpl*>(subscription)->onClose(error, message);
     };
-    const char* proxies[] = {route.proxy.c_str()};
+    char const* proxies[] = {route.proxy.c_str()};
     return sipevent_subscribe(subscription_.out(), agent_->eventSocket.get(), route.target.c_str(),
                               route.fromName.empty() ? nullptr : route.fromName.c_str(), route.fromUri.c_str(),
                               request_.event.c_str(), request_.eventId.empty() ? nullptr : request_.eventId.c_str(),
@@ -74,7 +76,7 @@ int SubscriptionImpl::start(const Account& account, const Route& route)
                               headers.format().c_str());
 }
 
-void SubscriptionImpl::onNotify(const sip_msg& message)
+void SubscriptionImpl::onNotify(sip_msg const& message)
 {
     (void)sip_treply(nullptr, agent_->stack, &message, 200, "OK");
     const Notification notification = readNotification(message);
@@ -82,16 +84,17 @@ void SubscriptionImpl::onNotify(const sip_msg& message)
     observer_.onNotify(*this, notification);
 }
 
-void SubscriptionImpl::onClose(int error, const sip_msg* message)
+void SubscriptionImpl::onClose(int error, sip_msg const* message)
 {
-    if (error == ETIMEDOUT)
+    if (error == ETIMEDOUT) {
         observer_.onTerminated(*this, 408, "Request Timeout");
-    else if (message && !message->req && message->scode >= 300)
+    } else if (message && !message->req && message->scode >= 300) {
         observer_.onTerminated(*this, message->scode, text(message->reason));
-    else if (error)
+    } else if (error) {
         observer_.onTerminated(*this, 503, errorText(error));
-    else
+    } else {
         observer_.onTerminated(*this, 200, lastReason_);
+    }
 }
 
 }  // namespace telephone::sip

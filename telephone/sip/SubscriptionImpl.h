@@ -1,8 +1,8 @@
 // A subscription of ours, behind the interface.
 #pragma once
 
-#include "Subscription.h"
-#include "UserAgentImpl.h"
+#include "telephone/sip/Subscription.h"
+#include "telephone/sip/UserAgentImpl.h"
 
 namespace telephone::sip {
 
@@ -13,12 +13,12 @@ public:
                      SubscriptionObserver& observer);
     ~SubscriptionImpl() override;
 
-    int start(const Account& account, const Route& route);
-    const SubscriptionRequest& request() const override { return request_; }
+    int start(Account const& account, Route const& route);
+    SubscriptionRequest const& request() const override { return request_; }
 
 private:
-    void onNotify(const sip_msg& message);
-    void onClose(int error, const sip_msg* message);
+    void onNotify(sip_msg const& message);
+    void onClose(int error, sip_msg const* message);
 
     std::shared_ptr<UserAgent::Impl> agent_;
     SubscriptionRequest request_;
@@ -29,6 +29,6 @@ private:
 };
 
 // What a NOTIFY says.
-Notification readNotification(const sip_msg& notify);
+Notification readNotification(sip_msg const& notify);
 
 }  // namespace telephone::sip

@@ -1,9 +1,9 @@
-#include "Timer.h"
-
-#include "EventLoop.h"
-#include "Stack.h"
+#include "telephone/sip/Timer.h"
 
 #include <mutex>
+
+#include "telephone/sip/EventLoop.h"
+#include "telephone/sip/Stack.h"
 
 namespace telephone::sip {
 
@@ -17,10 +17,11 @@ struct Timer::Impl : std::enable_shared_from_this<Timer::Impl>
 
     void expire()
     {
-        const auto keepAlive = shared_from_this();
-        const auto run = std::exchange(expired, nullptr);
-        if (run)
+        auto const keepAlive = shared_from_this();
+        auto const run = std::exchange(expired, nullptr);
+        if (run) {
             run();
+        }
     }
 
     EventLoop& loop;
@@ -40,18 +41,21 @@ Timer::Timer(EventLoop& loop, std::chrono::milliseconds delay, std::function<voi
 
 Timer::~Timer()
 {
-    if (impl_)
+    if (impl_) {
         cancel();
+    }
 }
 
 Timer::Timer(Timer&&) noexcept = default;
 
 Timer& Timer::operator=(Timer&& other) noexcept
 {
-    if (this == &other)
+    if (this == &other) {
         return *this;
-    if (impl_)
+    }
+    if (impl_) {
         cancel();
+    }
     impl_ = std::move(other.impl_);
     return *this;
 }
@@ -60,7 +64,7 @@ void Timer::start(std::chrono::milliseconds delay, std::function<void()> expired
 {
     std::lock_guard guard(impl_->loop);
     impl_->expired = std::move(expired);
-    const auto wait = delay.count() > 0 ? static_cast<std::uint64_t>(delay.count()) : 0;
+    auto const wait = delay.count() > 0 ? static_cast<std::uint64_t>(delay.count()) : 0;
     tmr_start(
         &impl_->timer, wait, [](void* object) { static_cast<Impl*>(object)->expire(); }, impl_.get());
 }

@@ -3,10 +3,10 @@
 // accepted but without a final status ends with 503.
 #pragma once
 
-#include "Message.h"
-
 #include <optional>
 #include <string>
+
+#include "telephone/sip/Message.h"
 
 namespace telephone::sip {
 
@@ -23,9 +23,9 @@ public:
     virtual NameAddr to() const = 0;
 
     virtual bool accept() = 0;  // 202, and the first notice "100 Trying"
-    virtual bool reject(int status, const std::string& reason) = 0;
+    virtual bool reject(int status, std::string const& reason) = 0;
     // Tells the status of the call that was asked for. 200 and above is the last one.
-    virtual bool notify(int status, const std::string& reason) = 0;
+    virtual bool notify(int status, std::string const& reason) = 0;
 };
 
 }  // namespace telephone::sip

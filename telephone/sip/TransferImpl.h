@@ -1,8 +1,8 @@
 // A REFER that came in, behind the interface. In a dialog its notices travel in that dialog.
 #pragma once
 
-#include "Transfer.h"
-#include "UserAgentImpl.h"
+#include "telephone/sip/Transfer.h"
+#include "telephone/sip/UserAgentImpl.h"
 
 namespace telephone::sip {
 
@@ -10,10 +10,10 @@ class TransferImpl final : public Transfer
 {
 public:
     // Null when the request cannot be used, which is answered then. dialog: null outside one.
-    static std::unique_ptr<TransferImpl> read(std::shared_ptr<UserAgent::Impl> agent, const sip_msg& refer,
-                                              sip_dialog* dialog, const std::string& contactUser);
-    TransferImpl(std::shared_ptr<UserAgent::Impl> agent, const sip_msg& refer, sip_dialog* dialog,
-                 std::string contactUser, const Uri& referTo);
+    static std::unique_ptr<TransferImpl> read(std::shared_ptr<UserAgent::Impl> agent, sip_msg const& refer,
+                                              sip_dialog* dialog, std::string const& contactUser);
+    TransferImpl(std::shared_ptr<UserAgent::Impl> agent, sip_msg const& refer, sip_dialog* dialog,
+                 std::string contactUser, Uri const& referTo);
     ~TransferImpl() override;
 
     std::string target() const override { return target_; }
@@ -22,8 +22,8 @@ public:
     NameAddr from() const override { return from_; }
     NameAddr to() const override { return to_; }
     bool accept() override;
-    bool reject(int status, const std::string& reason) override;
-    bool notify(int status, const std::string& reason) override;
+    bool reject(int status, std::string const& reason) override;
+    bool notify(int status, std::string const& reason) override;
 
 private:
     std::shared_ptr<UserAgent::Impl> agent_;

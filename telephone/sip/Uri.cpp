@@ -1,4 +1,4 @@
-#include "Uri.h"
+#include "telephone/sip/Uri.h"
 
 #include <algorithm>
 #include <array>
@@ -27,9 +27,10 @@ char lower(char character)
 
 int hexValue(char digit)
 {
-    if (digit >= '0' && digit <= '9')
+    if (digit >= '0' && digit <= '9') {
         return digit - '0';
-    const char small = lower(digit);
+    }
+    char const small = lower(digit);
     return small >= 'a' && small <= 'f' ? small - 'a' + 10 : -1;
 }
 
@@ -38,7 +39,7 @@ std::string unescape(std::string_view escaped)
     std::string plain;
     plain.reserve(escaped.size());
     for (std::size_t i = 0; i < escaped.size(); ++i) {
-        const bool code = escaped[i] == '%' && i + 2 < escaped.size() && hexValue(escaped[i + 1]) >= 0 &&
+        bool const code = escaped[i] == '%' && i + 2 < escaped.size() && hexValue(escaped[i + 1]) >= 0 &&
                           hexValue(escaped[i + 2]) >= 0;
         if (!code) {
             plain += escaped[i];
@@ -55,13 +56,13 @@ std::string escape(std::string_view plain, std::string_view extra)
     constexpr std::string_view kMarks = "-_.!~*'()";
     constexpr std::string_view kHex = "0123456789ABCDEF";
     std::string escaped;
-    for (const char character : plain) {
+    for (char const character : plain) {
         if (isAlphanumeric(character) || kMarks.find(character) != std::string_view::npos ||
             extra.find(character) != std::string_view::npos) {
             escaped += character;
             continue;
         }
-        const auto byte = static_cast<unsigned char>(character);
+        auto const byte = static_cast<unsigned char>(character);
         escaped += '%';
         escaped += kHex[byte >> 4];
         escaped += kHex[byte & 15];
@@ -72,9 +73,10 @@ std::string escape(std::string_view plain, std::string_view extra)
 std::string_view trim(std::string_view text)
 {
     constexpr std::string_view kBlanks = " \t\r\n";
-    const auto first = text.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos)
+    auto const first = text.find_first_not_of(kBlanks);
+    if (first == std::string_view::npos) {
         return {};
+    }
     return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
@@ -82,40 +84,44 @@ Pairs parsePairs(std::string_view text, char separator)
 {
     Pairs pairs;
     while (!text.empty()) {
-        const auto end = text.find(separator);
+        auto const end = text.find(separator);
         const std::string_view part = trim(text.substr(0, end));
         text = end == std::string_view::npos ? std::string_view() : text.substr(end + 1);
-        if (part.empty())
+        if (part.empty()) {
             continue;
-        const auto equals = part.find('=');
-        if (equals == std::string_view::npos)
+        }
+        auto const equals = part.find('=');
+        if (equals == std::string_view::npos) {
             pairs.emplace_back(part, "");
-        else
+        } else {
             pairs.emplace_back(trim(part.substr(0, equals)), trim(part.substr(equals + 1)));
+        }
     }
     return pairs;
 }
 
-std::string formatParameters(const Pairs& parameters)
+std::string formatParameters(Pairs const& parameters)
 {
     std::string text;
-    for (const auto& [name, value] : parameters)
+    for (auto const& [name, value] : parameters) {
         text += ";" + name + (value.empty() ? std::string() : "=" + value);
+    }
     return text;
 }
 
-std::optional<std::string> find(const Pairs& pairs, std::string_view name)
+std::optional<std::string> find(Pairs const& pairs, std::string_view name)
 {
-    for (const auto& [key, value] : pairs) {
-        if (equalsIgnoringCase(key, name))
+    for (auto const& [key, value] : pairs) {
+        if (equalsIgnoringCase(key, name)) {
             return value;
+        }
     }
     return std::nullopt;
 }
 
 bool parsePort(std::string_view text, std::uint16_t& port)
 {
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
+    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
     return error == std::errc() && end == text.data() + text.size() && port != 0;
 }
 
@@ -129,29 +135,33 @@ bool parseHostPort(std::string_view text, Uri& uri)
 {
     std::string_view rest;
     if (!text.empty() && text.front() == '[') {
-        const auto end = text.find(']');
-        if (end == std::string_view::npos)
+        auto const end = text.find(']');
+        if (end == std::string_view::npos) {
             return false;
+        }
         uri.host = text.substr(1, end - 1);
         rest = text.substr(end + 1);
     } else {
-        const auto colon = text.find(':');
+        auto const colon = text.find(':');
         uri.host = text.substr(0, colon);
         rest = colon == std::string_view::npos ? std::string_view() : text.substr(colon);
-        if (!std::all_of(uri.host.begin(), uri.host.end(), isHostCharacter))
+        if (!std::all_of(uri.host.begin(), uri.host.end(), isHostCharacter)) {
             return false;
+        }
     }
-    if (uri.host.empty())
+    if (uri.host.empty()) {
         return false;
+    }
     return rest.empty() || (rest.front() == ':' && parsePort(rest.substr(1), uri.port));
 }
 
 void parseUserInfo(std::string_view text, Uri& uri)
 {
-    const auto colon = text.find(':');
+    auto const colon = text.find(':');
     uri.user = unescape(text.substr(0, colon));
-    if (colon != std::string_view::npos)
+    if (colon != std::string_view::npos) {
         uri.password = text.substr(colon + 1);
+    }
 }
 
 bool isForbidden(char character)
@@ -164,8 +174,9 @@ std::string unquote(std::string_view quoted)
 {
     std::string plain;
     for (std::size_t i = 0; i < quoted.size(); ++i) {
-        if (quoted[i] == '\\' && i + 1 < quoted.size())
+        if (quoted[i] == '\\' && i + 1 < quoted.size()) {
             ++i;
+        }
         plain += quoted[i];
     }
     return plain;
@@ -175,10 +186,11 @@ std::string unquote(std::string_view quoted)
 std::size_t closingQuote(std::string_view text)
 {
     for (std::size_t i = 1; i < text.size(); ++i) {
-        if (text[i] == '\\')
+        if (text[i] == '\\') {
             ++i;
-        else if (text[i] == '"')
+        } else if (text[i] == '"') {
             return i;
+        }
     }
     return std::string_view::npos;
 }
@@ -189,14 +201,15 @@ std::string_view firstOfList(std::string_view text)
     bool quoted = false;
     bool bracketed = false;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        if (quoted && text[i] == '\\')
+        if (quoted && text[i] == '\\') {
             ++i;
-        else if (text[i] == '"')
+        } else if (text[i] == '"') {
             quoted = !quoted;
-        else if (!quoted && (text[i] == '<' || text[i] == '>'))
+        } else if (!quoted && (text[i] == '<' || text[i] == '>')) {
             bracketed = text[i] == '<';
-        else if (!quoted && !bracketed && text[i] == ',')
+        } else if (!quoted && !bracketed && text[i] == ',') {
             return text.substr(0, i);
+        }
     }
     return text;
 }
@@ -212,34 +225,38 @@ bool equalsIgnoringCase(std::string_view left, std::string_view right)
 std::optional<Uri> Uri::parse(std::string_view text)
 {
     text = trim(text);
-    const auto colon = text.find(':');
-    if (colon == std::string_view::npos || std::any_of(text.begin(), text.end(), isForbidden))
+    auto const colon = text.find(':');
+    if (colon == std::string_view::npos || std::any_of(text.begin(), text.end(), isForbidden)) {
         return std::nullopt;
+    }
     Uri uri;
     uri.scheme = text.substr(0, colon);
     std::transform(uri.scheme.begin(), uri.scheme.end(), uri.scheme.begin(), lower);
     text.remove_prefix(colon + 1);
 
     if (uri.scheme == "tel") {
-        const auto end = text.find(';');
+        auto const end = text.find(';');
         uri.user = text.substr(0, end);
-        if (end != std::string_view::npos)
+        if (end != std::string_view::npos) {
             uri.parameters = parsePairs(text.substr(end + 1), ';');
+        }
         return uri.user.empty() ? std::nullopt : std::optional(uri);
     }
-    if (uri.scheme != "sip" && uri.scheme != "sips")
+    if (uri.scheme != "sip" && uri.scheme != "sips") {
         return std::nullopt;
+    }
 
-    if (const auto at = text.find('@'); at != std::string_view::npos) {
+    if (auto const at = text.find('@'); at != std::string_view::npos) {
         parseUserInfo(text.substr(0, at), uri);
         text.remove_prefix(at + 1);
     }
-    if (const auto mark = text.find('?'); mark != std::string_view::npos) {
-        for (const auto& [name, value] : parsePairs(text.substr(mark + 1), '&'))
+    if (auto const mark = text.find('?'); mark != std::string_view::npos) {
+        for (auto const& [name, value] : parsePairs(text.substr(mark + 1), '&')) {
             uri.headers.emplace_back(unescape(name), unescape(value));
+        }
         text = text.substr(0, mark);
     }
-    if (const auto mark = text.find(';'); mark != std::string_view::npos) {
+    if (auto const mark = text.find(';'); mark != std::string_view::npos) {
         uri.parameters = parsePairs(text.substr(mark + 1), ';');
         text = text.substr(0, mark);
     }
@@ -249,10 +266,12 @@ std::optional<Uri> Uri::parse(std::string_view text)
 std::string Uri::formatAddressOfRecord() const
 {
     std::string text = scheme + ":" + escape(user, kUserExtra);
-    if (scheme == "tel")
+    if (scheme == "tel") {
         return text;
-    if (!user.empty())
+    }
+    if (!user.empty()) {
         text += "@";
+    }
     text += host.find(':') == std::string::npos ? host : "[" + host + "]";
     return port ? text + ":" + std::to_string(port) : text;
 }
@@ -265,11 +284,12 @@ std::string Uri::format() const
     plain.host = host;
     plain.port = port;
     std::string text = plain.formatAddressOfRecord();
-    if (!password.empty() && !user.empty())
+    if (!password.empty() && !user.empty()) {
         text.insert(text.find('@'), ":" + password);
+    }
     text += formatParameters(parameters);
     char separator = '?';
-    for (const auto& [name, value] : headers) {
+    for (auto const& [name, value] : headers) {
         text += separator + escape(name, kHeaderExtra) + "=" + escape(value, kHeaderExtra);
         separator = '&';
     }
@@ -302,30 +322,34 @@ std::optional<NameAddr> NameAddr::parse(std::string_view text)
     text = trim(firstOfList(text));
     NameAddr address;
     if (!text.empty() && text.front() == '"') {
-        const auto end = closingQuote(text);
-        if (end == std::string_view::npos)
+        auto const end = closingQuote(text);
+        if (end == std::string_view::npos) {
             return std::nullopt;
+        }
         address.displayName = unquote(text.substr(1, end - 1));
         text = trim(text.substr(end + 1));
     }
     std::string_view inner;
-    if (const auto open = text.find('<'); open != std::string_view::npos) {
-        const auto close = text.find('>', open);
-        if (close == std::string_view::npos)
+    if (auto const open = text.find('<'); open != std::string_view::npos) {
+        auto const close = text.find('>', open);
+        if (close == std::string_view::npos) {
             return std::nullopt;
-        if (address.displayName.empty())
+        }
+        if (address.displayName.empty()) {
             address.displayName = trim(text.substr(0, open));
+        }
         inner = text.substr(open + 1, close - open - 1);
         text = text.substr(close + 1);
     } else {
         // Without brackets the parameters are the header's, not the URI's (RFC 3261 section 20).
-        const auto end = text.find(';');
+        auto const end = text.find(';');
         inner = text.substr(0, end);
         text = end == std::string_view::npos ? std::string_view() : text.substr(end);
     }
-    const auto uri = Uri::parse(inner);
-    if (!uri)
+    auto const uri = Uri::parse(inner);
+    if (!uri) {
         return std::nullopt;
+    }
     address.uri = *uri;
     address.parameters = parsePairs(text, ';');
     return address;
@@ -336,9 +360,10 @@ std::string NameAddr::format() const
     std::string text;
     if (!displayName.empty()) {
         text += '"';
-        for (const char character : displayName) {
-            if (character == '"' || character == '\\')
+        for (char const character : displayName) {
+            if (character == '"' || character == '\\') {
                 text += '\\';
+            }
             text += static_cast<unsigned char>(character) < ' ' ? ' ' : character;
         }
         text += "\" ";
@@ -353,7 +378,7 @@ std::optional<std::string> NameAddr::parameter(std::string_view name) const
 
 std::string userOf(std::string_view text)
 {
-    const auto address = NameAddr::parse(text);
+    auto const address = NameAddr::parse(text);
     return address ? address->uri.user : std::string();
 }
 
@@ -361,11 +386,13 @@ std::string targetUri(std::string_view dialled, std::string_view domain)
 {
     const std::string_view trimmed = trim(dialled);
     for (const std::string_view scheme : {"sip:", "sips:", "tel:"}) {
-        if (equalsIgnoringCase(trimmed.substr(0, scheme.size()), scheme))
+        if (equalsIgnoringCase(trimmed.substr(0, scheme.size()), scheme)) {
             return std::string(trimmed);
+        }
     }
-    if (trimmed.find('@') != std::string_view::npos)
+    if (trimmed.find('@') != std::string_view::npos) {
         return "sip:" + std::string(trimmed);
+    }
     return "sip:" + escape(trimmed, kUserExtra) + "@" + std::string(domain);
 }
 
@@ -374,8 +401,9 @@ std::vector<std::string> splitList(std::string_view text)
     std::vector<std::string> values;
     while (!text.empty()) {
         const std::string_view value = firstOfList(text);
-        if (!trim(value).empty())
+        if (!trim(value).empty()) {
             values.emplace_back(trim(value));
+        }
         text.remove_prefix(std::min(text.size(), value.size() + 1));
     }
     return values;

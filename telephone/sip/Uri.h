@@ -32,7 +32,7 @@ struct Uri
     void setParameter(std::string_view name, std::string_view value);
     std::optional<std::string> header(std::string_view name) const;
 
-    bool operator==(const Uri&) const = default;
+    bool operator==(Uri const&) const = default;
 };
 
 // "display" <uri>;parameters, as in From, To, Contact, P-Asserted-Identity, Diversion and Refer-To.
@@ -46,7 +46,7 @@ struct NameAddr
     std::string format() const;
     std::optional<std::string> parameter(std::string_view name) const;
 
-    bool operator==(const NameAddr&) const = default;
+    bool operator==(NameAddr const&) const = default;
 };
 
 // The user part of a URI or name-addr text; empty when there is none.

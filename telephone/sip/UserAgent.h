@@ -9,21 +9,21 @@
 // before, and while the loop still runs. Destruction waits a short while for BYE, REGISTER and the like to be answered.
 #pragma once
 
-#include "Account.h"
-#include "Audio.h"
-#include "Log.h"
-#include "Message.h"
-#include "Registration.h"
-#include "Session.h"
-#include "Subscription.h"
-#include "Transfer.h"
-
 #include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "telephone/sip/Account.h"
+#include "telephone/sip/Audio.h"
+#include "telephone/sip/Log.h"
+#include "telephone/sip/Message.h"
+#include "telephone/sip/Registration.h"
+#include "telephone/sip/Session.h"
+#include "telephone/sip/Subscription.h"
+#include "telephone/sip/Transfer.h"
 
 namespace telephone::sip {
 
@@ -49,7 +49,7 @@ public:
     virtual ~UserAgentObserver() = default;
 
     // Whether the user of a Request-URI lives here; if not, INVITE, SUBSCRIBE and OPTIONS are answered with 404.
-    virtual bool knowsUser(const std::string& /*user*/) { return true; }
+    virtual bool knowsUser(std::string const& /*user*/) { return true; }
     // A call comes in; "100 Trying" is sent. Set the session's observer and ring, answer, reject or redirect it, now or
     // later. Not keeping it refuses it (480).
     virtual void onIncomingCall(std::unique_ptr<Session>) {}
@@ -58,7 +58,7 @@ public:
     // A first SUBSCRIBE. Not keeping it refuses it (489).
     virtual void onSubscribe(std::unique_ptr<Notifier>) {}
     // NOTIFY without a subscription; already answered with 200. from: URI of the sender; to: URI it names.
-    virtual void onUnsolicitedNotify(const NameAddr& /*from*/, const NameAddr& /*to*/, const Notification&) {}
+    virtual void onUnsolicitedNotify(NameAddr const& /*from*/, NameAddr const& /*to*/, Notification const&) {}
     // Any other request outside a dialog (REGISTER, INFO, MESSAGE ...). Leaving it in place refuses it with 405; taking
     // it promises an answer.
     virtual void onRequest(std::unique_ptr<IncomingRequest>&) {}
@@ -80,8 +80,8 @@ public:
     // Binds its ports; throws std::runtime_error when it cannot, saying which and why. The observer outlives it.
     UserAgent(EventLoop& loop, UserAgentConfig config, UserAgentObserver& observer);
     ~UserAgent();
-    UserAgent(const UserAgent&) = delete;
-    UserAgent& operator=(const UserAgent&) = delete;
+    UserAgent(UserAgent const&) = delete;
+    UserAgent& operator=(UserAgent const&) = delete;
 
     EventLoop& loop() const;
     std::string address() const;
@@ -91,17 +91,17 @@ public:
     std::string hostPort(Transport transport = Transport::kUdp) const;
 
     // Each returns null when nothing could be sent, and says why in the log and, where given, in whyNot.
-    std::unique_ptr<Session> call(const CallRequest& request, SessionObserver& observer, std::string* whyNot = nullptr);
-    std::unique_ptr<Subscription> subscribe(const Account& account, const SubscriptionRequest& request,
+    std::unique_ptr<Session> call(CallRequest const& request, SessionObserver& observer, std::string* whyNot = nullptr);
+    std::unique_ptr<Subscription> subscribe(Account const& account, SubscriptionRequest const& request,
                                             SubscriptionObserver& observer, std::string* whyNot = nullptr);
 
     // Begins to register; how it goes comes to the observer.
-    std::unique_ptr<Registration> registerAccount(const Account& account, RegistrationObserver& observer);
+    std::unique_ptr<Registration> registerAccount(Account const& account, RegistrationObserver& observer);
 
     // One request outside every dialog: MESSAGE, INFO, OPTIONS ... Challenges are answered. The handler is called once,
     // never from within this call; not any more once the user agent is destroyed.
-    bool request(const Account& account, const std::string& method, const std::string& target, const Headers& headers,
-                 const Content& content, ResponseHandler done);
+    bool request(Account const& account, std::string const& method, std::string const& target, Headers const& headers,
+                 Content const& content, ResponseHandler done);
 
     struct Impl;
 

@@ -1,17 +1,17 @@
-#include "UserAgentImpl.h"
-
-#include "EventLoop.h"
-#include "IncomingRequestImpl.h"
-#include "NotifierImpl.h"
-#include "SessionImpl.h"
-#include "SubscriptionImpl.h"
-#include "TransferImpl.h"
+#include "telephone/sip/UserAgentImpl.h"
 
 #include <algorithm>
 #include <array>
 #include <mutex>
 #include <stdexcept>
 #include <thread>
+
+#include "telephone/sip/EventLoop.h"
+#include "telephone/sip/IncomingRequestImpl.h"
+#include "telephone/sip/NotifierImpl.h"
+#include "telephone/sip/SessionImpl.h"
+#include "telephone/sip/SubscriptionImpl.h"
+#include "telephone/sip/TransferImpl.h"
 
 namespace telephone::sip {
 
@@ -25,24 +25,25 @@ constexpr std::chrono::seconds kAfterlife{40};
 constexpr std::array<std::string_view, 9> kMethods{"INVITE", "ACK",   "BYE",       "CANCEL", "OPTIONS",
                                                    "INFO",   "REFER", "SUBSCRIBE", "NOTIFY"};
 
-void check(int error, const std::string& what)
+void check(int error, std::string const& what)
 {
-    if (error)
+    if (error) {
         throw std::runtime_error(what + ": " + errorText(error));
+    }
 }
 
-bool isMethod(const sip_msg& message, const char* method)
+bool isMethod(sip_msg const& message, char const* method)
 {
     return pl_strcmp(&message.met, method) == 0;
 }
 
-bool isOwnMethod(const sip_msg& message)
+bool isOwnMethod(sip_msg const& message)
 {
     return std::find(kMethods.begin(), kMethods.end(), view(message.met)) != kMethods.end();
 }
 
 // The least that the stack's own handlers take for granted (RFC 3261 section 8.1.1).
-bool isComplete(const sip_msg& message)
+bool isComplete(sip_msg const& message)
 {
     return message.via.branch.p && message.callid.p && message.from.auri.p && message.to.auri.p && message.cseq.met.p &&
            message.from.tag.p;
@@ -71,8 +72,9 @@ void UserAgent::Impl::open()
 void UserAgent::Impl::bind()
 {
     check(sa_set_str(&address, config.address.c_str(), config.udpPort), "\"" + config.address + "\" is no IP address");
-    if (sa_is_any(&address))
+    if (sa_is_any(&address)) {
         throw std::runtime_error("the SIP address must be one of this machine's, not " + config.address);
+    }
     check(sip_transp_add(stack, SIP_TRANSP_UDP, &address),
           "UDP port " + std::to_string(config.udpPort) + " of " + config.address);
     sa bound{};
@@ -98,18 +100,18 @@ void UserAgent::Impl::bindTcp()
 
 void UserAgent::Impl::listen()
 {
-    const auto first = [](const sip_msg* message, void* self) {
+    auto const first = [](sip_msg const* message, void* self) {
         return static_cast<Impl*>(self)->onRequestFirst(*message);
     };
-    const auto last = [](const sip_msg* message, void* self) {
+    auto const last = [](sip_msg const* message, void* self) {
         return static_cast<Impl*>(self)->onRequestLast(*message);
     };
-    const auto stray = [](const sip_msg*, void*) { return true; };
-    const auto invited = [](const sip_msg* message, void* self) { static_cast<Impl*>(self)->onInvite(*message); };
-    const auto subscribed = [](const sip_msg* message, void* self) {
+    auto const stray = [](sip_msg const*, void*) { return true; };
+    auto const invited = [](sip_msg const* message, void* self) { static_cast<Impl*>(self)->onInvite(*message); };
+    auto const subscribed = [](sip_msg const* message, void* self) {
         return static_cast<Impl*>(self)->onFirstSubscribe(*message);
     };
-    const auto traced = [](bool sent, sip_transp, const sa* from, const sa* to, const std::uint8_t* packet,
+    auto const traced = [](bool sent, sip_transp, sa const* from, sa const* to, std::uint8_t const* packet,
                            std::size_t size, void* self) {
         static_cast<Impl*>(self)->onTrace(sent, *from, *to, {reinterpret_cast<const char*>(packet), size});
     };
@@ -125,14 +127,16 @@ void UserAgent::Impl::listen()
 // Sessions and the like that were given up still have their farewells to say; they hold references to the stack.
 void UserAgent::Impl::waitForQuiet()
 {
-    if (loop.isLockedByCaller())
+    if (loop.isLockedByCaller()) {
         return;
-    const auto deadline = std::chrono::steady_clock::now() + config.closingTime;
+    }
+    auto const deadline = std::chrono::steady_clock::now() + config.closingTime;
     while (std::chrono::steady_clock::now() < deadline) {
         {
             std::lock_guard guard(loop);
-            if (mem_nrefs(stack) <= 1)
+            if (mem_nrefs(stack) <= 1) {
                 return;
+            }
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
@@ -145,8 +149,9 @@ void UserAgent::Impl::close()
         closed = true;
         observer = nullptr;
     }
-    if (!stack)
+    if (!stack) {
         return;
+    }
     waitForQuiet();
 
     std::lock_guard guard(loop);
@@ -155,41 +160,44 @@ void UserAgent::Impl::close()
     lastListener.reset();
     strayListener.reset();
     // What waits for an answer that does not come would keep the port bound. Safe only when nobody else holds it.
-    if (livingSessions == 0)
+    if (livingSessions == 0) {
         sipsess_close_all(sessionSocket.get());
+    }
     sip_close(stack, true);
     sip_transp_flush(stack);
     sessionSocket.reset();
     eventSocket.reset();
     if (mem_nrefs(stack) > 1) {
         // Something of it lives on until its timers are through, and still points here.
-        const auto grave = std::make_shared<Timer>(loop);
+        auto const grave = std::make_shared<Timer>(loop);
         grave->start(kAfterlife, [grave, self = shared_from_this()] {});
     }
     stack = static_cast<::sip*>(mem_deref(stack));
 }
 
-void UserAgent::Impl::say(LogLevel level, const std::string& line) const
+void UserAgent::Impl::say(LogLevel level, std::string const& line) const
 {
-    if (config.log)
+    if (config.log) {
         config.log(level, line);
+    }
 }
 
-void UserAgent::Impl::refuse(const std::string& what, const std::string& why, std::string* whyNot) const
+void UserAgent::Impl::refuse(std::string const& what, std::string const& why, std::string* whyNot) const
 {
     say(LogLevel::kWarning, what + ": " + why);
-    if (whyNot)
+    if (whyNot) {
         *whyNot = why;
+    }
 }
 
-std::string UserAgent::Impl::localUri(const std::string& user, sip_transp transport) const
+std::string UserAgent::Impl::localUri(std::string const& user, sip_transp transport) const
 {
     sa local = address;
     sa_set_port(&local, transport == SIP_TRANSP_TCP ? tcpPort : udpPort);
     return "sip:" + user + "@" + addressText(local) + sip_transp_param(transport);
 }
 
-std::optional<Route> UserAgent::Impl::routeTo(const Account& account, const std::string& target,
+std::optional<Route> UserAgent::Impl::routeTo(Account const& account, std::string const& target,
                                               std::string& whyNot) const
 {
     auto uri = Uri::parse(target);
@@ -197,10 +205,12 @@ std::optional<Route> UserAgent::Impl::routeTo(const Account& account, const std:
         whyNot = "\"" + target + "\" is no SIP URI";
         return std::nullopt;
     }
-    if (equalsIgnoringCase(uri->host, "localhost"))
+    if (equalsIgnoringCase(uri->host, "localhost")) {
         uri->host = "127.0.0.1";
-    if (account.transport == Transport::kTcp && !uri->parameter("transport"))
+    }
+    if (account.transport == Transport::kTcp && !uri->parameter("transport")) {
         uri->setParameter("transport", "tcp");
+    }
     sa resolved{};
     if (account.proxy.empty() && sa_set_str(&resolved, uri->host.c_str(), SIP_PORT) != 0) {
         whyNot = "host \"" + uri->host + "\" is no IP address";
@@ -214,50 +224,57 @@ std::optional<Route> UserAgent::Impl::routeTo(const Account& account, const std:
     NameAddr name;
     name.displayName = account.displayName;
     const std::string quoted = name.format();
-    if (!account.displayName.empty())
+    if (!account.displayName.empty()) {
         route.fromName = quoted.substr(1, quoted.rfind("\" <") - 1);
+    }
     route.contactUser = escapeUser(account.user.empty() ? config.name : account.user);
     route.proxy = account.proxy;
     return route;
 }
 
-void UserAgent::Impl::add(const std::string& callId, SessionImpl& session)
+void UserAgent::Impl::add(std::string const& callId, SessionImpl& session)
 {
     sessions.emplace(callId, &session);
 }
 
 void UserAgent::Impl::remove(SessionImpl& session)
 {
-    std::erase_if(sessions, [&session](const auto& entry) { return entry.second == &session; });
+    std::erase_if(sessions, [&session](auto const& entry) { return entry.second == &session; });
 }
 
-SessionImpl* UserAgent::Impl::find(const std::string& callId, const std::string& localTag) const
+SessionImpl* UserAgent::Impl::find(std::string const& callId, std::string const& localTag) const
 {
-    const auto [begin, end] = sessions.equal_range(callId);
+    auto const [begin, end] = sessions.equal_range(callId);
     for (auto entry = begin; entry != end; ++entry) {
         const std::string own = entry->second->dialogId().localTag;
-        if (localTag.empty() || own.empty() || own == localTag)
+        if (localTag.empty() || own.empty() || own == localTag) {
             return entry->second;
+        }
     }
     return nullptr;
 }
 
-bool UserAgent::Impl::onRequestFirst(const sip_msg& message)
+bool UserAgent::Impl::onRequestFirst(sip_msg const& message)
 {
-    if (closed)
+    if (closed) {
         return false;
+    }
     if (!isComplete(message)) {
         say(LogLevel::kInfo, "Request without what every request has, from " + addressText(message.src));
-        if (message.via.branch.p && !isMethod(message, "ACK"))
+        if (message.via.branch.p && !isMethod(message, "ACK")) {
             (void)sip_reply(stack, &message, 400, "Bad Request");
+        }
         return true;
     }
-    if (isMethod(message, "ACK") || isMethod(message, "CANCEL"))
+    if (isMethod(message, "ACK") || isMethod(message, "CANCEL")) {
         return false;
-    if (refuseUnsupported(message))
+    }
+    if (refuseUnsupported(message)) {
         return true;
-    if (isMethod(message, "BYE"))
+    }
+    if (isMethod(message, "BYE")) {
         noteBye(message);
+    }
     if (isMethod(message, "OPTIONS")) {
         answerOptions(message);
         return true;
@@ -266,23 +283,25 @@ bool UserAgent::Impl::onRequestFirst(const sip_msg& message)
 }
 
 // RFC 3261 section 8.2.2.3.
-bool UserAgent::Impl::refuseUnsupported(const sip_msg& message) const
+bool UserAgent::Impl::refuseUnsupported(sip_msg const& message) const
 {
     std::string unsupported;
-    for (const auto& value : headersOf(message).values("Require")) {
-        for (const auto& option : splitList(value)) {
-            if (!equalsIgnoringCase(option, kSupported))
+    for (auto const& value : headersOf(message).values("Require")) {
+        for (auto const& option : splitList(value)) {
+            if (!equalsIgnoringCase(option, kSupported)) {
                 unsupported += (unsupported.empty() ? "" : ", ") + option;
+            }
         }
     }
-    if (unsupported.empty())
+    if (unsupported.empty()) {
         return false;
+    }
     (void)sip_treplyf(nullptr, nullptr, stack, &message, false, 420, "Bad Extension", "%s",
                       replyTail({{"Unsupported", unsupported}}, {}).c_str());
     return true;
 }
 
-void UserAgent::Impl::answerOptions(const sip_msg& message) const
+void UserAgent::Impl::answerOptions(sip_msg const& message) const
 {
     const std::string user = text(message.uri.user);
     if (!user.empty() && observer && !observer->knowsUser(user)) {
@@ -296,11 +315,12 @@ void UserAgent::Impl::answerOptions(const sip_msg& message) const
 }
 
 // Requests that begin something. True when answered or taken here; INVITE and SUBSCRIBE go on to the stack.
-bool UserAgent::Impl::takeOutOfDialog(const sip_msg& message)
+bool UserAgent::Impl::takeOutOfDialog(sip_msg const& message)
 {
-    const bool begins = isMethod(message, "INVITE") || isMethod(message, "SUBSCRIBE");
-    if (begins || isMethod(message, "BYE"))
+    bool const begins = isMethod(message, "INVITE") || isMethod(message, "SUBSCRIBE");
+    if (begins || isMethod(message, "BYE")) {
         return false;
+    }
     if (isMethod(message, "NOTIFY")) {
         takeUnsolicitedNotify(message);
         return true;
@@ -310,36 +330,41 @@ bool UserAgent::Impl::takeOutOfDialog(const sip_msg& message)
         return true;
     }
     std::unique_ptr<IncomingRequest> request = std::make_unique<IncomingRequestImpl>(shared_from_this(), message);
-    if (observer)
+    if (observer) {
         observer->onRequest(request);
-    if (request)
+    }
+    if (request) {
         (void)request->reply(405, "Method Not Allowed", {{"Allow", kAllow}}, {});
+    }
     return true;
 }
 
-void UserAgent::Impl::takeUnsolicitedNotify(const sip_msg& message)
+void UserAgent::Impl::takeUnsolicitedNotify(sip_msg const& message)
 {
     if (!sip_msg_hdr(&message, SIP_HDR_EVENT)) {
         (void)sip_treply(nullptr, stack, &message, 489, "Bad Event");
         return;
     }
     (void)sip_treply(nullptr, stack, &message, 200, "OK");
-    if (observer)
+    if (observer) {
         observer->onUnsolicitedNotify(nameAddrOf(message.from), nameAddrOf(message.to), readNotification(message));
+    }
 }
 
-void UserAgent::Impl::takeRefer(const sip_msg& message)
+void UserAgent::Impl::takeRefer(sip_msg const& message)
 {
     std::string user = text(message.uri.user);
     auto transfer = TransferImpl::read(shared_from_this(), message, nullptr, user.empty() ? config.name : user);
-    if (transfer && observer)
+    if (transfer && observer) {
         observer->onTransferRequested(std::move(transfer));
+    }
 }
 
-bool UserAgent::Impl::onRequestLast(const sip_msg& message)
+bool UserAgent::Impl::onRequestLast(sip_msg const& message)
 {
-    if (isMethod(message, "ACK"))
+    if (isMethod(message, "ACK")) {
         return true;
+    }
     if (isMethod(message, "CANCEL") || isOwnMethod(message)) {
         (void)sip_reply(stack, &message, 481, "Call/Transaction Does Not Exist");
         return true;
@@ -349,7 +374,7 @@ bool UserAgent::Impl::onRequestLast(const sip_msg& message)
     return true;
 }
 
-void UserAgent::Impl::onInvite(const sip_msg& message)
+void UserAgent::Impl::onInvite(sip_msg const& message)
 {
     if (!observer) {
         (void)sip_treply(nullptr, stack, &message, 503, "Service Unavailable");
@@ -362,12 +387,12 @@ void UserAgent::Impl::onInvite(const sip_msg& message)
     std::unique_ptr<SessionImpl> session;
     try {
         session = std::make_unique<SessionImpl>(shared_from_this(), message);
-    } catch (const std::exception& error) {
+    } catch (std::exception const& error) {
         say(LogLevel::kError, std::string("An incoming call is refused: ") + error.what());
         (void)sip_treply(nullptr, stack, &message, 500, "Server Internal Error");
         return;
     }
-    switch (const int status = session->begin()) {
+    switch (int const status = session->begin()) {
     case 0:
         observer->onIncomingCall(std::move(session));
         break;
@@ -386,9 +411,9 @@ void UserAgent::Impl::onInvite(const sip_msg& message)
     }
 }
 
-bool UserAgent::Impl::onFirstSubscribe(const sip_msg& message)
+bool UserAgent::Impl::onFirstSubscribe(sip_msg const& message)
 {
-    const sip_hdr* header = sip_msg_hdr(&message, SIP_HDR_EVENT);
+    sip_hdr const* header = sip_msg_hdr(&message, SIP_HDR_EVENT);
     sipevent_event event{};
     if (!header || sipevent_event_decode(&event, &header->val) != 0) {
         (void)sip_treply(nullptr, stack, &message, 489, "Bad Event");
@@ -407,23 +432,27 @@ bool UserAgent::Impl::onFirstSubscribe(const sip_msg& message)
 }
 
 // The stack keeps the reason of a BYE to itself.
-void UserAgent::Impl::noteBye(const sip_msg& message)
+void UserAgent::Impl::noteBye(sip_msg const& message)
 {
-    if (SessionImpl* session = find(text(message.callid), text(message.to.tag)))
+    if (SessionImpl* session = find(text(message.callid), text(message.to.tag))) {
         session->noteReason(headerValue(message, "Reason"));
+    }
 }
 
-void UserAgent::Impl::onTrace(bool sent, const sa& from, const sa& to, std::string_view packet)
+void UserAgent::Impl::onTrace(bool sent, sa const& from, sa const& to, std::string_view packet)
 {
-    if (config.traceMessages)
+    if (config.traceMessages) {
         say(LogLevel::kDebug,
             (sent ? "sent to " + addressText(to) : "received from " + addressText(from)) + "\n" + std::string(packet));
-    if (sent)
+    }
+    if (sent) {
         return;
-    if (packet.starts_with("SIP/2.0 ") && packet.size() > 8 && packet[8] >= '3' && packet[8] <= '6')
+    }
+    if (packet.starts_with("SIP/2.0 ") && packet.size() > 8 && packet[8] >= '3' && packet[8] <= '6') {
         noteRefusal(packet);
-    else if (packet.starts_with("CANCEL "))
+    } else if (packet.starts_with("CANCEL ")) {
         noteCancel(packet);
+    }
 }
 
 // The stack follows redirections by itself and tells nobody when a re-INVITE is refused. Told after the stack is done
@@ -433,16 +462,18 @@ void UserAgent::Impl::noteRefusal(std::string_view packet)
     Ref<mbuf> buffer;
     Ref<sip_msg> message;
     if (!fill(buffer, packet) || sip_msg_decode(message.out(), buffer.get()) != 0 ||
-        pl_strcmp(&message.get()->cseq.met, "INVITE") != 0 || takeRedirection(*message.get(), packet, *buffer.get()))
+        pl_strcmp(&message.get()->cseq.met, "INVITE") != 0 || takeRedirection(*message.get(), packet, *buffer.get())) {
         return;
+    }
     loop.post([agent = weak_from_this(), response = responseOf(*message.get()), callId = text(message.get()->callid),
                tag = text(message.get()->from.tag)] {
         const auto self = agent.lock();
         SessionImpl* session = self ? self->find(callId, tag) : nullptr;
-        if (session && response.status < 400)
+        if (session && response.status < 400) {
             session->noteRedirection(response);
-        else if (session)
+        } else if (session) {
             session->noteRefusedInvite(response);
+        }
     });
 }
 
@@ -450,14 +481,15 @@ void UserAgent::Impl::noteRefusal(std::string_view packet)
 // stack does not do. The session follows such a one itself: here the Contact is blanked in the packet that the stack is
 // about to work on, and without one it leaves the redirection to us. Where that should ever fail, the stack follows as
 // usual.
-bool UserAgent::Impl::takeRedirection(const sip_msg& message, std::string_view packet, const mbuf& copy)
+bool UserAgent::Impl::takeRedirection(sip_msg const& message, std::string_view packet, mbuf const& copy)
 {
-    const sip_hdr* contact = sip_msg_hdr(&message, SIP_HDR_CONTACT);
-    const bool diverted = sip_msg_xhdr(&message, "Diversion") || sip_msg_hdr(&message, SIP_HDR_HISTORY_INFO);
+    sip_hdr const* contact = sip_msg_hdr(&message, SIP_HDR_CONTACT);
+    bool const diverted = sip_msg_xhdr(&message, "Diversion") || sip_msg_hdr(&message, SIP_HDR_HISTORY_INFO);
     SessionImpl* session = find(text(message.callid), text(message.from.tag));
-    if (message.scode >= 400 || !contact || !diverted || !session || !session->takeRedirection(responseOf(message)))
+    if (message.scode >= 400 || !contact || !diverted || !session || !session->takeRedirection(responseOf(message))) {
         return false;
-    const auto offset = static_cast<std::size_t>(contact->val.p - reinterpret_cast<const char*>(copy.buf));
+    }
+    auto const offset = static_cast<std::size_t>(contact->val.p - reinterpret_cast<char const*>(copy.buf));
     std::fill_n(const_cast<char*>(packet.data()) + offset, contact->val.l, ' ');
     return true;
 }
@@ -466,13 +498,15 @@ void UserAgent::Impl::noteCancel(std::string_view packet)
 {
     Ref<mbuf> buffer;
     Ref<sip_msg> message;
-    if (!fill(buffer, packet) || sip_msg_decode(message.out(), buffer.get()) != 0)
+    if (!fill(buffer, packet) || sip_msg_decode(message.out(), buffer.get()) != 0) {
         return;
+    }
     // A CANCEL has no tag of ours yet; of two calls with one Call-ID, one is outgoing.
-    const auto [begin, end] = sessions.equal_range(text(message.get()->callid));
+    auto const [begin, end] = sessions.equal_range(text(message.get()->callid));
     for (auto entry = begin; entry != end; ++entry) {
-        if (!entry->second->isOutgoing())
+        if (!entry->second->isOutgoing()) {
             entry->second->noteReason(headerValue(*message.get(), "Reason"));
+        }
     }
 }
 

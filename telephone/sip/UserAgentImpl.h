@@ -3,20 +3,20 @@
 // one. Used under the lock.
 #pragma once
 
-#include "MediaClock.h"
-#include "Stack.h"
-#include "UserAgent.h"
-
 #include <map>
+
+#include "telephone/sip/MediaClock.h"
+#include "telephone/sip/Stack.h"
+#include "telephone/sip/UserAgent.h"
 
 namespace telephone::sip {
 
 class SessionImpl;
 
 // What the sources of this folder agree on about our own capabilities.
-constexpr const char* kAllow = "INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, REFER, NOTIFY, SUBSCRIBE";
-constexpr const char* kSupported = "replaces";
-constexpr const char* kSdpType = "application/sdp";
+constexpr char const* kAllow = "INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, REFER, NOTIFY, SUBSCRIBE";
+constexpr char const* kSupported = "replaces";
+constexpr char const* kSdpType = "application/sdp";
 
 // One URI to send to, and how to get there.
 struct Route
@@ -39,21 +39,21 @@ struct UserAgent::Impl : std::enable_shared_from_this<UserAgent::Impl>
 
     // A target as this element can reach it: the account's transport added, "localhost" resolved. Nothing, with the
     // reason, when it cannot.
-    std::optional<Route> routeTo(const Account& account, const std::string& target, std::string& whyNot) const;
-    void say(LogLevel level, const std::string& line) const;
+    std::optional<Route> routeTo(Account const& account, std::string const& target, std::string& whyNot) const;
+    void say(LogLevel level, std::string const& line) const;
     // Says why an operation failed, and hands the text on.
-    void refuse(const std::string& what, const std::string& why, std::string* whyNot) const;
-    std::string localUri(const std::string& user, sip_transp transport) const;
+    void refuse(std::string const& what, std::string const& why, std::string* whyNot) const;
+    std::string localUri(std::string const& user, sip_transp transport) const;
 
-    void add(const std::string& callId, SessionImpl& session);
+    void add(std::string const& callId, SessionImpl& session);
     void remove(SessionImpl& session);
-    SessionImpl* find(const std::string& callId, const std::string& localTag) const;
+    SessionImpl* find(std::string const& callId, std::string const& localTag) const;
 
-    bool onRequestFirst(const sip_msg& message);
-    bool onRequestLast(const sip_msg& message);
-    void onInvite(const sip_msg& message);
-    bool onFirstSubscribe(const sip_msg& message);
-    void onTrace(bool sent, const sa& from, const sa& to, std::string_view packet);
+    bool onRequestFirst(sip_msg const& message);
+    bool onRequestLast(sip_msg const& message);
+    void onInvite(sip_msg const& message);
+    bool onFirstSubscribe(sip_msg const& message);
+    void onTrace(bool sent, sa const& from, sa const& to, std::string_view packet);
 
     EventLoop& loop;
     UserAgentConfig config;
@@ -77,14 +77,14 @@ private:
     void bind();
     void bindTcp();
     void listen();
-    bool refuseUnsupported(const sip_msg& message) const;
-    bool takeOutOfDialog(const sip_msg& message);
-    void answerOptions(const sip_msg& message) const;
-    void takeUnsolicitedNotify(const sip_msg& message);
-    void takeRefer(const sip_msg& message);
-    void noteBye(const sip_msg& message);
+    bool refuseUnsupported(sip_msg const& message) const;
+    bool takeOutOfDialog(sip_msg const& message);
+    void answerOptions(sip_msg const& message) const;
+    void takeUnsolicitedNotify(sip_msg const& message);
+    void takeRefer(sip_msg const& message);
+    void noteBye(sip_msg const& message);
     void noteRefusal(std::string_view packet);
-    bool takeRedirection(const sip_msg& message, std::string_view packet, const mbuf& copy);
+    bool takeRedirection(sip_msg const& message, std::string_view packet, mbuf const& copy);
     void noteCancel(std::string_view packet);
     void waitForQuiet();
 };

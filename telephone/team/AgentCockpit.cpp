@@ -1,7 +1,7 @@
-#include "team/AgentCockpit.h"
+#include "telephone/team/AgentCockpit.h"
 
-#include "framework/Log.h"
-#include "management/Settings.h"
+#include "telephone/framework/Log.h"
+#include "telephone/management/Settings.h"
 
 namespace telephone {
 

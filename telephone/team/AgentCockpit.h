@@ -2,7 +2,7 @@
 // features; any thread, without the phone lock because writing waits for the disk.
 #pragma once
 
-#include "team/EACockpitHandler.h"
+#include "platform/team/EACockpitHandler.h"
 
 namespace telephone {
 

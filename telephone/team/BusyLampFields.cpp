@@ -1,12 +1,12 @@
-#include "team/BusyLampFields.h"
+#include "telephone/team/BusyLampFields.h"
 
 #include <algorithm>
 #include <mutex>
 
-#include "framework/Log.h"
-#include "lines/LineActions.h"
-#include "lines/Lines.h"
-#include "sip/Uri.h"
+#include "telephone/framework/Log.h"
+#include "telephone/lines/LineActions.h"
+#include "telephone/lines/Lines.h"
+#include "telephone/sip/Uri.h"
 
 namespace telephone {
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "lines/PartyWatch.h"
-#include "physical/PhysicalInterface.h"
+#include "telephone/lines/PartyWatch.h"
+#include "telephone/physical/PhysicalInterface.h"
 
 namespace telephone {
 

@@ -1,13 +1,13 @@
-#include "team/DialogWatch.h"
+#include "telephone/team/DialogWatch.h"
 
 #include <algorithm>
 #include <mutex>
 #include <utility>
 
-#include "framework/Log.h"
-#include "sfi/CallEngine.h"
-#include "sip/Timer.h"
-#include "sip/Uri.h"
+#include "telephone/calls/CallEngine.h"
+#include "telephone/framework/Log.h"
+#include "telephone/sip/Timer.h"
+#include "telephone/sip/Uri.h"
 
 namespace telephone {
 

@@ -13,9 +13,10 @@
 #include <string>
 #include <vector>
 
-#include "lines/PartyWatch.h"
-#include "sfi/CallSnapshot.h"
-#include "sip/DialogInfo.h"
+#include "telephone/calls/CallObserver.h"
+#include "telephone/calls/CallSnapshot.h"
+#include "telephone/lines/PartyWatch.h"
+#include "telephone/sip/DialogInfo.h"
 
 namespace telephone {
 

@@ -1,11 +1,11 @@
-#include "team/FeatureToggles.h"
+#include "telephone/team/FeatureToggles.h"
 
 #include <atomic>
 #include <stdexcept>
 #include <string>
 
-#include "framework/Log.h"
-#include "management/Settings.h"
+#include "telephone/framework/Log.h"
+#include "telephone/management/Settings.h"
 
 namespace telephone {
 

@@ -4,8 +4,8 @@
 // Owned by the composition root; FeatureToggle::Instance() while it lives. Any thread, without the phone lock.
 #pragma once
 
-#include "physical/KeyLayout.h"
-#include "team/FeatureToggle.h"
+#include "platform/team/FeatureToggle.h"
+#include "telephone/physical/KeyLayout.h"
 
 namespace telephone {
 

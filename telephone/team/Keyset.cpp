@@ -1,4 +1,4 @@
-#include "team/Keyset.h"
+#include "telephone/team/Keyset.h"
 
 #include <algorithm>
 #include <atomic>
@@ -7,12 +7,12 @@
 #include <tuple>
 #include <vector>
 
-#include "framework/Log.h"
-#include "lines/ClientUtils.h"
-#include "lines/LineActions.h"
-#include "lines/LineStates.h"
-#include "lines/Lines.h"
-#include "management/Settings.h"
+#include "platform/lines/ClientUtils.h"
+#include "telephone/framework/Log.h"
+#include "telephone/lines/LineActions.h"
+#include "telephone/lines/LineStates.h"
+#include "telephone/lines/Lines.h"
+#include "telephone/management/Settings.h"
 
 namespace telephone {
 

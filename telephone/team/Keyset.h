@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "lines/LineObserver.h"
-#include "team/TeamServiceKeyset.h"
+#include "platform/team/TeamServiceKeyset.h"
+#include "telephone/lines/LineObserver.h"
 
 namespace telephone {
 

@@ -1,11 +1,11 @@
-#include "team/PickupHandler.h"
+#include "telephone/team/PickupHandler.h"
 
 #include <atomic>
 #include <mutex>
 #include <stdexcept>
 
-#include "framework/Log.h"
-#include "lines/Lines.h"
+#include "telephone/framework/Log.h"
+#include "telephone/lines/Lines.h"
 
 namespace telephone {
 

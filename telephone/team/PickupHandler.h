@@ -2,7 +2,7 @@
 // DirectedPickupHandler::Instance() while it lives. The service calls it with the phone lock held.
 #pragma once
 
-#include "team/DirectedPickupHandler.h"
+#include "platform/team/DirectedPickupHandler.h"
 
 namespace telephone {
 

@@ -1,13 +1,13 @@
-#include "team/Ringer.h"
+#include "telephone/team/Ringer.h"
 
 #include <algorithm>
 #include <chrono>
 #include <mutex>
 
-#include "framework/TimerService.h"
-#include "lines/Lines.h"
-#include "physical/AuditoryDeviceIfc.h"
-#include "team/Keyset.h"
+#include "platform/physical/AuditoryDeviceIfc.h"
+#include "telephone/framework/TimerService.h"
+#include "telephone/lines/Lines.h"
+#include "telephone/team/Keyset.h"
 
 namespace telephone {
 

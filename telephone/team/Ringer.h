@@ -7,7 +7,7 @@
 
 #include <map>
 
-#include "lines/LineObserver.h"
+#include "telephone/lines/LineObserver.h"
 
 class AuditoryDeviceIfc;
 

@@ -1,17 +1,17 @@
-#include "team/TeamFeatures.h"
+#include "telephone/team/TeamFeatures.h"
 
 #include <atomic>
 #include <stdexcept>
 
 #include "CommunicationsServiceIfc.h"
-#include "framework/Log.h"
-#include "lines/Lines.h"
-#include "management/Settings.h"
-#include "physical/PhysicalInterface.h"
-#include "sfi/SfiConfiguration.h"
-#include "team/FeatureToggles.h"
-#include "team/Keyset.h"
-#include "team/PickupHandler.h"
+#include "platform/sfi/SfiConfiguration.h"
+#include "telephone/framework/Log.h"
+#include "telephone/lines/Lines.h"
+#include "telephone/management/Settings.h"
+#include "telephone/physical/PhysicalInterface.h"
+#include "telephone/team/FeatureToggles.h"
+#include "telephone/team/Keyset.h"
+#include "telephone/team/PickupHandler.h"
 
 namespace telephone {
 

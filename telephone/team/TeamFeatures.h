@@ -9,13 +9,13 @@
 #include <mutex>
 #include <string>
 
-#include "configuration/Configuration.h"
-#include "lines/ServiceDoors.h"
-#include "lines/WorkQueue.h"
-#include "team/AgentCockpit.h"
-#include "team/BusyLampFields.h"
-#include "team/TeamServiceFeatures.h"
-#include "team/UrlPush.h"
+#include "platform/team/TeamServiceFeatures.h"
+#include "telephone/configuration/Configuration.h"
+#include "telephone/lines/ServiceDoors.h"
+#include "telephone/lines/WorkQueue.h"
+#include "telephone/team/AgentCockpit.h"
+#include "telephone/team/BusyLampFields.h"
+#include "telephone/team/UrlPush.h"
 
 namespace telephone {
 

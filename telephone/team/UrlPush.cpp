@@ -1,6 +1,4 @@
-#include "team/UrlPush.h"
-
-#include <arpa/inet.h>
+#include "telephone/team/UrlPush.h"
 
 #include <algorithm>
 #include <array>
@@ -8,9 +6,10 @@
 #include <chrono>
 #include <stdexcept>
 
+#include <arpa/inet.h>
 #include <httplib.h>
 
-#include "framework/Log.h"
+#include "telephone/framework/Log.h"
 
 namespace telephone {
 

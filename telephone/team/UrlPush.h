@@ -7,7 +7,7 @@
 #include <functional>
 #include <string>
 
-#include "lines/WorkQueue.h"
+#include "telephone/lines/WorkQueue.h"
 
 namespace telephone {
 

@@ -1,13 +1,13 @@
 // Bases and fields of the library's objects, in their order and without a gap that would hide another one. Compiled
 // without access control, so that it sees the fields.
-#include <gtest/gtest.h>
-
 #include <type_traits>
 #include <vector>
 
-#include "CommunicationsService.h"
-#include "CommunicationsServiceEventProxy.h"
-#include "CommunicationsServiceInvoker.h"
+#include <gtest/gtest.h>
+
+#include "src/CommunicationsService.h"
+#include "src/CommunicationsServiceEventProxy.h"
+#include "src/CommunicationsServiceInvoker.h"
 
 namespace {
 
@@ -28,7 +28,7 @@ std::size_t offsetIn(Object const& object, Member const& member)
 #define FIELD(object, name)                                                                                            \
     Part                                                                                                               \
     {                                                                                                                  \
-#name, offsetIn(object, (object).name), sizeof((object).name), alignof(decltype((object).name))                \
+        #name, offsetIn(object, (object).name), sizeof((object).name), alignof(decltype((object).name))                \
     }
 
 std::size_t alignedUp(std::size_t offset, std::size_t alignment)

@@ -1,17 +1,17 @@
 // The shared library as the framework uses it: loaded at run time into a program that has the platform's symbols,
 // asked for its three factories, used, and unloaded; and all that twice.
+#include <memory>
+#include <string>
+
 #include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <memory>
-#include <string>
-
 #include "CommunicationsServiceEventIfc.h"
 #include "CommunicationsServiceIfc.h"
-#include "Doubles.h"
 #include "MediaRecordingServiceIfc.h"
 #include "TeamServiceIfc.h"
+#include "tests/doubles/Doubles.h"
 
 namespace {
 

@@ -1,26 +1,26 @@
 // The order of the operations of each interface that other programs were compiled against. A list here is what they
 // know; it is compared with the tables that the compiler makes of the headers.
-#include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "CommunicationsServiceEventIfc.h"
-#include "CommunicationsServiceEventProxy.h"
 #include "CommunicationsServiceIfc.h"
-#include "CommunicationsServiceInvoker.h"
 #include "MediaRecordingServiceIfc.h"
 #include "Slot.h"
 #include "TeamServiceIfc.h"
-#include "framework/InvokerResponse.h"
-#include "lines/Line.h"
-#include "lines/LineManager.h"
-#include "management/MgmtAgentIfc.h"
-#include "physical/functionalEventObserver.h"
-#include "physical/physicalEventObserver.h"
-#include "sfi/CSfi.h"
-#include "team/TeamServiceFeatures.h"
-#include "team/TeamServiceKeyset.h"
+#include "platform/framework/InvokerResponse.h"
+#include "platform/lines/Line.h"
+#include "platform/lines/LineManager.h"
+#include "platform/management/MgmtAgentIfc.h"
+#include "platform/physical/functionalEventObserver.h"
+#include "platform/physical/physicalEventObserver.h"
+#include "platform/sfi/CSfi.h"
+#include "platform/team/TeamServiceFeatures.h"
+#include "platform/team/TeamServiceKeyset.h"
+#include "src/CommunicationsServiceEventProxy.h"
+#include "src/CommunicationsServiceInvoker.h"
 
 namespace {
 
@@ -33,7 +33,7 @@ struct Operation
 #define OPERATION(Class, name)                                                                                         \
     Operation                                                                                                          \
     {                                                                                                                  \
-#name, slotOf(&Class::name)                                                                                    \
+        #name, slotOf(&Class::name)                                                                                    \
     }
 
 // A class with a virtual destructor has it, and the deleting one, before everything else.

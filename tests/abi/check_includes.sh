@@ -12,7 +12,8 @@ complain()
     result=1
 }
 
-# check FOLDER ALLOWED...: every header that a file of FOLDER names in quotes lies in one of the allowed folders.
+# check FOLDER ALLOWED...: every header that a file of FOLDER names in quotes lies in one of the allowed folders; those of
+# platform/ are named by their path.
 check()
 {
     folder=$1
@@ -21,7 +22,10 @@ check()
         for name in $(sed -n 's/^ *# *include *"\([^"]*\)".*/\1/p' "$file"); do
             known=
             for allowed; do
-                [ -f "$allowed/$name" ] && known=yes
+                case $name in
+                */*) [ "${name%%/*}" = "$allowed" ] && [ -f "$name" ] && known=yes ;;
+                *) [ "$allowed" != platform ] && [ -f "$allowed/$name" ] && known=yes ;;
+                esac
             done
             [ -n "$known" ] || complain "$file" "\"$name\""
         done

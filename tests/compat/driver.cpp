@@ -1,8 +1,6 @@
 // Loads the library that is named and drives everything that crosses its edge: the factories, casts from one interface
 // to another, texts and lists both ways, an exception, virtual calls in each direction, and the exported tool class.
 // Knows nothing of the library but its public headers; prints what is wrong and fails.
-#include <dlfcn.h>
-
 #include <cstddef>
 #include <cstdio>
 #include <memory>
@@ -11,22 +9,24 @@
 #include <string>
 #include <vector>
 
+#include <dlfcn.h>
+
 #include "CommunicationsServiceEventIfc.h"
 #include "CommunicationsServiceIfc.h"
-#include "FakePlatform.h"
 #include "MediaRecordingServiceIfc.h"
 #include "ParamaterExtractor.h"
 #include "TeamServiceIfc.h"
-#include "World.h"
-#include "framework/FrameworkContext.h"
-#include "framework/Invoker.h"
-#include "framework/InvokerResponse.h"
-#include "framework/Proxy.h"
-#include "framework/ProxyRequest.h"
-#include "framework/Service.h"
-#include "management/ManageableData.h"
-#include "management/MgmtAgentIfc.h"
-#include "physical/physicalEventObserver.h"
+#include "platform/framework/FrameworkContext.h"
+#include "platform/framework/Invoker.h"
+#include "platform/framework/InvokerResponse.h"
+#include "platform/framework/Proxy.h"
+#include "platform/framework/ProxyRequest.h"
+#include "platform/framework/Service.h"
+#include "platform/management/ManageableData.h"
+#include "platform/management/MgmtAgentIfc.h"
+#include "platform/physical/physicalEventObserver.h"
+#include "tests/model/FakePlatform.h"
+#include "tests/model/World.h"
 
 namespace {
 int failures = 0;

@@ -4,13 +4,13 @@
 #include "MockSerializer.h"
 #include "MockSfiConfiguration.h"
 #include "MockUtility.h"
-#include "lines/LineManager.h"
-#include "recording/MediaRecordingService.h"
-#include "sfi/CSfi.h"
-#include "team/DirectedPickupHandler.h"
-#include "team/FeatureToggle.h"
-#include "team/TeamServiceFeatures.h"
-#include "team/TeamServiceKeyset.h"
+#include "platform/lines/LineManager.h"
+#include "platform/recording/MediaRecordingService.h"
+#include "platform/sfi/CSfi.h"
+#include "platform/team/DirectedPickupHandler.h"
+#include "platform/team/FeatureToggle.h"
+#include "platform/team/TeamServiceFeatures.h"
+#include "platform/team/TeamServiceKeyset.h"
 
 CSfi* CSfi::GetInstance()
 {

@@ -1,7 +1,7 @@
 // A mock as the framework finds it by name: an executable that has the mocked interface as well.
 #pragma once
 
-#include "framework/Executable.h"
+#include "platform/framework/Executable.h"
 
 template <class Mock>
 class FoundExecutable : public Executable, public Mock

@@ -5,7 +5,7 @@
 #include <cstdio>
 
 #include "CurrentDouble.h"
-#include "framework/Logging.h"
+#include "platform/framework/Logging.h"
 
 std::ostream& operator<<(std::ostream& out, LogLine const& line)
 {

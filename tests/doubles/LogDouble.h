@@ -5,13 +5,13 @@
 // calls.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <mutex>
 #include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <gmock/gmock.h>
 
 struct LogLine
 {

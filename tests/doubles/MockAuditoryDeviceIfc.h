@@ -1,11 +1,11 @@
 // Stands in for the sound devices in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "physical/AuditoryDeviceIfc.h"
+#include <gmock/gmock.h>
+
+#include "platform/physical/AuditoryDeviceIfc.h"
 
 class MockAuditoryDeviceIfc : public AuditoryDeviceIfc
 {

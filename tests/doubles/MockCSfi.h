@@ -1,13 +1,13 @@
 // Stands in for the call-control stack in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "framework/SvcRTEContext.h"
-#include "management/ManageableData.h"
-#include "sfi/CSfi.h"
+#include <gmock/gmock.h>
+
+#include "platform/framework/SvcRTEContext.h"
+#include "platform/management/ManageableData.h"
+#include "platform/sfi/CSfi.h"
 
 class MockCSfi : public CSfi
 {

@@ -1,11 +1,11 @@
 // Stands in for the certificates in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "services/CertificateMgmtSvcIfc.h"
+#include <gmock/gmock.h>
+
+#include "platform/services/CertificateMgmtSvcIfc.h"
 
 class MockCertificateMgmtSvcIfc : public CertificateMgmtSvcIfc
 {

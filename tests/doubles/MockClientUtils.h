@@ -1,11 +1,11 @@
 // Stands in for the splitting of device identities in tests. Without one installed an identity has no index.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <string>
 
-#include "lines/ClientUtils.h"
+#include <gmock/gmock.h>
+
+#include "platform/lines/ClientUtils.h"
 
 class MockClientUtils
 {

@@ -1,14 +1,14 @@
 // Stands in for the service behind the invoker in tests: an executable that can be cast to the service's interface.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <string>
 #include <type_traits>
 #include <vector>
 
+#include <gmock/gmock.h>
+
 #include "CommunicationsServiceIfc.h"
-#include "framework/Executable.h"
+#include "platform/framework/Executable.h"
 
 class MockCommunicationsService : public Executable, public CommunicationsServiceIfc
 {

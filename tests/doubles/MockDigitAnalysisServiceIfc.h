@@ -1,11 +1,11 @@
 // Stands in for the dial plan in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "services/DigitAnalysisServiceIfc.h"
+#include <gmock/gmock.h>
+
+#include "platform/services/DigitAnalysisServiceIfc.h"
 
 class MockDigitAnalysisServiceIfc : public DigitAnalysisServiceIfc
 {

@@ -1,11 +1,11 @@
 // Stands in for the directed-pickup handler in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "team/DirectedPickupHandler.h"
+#include <gmock/gmock.h>
+
+#include "platform/team/DirectedPickupHandler.h"
 
 class MockDirectedPickupHandler : public DirectedPickupHandler
 {

@@ -1,11 +1,11 @@
 // Stands in for the agent cockpit in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "team/EACockpitHandler.h"
+#include <gmock/gmock.h>
+
+#include "platform/team/EACockpitHandler.h"
 
 class MockEACockpitHandler : public EACockpitHandler
 {

@@ -1,12 +1,12 @@
 // Stands in for an executable of the framework in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "framework/Executable.h"
-#include "framework/SvcRTEContext.h"
+#include <gmock/gmock.h>
+
+#include "platform/framework/Executable.h"
+#include "platform/framework/SvcRTEContext.h"
 
 class MockExecutable : public Executable
 {

@@ -1,11 +1,11 @@
 // Stands in for the feature toggles in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "team/FeatureToggle.h"
+#include <gmock/gmock.h>
+
+#include "platform/team/FeatureToggle.h"
 
 class MockFeatureToggle : public FeatureToggle
 {

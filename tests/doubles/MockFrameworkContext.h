@@ -1,12 +1,12 @@
 // Stands in for the framework as a service sees it in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "framework/FrameworkContext.h"
-#include "framework/Proxy.h"
+#include <gmock/gmock.h>
+
+#include "platform/framework/FrameworkContext.h"
+#include "platform/framework/Proxy.h"
 
 class MockFrameworkContext : public FrameworkContext
 {

@@ -1,11 +1,11 @@
 // Stands in for a request invoker in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "framework/Invoker.h"
+#include <gmock/gmock.h>
+
+#include "platform/framework/Invoker.h"
 
 class MockInvoker : public Invoker
 {

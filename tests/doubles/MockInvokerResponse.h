@@ -1,11 +1,11 @@
 // Stands in for the answer of one request in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "framework/InvokerResponse.h"
+#include <gmock/gmock.h>
+
+#include "platform/framework/InvokerResponse.h"
 
 class MockInvokerResponse : public InvokerResponse
 {

@@ -1,12 +1,12 @@
 // Stands in for one line in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "lines/Line.h"
-#include "lines/LineData.h"
+#include <gmock/gmock.h>
+
+#include "platform/lines/Line.h"
+#include "platform/lines/LineData.h"
 
 class MockLine : public Line
 {

@@ -1,11 +1,11 @@
 // Stands in for the configuration of one line in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "lines/LineData.h"
+#include <gmock/gmock.h>
+
+#include "platform/lines/LineData.h"
 
 class MockLineData : public LineData
 {

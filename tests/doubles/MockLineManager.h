@@ -1,11 +1,11 @@
 // Stands in for the line manager in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "lines/LineManager.h"
+#include <gmock/gmock.h>
+
+#include "platform/lines/LineManager.h"
 
 class MockLineManager : public LineManager
 {

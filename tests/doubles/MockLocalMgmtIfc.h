@@ -1,12 +1,12 @@
 // Stands in for the way to the configuration store in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "management/LocalMgmtIfc.h"
-#include "management/ManageableData.h"
+#include <gmock/gmock.h>
+
+#include "platform/management/LocalMgmtIfc.h"
+#include "platform/management/ManageableData.h"
 
 class MockLocalMgmtIfc : public LocalMgmtIfc
 {

@@ -1,13 +1,13 @@
 // Stands in for the recording service in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "framework/SvcRTEContext.h"
-#include "management/ManageableData.h"
-#include "recording/MediaRecordingService.h"
+#include <gmock/gmock.h>
+
+#include "platform/framework/SvcRTEContext.h"
+#include "platform/management/ManageableData.h"
+#include "platform/recording/MediaRecordingService.h"
 
 class MockMediaRecordingService : public MediaRecordingService
 {

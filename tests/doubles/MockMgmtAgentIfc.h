@@ -1,12 +1,12 @@
 // Stands in for a management agent in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "management/ManageableData.h"
-#include "management/MgmtAgentIfc.h"
+#include <gmock/gmock.h>
+
+#include "platform/management/ManageableData.h"
+#include "platform/management/MgmtAgentIfc.h"
 
 class MockMgmtAgentIfc : public MgmtAgentIfc
 {

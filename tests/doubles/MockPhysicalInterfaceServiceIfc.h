@@ -1,11 +1,11 @@
 // Stands in for keys, lamps and plugs in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "physical/PhysicalInterfaceServiceIfc.h"
+#include <gmock/gmock.h>
+
+#include "platform/physical/PhysicalInterfaceServiceIfc.h"
 
 class MockPhysicalInterfaceServiceIfc : public PhysicalInterfaceServiceIfc
 {

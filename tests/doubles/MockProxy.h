@@ -1,13 +1,13 @@
 // Stands in for an event proxy in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "framework/Proxy.h"
-#include "framework/ProxyRequest.h"
-#include "framework/SvcRTEContext.h"
+#include <gmock/gmock.h>
+
+#include "platform/framework/Proxy.h"
+#include "platform/framework/ProxyRequest.h"
+#include "platform/framework/SvcRTEContext.h"
 
 class MockProxy : public Proxy
 {

@@ -1,12 +1,12 @@
 // Stands in for the road of a proxy to its application in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "framework/FrameworkContext.h"
-#include "framework/ProxyRequest.h"
+#include <gmock/gmock.h>
+
+#include "platform/framework/FrameworkContext.h"
+#include "platform/framework/ProxyRequest.h"
 
 class MockProxyRequest : public ProxyRequest
 {

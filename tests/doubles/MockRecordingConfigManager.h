@@ -3,7 +3,7 @@
 
 #include <gmock/gmock.h>
 
-#include "recording/RecordingConfigManager.h"
+#include "platform/recording/RecordingConfigManager.h"
 
 class MockRecordingConfigManager
 {

@@ -3,8 +3,8 @@
 
 #include <gmock/gmock.h>
 
-#include "management/ManageableData.h"
-#include "management/SIPConfigManager.h"
+#include "platform/management/ManageableData.h"
+#include "platform/management/SIPConfigManager.h"
 
 class MockSIPConfigManager
 {

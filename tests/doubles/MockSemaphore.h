@@ -5,7 +5,7 @@
 
 #include <gmock/gmock.h>
 
-#include "framework/Semaphore.h"
+#include "platform/framework/Semaphore.h"
 
 class MockSemaphore
 {

@@ -1,12 +1,12 @@
 // Stands in for the writer of lists in tests. Without one installed a list is written as "[a,b]".
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <string>
 #include <vector>
 
-#include "framework/Serializer.h"
+#include <gmock/gmock.h>
+
+#include "platform/framework/Serializer.h"
 
 class MockSerializer
 {

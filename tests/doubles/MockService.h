@@ -1,12 +1,12 @@
 // Stands in for a service of the framework in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "framework/Service.h"
-#include "framework/SvcRTEContext.h"
+#include <gmock/gmock.h>
+
+#include "platform/framework/Service.h"
+#include "platform/framework/SvcRTEContext.h"
 
 class MockService : public Service
 {

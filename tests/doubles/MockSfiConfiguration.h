@@ -2,11 +2,11 @@
 // one installed every reader gives nothing: zero, false, the empty text.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <string>
 
-#include "sfi/SfiConfiguration.h"
+#include <gmock/gmock.h>
+
+#include "platform/sfi/SfiConfiguration.h"
 
 class MockSfiConfiguration
 {

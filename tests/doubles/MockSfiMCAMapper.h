@@ -1,11 +1,11 @@
 // Stands in for the table of multi-call appearances in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "sfi/SfiMCAMapper.h"
+#include <gmock/gmock.h>
+
+#include "platform/sfi/SfiMCAMapper.h"
 
 class MockSfiMCAMapper : public SfiMCAMapper
 {

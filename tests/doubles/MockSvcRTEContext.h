@@ -1,12 +1,12 @@
 // Stands in for the runtime context of a service in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "framework/Proxy.h"
-#include "framework/SvcRTEContext.h"
+#include <gmock/gmock.h>
+
+#include "platform/framework/Proxy.h"
+#include "platform/framework/SvcRTEContext.h"
 
 class MockSvcRTEContext : public SvcRTEContext
 {

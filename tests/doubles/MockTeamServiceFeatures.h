@@ -1,11 +1,11 @@
 // Stands in for the team features in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "team/TeamServiceFeatures.h"
+#include <gmock/gmock.h>
+
+#include "platform/team/TeamServiceFeatures.h"
 
 class MockTeamServiceFeatures : public TeamServiceFeatures
 {

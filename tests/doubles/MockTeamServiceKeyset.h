@@ -1,11 +1,11 @@
 // Stands in for the keyset in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "team/TeamServiceKeyset.h"
+#include <gmock/gmock.h>
+
+#include "platform/team/TeamServiceKeyset.h"
 
 class MockTeamServiceKeyset : public TeamServiceKeyset
 {

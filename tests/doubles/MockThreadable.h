@@ -1,11 +1,11 @@
 // Stands in for what the framework knows of a thread in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "framework/Threadable.h"
+#include <gmock/gmock.h>
+
+#include "platform/framework/Threadable.h"
 
 class MockThreadable : public Threadable
 {

@@ -3,7 +3,7 @@
 
 #include <gmock/gmock.h>
 
-#include "lines/Utility.h"
+#include "platform/lines/Utility.h"
 
 class MockUtility
 {

@@ -1,11 +1,11 @@
 // Stands in for an observer of key functions in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "physical/functionalEventObserver.h"
+#include <gmock/gmock.h>
+
+#include "platform/physical/functionalEventObserver.h"
 
 class MockfunctionalEventObserver : public functionalEventObserver
 {

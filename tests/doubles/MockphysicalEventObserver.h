@@ -1,11 +1,11 @@
 // Stands in for an observer of physical events in tests.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <type_traits>
 
-#include "physical/physicalEventObserver.h"
+#include <gmock/gmock.h>
+
+#include "platform/physical/physicalEventObserver.h"
 
 class MockphysicalEventObserver : public physicalEventObserver
 {

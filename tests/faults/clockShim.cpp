@@ -1,15 +1,15 @@
 // Preloaded into a telephone: its wall clock is off by the seconds that stand in the file which CLOCK_OFFSET_FILE names
 // (eight bytes, changed while it runs), as if somebody had set the machine's clock. Clocks that count from the start of
 // the machine go on as they are, as they do in the kernel.
+#include <cstdint>
+#include <cstdlib>
+
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/syscall.h>
 #include <sys/time.h>
 #include <time.h>
 #include <unistd.h>
-
-#include <cstdint>
-#include <cstdlib>
 
 namespace {
 std::int64_t const* openOffset()

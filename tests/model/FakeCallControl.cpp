@@ -1,8 +1,8 @@
 // The SIP functional interface and the table of appearances, as the calling thread's world has them.
 #include "World.h"
-#include "management/ManageableData.h"
-#include "sfi/CSfi.h"
-#include "sfi/SfiMCAMapper.h"
+#include "platform/management/ManageableData.h"
+#include "platform/sfi/CSfi.h"
+#include "platform/sfi/SfiMCAMapper.h"
 
 using effect_text::of;
 

@@ -9,8 +9,8 @@
 #include <stdexcept>
 
 #include "World.h"
-#include "framework/Logging.h"
-#include "framework/Semaphore.h"
+#include "platform/framework/Logging.h"
+#include "platform/framework/Semaphore.h"
 
 class Semaphore::State
 {

@@ -3,16 +3,16 @@
 
 #include <utility>
 
-#include "framework/Executable.h"
-#include "management/LocalMgmtIfc.h"
-#include "management/ManageableData.h"
-#include "management/MgmtAgentIfc.h"
-#include "management/SIPConfigManager.h"
-#include "physical/AuditoryDeviceIfc.h"
-#include "physical/PhysicalInterfaceServiceIfc.h"
-#include "recording/RecordingConfigManager.h"
-#include "services/CertificateMgmtSvcIfc.h"
-#include "services/DigitAnalysisServiceIfc.h"
+#include "platform/framework/Executable.h"
+#include "platform/management/LocalMgmtIfc.h"
+#include "platform/management/ManageableData.h"
+#include "platform/management/MgmtAgentIfc.h"
+#include "platform/management/SIPConfigManager.h"
+#include "platform/physical/AuditoryDeviceIfc.h"
+#include "platform/physical/PhysicalInterfaceServiceIfc.h"
+#include "platform/recording/RecordingConfigManager.h"
+#include "platform/services/CertificateMgmtSvcIfc.h"
+#include "platform/services/DigitAnalysisServiceIfc.h"
 
 using effect_text::of;
 

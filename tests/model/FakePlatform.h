@@ -5,7 +5,7 @@
 #include <string>
 
 #include "World.h"
-#include "framework/SvcRTEContext.h"
+#include "platform/framework/SvcRTEContext.h"
 
 class FakeContext final : public SvcRTEContext
 {

@@ -2,7 +2,7 @@
 #include <array>
 
 #include "Step.h"
-#include "management/ManageableData.h"
+#include "platform/management/ManageableData.h"
 
 using effect_text::of;
 

@@ -4,7 +4,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "framework/InvokerResponse.h"
+#include "platform/framework/InvokerResponse.h"
 
 namespace {
 class Response final : public InvokerResponse

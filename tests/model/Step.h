@@ -8,12 +8,12 @@
 #include <utility>
 #include <vector>
 
-#include "CommunicationsService.h"
-#include "CommunicationsServiceInvoker.h"
 #include "FakePlatform.h"
 #include "Random.h"
 #include "Rules.h"
 #include "World.h"
+#include "src/CommunicationsService.h"
+#include "src/CommunicationsServiceInvoker.h"
 
 class Step
 {

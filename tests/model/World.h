@@ -11,10 +11,10 @@
 #include <vector>
 
 #include "Random.h"
-#include "lines/Line.h"
-#include "lines/LineData.h"
-#include "physical/PhysDefs.h"
-#include "sfi/SfiTypes.h"
+#include "platform/lines/Line.h"
+#include "platform/lines/LineData.h"
+#include "platform/physical/PhysDefs.h"
+#include "platform/sfi/SfiTypes.h"
 
 class MgmtAgentIfc;
 

@@ -1,14 +1,13 @@
 // What is heard: tones, mute, hold, taps, digits and the mix of a conference, measured on real RTP.
-#include "ExchangePhones.h"
-
-#include "media/ToneSource.h"
-#include "media/WavSource.h"
-#include "media/WavWriter.h"
-
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <numbers>
+
+#include "ExchangePhones.h"
+#include "telephone/media/ToneSource.h"
+#include "telephone/media/WavSource.h"
+#include "telephone/media/WavWriter.h"
 
 namespace telephone::test {
 
@@ -17,19 +16,19 @@ namespace {
 constexpr double kPi = std::numbers::pi;
 
 // Share of one frequency in a frame, 0 to about 1 for a tone of full scale (Goertzel).
-double shareOf(double frequency, const sip::AudioFrame& frame)
+double shareOf(double frequency, sip::AudioFrame const& frame)
 {
     double real = 0;
     double imaginary = 0;
     for (std::size_t at = 0; at < frame.size(); ++at) {
-        const double angle = 2 * kPi * frequency * static_cast<double>(at) / sip::kSampleRate;
+        double const angle = 2 * kPi * frequency * static_cast<double>(at) / sip::kSampleRate;
         real += frame[at] * std::cos(angle);
         imaginary += frame[at] * std::sin(angle);
     }
     return 2 * std::hypot(real, imaginary) / (32768.0 * static_cast<double>(frame.size()));
 }
 
-bool isSilent(const sip::AudioFrame& frame)
+bool isSilent(sip::AudioFrame const& frame)
 {
     return std::all_of(frame.begin(), frame.end(), [](std::int16_t sample) { return std::abs(sample) < 64; });
 }
@@ -38,7 +37,7 @@ bool isSilent(const sip::AudioFrame& frame)
 class Ear final : public AudioTap
 {
 public:
-    void onFrame(const sip::AudioFrame& heard, const sip::AudioFrame& sent) override
+    void onFrame(sip::AudioFrame const& heard, sip::AudioFrame const& sent) override
     {
         ++frames;
         last = heard;
@@ -54,7 +53,7 @@ public:
     sip::AudioFrame lastSent{};
 };
 
-bool hears(const Ear& ear, double frequency)
+bool hears(Ear const& ear, double frequency)
 {
     const std::lock_guard guard(eventLoop());
     return shareOf(frequency, ear.last) > 0.1;
@@ -63,7 +62,7 @@ bool hears(const Ear& ear, double frequency)
 // A sound file of one tone, for a telephone that can be told apart.
 std::string toneFile(double frequency)
 {
-    const auto path = std::filesystem::temp_directory_path() / ("tone-" + std::to_string(::getpid()) + '-' +
+    auto const path = std::filesystem::temp_directory_path() / ("tone-" + std::to_string(::getpid()) + '-' +
                                                                 std::to_string(static_cast<int>(frequency)) + ".wav");
     WavWriter file(path, 1);
     ToneSource tone(frequency);
@@ -85,7 +84,7 @@ protected:
     TestPhone carol_{saying(files_[2], "4733")};
     Ear ears_[3];
 
-    static TestPhone::Options saying(const std::string& file, const std::string& line)
+    static TestPhone::Options saying(std::string const& file, std::string const& line)
     {
         TestPhone::Options options;
         options.lines = {line};
@@ -95,8 +94,9 @@ protected:
 
     ~Sound() override
     {
-        for (const std::string& file : files_)
+        for (std::string const& file : files_) {
             std::filesystem::remove(file);
+        }
     }
 
     // alice calls somebody, whose first call it is.
@@ -203,7 +203,7 @@ TEST_F(Sound, RemovedTap_HearsNothingMore)
     ASSERT_TRUE(eventually([this] { return hears(ears_[0], 800); }));
 
     alice_.engine().removeTap(1, ears_[0]);
-    const int frames = ears_[0].frames;
+    int const frames = ears_[0].frames;
     ASSERT_TRUE(bob_.engine().addTap(1001, ears_[1]));
     ASSERT_TRUE(eventually([this] {
         const std::lock_guard guard(eventLoop());
@@ -216,7 +216,7 @@ TEST_F(Sound, RemovedTap_HearsNothingMore)
 
 TEST(Heard, IsWrittenToAFile)
 {
-    const auto path = std::filesystem::temp_directory_path() / ("heard-" + std::to_string(::getpid()) + ".wav");
+    auto const path = std::filesystem::temp_directory_path() / ("heard-" + std::to_string(::getpid()) + ".wav");
     {
         TestPhone::Options speaking;
         speaking.lines = {"4722"};
@@ -238,7 +238,7 @@ TEST(Heard, IsWrittenToAFile)
         }));
     }
 
-    const auto samples = loadSamples(path);
+    auto const samples = loadSamples(path);
 
     ASSERT_GT(samples->size(), 20 * sip::kFrameSamples);
     sip::AudioFrame last{};
@@ -255,7 +255,7 @@ TEST(Sources, FileThatIsNone_IsRefusedWithItsName)
     try {
         TestPhone phone(options);
         FAIL() << "the file was accepted";
-    } catch (const std::runtime_error& error) {
+    } catch (std::runtime_error const& error) {
         EXPECT_NE(std::string(error.what()).find("/nowhere/at-all.wav"), std::string::npos);
     }
 }

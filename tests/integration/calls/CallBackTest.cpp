@@ -17,8 +17,9 @@ protected:
         phone_ = std::make_unique<TestPhone>(options);
         ASSERT_TRUE(eventually([this] { return phone_->engine().isRegistered(1); }));
         phone_->events().rest();
-        for (const char* number : {"111", "112", "113"})
+        for (char const* number : {"111", "112", "113"}) {
             exchange_.setBehaviour(number, busy());
+        }
     }
 
     static exchange::NumberBehaviour busy()
@@ -29,7 +30,7 @@ protected:
         return behaviour;
     }
 
-    void callBusy(int callID, const std::string& number)
+    void callBusy(int callID, std::string const& number)
     {
         ASSERT_EQ(phone_->engine().make(1, 0, callID, number), sfiSuccess);
         ASSERT_TRUE(phone_->events().waitFor("state 4711 " + std::to_string(callID) + " Busy Busy " + number));

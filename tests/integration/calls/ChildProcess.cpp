@@ -1,5 +1,8 @@
 #include "ChildProcess.h"
 
+#include <stdexcept>
+#include <thread>
+
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <signal.h>
@@ -7,31 +10,32 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <stdexcept>
-#include <thread>
-
 namespace telephone::test {
 
-ChildProcess::ChildProcess(const std::string& program, const std::vector<std::string>& arguments,
-                           const std::string& folder)
+ChildProcess::ChildProcess(std::string const& program, std::vector<std::string> const& arguments,
+                           std::string const& folder)
 {
     std::vector<std::string> words{program};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
-    for (std::string& word : words)
+    for (std::string& word : words) {
         pointers.push_back(word.data());
+    }
     pointers.push_back(nullptr);
     process_ = ::fork();
-    if (process_ < 0)
+    if (process_ < 0) {
         throw std::runtime_error("cannot start " + program);
-    if (process_ > 0)
+    }
+    if (process_ > 0) {
         return;
-    const int nowhere = ::open("/dev/null", O_RDWR);
+    }
+    int const nowhere = ::open("/dev/null", O_RDWR);
     ::dup2(nowhere, STDIN_FILENO);
     ::dup2(nowhere, STDOUT_FILENO);
     ::dup2(nowhere, STDERR_FILENO);
-    if (::chdir(folder.c_str()) == 0)
+    if (::chdir(folder.c_str()) == 0) {
         ::execvp(pointers.front(), pointers.data());
+    }
     ::_exit(127);
 }
 
@@ -47,43 +51,48 @@ ChildProcess::~ChildProcess()
 
 bool ChildProcess::isRunning()
 {
-    if (status_)
+    if (status_) {
         return false;
+    }
     int status = 0;
-    if (::waitpid(process_, &status, WNOHANG) != process_)
+    if (::waitpid(process_, &status, WNOHANG) != process_) {
         return true;
+    }
     status_ = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     return false;
 }
 
 std::optional<int> ChildProcess::wait(std::chrono::seconds deadline)
 {
-    const auto end = std::chrono::steady_clock::now() + deadline;
-    while (isRunning() && std::chrono::steady_clock::now() < end)
+    auto const end = std::chrono::steady_clock::now() + deadline;
+    while (isRunning() && std::chrono::steady_clock::now() < end) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
     return status_;
 }
 
 void ChildProcess::kill()
 {
-    if (!isRunning())
+    if (!isRunning()) {
         return;
+    }
     ::kill(process_, SIGKILL);
     wait(std::chrono::seconds(5));
 }
 
 int freeUdpPort()
 {
-    const int probe = ::socket(AF_INET, SOCK_DGRAM, 0);
+    int const probe = ::socket(AF_INET, SOCK_DGRAM, 0);
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t length = sizeof address;
     auto* const name = reinterpret_cast<sockaddr*>(&address);
-    const bool bound = ::bind(probe, name, length) == 0 && ::getsockname(probe, name, &length) == 0;
+    bool const bound = ::bind(probe, name, length) == 0 && ::getsockname(probe, name, &length) == 0;
     ::close(probe);
-    if (!bound)
+    if (!bound) {
         throw std::runtime_error("no free port");
+    }
     return ntohs(address.sin_port);
 }
 

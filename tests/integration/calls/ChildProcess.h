@@ -12,10 +12,10 @@ class ChildProcess
 {
 public:
     // folder: where it runs; its output goes nowhere.
-    ChildProcess(const std::string& program, const std::vector<std::string>& arguments, const std::string& folder);
+    ChildProcess(std::string const& program, std::vector<std::string> const& arguments, std::string const& folder);
     ~ChildProcess();
-    ChildProcess(const ChildProcess&) = delete;
-    ChildProcess& operator=(const ChildProcess&) = delete;
+    ChildProcess(ChildProcess const&) = delete;
+    ChildProcess& operator=(ChildProcess const&) = delete;
 
     bool isRunning();
     // Its exit status; nothing when it still runs after the deadline.

@@ -1,14 +1,14 @@
 #include "EventRecorder.h"
 
-#include "sip/Uri.h"
-
 #include <utility>
+
+#include "telephone/sip/Uri.h"
 
 namespace telephone::test {
 
 namespace {
 
-const char* nameOf(sfiCallState state)
+char const* nameOf(sfiCallState state)
 {
     switch (state) {
     case sfiCallStateIdle:
@@ -47,7 +47,7 @@ const char* nameOf(sfiCallState state)
     return "?";
 }
 
-const char* nameOf(sfiReason reason)
+char const* nameOf(sfiReason reason)
 {
     switch (reason) {
     case sfiReasonNormal:
@@ -84,7 +84,7 @@ const char* nameOf(sfiReason reason)
     return "?";
 }
 
-const char* nameOf(sfiFeature feature)
+char const* nameOf(sfiFeature feature)
 {
     switch (feature) {
     case sfiFeatureAlternate:
@@ -122,9 +122,10 @@ const char* nameOf(sfiFeature feature)
 std::string join(std::initializer_list<std::string> words)
 {
     std::string line;
-    for (const std::string& word : words) {
-        if (!line.empty())
+    for (std::string const& word : words) {
+        if (!line.empty()) {
             line += ' ';
+        }
         line += word.empty() ? "-" : word;
     }
     return line;
@@ -151,8 +152,9 @@ std::string EventRecorder::next(std::chrono::milliseconds deadline)
     Event event;
     {
         std::unique_lock lock(mutex_);
-        if (!posted_.wait_for(lock, deadline, [this] { return !queue_.empty(); }))
+        if (!posted_.wait_for(lock, deadline, [this] { return !queue_.empty(); })) {
             return "nothing came";
+        }
         event = std::move(queue_.front());
         queue_.pop_front();
     }
@@ -166,24 +168,28 @@ std::vector<std::string> EventRecorder::next(std::size_t count)
     std::vector<std::string> lines;
     while (lines.size() < count) {
         lines.push_back(next(kDeadline));
-        if (lines.back() == "nothing came")
+        if (lines.back() == "nothing came") {
             break;
+        }
     }
     return lines;
 }
 
-bool EventRecorder::waitFor(const std::string& line, std::vector<std::string>* skipped)
+bool EventRecorder::waitFor(std::string const& line, std::vector<std::string>* skipped)
 {
-    const auto end = std::chrono::steady_clock::now() + kDeadline;
+    auto const end = std::chrono::steady_clock::now() + kDeadline;
     for (;;) {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
+        auto const left = std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
         const std::string came = next(std::max(left, std::chrono::milliseconds(0)));
-        if (came == line)
+        if (came == line) {
             return true;
-        if (skipped != nullptr)
+        }
+        if (skipped != nullptr) {
             skipped->push_back(came);
-        if (came == "nothing came")
+        }
+        if (came == "nothing came") {
             return false;
+        }
     }
 }
 

@@ -2,15 +2,15 @@
 // are delivered by the thread that waits for them, with no lock held.
 #pragma once
 
-#include "CommunicationsServiceEventIfc.h"
-#include "sfi/CallEngine.h"
-
 #include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
 #include <string>
 #include <vector>
+
+#include "CommunicationsServiceEventIfc.h"
+#include "telephone/calls/CallEngine.h"
 
 namespace telephone::test {
 
@@ -35,12 +35,12 @@ public:
     // The next so many events.
     std::vector<std::string> next(std::size_t count);
     // Skips events until that one comes; false after the deadline. What was skipped is in `skipped`.
-    bool waitFor(const std::string& line, std::vector<std::string>* skipped = nullptr);
+    bool waitFor(std::string const& line, std::vector<std::string>* skipped = nullptr);
     // What has come and was not read.
     std::vector<std::string> rest();
     // The XML of the last conferenceStatusEvent, the body of the last CSTA event.
-    const std::string& lastDocument() const { return lastDocument_; }
-    const Alert& lastAlert() const { return lastAlert_; }
+    std::string const& lastDocument() const { return lastDocument_; }
+    Alert const& lastAlert() const { return lastAlert_; }
     sfiSendOptions lastSendOptions() const { return lastSendOptions_; }
     sfiReplacesDisplay lastReplaces() const { return lastReplaces_; }
 

@@ -1,17 +1,17 @@
 // Several telephones registered at one exchange, for tests of what happens between them.
 #pragma once
 
-#include "TestPhone.h"
-#include "exchange/Exchange.h"
-
-#include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
+#include "TestPhone.h"
+#include "telephone/exchange/Exchange.h"
+
 namespace telephone::test {
 
-inline TestPhone::Options phoneAt(const exchange::Exchange& exchange, const std::vector<std::string>& lines)
+inline TestPhone::Options phoneAt(exchange::Exchange const& exchange, std::vector<std::string> const& lines)
 {
     TestPhone::Options options;
     options.lines = lines;

@@ -1,9 +1,9 @@
 // Far ends and servers that go away: every call ends here all the same, once.
-#include "ExchangePhones.h"
-
 #include <arpa/inet.h>
 #include <sys/socket.h>
 #include <unistd.h>
+
+#include "ExchangePhones.h"
 
 namespace telephone::test {
 
@@ -21,12 +21,13 @@ public:
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         socklen_t length = sizeof address;
         auto* const name = reinterpret_cast<sockaddr*>(&address);
-        if (::bind(socket_, name, length) == 0 && ::getsockname(socket_, name, &length) == 0)
+        if (::bind(socket_, name, length) == 0 && ::getsockname(socket_, name, &length) == 0) {
             port_ = ntohs(address.sin_port);
+        }
     }
     ~SilentPort() { ::close(socket_); }
-    SilentPort(const SilentPort&) = delete;
-    SilentPort& operator=(const SilentPort&) = delete;
+    SilentPort(SilentPort const&) = delete;
+    SilentPort& operator=(SilentPort const&) = delete;
 
     std::string uri() const { return "sip:nobody@127.0.0.1:" + std::to_string(port_); }
 

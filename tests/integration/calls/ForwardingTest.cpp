@@ -6,7 +6,7 @@ namespace telephone::test {
 class Forwarding : public ThreePhones
 {
 protected:
-    void setRule(sfiForwardingType type, const std::string& destination)
+    void setRule(sfiForwardingType type, std::string const& destination)
     {
         const std::lock_guard guard(eventLoop());
         bob_.rules[type] = {true, destination};
@@ -15,7 +15,7 @@ protected:
     void aliceCallsBob() { ASSERT_EQ(alice_.engine().make(1, 0, 1, "4722"), sfiSuccess); }
 
     // diverted: who diverted the call, and why.
-    void expectAtCarol(const std::string& diverted)
+    void expectAtCarol(std::string const& diverted)
     {
         carol_.expect({"incoming 4733 1001 4711 - 1 " + diverted, "state 4733 1001 Ringing Normal 4711"});
     }

@@ -15,7 +15,7 @@ public:
         session_.reset();
     }
 
-    bool call(const std::string& target, const sip::Headers& headers)
+    bool call(std::string const& target, sip::Headers const& headers)
     {
         const std::lock_guard guard(eventLoop());
         sip::CallRequest request;
@@ -28,7 +28,7 @@ public:
         return session_ != nullptr;
     }
 
-    bool info(const sip::Content& content)
+    bool info(sip::Content const& content)
     {
         const std::lock_guard guard(eventLoop());
         return session_->sendInfo(content);
@@ -95,7 +95,7 @@ TEST_F(Invitation, AlertInformationAndPriority_AreTold)
                                           {"Resource-Priority", "dsn.flash"}}));
 
     phone_.expect({"incoming 4711 1001 9000 Nina Nine 2 - 0"});
-    const EventRecorder::Alert& alert = phone_.events().lastAlert();
+    EventRecorder::Alert const& alert = phone_.events().lastAlert();
     EXPECT_EQ(alert.uri, "http://127.0.0.1/bell");
     EXPECT_EQ(alert.infoParam, "alert-autoanswer");
     EXPECT_TRUE(alert.automatic);

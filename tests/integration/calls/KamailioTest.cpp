@@ -1,18 +1,18 @@
 // Two telephones at a registrar and proxy of another make, with digest authentication: registration, a call through the
 // proxy with hold and retrieve on its recorded route, and the registrar going away and coming back.
-#include "ChildProcess.h"
-#include "TestPhone.h"
+#include <filesystem>
+#include <fstream>
 
 #include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
+#include "ChildProcess.h"
+#include "TestPhone.h"
 
 namespace telephone::test {
 
 namespace {
 
-constexpr const char* kConfiguration = R"(
+constexpr char const* kConfiguration = R"(
 debug=0
 log_stderror=yes
 children=1
@@ -70,7 +70,7 @@ class Kamailio : public ::testing::Test
 protected:
     const std::filesystem::path folder_ =
         std::filesystem::temp_directory_path() / ("registrar-" + std::to_string(::getpid()));
-    const int port_ = freeUdpPort();
+    int const port_ = freeUdpPort();
     std::unique_ptr<ChildProcess> server_;
 
     void SetUp() override
@@ -96,7 +96,7 @@ protected:
             folder_);
     }
 
-    TestPhone::Options phoneAt(const std::string& line) const
+    TestPhone::Options phoneAt(std::string const& line) const
     {
         TestPhone::Options options;
         options.lines = {line};

@@ -159,7 +159,7 @@ TEST(Deactivate, WithCalls_EndsThem)
 struct RefusalCase
 {
     sfiRefuseCall reason;
-    const char* expected;
+    char const* expected;
 };
 
 class RefuseWith : public ::testing::TestWithParam<RefusalCase>

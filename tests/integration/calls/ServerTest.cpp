@@ -31,7 +31,7 @@ TEST_F(Server, MessageSummary_IsToldAtOnceAndAtEachChange)
     exchange_.setMessages("4712", {2, 8, 0, 2});
 
     phone_->expect({"messages 4712 1 2 8 0 2 1 2 1 600"});
-    const auto record = phone_->engine().messageWaiting("4712");
+    auto const record = phone_->engine().messageWaiting("4712");
     ASSERT_TRUE(record);
     EXPECT_EQ(record->newMessages, 2U);
     EXPECT_EQ(record->oldMessages, 8U);

@@ -1,20 +1,20 @@
 // CSfi as the service uses it: call records, features by number and destination, settings.
-#include "EventRecorder.h"
-#include "TestPhone.h"
-
-#include "configuration/Configuration.h"
-#include "framework/EventDispatcher.h"
-#include "framework/Executable.h"
-#include "framework/SvcRTEContext.h"
-#include "framework/TimerService.h"
-#include "lines/LineManager.h"
-#include "management/ConfigurationStore.h"
-#include "management/ManageableData.h"
-#include "management/Settings.h"
-#include "sfi/SettingsCallPolicy.h"
-#include "sfi/Sfi.h"
+#include "telephone/sfi/Sfi.h"
 
 #include <future>
+
+#include "EventRecorder.h"
+#include "TestPhone.h"
+#include "platform/framework/Executable.h"
+#include "platform/framework/SvcRTEContext.h"
+#include "platform/lines/LineManager.h"
+#include "platform/management/ManageableData.h"
+#include "telephone/configuration/Configuration.h"
+#include "telephone/framework/EventDispatcher.h"
+#include "telephone/framework/TimerService.h"
+#include "telephone/management/ConfigurationStore.h"
+#include "telephone/management/Settings.h"
+#include "telephone/sfi/SettingsCallPolicy.h"
 
 // This telephone has a directory of lines, but no line model.
 LineManager* LineManager::Instance()
@@ -74,7 +74,7 @@ protected:
 
     void SetUp() override
     {
-        for (const char* id : {"4711", "4712"}) {
+        for (char const* id : {"4711", "4712"}) {
             LineAccount line;
             line.lineURI = id;
             line.account.user = id;
@@ -84,26 +84,27 @@ protected:
         ASSERT_EQ(sfi_.Activate(), sfiSuccess);
     }
 
-    std::string uri(const char* line) const { return "sip:" + std::string(line) + '@' + hostPort(); }
+    std::string uri(char const* line) const { return "sip:" + std::string(line) + '@' + hostPort(); }
     std::string hostPort() const { return const_cast<CallEngine&>(engine_).userAgent().hostPort(); }
 
     static sfiCallInfo record(std::uint8_t line, int callID) { return {line, 1, callID, 0}; }
 
-    sfiResult make(int callID, const std::string& to, bool flags = true)
+    sfiResult make(int callID, std::string const& to, bool flags = true)
     {
         sfiCallInfo call = record(1, callID);
         return sfi_.CallMake(&call, to, 1, 0, flags, flags, flags, false);
     }
 
     // A call to one of bob's lines, connected.
-    void connect(int callID, const std::string& line, bool flags = true)
+    void connect(int callID, std::string const& line, bool flags = true)
     {
         const std::string id = std::to_string(callID);
         ASSERT_EQ(make(callID, bob_.uri(line), flags), sfiSuccess);
         ASSERT_TRUE(recorder_.waitFor("state 4711 " + id + " RemoteRinging Normal " + line));
-        for (const CallSnapshot& call : bob_.engine().calls()) {
-            if (call.alerting())
+        for (CallSnapshot const& call : bob_.engine().calls()) {
+            if (call.alerting()) {
                 bob_.engine().answer(call.callID);
+            }
         }
         ASSERT_TRUE(recorder_.waitFor("state 4711 " + id + " Connected Normal " + line));
     }
@@ -267,7 +268,7 @@ TEST_F(SfiTest, Timer_ExpiresAtTheService)
     std::future<int> expired = service.expired.get_future();
     sfi_.SetCommsService(&service);
 
-    const int timer = sfi_.StartTimer(1);
+    int const timer = sfi_.StartTimer(1);
 
     ASSERT_EQ(expired.wait_for(EventRecorder::kDeadline), std::future_status::ready);
     EXPECT_EQ(expired.get(), timer);

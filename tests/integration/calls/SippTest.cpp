@@ -1,9 +1,9 @@
 // The engine against SIPp's built-in scenarios: a hundred calls each way, none failed, and a peer that is killed.
-#include "ChildProcess.h"
-#include "TestPhone.h"
-
 #include <filesystem>
 #include <set>
+
+#include "ChildProcess.h"
+#include "TestPhone.h"
 
 namespace telephone::test {
 
@@ -22,10 +22,11 @@ public:
     }
     ~Answerer() override { engine_.removeObserver(*this); }
 
-    void callChanged(const CallSnapshot& now, const CallSnapshot*) override
+    void callChanged(CallSnapshot const& now, CallSnapshot const*) override
     {
-        if (now.state == sfiCallStateRinging)
+        if (now.state == sfiCallStateRinging) {
             eventLoop().post([this, callID = now.callID] { engine_.answer(callID); });
+        }
         connected_ += now.state == sfiCallStateConnected ? 1 : 0;
         failed_ += now.state == sfiCallStateFailed ? 1 : 0;
     }
@@ -34,7 +35,7 @@ public:
     int failed() const { return read(failed_); }
 
 private:
-    static int read(const int& value)
+    static int read(int const& value)
     {
         const std::lock_guard guard(eventLoop());
         return value;
@@ -50,7 +51,7 @@ class Sipp : public ::testing::Test
 protected:
     TestPhone phone_{TestPhone::Options{}};
     const std::string folder_ = ::testing::TempDir();
-    const int port_ = freeUdpPort();
+    int const port_ = freeUdpPort();
 
     std::vector<std::string> common() const
     {
@@ -59,7 +60,7 @@ protected:
 
     std::vector<std::string> with(std::vector<std::string> arguments) const
     {
-        const auto rest = common();
+        auto const rest = common();
         arguments.insert(arguments.end(), rest.begin(), rest.end());
         return arguments;
     }

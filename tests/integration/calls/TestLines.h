@@ -1,10 +1,10 @@
 // Plain lines without a model behind them: number 1 and up, in the order given.
 #pragma once
 
-#include "sfi/LineDirectory.h"
-
 #include <string>
 #include <vector>
+
+#include "telephone/calls/LineDirectory.h"
 
 namespace telephone::test {
 
@@ -21,17 +21,19 @@ public:
 
     std::optional<LineAddress> addressOf(int recordLine, int appearance) const override
     {
-        if (recordLine < 1 || recordLine > static_cast<int>(accounts_.size()))
+        if (recordLine < 1 || recordLine > static_cast<int>(accounts_.size())) {
             return std::nullopt;
-        const LineAccount& line = accounts_[static_cast<std::size_t>(recordLine) - 1];
+        }
+        LineAccount const& line = accounts_[static_cast<std::size_t>(recordLine) - 1];
         return LineAddress{recordLine, recordLine, appearance, line.lineURI};
     }
 
-    std::optional<int> lineOfUser(const std::string& user) const override
+    std::optional<int> lineOfUser(std::string const& user) const override
     {
-        for (const LineAccount& line : accounts_) {
-            if (line.account.user == user)
+        for (LineAccount const& line : accounts_) {
+            if (line.account.user == user) {
                 return line.lineNumber;
+            }
         }
         return std::nullopt;
     }

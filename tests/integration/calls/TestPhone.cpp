@@ -12,7 +12,7 @@ sip::EventLoop& eventLoop()
     return loop;
 }
 
-TestPhone::Options TestPhone::optionsOf(const std::string& line)
+TestPhone::Options TestPhone::optionsOf(std::string const& line)
 {
     Options options;
     options.lines = {line};
@@ -23,13 +23,13 @@ TestPhone::TestPhone(Options options)
     : options_(std::move(options))
 {
     if (::testing::GTEST_FLAG(break_on_failure)) {
-        options_.engine.agent.log = [](sip::LogLevel, const std::string& text) {
+        options_.engine.agent.log = [](sip::LogLevel, std::string const& text) {
             fprintf(stderr, "%s\n", text.c_str());
         };
     }
     CallPolicy& policy = *this;
     engine_ = std::make_unique<CallEngine>(eventLoop(), options_.engine, lines_, policy, events_.poster());
-    for (const std::string& id : options_.lines) {
+    for (std::string const& id : options_.lines) {
         LineAccount line;
         line.lineURI = id;
         line.account.user = id;
@@ -46,28 +46,29 @@ TestPhone::TestPhone(Options options)
 
 TestPhone::~TestPhone() = default;
 
-std::string TestPhone::uri(const std::string& line) const
+std::string TestPhone::uri(std::string const& line) const
 {
     return "sip:" + (line.empty() ? options_.lines.front() : line) + '@' + engine_->userAgent().hostPort();
 }
 
-void TestPhone::expect(const std::vector<std::string>& lines)
+void TestPhone::expect(std::vector<std::string> const& lines)
 {
     EXPECT_EQ(events_.next(lines.size()), lines);
 }
 
 ForwardingRule TestPhone::forwarding(int, sfiForwardingType type) const
 {
-    const auto found = rules.find(type);
+    auto const found = rules.find(type);
     return found == rules.end() ? ForwardingRule{} : found->second;
 }
 
-bool eventually(const std::function<bool()>& condition, std::chrono::seconds deadline)
+bool eventually(std::function<bool()> const& condition, std::chrono::seconds deadline)
 {
-    const auto end = std::chrono::steady_clock::now() + deadline;
+    auto const end = std::chrono::steady_clock::now() + deadline;
     while (!condition()) {
-        if (std::chrono::steady_clock::now() > end)
+        if (std::chrono::steady_clock::now() > end) {
             return false;
+        }
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
     return true;

@@ -2,19 +2,19 @@
 // the process share one event loop.
 #pragma once
 
-#include "EventRecorder.h"
-#include "TestLines.h"
-#include "sfi/CallEngine.h"
-#include "sip/EventLoop.h"
-
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
+
+#include "EventRecorder.h"
+#include "TestLines.h"
+#include "telephone/calls/CallEngine.h"
+#include "telephone/sip/EventLoop.h"
 
 namespace telephone::test {
 
@@ -39,7 +39,7 @@ public:
     };
 
     // A telephone of one line, peer to peer.
-    static Options optionsOf(const std::string& line);
+    static Options optionsOf(std::string const& line);
 
     explicit TestPhone(Options options);
     ~TestPhone() override;
@@ -47,9 +47,9 @@ public:
     CallEngine& engine() { return *engine_; }
     EventRecorder& events() { return events_; }
     // Address at which a line can be called directly.
-    std::string uri(const std::string& line = {}) const;
+    std::string uri(std::string const& line = {}) const;
     // The next events, exactly these.
-    void expect(const std::vector<std::string>& lines);
+    void expect(std::vector<std::string> const& lines);
 
     std::map<sfiForwardingType, ForwardingRule> rules;  // under the phone lock
     std::atomic<int> rings{0};
@@ -69,6 +69,6 @@ private:
 };
 
 // Waits for a condition that the loop makes true; false after the deadline.
-bool eventually(const std::function<bool()>& condition, std::chrono::seconds deadline = EventRecorder::kDeadline);
+bool eventually(std::function<bool()> const& condition, std::chrono::seconds deadline = EventRecorder::kDeadline);
 
 }  // namespace telephone::test

@@ -1,9 +1,9 @@
 // Calls and the appearances they are on.
-#include "lines/AppearanceMap.h"
-
-#include <gtest/gtest.h>
+#include "telephone/lines/AppearanceMap.h"
 
 #include <chrono>
+
+#include <gtest/gtest.h>
 
 namespace telephone {
 namespace {

@@ -1,9 +1,9 @@
 // What the notices of the dialog package (RFC 4235) say about a party.
-#include <gtest/gtest.h>
-
 #include <string>
 
-#include "team/DialogWatch.h"
+#include <gtest/gtest.h>
+
+#include "telephone/team/DialogWatch.h"
 
 namespace telephone {
 namespace {

@@ -10,7 +10,7 @@
 #include <thread>
 #include <vector>
 
-#include "lines/PhoneCalls.h"
+#include "telephone/calls/PhoneCalls.h"
 
 namespace telephone {
 

@@ -2,8 +2,8 @@
 #include <gmock/gmock.h>
 
 #include "KeysFixture.h"
-#include "lines/DssLine.h"
-#include "services/DigitAnalysisServiceIfc.h"
+#include "platform/services/DigitAnalysisServiceIfc.h"
+#include "telephone/lines/DssLine.h"
 
 namespace telephone {
 namespace {

@@ -6,9 +6,9 @@
 
 #include "LinesFixture.h"
 #include "MockTeamService.h"
-#include "physical/KeyApplication.h"
-#include "physical/KeyLamps.h"
-#include "physical/PhysicalInterface.h"
+#include "telephone/physical/KeyApplication.h"
+#include "telephone/physical/KeyLamps.h"
+#include "telephone/physical/PhysicalInterface.h"
 
 namespace telephone {
 

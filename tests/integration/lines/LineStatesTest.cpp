@@ -1,15 +1,15 @@
 // The states of lines and what their keys do.
-#include <gmock/gmock.h>
-
 #include <future>
+
+#include <gmock/gmock.h>
 
 #include "LinesFixture.h"
 #include "ManualWatch.h"
-#include "framework/Executable.h"
-#include "framework/SvcRTEContext.h"
-#include "lines/DssLine.h"
-#include "lines/Utility.h"
-#include "services/DigitAnalysisServiceIfc.h"
+#include "platform/framework/Executable.h"
+#include "platform/framework/SvcRTEContext.h"
+#include "platform/lines/Utility.h"
+#include "platform/services/DigitAnalysisServiceIfc.h"
+#include "telephone/lines/DssLine.h"
 
 namespace telephone {
 namespace {

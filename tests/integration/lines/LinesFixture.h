@@ -1,18 +1,18 @@
 // A telephone of lines and keys without a SIP stack: two plain lines, one of three appearances, and what a test adds.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <memory>
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "FakeCalls.h"
-#include "configuration/Configuration.h"
-#include "framework/TimerService.h"
-#include "lines/Lines.h"
-#include "management/ConfigurationStore.h"
-#include "management/Settings.h"
+#include "telephone/configuration/Configuration.h"
+#include "telephone/framework/TimerService.h"
+#include "telephone/lines/Lines.h"
+#include "telephone/management/ConfigurationStore.h"
+#include "telephone/management/Settings.h"
 
 namespace telephone {
 

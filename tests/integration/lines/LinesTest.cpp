@@ -1,13 +1,13 @@
 // Which line is meant: by identifier, address, number, appearance, key and user.
-#include "lines/Lines.h"
-
-#include <gmock/gmock.h>
+#include "telephone/lines/Lines.h"
 
 #include <stdexcept>
 
+#include <gmock/gmock.h>
+
 #include "LinesFixture.h"
-#include "lines/ClientUtils.h"
-#include "lines/DssLine.h"
+#include "platform/lines/ClientUtils.h"
+#include "telephone/lines/DssLine.h"
 
 namespace telephone {
 namespace {

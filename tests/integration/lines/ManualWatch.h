@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "lines/Lines.h"
+#include "telephone/lines/Lines.h"
 
 namespace telephone {
 

@@ -2,13 +2,13 @@
 // lines as the service passes them on; every call is checked for coming without the phone lock.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include <string>
 
+#include <gmock/gmock.h>
+
 #include "FakeCalls.h"
-#include "MockCommunicationsService.h"
 #include "TeamServiceIfc.h"
+#include "tests/doubles/MockCommunicationsService.h"
 
 namespace telephone {
 

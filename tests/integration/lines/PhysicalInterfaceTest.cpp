@@ -1,18 +1,18 @@
 // Keys, hook switch, plugs and lamps, and who hears of them.
-#include "physical/PhysicalInterface.h"
-
-#include <gmock/gmock.h>
+#include "telephone/physical/PhysicalInterface.h"
 
 #include <atomic>
 #include <stdexcept>
 #include <thread>
 
-#include "framework/Executable.h"
-#include "framework/SvcRTEContext.h"
-#include "management/ConfigurationStore.h"
-#include "management/Settings.h"
-#include "physical/functionalEventObserver.h"
-#include "physical/physicalEventObserver.h"
+#include <gmock/gmock.h>
+
+#include "platform/framework/Executable.h"
+#include "platform/framework/SvcRTEContext.h"
+#include "platform/physical/functionalEventObserver.h"
+#include "platform/physical/physicalEventObserver.h"
+#include "telephone/management/ConfigurationStore.h"
+#include "telephone/management/Settings.h"
 
 namespace telephone {
 namespace {

@@ -3,13 +3,13 @@
 
 #include "KeysFixture.h"
 #include "ManualWatch.h"
-#include "physical/AuditoryDeviceIfc.h"
-#include "sfi/SfiTypes.h"
-#include "team/FeatureToggles.h"
-#include "team/Keyset.h"
-#include "team/PickupHandler.h"
-#include "team/Ringer.h"
-#include "team/TeamFeatures.h"
+#include "platform/physical/AuditoryDeviceIfc.h"
+#include "platform/sfi/SfiTypes.h"
+#include "telephone/team/FeatureToggles.h"
+#include "telephone/team/Keyset.h"
+#include "telephone/team/PickupHandler.h"
+#include "telephone/team/Ringer.h"
+#include "telephone/team/TeamFeatures.h"
 
 namespace telephone {
 namespace {

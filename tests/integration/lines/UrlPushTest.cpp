@@ -1,7 +1,5 @@
 // Push requests, as an HTTP server sees them.
-#include "team/UrlPush.h"
-
-#include <gtest/gtest.h>
+#include "telephone/team/UrlPush.h"
 
 #include <condition_variable>
 #include <mutex>
@@ -9,6 +7,7 @@
 #include <string>
 #include <thread>
 
+#include <gtest/gtest.h>
 #include <httplib.h>
 
 namespace telephone {

@@ -1,22 +1,22 @@
 // Recording of calls that are played by hand, frame by frame.
-#include "recording/CallRecorder.h"
-
-#include <gtest/gtest.h>
-#include <sndfile.h>
-#include <sys/mount.h>
+#include "telephone/recording/CallRecorder.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <iostream>
 #include <map>
 
+#include <gtest/gtest.h>
+#include <sndfile.h>
+#include <sys/mount.h>
+
 #include "EventLog.h"
 #include "ManagementDoubles.h"
 #include "StoreFixture.h"
-#include "management/LocalManagement.h"
-#include "management/ManageableData.h"
-#include "management/MgmtAgentIfc.h"
-#include "recording/RecordingConfigManager.h"
+#include "platform/management/ManageableData.h"
+#include "platform/management/MgmtAgentIfc.h"
+#include "platform/recording/RecordingConfigManager.h"
+#include "telephone/management/LocalManagement.h"
 
 namespace telephone {
 namespace {

@@ -1,5 +1,5 @@
 // What a configuration file may say, and what is said of one that is wrong.
-#include "configuration/ConfigurationFile.h"
+#include "telephone/configuration/ConfigurationFile.h"
 
 #include <gtest/gtest.h>
 

@@ -1,18 +1,18 @@
 // The store on real files: what is refused at the start, and what becomes of values when the file is locked, full,
 // read-only or gone.
-#include "management/ConfigurationStore.h"
-
-#include <sys/mount.h>
-#include <sys/stat.h>
+#include "telephone/management/ConfigurationStore.h"
 
 #include <chrono>
 #include <filesystem>
 #include <iostream>
 #include <thread>
 
+#include <sys/mount.h>
+#include <sys/stat.h>
+
 #include "StoreFixture.h"
-#include "management/Sqlite.h"
-#include "management/StoreWatcher.h"
+#include "telephone/management/Sqlite.h"
+#include "telephone/management/StoreWatcher.h"
 
 namespace telephone {
 namespace {

@@ -1,14 +1,14 @@
 // The pages of docs/ that are made from tables say what the tables say. With UPDATE_DOCS in the environment the pages
 // are written instead.
-#include <gtest/gtest.h>
-
 #include <cstdlib>
 
+#include <gtest/gtest.h>
+
 #include "TemporaryFolder.h"
-#include "configuration/ConfigurationFields.h"
-#include "configuration/ConfigurationFile.h"
-#include "configuration/ConfigurationPage.h"
-#include "management/SettingsPage.h"
+#include "telephone/configuration/ConfigurationFields.h"
+#include "telephone/configuration/ConfigurationFile.h"
+#include "telephone/configuration/ConfigurationPage.h"
+#include "telephone/management/SettingsPage.h"
 
 namespace telephone {
 namespace {

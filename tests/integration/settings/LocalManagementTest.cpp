@@ -1,14 +1,14 @@
 // The store as the framework's services see it: management data in, notices out, and the SIP configuration manager.
-#include "management/LocalManagement.h"
+#include "telephone/management/LocalManagement.h"
 
 #include <algorithm>
 
 #include "ManagementDoubles.h"
 #include "StoreFixture.h"
-#include "management/ManageableData.h"
-#include "management/MgmtAgentIfc.h"
-#include "management/QoraTags.h"
-#include "management/SIPConfigManager.h"
+#include "platform/management/ManageableData.h"
+#include "platform/management/MgmtAgentIfc.h"
+#include "platform/management/QoraTags.h"
+#include "platform/management/SIPConfigManager.h"
 
 namespace telephone {
 namespace {

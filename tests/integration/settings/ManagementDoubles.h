@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "framework/SvcRTEContext.h"
-#include "management/ManageableData.h"
-#include "management/Settings.h"
+#include "platform/framework/SvcRTEContext.h"
+#include "platform/management/ManageableData.h"
+#include "telephone/management/Settings.h"
 
 namespace telephone {
 

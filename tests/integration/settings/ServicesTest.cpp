@@ -2,9 +2,9 @@
 #include <gtest/gtest.h>
 
 #include "TemporaryFolder.h"
-#include "services/AuditoryDevice.h"
-#include "services/CertificateManagement.h"
-#include "services/DigitAnalysis.h"
+#include "telephone/services/AuditoryDevice.h"
+#include "telephone/services/CertificateManagement.h"
+#include "telephone/services/DigitAnalysis.h"
 
 namespace telephone {
 namespace {

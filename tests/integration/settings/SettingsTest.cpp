@@ -1,5 +1,5 @@
 // Values by key: what reads as what, what is refused with which words, who hears of a change.
-#include "management/Settings.h"
+#include "telephone/management/Settings.h"
 
 #include <atomic>
 #include <condition_variable>
@@ -7,7 +7,7 @@
 #include <thread>
 
 #include "StoreFixture.h"
-#include "management/ManageableData.h"
+#include "platform/management/ManageableData.h"
 
 namespace telephone {
 namespace {

@@ -1,8 +1,8 @@
 // The free readers of the SIP configuration: each forwarding rule's own keys, and what the configuration says.
-#include "management/SfiReaders.h"
+#include "telephone/management/SfiReaders.h"
 
 #include "StoreFixture.h"
-#include "sfi/SfiConfiguration.h"
+#include "platform/sfi/SfiConfiguration.h"
 
 namespace telephone {
 namespace {

@@ -1,5 +1,5 @@
 // The store from the command line.
-#include "management/StoreCommand.h"
+#include "telephone/management/StoreCommand.h"
 
 #include <filesystem>
 #include <sstream>

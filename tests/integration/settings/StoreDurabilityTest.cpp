@@ -1,9 +1,9 @@
 // What was answered survives the end of the process right after the answer.
+#include <array>
+
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include <array>
 
 #include "StoreFixture.h"
 

@@ -1,16 +1,16 @@
 // A store file in a folder of the test's own, and settings on it.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <memory>
 #include <string>
 
+#include <gtest/gtest.h>
+
 #include "TemporaryFolder.h"
-#include "configuration/Configuration.h"
-#include "management/ConfigurationStore.h"
-#include "management/Settings.h"
-#include "management/StoreError.h"
+#include "telephone/configuration/Configuration.h"
+#include "telephone/management/ConfigurationStore.h"
+#include "telephone/management/Settings.h"
+#include "telephone/management/StoreError.h"
 
 class StoreFixture : public testing::Test
 {

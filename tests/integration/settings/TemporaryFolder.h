@@ -1,13 +1,13 @@
 // A folder of a test's own, removed with all that is in it.
 #pragma once
 
-#include <stdlib.h>
-
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
 #include <string>
+
+#include <stdlib.h>
 
 class TemporaryFolder
 {

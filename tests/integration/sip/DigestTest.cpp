@@ -1,4 +1,4 @@
-#include "sip/Digest.h"
+#include "telephone/sip/Digest.h"
 
 #include <gtest/gtest.h>
 
@@ -8,12 +8,12 @@ namespace {
 
 using Verdict = DigestServer::Verdict;
 
-std::optional<std::string> passwordOf(const std::string& user)
+std::optional<std::string> passwordOf(std::string const& user)
 {
     return user == "4711" ? std::optional<std::string>("secret") : std::nullopt;
 }
 
-std::string credentials(const std::string& nonce, const std::string& response)
+std::string credentials(std::string const& nonce, std::string const& response)
 {
     return "Digest username=\"4711\", realm=\"pbx\", nonce=\"" + nonce + "\", uri=\"sip:pbx\", response=\"" + response +
            "\"";
@@ -52,7 +52,7 @@ TEST(Digest, RightAnswerToANonceThatIsNotOurs_IsStale)
 {
     const DigestServer server("pbx");
 
-    const auto result =
+    auto const result =
         server.judge("REGISTER", credentials("someNonce", "d5cb5629ec43959d1312087c347b62b3"), passwordOf);
 
     EXPECT_EQ(Verdict::kStale, result.verdict);

@@ -1,11 +1,10 @@
-#include "SipFixture.h"
-
-#include "sip/Timer.h"
-
 #include <array>
 #include <atomic>
 #include <thread>
 #include <vector>
+
+#include "SipFixture.h"
+#include "telephone/sip/Timer.h"
 
 namespace telephone::test {
 
@@ -27,9 +26,10 @@ TEST_F(SipTest, PostedWork_RunsInOrderOnTheLoopWithTheLock)
         done = true;
     });
 
-    const auto deadline = std::chrono::steady_clock::now() + kDeadline;
-    while (!done && std::chrono::steady_clock::now() < deadline)
+    auto const deadline = std::chrono::steady_clock::now() + kDeadline;
+    while (!done && std::chrono::steady_clock::now() < deadline) {
         std::this_thread::yield();
+    }
     EXPECT_TRUE(onLoop);
     EXPECT_EQ((std::vector<int>{1, 2}), order);
 }
@@ -48,9 +48,10 @@ TEST_F(SipTest, Lock_IsRecursiveAndKeepsTheLoopOut)
     }
 
     EXPECT_FALSE(loop.isLockedByCaller());
-    const auto deadline = std::chrono::steady_clock::now() + kDeadline;
-    while (!ran && std::chrono::steady_clock::now() < deadline)
+    auto const deadline = std::chrono::steady_clock::now() + kDeadline;
+    while (!ran && std::chrono::steady_clock::now() < deadline) {
         std::this_thread::yield();
+    }
     EXPECT_TRUE(ran);
 }
 
@@ -61,26 +62,28 @@ TEST_F(SipTest, Timers_ExpireInTheOrderOfTheirTimesAndOfTheirStart)
     std::vector<int> expired;
     std::vector<sip::Timer> timers;
     std::unique_lock lock(loop);
-    for (int i = 0; i < kCount; ++i)
+    for (int i = 0; i < kCount; ++i) {
         timers.emplace_back(loop, kDelays[static_cast<std::size_t>(i) % kDelays.size()],
                             [&expired, i] { expired.push_back(i); });
+    }
     timers.at(17).cancel();
     lock.unlock();
 
-    const auto deadline = std::chrono::steady_clock::now() + kDeadline;
-    const auto count = [&] {
+    auto const deadline = std::chrono::steady_clock::now() + kDeadline;
+    auto const count = [&] {
         const std::lock_guard guard(loop);
         return expired.size();
     };
-    while (count() < kCount - 1 && std::chrono::steady_clock::now() < deadline)
+    while (count() < kCount - 1 && std::chrono::steady_clock::now() < deadline) {
         std::this_thread::yield();
+    }
 
     lock.lock();
     ASSERT_EQ(expired.size(), std::size_t{kCount - 1});
     for (std::size_t later = 1; later < expired.size(); ++later) {
         for (std::size_t earlier = 0; earlier < later; ++earlier) {
-            const auto first = static_cast<std::size_t>(expired[earlier]);
-            const auto second = static_cast<std::size_t>(expired[later]);
+            auto const first = static_cast<std::size_t>(expired[earlier]);
+            auto const second = static_cast<std::size_t>(expired[later]);
             EXPECT_TRUE(first < second || kDelays[first % kDelays.size()] < kDelays[second % kDelays.size()])
                 << "timer " << first << " before timer " << second;
         }
@@ -90,12 +93,13 @@ TEST_F(SipTest, Timers_ExpireInTheOrderOfTheirTimesAndOfTheirStart)
 TEST_F(SipTest, TimerStartedOnAnotherThread_WakesTheLoop)
 {
     std::atomic<bool> expired{false};
-    const auto begun = std::chrono::steady_clock::now();
+    auto const begun = std::chrono::steady_clock::now();
 
     sip::Timer timer(loop, 30ms, [&expired] { expired = true; });
 
-    while (!expired && std::chrono::steady_clock::now() < begun + kDeadline)
+    while (!expired && std::chrono::steady_clock::now() < begun + kDeadline) {
         std::this_thread::yield();
+    }
     EXPECT_TRUE(expired);
     EXPECT_GE(std::chrono::steady_clock::now() - begun, 25ms);
     EXPECT_FALSE(timer.isRunning());
@@ -113,9 +117,10 @@ TEST_F(SipTest, CancelledTimer_DoesNotExpire)
 
     sip::Timer after(loop, 40ms, [&later] { later = true; });
 
-    const auto deadline = std::chrono::steady_clock::now() + kDeadline;
-    while (!later && std::chrono::steady_clock::now() < deadline)
+    auto const deadline = std::chrono::steady_clock::now() + kDeadline;
+    while (!later && std::chrono::steady_clock::now() < deadline) {
         std::this_thread::yield();
+    }
     EXPECT_TRUE(later);
     EXPECT_FALSE(expired);
 }
@@ -129,9 +134,10 @@ TEST_F(SipTest, TimerThatDestroysItself_IsFine)
         expired = true;
     });
 
-    const auto deadline = std::chrono::steady_clock::now() + kDeadline;
-    while (!expired && std::chrono::steady_clock::now() < deadline)
+    auto const deadline = std::chrono::steady_clock::now() + kDeadline;
+    while (!expired && std::chrono::steady_clock::now() < deadline) {
         std::this_thread::yield();
+    }
     EXPECT_TRUE(expired);
 }
 
@@ -155,7 +161,7 @@ TEST_F(SipTest, PortInUse_IsRefusedWithTheReason)
     try {
         TestPhone second(loop, "4712", config);
         FAIL() << "the port is bound twice";
-    } catch (const std::runtime_error& error) {
+    } catch (std::runtime_error const& error) {
         EXPECT_EQ("UDP port " + std::to_string(config.udpPort) + " of 127.0.0.1: Address already in use",
                   std::string(error.what()));
     }

@@ -1,22 +1,22 @@
 #include "SipFixture.h"
-
-#include "sip/DialogInfo.h"
+#include "telephone/sip/DialogInfo.h"
 
 namespace telephone::test {
 
 class EventPackages : public ExchangeTest
 {
 protected:
-    sip::DialogInfo lastDialogs(const TestPhone& phone)
+    sip::DialogInfo lastDialogs(TestPhone const& phone)
     {
         std::lock_guard guard(loop);
-        if (phone.notifications.empty())
+        if (phone.notifications.empty()) {
             return {};
+        }
         return sip::DialogInfo::parse(phone.notifications.back().content.body).value_or(sip::DialogInfo{});
     }
-    bool hasOneDialog(const TestPhone& phone, sip::DialogState state)
+    bool hasOneDialog(TestPhone const& phone, sip::DialogState state)
     {
-        const auto info = lastDialogs(phone);
+        auto const info = lastDialogs(phone);
         return info.dialogs.size() == 1 && info.dialogs[0].state == state;
     }
 };
@@ -38,7 +38,7 @@ TEST_F(EventPackages, MessageSummary_IsToldAtOnceAndAtEachChange)
               phone.notifications.back().content.body);
     exchange.setMessages("4711", {0, 3, 0, 1});
     ASSERT_TRUE(phone.waitFor("notify message-summary")) << phone.events();
-    const auto summary = sip::MessageSummary::parse(phone.notifications.back().content.body);
+    auto const summary = sip::MessageSummary::parse(phone.notifications.back().content.body);
     ASSERT_TRUE(summary);
     EXPECT_FALSE(summary->waiting);
     EXPECT_EQ((sip::MessageCounts{0, 3, 0, 1}), summary->voice);
@@ -183,7 +183,7 @@ TEST_F(EventPackages, PickUpOfARegisteredTelephone_ReplacesTheCallersCall)
     }
 
     ASSERT_TRUE(caller.waitFor("called")) << caller.events();
-    const auto replaces = caller.lastInvitation.replaces;
+    auto const replaces = caller.lastInvitation.replaces;
     ASSERT_TRUE(replaces);
     EXPECT_TRUE(caller.session(0).dialogId().matches(*replaces));
     EXPECT_TRUE(replaces->earlyOnly);

@@ -17,7 +17,7 @@ TEST_F(ExchangeCalls, Number100_AnswersAndEchoesTheAudio)
     } tone;
     struct Ear final : sip::AudioSink
     {
-        void writeFrame(const sip::AudioFrame& frame) override { heard = heard || frame[80] > 7000; }
+        void writeFrame(sip::AudioFrame const& frame) override { heard = heard || frame[80] > 7000; }
         bool heard = false;
     } ear;
     TestPhone phone(loop);
@@ -61,7 +61,7 @@ TEST_F(ExchangeCalls, Number102_RingsUntilTheCallerGivesUp)
 TEST_F(ExchangeCalls, Number103_AnswersAfterTwoSeconds)
 {
     TestPhone phone(loop);
-    const auto begun = std::chrono::steady_clock::now();
+    auto const begun = std::chrono::steady_clock::now();
 
     phone.call(at("103"));
 
@@ -198,7 +198,7 @@ TEST_F(ExchangeCalls, CstaInCall_IsEchoed)
     ASSERT_TRUE(phone.waitFor("established")) << phone.events();
 
     int status = 0;
-    call.sendInfo({"application/csta+xml", "<MakeCall/>"}, [&status](const sip::Response& r) { status = r.status; });
+    call.sendInfo({"application/csta+xml", "<MakeCall/>"}, [&status](sip::Response const& r) { status = r.status; });
 
     EXPECT_TRUE(phone.waitFor("info")) << phone.events();
     EXPECT_EQ("<MakeCall/>", phone.lastInfo.body);
@@ -213,7 +213,7 @@ TEST_F(ExchangeCalls, CstaOutsideACall_IsEchoed)
     int status = 0;
 
     phone.agent->request(phone.account, "INFO", at("100"), {}, {"application/csta+xml", "<Snapshot/>"},
-                         [&status](const sip::Response& r) { status = r.status; });
+                         [&status](sip::Response const& r) { status = r.status; });
 
     EXPECT_TRUE(phone.waitFor("request INFO")) << phone.events();
     EXPECT_EQ("<Snapshot/>", phone.lastInfo.body);

@@ -1,12 +1,12 @@
 // What comes to the port without being asked for.
-#include "SipFixture.h"
+#include <random>
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <random>
+#include "SipFixture.h"
 
 namespace telephone::test {
 
@@ -25,7 +25,7 @@ public:
         far.sin_port = htons(port);
         const timeval patience{3, 0};
         ::setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
-        connected_ = ::connect(socket_, reinterpret_cast<const sockaddr*>(&far), sizeof far) == 0;
+        connected_ = ::connect(socket_, reinterpret_cast<sockaddr const*>(&far), sizeof far) == 0;
         socklen_t size = sizeof near_;
         ::getsockname(socket_, reinterpret_cast<sockaddr*>(&near_), &size);
     }
@@ -33,14 +33,14 @@ public:
 
     bool isConnected() const { return connected_; }
     std::string address() const { return "127.0.0.1:" + std::to_string(ntohs(near_.sin_port)); }
-    bool send(const std::string& data) { return ::send(socket_, data.data(), data.size(), MSG_NOSIGNAL) >= 0; }
+    bool send(std::string const& data) { return ::send(socket_, data.data(), data.size(), MSG_NOSIGNAL) >= 0; }
     std::string receive()
     {
         std::array<char, 4096> buffer{};
         const ssize_t size = ::recv(socket_, buffer.data(), buffer.size(), 0);
         return size > 0 ? std::string(buffer.data(), static_cast<std::size_t>(size)) : std::string();
     }
-    std::string ask(const std::string& data)
+    std::string ask(std::string const& data)
     {
         send(data);
         return receive();
@@ -55,8 +55,8 @@ private:
 class Robustness : public ExchangeTest
 {
 protected:
-    std::string request(const std::string& method, const std::string& user, const std::string& extra = {},
-                        const std::string& body = {})
+    std::string request(std::string const& method, std::string const& user, std::string const& extra = {},
+                        std::string const& body = {})
     {
         const std::string number = std::to_string(++count_);
         return method + " sip:" + user + "@" + exchange.hostPort() + " SIP/2.0\r\nVia: SIP/2.0/UDP " + peer.address() +
@@ -65,7 +65,7 @@ protected:
                "\r\nCSeq: 1 " + method + "\r\nContact: <sip:raw@" + peer.address() + ">\r\n" + extra +
                "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
     }
-    static std::string firstLine(const std::string& message) { return message.substr(0, message.find("\r\n")); }
+    static std::string firstLine(std::string const& message) { return message.substr(0, message.find("\r\n")); }
     void expectAlive()
     {
         TestPhone phone(loop);
@@ -85,10 +85,12 @@ TEST_F(Robustness, GarbageOnUdp_HurtsNothing)
 
     for (int i = 0; i < 2000; ++i) {
         std::string packet = seed;
-        for (int changes = 0; changes < 8; ++changes)
+        for (int changes = 0; changes < 8; ++changes) {
             packet[random() % packet.size()] = static_cast<char>(random());
-        if (i % 3 == 0)
+        }
+        if (i % 3 == 0) {
             packet.resize(random() % packet.size());
+        }
         peer.send(packet);
     }
     peer.send(std::string(60000, 'A'));
@@ -99,7 +101,7 @@ TEST_F(Robustness, GarbageOnUdp_HurtsNothing)
 
 TEST_F(Robustness, GarbageOnTcp_HurtsNothing)
 {
-    for (const std::string& data : {std::string("GET / HTTP/1.1\r\n\r\n"), std::string(100000, 'x'),
+    for (std::string const& data : {std::string("GET / HTTP/1.1\r\n\r\n"), std::string(100000, 'x'),
                                     std::string("INVITE sip:100@x SIP/2.0\r\n\r\n"), std::string("\r\n\r\n\r\n"),
                                     std::string("SIP/2.0 200 OK\r\nContent-Length: 99999999\r\n\r\n")}) {
         RawPeer stream(SOCK_STREAM, exchange.tcpPort());
@@ -175,8 +177,9 @@ TEST_F(Robustness, AnswerThatIsNeverAcknowledged_DoesNotKeepThePortBound)
     again.port = second->port();
     RawPeer silent(SOCK_DGRAM, second->port());
     silent.send(request("INVITE", "100"));
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i) {
         ASSERT_NE("", silent.receive());
+    }
 
     second.reset();
 

@@ -7,7 +7,7 @@ class Sessions : public SipTest
 {
 protected:
     std::string toSecond() const { return "sip:4712@" + second.agent->hostPort(); }
-    sip::Session& connect(const std::function<void(sip::CallRequest&)>& change = {})
+    sip::Session& connect(std::function<void(sip::CallRequest&)> const& change = {})
     {
         sip::Session& call = first.call(toSecond(), change);
         EXPECT_TRUE(first.waitFor("established")) << first.events();
@@ -44,7 +44,7 @@ TEST_F(Sessions, Invitation_TellsWhoCallsAndHow)
         request.referredBy = "<sip:4730@example.com>";
     });
 
-    const sip::Invitation& invitation = second.lastInvitation;
+    sip::Invitation const& invitation = second.lastInvitation;
     EXPECT_EQ("Al \"the\" Caller", invitation.from.displayName);
     EXPECT_EQ("4711", invitation.from.uri.user);
     EXPECT_EQ("Alice", invitation.caller().displayName);
@@ -267,8 +267,9 @@ TEST_F(Sessions, Digits_GoByTelephoneEventsOnce)
 
     EXPECT_TRUE(call.sendDigits("1*#d", 60ms));
 
-    for (const char* digit : {"digit 1", "digit *", "digit #", "digit D"})
+    for (char const* digit : {"digit 1", "digit *", "digit #", "digit D"}) {
         EXPECT_TRUE(second.waitFor(digit)) << digit << " of " << second.events();
+    }
     EXPECT_FALSE(second.waitFor("digit 1", 100ms));
     EXPECT_FALSE(call.sendDigits("x"));
 }
@@ -309,7 +310,7 @@ TEST_F(Sessions, InfoWithAnyContent_ArrivesAndIsAnswered)
     sip::Session& call = connect();
     int status = 0;
 
-    EXPECT_TRUE(call.sendInfo({"text/plain", "hello"}, [&status](const sip::Response& r) { status = r.status; }));
+    EXPECT_TRUE(call.sendInfo({"text/plain", "hello"}, [&status](sip::Response const& r) { status = r.status; }));
 
     EXPECT_TRUE(second.waitFor("info")) << second.events();
     EXPECT_EQ("text/plain", second.lastInfo.type);

@@ -1,10 +1,10 @@
 // A running loop with an exchange, the ground of most tests here.
 #pragma once
 
-#include "TestPhone.h"
-#include "exchange/Exchange.h"
-
 #include <gtest/gtest.h>
+
+#include "TestPhone.h"
+#include "telephone/exchange/Exchange.h"
 
 namespace telephone::test {
 
@@ -19,7 +19,7 @@ protected:
 class ExchangeTest : public SipTest
 {
 protected:
-    std::string at(const std::string& number) const { return "sip:" + number + "@" + exchange.hostPort(); }
+    std::string at(std::string const& number) const { return "sip:" + number + "@" + exchange.hostPort(); }
 
     exchange::Exchange exchange{loop, {}};
 };

@@ -1,5 +1,7 @@
 // SIPp as the far end: its built-in scenarios, as a program of its own that is ended by its process id.
-#include "SipFixture.h"
+#include <fstream>
+#include <sstream>
+#include <thread>
 
 #include <fcntl.h>
 #include <netinet/in.h>
@@ -9,9 +11,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <fstream>
-#include <sstream>
-#include <thread>
+#include "SipFixture.h"
 
 extern char** environ;
 
@@ -21,12 +21,12 @@ namespace {
 
 std::uint16_t freePort()
 {
-    const int probe = ::socket(AF_INET, SOCK_DGRAM, 0);
+    int const probe = ::socket(AF_INET, SOCK_DGRAM, 0);
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t size = sizeof address;
-    ::bind(probe, reinterpret_cast<const sockaddr*>(&address), size);
+    ::bind(probe, reinterpret_cast<sockaddr const*>(&address), size);
     ::getsockname(probe, reinterpret_cast<sockaddr*>(&address), &size);
     ::close(probe);
     return ntohs(address.sin_port);
@@ -42,21 +42,24 @@ public:
                                      "-timeout", "40", "-timeout_error"};
         all.insert(all.end(), arguments.begin(), arguments.end());
         std::vector<char*> pointers;
-        for (auto& argument : all)
+        for (auto& argument : all) {
             pointers.push_back(argument.data());
+        }
         pointers.push_back(nullptr);
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
         posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-        if (posix_spawnp(&process_, "sipp", &actions, nullptr, pointers.data(), environ) != 0)
+        if (posix_spawnp(&process_, "sipp", &actions, nullptr, pointers.data(), environ) != 0) {
             process_ = -1;
+        }
         posix_spawn_file_actions_destroy(&actions);
     }
     ~Sipp()
     {
-        if (process_ <= 0)
+        if (process_ <= 0) {
             return;
+        }
         ::kill(process_, SIGKILL);
         ::waitpid(process_, nullptr, 0);
     }
@@ -65,7 +68,7 @@ public:
     // Exit code, or -1 when it did not end in time.
     int wait(std::chrono::seconds within)
     {
-        const auto deadline = std::chrono::steady_clock::now() + within;
+        auto const deadline = std::chrono::steady_clock::now() + within;
         while (std::chrono::steady_clock::now() < deadline) {
             int status = 0;
             if (::waitpid(process_, &status, WNOHANG) == process_) {

@@ -6,7 +6,7 @@ namespace telephone::test {
 
 namespace {
 
-const char* nameOf(sip::CloseCause cause)
+char const* nameOf(sip::CloseCause cause)
 {
     switch (cause) {
     case sip::CloseCause::kRemoteHangUp:
@@ -57,28 +57,30 @@ void TestPhone::note(std::string event)
     happened_.notify_all();
 }
 
-bool TestPhone::takeEvent(const std::string& event)
+bool TestPhone::takeEvent(std::string const& event)
 {
-    const auto found = std::find(events_.begin(), events_.end(), event);
-    if (found == events_.end())
+    auto const found = std::find(events_.begin(), events_.end(), event);
+    if (found == events_.end()) {
         return false;
+    }
     events_.erase(found);
     return true;
 }
 
-bool TestPhone::waitFor(const std::string& event, std::chrono::milliseconds within)
+bool TestPhone::waitFor(std::string const& event, std::chrono::milliseconds within)
 {
     return waitUntil([this, &event] { return takeEvent(event); }, within);
 }
 
-bool TestPhone::waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds within)
+bool TestPhone::waitUntil(std::function<bool()> const& condition, std::chrono::milliseconds within)
 {
-    const auto deadline = std::chrono::steady_clock::now() + within;
+    auto const deadline = std::chrono::steady_clock::now() + within;
     std::unique_lock lock(loop);
     while (!condition()) {
-        const auto now = std::chrono::steady_clock::now();
-        if (now >= deadline)
+        auto const now = std::chrono::steady_clock::now();
+        if (now >= deadline) {
             return false;
+        }
         happened_.wait_until(lock, std::min(deadline, now + 5ms));
     }
     return true;
@@ -88,23 +90,26 @@ std::string TestPhone::events() const
 {
     std::lock_guard guard(loop);
     std::string all;
-    for (const auto& event : events_)
+    for (auto const& event : events_) {
         all += "[" + event + "] ";
+    }
     return all;
 }
 
-sip::Session& TestPhone::call(const std::string& target, const std::function<void(sip::CallRequest&)>& change)
+sip::Session& TestPhone::call(std::string const& target, std::function<void(sip::CallRequest&)> const& change)
 {
     sip::CallRequest request;
     request.account = account;
     request.target = target;
-    if (change)
+    if (change) {
         change(request);
+    }
     std::lock_guard guard(loop);
     std::string whyNot;
     auto session = agent->call(request, *this, &whyNot);
-    if (!session)
+    if (!session) {
         throw std::runtime_error(whyNot);
+    }
     sessions_.push_back(std::move(session));
     return *sessions_.back();
 }
@@ -115,17 +120,18 @@ void TestPhone::dropSession(std::size_t index)
     sessions_.at(index).reset();
 }
 
-void TestPhone::registerAt(const std::string& domain, const std::string& password,
-                           const std::function<void(sip::Account&)>& change)
+void TestPhone::registerAt(std::string const& domain, std::string const& password,
+                           std::function<void(sip::Account&)> const& change)
 {
     account.domain = domain;
     account.password = password;
-    if (change)
+    if (change) {
         change(account);
+    }
     registration = agent->registerAccount(account, *this);
 }
 
-void TestPhone::subscribe(const std::string& target, const std::string& event, const std::string& accept)
+void TestPhone::subscribe(std::string const& target, std::string const& event, std::string const& accept)
 {
     sip::SubscriptionRequest request;
     request.target = target;
@@ -149,7 +155,7 @@ void TestPhone::onSubscribe(std::unique_ptr<sip::Notifier> notifier)
     note("subscribe");
 }
 
-void TestPhone::onUnsolicitedNotify(const sip::NameAddr&, const sip::NameAddr&, const sip::Notification& notification)
+void TestPhone::onUnsolicitedNotify(sip::NameAddr const&, sip::NameAddr const&, sip::Notification const& notification)
 {
     notifications.push_back(notification);
     note("unsolicited " + notification.event);
@@ -157,20 +163,21 @@ void TestPhone::onUnsolicitedNotify(const sip::NameAddr&, const sip::NameAddr&, 
 
 void TestPhone::onRequest(std::unique_ptr<sip::IncomingRequest>& request)
 {
-    if (request->method() != "INFO")
+    if (request->method() != "INFO") {
         return;
+    }
     lastInfo = request->content();
     request->reply(200, "OK");
     request.reset();
     note("request INFO");
 }
 
-void TestPhone::onProgress(sip::Session&, const sip::Response& response, bool earlyMedia)
+void TestPhone::onProgress(sip::Session&, sip::Response const& response, bool earlyMedia)
 {
     note("progress " + std::to_string(response.status) + (earlyMedia ? " early" : ""));
 }
 
-void TestPhone::onRedirected(sip::Session&, const std::string& contact, const sip::Response&)
+void TestPhone::onRedirected(sip::Session&, std::string const& contact, sip::Response const&)
 {
     note("redirected " + contact);
 }
@@ -185,12 +192,12 @@ void TestPhone::onRemoteHold(sip::Session&, bool held, sip::Direction)
     note(held ? "held" : "resumed");
 }
 
-void TestPhone::onModified(sip::Session&, bool accepted, int status, const std::string&)
+void TestPhone::onModified(sip::Session&, bool accepted, int status, std::string const&)
 {
     note((accepted ? "modified " : "refused ") + std::to_string(status));
 }
 
-void TestPhone::onInfo(sip::Session&, const sip::Content& content)
+void TestPhone::onInfo(sip::Session&, sip::Content const& content)
 {
     lastInfo = content;
     note("info");
@@ -213,12 +220,12 @@ void TestPhone::onTransferRequested(sip::Session&, std::unique_ptr<sip::Transfer
     note("transfer");
 }
 
-void TestPhone::onTransferProgress(sip::Session&, int status, const std::string&, bool ended)
+void TestPhone::onTransferProgress(sip::Session&, int status, std::string const&, bool ended)
 {
     note("transfer " + std::to_string(status) + (ended ? " ended" : ""));
 }
 
-void TestPhone::onClosed(sip::Session&, const sip::Closing& closing)
+void TestPhone::onClosed(sip::Session&, sip::Closing const& closing)
 {
     lastClosing = closing;
     const std::string status = closing.status ? " " + std::to_string(closing.status) : "";
@@ -230,7 +237,7 @@ void TestPhone::onRegistered(sip::Registration&, unsigned expires)
     note("registered " + std::to_string(expires));
 }
 
-void TestPhone::onRegistrationFailed(sip::Registration&, int status, const std::string&)
+void TestPhone::onRegistrationFailed(sip::Registration&, int status, std::string const&)
 {
     note("unregistered " + std::to_string(status));
 }
@@ -240,13 +247,13 @@ void TestPhone::onUnregistered(sip::Registration&)
     note("unregistered");
 }
 
-void TestPhone::onNotify(sip::Subscription&, const sip::Notification& notification)
+void TestPhone::onNotify(sip::Subscription&, sip::Notification const& notification)
 {
     notifications.push_back(notification);
     note("notify " + notification.event);
 }
 
-void TestPhone::onTerminated(sip::Subscription&, int status, const std::string& reason)
+void TestPhone::onTerminated(sip::Subscription&, int status, std::string const& reason)
 {
     note("terminated " + std::to_string(status) + (reason.empty() ? "" : " " + reason));
 }

@@ -1,14 +1,15 @@
-#include "sip/Uri.h"
-#include "sip/DialogInfo.h"
-#include "sip/Message.h"
+#include "telephone/sip/Uri.h"
 
 #include <gtest/gtest.h>
+
+#include "telephone/sip/DialogInfo.h"
+#include "telephone/sip/Message.h"
 
 namespace telephone::sip {
 
 TEST(SipUri, WithEverything_IsReadAndWrittenAgain)
 {
-    const auto uri = Uri::parse("sip:al%69ce:pw@[2001:db8::1]:5061;transport=tcp;lr?Replaces=a%40b%3Bto-tag%3Dc&X=1");
+    auto const uri = Uri::parse("sip:al%69ce:pw@[2001:db8::1]:5061;transport=tcp;lr?Replaces=a%40b%3Bto-tag%3Dc&X=1");
 
     ASSERT_TRUE(uri);
     EXPECT_EQ("alice", uri->user);
@@ -24,14 +25,14 @@ TEST(SipUri, WithEverything_IsReadAndWrittenAgain)
 
 TEST(SipUri, Telephone_KeepsItsNumberAsUser)
 {
-    const auto uri = Uri::parse("tel:+49-89-1234;phone-context=example.com");
+    auto const uri = Uri::parse("tel:+49-89-1234;phone-context=example.com");
 
     ASSERT_TRUE(uri);
     EXPECT_EQ("+49-89-1234", uri->user);
     EXPECT_EQ("tel:+49-89-1234", uri->formatAddressOfRecord());
 }
 
-class NoSipUri : public ::testing::TestWithParam<const char*>
+class NoSipUri : public ::testing::TestWithParam<char const*>
 {};
 
 TEST_P(NoSipUri, IsRefused)
@@ -56,7 +57,7 @@ TEST(SipUri, Target_IsMadeOfWhatWasDialled)
 
 TEST(NameAddress, QuotedName_IsUnescapedAndEscapedAgain)
 {
-    const auto address = NameAddr::parse("\"A \\\"B\\\", C\" <sip:1@h;x=y>;tag=7;q");
+    auto const address = NameAddr::parse("\"A \\\"B\\\", C\" <sip:1@h;x=y>;tag=7;q");
 
     ASSERT_TRUE(address);
     EXPECT_EQ("A \"B\", C", address->displayName);
@@ -67,7 +68,7 @@ TEST(NameAddress, QuotedName_IsUnescapedAndEscapedAgain)
 
 TEST(NameAddress, WithoutBrackets_TheParametersAreTheHeaders)
 {
-    const auto address = NameAddr::parse("sip:1@h;tag=7");
+    auto const address = NameAddr::parse("sip:1@h;tag=7");
 
     ASSERT_TRUE(address);
     EXPECT_TRUE(address->uri.parameters.empty());
@@ -84,7 +85,7 @@ TEST(NameAddress, OfAList_IsTheFirst)
 
 TEST(ReplacesHeader, IsReadInAnyOrder)
 {
-    const auto replaces = Replaces::parse("12@host; from-tag=b ;early-only;to-tag=a");
+    auto const replaces = Replaces::parse("12@host; from-tag=b ;early-only;to-tag=a");
 
     ASSERT_TRUE(replaces);
     EXPECT_EQ((Replaces{"12@host", "a", "b", true}), *replaces);
@@ -100,7 +101,7 @@ TEST(HeaderList, LineBreaksInAValue_DoNotMakeAnotherHeader)
 
 TEST(DialogDocument, OfAnotherMaker_IsRead)
 {
-    const auto info = DialogInfo::parse(R"(<?xml version="1.0"?>
+    auto const info = DialogInfo::parse(R"(<?xml version="1.0"?>
 <di:dialog-info xmlns:di="urn:ietf:params:xml:ns:dialog-info" version="3" state="partial" entity="sip:1@h">
   <di:dialog id="x" call-id="c" local-tag="l" remote-tag="r" direction="recipient">
     <di:state event="2xx">confirmed</di:state>
@@ -149,7 +150,7 @@ TEST(DialogDocument, ThatIsNone_IsRefused)
 
 TEST(MessageSummaryDocument, IsReadWithoutRegardToCase)
 {
-    const auto summary = MessageSummary::parse("messages-waiting: Yes\nmessage-account: sip:1@h\nVoice-message: 4/8\n");
+    auto const summary = MessageSummary::parse("messages-waiting: Yes\nmessage-account: sip:1@h\nVoice-message: 4/8\n");
 
     ASSERT_TRUE(summary);
     EXPECT_TRUE(summary->waiting);
@@ -160,7 +161,7 @@ TEST(MessageSummaryDocument, IsReadWithoutRegardToCase)
 
 TEST(MessageSummaryDocument, WithCountsThatAreNone_CountsNothing)
 {
-    const auto countsOf = [](const std::string& counts) {
+    auto const countsOf = [](std::string const& counts) {
         return MessageSummary::parse("Messages-Waiting: yes\r\nVoice-Message: " + counts + "\r\n")->voice;
     };
 

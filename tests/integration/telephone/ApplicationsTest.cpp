@@ -1,7 +1,7 @@
 // Applications at the socket of a running telephone, and the commands that speak to it.
-#include <gtest/gtest.h>
-
 #include <thread>
+
+#include <gtest/gtest.h>
 
 #include "RunningTelephone.h"
 
@@ -35,13 +35,15 @@ TEST(Applications, BadRequests_AreAnsweredWithFailure)
     RunningTelephone telephone;
     Application application(telephone.socket());
     std::string binary;
-    for (int byte = 1; byte < 256; ++byte)
+    for (int byte = 1; byte < 256; ++byte) {
         binary += static_cast<char>(byte);
+    }
 
     for (std::string const& each :
          {std::string(), binary, std::string("<Method>HoldCall"), method(std::string(1 << 20, 'x')),
-          method("HoldCall", "<Line>" + std::string(1 << 20, 'x') + "</Line>")})
+          method("HoldCall", "<Line>" + std::string(1 << 20, 'x') + "</Line>")}) {
         EXPECT_EQ(application.request(each), "sfiFailure");
+    }
     EXPECT_EQ(application.request(method("GetServiceState")), "sfiSuccess,sfiServiceInService");
 }
 
@@ -56,16 +58,18 @@ TEST(Applications, ManyAtOnce_EachGetItsOwnAnswers)
             Application application(telephone.socket());
             bool const mute = i % 2 == 0;
             for (int k = 0; k < kRequests; ++k) {
-                if (mute)
+                if (mute) {
                     EXPECT_EQ(application.request(method("GetDoNotDisturb", "<deviceID>4711</deviceID>")),
                               "sfiSuccess,false");
-                else
+                } else {
                     EXPECT_EQ(application.request(method("getManualHoldIndication", "<Line>4711</Line>")), "false");
+                }
             }
         });
     }
-    for (std::thread& each : threads)
+    for (std::thread& each : threads) {
         each.join();
+    }
 }
 
 TEST(Applications, OneThatNeverReads_DoesNotHoldUpACall)

@@ -1,10 +1,10 @@
 // What README.md and docs/ tell people to type, typed.
-#include <gtest/gtest.h>
-
 #include <fstream>
 #include <functional>
 #include <map>
 #include <sstream>
+
+#include <gtest/gtest.h>
 
 #include "RunningTelephone.h"
 
@@ -24,9 +24,9 @@ std::vector<std::string> typedLines(std::string const& page, std::string const& 
     std::istringstream text(page);
     bool inBlock = false;
     for (std::string line; std::getline(text, line);) {
-        if (line.rfind("```", 0) == 0)
+        if (line.rfind("```", 0) == 0) {
             inBlock = !inBlock;
-        else if (inBlock && line.rfind(beginning, 0) == 0) {
+        } else if (inBlock && line.rfind(beginning, 0) == 0) {
             std::string const rest = line.substr(beginning.size(), line.find("  #") - beginning.size());
             lines.push_back(rest.substr(0, rest.find_last_not_of(' ') + 1));
         }
@@ -43,8 +43,9 @@ std::vector<std::string> words(std::string const& line)
 Ended runWith(std::string const& arguments, std::string const& input = {})
 {
     std::vector<std::string> command{TELEPHONE};
-    for (std::string const& each : words(arguments))
+    for (std::string const& each : words(arguments)) {
         command.push_back(each);
+    }
     return run(command, input);
 }
 
@@ -58,8 +59,9 @@ void expectToServe(std::string const& arguments, std::string const& says)
 {
     TemporaryFolder const folder;
     std::vector<std::string> command{TELEPHONE, "--socket", folder.file("socket")};
-    for (std::string const& each : words(arguments))
+    for (std::string const& each : words(arguments)) {
         command.push_back(each);
+    }
     Process process(command);
     process.readUntil(says);
     process.signal(SIGTERM);
@@ -70,8 +72,9 @@ void expectOfARunningTelephone(std::string const& arguments, std::string const& 
 {
     RunningTelephone telephone;
     std::vector<std::string> command{TELEPHONE, "--socket", telephone.socket()};
-    for (std::string const& each : words(arguments))
+    for (std::string const& each : words(arguments)) {
         command.push_back(each);
+    }
     Process process(command);
     process.readUntil(says);
     process.signal(SIGTERM);
@@ -133,8 +136,9 @@ TEST(Documentation, CommandsOfTheReadme_Work)
 TEST(Documentation, ConsoleLinesOfTheReadme_Work)
 {
     std::string lines;
-    for (std::string const& each : typedLines(read("README.md"), "telephone> "))
+    for (std::string const& each : typedLines(read("README.md"), "telephone> ")) {
         lines += each + "\n";
+    }
     ASSERT_NE(lines.find("help HoldCall"), std::string::npos);
 
     Ended const result = run({TELEPHONE, "play", "-"}, lines);
@@ -145,8 +149,9 @@ TEST(Documentation, ConsoleLinesOfTheReadme_Work)
 TEST(Documentation, ConsoleLinesOfTheLifeOfACall_Work)
 {
     std::string lines;
-    for (std::string const& each : typedLines(read("docs/life-of-a-call.md"), "telephone> "))
+    for (std::string const& each : typedLines(read("docs/life-of-a-call.md"), "telephone> ")) {
         lines += each + "\n";
+    }
     ASSERT_NE(lines.find("HoldCall"), std::string::npos);
 
     Ended const result = run({TELEPHONE, "play", "-"}, lines + "wait CallRetrievedEvent\n");

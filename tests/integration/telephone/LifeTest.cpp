@@ -1,7 +1,7 @@
 // Start and end of the program.
-#include <gtest/gtest.h>
-
 #include <fstream>
+
+#include <gtest/gtest.h>
 
 #include "RunningTelephone.h"
 
@@ -23,9 +23,10 @@ TEST(Life, Signal_InTheMiddleOfCalls_EndsThemAndTheTelephone)
     RunningTelephone telephone;
     Application application(telephone.socket());
     application.request(method("Subscribe"));
-    for (int call = 1; call <= 5; ++call)
+    for (int call = 1; call <= 5; ++call) {
         application.request(method("OutgoingCallMakeRequest", "<Line>4711</Line><CallID>" + std::to_string(call) +
                                                                   "</CallID><Destination>102</Destination>"));
+    }
     application.event("<CallState>3</CallState>");
 
     telephone.process().signal(SIGTERM);
@@ -108,8 +109,9 @@ TEST(Life, HelpAndVersion_EndWithZero)
     Ended const help = run({TELEPHONE, "--help"});
     EXPECT_EQ(help.status, 0);
     for (char const* const command :
-         {"console", "tour", "play", "serve", "exchange", "request", "watch", "store", "--config", "--no-exchange"})
+         {"console", "tour", "play", "serve", "exchange", "request", "watch", "store", "--config", "--no-exchange"}) {
         EXPECT_NE(help.output.find(command), std::string::npos) << command;
+    }
 }
 
 TEST(Life, WrongConfiguration_IsRefusedWithFileAndLine)
@@ -171,6 +173,7 @@ TEST(Life, WithoutExchange_TheTelephoneStartsAndRefusesNumbers)
 
 TEST(Life, StartAndEnd_TwentyTimes_LeavesNothingBehind)
 {
-    for (int i = 0; i < 20; ++i)
+    for (int i = 0; i < 20; ++i) {
         ASSERT_EQ(run({TELEPHONE, "--log-level", "0", "play", "-"}, "say hello\n").status, 0);
+    }
 }

@@ -1,16 +1,16 @@
 #include "Process.h"
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <poll.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <array>
 #include <cerrno>
 #include <csignal>
 #include <stdexcept>
 #include <thread>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -20,11 +20,13 @@ void runInChild(std::vector<std::string> const& command, std::vector<std::string
     dup2(input, STDIN_FILENO);
     dup2(output, STDOUT_FILENO);
     dup2(output, STDERR_FILENO);
-    for (std::string const& each : environment)
+    for (std::string const& each : environment) {
         putenv(const_cast<char*>(each.c_str()));
+    }
     std::vector<char*> arguments;
-    for (std::string const& each : command)
+    for (std::string const& each : command) {
         arguments.push_back(const_cast<char*>(each.c_str()));
+    }
     arguments.push_back(nullptr);
     execvp(arguments[0], arguments.data());
     _exit(127);
@@ -37,13 +39,16 @@ Process::Process(std::vector<std::string> const& command, std::vector<std::strin
     std::signal(SIGPIPE, SIG_IGN);
     std::array<int, 2> in{};
     std::array<int, 2> out{};
-    if (pipe2(in.data(), O_CLOEXEC) != 0 || pipe2(out.data(), O_CLOEXEC) != 0)
+    if (pipe2(in.data(), O_CLOEXEC) != 0 || pipe2(out.data(), O_CLOEXEC) != 0) {
         throw std::runtime_error("no pipe");
+    }
     id_ = fork();
-    if (id_ < 0)
+    if (id_ < 0) {
         throw std::runtime_error("no process");
-    if (id_ == 0)
+    }
+    if (id_ == 0) {
         runInChild(command, environment, in[0], out[1]);
+    }
     close(in[0]);
     close(out[1]);
     input_ = in[1];
@@ -65,16 +70,18 @@ void Process::write(std::string const& text)
     std::size_t written = 0;
     while (written < text.size()) {
         ssize_t const count = ::write(input_, text.data() + written, text.size() - written);
-        if (count < 0 && errno != EINTR)
+        if (count < 0 && errno != EINTR) {
             return;
+        }
         written += count > 0 ? static_cast<std::size_t>(count) : 0;
     }
 }
 
 void Process::endInput()
 {
-    if (input_ >= 0)
+    if (input_ >= 0) {
         close(input_);
+    }
     input_ = -1;
 }
 
@@ -83,12 +90,14 @@ bool Process::read(std::chrono::steady_clock::time_point deadline)
     auto const left =
         std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
     pollfd waited{outputEnd_, POLLIN, 0};
-    if (left.count() <= 0 || poll(&waited, 1, static_cast<int>(left.count())) <= 0)
+    if (left.count() <= 0 || poll(&waited, 1, static_cast<int>(left.count())) <= 0) {
         return false;
+    }
     std::array<char, 65536> buffer;
     ssize_t const count = ::read(outputEnd_, buffer.data(), buffer.size());
-    if (count <= 0)
+    if (count <= 0) {
         return false;
+    }
     output_.append(buffer.data(), static_cast<std::size_t>(count));
     return true;
 }
@@ -126,11 +135,13 @@ int Process::wait()
     auto const deadline = std::chrono::steady_clock::now() + kDeadline;
     while (!ended_ && std::chrono::steady_clock::now() < deadline) {
         // Output that nobody reads would keep the program from ending.
-        if (!read(std::chrono::steady_clock::now() + 20ms))
+        if (!read(std::chrono::steady_clock::now() + 20ms)) {
             std::this_thread::yield();
+        }
         int status = 0;
-        if (waitpid(id_, &status, WNOHANG) != id_)
+        if (waitpid(id_, &status, WNOHANG) != id_) {
             continue;
+        }
         ended_ = true;
         status_ = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
         // What it said last; children of its own may keep the pipe open.

@@ -2,11 +2,11 @@
 // test.
 #pragma once
 
-#include <sys/types.h>
-
 #include <chrono>
 #include <string>
 #include <vector>
+
+#include <sys/types.h>
 
 class Process
 {

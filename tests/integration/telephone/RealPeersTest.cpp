@@ -1,17 +1,17 @@
 // Call servers and far ends that others wrote: Kamailio as registrar and proxy, SIPp as caller and called.
-#include <arpa/inet.h>
-#include <gtest/gtest.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <atomic>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
 #include <thread>
 
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
 #include "RunningTelephone.h"
-#include "framework/FileDescriptor.h"
+#include "telephone/framework/FileDescriptor.h"
 
 namespace {
 
@@ -27,8 +27,9 @@ int freePort()
         socklen_t size = sizeof(address);
         auto* const plain = reinterpret_cast<sockaddr*>(&address);
         if (bind(udp.get(), plain, size) == 0 && getsockname(udp.get(), plain, &size) == 0 &&
-            bind(tcp.get(), plain, size) == 0)
+            bind(tcp.get(), plain, size) == 0) {
             return ntohs(address.sin_port);
+        }
     }
     throw std::runtime_error("no free port");
 }
@@ -46,8 +47,9 @@ public:
     {
         std::ifstream file(KAMAILIO_CONFIGURATION);
         std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-        for (std::size_t at = 0; (at = text.find("@PORT@")) != std::string::npos;)
+        for (std::size_t at = 0; (at = text.find("@PORT@")) != std::string::npos;) {
             text.replace(at, 6, std::to_string(port_));
+        }
         writeFile(folder_.file("kamailio.cfg"), text);
         start();
     }

@@ -1,12 +1,12 @@
 // A call that is recorded: both directions on real RTP, in a file with two channels.
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
+
+#include <gtest/gtest.h>
 
 #include "RunningTelephone.h"
 
@@ -55,8 +55,9 @@ TEST(Recording, CallWithTheEcho_IsWrittenWithBothDirections)
 
     std::string wav;
     for (auto const& entry : std::filesystem::directory_iterator(folder.file(""))) {
-        if (entry.path().extension() == ".wav")
+        if (entry.path().extension() == ".wav") {
             wav = wholeFile(entry.path());
+        }
     }
     EXPECT_GT(wav.size(), 44U + 4U * 4000U);  // half a second at least
     EXPECT_GT(loudest(wav, 0), 1000);

@@ -1,16 +1,16 @@
 // A telephone that serves applications in a process of its own, at a socket of its own.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <csignal>
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "Process.h"
-#include "applications/ApplicationClient.h"
+#include "telephone/applications/ApplicationClient.h"
 
 class TemporaryFolder
 {
@@ -68,12 +68,15 @@ public:
         client_.send(text);
         std::optional<std::string> answer;
         while (auto const message = client_.receive()) {
-            if (message->kind == telephone::ApplicationMessageKind::kFinished)
+            if (message->kind == telephone::ApplicationMessageKind::kFinished) {
                 return answer;
-            if (message->kind == telephone::ApplicationMessageKind::kAnswer)
+            }
+            if (message->kind == telephone::ApplicationMessageKind::kAnswer) {
                 answer = message->text;
-            if (message->kind == telephone::ApplicationMessageKind::kEvent)
+            }
+            if (message->kind == telephone::ApplicationMessageKind::kEvent) {
                 events_.push_back(message->text);
+            }
         }
         ADD_FAILURE() << "the telephone has gone";
         return std::nullopt;
@@ -85,16 +88,18 @@ public:
         while (true) {
             while (taken_ < events_.size()) {
                 std::string const& each = events_[taken_++];
-                if (each.find(text) != std::string::npos)
+                if (each.find(text) != std::string::npos) {
                     return each;
+                }
             }
             auto const message = client_.receive();
             if (!message) {
                 ADD_FAILURE() << "the telephone has gone";
                 return {};
             }
-            if (message->kind == telephone::ApplicationMessageKind::kEvent)
+            if (message->kind == telephone::ApplicationMessageKind::kEvent) {
                 events_.push_back(message->text);
+            }
         }
     }
 

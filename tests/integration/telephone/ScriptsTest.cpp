@@ -1,7 +1,7 @@
 // Scripts that do not hold, and what the program then says; the ones that hold are tests of their own.
-#include <gtest/gtest.h>
-
 #include <fstream>
+
+#include <gtest/gtest.h>
 
 #include "CommunicationsServiceRequests.h"
 #include "RunningTelephone.h"
@@ -116,8 +116,9 @@ TEST(Scripts, Tour_ShowsWhatTheTelephoneCan)
     EXPECT_EQ(result.status, 0) << result.output;
     for (char const* const each :
          {"sfiSuccess", "<Method>CallStateChangeEvent</Method>", "<Method>CallHeldEvent</Method>",
-          "<Method>CallRetrievedEvent</Method>", "<Method>IncomingCallEvent</Method>", "<CallState>10</CallState>"})
+          "<Method>CallRetrievedEvent</Method>", "<Method>IncomingCallEvent</Method>", "<CallState>10</CallState>"}) {
         EXPECT_NE(result.output.find(each), std::string::npos) << each;
+    }
 }
 
 TEST(Scripts, TwoAtOnce_DoNotDisturbEachOther)

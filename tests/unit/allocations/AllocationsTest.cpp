@@ -1,22 +1,23 @@
 // How much the invoker and the proxy allocate, and what happens when there is no memory: the exception may leave, but
 // nothing is lost with it.
-#include <gtest/gtest.h>
+#include "Allocations.h"
 
 #include <fstream>
 #include <functional>
 #include <new>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
-#include "Allocations.h"
-#include "CommunicationsServiceEventProxy.h"
-#include "CommunicationsServiceInvoker.h"
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
 #include "QuietService.h"
-#include "framework/FrameworkContext.h"
-#include "framework/InvokerResponse.h"
-#include "framework/Proxy.h"
-#include "framework/ProxyRequest.h"
+#include "platform/framework/FrameworkContext.h"
+#include "platform/framework/InvokerResponse.h"
+#include "platform/framework/Proxy.h"
+#include "platform/framework/ProxyRequest.h"
+#include "src/CommunicationsServiceEventProxy.h"
+#include "src/CommunicationsServiceInvoker.h"
 
 namespace {
 // None of these allocates by itself.

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "CommunicationsServiceIfc.h"
-#include "framework/Executable.h"
+#include "platform/framework/Executable.h"
 
 class QuietService : public Executable, public CommunicationsServiceIfc
 {

@@ -1,18 +1,18 @@
-#include "applications/ApplicationServer.h"
-
-#include <gtest/gtest.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <sys/stat.h>
+#include "telephone/applications/ApplicationServer.h"
 
 #include <filesystem>
 #include <fstream>
 #include <future>
 #include <set>
 
-#include "../console/ConsoleDoubles.h"
-#include "applications/ApplicationClient.h"
-#include "applications/SocketPath.h"
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+
+#include "telephone/applications/ApplicationClient.h"
+#include "telephone/applications/SocketPath.h"
+#include "tests/unit/console/ConsoleDoubles.h"
 
 using namespace telephone;
 
@@ -68,8 +68,9 @@ public:
         std::size_t ends = 0;
         while (ends < messages) {
             std::string const some = receive();
-            if (some.empty())
+            if (some.empty()) {
                 break;
+            }
             ends += static_cast<std::size_t>(std::count(some.begin(), some.end(), '\0'));
             all += some;
         }
@@ -85,8 +86,9 @@ private:
 std::string bytes(std::initializer_list<char const*> messages)
 {
     std::string all;
-    for (char const* const each : messages)
+    for (char const* const each : messages) {
         all += each + std::string(1, '\0');
+    }
     return all;
 }
 
@@ -204,8 +206,9 @@ TEST_F(ApplicationServerTest, BinaryRequest_ReachesTheServiceUnchanged)
 {
     RawApplication application(path_);
     std::string binary;
-    for (int byte = 1; byte < 256; ++byte)
+    for (int byte = 1; byte < 256; ++byte) {
         binary += static_cast<char>(byte);
+    }
 
     application.send(binary + '\0');
 
@@ -269,15 +272,17 @@ TEST_F(ApplicationServerTest, ApplicationThatNeverReads_LosesEventsAndHoldsUpNob
         std::string text;
         while (text.find("<CallID>" + std::to_string(kEvents) + "<") == std::string::npos) {
             std::string const some = reading.receive();
-            if (some.empty())
+            if (some.empty()) {
                 return false;
+            }
             text = text.substr(text.size() - std::min<std::size_t>(text.size(), 200)) + some;
         }
         return true;
     });
 
-    for (int i = 1; i <= kEvents; ++i)
+    for (int i = 1; i <= kEvents; ++i) {
         telephone_.held(i);
+    }
 
     EXPECT_TRUE(lastRead.get());
     // What it finds when it reads at last ends with the last event, and numbers are missing before.
@@ -299,8 +304,9 @@ TEST_F(ApplicationServerTest, ApplicationThatSendsAndNeverReads_IsNotReadFromWit
     RawApplication deaf(path_);
     // Answers of 200 megabytes: the telephone must stop taking requests long before.
     std::string requests(40000, 'a');
-    for (std::size_t i = 1; i < requests.size(); i += 2)
+    for (std::size_t i = 1; i < requests.size(); i += 2) {
         requests[i] = '\0';
+    }
     auto sending = std::async(std::launch::async, [&] { deaf.send(requests); });
 
     RawApplication other(path_);

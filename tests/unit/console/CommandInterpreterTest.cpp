@@ -1,9 +1,9 @@
-#include "console/CommandInterpreter.h"
+#include "telephone/console/CommandInterpreter.h"
 
 #include <gtest/gtest.h>
 
 #include "ConsoleDoubles.h"
-#include "console/CommandError.h"
+#include "telephone/console/CommandError.h"
 
 using namespace telephone;
 
@@ -72,8 +72,9 @@ TEST_F(CommandInterpreterTest, Commands_ReachTheTelephone)
 {
     for (char const* const line :
          {"press 1", "release 1", "hook up", "hook down", "plug headset", "plug headset out", "unplug headset", "lock",
-          "unlock", "record on 4711", "record off 4711", "store set agent-state \"not ready\""})
+          "unlock", "record on 4711", "record off 4711", "store set agent-state \"not ready\""}) {
         interpreter_.run(line);
+    }
 
     EXPECT_EQ(telephone_.controls.asked,
               (std::vector<std::string>{"press 1", "release 1", "hook up", "hook down", "plug headset in",
@@ -83,8 +84,10 @@ TEST_F(CommandInterpreterTest, Commands_ReachTheTelephone)
 
 TEST_F(CommandInterpreterTest, Lists_ArePrinted)
 {
-    for (char const* const line : {"lines", "calls", "keys", "lamps", "store list", "store get agent-state", "say hi"})
+    for (char const* const line :
+         {"lines", "calls", "keys", "lamps", "store list", "store get agent-state", "say hi"}) {
         interpreter_.run(line);
+    }
 
     EXPECT_EQ(telephone_.written,
               "4711 idle\nno calls\n1 line 4711\n1 off\nagent-state = ready\nagent-state = ready\nhi\n");

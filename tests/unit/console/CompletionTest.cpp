@@ -1,4 +1,4 @@
-#include "console/Completion.h"
+#include "telephone/console/Completion.h"
 
 #include <gtest/gtest.h>
 

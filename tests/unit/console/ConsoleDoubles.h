@@ -6,16 +6,16 @@
 #include <string>
 #include <vector>
 
-#include "../framework/EventsDouble.h"
-#include "console/Conversation.h"
-#include "console/TelephoneControls.h"
-#include "console/Transcript.h"
-#include "framework/Channel.h"
-#include "framework/EventDispatcher.h"
-#include "framework/Invoker.h"
-#include "framework/InvokerResponse.h"
-#include "framework/RequestRunner.h"
-#include "framework/TelephoneContext.h"
+#include "platform/framework/Invoker.h"
+#include "platform/framework/InvokerResponse.h"
+#include "telephone/console/Conversation.h"
+#include "telephone/console/TelephoneControls.h"
+#include "telephone/console/Transcript.h"
+#include "telephone/framework/Channel.h"
+#include "telephone/framework/EventDispatcher.h"
+#include "telephone/framework/RequestRunner.h"
+#include "telephone/framework/TelephoneContext.h"
+#include "tests/unit/framework/EventsDouble.h"
 
 class ControlsDouble : public telephone::TelephoneControls
 {
@@ -73,8 +73,9 @@ public:
         } else {
             requests.push_back(text);
             std::string const words = answer(text);
-            if (!words.empty())
+            if (!words.empty()) {
                 send(*response, words);
+            }
         }
         response->finish();
     }

@@ -1,4 +1,4 @@
-#include "console/EventJournal.h"
+#include "telephone/console/EventJournal.h"
 
 #include <gtest/gtest.h>
 

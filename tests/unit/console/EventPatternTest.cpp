@@ -1,8 +1,8 @@
-#include "console/EventPattern.h"
+#include "telephone/console/EventPattern.h"
 
 #include <gtest/gtest.h>
 
-#include "console/CommandError.h"
+#include "telephone/console/CommandError.h"
 
 using namespace telephone;
 
@@ -33,8 +33,9 @@ constexpr char const* kRegistered = "<Method>RegistrationStateChangeEvent</Metho
 
 TEST(EventPattern, Name_MayBeMethodOperationOrEitherInOtherCapitals)
 {
-    for (char const* const name : {"CallHeldEvent", "callHeld", "CALLHELDEVENT", "CallHeld"})
+    for (char const* const name : {"CallHeldEvent", "callHeld", "CALLHELDEVENT", "CallHeld"}) {
         EXPECT_TRUE(pattern(name).matches(kHeld)) << name;
+    }
     EXPECT_FALSE(pattern("CallRetrievedEvent").matches(kHeld));
 }
 
@@ -47,8 +48,9 @@ TEST(EventPattern, Values_MustAllBeEqual)
 
 TEST(EventPattern, CallState_MayBeWrittenByName)
 {
-    for (char const* const value : {"6", "connected", "Connected", "sfiCallStateConnected"})
+    for (char const* const value : {"6", "connected", "Connected", "sfiCallStateConnected"}) {
         EXPECT_TRUE(pattern("CallStateChangeEvent CallState=" + std::string(value)).matches(kConnected)) << value;
+    }
     EXPECT_FALSE(pattern("CallStateChangeEvent CallState=held").matches(kConnected));
 }
 

@@ -1,8 +1,8 @@
-#include "console/RequestText.h"
+#include "telephone/console/RequestText.h"
 
 #include <gtest/gtest.h>
 
-#include "console/CommandError.h"
+#include "telephone/console/CommandError.h"
 
 using namespace telephone;
 

@@ -1,8 +1,8 @@
-#include "console/ScriptPlayer.h"
-
-#include <gtest/gtest.h>
+#include "telephone/console/ScriptPlayer.h"
 
 #include <sstream>
+
+#include <gtest/gtest.h>
 
 #include "ConsoleDoubles.h"
 

@@ -1,8 +1,8 @@
-#include "console/Words.h"
+#include "telephone/console/Words.h"
 
 #include <gtest/gtest.h>
 
-#include "console/CommandError.h"
+#include "telephone/console/CommandError.h"
 
 using namespace telephone;
 
@@ -54,6 +54,7 @@ TEST(Words, SecondsOf_TakesWholeAndPartsAndAUnit)
 
 TEST(Words, SecondsOf_AnythingElse_IsRefused)
 {
-    for (char const* const word : {"", "x", "-1", "1e9", "nan", "inf", "5 m", "5min"})
+    for (char const* const word : {"", "x", "-1", "1e9", "nan", "inf", "5 m", "5min"}) {
         EXPECT_THROW(secondsOf(word), CommandError) << word;
+    }
 }

@@ -1,9 +1,9 @@
 // The writer of events and answers: how much it asks for before it writes.
-#include "Elements.h"
-
-#include <gtest/gtest.h>
+#include "src/Elements.h"
 
 #include <limits>
+
+#include <gtest/gtest.h>
 
 namespace {
 

@@ -1,9 +1,4 @@
 // The event proxy as an object: its binding, its channel, and what single values become.
-#include "CommunicationsServiceEventProxy.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <cstring>
 #include <locale>
@@ -12,15 +7,19 @@
 #include <thread>
 #include <vector>
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include "CommunicationsServiceEvents.h"
 #include "CommunicationsServiceFactories.h"
-#include "CurrentDouble.h"
-#include "MockExecutable.h"
-#include "MockFrameworkContext.h"
-#include "MockProxyRequest.h"
-#include "MockSerializer.h"
 #include "RecordedRequest.h"
-#include "framework/SvcRTEContext.h"
+#include "platform/framework/SvcRTEContext.h"
+#include "src/CommunicationsServiceEventProxy.h"
+#include "tests/doubles/CurrentDouble.h"
+#include "tests/doubles/MockExecutable.h"
+#include "tests/doubles/MockFrameworkContext.h"
+#include "tests/doubles/MockProxyRequest.h"
+#include "tests/doubles/MockSerializer.h"
 
 using testing::_;
 using testing::ElementsAre;

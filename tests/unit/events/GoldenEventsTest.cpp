@@ -1,21 +1,21 @@
 // Every event of tests/golden/events.json: the operation is called with the arguments, the message must be the written
 // one.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstring>
 #include <fstream>
 #include <functional>
 #include <map>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "CommunicationsServiceEventProxy.h"
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
 #include "CommunicationsServiceEvents.h"
 #include "RecordedRequest.h"
+#include "src/CommunicationsServiceEventProxy.h"
 
 namespace {
 using nlohmann::json;

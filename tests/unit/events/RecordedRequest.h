@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "framework/FrameworkContext.h"
-#include "framework/ProxyRequest.h"
+#include "platform/framework/FrameworkContext.h"
+#include "platform/framework/ProxyRequest.h"
 
 class RecordedRequest : public ProxyRequest
 {

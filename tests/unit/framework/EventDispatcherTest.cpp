@@ -1,11 +1,11 @@
-#include "framework/EventDispatcher.h"
-
-#include <gtest/gtest.h>
+#include "telephone/framework/EventDispatcher.h"
 
 #include <atomic>
 #include <future>
 #include <thread>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "EventsDouble.h"
 
@@ -18,8 +18,9 @@ class Subscriber : public ExecutableDouble, public IgnoredEvents
 public:
     void callHeld(std::string const&, int callID) override
     {
-        if (onHeld)
+        if (onHeld) {
             onHeld(callID);
+        }
         held.push_back(callID);
     }
 
@@ -122,8 +123,9 @@ TEST(EventDispatcher, Post_FromWithinAnEvent_IsDeliveredAfterIt)
     EventDispatcher dispatcher;
     Subscriber subscriber;
     subscriber.onHeld = [&](int callID) {
-        if (callID == 1)
+        if (callID == 1) {
             postHeld(dispatcher, 2);
+        }
     };
     dispatcher.subscribe(&subscriber);
 
@@ -160,12 +162,14 @@ TEST(EventDispatcher, Post_FromManyThreads_KeepsEachThreadsOrder)
     std::vector<std::thread> threads;
     for (int thread = 0; thread < kThreads; ++thread) {
         threads.emplace_back([&dispatcher, thread] {
-            for (int i = 0; i < kEvents; ++i)
+            for (int i = 0; i < kEvents; ++i) {
                 postHeld(dispatcher, thread * kEvents + i);
+            }
         });
     }
-    for (std::thread& each : threads)
+    for (std::thread& each : threads) {
         each.join();
+    }
     dispatcher.stop();
 
     ASSERT_EQ(subscriber.held.size(), static_cast<std::size_t>(kThreads * kEvents));

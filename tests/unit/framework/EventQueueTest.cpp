@@ -1,4 +1,4 @@
-#include "framework/EventQueue.h"
+#include "telephone/framework/EventQueue.h"
 
 #include <gtest/gtest.h>
 

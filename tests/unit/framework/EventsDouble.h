@@ -3,9 +3,9 @@
 #pragma once
 
 #include "CommunicationsServiceEventIfc.h"
-#include "framework/Executable.h"
-#include "framework/Proxy.h"
-#include "framework/ProxyRequest.h"
+#include "platform/framework/Executable.h"
+#include "platform/framework/Proxy.h"
+#include "platform/framework/ProxyRequest.h"
 
 class IgnoredEvents : public CommunicationsServiceEventIfc
 {

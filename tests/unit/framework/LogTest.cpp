@@ -1,10 +1,10 @@
-#include "framework/Log.h"
-
-#include <gtest/gtest.h>
+#include "telephone/framework/Log.h"
 
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+
+#include <gtest/gtest.h>
 
 using telephone::flushLog;
 using telephone::kLogInfo;
@@ -30,8 +30,9 @@ protected:
         flushLog();
         std::ifstream input(file_);
         std::string text;
-        for (std::string line; std::getline(input, line);)
+        for (std::string line; std::getline(input, line);) {
             text += line.substr(std::string("2000-01-01 00:00:00.000 ").size()) + "\n";
+        }
         return text;
     }
 

@@ -1,14 +1,14 @@
-#include "framework/RequestRunner.h"
-
-#include <gtest/gtest.h>
+#include "telephone/framework/RequestRunner.h"
 
 #include <functional>
 
+#include <gtest/gtest.h>
+
 #include "EventsDouble.h"
-#include "framework/Channel.h"
-#include "framework/Invoker.h"
-#include "framework/InvokerResponse.h"
-#include "framework/SvcRTEContext.h"
+#include "platform/framework/Invoker.h"
+#include "platform/framework/InvokerResponse.h"
+#include "platform/framework/SvcRTEContext.h"
+#include "telephone/framework/Channel.h"
 
 using namespace telephone;
 

@@ -1,8 +1,8 @@
-#include "framework/Semaphore.h"
-
-#include <gtest/gtest.h>
+#include "platform/framework/Semaphore.h"
 
 #include <thread>
+
+#include <gtest/gtest.h>
 
 TEST(Semaphore, Take_WhileFree_Succeeds)
 {

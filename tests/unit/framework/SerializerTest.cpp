@@ -1,4 +1,4 @@
-#include "framework/Serializer.h"
+#include "platform/framework/Serializer.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
-#include "framework/TelephoneContext.h"
+#include "telephone/framework/TelephoneContext.h"
 
 #include <gtest/gtest.h>
 
 #include "EventsDouble.h"
-#include "framework/Channel.h"
-#include "framework/EventDispatcher.h"
+#include "telephone/framework/Channel.h"
+#include "telephone/framework/EventDispatcher.h"
 
 using namespace telephone;
 

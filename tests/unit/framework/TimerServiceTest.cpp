@@ -1,9 +1,9 @@
-#include "framework/TimerService.h"
-
-#include <gtest/gtest.h>
+#include "telephone/framework/TimerService.h"
 
 #include <future>
 #include <set>
+
+#include <gtest/gtest.h>
 
 #include "EventsDouble.h"
 
@@ -42,8 +42,9 @@ TEST(TimerService, Start_IdsAreNeverZeroAndDiffer)
 {
     TimerService timers;
     std::set<int> ids;
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i < 100; ++i) {
         ids.insert(timers.start(1h));
+    }
 
     EXPECT_EQ(ids.size(), 100U);
     EXPECT_EQ(ids.count(0), 0U);
@@ -87,8 +88,9 @@ TEST(TimerService, Start_SameInstant_KeepsTheOrderOfStarting)
     std::promise<void> done;
     // The first holds the thread until the others are all due.
     timers.start(0ms, [&] { release.get_future().wait(); });
-    for (char const letter : std::string("abc"))
+    for (char const letter : std::string("abc")) {
         timers.start(0ms, [&order, letter] { order += letter; });
+    }
     timers.start(0ms, [&] { done.set_value(); });
     release.set_value();
 

@@ -1,14 +1,14 @@
 // The invoker remembers the type of the first executable that comes in a process, so this test has one of its own.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
 
-#include "CommunicationsServiceInvoker.h"
-#include "MockCommunicationsService.h"
-#include "MockExecutable.h"
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include "RecordedResponse.h"
+#include "src/CommunicationsServiceInvoker.h"
+#include "tests/doubles/MockCommunicationsService.h"
+#include "tests/doubles/MockExecutable.h"
 
 using testing::ElementsAre;
 using testing::Return;

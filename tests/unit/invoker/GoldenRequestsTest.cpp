@@ -1,21 +1,21 @@
 // Every exchange of tests/golden/requests.json: the request goes in, the call and the answer must be the written ones.
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cctype>
 #include <fstream>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
-#include "CommunicationsServiceInvoker.h"
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
 #include "CommunicationsServiceRequests.h"
-#include "CurrentDouble.h"
-#include "LogDouble.h"
-#include "MockFrameworkContext.h"
-#include "MockProxy.h"
 #include "RecordedResponse.h"
 #include "RecordedService.h"
+#include "src/CommunicationsServiceInvoker.h"
+#include "tests/doubles/CurrentDouble.h"
+#include "tests/doubles/LogDouble.h"
+#include "tests/doubles/MockFrameworkContext.h"
+#include "tests/doubles/MockProxy.h"
 
 using testing::NiceMock;
 using testing::Return;

@@ -1,10 +1,10 @@
-#include <gtest/gtest.h>
-
 #include <string>
 #include <tuple>
 
-#include "CommunicationsServiceInvoker.h"
+#include <gtest/gtest.h>
+
 #include "CommunicationsServiceRequests.h"
+#include "src/CommunicationsServiceInvoker.h"
 
 namespace {
 using Invoker = CommunicationsServiceInvoker;

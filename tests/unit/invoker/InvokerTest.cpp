@@ -1,7 +1,4 @@
 // What the invoker does around a request: choosing the handler, answering, finishing, logging.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <memory>
 #include <string>
@@ -10,15 +7,18 @@
 #include <tuple>
 #include <vector>
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include "CommunicationsServiceFactories.h"
-#include "CommunicationsServiceInvoker.h"
-#include "CurrentDouble.h"
-#include "LogDouble.h"
-#include "MockCommunicationsService.h"
-#include "MockExecutable.h"
-#include "MockFrameworkContext.h"
-#include "MockInvokerResponse.h"
-#include "MockProxy.h"
+#include "src/CommunicationsServiceInvoker.h"
+#include "tests/doubles/CurrentDouble.h"
+#include "tests/doubles/LogDouble.h"
+#include "tests/doubles/MockCommunicationsService.h"
+#include "tests/doubles/MockExecutable.h"
+#include "tests/doubles/MockFrameworkContext.h"
+#include "tests/doubles/MockInvokerResponse.h"
+#include "tests/doubles/MockProxy.h"
 
 using testing::_;
 using testing::DoAll;

@@ -1,9 +1,9 @@
 #include "ParamaterExtractor.h"
 
-#include <gtest/gtest.h>
-
 #include <string>
 #include <type_traits>
+
+#include <gtest/gtest.h>
 
 namespace {
 struct Pair

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "framework/InvokerResponse.h"
+#include "platform/framework/InvokerResponse.h"
 
 class RecordedResponse : public InvokerResponse
 {

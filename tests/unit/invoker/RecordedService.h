@@ -2,14 +2,14 @@
 // golden texts are compared with it.
 #pragma once
 
-#include <nlohmann/json.hpp>
-
 #include <string>
 #include <type_traits>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 #include "CommunicationsServiceIfc.h"
-#include "framework/Executable.h"
+#include "platform/framework/Executable.h"
 
 class RecordedService : public Executable, public CommunicationsServiceIfc
 {

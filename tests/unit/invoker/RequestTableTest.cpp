@@ -1,8 +1,8 @@
-#include "RequestTable.h"
-
-#include <gtest/gtest.h>
+#include "src/RequestTable.h"
 
 #include <string>
+
+#include <gtest/gtest.h>
 
 namespace {
 TEST(RequestTable, Find_OfEveryDescribedName_GivesItsRow)

@@ -1,6 +1,4 @@
-#include "RequestText.h"
-
-#include <gtest/gtest.h>
+#include "src/RequestText.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -10,7 +8,9 @@
 #include <string_view>
 #include <utility>
 
-#include "TaggedText.h"
+#include <gtest/gtest.h>
+
+#include "src/TaggedText.h"
 
 namespace {
 std::string elements(int count)

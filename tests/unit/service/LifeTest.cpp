@@ -1,7 +1,7 @@
 // Creation, wiring, timers and end of the service object.
-#include "ServiceTest.h"
-
 #include <type_traits>
+
+#include "ServiceTest.h"
 
 namespace {
 

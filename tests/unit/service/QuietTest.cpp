@@ -1,8 +1,8 @@
 // Every operation that traces, with the trace switched off: each asks once for each of its lines and writes none but
 // its failures. The mocks allow everything here; what the operations call is for the other tests.
-#include "ServiceTest.h"
-
 #include <functional>
+
+#include "ServiceTest.h"
 
 namespace {
 

@@ -3,15 +3,15 @@
 // asked exactly once whether it is wanted.
 #pragma once
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "CommunicationsService.h"
-#include "Doubles.h"
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "src/CommunicationsService.h"
+#include "tests/doubles/Doubles.h"
 
 using testing::_;
 using testing::AnyNumber;

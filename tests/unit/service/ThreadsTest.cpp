@@ -1,15 +1,15 @@
 // Several threads in the service at once. The platform here is hand-made: it keeps state only where the test looks at
 // it, so that a race is one of the service.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <latch>
 #include <thread>
 #include <vector>
 
-#include "CommunicationsService.h"
-#include "Doubles.h"
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "src/CommunicationsService.h"
+#include "tests/doubles/Doubles.h"
 
 namespace {
 

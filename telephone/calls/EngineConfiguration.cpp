@@ -1,0 +1,28 @@
+#include "telephone/calls/EngineConfiguration.h"
+
+#include "telephone/configuration/Configuration.h"
+
+namespace telephone {
+
+EngineConfiguration EngineConfiguration::from(Configuration const& configuration)
+{
+    EngineConfiguration engine;
+    engine.agent.address = configuration.sip.address;
+    engine.agent.udpPort = static_cast<std::uint16_t>(configuration.sip.port);
+    engine.agent.tcpPort = static_cast<std::uint16_t>(configuration.sip.port);
+    engine.agent.name = configuration.sip.userAgent;
+    engine.audioSource = configuration.media.source;
+    engine.heardFile = configuration.media.heard;
+    engine.maximumCalls = configuration.calls.maximum;
+    engine.automaticRinging = configuration.calls.automaticRinging;
+    engine.doNotDisturbStatus = configuration.calls.doNotDisturbStatus;
+    engine.reinviteTimeout = std::chrono::seconds(configuration.calls.reinviteTimeout);
+    engine.callBacks = configuration.calls.callBacks;
+    engine.groupPickup = configuration.server.groupPickup;
+    engine.directedPickup = configuration.server.directedPickup;
+    engine.voiceMail = configuration.server.voiceMail;
+    engine.messageWaiting = configuration.server.messageWaiting;
+    return engine;
+}
+
+}  // namespace telephone

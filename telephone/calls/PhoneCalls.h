@@ -1,0 +1,44 @@
+// What lines and keys ask of the call control: the part of CallEngine they use, as an interface, so that they work
+// without a SIP stack. Each operation takes the phone lock itself; std::lock_guard<PhoneCalls> brackets several.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "telephone/calls/CallEngine.h"
+#include "telephone/calls/CallSnapshot.h"
+
+namespace telephone {
+
+class PhoneCalls
+{
+public:
+    virtual ~PhoneCalls() = default;
+
+    virtual void lock() = 0;
+    virtual void unlock() = 0;
+
+    virtual std::vector<CallSnapshot> calls() const = 0;
+    virtual std::optional<CallSnapshot> call(int callID) const = 0;
+    virtual std::optional<CallSnapshot> activeCall() const = 0;
+    virtual int freeCallID() = 0;
+
+    virtual sfiResult make(LineAddress const& place, int callID, std::string const& destination,
+                           CallPurpose purpose) = 0;
+    virtual sfiResult answer(int callID) = 0;
+    virtual sfiResult clear(int callID) = 0;
+    // As a press of a key asks for it: by hand.
+    virtual sfiResult hold(int callID) = 0;
+    virtual sfiResult retrieve(int callID) = 0;
+    virtual sfiResult deflect(int callID, std::string const& destination) = 0;
+    virtual sfiResult blindTransfer(int callID, std::string const& destination) = 0;
+    // The call that rings at a number.
+    virtual sfiResult pickup(LineAddress const& place, int callID, std::string const& number) = 0;
+    // A call of another telephone that is known already.
+    virtual sfiResult takeOver(LineAddress const& place, int callID, PickupTarget const& target) = 0;
+    // Tells the applications that a feature failed on a line.
+    virtual void featureFailed(int recordLine, sfiFeature feature, sfiFeatureFailure failure) = 0;
+};
+
+}  // namespace telephone

@@ -1,0 +1,214 @@
+#include "telephone/calls/SipMeaning.h"
+
+#include <algorithm>
+#include <array>
+
+#include "telephone/sip/Uri.h"
+
+namespace telephone {
+
+namespace {
+
+struct StatusMeaning
+{
+    int status;
+    Ending ending;
+    sfiFeatureFailure featureFailure;
+};
+
+// clang-format off
+constexpr std::array kStatusMeanings{
+    StatusMeaning{401, {sfiCallStateFailed, sfiReasonUnauthorised},  sfiFeatureFailureRefused},
+    StatusMeaning{403, {sfiCallStateFailed, sfiReasonRefused},       sfiFeatureFailureRefused},
+    StatusMeaning{404, {sfiCallStateFailed, sfiReasonNotFound},      sfiFeatureFailureUnknownTarget},
+    StatusMeaning{406, {sfiCallStateFailed, sfiReasonNotAcceptable}, sfiFeatureFailureRefused},
+    StatusMeaning{407, {sfiCallStateFailed, sfiReasonUnauthorised},  sfiFeatureFailureRefused},
+    StatusMeaning{408, {sfiCallStateFailed, sfiReasonTimeout},       sfiFeatureFailureTimeout},
+    StatusMeaning{410, {sfiCallStateFailed, sfiReasonNotFound},      sfiFeatureFailureUnknownTarget},
+    StatusMeaning{415, {sfiCallStateFailed, sfiReasonNotAcceptable}, sfiFeatureFailureRefused},
+    StatusMeaning{480, {sfiCallStateFailed, sfiReasonUnavailable},   sfiFeatureFailureTimeout},
+    StatusMeaning{481, {sfiCallStateFailed, sfiReasonUnavailable},   sfiFeatureFailureNotPossible},
+    StatusMeaning{484, {sfiCallStateFailed, sfiReasonNotFound},      sfiFeatureFailureUnknownTarget},
+    StatusMeaning{486, {sfiCallStateBusy,   sfiReasonBusy},          sfiFeatureFailureTargetBusy},
+    StatusMeaning{487, {sfiCallStateIdle,   sfiReasonCancelled},     sfiFeatureFailureTimeout},
+    StatusMeaning{488, {sfiCallStateFailed, sfiReasonNotAcceptable}, sfiFeatureFailureRefused},
+    StatusMeaning{491, {sfiCallStateFailed, sfiReasonRefused},       sfiFeatureFailureNotPossible},
+    StatusMeaning{600, {sfiCallStateBusy,   sfiReasonBusy},          sfiFeatureFailureTargetBusy},
+    StatusMeaning{603, {sfiCallStateFailed, sfiReasonRefused},       sfiFeatureFailureRefused},
+    StatusMeaning{604, {sfiCallStateFailed, sfiReasonNotFound},      sfiFeatureFailureUnknownTarget},
+    StatusMeaning{606, {sfiCallStateFailed, sfiReasonNotAcceptable}, sfiFeatureFailureRefused},
+};
+
+struct CauseMeaning
+{
+    CSTAEventCause cause;
+    StatusLine refusal;
+    const char* reasonHeader;
+};
+constexpr std::array kCauseMeanings{
+    CauseMeaning{CSTAEventCauseNone,              {603, "Decline"},                 ""},
+    CauseMeaning{CSTAEventCauseNormalClearing,    {603, "Decline"},                 "Q.850;cause=16;text=\"Normal call clearing\""},
+    CauseMeaning{CSTAEventCauseBusy,              {486, "Busy Here"},               "Q.850;cause=17;text=\"User busy\""},
+    CauseMeaning{CSTAEventCauseCallCancelled,     {603, "Decline"},                 "SIP;cause=487;text=\"Request Terminated\""},
+    CauseMeaning{CSTAEventCauseNoAnswer,          {480, "Temporarily Unavailable"}, "Q.850;cause=19;text=\"No answer from user\""},
+    CauseMeaning{CSTAEventCauseNetworkCongestion, {503, "Service Unavailable"},     "Q.850;cause=42;text=\"Switching equipment congestion\""},
+};
+
+struct RefusalMeaning
+{
+    sfiRefuseCall reason;
+    StatusLine line;
+};
+constexpr std::array kRefusals{
+    RefusalMeaning{sfiRefuseCallBusy,        {486, "Busy Here"}},
+    RefusalMeaning{sfiRefuseCallDecline,     {603, "Decline"}},
+    RefusalMeaning{sfiRefuseCallUnavailable, {480, "Temporarily Unavailable"}},
+    RefusalMeaning{sfiRefuseCallNotFound,    {404, "Not Found"}},
+    RefusalMeaning{sfiRefuseCallForbidden,   {403, "Forbidden"}},
+};
+
+struct DiversionWord
+{
+    sfiForwardReason reason;
+    const char* word;
+};
+constexpr std::array kDiversionWords{
+    DiversionWord{sfiForwardReasonUnconditional, "unconditional"},
+    DiversionWord{sfiForwardReasonBusy,          "user-busy"},
+    DiversionWord{sfiForwardReasonNoReply,       "no-answer"},
+    DiversionWord{sfiForwardReasonDeflected,     "deflection"},
+    DiversionWord{sfiForwardReasonDoNotDisturb,  "do-not-disturb"},
+    DiversionWord{sfiForwardReasonUnknown,       "unknown"},
+};
+
+struct PriorityWord
+{
+    const char* word;
+    sfiResourcePriority priority;
+};
+constexpr std::array kPriorityWords{
+    PriorityWord{"dsn.routine",        sfiResourcePriorityRoutine},
+    PriorityWord{"dsn.priority",       sfiResourcePriorityPriority},
+    PriorityWord{"dsn.immediate",      sfiResourcePriorityImmediate},
+    PriorityWord{"dsn.flash",          sfiResourcePriorityFlash},
+    PriorityWord{"dsn.flash-override", sfiResourcePriorityFlashOverride},
+};
+// clang-format on
+
+static_assert(std::is_sorted(kStatusMeanings.begin(), kStatusMeanings.end(),
+                             [](auto const& left, auto const& right) { return left.status < right.status; }));
+static_assert(kCauseMeanings.size() == 6 && kRefusals.size() == 5 && kDiversionWords.size() == 6 &&
+              kPriorityWords.size() == 5);
+
+StatusMeaning const* meaningOf(int status)
+{
+    auto const found = std::find_if(kStatusMeanings.begin(), kStatusMeanings.end(),
+                                    [status](auto const& row) { return row.status == status; });
+    return found == kStatusMeanings.end() ? nullptr : &*found;
+}
+
+CauseMeaning const& meaningOf(CSTAEventCause cause)
+{
+    auto const found = std::find_if(kCauseMeanings.begin(), kCauseMeanings.end(),
+                                    [cause](auto const& row) { return row.cause == cause; });
+    return found == kCauseMeanings.end() ? kCauseMeanings.front() : *found;
+}
+
+}  // namespace
+
+Ending endingOf(int status)
+{
+    if (StatusMeaning const* meaning = meaningOf(status)) {
+        return meaning->ending;
+    }
+    return {sfiCallStateFailed, status >= 500 && status < 600 ? sfiReasonServerFailure : sfiReasonRefused};
+}
+
+Ending endingOf(sip::Closing const& closing)
+{
+    switch (closing.cause) {
+    case sip::CloseCause::kRemoteHangUp:
+        return {sfiCallStateIdle, sfiReasonNormal};
+    case sip::CloseCause::kCancelled:
+        return {sfiCallStateIdle, closing.answeredElsewhere() ? sfiReasonAnsweredElsewhere : sfiReasonCancelled};
+    case sip::CloseCause::kTimeout:
+        return {sfiCallStateFailed, sfiReasonTimeout};
+    case sip::CloseCause::kRejected:
+    case sip::CloseCause::kFailed:
+        return endingOf(closing.status);
+    }
+    return {sfiCallStateFailed, sfiReasonServerFailure};
+}
+
+sfiFeatureFailure featureFailureOf(int status)
+{
+    StatusMeaning const* meaning = meaningOf(status);
+    return meaning != nullptr ? meaning->featureFailure : sfiFeatureFailureRefused;
+}
+
+sfiRegistrationResult registrationResultOf(int status)
+{
+    if (status == 401 || status == 403 || status == 407) {
+        return sfiRegistrationUnauthorised;
+    }
+    return status == 408 || status == 503 ? sfiRegistrationNoAnswer : sfiRegistrationRefused;
+}
+
+StatusLine statusOf(sfiRefuseCall reason)
+{
+    auto const found =
+        std::find_if(kRefusals.begin(), kRefusals.end(), [reason](auto const& row) { return row.reason == reason; });
+    return found == kRefusals.end() ? StatusLine{} : found->line;
+}
+
+StatusLine statusOf(CSTAEventCause cause)
+{
+    return meaningOf(cause).refusal;
+}
+
+std::string reasonHeaderOf(CSTAEventCause cause)
+{
+    return meaningOf(cause).reasonHeader;
+}
+
+sfiForwardReason forwardReasonOf(std::string_view diversionReason)
+{
+    auto const found = std::find_if(kDiversionWords.begin(), kDiversionWords.end(), [diversionReason](auto const& row) {
+        return sip::equalsIgnoringCase(row.word, diversionReason);
+    });
+    return found == kDiversionWords.end() ? sfiForwardReasonUnknown : found->reason;
+}
+
+char const* diversionReasonOf(sfiForwardReason reason)
+{
+    auto const found = std::find_if(kDiversionWords.begin(), kDiversionWords.end(),
+                                    [reason](auto const& row) { return row.reason == reason; });
+    return found == kDiversionWords.end() ? "unknown" : found->word;
+}
+
+sfiResourcePriority priorityOf(std::string_view header)
+{
+    const std::string_view first = header.substr(0, header.find_first_of(", ;"));
+    auto const found = std::find_if(kPriorityWords.begin(), kPriorityWords.end(),
+                                    [first](auto const& row) { return sip::equalsIgnoringCase(row.word, first); });
+    return found == kPriorityWords.end() ? sfiResourcePriorityNone : found->priority;
+}
+
+AlertInformation alertInformationOf(std::string_view header)
+{
+    AlertInformation information;
+    const std::size_t open = header.find('<');
+    const std::size_t close = header.find('>', open == std::string_view::npos ? 0 : open);
+    if (open != std::string_view::npos && close != std::string_view::npos) {
+        information.uri = header.substr(open + 1, close - open - 1);
+    }
+    constexpr std::string_view kInfo = "info=";
+    const std::size_t info = header.find(kInfo, close == std::string_view::npos ? 0 : close);
+    if (info != std::string_view::npos) {
+        const std::string_view rest = header.substr(info + kInfo.size());
+        information.infoParam = rest.substr(0, rest.find_first_of(";,"));
+    }
+    return information;
+}
+
+}  // namespace telephone

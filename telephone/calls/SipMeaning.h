@@ -1,0 +1,52 @@
+// What SIP's words mean in the call control's: tables from statuses, reasons and headers to the platform's values and
+// back. Pure functions.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/sfi/SfiTypes.h"
+#include "telephone/sip/Session.h"
+
+namespace telephone {
+
+// How a call ends for its subscribers.
+struct Ending
+{
+    sfiCallState state = sfiCallStateIdle;  // Idle, Busy or Failed
+    sfiReason reason = sfiReasonNormal;
+};
+
+Ending endingOf(sip::Closing const& closing);
+Ending endingOf(int status);  // final refusal of an INVITE
+
+sfiFeatureFailure featureFailureOf(int status);  // 300 and above
+sfiRegistrationResult registrationResultOf(int status);
+
+struct StatusLine
+{
+    int status = 0;  // 0: no such reason
+    char const* text = "";
+};
+StatusLine statusOf(sfiRefuseCall reason);
+// The answer that clears a call which was not answered yet.
+StatusLine statusOf(CSTAEventCause cause);
+// Value of a Reason header (RFC 3326); empty: none.
+std::string reasonHeaderOf(CSTAEventCause cause);
+
+// Words of the Diversion header (RFC 5806).
+sfiForwardReason forwardReasonOf(std::string_view diversionReason);
+char const* diversionReasonOf(sfiForwardReason reason);
+
+// Resource-Priority (RFC 4412), namespace dsn.
+sfiResourcePriority priorityOf(std::string_view header);
+
+// Alert-Info: "<uri>;info=param".
+struct AlertInformation
+{
+    std::string uri;
+    std::string infoParam;
+};
+AlertInformation alertInformationOf(std::string_view header);
+
+}  // namespace telephone

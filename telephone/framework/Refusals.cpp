@@ -1,0 +1,41 @@
+#include "telephone/framework/Refusals.h"
+
+#include <exception>
+#include <utility>
+
+#include "telephone/framework/Log.h"
+
+namespace telephone {
+
+namespace {
+thread_local RefusalCollector* innermost = nullptr;
+}
+
+void reportRefusal(std::string_view component, Refusal const& refusal)
+{
+    logLine(kLogWarning, component, refusal.reason);
+    if (innermost == nullptr) {
+        return;
+    }
+    try {
+        innermost->refusals_.push_back(refusal);
+    } catch (std::exception const& error) {
+        logLine(kLogFailure, component, error.what());
+    }
+}
+
+RefusalCollector::RefusalCollector()
+    : outer_(std::exchange(innermost, this))
+{}
+
+RefusalCollector::~RefusalCollector()
+{
+    innermost = outer_;
+}
+
+std::vector<Refusal> RefusalCollector::take()
+{
+    return std::exchange(refusals_, {});
+}
+
+}  // namespace telephone

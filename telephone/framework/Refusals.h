@@ -1,0 +1,38 @@
+// Makes refusals known: each is logged once, here, and kept for the submitter of the request that met it.
+//
+// An operation that refuses returns its Refusal. Where that would become a bare number or nothing at all (the
+// platform's operations, keys, timers), the caller reports it. The runner of requests collects what its thread reports
+// while a request runs; refusals on other threads are only logged.
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+#include "telephone/base/Refusal.h"
+
+namespace telephone {
+
+// Any thread. Never throws.
+void reportRefusal(std::string_view component, Refusal const& refusal);
+
+// Collects the refusals that its thread reports, from its construction to its destruction. Collectors nest: the
+// innermost one collects.
+class RefusalCollector
+{
+public:
+    RefusalCollector();
+    ~RefusalCollector();
+    RefusalCollector(RefusalCollector const&) = delete;
+    RefusalCollector& operator=(RefusalCollector const&) = delete;
+
+    // In the order in which they were reported; the collector is empty afterwards.
+    std::vector<Refusal> take();
+
+private:
+    friend void reportRefusal(std::string_view component, Refusal const& refusal);
+
+    std::vector<Refusal> refusals_;
+    RefusalCollector* outer_;
+};
+
+}  // namespace telephone

@@ -1,0 +1,44 @@
+#include "telephone/program/StartConfiguration.h"
+
+#include "telephone/configuration/ConfigurationFile.h"
+#include "telephone/framework/Log.h"
+
+namespace telephone {
+
+namespace {
+
+// Between the lines of a console or script only what went wrong is of interest.
+constexpr int kQuietLevel = kLogWarning;
+
+Configuration changed(Configuration configuration, CommandLine const& line)
+{
+    bool const isQuiet = line.action != Action::kServe && line.configuration.empty();
+    if (line.logLevel) {
+        configuration.log.level = *line.logLevel;
+    } else if (isQuiet && line.logFile.empty()) {
+        configuration.log.level = kQuietLevel;
+    }
+    if (!line.logFile.empty()) {
+        configuration.log.file = line.logFile;
+    }
+    if (!line.socket.empty()) {
+        configuration.applications.path = line.socket;
+    }
+    if (line.withoutExchange) {
+        configuration.exchange.enabled = false;
+    }
+    return configuration;
+}
+
+}  // namespace
+
+Configuration startConfiguration(CommandLine const& line)
+{
+    Configuration const given =
+        line.configuration.empty() ? Configuration::standard() : ConfigurationFile(line.configuration).read();
+    Configuration configuration = changed(given, line);
+    openLog(configuration.log.level, configuration.log.file);
+    return configuration;
+}
+
+}  // namespace telephone

@@ -1,0 +1,49 @@
+#include <iostream>
+
+#include "telephone/framework/Log.h"
+#include "telephone/framework/StopSignal.h"
+#include "telephone/program/CommandLine.h"
+#include "telephone/program/Programs.h"
+
+namespace {
+
+int run(telephone::CommandLine const& line, telephone::StopSignal const& stop)
+{
+    using telephone::Action;
+    switch (line.action) {
+    case Action::kConsole:
+    case Action::kTour:
+    case Action::kPlay:
+    case Action::kServe:
+        return telephone::runTelephone(line, stop);
+    case Action::kExchange:
+        return telephone::runExchange(line, stop);
+    case Action::kRequest:
+        return telephone::runRequest(line, stop);
+    case Action::kWatch:
+        return telephone::runWatch(line, stop);
+    case Action::kStore:
+        return telephone::runStore(line);
+    }
+    return 1;
+}
+
+}  // namespace
+
+int main(int count, char** arguments)
+{
+    try {
+        int exitStatus = 0;
+        auto const line = telephone::CommandLine::read(count, arguments, exitStatus);
+        if (!line) {
+            return exitStatus;
+        }
+        telephone::StopSignal const stop;
+        int const status = run(*line, stop);
+        telephone::flushLog();
+        return status;
+    } catch (std::exception const& error) {
+        std::cerr << "telephone: " << error.what() << std::endl;
+        return 1;
+    }
+}
