@@ -48,7 +48,8 @@ public:
     /// @param result why it changed
     virtual void registrationStateChange(std::string const& lineURI, int callID, bool registered,
                                          sfiRegistrationResult result) = 0;
-    /// A call is offered. Its state events follow; CommunicationsServiceIfc::acceptCall lets it ring.
+    /// A call is offered. Its state events follow. CommunicationsServiceIfc::acceptCall lets it ring, unless the
+    /// telephone does so by itself.
     /// @param lineURI the line
     /// @param callID the number that the telephone gave the call
     /// @param uri the caller
@@ -69,7 +70,7 @@ public:
                               sfiCallType callType, std::string const& diversionURI, std::string const& diversionName,
                               sfiForwardReason diversionReason, bool zipAutoAnswer, sfiResourcePriority priority,
                               sfiAdditionalCallInfo info, bool isVideoCall) = 0;
-    /// A call that rang elsewhere was picked up here, or can be.
+    /// A call that rang at another telephone was picked up here. Told when the picked-up call is connected.
     virtual void incomingPickupCall(std::string const& lineURI, int callID, std::string const& uri,
                                     std::string const& name) = 0;
     /// A call is on hold by this telephone.

@@ -78,7 +78,8 @@ public:
     /// Adds an observer of the lines.
     /// @return false when the executable cannot observe lines.
     virtual bool observe(Executable* observer) = 0;
-    /// Seizes a line for a new call; "anyLine" may stand for any free one. Team lock.
+    /// Seizes a line for a new call. The keyset may have a name for any free line, in the reference telephone
+    /// "anyLine". Team lock.
     /// @return true when the line is selected or reserved now; false when it is unknown or in another state, which is
     ///     logged.
     virtual bool reserveLine(std::string const& lineURI) = 0;

@@ -27,7 +27,7 @@ public:
         bool answers;  // otherwise the requester only learns that the request is finished
     };
 
-    static constexpr std::size_t kCount = 43;
+    static constexpr std::size_t kCount = kRequestCount;
     using Rows = std::array<Row, kCount>;
 
     static constexpr Rows rows();
@@ -133,8 +133,7 @@ constexpr bool matchDescriptions()
     }
     return true;
 }
-static_assert(RequestTable::kCount == kRequestCount, "a request without a handler, or a handler without a request");
-static_assert(matchDescriptions(), "the handlers differ from the descriptions in a name, in order or in the answer");
+static_assert(matchDescriptions(), "the handlers differ from the descriptions in number, a name, order or the answer");
 
 // A name is found with one look into a table of slots, in which no two names share a slot. The slot follows from the
 // length of the name and three of its characters.

@@ -17,9 +17,9 @@ enum keyFunctionType : int
     keyFunctionBusyLampField = 46,  ///< shows a party's state and picks up its calls
     keyFunctionFeatureToggle = 47,  ///< switches a feature of the call server
     keyFunctionMute = 48,           ///< mutes the microphone
-    keyFunctionHeadset = 49,        ///< answers and speaks on the headset
-    keyFunctionSpeaker = 50,        ///< answers and speaks on the loudspeaker
-    keyFunctionRelease = 51,        ///< ends the call
+    keyFunctionHeadset = 49,        ///< the hook switch of the headset
+    keyFunctionSpeaker = 50,        ///< the loudspeaker's key
+    keyFunctionRelease = 51,        ///< goes on hook
     keyFunctionPreview = 54,        ///< shows the next ringing line
     keyFunctionIgnoreCall = 55,     ///< silences a ringing line
     keyFunctionHold = 57,           ///< holds the active call, or retrieves one
@@ -80,8 +80,8 @@ enum lampMode : int
 {
     lampOff = 0,         ///< dark
     lampSteady = 1,      ///< steadily
-    lampFlashing = 2,    ///< on and off, slowly
-    lampFluttering = 3,  ///< on and off, fast
+    lampFlashing = 2,    ///< on and off
+    lampFluttering = 3,  ///< on and off, quickly
 };
 
 /// The colour of a lamp.

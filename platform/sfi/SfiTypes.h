@@ -142,7 +142,7 @@ enum sfiReason : int
     sfiReasonUnauthorised = 10,       ///< wrong user or password
     sfiReasonAnsweredElsewhere = 11,  ///< another telephone answered it
     sfiReasonTransferred = 12,        ///< transferred
-    sfiReasonPickedUp = 13,           ///< another telephone picked it up
+    sfiReasonPickedUp = 13,           ///< picked up by another telephone
     sfiReasonNotAcceptable = 14,      ///< no common media
 };
 

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Checks which way includes run: platform/ includes itself, include/ also platform/, src/ also include/; and of others
-# the standard library only. Usage: check_includes.sh ROOT
+# Checks the direction of includes: platform/ includes itself, include/ also platform/, src/ also include/, and all
+# three the standard library. Usage: check_includes.sh ROOT
 set -eu
 root=$1
 cd "$root"
@@ -12,8 +12,8 @@ complain()
     result=1
 }
 
-# check FOLDER ALLOWED...: every header that a file of FOLDER names in quotes lies in one of the allowed folders; those of
-# platform/ are named by their path.
+# check FOLDER ALLOWED...: every header that a file of FOLDER includes in quotes is in one of the allowed folders;
+# headers of platform/ are included by their path.
 check()
 {
     folder=$1
