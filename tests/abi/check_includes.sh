@@ -8,7 +8,7 @@ result=0
 
 complain()
 {
-    echo "$1: $2 is not for this folder" >&2
+    echo "$1: $2 may not be included in this folder" >&2
     result=1
 }
 

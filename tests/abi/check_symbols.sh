@@ -22,7 +22,7 @@ result=0
 for list in exported required; do
     eval "recorded=\$$list"
     if ! grep -v '^#' "$recorded" | sort | diff -u --label "recorded: $recorded" --label "$library" - "$found/$list"; then
-        echo "the symbols that are $list differ from the record" >&2
+        echo "the $list symbols differ from the record" >&2
         result=1
     fi
 done

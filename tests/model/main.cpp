@@ -157,7 +157,7 @@ int runAlone(Options const& options)
         }
         done += seeds.size();
     }
-    std::cout << done << " steps, seed " << options.seed << ": as the rules say\n";
+    std::cout << done << " steps, seed " << options.seed << ": no difference from the rules\n";
     return 0;
 }
 
@@ -191,7 +191,7 @@ int runTogether(Options const& options)
     }
     if (!failed) {
         std::cout << options.threads << " threads, " << share << " steps each, seed " << options.seed
-                  << ": as the rules say\n";
+                  << ": no difference from the rules\n";
     }
     return failed ? 1 : 0;
 }

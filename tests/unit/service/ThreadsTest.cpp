@@ -33,7 +33,7 @@ public:
         ++writes_;
         ++writersInside_;
         EXPECT_EQ(writersInside_, 1);
-        EXPECT_EQ(agent_->setData(data), 1) << "what the service publishes passes its own filter";
+        EXPECT_EQ(agent_->setData(data), 1) << "the service's own publications pass its filter";
         --writersInside_;
         return 1;
     }
