@@ -17,7 +17,7 @@ public:
     ///     as it is. Agents may be told of the change before it returns, on the calling thread.
     virtual int setManageableData(ManageableData& data) = 0;
     /// Registers an agent for changes of the items under a tag (QoraTags): its `manageableDataChanged` is called for
-    /// each, on the thread that made the change.
+    /// each, on the thread that made or noticed the change.
     virtual void registerForTag(MgmtAgentIfc* agent, char const* tag) = 0;
 
 protected:

@@ -30,7 +30,7 @@ class SvcRTEContext;
 class CSfi
 {
 public:
-    /// The call control of this telephone.
+    /// The call control of this telephone. The service asks for it anew at every use.
     /// @return Null only before the service's `init`, or for a telephone that has no call control at all. `init` is the
     ///     one place that tests it: without call control it logs a failure and leaves out Initialise, the settings and
     ///     the subscription timer. Every later request uses the object without a test, so a telephone that sends
