@@ -1,39 +1,51 @@
-// The events that the service sends as text, described for whoever reads or shows them: documentation, a console's
-// help, test tools. What the event proxy really sends is compared with this table by the tests.
-//
-// An event is the element "Method" followed by every element of its row, in the row's order, with nothing between
-// them: <Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>1</CallID>. An element is never left out, also when
-// its value is empty. Values are raw: there is no escaping. The table is constant: any thread may read it.
+/// @file
+/// The events that the service sends as text, described for programs that read or show them: documentation, a console's
+/// help, test tools. The tests compare what the event proxy sends with this table.
+///
+/// An event is the element "Method" followed by every element of its row, in the row's order, with nothing between
+/// them: `<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>1</CallID>`. No element is ever left out, even
+/// when its value is empty. Values are raw: there is no escaping.
+///
+/// Thread: any; the table is constant.
 #pragma once
 
 #include <cstddef>
 #include <string_view>
 
+/// How the value of an element is written.
 enum class EventElementKind
 {
-    text,     // as it stands
-    cutText,  // as it stands, but only up to its first NUL
-    integer,  // signed decimal; enumerations too
-    count,    // unsigned decimal
-    flag,     // 1 or 0
-    list,     // a list in the framework's serialised form
-    body,     // no element: the text follows as it stands, up to the end of the event
+    text,     ///< as it stands
+    cutText,  ///< as it stands, but only up to its first NUL
+    integer,  ///< signed decimal; enumerations too
+    count,    ///< unsigned decimal
+    flag,     ///< 1 or 0
+    list,     ///< a list in the framework's serialised form
+    body,     ///< no element: the text follows as it stands, up to the end of the event
 };
 
+/// One element of an event.
 struct EventElement
 {
-    std::string_view tag;
-    EventElementKind kind;
+    std::string_view tag;   ///< its name; case-sensitive
+    EventElementKind kind;  ///< how its value is written
 };
 
+/// The elements of an event, in order. A list that can be written in a table row.
 struct EventElements
 {
-    static constexpr std::size_t kMaximum = 17;
+    static constexpr std::size_t kMaximum = 17;  ///< most elements of an event
 
-    EventElement list[kMaximum] = {};
+    EventElement list[kMaximum] = {};  ///< unused places have an empty tag
 
+    /// The first element.
+    /// @return Start of the elements in use.
     constexpr EventElement const* begin() const { return list; }
+    /// Behind the last element.
+    /// @return End of the elements in use.
     constexpr EventElement const* end() const { return list + size(); }
+    /// The number of elements.
+    /// @return 0 for an event without elements.
     constexpr std::size_t size() const
     {
         std::size_t count = 0;
@@ -44,15 +56,21 @@ struct EventElements
     }
 };
 
+/// One event.
 struct EventDescription
 {
-    std::string_view operation;  // of CommunicationsServiceEventIfc
-    std::string_view method;     // the value of the element "Method"; empty: the event is not sent
-    EventElements elements;
-    std::string_view meaning;
+    std::string_view operation;  ///< of CommunicationsServiceEventIfc
+    std::string_view method;     ///< the value of the element "Method"; empty: the event is not sent
+    EventElements elements;      ///< what follows the method
+    std::string_view meaning;    ///< one sentence for the documentation
 };
 
+/// Short names for the rows of the table.
 namespace event_elements {
+/// @name Kinds of elements
+/// @{
+
+/// See EventElementKind.
 inline constexpr auto text = EventElementKind::text;
 inline constexpr auto cutText = EventElementKind::cutText;
 inline constexpr auto integer = EventElementKind::integer;
@@ -60,7 +78,13 @@ inline constexpr auto count = EventElementKind::count;
 inline constexpr auto flag = EventElementKind::flag;
 inline constexpr auto list = EventElementKind::list;
 
-// The spelling of one and the same thing differs between events; receivers depend on it.
+/// @}
+
+/// @name Elements of several events
+/// @{
+
+/// An element of several events. The spelling of one and the same thing differs between events, and receivers depend on
+/// it.
 inline constexpr EventElement kLineID{"LineID", text};
 inline constexpr EventElement kCutLineID{"LineID", cutText};
 inline constexpr EventElement kLineURI{"lineURI", text};
@@ -71,12 +95,15 @@ inline constexpr EventElement kName{"Name", text};
 inline constexpr EventElement kCallLevel{"ILCallLevel", integer};
 inline constexpr EventElement kLocalLevel{"ILLocalLevel", integer};
 inline constexpr EventElement kBody{"Body", EventElementKind::body};
+/// @}
 }  // namespace event_elements
 
+/// The table itself; use kEventDescriptions.
 namespace event_table {
 using namespace event_elements;
 
 // clang-format off
+/// One row for each operation of CommunicationsServiceEventIfc, in its order.
 inline constexpr EventDescription kRows[] = {
     {"callStateChange", "CallStateChangeEvent",
         {{kLineID, kCallID, {"CallState", integer}, {"Reason", integer}, {"SendOptions", integer}, kURI, kName,
@@ -182,6 +209,8 @@ inline constexpr EventDescription kRows[] = {
 };
 // clang-format on
 
+/// Checks the table.
+/// @return true when no operation has two rows.
 constexpr bool operationsAreUnique()
 {
     for (auto const& row : kRows) {
@@ -197,14 +226,15 @@ constexpr bool operationsAreUnique()
 }
 }  // namespace event_table
 
-inline constexpr std::size_t kEventCount = 29;
-inline constexpr auto& kEventDescriptions = event_table::kRows;
+inline constexpr std::size_t kEventCount = 29;  ///< the number of operations of CommunicationsServiceEventIfc
+inline constexpr auto& kEventDescriptions = event_table::kRows;  ///< every event, in the order of the interface
 
 static_assert(sizeof(event_table::kRows) / sizeof(event_table::kRows[0]) == kEventCount,
               "an event was added or removed: whoever lists events must know");
 static_assert(event_table::operationsAreUnique(), "an event stands in the table twice");
 
-// The description of an event by its method, or null when none of that method is sent.
+/// Finds the description of an event by its method.
+/// @return Null when no event has that method, and for the empty text.
 constexpr EventDescription const* findEventDescription(std::string_view method)
 {
     for (auto const& row : kEventDescriptions) {

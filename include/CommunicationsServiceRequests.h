@@ -1,51 +1,62 @@
-// The text requests that the service understands, described for whoever writes or offers them: a console's help and
-// completion, documentation, test tools. The invoker's own table is checked against this one at compile time.
-//
-// A request is the element "Method" with the name, followed by an element for each parameter, in any order, with
-// nothing between them: <Method>HoldCall</Method><Line>4711</Line><CallID>1</CallID>. Values are raw: there is no
-// escaping and no nesting. The first of two elements of one name wins. The table is constant: any thread may read it.
+/// @file
+/// The text requests that the service understands, described for programs that write or offer them: a console's help
+/// and completion, documentation, test tools. The invoker's own table is checked against this one at compile time.
+///
+/// A request is the element "Method" with the name, followed by an element for each parameter, in any order, with
+/// nothing between them: `<Method>HoldCall</Method><Line>4711</Line><CallID>1</CallID>`. Values are raw: there is no
+/// escaping and no nesting. The first of two elements of one name wins.
+///
+/// Thread: any; the table is constant.
 #pragma once
 
 #include <cstddef>
 #include <string_view>
 
-// What a parameter's element holds, and how it reads when the element is missing.
+/// What a parameter's element holds, and how it reads when the element is missing.
 enum class RequestParameterKind
 {
-    text,          // as it stands; missing: empty
-    integer,       // signed decimal, held to the range of 32 bits; missing: -1
-    flag,          // decimal, everything but 0 is true; missing: true
-    word,          // "TRUE" is true, everything else false; missing: false
-    serviceState,  // one of kRequestServiceStates; missing or another word: sfiServiceOutOfService
-    body,          // no element: all that follows "</Line>", as it stands
+    text,          ///< as it stands; missing: empty
+    integer,       ///< signed decimal, held to the range of 32 bits; missing: -1
+    flag,          ///< decimal, everything but 0 is true; missing: true
+    word,          ///< "TRUE" is true, everything else false; missing: false
+    serviceState,  ///< one of kRequestServiceStates; missing or another word: sfiServiceOutOfService
+    body,          ///< no element: everything after the line's closing tag, as it stands
 };
 
-// What a request is answered with. A request that nothing else can be said of is answered "sfiFailure".
+/// The form of an answer. A request that the service does not know, or that yields no text, is answered "sfiFailure".
 enum class RequestAnswer
 {
-    resultWord,  // one of kRequestResultWords
-    wordAndValue,
-    texts,
-    truth,
-    elements,
-    fixedText,
-    nothing,  // no answer at all, only the end of the request
+    resultWord,    ///< one of kRequestResultWords
+    wordAndValue,  ///< a result word, a comma and a value
+    texts,         ///< texts, run together
+    truth,         ///< "true" or "false"
+    elements,      ///< elements, one after another
+    fixedText,     ///< always the same text
+    nothing,       ///< no answer at all, only the end of the request
 };
 
+/// One parameter of a request.
 struct RequestParameter
 {
-    std::string_view tag;
-    RequestParameterKind kind;
+    std::string_view tag;       ///< name of its element; case-sensitive
+    RequestParameterKind kind;  ///< what the element holds
 };
 
+/// The parameters of a request. A list that can be written in a table row.
 struct RequestParameters
 {
-    static constexpr std::size_t kMaximum = 6;
+    static constexpr std::size_t kMaximum = 6;  ///< most parameters of a request
 
-    RequestParameter list[kMaximum] = {};
+    RequestParameter list[kMaximum] = {};  ///< unused places have an empty tag
 
+    /// The first parameter.
+    /// @return Start of the parameters in use.
     constexpr RequestParameter const* begin() const { return list; }
+    /// Behind the last parameter.
+    /// @return End of the parameters in use.
     constexpr RequestParameter const* end() const { return list + size(); }
+    /// The number of parameters.
+    /// @return 0 for a request without parameters.
     constexpr std::size_t size() const
     {
         std::size_t count = 0;
@@ -56,16 +67,17 @@ struct RequestParameters
     }
 };
 
+/// One request.
 struct RequestDescription
 {
-    std::string_view name;  // the value of the element "Method", case-sensitive
-    RequestParameters parameters;
-    RequestAnswer answer;
-    std::string_view answerForm;  // the answer's text where it is no plain result word; "..." stands for a value
-    std::string_view meaning;
+    std::string_view name;         ///< the value of the element "Method", case-sensitive
+    RequestParameters parameters;  ///< what the request carries
+    RequestAnswer answer;          ///< the form of its answer
+    std::string_view answerForm;   ///< the answer's text unless it is a plain result word; "..." stands for a value
+    std::string_view meaning;      ///< one sentence for the documentation
 };
 
-// The answer words of a result: success, failure, and the failures of a call-back.
+/// The answer words of a result: success, failure, and the failures of a call-back.
 inline constexpr std::string_view kRequestResultWords[] = {
     "sfiSuccess",
     "sfiFailure",
@@ -75,33 +87,48 @@ inline constexpr std::string_view kRequestResultWords[] = {
     "sfiFailureCallBackAllreadyExists",
 };
 
-// The words of a service state, at the place of their value.
+/// The words of a service state, at the place of their value.
 inline constexpr std::string_view kRequestServiceStates[] = {
     "sfiServiceInService",
     "sfiServiceOutOfService",
     "sfiServiceDoNotDisturb",
 };
 
+/// Short names for the rows of the table.
 namespace request_parameters {
+/// @name Kinds of parameters
+/// @{
+
+/// See RequestParameterKind.
 inline constexpr auto text = RequestParameterKind::text;
 inline constexpr auto integer = RequestParameterKind::integer;
 inline constexpr auto flag = RequestParameterKind::flag;
 inline constexpr auto word = RequestParameterKind::word;
 inline constexpr auto serviceState = RequestParameterKind::serviceState;
 
+/// @}
+
+/// @name Parameters of several requests
+/// @{
+
+/// A parameter that several requests have.
 inline constexpr RequestParameter kLine{"Line", text};
 inline constexpr RequestParameter kCallID{"CallID", integer};
 inline constexpr RequestParameter kActiveCall{"activeCall", integer};
 inline constexpr RequestParameter kHeldCall{"heldCall", integer};
 inline constexpr RequestParameter kDestination{"Destination", text};
 inline constexpr RequestParameter kBody{"Body", RequestParameterKind::body};
+/// @}
 }  // namespace request_parameters
 
+/// The table itself; use kRequestDescriptions.
 namespace request_table {
 using namespace request_parameters;
+/// Short for the rows.
 using A = RequestAnswer;
 
 // clang-format off
+/// One row for each request.
 inline constexpr RequestDescription kRows[] = {
     {"OutgoingCallMakeRequest", {{kLine, kCallID, kDestination,
                                   {"DSSDirectCall", flag}, {"BridgeCall", flag}, {"CallCompletionCall", flag}}},
@@ -203,6 +230,8 @@ inline constexpr RequestDescription kRows[] = {
 };
 // clang-format on
 
+/// Checks the table.
+/// @return true when no name has two rows.
 constexpr bool namesAreUnique()
 {
     for (auto const& row : kRows) {
@@ -218,14 +247,15 @@ constexpr bool namesAreUnique()
 }
 }  // namespace request_table
 
-inline constexpr std::size_t kRequestCount = 43;
-inline constexpr auto& kRequestDescriptions = request_table::kRows;
+inline constexpr std::size_t kRequestCount = 43;                     ///< the number of requests
+inline constexpr auto& kRequestDescriptions = request_table::kRows;  ///< every request
 
 static_assert(sizeof(request_table::kRows) / sizeof(request_table::kRows[0]) == kRequestCount,
               "a request was added or removed: the invoker and everyone who lists requests must know");
 static_assert(request_table::namesAreUnique(), "a request stands in the table twice");
 
-// The description of a request, or null when there is none of that name.
+/// Finds the description of a request by its name.
+/// @return Null when there is none of that name.
 constexpr RequestDescription const* findRequestDescription(std::string_view name)
 {
     for (auto const& row : kRequestDescriptions) {

@@ -1,7 +1,7 @@
 // Writes docs/requests.md and docs/events.md from the tables of the requests and the events.
 //
-//   generate_docs FOLDER          writes both pages
-//   generate_docs --check FOLDER  compares both pages with what would be written; exit 1 when one differs
+// generate_docs FOLDER          writes both pages   generate_docs --check FOLDER  compares both pages with the tables;
+// exits with 1 when one differs
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -27,7 +27,7 @@ std::string_view meaningOf(RequestParameterKind kind)
     case RequestParameterKind::serviceState:
         return "word of a service state; missing: `sfiServiceOutOfService`";
     case RequestParameterKind::body:
-        return "no element: all that follows `</Line>`, as it stands";
+        return "no element: everything after `</Line>`, unchanged";
     }
     return {};
 }
@@ -102,19 +102,19 @@ std::string requestsPage()
     out << "# Requests\n\n"
            "<!-- Written by generate_docs from include/CommunicationsServiceRequests.h. -->\n\n"
            "A request is one text: the element `Method` with the name, and an element for each parameter, in any\n"
-           "order, with nothing between them. Names are case-sensitive. A value stands as it is, without escaping;\n"
-           "it cannot hold its own closing tag. Of two elements of one name the first counts. A missing element is\n"
-           "no error: it reads as the default of its kind. A number may have blanks and a sign in front; what\n"
-           "follows its digits is ignored, a value without digits is 0, and a number beyond 32 bits is the largest\n"
-           "or smallest one. The numbers of reasons, causes, features and types stand in platform/sfi/SfiTypes.h.\n\n"
-           "The answer is one text. Result words: ";
+           "order, with nothing between them. Names are case-sensitive. Values are not escaped, so a value cannot\n"
+           "contain its own closing tag. If an element occurs twice, the first one applies. A missing element is not\n"
+           "an error: it reads as the default of its kind. A number may begin with blanks and a sign; anything after\n"
+           "its digits is ignored, a value without digits is 0, and a number beyond 32 bits reads as the largest or\n"
+           "smallest one. platform/sfi/SfiTypes.h lists the numbers of reasons, causes, features and types.\n\n"
+           "The answer is one text. The result words are ";
     char const* separator = "";
     for (auto const word : kRequestResultWords) {
         out << separator << '`' << word << '`';
         separator = ", ";
     }
-    out << ".\nAn unknown method, and an answer that would be empty, is answered `sfiFailure`.\n\n"
-           "Words of a service state: ";
+    out << ".\nThe answer to an unknown method is `sfiFailure`, and so is an answer that would be empty.\n\n"
+           "The words of a service state are ";
     separator = "";
     for (auto const word : kRequestServiceStates) {
         out << separator << '`' << word << '`';
@@ -122,7 +122,8 @@ std::string requestsPage()
     }
     out << ".\n\nA text that begins with `SigEvent:` is a notice of the signalling component: it is passed on and not "
            "answered.\n\n"
-        << "There are " << kRequestCount << " requests. Exact texts of each stand in tests/golden/requests.json.\n";
+        << "There are " << kRequestCount
+        << " requests. The file tests/golden/requests.json has the exact texts of each.\n";
     for (auto const& request : kRequestDescriptions) {
         writeRequest(out, request);
     }
@@ -145,7 +146,7 @@ std::string_view meaningOf(EventElementKind kind)
     case EventElementKind::list:
         return "list, in the framework's form";
     case EventElementKind::body:
-        return "no element: the text follows as it stands";
+        return "no element: the text follows unchanged";
     }
     return {};
 }
@@ -180,13 +181,13 @@ std::string eventsPage()
     out << "# Events\n\n"
            "<!-- Written by generate_docs from include/CommunicationsServiceEvents.h. -->\n\n"
            "An event is one text under the protocol `CommunicationsServiceProtocol`: the element `Method`, then\n"
-           "every element of its table, in this order, with nothing between them. No element is ever left out. A\n"
-           "value stands as it is, without escaping. Integers and enumerations are signed decimals; the numbers of\n"
-           "states, reasons and types stand in platform/sfi/SfiTypes.h. The spelling of the tags differs from event\n"
-           "to event and is part of the protocol.\n\n"
+           "every element of its table, in this order, with nothing between them. No element is ever left out.\n"
+           "Values are not escaped. Integers and enumerations are signed decimals; platform/sfi/SfiTypes.h lists the\n"
+           "numbers of states, reasons and types. The spelling of the tags differs from event to event and is part of\n"
+           "the protocol.\n\n"
         << "There are " << kEventCount
-        << " events, named here by the operation that sends them. Exact texts of each stand in\n"
-           "tests/golden/events.json.\n";
+        << " events, named here by the operation that sends them. The file tests/golden/events.json has\n"
+           "the exact texts of each.\n";
     for (auto const& event : kEventDescriptions) {
         writeEvent(out, event);
     }
@@ -204,7 +205,7 @@ bool isUpToDate(std::string const& path, std::string const& page)
     if (contentOf(path) == page) {
         return true;
     }
-    std::cerr << path << " differs from the tables. Write it anew: generate_docs FOLDER\n";
+    std::cerr << path << " differs from the tables: build the target write_docs\n";
     return false;
 }
 

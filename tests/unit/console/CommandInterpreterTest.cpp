@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "CommunicationsServiceRequests.h"
 #include "ConsoleDoubles.h"
 #include "telephone/console/CommandError.h"
 
@@ -133,7 +134,7 @@ TEST_F(CommandInterpreterTest, RequestsAndEvents_ListTheWholeTables)
     telephone_.written.clear();
     interpreter_.run("events");
 
-    EXPECT_EQ(std::count(requests.begin(), requests.end(), '\n'), 43);
+    EXPECT_EQ(std::count(requests.begin(), requests.end(), '\n'), static_cast<int>(kRequestCount));
     EXPECT_NE(requests.find("HoldCall Line= CallID= HoldCallReason= Manual=\n"), std::string::npos);
     EXPECT_EQ(std::count(telephone_.written.begin(), telephone_.written.end(), '\n'), 28);
     EXPECT_NE(telephone_.written.find("CallHeldEvent LineID CallID\n"), std::string::npos);
