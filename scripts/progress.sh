@@ -13,18 +13,20 @@ progress() {
     return "$status"
 }
 
-# follow TEXT LOG PROCESS: waits for a child process and returns its status. Meanwhile a terminal shows TEXT with the last
-# line of LOG; without a terminal, that line appears every ten seconds.
+# follow TEXT LOG PROCESS: waits for a child process and returns its status. After a second, a terminal shows TEXT with the
+# last line of LOG; without a terminal, that line appears then and every ten seconds.
 follow() {
-    local text=$1 log=$2 process=$3 began=$SECONDS next=0 status=0
+    local text=$1 log=$2 process=$3 began=$SECONDS next=1 status=0
     while kill -0 "$process" 2>/dev/null; do
-        if [ -t 2 ]; then
+        if [ $((SECONDS - began)) -lt "$next" ]; then
+            sleep 0.05
+        elif [ -t 2 ]; then
             printf '\r\033[K%.*s' "$(($(tput cols 2>/dev/null || echo 80) - 1))" "$text: $(lastLine "$log")" >&2
-        elif [ $((SECONDS - began)) -ge "$next" ]; then
-            next=$((SECONDS - began + 10))
+            sleep 0.2
+        else
             echo "$text, $((SECONDS - began)) s: $(lastLine "$log")" >&2
+            next=$((SECONDS - began + 10))
         fi
-        sleep 0.2
     done
     wait "$process" || status=$?
     if [ -t 2 ]; then
