@@ -1,5 +1,5 @@
-// What the telephone looks up while it runs, with few and with many to look among: lines by their id, keys by their
-// number, appearances by their call.
+// The telephone's look-ups, among few and among many: lines by their id, keys by their number, appearances by their
+// call.
 #include <benchmark/benchmark.h>
 
 #include "telephone/configuration/Configuration.h"
@@ -19,7 +19,7 @@ std::string idOf(int number)
     return std::to_string(10000 + number);
 }
 
-// As many lines, or parties of direct-station keys where the telephone can't have so many lines, as keys.
+// Keys with a line each or, beyond the maximum number of lines, with a direct-station party each.
 Configuration configurationOf(int count, bool stations)
 {
     Configuration configuration;
@@ -98,7 +98,7 @@ void keyByNumber(benchmark::State& state)
 }
 BENCHMARK(keyByNumber)->Arg(1)->Arg(10)->Arg(1000);
 
-// So many lines of two appearances each; the last of them carries a call.
+// Lines with two appearances each; the last line has a call.
 void addLines(AppearanceMap& map, int count)
 {
     constexpr int kFirst = 1000;
