@@ -74,7 +74,7 @@ TEST_F(Registration, BindingThatNobodyRefreshes_Ends)
     phone.registerAt(exchange.hostPort(), "secret", [](sip::Account& account) { account.expires = 1; });
     ASSERT_TRUE(phone.waitFor("registered 1")) << phone.events();
 
-    // As if its cable was pulled: it can say nothing any more, not even goodbye.
+    // As if its cable were pulled: it cannot unregister.
     phone.agent.reset();
 
     EXPECT_TRUE(exchange.isRegistered("4711"));

@@ -1,4 +1,4 @@
-// What comes to the port without being asked for.
+// Unsolicited, malformed and hostile packets.
 #include <random>
 
 #include <arpa/inet.h>
@@ -12,7 +12,7 @@ namespace telephone::test {
 
 namespace {
 
-// A datagram or stream socket on loopback that speaks whatever a test wants.
+// A raw datagram or stream socket on loopback.
 class RawPeer
 {
 public:

@@ -1,4 +1,4 @@
-// Two bare user agents with each other.
+// Calls between two user agents.
 #include "SipFixture.h"
 
 namespace telephone::test {

@@ -30,7 +30,7 @@ char const* nameOf(sip::CloseCause cause)
 SipPeer::SipPeer(sip::EventLoop& eventLoop, std::string number, sip::UserAgentConfig config)
     : loop(eventLoop)
 {
-    const std::lock_guard guard(loop);  // requests come as soon as there is an agent
+    std::lock_guard const guard(loop);  // requests may arrive as soon as the agent exists
     agent = std::make_unique<sip::UserAgent>(eventLoop, std::move(config), *this);
     account.user = std::move(number);
     account.domain = agent->hostPort();

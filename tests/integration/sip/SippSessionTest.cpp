@@ -1,4 +1,4 @@
-// SIPp as the far end: its built-in scenarios, as a program of its own that is ended by its process id.
+// Calls with SIPp and its built-in scenarios.
 #include <fstream>
 #include <sstream>
 #include <thread>
@@ -65,7 +65,7 @@ public:
     }
 
     bool isStarted() const { return process_ > 0; }
-    // Exit code, or -1 when it did not end in time.
+    // The exit code, or -1 if it does not end in time.
     int wait(std::chrono::seconds within)
     {
         auto const deadline = std::chrono::steady_clock::now() + within;
@@ -79,7 +79,7 @@ public:
         }
         return -1;
     }
-    // Until its port answers for it: something else cannot bind there any more.
+    // Waits until its port is bound.
     bool isListening() const
     {
         std::ifstream table("/proc/net/udp");
