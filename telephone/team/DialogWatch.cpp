@@ -134,8 +134,11 @@ public:
         request.event = sip::kDialogEvent;
         request.accept = sip::kDialogInfoType;
         notices_.forget();
-        subscription_ = engine_.userAgent().subscribe(*account, request, *this);
-        if (!subscription_) {
+        auto subscription = engine_.userAgent().subscribe(*account, request, *this);
+        if (subscription) {
+            subscription_ = std::move(*subscription);
+        } else {
+            log(kLogFailure, kComponent, "{} cannot be watched: {}", number_, subscription.error().reason);
             retryLater();
         }
     }

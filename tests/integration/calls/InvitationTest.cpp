@@ -24,14 +24,17 @@ public:
         request.account.domain = agent_.hostPort();
         request.target = target;
         request.headers = headers;
-        session_ = agent_.call(request, *this);
-        return session_ != nullptr;
+        auto session = agent_.call(request, *this);
+        if (session) {
+            session_ = std::move(*session);
+        }
+        return session.has_value();
     }
 
     bool info(sip::Content const& content)
     {
         const std::lock_guard guard(eventLoop());
-        return session_->sendInfo(content);
+        return session_->sendInfo(content).has_value();
     }
 
     std::string digits() const

@@ -1,4 +1,4 @@
-// SIPp as the far end: its built-in scenarios, as a program of its own that is ended by its process id.
+// Calls with SIPp and its built-in scenarios.
 #include <fstream>
 #include <sstream>
 #include <thread>
@@ -65,7 +65,7 @@ public:
     }
 
     bool isStarted() const { return process_ > 0; }
-    // Exit code, or -1 when it did not end in time.
+    // The exit code, or -1 if it does not end in time.
     int wait(std::chrono::seconds within)
     {
         auto const deadline = std::chrono::steady_clock::now() + within;
@@ -79,7 +79,7 @@ public:
         }
         return -1;
     }
-    // Until its port answers for it: something else cannot bind there any more.
+    // Waits until its port is bound.
     bool isListening() const
     {
         std::ifstream table("/proc/net/udp");
@@ -113,7 +113,7 @@ TEST_F(SippPeer, HundredCallsToItsServer_NoneFails)
 {
     Sipp sipp({"-sn", "uas", "-m", "100"});
     ASSERT_TRUE(sipp.isStarted());
-    TestPhone phone(loop);
+    SipPeer phone(loop);
     ASSERT_TRUE(phone.waitUntil([&sipp] { return sipp.isListening(); }));
 
     for (int i = 0; i < 100; ++i) {
@@ -128,13 +128,13 @@ TEST_F(SippPeer, HundredCallsToItsServer_NoneFails)
 TEST_F(SippPeer, ServerThatIsKilledInTheCall_IsNoticedByTheNextReInvite)
 {
     auto sipp = std::make_unique<Sipp>(std::vector<std::string>{"-sn", "uas"});
-    TestPhone phone(loop);
+    SipPeer phone(loop);
     ASSERT_TRUE(phone.waitUntil([&sipp] { return sipp->isListening(); }));
     sip::Session& call = phone.call("sip:service@127.0.0.1:" + std::to_string(sipp->port));
     ASSERT_TRUE(phone.waitFor("established")) << phone.events();
     sipp.reset();
 
-    call.modify(sip::Direction::kSendOnly);
+    ASSERT_TRUE(call.modify(sip::Direction::kSendOnly));
 
     EXPECT_TRUE(phone.waitFor("closed timeout 408", 40s)) << phone.events();
 }
