@@ -6,6 +6,7 @@
 #include "platform/management/ManageableData.h"
 #include "platform/management/MgmtAgentIfc.h"
 #include "telephone/framework/Log.h"
+#include "telephone/management/ForwardingKeys.h"
 #include "telephone/management/SettingCheck.h"
 
 namespace telephone {
@@ -20,15 +21,6 @@ void put(ManageableData& data, std::string const& key, std::string value)
     node.setValue(value);
     data.setRootId(key, nullptr);
     data.populate(key, node);
-}
-
-bool forwards(Settings const& settings)
-{
-    auto const isOn = [&settings](SettingRow const& row) {
-        return row.tag == SettingTags::kForwarding && row.name.ends_with("-activated") && settings.flag(row.name);
-    };
-    return std::any_of(kSettingRows.begin(), kSettingRows.end(), isOn) ||
-           !settings.text(SettingNames::kForwardingAlternative).empty();
 }
 
 SettingOutcome checkOffered(Settings::Item const& item)
@@ -168,7 +160,7 @@ void LocalManagement::showForwarding()
         lampListener_ = settings_.listenToTag(SettingTags::kForwarding, [this](auto const&) { showForwarding(); });
     }
     guard.unlock();
-    lamps(forwards(settings_));
+    lamps(isForwarding(settings_));
 }
 
 }  // namespace telephone
