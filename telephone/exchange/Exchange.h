@@ -49,7 +49,6 @@ struct ExchangeConfig
     std::uint32_t longestExpires = 3600;                // seconds that a registration is granted at most
     std::chrono::seconds nonceLifetime{300};
     sip::Logger log;
-    bool traceMessages = false;
 };
 
 class Exchange

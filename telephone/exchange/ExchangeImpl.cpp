@@ -30,7 +30,6 @@ Exchange::Impl::Impl(sip::EventLoop& loop, ExchangeConfig settings)
     own.udpPort = config_.port;
     own.name = "exchange";
     own.log = config_.log;
-    own.traceMessages = config_.traceMessages;
     agent_ = std::make_unique<sip::UserAgent>(loop, own, *this);
     say(sip::LogLevel::kInfo, "The exchange listens on " + agent_->hostPort());
 }

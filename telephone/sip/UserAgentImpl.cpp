@@ -441,7 +441,7 @@ void UserAgent::Impl::noteBye(sip_msg const& message)
 
 void UserAgent::Impl::onTrace(bool sent, sa const& from, sa const& to, std::string_view packet)
 {
-    if (config.traceMessages) {
+    if (config.traceMessages && config.traceMessages()) {
         say(LogLevel::kDebug,
             (sent ? "sent to " + addressText(to) : "received from " + addressText(from)) + "\n" + std::string(packet));
     }
