@@ -24,7 +24,7 @@ std::unique_ptr<exchange::Exchange> makeExchange(sip::EventLoop& loop, Configura
 // that is not a SIP address.
 [[nodiscard]] Outcome<Configuration> withServer(Configuration configuration, exchange::Exchange const* exchange);
 
-// What the lines' accounts need to know of the server. Without one the lines have addresses at `ownHostPort`.
+// The server as the lines' accounts use it. Without a server, the lines' addresses are at `ownHostPort`.
 ServerAddress serverAddressOf(Configuration const& configuration, bool hasExchange, std::string const& ownHostPort);
 
 }  // namespace telephone

@@ -119,7 +119,7 @@ struct Telephone::Parts
     TeamFeatures team;
     CallRecorder recorder;
     Sfi sfi;
-    std::promise<void> keysUsable;  // the service hears of the keys
+    std::promise<void> keysUsable;  // set when the service has subscribed to the keys
     PhoneControls controls;
 
     ServiceLibrary library;

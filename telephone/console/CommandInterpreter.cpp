@@ -85,7 +85,7 @@ std::vector<CommandInterpreter::Command> const& CommandInterpreter::commands()
         {"unlock",   "",                           0, 0, "unlocks the telephone",                                    [](I& i, W&) { return i.controls_.lock(false); }},
         {"record",   "on|off LINE",                2, 2, "starts or stops recording the calls of a line",            [](I& i, W& w) { return choice(w[1], "on", "off").and_then([&](bool on) { return i.controls_.record(w[2], on); }); }},
         {"store",    "list|get KEY|set KEY VALUE", 1, 3, "the settings in the configuration store",                  [](I& i, W& w) { return i.store(w); }},
-        {"log",      "LEVEL",                      1, 1, "0 (nothing) to 6 (every request and SIP message); default 4", [](I&, W& w) { return changeLogLevel(w[1]); }},
+        {"log",      "LEVEL",                      1, 1, "0 (nothing) to 6 (every request and SIP message); 4 is usual", [](I&, W& w) { return changeLogLevel(w[1]); }},
         {"say",      "TEXT",                       0, kAnyNumber, "prints a text",                                   [](I& i, W& w) { return i.say(w); }},
         {kQuit,      "",                           0, 0, "ends the telephone",                                       [](I&, W&) { return Outcome<>(); }},
     };

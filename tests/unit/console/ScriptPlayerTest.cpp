@@ -109,7 +109,7 @@ TEST_F(ScriptPlayerTest, Values_AreReplacedInRequestsAsTheyStand)
 TEST_F(ScriptPlayerTest, Value_ThatNoEventHad_IsRefused)
 {
     EXPECT_EQ(failureOf("AnswerCall CallID={CallID}\n"), "error    test.script:1: AnswerCall CallID={CallID}: "
-                                                         "no wait before took an event with an element CallID");
+                                                         "no earlier wait took an event with an element CallID");
 }
 
 TEST_F(ScriptPlayerTest, Wait_ForAnEventThatDoesNotCome_FailsWithWhatCame)
