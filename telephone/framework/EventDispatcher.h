@@ -1,5 +1,5 @@
-// Delivers events to all subscribers: the call engine, the lines and the settings post them, the dispatcher's own thread
-// delivers. Telephone owns the one dispatcher.
+// Delivers events to all subscribers: the call engine, the lines and the settings post them, the dispatcher's own
+// thread delivers. Telephone owns the one dispatcher.
 //
 // Events are delivered in the order of posting, to the subscribers of that moment, with no lock held: a subscriber may
 // call any operation of the service. A slow subscriber delays the events of the others but never blocks `post`, so a

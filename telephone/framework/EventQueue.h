@@ -1,5 +1,5 @@
-// The events waiting for one application, numbered from 1. The queue is bounded and `put` never blocks: when it is full,
-// the oldest event is dropped, which leaves a gap in the numbers.
+// The events waiting for one application, numbered from 1. The queue is bounded and `put` never blocks: when it is
+// full, the oldest event is dropped, which leaves a gap in the numbers.
 #pragma once
 
 #include <cstddef>

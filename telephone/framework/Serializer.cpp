@@ -1,5 +1,5 @@
-// Serializes a list as its values separated by ",". A "\" precedes each "," and "\" inside a text, so that the list can be
-// split again. An empty list is an empty text.
+// Serializes a list as its values separated by ",". A "\" precedes each "," and "\" inside a text, so that the list can
+// be split again. An empty list is an empty text.
 #include "platform/framework/Serializer.h"
 
 namespace {
