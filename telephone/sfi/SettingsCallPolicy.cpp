@@ -7,33 +7,12 @@
 #include "platform/lines/Line.h"
 #include "platform/lines/LineManager.h"
 #include "telephone/configuration/Configuration.h"
+#include "telephone/management/ForwardingKeys.h"
 #include "telephone/management/Settings.h"
 
 namespace telephone {
 
 namespace {
-
-struct ForwardingKeys
-{
-    sfiForwardingType type;
-    std::string_view activated;
-    std::string_view address;
-};
-
-// clang-format off
-constexpr std::array kForwardingKeys{
-    ForwardingKeys{sfiForwardUnconditional,         "cfu-activated",      "cfu-address"},
-    ForwardingKeys{sfiForwardUnconditionalExternal, "cfu-ext-activated",  "cfu-ext-address"},
-    ForwardingKeys{sfiForwardUnconditionalInternal, "cfu-int-activated",  "cfu-int-address"},
-    ForwardingKeys{sfiForwardBusy,                  "cfb-activated",      "cfb-address"},
-    ForwardingKeys{sfiForwardBusyExternal,          "cfb-ext-activated",  "cfb-ext-address"},
-    ForwardingKeys{sfiForwardBusyInternal,          "cfb-int-activated",  "cfb-int-address"},
-    ForwardingKeys{sfiForwardNoReply,               "cfnr-activated",     "cfnr-address"},
-    ForwardingKeys{sfiForwardNoReplyExternal,       "cfnr-ext-activated", "cfnr-ext-address"},
-    ForwardingKeys{sfiForwardNoReplyInternal,       "cfnr-int-activated", "cfnr-int-address"},
-};
-// clang-format on
-static_assert(kForwardingKeys.size() == 9);
 
 // The primary line, else the first.
 std::string ownLineOf(Configuration const& configuration)
@@ -92,9 +71,8 @@ ForwardingRule SettingsCallPolicy::forwarding(int lineNumber, sfiForwardingType 
         return {};
     }
     if (isUsersLine(line->lineURI)) {
-        auto const keys = std::find_if(kForwardingKeys.begin(), kForwardingKeys.end(),
-                                       [type](ForwardingKeys const& row) { return row.type == type; });
-        if (keys == kForwardingKeys.end()) {
+        auto const* const keys = findForwardingKeys(type);
+        if (keys == nullptr) {
             return {};
         }
         return {settings_.flag(keys->activated), settings_.text(keys->address)};
