@@ -3,22 +3,22 @@
 #include <algorithm>
 #include <utility>
 
-#include "CommunicationsServiceEventIfc.h"
+#include "telephone/framework/Log.h"
 
 namespace telephone {
 
-using sip::LogLevel;
-
-std::string displayUri(sip::NameAddr const& party)
-{
-    return party.uri.host.empty() && party.uri.user.empty() ? std::string() : party.uri.formatAddressOfRecord();
+namespace {
+constexpr char const* kComponent = "calls";
 }
 
-Call::Call(CallHost& host, int callID, LineAddress line, bool incoming, std::unique_ptr<sip::AudioSource> voice)
-    : host_(host)
+Call::Call(Surroundings const& surroundings, int callID, LineAddress line, bool incoming,
+           std::unique_ptr<sip::AudioSource> voice)
+    : host_(surroundings.host)
+    , events_(surroundings.post)
+    , reinviteTimeout_(surroundings.reinviteTimeout)
     , audio_(std::move(voice))
-    , transferTimer_(host.loop())
-    , changeTimer_(host.loop())
+    , transferTimer_(surroundings.loop)
+    , changeTimer_(surroundings.loop)
 {
     now_.callID = callID;
     now_.line = std::move(line);
@@ -67,7 +67,7 @@ void Call::setMuted(bool muted)
 
 void Call::setRemote(sip::NameAddr const& party)
 {
-    const std::string uri = displayUri(party);
+    std::string const uri = displayUri(party);
     if (uri.empty()) {
         return;
     }
@@ -85,14 +85,16 @@ void Call::dropSession()
 
 // --- outgoing
 
-bool Call::dial(sip::UserAgent& agent, sip::CallRequest const& request, std::string& whyNot)
+Outcome<> Call::dial(sip::UserAgent& agent, sip::CallRequest const& request)
 {
+    std::string whyNot;
     session_ = agent.call(request, *this, &whyNot);
     if (!session_) {
-        return false;
+        return telephone::refuse(RefusalKind::kUnavailable,
+                                 fmt::format("{} cannot be called: {}", request.target, whyNot));
     }
     audio_.attach(&session_->audio());
-    return true;
+    return {};
 }
 
 void Call::announceDialling(std::string const& target)
@@ -123,17 +125,17 @@ void Call::onProgress(sip::Session& session, sip::Response const& response, bool
     }
 }
 
-// A server that tells where its number is registered does not change the party; one that diverts the call does.
+// A redirection to the same user's registered address does not change the party; any other one does.
 void Call::onRedirected(sip::Session& session, std::string const& contact, sip::Response const&)
 {
     auto const party = sip::NameAddr::parse(contact);
     if (&session != session_.get() || !party || party->uri.user == sip::userOf(now_.remoteURI)) {
         return;
     }
-    host_.log(LogLevel::kInfo, "call " + std::to_string(id()) + " is forwarded to " + contact);
+    log(kLogInfo, kComponent, "call {} is forwarded to {}", id(), contact);
     diverted_ = true;
     update([this, &party](CallSnapshot&) { setRemote(*party); });
-    postRemoteDetails(false);
+    events_.remoteDetails(now_, false);
 }
 
 void Call::onEstablished(sip::Session& session)
@@ -148,7 +150,7 @@ void Call::onEstablished(sip::Session& session)
     }
     now_.heldByRemote = session.isHeldByRemote();
     if (pickup_) {
-        postPickedUp();
+        events_.pickedUp(now_);
     }
     enter(settledState());
     if (pickup_) {
@@ -165,13 +167,9 @@ void Call::offer(std::unique_ptr<sip::Session> session, sfiCallType type)
     audio_.attach(&session_->audio());
     sip::Invitation const& invitation = session_->invitation();
     setRemote(invitation.caller());
-    priority_ = priorityOf(invitation.resourcePriority);
-    if (!invitation.diversions.empty()) {
-        sip::Diversion const& latest = invitation.diversions.front();
-        divertedBy_ = {displayUri(latest.party), latest.party.displayName, forwardReasonOf(latest.reason)};
-    }
+    events_.setInvitation(invitation);
     update([](CallSnapshot& now) { now.state = sfiCallStateIncoming; });
-    postIncoming(type);
+    events_.incoming(now_, invitation, type);
 }
 
 bool Call::ring()
@@ -217,7 +215,7 @@ bool Call::redirect(std::string const& contact, sfiForwardReason reason)
 
 void Call::clear(CSTAEventCause cause)
 {
-    const StatusLine line = statusOf(cause);
+    StatusLine const line = statusOf(cause);
     if (now_.alerting() && refuse(line)) {
         return;
     }
@@ -263,19 +261,19 @@ void Call::onClosed(sip::Session& session, sip::Closing const& closing)
     }
     Ending ending = endingOf(closing);
     if (established_ && closing.cause == sip::CloseCause::kTimeout) {
-        host_.log(LogLevel::kWarning, "call " + std::to_string(id()) + ": the far end is silent, the call is over");
+        log(kLogWarning, kComponent, "call {} has ended: the far end no longer answers", id());
     }
     if (now_.state == sfiCallStateTransferring && closing.cause == sip::CloseCause::kRemoteHangUp) {
         ending = {sfiCallStateIdle, sfiReasonTransferred};
     }
     if (now_.alerting() && !answering_ && ending.reason == sfiReasonCancelled) {
-        postMissed(sfiReasonNoAnswer);
+        events_.missed(now_, sfiReasonNoAnswer);
     }
     if (pickup_ && !established_) {
         postFeatureFailed(*pickup_, featureFailureOf(closing.status));
     }
     if (referring_) {
-        // Who has been transferred may end this call before it says so.
+        // The transferred party may end this call before it reports success.
         bool const transferred = ending.reason == sfiReasonTransferred;
         finishTransfer(transferred ? 200 : std::max(closing.status, 481));
     }
@@ -289,11 +287,6 @@ bool Call::sendDigits(std::string const& digits)
     return isEstablished() && session_->sendDigits(digits);
 }
 
-bool Call::sendInfo(sip::Content const& content, sip::ResponseHandler done)
-{
-    return isEstablished() && session_->sendInfo(content, std::move(done));
-}
-
 void Call::onInfo(sip::Session& session, sip::Content const& content)
 {
     if (&session == session_.get()) {
@@ -303,7 +296,7 @@ void Call::onInfo(sip::Session& session, sip::Content const& content)
 
 void Call::onDigit(sip::Session&, char digit)
 {
-    host_.log(LogLevel::kInfo, "call " + std::to_string(id()) + ": the far end sent the digit " + digit);
+    log(kLogInfo, kComponent, "call {}: the far end sent the digit {}", id(), digit);
 }
 
 void Call::onRemoteIdentity(sip::Session& session, sip::NameAddr const& identity)
@@ -311,11 +304,36 @@ void Call::onRemoteIdentity(sip::Session& session, sip::NameAddr const& identity
     if (&session != session_.get()) {
         return;
     }
-    const CallSnapshot before = now_;
+    CallSnapshot const before = now_;
     update([this, &identity](CallSnapshot&) { setRemote(identity); });
     if (!(now_ == before) && isEstablished()) {
-        postRemoteDetails(false);
+        events_.remoteDetails(now_, false);
     }
+}
+
+// --- events
+
+sfiSendOptions Call::sendOptions() const
+{
+    if (!established_ || now_.ended() || !session_) {
+        return sfiSendOptionsNone;
+    }
+    return session_->supportsTelephoneEvents() ? sfiSendOptionsEvents : sfiSendOptionsInfo;
+}
+
+void Call::postStateChange()
+{
+    events_.stateChange(now_, sendOptions(), host_.callBackPossible(*this));
+}
+
+void Call::postFeatureSuccess(sfiFeature feature)
+{
+    events_.featureSuccess(now_, feature);
+}
+
+void Call::postFeatureFailed(sfiFeature feature, sfiFeatureFailure failure)
+{
+    events_.featureFailed(now_, feature, failure);
 }
 
 }  // namespace telephone

@@ -1,9 +1,14 @@
-// Transfer: asked of the far end, asked by it, and the exchange of one session for another.
+// Transfer: requested of the far end or by it, and the exchange of one session for another.
 #include <utility>
 
 #include "telephone/calls/Call.h"
+#include "telephone/framework/Log.h"
 
 namespace telephone {
+
+namespace {
+constexpr char const* kComponent = "calls";
+}
 
 bool Call::transfer(sfiFeature feature, std::string const& target, std::optional<sip::Replaces> const& replaces)
 {
@@ -35,12 +40,10 @@ void Call::onTransferProgress(sip::Session& session, int status, std::string con
     if (&session != session_.get() || !referring_) {
         return;
     }
-    host_.log(sip::LogLevel::kInfo,
-              "call " + std::to_string(id()) + ": transfer: " + std::to_string(status) + ' ' + reason);
-    if (!ended) {
-        return;
+    log(kLogInfo, kComponent, "call {}: the transfer reports {} {}", id(), status, reason);
+    if (ended) {
+        finishTransfer(status);
     }
-    finishTransfer(status);
 }
 
 void Call::finishTransfer(int status)
@@ -75,8 +78,7 @@ bool Call::replaceWithCall(sip::UserAgent& agent, sip::CallRequest const& reques
     }
     replacement_ = agent.call(held, *this, &whyNot);
     if (!replacement_) {
-        host_.log(sip::LogLevel::kWarning,
-                  "call " + std::to_string(id()) + ": cannot be connected with " + request.target + ": " + whyNot);
+        log(kLogWarning, kComponent, "call {} cannot be connected with {}: {}", id(), request.target, whyNot);
         return false;
     }
     transferHere_ = std::move(transfer);
@@ -100,7 +102,7 @@ bool Call::replaceWith(std::unique_ptr<sip::Session> session)
 void Call::exchangeSessions()
 {
     audio_.attach(nullptr);
-    const std::unique_ptr<sip::Session> old = std::exchange(session_, std::move(replacement_));
+    std::unique_ptr<sip::Session> const old = std::exchange(session_, std::move(replacement_));
     if (old) {
         old->setObserver(nullptr);
         old->hangUp();
@@ -113,7 +115,7 @@ void Call::exchangeSessions()
     transferHere_.reset();
     referring_ = false;
     established_ = true;
-    // A call that waits here goes on waiting with its new party.
+    // A held call stays held with its new party.
     if (now_.held && session_->localDirection() == sip::Direction::kSendReceive) {
         beginChange(MediaChange::kRenew, sip::Direction::kSendOnly, sfiFeatureHold, {});
     }
@@ -122,7 +124,7 @@ void Call::exchangeSessions()
         setRemote(session_->remoteParty());
         now.heldByRemote = session_->isHeldByRemote();
     });
-    postRemoteDetails(false);
+    events_.remoteDetails(now_, false);
     enter(settledState());
 }
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include <spdlog/fmt/fmt.h>
+
 namespace telephone {
 
 std::optional<PickupTarget> ringingCall(sip::DialogInfo const& dialogs)
@@ -16,7 +18,7 @@ std::optional<PickupTarget> ringingCall(sip::DialogInfo const& dialogs)
     }
     PickupTarget target;
     target.targetURI = ringing->remote.target.empty() ? ringing->remote.identity : ringing->remote.target;
-    // As the caller sees the dialog, since it is the caller who is called.
+    // As the caller sees the dialog, since the caller is the one to call.
     target.replaces = {ringing->dialog.callId, ringing->dialog.remoteTag, ringing->dialog.localTag, true};
     target.callingURI = ringing->remote.identity;
     target.callingName = ringing->remote.displayName;
@@ -33,20 +35,21 @@ PickupSearch::PickupSearch(sip::EventLoop& loop, Found found)
     , patience_(loop)
 {}
 
-bool PickupSearch::start(sip::UserAgent& agent, sip::Account const& account, std::string const& target,
-                         std::chrono::milliseconds patience, std::string& whyNot)
+Outcome<> PickupSearch::start(sip::UserAgent& agent, sip::Account const& account, std::string const& target,
+                              std::chrono::milliseconds patience)
 {
     sip::SubscriptionRequest request;
     request.target = target;
     request.event = sip::kDialogEvent;
     request.accept = sip::kDialogInfoType;
     request.expires = 60;
+    std::string whyNot;
     subscription_ = agent.subscribe(account, request, *this, &whyNot);
     if (!subscription_) {
-        return false;
+        return refuse(RefusalKind::kUnavailable, fmt::format("{} cannot be asked for its calls: {}", target, whyNot));
     }
     patience_.start(patience, [this] { finish(std::nullopt, 408); });
-    return true;
+    return {};
 }
 
 void PickupSearch::onNotify(sip::Subscription&, sip::Notification const& notification)
@@ -65,7 +68,7 @@ void PickupSearch::onTerminated(sip::Subscription&, int status, std::string cons
 void PickupSearch::finish(std::optional<PickupTarget> const& target, int status)
 {
     patience_.cancel();
-    if (const Found found = std::exchange(found_, {})) {
+    if (Found const found = std::exchange(found_, {})) {
         found(target, status);
     }
 }

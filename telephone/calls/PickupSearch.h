@@ -1,30 +1,32 @@
-// Asks a number for the call that rings there, once: subscribes to its dialogs and waits for one. Owned by the engine;
-// called with the phone lock held.
+// Finds the call that rings at a number: subscribes to the number's dialogs and waits for such a call. Used once. Owned
+// by Pickups; called with the phone lock held.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 
-#include "telephone/calls/CallEngine.h"
+#include "telephone/base/Refusal.h"
+#include "telephone/calls/PickupTarget.h"
 #include "telephone/sip/DialogInfo.h"
 #include "telephone/sip/Subscription.h"
 #include "telephone/sip/Timer.h"
+#include "telephone/sip/UserAgent.h"
 
 namespace telephone {
 
 class PickupSearch final : private sip::SubscriptionObserver
 {
 public:
-    // status: of the refusal, 408 when nothing rang in time, else 200. May destroy the search.
+    // status: 200, the status of a refusal, or 408 when nothing rang in time. May destroy the search.
     using Found = std::function<void(std::optional<PickupTarget> const& target, int status)>;
 
     PickupSearch(sip::EventLoop& loop, Found found);
 
-    // False: the question could not be sent.
-    bool start(sip::UserAgent& agent, sip::Account const& account, std::string const& target,
-               std::chrono::milliseconds patience, std::string& whyNot);
+    [[nodiscard]] Outcome<> start(sip::UserAgent& agent, sip::Account const& account, std::string const& target,
+                                  std::chrono::milliseconds patience);
 
 private:
     void onNotify(sip::Subscription& subscription, sip::Notification const& notification) override;
@@ -36,7 +38,7 @@ private:
     std::unique_ptr<sip::Subscription> subscription_;
 };
 
-// The ringing call among the dialogs that a number told; nothing: none rings.
+// The ringing call among a number's dialogs; nothing: none rings.
 std::optional<PickupTarget> ringingCall(sip::DialogInfo const& dialogs);
 
 }  // namespace telephone
