@@ -8,8 +8,11 @@
 namespace telephone {
 
 namespace {
+
 constexpr char const* kComponent = "calls";
-}
+constexpr char const* kNotRinging = "it is not ringing here";
+
+}  // namespace
 
 Call::Call(Surroundings const& surroundings, int callID, LineAddress line, bool incoming,
            std::unique_ptr<sip::AudioSource> voice)
@@ -87,12 +90,11 @@ void Call::dropSession()
 
 Outcome<> Call::dial(sip::UserAgent& agent, sip::CallRequest const& request)
 {
-    std::string whyNot;
-    session_ = agent.call(request, *this, &whyNot);
-    if (!session_) {
-        return telephone::refuse(RefusalKind::kUnavailable,
-                                 fmt::format("{} cannot be called: {}", request.target, whyNot));
+    auto session = agent.call(request, *this);
+    if (!session) {
+        return tl::unexpected(session.error());
     }
+    session_ = std::move(*session);
     audio_.attach(&session_->audio());
     return {};
 }
@@ -172,51 +174,69 @@ void Call::offer(std::unique_ptr<sip::Session> session, sfiCallType type)
     events_.incoming(now_, invitation, type);
 }
 
-bool Call::ring()
+tl::unexpected<Refusal> Call::cannot(char const* operation, char const* why) const
+{
+    return refuse(RefusalKind::kWrongState, fmt::format("call {} cannot {}: {}", id(), operation, why));
+}
+
+Outcome<> Call::ring()
 {
     if (now_.state == sfiCallStateRinging || now_.state == sfiCallStateAccepted) {
-        return true;
+        return {};
     }
-    if (now_.state != sfiCallStateIncoming || !session_->ring()) {
-        return false;
+    if (now_.state != sfiCallStateIncoming) {
+        return cannot("ring", "it is not offered to this telephone");
     }
-    enter(sfiCallStateRinging);
-    return true;
+    auto rung = session_->ring();
+    if (rung) {
+        enter(sfiCallStateRinging);
+    }
+    return rung;
 }
 
-bool Call::answer()
+Outcome<> Call::answer()
 {
     if (!now_.alerting()) {
-        return false;
+        return cannot("be answered", kNotRinging);
     }
-    answering_ = answering_ || session_->answer();
-    return answering_;
+    if (answering_) {
+        return {};
+    }
+    auto answered = session_->answer();
+    answering_ = answered.has_value();
+    return answered;
 }
 
-bool Call::refuse(StatusLine const& line)
+Outcome<> Call::reject(StatusLine const& line)
 {
-    if (!now_.alerting() || answering_ || !session_->reject(line.status, line.text)) {
-        return false;
+    if (!now_.alerting() || answering_) {
+        return cannot("be refused", kNotRinging);
     }
+    session_->reject(line.status, line.text);
     end({sfiCallStateIdle, sfiReasonRefused});
-    return true;
+    return {};
 }
 
-bool Call::redirect(std::string const& contact, sfiForwardReason reason)
+Outcome<> Call::redirect(std::string const& contact, sfiForwardReason reason)
 {
-    if (!now_.alerting() || answering_ || !session_->redirect(contact, diversionReasonOf(reason))) {
-        return false;
+    if (!now_.alerting()) {
+        return cannot("be deflected", kNotRinging);
     }
-    end({sfiCallStateIdle, sfiReasonForwarded});
-    return true;
+    if (answering_) {
+        return cannot("be deflected", "it is being answered");
+    }
+    auto redirected = session_->redirect(contact, diversionReasonOf(reason));
+    if (redirected) {
+        end({sfiCallStateIdle, sfiReasonForwarded});
+    }
+    return redirected;
 }
 
 // --- the end
 
 void Call::clear(CSTAEventCause cause)
 {
-    StatusLine const line = statusOf(cause);
-    if (now_.alerting() && refuse(line)) {
+    if (now_.alerting() && reject(statusOf(cause))) {
         return;
     }
     bool const answered = established_;
@@ -282,9 +302,9 @@ void Call::onClosed(sip::Session& session, sip::Closing const& closing)
 
 // --- digits, INFO, identity
 
-bool Call::sendDigits(std::string const& digits)
+Outcome<> Call::sendDigits(std::string const& digits)
 {
-    return isEstablished() && session_->sendDigits(digits);
+    return isEstablished() ? session_->sendDigits(digits) : cannot("take digits", "it is not connected");
 }
 
 void Call::onInfo(sip::Session& session, sip::Content const& content)

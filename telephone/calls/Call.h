@@ -69,36 +69,37 @@ public:
 
     // --- incoming
     void offer(std::unique_ptr<sip::Session> session, sfiCallType type);
-    bool ring();
-    bool answer();
-    bool refuse(StatusLine const& line);
-    bool redirect(std::string const& contact, sfiForwardReason reason);
+    [[nodiscard]] Outcome<> ring();
+    [[nodiscard]] Outcome<> answer();
+    [[nodiscard]] Outcome<> reject(StatusLine const& line);
+    [[nodiscard]] Outcome<> redirect(std::string const& contact, sfiForwardReason reason);
 
     // --- any
     void clear(CSTAEventCause cause);
     void end(Ending const& ending);
-    // False: nothing was begun. Otherwise `done` is called once; immediately if there is nothing to do.
-    bool hold(sfiFeature feature, Done done = {});
-    bool retrieve(sfiFeature feature, Done done = {});
-    bool renewMedia();
+    // Unless refused, `done` is called once; immediately if there is nothing to do.
+    [[nodiscard]] Outcome<> hold(sfiFeature feature, Done done = {});
+    [[nodiscard]] Outcome<> retrieve(sfiFeature feature, Done done = {});
+    [[nodiscard]] Outcome<> renewMedia();
     void setHeldByHand(bool manual) { now_.heldByHand = manual; }
     void setMuted(bool muted);
-    bool sendDigits(std::string const& digits);
+    [[nodiscard]] Outcome<> sendDigits(std::string const& digits);
 
     // Membership in a conference; its maker joins the audio.
     void enterConference();
     void leaveConference();
 
     // --- transfer
-    bool transfer(sfiFeature feature, std::string const& target, std::optional<sip::Replaces> const& replaces);
+    [[nodiscard]] Outcome<> transfer(sfiFeature feature, std::string const& target,
+                                     std::optional<sip::Replaces> const& replaces);
     // The other call of an attended transfer: shows itself as being transferred.
     void beginTransferring();
     // The transfer failed: the call returns to its state before.
     void endTransferring();
     // Makes a call that replaces the present session once it is established, and reports progress to `transfer`.
-    bool replaceWithCall(sip::UserAgent& agent, sip::CallRequest const& request,
-                         std::unique_ptr<sip::Transfer> transfer);
-    bool replaceWith(std::unique_ptr<sip::Session> session);
+    [[nodiscard]] Outcome<> replaceWithCall(sip::UserAgent& agent, sip::CallRequest const& request,
+                                            std::unique_ptr<sip::Transfer> transfer);
+    [[nodiscard]] Outcome<> replaceWith(std::unique_ptr<sip::Session> session);
 
     void postFeatureSuccess(sfiFeature feature);
     void postFeatureFailed(sfiFeature feature, sfiFeatureFailure failure);
@@ -134,7 +135,9 @@ private:
     void update(Change change);
     void enter(sfiCallState state, sfiReason reason = sfiReasonNormal);  // with its event
     sfiCallState settledState() const;
-    bool beginChange(MediaChange change, sip::Direction direction, sfiFeature feature, Done done);
+    tl::unexpected<Refusal> cannot(char const* operation, char const* why) const;
+    Outcome<> beginChange(MediaChange change, sip::Direction direction, sfiFeature feature, Done done);
+    void noteHold(bool held, sfiFeature feature);
     void awaitChange();
     void changeAccepted(PendingChange const& change);
     void settle(bool held);

@@ -114,12 +114,11 @@ Outcome<> CallBacks::begin(std::unique_ptr<Entry> entry)
     request.event = sip::kDialogEvent;
     request.accept = sip::kDialogInfoType;
     request.expires = static_cast<std::uint32_t>(configuration_.callBackTime.count());
-    std::string whyNot;
-    entry->subscription = agent_.subscribe(entry->line.account, request, *this, &whyNot);
-    if (!entry->subscription) {
-        return refuse(RefusalKind::kUnavailable,
-                      fmt::format("a call-back to {} cannot be set: {}", entry->target, whyNot));
+    auto subscription = agent_.subscribe(entry->line.account, request, *this);
+    if (!subscription) {
+        return tl::unexpected(subscription.error());
     }
+    entry->subscription = std::move(*subscription);
     entry->longest.start(configuration_.callBackTime,
                          [this, waiting = entry.get()] { fail(*waiting, sfiCallCompletionFailureTimeout); });
     entries_.push_back(std::move(entry));

@@ -6,6 +6,7 @@
 #include "CommunicationsServiceEventIfc.h"
 #include "telephone/calls/SipMeaning.h"
 #include "telephone/framework/Log.h"
+#include "telephone/framework/Refusals.h"
 
 namespace telephone {
 
@@ -55,7 +56,11 @@ bool CallForwarding::forward(sip::Session& session, LineAccount const& line, sfi
 {
     sip::NameAddr const caller = session.invitation().caller();
     auto const target = destination(line, caller, reason);
-    if (!target || !session.redirect(*target, diversionReasonOf(reason))) {
+    if (!target) {
+        return false;
+    }
+    if (auto const redirected = session.redirect(*target, diversionReasonOf(reason)); !redirected) {
+        reportRefusal(kComponent, redirected.error());
         return false;
     }
     postForwarded(line.lineURI, calls_.freeCallID(), caller, *target, reason);

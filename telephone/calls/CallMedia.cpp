@@ -7,61 +7,66 @@
 namespace telephone {
 
 namespace {
-constexpr char const* kComponent = "calls";
-}
 
-bool Call::hold(sfiFeature feature, Done done)
+constexpr char const* kComponent = "calls";
+constexpr char const* kNotConnected = "it is not connected";
+
+}  // namespace
+
+Outcome<> Call::hold(sfiFeature feature, Done done)
 {
     if (!isEstablished()) {
-        return false;
+        return cannot("be held", kNotConnected);
     }
-    if (now_.held) {
-        if (!changes_.empty()) {
-            changes_.back().done.push_back(std::move(done));
-        } else if (done) {
-            done(true);
-        }
-        return true;
+    if (!now_.held) {
+        return beginChange(MediaChange::kHold, sip::Direction::kSendOnly, feature, std::move(done));
     }
-    return beginChange(MediaChange::kHold, sip::Direction::kSendOnly, feature, std::move(done));
+    if (!changes_.empty()) {
+        changes_.back().done.push_back(std::move(done));
+    } else if (done) {
+        done(true);
+    }
+    return {};
 }
 
-bool Call::retrieve(sfiFeature feature, Done done)
+Outcome<> Call::retrieve(sfiFeature feature, Done done)
 {
     if (!isEstablished() || !now_.held) {
-        return false;
+        return cannot("be retrieved", "this telephone does not hold it");
     }
     return beginChange(MediaChange::kRetrieve, sip::Direction::kSendReceive, feature, std::move(done));
 }
 
-bool Call::renewMedia()
+Outcome<> Call::renewMedia()
 {
-    return isEstablished() &&
-           beginChange(MediaChange::kRenew, session_->localDirection(), sfiFeatureSecurityChange, {});
+    if (!isEstablished()) {
+        return cannot("be negotiated again", kNotConnected);
+    }
+    return beginChange(MediaChange::kRenew, session_->localDirection(), sfiFeatureSecurityChange, {});
 }
 
-bool Call::beginChange(MediaChange change, sip::Direction direction, sfiFeature feature, Done done)
+Outcome<> Call::beginChange(MediaChange change, sip::Direction direction, sfiFeature feature, Done done)
 {
-    if (!session_->modify(direction)) {
-        return false;
+    if (auto begun = session_->modify(direction); !begun) {
+        return begun;
     }
     changes_.push_back({change, feature, {std::move(done)}});
     if (changes_.size() == 1) {
         awaitChange();
     }
-    if (change == MediaChange::kRenew) {
-        return true;
+    if (change != MediaChange::kRenew) {
+        noteHold(change == MediaChange::kHold, feature);
     }
-    bool const held = change == MediaChange::kHold;
-    CallSnapshot const before = now_;
-    now_.held = held;
-    now_.heldForConsultation = held && feature == sfiFeatureConsultationHold;
-    if (!held) {
-        now_.heldByHand = false;
-    }
-    updateVoice();
-    host_.callChanged(*this, before);
-    return true;
+    return {};
+}
+
+void Call::noteHold(bool held, sfiFeature feature)
+{
+    update([held, feature](CallSnapshot& now) {
+        now.held = held;
+        now.heldForConsultation = held && feature == sfiFeatureConsultationHold;
+        now.heldByHand = held && now.heldByHand;
+    });
 }
 
 // A far end that does not answer a re-INVITE is gone (RFC 3261 section 12.2.1.2).

@@ -3,23 +3,30 @@
 
 #include "telephone/calls/Call.h"
 #include "telephone/framework/Log.h"
+#include "telephone/framework/Refusals.h"
 
 namespace telephone {
 
 namespace {
-constexpr char const* kComponent = "calls";
-}
 
-bool Call::transfer(sfiFeature feature, std::string const& target, std::optional<sip::Replaces> const& replaces)
+constexpr char const* kComponent = "calls";
+constexpr char const* kBeingReplaced = "another call is replacing it already";
+
+}  // namespace
+
+Outcome<> Call::transfer(sfiFeature feature, std::string const& target, std::optional<sip::Replaces> const& replaces)
 {
-    if (!isEstablished() || referring_ || !session_->transfer(target, replaces)) {
-        return false;
+    if (!isEstablished() || referring_) {
+        return cannot("be transferred", referring_ ? "it is being transferred already" : "it is not connected");
+    }
+    if (auto asked = session_->transfer(target, replaces); !asked) {
+        return asked;
     }
     transferFeature_ = feature;
     referring_ = true;
     transferTimer_.start(kTransferTime, [this] { finishTransfer(408); });
     beginTransferring();
-    return true;
+    return {};
 }
 
 void Call::beginTransferring()
@@ -65,38 +72,37 @@ void Call::onTransferRequested(sip::Session& session, std::unique_ptr<sip::Trans
     }
 }
 
-bool Call::replaceWithCall(sip::UserAgent& agent, sip::CallRequest const& request,
-                           std::unique_ptr<sip::Transfer> transfer)
+Outcome<> Call::replaceWithCall(sip::UserAgent& agent, sip::CallRequest const& request,
+                                std::unique_ptr<sip::Transfer> transfer)
 {
     if (replacement_) {
-        return false;
+        return cannot("be replaced", kBeingReplaced);
     }
-    std::string whyNot;
     sip::CallRequest held = request;
     if (now_.held) {
         held.direction = sip::Direction::kSendOnly;
     }
-    replacement_ = agent.call(held, *this, &whyNot);
-    if (!replacement_) {
-        log(kLogWarning, kComponent, "call {} cannot be connected with {}: {}", id(), request.target, whyNot);
-        return false;
+    auto session = agent.call(held, *this);
+    if (!session) {
+        return tl::unexpected(session.error());
     }
+    replacement_ = std::move(*session);
     transferHere_ = std::move(transfer);
-    return true;
+    return {};
 }
 
-bool Call::replaceWith(std::unique_ptr<sip::Session> session)
+Outcome<> Call::replaceWith(std::unique_ptr<sip::Session> session)
 {
     if (replacement_) {
-        return false;
+        return cannot("be replaced", kBeingReplaced);
     }
     replacement_ = std::move(session);
     replacement_->setObserver(this);
-    if (replacement_->answer()) {
-        return true;
+    auto answered = replacement_->answer();
+    if (!answered) {
+        replacement_.reset();
     }
-    replacement_.reset();
-    return false;
+    return answered;
 }
 
 void Call::exchangeSessions()
@@ -117,7 +123,10 @@ void Call::exchangeSessions()
     established_ = true;
     // A held call stays held with its new party.
     if (now_.held && session_->localDirection() == sip::Direction::kSendReceive) {
-        beginChange(MediaChange::kRenew, sip::Direction::kSendOnly, sfiFeatureHold, {});
+        auto const held = beginChange(MediaChange::kRenew, sip::Direction::kSendOnly, sfiFeatureHold, {});
+        if (!held) {
+            reportRefusal(kComponent, held.error());
+        }
     }
     heldHere_ = now_.held;
     update([this](CallSnapshot& now) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "telephone/framework/Refusals.h"
 #include "telephone/sip/DialogInfo.h"
 
 namespace telephone {
@@ -82,7 +83,8 @@ void DialogPublisher::add(LineAccount const& line, std::unique_ptr<sip::Notifier
 {
     Watched& watched = watched_[line.lineNumber];
     watched.line = line;
-    if (!notifier->accept(sip::kDialogInfoType)) {
+    if (auto const accepted = notifier->accept(sip::kDialogInfoType); !accepted) {
+        reportRefusal("calls", accepted.error());
         return;
     }
     notifier->onClosed([this, number = line.lineNumber](sip::Notifier& closed) {

@@ -5,18 +5,26 @@
 #include <mutex>
 #include <utility>
 
-#include "telephone/framework/Log.h"
+#include <spdlog/fmt/fmt.h>
+
+#include "telephone/framework/Refusals.h"
 #include "telephone/sip/EventLoop.h"
 
 namespace telephone {
 
 namespace {
 
-constexpr char const* kComponent = "calls";
-
-tl::unexpected<Refusal> notConnected(int callID, char const* operation)
+tl::unexpected<Refusal> otherNotHeld(int callID)
 {
-    return refuse(RefusalKind::kWrongState, fmt::format("call {} cannot {}: it is not connected", callID, operation));
+    return refuse(RefusalKind::kUnavailable,
+                  fmt::format("call {} cannot become active: the other call could not be held", callID));
+}
+
+void report(Outcome<> const& outcome)
+{
+    if (!outcome) {
+        reportRefusal("calls", outcome.error());
+    }
 }
 
 }  // namespace
@@ -36,13 +44,11 @@ Outcome<> EstablishedCalls::hold(int callID, sfiFeature feature)
     }
     // A conference is held and retrieved as a whole.
     Call* const other = calls_.otherInConference(*call);
-    if (!call->hold(feature)) {
-        return notConnected(callID, "be held");
+    auto held = call->hold(feature);
+    if (held && other != nullptr) {
+        report(other->hold(feature));
     }
-    if (other != nullptr) {
-        other->hold(feature);
-    }
-    return {};
+    return held;
 }
 
 Outcome<> EstablishedCalls::retrieve(int callID)
@@ -61,18 +67,17 @@ Outcome<> EstablishedCalls::retrieve(int callID, sfiFeature feature)
         return refuse(RefusalKind::kWrongState,
                       fmt::format("call {} cannot be retrieved: this telephone does not hold it", callID));
     }
-    afterHoldingOthers(*call, sfiFeatureHold, [this, feature](Call& waiting, bool alone) {
-        if (alone) {
-            retrieveAlone(waiting, feature);
-            return;
+    afterHoldingOthers(*call, sfiFeatureHold, [this, feature](Call& waiting, Outcome<> const& alone) {
+        auto const retrieved = alone.and_then([this, &waiting, feature] { return retrieveAlone(waiting, feature); });
+        if (!retrieved) {
+            report(retrieved);
+            waiting.postFeatureFailed(feature, sfiFeatureFailureNotPossible);
         }
-        log(kLogWarning, kComponent, "call {} cannot be retrieved: the other call could not be held", waiting.id());
-        waiting.postFeatureFailed(feature, sfiFeatureFailureNotPossible);
     });
     return {};
 }
 
-void EstablishedCalls::retrieveAlone(Call& call, sfiFeature feature)
+Outcome<> EstablishedCalls::retrieveAlone(Call& call, sfiFeature feature)
 {
     auto const done = [this, feature, callID = call.id()](bool retrieved) {
         Call* const now = calls_.find(callID);
@@ -80,14 +85,12 @@ void EstablishedCalls::retrieveAlone(Call& call, sfiFeature feature)
             now->postFeatureSuccess(feature);
         }
     };
-    if (!call.retrieve(feature, done)) {
-        log(kLogWarning, kComponent, "call {} cannot be retrieved: it is not held", call.id());
-        call.postFeatureFailed(feature, sfiFeatureFailureNotPossible);
-        return;
+    auto begun = call.retrieve(feature, done);
+    Call* const other = begun ? calls_.otherInConference(call) : nullptr;
+    if (other != nullptr && other->snapshot().held) {
+        report(other->retrieve(feature));
     }
-    if (Call* const other = calls_.otherInConference(call); other != nullptr && other->snapshot().held) {
-        other->retrieve(feature);
-    }
+    return begun;
 }
 
 void EstablishedCalls::setHeldByHand(int callID, bool byHand)
@@ -137,10 +140,7 @@ Outcome<> EstablishedCalls::sendDigits(int callID, std::string const& digits)
     if (digits.empty() || digits.find_first_not_of("0123456789*#ABCD") != std::string::npos) {
         return refuse(RefusalKind::kBadInput, fmt::format("\"{}\" cannot be sent: digits are 0-9 * # A-D", digits));
     }
-    if (!call->sendDigits(digits)) {
-        return notConnected(callID, "take digits");
-    }
-    return {};
+    return call->sendDigits(digits);
 }
 
 Outcome<> EstablishedCalls::changeSecurity(int callID, bool secure)
@@ -154,17 +154,14 @@ Outcome<> EstablishedCalls::changeSecurity(int callID, bool secure)
         return refuse(RefusalKind::kNotSupported,
                       fmt::format("call {} cannot be secured: this telephone has no encrypted audio", callID));
     }
-    if (!call->renewMedia()) {
-        return notConnected(callID, "be negotiated again");
-    }
-    return {};
+    return call->renewMedia();
 }
 
 void EstablishedCalls::afterHoldingOthers(Call& call, sfiFeature feature, Continuation const& continuation)
 {
     std::vector<Call*> const others = calls_.speaking(&call);
     if (others.empty()) {
-        continuation(call, true);
+        continuation(call, {});
         return;
     }
     struct Wait
@@ -179,7 +176,7 @@ void EstablishedCalls::afterHoldingOthers(Call& call, sfiFeature feature, Contin
             return;
         }
         if (Call* const waiting = calls_.find(callID)) {
-            continuation(*waiting, wait->allHeld);
+            continuation(*waiting, wait->allHeld ? Outcome<>() : otherNotHeld(callID));
         }
     };
     for (Call* const other : others) {
@@ -189,7 +186,8 @@ void EstablishedCalls::afterHoldingOthers(Call& call, sfiFeature feature, Contin
         };
         bool const forCall =
             feature == sfiFeatureConsultationHold && other->line().lineNumber == call.line().lineNumber;
-        if (!other->hold(forCall ? feature : sfiFeatureHold, done)) {
+        if (auto const held = other->hold(forCall ? feature : sfiFeatureHold, done); !held) {
+            report(held);
             oneDone(false);
         }
     }

@@ -33,9 +33,9 @@ public:
     [[nodiscard]] Outcome<> changeSecurity(int callID, bool secure);
 
     // --- lock held
-    // Holds every other call that speaks; then continues with `alone` true, or false if one could not be held.
-    // Continues at once if no other call speaks, and never if the call ends meanwhile.
-    using Continuation = std::function<void(Call& call, bool alone)>;
+    // Holds every other call that speaks, then continues, with a refusal if one could not be held. Continues at once if
+    // no other call speaks, and never if the call ends meanwhile.
+    using Continuation = std::function<void(Call& call, Outcome<> const& alone)>;
     void afterHoldingOthers(Call& call, sfiFeature feature, Continuation const& continuation);
     // Ids of the held calls, the one held last at the end.
     std::vector<int> const& holdOrder() const { return holdOrder_; }
@@ -43,7 +43,7 @@ public:
 
 private:
     Outcome<> retrieve(int callID, sfiFeature feature);
-    void retrieveAlone(Call& call, sfiFeature feature);
+    Outcome<> retrieveAlone(Call& call, sfiFeature feature);
 
     sip::EventLoop& loop_;
     CallList& calls_;

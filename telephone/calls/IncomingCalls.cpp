@@ -7,6 +7,7 @@
 #include "CommunicationsServiceEventIfc.h"
 #include "telephone/calls/SipMeaning.h"
 #include "telephone/framework/Log.h"
+#include "telephone/framework/Refusals.h"
 #include "telephone/sip/EventLoop.h"
 
 namespace telephone {
@@ -17,8 +18,8 @@ constexpr char const* kComponent = "calls";
 
 tl::unexpected<Refusal> notRinging(int callID, char const* operation)
 {
-    return telephone::refuse(RefusalKind::kWrongState,
-                             fmt::format("call {} cannot {}: it is not ringing here", callID, operation));
+    return refuse(RefusalKind::kWrongState,
+                  fmt::format("call {} cannot {}: it is not ringing here", callID, operation));
 }
 
 }  // namespace
@@ -42,11 +43,7 @@ Outcome<> IncomingCalls::ring(int callID)
     if (call == nullptr) {
         return noSuchCall(callID);
     }
-    if (!call->ring()) {
-        return telephone::refuse(RefusalKind::kWrongState,
-                                 fmt::format("call {} cannot ring: it is not offered to this telephone", callID));
-    }
-    return {};
+    return call->ring();
 }
 
 Outcome<> IncomingCalls::answer(int callID)
@@ -59,18 +56,17 @@ Outcome<> IncomingCalls::answer(int callID)
     if (!call->snapshot().alerting()) {
         return notRinging(callID, "be answered");
     }
-    established_.afterHoldingOthers(*call, sfiFeatureHold, [](Call& waiting, bool alone) {
-        if (alone && waiting.answer()) {
-            return;
+    established_.afterHoldingOthers(*call, sfiFeatureHold, [](Call& waiting, Outcome<> const& alone) {
+        auto const answered = alone.and_then([&waiting] { return waiting.answer(); });
+        if (!answered) {
+            reportRefusal(kComponent, answered.error());
+            waiting.postFeatureFailed(sfiFeatureHold, sfiFeatureFailureNotPossible);
         }
-        log(kLogWarning, kComponent, "call {} cannot be answered: {}", waiting.id(),
-            alone ? "it is no longer ringing" : "the other call could not be held");
-        waiting.postFeatureFailed(sfiFeatureHold, sfiFeatureFailureNotPossible);
     });
     return {};
 }
 
-Outcome<> IncomingCalls::refuse(int callID, sfiRefuseCall reason)
+Outcome<> IncomingCalls::reject(int callID, sfiRefuseCall reason)
 {
     std::lock_guard const guard(loop_);
     Call* const call = calls_.find(callID);
@@ -79,13 +75,10 @@ Outcome<> IncomingCalls::refuse(int callID, sfiRefuseCall reason)
     }
     StatusLine const line = statusOf(reason);
     if (line.status == 0) {
-        return telephone::refuse(RefusalKind::kBadInput, fmt::format("call {} cannot be refused: there is no reason {}",
-                                                                     callID, static_cast<int>(reason)));
+        return refuse(RefusalKind::kBadInput, fmt::format("call {} cannot be refused: there is no reason {}", callID,
+                                                          static_cast<int>(reason)));
     }
-    if (!call->refuse(line)) {
-        return notRinging(callID, "be refused");
-    }
-    return {};
+    return call->reject(line);
 }
 
 Outcome<> IncomingCalls::deflect(int callID, std::string const& destination)
@@ -104,14 +97,17 @@ Outcome<> IncomingCalls::deflect(int callID, std::string const& destination)
     if (!call->snapshot().alerting()) {
         return notRinging(callID, "be deflected");
     }
-    sip::NameAddr const caller = call->session()->remoteParty();
-    std::string const lineURI = call->line().lineURI;
-    if (!call->redirect(*target, sfiForwardReasonDeflected)) {
-        return telephone::refuse(RefusalKind::kWrongState,
-                                 fmt::format("call {} cannot be deflected: it is being answered", callID));
+    return redirect(*call, *target, call->session()->remoteParty(), sfiForwardReasonDeflected);
+}
+
+Outcome<> IncomingCalls::redirect(Call& call, std::string const& target, sip::NameAddr const& caller,
+                                  sfiForwardReason reason)
+{
+    auto redirected = call.redirect(target, reason);
+    if (redirected) {
+        forwarding_.postForwarded(call.line().lineURI, call.id(), caller, target, reason);
     }
-    forwarding_.postForwarded(lineURI, callID, caller, *target, sfiForwardReasonDeflected);
-    return {};
+    return redirected;
 }
 
 void IncomingCalls::setAssociatedCalls(bool associated)
@@ -186,8 +182,11 @@ void IncomingCalls::offer(std::unique_ptr<sip::Session> session, LineAccount con
         });
     }
     startNoReplyTimer(call, line);
-    if (configuration_.automaticRinging) {
-        call.ring();
+    if (!configuration_.automaticRinging) {
+        return;
+    }
+    if (auto const rung = call.ring(); !rung) {
+        reportRefusal(kComponent, rung.error());
     }
 }
 
@@ -211,9 +210,11 @@ void IncomingCalls::forwardUnanswered(int callID, LineAccount const& line)
     }
     sip::NameAddr const caller = call->session()->invitation().caller();
     auto const target = forwarding_.destination(line, caller, sfiForwardReasonNoReply);
-    std::string const lineURI = call->line().lineURI;
-    if (target && call->redirect(*target, sfiForwardReasonNoReply)) {
-        forwarding_.postForwarded(lineURI, callID, caller, *target, sfiForwardReasonNoReply);
+    if (!target) {
+        return;
+    }
+    if (auto const redirected = redirect(*call, *target, caller, sfiForwardReasonNoReply); !redirected) {
+        reportRefusal(kComponent, redirected.error());
     }
 }
 

@@ -44,7 +44,7 @@ public:
     // Answers 180. Accepting a call that rings already is a success.
     [[nodiscard]] Outcome<> ring(int callID);
     [[nodiscard]] Outcome<> answer(int callID);
-    [[nodiscard]] Outcome<> refuse(int callID, sfiRefuseCall reason);
+    [[nodiscard]] Outcome<> reject(int callID, sfiRefuseCall reason);
     [[nodiscard]] Outcome<> deflect(int callID, std::string const& destination);
     // Whether a second call on a busy line is announced as associated with the first.
     void setAssociatedCalls(bool associated);
@@ -57,6 +57,7 @@ private:
     bool turnAway(sip::Session& session, LineAccount const& line);
     void rejectUndisturbed(sip::Session& session, LineAccount const& line);
     void offer(std::unique_ptr<sip::Session> session, LineAccount const& line, int callID, LineAddress const& place);
+    Outcome<> redirect(Call& call, std::string const& target, sip::NameAddr const& caller, sfiForwardReason reason);
     void startNoReplyTimer(Call const& call, LineAccount const& line);
     void forwardUnanswered(int callID, LineAccount const& line);
 

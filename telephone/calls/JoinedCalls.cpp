@@ -8,6 +8,7 @@
 #include "CommunicationsServiceEventIfc.h"
 #include "telephone/calls/ConferenceDocument.h"
 #include "telephone/framework/Log.h"
+#include "telephone/framework/Refusals.h"
 #include "telephone/sip/EventLoop.h"
 
 namespace telephone {
@@ -15,12 +16,6 @@ namespace telephone {
 namespace {
 
 constexpr char const* kComponent = "calls";
-
-tl::unexpected<Refusal> notTransferable(int callID)
-{
-    return refuse(RefusalKind::kWrongState,
-                  fmt::format("call {} cannot be transferred: it is not connected or is being transferred", callID));
-}
 
 }  // namespace
 
@@ -48,10 +43,7 @@ Outcome<> JoinedCalls::blindTransfer(int callID, std::string const& destination)
     if (!target) {
         return tl::unexpected(target.error());
     }
-    if (!call->transfer(sfiFeatureBlindTransfer, *target, std::nullopt)) {
-        return notTransferable(callID);
-    }
-    return {};
+    return call->transfer(sfiFeatureBlindTransfer, *target, std::nullopt);
 }
 
 Outcome<> JoinedCalls::attendedTransfer(int callID)
@@ -70,8 +62,8 @@ Outcome<> JoinedCalls::attendedTransfer(int callID)
     bool const rings = !other->isEstablished();
     std::string const contact = rings ? other->target() : other->session()->remoteContact();
     auto const replaces = rings ? std::nullopt : std::optional(other->session()->dialogId().replaces());
-    if (!call->transfer(sfiFeatureAttendedTransfer, contact, replaces)) {
-        return notTransferable(callID);
+    if (auto asked = call->transfer(sfiFeatureAttendedTransfer, contact, replaces); !asked) {
+        return asked;
     }
     if (rings) {
         other->end({sfiCallStateIdle, sfiReasonTransferred});
@@ -113,9 +105,10 @@ void JoinedCalls::transferRequested(Call& call, std::unique_ptr<sip::Transfer> t
     request.replaces = transfer->replaces();
     request.referredBy = transfer->referredBy();
     log(kLogInfo, kComponent, "call {}: the far end transfers it to {}", call.id(), request.target);
-    sip::Transfer& asked = *transfer;
-    if (!asked.accept() || !call.replaceWithCall(agent_, request, std::move(transfer))) {
-        log(kLogWarning, kComponent, "call {}: the transfer could not be followed", call.id());
+    auto const followed =
+        transfer->accept().and_then([&] { return call.replaceWithCall(agent_, request, std::move(transfer)); });
+    if (!followed) {
+        reportRefusal(kComponent, followed.error());
     }
 }
 
@@ -165,7 +158,9 @@ void JoinedCalls::replaceCall(std::unique_ptr<sip::Session> session)
     }
     Call& call = **found;
     log(kLogInfo, kComponent, "call {} continues with {}", call.id(), displayUri(session->invitation().caller()));
-    call.replaceWith(std::move(session));
+    if (auto const replaced = call.replaceWith(std::move(session)); !replaced) {
+        reportRefusal(kComponent, replaced.error());
+    }
 }
 
 // --- conference
@@ -211,9 +206,8 @@ Outcome<> JoinedCalls::retrieveBoth(Call& first, Call& second)
             continue;
         }
         ++wait->left;
-        if (!each->retrieve(sfiFeatureConference, done)) {
-            return refuse(RefusalKind::kUnavailable,
-                          fmt::format("call {} cannot be retrieved for the conference", each->id()));
+        if (auto begun = each->retrieve(sfiFeatureConference, done); !begun) {
+            return begun;
         }
     }
     done(true);

@@ -6,8 +6,9 @@
 #include "CommunicationsServiceEventIfc.h"
 #include "telephone/calls/EngineConfiguration.h"
 #include "telephone/framework/Log.h"
-#include "telephone/sip/EventLoop.h"
+#include "telephone/framework/Refusals.h"
 #include "telephone/sip/DialogInfo.h"
+#include "telephone/sip/EventLoop.h"
 
 namespace telephone {
 
@@ -82,7 +83,12 @@ void MessageWaiting::begin(Mailbox& mailbox)
     request.event = sip::kMessageSummaryEvent;
     request.accept = sip::kMessageSummaryType;
     mailbox.retry.cancel();
-    mailbox.subscription = agent_.subscribe(mailbox.line.account, request, *this);
+    auto subscription = agent_.subscribe(mailbox.line.account, request, *this);
+    if (!subscription) {
+        reportRefusal(kComponent, subscription.error());
+        return;
+    }
+    mailbox.subscription = std::move(*subscription);
 }
 
 void MessageWaiting::clear()

@@ -3,7 +3,9 @@
 #include <mutex>
 #include <utility>
 
-#include "telephone/framework/Log.h"
+#include <spdlog/fmt/fmt.h>
+
+#include "telephone/framework/Refusals.h"
 #include "telephone/sip/EventLoop.h"
 
 namespace telephone {
@@ -109,11 +111,10 @@ Outcome<> OutgoingCalls::begin(Draft draft)
 
 void OutgoingCalls::dialWhenAlone(Call& call, sip::CallRequest request)
 {
-    auto const dial = [this, request = std::move(request)](Call& waiting, bool alone) {
-        auto const dialled = alone ? waiting.dial(agent_, request)
-                                   : refuse(RefusalKind::kWrongState, "the other call could not be held");
+    auto const dial = [this, request = std::move(request)](Call& waiting, Outcome<> const& alone) {
+        auto const dialled = alone.and_then([this, &waiting, &request] { return waiting.dial(agent_, request); });
         if (!dialled) {
-            log(kLogWarning, "calls", "call {} cannot be made: {}", waiting.id(), dialled.error().reason);
+            reportRefusal("calls", dialled.error());
             waiting.end({sfiCallStateFailed, alone ? sfiReasonServerFailure : sfiReasonRefused});
         }
     };

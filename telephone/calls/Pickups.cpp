@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cstring>
 #include <mutex>
+#include <optional>
 #include <utility>
+#include <vector>
 
 #include "telephone/framework/Log.h"
 #include "telephone/sip/EventLoop.h"
@@ -11,6 +13,8 @@
 namespace telephone {
 
 namespace {
+
+constexpr std::uint32_t kSearchTime = 60;  // seconds for which the dialogs of a number are subscribed to
 
 template <std::size_t size>
 void copyText(char (&field)[size], std::string const& text)
@@ -33,6 +37,26 @@ sfiReplacesDisplay displayOf(PickupTarget const& target)
     return display;
 }
 
+// The call that rings at the number whose dialogs these are; nothing: none rings.
+std::optional<PickupTarget> ringingCall(std::vector<sip::DialogEntry> const& dialogs)
+{
+    auto const ringing = std::find_if(dialogs.begin(), dialogs.end(), [](sip::DialogEntry const& entry) {
+        return entry.recipient && entry.state == sip::DialogState::kEarly && !entry.dialog.callId.empty();
+    });
+    if (ringing == dialogs.end() || (ringing->remote.target.empty() && ringing->remote.identity.empty())) {
+        return std::nullopt;
+    }
+    PickupTarget target;
+    target.targetURI = ringing->remote.target.empty() ? ringing->remote.identity : ringing->remote.target;
+    // As the caller sees the dialog, since the caller is the one to call.
+    target.replaces = {ringing->dialog.callId, ringing->dialog.remoteTag, ringing->dialog.localTag, true};
+    target.callingURI = ringing->remote.identity;
+    target.callingName = ringing->remote.displayName;
+    target.calledURI = ringing->local.identity;
+    target.calledName = ringing->local.displayName;
+    return target;
+}
+
 void aimAt(PickupTarget const& target, Call& call, sip::CallRequest& request)
 {
     request.target = target.targetURI;
@@ -48,7 +72,6 @@ Pickups::Pickups(sip::UserAgent& agent, EngineConfiguration const& configuration
     , configuration_(configuration)
     , calls_(calls)
     , outgoing_(outgoing)
-    , burial_(agent.loop())
 {}
 
 Outcome<OutgoingCalls::Draft> Pickups::draft(int recordLine, int appearance, int callID, sfiFeature feature) const
@@ -100,43 +123,54 @@ Outcome<> Pickups::directed(int recordLine, int appearance, int callID, std::str
     if (!target) {
         return tl::unexpected(target.error());
     }
-    auto const found = [this, callID, request = draft->request](std::optional<PickupTarget> const& call, int status) {
-        this->found(callID, request, call, status);
-    };
-    auto search = std::make_unique<PickupSearch>(agent_.loop(), found);
-    auto const started = search->start(agent_, draft->request.account, *target, configuration_.dialogAnswerTime);
+    auto const started = search(callID, draft->request, *target);
     if (started) {
-        searches_[callID] = std::move(search);
         calls_.add(std::move(draft->call)).announceDialling(*target);
     }
     return started;
 }
 
-void Pickups::found(int callID, sip::CallRequest request, std::optional<PickupTarget> const& target, int status)
+Outcome<> Pickups::search(int callID, sip::CallRequest const& request, std::string const& target)
 {
-    bury(callID);
-    Call* const call = calls_.find(callID);
-    if (call == nullptr) {
-        return;
+    auto const changed = [this, callID](std::vector<sip::DialogEntry> const& dialogs) {
+        if (auto const ringing = ringingCall(dialogs)) {
+            found(callID, *ringing);
+        }
+    };
+    auto const ended = [this, callID](int status, std::string const&) { failed(callID, status < 300 ? 480 : status); };
+    auto dialogs = sip::DialogSubscription::start(agent_, request.account, target, changed, ended, kSearchTime);
+    if (!dialogs) {
+        return tl::unexpected(dialogs.error());
     }
-    if (target) {
-        aimAt(*target, *call, request);
-        outgoing_.dialWhenAlone(*call, std::move(request));
-        return;
-    }
-    log(kLogWarning, "calls", "call {}: there is nothing to pick up ({})", callID, status);
-    call->postFeatureFailed(sfiFeatureDirectedPickup, featureFailureOf(status == 408 ? 404 : status));
-    call->end({sfiCallStateFailed, status == 408 ? sfiReasonNotFound : endingOf(status).reason});
+    sip::Timer patience(agent_.loop(), configuration_.dialogAnswerTime, [this, callID] { failed(callID, 404); });
+    searches_.insert_or_assign(callID, Search{std::move(*dialogs), std::move(patience), request});
+    return {};
 }
 
-void Pickups::bury(int callID)
+void Pickups::found(int callID, PickupTarget const& target)
 {
-    auto const search = searches_.find(callID);
-    if (search != searches_.end()) {
-        over_.push_back(std::move(search->second));
-        searches_.erase(search);
-        burial_.start(std::chrono::milliseconds(0), [this] { over_.clear(); });
+    auto search = searches_.extract(callID);
+    Call* const call = calls_.find(callID);
+    if (!search || call == nullptr) {
+        return;
     }
+    sip::CallRequest& request = search.mapped().request;
+    aimAt(target, *call, request);
+    outgoing_.dialWhenAlone(*call, std::move(request));
+}
+
+void Pickups::failed(int callID, int status)
+{
+    auto const search = searches_.extract(callID);
+    Call* const call = calls_.find(callID);
+    if (!search || call == nullptr) {
+        return;
+    }
+    // A number that does not answer has no call that rings.
+    int const meaning = status == 408 ? 404 : status;
+    log(kLogWarning, "calls", "call {}: there is nothing to pick up ({})", callID, status);
+    call->postFeatureFailed(sfiFeatureDirectedPickup, featureFailureOf(meaning));
+    call->end({sfiCallStateFailed, endingOf(meaning).reason});
 }
 
 void Pickups::follow(CallSnapshot const& now)
@@ -144,13 +178,6 @@ void Pickups::follow(CallSnapshot const& now)
     if (now.ended()) {
         searches_.erase(now.callID);
     }
-}
-
-void Pickups::clear()
-{
-    searches_.clear();
-    over_.clear();
-    burial_.cancel();
 }
 
 }  // namespace telephone

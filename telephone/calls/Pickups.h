@@ -6,17 +6,16 @@
 
 #include <map>
 #include <memory>
-#include <optional>
 #include <string>
-#include <vector>
 
 #include "telephone/base/Refusal.h"
 #include "telephone/calls/CallList.h"
 #include "telephone/calls/EngineConfiguration.h"
 #include "telephone/calls/OutgoingCalls.h"
-#include "telephone/calls/PickupSearch.h"
 #include "telephone/calls/PickupTarget.h"
+#include "telephone/sip/DialogSubscription.h"
 #include "telephone/sip/Timer.h"
+#include "telephone/sip/UserAgent.h"
 
 namespace telephone {
 
@@ -31,21 +30,28 @@ public:
     [[nodiscard]] Outcome<> group(int recordLine, int appearance, int callID);
 
     void follow(CallSnapshot const& now);
-    void clear();
+    void clear() { searches_.clear(); }
 
 private:
+    // For the call that rings at a number, once.
+    struct Search
+    {
+        std::unique_ptr<sip::DialogSubscription> dialogs;
+        sip::Timer patience;
+        sip::CallRequest request;  // for the call that takes over
+    };
+
     [[nodiscard]] Outcome<OutgoingCalls::Draft> draft(int recordLine, int appearance, int callID,
                                                       sfiFeature feature) const;
-    void found(int callID, sip::CallRequest request, std::optional<PickupTarget> const& target, int status);
-    void bury(int callID);
+    [[nodiscard]] Outcome<> search(int callID, sip::CallRequest const& request, std::string const& target);
+    void found(int callID, PickupTarget const& target);
+    void failed(int callID, int status);
 
     sip::UserAgent& agent_;
     EngineConfiguration const& configuration_;
     CallList& calls_;
     OutgoingCalls& outgoing_;
-    std::map<int, std::unique_ptr<PickupSearch>> searches_;  // by call id
-    std::vector<std::unique_ptr<PickupSearch>> over_;        // until the running callback has returned
-    sip::Timer burial_;
+    std::map<int, Search> searches_;  // by call id
 };
 
 }  // namespace telephone

@@ -74,10 +74,7 @@ Outcome<> ServerLink::request(LineAccount const& line, std::string const& body, 
                       fmt::format("line {} has no server to send a CSTA request to", line.lineURI));
     }
     std::string const server = line.account.registrar.empty() ? "sip:" + line.account.domain : line.account.registrar;
-    if (!agent_.request(line.account, "INFO", server, {}, {kCstaType, body}, std::move(done))) {
-        return refuse(RefusalKind::kUnavailable, fmt::format("a CSTA request cannot be sent to {}", server));
-    }
-    return {};
+    return agent_.request(line.account, "INFO", server, {}, {kCstaType, body}, std::move(done));
 }
 
 Outcome<> ServerLink::send(std::string const& lineURI, std::string const& body)
