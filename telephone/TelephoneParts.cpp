@@ -90,6 +90,12 @@ EngineConfiguration engineOf(Configuration const& configuration)
     return engine;
 }
 
+std::string primaryLineId(Lines const& lines)
+{
+    TelephoneLine const* const primary = lines.primary();
+    return primary == nullptr ? std::string() : primary->id();
+}
+
 int primaryLine(Lines const& lines)
 {
     TelephoneLine const* const primary = lines.primary();
@@ -102,15 +108,14 @@ TelephoneParts::TelephoneParts(Configuration given, std::string const& libraryFi
     : exchange(makeExchange(loop, given))
     , configuration(withServer(std::move(given), exchange.get()))
     , settings(std::make_unique<ConfigurationStore>(configuration.store.path), configuration)
-    , readers(settings, configuration)
     , storeWatcher(configuration.store.path.empty() ? nullptr : std::make_unique<StoreWatcher>(settings))
     , management(settings)
     , certificates(configuration.certificates)
     , digitAnalysis(configuration.calls)
     , lines(configuration, settings)
-    , policy(settings, lines, configuration)
+    , readers(settings, configuration, primaryLineId(lines))
+    , policy(settings, lines, primaryLineId(lines))
     , engine(loop, engineOf(configuration), lines, policy, [this](Event event) { events.post(std::move(event)); })
-    , engineCalls(engine)
     , physical(configuration, settings)
     , lamps(physical, lines, settings)
     , keys(physical, lamps, lines, settings)
@@ -120,7 +125,7 @@ TelephoneParts::TelephoneParts(Configuration given, std::string const& libraryFi
     , toggles(physical.layout(), settings)
     , dialogs(engine, primaryLine(lines))
     , team(configuration, lines, keyset, toggles, physical, settings, dialogs)
-    , recorder(configuration.recording, recordableCallsOf(engine),
+    , recorder(configuration.recording, recordableCallsOf(engine.list()),
                [this](CallRecorder::Event event) { events.post(std::move(event)); })
     , sfi({engine, lines, policy, settings, events, timers, &lines.appearanceMap()})
     , controls(engine, lines, physical, management, keysUsable.get_future())
@@ -130,7 +135,7 @@ TelephoneParts::TelephoneParts(Configuration given, std::string const& libraryFi
     , requests(*service, *invoker)
 {
     lines.setServer(serverOf(configuration, engine, exchange != nullptr));
-    lines.connect(engineCalls, timers);
+    lines.connect(engine, timers);
     registerExecutables();
     observeCalls();
     context.setProxyFactory([this] { return library.createEventProxy(); });

@@ -19,11 +19,9 @@
 #include "telephone/framework/ServiceLibrary.h"
 #include "telephone/framework/TelephoneContext.h"
 #include "telephone/framework/TimerService.h"
-#include "telephone/lines/EngineCalls.h"
 #include "telephone/lines/Lines.h"
 #include "telephone/management/LocalManagement.h"
 #include "telephone/management/Settings.h"
-#include "telephone/management/SfiReaders.h"
 #include "telephone/management/StoreWatcher.h"
 #include "telephone/physical/KeyApplication.h"
 #include "telephone/physical/KeyLamps.h"
@@ -34,6 +32,7 @@
 #include "telephone/services/DigitAnalysis.h"
 #include "telephone/sfi/SettingsCallPolicy.h"
 #include "telephone/sfi/Sfi.h"
+#include "telephone/sfi/SfiReaders.h"
 #include "telephone/sip/EventLoop.h"
 #include "telephone/team/DialogWatch.h"
 #include "telephone/team/FeatureToggles.h"
@@ -64,7 +63,6 @@ struct TelephoneParts
     Configuration const configuration;             // with the exchange's addresses
 
     Settings settings;
-    SfiReaders readers;
     std::unique_ptr<StoreWatcher> storeWatcher;  // null: the store is in memory
     LocalManagement management;
     AuditoryDevice auditoryDevice;
@@ -72,9 +70,9 @@ struct TelephoneParts
     DigitAnalysis digitAnalysis;
 
     Lines lines;
+    SfiReaders readers;
     SettingsCallPolicy policy;
     CallEngine engine;
-    EngineCalls engineCalls;
     RegistrationWait registrations;
     PhysicalInterface physical;
     KeyLamps lamps;

@@ -59,8 +59,7 @@ bool CallForwarding::forward(sip::Session& session, LineAccount const& line, sfi
     if (!target) {
         return false;
     }
-    if (auto const redirected = session.redirect(*target, diversionReasonOf(reason)); !redirected) {
-        reportRefusal(kComponent, redirected.error());
+    if (reportIfRefused(kComponent, session.redirect(*target, diversionReasonOf(reason)))) {
         return false;
     }
     postForwarded(line.lineURI, calls_.freeCallID(), caller, *target, reason);

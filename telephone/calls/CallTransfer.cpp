@@ -124,9 +124,7 @@ void Call::exchangeSessions()
     // A held call stays held with its new party.
     if (now_.held && session_->localDirection() == sip::Direction::kSendReceive) {
         auto const held = beginChange(MediaChange::kRenew, sip::Direction::kSendOnly, sfiFeatureHold, {});
-        if (!held) {
-            reportRefusal(kComponent, held.error());
-        }
+        reportIfRefused(kComponent, held);
     }
     heldHere_ = now_.held;
     update([this](CallSnapshot& now) {

@@ -83,8 +83,7 @@ void DialogPublisher::add(LineAccount const& line, std::unique_ptr<sip::Notifier
 {
     Watched& watched = watched_[line.lineNumber];
     watched.line = line;
-    if (auto const accepted = notifier->accept(sip::kDialogInfoType); !accepted) {
-        reportRefusal("calls", accepted.error());
+    if (reportIfRefused("calls", notifier->accept(sip::kDialogInfoType))) {
         return;
     }
     notifier->onClosed([this, number = line.lineNumber](sip::Notifier& closed) {

@@ -14,17 +14,12 @@ namespace telephone {
 
 namespace {
 
+constexpr char const* kComponent = "calls";
+
 tl::unexpected<Refusal> otherNotHeld(int callID)
 {
     return refuse(RefusalKind::kUnavailable,
                   fmt::format("call {} cannot become active: the other call could not be held", callID));
-}
-
-void report(Outcome<> const& outcome)
-{
-    if (!outcome) {
-        reportRefusal("calls", outcome.error());
-    }
 }
 
 }  // namespace
@@ -46,7 +41,7 @@ Outcome<> EstablishedCalls::hold(int callID, sfiFeature feature)
     Call* const other = calls_.otherInConference(*call);
     auto held = call->hold(feature);
     if (held && other != nullptr) {
-        report(other->hold(feature));
+        reportIfRefused(kComponent, other->hold(feature));
     }
     return held;
 }
@@ -69,8 +64,7 @@ Outcome<> EstablishedCalls::retrieve(int callID, sfiFeature feature)
     }
     afterHoldingOthers(*call, sfiFeatureHold, [this, feature](Call& waiting, Outcome<> const& alone) {
         auto const retrieved = alone.and_then([this, &waiting, feature] { return retrieveAlone(waiting, feature); });
-        if (!retrieved) {
-            report(retrieved);
+        if (reportIfRefused(kComponent, retrieved)) {
             waiting.postFeatureFailed(feature, sfiFeatureFailureNotPossible);
         }
     });
@@ -88,7 +82,7 @@ Outcome<> EstablishedCalls::retrieveAlone(Call& call, sfiFeature feature)
     auto begun = call.retrieve(feature, done);
     Call* const other = begun ? calls_.otherInConference(call) : nullptr;
     if (other != nullptr && other->snapshot().held) {
-        report(other->retrieve(feature));
+        reportIfRefused(kComponent, other->retrieve(feature));
     }
     return begun;
 }
@@ -187,7 +181,7 @@ void EstablishedCalls::afterHoldingOthers(Call& call, sfiFeature feature, Contin
         bool const forCall =
             feature == sfiFeatureConsultationHold && other->line().lineNumber == call.line().lineNumber;
         if (auto const held = other->hold(forCall ? feature : sfiFeatureHold, done); !held) {
-            report(held);
+            reportIfRefused(kComponent, held);
             oneDone(false);
         }
     }

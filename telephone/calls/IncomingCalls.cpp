@@ -58,8 +58,7 @@ Outcome<> IncomingCalls::answer(int callID)
     }
     established_.afterHoldingOthers(*call, sfiFeatureHold, [](Call& waiting, Outcome<> const& alone) {
         auto const answered = alone.and_then([&waiting] { return waiting.answer(); });
-        if (!answered) {
-            reportRefusal(kComponent, answered.error());
+        if (reportIfRefused(kComponent, answered)) {
             waiting.postFeatureFailed(sfiFeatureHold, sfiFeatureFailureNotPossible);
         }
     });
@@ -185,9 +184,7 @@ void IncomingCalls::offer(std::unique_ptr<sip::Session> session, LineAccount con
     if (!configuration_.automaticRinging) {
         return;
     }
-    if (auto const rung = call.ring(); !rung) {
-        reportRefusal(kComponent, rung.error());
-    }
+    reportIfRefused(kComponent, call.ring());
 }
 
 void IncomingCalls::startNoReplyTimer(Call const& call, LineAccount const& line)
@@ -213,9 +210,7 @@ void IncomingCalls::forwardUnanswered(int callID, LineAccount const& line)
     if (!target) {
         return;
     }
-    if (auto const redirected = redirect(*call, *target, caller, sfiForwardReasonNoReply); !redirected) {
-        reportRefusal(kComponent, redirected.error());
-    }
+    reportIfRefused(kComponent, redirect(*call, *target, caller, sfiForwardReasonNoReply));
 }
 
 void IncomingCalls::follow(CallSnapshot const& now)

@@ -107,9 +107,7 @@ void JoinedCalls::transferRequested(Call& call, std::unique_ptr<sip::Transfer> t
     log(kLogInfo, kComponent, "call {}: the far end transfers it to {}", call.id(), request.target);
     auto const followed =
         transfer->accept().and_then([&] { return call.replaceWithCall(agent_, request, std::move(transfer)); });
-    if (!followed) {
-        reportRefusal(kComponent, followed.error());
-    }
+    reportIfRefused(kComponent, followed);
 }
 
 Call* JoinedCalls::takePeer(Call const& call)
@@ -158,9 +156,7 @@ void JoinedCalls::replaceCall(std::unique_ptr<sip::Session> session)
     }
     Call& call = **found;
     log(kLogInfo, kComponent, "call {} continues with {}", call.id(), displayUri(session->invitation().caller()));
-    if (auto const replaced = call.replaceWith(std::move(session)); !replaced) {
-        reportRefusal(kComponent, replaced.error());
-    }
+    reportIfRefused(kComponent, call.replaceWith(std::move(session)));
 }
 
 // --- conference

@@ -84,8 +84,7 @@ void MessageWaiting::begin(Mailbox& mailbox)
     request.accept = sip::kMessageSummaryType;
     mailbox.retry.cancel();
     auto subscription = agent_.subscribe(mailbox.line.account, request, *this);
-    if (!subscription) {
-        reportRefusal(kComponent, subscription.error());
+    if (reportIfRefused(kComponent, subscription)) {
         return;
     }
     mailbox.subscription = std::move(*subscription);

@@ -113,8 +113,7 @@ void OutgoingCalls::dialWhenAlone(Call& call, sip::CallRequest request)
 {
     auto const dial = [this, request = std::move(request)](Call& waiting, Outcome<> const& alone) {
         auto const dialled = alone.and_then([this, &waiting, &request] { return waiting.dial(agent_, request); });
-        if (!dialled) {
-            reportRefusal("calls", dialled.error());
+        if (reportIfRefused("calls", dialled)) {
             waiting.end({sfiCallStateFailed, alone ? sfiReasonServerFailure : sfiReasonRefused});
         }
     };

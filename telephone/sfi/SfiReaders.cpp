@@ -1,10 +1,10 @@
-#include "telephone/management/SfiReaders.h"
+#include "telephone/sfi/SfiReaders.h"
 
-#include <algorithm>
 #include <atomic>
 #include <utility>
 
 #include "platform/sfi/SfiConfiguration.h"
+#include "telephone/management/ForwardingKeys.h"
 
 namespace telephone {
 
@@ -24,10 +24,15 @@ int number(std::string_view key)
     return readers == nullptr ? 0 : readers->settings().number(key);
 }
 
-void text(std::string_view key, std::string& value)
+int forwardingOn(sfiForwardingType type)
+{
+    return enabled(kForwardingKeys[type].activated);
+}
+
+void forwardingAddress(sfiForwardingType type, std::string& address)
 {
     auto const* readers = current.load();
-    value = readers == nullptr ? std::string() : readers->settings().text(key);
+    address = readers == nullptr ? std::string() : readers->settings().text(kForwardingKeys[type].address);
 }
 
 void serverAddress(std::string ServerConfiguration::*member, std::string& value)
@@ -38,9 +43,10 @@ void serverAddress(std::string ServerConfiguration::*member, std::string& value)
 
 }  // namespace
 
-SfiReaders::SfiReaders(Settings const& settings, Configuration configuration)
+SfiReaders::SfiReaders(Settings const& settings, Configuration const& configuration, std::string phoneNumber)
     : settings_(settings)
-    , configuration_(std::move(configuration))
+    , configuration_(configuration)
+    , phoneNumber_(std::move(phoneNumber))
 {
     current.store(this);
 }
@@ -49,16 +55,6 @@ SfiReaders::~SfiReaders()
 {
     auto const* self = this;
     current.compare_exchange_strong(self, nullptr);
-}
-
-LineConfiguration const* SfiReaders::ownLine() const
-{
-    auto const& lines = configuration_.lines;
-    auto const primary = std::find_if(lines.begin(), lines.end(), [](auto const& line) { return line.primary; });
-    if (primary != lines.end()) {
-        return &*primary;
-    }
-    return lines.empty() ? nullptr : &lines.front();
 }
 
 }  // namespace telephone
@@ -88,8 +84,7 @@ void sfiGetCPUAddr(std::string& address)
 void sfiGetCurrentPhoneNumber(std::string& number)
 {
     auto const* readers = telephone::current.load();
-    auto const* line = readers == nullptr ? nullptr : readers->ownLine();
-    number = line == nullptr ? std::string() : line->id;
+    number = readers == nullptr ? std::string() : readers->phoneNumber();
 }
 
 void sfiGetDirectedPickupUri(std::string& uri)
@@ -102,7 +97,7 @@ void sfiGetVoiceMailDialURI(std::string& uri)
     telephone::serverAddress(&telephone::ServerConfiguration::voiceMail, uri);
 }
 
-// Registrations count from 0, in the order of the lines; a line that does not register has none.
+// Registrations count from 0 in the order of the lines, without those that do not register.
 void sfiGetRegistrationId(unsigned char registration, std::string& id)
 {
     id.clear();
@@ -125,92 +120,92 @@ bool sfiBuiltInForwardingEnabled()
 
 int sfiGetForwardUnconditionalEnable()
 {
-    return telephone::enabled("cfu-activated");
+    return telephone::forwardingOn(sfiForwardUnconditional);
 }
 
 int sfiGetForwardUnconditionalExtEnable()
 {
-    return telephone::enabled("cfu-ext-activated");
+    return telephone::forwardingOn(sfiForwardUnconditionalExternal);
 }
 
 int sfiGetForwardUnconditionalIntEnable()
 {
-    return telephone::enabled("cfu-int-activated");
+    return telephone::forwardingOn(sfiForwardUnconditionalInternal);
 }
 
 int sfiGetForwardBusyEnable()
 {
-    return telephone::enabled("cfb-activated");
+    return telephone::forwardingOn(sfiForwardBusy);
 }
 
 int sfiGetForwardBusyExtEnable()
 {
-    return telephone::enabled("cfb-ext-activated");
+    return telephone::forwardingOn(sfiForwardBusyExternal);
 }
 
 int sfiGetForwardBusyIntEnable()
 {
-    return telephone::enabled("cfb-int-activated");
+    return telephone::forwardingOn(sfiForwardBusyInternal);
 }
 
 int sfiGetForwardNoReplyEnable()
 {
-    return telephone::enabled("cfnr-activated");
+    return telephone::forwardingOn(sfiForwardNoReply);
 }
 
 int sfiGetForwardNoReplyExtEnable()
 {
-    return telephone::enabled("cfnr-ext-activated");
+    return telephone::forwardingOn(sfiForwardNoReplyExternal);
 }
 
 int sfiGetForwardNoReplyIntEnable()
 {
-    return telephone::enabled("cfnr-int-activated");
+    return telephone::forwardingOn(sfiForwardNoReplyInternal);
 }
 
 void sfiGetForwardUnconditionalUri(std::string& uri)
 {
-    telephone::text("cfu-address", uri);
+    telephone::forwardingAddress(sfiForwardUnconditional, uri);
 }
 
 void sfiGetForwardUnconditionalExtUri(std::string& uri)
 {
-    telephone::text("cfu-ext-address", uri);
+    telephone::forwardingAddress(sfiForwardUnconditionalExternal, uri);
 }
 
 void sfiGetForwardUnconditionalIntUri(std::string& uri)
 {
-    telephone::text("cfu-int-address", uri);
+    telephone::forwardingAddress(sfiForwardUnconditionalInternal, uri);
 }
 
 void sfiGetForwardBusyUri(std::string& uri)
 {
-    telephone::text("cfb-address", uri);
+    telephone::forwardingAddress(sfiForwardBusy, uri);
 }
 
 void sfiGetForwardBusyExtUri(std::string& uri)
 {
-    telephone::text("cfb-ext-address", uri);
+    telephone::forwardingAddress(sfiForwardBusyExternal, uri);
 }
 
 void sfiGetForwardBusyIntUri(std::string& uri)
 {
-    telephone::text("cfb-int-address", uri);
+    telephone::forwardingAddress(sfiForwardBusyInternal, uri);
 }
 
 void sfiGetForwardNoReplyUri(std::string& uri)
 {
-    telephone::text("cfnr-address", uri);
+    telephone::forwardingAddress(sfiForwardNoReply, uri);
 }
 
 void sfiGetForwardNoReplyExtUri(std::string& uri)
 {
-    telephone::text("cfnr-ext-address", uri);
+    telephone::forwardingAddress(sfiForwardNoReplyExternal, uri);
 }
 
 void sfiGetForwardNoReplyIntUri(std::string& uri)
 {
-    telephone::text("cfnr-int-address", uri);
+    telephone::forwardingAddress(sfiForwardNoReplyInternal, uri);
 }
 
 int sfiGetForwardNoReplyTime()

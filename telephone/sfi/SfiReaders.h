@@ -1,0 +1,33 @@
+// What the free sfiGet... readers (platform/sfi/SfiConfiguration.h) read while it lives; without it they answer as for
+// a telephone without settings. The composition root owns the one object and makes it before the service is
+// initialised.
+#pragma once
+
+#include <string>
+
+#include "telephone/configuration/Configuration.h"
+#include "telephone/management/Settings.h"
+
+namespace telephone {
+
+class SfiReaders
+{
+public:
+    // configuration: with the addresses of the telephone's own exchange, if it uses that. phoneNumber: identifier of
+    // the primary line, else of the first.
+    SfiReaders(Settings const& settings, Configuration const& configuration, std::string phoneNumber);
+    ~SfiReaders();
+    SfiReaders(SfiReaders const&) = delete;
+    SfiReaders& operator=(SfiReaders const&) = delete;
+
+    Settings const& settings() const { return settings_; }
+    Configuration const& configuration() const { return configuration_; }
+    std::string const& phoneNumber() const { return phoneNumber_; }
+
+private:
+    Settings const& settings_;
+    Configuration const& configuration_;
+    std::string const phoneNumber_;
+};
+
+}  // namespace telephone
