@@ -45,7 +45,7 @@ struct Telephone
     {}
 
     Configuration const configuration;
-    Settings settings{std::make_unique<ConfigurationStore>(std::string()), configuration};
+    Settings settings{ConfigurationStore::open({}).value(), configuration};
     Lines lines{configuration, settings};
 };
 

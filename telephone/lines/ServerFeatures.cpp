@@ -71,7 +71,7 @@ void ServerFeatures::write(std::string const& name, std::string const& value)
 {
     auto const outcome = settings_.set(prefix_ + name, value);
     if (!outcome) {
-        log(kLogFailure, "lines", "{}{} is not set: {}", prefix_, name, outcome.reason);
+        log(kLogFailure, "lines", "{}{} is not set: {}", prefix_, name, outcome.error().reason);
     }
 }
 

@@ -3,6 +3,7 @@
 #include "platform/framework/SvcRTEContext.h"
 #include "platform/management/ManageableData.h"
 #include "telephone/framework/Log.h"
+#include "telephone/framework/Refusals.h"
 #include "telephone/management/LocalManagement.h"
 
 namespace {
@@ -15,15 +16,14 @@ telephone::LocalManagement* findManagement(SvcRTEContext* context)
     auto* const management = dynamic_cast<telephone::LocalManagement*>(found);
     if (management == nullptr) {
         telephone::log(kLogFailure, kComponent,
-                       "no configuration store is registered as LocalMgmtIfc: SIP settings are "
-                       "not managed");
+                       "no configuration store is registered as LocalMgmtIfc: SIP settings are not managed");
     }
     return management;
 }
 
 }  // namespace
 
-// The store is found once; the framework keeps what it registers for as long as services run.
+// The store is looked up once: the framework keeps its executables for as long as services run.
 class SIPConfigManager::State
 {
 public:
@@ -56,8 +56,7 @@ SIPConfigManager::SIPConfigManager(SvcRTEContext* context, MgmtAgentIfc* agent)
 
 SIPConfigManager::~SIPConfigManager() = default;
 
-// Settings are in force as soon as they are stored, so there is nothing to put into force but what another program has
-// written since.
+// Settings are in force as soon as they are stored; only another program's changes have to be put into force.
 void SIPConfigManager::initialise(bool apply)
 {
     if (state_->management != nullptr && apply) {
@@ -74,9 +73,8 @@ void SIPConfigManager::switchOnLampsForForwarding()
 
 void SIPConfigManager::checkDhcpProxyAddr()
 {
-    telephone::log(
-        telephone::kLogInfo, kComponent,
-        "no proxy address from DHCP: this telephone asks no DHCP server, its registrar is the configured one");
+    telephone::log(telephone::kLogInfo, kComponent,
+                   "no proxy address from DHCP: this telephone does not use DHCP, its registrar is the configured one");
 }
 
 int SIPConfigManager::getData(ManageableData& data)
@@ -103,7 +101,12 @@ int SIPConfigManager::getData(ManageableData& data)
 
 void SIPConfigManager::resetUserData()
 {
-    if (state_->management != nullptr && state_->management->settings().resetUserSettings()) {
-        telephone::log(telephone::kLogInfo, kComponent, "the user's settings are the delivered ones again");
+    if (state_->management == nullptr) {
+        return;
     }
+    if (auto const reset = state_->management->settings().resetUserSettings(); !reset) {
+        telephone::reportRefusal(kComponent, reset.error());
+        return;
+    }
+    telephone::log(telephone::kLogInfo, kComponent, "the user settings have their standard values again");
 }

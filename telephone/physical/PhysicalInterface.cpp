@@ -244,7 +244,7 @@ PhysicalInterface::Refusal PhysicalInterface::plug(std::string const& plug, bool
 PhysicalInterface::Refusal PhysicalInterface::setLocked(bool locked)
 {
     auto const outcome = settings_.set(SettingNames::kPhoneLocked, locked ? "true" : "false");
-    return outcome ? std::nullopt : Refusal(outcome.reason);
+    return outcome ? std::nullopt : Refusal(outcome.error().reason);
 }
 
 std::optional<std::string> PhysicalInterface::lampMode(std::string const& lamp) const

@@ -14,9 +14,9 @@ bool AgentCockpit::setEACockpitData(std::string const& item, std::string const& 
 {
     auto const outcome = settings_.set(std::string(SettingNames::kCockpitPrefix) + item, value);
     if (!outcome) {
-        log(kLogFailure, "agent cockpit", "item \"{}\" is not set: {}", item, outcome.reason);
+        log(kLogFailure, "agent cockpit", "item \"{}\" is not set: {}", item, outcome.error().reason);
     }
-    return static_cast<bool>(outcome);
+    return outcome.has_value();
 }
 
 }  // namespace telephone

@@ -58,8 +58,8 @@ bool FeatureToggles::set(int keyNumber, bool on)
     }
     auto const outcome = settings_.set(settingOf(keyNumber), on ? "true" : "false");
     log(outcome ? kLogInfo : kLogFailure, kComponent, "the feature of key {} is {}{}", keyNumber,
-        outcome ? (on ? "on" : "off") : "not switched: ", outcome.reason);
-    return static_cast<bool>(outcome);
+        outcome ? (on ? "on" : "off") : "not switched: ", outcome ? "" : outcome.error().reason);
+    return outcome.has_value();
 }
 
 bool FeatureToggles::isToggle(int keyNumber) const

@@ -159,9 +159,9 @@ bool Keyset::changeMultiUser(std::string const& lineURI)
     }
     auto const outcome = settings_.set(SettingNames::kCurrentMultiUser, line->base().id());
     if (!outcome) {
-        log(kLogFailure, kComponent, "the user stays: {}", outcome.reason);
+        log(kLogFailure, kComponent, "the user stays: {}", outcome.error().reason);
     }
-    return static_cast<bool>(outcome);
+    return outcome.has_value();
 }
 
 std::string Keyset::getCurrentMultiUser()
@@ -183,8 +183,8 @@ void Keyset::setImmediateRing(bool on, std::string& outcome)
 {
     auto const set = settings_.set(SettingNames::kImmediateRing, on ? "true" : "false");
     if (!set) {
-        outcome = set.reason;
-        log(kLogFailure, kComponent, "immediate ring is not set: {}", set.reason);
+        outcome = set.error().reason;
+        log(kLogFailure, kComponent, "immediate ring is not set: {}", set.error().reason);
         return;
     }
     outcome = on ? "immediate ring is on" : "immediate ring is off";

@@ -247,7 +247,7 @@ void TeamFeatures::HandleForwardingAlternative(std::string const& destination)
 {
     auto const outcome = settings_.set(SettingNames::kForwardingAlternative, destination);
     if (!outcome) {
-        log(kLogFailure, kComponent, "the alternative forwarding is not set: {}", outcome.reason);
+        log(kLogFailure, kComponent, "the alternative forwarding is not set: {}", outcome.error().reason);
     }
 }
 

@@ -41,7 +41,7 @@ class SfiTest : public ::testing::Test
 {
 protected:
     Configuration configuration_ = twoLines();
-    Settings settings_{std::make_unique<ConfigurationStore>(""), configuration_};
+    Settings settings_{ConfigurationStore::open({}).value(), configuration_};
     TestLines lines_;
     SettingsCallPolicy policy_{settings_, lines_, configuration_};
     EventRecorder recorder_;

@@ -44,7 +44,7 @@ protected:
     // Makes the lines of the configuration as it is now.
     Lines& build(std::chrono::milliseconds warmLineDelay = Lines::kWarmLineDelay)
     {
-        settings_ = std::make_unique<Settings>(std::make_unique<ConfigurationStore>(std::string()), configuration_);
+        settings_ = std::make_unique<Settings>(ConfigurationStore::open({}).value(), configuration_);
         lines_ = std::make_unique<Lines>(configuration_, *settings_);
         lines_->setServer({"sip:127.0.0.1:5070", "127.0.0.1:5070", "secret"});
         lines_->connect(calls_, timers_, warmLineDelay);

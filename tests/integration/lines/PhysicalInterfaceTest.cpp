@@ -84,7 +84,7 @@ class PhysicalInterfaceTest : public testing::Test
 protected:
     PhysicalInterfaceTest()
         : configuration_(Configuration::standard())
-        , settings_(std::make_unique<ConfigurationStore>(std::string()), configuration_)
+        , settings_(ConfigurationStore::open({}).value(), configuration_)
         , keys_(configuration_, settings_)
     {}
     ~PhysicalInterfaceTest() override { keys_.shutdown(); }

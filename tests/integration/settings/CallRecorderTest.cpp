@@ -11,12 +11,12 @@
 #include <sys/mount.h>
 
 #include "EventLog.h"
-#include "ManagementDoubles.h"
-#include "StoreFixture.h"
 #include "platform/management/ManageableData.h"
 #include "platform/management/MgmtAgentIfc.h"
 #include "platform/recording/RecordingConfigManager.h"
 #include "telephone/management/LocalManagement.h"
+#include "tests/unit/management/ManagementDoubles.h"
+#include "tests/unit/management/StoreFixture.h"
 
 namespace telephone {
 namespace {

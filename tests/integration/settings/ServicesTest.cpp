@@ -1,10 +1,10 @@
 // The dial plan, the trusted authorities and the sound devices.
 #include <gtest/gtest.h>
 
-#include "TemporaryFolder.h"
 #include "telephone/services/AuditoryDevice.h"
 #include "telephone/services/CertificateManagement.h"
 #include "telephone/services/DigitAnalysis.h"
+#include "tests/doubles/TemporaryFolder.h"
 
 namespace telephone {
 namespace {

@@ -1,8 +1,8 @@
 // The free readers of the SIP configuration: each forwarding rule's own keys, and what the configuration says.
 #include "telephone/management/SfiReaders.h"
 
-#include "StoreFixture.h"
 #include "platform/sfi/SfiConfiguration.h"
+#include "tests/unit/management/StoreFixture.h"
 
 namespace telephone {
 namespace {
@@ -95,7 +95,7 @@ TEST_F(SfiReadersTest, ServerValues_ComeFromTheConfiguration)
     configuration.server.groupPickup = "*8";
     configuration.server.directedPickup = "**";
     configuration.server.voiceMail = "500";
-    Settings const fromFile(std::make_unique<ConfigurationStore>(""), configuration);
+    Settings const fromFile(ConfigurationStore::open({}).value(), configuration);
 
     SfiReaders const readers(fromFile, configuration);
 

@@ -15,7 +15,7 @@
 #include "telephone/framework/EventDispatcher.h"
 #include "telephone/framework/RequestRunner.h"
 #include "telephone/framework/TelephoneContext.h"
-#include "tests/unit/framework/EventsDouble.h"
+#include "tests/unit/framework/FrameworkDoubles.h"
 
 class ControlsDouble : public telephone::TelephoneControls
 {

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "EventsDouble.h"
+#include "FrameworkDoubles.h"
 #include "platform/framework/Invoker.h"
 #include "platform/framework/InvokerResponse.h"
 #include "platform/framework/SvcRTEContext.h"

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "EventsDouble.h"
+#include "FrameworkDoubles.h"
 #include "telephone/framework/Channel.h"
 #include "telephone/framework/EventDispatcher.h"
 

@@ -73,7 +73,7 @@ TEST_F(StoreCommandTest, ReadingAStoreThatDoesNotExist_MakesNone)
     EXPECT_EQ(run({"list"}), 1);
 
     EXPECT_EQ(err.str(), "telephone store: there is no store \"" + storePath() +
-                             "\" yet: it comes with the first start or the first set\n");
+                             "\" yet: the first start or the first set creates it\n");
     EXPECT_FALSE(std::filesystem::exists(storePath()));
 }
 
@@ -93,7 +93,8 @@ TEST_F(StoreCommandTest, ForeignFile_IsRefused)
     EXPECT_EQ(run({"set", "cfu-address", "1"}), 1);
 
     EXPECT_EQ(contentOf(storePath()), "my thesis");
-    EXPECT_TRUE(err.str().starts_with("telephone store: store \"" + storePath() + "\" is no store")) << err.str();
+    EXPECT_TRUE(err.str().starts_with("telephone store: \"" + storePath() + "\" is not a telephone's store"))
+        << err.str();
 }
 
 TEST_F(StoreCommandTest, WrongArguments_AreAnsweredWithTheUsage)

@@ -39,7 +39,7 @@ TEST(SettingsStandards, ComeFromTheConfiguration)
     configuration.server.forwardingPrivacy = true;
     configuration.calls.dialRestriction = 4;
 
-    Settings const settings(std::make_unique<ConfigurationStore>(""), configuration);
+    Settings const settings(ConfigurationStore::open({}).value(), configuration);
 
     EXPECT_TRUE(settings.flag("server-based-features"));
     EXPECT_EQ(settings.number("server-type"), 7);
@@ -69,7 +69,7 @@ struct Refused
     char const* name;
     std::string key;
     std::string value;
-    SettingRefusal refusal;
+    RefusalKind kind;
     std::string reason;
 };
 
@@ -82,58 +82,57 @@ TEST_P(RefusedSetting, IsNamedWithTheReason_AndChangesNothing)
 
     auto const outcome = settings->set(GetParam().key, GetParam().value);
 
-    EXPECT_EQ(outcome.refusal, GetParam().refusal);
-    EXPECT_EQ(outcome.reason, GetParam().reason);
+    EXPECT_EQ(outcome.error().kind, GetParam().kind);
+    EXPECT_EQ(outcome.error().reason, GetParam().reason);
     EXPECT_EQ(settings->all(), before);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Settings, RefusedSetting,
     testing::Values(
-        Refused{"UnknownKey", "cfu-activate", "true", SettingRefusal::kUnknownKey,
+        Refused{"UnknownKey", "cfu-activate", "true", RefusalKind::kNotFound,
                 "there is no setting \"cfu-activate\"; the nearest is \"cfu-activated\""},
-        Refused{"EmptyKey", "", "true", SettingRefusal::kUnknownKey,
-                "there is no setting \"\"; the nearest is \"line/*\""},
-        Refused{"FamilyItself", "line/", "x", SettingRefusal::kUnknownKey,
+        Refused{"EmptyKey", "", "true", RefusalKind::kNotFound, "there is no setting \"\"; the nearest is \"line/*\""},
+        Refused{"FamilyItself", "line/", "x", RefusalKind::kNotFound,
                 "there is no setting \"line/\"; the nearest is \"line/*\""},
-        Refused{"TextForFlag", "cfu-activated", "yes", SettingRefusal::kWrongValue,
+        Refused{"TextForFlag", "cfu-activated", "yes", RefusalKind::kBadInput,
                 "\"cfu-activated\" takes true or false, not \"yes\""},
-        Refused{"CapitalFlag", "cfu-activated", "True", SettingRefusal::kWrongValue,
+        Refused{"CapitalFlag", "cfu-activated", "True", RefusalKind::kBadInput,
                 "\"cfu-activated\" takes true or false, not \"True\""},
-        Refused{"TextForNumber", "cfnr-delay", "soon", SettingRefusal::kWrongValue,
+        Refused{"TextForNumber", "cfnr-delay", "soon", RefusalKind::kBadInput,
                 "\"cfnr-delay\" takes a number from 0 to 99, not \"soon\""},
-        Refused{"HalfANumber", "cfnr-delay", "3s", SettingRefusal::kWrongValue,
+        Refused{"HalfANumber", "cfnr-delay", "3s", RefusalKind::kBadInput,
                 "\"cfnr-delay\" takes a number from 0 to 99, not \"3s\""},
-        Refused{"EmptyNumber", "cfnr-delay", "", SettingRefusal::kWrongValue,
+        Refused{"EmptyNumber", "cfnr-delay", "", RefusalKind::kBadInput,
                 "\"cfnr-delay\" takes a number from 0 to 99, not \"\""},
-        Refused{"NegativeNumber", "cfnr-delay", "-1", SettingRefusal::kWrongValue,
+        Refused{"NegativeNumber", "cfnr-delay", "-1", RefusalKind::kBadInput,
                 "\"cfnr-delay\" takes a number from 0 to 99, not \"-1\""},
-        Refused{"HugeNumber", "cfnr-delay", "99999999999999999999", SettingRefusal::kWrongValue,
+        Refused{"HugeNumber", "cfnr-delay", "99999999999999999999", RefusalKind::kBadInput,
                 "\"cfnr-delay\" takes a number from 0 to 99, not \"99999999999999999999\""},
         Refused{
-            "UnknownAgentState", "agent-state", "LoggedOn", SettingRefusal::kWrongValue,
+            "UnknownAgentState", "agent-state", "LoggedOn", RefusalKind::kBadInput,
             "\"agent-state\" takes one of loggedOn, loggedOff, notReady, ready, workingAfterCall, not \"LoggedOn\""},
-        Refused{"TooLong", "cfu-address", std::string(4097, 'x'), SettingRefusal::kWrongValue,
+        Refused{"TooLong", "cfu-address", std::string(4097, 'x'), RefusalKind::kBadInput,
                 "\"cfu-address\" takes a text of at most 4096 bytes without a NUL, not "
                 "\"xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx...\""},
-        Refused{"Nul", "cfu-address", std::string("a\0b", 3), SettingRefusal::kWrongValue,
+        Refused{"Nul", "cfu-address", std::string("a\0b", 3), RefusalKind::kBadInput,
                 "\"cfu-address\" takes a text of at most 4096 bytes without a NUL, not \"a?b\""},
-        Refused{"ReadOnly", "server-type", "2", SettingRefusal::kReadOnly, "\"server-type\" is read-only"},
-        Refused{"ReadOnlyWithItsOwnValue", "server-type", "0", SettingRefusal::kReadOnly,
+        Refused{"ReadOnly", "server-type", "2", RefusalKind::kNotPermitted, "\"server-type\" is read-only"},
+        Refused{"ReadOnlyWithItsOwnValue", "server-type", "0", RefusalKind::kNotPermitted,
                 "\"server-type\" is read-only"}),
     [](auto const& row) { return row.param.name; });
 
 TEST_F(SettingsTest, HugeBinaryKey_IsRefused)
 {
-    EXPECT_EQ(settings->set(std::string(1024 * 1024, '\xff'), "1").refusal, SettingRefusal::kUnknownKey);
-    EXPECT_EQ(settings->set("line/" + std::string(300, 'x'), "1").refusal, SettingRefusal::kUnknownKey);
+    EXPECT_EQ(settings->set(std::string(1024 * 1024, '\xff'), "1").error().kind, RefusalKind::kNotFound);
+    EXPECT_EQ(settings->set("line/" + std::string(300, 'x'), "1").error().kind, RefusalKind::kNotFound);
 }
 
 TEST_F(SettingsTest, OneRefusedItem_RefusesAllItems)
 {
     auto const outcome = settings->setAll({{"cfu-address", "100"}, {"cfu-activated", "maybe"}});
 
-    EXPECT_EQ(outcome.reason, "\"cfu-activated\" takes true or false, not \"maybe\"");
+    EXPECT_EQ(outcome.error().reason, "\"cfu-activated\" takes true or false, not \"maybe\"");
     EXPECT_EQ(settings->text("cfu-address"), "");
 }
 
@@ -154,7 +153,7 @@ TEST_F(SettingsTest, Families_HoldAnyKeyOfTheirs)
     EXPECT_EQ(settings->text("agent-cockpit/queue"), "support");
     EXPECT_TRUE(settings->flag("feature-toggle/11"));
     EXPECT_FALSE(settings->flag("feature-toggle/12"));
-    EXPECT_EQ(settings->allUnder("line/4712/"), (std::vector<Settings::Item>{{"line/4712/cfu-address", "100"}}));
+    EXPECT_EQ(allUnder("line/4712/", *settings), (std::vector<Settings::Item>{{"line/4712/cfu-address", "100"}}));
 }
 
 TEST_F(SettingsTest, Listener_HearsItsKeyAfterTheWrite)
@@ -309,7 +308,7 @@ TEST_F(SettingsTest, Reset_TakesBackTheUsersSettingsAndKeepsTheAdministrators)
 
     EXPECT_FALSE(settings->flag("cfu-activated"));
     EXPECT_EQ(settings->text("cfu-address"), "");
-    EXPECT_TRUE(settings->allUnder("line/").empty());
+    EXPECT_TRUE(allUnder("line/", *settings).empty());
     EXPECT_FALSE(settings->flag("call-dnd-enabled"));
     EXPECT_EQ(heard, (Keys{"cfu-activated", "cfu-address"}));
 }
@@ -361,7 +360,7 @@ TEST_F(SettingsTest, ManyThreads_SetAndReadAndListen)
     }
 
     EXPECT_EQ(heard, 200);
-    EXPECT_EQ(settings->allUnder("line/").size(), 200U);
+    EXPECT_EQ(allUnder("line/", *settings).size(), 200U);
 }
 
 }  // namespace

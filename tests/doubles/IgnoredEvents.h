@@ -1,11 +1,7 @@
-// An event interface whose operations do nothing, and a proxy on it that sends callHeld as the real one does: what the
-// framework's tests subscribe.
+// An event interface whose operations do nothing; tests override the ones that they watch.
 #pragma once
 
 #include "CommunicationsServiceEventIfc.h"
-#include "platform/framework/Executable.h"
-#include "platform/framework/Proxy.h"
-#include "platform/framework/ProxyRequest.h"
 
 class IgnoredEvents : public CommunicationsServiceEventIfc
 {
@@ -63,31 +59,4 @@ public:
     void callCompletionFailedEvent(std::string const&, std::string const&, sfiCallCompletionFailureType) override {}
     void bluetoothAudioStatusChanged(std::string const&, int, bool, bool, bool) override {}
     void csCommunicationsServiceEvent(std::string const&) override {}
-};
-
-class ProxyDouble : public Proxy, public IgnoredEvents
-{
-public:
-    void initProxy(ProxyRequest& request) override
-    {
-        request_ = &request;
-        request.setProtocol("a protocol");
-    }
-
-    void callHeld(std::string const& lineURI, int callID) override
-    {
-        request_->sendEvent("<Method>CallHeldEvent</Method><LineID>" + lineURI + "</LineID><CallID>" +
-                            std::to_string(callID) + "</CallID>");
-    }
-
-private:
-    ProxyRequest* request_ = nullptr;
-};
-
-// A service that only takes timer expiries.
-class ExecutableDouble : public Executable
-{
-public:
-    void init(Context&) override {}
-    void shutdown() override {}
 };

@@ -160,19 +160,19 @@ TEST_F(LocalManagementTest, OfferedDataThatTheAgentRefuses_IsNamed)
     SIPConfigManager const manager(&context, &agent);
     agent.refusedIds = {"cfu-address"};
 
-    EXPECT_EQ(management.offerManagementData({{"cfu-address", "102"}}).reason,
-              "the service refused the data: the call server holds these settings, or the store refused them; the log "
-              "says which");
+    EXPECT_EQ(management.offerManagementData({{"cfu-address", "102"}}).error().reason,
+              "the service refused the data: the call server controls these settings, or the store refused them; the "
+              "log says which");
 }
 
 TEST_F(LocalManagementTest, WrongOfferedData_IsRefusedBeforeTheAgentSeesIt)
 {
     SIPConfigManager const manager(&context, &agent);
 
-    EXPECT_EQ(management.offerManagementData({}).reason, "management data without items");
-    EXPECT_EQ(management.offerManagementData({{"cfnr-delay", "x"}}).reason,
+    EXPECT_EQ(management.offerManagementData({}).error().reason, "the management data contain no items");
+    EXPECT_EQ(management.offerManagementData({{"cfnr-delay", "x"}}).error().reason,
               "\"cfnr-delay\" takes a number from 0 to 99, not \"x\"");
-    EXPECT_EQ(management.offerManagementData({{"server-type", "1"}}).reason, "\"server-type\" is read-only");
+    EXPECT_EQ(management.offerManagementData({{"server-type", "1"}}).error().reason, "\"server-type\" is read-only");
     EXPECT_TRUE(agent.handed.empty());
 }
 
@@ -182,7 +182,7 @@ TEST_F(LocalManagementTest, OfferedDataWithoutAnAgent_IsRefused)
         SIPConfigManager const manager(&context, &agent);
     }
 
-    EXPECT_EQ(management.offerManagementData({{"cfu-address", "102"}}).reason,
+    EXPECT_EQ(management.offerManagementData({{"cfu-address", "102"}}).error().reason,
               "no service takes management data: start the service first");
 }
 

@@ -79,10 +79,11 @@ TEST_F(ConfigurationStoreTest, NewStore_LeavesNoOtherFileBehind)
 
 TEST_F(ConfigurationStoreTest, ForeignText_IsRefusedAndLeftAlone)
 {
-    EXPECT_EQ(errorOfContent("my thesis"),
-              "store \"" + storePath() +
-                  "\" is no store of a telephone, or a damaged one; it is left as it is: move it away to start with a "
-                  "new one, or name another file in store.path");
+    EXPECT_EQ(
+        errorOfContent("my thesis"),
+        "\"" + storePath() +
+            "\" is not a telephone's store, or it is damaged; it was left unchanged: move it away to start with a "
+            "new one, or name another file in store.path");
 }
 
 TEST_F(ConfigurationStoreTest, DatabaseOfAnotherProgram_IsRefusedAndLeftAlone)
@@ -94,7 +95,7 @@ TEST_F(ConfigurationStoreTest, DatabaseOfAnotherProgram_IsRefusedAndLeftAlone)
 
     EXPECT_EQ(errorOfContent(contentOf(storePath())),
               "store \"" + storePath() +
-                  "\" is the database of another program; it is left as it is: name another file in store.path");
+                  "\" is the database of another program and was left unchanged: name another file in store.path");
 }
 
 TEST_F(ConfigurationStoreTest, StoreOfANewerTelephone_IsRefusedAndLeftAlone)
@@ -104,7 +105,7 @@ TEST_F(ConfigurationStoreTest, StoreOfANewerTelephone_IsRefusedAndLeftAlone)
 
     EXPECT_EQ(errorOfContent(content),
               "store \"" + storePath() +
-                  "\" has layout 2, this telephone knows layout 1; it is left as it is: use the telephone that wrote "
+                  "\" has layout 2, this telephone knows layout 1; it was left unchanged: use the telephone that wrote "
                   "it, or name another file in store.path");
 }
 
@@ -118,7 +119,7 @@ TEST_F(ConfigurationStoreTest, DamagedPages_AreRefusedAndLeftAlone)
 
     EXPECT_EQ(errorOfContent(content),
               "store \"" + storePath() +
-                  "\" is damaged; it is left as it is: put a copy back, move it away to start with a new one, or name "
+                  "\" is damaged and was left unchanged: restore a copy, move it away to start with a new one, or name "
                   "another file in store.path");
 }
 
@@ -128,25 +129,26 @@ TEST_F(ConfigurationStoreTest, TruncatedStore_IsRefusedAndLeftAlone)
 
     EXPECT_EQ(errorOfContent(content.substr(0, content.size() / 2)),
               "store \"" + storePath() +
-                  "\" is damaged; it is left as it is: put a copy back, move it away to start with a new one, or name "
+                  "\" is damaged and was left unchanged: restore a copy, move it away to start with a new one, or name "
                   "another file in store.path");
-    EXPECT_EQ(errorOfContent(content.substr(0, 50)),
-              "store \"" + storePath() +
-                  "\" is no store of a telephone, or a damaged one; it is left as it is: move it away to start with a "
-                  "new one, or name another file in store.path");
+    EXPECT_EQ(
+        errorOfContent(content.substr(0, 50)),
+        "\"" + storePath() +
+            "\" is not a telephone's store, or it is damaged; it was left unchanged: move it away to start with a "
+            "new one, or name another file in store.path");
 }
 
 TEST_F(ConfigurationStoreTest, MissingFolder_IsNamed)
 {
     EXPECT_EQ(
         errorOf("/nonexistent/store.db"),
-        "store \"/nonexistent/store.db\" can't be created: unable to open database file; make its folder and give "
+        "store \"/nonexistent/store.db\" cannot be created: unable to open database file; create its folder and give "
         "this user the right to write there, or name another file in store.path");
 }
 
 TEST_F(ConfigurationStoreTest, FolderInsteadOfFile_IsRefused)
 {
-    EXPECT_EQ(errorOf(folder.path()), "store \"" + folder.path() + "\" is no file; name another one in store.path");
+    EXPECT_EQ(errorOf(folder.path()), "store \"" + folder.path() + "\" is not a file: name another one in store.path");
 }
 
 TEST_F(ConfigurationStoreTest, StoredValueThatCantBeUsed_ReadsAsTheStandardOne)
@@ -177,8 +179,8 @@ TEST_F(ConfigurationStoreTest, LockedStore_RefusesSoonAndKeepsTheValue)
     auto const outcome = settings->set("cfu-address", "2");
 
     EXPECT_LT(std::chrono::steady_clock::now() - begin, 2s);
-    EXPECT_EQ(outcome.refusal, SettingRefusal::kStoreLocked);
-    EXPECT_EQ(outcome.reason, "the store \"" + storePath() + "\" is locked by another program: try again");
+    EXPECT_EQ(outcome.error().kind, RefusalKind::kUnavailable);
+    EXPECT_EQ(outcome.error().reason, "the store \"" + storePath() + "\" is locked by another program: try again");
     EXPECT_EQ(settings->text("cfu-address"), "1");
     ASSERT_EQ(sqlite::execute(connection.get(), "ROLLBACK"), SQLITE_OK);
     EXPECT_TRUE(settings->set("cfu-address", "2"));
@@ -192,7 +194,7 @@ TEST_F(ConfigurationStoreTest, StoreLockedAtTheStart_IsNamed)
     ASSERT_EQ(sqlite::execute(connection.get(), "PRAGMA locking_mode=EXCLUSIVE; BEGIN EXCLUSIVE;"), SQLITE_OK);
 
     EXPECT_EQ(errorOf(storePath()), "store \"" + storePath() +
-                                        "\" is locked by another program: end that one, or name another file in "
+                                        "\" is locked by another program: end that program, or name another file in "
                                         "store.path");
 }
 
@@ -210,10 +212,11 @@ TEST_F(ConfigurationStoreTest, StoreAtItsLimit_RefusesAndKeepsTheValues)
     }
 
     EXPECT_GT(accepted, 0);
-    EXPECT_EQ(outcome.refusal, SettingRefusal::kStoreFull);
-    EXPECT_EQ(outcome.reason, "the store \"" + storePath() + "\" is full: make room on its disk, or reset settings");
-    EXPECT_EQ(settings->allUnder("line/").size(), static_cast<std::size_t>(accepted));
-    EXPECT_EQ(open()->allUnder("line/").size(), static_cast<std::size_t>(accepted));
+    EXPECT_EQ(outcome.error().kind, RefusalKind::kLimit);
+    EXPECT_EQ(outcome.error().reason,
+              "the store \"" + storePath() + "\" is full: make room on its disk, or reset settings");
+    EXPECT_EQ(allUnder("line/", *settings).size(), static_cast<std::size_t>(accepted));
+    EXPECT_EQ(allUnder("line/", *open()).size(), static_cast<std::size_t>(accepted));
     EXPECT_TRUE(settings->resetUserSettings());
     EXPECT_TRUE(settings->set("line/4711/0", value(0)));
 }
@@ -228,17 +231,17 @@ TEST_F(ConfigurationStoreTest, FullDisk_RefusesAndKeepsTheValues)
         return;
     }
     int accepted = 0;
-    SettingOutcome outcome;
+    Outcome<> outcome;
     {
         auto const settings = open(disk + "/store.db");
         for (; outcome && accepted < 1000; ++accepted) {
             outcome = settings->set("line/4711/" + std::to_string(accepted), std::string(3000, 'x'));
         }
         --accepted;
-        EXPECT_EQ(outcome.refusal, SettingRefusal::kStoreFull) << outcome.reason;
-        EXPECT_EQ(settings->allUnder("line/").size(), static_cast<std::size_t>(accepted));
+        EXPECT_EQ(outcome.error().kind, RefusalKind::kLimit) << outcome.error().reason;
+        EXPECT_EQ(allUnder("line/", *settings).size(), static_cast<std::size_t>(accepted));
     }
-    EXPECT_EQ(open(disk + "/store.db")->allUnder("line/").size(), static_cast<std::size_t>(accepted));
+    EXPECT_EQ(allUnder("line/", *open(disk + "/store.db")).size(), static_cast<std::size_t>(accepted));
     EXPECT_EQ(::umount(disk.c_str()), 0);
 }
 
@@ -250,9 +253,10 @@ TEST_F(ConfigurationStoreTest, RemovedStore_RefusesAndKeepsTheValue)
 
     auto const outcome = settings->set("cfu-address", "2");
 
-    EXPECT_EQ(outcome.refusal, SettingRefusal::kStoreGone);
-    EXPECT_EQ(outcome.reason, "the store \"" + storePath() +
-                                  "\" was removed or replaced while the telephone runs: restart the telephone");
+    EXPECT_EQ(outcome.error().kind, RefusalKind::kUnavailable);
+    EXPECT_EQ(outcome.error().reason,
+              "the store \"" + storePath() +
+                  "\" was removed or replaced while the telephone was running: restart the telephone");
     EXPECT_EQ(settings->text("cfu-address"), "1");
 }
 
@@ -263,7 +267,7 @@ TEST_F(ConfigurationStoreTest, ReplacedStore_RefusesAndLeavesTheNewOneAlone)
     EXPECT_TRUE(open(folder.file("copy.db"))->set("cfu-address", "9"));
     std::filesystem::rename(folder.file("copy.db"), storePath());
 
-    EXPECT_EQ(settings->set("cfu-address", "2").refusal, SettingRefusal::kStoreGone);
+    EXPECT_EQ(settings->set("cfu-address", "2").error().kind, RefusalKind::kUnavailable);
     EXPECT_EQ(settings->text("cfu-address"), "1");
 }
 
@@ -273,7 +277,7 @@ TEST_F(ConfigurationStoreTest, RemovedWriteAheadLog_Refuses)
     EXPECT_TRUE(settings->set("cfu-address", "1"));
     std::filesystem::remove(storePath() + "-wal");
 
-    EXPECT_EQ(settings->set("cfu-address", "2").refusal, SettingRefusal::kStoreGone);
+    EXPECT_EQ(settings->set("cfu-address", "2").error().kind, RefusalKind::kUnavailable);
 }
 
 TEST_F(ConfigurationStoreTest, ReadOnlyFile_IsRefusedAtTheStart)
@@ -294,8 +298,9 @@ TEST_F(ConfigurationStoreTest, StoreThatBecomesReadOnly_RefusesAndKeepsTheValue)
 
     auto const outcome = settings->set("cfu-address", "2");
 
-    EXPECT_EQ(outcome.refusal, SettingRefusal::kStoreReadOnly);
-    EXPECT_EQ(outcome.reason, "the store \"" + storePath() + "\" is read-only: give this user the right to write it");
+    EXPECT_EQ(outcome.error().kind, RefusalKind::kNotPermitted);
+    EXPECT_EQ(outcome.error().reason,
+              "the store \"" + storePath() + "\" is read-only: give this user the right to write it");
     EXPECT_EQ(settings->text("cfu-address"), "1");
     ASSERT_EQ(::chmod(storePath().c_str(), 0644), 0);
     EXPECT_TRUE(settings->set("cfu-address", "2"));
