@@ -1,10 +1,6 @@
-// The dial plan, the trusted authorities and the sound devices.
-#include <gtest/gtest.h>
-
-#include "telephone/services/AuditoryDevice.h"
-#include "telephone/services/CertificateManagement.h"
 #include "telephone/services/DigitAnalysis.h"
-#include "tests/doubles/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
 
 namespace telephone {
 namespace {
@@ -75,56 +71,6 @@ TEST(DigitAnalysisWithoutNumbers, PermitsNothing)
     DigitAnalysis analysis{CallConfiguration()};
 
     EXPECT_FALSE(analysis.isPermittedNumber("110"));
-}
-
-class CertificateManagementTest : public testing::Test
-{
-protected:
-    CertificateManagementTest()
-    {
-        writeFile(folder.file("desk.example.pem"), "x");
-        writeFile(folder.file("authorities.pem"), "y");
-    }
-
-    TemporaryFolder folder;
-    CertificateManagement certificates{CertificateConfiguration{folder.path()}};
-};
-
-TEST_F(CertificateManagementTest, HostWithItsOwnFile_GetsThatFile)
-{
-    for (auto const* address : {"desk.example", "desk.example:443", "https://desk.example/push?x=1",
-                                "https://user@desk.example:8443/", "sip:4711@desk.example"}) {
-        EXPECT_EQ(certificates.trustedAuthoritiesFor(address), folder.file("desk.example.pem")) << address;
-    }
-}
-
-TEST_F(CertificateManagementTest, AnyOtherAddress_GetsTheCommonFile)
-{
-    for (auto const* address : {"other.example", "https://[::1]:443/", "", "../desk.example", "/etc/passwd"}) {
-        EXPECT_EQ(certificates.trustedAuthoritiesFor(address), folder.file("authorities.pem")) << address;
-    }
-}
-
-TEST(CertificateManagementWithoutFolder, TrustsNobody)
-{
-    CertificateManagement certificates{CertificateConfiguration()};
-
-    EXPECT_EQ(certificates.trustedAuthoritiesFor("desk.example"), "");
-}
-
-TEST(AuditoryDeviceTest, HeadsetAndRinging_AreKept)
-{
-    AuditoryDevice device;
-    EXPECT_FALSE(device.isHeadsetUsed());
-    EXPECT_FALSE(device.isRinging());
-
-    device.useHeadset(true);
-    device.setRinging(true);
-    EXPECT_TRUE(device.isHeadsetUsed());
-    EXPECT_TRUE(device.isRinging());
-
-    device.shutdown();
-    EXPECT_FALSE(device.isRinging());
 }
 
 }  // namespace
