@@ -21,6 +21,7 @@
 #include "telephone/framework/TimerService.h"
 #include "telephone/lines/EngineCalls.h"
 #include "telephone/lines/Lines.h"
+#include "telephone/lines/WatchedParties.h"
 #include "telephone/management/LocalManagement.h"
 #include "telephone/management/Settings.h"
 #include "telephone/management/SfiReaders.h"
@@ -35,7 +36,6 @@
 #include "telephone/sfi/SettingsCallPolicy.h"
 #include "telephone/sfi/Sfi.h"
 #include "telephone/sip/EventLoop.h"
-#include "telephone/team/DialogWatch.h"
 #include "telephone/team/FeatureToggles.h"
 #include "telephone/team/Keyset.h"
 #include "telephone/team/PickupHandler.h"
@@ -71,10 +71,11 @@ struct TelephoneParts
     CertificateManagement certificates;
     DigitAnalysis digitAnalysis;
 
-    Lines lines;
+    LineTable lineTable;
     SettingsCallPolicy policy;
     CallEngine engine;
     EngineCalls engineCalls;
+    Lines lines;
     RegistrationWait registrations;
     PhysicalInterface physical;
     KeyLamps lamps;
@@ -83,7 +84,7 @@ struct TelephoneParts
     Ringer ringer;
     PickupHandler pickup;
     FeatureToggles toggles;
-    DialogWatch dialogs;
+    WatchedParties parties;
     TeamFeatures team;
     CallRecorder recorder;
     Sfi sfi;

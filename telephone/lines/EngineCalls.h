@@ -20,33 +20,33 @@ public:
     std::optional<CallSnapshot> activeCall() const override { return engine_.activeCall(); }
     int freeCallID() override { return engine_.freeCallID(); }
 
-    sfiResult make(LineAddress const& place, int callID, std::string const& destination, CallPurpose purpose) override
+    Outcome<> make(LineAddress const& place, int callID, std::string const& destination, CallPurpose purpose) override
     {
-        return engine_.make(place.recordLine, place.appearance, callID, destination, purpose);
+        return outcomeOf(engine_.make(place.recordLine, place.appearance, callID, destination, purpose));
     }
-    sfiResult answer(int callID) override { return engine_.answer(callID); }
-    sfiResult clear(int callID) override { return engine_.clear(callID); }
-    sfiResult hold(int callID) override
+    Outcome<> answer(int callID) override { return outcomeOf(engine_.answer(callID)); }
+    Outcome<> clear(int callID) override { return outcomeOf(engine_.clear(callID)); }
+    Outcome<> hold(int callID) override
     {
         engine_.setHeldByHand(callID, true);
-        return engine_.hold(callID);
+        return outcomeOf(engine_.hold(callID));
     }
-    sfiResult retrieve(int callID) override { return engine_.retrieve(callID); }
-    sfiResult deflect(int callID, std::string const& destination) override
+    Outcome<> retrieve(int callID) override { return outcomeOf(engine_.retrieve(callID)); }
+    Outcome<> deflect(int callID, std::string const& destination) override
     {
-        return engine_.deflect(callID, destination);
+        return outcomeOf(engine_.deflect(callID, destination));
     }
-    sfiResult blindTransfer(int callID, std::string const& destination) override
+    Outcome<> blindTransfer(int callID, std::string const& destination) override
     {
-        return engine_.blindTransfer(callID, destination);
+        return outcomeOf(engine_.blindTransfer(callID, destination));
     }
-    sfiResult pickup(LineAddress const& place, int callID, std::string const& number) override
+    Outcome<> pickup(LineAddress const& place, int callID, std::string const& number) override
     {
-        return engine_.directedPickup(place.recordLine, place.appearance, callID, number);
+        return outcomeOf(engine_.directedPickup(place.recordLine, place.appearance, callID, number));
     }
-    sfiResult takeOver(LineAddress const& place, int callID, PickupTarget const& target) override
+    Outcome<> takeOver(LineAddress const& place, int callID, PickupTarget const& target) override
     {
-        return engine_.pickup(place.recordLine, place.appearance, callID, target);
+        return outcomeOf(engine_.pickup(place.recordLine, place.appearance, callID, target));
     }
     void featureFailed(int recordLine, sfiFeature feature, sfiFeatureFailure failure) override
     {
@@ -54,6 +54,13 @@ public:
     }
 
 private:
+    static Outcome<> outcomeOf(sfiResult result)
+    {
+        return result == sfiSuccess
+                   ? Outcome<>()
+                   : refuse(RefusalKind::kUnavailable, "the call control refused; its reason is in the log");
+    }
+
     CallEngine& engine_;
 };
 

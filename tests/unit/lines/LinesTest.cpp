@@ -1,4 +1,3 @@
-// Which line is meant: by identifier, address, number, appearance, key and user.
 #include "telephone/lines/Lines.h"
 
 #include <stdexcept>
@@ -6,8 +5,9 @@
 #include <gmock/gmock.h>
 
 #include "LinesFixture.h"
-#include "platform/lines/ClientUtils.h"
-#include "telephone/lines/DssLine.h"
+#include "platform/framework/Executable.h"
+#include "platform/framework/SvcRTEContext.h"
+#include "telephone/lines/LineObserver.h"
 
 namespace telephone {
 namespace {
@@ -16,40 +16,6 @@ using testing::ElementsAre;
 
 class LinesTest : public LinesFixture
 {};
-
-struct Split
-{
-    std::string base;
-    int index;
-
-    bool operator==(Split const&) const = default;
-};
-
-Split split(std::string const& device)
-{
-    Split result{"", 0};
-    ClientUtils::splitMCADeviceIndex(device, result.base, result.index);
-    return result;
-}
-
-TEST(DeviceIndexTest, Identifier_WithIndex_IsSplitAtTheLastHashSign)
-{
-    EXPECT_EQ(split("4711#2"), (Split{"4711", 2}));
-    EXPECT_EQ(split("sip:4711@127.0.0.1#3"), (Split{"sip:4711@127.0.0.1", 3}));
-    EXPECT_EQ(split("a#b#1"), (Split{"a#b", 1}));
-}
-
-TEST(DeviceIndexTest, Identifier_WithoutIndex_IsTheLineItself)
-{
-    EXPECT_EQ(split("4711"), (Split{"4711", 0}));
-    EXPECT_EQ(split(""), (Split{"", 0}));
-    EXPECT_EQ(split("#2"), (Split{"#2", 0}));
-    EXPECT_EQ(split("4711#"), (Split{"4711#", 0}));
-    EXPECT_EQ(split("4711#0"), (Split{"4711#0", 0}));
-    EXPECT_EQ(split("4711#256"), (Split{"4711#256", 0}));
-    EXPECT_EQ(split("4711#2x"), (Split{"4711#2x", 0}));
-    EXPECT_EQ(split("4711#-1"), (Split{"4711#-1", 0}));
-}
 
 TEST_F(LinesTest, GetLine_KnowsIdentifiersAddressesAndAppearances)
 {
@@ -80,25 +46,8 @@ TEST_F(LinesTest, Instance_IsTheOneLineManager)
     auto& lines = build();
 
     EXPECT_EQ(LineManager::Instance(), &lines);
-    EXPECT_THROW(Lines(configuration_, *settings_), std::runtime_error);
+    EXPECT_THROW(Lines(*table_, configuration_, *settings_, calls_, timers_), std::runtime_error);
     EXPECT_EQ(LineManager::Instance(), &lines);
-}
-
-TEST_F(LinesTest, Construction_OfTwoLinesOfOneNumber_SaysWhich)
-{
-    configuration_.lines[1].number = 1;
-    try {
-        build();
-        FAIL() << "two lines of one number were taken";
-    } catch (std::runtime_error const& error) {
-        EXPECT_STREQ(error.what(), "line 4712: its number 1 is that of another line");
-    }
-}
-
-TEST_F(LinesTest, Construction_OfTooManyAppearances_SaysHowManyThereCanBe)
-{
-    configuration_.lines[2].appearances = 128;
-    EXPECT_THROW(build(), std::runtime_error);
 }
 
 TEST_F(LinesTest, OnlyALineOfSeveralAppearances_IsAMultiCallAppearanceLine)
@@ -129,20 +78,9 @@ TEST_F(LinesTest, SingleLineTelephone_HasNoKeysetTypeAndTakesLineZeroAsItsLine)
     auto& lines = build();
 
     EXPECT_EQ(lines.getKeysetType(), "");
-    ASSERT_TRUE(lines.addressOf(0, 0));
-    EXPECT_EQ(lines.addressOf(0, 0)->lineURI, "4711");
-    EXPECT_EQ(lines.addressOf(0, 0)->lineNumber, 1);
-}
-
-TEST_F(LinesTest, AddressOf_OnAKeyset_KnowsLinesAndVirtualLinesOnly)
-{
-    auto& lines = build();
-
-    EXPECT_FALSE(lines.addressOf(0, 0));
-    EXPECT_FALSE(lines.addressOf(77, 0));
-    EXPECT_EQ(lines.addressOf(2, 0), (LineAddress{2, 2, 0, "4712"}));
-    EXPECT_EQ(lines.addressOf(131, 3), (LineAddress{3, 131, 3, "4713#3"}));
-    EXPECT_EQ(lines.addressOf(3, 0), (LineAddress{3, 3, 0, "4713"}));
+    ASSERT_TRUE(table_->addressOf(0, 0));
+    EXPECT_EQ(table_->addressOf(0, 0)->lineURI, "4711");
+    EXPECT_EQ(table_->addressOf(0, 0)->lineNumber, 1);
 }
 
 TEST_F(LinesTest, Keys_LeadToTheirLines)
@@ -182,42 +120,6 @@ TEST_F(LinesTest, PartyOfADirectStationKey_IsALineWithoutNumber)
     EXPECT_TRUE(line->getLineData()->getDSSMonitorOnly());
     EXPECT_EQ(line->getLineData()->getShortDescription(), "Desk");
     EXPECT_EQ(line->getLineData()->getPrimary(), 0);
-}
-
-TEST_F(LinesTest, UserOfARequest_IsTheLinesUserOrElseItsIdentifier)
-{
-    configuration_.lines[0].user = "anna";
-    configuration_.lines[1].user = "4711";
-    auto& lines = build();
-
-    EXPECT_EQ(lines.lineOfUser("anna"), 1);
-    EXPECT_EQ(lines.lineOfUser("4711"), 2);
-    EXPECT_EQ(lines.lineOfUser("4712"), 2);
-    EXPECT_EQ(lines.lineOfUser("nobody"), std::nullopt);
-}
-
-TEST_F(LinesTest, Accounts_AreThoseOfTheLinesByRisingNumber)
-{
-    configuration_.lines[0].number = 9;
-    configuration_.lines[0].registers = true;
-    configuration_.lines[0].authUser = "auth";
-    configuration_.lines[1].password = "own";
-    configuration_.server.expires = 120;
-    auto const accounts = build().accounts();
-
-    ASSERT_EQ(accounts.size(), 3U);
-    EXPECT_EQ(accounts[0].lineURI, "4712");
-    EXPECT_FALSE(accounts[0].registers);
-    EXPECT_EQ(accounts[0].account.password, "own");
-    EXPECT_EQ(accounts[0].account.authUser, "4712");
-    EXPECT_EQ(accounts[2].lineNumber, 9);
-    EXPECT_TRUE(accounts[2].registers);
-    EXPECT_EQ(accounts[2].account.user, "4711");
-    EXPECT_EQ(accounts[2].account.authUser, "auth");
-    EXPECT_EQ(accounts[2].account.password, "secret");
-    EXPECT_EQ(accounts[2].account.registrar, "sip:127.0.0.1:5070");
-    EXPECT_EQ(accounts[2].account.domain, "127.0.0.1:5070");
-    EXPECT_EQ(accounts[2].account.expires, 120U);
 }
 
 TEST_F(LinesTest, LineData_IsTheConfigurationOfTheLine)
@@ -271,6 +173,85 @@ TEST_F(LinesTest, FeaturesOfALine_AreKeptInTheStore)
     EXPECT_FALSE(read.forwarding.at(sfiForwardBusy).status);
     EXPECT_EQ(settings_->text("line/4712/forwarding-6"), "on;4;sip:103@127.0.0.1;x=1");
     EXPECT_EQ(settings_->text("line/4712/do-not-disturb"), "true");
+}
+
+TEST_F(LinesTest, LocalHeldLine_IsTheFirstWithACallOnHold)
+{
+    build();
+    EXPECT_EQ(lines_->getLocalHeldLine(), "");
+    change(1, 1, sfiCallStateConnected);
+    change(130, 2, sfiCallStateHeld);
+
+    EXPECT_EQ(lines_->getLocalHeldLine(), "4713#2");
+    EXPECT_EQ(lines_->getLine(lines_->getLocalHeldLine())->getLineID(), 130);
+}
+
+TEST_F(LinesTest, LocallyIdleLine_IsThereWhileAnAppearanceHasNoCall)
+{
+    build();
+    change(1, 1, sfiCallStateConnected);
+    change(2, 2, sfiCallStateHeld);
+    change(129, 3, sfiCallStateHeld);
+    change(130, 4, sfiCallStateHeld);
+    EXPECT_TRUE(lines_->isLocallyIdleLine());
+
+    change(131, 5, sfiCallStateHeld);
+    EXPECT_FALSE(lines_->isLocallyIdleLine());
+}
+
+class Observer final : public Executable, public LineObserver
+{
+public:
+    void init(Context&) override {}
+    void shutdown() override {}
+    void lineStateChanged(std::string const& lineURI, ELineState state, std::string const&) override
+    {
+        std::lock_guard const lock(mutex);
+        seen.push_back(lineURI + " " + std::to_string(state));
+        lockHeld = lockHeld || calls->isLockedByCaller();
+        changed.notify_all();
+    }
+    bool waitFor(std::size_t count)
+    {
+        std::unique_lock lock(mutex);
+        return changed.wait_for(lock, std::chrono::seconds(10), [this, count] { return seen.size() >= count; });
+    }
+
+    FakeCalls* calls = nullptr;
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::vector<std::string> seen;
+    bool lockHeld = false;
+};
+
+class NoObserver final : public Executable
+{
+public:
+    void init(Context&) override {}
+    void shutdown() override {}
+};
+
+TEST_F(LinesTest, Observer_HearsOfEachChangeInOrder_AndOfTheOverviewAgain)
+{
+    build();
+    Observer observer;
+    observer.calls = &calls_;
+    NoObserver other;
+    ASSERT_TRUE(lines_->observe(&observer));
+    ASSERT_TRUE(lines_->observe(&observer));
+    EXPECT_FALSE(lines_->observe(&other));
+    EXPECT_FALSE(lines_->observe(nullptr));
+
+    change(1, 5, sfiCallStateDialling);
+    change(1, 5, sfiCallStateConnected);
+    change(1, 5, sfiCallStateIdle);
+    lines_->requestOverviewData("4713");
+    lines_->requestOverviewData("4799");
+
+    ASSERT_TRUE(observer.waitFor(7));
+    lines_->stop();
+    EXPECT_THAT(observer.seen, ElementsAre("4711 2", "4711 5", "4711 1", "4713 1", "4713#1 1", "4713#2 1", "4713#3 1"));
+    EXPECT_FALSE(observer.lockHeld);
 }
 
 }  // namespace

@@ -89,7 +89,7 @@ TEST(UrlPushTest, End_WhileNobodyAnswers_DoesNotHang)
 {
     UrlPush push("http://127.0.0.1:1/nobody");
     for (int request = 0; request < 100; ++request) {
-        push.send("http://host/", "data");
+        EXPECT_TRUE(push.send("http://host/", "data"));
     }
     push.stop();
 }

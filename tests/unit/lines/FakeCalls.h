@@ -1,5 +1,5 @@
-// Stands in for the call engine behind lines and keys: writes down what is asked of it, and lets a test say what its
-// calls do. Its lock is recursive like the phone lock, and knows whether the calling thread holds it.
+// A call engine for tests of lines and keys: records the operations requested, and lets a test change its calls. Its
+// lock is recursive like the phone lock, and knows whether the calling thread holds it.
 #pragma once
 
 #include <algorithm>
@@ -52,46 +52,47 @@ public:
     }
     int freeCallID() override { return nextCallID_++; }
 
-    sfiResult make(LineAddress const& place, int callID, std::string const& destination, CallPurpose purpose) override
+    Outcome<> make(LineAddress const& place, int callID, std::string const& destination, CallPurpose purpose) override
     {
         std::string const kind = purpose == CallPurpose::kConsultation ? "consult " : "make ";
         return note(kind + place.lineURI + " " + std::to_string(callID) + " " + destination);
     }
-    sfiResult answer(int callID) override { return note("answer " + std::to_string(callID)); }
-    sfiResult clear(int callID) override { return note("clear " + std::to_string(callID)); }
-    sfiResult hold(int callID) override { return note("hold " + std::to_string(callID)); }
-    sfiResult retrieve(int callID) override { return note("retrieve " + std::to_string(callID)); }
-    sfiResult deflect(int callID, std::string const& destination) override
+    Outcome<> answer(int callID) override { return note("answer " + std::to_string(callID)); }
+    Outcome<> clear(int callID) override { return note("clear " + std::to_string(callID)); }
+    Outcome<> hold(int callID) override { return note("hold " + std::to_string(callID)); }
+    Outcome<> retrieve(int callID) override { return note("retrieve " + std::to_string(callID)); }
+    Outcome<> deflect(int callID, std::string const& destination) override
     {
         return note("deflect " + std::to_string(callID) + " " + destination);
     }
-    sfiResult blindTransfer(int callID, std::string const& destination) override
+    Outcome<> blindTransfer(int callID, std::string const& destination) override
     {
         return note("transfer " + std::to_string(callID) + " " + destination);
     }
-    sfiResult pickup(LineAddress const& place, int callID, std::string const& number) override
+    Outcome<> pickup(LineAddress const& place, int callID, std::string const& number) override
     {
         return note("pickup " + place.lineURI + " " + std::to_string(callID) + " " + number);
     }
-    sfiResult takeOver(LineAddress const& place, int callID, PickupTarget const& target) override
+    Outcome<> takeOver(LineAddress const& place, int callID, PickupTarget const& target) override
     {
         return note("take over " + place.lineURI + " " + std::to_string(callID) + " " + target.targetURI);
     }
     void featureFailed(int recordLine, sfiFeature feature, sfiFeatureFailure failure) override
     {
-        note("failed " + std::to_string(recordLine) + " " + std::to_string(feature) + " " + std::to_string(failure));
+        static_cast<void>(note("failed " + std::to_string(recordLine) + " " + std::to_string(feature) + " " +
+                               std::to_string(failure)));
     }
 
-    // What was asked since the last time, in order.
+    // The operations requested since the last call, in order.
     std::vector<std::string> takeAsked()
     {
         std::lock_guard const lock(mutex_);
         return std::exchange(asked_, {});
     }
-    // What the next operations answer.
-    void answerWith(sfiResult result) { result_ = result; }
+    // All operations are refused from now on.
+    void refuseAll() { refuses_ = true; }
 
-    // A call as it is now, for `observer`: new, changed or over.
+    // Adds, changes or ends a call, and tells the observer.
     void change(CallObserver& observer, CallSnapshot const& now)
     {
         std::lock_guard const lock(*this);
@@ -113,11 +114,11 @@ private:
         return std::find_if(calls_.begin(), calls_.end(),
                             [callID](CallSnapshot const& each) { return each.callID == callID; });
     }
-    sfiResult note(std::string operation)
+    Outcome<> note(std::string operation)
     {
         std::lock_guard const lock(mutex_);
         asked_.push_back(std::move(operation));
-        return result_;
+        return refuses_ ? Outcome<>(refuse(RefusalKind::kUnavailable, "the test refuses")) : Outcome<>();
     }
 
     mutable std::recursive_mutex mutex_;
@@ -126,7 +127,7 @@ private:
     std::vector<CallSnapshot> calls_;
     std::vector<std::string> asked_;
     std::atomic<int> nextCallID_{1001};
-    std::atomic<sfiResult> result_{sfiSuccess};
+    std::atomic<bool> refuses_{false};
 };
 
 }  // namespace telephone

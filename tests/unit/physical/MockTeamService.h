@@ -1,14 +1,14 @@
-// Stands in for the loaded service before keys: its calls and its team interface in one executable. Line keys reach the
-// lines as the service passes them on; every call is checked for coming without the phone lock.
+// The loaded service for tests of keys: its calls and its team interface in one executable. Each recorded operation
+// must come without the phone lock.
 #pragma once
 
 #include <string>
 
 #include <gmock/gmock.h>
 
-#include "FakeCalls.h"
 #include "TeamServiceIfc.h"
 #include "tests/doubles/MockCommunicationsService.h"
+#include "tests/unit/lines/FakeCalls.h"
 
 namespace telephone {
 
@@ -68,7 +68,7 @@ public:
                 (ZEBLocalFeaturesDefs::LF_NOTIFICATION_ID, int, int, ZEBLocalFeaturesDefs::eActionType), (override));
     MOCK_METHOD(void, initiateBCAOutgoingCall, (std::string const&, std::string const&), (override));
 
-    // Notes the operation, and a failure when the caller holds the phone lock.
+    // Records the operation; fails when the caller holds the phone lock.
     void note(std::string operation)
     {
         EXPECT_FALSE(calls_.isLockedByCaller()) << operation << " with the phone lock held";

@@ -1,21 +1,21 @@
-// Lines with keys, lamps and a service that passes line keys on as the real one does.
+// Lines with keys, lamps and a service that passes line keys on as the loaded service does.
 #pragma once
 
 #include <memory>
 #include <string>
 
-#include "LinesFixture.h"
 #include "MockTeamService.h"
 #include "telephone/physical/KeyApplication.h"
 #include "telephone/physical/KeyLamps.h"
 #include "telephone/physical/PhysicalInterface.h"
+#include "tests/unit/lines/LinesFixture.h"
 
 namespace telephone {
 
 class KeysFixture : public LinesFixture
 {
 protected:
-    // Keys 1 to 3 are the lines, 4 a station, 5 a busy-lamp field, then one of each other function.
+    // Keys 1 to 3 are line keys, 4 is a direct-station key, 5 a busy-lamp field, then one key for each other function.
     KeysFixture()
     {
         configuration_.keys = {
@@ -39,8 +39,8 @@ protected:
     {
         build();
         physical_ = std::make_unique<PhysicalInterface>(configuration_, *settings_);
-        lamps_ = std::make_unique<KeyLamps>(*physical_, *lines_, *settings_);
-        application_ = std::make_unique<KeyApplication>(*physical_, *lamps_, *lines_, *settings_);
+        lamps_ = std::make_unique<KeyLamps>(*physical_, *lines_, calls_, *settings_);
+        application_ = std::make_unique<KeyApplication>(*physical_, *lamps_, *lines_, calls_, *settings_);
         playService();
         application_->setService(&service_);
         lamps_->start();
@@ -48,17 +48,17 @@ protected:
 
     void press(int key)
     {
-        EXPECT_FALSE(physical_->press(key));
+        EXPECT_TRUE(physical_->press(std::to_string(key)));
         physical_->flush();
     }
     void hook(bool up)
     {
-        EXPECT_FALSE(physical_->hook(up));
+        EXPECT_TRUE(physical_->hook(up));
         physical_->flush();
     }
     std::string lamp(std::string const& key) { return physical_->lampMode(key).value_or("no lamp"); }
 
-    // As the engine does: the lines hear of a call first, then the lamps.
+    // As the engine does: tells the lines of a call first, then the lamps.
     void changeCall(CallSnapshot const& call)
     {
         calls_.change(*lines_, call);

@@ -1,4 +1,4 @@
-// A telephone of lines and keys without a SIP stack: two plain lines, one of three appearances, and what a test adds.
+// The lines of a telephone without a SIP stack: two plain lines, one with three appearances, and what a test adds.
 #pragma once
 
 #include <memory>
@@ -34,24 +34,18 @@ protected:
         configuration_.lines[0].primary = true;
         configuration_.lines[2].appearances = 3;
     }
-    ~LinesFixture() override
-    {
-        if (lines_) {
-            lines_->stop();
-        }
-    }
 
-    // Makes the lines of the configuration as it is now.
-    Lines& build(std::chrono::milliseconds warmLineDelay = Lines::kWarmLineDelay)
+    // Makes the lines of the present configuration.
+    Lines& build(std::chrono::milliseconds warmLineDelay = LineActions::kWarmLineDelay)
     {
         settings_ = std::make_unique<Settings>(ConfigurationStore::open({}).value(), configuration_);
-        lines_ = std::make_unique<Lines>(configuration_, *settings_);
-        lines_->setServer({"sip:127.0.0.1:5070", "127.0.0.1:5070", "secret"});
-        lines_->connect(calls_, timers_, warmLineDelay);
+        table_ = std::make_unique<LineTable>(configuration_);
+        table_->setServer({"sip:127.0.0.1:5070", "127.0.0.1:5070", "secret"});
+        lines_ = std::make_unique<Lines>(*table_, configuration_, *settings_, calls_, timers_, warmLineDelay);
         return *lines_;
     }
 
-    // A call of that id on the place of a record's line.
+    // recordLine: a line number or virtual line number.
     CallSnapshot callOn(int recordLine, int callID, sfiCallState state)
     {
         CallSnapshot call;
@@ -77,6 +71,7 @@ protected:
     FakeCalls calls_;
     TimerService timers_;
     std::unique_ptr<Settings> settings_;
+    std::unique_ptr<LineTable> table_;
     std::unique_ptr<Lines> lines_;
 };
 

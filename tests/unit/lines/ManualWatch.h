@@ -1,4 +1,4 @@
-// Stands for the watch over other parties: a test tells what they do.
+// A watch over parties whose state a test sets.
 #pragma once
 
 #include <map>
