@@ -87,10 +87,12 @@ void Call::dropSession()
 
 bool Call::dial(sip::UserAgent& agent, sip::CallRequest const& request, std::string& whyNot)
 {
-    session_ = agent.call(request, *this, &whyNot);
-    if (!session_) {
+    auto session = agent.call(request, *this);
+    if (!session) {
+        whyNot = session.error().reason;
         return false;
     }
+    session_ = std::move(*session);
     audio_.attach(&session_->audio());
     return true;
 }
@@ -191,15 +193,16 @@ bool Call::answer()
     if (!now_.alerting()) {
         return false;
     }
-    answering_ = answering_ || session_->answer();
+    answering_ = answering_ || session_->answer().has_value();
     return answering_;
 }
 
 bool Call::refuse(StatusLine const& line)
 {
-    if (!now_.alerting() || answering_ || !session_->reject(line.status, line.text)) {
+    if (!now_.alerting() || answering_) {
         return false;
     }
+    session_->reject(line.status, line.text);
     end({sfiCallStateIdle, sfiReasonRefused});
     return true;
 }
@@ -286,12 +289,12 @@ void Call::onClosed(sip::Session& session, sip::Closing const& closing)
 
 bool Call::sendDigits(std::string const& digits)
 {
-    return isEstablished() && session_->sendDigits(digits);
+    return isEstablished() && session_->sendDigits(digits).has_value();
 }
 
 bool Call::sendInfo(sip::Content const& content, sip::ResponseHandler done)
 {
-    return isEstablished() && session_->sendInfo(content, std::move(done));
+    return isEstablished() && session_->sendInfo(content, std::move(done)).has_value();
 }
 
 void Call::onInfo(sip::Session& session, sip::Content const& content)

@@ -67,12 +67,12 @@ sfiResult CallBacks::set(Wanted const& wanted)
     request.accept = sip::kDialogInfoType;
     request.expires =
         static_cast<std::uint32_t>(std::chrono::duration_cast<std::chrono::seconds>(limits_.longest).count());
-    std::string whyNot;
-    entry->subscription = agent_.subscribe(wanted.line.account, request, *this, &whyNot);
-    if (!entry->subscription) {
-        host_.log(sip::LogLevel::kWarning, what + whyNot);
+    auto subscription = agent_.subscribe(wanted.line.account, request, *this);
+    if (!subscription) {
+        host_.log(sip::LogLevel::kWarning, what + subscription.error().reason);
         return sfiFailure;
     }
+    entry->subscription = std::move(*subscription);
     entry->longest.start(limits_.longest,
                          [this, waiting = entry.get()] { fail(*waiting, sfiCallCompletionFailureTimeout); });
     entries_.push_back(std::move(entry));

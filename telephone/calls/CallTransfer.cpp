@@ -68,17 +68,17 @@ bool Call::replaceWithCall(sip::UserAgent& agent, sip::CallRequest const& reques
     if (replacement_) {
         return false;
     }
-    std::string whyNot;
     sip::CallRequest held = request;
     if (now_.held) {
         held.direction = sip::Direction::kSendOnly;
     }
-    replacement_ = agent.call(held, *this, &whyNot);
-    if (!replacement_) {
-        host_.log(sip::LogLevel::kWarning,
-                  "call " + std::to_string(id()) + ": cannot be connected with " + request.target + ": " + whyNot);
+    auto session = agent.call(held, *this);
+    if (!session) {
+        host_.log(sip::LogLevel::kWarning, "call " + std::to_string(id()) + ": cannot be connected with " +
+                                               request.target + ": " + session.error().reason);
         return false;
     }
+    replacement_ = std::move(*session);
     transferHere_ = std::move(transfer);
     return true;
 }

@@ -66,7 +66,13 @@ void MessageWaiting::begin(Mailbox& mailbox)
     request.event = sip::kMessageSummaryEvent;
     request.accept = sip::kMessageSummaryType;
     mailbox.retry.cancel();
-    mailbox.subscription = agent_.subscribe(mailbox.line.account, request, *this);
+    auto subscription = agent_.subscribe(mailbox.line.account, request, *this);
+    if (subscription) {
+        mailbox.subscription = std::move(*subscription);
+    } else {
+        agent_.log(sip::LogLevel::kWarning,
+                   "No message waiting for " + request.target + ": " + subscription.error().reason);
+    }
 }
 
 void MessageWaiting::clear()

@@ -5,13 +5,12 @@
 
 namespace telephone {
 
-std::optional<PickupTarget> ringingCall(sip::DialogInfo const& dialogs)
+std::optional<PickupTarget> ringingCall(std::vector<sip::DialogEntry> const& dialogs)
 {
-    auto const ringing =
-        std::find_if(dialogs.dialogs.begin(), dialogs.dialogs.end(), [](sip::DialogEntry const& entry) {
-            return entry.recipient && entry.state == sip::DialogState::kEarly && !entry.dialog.callId.empty();
-        });
-    if (ringing == dialogs.dialogs.end()) {
+    auto const ringing = std::find_if(dialogs.begin(), dialogs.end(), [](sip::DialogEntry const& entry) {
+        return entry.recipient && entry.state == sip::DialogState::kEarly && !entry.dialog.callId.empty();
+    });
+    if (ringing == dialogs.end()) {
         return std::nullopt;
     }
     PickupTarget target;
@@ -36,30 +35,20 @@ PickupSearch::PickupSearch(sip::EventLoop& loop, Found found)
 bool PickupSearch::start(sip::UserAgent& agent, sip::Account const& account, std::string const& target,
                          std::chrono::milliseconds patience, std::string& whyNot)
 {
-    sip::SubscriptionRequest request;
-    request.target = target;
-    request.event = sip::kDialogEvent;
-    request.accept = sip::kDialogInfoType;
-    request.expires = 60;
-    subscription_ = agent.subscribe(account, request, *this, &whyNot);
-    if (!subscription_) {
+    auto const changed = [this](std::vector<sip::DialogEntry> const& dialogs) {
+        if (auto const found = ringingCall(dialogs)) {
+            finish(found, 200);
+        }
+    };
+    auto const ended = [this](int status, std::string const&) { finish(std::nullopt, status < 300 ? 480 : status); };
+    auto subscription = sip::DialogSubscription::start(agent, account, target, changed, ended, 60);
+    if (!subscription) {
+        whyNot = subscription.error().reason;
         return false;
     }
+    subscription_ = std::move(*subscription);
     patience_.start(patience, [this] { finish(std::nullopt, 408); });
     return true;
-}
-
-void PickupSearch::onNotify(sip::Subscription&, sip::Notification const& notification)
-{
-    auto const dialogs = sip::DialogInfo::parse(notification.content.body);
-    if (auto const target = dialogs ? ringingCall(*dialogs) : std::nullopt) {
-        finish(target, 200);
-    }
-}
-
-void PickupSearch::onTerminated(sip::Subscription&, int status, std::string const&)
-{
-    finish(std::nullopt, status < 300 ? 480 : status);
 }
 
 void PickupSearch::finish(std::optional<PickupTarget> const& target, int status)

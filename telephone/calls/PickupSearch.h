@@ -8,13 +8,12 @@
 #include <string>
 
 #include "telephone/calls/CallEngine.h"
-#include "telephone/sip/DialogInfo.h"
-#include "telephone/sip/Subscription.h"
+#include "telephone/sip/DialogSubscription.h"
 #include "telephone/sip/Timer.h"
 
 namespace telephone {
 
-class PickupSearch final : private sip::SubscriptionObserver
+class PickupSearch final
 {
 public:
     // status: of the refusal, 408 when nothing rang in time, else 200. May destroy the search.
@@ -27,16 +26,14 @@ public:
                std::chrono::milliseconds patience, std::string& whyNot);
 
 private:
-    void onNotify(sip::Subscription& subscription, sip::Notification const& notification) override;
-    void onTerminated(sip::Subscription& subscription, int status, std::string const& reason) override;
     void finish(std::optional<PickupTarget> const& target, int status);
 
     Found found_;
     sip::Timer patience_;
-    std::unique_ptr<sip::Subscription> subscription_;
+    std::unique_ptr<sip::DialogSubscription> subscription_;
 };
 
 // The ringing call among the dialogs that a number told; nothing: none rings.
-std::optional<PickupTarget> ringingCall(sip::DialogInfo const& dialogs);
+std::optional<PickupTarget> ringingCall(std::vector<sip::DialogEntry> const& dialogs);
 
 }  // namespace telephone

@@ -59,7 +59,11 @@ bool ServerLink::request(LineAccount const& line, std::string const& body, sip::
         return false;
     }
     const std::string server = line.account.registrar.empty() ? "sip:" + line.account.domain : line.account.registrar;
-    return agent_.request(line.account, "INFO", server, {}, {kCstaType, body}, std::move(done));
+    auto const sending = agent_.request(line.account, "INFO", server, {}, {kCstaType, body}, std::move(done));
+    if (!sending) {
+        host_.log(sip::LogLevel::kWarning, "line " + line.lineURI + ": no CSTA request: " + sending.error().reason);
+    }
+    return sending.has_value();
 }
 
 sfiResult ServerLink::send(LineAccount const& line, std::string const& body)

@@ -36,6 +36,17 @@ std::vector<std::string> Headers::values(std::string_view name) const
     return found;
 }
 
+std::vector<std::string> Headers::list(std::string_view name) const
+{
+    std::vector<std::string> all;
+    for (auto const& value : values(name)) {
+        for (auto& element : splitList(value)) {
+            all.push_back(std::move(element));
+        }
+    }
+    return all;
+}
+
 bool Headers::has(std::string_view name) const
 {
     return std::any_of(list_.begin(), list_.end(),

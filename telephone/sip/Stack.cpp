@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "telephone/sip/Account.h"
+
 namespace telephone::sip {
 
 namespace {
@@ -89,6 +91,14 @@ std::string errorText(int error)
     return str_error(error, buffer.data(), buffer.size());
 }
 
+Outcome<> sent(int error, std::string const& what)
+{
+    if (error) {
+        return refuse(RefusalKind::kUnavailable, what + " cannot be sent: " + errorText(error));
+    }
+    return {};
+}
+
 Headers headersOf(sip_msg const& message)
 {
     Headers headers;
@@ -158,15 +168,15 @@ static void destroyCredentials(void* object)
     mem_deref(credentials->password);
 }
 
-void makeCredentials(Ref<Credentials>& credentials, std::string const& user, std::string const& password)
+void makeCredentials(Ref<Credentials>& credentials, Account const& account)
 {
     auto* made = static_cast<Credentials*>(mem_zalloc(sizeof(Credentials), destroyCredentials));
     if (!made) {
         return;
     }
     *credentials.out() = made;
-    (void)str_dup(&made->user, user.c_str());
-    (void)str_dup(&made->password, password.c_str());
+    (void)str_dup(&made->user, (account.authUser.empty() ? account.user : account.authUser).c_str());
+    (void)str_dup(&made->password, account.password.c_str());
 }
 
 int answerChallenge(char** user, char** password, char const*, void* object)
