@@ -33,7 +33,7 @@ Telephone::~Telephone()
 void Telephone::activate()
 {
     std::set<int> registering;
-    for (LineAccount const& each : parts_->lines.accounts()) {
+    for (LineAccount const& each : parts_->lineTable.accounts()) {
         if (each.registers) {
             registering.insert(each.lineNumber);
         }
@@ -43,7 +43,7 @@ void Telephone::activate()
         throw std::runtime_error("the service cannot be activated; the log says why");
     }
     if (registering.empty()) {
-        parts_->dialogs.start();  // else once its line is registered
+        parts_->parties.start();  // else once its line is registered
     }
     if (!parts_->registrations.wait(kRegistrationTime)) {
         log(kLogWarning, "telephone", "the registrar does not answer; the lines go on trying");

@@ -90,16 +90,10 @@ EngineConfiguration engineOf(Configuration const& configuration)
     return engine;
 }
 
-std::string primaryLineId(Lines const& lines)
+int primaryLine(LineTable const& lines)
 {
-    TelephoneLine const* const primary = lines.primary();
-    return primary == nullptr ? std::string() : primary->id();
-}
-
-int primaryLine(Lines const& lines)
-{
-    TelephoneLine const* const primary = lines.primary();
-    return primary == nullptr ? 0 : primary->place().lineNumber;
+    LineTable::Row const* const primary = lines.primary();
+    return primary == nullptr ? 0 : primary->address.lineNumber;
 }
 
 }  // namespace
@@ -112,30 +106,30 @@ TelephoneParts::TelephoneParts(Configuration given, std::string const& libraryFi
     , management(settings)
     , certificates(configuration.certificates)
     , digitAnalysis(configuration.calls)
-    , lines(configuration, settings)
-    , readers(settings, configuration, primaryLineId(lines))
-    , policy(settings, lines, primaryLineId(lines))
-    , engine(loop, engineOf(configuration), lines, policy, [this](Event event) { events.post(std::move(event)); })
+    , lineTable(configuration)
+    , readers(settings, configuration, lineTable)
+    , policy(settings, lineTable)
+    , engine(loop, engineOf(configuration), lineTable, policy, [this](Event event) { events.post(std::move(event)); })
+    , lines(lineTable, configuration, settings, engine, timers)
     , physical(configuration, settings)
-    , lamps(physical, lines, settings)
-    , keys(physical, lamps, lines, settings)
-    , keyset(lines, settings)
-    , ringer(lines, keyset, auditoryDevice)
-    , pickup(lines)
+    , lamps(physical, lines, engine, settings)
+    , keys(physical, lamps, lines, engine, settings)
+    , keyset(lines, engine, settings)
+    , ringer(lines, engine, timers, keyset, auditoryDevice)
+    , pickup(lines, engine)
     , toggles(physical.layout(), settings)
-    , dialogs(engine, primaryLine(lines))
-    , team(configuration, lines, keyset, toggles, physical, settings, dialogs)
+    , parties(engine, primaryLine(lineTable))
+    , team({lines, engine, keyset, toggles, pickup, physical, settings, parties}, configuration.push.address)
     , recorder(configuration.recording, recordableCallsOf(engine.list()),
                [this](CallRecorder::Event event) { events.post(std::move(event)); })
-    , sfi({engine, lines, policy, settings, events, timers, &lines.appearanceMap()})
+    , sfi({engine, lines, policy, settings, events, timers, &lineTable.appearances()})
     , controls(engine, lines, physical, management, keysUsable.get_future())
     , library(libraryFile)
     , service(library.createService())
     , invoker(library.createInvoker())
     , requests(*service, *invoker)
 {
-    lines.setServer(serverOf(configuration, engine, exchange != nullptr));
-    lines.connect(engine, timers);
+    lineTable.setServer(serverOf(configuration, engine, exchange != nullptr));
     registerExecutables();
     observeCalls();
     context.setProxyFactory([this] { return library.createEventProxy(); });
@@ -167,7 +161,7 @@ void TelephoneParts::observeCalls()
     // The lines first: the others look at them.
     engine.addObserver(lines);
     engine.addObserver(lamps);
-    engine.addObserver(dialogs);
+    engine.addObserver(parties);
     engine.addObserver(recorder);
     engine.addObserver(registrations);
 }
@@ -176,7 +170,7 @@ void TelephoneParts::ignoreCalls()
 {
     engine.removeObserver(registrations);
     engine.removeObserver(recorder);
-    engine.removeObserver(dialogs);
+    engine.removeObserver(parties);
     engine.removeObserver(lamps);
     engine.removeObserver(lines);
 }
@@ -216,7 +210,7 @@ void TelephoneParts::end()
     timers.deliverTo(nullptr);
     team.stop();
     ringer.stop();
-    dialogs.stop();
+    parties.stop();
     calls().deactivate(false);
     service->shutdown();
     lamps.stop();

@@ -20,6 +20,7 @@
 #include "telephone/framework/TelephoneContext.h"
 #include "telephone/framework/TimerService.h"
 #include "telephone/lines/Lines.h"
+#include "telephone/lines/WatchedParties.h"
 #include "telephone/management/LocalManagement.h"
 #include "telephone/management/Settings.h"
 #include "telephone/management/StoreWatcher.h"
@@ -34,7 +35,6 @@
 #include "telephone/sfi/Sfi.h"
 #include "telephone/sfi/SfiReaders.h"
 #include "telephone/sip/EventLoop.h"
-#include "telephone/team/DialogWatch.h"
 #include "telephone/team/FeatureToggles.h"
 #include "telephone/team/Keyset.h"
 #include "telephone/team/PickupHandler.h"
@@ -69,10 +69,11 @@ struct TelephoneParts
     CertificateManagement certificates;
     DigitAnalysis digitAnalysis;
 
-    Lines lines;
+    LineTable lineTable;
     SfiReaders readers;
     SettingsCallPolicy policy;
     CallEngine engine;
+    Lines lines;
     RegistrationWait registrations;
     PhysicalInterface physical;
     KeyLamps lamps;
@@ -81,7 +82,7 @@ struct TelephoneParts
     Ringer ringer;
     PickupHandler pickup;
     FeatureToggles toggles;
-    DialogWatch dialogs;
+    WatchedParties parties;
     TeamFeatures team;
     CallRecorder recorder;
     Sfi sfi;

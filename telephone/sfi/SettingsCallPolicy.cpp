@@ -1,7 +1,6 @@
 #include "telephone/sfi/SettingsCallPolicy.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "telephone/lines/ServerFeatures.h"
 #include "telephone/management/ForwardingKeys.h"
@@ -9,10 +8,9 @@
 
 namespace telephone {
 
-SettingsCallPolicy::SettingsCallPolicy(Settings& settings, LineDirectory const& lines, std::string ownLine)
+SettingsCallPolicy::SettingsCallPolicy(Settings& settings, LineTable const& lines)
     : settings_(settings)
     , lines_(lines)
-    , ownLine_(std::move(ownLine))
 {
     // The state of the last run is still in force.
     if (settings_.flag(SettingNames::kDoNotDisturb)) {
@@ -28,7 +26,11 @@ bool SettingsCallPolicy::forwardsHere() const
 bool SettingsCallPolicy::isUsersLine(std::string const& lineURI) const
 {
     std::string const user = settings_.text(SettingNames::kCurrentMultiUser);
-    return lineURI == (user.empty() ? ownLine_ : user);
+    if (!user.empty()) {
+        return lineURI == user;
+    }
+    LineTable::Row const* const primary = lines_.primary();
+    return primary != nullptr && lineURI == primary->address.lineURI;
 }
 
 // An appearance has those of its line.

@@ -11,7 +11,7 @@
 
 #include "platform/lines/Line.h"
 #include "telephone/calls/CallPolicy.h"
-#include "telephone/calls/LineDirectory.h"
+#include "telephone/lines/LineTable.h"
 
 namespace telephone {
 
@@ -20,8 +20,8 @@ class Settings;
 class SettingsCallPolicy final : public CallPolicy
 {
 public:
-    // Settings and lines outlive it. ownLine: identifier of the primary line, else of the first.
-    SettingsCallPolicy(Settings& settings, LineDirectory const& lines, std::string ownLine);
+    // Settings and lines outlive it.
+    SettingsCallPolicy(Settings& settings, LineTable const& lines);
 
     bool forwardsHere() const override;
     ForwardingRule forwarding(int lineNumber, sfiForwardingType type) const override;
@@ -36,8 +36,7 @@ private:
     Line::serverFeaturesSettings featuresOf(LineAddress const& place) const;
 
     Settings& settings_;
-    LineDirectory const& lines_;
-    std::string const ownLine_;
+    LineTable const& lines_;
     mutable std::mutex mutex_;
     std::map<int, bool> doNotDisturb_;  // by line number
 };

@@ -43,10 +43,10 @@ void serverAddress(std::string ServerConfiguration::*member, std::string& value)
 
 }  // namespace
 
-SfiReaders::SfiReaders(Settings const& settings, Configuration const& configuration, std::string phoneNumber)
+SfiReaders::SfiReaders(Settings const& settings, Configuration const& configuration, LineTable const& lines)
     : settings_(settings)
     , configuration_(configuration)
-    , phoneNumber_(std::move(phoneNumber))
+    , lines_(lines)
 {
     current.store(this);
 }
@@ -84,7 +84,8 @@ void sfiGetCPUAddr(std::string& address)
 void sfiGetCurrentPhoneNumber(std::string& number)
 {
     auto const* readers = telephone::current.load();
-    number = readers == nullptr ? std::string() : readers->phoneNumber();
+    auto const* line = readers == nullptr ? nullptr : readers->lines().primary();
+    number = line == nullptr ? std::string() : line->address.lineURI;
 }
 
 void sfiGetDirectedPickupUri(std::string& uri)

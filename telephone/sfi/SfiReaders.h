@@ -3,9 +3,8 @@
 // initialised.
 #pragma once
 
-#include <string>
-
 #include "telephone/configuration/Configuration.h"
+#include "telephone/lines/LineTable.h"
 #include "telephone/management/Settings.h"
 
 namespace telephone {
@@ -13,21 +12,20 @@ namespace telephone {
 class SfiReaders
 {
 public:
-    // configuration: with the addresses of the telephone's own exchange, if it uses that. phoneNumber: identifier of
-    // the primary line, else of the first.
-    SfiReaders(Settings const& settings, Configuration const& configuration, std::string phoneNumber);
+    // configuration: with the addresses of the telephone's own exchange, if it uses that.
+    SfiReaders(Settings const& settings, Configuration const& configuration, LineTable const& lines);
     ~SfiReaders();
     SfiReaders(SfiReaders const&) = delete;
     SfiReaders& operator=(SfiReaders const&) = delete;
 
     Settings const& settings() const { return settings_; }
     Configuration const& configuration() const { return configuration_; }
-    std::string const& phoneNumber() const { return phoneNumber_; }
+    LineTable const& lines() const { return lines_; }
 
 private:
     Settings const& settings_;
     Configuration const& configuration_;
-    std::string const phoneNumber_;
+    LineTable const& lines_;
 };
 
 }  // namespace telephone

@@ -121,14 +121,14 @@ TEST_F(ExchangeCalls, Number199_HangsUpAndCallsBackAtTheContactOfTheCall)
 TEST_F(ExchangeCalls, Number199_RingsUntilTheCalledPartyAnswers)
 {
     TestPhone phone(loop);
-    phone.whenCalled = [](TestPhone&, sip::Session& session) { session.ring(); };
+    phone.whenCalled = [](TestPhone&, sip::Session& session) { EXPECT_TRUE(session.ring()); };
     phone.registerAt(exchange.hostPort());
     ASSERT_TRUE(phone.waitFor("registered 3600")) << phone.events();
 
     phone.call(at("199"));
     ASSERT_TRUE(phone.waitFor("called")) << phone.events();
     ASSERT_TRUE(phone.waitFor("established")) << phone.events();
-    phone.session(1).answer();
+    EXPECT_TRUE(phone.session(1).answer());
 
     EXPECT_TRUE(phone.waitFor("established")) << phone.events();
 }
@@ -198,7 +198,8 @@ TEST_F(ExchangeCalls, CstaInCall_IsEchoed)
     ASSERT_TRUE(phone.waitFor("established")) << phone.events();
 
     int status = 0;
-    call.sendInfo({"application/csta+xml", "<MakeCall/>"}, [&status](sip::Response const& r) { status = r.status; });
+    ASSERT_TRUE(call.sendInfo({"application/csta+xml", "<MakeCall/>"},
+                              [&status](sip::Response const& r) { status = r.status; }));
 
     EXPECT_TRUE(phone.waitFor("info")) << phone.events();
     EXPECT_EQ("<MakeCall/>", phone.lastInfo.body);
@@ -212,8 +213,8 @@ TEST_F(ExchangeCalls, CstaOutsideACall_IsEchoed)
     ASSERT_TRUE(phone.waitFor("registered 3600"));
     int status = 0;
 
-    phone.agent->request(phone.account, "INFO", at("100"), {}, {"application/csta+xml", "<Snapshot/>"},
-                         [&status](sip::Response const& r) { status = r.status; });
+    ASSERT_TRUE(phone.agent->request(phone.account, "INFO", at("100"), {}, {"application/csta+xml", "<Snapshot/>"},
+                                     [&status](sip::Response const& r) { status = r.status; }));
 
     EXPECT_TRUE(phone.waitFor("request INFO")) << phone.events();
     EXPECT_EQ("<Snapshot/>", phone.lastInfo.body);

@@ -134,7 +134,7 @@ TEST_F(SippPeer, ServerThatIsKilledInTheCall_IsNoticedByTheNextReInvite)
     ASSERT_TRUE(phone.waitFor("established")) << phone.events();
     sipp.reset();
 
-    call.modify(sip::Direction::kSendOnly);
+    ASSERT_TRUE(call.modify(sip::Direction::kSendOnly));
 
     EXPECT_TRUE(phone.waitFor("closed timeout 408", 40s)) << phone.events();
 }

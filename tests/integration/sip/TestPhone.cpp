@@ -33,8 +33,8 @@ TestPhone::TestPhone(sip::EventLoop& eventLoop, std::string number, sip::UserAge
     account.user = std::move(number);
     account.domain = agent->hostPort();
     whenCalled = [](TestPhone&, sip::Session& session) {
-        session.ring();
-        session.answer();
+        EXPECT_TRUE(session.ring());
+        EXPECT_TRUE(session.answer());
     };
 }
 
@@ -105,12 +105,11 @@ sip::Session& TestPhone::call(std::string const& target, std::function<void(sip:
         change(request);
     }
     std::lock_guard guard(loop);
-    std::string whyNot;
-    auto session = agent->call(request, *this, &whyNot);
+    auto session = agent->call(request, *this);
     if (!session) {
-        throw std::runtime_error(whyNot);
+        throw std::runtime_error(session.error().reason);
     }
-    sessions_.push_back(std::move(session));
+    sessions_.push_back(std::move(*session));
     return *sessions_.back();
 }
 
@@ -137,7 +136,7 @@ void TestPhone::subscribe(std::string const& target, std::string const& event, s
     request.target = target;
     request.event = event;
     request.accept = accept;
-    subscription = agent->subscribe(account, request, *this);
+    subscription = agent->subscribe(account, request, *this).value();
 }
 
 void TestPhone::onIncomingCall(std::unique_ptr<sip::Session> session)

@@ -67,11 +67,14 @@ TEST_F(Transfers, TransferAskedOfATelephone_IsOfferedToItsObserver)
     EXPECT_EQ(replaced, asked.replaces());
     EXPECT_TRUE(asked.accept());
     EXPECT_TRUE(first.waitFor("transfer 100")) << first.events();
-    EXPECT_TRUE(asked.notify(180, "Ringing"));
+    asked.notify(180, "Ringing");
     EXPECT_TRUE(first.waitFor("transfer 180")) << first.events();
-    EXPECT_TRUE(asked.notify(603, "Decline"));
+    asked.notify(603, "Decline");
     EXPECT_TRUE(first.waitFor("transfer 603 ended")) << first.events();
-    EXPECT_FALSE(asked.notify(200, "OK"));
+    asked.notify(200, "OK");
+    call.hangUp();
+    EXPECT_TRUE(second.waitFor("closed remote")) << second.events();
+    EXPECT_EQ(std::string::npos, first.events().find("transfer 200"));
 }
 
 TEST_F(Transfers, RefusedTransfer_EndsWithItsStatus)
