@@ -1,5 +1,5 @@
-// The free readers of the SIP configuration: each forwarding rule's own keys, and what the configuration says.
-#include "telephone/management/SfiReaders.h"
+// The free readers of the SIP configuration: the keys of each forwarding rule, and the values of the configuration.
+#include "telephone/sfi/SfiReaders.h"
 
 #include "platform/sfi/SfiConfiguration.h"
 #include "tests/unit/management/StoreFixture.h"
@@ -45,7 +45,9 @@ class ForwardingReaders : public StoreFixture, public testing::WithParamInterfac
 TEST_P(ForwardingReaders, ReadTheKeysOfTheirRuleAndNoOthers)
 {
     auto const settings = open("");
-    SfiReaders const readers(*settings, Configuration::standard());
+    Configuration const configuration = Configuration::standard();
+    LineTable const lines(configuration);
+    SfiReaders const readers(*settings, configuration, lines);
 
     EXPECT_TRUE(settings->set(GetParam().activation, "true"));
     EXPECT_TRUE(settings->set(GetParam().address, "102"));
@@ -79,7 +81,8 @@ protected:
 
 TEST_F(SfiReadersTest, NoReplyDelay_IsInForceWhenSet)
 {
-    SfiReaders const readers(*settings, configuration);
+    LineTable const lines(configuration);
+    SfiReaders const readers(*settings, configuration, lines);
     EXPECT_EQ(sfiGetForwardNoReplyTime(), 3);
 
     EXPECT_TRUE(settings->set("cfnr-delay", "5"));
@@ -97,7 +100,8 @@ TEST_F(SfiReadersTest, ServerValues_ComeFromTheConfiguration)
     configuration.server.voiceMail = "500";
     Settings const fromFile(ConfigurationStore::open({}).value(), configuration);
 
-    SfiReaders const readers(fromFile, configuration);
+    LineTable const lines(configuration);
+    SfiReaders const readers(fromFile, configuration, lines);
 
     EXPECT_EQ(sfiGetServerType(), 2);
     EXPECT_TRUE(sfiGetServerBasedFeaturesEnabled());
@@ -113,7 +117,8 @@ TEST_F(SfiReadersTest, CurrentPhoneNumber_IsThePrimaryLine)
     configuration.lines[0].primary = false;
     configuration.lines[1].primary = true;
 
-    SfiReaders const readers(*settings, configuration);
+    LineTable const lines(configuration);
+    SfiReaders const readers(*settings, configuration, lines);
 
     EXPECT_EQ(uriOf(sfiGetCurrentPhoneNumber), "4712");
 }
@@ -122,7 +127,8 @@ TEST_F(SfiReadersTest, Registrations_AreCountedOverTheLinesThatRegister)
 {
     configuration.lines[0].registers = false;
 
-    SfiReaders const readers(*settings, configuration);
+    LineTable const lines(configuration);
+    SfiReaders const readers(*settings, configuration, lines);
 
     EXPECT_EQ(registrationId(0), "4712");
     EXPECT_EQ(registrationId(1), "");

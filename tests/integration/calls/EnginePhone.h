@@ -20,7 +20,7 @@ namespace telephone::test {
 
 sip::EventLoop& eventLoop();
 
-class TestPhone final : private CallPolicy
+class EnginePhone final : private CallPolicy
 {
 public:
     struct Options
@@ -41,13 +41,15 @@ public:
     // A telephone of one line, peer to peer.
     static Options optionsOf(std::string const& line);
 
-    explicit TestPhone(Options options);
-    ~TestPhone() override;
+    explicit EnginePhone(Options options);
+    ~EnginePhone() override;
 
     CallEngine& engine() { return *engine_; }
     EventRecorder& events() { return events_; }
     // Address at which a line can be called directly.
     std::string uri(std::string const& line = {}) const;
+    // Whether a call is offered or rings here.
+    bool alerts() const;
     // The next events, exactly these.
     void expect(std::vector<std::string> const& lines);
 
@@ -67,6 +69,12 @@ private:
     EventRecorder events_;
     std::unique_ptr<CallEngine> engine_;
 };
+
+// The kind of a refusal; nothing for a success.
+inline std::optional<RefusalKind> kindOf(Outcome<> const& outcome)
+{
+    return outcome ? std::nullopt : std::optional(outcome.error().kind);
+}
 
 // Waits for a condition that the loop makes true; false after the deadline.
 bool eventually(std::function<bool()> const& condition, std::chrono::seconds deadline = EventRecorder::kDeadline);

@@ -1,7 +1,10 @@
-#include "TestPhone.h"
+#include "EnginePhone.h"
 
+#include <algorithm>
 #include <thread>
 #include <utility>
+
+#include "telephone/framework/Log.h"
 
 namespace telephone::test {
 
@@ -9,24 +12,20 @@ sip::EventLoop& eventLoop()
 {
     static sip::EventLoop loop;
     loop.start();
+    setLogLevel(::testing::GTEST_FLAG(break_on_failure) ? kLogInfo : kLogOff);
     return loop;
 }
 
-TestPhone::Options TestPhone::optionsOf(std::string const& line)
+EnginePhone::Options EnginePhone::optionsOf(std::string const& line)
 {
     Options options;
     options.lines = {line};
     return options;
 }
 
-TestPhone::TestPhone(Options options)
+EnginePhone::EnginePhone(Options options)
     : options_(std::move(options))
 {
-    if (::testing::GTEST_FLAG(break_on_failure)) {
-        options_.engine.agent.log = [](sip::LogLevel, std::string const& text) {
-            fprintf(stderr, "%s\n", text.c_str());
-        };
-    }
     CallPolicy& policy = *this;
     engine_ = std::make_unique<CallEngine>(eventLoop(), options_.engine, lines_, policy, events_.poster());
     for (std::string const& id : options_.lines) {
@@ -44,19 +43,25 @@ TestPhone::TestPhone(Options options)
     engine_->activate();
 }
 
-TestPhone::~TestPhone() = default;
+EnginePhone::~EnginePhone() = default;
 
-std::string TestPhone::uri(std::string const& line) const
+std::string EnginePhone::uri(std::string const& line) const
 {
     return "sip:" + (line.empty() ? options_.lines.front() : line) + '@' + engine_->userAgent().hostPort();
 }
 
-void TestPhone::expect(std::vector<std::string> const& lines)
+bool EnginePhone::alerts() const
+{
+    auto const calls = engine_->calls();
+    return std::any_of(calls.begin(), calls.end(), [](CallSnapshot const& call) { return call.alerting(); });
+}
+
+void EnginePhone::expect(std::vector<std::string> const& lines)
 {
     EXPECT_EQ(events_.next(lines.size()), lines);
 }
 
-ForwardingRule TestPhone::forwarding(int, sfiForwardingType type) const
+ForwardingRule EnginePhone::forwarding(int, sfiForwardingType type) const
 {
     auto const found = rules.find(type);
     return found == rules.end() ? ForwardingRule{} : found->second;

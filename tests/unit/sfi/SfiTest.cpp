@@ -3,30 +3,25 @@
 
 #include <future>
 
-#include "EventRecorder.h"
-#include "TestPhone.h"
 #include "platform/framework/Executable.h"
 #include "platform/framework/SvcRTEContext.h"
-#include "platform/lines/LineManager.h"
 #include "platform/management/ManageableData.h"
 #include "telephone/configuration/Configuration.h"
 #include "telephone/framework/EventDispatcher.h"
 #include "telephone/framework/TimerService.h"
+#include "telephone/lines/LineTable.h"
+#include "telephone/lines/Lines.h"
 #include "telephone/management/ConfigurationStore.h"
 #include "telephone/management/Settings.h"
 #include "telephone/sfi/SettingsCallPolicy.h"
-
-// This telephone has a directory of lines, but no line model.
-LineManager* LineManager::Instance()
-{
-    return nullptr;
-}
+#include "tests/integration/calls/EnginePhone.h"
+#include "tests/integration/calls/EventRecorder.h"
 
 namespace telephone::test {
 
 namespace {
 
-// What expires is noted.
+// Notes the timer that expires.
 class Service final : public Executable
 {
 public:
@@ -42,14 +37,15 @@ class SfiTest : public ::testing::Test
 protected:
     Configuration configuration_ = twoLines();
     Settings settings_{ConfigurationStore::open({}).value(), configuration_};
-    TestLines lines_;
-    SettingsCallPolicy policy_{settings_, lines_, configuration_};
+    LineTable lineTable_{configuration_};
+    SettingsCallPolicy policy_{settings_, lineTable_};
     EventRecorder recorder_;
     EventDispatcher dispatcher_;
     TimerService timers_;
-    CallEngine engine_{eventLoop(), silent(), lines_, policy_, recorder_.poster()};
+    CallEngine engine_{eventLoop(), silent(), lineTable_, policy_, recorder_.poster()};
+    Lines lines_{lineTable_, configuration_, settings_, engine_, timers_};
     Sfi sfi_{{engine_, lines_, policy_, settings_, dispatcher_, timers_, nullptr}};
-    TestPhone bob_{bobsOptions()};
+    EnginePhone bob_{bobsOptions()};
 
     static Configuration twoLines()
     {
@@ -57,6 +53,9 @@ protected:
         configuration.lines.resize(2);
         configuration.lines[0].id = "4711";
         configuration.lines[1].id = "4712";
+        for (LineConfiguration& line : configuration.lines) {
+            line.registers = false;
+        }
         return configuration;
     }
     static EngineConfiguration silent()
@@ -65,27 +64,21 @@ protected:
         configuration.audioSource = "silence";
         return configuration;
     }
-    static TestPhone::Options bobsOptions()
+    static EnginePhone::Options bobsOptions()
     {
-        TestPhone::Options options;
+        EnginePhone::Options options;
         options.lines = {"4722", "4723"};
         return options;
     }
 
     void SetUp() override
     {
-        for (char const* id : {"4711", "4712"}) {
-            LineAccount line;
-            line.lineURI = id;
-            line.account.user = id;
-            line.account.domain = engine_.userAgent().hostPort();
-            lines_.add(line);
-        }
+        lineTable_.setServer({"", engine_.userAgent().hostPort(), ""});
         ASSERT_EQ(sfi_.Activate(), sfiSuccess);
     }
 
-    std::string uri(char const* line) const { return "sip:" + std::string(line) + '@' + hostPort(); }
-    std::string hostPort() const { return const_cast<CallEngine&>(engine_).userAgent().hostPort(); }
+    std::string uri(char const* line) { return "sip:" + std::string(line) + '@' + hostPort(); }
+    std::string hostPort() { return engine_.userAgent().hostPort(); }
 
     static sfiCallInfo record(std::uint8_t line, int callID) { return {line, 1, callID, 0}; }
 
@@ -103,7 +96,7 @@ protected:
         ASSERT_TRUE(recorder_.waitFor("state 4711 " + id + " RemoteRinging Normal " + line));
         for (CallSnapshot const& call : bob_.engine().calls()) {
             if (call.alerting()) {
-                bob_.engine().answer(call.callID);
+                ASSERT_TRUE(bob_.engine().answer(call.callID));
             }
         }
         ASSERT_TRUE(recorder_.waitFor("state 4711 " + id + " Connected Normal " + line));
@@ -222,7 +215,7 @@ TEST_F(SfiTest, DoNotDisturb_RefusesCalls)
 {
     ASSERT_EQ(sfi_.SetDoNotDisturb(1, true), sfiSuccess);
 
-    ASSERT_EQ(bob_.engine().make(1, 0, 1, uri("4711")), sfiSuccess);
+    ASSERT_TRUE(bob_.engine().outgoing().make(1, 0, 1, uri("4711")));
 
     EXPECT_TRUE(recorder_.waitFor("missed 4711 1001 4722 Busy - 0"));
     EXPECT_TRUE(bob_.events().waitFor("state 4722 1 Busy Busy 4711"));
@@ -232,9 +225,9 @@ TEST_F(SfiTest, ForwardingOfTheStore_ForwardsTheOwnLineAlone)
 {
     ASSERT_TRUE(settings_.setAll({{"cfu-activated", "true"}, {"cfu-address", bob_.uri("4723")}}));
 
-    ASSERT_EQ(bob_.engine().make(1, 0, 1, uri("4711")), sfiSuccess);
+    ASSERT_TRUE(bob_.engine().outgoing().make(1, 0, 1, uri("4711")));
     EXPECT_TRUE(recorder_.waitFor("forwarded 4711 1001 4722 4723 1"));
-    ASSERT_EQ(bob_.engine().make(1, 0, 2, uri("4712")), sfiSuccess);
+    ASSERT_TRUE(bob_.engine().outgoing().make(1, 0, 2, uri("4712")));
 
     EXPECT_TRUE(recorder_.waitFor("state 4712 1002 Ringing Normal 4722"));
 }
