@@ -3,7 +3,7 @@
 #include <mutex>
 #include <string_view>
 
-#include "telephone/exchange/NumberAccount.h"
+#include "telephone/exchange/ExchangeAgent.h"
 #include "telephone/sip/EventLoop.h"
 
 namespace telephone::exchange {
@@ -160,9 +160,7 @@ void Exchange::onIncomingCall(std::unique_ptr<sip::Session> session)
     } else if (number == kGroupPickup) {
         pickups_.pickUp(std::move(session), "");
     } else if (auto const contacts = registrar_.contactsOf(number); !contacts.empty()) {
-        if (auto const redirected = session->redirect(contacts.front()); !redirected) {
-            agent_->log(sip::LogLevel::kWarning, redirected.error().reason);
-        }
+        logRefusal(*agent_, "call to " + number, session->redirect(contacts.front()));
     } else if (wanted) {
         session->reject(481, "Call/Transaction Does Not Exist");
     } else {
@@ -222,10 +220,8 @@ void Exchange::echoInfo(sip::IncomingRequest& request)
         return;
     }
     std::string const target = registered.empty() ? contact->uri.format() : registered.front();
-    auto const sending = agent_->request(accountOf(*agent_, request.to().uri.user), "INFO", target, {}, content, {});
-    if (!sending) {
-        agent_->log(sip::LogLevel::kWarning, sending.error().reason);
-    }
+    logRefusal(*agent_, "INFO to " + target,
+               agent_->request(accountOf(*agent_, request.to().uri.user), "INFO", target, {}, content, {}));
 }
 
 // --- event packages

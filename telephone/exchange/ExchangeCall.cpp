@@ -2,7 +2,7 @@
 
 #include <atomic>
 
-#include "telephone/exchange/NumberAccount.h"
+#include "telephone/exchange/ExchangeAgent.h"
 
 namespace telephone::exchange {
 
@@ -49,7 +49,7 @@ void ExchangeCall::adopt(std::unique_ptr<sip::Session> session)
 void ExchangeCall::take(std::unique_ptr<sip::Session> session)
 {
     adopt(std::move(session));
-    logRefusal(session_->ring());
+    logRefusal(agent_, "number " + number_, session_->ring());
     observer_.callChanged(*this);
     if (behaviour_.answerAfter == milliseconds(0)) {
         answer();
@@ -106,19 +106,12 @@ Outcome<> ExchangeCall::dial(std::string const& target, std::optional<sip::Repla
 void ExchangeCall::answer()
 {
     answered_ = true;
-    logRefusal(session_->answer());
+    logRefusal(agent_, "number " + number_, session_->answer());
 }
 
 void ExchangeCall::modify(sip::Direction direction)
 {
-    logRefusal(session_->modify(direction));
-}
-
-void ExchangeCall::logRefusal(Outcome<> const& result)
-{
-    if (!result) {
-        agent_.log(sip::LogLevel::kWarning, "number " + number_ + ": " + result.error().reason);
-    }
+    logRefusal(agent_, "number " + number_, session_->modify(direction));
 }
 
 // The steps of the number after the answer.
@@ -261,7 +254,7 @@ void ExchangeCall::onModified(sip::Session&, bool accepted, int, std::string con
 void ExchangeCall::onInfo(sip::Session&, sip::Content const& content)
 {
     if (startsWith(content.type, kCstaType)) {
-        logRefusal(session_->sendInfo(content));
+        logRefusal(agent_, "number " + number_, session_->sendInfo(content));
     }
 }
 

@@ -69,7 +69,6 @@ private:
     void disconnect();
     void notifyTransfer(int status, std::string const& reason);
     void modify(sip::Direction direction);
-    void logRefusal(Outcome<> const& result);
 
     void onProgress(sip::Session&, sip::Response const& response, bool earlyMedia) override;
     void onEstablished(sip::Session&) override;

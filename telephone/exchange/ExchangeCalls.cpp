@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "telephone/exchange/ExchangeAgent.h"
+
 namespace telephone::exchange {
 
 ExchangeCalls::ExchangeCalls(sip::UserAgent& agent, Registrar const& registrar, DeferredWork& deferred,
@@ -73,7 +75,7 @@ void ExchangeCalls::pickUpRemote(std::unique_ptr<sip::Session> picker, std::stri
     replaces.earlyOnly = true;
     ExchangeCall& outgoing = add(number, kAnswering);
     if (auto const dialled = outgoing.dial(resolve(target), replaces, {}, nullptr); !dialled) {
-        agent_.log(sip::LogLevel::kWarning, "pick-up of " + number + ": " + dialled.error().reason);
+        logRefusal(agent_, "pick-up of " + number, dialled);
         callEnded(outgoing);
         picker->reject(480, "Nothing to pick up");
         return;
@@ -90,9 +92,7 @@ void ExchangeCalls::transfer(std::string const& number, std::unique_ptr<sip::Tra
         std::string const referredBy = transfer->referredBy();
         result = callOut(number, target, replaces, referredBy, std::move(transfer));
     }
-    if (!result) {
-        agent_.log(sip::LogLevel::kWarning, "transfer of a call of " + number + ": " + result.error().reason);
-    }
+    logRefusal(agent_, "transfer of a call of " + number, result);
 }
 
 std::vector<sip::DialogEntry> ExchangeCalls::dialogsOf(std::string const& number) const
@@ -142,9 +142,7 @@ void ExchangeCalls::callBackRequested(std::string const& number, sip::NameAddr c
 {
     auto const registered = registrar_.contactsOf(caller.uri.user);
     deferred_.add([this, number, target = registered.empty() ? contact : registered.front()] {
-        if (auto const called = callOut(number, target); !called) {
-            agent_.log(sip::LogLevel::kWarning, "call-back of " + number + ": " + called.error().reason);
-        }
+        logRefusal(agent_, "call-back of " + number, callOut(number, target));
     });
 }
 

@@ -1,6 +1,6 @@
 #include "telephone/exchange/MessageBoxes.h"
 
-#include "telephone/exchange/NumberAccount.h"
+#include "telephone/exchange/ExchangeAgent.h"
 
 namespace telephone::exchange {
 
@@ -36,11 +36,9 @@ void MessageBoxes::set(std::string const& number, sip::MessageCounts const& coun
     }
     sip::Headers const headers{{"Event", sip::kMessageSummaryEvent}, {"Subscription-State", "active"}};
     for (auto const& contact : registrar_.contactsOf(number)) {
-        auto const sending = agent_.request(accountOf(agent_, number), "NOTIFY", contact, headers,
-                                            {sip::kMessageSummaryType, document}, {});
-        if (!sending) {
-            agent_.log(sip::LogLevel::kWarning, sending.error().reason);
-        }
+        logRefusal(agent_, "messages of " + number,
+                   agent_.request(accountOf(agent_, number), "NOTIFY", contact, headers,
+                                  {sip::kMessageSummaryType, document}, {}));
     }
 }
 

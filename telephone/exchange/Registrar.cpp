@@ -94,7 +94,7 @@ bool Registrar::authenticate(sip::IncomingRequest& request, std::string const& n
 
 void Registrar::handle(sip::IncomingRequest& request)
 {
-    const std::string number = request.to().uri.user;
+    std::string const number = request.to().uri.user;
     if (number.empty()) {
         request.reply(404, "Not Found");
         return;
@@ -141,7 +141,7 @@ bool Registrar::update(sip::IncomingRequest& request, std::vector<Binding>& bind
 
 bool Registrar::bind(sip::IncomingRequest const& request, sip::NameAddr const& contact, std::vector<Binding>& bindings)
 {
-    const std::string uri = contact.uri.format();
+    std::string const uri = contact.uri.format();
     const std::uint32_t sequence = number(request.headers().value("CSeq").substr(0, 10), 0);
     auto const known = std::find_if(bindings.begin(), bindings.end(),
                                     [&uri](Binding const& binding) { return binding.contact == uri; });
@@ -160,7 +160,7 @@ bool Registrar::bind(sip::IncomingRequest const& request, sip::NameAddr const& c
     if (bindings.size() >= kMostContacts) {
         bindings.erase(bindings.begin());
     }
-    const std::chrono::seconds granted(std::min(asked, config_.longestExpires));
+    std::chrono::seconds const granted(std::min(asked, config_.longestExpires));
     bindings.push_back({uri, request.callId(), sequence, Clock::now() + granted});
     return true;
 }

@@ -1,6 +1,6 @@
 #include "telephone/exchange/TelephoneDialogs.h"
 
-#include "telephone/exchange/NumberAccount.h"
+#include "telephone/exchange/ExchangeAgent.h"
 
 namespace telephone::exchange {
 

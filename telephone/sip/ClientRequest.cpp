@@ -44,21 +44,16 @@ Outcome<> ClientRequest::send(std::string const& method, std::string tail, std::
 
 int ClientRequest::transmit()
 {
-    auto const written = [](sip_transp transport, sa const* source, sa const*, mbuf* buffer, void* request) {
-        return static_cast<ClientRequest*>(request)->writeContact(transport, *source, *buffer);
-    };
-    auto const answered = [](int error, sip_msg const* message, void* request) {
-        static_cast<ClientRequest*>(request)->onResponse(error, message);
-    };
     int const error = sip_drequestf(request_.out(), element_->stack(), true, method_.c_str(), dialog_.get(), 0,
-                                    auth_.get(), written, answered, this, "%s", tail_.c_str());
+                                    auth_.get(), handlerOf<&ClientRequest::writeContact>,
+                                    handlerOf<&ClientRequest::onResponse>, this, "%s", tail_.c_str());
     if (!error) {
         keptAlive_ = shared_from_this();
     }
     return error;
 }
 
-int ClientRequest::writeContact(sip_transp transport, sa const& source, mbuf& buffer)
+int ClientRequest::writeContact(sip_transp transport, sa const& source, sa const* /*target*/, mbuf& buffer)
 {
     if (!contactExpires_) {
         return 0;

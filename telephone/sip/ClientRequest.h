@@ -29,7 +29,7 @@ public:
 private:
     int transmit();
     void onResponse(int error, sip_msg const* message);
-    int writeContact(sip_transp transport, sa const& source, mbuf& buffer);
+    int writeContact(sip_transp transport, sa const& source, sa const* target, mbuf& buffer);
 
     std::shared_ptr<Element> element_;
     std::string contactUser_;

@@ -74,19 +74,17 @@ void Element::bindTcp()
 
 void Element::listen(sipsess_conn_h* invited, sip_msg_h* subscribed, void* receiver)
 {
-    auto const traced = [](bool sent, sip_transp, sa const* from, sa const* to, std::uint8_t const* packet,
-                           std::size_t size, void* self) {
-        static_cast<Element*>(self)->onTrace(sent, *from, *to, {reinterpret_cast<char const*>(packet), size});
-    };
     throwOnError(sipsess_listen(sessionSocket_.out(), stack_, kSessionBuckets, invited, receiver), "SIP sessions");
     throwOnError(
         sipevent_listen(eventSocket_.out(), stack_, kTransactionBuckets, kTransactionBuckets, subscribed, receiver),
         "SIP events");
-    sip_set_trace_handler(stack_, traced);
+    sip_set_trace_handler(stack_, handlerOf<&Element::onTrace>);
 }
 
-void Element::onTrace(bool sent, sa const& from, sa const& to, std::string_view packet)
+void Element::onTrace(bool sent, sip_transp /*transport*/, sa const& from, sa const& to, std::uint8_t const* data,
+                      std::size_t size)
 {
+    std::string_view const packet(reinterpret_cast<char const*>(data), size);
     if (config_.traceMessages) {
         log(LogLevel::kDebug,
             (sent ? "sent to " + addressText(to) : "received from " + addressText(from)) + "\n" + std::string(packet));
@@ -142,6 +140,13 @@ void Element::log(LogLevel level, std::string const& line) const
 {
     if (config_.log) {
         config_.log(level, line);
+    }
+}
+
+void Element::logRefusal(Outcome<> const& result) const
+{
+    if (!result) {
+        log(LogLevel::kWarning, result.error().reason);
     }
 }
 

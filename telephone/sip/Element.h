@@ -56,6 +56,8 @@ public:
     // Answers a request that nothing else will answer.
     void answer(sip_msg const& request, std::uint16_t status, char const* reason, Headers const& headers = {}) const;
     void log(LogLevel level, std::string const& line) const;
+    // For refusals that reach no caller.
+    void logRefusal(Outcome<> const& result) const;
 
     // Sessions hold this for as long as they exist, ended or not.
     std::shared_ptr<void const> sessionToken() const { return sessionToken_; }
@@ -73,7 +75,8 @@ public:
 private:
     void bindUdp();
     void bindTcp();
-    void onTrace(bool sent, sa const& from, sa const& to, std::string_view packet);
+    void onTrace(bool sent, sip_transp transport, sa const& from, sa const& to, std::uint8_t const* packet,
+                 std::size_t size);
 
     EventLoop& loop_;
     UserAgentConfig config_;

@@ -85,13 +85,13 @@ bool contains(std::string const& text, std::string_view part)
 bool asksForAutomaticAnswer(Headers const& headers)
 {
     for (char const* name : {"Answer-Mode", "Priv-Answer-Mode"}) {
-        const std::string mode = headers.value(name);
+        std::string const mode = headers.value(name);
         if (equalsIgnoringCase(mode.substr(0, mode.find(';')), "Auto")) {
             return true;
         }
     }
     for (char const* name : {"Call-Info", "Alert-Info"}) {
-        const std::string info = headers.value(name);
+        std::string const info = headers.value(name);
         if (contains(info, "answer-after=") || contains(info, "alert-autoanswer")) {
             return true;
         }
@@ -103,7 +103,7 @@ bool asksForAutomaticAnswer(Headers const& headers)
 
 std::optional<NameAddr> assertedIdentityOf(Headers const& headers)
 {
-    const std::string value = headers.value("P-Asserted-Identity");
+    std::string const value = headers.value("P-Asserted-Identity");
     return value.empty() ? std::nullopt : NameAddr::parse(value);
 }
 

@@ -78,7 +78,7 @@ std::optional<Replaces> Replaces::parse(std::string_view value)
             part.remove_suffix(1);
         }
         auto const equals = part.find('=');
-        const std::string_view name = part.substr(0, equals);
+        std::string_view const name = part.substr(0, equals);
         if (first) {
             replaces.callId = part;
         } else if (equalsIgnoringCase(name, "early-only")) {

@@ -85,12 +85,12 @@ Outcome<> NotifierImpl::accept(std::string const& contentType)
     std::string const header = headers_.value("Event");
     pl const value = slice(header);
     sipevent_event event{};
-    auto const closed = [](int, sip_msg const*, void* notifier) { static_cast<NotifierImpl*>(notifier)->close(); };
     int error = sipevent_event_decode(&event, &value);
     if (!error) {
         error = sipevent_accept(notifier_.out(), element_->eventSocket(), &subscribe, nullptr, &event, 200, "OK", 0,
                                 kUsualExpires, kLongestExpires, element_->contactUserFor(subscribe).c_str(),
-                                contentType.c_str(), answerChallenge, nullptr, false, closed, this, nullptr);
+                                contentType.c_str(), answerChallenge, nullptr, false, handlerOf<&NotifierImpl::onClose>,
+                                this, nullptr);
     }
     active_ = error == 0;
     if (error) {
@@ -113,14 +113,11 @@ void NotifierImpl::notify(std::string const& body, SubscriptionState state, std:
         return;
     }
     active_ = state != SubscriptionState::kTerminated;
-    auto const result = sent(sipevent_notify(notifier_.get(), content.get(), toStack(state), reasonOf(reason), 0),
-                             "NOTIFY for " + event_);
-    if (!result) {
-        element_->log(LogLevel::kWarning, result.error().reason);
-    }
+    element_->logRefusal(sent(sipevent_notify(notifier_.get(), content.get(), toStack(state), reasonOf(reason), 0),
+                              "NOTIFY for " + event_));
 }
 
-void NotifierImpl::close()
+void NotifierImpl::onClose(int /*error*/, sip_msg const* /*message*/)
 {
     active_ = false;
     auto const closed = std::exchange(closed_, nullptr);

@@ -25,7 +25,7 @@ public:
     void onClosed(std::function<void(Notifier&)> closed) override { closed_ = std::move(closed); }
 
 private:
-    void close();
+    void onClose(int error, sip_msg const* message);
 
     std::shared_ptr<Element> element_;
     ServerTransaction transaction_;

@@ -45,20 +45,12 @@ Receiver::Receiver(std::shared_ptr<Element> element, UserAgentObserver& observer
 
 void Receiver::listen()
 {
-    auto const first = [](sip_msg const* message, void* self) {
-        return static_cast<Receiver*>(self)->onRequestFirst(*message);
-    };
-    auto const last = [](sip_msg const* message, void* self) {
-        return static_cast<Receiver*>(self)->onRequestLast(*message);
-    };
     auto const stray = [](sip_msg const*, void*) { return true; };
-    auto const invited = [](sip_msg const* message, void* self) { static_cast<Receiver*>(self)->onInvite(*message); };
-    auto const subscribed = [](sip_msg const* message, void* self) {
-        return static_cast<Receiver*>(self)->onFirstSubscribe(*message);
-    };
-    throwOnError(sip_listen(firstListener_.out(), element_->stack(), true, first, this), "SIP");
-    element_->listen(invited, subscribed, this);
-    throwOnError(sip_listen(lastListener_.out(), element_->stack(), true, last, this), "SIP");
+    throwOnError(sip_listen(firstListener_.out(), element_->stack(), true, handlerOf<&Receiver::onRequestFirst>, this),
+                 "SIP");
+    element_->listen(handlerOf<&Receiver::onInvite>, handlerOf<&Receiver::onFirstSubscribe>, this);
+    throwOnError(sip_listen(lastListener_.out(), element_->stack(), true, handlerOf<&Receiver::onRequestLast>, this),
+                 "SIP");
     throwOnError(sip_listen(strayListener_.out(), element_->stack(), false, stray, this), "SIP");
 }
 
@@ -176,7 +168,7 @@ void Receiver::takeRefer(sip_msg const& message)
     }
 }
 
-bool Receiver::onRequestLast(sip_msg const& message) const
+bool Receiver::onRequestLast(sip_msg const& message)
 {
     if (isMethod(message, "ACK")) {
         return true;

@@ -20,7 +20,7 @@ public:
 
 private:
     bool onRequestFirst(sip_msg const& message);
-    bool onRequestLast(sip_msg const& message) const;
+    bool onRequestLast(sip_msg const& message);
     void onInvite(sip_msg const& message);
     bool onFirstSubscribe(sip_msg const& message);
     bool refuseUnsupported(sip_msg const& message) const;

@@ -40,20 +40,14 @@ Referral::Referral(Element& element, Progress progress)
 Outcome<> Referral::start(sip_dialog* dialog, std::string const& contactUser, Ref<Credentials> const& credentials,
                           std::string const& headers)
 {
-    auto const notified = [](::sip*, sip_msg const* message, void* referral) {
-        static_cast<Referral*>(referral)->onNotify(*message);
-    };
-    auto const closed = [](int error, sip_msg const* message, sipevent_substate const*, void* referral) {
-        static_cast<Referral*>(referral)->onClosed(error, message);
-    };
-    int const error =
-        sipevent_drefer(subscription_.out(), element_.eventSocket(), dialog, contactUser.c_str(), answerChallenge,
-                        credentials.get(), true, notified, closed, this, "%s", headers.c_str());
+    int const error = sipevent_drefer(subscription_.out(), element_.eventSocket(), dialog, contactUser.c_str(),
+                                      answerChallenge, credentials.get(), true, handlerOf<&Referral::onNotify>,
+                                      handlerOf<&Referral::onClosed>, this, "%s", headers.c_str());
     running_ = error == 0;
     return sent(error, "REFER");
 }
 
-void Referral::onNotify(sip_msg const& message)
+void Referral::onNotify(::sip* /*stack*/, sip_msg const& message)
 {
     element_.answer(message, 200, "OK");
     if (!running_) {
@@ -72,7 +66,7 @@ void Referral::onNotify(sip_msg const& message)
 }
 
 // The REFER was refused or not answered, or its notifications ended without a final status.
-void Referral::onClosed(int error, sip_msg const* message)
+void Referral::onClosed(int error, sip_msg const* message, sipevent_substate const* /*state*/)
 {
     if (!running_) {
         return;

@@ -25,8 +25,8 @@ public:
     bool isRunning() const { return running_; }
 
 private:
-    void onNotify(sip_msg const& message);
-    void onClosed(int error, sip_msg const* message);
+    void onNotify(::sip* stack, sip_msg const& message);
+    void onClosed(int error, sip_msg const* message, sipevent_substate const* state);
     void report(int status, std::string const& reason, bool ended);
 
     Element& element_;

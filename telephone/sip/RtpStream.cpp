@@ -103,7 +103,7 @@ void RtpStream::sendAudio()
     std::array<std::uint8_t, kFrameSamples> payload{};
     std::transform(frame.begin(), frame.end(), payload.begin(), [aLaw](std::int16_t sample) {
         // The encoder negates samples, which overflows for the most negative one.
-        const auto safe = std::max<std::int16_t>(sample, -32767);
+        auto const safe = std::max<std::int16_t>(sample, -32767);
         return aLaw ? g711_pcm2alaw(safe) : g711_pcm2ulaw(safe);
     });
     send(agreement_.payloadType, std::exchange(talkspurt_, false), timestamp_, payload.data(), payload.size());
@@ -119,7 +119,7 @@ void RtpStream::sendEvent()
         }
         bool const ended = eventBeat_ >= digit.beats;
         unsigned const held = std::min(eventBeat_ + 1, digit.beats) * kFrameSamplesWide;
-        const std::array<std::uint8_t, 4> payload{static_cast<std::uint8_t>(kKeys.find(digit.key)),
+        std::array<std::uint8_t, 4> const payload{static_cast<std::uint8_t>(kKeys.find(digit.key)),
                                                   static_cast<std::uint8_t>((ended ? 0x80 : 0) | kEventVolume),
                                                   static_cast<std::uint8_t>(held >> 8),
                                                   static_cast<std::uint8_t>(held & 0xff)};
@@ -159,7 +159,7 @@ void RtpStream::receive(mbuf* packet)
         return;
     }
     std::uint8_t const* payload = mbuf_buf(packet);
-    const std::size_t size = mbuf_get_left(packet);
+    std::size_t const size = mbuf_get_left(packet);
     if (agreement_.eventPayloadType >= 0 && header.pt == agreement_.eventPayloadType) {
         receiveEvent(header, payload, size);
     } else if (header.pt == 0 || header.pt == 8) {

@@ -6,8 +6,8 @@
 
 namespace telephone::sip {
 
-ServerTransaction::ServerTransaction(std::shared_ptr<Element> element, sip_msg const& request,
-                                     sip_cancel_h* cancelled, void* argument)
+ServerTransaction::ServerTransaction(std::shared_ptr<Element> element, sip_msg const& request, sip_cancel_h* cancelled,
+                                     void* argument)
     : element_(std::move(element))
 {
     request_.share(&request);
@@ -29,13 +29,10 @@ void ServerTransaction::answer(int status, std::string const& reason, Headers co
         return;
     }
     answered_ = status >= 200;
-    auto const result =
+    element_->logRefusal(
         sent(sip_treplyf(&transaction_, nullptr, element_->stack(), request_.get(), false,
                          static_cast<std::uint16_t>(status), reason.c_str(), "%s", replyTail(headers, content).c_str()),
-             what + "answer " + std::to_string(status));
-    if (!result) {
-        element_->log(LogLevel::kWarning, result.error().reason);
-    }
+             what + "answer " + std::to_string(status)));
 }
 
 void ServerTransaction::handOver()

@@ -13,8 +13,8 @@ class ServerTransaction
 {
 public:
     // cancelled: called with `argument` when a CANCEL arrives before the final response.
-    ServerTransaction(std::shared_ptr<Element> element, sip_msg const& request,
-                      sip_cancel_h* cancelled = nullptr, void* argument = nullptr);
+    ServerTransaction(std::shared_ptr<Element> element, sip_msg const& request, sip_cancel_h* cancelled = nullptr,
+                      void* argument = nullptr);
     ~ServerTransaction();
 
     sip_msg const& request() const { return *request_.get(); }

@@ -24,51 +24,16 @@ char keyOf(Content const& content)
 
 bool isDigitContent(Content const& content)
 {
-    const std::string type = content.type.substr(0, content.type.find(';'));
+    std::string const type = content.type.substr(0, content.type.find(';'));
     return equalsIgnoringCase(type, "application/dtmf-relay") || equalsIgnoringCase(type, "application/dtmf");
 }
 
 }  // namespace
 
-void SessionImpl::progressHandler(sip_msg const* message, void* session)
-{
-    static_cast<SessionImpl*>(session)->onProgress(*message);
-}
-
-int SessionImpl::offerHandler(mbuf** description, sip_msg const* message, void* session)
-{
-    return static_cast<SessionImpl*>(session)->onOffer(description, *message);
-}
-
-int SessionImpl::answerHandler(sip_msg const* message, void* session)
-{
-    return static_cast<SessionImpl*>(session)->onAnswer(*message);
-}
-
-void SessionImpl::establishedHandler(sip_msg const* message, void* session)
-{
-    static_cast<SessionImpl*>(session)->onEstablished(*message);
-}
-
-void SessionImpl::infoHandler(::sip*, sip_msg const* message, void* session)
-{
-    static_cast<SessionImpl*>(session)->onInfo(*message);
-}
-
-void SessionImpl::referHandler(::sip*, sip_msg const* message, void* session)
-{
-    static_cast<SessionImpl*>(session)->onRefer(*message);
-}
-
-void SessionImpl::closeHandler(int error, sip_msg const* message, void* session)
-{
-    static_cast<SessionImpl*>(session)->onClose(error, message);
-}
-
 void SessionImpl::postFromStack(std::function<void()> work)
 {
     element_->loop().post([alive = std::weak_ptr<SessionImpl*>(self_), work = std::move(work)] {
-        const auto session = alive.lock();
+        auto const session = alive.lock();
         if (session && (*session)->state_ != SessionState::kClosed) {
             work();
         }
@@ -201,9 +166,9 @@ void SessionImpl::onEstablished(sip_msg const& message)
     }
 }
 
-void SessionImpl::onInfo(sip_msg const& message)
+void SessionImpl::onInfo(::sip* /*stack*/, sip_msg const& message)
 {
-    const Content content = contentOf(message);
+    Content const content = contentOf(message);
     element_->answer(message, 200, "OK");
     if (isDigitContent(content)) {
         if (char const key = keyOf(content); kDigits.find(key) != std::string_view::npos) {
@@ -221,7 +186,7 @@ void SessionImpl::announceDigit(char key)
     }
 }
 
-void SessionImpl::onRefer(sip_msg const& message)
+void SessionImpl::onRefer(::sip* /*stack*/, sip_msg const& message)
 {
     auto transfer = TransferImpl::read(element_, message, sipsess_dialog(session_.get()), contactUser_);
     if (transfer && observer_) {
@@ -288,7 +253,7 @@ void SessionImpl::onCancelledBeforeAnswer()
 
 void SessionImpl::onInfoAnswered(PendingInfo& pending, int error, sip_msg const* message)
 {
-    const ResponseHandler done = std::move(pending.done);
+    ResponseHandler const done = std::move(pending.done);
     std::erase_if(infos_, [&pending](auto const& info) { return info.get() == &pending; });
     if (!done) {
         return;
@@ -339,7 +304,7 @@ bool SessionImpl::followRedirection()
     dialogId_ = {};
     state_ = SessionState::kCalling;
     if (auto const started = start(); !started) {
-        element_->log(LogLevel::kWarning, started.error().reason);
+        element_->logRefusal(started);
         return false;
     }
     if (observer_) {

@@ -77,8 +77,7 @@ SessionImpl::SessionImpl(std::shared_ptr<Element> element, sip_msg const& invite
     , sdp_(element_->address(), rtp_.localPort(), element_->config().codecs, element_->config().telephoneEvents)
     , modificationGuard_(element_->loop())
 {
-    auto const cancelled = [](void* session) { static_cast<SessionImpl*>(session)->onCancelledBeforeAnswer(); };
-    invite_.emplace(element_, invite, cancelled, this);
+    invite_.emplace(element_, invite, handlerOf<&SessionImpl::onCancelledBeforeAnswer>, this);
     rtp_.onDigit([this](char key) { announceDigit(key); });
 }
 
@@ -113,8 +112,9 @@ Outcome<> SessionImpl::start()
     int const error = sipsess_connect(
         session_.out(), element_->sessionSocket(), route_.target.c_str(), route_.fromNameOrNull(),
         route_.fromUri.c_str(), contactUser_.c_str(), proxies, route_.proxyCount(), kSdpType, description.get(),
-        answerChallenge, credentials_.get(), true, offerHandler, answerHandler, progressHandler, establishedHandler,
-        infoHandler, referHandler, closeHandler, this, "%s", extra.c_str());
+        answerChallenge, credentials_.get(), true, handlerOf<&SessionImpl::onOffer>, handlerOf<&SessionImpl::onAnswer>,
+        handlerOf<&SessionImpl::onProgress>, handlerOf<&SessionImpl::onEstablished>, handlerOf<&SessionImpl::onInfo>,
+        handlerOf<&SessionImpl::onRefer>, handlerOf<&SessionImpl::onClose>, this, "%s", extra.c_str());
     if (!error) {
         dialogId_.callId = sip_dialog_callid(sipsess_dialog(session_.get()));
         element_->tap().add(dialogId_.callId, *this);
@@ -200,10 +200,11 @@ Outcome<> SessionImpl::accept(std::uint16_t status, char const* reason, mbuf* de
 {
     invite_->handOver();
     sip_msg const& invite = invite_->request();
-    int const error = sipsess_accept(session_.out(), element_->sessionSocket(), &invite, status, reason,
-                                     contactUser_.c_str(), kSdpType, description, answerChallenge, nullptr, false,
-                                     offerHandler, answerHandler, establishedHandler, infoHandler, referHandler,
-                                     closeHandler, this, "%s", withCapabilities(headers).c_str());
+    int const error = sipsess_accept(
+        session_.out(), element_->sessionSocket(), &invite, status, reason, contactUser_.c_str(), kSdpType, description,
+        answerChallenge, nullptr, false, handlerOf<&SessionImpl::onOffer>, handlerOf<&SessionImpl::onAnswer>,
+        handlerOf<&SessionImpl::onEstablished>, handlerOf<&SessionImpl::onInfo>, handlerOf<&SessionImpl::onRefer>,
+        handlerOf<&SessionImpl::onClose>, this, "%s", withCapabilities(headers).c_str());
     if (error) {
         element_->answer(invite, 500, "Server Internal Error");
     }
@@ -400,9 +401,7 @@ void SessionImpl::finishModification(bool accepted, int status, std::string cons
     if (!queuedModifications_.empty()) {
         Direction const next = queuedModifications_.front();
         queuedModifications_.pop_front();
-        if (auto const sending = sendModification(next); !sending) {
-            element_->log(LogLevel::kWarning, sending.error().reason);
-        }
+        element_->logRefusal(sendModification(next));
     }
     if (observer_) {
         observer_->onModified(*this, accepted, status, reason);
@@ -495,9 +494,7 @@ void SessionImpl::sendNextDigitByInfo()
         std::string("Signal=") + digit.key + "\r\nDuration=" + std::to_string(digit.duration.count()) + "\r\n";
     auto const sending = sendInfo({"application/dtmf-relay", body}, [this](Response const&) { sendNextDigitByInfo(); });
     digitUnderWay_ = sending.has_value();
-    if (!sending) {
-        element_->log(LogLevel::kWarning, sending.error().reason);
-    }
+    element_->logRefusal(sending);
 }
 
 Outcome<> SessionImpl::transfer(std::string const& target, std::optional<Replaces> const& replaces)

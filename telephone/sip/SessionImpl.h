@@ -94,23 +94,14 @@ private:
     int onOffer(mbuf** description, sip_msg const& message);
     int onAnswer(sip_msg const& message);
     void onEstablished(sip_msg const& message);
-    void onInfo(sip_msg const& message);
-    void onRefer(sip_msg const& message);
+    void onInfo(::sip* stack, sip_msg const& message);
+    void onRefer(::sip* stack, sip_msg const& message);
     void onClose(int error, sip_msg const* message);
     Closing closingOf(int error, sip_msg const* message) const;
     void onInfoAnswered(PendingInfo& pending, int error, sip_msg const* message);
     void onCancelledBeforeAnswer();
     void announceRemoteChange();
     void announceDigit(char key);
-
-    // The stack's handlers, with the session as argument.
-    static void progressHandler(sip_msg const* message, void* session);
-    static int offerHandler(mbuf** description, sip_msg const* message, void* session);
-    static int answerHandler(sip_msg const* message, void* session);
-    static void establishedHandler(sip_msg const* message, void* session);
-    static void infoHandler(::sip*, sip_msg const* message, void* session);
-    static void referHandler(::sip*, sip_msg const* message, void* session);
-    static void closeHandler(int error, sip_msg const* message, void* session);
 
     std::shared_ptr<Element> element_;
     std::shared_ptr<void const> token_{element_->sessionToken()};

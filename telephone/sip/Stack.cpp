@@ -57,7 +57,7 @@ struct Credentials
 
 std::string remainingText(mbuf const* buffer)
 {
-    const std::size_t left = mbuf_get_left(buffer);
+    std::size_t const left = mbuf_get_left(buffer);
     return left ? std::string(reinterpret_cast<char const*>(mbuf_buf(buffer)), left) : std::string();
 }
 
@@ -81,7 +81,7 @@ std::string addressText(sa const& address)
     if (sa_ntop(&address, host.data(), static_cast<int>(host.size())) != 0) {
         return {};
     }
-    const std::string port = ":" + std::to_string(sa_port(&address));
+    std::string const port = ":" + std::to_string(sa_port(&address));
     return sa_af(&address) == AF_INET6 ? "[" + std::string(host.data()) + "]" + port : host.data() + port;
 }
 
@@ -157,7 +157,7 @@ std::string replyTail(Headers const& headers, Content const& content)
     if (!content.type.empty()) {
         tail += Headers{{"Content-Type", content.type}}.format();
     }
-    const std::string body = content.type.empty() ? std::string() : content.body;
+    std::string const body = content.type.empty() ? std::string() : content.body;
     return tail + "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
 }
 

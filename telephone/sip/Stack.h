@@ -48,6 +48,33 @@ private:
     T* object_ = nullptr;
 };
 
+// handlerOf<&Class::method> is a handler of the stack, whose last argument is the object. Where the handler takes a
+// pointer, the method may take a reference.
+template <class T>
+struct HandlerArgument
+{
+    using Type = T;
+    static T pass(T value) { return value; }
+};
+template <class T>
+struct HandlerArgument<T&>
+{
+    using Type = T*;
+    static T& pass(T* value) { return *value; }
+};
+template <auto method>
+struct Handler;
+template <class Class, class Result, class... Arguments, Result (Class::*method)(Arguments...)>
+struct Handler<method>
+{
+    static Result call(typename HandlerArgument<Arguments>::Type... arguments, void* object)
+    {
+        return (static_cast<Class*>(object)->*method)(HandlerArgument<Arguments>::pass(arguments)...);
+    }
+};
+template <auto method>
+constexpr auto handlerOf = &Handler<method>::call;
+
 inline std::string text(pl const& slice)
 {
     return slice.p ? std::string(slice.p, slice.l) : std::string();

@@ -16,8 +16,8 @@ public:
     SubscriptionRequest const& request() const override { return request_; }
 
 private:
-    void onNotify(sip_msg const& message);
-    void onClose(int error, sip_msg const* message);
+    void onNotify(::sip* stack, sip_msg const& message);
+    void onClose(int error, sip_msg const* message, sipevent_substate const* state);
 
     std::shared_ptr<Element> element_;
     SubscriptionRequest request_;

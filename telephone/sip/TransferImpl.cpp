@@ -92,12 +92,10 @@ void TransferImpl::notify(int status, std::string const& reason)
         return;
     }
     active_ = status < 200;
-    auto const result = sent(sipevent_notifyf(notifier_.get(), nullptr, active_ ? SIPEVENT_ACTIVE : SIPEVENT_TERMINATED,
-                                              SIPEVENT_NORESOURCE, 0, "SIP/2.0 %d %s\r\n", status, reason.c_str()),
-                             "NOTIFY of the transfer to " + target_);
-    if (!result) {
-        element_->log(LogLevel::kWarning, result.error().reason);
-    }
+    element_->logRefusal(
+        sent(sipevent_notifyf(notifier_.get(), nullptr, active_ ? SIPEVENT_ACTIVE : SIPEVENT_TERMINATED,
+                              SIPEVENT_NORESOURCE, 0, "SIP/2.0 %d %s\r\n", status, reason.c_str()),
+             "NOTIFY of the transfer to " + target_));
 }
 
 }  // namespace telephone::sip

@@ -68,7 +68,7 @@ protected:
     static std::string firstLine(std::string const& message) { return message.substr(0, message.find("\r\n")); }
     void expectAlive()
     {
-        TestPhone phone(loop);
+        SipPeer phone(loop);
         phone.call(at("100"));
         EXPECT_TRUE(phone.waitFor("established")) << phone.events();
     }
@@ -188,7 +188,7 @@ TEST_F(Robustness, AnswerThatIsNeverAcknowledged_DoesNotKeepThePortBound)
 
 TEST_F(Robustness, ReferOutsideACall_IsOffered)
 {
-    TestPhone phone(loop);
+    SipPeer phone(loop);
     RawPeer other(SOCK_DGRAM, phone.agent->udpPort());
 
     other.send(request("REFER", "4711", "Refer-To: <sip:100@127.0.0.1>\r\n"));

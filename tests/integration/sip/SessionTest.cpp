@@ -23,8 +23,8 @@ protected:
         return call;
     }
 
-    TestPhone first{loop, "4711"};
-    TestPhone second{loop, "4712"};
+    SipPeer first{loop, "4711"};
+    SipPeer second{loop, "4712"};
 };
 
 TEST_F(Sessions, EstablishedCall_HasTheSameDialogAtBothEnds)
@@ -67,7 +67,7 @@ TEST_F(Sessions, Invitation_TellsWhoCallsAndHow)
 
 TEST_F(Sessions, EarlyMedia_IsHeardBeforeTheAnswer)
 {
-    second.whenCalled = [](TestPhone&, sip::Session& session) { EXPECT_TRUE(session.progress()); };
+    second.whenCalled = [](SipPeer&, sip::Session& session) { EXPECT_TRUE(session.progress()); };
     FrameCounter heard;
 
     sip::Session& call = first.call(toSecond());
@@ -82,7 +82,7 @@ TEST_F(Sessions, EarlyMedia_IsHeardBeforeTheAnswer)
 
 TEST_F(Sessions, CancelledCall_IsToldToTheCalledParty)
 {
-    second.whenCalled = [](TestPhone&, sip::Session& session) { EXPECT_TRUE(session.ring()); };
+    second.whenCalled = [](SipPeer&, sip::Session& session) { EXPECT_TRUE(session.ring()); };
     sip::Session& call = first.call(toSecond());
     ASSERT_TRUE(first.waitFor("progress 180"));
 
@@ -93,7 +93,7 @@ TEST_F(Sessions, CancelledCall_IsToldToTheCalledParty)
 
 TEST_F(Sessions, CallCancelledBeforeAnyDecision_IsToldToTheCalledParty)
 {
-    second.whenCalled = [](TestPhone&, sip::Session&) {};
+    second.whenCalled = [](SipPeer&, sip::Session&) {};
     sip::Session& call = first.call(toSecond());
     ASSERT_TRUE(second.waitFor("called"));
 
@@ -104,7 +104,7 @@ TEST_F(Sessions, CallCancelledBeforeAnyDecision_IsToldToTheCalledParty)
 
 TEST_F(Sessions, Refusal_CarriesItsHeaders)
 {
-    second.whenCalled = [](TestPhone&, sip::Session& session) {
+    second.whenCalled = [](SipPeer&, sip::Session& session) {
         EXPECT_TRUE(session.ring());
         session.reject(480, "Not now", {{"Retry-After", "120"}});
     };
@@ -118,7 +118,7 @@ TEST_F(Sessions, Refusal_CarriesItsHeaders)
 
 TEST_F(Sessions, CallThatNobodyKeeps_IsTemporarilyUnavailable)
 {
-    second.whenCalled = [](TestPhone& phone, sip::Session&) { phone.dropSession(0); };
+    second.whenCalled = [](SipPeer& phone, sip::Session&) { phone.dropSession(0); };
 
     first.call(toSecond());
 
@@ -134,8 +134,8 @@ TEST_F(Sessions, UnknownUser_IsNotFound)
 
 TEST_F(Sessions, Deflection_IsFollowedAndCarriesItsReason)
 {
-    TestPhone third(loop, "4713");
-    second.whenCalled = [&third](TestPhone&, sip::Session& session) {
+    SipPeer third(loop, "4713");
+    second.whenCalled = [&third](SipPeer&, sip::Session& session) {
         EXPECT_TRUE(session.redirect("sip:4713@" + third.agent->hostPort(), "user-busy"));
     };
 
@@ -154,8 +154,8 @@ TEST_F(Sessions, Deflection_IsFollowedAndCarriesItsReason)
 
 TEST_F(Sessions, DeflectionAfterRinging_IsFollowedToo)
 {
-    TestPhone third(loop, "4713");
-    second.whenCalled = [&third](TestPhone&, sip::Session& session) {
+    SipPeer third(loop, "4713");
+    second.whenCalled = [&third](SipPeer&, sip::Session& session) {
         EXPECT_TRUE(session.ring());
         EXPECT_TRUE(session.redirect("sip:4713@" + third.agent->hostPort(), "no-answer"));
     };
@@ -170,7 +170,7 @@ TEST_F(Sessions, DeflectionAfterRinging_IsFollowedToo)
 
 TEST_F(Sessions, DeflectionInACircle_EndsWithTheRedirection)
 {
-    second.whenCalled = [this](TestPhone&, sip::Session& session) {
+    second.whenCalled = [this](SipPeer&, sip::Session& session) {
         EXPECT_TRUE(session.redirect(toSecond(), "unconditional"));
     };
 
@@ -181,7 +181,7 @@ TEST_F(Sessions, DeflectionInACircle_EndsWithTheRedirection)
 
 TEST_F(Sessions, DeflectionToNowhere_FailsWithTheRedirection)
 {
-    second.whenCalled = [](TestPhone&, sip::Session& session) {
+    second.whenCalled = [](SipPeer&, sip::Session& session) {
         EXPECT_TRUE(session.redirect("sip:1@host.invalid", "user-busy"));
     };
 
@@ -293,8 +293,8 @@ TEST_F(SipTest, DigitsForAFarEndWithoutTelephoneEvents_GoByInfo)
 {
     sip::UserAgentConfig plain;
     plain.telephoneEvents = false;
-    TestPhone first(loop);
-    TestPhone second(loop, "4712", plain);
+    SipPeer first(loop);
+    SipPeer second(loop, "4712", plain);
     sip::Session& call = first.call("sip:4712@" + second.agent->hostPort());
     ASSERT_TRUE(first.waitFor("established"));
     ASSERT_TRUE(second.waitFor("established"));
@@ -312,8 +312,8 @@ TEST_F(SipTest, NoCodecInCommon_IsNotAcceptable)
     uLaw.codecs = {"PCMU"};
     sip::UserAgentConfig aLaw;
     aLaw.codecs = {"PCMA"};
-    TestPhone first(loop, "4711", uLaw);
-    TestPhone second(loop, "4712", aLaw);
+    SipPeer first(loop, "4711", uLaw);
+    SipPeer second(loop, "4712", aLaw);
 
     first.call("sip:4712@" + second.agent->hostPort());
 
@@ -335,7 +335,7 @@ TEST_F(Sessions, InfoWithAnyContent_ArrivesAndIsAnswered)
 
 TEST_F(Sessions, SessionDestroyedInItsOwnCallback_IsFine)
 {
-    second.whenCalled = [](TestPhone& phone, sip::Session& session) {
+    second.whenCalled = [](SipPeer& phone, sip::Session& session) {
         EXPECT_TRUE(session.answer());
         phone.loop.post([&phone] { phone.dropSession(0); });
     };
@@ -348,7 +348,7 @@ TEST_F(Sessions, SessionDestroyedInItsOwnCallback_IsFine)
 
 TEST_F(Sessions, OperationsThatDoNotFitTheState_ChangeNothing)
 {
-    second.whenCalled = [](TestPhone&, sip::Session& session) { EXPECT_TRUE(session.ring()); };
+    second.whenCalled = [](SipPeer&, sip::Session& session) { EXPECT_TRUE(session.ring()); };
     sip::Session& call = first.call(toSecond());
     ASSERT_TRUE(first.waitFor("progress 180"));
 

@@ -65,8 +65,9 @@ TEST_F(RegistrarTest, RequestWithoutCredentials_IsChallenged)
 TEST_F(RegistrarTest, WrongResponse_IsForbidden)
 {
     Registrar registrar = makeRegistrar();
-    FakeRegister request("4711", {{"Authorization", "Digest username=\"4711\", realm=\"exchange\", nonce=\"1.2\", "
-                                                    "uri=\"sip:127.0.0.1\", response=\"0123456789abcdef0123456789abcdef\""}});
+    FakeRegister request("4711",
+                         {{"Authorization", "Digest username=\"4711\", realm=\"exchange\", nonce=\"1.2\", "
+                                            "uri=\"sip:127.0.0.1\", response=\"0123456789abcdef0123456789abcdef\""}});
 
     registrar.handle(request);
 

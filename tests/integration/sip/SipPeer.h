@@ -1,4 +1,4 @@
-// A bare user agent for the tests: it keeps what happens to it as short texts, in order, and lets a test wait for one.
+// A user agent that records its events as short texts, in order, and lets a test wait for them.
 #pragma once
 
 #include <chrono>
@@ -18,21 +18,21 @@ using namespace std::chrono_literals;
 
 constexpr std::chrono::seconds kDeadline{10};
 
-class TestPhone final : public sip::UserAgentObserver,
-                        public sip::SessionObserver,
-                        public sip::RegistrationObserver,
-                        public sip::SubscriptionObserver
+class SipPeer final : public sip::UserAgentObserver,
+                      public sip::SessionObserver,
+                      public sip::RegistrationObserver,
+                      public sip::SubscriptionObserver
 {
 public:
-    explicit TestPhone(sip::EventLoop& loop, std::string number = "4711", sip::UserAgentConfig config = {});
-    ~TestPhone() override;
+    explicit SipPeer(sip::EventLoop& loop, std::string number = "4711", sip::UserAgentConfig config = {});
+    ~SipPeer() override;
 
-    // "progress 180", "established", "held", "closed rejected 486" ... True when it happens within the deadline; each
-    // event is used up by the wait that finds it.
+    // Whether the event ("progress 180", "established", "held", "closed rejected 486" ...) occurs within the deadline.
+    // It is removed from the record.
     bool waitFor(std::string const& event, std::chrono::milliseconds within = kDeadline);
-    // The same for any condition, looked at whenever something happens and every few milliseconds.
+    // The same for any condition, checked after each event and every few milliseconds.
     bool waitUntil(std::function<bool()> const& condition, std::chrono::milliseconds within = kDeadline);
-    // All that happened and was not waited for, for messages of failed tests.
+    // The recorded events, for messages of failed tests.
     std::string events() const;
 
     sip::Session& call(std::string const& target, std::function<void(sip::CallRequest&)> const& change = {});
@@ -54,8 +54,8 @@ public:
     sip::Closing lastClosing;
     sip::Content lastInfo;
     sip::Invitation lastInvitation;
-    // What an incoming call meets; by default it rings and is answered.
-    std::function<void(TestPhone&, sip::Session&)> whenCalled;
+    // Handles an incoming call; by default it rings and is answered.
+    std::function<void(SipPeer&, sip::Session&)> whenCalled;
 
 private:
     void note(std::string event);

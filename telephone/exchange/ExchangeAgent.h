@@ -1,4 +1,4 @@
-// The account with which one of the exchange's own numbers sends its requests.
+// The exchange's use of its user agent: the accounts of its own numbers, and the log.
 #pragma once
 
 #include <string>
@@ -14,6 +14,13 @@ inline sip::Account accountOf(sip::UserAgent const& agent, std::string const& nu
     account.user = number;
     account.domain = agent.hostPort();
     return account;
+}
+
+inline void logRefusal(sip::UserAgent const& agent, std::string const& subject, Outcome<> const& result)
+{
+    if (!result) {
+        agent.log(sip::LogLevel::kWarning, subject + ": " + result.error().reason);
+    }
 }
 
 }  // namespace telephone::exchange

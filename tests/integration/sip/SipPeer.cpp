@@ -1,6 +1,8 @@
-#include "TestPhone.h"
+#include "SipPeer.h"
 
 #include <algorithm>
+
+#include <gtest/gtest.h>
 
 namespace telephone::test {
 
@@ -25,20 +27,20 @@ char const* nameOf(sip::CloseCause cause)
 
 }  // namespace
 
-TestPhone::TestPhone(sip::EventLoop& eventLoop, std::string number, sip::UserAgentConfig config)
+SipPeer::SipPeer(sip::EventLoop& eventLoop, std::string number, sip::UserAgentConfig config)
     : loop(eventLoop)
 {
     const std::lock_guard guard(loop);  // requests come as soon as there is an agent
     agent = std::make_unique<sip::UserAgent>(eventLoop, std::move(config), *this);
     account.user = std::move(number);
     account.domain = agent->hostPort();
-    whenCalled = [](TestPhone&, sip::Session& session) {
+    whenCalled = [](SipPeer&, sip::Session& session) {
         EXPECT_TRUE(session.ring());
         EXPECT_TRUE(session.answer());
     };
 }
 
-TestPhone::~TestPhone()
+SipPeer::~SipPeer()
 {
     {
         std::lock_guard guard(loop);
@@ -51,13 +53,13 @@ TestPhone::~TestPhone()
     agent.reset();
 }
 
-void TestPhone::note(std::string event)
+void SipPeer::note(std::string event)
 {
     events_.push_back(std::move(event));
     happened_.notify_all();
 }
 
-bool TestPhone::takeEvent(std::string const& event)
+bool SipPeer::takeEvent(std::string const& event)
 {
     auto const found = std::find(events_.begin(), events_.end(), event);
     if (found == events_.end()) {
@@ -67,12 +69,12 @@ bool TestPhone::takeEvent(std::string const& event)
     return true;
 }
 
-bool TestPhone::waitFor(std::string const& event, std::chrono::milliseconds within)
+bool SipPeer::waitFor(std::string const& event, std::chrono::milliseconds within)
 {
     return waitUntil([this, &event] { return takeEvent(event); }, within);
 }
 
-bool TestPhone::waitUntil(std::function<bool()> const& condition, std::chrono::milliseconds within)
+bool SipPeer::waitUntil(std::function<bool()> const& condition, std::chrono::milliseconds within)
 {
     auto const deadline = std::chrono::steady_clock::now() + within;
     std::unique_lock lock(loop);
@@ -86,7 +88,7 @@ bool TestPhone::waitUntil(std::function<bool()> const& condition, std::chrono::m
     return true;
 }
 
-std::string TestPhone::events() const
+std::string SipPeer::events() const
 {
     std::lock_guard guard(loop);
     std::string all;
@@ -96,7 +98,7 @@ std::string TestPhone::events() const
     return all;
 }
 
-sip::Session& TestPhone::call(std::string const& target, std::function<void(sip::CallRequest&)> const& change)
+sip::Session& SipPeer::call(std::string const& target, std::function<void(sip::CallRequest&)> const& change)
 {
     sip::CallRequest request;
     request.account = account;
@@ -113,14 +115,14 @@ sip::Session& TestPhone::call(std::string const& target, std::function<void(sip:
     return *sessions_.back();
 }
 
-void TestPhone::dropSession(std::size_t index)
+void SipPeer::dropSession(std::size_t index)
 {
     std::lock_guard guard(loop);
     sessions_.at(index).reset();
 }
 
-void TestPhone::registerAt(std::string const& domain, std::string const& password,
-                           std::function<void(sip::Account&)> const& change)
+void SipPeer::registerAt(std::string const& domain, std::string const& password,
+                         std::function<void(sip::Account&)> const& change)
 {
     account.domain = domain;
     account.password = password;
@@ -130,7 +132,7 @@ void TestPhone::registerAt(std::string const& domain, std::string const& passwor
     registration = agent->registerAccount(account, *this);
 }
 
-void TestPhone::subscribe(std::string const& target, std::string const& event, std::string const& accept)
+void SipPeer::subscribe(std::string const& target, std::string const& event, std::string const& accept)
 {
     sip::SubscriptionRequest request;
     request.target = target;
@@ -139,7 +141,7 @@ void TestPhone::subscribe(std::string const& target, std::string const& event, s
     subscription = agent->subscribe(account, request, *this).value();
 }
 
-void TestPhone::onIncomingCall(std::unique_ptr<sip::Session> session)
+void SipPeer::onIncomingCall(std::unique_ptr<sip::Session> session)
 {
     session->setObserver(this);
     lastInvitation = session->invitation();
@@ -148,19 +150,19 @@ void TestPhone::onIncomingCall(std::unique_ptr<sip::Session> session)
     whenCalled(*this, *sessions_.back());
 }
 
-void TestPhone::onSubscribe(std::unique_ptr<sip::Notifier> notifier)
+void SipPeer::onSubscribe(std::unique_ptr<sip::Notifier> notifier)
 {
     notifiers.push_back(std::move(notifier));
     note("subscribe");
 }
 
-void TestPhone::onUnsolicitedNotify(sip::NameAddr const&, sip::NameAddr const&, sip::Notification const& notification)
+void SipPeer::onUnsolicitedNotify(sip::NameAddr const&, sip::NameAddr const&, sip::Notification const& notification)
 {
     notifications.push_back(notification);
     note("unsolicited " + notification.event);
 }
 
-void TestPhone::onRequest(std::unique_ptr<sip::IncomingRequest>& request)
+void SipPeer::onRequest(std::unique_ptr<sip::IncomingRequest>& request)
 {
     if (request->method() != "INFO") {
         return;
@@ -171,88 +173,88 @@ void TestPhone::onRequest(std::unique_ptr<sip::IncomingRequest>& request)
     note("request INFO");
 }
 
-void TestPhone::onProgress(sip::Session&, sip::Response const& response, bool earlyMedia)
+void SipPeer::onProgress(sip::Session&, sip::Response const& response, bool earlyMedia)
 {
     note("progress " + std::to_string(response.status) + (earlyMedia ? " early" : ""));
 }
 
-void TestPhone::onRedirected(sip::Session&, std::string const& contact, sip::Response const&)
+void SipPeer::onRedirected(sip::Session&, std::string const& contact, sip::Response const&)
 {
     note("redirected " + contact);
 }
 
-void TestPhone::onEstablished(sip::Session&)
+void SipPeer::onEstablished(sip::Session&)
 {
     note("established");
 }
 
-void TestPhone::onRemoteHold(sip::Session&, bool held, sip::Direction)
+void SipPeer::onRemoteHold(sip::Session&, bool held, sip::Direction)
 {
     note(held ? "held" : "resumed");
 }
 
-void TestPhone::onModified(sip::Session&, bool accepted, int status, std::string const&)
+void SipPeer::onModified(sip::Session&, bool accepted, int status, std::string const&)
 {
     note((accepted ? "modified " : "refused ") + std::to_string(status));
 }
 
-void TestPhone::onInfo(sip::Session&, sip::Content const& content)
+void SipPeer::onInfo(sip::Session&, sip::Content const& content)
 {
     lastInfo = content;
     note("info");
 }
 
-void TestPhone::onDigit(sip::Session&, char digit)
+void SipPeer::onDigit(sip::Session&, char digit)
 {
     note(std::string("digit ") + digit);
 }
 
-void TestPhone::onTransferRequested(std::unique_ptr<sip::Transfer> transfer)
+void SipPeer::onTransferRequested(std::unique_ptr<sip::Transfer> transfer)
 {
     transfers.push_back(std::move(transfer));
     note("transfer outside a call");
 }
 
-void TestPhone::onTransferRequested(sip::Session&, std::unique_ptr<sip::Transfer> transfer)
+void SipPeer::onTransferRequested(sip::Session&, std::unique_ptr<sip::Transfer> transfer)
 {
     transfers.push_back(std::move(transfer));
     note("transfer");
 }
 
-void TestPhone::onTransferProgress(sip::Session&, int status, std::string const&, bool ended)
+void SipPeer::onTransferProgress(sip::Session&, int status, std::string const&, bool ended)
 {
     note("transfer " + std::to_string(status) + (ended ? " ended" : ""));
 }
 
-void TestPhone::onClosed(sip::Session&, sip::Closing const& closing)
+void SipPeer::onClosed(sip::Session&, sip::Closing const& closing)
 {
     lastClosing = closing;
     const std::string status = closing.status ? " " + std::to_string(closing.status) : "";
     note(std::string("closed ") + nameOf(closing.cause) + status);
 }
 
-void TestPhone::onRegistered(sip::Registration&, unsigned expires)
+void SipPeer::onRegistered(sip::Registration&, unsigned expires)
 {
     note("registered " + std::to_string(expires));
 }
 
-void TestPhone::onRegistrationFailed(sip::Registration&, int status, std::string const&)
+void SipPeer::onRegistrationFailed(sip::Registration&, int status, std::string const&)
 {
     note("unregistered " + std::to_string(status));
 }
 
-void TestPhone::onUnregistered(sip::Registration&)
+void SipPeer::onUnregistered(sip::Registration&)
 {
     note("unregistered");
 }
 
-void TestPhone::onNotify(sip::Subscription&, sip::Notification const& notification)
+void SipPeer::onNotify(sip::Subscription&, sip::Notification const& notification)
 {
     notifications.push_back(notification);
     note("notify " + notification.event);
 }
 
-void TestPhone::onTerminated(sip::Subscription&, int status, std::string const& reason)
+void SipPeer::onTerminated(sip::Subscription&, int status, std::string const& reason)
 {
     note("terminated " + std::to_string(status) + (reason.empty() ? "" : " " + reason));
 }

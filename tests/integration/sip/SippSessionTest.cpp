@@ -113,7 +113,7 @@ TEST_F(SippPeer, HundredCallsToItsServer_NoneFails)
 {
     Sipp sipp({"-sn", "uas", "-m", "100"});
     ASSERT_TRUE(sipp.isStarted());
-    TestPhone phone(loop);
+    SipPeer phone(loop);
     ASSERT_TRUE(phone.waitUntil([&sipp] { return sipp.isListening(); }));
 
     for (int i = 0; i < 100; ++i) {
@@ -128,7 +128,7 @@ TEST_F(SippPeer, HundredCallsToItsServer_NoneFails)
 TEST_F(SippPeer, ServerThatIsKilledInTheCall_IsNoticedByTheNextReInvite)
 {
     auto sipp = std::make_unique<Sipp>(std::vector<std::string>{"-sn", "uas"});
-    TestPhone phone(loop);
+    SipPeer phone(loop);
     ASSERT_TRUE(phone.waitUntil([&sipp] { return sipp->isListening(); }));
     sip::Session& call = phone.call("sip:service@127.0.0.1:" + std::to_string(sipp->port));
     ASSERT_TRUE(phone.waitFor("established")) << phone.events();
