@@ -24,14 +24,17 @@ public:
         request.account.domain = agent_.hostPort();
         request.target = target;
         request.headers = headers;
-        session_ = agent_.call(request, *this);
-        return session_ != nullptr;
+        auto session = agent_.call(request, *this);
+        if (session) {
+            session_ = std::move(*session);
+        }
+        return session.has_value();
     }
 
     bool info(sip::Content const& content)
     {
         const std::lock_guard guard(eventLoop());
-        return session_->sendInfo(content);
+        return session_->sendInfo(content).has_value();
     }
 
     std::string digits() const
@@ -86,7 +89,7 @@ TEST_F(Invitation, DivertedCall_NamesWhoDivertedItAndWhy)
     ASSERT_TRUE(peer_.call(phone_.uri(), {{"Diversion", "<sip:4799@example.org>;reason=user-busy"}}));
 
     phone_.expect({"incoming 4711 1001 9000 Nina Nine 2 4799 2", "state 4711 1001 Ringing Normal 9000"});
-    phone_.engine().incoming().reject(1001, sfiRefuseCallDecline);
+    EXPECT_TRUE(phone_.engine().incoming().reject(1001, sfiRefuseCallDecline));
 }
 
 TEST_F(Invitation, AlertInformationAndPriority_AreTold)
