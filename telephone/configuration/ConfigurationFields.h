@@ -63,7 +63,7 @@ inline constexpr auto kLine = std::to_array<ConfigurationField<LineConfiguration
 
 inline constexpr auto kKey = std::to_array<ConfigurationField<KeyConfiguration>>({
     {"number",              &KeyConfiguration::number,              "key number; required", {}, 1, 1000},
-    {"function",            &KeyConfiguration::function,            "what it does; required", "line|dss|blf|forwarding|dnd|hold|mute|headset|messages|toggle|release|preview|ignore|transfer"},
+    {"function",            &KeyConfiguration::function,            "its function; required", "line|dss|blf|forwarding|dnd|hold|mute|headset|messages|toggle|release|preview|ignore|transfer"},
     {"target",              &KeyConfiguration::target,              "line id, or the number of a dss, blf or toggle key"},
     {"label",               &KeyConfiguration::label,               "its label"},
     {"monitor-only",        &KeyConfiguration::monitorOnly,         "a dss key that shows the line's state and does nothing when pressed"},

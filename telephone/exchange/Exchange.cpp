@@ -19,7 +19,6 @@ sip::UserAgentConfig agentConfig(ExchangeConfig const& config)
     own.address = config.address;
     own.udpPort = config.port;
     own.name = "exchange";
-    own.traceMessages = config.traceMessages;
     if (config.log) {
         own.log = [log = config.log](sip::LogLevel level, std::string const& line) { log(level, "exchange: " + line); };
     }

@@ -27,7 +27,6 @@ struct ExchangeConfig
     std::uint32_t longestExpires = 3600;                // upper limit of a registration, in seconds
     std::chrono::seconds nonceLifetime{300};
     sip::Logger log;
-    bool traceMessages = false;
 };
 
 }  // namespace telephone::exchange

@@ -7,7 +7,6 @@
 #include "platform/management/MgmtAgentIfc.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
-#include "telephone/management/ForwardingKeys.h"
 #include "telephone/management/SettingCheck.h"
 
 namespace telephone {
@@ -46,11 +45,8 @@ void LocalManagement::init(Context& /*context*/) {}
 void LocalManagement::shutdown()
 {
     endListening(nullptr);
-    std::unique_lock guard(mutex_);
+    std::lock_guard const guard(mutex_);
     agent_ = nullptr;
-    auto const lampListener = std::exchange(lampListener_, 0);
-    guard.unlock();
-    settings_.endListening(lampListener);
 }
 
 int LocalManagement::setManageableData(ManageableData& data)
@@ -138,26 +134,6 @@ void LocalManagement::endListening(MgmtAgentIfc const* agent)
     for (auto const& registration : ended) {
         settings_.endListening(registration.listener);
     }
-}
-
-void LocalManagement::setForwardingLamps(ForwardingLamps lamps)
-{
-    std::lock_guard const guard(mutex_);
-    lamps_ = std::move(lamps);
-}
-
-void LocalManagement::showForwarding()
-{
-    std::unique_lock guard(mutex_);
-    auto const lamps = lamps_;
-    if (!lamps) {
-        return;
-    }
-    if (lampListener_ == 0) {
-        lampListener_ = settings_.listenToTag(SettingTags::kForwarding, [this](auto const&) { showForwarding(); });
-    }
-    guard.unlock();
-    lamps(isForwarding(settings_));
 }
 
 }  // namespace telephone

@@ -4,7 +4,6 @@
 // Any thread may call. The thread that set a value notifies the agents, with no lock held.
 #pragma once
 
-#include <functional>
 #include <mutex>
 #include <vector>
 
@@ -17,9 +16,6 @@ namespace telephone {
 class LocalManagement : public Executable, public LocalMgmtIfc
 {
 public:
-    // Shows whether calls are forwarded.
-    using ForwardingLamps = std::function<void(bool forwarding)>;
-
     explicit LocalManagement(Settings& settings);
     ~LocalManagement() override;
 
@@ -42,10 +38,6 @@ public:
     // The agent is going away: it receives nothing more.
     void forgetAgent(MgmtAgentIfc* agent);
 
-    // The lamps follow the forwarding settings after the first call of `showForwarding`.
-    void setForwardingLamps(ForwardingLamps lamps);
-    void showForwarding();
-
     Settings& settings() { return settings_; }
 
 private:
@@ -62,8 +54,6 @@ private:
     std::mutex mutex_;
     std::vector<Registration> registrations_;
     MgmtAgentIfc* agent_ = nullptr;
-    ForwardingLamps lamps_;
-    Settings::ListenerId lampListener_ = 0;
 };
 
 }  // namespace telephone

@@ -64,12 +64,8 @@ void SIPConfigManager::initialise(bool apply)
     }
 }
 
-void SIPConfigManager::switchOnLampsForForwarding()
-{
-    if (state_->management != nullptr) {
-        state_->management->showForwarding();
-    }
-}
+// Nothing to do: the forwarding lamp follows the settings from the start.
+void SIPConfigManager::switchOnLampsForForwarding() {}
 
 void SIPConfigManager::checkDhcpProxyAddr()
 {

@@ -5,7 +5,6 @@
 #include <initializer_list>
 #include <mutex>
 #include <shared_mutex>
-#include <stdexcept>
 
 #include "platform/management/DxlCollection.h"
 #include "platform/management/ManageableData.h"
@@ -63,15 +62,6 @@ Values usable(Values values)
     return values;
 }
 
-Values firstLoad(ConfigurationStore& store)
-{
-    auto loaded = store.load();
-    if (!loaded) {
-        throw std::runtime_error(loaded.error().reason);
-    }
-    return usable(*std::move(loaded));
-}
-
 }  // namespace
 
 class Settings::State
@@ -80,7 +70,7 @@ public:
     State(std::unique_ptr<ConfigurationStore> store, Configuration const& configuration)
         : store_(std::move(store))
         , standards_(standardsOf(configuration))
-        , stored_(firstLoad(*store_))
+        , stored_(usable(valueOrThrow(store_->load())))
     {}
 
     std::string text(std::string_view key) const

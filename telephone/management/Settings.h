@@ -60,7 +60,7 @@ public:
     // Returns every user setting to its standard value; administrator settings stay.
     [[nodiscard]] Outcome<> resetUserSettings();
 
-    // What CSfi::ApplyManageableData does with its data: sets all items or none. `changed`: the items come from the
+    // Implements CSfi::ApplyManageableData: sets all items or none. `changed`: the items come from the
     // store and are in force already. 0: refused; the refusal is reported.
     int apply(ManageableData& data, bool changed);
 

@@ -85,7 +85,7 @@ void Element::onTrace(bool sent, sip_transp /*transport*/, sa const& from, sa co
                       std::size_t size)
 {
     std::string_view const packet(reinterpret_cast<char const*>(data), size);
-    if (config_.traceMessages) {
+    if (config_.traceMessages && config_.traceMessages()) {
         log(LogLevel::kDebug,
             (sent ? "sent to " + addressText(to) : "received from " + addressText(from)) + "\n" + std::string(packet));
     }

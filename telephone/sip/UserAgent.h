@@ -42,7 +42,7 @@ struct UserAgentConfig
     bool telephoneEvents = true;                      // offer RFC 4733
     std::chrono::milliseconds closingTime{500};       // longest wait of the destructor
     Logger log;
-    bool traceMessages = false;  // every message, at kDebug
+    std::function<bool()> traceMessages;  // asked for each message: whether to log it, at kDebug; null: never
 };
 
 // Called on the loop's thread with the lock held.

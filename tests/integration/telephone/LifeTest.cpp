@@ -42,7 +42,7 @@ TEST(Life, SecondTelephoneAtTheSocket_IsRefusedAndTheFirstGoesOn)
 
     EXPECT_EQ(second.status, 1);
     EXPECT_EQ(second.output, "telephone: the application socket " + telephone.socket() +
-                                 " belongs to a telephone that runs: end it, or name another path with --socket\n");
+                                 " belongs to a running telephone: end it, or name another path with --socket\n");
     Application application(telephone.socket());
     EXPECT_EQ(application.request(method("GetServiceState")), "sfiSuccess,sfiServiceInService");
 }

@@ -186,21 +186,6 @@ TEST_F(LocalManagementTest, OfferedDataWithoutAnAgent_IsRefused)
               "no service takes management data: start the service first");
 }
 
-TEST_F(LocalManagementTest, ForwardingLamps_FollowTheSettingsOnceTheyAreSwitchedOn)
-{
-    SIPConfigManager manager(&context, &agent);
-    std::vector<bool> shown;
-    management.setForwardingLamps([&shown](bool on) { shown.push_back(on); });
-    EXPECT_TRUE(settings->set("cfb-activated", "true"));
-    EXPECT_TRUE(shown.empty());
-
-    manager.switchOnLampsForForwarding();
-    EXPECT_TRUE(settings->set("cfb-activated", "false"));
-    EXPECT_TRUE(settings->set("forwarding-alternative", "100"));
-
-    EXPECT_EQ(shown, (std::vector<bool>{true, false, true}));
-}
-
 TEST_F(LocalManagementTest, ManagerAskedForItems_FillsInTheValuesInForce)
 {
     SIPConfigManager manager(&context, &agent);

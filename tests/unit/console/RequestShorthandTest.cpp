@@ -1,8 +1,6 @@
-#include "telephone/console/RequestText.h"
+#include "telephone/console/RequestShorthand.h"
 
 #include <gtest/gtest.h>
-
-#include "telephone/console/CommandError.h"
 
 using namespace telephone;
 
@@ -10,71 +8,68 @@ namespace {
 
 std::string textOf(std::string const& line)
 {
-    return requestText(splitWords(line));
+    return splitWords(line).and_then(requestText).value();
 }
 
 std::string refusalOfRequest(std::string const& line)
 {
-    try {
-        return "accepted: " + textOf(line);
-    } catch (CommandError const& error) {
-        return error.what();
-    }
+    auto const text = splitWords(line).and_then(requestText);
+    return text ? "accepted: " + *text : text.error().reason;
 }
 
 }  // namespace
 
-TEST(RequestText, ShortForm_BecomesElementsInTheOrderWritten)
+TEST(RequestShorthand, ShortForm_BecomesElementsInTheOrderWritten)
 {
     EXPECT_EQ(textOf("HoldCall Line=4711 CallID=1"), "<Method>HoldCall</Method><Line>4711</Line><CallID>1</CallID>");
     EXPECT_EQ(textOf("HoldCall CallID=1 Line=4711"), "<Method>HoldCall</Method><CallID>1</CallID><Line>4711</Line>");
 }
 
-TEST(RequestText, ShortForm_CapitalsOfNamesDoNotMatter)
+TEST(RequestShorthand, ShortForm_CapitalsOfNamesDoNotMatter)
 {
     EXPECT_EQ(textOf("holdcall line=4711 callid=1"), "<Method>HoldCall</Method><Line>4711</Line><CallID>1</CallID>");
 }
 
-TEST(RequestText, ShortForm_WithoutParameters_IsTheMethodAlone)
+TEST(RequestShorthand, ShortForm_WithoutParameters_IsTheMethodAlone)
 {
     EXPECT_EQ(textOf("GetDevices"), "<Method>GetDevices</Method>");
 }
 
-TEST(RequestText, ShortForm_EmptyAndQuotedValues_AreKept)
+TEST(RequestShorthand, ShortForm_EmptyAndQuotedValues_AreKept)
 {
     EXPECT_EQ(textOf("SystemStatus SystemStatus= SystemStatusInfo=\"a b\""),
               "<Method>SystemStatus</Method><SystemStatus></SystemStatus><SystemStatusInfo>a b</SystemStatusInfo>");
 }
 
-TEST(RequestText, ShortForm_BodyFollowsTheElementsAsItStands)
+TEST(RequestShorthand, ShortForm_BodyFollowsTheElementsAsItStands)
 {
     EXPECT_EQ(textOf("SendCSTARequest Body='<a>b</a>' Line=4711"),
               "<Method>SendCSTARequest</Method><Line>4711</Line><a>b</a>");
 }
 
-TEST(RequestText, UnknownRequest_IsRefused)
+TEST(RequestShorthand, UnknownRequest_IsRefused)
 {
-    EXPECT_EQ(refusalOfRequest("HoldTheCall"), "no request HoldTheCall");
+    EXPECT_EQ(refusalOfRequest("HoldTheCall"), "no request HoldTheCall (did you mean HoldCall?)");
 }
 
-TEST(RequestText, UnknownParameter_IsRefusedWithTheNearest)
+TEST(RequestShorthand, UnknownParameter_IsRefusedWithTheNearest)
 {
     EXPECT_EQ(refusalOfRequest("HoldCall Lin=4711"),
               "HoldCall has no parameter Lin (did you mean Line?); it has Line, CallID, HoldCallReason, Manual");
     EXPECT_EQ(refusalOfRequest("GetDevices Line=4711"), "GetDevices has no parameter Line; it has none");
 }
 
-TEST(RequestText, WordThatIsNoParameter_IsRefused)
+TEST(RequestShorthand, WordThatIsNoParameter_IsRefused)
 {
-    EXPECT_EQ(refusalOfRequest("HoldCall 4711"), "\"4711\" is no parameter: write it as Name=value");
+    EXPECT_EQ(refusalOfRequest("HoldCall 4711"), "\"4711\" is not a parameter: write it as Name=value");
 }
 
-TEST(RequestText, ValueWithItsOwnEnd_IsRefused)
+TEST(RequestShorthand, ValueWithItsOwnEnd_IsRefused)
 {
-    EXPECT_EQ(refusalOfRequest("HoldCall Line=a</Line>b"), "the value of Line cannot hold </Line>, which would end it");
+    EXPECT_EQ(refusalOfRequest("HoldCall Line=a</Line>b"), "the value of Line must not contain </Line>");
 }
 
-TEST(RequestText, IsRequestText_ElementsAndSignallingEvents)
+TEST(RequestShorthand, IsRequestText_ElementsAndSignallingEvents)
 {
     EXPECT_TRUE(isRequestText("<Method>GetDevices</Method>"));
     EXPECT_TRUE(isRequestText("SigEvent:abc"));
@@ -83,7 +78,7 @@ TEST(RequestText, IsRequestText_ElementsAndSignallingEvents)
     EXPECT_FALSE(isRequestText("HoldCall"));
 }
 
-TEST(RequestText, ElementValue_OfTheFirstElement)
+TEST(RequestShorthand, ElementValue_OfTheFirstElement)
 {
     EXPECT_EQ(elementValue("<A>1</A><A>2</A>", "A"), "1");
     EXPECT_EQ(elementValue("<A></A>", "A"), "");
