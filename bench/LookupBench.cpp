@@ -9,6 +9,7 @@
 #include "telephone/management/ConfigurationStore.h"
 #include "telephone/management/Settings.h"
 #include "telephone/physical/KeyLayout.h"
+#include "tests/unit/lines/FakeCalls.h"
 
 namespace {
 
@@ -46,7 +47,10 @@ struct Telephone
 
     Configuration const configuration;
     Settings settings{ConfigurationStore::open({}).value(), configuration};
-    Lines lines{configuration, settings};
+    FakeCalls calls;
+    TimerService timers;
+    LineTable table{configuration};
+    Lines lines{table, configuration, settings, calls, timers};
 };
 
 void lineById(benchmark::State& state)

@@ -56,9 +56,9 @@ TelephoneControls::Rows PhoneControls::lines()
     std::lock_guard const lock(engine_);
     Rows rows;
     for (TelephoneLine const* const line : lines_.lines()) {
-        rows.push_back(rowOf(*line, engine_.isRegistered(line->place().lineNumber)));
+        rows.push_back(rowOf(*line, engine_.registrations().isRegistered(line->place().lineNumber)));
         for (TelephoneLine const* const appearance : line->appearances()) {
-            rows.push_back("  " + rowOf(*appearance, engine_.isRegistered(line->place().lineNumber)));
+            rows.push_back("  " + rowOf(*appearance, engine_.registrations().isRegistered(line->place().lineNumber)));
         }
     }
     return rows;

@@ -20,12 +20,12 @@
 #include "telephone/framework/ServiceLibrary.h"
 #include "telephone/framework/TelephoneContext.h"
 #include "telephone/framework/TimerService.h"
-#include "telephone/lines/EngineCalls.h"
+#include "telephone/lines/LineTable.h"
 #include "telephone/lines/Lines.h"
+#include "telephone/lines/WatchedParties.h"
 #include "telephone/management/ConfigurationStore.h"
 #include "telephone/management/LocalManagement.h"
 #include "telephone/management/Settings.h"
-#include "telephone/management/SfiReaders.h"
 #include "telephone/management/StoreWatcher.h"
 #include "telephone/physical/KeyApplication.h"
 #include "telephone/physical/KeyLamps.h"
@@ -36,8 +36,8 @@
 #include "telephone/services/DigitAnalysis.h"
 #include "telephone/sfi/SettingsCallPolicy.h"
 #include "telephone/sfi/Sfi.h"
+#include "telephone/sfi/SfiReaders.h"
 #include "telephone/sip/EventLoop.h"
-#include "telephone/team/DialogWatch.h"
 #include "telephone/team/FeatureToggles.h"
 #include "telephone/team/Keyset.h"
 #include "telephone/team/PickupHandler.h"
@@ -65,10 +65,10 @@ EngineConfiguration engineOf(Configuration const& configuration)
     return engine;
 }
 
-int primaryLine(Lines const& lines)
+int primaryLine(LineTable const& lines)
 {
-    TelephoneLine const* const primary = lines.primary();
-    return primary == nullptr ? 0 : primary->place().lineNumber;
+    LineTable::Row const* const primary = lines.primary();
+    return primary == nullptr ? 0 : primary->address.lineNumber;
 }
 
 }  // namespace
@@ -96,17 +96,17 @@ struct Telephone::Parts
     Configuration const configuration;             // with the exchange's addresses
 
     Settings settings;
-    SfiReaders readers;
     std::unique_ptr<StoreWatcher> storeWatcher;  // null: the store is in memory
     LocalManagement management;
     AuditoryDevice auditoryDevice;
     CertificateManagement certificates;
     DigitAnalysis digitAnalysis;
 
-    Lines lines;
+    LineTable lineTable;
+    SfiReaders readers;
     SettingsCallPolicy policy;
     CallEngine engine;
-    EngineCalls engineCalls;
+    Lines lines;
     RegistrationWait registrations;
     PhysicalInterface physical;
     KeyLamps lamps;
@@ -115,7 +115,7 @@ struct Telephone::Parts
     Ringer ringer;
     PickupHandler pickup;
     FeatureToggles toggles;
-    DialogWatch dialogs;
+    WatchedParties parties;
     TeamFeatures team;
     CallRecorder recorder;
     Sfi sfi;
@@ -133,35 +133,34 @@ Telephone::Parts::Parts(Configuration given, std::string const& libraryFile)
     : exchange(makeExchange(loop, given))
     , configuration(valueOrThrow(withServer(std::move(given), exchange.get())))
     , settings(valueOrThrow(ConfigurationStore::open(configuration.store.path)), configuration)
-    , readers(settings, configuration)
     , storeWatcher(configuration.store.path.empty() ? nullptr : std::make_unique<StoreWatcher>(settings))
     , management(settings)
     , certificates(configuration.certificates)
     , digitAnalysis(configuration.calls)
-    , lines(configuration, settings)
-    , policy(settings, lines, configuration)
-    , engine(loop, engineOf(configuration), lines, policy, [this](Event event) { events.post(std::move(event)); })
-    , engineCalls(engine)
+    , lineTable(configuration)
+    , readers(settings, configuration, lineTable)
+    , policy(settings, lineTable)
+    , engine(loop, engineOf(configuration), lineTable, policy, [this](Event event) { events.post(std::move(event)); })
+    , lines(lineTable, configuration, settings, engine, timers)
     , physical(configuration, settings)
-    , lamps(physical, lines, settings)
-    , keys(physical, lamps, lines, settings)
-    , keyset(lines, settings)
-    , ringer(lines, keyset, auditoryDevice)
-    , pickup(lines)
+    , lamps(physical, lines, engine, settings)
+    , keys(physical, lamps, lines, engine, settings)
+    , keyset(lines, engine, settings)
+    , ringer(lines, engine, timers, keyset, auditoryDevice)
+    , pickup(lines, engine)
     , toggles(physical.layout(), settings)
-    , dialogs(engine, primaryLine(lines))
-    , team(configuration, lines, keyset, toggles, physical, settings, dialogs)
-    , recorder(configuration.recording, recordableCallsOf(engine),
+    , parties(engine, primaryLine(lineTable))
+    , team({lines, engine, keyset, toggles, pickup, physical, settings, parties}, configuration.push.address)
+    , recorder(configuration.recording, recordableCallsOf(engine.list()),
                [this](CallRecorder::Event event) { events.post(std::move(event)); })
-    , sfi({engine, lines, policy, settings, events, timers, &lines.appearanceMap()})
+    , sfi({engine, lines, policy, settings, events, timers, &lineTable.appearances()})
     , controls(engine, lines, physical, management, keysUsable.get_future())
     , library(libraryFile)
     , service(library.createService())
     , invoker(library.createInvoker())
     , requests(*service, *invoker)
 {
-    lines.setServer(serverAddressOf(configuration, exchange != nullptr, engine.userAgent().hostPort()));
-    lines.connect(engineCalls, timers);
+    lineTable.setServer(serverAddressOf(configuration, exchange != nullptr, engine.userAgent().hostPort()));
     registerExecutables();
     observeCalls();
     context.setProxyFactory([this] { return library.createEventProxy(); });
@@ -188,7 +187,7 @@ void Telephone::Parts::observeCalls()
     // The lines first: the others read their states.
     engine.addObserver(lines);
     engine.addObserver(lamps);
-    engine.addObserver(dialogs);
+    engine.addObserver(parties);
     engine.addObserver(recorder);
     engine.addObserver(registrations);
 }
@@ -197,7 +196,7 @@ void Telephone::Parts::ignoreCalls()
 {
     engine.removeObserver(registrations);
     engine.removeObserver(recorder);
-    engine.removeObserver(dialogs);
+    engine.removeObserver(parties);
     engine.removeObserver(lamps);
     engine.removeObserver(lines);
 }
@@ -238,7 +237,7 @@ void Telephone::Parts::end()
     timers.deliverTo(nullptr);
     team.stop();
     ringer.stop();
-    dialogs.stop();
+    parties.stop();
     calls().deactivate(false);
     service->shutdown();
     lamps.stop();
@@ -265,7 +264,7 @@ Telephone::~Telephone() = default;
 Outcome<> Telephone::activate()
 {
     std::set<int> registering;
-    for (LineAccount const& each : parts_->lines.accounts()) {
+    for (LineAccount const& each : parts_->lineTable.accounts()) {
         if (each.registers) {
             registering.insert(each.lineNumber);
         }
@@ -275,7 +274,7 @@ Outcome<> Telephone::activate()
         return refuse(RefusalKind::kWrongState, "the service cannot be activated; the log says why");
     }
     if (registering.empty()) {
-        parts_->dialogs.start();  // otherwise the first registration starts them
+        parts_->parties.start();  // otherwise the first registration starts them
     }
     if (!parts_->registrations.wait(kRegistrationTime)) {
         log(kLogWarning, kComponent, "the registrar does not answer; the lines keep trying to register");

@@ -4,7 +4,10 @@
 #include <stdexcept>
 #include <string>
 
+#include <spdlog/fmt/fmt.h>
+
 #include "telephone/framework/Log.h"
+#include "telephone/framework/Refusals.h"
 #include "telephone/management/Settings.h"
 
 namespace telephone {
@@ -26,9 +29,9 @@ FeatureToggles::FeatureToggles(KeyLayout const& layout, Settings& settings)
     : layout_(layout)
     , settings_(settings)
 {
-    FeatureToggles* nobody = nullptr;
-    if (!theToggles.compare_exchange_strong(nobody, this)) {
-        throw std::runtime_error("there are feature toggles already");
+    FeatureToggles* none = nullptr;
+    if (!theToggles.compare_exchange_strong(none, this)) {
+        throw std::runtime_error("feature toggles already exist in this process");
     }
 }
 
@@ -47,25 +50,25 @@ void FeatureToggles::ftInitialise(PhysicalInterfaceServiceIfc* physicalInterface
 
 void FeatureToggles::ftToggleKeyPressed(int keyNumber)
 {
-    set(keyNumber, !settings_.flag(settingOf(keyNumber)));
+    reportIfRefused(kComponent, set(keyNumber, !isOn(keyNumber)));
 }
 
-bool FeatureToggles::set(int keyNumber, bool on)
+bool FeatureToggles::isOn(int keyNumber) const
 {
-    if (!isToggle(keyNumber)) {
-        log(kLogFailure, kComponent, "key {} toggles nothing", keyNumber);
-        return false;
-    }
-    auto const outcome = settings_.set(settingOf(keyNumber), on ? "true" : "false");
-    log(outcome ? kLogInfo : kLogFailure, kComponent, "the feature of key {} is {}{}", keyNumber,
-        outcome ? (on ? "on" : "off") : "not switched: ", outcome ? "" : outcome.error().reason);
-    return outcome.has_value();
+    return settings_.flag(settingOf(keyNumber));
 }
 
-bool FeatureToggles::isToggle(int keyNumber) const
+Outcome<> FeatureToggles::set(int keyNumber, bool on)
 {
     auto const* const key = layout_.find(keyNumber);
-    return key != nullptr && key->function() == PhysDefs::keyFunctionFeatureToggle;
+    if (key == nullptr || key->function() != PhysDefs::keyFunctionFeatureToggle) {
+        return refuse(RefusalKind::kNotFound, fmt::format("key {} is not a feature toggle", keyNumber));
+    }
+    auto stored = settings_.set(settingOf(keyNumber), on ? "true" : "false");
+    if (stored) {
+        log(kLogInfo, kComponent, "the feature of key {} is {}", keyNumber, on ? "on" : "off");
+    }
+    return stored;
 }
 
 }  // namespace telephone

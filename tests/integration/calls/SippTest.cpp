@@ -3,7 +3,7 @@
 #include <set>
 
 #include "ChildProcess.h"
-#include "TestPhone.h"
+#include "EnginePhone.h"
 
 namespace telephone::test {
 
@@ -49,7 +49,7 @@ private:
 class Sipp : public ::testing::Test
 {
 protected:
-    TestPhone phone_{TestPhone::Options{}};
+    EnginePhone phone_{EnginePhone::Options{}};
     const std::string folder_ = ::testing::TempDir();
     int const port_ = freeUdpPort();
 
@@ -90,9 +90,9 @@ TEST_F(Sipp, HundredCallsFromTheTelephone_NoneFails)
 
     for (int callID = 1; callID <= kCalls; ++callID) {
         const std::string id = std::to_string(callID);
-        ASSERT_EQ(phone_.engine().make(1, 0, callID, target), sfiSuccess);
+        ASSERT_TRUE(phone_.engine().outgoing().make(1, 0, callID, target));
         ASSERT_TRUE(phone_.events().waitFor("state 4711 " + id + " Connected Normal service"));
-        ASSERT_EQ(phone_.engine().clear(callID), sfiSuccess);
+        ASSERT_TRUE(phone_.engine().clear(callID));
         ASSERT_TRUE(phone_.events().waitFor("state 4711 " + id + " Idle Normal service"));
     }
 
@@ -101,16 +101,16 @@ TEST_F(Sipp, HundredCallsFromTheTelephone_NoneFails)
 
 TEST_F(Sipp, PeerKilledInMidCall_AnUnansweredHoldEndsTheCall)
 {
-    TestPhone::Options options;
+    EnginePhone::Options options;
     options.engine.reinviteTimeout = std::chrono::milliseconds(300);
-    TestPhone phone(options);
+    EnginePhone phone(options);
     ChildProcess sipp("sipp", with({"-sn", "uas"}), folder_);
     const std::string target = "sip:service@127.0.0.1:" + std::to_string(port_);
-    ASSERT_EQ(phone.engine().make(1, 0, 1, target), sfiSuccess);
+    ASSERT_TRUE(phone.engine().outgoing().make(1, 0, 1, target));
     ASSERT_TRUE(phone.events().waitFor("state 4711 1 Connected Normal service"));
 
     sipp.kill();
-    ASSERT_EQ(phone.engine().hold(1), sfiSuccess);
+    ASSERT_TRUE(phone.engine().established().hold(1));
 
     phone.expect({"failed 4711 1 Hold 2", "state 4711 1 Failed Timeout service"});
     EXPECT_TRUE(phone.engine().calls().empty());
@@ -118,16 +118,16 @@ TEST_F(Sipp, PeerKilledInMidCall_AnUnansweredHoldEndsTheCall)
 
 TEST_F(Sipp, PeerKilledInMidCall_AConsultationGoesOnWithoutIt)
 {
-    TestPhone::Options options;
+    EnginePhone::Options options;
     options.engine.reinviteTimeout = std::chrono::milliseconds(300);
-    TestPhone phone(options);
+    EnginePhone phone(options);
     ChildProcess sipp("sipp", with({"-sn", "uas"}), folder_);
     const std::string target = "sip:service@127.0.0.1:" + std::to_string(port_);
-    ASSERT_EQ(phone.engine().make(1, 0, 1, target), sfiSuccess);
+    ASSERT_TRUE(phone.engine().outgoing().make(1, 0, 1, target));
     ASSERT_TRUE(phone.events().waitFor("state 4711 1 Connected Normal service"));
     sipp.kill();
 
-    ASSERT_EQ(phone.engine().make(1, 0, 2, phone_.uri(), CallPurpose::kConsultation), sfiSuccess);
+    ASSERT_TRUE(phone.engine().outgoing().make(1, 0, 2, phone_.uri(), CallPurpose::kConsultation));
 
     phone.expect({"state 4711 2 Dialling Normal 4711", "failed 4711 1 ConsultationHold 2",
                   "state 4711 1 Failed Timeout service", "state 4711 2 Proceeding Normal 4711",
@@ -138,11 +138,11 @@ TEST_F(Sipp, PeerKilledInMidCall_ClearEndsTheCallAtOnce)
 {
     ChildProcess sipp("sipp", with({"-sn", "uas"}), folder_);
     const std::string target = "sip:service@127.0.0.1:" + std::to_string(port_);
-    ASSERT_EQ(phone_.engine().make(1, 0, 1, target), sfiSuccess);
+    ASSERT_TRUE(phone_.engine().outgoing().make(1, 0, 1, target));
     ASSERT_TRUE(phone_.events().waitFor("state 4711 1 Connected Normal service"));
     sipp.kill();
 
-    ASSERT_EQ(phone_.engine().clear(1), sfiSuccess);
+    ASSERT_TRUE(phone_.engine().clear(1));
 
     phone_.expect({"state 4711 1 Idle Normal service"});
     EXPECT_TRUE(phone_.engine().calls().empty());
