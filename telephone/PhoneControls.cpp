@@ -18,6 +18,11 @@ namespace {
 
 constexpr std::chrono::seconds kLongestStart{5};
 
+TelephoneControls::Refusal refusalOf(Outcome<> const& outcome)
+{
+    return outcome ? TelephoneControls::Refusal() : TelephoneControls::Refusal(outcome.error().reason);
+}
+
 std::string rowOf(TelephoneLine const& line, bool registered)
 {
     LineConfiguration const& configuration = line.configuration();
@@ -77,27 +82,27 @@ TelephoneControls::Rows PhoneControls::lamps()
 
 TelephoneControls::Refusal PhoneControls::press(std::string const& key)
 {
-    return usable().press(key);
+    return refusalOf(usable().press(key));
 }
 
 TelephoneControls::Refusal PhoneControls::release(std::string const& key)
 {
-    return usable().release(key);
+    return refusalOf(usable().release(key));
 }
 
 TelephoneControls::Refusal PhoneControls::hook(bool up)
 {
-    return usable().hook(up);
+    return refusalOf(usable().hook(up));
 }
 
 TelephoneControls::Refusal PhoneControls::plug(std::string const& plug, bool in)
 {
-    return usable().plug(plug, in);
+    return refusalOf(usable().plug(plug, in));
 }
 
 TelephoneControls::Refusal PhoneControls::lock(bool locked)
 {
-    return physical_.setLocked(locked);
+    return refusalOf(physical_.setLocked(locked));
 }
 
 void PhoneControls::setService(Executable* service)
@@ -136,8 +141,7 @@ std::optional<std::string> PhoneControls::setting(std::string const& key)
 
 TelephoneControls::Refusal PhoneControls::set(std::string const& key, std::string const& value)
 {
-    SettingOutcome const outcome = management_.offerManagementData({{key, value}});
-    return outcome ? Refusal() : Refusal(outcome.reason);
+    return refusalOf(management_.offerManagementData({{key, value}}));
 }
 
 }  // namespace telephone

@@ -90,6 +90,15 @@ EngineConfiguration engineOf(Configuration const& configuration)
     return engine;
 }
 
+std::unique_ptr<ConfigurationStore> openStore(std::string const& path)
+{
+    auto store = ConfigurationStore::open(path);
+    if (!store) {
+        throw std::runtime_error(store.error().reason);
+    }
+    return std::move(*store);
+}
+
 int primaryLine(LineTable const& lines)
 {
     LineTable::Row const* const primary = lines.primary();
@@ -101,7 +110,7 @@ int primaryLine(LineTable const& lines)
 TelephoneParts::TelephoneParts(Configuration given, std::string const& libraryFile)
     : exchange(makeExchange(loop, given))
     , configuration(withServer(std::move(given), exchange.get()))
-    , settings(std::make_unique<ConfigurationStore>(configuration.store.path), configuration)
+    , settings(openStore(configuration.store.path), configuration)
     , storeWatcher(configuration.store.path.empty() ? nullptr : std::make_unique<StoreWatcher>(settings))
     , management(settings)
     , certificates(configuration.certificates)

@@ -1,5 +1,7 @@
 #include "telephone/program/StartConfiguration.h"
 
+#include <stdexcept>
+
 #include "telephone/configuration/ConfigurationFile.h"
 #include "telephone/framework/Log.h"
 
@@ -34,9 +36,12 @@ Configuration changed(Configuration configuration, CommandLine const& line)
 
 Configuration startConfiguration(CommandLine const& line)
 {
-    Configuration const given =
-        line.configuration.empty() ? Configuration::standard() : ConfigurationFile(line.configuration).read();
-    Configuration configuration = changed(given, line);
+    auto const given = line.configuration.empty() ? Outcome<Configuration>(Configuration::standard())
+                                                  : ConfigurationFile(line.configuration).read();
+    if (!given) {
+        throw std::runtime_error(given.error().reason);
+    }
+    Configuration configuration = changed(*given, line);
     openLog(configuration.log.level, configuration.log.file);
     return configuration;
 }
