@@ -10,6 +10,7 @@
 #include <thread>
 #include <vector>
 
+#include "telephone/calls/CallObserver.h"
 #include "telephone/calls/PhoneCalls.h"
 
 namespace telephone {
