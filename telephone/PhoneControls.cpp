@@ -35,14 +35,6 @@ std::string rowOf(CallSnapshot const& call)
                        call.incoming ? "from" : "to", call.remoteURI, name);
 }
 
-Outcome<> outcomeOf(PhysicalInterface::Refusal const& refusal)
-{
-    if (refusal) {
-        return refuse(RefusalKind::kWrongState, *refusal);
-    }
-    return {};
-}
-
 }  // namespace
 
 PhysicalInterface& PhoneControls::usable()
@@ -85,27 +77,27 @@ TelephoneControls::Rows PhoneControls::lamps()
 
 Outcome<> PhoneControls::press(std::string const& key)
 {
-    return outcomeOf(usable().press(key));
+    return usable().press(key);
 }
 
 Outcome<> PhoneControls::release(std::string const& key)
 {
-    return outcomeOf(usable().release(key));
+    return usable().release(key);
 }
 
 Outcome<> PhoneControls::hook(bool up)
 {
-    return outcomeOf(usable().hook(up));
+    return usable().hook(up);
 }
 
 Outcome<> PhoneControls::plug(std::string const& plug, bool in)
 {
-    return outcomeOf(usable().plug(plug, in));
+    return usable().plug(plug, in);
 }
 
 Outcome<> PhoneControls::lock(bool locked)
 {
-    return outcomeOf(physical_.setLocked(locked));
+    return physical_.setLocked(locked);
 }
 
 void PhoneControls::setService(Executable* service)
