@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <utility>
 
+#include "telephone/calls/LogComponent.h"
 #include "telephone/framework/Log.h"
 
 namespace telephone {
 
 namespace {
 
-constexpr char const* kComponent = "calls";
 constexpr char const* kNotRinging = "it is not ringing here";
 
 }  // namespace

@@ -5,13 +5,10 @@
 #include <utility>
 
 #include "CommunicationsServiceEventIfc.h"
+#include "telephone/calls/LogComponent.h"
 #include "telephone/framework/Log.h"
 
 namespace telephone {
-
-namespace {
-constexpr char const* kComponent = "calls";
-}
 
 CallEngine::CallEngine(sip::EventLoop& loop, EngineConfiguration configuration, LineDirectory& lines,
                        CallPolicy& policy, EventPoster post)

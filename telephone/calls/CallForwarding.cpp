@@ -4,6 +4,7 @@
 #include <array>
 
 #include "CommunicationsServiceEventIfc.h"
+#include "telephone/calls/LogComponent.h"
 #include "telephone/calls/SipMeaning.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
@@ -11,8 +12,6 @@
 namespace telephone {
 
 namespace {
-
-constexpr char const* kComponent = "calls";
 
 struct ForwardingChoice
 {

@@ -2,13 +2,13 @@
 #include <utility>
 
 #include "telephone/calls/Call.h"
+#include "telephone/calls/LogComponent.h"
 #include "telephone/framework/Log.h"
 
 namespace telephone {
 
 namespace {
 
-constexpr char const* kComponent = "calls";
 constexpr char const* kNotConnected = "it is not connected";
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "telephone/calls/Call.h"
+#include "telephone/calls/LogComponent.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
 
@@ -9,7 +10,6 @@ namespace telephone {
 
 namespace {
 
-constexpr char const* kComponent = "calls";
 constexpr char const* kBeingReplaced = "another call is replacing it already";
 
 }  // namespace

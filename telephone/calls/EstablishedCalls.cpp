@@ -7,14 +7,13 @@
 
 #include <spdlog/fmt/fmt.h>
 
+#include "telephone/calls/LogComponent.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/sip/EventLoop.h"
 
 namespace telephone {
 
 namespace {
-
-constexpr char const* kComponent = "calls";
 
 tl::unexpected<Refusal> otherNotHeld(int callID)
 {

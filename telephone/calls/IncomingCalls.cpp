@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "CommunicationsServiceEventIfc.h"
+#include "telephone/calls/LogComponent.h"
 #include "telephone/calls/SipMeaning.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
@@ -13,8 +14,6 @@
 namespace telephone {
 
 namespace {
-
-constexpr char const* kComponent = "calls";
 
 tl::unexpected<Refusal> notRinging(int callID, char const* operation)
 {

@@ -7,17 +7,12 @@
 
 #include "CommunicationsServiceEventIfc.h"
 #include "telephone/calls/ConferenceDocument.h"
+#include "telephone/calls/LogComponent.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/sip/EventLoop.h"
 
 namespace telephone {
-
-namespace {
-
-constexpr char const* kComponent = "calls";
-
-}  // namespace
 
 JoinedCalls::JoinedCalls(sip::UserAgent& agent, LineDirectory const& lines, EventPoster const& post, CallList& calls,
                          EstablishedCalls& established)

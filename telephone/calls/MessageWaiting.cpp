@@ -5,6 +5,7 @@
 
 #include "CommunicationsServiceEventIfc.h"
 #include "telephone/calls/EngineConfiguration.h"
+#include "telephone/calls/LogComponent.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/sip/DialogInfo.h"
@@ -13,8 +14,6 @@
 namespace telephone {
 
 namespace {
-
-constexpr char const* kComponent = "calls";
 
 sfiMessageWaitingRecord recordOf(sip::MessageSummary const& summary, bool hasMailbox)
 {

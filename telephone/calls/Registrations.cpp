@@ -5,14 +5,13 @@
 #include <utility>
 
 #include "CommunicationsServiceEventIfc.h"
+#include "telephone/calls/LogComponent.h"
 #include "telephone/framework/Log.h"
 #include "telephone/sip/EventLoop.h"
 
 namespace telephone {
 
 namespace {
-
-constexpr char const* kComponent = "calls";
 
 bool sameAccount(sip::Account const& left, sip::Account const& right)
 {

@@ -7,6 +7,7 @@
 #include <pugixml.hpp>
 
 #include "CommunicationsServiceEventIfc.h"
+#include "telephone/calls/LogComponent.h"
 #include "telephone/framework/Log.h"
 #include "telephone/sip/EventLoop.h"
 
@@ -14,8 +15,6 @@ namespace telephone {
 
 namespace {
 
-constexpr char const* kComponent = "calls";
-constexpr char const* kCstaType = "application/csta+xml";
 constexpr char const* kCstaNamespace = "http://www.ecma-international.org/standards/ecma-323/csta/ed5";
 
 std::string textOf(pugi::xml_document const& document)
@@ -74,7 +73,7 @@ Outcome<> ServerLink::request(LineAccount const& line, std::string const& body, 
                       fmt::format("line {} has no server to send a CSTA request to", line.lineURI));
     }
     std::string const server = line.account.registrar.empty() ? "sip:" + line.account.domain : line.account.registrar;
-    return agent_.request(line.account, "INFO", server, {}, {kCstaType, body}, std::move(done));
+    return agent_.request(line.account, "INFO", server, {}, {sip::kCstaType, body}, std::move(done));
 }
 
 Outcome<> ServerLink::send(std::string const& lineURI, std::string const& body)
@@ -132,7 +131,7 @@ void ServerLink::tellAgentState(std::string const& lineURI, std::string const& s
 bool ServerLink::receive(std::string const& lineURI, sip::Content const& content)
 {
     std::string const type = content.type.substr(0, content.type.find_first_of("; "));
-    if (!sip::equalsIgnoringCase(type, kCstaType)) {
+    if (!sip::equalsIgnoringCase(type, sip::kCstaType)) {
         return false;
     }
     post_([lineURI, body = content.body](CommunicationsServiceEventIfc& event) {

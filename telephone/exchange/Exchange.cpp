@@ -10,7 +10,6 @@ namespace telephone::exchange {
 
 namespace {
 
-constexpr char const* kCstaType = "application/csta+xml";
 constexpr int kBusyHere = 486;
 
 sip::UserAgentConfig agentConfig(ExchangeConfig const& config)
@@ -210,7 +209,7 @@ void Exchange::echoInfo(sip::IncomingRequest& request)
 {
     sip::Content const content = request.content();
     request.reply(200, "OK");
-    if (request.method() != "INFO" || !content.type.starts_with(kCstaType)) {
+    if (request.method() != "INFO" || !content.type.starts_with(sip::kCstaType)) {
         return;
     }
     auto const registered = registrar_.contactsOf(request.from().uri.user);

@@ -8,8 +8,6 @@ namespace telephone::exchange {
 
 namespace {
 
-constexpr char const* kCstaType = "application/csta+xml";
-
 std::string nextId()
 {
     static std::atomic<unsigned> last{0};
@@ -253,7 +251,7 @@ void ExchangeCall::onModified(sip::Session&, bool accepted, int, std::string con
 
 void ExchangeCall::onInfo(sip::Session&, sip::Content const& content)
 {
-    if (startsWith(content.type, kCstaType)) {
+    if (startsWith(content.type, sip::kCstaType)) {
         logRefusal(agent_, "number " + number_, session_->sendInfo(content));
     }
 }

@@ -10,12 +10,11 @@
 #include "telephone/framework/TimerService.h"
 #include "telephone/lines/LineStates.h"
 #include "telephone/lines/Lines.h"
+#include "telephone/lines/LogComponent.h"
 
 namespace telephone {
 
 namespace {
-
-constexpr char const* kComponent = "lines";
 
 // The call that a transfer moves: the active one, else the first one on hold.
 std::optional<CallSnapshot> callToTransfer(PhoneCalls const& calls)

@@ -12,13 +12,12 @@
 #include "telephone/framework/Refusals.h"
 #include "telephone/lines/LineObserver.h"
 #include "telephone/lines/LineStates.h"
+#include "telephone/lines/LogComponent.h"
 #include "telephone/management/Settings.h"
 
 namespace telephone {
 
 namespace {
-
-constexpr char const* kComponent = "lines";
 
 std::atomic<Lines*> theLines{nullptr};
 

@@ -9,12 +9,11 @@
 #include "telephone/lines/LineActions.h"
 #include "telephone/lines/LineNotifier.h"
 #include "telephone/lines/LineStates.h"
+#include "telephone/lines/LogComponent.h"
 
 namespace telephone {
 
 namespace {
-
-constexpr char const* kComponent = "lines";
 
 ELineState elsewhereStateOf(PartyStatus status)
 {

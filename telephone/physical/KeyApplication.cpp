@@ -13,12 +13,11 @@
 #include "telephone/lines/Lines.h"
 #include "telephone/management/Settings.h"
 #include "telephone/physical/KeyLamps.h"
+#include "telephone/physical/LogComponent.h"
 
 namespace telephone {
 
 namespace {
-
-constexpr char const* kComponent = "keys";
 
 bool dials(PhoneKey const& key)
 {

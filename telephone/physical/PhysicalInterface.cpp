@@ -10,12 +10,11 @@
 #include "platform/physical/physicalEventObserver.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/management/Settings.h"
+#include "telephone/physical/LogComponent.h"
 
 namespace telephone {
 
 namespace {
-
-constexpr char const* kComponent = "keys";
 
 // Kinds and identifiers of subscriptions; see the table in the header.
 constexpr int kActionKind = 0;

@@ -6,13 +6,12 @@
 #include "telephone/framework/EventDispatcher.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/TimerService.h"
+#include "telephone/sfi/LogComponent.h"
 #include "telephone/sfi/SfiResults.h"
 
 namespace telephone {
 
 namespace {
-
-constexpr char const* kComponent = "sfi";
 
 std::atomic<Sfi*> instance{nullptr};
 

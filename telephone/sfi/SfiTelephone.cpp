@@ -12,15 +12,12 @@
 #include "telephone/framework/TimerService.h"
 #include "telephone/lines/Lines.h"
 #include "telephone/management/Settings.h"
+#include "telephone/sfi/LogComponent.h"
 #include "telephone/sfi/SettingsCallPolicy.h"
 #include "telephone/sfi/Sfi.h"
 #include "telephone/sfi/SfiResults.h"
 
 namespace telephone {
-
-namespace {
-constexpr char const* kComponent = "sfi";
-}
 
 sfiResult Sfi::SetMicrophoneMute(bool mute)
 {

@@ -64,6 +64,9 @@ struct Content
     std::string body;
 };
 
+// Content type of CSTA messages (ECMA TR/87).
+constexpr char const* kCstaType = "application/csta+xml";
+
 // The Replaces header (RFC 3891) as sent: toTag is the local tag of its receiver.
 struct Replaces
 {

@@ -9,7 +9,7 @@ namespace telephone::sip {
 
 namespace {
 
-constexpr std::uint32_t kUsualExpires = 3600;  // seconds
+constexpr std::uint32_t kUsualSubscription = 3600;  // seconds
 constexpr std::uint32_t kLongestExpires = 86400;
 
 struct ReasonName
@@ -71,7 +71,7 @@ NotifierImpl::~NotifierImpl()
 std::uint32_t NotifierImpl::expires() const
 {
     pl const& value = transaction_.request().expires;
-    return value.p ? pl_u32(&value) : kUsualExpires;
+    return value.p ? pl_u32(&value) : kUsualSubscription;
 }
 
 Outcome<> NotifierImpl::accept(std::string const& contentType)
@@ -88,7 +88,7 @@ Outcome<> NotifierImpl::accept(std::string const& contentType)
     int error = sipevent_event_decode(&event, &value);
     if (!error) {
         error = sipevent_accept(notifier_.out(), element_->eventSocket(), &subscribe, nullptr, &event, 200, "OK", 0,
-                                kUsualExpires, kLongestExpires, element_->contactUserFor(subscribe).c_str(),
+                                kUsualSubscription, kLongestExpires, element_->contactUserFor(subscribe).c_str(),
                                 contentType.c_str(), answerChallenge, nullptr, false, handlerOf<&NotifierImpl::onClose>,
                                 this, nullptr);
     }

@@ -10,7 +10,7 @@ namespace telephone::sip {
 
 namespace {
 
-constexpr std::uint32_t kUsualExpires = 3600;
+constexpr std::uint32_t kUsualRegistration = 3600;
 
 std::uint32_t number(std::string const& text, std::uint32_t otherwise)
 {
@@ -115,7 +115,7 @@ void RegistrationImpl::onAnswer(std::uint32_t asked, int error, sip_msg const* m
 
 std::uint32_t RegistrationImpl::grantedBy(sip_msg const& message) const
 {
-    const std::uint32_t usual = number(text(message.expires), kUsualExpires);
+    const std::uint32_t usual = number(text(message.expires), kUsualRegistration);
     for (auto const& value : headersOf(message).list("Contact")) {
         auto const contact = NameAddr::parse(value);
         if (contact && contact->uri == Uri::parse(request_->contact())) {

@@ -14,7 +14,7 @@ namespace telephone {
 
 namespace {
 
-constexpr char const* kComponent = "feature toggles";
+constexpr char const* kTogglesComponent = "feature toggles";
 
 std::atomic<FeatureToggles*> theToggles{nullptr};
 
@@ -44,13 +44,13 @@ void FeatureToggles::ftInitialise(PhysicalInterfaceServiceIfc* physicalInterface
                                   MgmtAgentIfc* /*agent*/)
 {
     if (physicalInterface == nullptr || localMgmt == nullptr) {
-        log(kLogWarning, kComponent, "the service found no {}", physicalInterface == nullptr ? "keys" : "store");
+        log(kLogWarning, kTogglesComponent, "the service found no {}", physicalInterface == nullptr ? "keys" : "store");
     }
 }
 
 void FeatureToggles::ftToggleKeyPressed(int keyNumber)
 {
-    reportIfRefused(kComponent, set(keyNumber, !isOn(keyNumber)));
+    reportIfRefused(kTogglesComponent, set(keyNumber, !isOn(keyNumber)));
 }
 
 bool FeatureToggles::isOn(int keyNumber) const
@@ -66,7 +66,7 @@ Outcome<> FeatureToggles::set(int keyNumber, bool on)
     }
     auto stored = settings_.set(settingOf(keyNumber), on ? "true" : "false");
     if (stored) {
-        log(kLogInfo, kComponent, "the feature of key {} is {}", keyNumber, on ? "on" : "off");
+        log(kLogInfo, kTogglesComponent, "the feature of key {} is {}", keyNumber, on ? "on" : "off");
     }
     return stored;
 }

@@ -19,7 +19,7 @@ namespace telephone {
 
 namespace {
 
-constexpr char const* kComponent = "keyset";
+constexpr char const* kKeysetComponent = "keyset";
 
 std::atomic<Keyset*> theKeyset{nullptr};
 
@@ -33,7 +33,7 @@ bool isBefore(TelephoneLine const* left, TelephoneLine const* right)
 
 sfiResult resultOf(Outcome<> const& outcome)
 {
-    return reportIfRefused(kComponent, outcome) ? sfiFailure : sfiSuccess;
+    return reportIfRefused(kKeysetComponent, outcome) ? sfiFailure : sfiSuccess;
 }
 
 }  // namespace
@@ -64,13 +64,13 @@ bool Keyset::isKeysetActive()
 void Keyset::setCommsSrv(SvcRTEContext* /*context*/, Executable* service)
 {
     if (service == nullptr) {
-        log(kLogWarning, kComponent, "the keyset has no communications service");
+        log(kLogWarning, kKeysetComponent, "the keyset has no communications service");
     }
 }
 
 void Keyset::init()
 {
-    log(kLogInfo, kComponent, "the keyset is {}", isKeysetActive() ? "active" : "not active: there is one line");
+    log(kLogInfo, kKeysetComponent, "the keyset is {}", isKeysetActive() ? "active" : "not active: there is one line");
 }
 
 sfiResult Keyset::answerCall(std::string const& lineURI)
@@ -82,8 +82,9 @@ sfiResult Keyset::answerCall(std::string const& lineURI)
 void Keyset::makeCall(std::string const& lineURI)
 {
     std::lock_guard const lock(calls_);
-    reportIfRefused(kComponent, find(lineURI).and_then(
-                                    [this](TelephoneLine* line) { return lines_.seize(*line, eLineStateSelected); }));
+    reportIfRefused(kKeysetComponent, find(lineURI).and_then([this](TelephoneLine* line) {
+        return lines_.seize(*line, eLineStateSelected);
+    }));
 }
 
 sfiResult Keyset::retrieveCall(std::string const& lineURI, int callID)
@@ -103,7 +104,7 @@ Outcome<> Keyset::retrieve(TelephoneLine& line, int callID)
 void Keyset::callStateChanged(std::string const& lineURI, sfiCallState state, int callID, int /*reason*/)
 {
     if (state != sfiCallStateAccepted) {
-        log(kLogTrace, kComponent, "call {} on line {}: state {} follows from the call itself", callID, lineURI,
+        log(kLogTrace, kKeysetComponent, "call {} on line {}: state {} follows from the call itself", callID, lineURI,
             static_cast<int>(state));
         return;
     }
@@ -111,30 +112,30 @@ void Keyset::callStateChanged(std::string const& lineURI, sfiCallState state, in
     auto const call = calls_.call(callID);
     auto* const line = call && call->alerting() ? lines_.byNumber(call->line.recordLine) : nullptr;
     if (line == nullptr) {
-        reportRefusal(kComponent,
+        reportRefusal(kKeysetComponent,
                       {RefusalKind::kNotFound, fmt::format("no call {} is alerting on line {}", callID, lineURI)});
         return;
     }
     line->alertOnKeysetOnly(callID);
-    log(kLogTrace, kComponent, "call {} alerts on the keyset alone", callID);
+    log(kLogTrace, kKeysetComponent, "call {} alerts on the keyset alone", callID);
 }
 
 void Keyset::callIgnored(std::string const& lineURI)
 {
     std::lock_guard const lock(calls_);
-    reportIfRefused(kComponent, find(lineURI).and_then([](TelephoneLine* line) { return line->silence(); }));
+    reportIfRefused(kKeysetComponent, find(lineURI).and_then([](TelephoneLine* line) { return line->silence(); }));
 }
 
 void Keyset::callIsolation(std::string const& lineURI, bool on)
 {
     std::lock_guard const lock(calls_);
     auto const line = find(lineURI);
-    if (reportIfRefused(kComponent, line) || (!on && isolated_ != &(*line)->base())) {
+    if (reportIfRefused(kKeysetComponent, line) || (!on && isolated_ != &(*line)->base())) {
         return;
     }
     auto& base = (*line)->base();
     isolated_ = on ? &base : nullptr;
-    log(kLogInfo, kComponent, "line {} is {}", base.id(),
+    log(kLogInfo, kKeysetComponent, "line {} is {}", base.id(),
         on ? "isolated: other lines are not heard" : "no longer isolated");
     lines_.refresh();
 }
@@ -142,10 +143,10 @@ void Keyset::callIsolation(std::string const& lineURI, bool on)
 bool Keyset::changeMultiUser(std::string const& lineURI)
 {
     if (!isKeysetActive()) {
-        reportRefusal(kComponent, {RefusalKind::kNotSupported, "a single-line telephone has only one user"});
+        reportRefusal(kKeysetComponent, {RefusalKind::kNotSupported, "a single-line telephone has only one user"});
         return false;
     }
-    return !reportIfRefused(kComponent, find(lineURI).and_then([this](TelephoneLine* line) {
+    return !reportIfRefused(kKeysetComponent, find(lineURI).and_then([this](TelephoneLine* line) {
         return settings_.set(SettingNames::kCurrentMultiUser, line->base().id());
     }));
 }
@@ -168,7 +169,7 @@ bool Keyset::getImmediateRing()
 void Keyset::setImmediateRing(bool on, std::string& outcome)
 {
     auto const set = settings_.set(SettingNames::kImmediateRing, on ? "true" : "false");
-    if (reportIfRefused(kComponent, set)) {
+    if (reportIfRefused(kKeysetComponent, set)) {
         outcome = set.error().reason;
         return;
     }
@@ -195,10 +196,10 @@ void Keyset::handleButtonPressedEvent(PhysDefs::keyFunctionType function)
     if (function == PhysDefs::keyFunctionPreview) {
         showNextPreview();
     } else if (function == PhysDefs::keyFunctionIgnoreCall) {
-        reportIfRefused(kComponent, ignoreNext());
+        reportIfRefused(kKeysetComponent, ignoreNext());
     } else {
-        reportRefusal(kComponent, {RefusalKind::kNotSupported,
-                                   fmt::format("the keyset has no key function {}", static_cast<int>(function))});
+        reportRefusal(kKeysetComponent, {RefusalKind::kNotSupported,
+                                         fmt::format("the keyset has no key function {}", static_cast<int>(function))});
     }
 }
 
@@ -220,17 +221,18 @@ void Keyset::showNextPreview()
         preview_ = shown + 1 == ringing.end() ? nullptr : *(shown + 1);
     }
     if (preview_ == nullptr) {
-        log(kLogInfo, kComponent, "{}", ringing.empty() ? "no preview: no call is ringing" : "the preview is over");
+        log(kLogInfo, kKeysetComponent, "{}",
+            ringing.empty() ? "no preview: no call is ringing" : "the preview is over");
         return;
     }
     auto const call = preview_->callInState(eLineStateRinging);
-    log(kLogInfo, kComponent, "preview of line {}: call from {}", preview_->id(), call ? call->remoteURI : "");
+    log(kLogInfo, kKeysetComponent, "preview of line {}: call from {}", preview_->id(), call ? call->remoteURI : "");
 }
 
 void Keyset::initiateBCAOutgoingCall(std::string const& lineURI, std::string const& destination)
 {
     std::lock_guard const lock(calls_);
-    reportIfRefused(kComponent,
+    reportIfRefused(kKeysetComponent,
                     find(lineURI).and_then([&](TelephoneLine* line) { return makeBridgedCall(*line, destination); }));
 }
 
@@ -257,7 +259,7 @@ bool Keyset::isSpoofedDummyLine(std::string const& lineURI)
 bool Keyset::dummyLine_reserve()
 {
     std::lock_guard const lock(calls_);
-    return !reportIfRefused(kComponent, lines_.lineForNewCall().and_then([this](TelephoneLine* line) {
+    return !reportIfRefused(kKeysetComponent, lines_.lineForNewCall().and_then([this](TelephoneLine* line) {
         return lines_.seize(*line, eLineStateSelected);
     }));
 }
@@ -265,7 +267,7 @@ bool Keyset::dummyLine_reserve()
 bool Keyset::reserveNextSCA(std::string const& lineURI)
 {
     std::lock_guard const lock(calls_);
-    return !reportIfRefused(kComponent, find(lineURI).and_then([this](TelephoneLine* line) {
+    return !reportIfRefused(kKeysetComponent, find(lineURI).and_then([this](TelephoneLine* line) {
         return lines_.seize(line->base(), eLineStateReserved);
     }));
 }
@@ -273,7 +275,7 @@ bool Keyset::reserveNextSCA(std::string const& lineURI)
 bool Keyset::unreserveLine(std::string const& lineURI)
 {
     std::lock_guard const lock(calls_);
-    return !reportIfRefused(kComponent,
+    return !reportIfRefused(kKeysetComponent,
                             find(lineURI).map([this](TelephoneLine* line) { lines_.release(line->base()); }));
 }
 

@@ -15,7 +15,7 @@ namespace telephone {
 
 namespace {
 
-constexpr char const* kComponent = "pick-up";
+constexpr char const* kPickupComponent = "pick-up";
 
 std::atomic<PickupHandler*> theHandler{nullptr};
 
@@ -39,13 +39,13 @@ PickupHandler::~PickupHandler()
 void PickupHandler::setCommsSrv(SvcRTEContext* /*context*/, Executable* service)
 {
     if (service == nullptr) {
-        log(kLogWarning, kComponent, "there is no communications service");
+        log(kLogWarning, kPickupComponent, "there is no communications service");
     }
 }
 
 sfiResult PickupHandler::directedPickupRequest(sfiCallInfo* call, std::string& target)
 {
-    return reportIfRefused(kComponent, pickup(call, target)) ? sfiFailure : sfiSuccess;
+    return reportIfRefused(kPickupComponent, pickup(call, target)) ? sfiFailure : sfiSuccess;
 }
 
 Outcome<> PickupHandler::pickup(sfiCallInfo const* call, std::string const& target)

@@ -20,7 +20,7 @@ namespace telephone {
 
 namespace {
 
-constexpr char const* kComponent = "team features";
+constexpr char const* kTeamComponent = "team features";
 constexpr ForwardingKeys const& kForwardAll = kForwardingKeys[sfiForwardUnconditional];
 
 std::atomic<TeamFeatures*> theFeatures{nullptr};
@@ -56,21 +56,21 @@ void TeamFeatures::stop()
 void TeamFeatures::setPhysicalInterface(PhysicalInterfaceServiceIfc* physicalInterface)
 {
     if (physicalInterface == nullptr) {
-        log(kLogWarning, kComponent, "the service found no keys and lamps");
+        log(kLogWarning, kTeamComponent, "the service found no keys and lamps");
     }
 }
 
 void TeamFeatures::setLocalMgmtInterface(LocalMgmtIfc* localMgmt)
 {
     if (localMgmt == nullptr) {
-        log(kLogWarning, kComponent, "the service found no configuration store");
+        log(kLogWarning, kTeamComponent, "the service found no configuration store");
     }
 }
 
 void TeamFeatures::setCertMgmtInterface(CertificateMgmtSvcIfc* certificateMgmt)
 {
     if (certificateMgmt == nullptr) {
-        log(kLogWarning, kComponent, "the service found no certificate management");
+        log(kLogWarning, kTeamComponent, "the service found no certificate management");
     }
 }
 
@@ -90,7 +90,7 @@ void TeamFeatures::Activate()
 void TeamFeatures::HandleButtonPressedEvent(int key, PhysDefs::keyFunctionType function, PhysDefs::actionType action)
 {
     if (action == PhysDefs::actionPressed) {
-        reportIfRefused(kComponent, keyPressed(key, function));
+        reportIfRefused(kTeamComponent, keyPressed(key, function));
     }
 }
 
@@ -114,7 +114,7 @@ Outcome<> TeamFeatures::keyPressed(int key, PhysDefs::keyFunctionType function)
 
 Outcome<> TeamFeatures::later(std::function<Outcome<>()> work)
 {
-    return queue_.post([work = std::move(work)] { reportIfRefused(kComponent, work()); });
+    return queue_.post([work = std::move(work)] { reportIfRefused(kTeamComponent, work()); });
 }
 
 Outcome<> TeamFeatures::switchForwarding(bool on, std::string const& destination)
@@ -174,15 +174,15 @@ Outcome<> TeamFeatures::dialVoiceMail()
 
 void TeamFeatures::processInvokeDOAction(int feature, int instanceId, bool on, std::string const& data)
 {
-    reportIfRefused(kComponent, invoke(feature, instanceId, on, data));
+    reportIfRefused(kTeamComponent, invoke(feature, instanceId, on, data));
 }
 
 void TeamFeatures::processInvokeDVAction(ZEBLocalFeaturesDefs::LF_NOTIFICATION_ID notification, int feature,
                                          int instanceId, ZEBLocalFeaturesDefs::eActionType action)
 {
-    log(kLogInfo, kComponent, "feature {} of instance {}: notification {}, action {}", feature, instanceId,
+    log(kLogInfo, kTeamComponent, "feature {} of instance {}: notification {}, action {}", feature, instanceId,
         static_cast<int>(notification), static_cast<int>(action));
-    reportIfRefused(kComponent, act(feature, instanceId, action));
+    reportIfRefused(kTeamComponent, act(feature, instanceId, action));
 }
 
 Outcome<> TeamFeatures::act(int feature, int instanceId, ZEBLocalFeaturesDefs::eActionType action)
@@ -227,33 +227,33 @@ Outcome<> TeamFeatures::invoke(int feature, int instanceId, bool on, std::string
 
 void TeamFeatures::callbackDOFeatureCallID(std::string const& callId, int instanceId)
 {
-    log(kLogInfo, kComponent, "the feature of instance {} has made call {}", instanceId, callId);
+    log(kLogInfo, kTeamComponent, "the feature of instance {} has made call {}", instanceId, callId);
 }
 
 // Called while the service writes to the store, so it writes only this value, on the same thread.
 void TeamFeatures::HandleForwardingAlternative(std::string const& destination)
 {
-    reportIfRefused(kComponent, parts_.settings.set(SettingNames::kForwardingAlternative, destination));
+    reportIfRefused(kTeamComponent, parts_.settings.set(SettingNames::kForwardingAlternative, destination));
 }
 
 sfiResult TeamFeatures::BLFPickupRequest(sfiCallInfo* call, std::string& target)
 {
-    return reportIfRefused(kComponent, parts_.pickup.pickup(call, target)) ? sfiFailure : sfiSuccess;
+    return reportIfRefused(kTeamComponent, parts_.pickup.pickup(call, target)) ? sfiFailure : sfiSuccess;
 }
 
 void TeamFeatures::blfKeyPressedFPK(int keyNumber, bool transfer)
 {
-    reportIfRefused(kComponent, busyLamps_.pressed(keyNumber, transfer));
+    reportIfRefused(kTeamComponent, busyLamps_.pressed(keyNumber, transfer));
 }
 
 void TeamFeatures::setDNDStatusForBLF(std::string const& blfLedControlURI, bool dndOn)
 {
-    reportIfRefused(kComponent, busyLamps_.setDoNotDisturb(blfLedControlURI, dndOn));
+    reportIfRefused(kTeamComponent, busyLamps_.setDoNotDisturb(blfLedControlURI, dndOn));
 }
 
 void TeamFeatures::sendURLPushRequest(std::string& url, std::string& data)
 {
-    reportIfRefused(kComponent, push_.send(url, data));
+    reportIfRefused(kTeamComponent, push_.send(url, data));
 }
 
 }  // namespace telephone
