@@ -7,13 +7,13 @@
 #include "platform/management/MgmtAgentIfc.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
+#include "telephone/management/LogComponent.h"
 #include "telephone/management/SettingCheck.h"
 
 namespace telephone {
 
 namespace {
 
-constexpr std::string_view kComponent = "management";
 constexpr char const* kNoItems = "the management data contain no items";
 
 void put(ManageableData& data, std::string const& key, std::string value)

@@ -5,17 +5,16 @@
 #include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/management/LocalManagement.h"
+#include "telephone/management/LogComponent.h"
 
 namespace {
-
-constexpr std::string_view kComponent = "management";
 
 telephone::LocalManagement* findManagement(SvcRTEContext* context)
 {
     auto* const found = context == nullptr ? nullptr : context->findExecutable("LocalMgmtIfc");
     auto* const management = dynamic_cast<telephone::LocalManagement*>(found);
     if (management == nullptr) {
-        telephone::log(kLogFailure, kComponent,
+        telephone::log(kLogFailure, telephone::kComponent,
                        "no configuration store is registered as LocalMgmtIfc: SIP settings are not managed");
     }
     return management;
@@ -69,7 +68,7 @@ void SIPConfigManager::switchOnLampsForForwarding() {}
 
 void SIPConfigManager::checkDhcpProxyAddr()
 {
-    telephone::log(telephone::kLogInfo, kComponent,
+    telephone::log(telephone::kLogInfo, telephone::kComponent,
                    "no proxy address from DHCP: this telephone does not use DHCP, its registrar is the configured one");
 }
 
@@ -101,8 +100,8 @@ void SIPConfigManager::resetUserData()
         return;
     }
     if (auto const reset = state_->management->settings().resetUserSettings(); !reset) {
-        telephone::reportRefusal(kComponent, reset.error());
+        telephone::reportRefusal(telephone::kComponent, reset.error());
         return;
     }
-    telephone::log(telephone::kLogInfo, kComponent, "the user settings have their standard values again");
+    telephone::log(telephone::kLogInfo, telephone::kComponent, "the user settings have their standard values again");
 }

@@ -19,7 +19,7 @@ namespace telephone {
 
 namespace {
 
-constexpr std::string_view kComponent = "settings";
+constexpr std::string_view kSettingsComponent = "settings";
 
 using Values = ConfigurationStore::Values;
 
@@ -50,7 +50,7 @@ Values standardsOf(Configuration const& configuration)
 bool isUsable(std::string const& key, std::string const& value)
 {
     if (auto const checked = checkSetting(key, value); !checked) {
-        log(kLogWarning, kComponent, "stored value ignored: {}", checked.error().reason);
+        log(kLogWarning, kSettingsComponent, "stored value ignored: {}", checked.error().reason);
         return false;
     }
     return findSettingRow(key)->access != SettingAccess::kReadOnly;
@@ -143,7 +143,7 @@ void Settings::State::readOthers(std::vector<std::string>& changed)
     }
     auto loaded = store_->load();
     if (!loaded) {
-        log(kLogFailure, kComponent, "{}", loaded.error().reason);
+        log(kLogFailure, kSettingsComponent, "{}", loaded.error().reason);
         return;
     }
     takeOver(usable(*std::move(loaded)), changed);
@@ -297,7 +297,7 @@ void Settings::report(std::string_view key, std::string_view value)
 {
     auto const* row = findSettingRow(key);
     if (row == nullptr || row->access != SettingAccess::kReadOnly) {
-        log(kLogFailure, kComponent, "not reported: \"{}\" is not a read-only setting", key);
+        log(kLogFailure, kSettingsComponent, "not reported: \"{}\" is not a read-only setting", key);
         return;
     }
     state_->report(key, value);
@@ -315,7 +315,7 @@ int Settings::apply(ManageableData& data, bool changed)
     }
     auto const outcome = setAll(itemsOf(data));
     if (!outcome) {
-        reportRefusal(kComponent, outcome.error());
+        reportRefusal(kSettingsComponent, outcome.error());
     }
     return outcome ? 1 : 0;
 }
