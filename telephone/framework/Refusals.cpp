@@ -38,4 +38,9 @@ std::vector<Refusal> RefusalCollector::take()
     return std::exchange(refusals_, {});
 }
 
+tl::unexpected<Refusal> RefusalCollector::first(Refusal otherwise) const
+{
+    return tl::unexpected<Refusal>(refusals_.empty() ? std::move(otherwise) : refusals_.front());
+}
+
 }  // namespace telephone

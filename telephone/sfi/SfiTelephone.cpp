@@ -9,9 +9,10 @@
 #include "platform/physical/PhysDefs.h"
 #include "telephone/framework/EventDispatcher.h"
 #include "telephone/framework/Log.h"
+#include "telephone/framework/Refusals.h"
 #include "telephone/framework/TimerService.h"
 #include "telephone/lines/Lines.h"
-#include "telephone/management/Settings.h"
+#include "telephone/management/LocalManagement.h"
 #include "telephone/sfi/LogComponent.h"
 #include "telephone/sfi/SettingsCallPolicy.h"
 #include "telephone/sfi/Sfi.h"
@@ -163,7 +164,7 @@ void Sfi::SetAuditoryDevice(AuditoryDeviceIfc* auditoryDevice)
 
 int Sfi::ApplyManageableData(ManageableData& data, bool changed)
 {
-    return settings_.apply(data, changed);
+    return changed || !reportIfRefused(kComponent, settings_.setAll(itemsOf(data))) ? 1 : 0;
 }
 
 int Sfi::GetHotWarmLineStatus(int lineID)

@@ -12,6 +12,7 @@
 #include "telephone/lines/LineTable.h"
 #include "telephone/lines/Lines.h"
 #include "telephone/management/ConfigurationStore.h"
+#include "telephone/management/LocalManagement.h"
 #include "telephone/management/Settings.h"
 #include "telephone/sfi/SettingsCallPolicy.h"
 #include "tests/integration/calls/EnginePhone.h"
@@ -272,14 +273,32 @@ TEST_F(SfiTest, Timer_ExpiresAtTheService)
 TEST_F(SfiTest, ManageableData_IsStored)
 {
     ManageableData data;
-    DataNode value;
-    value.setValue("true");
-    data.setRootId("phone-locked", nullptr);
-    data.populate("phone-locked", value);
+    putItem(data, "phone-locked", "true");
 
-    EXPECT_NE(sfi_.ApplyManageableData(data, false), 0);
+    EXPECT_EQ(sfi_.ApplyManageableData(data, false), 1);
 
     EXPECT_TRUE(sfi_.IsPhoneLocked());
+}
+
+TEST_F(SfiTest, ManageableDataWithARefusedItem_IsRefusedWhole)
+{
+    ManageableData data;
+    putItem(data, "phone-locked", "true");
+    putItem(data, "coffee", "strong");
+
+    EXPECT_EQ(sfi_.ApplyManageableData(data, false), 0);
+
+    EXPECT_FALSE(sfi_.IsPhoneLocked());
+}
+
+TEST_F(SfiTest, NoticeOfTheStore_WritesNothing)
+{
+    ManageableData data;
+    putItem(data, "phone-locked", "true");
+
+    EXPECT_EQ(sfi_.ApplyManageableData(data, true), 1);
+
+    EXPECT_FALSE(sfi_.IsPhoneLocked());
 }
 
 TEST_F(SfiTest, MessageWaitingThatIsNotKnown_LeavesTheRecordAsItIs)
