@@ -8,6 +8,7 @@
 
 #include "telephone/calls/CallEngine.h"
 #include "telephone/framework/Refusals.h"
+#include "telephone/lines/LogComponent.h"
 #include "telephone/sip/DialogSubscription.h"
 #include "telephone/sip/Timer.h"
 #include "telephone/sip/Uri.h"
@@ -118,7 +119,7 @@ public:
             [this](std::vector<sip::DialogEntry> const& dialogs) { tell(partyOf(dialogs)); },
             [this](int status, std::string const& reason) { ended(status, reason); });
         if (!subscribed) {
-            reportRefusal("lines", subscribed.error());
+            reportRefusal(kComponent, subscribed.error());
             retryLater();
             return;
         }
@@ -135,7 +136,7 @@ public:
 private:
     void ended(int status, std::string const& reason)
     {
-        reportRefusal("lines",
+        reportRefusal(kComponent,
                       {RefusalKind::kUnavailable, fmt::format("{} is no longer watched: {} {}; next attempt in {} s",
                                                               number_, status, reason, kRetry.count())});
         subscription_.reset();

@@ -34,7 +34,7 @@ public:
     KeyApplication(KeyApplication const&) = delete;
     KeyApplication& operator=(KeyApplication const&) = delete;
 
-    // The loaded service, once it is initialised; null before it ends. Keys work in between.
+    // The service, once it is initialised; null before it ends. Keys work in between.
     void setService(Executable* service) { service_.set(service); }
     // The next direct-station or busy-lamp key transfers the current call.
     void setTransferMode(bool on);

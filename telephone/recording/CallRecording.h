@@ -36,7 +36,7 @@ public:
     void finish() { finished_ = true; }
     bool isFinished() const { return finished_; }
 
-    // Writes what is queued. False when the recording has finished, or has failed as outcome() says. The recorder's
+    // Writes the queued frames. False when the recording has finished, or has failed as outcome() says. The recorder's
     // thread.
     bool write();
     // Closes the file with a correct header. The recorder's thread.

@@ -10,6 +10,7 @@
 
 #include "platform/sfi/CSfi.h"
 #include "telephone/calls/CallEngine.h"
+#include "telephone/framework/OnlyObject.h"
 
 namespace telephone {
 
@@ -34,9 +35,6 @@ public:
     };
 
     explicit Sfi(Parts const& parts);
-    ~Sfi();
-    Sfi(Sfi const&) = delete;
-    Sfi& operator=(Sfi const&) = delete;
 
     // --- life
     void Initialise(SvcRTEContext* context) override;
@@ -118,6 +116,7 @@ private:
     std::atomic<AuditoryDeviceIfc*> auditoryDevice_{nullptr};
     std::atomic<bool> ended_{false};
     int holdAsked_ = 0;  // the call whose hold was announced last; under the phone lock
+    OnlyObject<Sfi> const only_{*this, "call control"};
 };
 
 }  // namespace telephone
