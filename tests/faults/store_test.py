@@ -97,7 +97,7 @@ class StoreFaults(unittest.TestCase):
         self.set(application, TARGET)
         (telephone.path / "store.db").unlink()
 
-        self.require_kept(telephone, application, "was removed or replaced while the telephone runs")
+        self.require_kept(telephone, application, "was removed or replaced while the telephone was running")
         self.assertFalse((telephone.path / "store.db").exists())
 
     def test_setting_survives_the_end_of_the_process(self):

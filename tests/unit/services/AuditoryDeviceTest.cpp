@@ -11,8 +11,8 @@ namespace {
 class AuditoryDeviceTest : public testing::Test
 {
 protected:
-    AuditoryDeviceTest() { openLog(kLogInfo, folder_.file("log")); }
-    ~AuditoryDeviceTest() override { openLog(kLogInfo, ""); }
+    AuditoryDeviceTest() { EXPECT_TRUE(openLog(kLogInfo, folder_.file("log"))); }
+    ~AuditoryDeviceTest() override { EXPECT_TRUE(openLog(kLogInfo, "")); }
 
     int timesLogged(std::string const& text) const
     {
