@@ -55,22 +55,6 @@ PickupTarget targetOf(sip::DialogEntry const& entry)
     return target;
 }
 
-int rankOf(PartyStatus status)
-{
-    switch (status) {
-    case PartyStatus::kUnknown:
-    case PartyStatus::kIdle:
-        return 0;
-    case PartyStatus::kHolding:
-        return 1;
-    case PartyStatus::kBusy:
-        return 2;
-    case PartyStatus::kRinging:
-        return 3;
-    }
-    return 0;
-}
-
 }  // namespace
 
 WatchedParty partyOf(std::vector<sip::DialogEntry> const& dialogs)
@@ -79,7 +63,7 @@ WatchedParty partyOf(std::vector<sip::DialogEntry> const& dialogs)
     party.status = PartyStatus::kIdle;
     for (auto const& entry : dialogs) {
         auto const status = statusOf(entry);
-        if (rankOf(status) > rankOf(party.status)) {
+        if (status > party.status) {
             party = {status, entry.remote.identity,
                      canBeTakenOver(entry) ? std::optional(targetOf(entry)) : std::nullopt};
         }

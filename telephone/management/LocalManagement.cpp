@@ -56,8 +56,6 @@ LocalManagement::~LocalManagement()
     shutdown();
 }
 
-void LocalManagement::init(Context& /*context*/) {}
-
 void LocalManagement::shutdown()
 {
     endListening(nullptr);

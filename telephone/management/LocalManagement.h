@@ -27,7 +27,7 @@ public:
     ~LocalManagement() override;
 
     // Executable
-    void init(Context& context) override;
+    void init(Context& /*context*/) override {}
     // No agent is notified from now on.
     void shutdown() override;
 

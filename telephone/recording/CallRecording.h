@@ -27,9 +27,6 @@ public:
 
     // Creates the file, which must not exist yet.
     [[nodiscard]] static Outcome<std::shared_ptr<CallRecording>> create(CallSnapshot call, std::string path);
-    ~CallRecording() override;
-    CallRecording(CallRecording const&) = delete;
-    CallRecording& operator=(CallRecording const&) = delete;
 
     void onFrame(sip::AudioFrame const& heard, sip::AudioFrame const& sent) override;
     // Frames are ignored from now on. Any thread.
@@ -40,7 +37,7 @@ public:
     // thread.
     bool write();
     // Closes the file with a correct header. The recorder's thread.
-    void close();
+    void close() { file_.reset(); }
     // Closes and removes the file of a recording that never started.
     void discard();
     // The reason for which the recording ended before its call.

@@ -18,7 +18,7 @@ protected:
     {
         out.str({});
         err.str({});
-        return StoreCommand(configuration, out, err).run(arguments);
+        return runStoreCommand(arguments, configuration, out, err);
     }
 
     Configuration configuration = Configuration::standard();

@@ -31,7 +31,7 @@ TEST_F(KeyApplicationTest, StationKey_TakesItsContextFromTheCalls)
     press(4);
     changeCall(1, 5, sfiCallStateConnected);
     press(4);
-    application_->setTransferMode(true);
+    press(14);
     press(4);
     press(4);
     changeCall(1, 5, sfiCallStateIdle);
