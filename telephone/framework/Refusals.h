@@ -39,10 +39,8 @@ public:
     std::vector<Refusal> take();
 
 private:
-    friend void reportRefusal(std::string_view component, Refusal const& refusal);
-
     std::vector<Refusal> refusals_;
-    RefusalCollector* outer_;
+    std::vector<Refusal>* outer_;  // of the collector around this one
 };
 
 }  // namespace telephone
