@@ -141,7 +141,7 @@ void ApplicationServer::refuse(FileDescriptor socket)
 {
     log(kLogWarning, "applications", "an application is refused: {} are already connected", connections_.size());
     std::string message;
-    appendError(message, "too many applications are connected");
+    appendMessage(message, ApplicationMessageKind::kError, "too many applications are connected");
     [[maybe_unused]] ssize_t const sent =
         send(socket.get(), message.data(), message.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
 }
