@@ -144,11 +144,17 @@ private:
     {
         auto known = namesOf(fields::kPhone, &ConfigurationField<Configuration>::name);
         forEachSection([&known](std::string_view name, auto, auto const&) { known.push_back(name); });
-        for (auto const& [key, node] : file) {
+        return checkNames(file, known, "section or key", "");
+    }
+
+    Outcome<> checkNames(toml::table const& table, std::vector<std::string_view> const& known, std::string_view what,
+                         std::string_view where) const
+    {
+        for (auto const& [key, node] : table) {
             if (std::find(known.begin(), known.end(), key.str()) == known.end()) {
                 return places_.refusal(lineOf(key.source()),
-                                       fmt::format("there is no section or key \"{}\"; the nearest is \"{}\"",
-                                                   key.str(), nearestName(key.str(), known)));
+                                       fmt::format("there is no {} \"{}\"{}; the nearest is \"{}\"", what, key.str(),
+                                                   where, nearestName(key.str(), known)));
             }
         }
         return {};
@@ -162,7 +168,8 @@ private:
             return places_.refusal(lineOf(node.source()),
                                    fmt::format("\"{0}\" takes a section [{0}], not {1}", name, found(node)));
         }
-        return checkKeys(name, *table, sectionFields).and_then([&] {
+        auto const known = namesOf(sectionFields, &Fields::value_type::name);
+        return checkNames(*table, known, "key", fmt::format(" in [{}]", name)).and_then([&] {
             return readFields(name, *table, section, sectionFields);
         });
     }
@@ -179,20 +186,6 @@ private:
         for (auto const& table : *tables) {
             if (auto read = readSection(name, table, elements.emplace_back(), sectionFields); !read) {
                 return read;
-            }
-        }
-        return {};
-    }
-
-    template <typename Fields>
-    Outcome<> checkKeys(std::string_view section, toml::table const& table, Fields const& sectionFields) const
-    {
-        auto const known = namesOf(sectionFields, &Fields::value_type::name);
-        for (auto const& [key, node] : table) {
-            if (std::find(known.begin(), known.end(), key.str()) == known.end()) {
-                return places_.refusal(lineOf(key.source()),
-                                       fmt::format("there is no key \"{}\" in [{}]; the nearest is \"{}\"", key.str(),
-                                                   section, nearestName(key.str(), known)));
             }
         }
         return {};
