@@ -101,7 +101,7 @@ void ApplicationConnection::send()
 void ApplicationConnection::collectEvents()
 {
     while (!isFull()) {
-        auto const events = channel_->events().take(kEventsAtOnce);
+        auto const events = channel_->take(kEventsAtOnce);
         if (events.empty()) {
             return;
         }

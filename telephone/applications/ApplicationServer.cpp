@@ -190,7 +190,7 @@ void ApplicationServer::close(Id id)
     auto const found = connections_.find(id);
     std::unique_ptr<ApplicationConnection> const connection = std::move(found->second);
     connections_.erase(found);
-    std::uint64_t const dropped = connection->channel()->events().dropped();
+    std::uint64_t const dropped = connection->channel()->dropped();
     if (dropped > 0) {
         log(kLogWarning, "applications", "{} did not read: {} events were dropped", connection->channel()->name(),
             dropped);

@@ -79,7 +79,7 @@ TEST_F(TelephoneContextTest, Event_ReachesTheChannelThroughItsProxy)
     dispatcher_.post([](CommunicationsServiceEventIfc& events) { events.callHeld("4711", 1); });
     dispatcher_.stop();
 
-    auto const events = channel->events().take(10);
+    auto const events = channel->take(10);
     ASSERT_EQ(events.size(), 1U);
     EXPECT_EQ(events[0].text, "<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>1</CallID>");
 }
@@ -93,7 +93,7 @@ TEST_F(TelephoneContextTest, CloseChannel_EndsItsSubscription)
     dispatcher_.post([](CommunicationsServiceEventIfc& events) { events.callHeld("4711", 1); });
     dispatcher_.stop();
 
-    EXPECT_TRUE(channel->events().take(10).empty());
+    EXPECT_TRUE(channel->take(10).empty());
     EXPECT_EQ(context_.findProxy(kInterface, "console"), nullptr);
     EXPECT_NE(context_.openChannel("console", 10, {}), nullptr);
 }

@@ -1,16 +1,18 @@
-#include "telephone/framework/EventQueue.h"
+#include "telephone/framework/Channel.h"
 
 #include <algorithm>
 #include <iterator>
 
 namespace telephone {
 
-EventQueue::EventQueue(std::size_t limit, std::function<void()> wake)
-    : limit_(std::max<std::size_t>(limit, 1))
+Channel::Channel(std::string name, FrameworkContext& context, std::size_t queueLimit, std::function<void()> wake)
+    : name_(std::move(name))
+    , context_(context)
+    , limit_(std::max<std::size_t>(queueLimit, 1))
     , wake_(std::move(wake))
 {}
 
-void EventQueue::put(std::string const& text)
+void Channel::sendEvent(std::string const& message)
 {
     bool wasEmpty = false;
     {
@@ -20,14 +22,14 @@ void EventQueue::put(std::string const& text)
             events_.pop_front();
             ++dropped_;
         }
-        events_.push_back({++lastNumber_, text});
+        events_.push_back({++lastNumber_, message});
     }
     if (wasEmpty && wake_) {
         wake_();
     }
 }
 
-std::vector<NumberedEvent> EventQueue::take(std::size_t most)
+std::vector<NumberedEvent> Channel::take(std::size_t most)
 {
     std::lock_guard const lock(mutex_);
     auto const end = events_.begin() + static_cast<std::ptrdiff_t>(std::min(most, events_.size()));
@@ -36,7 +38,7 @@ std::vector<NumberedEvent> EventQueue::take(std::size_t most)
     return taken;
 }
 
-std::uint64_t EventQueue::dropped() const
+std::uint64_t Channel::dropped() const
 {
     std::lock_guard const lock(mutex_);
     return dropped_;
