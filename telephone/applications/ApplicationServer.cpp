@@ -3,6 +3,7 @@
 #include <array>
 #include <cerrno>
 #include <system_error>
+#include <utility>
 
 #include <poll.h>
 #include <sys/epoll.h>
@@ -158,18 +159,11 @@ void ApplicationServer::eventsCame(Id id)
 void ApplicationServer::sendEvents()
 {
     wakeUp_.clear();
-    std::vector<Id> ids;
-    {
-        std::lock_guard const lock(mutex_);
-        ids.swap(withEvents_);
-    }
+    std::unique_lock lock(mutex_);
+    auto const ids = std::exchange(withEvents_, {});
+    lock.unlock();
     for (Id const id : ids) {
-        auto const found = connections_.find(id);
-        if (found == connections_.end()) {
-            continue;
-        }
-        found->second->send();
-        update(id, *found->second);
+        dispatch(id, 0);
     }
 }
 

@@ -314,11 +314,7 @@ std::optional<std::string> ScriptPlayer::rememberedValue(std::string_view tag) c
             return value;
         }
     }
-    if (!equalIgnoringCase(tag, "Line")) {
-        return std::nullopt;
-    }
-    auto const line = values_.find("LineID");
-    return line == values_.end() ? std::nullopt : std::optional(line->second);
+    return equalIgnoringCase(tag, "Line") ? rememberedValue("LineID") : std::nullopt;
 }
 
 Outcome<std::string> ScriptPlayer::replaced(std::string text) const

@@ -49,6 +49,7 @@ private:
         CommunicationsServiceEventIfc* events;
     };
 
+    // With the lock held.
     [[nodiscard]] bool isSubscribed(Executable const* executable) const;
     void run();
     void deliver(Event const& event, std::unique_lock<std::mutex>& lock);

@@ -76,7 +76,7 @@ public:
         return all;
     }
     void endSending() { shutdown(socket_.get(), SHUT_WR); }
-    void vanish() { socket_.close(); }
+    void vanish() { socket_ = FileDescriptor(); }
 
 private:
     FileDescriptor socket_;
