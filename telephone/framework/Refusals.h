@@ -41,10 +41,8 @@ public:
     [[nodiscard]] tl::unexpected<Refusal> first(Refusal otherwise) const;
 
 private:
-    friend void reportRefusal(std::string_view component, Refusal const& refusal);
-
     std::vector<Refusal> refusals_;
-    RefusalCollector* outer_;
+    std::vector<Refusal>* outer_;  // of the collector around this one
 };
 
 }  // namespace telephone
