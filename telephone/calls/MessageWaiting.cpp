@@ -140,7 +140,7 @@ void MessageWaiting::update(Mailbox& mailbox, std::string const& document)
         log(kLogWarning, kComponent, "line {}: a malformed message-summary is ignored", mailbox.line.lineURI);
         return;
     }
-    const sfiMessageWaitingRecord record = recordOf(*summary, !configuration_.voiceMail.empty());
+    sfiMessageWaitingRecord const record = recordOf(*summary, !configuration_.voiceMail.empty());
     if (mailbox.record && same(*mailbox.record, record)) {
         return;
     }

@@ -142,7 +142,7 @@ bool Registrar::update(sip::IncomingRequest& request, std::vector<Binding>& bind
 bool Registrar::bind(sip::IncomingRequest const& request, sip::NameAddr const& contact, std::vector<Binding>& bindings)
 {
     std::string const uri = contact.uri.format();
-    const std::uint32_t sequence = number(request.headers().value("CSeq").substr(0, 10), 0);
+    std::uint32_t const sequence = number(request.headers().value("CSeq").substr(0, 10), 0);
     auto const known = std::find_if(bindings.begin(), bindings.end(),
                                     [&uri](Binding const& binding) { return binding.contact == uri; });
     if (known != bindings.end()) {
@@ -152,8 +152,8 @@ bool Registrar::bind(sip::IncomingRequest const& request, sip::NameAddr const& c
         }
         bindings.erase(known);
     }
-    const std::uint32_t usual = number(request.headers().value("Expires"), kUsualExpires);
-    const std::uint32_t asked = number(contact.parameter("expires").value_or(""), usual);
+    std::uint32_t const usual = number(request.headers().value("Expires"), kUsualExpires);
+    std::uint32_t const asked = number(contact.parameter("expires").value_or(""), usual);
     if (asked == 0) {
         return true;
     }
