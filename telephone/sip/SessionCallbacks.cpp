@@ -49,7 +49,7 @@ void SessionImpl::learnDialog(sip_msg const& message)
             dialogId_.remoteTag = text(message.to.tag);
         }
     }
-    if (const std::string contact = contactOf(message); !contact.empty()) {
+    if (std::string const contact = contactOf(message); !contact.empty()) {
         remoteContact_ = contact;
     }
 }
