@@ -37,7 +37,7 @@ public:
     void subscribe(LineAccount const& line);
     // Takes the document of an unsolicited NOTIFY.
     void received(LineAccount const& line, std::string const& document);
-    void clear();
+    void clear() { mailboxes_.clear(); }
 
 private:
     struct Mailbox

@@ -1,5 +1,4 @@
 // The stack's handlers of a session.
-#include "telephone/sip/EventLoop.h"
 #include "telephone/sip/InvitationReader.h"
 #include "telephone/sip/SessionImpl.h"
 #include "telephone/sip/TransferImpl.h"
