@@ -209,21 +209,6 @@ sfiResult Sfi::SecurityChangeReinvite(sfiCallInfo* call, bool secure)
     return resultOf(engine_.established().changeSecurity(call->callID, secure));
 }
 
-void Sfi::Lock()
-{
-    engine_.lock();
-}
-
-void Sfi::Unlock()
-{
-    engine_.unlock();
-}
-
-SfiMCAMapper* Sfi::GetMCAMapper()
-{
-    return appearances_;
-}
-
 }  // namespace telephone
 
 CSfi* CSfi::GetInstance()

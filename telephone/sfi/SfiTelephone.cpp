@@ -138,9 +138,6 @@ void Sfi::JackEvent()
     log(kLogInfo, kComponent, "a jack was plugged or unplugged");
 }
 
-// The call control shows nothing.
-void Sfi::NotifyViewState(int) {}
-
 void Sfi::NotifyFPKAvailable()
 {
     log(kLogInfo, kComponent, "the programmable keys are available");
@@ -149,17 +146,6 @@ void Sfi::NotifyFPKAvailable()
 int Sfi::StartTimer(int milliseconds)
 {
     return timers_.start(std::chrono::milliseconds(std::max(milliseconds, 0)));
-}
-
-// The call control has no timers of this kind.
-void Sfi::TimerExpired(int) {}
-
-// Keys and lamps reach the calls through the lines.
-void Sfi::SetPhysicalInterface(PhysicalInterfaceServiceIfc*) {}
-
-void Sfi::SetAuditoryDevice(AuditoryDeviceIfc* auditoryDevice)
-{
-    auditoryDevice_ = auditoryDevice;
 }
 
 int Sfi::ApplyManageableData(ManageableData& data, bool changed)
@@ -189,8 +175,5 @@ void Sfi::GetBluetoothLineURI(int, std::string& lineURI, std::string& name)
     lineURI.clear();
     name.clear();
 }
-
-// Each forwarding rule is read when it applies.
-void Sfi::setCFChangesPending(bool) {}
 
 }  // namespace telephone

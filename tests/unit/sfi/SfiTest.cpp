@@ -15,8 +15,8 @@
 #include "telephone/management/LocalManagement.h"
 #include "telephone/management/Settings.h"
 #include "telephone/sfi/SettingsCallPolicy.h"
-#include "tests/integration/calls/EnginePhone.h"
-#include "tests/integration/calls/EventRecorder.h"
+#include "tests/helpers/EnginePhone.h"
+#include "tests/helpers/EventRecorder.h"
 
 namespace telephone::test {
 
@@ -92,7 +92,7 @@ protected:
     // A call to one of bob's lines, connected.
     void connect(int callID, std::string const& line, bool flags = true)
     {
-        const std::string id = std::to_string(callID);
+        std::string const id = std::to_string(callID);
         ASSERT_EQ(make(callID, bob_.uri(line), flags), sfiSuccess);
         ASSERT_TRUE(recorder_.waitFor("state 4711 " + id + " RemoteRinging Normal " + line));
         for (CallSnapshot const& call : bob_.engine().calls()) {
@@ -106,7 +106,7 @@ protected:
     sfiResult hold(int callID, int feature, bool manual)
     {
         sfiCallInfo call = record(1, callID);
-        const std::lock_guard guard(engine_);
+        std::lock_guard const guard(engine_);
         sfi_.SetManualHoldIndication(&call, manual);
         return sfi_.CallFeature(&call, static_cast<sfiFeature>(feature), "", 1);
     }
