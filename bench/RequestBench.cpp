@@ -105,7 +105,7 @@ void mix(benchmark::State& state)
 }
 BENCHMARK(mix);
 
-// How the cost grows with the length of the request: the destination has the length asked for.
+// The cost by length of the request: the destination is padded to the length.
 void requestLength(benchmark::State& state)
 {
     std::string const text =

@@ -1,4 +1,4 @@
-// Takes values out of the bytes that a fuzzer hands to a target. What is asked for beyond the end is zero or empty.
+// Takes values out of the bytes that a fuzzer passes to a target. Beyond the end, every value is zero or empty.
 #pragma once
 
 #include <algorithm>
@@ -55,7 +55,7 @@ private:
     std::string_view rest_;
 };
 
-// What a target found wrong; ends the process, so that the fuzzer keeps the input.
+// Reports a fault and ends the process, so that the fuzzer keeps the input.
 [[noreturn]] inline void complain(std::string const& what)
 {
     std::fprintf(stderr, "%s\n", what.c_str());

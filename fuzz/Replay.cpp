@@ -11,7 +11,7 @@ namespace {
 void play(std::filesystem::path const& file)
 {
     std::ifstream in(file, std::ios::binary);
-    // Of the exact size, so that reading beyond its end is seen.
+    // Its size is exact: the address sanitizer reports a read beyond its end.
     std::vector<std::uint8_t> const bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
     std::cout << file.filename().string() << std::endl;
     LLVMFuzzerTestOneInput(bytes.data(), bytes.size());

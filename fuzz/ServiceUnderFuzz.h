@@ -32,7 +32,7 @@ public:
         world.answer = static_cast<sfiResult>(input.below(6));
     }
 
-    // What holds after every operation.
+    // Checks what must hold after every operation.
     void check() const
     {
         require(!world.teamServiceLockHeld && !world.publicationLockHeld, "a lock of the service is still held");

@@ -1,5 +1,5 @@
-// Documents that other telephones and servers send in notices: read or refused, and what was read is read again the
-// same from what this telephone writes of it.
+// Documents in notifications from other telephones and servers: each is read or refused, and a document that was read
+// survives being written and read again.
 #include "FuzzInput.h"
 #include "telephone/sip/DialogInfo.h"
 

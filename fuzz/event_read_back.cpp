@@ -27,7 +27,7 @@ private:
     FrameworkContext context_;
 };
 
-// The fields of one event as they are expected, in order.
+// The expected fields of one event, in order.
 class Expected
 {
 public:
@@ -126,7 +126,7 @@ void fill(char (&array)[kSize], std::string const& text)
     std::fill(array + size, array + kSize, '\0');
 }
 
-// What is read of such an array: up to its first NUL, and no further than its end.
+// The text in such an array: up to its first NUL or its end.
 std::string shown(std::string const& text)
 {
     return std::string(text.substr(0, sfiReplacesDisplay::kPartySize).c_str());

@@ -1,4 +1,4 @@
-// The tag extractors beside a second, slow and plain implementation of each.
+// Compares each tag extractor with a second implementation, slow and plain.
 #include <climits>
 #include <optional>
 
@@ -60,7 +60,7 @@ int plainState(std::string const& opening, std::string const& message, std::stri
     return value == "sfiServiceInService" ? 0 : value == "sfiServiceDoNotDisturb" ? 2 : 1;
 }
 
-// The look-up by name that the handlers use gives what the extractors give.
+// The handlers' lookup by name returns what the extractors return.
 template <std::size_t kSize>
 void compareByName(std::string const& message, char const (&name)[kSize])
 {

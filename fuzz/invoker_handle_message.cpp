@@ -1,5 +1,5 @@
-// Any bytes as a text request: it is finished once, answered at most once and never with nothing, and no lock stays
-// taken.
+// Any bytes as a text request: it is finished once, answered at most once and never with an empty text, and every lock
+// is released.
 #include "ServiceUnderFuzz.h"
 #include "platform/framework/InvokerResponse.h"
 

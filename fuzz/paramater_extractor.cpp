@@ -1,4 +1,4 @@
-// The reader of key=value texts beside one that is written with the C functions it stands for.
+// Compares the reader of key=value texts with one written with the C functions that it replaces.
 #include <climits>
 #include <cstring>
 

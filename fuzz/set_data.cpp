@@ -1,4 +1,4 @@
-// Any items as management data: what reaches the platform and what is refused is what the rules say.
+// Any items as management data: the items that reach the platform, and those that are refused, follow the rules.
 #include "ServiceUnderFuzz.h"
 #include "platform/management/ManageableData.h"
 #include "tests/model/Rules.h"
@@ -24,7 +24,7 @@ Rules::Items readItems(FuzzInput& input)
     return items;
 }
 
-// Only what a log line or an effect can show of a key.
+// Only the part of a key that a log line or an effect can show.
 std::string printable(std::string key)
 {
     return key.c_str();

@@ -1,8 +1,8 @@
-// What comes in on the SIP port of a running user agent, which rings, answers and ends calls meanwhile. After every
+// Sends any bytes to the SIP port of a running user agent, which rings, answers and ends calls meanwhile. After every
 // input it must still answer an OPTIONS request. Runs of messages are separated by the byte 1; in them @TAG@ becomes
 // the To tag that the user agent gave last, and @PORT@ the port that the messages come from.
 //
-// Nothing leaves the machine: what is sent elsewhere than to loopback is dropped here.
+// Nothing leaves the machine: packets to addresses other than loopback are dropped here.
 #include <array>
 #include <deque>
 #include <memory>
@@ -33,7 +33,7 @@ bool isLoopback(sockaddr const* address)
 }
 }  // namespace
 
-// Take the place of the C library's.
+// These replace the functions of the C library.
 extern "C" ssize_t sendto(int socket, void const* data, size_t size, int flags, sockaddr const* to, socklen_t length)
 {
     if (!isLoopback(to)) {

@@ -12,7 +12,7 @@
 
 namespace telephone {
 
-// Where in the file things are: line numbers from 1; 0: not in the file.
+// Line numbers in the file, from 1; 0: not in the file.
 struct ConfigurationPlaces
 {
     std::string file;

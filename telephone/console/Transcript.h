@@ -22,7 +22,7 @@ public:
     void writeTo(Writer writer) { writer_ = std::move(writer); }
 
     void request(std::string_view text) { mark("request", text); }
-    // Of a request that is done; nothing: it has no answer.
+    // The end of a request, with its answer if it has one.
     void answer(std::optional<std::string> const& text) { mark(text ? "answer" : "finished", text.value_or("")); }
     void event(std::uint64_t number, std::string_view text) { mark("event " + std::to_string(number), text); }
     void error(std::string_view text) { mark("error", text); }

@@ -9,7 +9,7 @@ namespace telephone {
 // sfiSuccess, else sfiFailure.
 sfiResult resultOf(Outcome<> const& outcome);
 
-// Of an operation on call-backs: the kinds of refusal that have a result of their own become that.
+// For operations on call-backs: a refusal becomes sfiFailure or one of the four results of call-backs, by its kind.
 sfiResult callBackResultOf(Outcome<> const& outcome);
 
 }  // namespace telephone

@@ -25,7 +25,7 @@ constexpr int kQuit = 1;
 
 std::atomic<bool> loopExists{false};
 
-// Of the calling thread. There is only one loop.
+// How often this thread holds the lock. There is only one loop.
 thread_local int lockDepth = 0;
 
 // Not a member: remains of a closed user agent live for half a minute, possibly longer than the loop they were made

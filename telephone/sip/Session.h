@@ -123,7 +123,7 @@ public:
     virtual void setObserver(SessionObserver* observer) = 0;  // null: no callbacks
     virtual SessionState state() const = 0;
     virtual bool isOutgoing() const = 0;
-    // Of an incoming call; empty for an outgoing one.
+    // The INVITE of an incoming call; empty for an outgoing one.
     virtual Invitation const& invitation() const = 0;
     virtual DialogId dialogId() const = 0;
     // From or To of the far end, or its latest asserted identity.

@@ -144,7 +144,7 @@ int Process::wait()
         }
         ended_ = true;
         status_ = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-        // What it said last; children of its own may keep the pipe open.
+        // Read its last output; its own children may keep the pipe open.
         while (read(std::chrono::steady_clock::now() + 100ms)) {
         }
     }

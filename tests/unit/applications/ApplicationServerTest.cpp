@@ -288,7 +288,7 @@ TEST_F(ApplicationServerTest, ApplicationThatNeverReads_LosesEventsAndHoldsUpNob
     }
 
     EXPECT_TRUE(lastRead.get());
-    // What it finds when it reads at last ends with the last event, and numbers are missing before.
+    // When it finally reads, it gets the last event, and a gap in the numbers before it.
     std::string all;
     std::string const last = "event " + std::to_string(kEvents) + "\n";
     while (all.find(last) == std::string::npos) {
