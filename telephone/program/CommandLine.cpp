@@ -8,8 +8,6 @@ namespace telephone {
 
 namespace {
 
-constexpr char const* kVersion = "telephone 1.0.0";
-
 constexpr char const* kFooter =
     "Without a command: the console.\n"
     "A request is written as METHOD Tag=value ..., or as it stands: '<Method>GetDevices</Method>'.";
@@ -49,6 +47,9 @@ void addCommands(CLI::App& app, CommandLine& line)
     store->add_option("WORDS", line.words, "list | get KEY | set KEY VALUE");
     // A value may begin with a minus sign.
     store->allow_extras(false);
+    CLI::App* const describe = add(app, line, Action::kDescribe, "describe", "Explains the protocol, or a name of it");
+    describe->add_option("NAME", line.words, "Request, event, enumeration, element, value or word; else an overview");
+    describe->add_flag("--json", line.json, "Everything, as JSON");
     app.require_subcommand(0, 1);
 }
 
@@ -59,7 +60,7 @@ std::optional<CommandLine> CommandLine::read(int count, char const* const* argum
     CommandLine line;
     CLI::App app{"Reference telephone of the SIP communications service", "telephone"};
     app.footer(kFooter);
-    app.set_version_flag("--version", kVersion);
+    app.set_version_flag("--version", std::string("telephone ") + kTelephoneVersion);
     addOptions(app, line);
     addCommands(app, line);
     try {

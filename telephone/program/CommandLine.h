@@ -17,7 +17,10 @@ enum class Action
     kRequest,
     kWatch,
     kStore,
+    kDescribe,
 };
+
+constexpr char const* kTelephoneVersion = "1.0.0";
 
 struct CommandLine
 {
@@ -30,7 +33,8 @@ struct CommandLine
     bool withoutExchange = false;
     int port = 0;                    // of the exchange alone
     std::string script;              // to play; "-": standard input
-    std::vector<std::string> words;  // of a request or of the store
+    std::vector<std::string> words;  // of a request, of the store or of a name to describe
+    bool json = false;               // describe as JSON
 
     // The command line, or the exit status where the program is to end at once: after --help, or a mistake, which is
     // then written to standard error.

@@ -16,5 +16,7 @@ int runExchange(CommandLine const& line, StopSignal const& stop);
 int runRequest(CommandLine const& line, StopSignal const& stop);
 int runWatch(CommandLine const& line, StopSignal const& stop);
 int runStore(CommandLine const& line);
+// The protocol's description; needs no telephone.
+int runDescribe(CommandLine const& line);
 
 }  // namespace telephone

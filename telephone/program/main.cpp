@@ -24,6 +24,8 @@ int run(telephone::CommandLine const& line, telephone::StopSignal const& stop)
         return telephone::runWatch(line, stop);
     case Action::kStore:
         return telephone::runStore(line);
+    case Action::kDescribe:
+        return telephone::runDescribe(line);
     }
     return 1;
 }

@@ -1,0 +1,38 @@
+// How the tables of requests and events read in a sentence: the same words in the console, in `telephone describe` and
+// on the generated pages. Pure functions.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "CommunicationsServiceEvents.h"
+#include "CommunicationsServiceRequests.h"
+
+namespace telephone {
+
+// "number", "text", "flag", "word", "list", "body": one word for a kind of value.
+std::string_view kindName(EventElementKind kind);
+std::string_view kindName(RequestParameterKind kind);
+std::string_view needName(RequestNeed need);
+std::string_view sourceName(EventSource source);
+
+// What values are possible, without the enumeration: "1 or 0", "number, call id", "SIP address".
+std::string valueForm(EventElement const& element);
+std::string valueForm(RequestParameter const& parameter);
+
+// What the service reads when the element is missing: "-1", "true", "empty".
+std::string_view missingValue(RequestParameterKind kind);
+// What it reads, and what that leads to: "-1: refused".
+std::string missingText(RequestParameter const& parameter);
+// What a value leads to that does not exist, is out of range or is not a number; may be empty.
+std::string wrongText(RequestParameter const& parameter);
+
+// "a result word", "a result word and a value, `...,true|false`".
+std::string answerText(RequestDescription const& request);
+
+// A complete request, with the sample of each parameter.
+std::string sampleOf(RequestDescription const& request);
+// An event with "..." for each value.
+std::string formOf(EventDescription const& event);
+
+}  // namespace telephone

@@ -1,0 +1,85 @@
+#include "telephone/protocol/Vocabulary.h"
+
+#include <algorithm>
+#include <charconv>
+#include <optional>
+
+#include "telephone/base/Names.h"
+
+namespace telephone {
+
+namespace {
+
+// A complete decimal, and nothing else.
+std::optional<int> numberIn(std::string_view text)
+{
+    int number = 0;
+    auto const result = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (text.empty() || result.ec != std::errc() || result.ptr != text.data() + text.size()) {
+        return std::nullopt;
+    }
+    return number;
+}
+
+std::string withoutSeparators(std::string_view text)
+{
+    std::string letters(text);
+    std::erase_if(letters, [](char letter) { return letter == ' ' || letter == '-' || letter == '_'; });
+    return letters;
+}
+
+EnumerationValue const* valueIn(Enumeration const& enumeration, std::string_view text)
+{
+    if (enumeration.isOfWords()) {
+        return enumeration.findWord(text);
+    }
+    auto const number = numberIn(text);
+    return number ? enumeration.find(*number) : nullptr;
+}
+
+}  // namespace
+
+std::string nameOfValue(Enumeration const& enumeration, std::string_view value)
+{
+    EnumerationValue const* const found = valueIn(enumeration, value);
+    return found != nullptr ? std::string(found->name) : std::string(value) + "?";
+}
+
+std::string nameOfValue(Enumeration const& enumeration, int value)
+{
+    EnumerationValue const* const found = enumeration.find(value);
+    return found != nullptr ? std::string(found->name) : std::to_string(value) + "?";
+}
+
+Outcome<EnumerationValue const*> findValue(Enumeration const& enumeration, std::string_view typed)
+{
+    if (EnumerationValue const* const found = valueIn(enumeration, typed)) {
+        return found;
+    }
+    std::string const letters = withoutSeparators(typed);
+    auto const* const found = std::find_if(enumeration.begin(), enumeration.end(), [&](auto const& value) {
+        return equalIgnoringCase(withoutSeparators(value.name), letters) || equalIgnoringCase(value.word, typed);
+    });
+    if (found != enumeration.end()) {
+        return found;
+    }
+    return refuse(RefusalKind::kBadInput, "\"" + std::string(typed) + "\" is not a value of " +
+                                              std::string(enumeration.name) +
+                                              suggestion(typed, namesOfValues(enumeration)));
+}
+
+std::string textOfValue(Enumeration const& enumeration, EnumerationValue const& value)
+{
+    return enumeration.isOfWords() ? std::string(value.word) : std::to_string(value.number);
+}
+
+std::vector<std::string_view> namesOfValues(Enumeration const& enumeration)
+{
+    std::vector<std::string_view> names;
+    for (auto const& value : enumeration) {
+        names.push_back(value.name);
+    }
+    return names;
+}
+
+}  // namespace telephone
