@@ -155,7 +155,7 @@ inline constexpr EventDescription kRows[] = {
         "Sent when a pickup has succeeded, just before CallStateChangeEvent with connected."},
     {"callHeld", "CallHeldEvent", "held", telephone,
         {{kLineID, kCallID}},
-        "This telephone holds a call.",
+        "A call is on hold.",
         "Sent when the far end has agreed to the hold, also if the telephone itself held the call to let another one "
         "be active. Held conferences report it for both calls."},
     {"callRetrieved", "CallRetrievedEvent", "retrieved", telephone,
