@@ -237,8 +237,8 @@ inline constexpr EventDescription kRows[] = {
         {{{"deviceId",       text, none, "line id", "Line that do-not-disturb was set for; the first line if it was set for the whole telephone."},
           {"doNotDisturbOn", flag, none, "",        "Whether do-not-disturb is on."}}},
         "Do-not-disturb was set.",
-        "Sent whenever it is set, also to the value it had. Not sent when it is kept for a line whose user is not "
-        "the present one."},
+        "Sent whenever it is set, also to the value it had. Not sent for a line other than the present user's, which is "
+        "the primary line at first."},
     {"agentStateSet", "AgentStateEvent", "agent", telephone,
         {{{"deviceId",   text, none,            "line id", "Line that the state was set for; the first line if the request named no line that exists."},
           {"agentState", text, &e::kAgentState, "",        "The agent's state."}}},

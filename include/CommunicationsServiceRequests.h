@@ -104,7 +104,7 @@ struct RequestDescription
     std::string_view meaning;
     std::string_view addressing;  // which of Line and CallID counts
     std::string_view promise;     // what a good answer promises
-    std::string_view noPromise;   // and what it does not
+    std::string_view noPromise;   // and what it does not; may be empty
     RequestEvents events;         // that follow, in no order
 };
 
@@ -162,7 +162,8 @@ inline constexpr RequestDescription kRows[] = {
     {"OutgoingCallMakeRequest",
         {{kLineOfNewCall, kNewCall, kDestination,
           {"DSSDirectCall",      flag, optional, "1", none, "",
-            "Whether a direct-station key makes the call.", "", "0 in all three flags marks a consultation call, if another call is active"},
+            "Whether a direct-station key makes the call. With 0 in all three flags, and another call active, the "
+            "call counts as a consultation.", "", ""},
           {"BridgeCall",         flag, optional, "0", none, "",
             "Whether the call joins a bridged line; treated like DSSDirectCall on this telephone.", "", ""},
           {"CallCompletionCall", flag, optional, "0", none, "",
@@ -170,9 +171,9 @@ inline constexpr RequestDescription kRows[] = {
         A::resultWord, "", {{}},
         "Makes a call.",
         "Line says where the new call goes out; CallID is the id of the new call, not of a call that exists.",
-        "The call has been begun: its id is taken, and the active call, if there is one, is being put on hold.",
-        "That the destination exists or answers. Refused while the telephone is out of service, locked for the "
-        "number or barred for outgoing calls.",
+        "The call has been begun: its id is taken, and the active call, if there is one, is being put on hold. "
+        "Refused while the telephone is out of service, locked for the number or barred for outgoing calls.",
+        "That the destination exists or answers.",
         {{"CallStateChangeEvent", "CallHeldEvent", "RemoteEndpointDetailsChangedEvent", "callCompletionEvent"}}},
     {"AcceptCall",
         {{kAnyLine, kCall,
@@ -181,9 +182,10 @@ inline constexpr RequestDescription kRows[] = {
         A::resultWord, "", {{}},
         "Lets an offered call ring.",
         "CallID counts; Line does not.",
-        "With AutoAnswer 0: the call is ringing, and the caller has been told.",
-        "Anything, with AutoAnswer 1 or without it: success is then the answer even if there is no such call. It "
-        "does not answer the call. Calls ring by themselves unless the configuration says otherwise.",
+        "With AutoAnswer 0: the call is ringing, and the caller has been told. Calls ring by themselves unless the "
+        "configuration says otherwise.",
+        "That anything has happened if AutoAnswer is 1 or missing: success is then the answer even if there is no "
+        "such call. The call is not answered.",
         {{"CallStateChangeEvent"}}},
     {"AnswerCall",
         {{{"Line",   text,    required, "4711", none, "line id",
@@ -218,8 +220,8 @@ inline constexpr RequestDescription kRows[] = {
         "Puts a call on hold.",
         "CallID counts; Line does not.",
         "The far end is being asked. A held conference is held as a whole.",
-        "That the far end agrees: CallHeldEvent or FeatureFailedEvent says. A call that is held already is a success "
-        "without an event.",
+        "That the far end agrees: CallHeldEvent or FeatureFailedEvent says so. For a call that is held already, an "
+        "event.",
         {{"CallHeldEvent", "FeatureFailedEvent"}}},
     {"RetrieveCall",
         {{{"Line",   text,    required, "4711", none, "line id",
@@ -230,9 +232,9 @@ inline constexpr RequestDescription kRows[] = {
         "Takes a call back from hold.",
         "On a keyset both count: CallID names a call of Line; otherwise a held call of Line is taken. On a telephone "
         "of one line only CallID counts.",
-        "On a telephone of one line: the far end is being asked, and an active call is put on hold first.",
-        "Anything, on a keyset: success is then the answer even if there is nothing to retrieve. CallRetrievedEvent "
-        "or FeatureFailedEvent says what happened.",
+        "On a telephone of one line: the far end is being asked; an active call is put on hold first.",
+        "That anything is retrieved, on a keyset: success is the answer there in any case. CallRetrievedEvent or "
+        "FeatureFailedEvent says what happened.",
         {{"CallRetrievedEvent", "CallHeldEvent", "FeatureFailedEvent", "CallStateChangeEvent"}}},
     {"Consult",
         {{kLineOfNewCall, kNewCall, kDestination}},
@@ -240,9 +242,9 @@ inline constexpr RequestDescription kRows[] = {
         "Makes a consultation call beside the active call.",
         "Line says where the new call goes out; CallID is the id of the new call, not of a call that exists. The "
         "active call needs no HoldCall: it is held automatically.",
-        "The call has been begun: its id is taken, and the active call is being put on hold.",
-        "That the destination exists or answers. If the active call cannot be held, the new call fails. Unlike "
+        "The call has been begun: its id is taken, and the active call is being put on hold. Unlike "
         "OutgoingCallMakeRequest it is not checked against the lock and the dial restriction.",
+        "That the destination exists or answers. If the active call cannot be held, the new call fails.",
         {{"CallHeldEvent", "CallStateChangeEvent", "RemoteEndpointDetailsChangedEvent"}}},
     {"AttendedTransfer",
         {{kAnyLine, kActiveCall,
@@ -253,7 +255,7 @@ inline constexpr RequestDescription kRows[] = {
         "heldCall counts; Line and activeCall do not. The other call is the active one, else one whose party is "
         "still ringing, else the call that was held last. CallID is not read.",
         "The party of heldCall has been asked to call the other party.",
-        "That the transfer succeeds: FeatureSuccessEvent or FeatureFailedEvent says. On success both calls end "
+        "That the transfer succeeds: FeatureSuccessEvent or FeatureFailedEvent says so. On success both calls end "
         "(idle, transferred).",
         {{"CallStateChangeEvent", "FeatureSuccessEvent", "FeatureFailedEvent"}}},
     {"BlindTransfer",
@@ -265,8 +267,8 @@ inline constexpr RequestDescription kRows[] = {
         "Transfers a call to a destination without asking it first.",
         "CallID counts; Line does not.",
         "The far end has been asked to call the destination.",
-        "That the transfer succeeds: FeatureSuccessEvent or FeatureFailedEvent says. On success the call ends (idle, "
-        "transferred).",
+        "That the transfer succeeds: FeatureSuccessEvent or FeatureFailedEvent says so. On success the call ends "
+        "(idle, transferred).",
         {{"CallStateChangeEvent", "FeatureSuccessEvent", "FeatureFailedEvent"}}},
     {"RefuseCall",
         {{kAnyLine,
@@ -278,7 +280,7 @@ inline constexpr RequestDescription kRows[] = {
         "Refuses a ringing call.",
         "CallID counts; Line does not.",
         "The caller has been told, and the call is over.",
-        "Nothing beyond that.",
+        "",
         {{"CallStateChangeEvent"}}},
     {"CallClearRequest",
         {{kAnyLine, kCall,
@@ -312,24 +314,24 @@ inline constexpr RequestDescription kRows[] = {
     {"ActivateCallbackRinging",
         {{kAnyLine,
           {"CallID", integer, required, "2", none, "call id",
-            "A call from here whose party is ringing, or was ringing when it ended.", "sfiFailureCallBackNoCallInfo", "no such call: sfiFailureCallBackNoCallInfo"}}},
+            "A call from here whose party is ringing, or was ringing when it ended.", "sfiFailureCallBackNoCallInfo", "no such call: sfiFailureCallBackNoCallInfo; its party is not ringing: sfiFailureCallBackInvalidState"}}},
         A::resultWord, "", {{}},
         "Sets a call-back on a party that does not answer.",
         "CallID counts; Line does not. The call may be over: the telephone remembers the last 32 calls made.",
         "The party's side has been asked to report when the party is free.",
-        "That it agrees: callCompletionEvent (activated) or callCompletionFailedEvent says. The telephone does not "
-        "call by itself: on callCompletionEvent (ready), make the call.",
+        "That it agrees: callCompletionEvent (activated) or callCompletionFailedEvent says so. The telephone does "
+        "not call by itself: on callCompletionEvent (ready), make the call.",
         {{"callCompletionEvent", "callCompletionFailedEvent"}}},
     {"ActivateCallbackBusy",
         {{kAnyLine,
           {"CallID", integer, required, "2", none, "call id",
-            "A call from here that ended because its party was busy.", "sfiFailureCallBackNoCallInfo", "no such call: sfiFailureCallBackNoCallInfo"}}},
+            "A call from here that ended because its party was busy.", "sfiFailureCallBackNoCallInfo", "no such call: sfiFailureCallBackNoCallInfo; its party is not busy: sfiFailureCallBackInvalidState"}}},
         A::resultWord, "", {{}},
         "Sets a call-back on a party that is busy.",
         "CallID counts; Line does not. The call may be over: the telephone remembers the last 32 calls made.",
         "The party's side has been asked to report when the party is free.",
-        "That it agrees: callCompletionEvent (activated) or callCompletionFailedEvent says. The telephone does not "
-        "call by itself: on callCompletionEvent (ready), make the call.",
+        "That it agrees: callCompletionEvent (activated) or callCompletionFailedEvent says so. The telephone does "
+        "not call by itself: on callCompletionEvent (ready), make the call.",
         {{"callCompletionEvent", "callCompletionFailedEvent"}}},
     {"CancelCallbacks",
         {{kAnyLine,
@@ -344,8 +346,8 @@ inline constexpr RequestDescription kRows[] = {
         A::resultWord, "", {{}},
         "Cancels call-backs.",
         "URI counts if it is present, else CallID; Line does not.",
-        "All call-backs that were meant are cancelled.",
-        "Nothing beyond that. sfiFailureCallBackNoCallInfo: none was meant.",
+        "All call-backs that were meant are cancelled. sfiFailureCallBackNoCallInfo: there was none.",
+        "",
         {{"callCompletionEvent"}}},
     {"DirectedPickupCall",
         {{kLineOfNewCall, kNewCall,
@@ -358,31 +360,31 @@ inline constexpr RequestDescription kRows[] = {
         "Picks up a call that is ringing at another number.",
         "Line says where the new call goes out; CallID is the id of the new call, not of a call that exists.",
         "The pickup has been begun: the id is taken.",
-        "That there is a call to pick up: FeatureSuccessEvent or FeatureFailedEvent says; after a failure the call "
-        "ends.",
+        "That there is a call to pick up: FeatureSuccessEvent or FeatureFailedEvent says so; after a failure the "
+        "call ends.",
         {{"CallStateChangeEvent", "CallHeldEvent", "IncomingPickupCallEvent", "FeatureSuccessEvent", "FeatureFailedEvent"}}},
     {"GroupPickupCall",
         {{kLineOfNewCall, kNewCall}},
         A::resultWord, "", {{}},
         "Picks up a call that is ringing in the group.",
         "Line says where the new call goes out; CallID is the id of the new call, not of a call that exists.",
-        "The pickup number of the group is being called.",
-        "That there is a call to pick up: FeatureSuccessEvent or FeatureFailedEvent says; after a failure the call "
-        "ends. Refused if no such number is configured.",
+        "The pickup number of the group is being called. Refused if no such number is configured.",
+        "That there is a call to pick up: FeatureSuccessEvent or FeatureFailedEvent says so; after a failure the "
+        "call ends.",
         {{"CallStateChangeEvent", "CallHeldEvent", "IncomingPickupCallEvent", "FeatureSuccessEvent", "FeatureFailedEvent"}}},
     {"ConferenceCall",
         {{kAnyLine, kActiveCall,
           {"heldCall", integer, required, "2", none,         "call id",
             "One of the two calls.", "refused", "no such call: refused"},
-          {"feature",  integer, optional, "3", &e::kFeature, "3",
-            "What to do with the two calls; anything but 4 makes a conference.", "a conference", "4 makes an attended transfer; any other number: a conference"}}},
+          {"feature",  integer, optional, "3", &e::kFeature, "3 or 4",
+            "What to do with the two calls: 4 is an attended transfer, anything else a conference.", "a conference", "any other number: a conference"}}},
         A::resultWord, "", {{}},
         "Joins two calls into a conference.",
         "heldCall counts; Line and activeCall do not. The other call is the active one, else the call that was held "
         "last. CallID is not read.",
-        "The conference is being made; held calls are being retrieved for it.",
-        "That it comes about: FeatureSuccessEvent and conferenceStatusEvent say so. A conference has three parties "
-        "and no more.",
+        "The conference is being made; held calls are being retrieved for it. Refused if one of the calls is in a "
+        "conference already: a conference has three parties and no more.",
+        "That it comes about: FeatureSuccessEvent and conferenceStatusEvent say so.",
         {{"CallRetrievedEvent", "CallStateChangeEvent", "FeatureSuccessEvent", "conferenceStatusEvent", "FeatureFailedEvent"}}},
     {"SetServiceState",
         {{{"state", serviceState, required, "sfiServiceInService", &e::kServiceState, "",
@@ -391,7 +393,8 @@ inline constexpr RequestDescription kRows[] = {
         "Sets the state of the service.",
         "Neither Line nor CallID: the request concerns the whole telephone.",
         "The state is set. Out of service, lines give up their registration; otherwise they register.",
-        "That the lines are registered: RegistrationStateChangeEvent says. There is no event for the state itself.",
+        "That the lines are registered: RegistrationStateChangeEvent says so. An event for the state itself: there "
+        "is none.",
         {{"RegistrationStateChangeEvent"}}},
     {"GetServiceState",
         {{}},
@@ -399,21 +402,22 @@ inline constexpr RequestDescription kRows[] = {
         {{{"value", K::text, &e::kServiceState, "", "State of the service."}}},
         "Asks for the state of the service.",
         "Neither Line nor CallID: the request concerns the whole telephone.",
-        "The state that was set last; in service at the start.",
-        "That the telephone is ready or any line registered: it is \"in service\" from the start.",
+        "The state that was set last.",
+        "That the telephone is ready, or any line registered: the service is in service from the start.",
         {{}}},
     {"SetDoNotDisturb",
         {{{"Line",           text, required, "4711", none, "line id",
-            "Line of the user who does not want to be disturbed.", "nothing is set on a keyset", "unknown line: as missing"},
+            "Line whose calls are refused.", "nothing is set on a keyset", "unknown line: as missing"},
           {"doNotDisturbOn", flag, required, "1",    none, "",
             "Whether do-not-disturb is on.", "it is switched on", ""}}},
         A::resultWord, "", {{}},
         "Switches do-not-disturb.",
-        "Line counts on a keyset: the setting is kept for that line, and takes effect if its user is the present one "
-        "(the primary line's at first). On a telephone of one line it is the telephone's.",
-        "Refused only if the configuration forbids do-not-disturb.",
-        "That it takes effect: it does for the present user's line only, and DoNotDisturbEvent says so. Another "
-        "line's setting is kept without an event. Features held by the server may refuse it silently.",
+        "On a keyset Line counts: calls to that line are refused. On a telephone of one line it does not matter.",
+        "Calls to the line are refused or accepted from now on. The request is refused only if the configuration "
+        "forbids do-not-disturb.",
+        "An event for a line other than the present user's (at first the primary line): such a setting takes effect "
+        "without one, and GetDoNotDisturb does not show it. An effect, if the line does not exist or the store "
+        "refuses the value.",
         {{"DoNotDisturbEvent"}}},
     {"GetDoNotDisturb",
         {{{"deviceID", text, unused, "4711", none, "line id",
@@ -422,8 +426,8 @@ inline constexpr RequestDescription kRows[] = {
         {{{"value", K::text, none, "true or false", "Whether do-not-disturb is on."}}},
         "Asks whether do-not-disturb is on.",
         "Neither Line nor CallID: the request concerns the whole telephone. The device is not used.",
-        "Whether it is on for the telephone or for any of its lines.",
-        "Anything about one line.",
+        "Whether it is on for the whole telephone or for the present user's line.",
+        "Anything about another line.",
         {{}}},
     {"SetAgentState",
         {{{"Line",       text, optional, "4711",  none,            "line id",
@@ -433,8 +437,9 @@ inline constexpr RequestDescription kRows[] = {
         A::resultWord, "", {{}},
         "Sets the agent state.",
         "Line only says which line the event names and which server is told: the telephone has one agent.",
-        "The state is kept, unless the store refuses it.",
-        "That the server has accepted it. Refused, except for loggedOff, if the configuration has no agent.",
+        "The state is kept, unless the store refuses it. The request is refused, except for loggedOff, if the "
+        "configuration has no agent.",
+        "That the server accepts it.",
         {{"AgentStateEvent"}}},
     {"GenerateDigits",
         {{kAnyLine,
@@ -446,7 +451,7 @@ inline constexpr RequestDescription kRows[] = {
         "Sends digits in a call.",
         "activeCall counts; Line does not. CallID is not read.",
         "The digits are being sent, in the way that SendOptions names.",
-        "That the far end understands them. There is no event.",
+        "That the far end understands them. An event: there is none.",
         {{}}},
     {"GetDevices",
         {{}},
@@ -454,8 +459,8 @@ inline constexpr RequestDescription kRows[] = {
         "Asks for the devices that can be monitored.",
         "Neither Line nor CallID: the request concerns the whole telephone.",
         "<prime:LINE> for every line, run together: <prime:4711><prime:4712>. <groupPickup:NUMBER> follows if the "
-        "telephone has a number for group pickup. It is not XML.",
-        "That the lines are registered. Answered sfiFailure if there is no line.",
+        "telephone has a number for group pickup. It is not XML. sfiFailure: there is no line.",
+        "That the lines are registered.",
         {{}}},
     {"SetMicrophoneMute",
         {{{"Status", flag, required, "1", none, "",
@@ -464,7 +469,7 @@ inline constexpr RequestDescription kRows[] = {
         "Mutes the microphone.",
         "Neither Line nor CallID: the request concerns the whole telephone.",
         "The microphone is muted or not, in present and later calls.",
-        "There is no event.",
+        "An event: there is none.",
         {{}}},
     {"GetMicrophoneMute",
         {{}},
@@ -473,7 +478,7 @@ inline constexpr RequestDescription kRows[] = {
         "Asks whether the microphone is muted.",
         "Neither Line nor CallID: the request concerns the whole telephone.",
         "The present setting.",
-        "Nothing beyond that.",
+        "",
         {{}}},
     {"getManualHoldIndication",
         {{kAnyLine,
@@ -491,8 +496,8 @@ inline constexpr RequestDescription kRows[] = {
         A::resultWord, "", {{}},
         "Starts SIP operation.",
         "Neither Line nor CallID: the request concerns the whole telephone.",
-        "Lines are being registered. The telephone does so at its start.",
-        "That the lines are registered: RegistrationStateChangeEvent says.",
+        "The lines are being registered. At its start the telephone does this by itself.",
+        "That the lines are registered: RegistrationStateChangeEvent says so.",
         {{"RegistrationStateChangeEvent"}}},
     {"Deactivate",
         {{{"AllowAutoActivate", flag, unused, "1", none, "",
@@ -511,7 +516,7 @@ inline constexpr RequestDescription kRows[] = {
         "Sends a CSTA request to the server of a line.",
         "Line counts, and must be the last element before the body.",
         "The request is being sent.",
-        "That the server accepts it: b2buaCSTAResponse says.",
+        "That the server accepts it: b2buaCSTAResponse says so.",
         {{"b2buaCSTAResponse", "b2buaCSTAEventOrRequest"}}},
     {"InitializeOrFinalizeServerFeatures",
         {{{"Line",       text, optional, "4711", none, "line id",
@@ -522,7 +527,7 @@ inline constexpr RequestDescription kRows[] = {
         "Starts or ends the features that the server provides for a line.",
         "Line counts.",
         "Nothing: there is no answer.",
-        "That the server has heard of it: serverFeatureStatusEvent says.",
+        "That the server has heard of it: serverFeatureStatusEvent says so.",
         {{"serverFeatureStatusEvent", "b2buaCSTAEventOrRequest"}}},
     {"AlternateCalls",
         {{{"Line", text, optional, "4711", none, "line id",
@@ -533,7 +538,7 @@ inline constexpr RequestDescription kRows[] = {
         "CallID is not read.",
         "The active call is being put on hold, and the held call is retrieved after it. Refused if there is no "
         "active or no held call.",
-        "That both far ends agree: FeatureSuccessEvent (alternate) or FeatureFailedEvent says.",
+        "That both far ends agree: FeatureSuccessEvent (alternate) or FeatureFailedEvent says so.",
         {{"CallHeldEvent", "CallRetrievedEvent", "FeatureSuccessEvent", "FeatureFailedEvent"}}},
     {"GetMessageWaitingIndicator",
         {{}},
@@ -573,7 +578,7 @@ inline constexpr RequestDescription kRows[] = {
           {"lampId",   text,    required, "Hold", &e::kLamp,     "",
             "The lamp.", "nothing happens", "an unknown word: nothing happens"},
           {"lampMode", integer, required, "2",    &e::kLampMode, "0 to 3",
-            "How the lamp is to shine.", "nothing happens", "any other number: nothing happens; not a number switches the lamp off"}}},
+            "How the lamp is to shine.", "nothing happens", "any other number: nothing happens"}}},
         A::resultWord, "", {{}},
         "Sets the lamp Hold or SecondAlert.",
         "Neither: the two lamps belong to the whole telephone.",
@@ -590,11 +595,11 @@ inline constexpr RequestDescription kRows[] = {
         "Negotiates the audio of a call again.",
         "CallID counts; Line does not.",
         "The far end is being asked.",
-        "That it agrees: securityStatusChanged or FeatureFailedEvent says.",
+        "That it agrees: securityStatusChanged or FeatureFailedEvent says so.",
         {{"securityStatusChanged", "FeatureFailedEvent"}}},
     {"setForwardingConfiguration",
         {{{"Line",            text,    required, "4711", none,                "line id",
-            "Line of the user whose rule it is.", "nothing is set on a keyset", "unknown line: as missing"},
+            "Line whose calls the rule forwards.", "nothing is set on a keyset", "unknown line: as missing"},
           {"fwType",          integer, required, "6",    &e::kForwardingType, "0 to 9",
             "Which rule; 9 sets the destination of the alternative forwarding key only.", "nothing is set", "any other number: nothing is set"},
           {"status",          flag,    required, "1",    none,                "",
@@ -602,16 +607,17 @@ inline constexpr RequestDescription kRows[] = {
           {"uri",             text,    required, "102",  none,                "number or SIP address",
             "Where calls go; send it with status 0 too.", "the destination is lost, and a rule that is on forwards nothing", "not a number or an address: the rule forwards nothing"},
           {"cfnrRingCount",   integer, optional, "4",    none,                "number of rings, 0 to 99",
-            "Rings before the no-reply rules apply, 0: they never do; read with type 6 only, and meant for all of them.", "of type 6: the number stays as it was", "out of range: the number stays as it was"},
+            "Rings before the no-reply rules apply, 0: they never do; read with type 6 only, and meant for all of "
+            "them.", "of type 6: the number stays as it was", "out of range: the number stays as it was"},
           {"forceQORAUpdate", flag,    optional, "0",    none,                "",
             "Whether to write to the store what has not changed either.", "", ""}}},
         A::resultWord, "", {{}},
         "Sets a forwarding rule.",
-        "Line counts on a keyset: the rule is kept for that line, and takes effect for the telephone if its user is "
-        "the present one. On a telephone of one line it is the telephone's.",
+        "On a keyset Line counts: the rule forwards calls to that line. On a telephone of one line it does not "
+        "matter.",
         "Nothing: success is the answer even if the type or the line does not exist or the store refuses a value.",
-        "That the rule is kept: getForwardingConfiguration shows the rules in force. There is no event; "
-        "CallForwardedEvent reports each call that is forwarded.",
+        "That the rule is kept: for the present user's line, getForwardingConfiguration shows it. An event for the "
+        "change: CallForwardedEvent only reports each call that is forwarded.",
         {{"CallForwardedEvent"}}},
     {"getForwardingConfiguration",
         {{{"fwType", integer, required, "6", &e::kForwardingType, "0 to 8",
@@ -621,13 +627,12 @@ inline constexpr RequestDescription kRows[] = {
         {{{"sfiResult",     K::text,    &e::kResult, "",                      "sfiSuccess, or sfiFailure for a type that cannot be read."},
           {"status",        K::flag,    none,        "",                      "Whether the rule is on."},
           {"uri",           K::text,    none,        "number or SIP address", "Where calls go; may be empty."},
-          {"cfnrRingCount", K::integer, none,        "number of rings",       "Rings before \"nobody answers\" applies; 0 for every type but 6."}}},
+          {"cfnrRingCount", K::integer, none,        "number of rings",       "Rings before the no-reply rules apply; 0 for every type but 6."}}},
         "Asks for a forwarding rule.",
-        "Neither Line nor CallID: the request concerns the whole telephone. There is no Line: the rules are those in "
-        "force for the present user.",
-        "The rule as it is in the store.",
-        "Anything about another line's rules. With sfiFailure the other values are 0 and empty; the text does not "
-        "begin with the result word.",
+        "Neither Line nor CallID: the request concerns the whole telephone. The rules are those of the present "
+        "user's line, at first the primary line.",
+        "The rule as it is in the store. With sfiFailure the other values are 0 and empty.",
+        "Anything about another line's rules. That the text begins with the result word: it does not.",
         {{}}},
     {"setIsInServiceInitiatedState",
         {{{"Line",                      text, required, "4711", none, "line id",
@@ -638,7 +643,7 @@ inline constexpr RequestDescription kRows[] = {
         "Tells that a line is off the hook and has no call yet.",
         "Line counts.",
         "Nothing: there is no answer.",
-        "That the line was free. There is no event.",
+        "That the line was free. An event: there is none.",
         {{}}},
     {"SendUACSTAServerMessage",
         {{{"Line", text, unused,   "4711", none, "line id",
@@ -649,7 +654,7 @@ inline constexpr RequestDescription kRows[] = {
         "Sends a CSTA message to the server.",
         "Neither: the first line is used. Line must still be the last element before the body.",
         "Nothing: the answer is always the same.",
-        "That anything was sent: b2buaCSTAResponse says.",
+        "That anything was sent: b2buaCSTAResponse says so.",
         {{"b2buaCSTAResponse", "b2buaCSTAEventOrRequest"}}},
     {"callbackDOFeatureCallID",
         {{{"CallID",     text,    required, "2", none, "call id, any text",
@@ -660,7 +665,7 @@ inline constexpr RequestDescription kRows[] = {
         "Tells the call id that a feature of an instance got.",
         "CallID is kept as a text; it need not be a call.",
         "Nothing: there is no answer.",
-        "Nothing beyond that. There is no event.",
+        "An event: there is none.",
         {{}}},
 };
 // clang-format on

@@ -75,12 +75,15 @@ std::string code(std::string_view text)
     return "`" + std::string(text) + "`";
 }
 
-// A table's cell: a bar would end it.
-std::string cell(std::string_view text)
+// Text in which nothing is markup: a bar would end a table's cell, and "<" would begin HTML.
+std::string plain(std::string_view text)
 {
     std::string escaped;
     for (char const letter : text) {
-        escaped += letter == '|' ? std::string("\\|") : std::string(1, letter);
+        if (letter == '|' || letter == '<' || letter == '*') {
+            escaped += '\\';
+        }
+        escaped += letter;
     }
     return escaped;
 }
@@ -99,19 +102,17 @@ std::string link(std::string_view page, std::string_view name)
     return "[" + std::string(name) + "](" + std::string(page) + "#" + anchorOf(name) + ")";
 }
 
-std::string typeCell(std::string const& form, Enumeration const* values)
+std::string linkOf(Enumeration const* values)
 {
-    return values == nullptr ? form : form + " of " + link("enumerations.md", values->name);
+    return values == nullptr ? std::string() : link("enumerations.md", values->name);
 }
 
-// "Missing" and "wrong" of a parameter, as one cell.
-std::string wrongCell(RequestParameter const& parameter)
+std::string rowOf(RequestParameter const& parameter)
 {
-    if (parameter.need == RequestNeed::unused) {
-        return {};
-    }
-    std::string const wrong = wrongText(parameter);
-    return missingText(parameter) + (wrong.empty() ? "" : ". Wrong: " + wrong);
+    bool const isUsed = parameter.need != RequestNeed::unused;
+    return "| " + code(parameter.tag) + " | " + plain(valueForm(parameter, linkOf(parameter.values))) + " | " +
+           std::string(needName(parameter.need)) + " | " + plain(parameter.meaning) + " | " +
+           (isUsed ? plain(missingText(parameter)) : "") + " | " + plain(parameter.wrong) + " |\n";
 }
 
 std::string tableOf(RequestParameters const& parameters)
@@ -119,11 +120,9 @@ std::string tableOf(RequestParameters const& parameters)
     if (parameters.size() == 0) {
         return {};
     }
-    std::string table = "| Parameter | Value | | Meaning | If missing |\n|---|---|---|---|---|\n";
+    std::string table = "| Parameter | Value | | Meaning | If missing | If wrong |\n|---|---|---|---|---|---|\n";
     for (auto const& parameter : parameters) {
-        table += "| " + code(parameter.tag) + " | " + typeCell(valueForm(parameter), parameter.values) + " | " +
-                 std::string(needName(parameter.need)) + " | " + cell(parameter.meaning) + " | " +
-                 cell(wrongCell(parameter)) + " |\n";
+        table += rowOf(parameter);
     }
     return table + "\n";
 }
@@ -135,8 +134,8 @@ std::string tableOf(EventElements const& elements)
     }
     std::string table = "| Element | Value | Meaning |\n|---|---|---|\n";
     for (auto const& element : elements) {
-        table += "| " + code(element.tag) + " | " + typeCell(valueForm(element), element.values) + " | " +
-                 cell(element.meaning) + " |\n";
+        table += "| " + code(element.tag) + " | " + plain(valueForm(element, linkOf(element.values))) + " | " +
+                 plain(element.meaning) + " |\n";
     }
     return table + "\n";
 }
@@ -156,10 +155,12 @@ std::string sectionOf(RequestDescription const& request)
 {
     std::string text = "\n## " + std::string(request.name) + "\n\n" + std::string(request.meaning) + "\n\n";
     text += tableOf(request.parameters);
-    text += "- **What counts:** " + std::string(request.addressing) + "\n";
+    text += "- **What counts:** " + plain(request.addressing) + "\n";
     text += "- **Answer:** " + answerText(request) + ".\n";
-    text += "- **It promises:** " + std::string(request.promise) + "\n";
-    text += "- **It does not promise:** " + std::string(request.noPromise) + "\n";
+    text += "- **It promises:** " + plain(request.promise) + "\n";
+    if (!request.noPromise.empty()) {
+        text += "- **It does not promise:** " + plain(request.noPromise) + "\n";
+    }
     text += "- **Events:** " + eventsOf(request) + "\n\n";
     if (request.answerElements.size() > 0) {
         text += "In the answer:\n\n" + tableOf(request.answerElements);
@@ -171,7 +172,7 @@ std::string sectionOf(EventDescription const& event)
 {
     std::string text = "\n## " + std::string(event.operation) + "\n\n" + std::string(event.meaning) + "\n\n";
     text += tableOf(event.elements);
-    text += std::string(event.when) + "\n";
+    text += plain(event.when) + "\n";
     return event.method.empty() ? text : text + "\n```\n" + formOf(event) + "\n```\n";
 }
 
@@ -182,7 +183,7 @@ std::string sectionOf(Enumeration const& enumeration)
                        carried + " | Name | Meaning |\n|---|---|---|\n";
     for (auto const& value : enumeration) {
         text += "| " + code(textOfValue(enumeration, value)) + " | " + std::string(value.name) + " | " +
-                std::string(value.meaning) + " |\n";
+                plain(value.meaning) + " |\n";
     }
     return text;
 }

@@ -13,6 +13,17 @@ std::string joined(std::string_view first, std::string_view separator, std::stri
     return text.append(second);
 }
 
+// "number of messages" says already that it is one.
+std::string numberForm(std::string_view form)
+{
+    return form.substr(0, 6) == "number" ? std::string(form) : joined("number", ", ", form);
+}
+
+std::string enumeratedForm(bool isWord, std::string const& enumeration, std::string_view range)
+{
+    return joined((isWord ? "word of " : "number of ") + enumeration, ", ", range);
+}
+
 std::string element(std::string_view tag, std::string_view value)
 {
     std::string const name(tag);
@@ -84,43 +95,45 @@ std::string_view sourceName(EventSource source)
     return {};
 }
 
-std::string valueForm(EventElement const& element)
+std::string valueForm(EventElement const& element, std::string const& enumeration)
 {
+    if (!enumeration.empty()) {
+        return enumeratedForm(element.kind == EventElementKind::text, enumeration, element.form);
+    }
     switch (element.kind) {
     case EventElementKind::text:
-        return std::string(element.values != nullptr ? "word" : element.form);
-    case EventElementKind::cutText:
-        return joined(element.form, ", ", "up to its first NUL");
-    case EventElementKind::integer:
-    case EventElementKind::count:
-        return joined("number", ", ", element.form);
-    case EventElementKind::flag:
-        return "1 or 0";
     case EventElementKind::list:
         return std::string(element.form);
+    case EventElementKind::cutText:
+        return std::string(element.form) + ", up to its first NUL";
+    case EventElementKind::integer:
+    case EventElementKind::count:
+        return numberForm(element.form);
+    case EventElementKind::flag:
+        return "1 or 0";
     case EventElementKind::body:
-        return joined(element.form, ", ", "to the end of the event, without a tag");
+        return std::string(element.form) + ", to the end of the event, without a tag";
     }
     return {};
 }
 
-std::string valueForm(RequestParameter const& parameter)
+std::string valueForm(RequestParameter const& parameter, std::string const& enumeration)
 {
+    if (!enumeration.empty()) {
+        return enumeratedForm(parameter.kind != RequestParameterKind::integer, enumeration, parameter.form);
+    }
     switch (parameter.kind) {
-    case RequestParameterKind::text:
-        return std::string(parameter.values != nullptr ? "word" : parameter.form);
     case RequestParameterKind::integer:
-        return joined("number", ", ", parameter.form);
+        return numberForm(parameter.form);
     case RequestParameterKind::flag:
         return "1 or 0";
+    case RequestParameterKind::text:
     case RequestParameterKind::word:
-        return std::string(parameter.form);
     case RequestParameterKind::serviceState:
-        return "word";
     case RequestParameterKind::body:
-        return std::string(parameter.form);
+        break;
     }
-    return {};
+    return std::string(parameter.form);
 }
 
 std::string_view missingValue(RequestParameterKind kind)
@@ -143,16 +156,16 @@ std::string_view missingValue(RequestParameterKind kind)
 
 std::string missingText(RequestParameter const& parameter)
 {
-    return joined(missingValue(parameter.kind), ": ", parameter.missing);
+    return joined(missingValue(parameter.kind), ", ", parameter.missing);
 }
 
 std::string wrongText(RequestParameter const& parameter)
 {
     switch (parameter.kind) {
     case RequestParameterKind::integer:
-        return joined("not a number: 0", "; ", parameter.wrong);
+        return joined("a non-number is 0", "; ", parameter.wrong);
     case RequestParameterKind::flag:
-        return joined("every number but 0 is true; not a number: false", "; ", parameter.wrong);
+        return joined("every number but 0 is true, a non-number is false", "; ", parameter.wrong);
     case RequestParameterKind::text:
     case RequestParameterKind::word:
     case RequestParameterKind::serviceState:

@@ -16,13 +16,14 @@ std::string_view kindName(RequestParameterKind kind);
 std::string_view needName(RequestNeed need);
 std::string_view sourceName(EventSource source);
 
-// What values are possible, without the enumeration: "1 or 0", "number, call id", "SIP address".
-std::string valueForm(EventElement const& element);
-std::string valueForm(RequestParameter const& parameter);
+// What values are possible: "1 or 0", "number, call id", "SIP address", "number of CallState". The name of the
+// enumeration is given, so that a page can make it a link; it is empty where there is none.
+std::string valueForm(EventElement const& element, std::string const& enumeration);
+std::string valueForm(RequestParameter const& parameter, std::string const& enumeration);
 
 // What the service reads when the element is missing: "-1", "true", "empty".
 std::string_view missingValue(RequestParameterKind kind);
-// What it reads, and what that leads to: "-1: refused".
+// What it reads, and what that leads to: "-1, refused".
 std::string missingText(RequestParameter const& parameter);
 // What a value leads to that does not exist, is out of range or is not a number; may be empty.
 std::string wrongText(RequestParameter const& parameter);

@@ -46,7 +46,7 @@ std::string row(std::string_view title, std::string_view text, std::size_t colum
 
 std::string head(std::string_view name, std::string_view what, std::string_view meaning)
 {
-    return std::string(name).append(": ").append(what).append("\n") + row("", meaning, 0) + "\n";
+    return std::string(name).append(": ").append(what).append("\n  ") + wrapped(meaning, kIndent) + "\n\n";
 }
 
 template <typename Tagged>
@@ -61,10 +61,10 @@ std::size_t columnOf(Tagged const& list)
     return column;
 }
 
-// What a value is: its form, and the enumeration that names it.
-std::string typeText(std::string const& form, Enumeration const* values)
+template <typename Element>
+std::string typeOf(Element const& element)
 {
-    return values == nullptr ? form : form + " of " + std::string(values->name);
+    return valueForm(element, element.values != nullptr ? std::string(element.values->name) : std::string());
 }
 
 std::string textOf(EventElements const& elements)
@@ -72,7 +72,7 @@ std::string textOf(EventElements const& elements)
     std::size_t const column = columnOf(elements);
     std::string text;
     for (auto const& element : elements) {
-        text += row(element.tag, typeText(valueForm(element), element.values), column);
+        text += row(element.tag, typeOf(element), column);
         text += row("", element.meaning, column);
     }
     return text;
@@ -83,15 +83,15 @@ std::string textOf(RequestParameters const& parameters)
     std::size_t const column = columnOf(parameters);
     std::string text;
     for (auto const& parameter : parameters) {
-        std::string const type = typeText(valueForm(parameter), parameter.values);
+        std::string const type = typeOf(parameter);
         bool const isUsed = parameter.need != RequestNeed::unused;
         text += row(parameter.tag, isUsed ? type + "; " + std::string(needName(parameter.need)) : type, column);
         text += row("", parameter.meaning, column);
         if (isUsed) {
-            text += row("", "Missing: " + missingText(parameter) + ".", column);
+            text += row("", "If missing: " + missingText(parameter) + ".", column);
         }
         if (std::string const wrong = wrongText(parameter); isUsed && !wrong.empty()) {
-            text += row("", "Wrong: " + wrong + ".", column);
+            text += row("", "If wrong: " + wrong + ".", column);
         }
     }
     return text;
@@ -116,11 +116,13 @@ std::string textOf(RequestDescription const& request)
     text += row("What counts", request.addressing, kColumn);
     text += row("Answer", answerText(request), kColumn);
     for (auto const& element : request.answerElements) {
-        std::string const type = typeText(valueForm(element), element.values);
+        std::string const type = typeOf(element);
         text += row("  " + std::string(element.tag), type + ": " + std::string(element.meaning), kColumn);
     }
     text += row("Promises", request.promise, kColumn);
-    text += row("Does not promise", request.noPromise, kColumn);
+    if (!request.noPromise.empty()) {
+        text += row("Does not promise", request.noPromise, kColumn);
+    }
     text += row("Events", textOf(request.events), kColumn);
     text += row("Sample", sampleOf(request), kColumn);
     return text;
@@ -212,7 +214,7 @@ std::string occurrencesOf(std::string_view tag)
     std::string text;
     forEachElement([&](std::string const& where, auto const& element) {
         if (equalIgnoringCase(element.tag, tag)) {
-            text += row("in " + where, typeText(valueForm(element), element.values), 0);
+            text += row("in " + where, typeOf(element), 0);
             text += row("", element.meaning, kIndent * 2);
         }
     });

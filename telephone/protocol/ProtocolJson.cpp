@@ -123,7 +123,7 @@ Json jsonOf(RequestDescription const& request)
     addText(answer, "form", request.answerForm);
     answer["elements"] = jsonOf(request.answerElements);
     answer["promises"] = request.promise;
-    answer["does_not_promise"] = request.noPromise;
+    addText(answer, "does_not_promise", request.noPromise);
     Json events = Json::array();
     for (auto const event : request.events) {
         events.push_back(event);
