@@ -1,5 +1,8 @@
 #!/usr/bin/env python3
-"""Checks the description of the protocol against its schema: check_schema.py SCHEMA DESCRIPTION
+"""Checks the description of the protocol against its schema.
+
+    check_schema.py SCHEMA FILE                 a file
+    check_schema.py SCHEMA --run PROGRAM ...    what a program prints
 
 Also checks what a schema cannot say: names that refer to other parts of the description. To be sure that the check
 can fail, the description is spoiled in several ways, each of which must be refused.
@@ -7,6 +10,7 @@ can fail, the description is spoiled in several ways, each of which must be refu
 
 import copy
 import json
+import subprocess
 import sys
 
 import jsonschema
@@ -54,11 +58,17 @@ def spoil_member(description):
     description["events"][0]["surprise"] = True
 
 
+def read(path):
+    with open(path, encoding="utf-8") as file:
+        return json.load(file)
+
+
 def main():
-    with open(sys.argv[1], encoding="utf-8") as file:
-        schema = json.load(file)
-    with open(sys.argv[2], encoding="utf-8") as file:
-        description = json.load(file)
+    schema = read(sys.argv[1])
+    if sys.argv[2] == "--run":
+        description = json.loads(subprocess.run(sys.argv[3:], check=True, capture_output=True).stdout)
+    else:
+        description = read(sys.argv[2])
     jsonschema.Draft202012Validator.check_schema(schema)
     validator = jsonschema.Draft202012Validator(schema)
     faults = [f"{error.json_path}: {error.message}" for error in validator.iter_errors(description)]

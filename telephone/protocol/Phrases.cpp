@@ -156,7 +156,7 @@ std::string_view missingValue(RequestParameterKind kind)
 
 std::string missingText(RequestParameter const& parameter)
 {
-    return joined(missingValue(parameter.kind), ", ", parameter.missing);
+    return joined(missingValue(parameter.kind), ": ", parameter.missing);
 }
 
 std::string wrongText(RequestParameter const& parameter)

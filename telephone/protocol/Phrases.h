@@ -23,7 +23,7 @@ std::string valueForm(RequestParameter const& parameter, std::string const& enum
 
 // What the service reads when the element is missing: "-1", "true", "empty".
 std::string_view missingValue(RequestParameterKind kind);
-// What it reads, and what that leads to: "-1, refused".
+// What it reads, and what that leads to: "-1: refused".
 std::string missingText(RequestParameter const& parameter);
 // What a value leads to that does not exist, is out of range or is not a number; may be empty.
 std::string wrongText(RequestParameter const& parameter);

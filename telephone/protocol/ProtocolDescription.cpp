@@ -44,6 +44,15 @@ std::string row(std::string_view title, std::string_view text, std::size_t colum
     return line + wrapped(text, line.size()) + "\n";
 }
 
+// One line of the overview, which is not broken: people search it.
+std::string entry(std::string_view name, std::string_view meaning)
+{
+    constexpr std::size_t kColumn = 38;
+    std::string line = std::string(kIndent, ' ').append(name);
+    line.resize(std::max(kIndent + kColumn, line.size() + kIndent), ' ');
+    return line.append(meaning) + "\n";
+}
+
 std::string head(std::string_view name, std::string_view what, std::string_view meaning)
 {
     return std::string(name).append(": ").append(what).append("\n  ") + wrapped(meaning, kIndent) + "\n\n";
@@ -88,10 +97,10 @@ std::string textOf(RequestParameters const& parameters)
         text += row(parameter.tag, isUsed ? type + "; " + std::string(needName(parameter.need)) : type, column);
         text += row("", parameter.meaning, column);
         if (isUsed) {
-            text += row("", "If missing: " + missingText(parameter) + ".", column);
+            text += row("", "If missing, " + missingText(parameter) + ".", column);
         }
         if (std::string const wrong = wrongText(parameter); isUsed && !wrong.empty()) {
-            text += row("", "If wrong: " + wrong + ".", column);
+            text += row("", "If wrong, " + wrong + ".", column);
         }
     }
     return text;
@@ -264,10 +273,8 @@ std::string valuesNamed(std::string_view name)
     bool const isNumber = name.find_first_not_of("-0123456789") == std::string_view::npos;
     std::string text;
     for (auto const* const enumeration : kEnumerations) {
-        auto const value = findValue(*enumeration, name);
-        if (value && !isNumber) {
-            append(text, textOf(*enumeration, **value));
-        }
+        EnumerationValue const* const value = isNumber ? nullptr : lookUpValue(*enumeration, name);
+        append(text, value != nullptr ? textOf(*enumeration, *value) : "");
     }
     return text;
 }
@@ -281,28 +288,23 @@ ProtocolDescription::ProtocolDescription(std::string version, std::vector<Comman
 
 std::string ProtocolDescription::overview() const
 {
-    constexpr std::size_t kColumn = 38;
-    std::string text = "The protocol of telephone " + version_ + "\n";
-    text += "\nRequests\n";
+    std::string text = "The protocol of telephone " + version_ + "\n\nRequests\n";
     for (auto const& request : kRequestDescriptions) {
-        text += row(request.name, request.meaning, kColumn);
+        text += entry(request.name, request.meaning);
     }
     text += "\nEvents\n";
     for (auto const& event : kEventDescriptions) {
         std::string_view const name = event.method.empty() ? event.operation : event.method;
         bool const isSent = event.source == EventSource::telephone;
-        text +=
-            row(name, isSent ? event.meaning : std::string(event.meaning) + " Not sent by this telephone.", kColumn);
+        text += entry(name, std::string(event.meaning) + (isSent ? "" : " Not sent by this telephone."));
     }
     text += "\nEnumerations\n";
     for (auto const* const enumeration : kEnumerations) {
-        text += row(enumeration->name, enumeration->meaning, kColumn);
+        text += entry(enumeration->name, enumeration->meaning);
     }
-    if (!commands_.empty()) {
-        text += "\nCommands\n";
-    }
+    text += commands_.empty() ? "" : "\nCommands\n";
     for (auto const& command : commands_) {
-        text += row(command.name + " " + command.arguments, command.help, kColumn);
+        text += entry(command.name + " " + command.arguments, command.help);
     }
     return text;
 }

@@ -51,7 +51,7 @@ std::string nameOfValue(Enumeration const& enumeration, int value)
     return found != nullptr ? std::string(found->name) : std::to_string(value) + "?";
 }
 
-Outcome<EnumerationValue const*> findValue(Enumeration const& enumeration, std::string_view typed)
+EnumerationValue const* lookUpValue(Enumeration const& enumeration, std::string_view typed)
 {
     if (EnumerationValue const* const found = valueIn(enumeration, typed)) {
         return found;
@@ -60,7 +60,12 @@ Outcome<EnumerationValue const*> findValue(Enumeration const& enumeration, std::
     auto const* const found = std::find_if(enumeration.begin(), enumeration.end(), [&](auto const& value) {
         return equalIgnoringCase(withoutSeparators(value.name), letters) || equalIgnoringCase(value.word, typed);
     });
-    if (found != enumeration.end()) {
+    return found != enumeration.end() ? found : nullptr;
+}
+
+Outcome<EnumerationValue const*> findValue(Enumeration const& enumeration, std::string_view typed)
+{
+    if (EnumerationValue const* const found = lookUpValue(enumeration, typed)) {
         return found;
     }
     return refuse(RefusalKind::kBadInput, "\"" + std::string(typed) + "\" is not a value of " +

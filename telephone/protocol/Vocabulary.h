@@ -18,7 +18,9 @@ std::string nameOfValue(Enumeration const& enumeration, std::string_view value);
 std::string nameOfValue(Enumeration const& enumeration, int value);
 
 // The value that a person means: its name, its number or the word that messages carry. Capitals do not matter, nor do
-// blanks and hyphens: remoteRinging is remote ringing. Refused, with the nearest name, where there is none.
+// blanks and hyphens: remoteRinging is remote ringing. Null where there is none.
+EnumerationValue const* lookUpValue(Enumeration const& enumeration, std::string_view typed);
+// The same; refused, with the nearest name, where there is none.
 [[nodiscard]] Outcome<EnumerationValue const*> findValue(Enumeration const& enumeration, std::string_view typed);
 
 // A value as a message carries it: its word, or its number as a decimal.
