@@ -44,6 +44,18 @@ enum class RequestNeed
     unused,  // read, but without effect on this telephone
 };
 
+// The smallest and the largest number that makes sense; a parameter without one has the default.
+struct RequestRange
+{
+    static constexpr int kNoLimit = 2147483647;
+
+    int least = 1;
+    int most = 0;
+
+    constexpr bool isGiven() const { return least <= most; }
+    constexpr bool holds(int number) const { return !isGiven() || (number >= least && number <= most); }
+};
+
 struct RequestParameter
 {
     std::string_view tag;
@@ -51,10 +63,11 @@ struct RequestParameter
     RequestNeed need;
     std::string_view sample;
     Enumeration const* values;  // what its numbers or words stand for; null: none
-    std::string_view form;      // what the value is and its range: "call id, 1 or more"
+    std::string_view form;      // what the value is: "call id"
     std::string_view meaning;   // in this request, one sentence
     std::string_view missing;   // effect of a missing element, beside the value that the kind then has; may be empty
     std::string_view wrong;     // effect of a value that does not exist or is out of range; may be empty
+    RequestRange range = {};
 };
 
 struct RequestParameters
@@ -143,8 +156,8 @@ inline constexpr RequestParameter kLineOfNewCall{"Line", text, required, "4711",
     "refused on a keyset; a telephone of one line uses that line", "unknown line: as missing"};
 inline constexpr RequestParameter kLineOfServer{"Line", text, optional, "4711", none, "line id", "Line whose server gets the message.", "the first line", "unknown line: refused"};
 inline constexpr RequestParameter kCall{"CallID", integer, required, "2", none, "call id", "The call.", "refused", "no such call: refused"};
-inline constexpr RequestParameter kNewCall{"CallID", integer, required, "2", none, "call id, 1 or more",
-    "Id of the new call, chosen by the application; the telephone's own ids begin at 1001.", "refused", "below 1 or in use: refused"};
+inline constexpr RequestParameter kNewCall{"CallID", integer, required, "2", none, "call id",
+    "Id of the new call, chosen by the application; the telephone's own ids begin at 1001.", "refused", "below 1 or in use: refused", {1, RequestRange::kNoLimit}};
 inline constexpr RequestParameter kDestination{"Destination", text, required, "100", none, "number or SIP address",
     "Where to; a number without a domain belongs to the line's server.", "refused", "not a number or an address: refused"};
 inline constexpr RequestParameter kActiveCall{"activeCall", integer, unused, "3", none, "call id", "Not used: the telephone finds the other call itself.", "", ""};
@@ -212,8 +225,8 @@ inline constexpr RequestDescription kRows[] = {
         {{"CallStateChangeEvent", "CallForwardedEvent"}}},
     {"HoldCall",
         {{kAnyLine, kCall,
-          {"HoldCallReason", integer, optional, "5", &e::kFeature, "5 or 6",
-            "Why the call is held; consultation hold shows on the line, and FeatureFailedEvent repeats the number.", "treated as hold", "any other number: an ordinary hold"},
+          {"HoldCallReason", integer, optional, "5", &e::kFeature, "",
+            "Why the call is held; consultation hold shows on the line, and FeatureFailedEvent repeats the number.", "treated as hold", "any other number: an ordinary hold", {5, 6}},
           {"Manual",         flag,    optional, "1", none,         "",
             "Whether a person asked for the hold; getManualHoldIndication reports it.", "", ""}}},
         A::resultWord, "", {{}},
@@ -274,8 +287,8 @@ inline constexpr RequestDescription kRows[] = {
         {{kAnyLine,
           {"CallID",           integer, required, "1001", none,            "call id",
             "The ringing call.", "refused", "no such call, or it is not ringing: refused"},
-          {"RefuseCallReason", integer, required, "1",    &e::kRefuseCall, "0 to 4",
-            "What the caller is told.", "the request is refused, and the call keeps ringing", "any other number: as missing"}}},
+          {"RefuseCallReason", integer, required, "1",    &e::kRefuseCall, "",
+            "What the caller is told.", "the request is refused, and the call keeps ringing", "any other number: as missing", {0, 4}}}},
         A::resultWord, "", {{}},
         "Refuses a ringing call.",
         "CallID counts; Line does not.",
@@ -284,8 +297,8 @@ inline constexpr RequestDescription kRows[] = {
         {{"CallStateChangeEvent"}}},
     {"CallClearRequest",
         {{kAnyLine, kCall,
-          {"Cause", integer, optional, "1", &e::kEventCause, "0 to 5",
-            "What the far end is told.", "as none", "any other number: as none"}}},
+          {"Cause", integer, optional, "1", &e::kEventCause, "",
+            "What the far end is told.", "as none", "any other number: as none", {0, 5}}}},
         A::resultWord, "", {{}},
         "Ends a call in any state.",
         "CallID counts; Line does not.",
@@ -339,8 +352,8 @@ inline constexpr RequestDescription kRows[] = {
             "Call that the call-back was set for; not used if URI is present.", "any call", "0 or below: any call; no call-back set for it: sfiFailureCallBackNoCallInfo"},
           {"URI",                  text,    optional, "100", none,                    "number or SIP address",
             "Party of the call-back.", "any party", "no call-back set on it: sfiFailureCallBackNoCallInfo"},
-          {"CancelCallBackType",   integer, optional, "0",   &e::kCancelCallBackType, "0 to 2",
-            "Which call-backs.", "as all", "any other number: as all"},
+          {"CancelCallBackType",   integer, optional, "0",   &e::kCancelCallBackType, "",
+            "Which call-backs.", "as all", "any other number: as all", {0, 2}},
           {"DisplayOutcomeCallUI", flag,    optional, "1",   none,                    "",
             "Whether the user interface should show it; callCompletionEvent repeats it.", "", ""}}},
         A::resultWord, "", {{}},
@@ -376,8 +389,8 @@ inline constexpr RequestDescription kRows[] = {
         {{kAnyLine, kActiveCall,
           {"heldCall", integer, required, "2", none,         "call id",
             "One of the two calls.", "refused", "no such call: refused"},
-          {"feature",  integer, optional, "3", &e::kFeature, "3 or 4",
-            "What to do with the two calls: 4 is an attended transfer, anything else a conference.", "a conference", "any other number: a conference"}}},
+          {"feature",  integer, optional, "3", &e::kFeature, "",
+            "What to do with the two calls: 4 is an attended transfer, anything else a conference.", "a conference", "any other number: a conference", {3, 4}}}},
         A::resultWord, "", {{}},
         "Joins two calls into a conference.",
         "heldCall counts; Line and activeCall do not. The other call is the active one, else the call that was held "
@@ -440,7 +453,7 @@ inline constexpr RequestDescription kRows[] = {
         "The state is kept, unless the store refuses it. The request is refused, except for loggedOff, if the "
         "configuration has no agent.",
         "That the server accepts it.",
-        {{"AgentStateEvent"}}},
+        {{"AgentStateEvent", "b2buaCSTAEventOrRequest"}}},
     {"GenerateDigits",
         {{kAnyLine,
           {"activeCall", integer, required, "2",   none, "call id",
@@ -577,8 +590,8 @@ inline constexpr RequestDescription kRows[] = {
             "Not used: the lamps belong to the whole telephone.", "", ""},
           {"lampId",   text,    required, "Hold", &e::kLamp,     "",
             "The lamp.", "nothing happens", "an unknown word: nothing happens"},
-          {"lampMode", integer, required, "2",    &e::kLampMode, "0 to 3",
-            "How the lamp is to shine.", "nothing happens", "any other number: nothing happens"}}},
+          {"lampMode", integer, required, "2",    &e::kLampMode, "",
+            "How the lamp is to shine.", "nothing happens", "any other number: nothing happens", {0, 3}}}},
         A::resultWord, "", {{}},
         "Sets the lamp Hold or SecondAlert.",
         "Neither: the two lamps belong to the whole telephone.",
@@ -600,15 +613,15 @@ inline constexpr RequestDescription kRows[] = {
     {"setForwardingConfiguration",
         {{{"Line",            text,    required, "4711", none,                "line id",
             "Line whose calls the rule forwards.", "nothing is set on a keyset", "unknown line: as missing"},
-          {"fwType",          integer, required, "6",    &e::kForwardingType, "0 to 9",
-            "Which rule; 9 sets the destination of the alternative forwarding key only.", "nothing is set", "any other number: nothing is set"},
+          {"fwType",          integer, required, "6",    &e::kForwardingType, "",
+            "Which rule; 9 sets the destination of the alternative forwarding key only.", "nothing is set", "any other number: nothing is set", {0, 9}},
           {"status",          flag,    required, "1",    none,                "",
             "Whether the rule is on.", "it is switched on", ""},
           {"uri",             text,    required, "102",  none,                "number or SIP address",
             "Where calls go; send it with status 0 too.", "the destination is lost, and a rule that is on forwards nothing", "not a number or an address: the rule forwards nothing"},
-          {"cfnrRingCount",   integer, optional, "4",    none,                "number of rings, 0 to 99",
+          {"cfnrRingCount",   integer, optional, "4",    none,                "number of rings",
             "Rings before the no-reply rules apply, 0: they never do; read with type 6 only, and meant for all of "
-            "them.", "of type 6: the number stays as it was", "out of range: the number stays as it was"},
+            "them.", "of type 6: the number stays as it was", "out of range: the number stays as it was", {0, 99}},
           {"forceQORAUpdate", flag,    optional, "0",    none,                "",
             "Whether to write to the store what has not changed either.", "", ""}}},
         A::resultWord, "", {{}},
@@ -620,8 +633,8 @@ inline constexpr RequestDescription kRows[] = {
         "change: CallForwardedEvent only reports each call that is forwarded.",
         {{"CallForwardedEvent"}}},
     {"getForwardingConfiguration",
-        {{{"fwType", integer, required, "6", &e::kForwardingType, "0 to 8",
-            "Which rule; the alternative destination (9) cannot be read.", "sfiFailure in sfiResult", "any other number, 9 included: sfiFailure in sfiResult"}}},
+        {{{"fwType", integer, required, "6", &e::kForwardingType, "",
+            "Which rule; the alternative destination (9) cannot be read.", "sfiFailure in sfiResult", "any other number, 9 included: sfiFailure in sfiResult", {0, 8}}}},
         A::elements,
         "<sfiResult>...</sfiResult><status>...</status><uri>...</uri><cfnrRingCount>...</cfnrRingCount>",
         {{{"sfiResult",     K::text,    &e::kResult, "",                      "sfiSuccess, or sfiFailure for a type that cannot be read."},
@@ -696,6 +709,20 @@ constexpr bool eventsExist()
     return true;
 }
 
+constexpr bool rangeIsSound(RequestParameter const& parameter)
+{
+    RequestRange const& range = parameter.range;
+    if (!range.isGiven() || parameter.values == nullptr) {
+        return true;
+    }
+    for (int number = range.least; number <= range.most; ++number) {
+        if (parameter.values->find(number) == nullptr) {
+            return false;
+        }
+    }
+    return true;
+}
+
 constexpr bool valuesAreSaid(RequestParameter const& parameter)
 {
     switch (parameter.kind) {
@@ -716,7 +743,8 @@ constexpr bool parametersAreComplete()
 {
     for (auto const& row : kRows) {
         for (auto const& parameter : row.parameters) {
-            if (!valuesAreSaid(parameter) || parameter.sample.empty() || parameter.meaning.empty()) {
+            if (!valuesAreSaid(parameter) || !rangeIsSound(parameter) || parameter.sample.empty() ||
+                parameter.meaning.empty()) {
                 return false;
             }
         }
@@ -751,7 +779,8 @@ static_assert(sizeof(request_table::kRows) / sizeof(request_table::kRows[0]) == 
               "a request was added or removed: the invoker and everyone who lists requests must know");
 static_assert(request_table::namesAreUnique(), "a request stands in the table twice");
 static_assert(request_table::eventsExist(), "a request is followed by an event that is not sent");
-static_assert(request_table::parametersAreComplete(), "a parameter lacks its values, its sample or its meaning");
+static_assert(request_table::parametersAreComplete(),
+              "a parameter lacks its values, its sample or its meaning, or its range is wrong");
 static_assert(request_table::wordsAreThoseOfEnumerations(),
               "a result word or service state has another name or number");
 

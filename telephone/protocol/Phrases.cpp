@@ -98,7 +98,7 @@ std::string_view sourceName(EventSource source)
 std::string valueForm(EventElement const& element, std::string const& enumeration)
 {
     if (!enumeration.empty()) {
-        return enumeratedForm(element.kind == EventElementKind::text, enumeration, element.form);
+        return enumeratedForm(element.kind == EventElementKind::text, enumeration, {});
     }
     switch (element.kind) {
     case EventElementKind::text:
@@ -120,11 +120,12 @@ std::string valueForm(EventElement const& element, std::string const& enumeratio
 std::string valueForm(RequestParameter const& parameter, std::string const& enumeration)
 {
     if (!enumeration.empty()) {
-        return enumeratedForm(parameter.kind != RequestParameterKind::integer, enumeration, parameter.form);
+        bool const isWord = parameter.kind != RequestParameterKind::integer;
+        return enumeratedForm(isWord, enumeration, rangeText(parameter.range));
     }
     switch (parameter.kind) {
     case RequestParameterKind::integer:
-        return numberForm(parameter.form);
+        return joined(numberForm(parameter.form), ", ", rangeText(parameter.range));
     case RequestParameterKind::flag:
         return "1 or 0";
     case RequestParameterKind::text:
@@ -134,6 +135,18 @@ std::string valueForm(RequestParameter const& parameter, std::string const& enum
         break;
     }
     return std::string(parameter.form);
+}
+
+std::string rangeText(RequestRange const& range)
+{
+    if (!range.isGiven()) {
+        return {};
+    }
+    std::string const least = std::to_string(range.least);
+    if (range.most == RequestRange::kNoLimit) {
+        return least + " or more";
+    }
+    return least + (range.most - range.least == 1 ? " or " : " to ") + std::to_string(range.most);
 }
 
 std::string_view missingValue(RequestParameterKind kind)

@@ -21,6 +21,9 @@ std::string_view sourceName(EventSource source);
 std::string valueForm(EventElement const& element, std::string const& enumeration);
 std::string valueForm(RequestParameter const& parameter, std::string const& enumeration);
 
+// "0 to 9", "1 or more"; empty for a range that is not given.
+std::string rangeText(RequestRange const& range);
+
 // What the service reads when the element is missing: "-1", "true", "empty".
 std::string_view missingValue(RequestParameterKind kind);
 // What it reads, and what that leads to: "-1: refused".

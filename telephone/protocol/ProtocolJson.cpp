@@ -60,6 +60,17 @@ Json jsonOf(EventElements const& elements)
     return list;
 }
 
+void addRange(Json& object, RequestRange const& range)
+{
+    if (!range.isGiven()) {
+        return;
+    }
+    object["minimum"] = range.least;
+    if (range.most != RequestRange::kNoLimit) {
+        object["maximum"] = range.most;
+    }
+}
+
 // What the service reads for a missing element, as a JSON value.
 Json missingJson(RequestParameterKind kind)
 {
@@ -85,6 +96,7 @@ Json jsonOf(RequestParameters const& parameters)
     for (auto const& parameter : parameters) {
         Json each{{"tag", parameter.tag}, {"kind", kindName(parameter.kind)}};
         addValues(each, parameter.values, parameter.form);
+        addRange(each, parameter.range);
         each["need"] = needName(parameter.need);
         each["meaning"] = parameter.meaning;
         each["missing"] = Json{{"value", missingJson(parameter.kind)}};

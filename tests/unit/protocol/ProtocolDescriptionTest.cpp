@@ -275,7 +275,8 @@ TEST(ProtocolDescription, Json_OfARequest_IsComplete)
       "tag": "RefuseCallReason",
       "kind": "number",
       "enumeration": "RefuseCall",
-      "form": "0 to 4",
+      "minimum": 0,
+  "maximum": 4,
       "need": "required",
       "meaning": "What the caller is told.",
       "missing": {
