@@ -1,5 +1,5 @@
-// What people would use instead, on the same requests: the text is read, the method found among all, every parameter
-// fetched by name, every number converted, a virtual operation called and answered.
+// Common alternatives on the same requests: the text is parsed, the method looked up, every parameter fetched by name,
+// every number converted, a virtual operation called and answered.
 #include <algorithm>
 #include <charconv>
 #include <random>
@@ -17,7 +17,7 @@
 
 namespace {
 
-// What a request comes to when it has been read: its method looked up, one operation called, its answer given.
+// Receives a parsed request: looks its method up, calls one operation, gives its answer.
 class Receiver
 {
 public:
@@ -43,7 +43,7 @@ private:
     StubResponse response_;
 };
 
-// A request in another notation, with what has to be read out of it.
+// A request in another notation, with the values that a parser has to find in it.
 struct Rewritten
 {
     std::string text;
@@ -55,7 +55,7 @@ void appendElement(std::string& text, std::string_view tag, std::string_view val
     text.append("<").append(tag).append(">").append(value).append("</").append(tag).append(">");
 }
 
-// A call and its device stand together in an element, as CSTA has them (ECMA-323, connection identifiers).
+// CSTA puts a call and its device into one element (ECMA-323, connection identifiers).
 bool isOfConnection(std::string_view tag)
 {
     return tag == "Line" || tag == "CallID";
@@ -102,7 +102,7 @@ std::vector<Rewritten> rewriteAll(Write const& write)
     return all;
 }
 
-// `read` takes the request apart and hands its method to the receiver.
+// `read` parses the request and passes its method to the receiver.
 template <typename Read>
 void runMix(benchmark::State& state, std::vector<Rewritten> const& requests, Read read)
 {

@@ -1,7 +1,7 @@
-// The same calls by the SIP stack alone, without telephone and service: what it can do at most.
+// The same calls by the SIP stack alone, without telephone and service: the upper limit.
 //   bench_bare_calls HOST PORT WINDOW CALLS
-// WINDOW calls are under way at once; each is cleared when it is answered and the next one made. Prints one JSON
-// object: calls a second, and how many failed.
+// WINDOW calls are under way at once; each is cleared when it is answered, and the next one is made. Prints one JSON
+// object: calls per second, and the number of failed calls.
 extern "C" {
 #include <re/re.h>
 }
@@ -60,7 +60,7 @@ public:
         check(re_main(nullptr), "run");
     }
 
-    // Sessions that end are cleared without waiting for more than their BYE.
+    // A cleared session waits for nothing but the response to its BYE.
     void end()
     {
         for (auto& slot : slots_) {
@@ -89,7 +89,7 @@ private:
 
     mbuf* describe(Slot& slot)
     {
-        constexpr std::uint16_t kPort = 40000;  // nobody sends there
+        constexpr std::uint16_t kPort = 40000;  // receives nothing
         sdp_media* audio = nullptr;
         mbuf* offer = nullptr;
         check(sdp_session_alloc(&slot.description, &address_), "describe a session");

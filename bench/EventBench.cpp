@@ -1,4 +1,4 @@
-// Events from the call to the finished text, beside a bare copy of that text and beside a string stream.
+// Events, from the call to the finished text, compared with a plain copy of that text and with a string stream.
 #include <cstring>
 #include <memory>
 #include <sstream>
@@ -11,7 +11,7 @@
 
 namespace {
 
-// Keeps the last text, for the copy that is measured beside it.
+// Keeps the last text; the benchmark of the copy uses it.
 class StubRequest final : public ProxyRequest
 {
 public:
@@ -68,7 +68,7 @@ void copyOf(benchmark::State& state, std::string const& text)
     }
 }
 
-// What an event costs at least where it is handed on as a string of its own.
+// The minimum cost of an event that is passed on as a new string.
 void newStringOf(benchmark::State& state, std::string const& text)
 {
     for (auto _ : state) {
@@ -168,7 +168,7 @@ void fiveFieldsStream(benchmark::State& state)
 }
 BENCHMARK(fiveFieldsStream);
 
-// One event to many subscribers, each with a proxy of its own.
+// One event to many subscribers, each with its own proxy.
 void subscribers(benchmark::State& state)
 {
     std::vector<std::unique_ptr<Bound>> all(static_cast<std::size_t>(state.range(0)));

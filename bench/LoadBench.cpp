@@ -1,6 +1,6 @@
-// What the library adds to the memory of the process that loads it and initialises its service:
+// Measures the memory that the library adds to a process which loads it and initialises its service:
 //   bench_load LIBRARY
-// Prints one JSON object in kilobytes: resident memory before, and what was added.
+// Prints one JSON object in kilobytes: resident memory before, and the increase.
 #include <cstdio>
 #include <fstream>
 #include <stdexcept>
@@ -48,7 +48,7 @@ try {
         return 2;
     }
     SvcRTEContext context;
-    residentKilobytes();  // what reading needs is then there already
+    residentKilobytes();  // allocates what later calls need
     long const before = residentKilobytes();
     Executable* const service = load(argv[1])();
     service->init(context);

@@ -1,5 +1,5 @@
-// What the telephone looks up while it runs, with few and with many to look among: lines by their id, keys by their
-// number, appearances by their call.
+// The telephone's look-ups, among few and among many: lines by their id, keys by their number, appearances by their
+// call.
 #include <benchmark/benchmark.h>
 
 #include "telephone/configuration/Configuration.h"
@@ -9,6 +9,7 @@
 #include "telephone/management/ConfigurationStore.h"
 #include "telephone/management/Settings.h"
 #include "telephone/physical/KeyLayout.h"
+#include "tests/unit/lines/FakeCalls.h"
 
 namespace {
 
@@ -19,7 +20,7 @@ std::string idOf(int number)
     return std::to_string(10000 + number);
 }
 
-// As many lines, or parties of direct-station keys where the telephone can't have so many lines, as keys.
+// Keys with a line each or, beyond the maximum number of lines, with a direct-station party each.
 Configuration configurationOf(int count, bool stations)
 {
     Configuration configuration;
@@ -45,8 +46,11 @@ struct Telephone
     {}
 
     Configuration const configuration;
-    Settings settings{std::make_unique<ConfigurationStore>(std::string()), configuration};
-    Lines lines{configuration, settings};
+    Settings settings{ConfigurationStore::open({}).value(), configuration};
+    FakeCalls calls;
+    TimerService timers;
+    LineTable table{configuration};
+    Lines lines{table, configuration, settings, calls, timers};
 };
 
 void lineById(benchmark::State& state)
@@ -98,7 +102,7 @@ void keyByNumber(benchmark::State& state)
 }
 BENCHMARK(keyByNumber)->Arg(1)->Arg(10)->Arg(1000);
 
-// So many lines of two appearances each; the last of them carries a call.
+// Lines with two appearances each; the last line has a call.
 void addLines(AppearanceMap& map, int count)
 {
     constexpr int kFirst = 1000;

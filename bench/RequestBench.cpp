@@ -1,4 +1,4 @@
-// Requests from text to answer, over a service that does nothing, beside the floor.
+// Requests, from text to answer, over a service that does nothing, compared with the floor.
 #include <algorithm>
 #include <array>
 #include <random>
@@ -40,7 +40,7 @@ FloorRequest floorRequest(SampleRequest const& sample)
     return request;
 }
 
-// The same random order for everybody, long enough that a branch predictor does not learn it.
+// The same random order for every benchmark, too long for a branch predictor to learn.
 std::vector<std::size_t> randomOrder()
 {
     std::mt19937 random(1);
@@ -105,7 +105,7 @@ void mix(benchmark::State& state)
 }
 BENCHMARK(mix);
 
-// How the cost grows with the length of the request: the destination is made as long as asked for.
+// How the cost grows with the length of the request: the destination has the length asked for.
 void requestLength(benchmark::State& state)
 {
     std::string const text =
@@ -138,7 +138,7 @@ void parameters(benchmark::State& state)
 }
 BENCHMARK(parameters)->DenseRange(0, 6);
 
-// Several threads at once, each with a service and a response of its own: only the invoker is shared.
+// Several threads at once, each with its own service and response; only the invoker is shared.
 void threads(benchmark::State& state)
 {
     static CommunicationsServiceInvoker invoker;

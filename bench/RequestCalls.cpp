@@ -1,7 +1,7 @@
 // Calls set up and cleared by text request, as fast as the telephone makes them:
 //   bench_calls SOCKET DESTINATION LINES CALLS
-// Each of the lines 1 to LINES carries one call at a time; as soon as it is answered it is cleared, as soon as it is
-// over the next one is made. Prints one JSON object: calls a second, and how many did not come to be answered.
+// Each of the lines 1 to LINES carries one call at a time; it is cleared as soon as it is answered, and the next one is
+// made as soon as it is over. Prints one JSON object: calls per second, and the number of calls that were not answered.
 #include <chrono>
 #include <cstdio>
 #include <string>
@@ -43,7 +43,7 @@ public:
     int answered() const { return answered_; }
 
 private:
-    // The call on a line has the line's number.
+    // A call's identifier is the number of its line.
     void make(std::string_view line)
     {
         if (made_ == calls_) {

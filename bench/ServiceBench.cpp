@@ -1,5 +1,5 @@
-// A whole service operation over a platform that does nothing, beside the platform's own operations called directly;
-// and what a trace costs that is switched off.
+// A whole service operation over a platform that does nothing, compared with direct calls of the platform's operations;
+// and the cost of a disabled trace.
 #include <benchmark/benchmark.h>
 
 #include "bench/stubs/StubPlatform.h"
@@ -14,7 +14,8 @@ namespace {
 
 std::string const kLine = "4711";
 
-// What the platform alone takes to hold a call: the same questions to the lines, the same record, the same operations.
+// The cost of holding a call in the platform alone: the same queries to the lines, the same record, the same
+// operations.
 sfiResult holdDirectly()
 {
     auto& lines = *LineManager::Instance();
@@ -51,7 +52,7 @@ void holdService(benchmark::State& state)
 }
 BENCHMARK(holdService);
 
-// The guard's own call is the floor of a trace.
+// Calling the guard is the floor of a trace.
 void traceGuard(benchmark::State& state)
 {
     for (auto _ : state) {
@@ -60,7 +61,7 @@ void traceGuard(benchmark::State& state)
 }
 BENCHMARK(traceGuard);
 
-// An operation that does nothing but trace and ask the platform one question.
+// An operation that only traces and makes one query to the platform.
 void tracedOperation(benchmark::State& state)
 {
     CommunicationsService service;

@@ -1,8 +1,8 @@
 // Round trips between two processes on one processor, all over the same kind of socket:
 //   bench_socket echo               a child sends every byte straight back: the floor
-//   bench_socket application PATH   the application socket of a telephone that runs already
-//   bench_socket bus ADDRESS        a bus service in a child, called through a bus daemon that runs already
-// Prints one JSON object: microseconds a round trip (median of all), and round trips a second with 64 under way.
+//   bench_socket application PATH   the application socket of a running telephone
+//   bench_socket bus ADDRESS        a bus service in a child, called through a running bus daemon
+// Prints one JSON object: microseconds per round trip (median), and round trips per second with 64 under way.
 #include <algorithm>
 #include <chrono>
 #include <csignal>
@@ -28,7 +28,7 @@ constexpr int kProcessor = 0;
 constexpr int kRoundTrips = 20000;
 constexpr int kUnderWay = 64;
 
-// The request that every one of them carries; the telephone answers it without touching a call.
+// The request sent in every case; the telephone answers it without touching a call.
 std::string const kRequest = std::string("<Method>GetServiceState</Method>") + '\0';
 
 void pinToOneProcessor()
@@ -52,7 +52,7 @@ void writeAll(int socket, std::string_view bytes)
     }
 }
 
-// A connection on which so many messages come back for each that is sent.
+// A connection on which each message sent brings a fixed number of messages back.
 struct Peer
 {
     int socket;
@@ -60,7 +60,7 @@ struct Peer
     pid_t child;
 };
 
-// Reads once; how many messages ended in it.
+// Reads once; returns the number of messages completed by it.
 int readMessages(int socket)
 {
     char buffer[65536];

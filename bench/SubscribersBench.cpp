@@ -1,7 +1,8 @@
 // One event to many applications of a running telephone:
 //   bench_subscribers SOCKET APPLICATIONS STOPPED ROUNDS
-// A request switches do-not-disturb, the event of which goes to every subscribed application. STOPPED more of them
-// subscribe and never read. Prints one JSON object: microseconds (median of the rounds) until all who read have it.
+// A request switches do-not-disturb, and its event goes to every subscribed application. STOPPED further applications
+// subscribe and never read. Prints one JSON object: microseconds (median of the rounds) until every reader has the
+// event.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>

@@ -1,16 +1,15 @@
-// Any text as a script, on a telephone that only notes what it is asked. No step waits: one that would is played with
-// no time to wait, so that its words are read all the same.
+// Plays any text as a script, on a telephone that only records its requests. Steps that would wait are played with a
+// time of zero.
 #include <sstream>
 
 #include "FuzzInput.h"
-#include "telephone/console/CommandError.h"
 #include "telephone/console/Completion.h"
 #include "telephone/console/ScriptPlayer.h"
 #include "telephone/console/Words.h"
 #include "tests/unit/console/ConsoleDoubles.h"
 
 namespace {
-// A request in a script waits until the telephone is at rest, so few scripts have any.
+// A request in a script waits until the telephone is at rest, so only few scripts contain requests.
 constexpr std::size_t kScriptsWithRequests = 16;
 
 bool waits(telephone::Words const& words)
@@ -18,35 +17,27 @@ bool waits(telephone::Words const& words)
     return words[0] == "wait" || words[0] == "never" || words[0] == "pause" || words[0] == "expect";
 }
 
-// The line as it is played: with no time for what waits, and nothing where it leaves the telephone.
+// The line as it is played: with a time of zero if it waits.
 std::string withoutWaiting(std::string const& line)
 {
-    telephone::Words words;
-    try {
-        words = telephone::splitWords(line);
-    } catch (telephone::CommandError const&) {
-        return line;
-    }
-    if (words.empty() || !waits(words)) {
+    auto const words = telephone::splitWords(line);
+    if (!words || words->empty() || !waits(*words)) {
         return line;
     }
     std::string played;
-    for (auto const& word : words) {
+    for (auto const& word : *words) {
         bool const isTime = !played.empty() && word.find_first_of("0123456789") == 0;
         played += (played.empty() ? "" : " ") + (isTime ? std::string("0") : "\"" + word + "\"");
     }
-    bool const hasTime = words[0] == "pause" || played.find("\"within\"") != std::string::npos;
+    bool const hasTime = words->front() == "pause" || played.find("\"within\"") != std::string::npos;
     return hasTime ? played : played + " within 0";
 }
-// The line as a person types it: done, or refused with a reason.
+// Runs the line as if typed: it succeeds, or is refused with a reason.
 void typeLine(TalkingTelephone& phone, std::string const& line)
 {
     (void)telephone::completions(line);
-    try {
-        (void)phone.conversation->interpreter().run(line);
-    } catch (telephone::CommandError const& refusal) {
-        require(*refusal.what() != '\0', "a refusal has no reason");
-    }
+    auto const result = phone.conversation->interpreter().run(line);
+    require(result || !result.error().reason.empty(), "a refusal has no reason");
 }
 }  // namespace
 

@@ -80,10 +80,10 @@ public:
             session->reject(486, "Busy Here");
             break;
         case 1:
-            session->ring();
+            (void)session->ring();
             break;
         default:
-            session->answer();
+            (void)session->answer();
         }
         calls.push_back(std::move(session));
         if (calls.size() > kMostCalls) {

@@ -1,8 +1,10 @@
-// The enumerations of the text protocol: what the numbers and fixed words in requests, answers and events stand for.
-//
-// These names are the telephone's vocabulary. Console, logs, scripts and pages write "remote ringing" for the CallState
-// 3 and nothing else, and they take the words from here. A number without a name is possible: the service passes every
-// integer through. The tables are constant: any thread may read them.
+/// @file
+/// The enumerations of the text protocol: the meaning of the numbers and fixed words in requests, answers and events.
+///
+/// These names are the telephone's vocabulary: text for people says "remote ringing" for the CallState 3. The service
+/// passes every integer through, so a value without a name is possible.
+///
+/// Thread: any; the tables are constant.
 #pragma once
 
 #include <cstddef>
@@ -11,16 +13,19 @@
 #include "platform/physical/PhysDefs.h"
 #include "platform/sfi/SfiTypes.h"
 
+/// One value of an enumeration.
 struct EnumerationValue
 {
-    int number;                // as sent; of an enumeration of words: its place in the table
-    std::string_view word;     // as sent, of an enumeration of words; else empty
-    std::string_view name;     // as people say it: a few lower-case words
-    std::string_view meaning;  // one sentence
+    int number;                ///< as sent; in an enumeration of words, its place in the table
+    std::string_view word;     ///< as sent, in an enumeration of words; else empty
+    std::string_view name;     ///< for people: a few lower-case words
+    std::string_view meaning;  ///< one sentence
 };
 
+/// One enumeration.
 struct Enumeration
 {
+    /// Made of a table of values, which must live as long.
     template <std::size_t kSize>
     constexpr Enumeration(std::string_view theName, std::string_view theMeaning,
                           EnumerationValue const (&theValues)[kSize])
@@ -30,11 +35,18 @@ struct Enumeration
         , count(kSize)
     {}
 
+    /// The first value.
+    /// @return Start of the values.
     constexpr EnumerationValue const* begin() const { return values; }
+    /// Behind the last value.
+    /// @return End of the values.
     constexpr EnumerationValue const* end() const { return values + count; }
-    // Whether messages carry its words. Else they carry its numbers, as decimals.
+    /// Whether messages carry its words.
+    /// @return false when they carry its numbers, as decimals.
     constexpr bool isOfWords() const { return !values[0].word.empty(); }
 
+    /// Finds a value by its number.
+    /// @return Null when there is none.
     constexpr EnumerationValue const* find(int number) const
     {
         for (auto const& value : *this) {
@@ -44,7 +56,8 @@ struct Enumeration
         }
         return nullptr;
     }
-    // By the word that messages carry.
+    /// Finds a value by the word that messages carry.
+    /// @return Null when there is none.
     constexpr EnumerationValue const* findWord(std::string_view word) const
     {
         for (auto const& value : *this) {
@@ -54,6 +67,8 @@ struct Enumeration
         }
         return nullptr;
     }
+    /// Finds a value by its name for people.
+    /// @return Null when there is none.
     constexpr EnumerationValue const* findName(std::string_view valueName) const
     {
         for (auto const& value : *this) {
@@ -64,14 +79,19 @@ struct Enumeration
         return nullptr;
     }
 
-    std::string_view name;     // "CallState"; a number's C++ enumeration is "sfi" + name, where SfiTypes.h has one
-    std::string_view meaning;  // one sentence
-    EnumerationValue const* values;
-    std::size_t count;
+    std::string_view name;           ///< "CallState"; its C++ enumeration is "sfi" + name, if SfiTypes.h has one
+    std::string_view meaning;        ///< one sentence
+    EnumerationValue const* values;  ///< in the order of the documentation
+    std::size_t count;               ///< the number of values
 };
 
+/// The values of each enumeration; use kEnumerations.
 namespace enumeration_values {
 // clang-format off
+/// @name Values
+/// @{
+
+/// The values of one enumeration.
 inline constexpr EnumerationValue kCallStates[] = {
     {sfiCallStateIdle,          "", "idle",           "The call is over; its id is free again."},
     {sfiCallStateDialling,      "", "dialling",       "The call is being set up; the request is on its way."},
@@ -318,12 +338,18 @@ inline constexpr EnumerationValue kRecordingStatuses[] = {
     {0, "true",  "on",  "The call is being recorded."},
     {1, "false", "off", "The recording has ended, or could not be made."},
 };
+/// @}
 // clang-format on
 }  // namespace enumeration_values
 
+/// Each enumeration under its name.
 namespace enumerations {
 namespace values = enumeration_values;
 // clang-format off
+/// @name Enumerations
+/// @{
+
+/// An enumeration.
 inline constexpr Enumeration kCallState{"CallState", "Where a call is in its life.", values::kCallStates};
 inline constexpr Enumeration kReason{"Reason", "Why a call ended or was missed.", values::kReasons};
 inline constexpr Enumeration kSendOptions{"SendOptions", "How digits can be sent in a call at present.", values::kSendOptions};
@@ -354,8 +380,10 @@ inline constexpr Enumeration kLamp{"Lamp", "Lamps that applications can set.", v
 inline constexpr Enumeration kSystemStatus{"SystemStatus", "View that the user interface is showing.", values::kSystemStatuses};
 inline constexpr Enumeration kServerFeatureStatus{"ServerFeatureStatus", "State of the features that the server provides for a line.", values::kServerFeatureStatuses};
 inline constexpr Enumeration kRecordingStatus{"RecordingStatus", "Whether a call is being recorded.", values::kRecordingStatuses};
+/// @}
 // clang-format on
 
+/// Every enumeration; use kEnumerations.
 inline constexpr Enumeration const* kAll[] = {
     &kCallState,
     &kReason,
@@ -389,7 +417,8 @@ inline constexpr Enumeration const* kAll[] = {
     &kResult,
 };
 
-// In one enumeration no number, word or name stands twice.
+/// Checks one enumeration.
+/// @return true when no number, word or name occurs twice, and either all values have words or none has.
 constexpr bool valuesAreUnique(Enumeration const& enumeration)
 {
     for (auto const& value : enumeration) {
@@ -402,6 +431,8 @@ constexpr bool valuesAreUnique(Enumeration const& enumeration)
     return true;
 }
 
+/// Checks all enumerations.
+/// @return true when each is sound and no two have the same name.
 constexpr bool areSound()
 {
     for (auto const* const each : kAll) {
@@ -418,13 +449,14 @@ constexpr bool areSound()
 static_assert(areSound(), "a name, number or word stands twice, or an enumeration of words has a value without one");
 }  // namespace enumerations
 
-inline constexpr std::size_t kEnumerationCount = 30;
-inline constexpr auto& kEnumerations = enumerations::kAll;
+inline constexpr std::size_t kEnumerationCount = 30;        ///< the number of enumerations
+inline constexpr auto& kEnumerations = enumerations::kAll;  ///< every enumeration
 
 static_assert(sizeof(enumerations::kAll) / sizeof(enumerations::kAll[0]) == kEnumerationCount,
               "an enumeration was added or removed: whoever lists enumerations must know");
 
-// The enumeration of a name ("CallState"), or null when there is none.
+/// Finds an enumeration by its name, "CallState".
+/// @return Null when there is none of that name.
 constexpr Enumeration const* findEnumeration(std::string_view name)
 {
     for (auto const* const each : kEnumerations) {

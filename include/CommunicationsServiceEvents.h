@@ -1,11 +1,14 @@
-// The events that the service sends as text, described for whoever reads or shows them: documentation, a console's
-// help, test tools. What the event proxy really sends is compared with this table by the tests.
-//
-// An event is the element "Method" followed by every element of its row, in the row's order, with nothing between
-// them: <Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>1</CallID>. An element is never left out, even if
-// its value is empty. Values are raw: there is no escaping. What an element means belongs to the event: the same tag
-// says different things in different events. "This telephone" is the reference telephone; others may send more. The
-// table is constant: any thread may read it.
+/// @file
+/// The events that the service sends as text, described for programs that read or show them: documentation, a console's
+/// help, test tools. The tests compare what the event proxy sends with this table.
+///
+/// An event is the element "Method" followed by every element of its row, in the row's order, with nothing between
+/// them: `<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>1</CallID>`. No element is ever left out, even
+/// when its value is empty. Values are raw: there is no escaping. The meaning of an element belongs to its event: the
+/// same tag means different things in different events. "This telephone" is the reference telephone; others may send
+/// more.
+///
+/// Thread: any; the table is constant.
 #pragma once
 
 #include <cstddef>
@@ -13,34 +16,43 @@
 
 #include "CommunicationsServiceEnumerations.h"
 
+/// How the value of an element is written.
 enum class EventElementKind
 {
-    text,     // as it stands
-    cutText,  // as it stands, but only up to its first NUL
-    integer,  // signed decimal; enumerations too
-    count,    // unsigned decimal
-    flag,     // 1 or 0
-    list,     // a list in the framework's serialised form
-    body,     // no element: the text follows as it stands, up to the end of the event
+    text,     ///< as it stands
+    cutText,  ///< as it stands, but only up to its first NUL
+    integer,  ///< signed decimal; enumerations too
+    count,    ///< unsigned decimal
+    flag,     ///< 1 or 0
+    list,     ///< a list in the framework's serialised form
+    body,     ///< no element: the text follows as it stands, up to the end of the event
 };
 
+/// One element of an event.
 struct EventElement
 {
-    std::string_view tag;
-    EventElementKind kind;
-    Enumeration const* values;  // what its numbers or words stand for; null: none
-    std::string_view form;      // without values: what the text or number is, "line id", "number of messages"
-    std::string_view meaning;   // in this event, one sentence
+    std::string_view tag;       ///< its name; case-sensitive
+    EventElementKind kind;      ///< how its value is written
+    Enumeration const* values;  ///< enumeration of its numbers or words; null: none
+    std::string_view form;      ///< what the value is, unless it has an enumeration: "line id", "number of messages"
+    std::string_view meaning;   ///< in this event, one sentence
 };
 
+/// The elements of an event, in order. A list that can be written in a table row.
 struct EventElements
 {
-    static constexpr std::size_t kMaximum = 17;
+    static constexpr std::size_t kMaximum = 17;  ///< most elements of an event
 
-    EventElement list[kMaximum] = {};
+    EventElement list[kMaximum] = {};  ///< unused places have an empty tag
 
+    /// The first element.
+    /// @return Start of the elements in use.
     constexpr EventElement const* begin() const { return list; }
+    /// Behind the last element.
+    /// @return End of the elements in use.
     constexpr EventElement const* end() const { return list + size(); }
+    /// The number of elements.
+    /// @return 0 for an event without elements.
     constexpr std::size_t size() const
     {
         std::size_t count = 0;
@@ -51,35 +63,48 @@ struct EventElements
     }
 };
 
-// Whether an application ever sees an event.
+/// Whether an application ever receives an event.
 enum class EventSource
 {
-    telephone,        // this telephone sends it
-    otherTelephones,  // the service can send it, but nothing in this telephone causes it
-    nobody,           // it is not delivered at all
+    telephone,        ///< this telephone sends it
+    otherTelephones,  ///< the service can send it, but nothing in this telephone causes it
+    nobody,           ///< it is never sent
 };
 
+/// One event.
 struct EventDescription
 {
-    std::string_view operation;  // of CommunicationsServiceEventIfc
-    std::string_view method;     // the value of the element "Method"; empty: the event is not sent
-    std::string_view name;       // what happened, as people say it; CallStateChangeEvent uses the state's name instead
-    EventSource source;
-    EventElements elements;
-    std::string_view meaning;
-    std::string_view when;  // when it is sent, and what a receiver must know
+    std::string_view operation;  ///< of CommunicationsServiceEventIfc
+    std::string_view method;     ///< the value of the element "Method"; empty: the event is not sent
+    std::string_view name;     ///< in a few words for people; of CallStateChangeEvent, the state's name is used instead
+    EventSource source;        ///< whether an application ever receives it
+    EventElements elements;    ///< what follows the method
+    std::string_view meaning;  ///< one sentence for the documentation
+    std::string_view when;     ///< when it is sent, and what a receiver must know
 };
 
+/// Short names for the rows of the table.
 namespace event_elements {
+/// @name Kinds of elements
+/// @{
+
+/// See EventElementKind.
 inline constexpr auto text = EventElementKind::text;
 inline constexpr auto cutText = EventElementKind::cutText;
 inline constexpr auto integer = EventElementKind::integer;
 inline constexpr auto count = EventElementKind::count;
 inline constexpr auto flag = EventElementKind::flag;
 inline constexpr auto list = EventElementKind::list;
+/// @}
+
+/// No enumeration.
 inline constexpr Enumeration const* none = nullptr;
 
-// The spelling of one and the same thing differs between events; receivers depend on it.
+/// @name Elements of several events
+/// @{
+
+/// An element of several events. The spelling of one and the same thing differs between events, and receivers depend on
+/// it.
 inline constexpr EventElement kLineID{"LineID", text, none, "line id", "Line or appearance that the call is on."};
 inline constexpr EventElement kCutLineID{"LineID", cutText, none, "line id", "Line or appearance that the call is on."};
 inline constexpr EventElement kLineURI{"lineURI", text, none, "line id", "Line or appearance that the call is on."};
@@ -93,20 +118,28 @@ inline constexpr EventElement kCallLevel{"ILCallLevel", integer, none, "impact l
                                          "Impact level of the call; always 0 on this telephone."};
 inline constexpr EventElement kLocalLevel{"ILLocalLevel", integer, none, "impact level",
                                           "Impact level of this telephone; always 0 on this telephone."};
+/// @}
 }  // namespace event_elements
 
+/// The table itself; use kEventDescriptions.
 namespace event_table {
 using namespace event_elements;
 namespace e = enumerations;
+/// @name Sources of events
+/// @{
+
+/// See EventSource.
 inline constexpr auto telephone = EventSource::telephone;
 inline constexpr auto others = EventSource::otherTelephones;
+/// @}
 
 // clang-format off
+/// One row for each operation of CommunicationsServiceEventIfc, in its order.
 inline constexpr EventDescription kRows[] = {
     {"callStateChange", "CallStateChangeEvent", "call state", telephone,
         {{kLineID, kCallID,
           {"CallState",                integer, &e::kCallState,        "",                "State that the call has entered."},
-          {"Reason",                   integer, &e::kReason,           "",                "Why the call ended, in a state that ends it; else normal."},
+          {"Reason",                   integer, &e::kReason,           "",                "Why the call ended; normal unless the state ends the call."},
           {"SendOptions",              integer, &e::kSendOptions,      "",                "How digits can be sent now."},
           kURI, kName,
           {"GPUCLG",                   text,    none,                  "SIP address",     "Caller of a call that was picked up here; else empty."},
@@ -127,7 +160,7 @@ inline constexpr EventDescription kRows[] = {
           {"CallID",             integer, none,                    "call id", "Always 0: the event concerns no call."},
           {"Registered",         flag,    none,                    "",        "Whether the line is registered now."},
           {"RegistrationResult", integer, &e::kRegistrationResult, "",        "Outcome of the registration."}}},
-        "A line has been registered, or is not registered.",
+        "The registration of a line has succeeded, failed or ended.",
         "Sent when the outcome changes: a renewed registration, or the same failure again, is not reported."},
     {"incomingCall", "IncomingCallEvent", "incoming call", telephone,
         {{kLineID, kCallID,
@@ -156,7 +189,7 @@ inline constexpr EventDescription kRows[] = {
     {"callHeld", "CallHeldEvent", "held", telephone,
         {{kLineID, kCallID}},
         "A call is on hold.",
-        "Sent when the far end has agreed to the hold, also if the telephone itself held the call to let another one "
+        "Sent when the far end has agreed to the hold, even if the telephone itself held the call to let another one "
         "be active. Held conferences report it for both calls."},
     {"callRetrieved", "CallRetrievedEvent", "retrieved", telephone,
         {{kLineID, kCallID, kURI, kName, kCallLevel, kLocalLevel,
@@ -230,20 +263,20 @@ inline constexpr EventDescription kRows[] = {
           {"avail_info",          integer, &e::kMWIAvailableInfo,     "",                      "Whether the counts are known."},
           {"messages_waiting",    integer, &e::kMessagesWaiting,      "",                      "Whether messages are waiting."},
           {"voiceMailNumber",     text,    none,                      "number or SIP address", "Number of the mailbox; may be empty."}}},
-        "The message counts of a mailbox.",
+        "A mailbox has reported its message counts.",
         "Sent after a line has been registered, when its mailbox reports for the first time, and then when anything "
         "changes."},
     {"doNotDisturbSet", "DoNotDisturbEvent", "do-not-disturb", telephone,
         {{{"deviceId",       text, none, "line id", "Line that do-not-disturb was set for; the first line if it was set for the whole telephone."},
           {"doNotDisturbOn", flag, none, "",        "Whether do-not-disturb is on."}}},
         "Do-not-disturb was set.",
-        "Sent whenever it is set, also to the value it had. Not sent for a line other than the present user's, which is "
+        "Sent whenever it is set, even to the value that it had. Not sent for a line other than the present user's, which is "
         "the primary line at first."},
     {"agentStateSet", "AgentStateEvent", "agent", telephone,
         {{{"deviceId",   text, none,            "line id", "Line that the state was set for; the first line if the request named no line that exists."},
           {"agentState", text, &e::kAgentState, "",        "The agent's state."}}},
         "The agent state was set.",
-        "Sent whenever it is set, also to the value it had."},
+        "Sent whenever it is set, even to the value that it had."},
     {"securityStatusChanged", "securityStatusChanged", "security", telephone,
         {{kLineURI, kCallId,
           {"securityStatus",       integer, &e::kSecurityStatus, "",                 "Whether the call's audio is encrypted; always plain on this telephone."},
@@ -294,7 +327,7 @@ inline constexpr EventDescription kRows[] = {
     {"conferenceStatusEvent", "conferenceStatusEvent", "conference", telephone,
         {{kCutLineID, kCallID,
           {"XMLContent", text, none, "XML document (RFC 4575)", "Who is in the conference, and who is on hold."}}},
-        "The parties of a conference.",
+        "The parties of a conference have changed.",
         "Sent for both calls when a conference begins, and for the call that stays when it ends."},
     {"callCompletionEvent", "callCompletionEvent", "call-back", telephone,
         {{{"LineID",               cutText, none,                     "line id",     "Line that the call-back was set on."},
@@ -322,10 +355,12 @@ inline constexpr EventDescription kRows[] = {
     {"csCommunicationsServiceEvent", "", "", EventSource::nobody,
         {{}},
         "Carries nothing.",
-        "Never arrives: the service does not deliver it. Applications see the other 28 events at most."},
+        "Never arrives: the service does not deliver it. Applications receive at most the other 28 events."},
 };
 // clang-format on
 
+/// Checks the table.
+/// @return true when no operation has two rows.
 constexpr bool operationsAreUnique()
 {
     for (auto const& row : kRows) {
@@ -340,6 +375,8 @@ constexpr bool operationsAreUnique()
     return true;
 }
 
+/// Checks the table.
+/// @return true when every element but a flag has an enumeration or a form.
 constexpr bool elementsAreComplete()
 {
     for (auto const& row : kRows) {
@@ -353,15 +390,16 @@ constexpr bool elementsAreComplete()
 }
 }  // namespace event_table
 
-inline constexpr std::size_t kEventCount = 29;
-inline constexpr auto& kEventDescriptions = event_table::kRows;
+inline constexpr std::size_t kEventCount = 29;  ///< the number of operations of CommunicationsServiceEventIfc
+inline constexpr auto& kEventDescriptions = event_table::kRows;  ///< every event, in the order of the interface
 
 static_assert(sizeof(event_table::kRows) / sizeof(event_table::kRows[0]) == kEventCount,
               "an event was added or removed: whoever lists events must know");
 static_assert(event_table::operationsAreUnique(), "an event stands in the table twice");
 static_assert(event_table::elementsAreComplete(), "an element has no enumeration, and nothing says what its value is");
 
-// The description of an event by its method, or null when none of that method is sent.
+/// Finds the description of an event by its method.
+/// @return Null when no event has that method, and for the empty text.
 constexpr EventDescription const* findEventDescription(std::string_view method)
 {
     for (auto const& row : kEventDescriptions) {

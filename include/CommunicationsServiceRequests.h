@@ -1,11 +1,14 @@
-// The text requests that the service understands, described for whoever writes or offers them: a console's help and
-// completion, documentation, test tools. The invoker's own table is checked against this one at compile time.
-//
-// A request is the element "Method" with the name, followed by an element for each parameter, in any order, with
-// nothing between them: <Method>HoldCall</Method><Line>4711</Line><CallID>1</CallID>. Values are raw: there is no
-// escaping and no nesting. The first of two elements of one name wins. Two requests end with a body, which is
-// everything after "</Line>"; there the line comes last before it. "This telephone" is the reference telephone. The
-// table is constant: any thread may read it.
+/// @file
+/// The text requests that the service understands, described for programs that write or offer them: a console's help
+/// and completion, documentation, test tools. The invoker's own table is checked against this one at compile time.
+///
+/// A request is the element "Method" with the name, followed by an element for each parameter, in any order, with
+/// nothing between them: `<Method>HoldCall</Method><Line>4711</Line><CallID>1</CallID>`. Values are raw: there is no
+/// escaping and no nesting. If an element occurs twice, the first one applies. Two requests end with a body, which is
+/// everything after "</Line>"; in these the line must be the last element before it. "This telephone" is the reference
+/// telephone.
+///
+/// Thread: any; the table is constant.
 #pragma once
 
 #include <cstddef>
@@ -14,70 +17,83 @@
 #include "CommunicationsServiceEnumerations.h"
 #include "CommunicationsServiceEvents.h"
 
-// What a parameter's element holds, and what the service reads when the element is missing.
+/// What a parameter's element holds, and what the service reads when the element is missing.
 enum class RequestParameterKind
 {
-    text,          // as it stands; missing: empty
-    integer,       // signed decimal, held to the range of 32 bits; missing: -1; not a number: 0
-    flag,          // decimal, everything but 0 is true; missing: true; not a number: false
-    word,          // "TRUE" is true, everything else false; missing: false
-    serviceState,  // one of kRequestServiceStates; missing or another word: sfiServiceOutOfService
-    body,          // no element: all that follows "</Line>", as it stands
+    text,          ///< as it stands; missing: empty
+    integer,       ///< signed decimal, held to the range of 32 bits; missing: -1; not a number: 0
+    flag,          ///< decimal, everything but 0 is true; missing: true; not a number: false
+    word,          ///< "TRUE" is true, everything else false; missing: false
+    serviceState,  ///< one of kRequestServiceStates; missing or another word: sfiServiceOutOfService
+    body,          ///< no element: everything after "</Line>", as it stands
 };
 
-// What a request is answered with. A request that nothing else can be said of is answered "sfiFailure".
+/// The form of an answer. A request that the service does not know, or that yields no text, is answered "sfiFailure".
 enum class RequestAnswer
 {
-    resultWord,  // one of kRequestResultWords
-    wordAndValue,
-    texts,
-    truth,
-    elements,
-    fixedText,
-    nothing,  // no answer at all, only the end of the request
+    resultWord,    ///< one of kRequestResultWords
+    wordAndValue,  ///< a result word, a comma and a value
+    texts,         ///< texts, run together
+    truth,         ///< "true" or "false"
+    elements,      ///< elements, one after another
+    fixedText,     ///< always the same text
+    nothing,       ///< no answer at all, only the end of the request
 };
 
+/// Whether a sender must give a parameter.
 enum class RequestNeed
 {
-    required,  // without it the request does not do what it is for
-    optional,
-    unused,  // read, but without effect on this telephone
+    required,  ///< without it the request does not do what it is for
+    optional,  ///< without it the request still does what it is for
+    unused,    ///< read, but without effect on this telephone
 };
 
-// The smallest and the largest number that makes sense; a parameter without one has the default.
+/// The smallest and the largest number that makes sense. The default is no range.
 struct RequestRange
 {
-    static constexpr int kNoLimit = 2147483647;
+    static constexpr int kNoLimit = 2147483647;  ///< as largest number: every number that fits
 
-    int least = 1;
-    int most = 0;
+    int least = 1;  ///< smallest number
+    int most = 0;   ///< largest number; below the smallest: no range
 
+    /// Whether there is a range.
+    /// @return false for the default.
     constexpr bool isGiven() const { return least <= most; }
+    /// Whether a number is in the range.
+    /// @return true also when there is no range.
     constexpr bool holds(int number) const { return !isGiven() || (number >= least && number <= most); }
 };
 
+/// One parameter of a request.
 struct RequestParameter
 {
-    std::string_view tag;
-    RequestParameterKind kind;
-    RequestNeed need;
-    std::string_view sample;
-    Enumeration const* values;  // what its numbers or words stand for; null: none
-    std::string_view form;      // what the value is: "call id"
-    std::string_view meaning;   // in this request, one sentence
-    std::string_view missing;   // effect of a missing element, beside the value that the kind then has; may be empty
-    std::string_view wrong;     // effect of a value that does not exist or is out of range; may be empty
-    RequestRange range = {};
+    std::string_view tag;       ///< name of its element; case-sensitive
+    RequestParameterKind kind;  ///< what the element holds
+    RequestNeed need;           ///< whether a sender must give it
+    std::string_view sample;    ///< a value that fits the request
+    Enumeration const* values;  ///< enumeration of its numbers or words; null: none
+    std::string_view form;      ///< what the value is, unless it has an enumeration: "call id"
+    std::string_view meaning;   ///< in this request, one sentence
+    std::string_view missing;   ///< effect of a missing element, beside the value that the kind then has; may be empty
+    std::string_view wrong;     ///< effect of a value that does not exist or is out of range; may be empty
+    RequestRange range = {};    ///< the numbers that make sense
 };
 
+/// The parameters of a request. A list that can be written in a table row.
 struct RequestParameters
 {
-    static constexpr std::size_t kMaximum = 6;
+    static constexpr std::size_t kMaximum = 6;  ///< most parameters of a request
 
-    RequestParameter list[kMaximum] = {};
+    RequestParameter list[kMaximum] = {};  ///< unused places have an empty tag
 
+    /// The first parameter.
+    /// @return Start of the parameters in use.
     constexpr RequestParameter const* begin() const { return list; }
+    /// Behind the last parameter.
+    /// @return End of the parameters in use.
     constexpr RequestParameter const* end() const { return list + size(); }
+    /// The number of parameters.
+    /// @return 0 for a request without parameters.
     constexpr std::size_t size() const
     {
         std::size_t count = 0;
@@ -88,15 +104,21 @@ struct RequestParameters
     }
 };
 
-// Names of events, by the value of their element "Method".
+/// The events that follow a request, by the value of their element "Method". A list that can be written in a table row.
 struct RequestEvents
 {
-    static constexpr std::size_t kMaximum = 6;
+    static constexpr std::size_t kMaximum = 6;  ///< most events of a request
 
-    std::string_view list[kMaximum] = {};
+    std::string_view list[kMaximum] = {};  ///< unused places are empty
 
+    /// The first event.
+    /// @return Start of the events in use.
     constexpr std::string_view const* begin() const { return list; }
+    /// Behind the last event.
+    /// @return End of the events in use.
     constexpr std::string_view const* end() const { return list + size(); }
+    /// The number of events.
+    /// @return 0 for a request that no event follows.
     constexpr std::size_t size() const
     {
         std::size_t count = 0;
@@ -107,21 +129,22 @@ struct RequestEvents
     }
 };
 
+/// One request.
 struct RequestDescription
 {
-    std::string_view name;  // the value of the element "Method", case-sensitive
-    RequestParameters parameters;
-    RequestAnswer answer;
-    std::string_view answerForm;   // the answer's text unless it is a plain result word; "..." stands for a value
-    EventElements answerElements;  // the values in the answer, described as in an event
-    std::string_view meaning;
-    std::string_view addressing;  // which of Line and CallID counts
-    std::string_view promise;     // what a good answer promises
-    std::string_view noPromise;   // and what it does not; may be empty
-    RequestEvents events;         // that follow, in no order
+    std::string_view name;         ///< the value of the element "Method", case-sensitive
+    RequestParameters parameters;  ///< what the request carries
+    RequestAnswer answer;          ///< the form of its answer
+    std::string_view answerForm;   ///< the answer's text unless it is a plain result word; "..." stands for a value
+    EventElements answerElements;  ///< the values in the answer, described as in an event
+    std::string_view meaning;      ///< one sentence for the documentation
+    std::string_view addressing;   ///< which of Line and CallID counts
+    std::string_view promise;      ///< what a good answer promises
+    std::string_view noPromise;    ///< what a good answer does not promise; may be empty
+    RequestEvents events;          ///< the events that can follow, in no order
 };
 
-// The answer words of a result: success, failure, and the failures of a call-back.
+/// The answer words of a result: success, failure, and the failures of a call-back.
 inline constexpr std::string_view kRequestResultWords[] = {
     "sfiSuccess",
     "sfiFailure",
@@ -131,14 +154,19 @@ inline constexpr std::string_view kRequestResultWords[] = {
     "sfiFailureCallBackAllreadyExists",
 };
 
-// The words of a service state, at the place of their value.
+/// The words of a service state, at the place of their value.
 inline constexpr std::string_view kRequestServiceStates[] = {
     "sfiServiceInService",
     "sfiServiceOutOfService",
     "sfiServiceDoNotDisturb",
 };
 
+/// Short names for the rows of the table.
 namespace request_parameters {
+/// @name Kinds and needs of parameters
+/// @{
+
+/// See RequestParameterKind and RequestNeed.
 inline constexpr auto text = RequestParameterKind::text;
 inline constexpr auto integer = RequestParameterKind::integer;
 inline constexpr auto flag = RequestParameterKind::flag;
@@ -148,9 +176,16 @@ inline constexpr auto body = RequestParameterKind::body;
 inline constexpr auto required = RequestNeed::required;
 inline constexpr auto optional = RequestNeed::optional;
 inline constexpr auto unused = RequestNeed::unused;
+/// @}
+
+/// No enumeration.
 inline constexpr Enumeration const* none = nullptr;
 
 // clang-format off
+/// @name Parameters of several requests
+/// @{
+
+/// A parameter that several requests have.
 inline constexpr RequestParameter kAnyLine{"Line", text, unused, "4711", none, "line id",
     "Not used: the call id alone says which call.", "", ""};
 inline constexpr RequestParameter kLineOfNewCall{"Line", text, required, "4711", none, "line id",
@@ -168,19 +203,25 @@ inline constexpr RequestParameter kActiveCall{"activeCall", integer, unused, "3"
 inline constexpr RequestParameter kDestination{"Destination", text, required, "100", none, "number or SIP address",
     "Where to; a number without a domain belongs to the line's server.",
     "refused", "not a number or an address: refused"};
+/// @}
 // clang-format on
 
+/// The sample of a body.
 inline constexpr std::string_view kBodySample =
     "<MonitorStart><monitorObject><deviceObject>4711</deviceObject></monitorObject></MonitorStart>";
 }  // namespace request_parameters
 
+/// The table itself; use kRequestDescriptions.
 namespace request_table {
 using namespace request_parameters;
 namespace e = enumerations;
+/// Short for the rows.
 using A = RequestAnswer;
+/// Short for the rows.
 using K = EventElementKind;
 
 // clang-format off
+/// One row for each request.
 inline constexpr RequestDescription kRows[] = {
     {"OutgoingCallMakeRequest",
         {{kLineOfNewCall, kNewCall, kDestination,
@@ -201,7 +242,7 @@ inline constexpr RequestDescription kRows[] = {
     {"AcceptCall",
         {{kAnyLine,
           {"CallID",     integer, required, "1001", none, "call id",
-            "The offered call.", "refused", "no such call: refused"},
+            "The offered call.", "with AutoAnswer 0 refused", "no such call: with AutoAnswer 0 refused"},
           {"AutoAnswer", flag,    optional, "0",    none, "",
             "Whether to let the call ring on the keyset only, in which case nothing is sent to the caller.",
             "only the keyset is told; the caller hears no ringing", ""}}},
@@ -300,7 +341,7 @@ inline constexpr RequestDescription kRows[] = {
             "The connected or held call.", "refused", "no such call, or it is not connected: refused"},
           kDestination}},
         A::resultWord, "", {{}},
-        "Transfers a call to a destination without asking it first.",
+        "Transfers a call to a destination without a consultation.",
         "CallID counts; Line does not.",
         "The far end has been asked to call the destination.",
         "That the transfer succeeds: FeatureSuccessEvent or FeatureFailedEvent says so. On success the call ends "
@@ -335,10 +376,10 @@ inline constexpr RequestDescription kRows[] = {
           {"SystemStatusInfo", text, optional, "on",                      none,              "text",
             "Anything to add; systemStatusEvent repeats it.", "", ""}}},
         A::resultWord, "", {{}},
-        "Tells which view the user interface is showing.",
+        "Tells the telephone which view the user interface is showing.",
         "Neither Line nor CallID: the request concerns the whole telephone.",
         "The telephone has noted the view.",
-        "An event for CallView-Normal: it has none.",
+        "An event for CallView-Normal: none is sent.",
         {{"systemStatusEvent"}}},
     {"Subscribe",
         {{}},
@@ -351,7 +392,7 @@ inline constexpr RequestDescription kRows[] = {
     {"ActivateCallbackRinging",
         {{kAnyLine,
           {"CallID", integer, required, "2", none, "call id",
-            "A call from here whose party is ringing, or was ringing when it ended.",
+            "An outgoing call whose party is ringing, or was ringing when the call ended.",
             "sfiFailureCallBackNoCallInfo", "no such call: sfiFailureCallBackNoCallInfo; its party is not ringing: sfiFailureCallBackInvalidState"}}},
         A::resultWord, "", {{}},
         "Sets a call-back on a party that does not answer.",
@@ -363,10 +404,10 @@ inline constexpr RequestDescription kRows[] = {
     {"ActivateCallbackBusy",
         {{kAnyLine,
           {"CallID", integer, required, "2", none, "call id",
-            "A call from here that ended because its party was busy.",
+            "An outgoing call that ended because its party was busy.",
             "sfiFailureCallBackNoCallInfo", "no such call: sfiFailureCallBackNoCallInfo; its party is not busy: sfiFailureCallBackInvalidState"}}},
         A::resultWord, "", {{}},
-        "Sets a call-back on a party that is busy.",
+        "Sets a call-back on a busy party.",
         "CallID counts; Line does not. The call may be over: the telephone remembers the last 32 calls made.",
         "The party's side has been asked to report when the party is free.",
         "That it agrees: callCompletionEvent (activated) or callCompletionFailedEvent says so. The telephone does "
@@ -386,7 +427,7 @@ inline constexpr RequestDescription kRows[] = {
         A::resultWord, "", {{}},
         "Cancels call-backs.",
         "URI counts if it is present, else CallID; Line does not.",
-        "All call-backs that were meant are cancelled. sfiFailureCallBackNoCallInfo: there was none.",
+        "All matching call-backs are cancelled. sfiFailureCallBackNoCallInfo: there was none.",
         "",
         {{"callCompletionEvent"}}},
     {"DirectedPickupCall",
@@ -425,7 +466,7 @@ inline constexpr RequestDescription kRows[] = {
         "last. CallID is not read.",
         "The conference is being made; held calls are being retrieved for it. Refused if one of the calls is in a "
         "conference already: a conference has three parties and no more.",
-        "That it comes about: FeatureSuccessEvent and conferenceStatusEvent say so.",
+        "That it succeeds: FeatureSuccessEvent and conferenceStatusEvent, or FeatureFailedEvent, say so.",
         {{"CallRetrievedEvent", "CallStateChangeEvent", "FeatureSuccessEvent", "conferenceStatusEvent", "FeatureFailedEvent"}}},
     {"SetServiceState",
         {{{"state", serviceState, required, "sfiServiceInService", &e::kServiceState, "",
@@ -434,8 +475,8 @@ inline constexpr RequestDescription kRows[] = {
         "Sets the state of the service.",
         "Neither Line nor CallID: the request concerns the whole telephone.",
         "The state is set. Out of service, lines give up their registration; otherwise they register.",
-        "That the lines are registered: RegistrationStateChangeEvent says so. An event for the state itself: there "
-        "is none.",
+        "That the lines are registered: RegistrationStateChangeEvent says so. An event for the state itself: "
+        "none is sent.",
         {{"RegistrationStateChangeEvent"}}},
     {"GetServiceState",
         {{}},
@@ -452,7 +493,7 @@ inline constexpr RequestDescription kRows[] = {
           {"doNotDisturbOn", flag, required, "1",    none, "",
             "Whether do-not-disturb is on.", "it is switched on", ""}}},
         A::resultWord, "", {{}},
-        "Switches do-not-disturb.",
+        "Switches do-not-disturb on or off.",
         "On a keyset Line counts: calls to that line are refused. On a telephone of one line it does not matter.",
         "Calls to the line are refused or accepted from now on. The request is refused only if the configuration "
         "forbids do-not-disturb.",
@@ -492,7 +533,7 @@ inline constexpr RequestDescription kRows[] = {
         "Sends digits in a call.",
         "activeCall counts; Line does not. CallID is not read.",
         "The digits are being sent, in the way that SendOptions names.",
-        "That the far end understands them. An event: there is none.",
+        "That the far end understands them. An event: none is sent.",
         {{}}},
     {"GetDevices",
         {{}},
@@ -507,10 +548,10 @@ inline constexpr RequestDescription kRows[] = {
         {{{"Status", flag, required, "1", none, "",
             "Whether the microphone is muted.", "it is muted", ""}}},
         A::resultWord, "", {{}},
-        "Mutes the microphone.",
+        "Mutes or unmutes the microphone.",
         "Neither Line nor CallID: the request concerns the whole telephone.",
         "The microphone is muted or not, in present and later calls.",
-        "An event: there is none.",
+        "An event: none is sent.",
         {{}}},
     {"GetMicrophoneMute",
         {{}},
@@ -552,7 +593,7 @@ inline constexpr RequestDescription kRows[] = {
     {"SendCSTARequest",
         {{kLineOfServer,
           {"Body", body, required, kBodySample, none, "everything after </Line>, usually XML",
-            "The message, as the server is to get it.",
+            "The message; sent unchanged.",
             "refused", "without </Line> the first six characters of the request are cut off, and the rest is the body"}}},
         A::resultWord, "", {{}},
         "Sends a CSTA request to the server of a line.",
@@ -601,8 +642,8 @@ inline constexpr RequestDescription kRows[] = {
           {"voiceMailNumber",  K::text,    none,                      "number or SIP address", "Number of the mailbox; may be empty."},
           {"func_return_val",  K::text,    &e::kResult,               "",                      "Always sfiSuccess."}}},
         "Asks for the message counts of the mailbox.",
-        "Neither Line nor CallID: the request concerns the whole telephone. The mailbox is the telephone's own "
-        "number's.",
+        "Neither Line nor CallID: the request concerns the whole telephone. The mailbox belongs to the "
+        "telephone's own number.",
         "The counts that the mailbox reported last; all 0 if it has not reported.",
         "That the counts are known: Type 0 means that they are not. The result word is sfiSuccess in any case.",
         {{}}},
@@ -611,10 +652,10 @@ inline constexpr RequestDescription kRows[] = {
             "Whether a call to a line that has a call is reported with IncomingAssociatedCallEvent.",
             "it is reported", ""}}},
         A::resultWord, "", {{}},
-        "Tells whether calls of one line are associated with each other.",
+        "Switches IncomingAssociatedCallEvent on or off.",
         "Neither Line nor CallID: the request concerns the whole telephone.",
         "Later incoming calls are reported that way.",
-        "Anything about calls that exist.",
+        "Anything about existing calls.",
         {{"IncomingAssociatedCallEvent"}}},
     {"setLampMode",
         {{{"Line",     text,    unused,   "4711", none,          "line id",
@@ -689,17 +730,17 @@ inline constexpr RequestDescription kRows[] = {
             "TRUE seizes the line for a call that is about to be made; anything else releases it.",
             "the line is released", ""}}},
         A::nothing, "", {{}},
-        "Tells that a line is off the hook and has no call yet.",
+        "Tells the telephone that a line is off the hook and has no call yet.",
         "Line counts.",
         "Nothing: there is no answer.",
-        "That the line was free. An event: there is none.",
+        "That the line was free. An event: none is sent.",
         {{}}},
     {"SendUACSTAServerMessage",
         {{{"Line", text, unused,   "4711", none, "line id",
             "Not used: the message goes to the first line's server. Its closing tag marks where the body begins.",
             "", ""},
           {"Body", body, required, kBodySample, none, "everything after </Line>, usually XML",
-            "The message, as the server is to get it.",
+            "The message; sent unchanged.",
             "nothing is sent", "without </Line> the first six characters of the request are cut off, and the rest is the body"}}},
         A::fixedText, "UACSTA message is sent.", {{}},
         "Sends a CSTA message to the server.",
@@ -709,18 +750,20 @@ inline constexpr RequestDescription kRows[] = {
         {{"b2buaCSTAResponse", "b2buaCSTAEventOrRequest"}}},
     {"callbackDOFeatureCallID",
         {{{"CallID",     text,    required, "2", none, "call id, any text",
-            "Call that the feature got.", "an empty id is kept", ""},
+            "Call of the feature instance.", "an empty id is kept", ""},
           {"instanceId", integer, required, "1", none, "number of a feature instance",
             "The instance.", "kept for the instance -1", ""}}},
         A::nothing, "", {{}},
-        "Tells the call id that a feature of an instance got.",
+        "Tells the telephone the call id of a feature instance.",
         "CallID is kept as a text; it need not be a call.",
         "Nothing: there is no answer.",
-        "An event: there is none.",
+        "An event: none is sent.",
         {{}}},
 };
 // clang-format on
 
+/// Checks the table.
+/// @return true when no name has two rows.
 constexpr bool namesAreUnique()
 {
     for (auto const& row : kRows) {
@@ -735,6 +778,8 @@ constexpr bool namesAreUnique()
     return true;
 }
 
+/// Checks the table.
+/// @return true when every event that follows a request is sent.
 constexpr bool eventsExist()
 {
     for (auto const& row : kRows) {
@@ -747,6 +792,8 @@ constexpr bool eventsExist()
     return true;
 }
 
+/// Checks a parameter.
+/// @return true when each number in its range has a name, or it has no range or no enumeration.
 constexpr bool rangeIsSound(RequestParameter const& parameter)
 {
     RequestRange const& range = parameter.range;
@@ -761,6 +808,8 @@ constexpr bool rangeIsSound(RequestParameter const& parameter)
     return true;
 }
 
+/// Checks a parameter.
+/// @return true when its row tells which values it takes.
 constexpr bool valuesAreSaid(RequestParameter const& parameter)
 {
     switch (parameter.kind) {
@@ -777,6 +826,8 @@ constexpr bool valuesAreSaid(RequestParameter const& parameter)
     return parameter.values != nullptr || !parameter.form.empty();
 }
 
+/// Checks the table.
+/// @return true when every parameter has its values, a sound range, a sample and a meaning.
 constexpr bool parametersAreComplete()
 {
     for (auto const& row : kRows) {
@@ -790,7 +841,8 @@ constexpr bool parametersAreComplete()
     return true;
 }
 
-// The words above are those of the enumerations.
+/// Checks the words of results and service states against the enumerations.
+/// @return true when the enumerations have the same words, and the same numbers for service states.
 constexpr bool wordsAreThoseOfEnumerations()
 {
     std::size_t place = 0;
@@ -810,8 +862,8 @@ constexpr bool wordsAreThoseOfEnumerations()
 }
 }  // namespace request_table
 
-inline constexpr std::size_t kRequestCount = 43;
-inline constexpr auto& kRequestDescriptions = request_table::kRows;
+inline constexpr std::size_t kRequestCount = 43;                     ///< the number of requests
+inline constexpr auto& kRequestDescriptions = request_table::kRows;  ///< every request
 
 static_assert(sizeof(request_table::kRows) / sizeof(request_table::kRows[0]) == kRequestCount,
               "a request was added or removed: the invoker and everyone who lists requests must know");
@@ -822,7 +874,8 @@ static_assert(request_table::parametersAreComplete(),
 static_assert(request_table::wordsAreThoseOfEnumerations(),
               "a result word or service state has another name or number");
 
-// The description of a request, or null when there is none of that name.
+/// Finds the description of a request by its name.
+/// @return Null when there is none of that name.
 constexpr RequestDescription const* findRequestDescription(std::string_view name)
 {
     for (auto const& row : kRequestDescriptions) {

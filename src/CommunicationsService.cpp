@@ -42,7 +42,7 @@ CommunicationsService::CommunicationsService()
 
 CommunicationsService::~CommunicationsService()
 {
-    // It ends while the locks still exist.
+    // It must end while the locks still exist.
     sipConfigManager_.reset();
 }
 
@@ -185,7 +185,7 @@ void CommunicationsService::subscriptionTimerExpired()
         sipConfigManager_->switchOnLampsForForwarding();
         sipConfigManager_->checkDhcpProxyAddr();
     }
-    // Only now: an expiry is to run this once, and to have run it when the id is gone.
+    // Cleared last: once the id is 0 again, all of this is done.
     subscriptionTimerId_ = 0;
 }
 

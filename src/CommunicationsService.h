@@ -186,40 +186,41 @@ public:
     void functionPressedEvent(PhysDefs::keyFunctionType function, int key, PhysDefs::actionType action,
                               std::string text) override;
 
-    // Life: the executable that is registered under a name, or null, which is logged.
+    // Finds the executable registered under a name; null, with a log line, when there is none.
     Executable* findIfc(std::string const& name);
 
-    // Appearances. Fills the record that call control knows a call of a line by; `assign` lets the call take an
-    // appearance of a multi-call-appearance line. For a call that has one already `primary` is left as it is.
+    // Appearances. Fills in the record that names a call to the call control. With `assign` the call takes an
+    // appearance of a multi-call-appearance line. For a call that already has one, `primary` is left as it is.
     void generateCallInfoForLine(sfiCallInfo* info, std::string const& lineURI, int callID, bool assign);
-    // Whether a new call may go ahead on a line, with its appearance reserved where the server wants that.
+    // Whether a new call may be made on a line. Reserves an appearance where the server requires one.
     bool checkBCAForNextAppearanceReservation(std::string const& lineURI);
-    // Whether a number may be dialled now. Switches do-not-disturb off for a number that may although the phone is
-    // locked.
+    // Whether a number may be dialled now. Switches do-not-disturb off for a number that is permitted on a locked
+    // phone.
     bool isOutgoingCallAllowed(char const* number);
 
-    // Status: the recording service, which is started when init has not done so.
+    // Status: the recording service, bound here if init has not done so yet.
     MediaRecordingService* mediaRecordingSvc();
 
-    // Forwarding. Writes what differs from the rule in force to the store, everything when `force` is set.
+    // Forwarding. Writes the values that differ from the rule in force to the store; all of them when `force` is set.
     void publishForwardingConfigurationViaQORA(sfiForwardingType type, bool on, std::string const& destination,
                                                int cfnrRingCount, bool force);
-    // Writes one value to the store. The store's answer (not 0: accepted), or 0 without store or key. Takes no lock.
+    // Writes one value to the store and takes no lock. Returns the store's answer (not 0: accepted), or 0 without store
+    // or key.
     int setQORAValue(std::string const& key, std::string const& value);
     // Switches the three base rules off.
     void removeForwardingIfSet();
     void setCFChangesPending(bool pending);
 
-    // Do-not-disturb. The platform hears of the value when the store has accepted it.
+    // Do-not-disturb. The platform is told of the value once the store has accepted it.
     void publishDNDConfigurationViaQORA(std::string const& lineURI, bool on);
     // Ends do-not-disturb of the whole phone without telling the store.
     void removeDNDIfSet();
 
-    // Management data. False when nothing of the data may be set.
+    // Management data. Removes the items that the server holds, if it holds any; false when no item remains.
     bool setCentralisedFeatureData(ManageableData& data);
     // Whether the server holds forwarding and do-not-disturb once the data is in force.
     bool extractNewValueForServerBasedFeatures(ManageableData& data);
-    // Removes what the server holds; false when nothing stays.
+    // Removes the items that the server holds; false when none remains.
     bool extractInvalidDataItems(ManageableData& data);
     bool isValidWhilstServerBasedFeaturesEnabled(std::string const& rootId);
 
@@ -237,11 +238,11 @@ private:
 
     // The record of a call that may take an appearance.
     sfiCallInfo callInfo(std::string const& lineURI, int callID);
-    // Directed pickup as a call to the pickup number followed by that of the ringing telephone.
+    // Directed pickup as a call to the pickup number with the number of the ringing telephone appended.
     sfiResult pickUpByNumber(sfiCallInfo& info, std::string const& callToBePickedUp);
-    // What the dial plan says of a number: true for an emergency number.
+    // Whether the dial plan lists a number as an emergency number.
     bool numberFlag(std::string const& number);
-    // Whether the keyset's present user is that of a line.
+    // Whether a line belongs to the present user of the keyset.
     bool isCurrentMultiUser(std::string const& lineURI);
 
     Context* context_ = nullptr;

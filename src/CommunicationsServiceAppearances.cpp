@@ -1,4 +1,4 @@
-// Which line and appearance a call is on, and whether a new call may take one.
+// Assigns calls to lines and appearances, and decides whether a new call may be made.
 #include "CommunicationsService.h"
 
 #include "CommunicationsServiceGuards.h"
@@ -40,7 +40,7 @@ sfiCallInfo plainLineCallInfo(std::string const& baseURI, int callID)
                            : makeCallInfo(line->getLineID(), primaryOf(*line), callID, 0);
 }
 
-// Calls of the Bluetooth device come with a marker for a line; the device knows its line.
+// Calls of a Bluetooth device name a marker instead of a line; the call control knows the device's line.
 std::string withoutBluetoothMarker(std::string const& lineURI, int callID)
 {
     if (callID < kFirstBluetoothCall || callID > kLastBluetoothCall || lineURI != kBluetoothLine) {
@@ -54,8 +54,8 @@ std::string withoutBluetoothMarker(std::string const& lineURI, int callID)
     return replacement;
 }
 
-// Looks for the appearance of a multi-call-appearance line that a call is on or may take. Each step either fills the
-// record or leaves it to the next one.
+// Finds the appearance of a multi-call-appearance line that a call is on or may take. Each step fills in the record or
+// leaves it to the next.
 class AppearanceSearch
 {
 public:
@@ -80,7 +80,7 @@ public:
         return true;
     }
 
-    // The appearance that the identifier itself names.
+    // Takes the appearance named by the identifier itself.
     bool takesNamed(std::string const& lineURI, int index)
     {
         Line* const line = index > 0 ? LineManager::Instance()->getLine(lineURI) : nullptr;
@@ -132,7 +132,7 @@ private:
     int const callID_;
     bool const assign_;
     SfiMCAMapper* const mapper_;
-    // What a look-up that found nothing left behind goes into the steps that name no appearance.
+    // A look-up that finds nothing may still write here; the steps that name no appearance use that value.
     int appearance_ = 0;
 };
 
@@ -219,7 +219,7 @@ bool CommunicationsService::isOutgoingCallAllowed(char const* number)
     if (digitAnalysis_ == nullptr) {
         return false;
     }
-    // Both are asked, whatever the first one says.
+    // Both questions are asked, whatever the first answer is.
     bool const permitted = digitAnalysis_->isPermittedNumber(number);
     bool const permittedInContext = digitAnalysis_->isPermittedNumberInContext(number, 0);
     if (!permitted && !permittedInContext) {

@@ -1,4 +1,4 @@
-// The call operations. Each builds the record of the call, holds the lock of the call control, and calls it.
+// The call operations. Each builds the record of the call, takes the call control's lock, and calls it.
 #include "CommunicationsService.h"
 
 #include "CommunicationsServiceGuards.h"
@@ -14,7 +14,7 @@ using service_log::shown;
 
 namespace {
 
-// Arguments of the call control whose meaning is its own.
+// Fixed arguments; their meaning belongs to the call control.
 constexpr int kCallMode = 1;
 constexpr int kCallOption = 0;
 constexpr int kFeatureMode = 1;
@@ -42,7 +42,7 @@ sfiResult CommunicationsService::callClear(std::string const& lineURI, int callI
 {
     SERVICE_TRACE("callClear (callID = %d, cause = %d)", callID, cause);
     sfiCallInfo info{};
-    // A call that ends takes no appearance.
+    // Clearing a call must not assign it an appearance.
     generateCallInfoForLine(&info, lineURI, callID, false);
     SfiGuard const hold;
     return CSfi::GetInstance()->CallClear(&info, cause);
@@ -103,7 +103,7 @@ sfiResult CommunicationsService::deflectCall(std::string const& lineURI, int cal
 {
     SERVICE_TRACE("deflectCall (callID = %d, Destination = %s)", callID, shown(destination));
     std::string const number(destination);
-    // The dial plan is asked; its answer changes nothing here.
+    // The dial plan is queried; its answer is not used here.
     static_cast<void>(numberFlag(number));
     sfiCallInfo info = callInfo(lineURI, callID);
     SfiGuard const hold;
@@ -143,7 +143,7 @@ sfiResult CommunicationsService::blindTransferCall(std::string const& lineURI, i
 {
     SERVICE_TRACE("blindTransferCall (callID = %d, Destination = %s)", callID, shown(destination));
     std::string const number(destination);
-    // As in deflectCall: asked, not used.
+    // As in deflectCall: queried, not used.
     static_cast<void>(numberFlag(number));
     sfiCallInfo info = callInfo(lineURI, callID);
     SfiGuard const hold;
@@ -271,7 +271,7 @@ sfiResult CommunicationsService::alternateCalls(std::string const& lineURI)
 
 sfiResult CommunicationsService::makeSecurityChangeReinvite(std::string const& lineURI, int callID, bool secure)
 {
-    // Here the lock comes before the record.
+    // Here the lock is taken before the record is built.
     SfiGuard const hold;
     sfiCallInfo info = callInfo(lineURI, callID);
     return CSfi::GetInstance()->SecurityChangeReinvite(&info, secure);

@@ -22,7 +22,7 @@ std::string_view upToNul(std::string const& text)
     return text.c_str();
 }
 
-// A party's text; it ends with the array where its NUL was forgotten.
+// A party's text; without a NUL it ends with the array.
 std::string_view party(char const (&text)[sfiReplacesDisplay::kPartySize])
 {
     auto const* const end = std::find(std::begin(text), std::end(text), '\0');

@@ -1,9 +1,9 @@
 // Stands for one subscribed application: each event becomes one text message of the request that the framework made
 // for that application. It keeps no history, filters nothing and never answers.
 //
-// The framework makes it through createCommunicationsServiceEventProxy, owns it, binds it with initProxy before the
+// The framework creates it with createCommunicationsServiceEventProxy, owns it, binds it with initProxy before the
 // first event and destroys it. Events may come from several threads at once: each builds its text in local storage.
-// setCallBackChan must not run beside itself.
+// setCallBackChan must not run on two threads at once.
 //
 // The order of the declarations is binary interface and differs from the interface's; callers go through the interface.
 #pragma once
@@ -17,7 +17,7 @@
 class CommunicationsServiceEventProxy : public Proxy, public CommunicationsServiceEventIfc
 {
 public:
-    // Keeps the request and names the protocol to it.
+    // Keeps the request and sets its protocol.
     void initProxy(ProxyRequest& request) override;
 
     void callStateChange(std::string const& lineURI, int callID, sfiCallState state, sfiReason reason,
@@ -74,7 +74,7 @@ public:
                                      bool inBandRinging) override;
     void csCommunicationsServiceEvent(std::string const& unused) override;
 
-    // Keeps the name of an executable's channel; forgets the former one in any case, and keeps none for null.
+    // Keeps the name of an executable's channel in place of the former one; null: none.
     void setCallBackChan(Executable* executable);
     std::string const& callBackChan() const { return callBackChan_; }
 

@@ -53,7 +53,7 @@ constexpr std::array kForwardingRows{
 };
 static_assert(kForwardingRows.size() == 9);
 
-// A type finds its row by its value, and no key stands twice.
+// The index of a row is the value of its type, and no key appears twice.
 constexpr bool isTableSound()
 {
     for (std::size_t i = 0; i < kForwardingRows.size(); ++i) {
@@ -80,7 +80,7 @@ ForwardingRow const* findRow(sfiForwardingType type)
     return index < kForwardingRows.size() ? &kForwardingRows[index] : nullptr;
 }
 
-// Tells the platform that forwarding settings are being written, and when that is over.
+// Tells the platform when forwarding settings begin and end to be written.
 class PendingChanges
 {
 public:
@@ -104,7 +104,7 @@ struct ForwardingRule
     int ringCount;
 };
 
-// Writes in the order address, activation, delay; what is refused does not stop the rest.
+// Writes address, activation and delay, in this order; a refused value does not stop the rest.
 void writeRule(CommunicationsService& service, ForwardingRow const& row, ForwardingRule const& rule, bool force)
 {
     bool const inForce = row.enabled() != 0;
@@ -153,7 +153,7 @@ sfiResult CommunicationsService::setForwardingConfiguration(std::string const& l
 sfiResult CommunicationsService::getForwardingConfiguration(sfiForwardingType type, bool& on, std::string& destination,
                                                             int& cfnrRingCount)
 {
-    // Asked as the platform expects of every reader of a rule; the rule reads the same in either case.
+    // The platform expects this query before a rule is read; the answer makes no difference.
     static_cast<void>(sfiBuiltInForwardingEnabled());
     ForwardingRow const* const row = findRow(type);
     if (row == nullptr) {

@@ -1,4 +1,4 @@
-// What the service holds for a while and gives back on every path out of it. Each lives on the stack of one operation.
+// Guards of one operation: each takes a lock or sets a flag, and gives it back on every path out.
 #pragma once
 
 #include <atomic>

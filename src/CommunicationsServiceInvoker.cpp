@@ -21,7 +21,7 @@ constexpr char const* kSource = "src/CommunicationsServiceInvoker";
 constexpr std::string_view kSignallingEvent = "SigEvent";
 constexpr char kPayloadSeparator = ':';
 
-// Whether the text up to its first ":" is the word of a signalling event, which holds none itself.
+// Whether the text up to its first ":" is the word of a signalling event.
 bool isSignallingEvent(std::string_view message)
 {
     std::string_view const rest = message.substr(std::min(message.size(), kSignallingEvent.size()));
@@ -29,10 +29,10 @@ bool isSignallingEvent(std::string_view message)
            (rest.empty() || rest.front() == kPayloadSeparator);
 }
 
-// Where the service's interface lies in the objects of one type.
+// The offset of the service's interface in objects of one type.
 struct InterfacePlace
 {
-    std::type_info const* type{};  // null: there is none
+    std::type_info const* type{};  // null: the type lacks the interface
     std::ptrdiff_t offset{};
 };
 
@@ -50,8 +50,8 @@ InterfacePlace findInterface(Executable& executable)
     return {&typeid(executable), reinterpret_cast<char*>(service) - startOf(executable)};
 }
 
-// A checked cast. It takes as long as reading half a request does, and the requests of one process go to services of
-// one type: the place is found once for the first type that comes, for any other one the cast is made each time.
+// A checked cast. It takes as long as reading half a request, and the requests of one process go to services of one
+// type: the offset is found once, for the first type; for any other type the cast is made each time.
 CommunicationsServiceIfc* interfaceOf(Executable& executable)
 {
     static InterfacePlace const kFirst = findInterface(executable);
@@ -90,7 +90,8 @@ void CommunicationsServiceInvoker::handleMessage(Executable* service, char const
     }
 }
 
-// The count that is handed on has always been one more than the payload has bytes; the NUL behind it makes it readable.
+// The count passed on has always been one more than the bytes of the payload; the NUL behind the payload keeps that
+// readable.
 void CommunicationsServiceInvoker::passSignallingEvent(CommunicationsServiceIfc* service, std::string const& notice)
 {
     if (service == nullptr) {
@@ -104,7 +105,8 @@ void CommunicationsServiceInvoker::passSignallingEvent(CommunicationsServiceIfc*
 void CommunicationsServiceInvoker::handleRequest(CommunicationsServiceIfc* service, char const* message,
                                                  std::string_view counted, InvokerResponse* response)
 {
-    // The method counts within the given length, the parameters up to the text's NUL. Nearly always they are the same.
+    // The method is read within the given length, the parameters up to the text's NUL. Nearly always the two are the
+    // same.
     RequestText const request(message);
     auto const method = request.whole().size() == counted.size()
                             ? request.value("Method")

@@ -2,9 +2,8 @@
 // CommunicationsServiceIfc and answers with a short text. Notices of the signalling component ("SigEvent:...") pass
 // straight through to the service.
 //
-// The framework makes it through createCommunicationsServiceInvoker, owns it, binds it with initInvoker and then hands
-// it one request after another, from any of its threads and several at once: it keeps nothing between requests and
-// takes no lock.
+// The framework creates it with createCommunicationsServiceInvoker, owns it, binds it with initInvoker and then passes
+// it requests from any of its threads, several at once: it keeps nothing between requests and takes no lock.
 #pragma once
 
 #include <string>
@@ -19,10 +18,10 @@ class RequestTable;
 class CommunicationsServiceInvoker : public Invoker
 {
 public:
-    // One request: the answer, where there is one, goes to `response`, and then its end. Without a service every
-    // request fails; without a response nothing is told.
+    // Handles one request: sends the answer, if there is one, to `response` and then finishes it. Without a service
+    // every request fails; without a response nothing is answered.
     void handleMessage(Executable* service, char const* message, int length, InvokerResponse* response) override;
-    // Keeps the context, in which Subscribe looks for the application's event proxy.
+    // Keeps the context, in which Subscribe finds the application's event proxy.
     void initInvoker(FrameworkContext* context) override;
 
     // The text between the first opening tag and the first closing tag after it; empty when either is missing.
@@ -30,8 +29,8 @@ public:
                                         std::string const& closing);
     // The same as a decimal number as strtol reads it, held to the range of 32 bits; -1 when either tag is missing.
     static int getParamAsLong(std::string const& opening, std::string const& message, std::string const& closing);
-    // The same as a service state; sfiServiceOutOfService for everything that is none. The closing tag counts wherever
-    // it stands: where it is missing or comes first, the value runs to the end of the message.
+    // The same as a service state; sfiServiceOutOfService for any other word. The closing tag may be anywhere: when it
+    // is missing or comes first, the value runs to the end of the message.
     static sfiServiceState getParamAsServiceState(std::string const& opening, std::string const& message,
                                                   std::string const& closing);
     // The answer word of a result.
@@ -44,7 +43,7 @@ private:
     void handleRequest(CommunicationsServiceIfc* service, char const* message, std::string_view counted,
                        InvokerResponse* response);
 
-    // The handlers, in the order of the request table. Each returns the answer, or nothing where there is none.
+    // The handlers, in the order of the request table. Each returns the answer; void: the request has none.
     std::string OutgoingCallMakeRequest(CommunicationsServiceIfc* service, RequestText const& request);
     std::string AcceptCallRequest(CommunicationsServiceIfc* service, RequestText const& request);
     std::string AnswerCallRequest(CommunicationsServiceIfc* service, RequestText const& request);

@@ -1,4 +1,4 @@
-// The requests that act on calls. A missing number is handed on as -1 and a missing flag as true: the service decides.
+// The requests that act on calls. A missing number is passed on as -1 and a missing flag as true: the service decides.
 #include "CommunicationsServiceInvoker.h"
 
 #include "RequestText.h"

@@ -1,5 +1,5 @@
-// The requests that set and query settings and states. What the service leaves alone in its outputs is answered as zero
-// or empty.
+// The requests that set and query settings and states. Outputs that the service does not set are answered as zero or
+// empty.
 #include "CommunicationsServiceInvoker.h"
 
 #include <cstddef>
@@ -20,8 +20,8 @@ std::string withTruth(std::string const& resultWord, bool value)
     return resultWord + (value ? ",true" : ",false");
 }
 
-// All that follows the line. Without a line the first six characters are cut off instead: nothing found plus the length
-// of the tag wraps around to that, and servers have always been sent it so.
+// Everything after the line's closing tag. Without a line the first six characters are cut off instead: npos plus the
+// length of the tag wraps around to six, and servers have always received it that way.
 std::string bodyAfterLine(RequestText const& request)
 {
     constexpr std::string_view kLineEnd = "</Line>";
@@ -56,7 +56,7 @@ std::string CommunicationsServiceInvoker::setDoNotDisturb(CommunicationsServiceI
     return genterateReturnString(service->setDoNotDisturb(line, on));
 }
 
-// Asks by a device, where every other request names a line.
+// Names a device, where other requests name a line.
 std::string CommunicationsServiceInvoker::getDoNotDisturb(CommunicationsServiceIfc* service, RequestText const& request)
 {
     std::string const device = request.text("deviceID");

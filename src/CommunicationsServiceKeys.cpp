@@ -1,4 +1,4 @@
-// Line keys, direct-station-select keys and busy-lamp fields, as the key applications report them.
+// Presses of line keys, direct-station-select keys and busy-lamp fields, reported by the key applications.
 #include "CommunicationsService.h"
 
 #include "CommunicationsServiceGuards.h"
@@ -40,8 +40,8 @@ void reportBlindTransferFailed()
                                                         sfiFeatureFailureNotPossible);
 }
 
-// Whether the press of a direct-station-select key ends here: its party is busy and can't be transferred to, or the key
-// is there to watch only.
+// Whether the press of a direct-station-select key ends here, because its party is busy: a transfer to it fails, and a
+// key that only shows it does nothing.
 bool endsAtBusyStation(int keyNumber, EDSSContext context)
 {
     Line* const line = LineManager::Instance()->getDSSLineForFPK(keyNumber);
@@ -87,7 +87,7 @@ void CommunicationsService::dssKeyPressedFPK(int keyNumber, EDSSContext context,
 {
     SERVICE_TRACE("dssKeyPressedFPK (keyNumber = %d, context = %d, digits = %s, ringingLineURI = %s)", keyNumber,
                   context, digits.c_str(), ringingLineURI.c_str());
-    // Looked at without the lock, on purpose.
+    // Checked without the lock on purpose.
     if (endsAtBusyStation(keyNumber, context)) {
         return;
     }

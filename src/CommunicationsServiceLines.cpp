@@ -1,5 +1,5 @@
-// How lines are to be presented, and what the key applications ask of the keyset and the team features. What is
-// answered for a line that does not exist, or has no configuration, is part of the interface.
+// The presentation of lines, and the key applications' requests to the keyset and the team features. The answers for a
+// line that does not exist or has no configuration are part of the interface.
 #include "CommunicationsService.h"
 
 #include "platform/lines/Line.h"

@@ -1,7 +1,7 @@
-// How the service writes to the telephone's log: one component, one source, the line of the code.
+// The service's lines in the telephone's log: one component, one source, the line of the code.
 //
-// A trace asks first whether its level is on; nothing of it, its arguments included, is evaluated when it is not. A
-// failure is always written. Both are macros for that reason, and so that the compiler checks the format.
+// A trace is written only when its level is on; otherwise its arguments are not evaluated. A failure is always written.
+// Both are macros for that reason, and so that the compiler checks the format.
 #pragma once
 
 #include "platform/framework/Logging.h"
@@ -11,7 +11,7 @@ namespace service_log {
 inline constexpr char const* kComponent = "SIP Communications Service";
 inline constexpr char const* kSource = "src/CommunicationsService";
 
-// A text that an application may leave out, as a line shows it.
+// Shows a text that an application may pass as null.
 inline char const* shown(char const* text)
 {
     return text == nullptr ? "(null)" : text;

@@ -1,5 +1,5 @@
-// The service as a management agent: settings that arrive are handed to the platform, without those that the call
-// server holds while it holds them. And the items of the agent cockpit.
+// The service as a management agent: it passes settings on to the platform, except those that the call server holds at
+// the time. Also the items of the agent cockpit.
 #include "CommunicationsService.h"
 
 #include <algorithm>
@@ -22,7 +22,7 @@ using namespace std::string_view_literals;
 constexpr char const* kServerBasedFeatures = "server-based-features";
 constexpr auto kNoReplyDelay = "cfnr-delay"sv;
 
-// What the server holds in server-based mode. External and internal rules are not among them, on purpose.
+// The items that the server holds in server-based mode. External and internal rules are left out on purpose.
 constexpr std::array kServerHeldItems{
     "call-dnd-activated"sv, "cfu-activated"sv,  "cfu-address"sv,  "cfb-activated"sv,
     "cfb-address"sv,        "cfnr-activated"sv, "cfnr-address"sv,
@@ -44,7 +44,7 @@ std::vector<std::string> rootIdsOf(ManageableData& data)
 
 int CommunicationsService::setData(ManageableData& data)
 {
-    // What the service publishes itself comes back this way and passes. No lock: it comes on the publishing thread.
+    // The service's own publications come back here and pass. No lock: they arrive on the publishing thread.
     if (!publicationInProgress_ && !setCentralisedFeatureData(data)) {
         return 0;
     }
@@ -86,7 +86,7 @@ bool CommunicationsService::extractNewValueForServerBasedFeatures(ManageableData
         std::string value;
         data.interogate(id, "", value);
         SERVICE_TRACE("received server-based-features=%s:", value.c_str());
-        // The item only ever raises the flag.
+        // The item can set the flag but never clears it.
         on = on || value != "false";
     }
     return on;

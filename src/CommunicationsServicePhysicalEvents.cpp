@@ -1,4 +1,4 @@
-// The telephone's keys and plugs as the physical interface reports them.
+// Events of keys and plugs from the physical interface.
 #include "CommunicationsService.h"
 
 #include <array>
@@ -12,7 +12,7 @@
 
 namespace {
 
-// Who acts on a key function.
+// The part of the telephone that acts on a key function.
 enum class KeyHandler
 {
     nobody,
@@ -58,7 +58,7 @@ KeyHandler handlerOf(PhysDefs::keyFunctionType function)
     return KeyHandler::nobody;
 }
 
-// Numbers of the key groups that hold the keys the service acts on.
+// Numbers of the groups that the service subscribes to.
 constexpr int kButtonGroupFixedKeys = 6;
 constexpr int kOtherGroup = 2;
 constexpr int kActionGroup = 1;
@@ -122,7 +122,7 @@ void CommunicationsService::keyPressedEvent(PhysDefs::keyFunctionType function, 
 void CommunicationsService::buttonPressedEvent(PhysDefs::keyFunctionType function, int key, PhysDefs::actionType action,
                                                std::string /*text*/)
 {
-    // The line shows the function under the name of the key number; log readers know it so.
+    // The log line shows the function where it names the key number; log readers rely on it.
     SERVICE_TRACE("buttonPressedEvent FPK=%d)", function);
     keyPressedEvent(function, key, action);
 }

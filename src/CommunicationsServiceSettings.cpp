@@ -1,5 +1,5 @@
 // Do-not-disturb, agent state and the user of a keyset: settings of a line that the store and the platform share. The
-// platform hears of a value once the store has accepted it.
+// platform is told of a value once the store has accepted it.
 #include "CommunicationsService.h"
 
 #include <algorithm>
@@ -24,7 +24,7 @@ using namespace std::string_view_literals;
 constexpr char const* kDoNotDisturbKey = "call-dnd-activated";
 constexpr char const* kAgentStateKey = "agent-state";
 
-// Logging off is possible whatever else is not.
+// Logging off is possible even while the feature is disabled.
 constexpr auto kLoggedOff = "loggedOff"sv;
 constexpr std::array kAgentStates{"loggedOn"sv, kLoggedOff, "notReady"sv, "ready"sv, "workingAfterCall"sv};
 static_assert(kAgentStates.size() == 5);

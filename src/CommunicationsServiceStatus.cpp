@@ -1,5 +1,5 @@
-// What the telephone as a whole reports and is told: views, service state, mute, message waiting, devices, lamps,
-// recording, messages of computer-telephony applications.
+// Status of the telephone as a whole: views, service state, mute, message waiting, devices, lamps, recording, messages
+// of computer-telephony applications.
 #include "CommunicationsService.h"
 
 #include <array>
@@ -76,7 +76,7 @@ LampRow const* findLamp(std::string const& lampId)
     return nullptr;
 }
 
-// Hot and warm lines are told by their kind while they are seized; any other line is ready to dial.
+// A selected line reports its hot or warm type; a line in any other state is ready to dial.
 constexpr int kReadyToDial = 5;
 
 }  // namespace
@@ -120,7 +120,7 @@ sfiResult CommunicationsService::SendCSTARequest(std::string const& lineURI, std
 
 sfiResult CommunicationsService::sendUACSTAServerMessage(std::string& /*lineURI*/, std::string& body)
 {
-    // Spelled so on purpose: log readers look for it.
+    // Misspelled on purpose: log readers search for it.
     SERVICE_TRACE("sendUACSTServerMesage");
     return CSfi::GetInstance()->SendUACSTAServerMessage(body);
 }

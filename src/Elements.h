@@ -1,7 +1,7 @@
-// Writes texts of elements, <Tag>value</Tag> one after another: the events, and the answers that are made of elements.
+// Writes texts made of elements, <Tag>value</Tag> one after another: the events and some answers.
 //
-// An element knows the most room it can take, so a text is written through a plain pointer into one string of that
-// size: one allocation at most, nothing grows, no locale has a say. Views must outlive the call of `join`.
+// Each element knows the most room it can take, so a text is written through a plain pointer into one string of that
+// size: at most one allocation, no growth, no locale. Views must outlive the call of `join`.
 #pragma once
 
 #include <charconv>
@@ -12,8 +12,8 @@
 #include <utility>
 
 namespace elements {
-// Most values are empty or short, and a call of memcpy takes longer than their copy: a quarter of an event. A text of
-// kHalf to twice as many characters is all in its first and its last kHalf.
+// Most values are empty or short, and calling memcpy for them costs a quarter of an event. A text of kHalf to twice as
+// many characters is covered by its first and its last kHalf characters.
 template <std::size_t kHalf = 16>
 [[gnu::always_inline]] inline void copyShort(char* out, std::string_view text)
 {
@@ -41,7 +41,7 @@ template <std::size_t kHalf = 16>
     return out + text.size();
 }
 
-// A literal character by character: of neighbouring ones the compiler makes a few wide stores, across the seams.
+// Copies a literal character by character: the compiler merges neighbouring literals into a few wide stores.
 template <std::size_t kSize, std::size_t... kIndex>
 [[gnu::always_inline]] inline char* putEach(char* out, char const (&literal)[kSize], std::index_sequence<kIndex...>)
 {
@@ -63,7 +63,7 @@ inline char* write(char* out, std::string_view text)
     return put(out, text);
 }
 
-constexpr std::size_t kDigitsOfInteger = 11;  // with the sign of the smallest one
+constexpr std::size_t kDigitsOfInteger = 11;  // with its sign
 
 constexpr std::size_t room(int)
 {
@@ -71,7 +71,7 @@ constexpr std::size_t room(int)
 }
 inline char* write(char* out, int value)
 {
-    // Nearly every enumeration is one digit.
+    // Nearly every enumerator has one digit.
     if (static_cast<unsigned int>(value) < 10U) {
         *out = static_cast<char>('0' + value);
         return out + 1;
@@ -151,12 +151,12 @@ constexpr Element<kTagSize, bool> element(char const (&tag)[kTagSize], bool valu
 {
     return {tag, value};
 }
-// A pointer would silently become a flag.
+// A pointer would silently convert to a flag.
 template <std::size_t kTagSize>
 void element(char const (&tag)[kTagSize], void const* value) = delete;
 
-// The pieces one after another, as one text. Inlined by order, so that the tags become constants in the code of each
-// text: a fifth faster.
+// Joins the pieces into one text. Always inlined, so that the tags become constants in the code of each text: a fifth
+// faster.
 template <typename... Pieces>
 [[gnu::always_inline]] inline std::string join(Pieces const&... pieces)
 {

@@ -8,7 +8,7 @@
 namespace {
 constexpr char kPairSeparator = ':';
 
-// The value of the first pair that holds the key and "=". Empty pairs count for nothing.
+// The value of the first pair that contains the key and "=". Empty pairs are skipped.
 std::string_view valueOf(std::string_view text, std::string const& key)
 {
     if (key.empty()) {

@@ -1,6 +1,6 @@
-// The requests and their handlers, one row each in the order of their descriptions, and the way from a name to its row.
+// The requests and their handlers, one row each in the order of their descriptions, and the look-up of a row by name.
 //
-// Only the invoker includes it; everyone else reads the descriptions in CommunicationsServiceRequests.h.
+// Only the invoker includes it; other code reads the descriptions in CommunicationsServiceRequests.h.
 #pragma once
 
 #include "CommunicationsServiceInvoker.h"
@@ -24,14 +24,14 @@ public:
     {
         std::string_view name;
         Handle handle;
-        bool answers;  // otherwise the requester is told nothing but the end
+        bool answers;  // otherwise the requester only learns that the request is finished
     };
 
-    static constexpr std::size_t kCount = 43;
+    static constexpr std::size_t kCount = kRequestCount;
     using Rows = std::array<Row, kCount>;
 
     static constexpr Rows rows();
-    // The row of a request, or null for a name that is none.
+    // The row of a request, or null for an unknown name.
     static Row const* find(std::string_view name);
 
 private:
@@ -133,11 +133,10 @@ constexpr bool matchDescriptions()
     }
     return true;
 }
-static_assert(RequestTable::kCount == kRequestCount, "a request without a handler, or a handler without a request");
-static_assert(matchDescriptions(), "the handlers differ from the descriptions in a name, in order or in the answer");
+static_assert(matchDescriptions(), "the handlers differ from the descriptions in number, a name, order or the answer");
 
-// A name is found by one look at a table of slots, in which no two names of ours share one. What tells the names apart
-// is their length and three of their characters.
+// A name is found with one look into a table of slots, in which no two names share a slot. The slot follows from the
+// length of the name and three of its characters.
 inline constexpr std::size_t kSlots = 256;
 inline constexpr std::uint8_t kNoRow = 255;
 static_assert(RequestTable::kCount <= kNoRow, "row numbers have one byte");

@@ -1,6 +1,6 @@
 #include "RequestText.h"
 
-// The array is left as it is: only its first count_ elements are ever read.
+// The array is left uninitialised: only its first count_ elements are ever read.
 RequestText::RequestText(std::string_view text)  // NOLINT(cppcoreguidelines-pro-type-member-init)
     : text_(text)
 {

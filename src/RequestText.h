@@ -1,8 +1,8 @@
-// The text of one request as the handlers read it: values by the name of their element. The invoker makes one for each
-// request; it refers to the caller's text and must not outlive it.
+// The text of one request, from which the handlers read values by the names of their elements. The invoker creates one
+// for each request; it refers to the caller's text and must not outlive it.
 //
-// A parameter is looked for a few times in a row, so the places of all "<" are found once. A text with more of them
-// than a request of ours can have is searched from its beginning each time, with the same result.
+// A request has several parameters, so the places of all "<" are found once. A text with more of them than any known
+// request is searched from its beginning each time, with the same result.
 #pragma once
 
 #include <algorithm>
@@ -25,32 +25,32 @@ public:
 
     std::string_view whole() const { return text_; }
 
-    // What stands between the first opening tag of that name and the first closing tag after it, if both are there.
-    // A name holds no "<" and no ">". Its size is part of the type: a comparison is then a few instructions and no
-    // call, which saves a sixth of a request.
+    // The text between the first opening tag of that name and the first closing tag after it, if both exist. A name
+    // contains neither "<" nor ">". Its size is part of the type, so that a comparison is a few instructions instead of
+    // a call: this saves a sixth of a request.
     template <std::size_t kSize>
     std::optional<std::string_view> value(char const (&name)[kSize]) const;
 
-    // Missing: the empty text.
+    // Empty when the element is missing.
     template <std::size_t kSize>
     std::string text(char const (&name)[kSize]) const
     {
         return std::string(value(name).value_or(std::string_view()));
     }
-    // Missing: kMissingInteger.
+    // kMissingInteger when the element is missing.
     template <std::size_t kSize>
     int integer(char const (&name)[kSize]) const
     {
         auto const found = value(name);
         return found ? tagged_text::decimal(*found) : kMissingInteger;
     }
-    // Everything but 0 is true, and so a missing one is too.
+    // Everything but 0 is true, and so is a missing element.
     template <std::size_t kSize>
     bool flag(char const (&name)[kSize]) const
     {
         return integer(name) != 0;
     }
-    // True for "TRUE" alone.
+    // True only for "TRUE".
     template <std::size_t kSize>
     bool word(char const (&name)[kSize]) const
     {
@@ -65,12 +65,12 @@ private:
     std::optional<std::string_view> search(std::string_view name) const;
 
     std::string_view text_;
-    std::array<std::uint32_t, kMaximumPlaces> places_;  // of every "<", in order; the first count_ are set
+    std::array<std::uint32_t, kMaximumPlaces> places_;  // of all "<", in order; the first count_ are set
     std::size_t count_ = 0;
     bool allPlacesKnown_ = false;
 };
 
-// Whether the name and ">" stand at a place. Most places fail at the ">" already.
+// Whether a place holds the name and ">". Most places already fail at the ">".
 template <std::size_t kSize>
 bool RequestText::isAt(std::size_t place, char const (&name)[kSize]) const
 {

@@ -63,7 +63,7 @@ sfiServiceState serviceStateBetween(std::string_view opening, std::string_view m
         return sfiServiceOutOfService;
     }
     auto const start = found + opening.size();
-    // Unsigned: a closing tag before the value, or none, makes a count that reaches beyond the end.
+    // Unsigned: with a closing tag before the value, or none, the count wraps around and reaches beyond the end.
     auto const value = message.substr(start, message.find(closing) - start);
     auto const* const word = std::find(std::begin(kRequestServiceStates), std::end(kRequestServiceStates), value);
     if (word == std::end(kRequestServiceStates)) {

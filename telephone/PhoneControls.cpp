@@ -48,9 +48,9 @@ TelephoneControls::Rows PhoneControls::lines()
     std::lock_guard const lock(engine_);
     Rows rows;
     for (TelephoneLine const* const line : lines_.lines()) {
-        rows.push_back(rowOf(*line, engine_.isRegistered(line->place().lineNumber)));
+        rows.push_back(rowOf(*line, engine_.registrations().isRegistered(line->place().lineNumber)));
         for (TelephoneLine const* const appearance : line->appearances()) {
-            rows.push_back("  " + rowOf(*appearance, engine_.isRegistered(line->place().lineNumber)));
+            rows.push_back("  " + rowOf(*appearance, engine_.registrations().isRegistered(line->place().lineNumber)));
         }
     }
     return rows;
@@ -75,27 +75,27 @@ TelephoneControls::Rows PhoneControls::lamps()
     return physical_.lampRows();
 }
 
-TelephoneControls::Refusal PhoneControls::press(std::string const& key)
+Outcome<> PhoneControls::press(std::string const& key)
 {
     return usable().press(key);
 }
 
-TelephoneControls::Refusal PhoneControls::release(std::string const& key)
+Outcome<> PhoneControls::release(std::string const& key)
 {
     return usable().release(key);
 }
 
-TelephoneControls::Refusal PhoneControls::hook(bool up)
+Outcome<> PhoneControls::hook(bool up)
 {
     return usable().hook(up);
 }
 
-TelephoneControls::Refusal PhoneControls::plug(std::string const& plug, bool in)
+Outcome<> PhoneControls::plug(std::string const& plug, bool in)
 {
     return usable().plug(plug, in);
 }
 
-TelephoneControls::Refusal PhoneControls::lock(bool locked)
+Outcome<> PhoneControls::lock(bool locked)
 {
     return physical_.setLocked(locked);
 }
@@ -105,11 +105,14 @@ void PhoneControls::setService(Executable* service)
     recording_ = dynamic_cast<MediaRecordingServiceIfc*>(service);
 }
 
-TelephoneControls::Refusal PhoneControls::record(std::string const& line, bool on)
+Outcome<> PhoneControls::record(std::string const& line, bool on)
 {
     bool const done =
         recording_ != nullptr && (on ? recording_->activateRecording(line) : recording_->deactivateRecording(line));
-    return done ? Refusal() : Refusal("not done; the log says why");
+    if (!done) {
+        return refuse(RefusalKind::kWrongState, "not done; the log says why");
+    }
+    return {};
 }
 
 std::optional<std::string> PhoneControls::lampMode(std::string const& lamp)
@@ -134,10 +137,9 @@ std::optional<std::string> PhoneControls::setting(std::string const& key)
     return management_.settings().text(key);
 }
 
-TelephoneControls::Refusal PhoneControls::set(std::string const& key, std::string const& value)
+Outcome<> PhoneControls::set(std::string const& key, std::string const& value)
 {
-    SettingOutcome const outcome = management_.offerManagementData({{key, value}});
-    return outcome ? Refusal() : Refusal(outcome.reason);
+    return management_.offerManagementData({{key, value}});
 }
 
 }  // namespace telephone

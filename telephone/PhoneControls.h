@@ -1,5 +1,5 @@
-// What a person does to the telephone and sees of it (TelephoneControls), by its lines, calls, keys and settings. The
-// Telephone owns it; the console and scripts call it on their thread.
+// Lets a person use the telephone (TelephoneControls) through its lines, calls, keys and settings. Telephone owns it;
+// the console and scripts call it on their thread.
 #pragma once
 
 #include <future>
@@ -19,7 +19,7 @@ class PhysicalInterface;
 class PhoneControls : public TelephoneControls
 {
 public:
-    // `keysUsable` is ready once the service hears of the keys: what a person does to them waits for it.
+    // `keysUsable` becomes ready when the service has subscribed to the keys; operations on keys wait for it.
     PhoneControls(CallEngine& engine, Lines& lines, PhysicalInterface& physical, LocalManagement& management,
                   std::shared_future<void> keysUsable)
         : engine_(engine)
@@ -29,26 +29,26 @@ public:
         , keysUsable_(std::move(keysUsable))
     {}
 
-    // The service that records; called once, before anything is recorded.
+    // The service that records calls; set before anything is recorded.
     void setService(Executable* service);
 
     Rows lines() override;
     Rows calls() override;
     Rows keys() override;
     Rows lamps() override;
-    Refusal press(std::string const& key) override;
-    Refusal release(std::string const& key) override;
-    Refusal hook(bool up) override;
-    Refusal plug(std::string const& plug, bool in) override;
-    Refusal lock(bool locked) override;
-    Refusal record(std::string const& line, bool on) override;
+    Outcome<> press(std::string const& key) override;
+    Outcome<> release(std::string const& key) override;
+    Outcome<> hook(bool up) override;
+    Outcome<> plug(std::string const& plug, bool in) override;
+    Outcome<> lock(bool locked) override;
+    Outcome<> record(std::string const& line, bool on) override;
     std::optional<std::string> lampMode(std::string const& lamp) override;
     Rows settings() override;
     std::optional<std::string> setting(std::string const& key) override;
-    Refusal set(std::string const& key, std::string const& value) override;
+    Outcome<> set(std::string const& key, std::string const& value) override;
 
 private:
-    // The physical interface, when a person can use it.
+    // The physical interface, once its keys are usable.
     PhysicalInterface& usable();
 
     CallEngine& engine_;

@@ -1,5 +1,5 @@
-// Waits until it is known of every line whether it is registered: waiting for one that was refused would be in vain.
-// Made with the calls, told by the engine with the phone lock held; waited for by who starts the telephone, without it.
+// Waits until each line is registered or its registration was refused. The engine notifies it with the phone lock held;
+// the thread that starts the telephone waits without the lock.
 #pragma once
 
 #include <chrono>
@@ -15,9 +15,9 @@ namespace telephone {
 class RegistrationWait : public CallObserver
 {
 public:
-    // Every line that registers, before the service is activated.
+    // The lines that register. Called before the service is activated.
     void expect(std::set<int> lineNumbers);
-    // False when the time ran out before every expected line had its answer.
+    // False if a line had no answer within that time.
     bool wait(std::chrono::milliseconds most);
 
     void callChanged(CallSnapshot const& /*now*/, CallSnapshot const* /*before*/) override {}

@@ -1,8 +1,8 @@
-// The whole telephone: every part made, wired and ended in its order, the service library loaded and its service driven
-// through its life. main makes one; there can be only one in a process.
+// The whole telephone: makes, connects and ends its parts, loads the service library and runs its service. A process
+// can have one.
 //
-//     Telephone telephone(configuration, ServiceLibrary::find(""));
-//     ... open channels, which then miss no event ...
+//     Telephone telephone(configuration, library);
+//     ... open channels: they miss no event ...
 //     telephone.activate();          // lines register; requests can be made
 //     ... telephone.requests().run(channel, text) ...
 //     telephone.stop();
@@ -10,6 +10,8 @@
 
 #include <memory>
 #include <string>
+
+#include "telephone/base/Refusal.h"
 
 namespace telephone {
 
@@ -21,19 +23,18 @@ struct Configuration;
 class Telephone
 {
 public:
-    // Loads the library and initialises its service. Throws std::runtime_error with what a person can do about it: a
-    // port that is taken, a store that is damaged, a library that cannot be loaded.
+    // Loads the library and initialises its service. Throws std::runtime_error with a reason to act on: a port in use,
+    // a damaged store, a library that cannot be loaded.
     Telephone(Configuration configuration, std::string const& library);
     // As stop.
     ~Telephone();
     Telephone(Telephone const&) = delete;
     Telephone& operator=(Telephone const&) = delete;
 
-    // Activates the service and waits until every line is registered, or refused. A registrar that does not answer
-    // within a few seconds is not waited for longer: the lines go on trying. Throws std::runtime_error where the
-    // service refuses.
-    void activate();
-    // Ends calls and registrations, then the service and the library. Channels are closed before.
+    // Activates the service and waits until each line is registered, or its registration was refused. Waits at most a
+    // few seconds for a registrar that does not answer; the lines keep trying. Refused if the service refuses.
+    [[nodiscard]] Outcome<> activate();
+    // Ends calls and registrations, then the service. Close channels before.
     void stop();
 
     TelephoneContext& context();

@@ -5,7 +5,7 @@
 
 namespace {
 
-// One pass: the values of the elements, in the order in which they stand in the text.
+// One pass: the values of the elements in the order of the text.
 int findElements(char const* message, std::size_t length, std::string_view* values)
 {
     char const* const end = message + length;
@@ -21,7 +21,7 @@ int findElements(char const* message, std::size_t length, std::string_view* valu
             break;
         }
         values[count++] = {value + 1, static_cast<std::size_t>(close - value - 1)};
-        at = close + (value - at) + 2;  // as long as the opening tag, and the slash
+        at = close + (value - at) + 2;  // the length of the opening tag, plus the slash
     }
     return count;
 }

@@ -1,6 +1,6 @@
 // The least work that could answer a request: its length, one pass over the text that finds the elements, one
-// conversion for each number, one comparison that finds the method, a virtual call, the answer. It knows beforehand
-// which request comes, so that no real invoker can be faster; it is what the invoker is measured against.
+// conversion for each number, one comparison that finds the method, a virtual call, the answer. It knows the request in
+// advance, so no real invoker can be faster.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 
 #include "platform/framework/InvokerResponse.h"
 
-// What the floor calls: as many arguments as a request can carry, handed over as they were found.
+// Called by the floor with as many arguments as a request can carry.
 class FloorTarget
 {
 public:
@@ -18,6 +18,6 @@ public:
     virtual int call(std::string_view const* texts, int const* numbers, int count) = 0;
 };
 
-// `expected` is the method that the text names, `isNumber` says which of its elements are numbers, in their order.
+// `expected` is the method of the text; `isNumber` says for each of its elements, in order, whether it is a number.
 void answerAtLeastCost(FloorTarget& target, char const* message, std::string_view expected, bool const* isNumber,
                        InvokerResponse& response);

@@ -1,1 +1,1 @@
-"""Runs every benchmark and sets the figures beside their goals; scripts/bench starts it."""
+"""Runs every benchmark and compares the figures with their goals. Started by scripts/bench."""

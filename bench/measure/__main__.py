@@ -1,4 +1,4 @@
-"""python3 -m measure BUILD PAGE: measures the build, prints the table and writes it into the page."""
+"""python3 -m measure BUILD PAGE: measures a build, prints the table and writes it into a page."""
 
 import pathlib
 import sys
@@ -24,7 +24,7 @@ PARTS: tuple[tuple[str, Part], ...] = (
 
 
 def measure(build: pathlib.Path) -> Figures:
-    """A part that fails costs its own rows, which then say so, and no others."""
+    """A part that fails leaves its own rows unmeasured, and no others."""
     figures: Figures = {}
     with tempfile.TemporaryDirectory(prefix="bench-") as folder:
         for name, part in PARTS:

@@ -1,4 +1,4 @@
-"""Calls to SIPp's called party, set up and cleared: by text request, and by the SIP stack alone."""
+"""Calls to SIPp, set up and cleared: by text request, and by the SIP stack alone."""
 
 import pathlib
 import statistics
@@ -9,9 +9,9 @@ from .sockets import run_json
 
 ROUNDS = 3
 CALLS = 3000
-# A telephone has one call that is not held: with more at once it would put each on hold for the next.
+# Only one call of a telephone is not held: a further call would put it on hold.
 LINES = 2
-AT_ONCE = 32  # of the stack, which then does most
+AT_ONCE = 32  # the stack is fastest with this many
 CONFIGURATION = "".join(f'[[line]]\nid = "{number}"\nregisters = false\n' for number in range(1, LINES + 1))
 CONFIGURATION += '[exchange]\nenabled = false\n[media]\nsource = "silence"\n'
 
@@ -28,7 +28,7 @@ def by_request(build: pathlib.Path, folder: pathlib.Path) -> Figures:
 
 
 def call_rates(build: pathlib.Path, folder: pathlib.Path) -> Figures:
-    """By turns, each round in new processes: what ended calls leave behind for half a minute slows the stack."""
+    """Alternately, each round in new processes: ended calls slow the stack for half a minute."""
     bare: list[Figures] = []
     ours: list[Figures] = []
     for _ in range(ROUNDS):

@@ -1,4 +1,4 @@
-"""Fifty telephones on one machine, registered at one exchange, each in a call of its own at once."""
+"""Fifty telephones on one machine, registered at one exchange, each in a call at the same time."""
 
 import contextlib
 import pathlib

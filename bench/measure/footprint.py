@@ -1,4 +1,4 @@
-"""How much room the library and the telephone take, and how long the telephone takes to start."""
+"""The size of the library and the telephone, and the time that the telephone takes to start."""
 
 import pathlib
 import shutil
@@ -10,12 +10,12 @@ from .processes import telephone
 from .sockets import run_json
 
 STARTS = 5
-SETTLING = 2.0  # seconds until what is done once after the start is done
+SETTLING = 2.0  # seconds until the work that follows the start is done
 IDLE = 5.0
 
 
 def library(build: pathlib.Path, folder: pathlib.Path) -> dict[str, float]:
-    """Stripped, as it goes into a telephone."""
+    """Stripped, as installed in a telephone."""
     stripped = folder / "libcommunications_service.so"
     shutil.copy(build / "src" / "libcommunications_service.so", stripped)
     subprocess.run(["strip", "--strip-unneeded", stripped], check=True)

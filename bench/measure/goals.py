@@ -1,4 +1,4 @@
-"""What is to be reached: each row says how its figure is made of the measured ones, and what it must be."""
+"""The goals: each row computes a figure from the measured ones and says which value meets its goal."""
 
 import dataclasses
 from collections.abc import Callable
@@ -24,7 +24,7 @@ def at_least(limit: float) -> Callable[[float], bool]:
 
 
 def ratio(what: str, goal: str, ours: str, other: str, met: Callable[[float], bool], unit: str = "ns") -> Row:
-    """So many times the other one."""
+    """A ratio of costs: lower is better."""
     return Row(
         what,
         goal,
@@ -35,7 +35,7 @@ def ratio(what: str, goal: str, ours: str, other: str, met: Callable[[float], bo
 
 
 def faster(what: str, goal: str, ours: str, other: str, limit: float) -> Row:
-    """So many times as fast as the other one."""
+    """A ratio of speeds: higher is better."""
     return Row(
         what,
         goal,
@@ -50,14 +50,14 @@ def plain(what: str, goal: str, make: Callable[[Figures], float], met: Callable[
 
 
 def figure(value: float) -> str:
-    """Three digits that count, whole numbers above a hundred."""
+    """Three significant digits; whole numbers above a hundred."""
     if abs(value) >= 100:
         return f"{value:,.0f}"
     return f"{value:.3g}" if abs(value) >= 0.01 else "0"
 
 
 def flat(what: str, name: str, few: int, many: int) -> Row:
-    """Cost among many things beside cost among few: a search through all of them would be far above."""
+    """The cost among many compared with the cost among few; a linear search would far exceed the limit."""
     return Row(
         f"{what}: {many:,} beside {few}",
         "flat: at most 3 times",

@@ -1,4 +1,4 @@
-"""How costs grow: with the length of a request, its parameters, the threads that send requests at once."""
+"""How costs grow with the length of a request, its parameters and the number of sending threads."""
 
 from .goals import Figures, figure
 

@@ -1,4 +1,4 @@
-"""What the figures were measured on."""
+"""The machine on which the figures were measured."""
 
 import datetime
 import os

@@ -9,7 +9,7 @@ REPETITIONS = 25
 
 
 def run_program(program: pathlib.Path) -> dict[str, float]:
-    """Every benchmark of one program by its name. Repetitions of all are mixed, so that a busy moment hits them all."""
+    """Every benchmark of a program by its name. Repetitions are interleaved, so that a busy moment affects them all."""
     done = subprocess.run(
         [
             program,

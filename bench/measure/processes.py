@@ -1,4 +1,4 @@
-"""The programs that are measured from outside: telephones, SIPp as the far end, a message bus. Each ends with its block."""
+"""The programs measured from outside: telephones, SIPp as the far end, a message bus. Each ends with its block."""
 
 import contextlib
 import os
@@ -12,11 +12,11 @@ from collections.abc import Iterator
 LOOPBACK = "127.0.0.1"
 START_LIMIT = 30.0  # seconds
 TICKS = os.sysconf("SC_CLK_TCK")
-PROCESSOR = "0"  # of everything that is pinned to one
+PROCESSOR = "0"  # for all pinned processes
 
 
 def free_port() -> int:
-    """A UDP port that nothing uses now."""
+    """A UDP port that is free at present."""
     with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as probe:
         probe.bind((LOOPBACK, 0))
         return probe.getsockname()[1]
@@ -49,12 +49,12 @@ class Telephone:
         return int(next(line for line in status.splitlines() if line.startswith("VmRSS:")).split()[1])
 
     def own_kilobytes(self) -> int:
-        """What it shares with no other process."""
+        """Memory shared with no other process."""
         rollup = pathlib.Path(f"/proc/{self.process.pid}/smaps_rollup").read_text()
         return sum(int(line.split()[1]) for line in rollup.splitlines() if line.startswith("Private_"))
 
     def processor_seconds(self) -> float:
-        # The name of the program stands in brackets and may hold blanks.
+        # The name of the program is in brackets and may contain blanks.
         fields = pathlib.Path(f"/proc/{self.process.pid}/stat").read_text().rpartition(")")[2].split()
         return (int(fields[11]) + int(fields[12])) / TICKS
 
@@ -63,7 +63,7 @@ class Telephone:
 def telephone(
     build: pathlib.Path, folder: pathlib.Path, configuration: str = "", pinned: bool = False
 ) -> Iterator[Telephone]:
-    """Starts a telephone in a folder of its own, with a configuration in TOML; empty: the standard one."""
+    """Starts a telephone in its own folder with a configuration in TOML; empty: the standard one."""
     folder.mkdir(parents=True, exist_ok=True)
     path = folder / "socket"
     command: list[str | pathlib.Path] = ["taskset", "-c", PROCESSOR] if pinned else []
@@ -82,7 +82,7 @@ def telephone(
 
 @contextlib.contextmanager
 def sipp_answering(folder: pathlib.Path) -> Iterator[int]:
-    """SIPp's own scenario of a called party; its port."""
+    """Runs SIPp with its built-in called party; yields its port."""
     port = free_port()
     command = ["sipp", "-sn", "uas", "-i", LOOPBACK, "-p", str(port), "-nostdin", "-deadcall_wait", "0"]
     with running(command, cwd=folder, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as process:
@@ -91,7 +91,7 @@ def sipp_answering(folder: pathlib.Path) -> Iterator[int]:
 
 
 def wait_for_port(process: subprocess.Popen, port: int) -> None:
-    """Until the process has the UDP port."""
+    """Waits until the process has opened the UDP port."""
     wanted = f":{port:04X} "
     deadline = time.monotonic() + START_LIMIT
     while wanted not in pathlib.Path("/proc/net/udp").read_text():
@@ -102,7 +102,7 @@ def wait_for_port(process: subprocess.Popen, port: int) -> None:
 
 @contextlib.contextmanager
 def message_bus(folder: pathlib.Path) -> Iterator[str]:
-    """A message bus of its own, pinned; its address."""
+    """Runs a private message bus, pinned; yields its address."""
     address = f"unix:path={folder / 'bus'}"
     command = ["taskset", "-c", PROCESSOR, "dbus-daemon", "--session", "--nofork", "--print-address"]
     command += [f"--address={address}"]

@@ -34,7 +34,7 @@ def as_markdown(lines: list[tuple[str, ...]]) -> str:
 
 
 def write(page: pathlib.Path, figures: Figures, machine: list[tuple[str, str]]) -> None:
-    """Replaces what stands between the two marks of the page."""
+    """Replaces the text between the two marks of the page."""
     before, _, rest = page.read_text().partition(BEGIN)
     after = rest.partition(END)[2]
     measured = [as_markdown([("Machine", ""), *machine]), as_markdown([HEAD, *table(figures)])]

@@ -1,4 +1,4 @@
-"""Requests over the application socket beside an echo and a message bus, and events to many applications."""
+"""Requests over the application socket compared with an echo and a message bus, and events to many applications."""
 
 import json
 import pathlib
@@ -21,7 +21,7 @@ def median_of(rounds: list[dict[str, float]], key: str) -> float:
 
 
 def round_trips(build: pathlib.Path, folder: pathlib.Path) -> dict[str, float]:
-    """Echo and telephone by turns, so that both see the same machine."""
+    """Echo and telephone alternately, so that both run under the same conditions."""
     program = build / "bench" / "bench_socket"
     echoes: list[dict[str, float]] = []
     answers: list[dict[str, float]] = []

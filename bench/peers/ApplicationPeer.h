@@ -1,4 +1,4 @@
-// One application at a telephone's socket, as bare as it can be: requests go out, messages come in. One thread.
+// A minimal application at a telephone's socket: sends requests and receives messages. One thread.
 #pragma once
 
 #include <string>
@@ -7,19 +7,20 @@
 class ApplicationPeer
 {
 public:
-    // Throws std::runtime_error where nobody listens.
+    // Throws std::runtime_error if nothing listens there.
     explicit ApplicationPeer(std::string const& path);
     ~ApplicationPeer();
     ApplicationPeer(ApplicationPeer const&) = delete;
     ApplicationPeer& operator=(ApplicationPeer const&) = delete;
 
-    // Sends a request with its end.
+    // Sends a request and its terminator.
     void send(std::string_view request);
-    // The next message without its end, good until the next one is asked for. Throws when the telephone has gone.
+    // The next message without its terminator, valid until the next call. Throws when the telephone is gone.
     std::string_view next();
-    // The next message that begins so; others are passed over.
+    // The next message with this beginning; others are skipped.
     std::string_view nextBeginning(std::string_view beginning);
-    // Sends a request and waits until it is finished; the message with its answer is returned, or the empty text.
+    // Sends a request and waits until it is finished. Returns the message with its answer, empty for a request without
+    // one.
     std::string request(std::string_view text);
 
 private:
@@ -28,5 +29,5 @@ private:
     std::size_t taken_ = 0;
 };
 
-// What stands between the tags of an element; empty where it is not there.
+// The text between the tags of an element; empty if the element is missing.
 std::string_view elementOf(std::string_view message, std::string_view tag);

@@ -6,7 +6,7 @@
 
 namespace {
 
-// Ordinary values: what a line, a call and a destination look like on a desk.
+// Realistic values of a line, a call and a destination.
 std::string valueFor(RequestParameter const& parameter)
 {
     switch (parameter.kind) {

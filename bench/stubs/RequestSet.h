@@ -1,11 +1,11 @@
-// One full request for each method, made from the table of requests, as a client would send it.
+// One complete request for each method, made from the table of requests, as a client would send it.
 #pragma once
 
 #include <string>
 #include <string_view>
 #include <vector>
 
-// A parameter with the value that the request set gives it.
+// A parameter and its value.
 struct RequestValue
 {
     std::string_view tag;

@@ -243,7 +243,7 @@ class RecordingConfigManager::State
 RecordingConfigManager::RecordingConfigManager(SvcRTEContext* /*context*/) {}
 RecordingConfigManager::~RecordingConfigManager() = default;
 
-// The readers of the SIP configuration: nothing is configured.
+// The SIP configuration, empty.
 #define NOTHING_CONFIGURED(reader)                                                                                     \
     int reader()                                                                                                       \
     {                                                                                                                  \

@@ -1,5 +1,5 @@
-// A platform that does nothing: a keyset of plain lines and a call control that answers every operation at once. Only
-// what holding a call needs is there; the other collaborators are null.
+// A platform that does nothing: a keyset of plain lines and a call control that answers every operation at once. It has
+// only what holding a call needs; the other collaborators are null.
 #pragma once
 
 #include "platform/lines/LineManager.h"
@@ -7,10 +7,10 @@
 
 namespace stub_platform {
 
-// What the service is compared with: the platform's own operations, called directly.
+// The platform's own operations, for direct calls.
 CSfi& sfi();
 LineManager& lines();
-// Whether levels 5 and 6 are written; off at start.
+// Whether levels 5 and 6 are enabled; off at start.
 void switchLog(bool on);
 
 }  // namespace stub_platform

@@ -1,4 +1,4 @@
-// A service that answers every operation at once, so that a benchmark sees the invoker alone.
+// A service that answers every operation at once: a benchmark then measures the invoker alone.
 #pragma once
 
 #include "CommunicationsServiceIfc.h"
@@ -83,7 +83,7 @@ private:
     }
 };
 
-// Takes the answer and throws it away.
+// Discards the answer.
 class StubResponse final : public InvokerResponse
 {
 public:

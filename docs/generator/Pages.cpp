@@ -15,16 +15,16 @@ constexpr std::string_view kRequestsHead = R"(# Requests
 
 A request is one text: the element `Method` with the name, then an element for each parameter, with nothing between them.
 The order of the parameters does not matter, except that in `SendCSTARequest` and `SendUACSTAServerMessage` everything
-after `</Line>` is the body, so `Line` comes last. Names are case-sensitive. A value stands as it is, without escaping; it
-cannot contain its own closing tag. If an element occurs twice, the first one counts.
+after `</Line>` is the body, so `Line` comes last. Names are case-sensitive. Values are not escaped, so a value cannot
+contain its own closing tag. If an element occurs twice, the first one applies.
 
-Wrong input is not an error to the service; it has a meaning:
+Wrong input is not an error: the service gives it a meaning.
 
 | Value | A missing element is read as | A wrong value is read as |
 |---|---|---|
-| text | empty | it is passed on as it is |
-| number | -1 | digits after blanks and a sign; what follows them is ignored, no digits are 0; held to 32 bits |
-| flag | true | every number but 0 is true; what is not a number is 0, false |
+| text | empty | unchanged |
+| number | -1 | its leading digits, after blanks and a sign; 0 without digits; beyond 32 bits, the largest or smallest number |
+| flag | true | true for every number but 0; false for a non-number |
 | service state | `sfiServiceOutOfService` | `sfiServiceOutOfService` |
 | `TRUE` | false | false |
 
@@ -32,17 +32,17 @@ Wrong input is not an error to the service; it has a meaning:
 chooses the ids of incoming calls and of calls made by its keys; they begin at 1001. An id is free again when its call is
 over.
 
-**Answers.** The answer is one text, usually a [result word](enumerations.md#result). An unknown method, and an answer
-that would be empty, is answered `sfiFailure`. `sfiSuccess` means that the work has begun; events tell how it ends.
+**Answers.** The answer is one text, usually a [result word](enumerations.md#result). The answer to an unknown method is
+`sfiFailure`, and so is an answer that would be empty. `sfiSuccess` means that the work has begun; events tell how it ends.
 
 A text that begins with `SigEvent:` is a notice of the signalling component: it is passed on and not answered.
 
 **Where to send them.** To the telephone's socket: `$XDG_RUNTIME_DIR/telephone.socket` if that folder exists, else
 `/tmp/telephone-UID/telephone.socket` with the number of the user, or the path that the configuration names. By hand:
-`telephone request HoldCall Line=4711 CallID=2`. `telephone describe HoldCall` prints what this page says.
+`telephone request HoldCall Line=4711 CallID=2`. `telephone describe HoldCall` prints the same as this page.
 
-"This telephone" is the reference telephone. Exact texts of each request are in `tests/golden/requests.json`; all of this
-page is in [protocol.json](protocol.json) for programs.
+"This telephone" is the reference telephone. The file `tests/golden/requests.json` has the exact texts of each request, and
+[protocol.json](protocol.json) has the contents of this page for programs.
 )";
 
 constexpr std::string_view kEventsHead = R"(# Events
@@ -50,24 +50,24 @@ constexpr std::string_view kEventsHead = R"(# Events
 <!-- Written by generate_docs from include/CommunicationsServiceEvents.h. -->
 
 An event is one text under the protocol `CommunicationsServiceProtocol`: the element `Method`, then every element of its
-table, in this order, with nothing between them. No element is ever left out. A value stands as it is, without escaping.
-Numbers are decimals. The spelling of the tags differs from event to event and is part of the protocol; what an element means
-belongs to the event, not to the tag.
+table, in this order, with nothing between them. No element is ever left out. Values are not escaped. Numbers are decimals.
+The spelling of the tags differs from event to event and is part of the protocol. The meaning of an element belongs to its
+event: the same tag means different things in different events.
 
 An application receives events after [Subscribe](requests.md#subscribe). `telephone watch` prints them;
-`telephone describe CallHeldEvent` prints what this page says.
+`telephone describe CallHeldEvent` prints the same as this page.
 
-"This telephone" is the reference telephone. Exact texts of each event are in `tests/golden/events.json`; all of this page is
-in [protocol.json](protocol.json) for programs.
+"This telephone" is the reference telephone. The file `tests/golden/events.json` has the exact texts of each event, and
+[protocol.json](protocol.json) has the contents of this page for programs.
 )";
 
 constexpr std::string_view kEnumerationsHead = R"(# Enumerations
 
 <!-- Written by generate_docs from include/CommunicationsServiceEnumerations.h. -->
 
-What the numbers and fixed words in [requests](requests.md) and [events](events.md) stand for. The names are the telephone's
-vocabulary: console, scripts and logs use them. The service passes every number through, so be prepared for one that is
-not listed. `telephone describe CallState 6` and `telephone describe remote ringing` look one up.
+The meaning of the numbers and fixed words in [requests](requests.md) and [events](events.md). The names are the telephone's
+vocabulary. The service passes every number through, so an application must accept numbers that are not listed.
+`telephone describe CallState 6` and `telephone describe remote ringing` look up one value.
 )";
 
 std::string code(std::string_view text)
@@ -120,7 +120,7 @@ std::string tableOf(RequestParameters const& parameters)
     if (parameters.size() == 0) {
         return {};
     }
-    std::string table = "| Parameter | Value | | Meaning | If missing | If wrong |\n|---|---|---|---|---|---|\n";
+    std::string table = "| Parameter | Value | Need | Meaning | If missing | If wrong |\n|---|---|---|---|---|---|\n";
     for (auto const& parameter : parameters) {
         table += rowOf(parameter);
     }

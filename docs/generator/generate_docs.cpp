@@ -1,7 +1,7 @@
-// Writes the pages and the description that are made from the tables.
+// Writes the pages and the description that are generated from the tables.
 //
 //   generate_docs FOLDER          writes requests.md, events.md, enumerations.md and protocol.json
-//   generate_docs --check FOLDER  compares them with what would be written; exit 1 when one differs
+//   generate_docs --check FOLDER  compares them with the tables; exits with 1 when one differs
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -23,7 +23,7 @@ bool isUpToDate(std::string const& path, std::string const& page)
     if (contentOf(path) == page) {
         return true;
     }
-    std::cerr << path << " differs from the tables. To write it: build the target write_docs\n";
+    std::cerr << path << " differs from the tables: build the target write_docs\n";
     return false;
 }
 

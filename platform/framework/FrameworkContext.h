@@ -1,5 +1,5 @@
-// The framework as a loaded service sees it: looks things up by name. Every look-up has a default that finds nothing,
-// so that a context can be as small as its use. The framework owns contexts; look-ups may come from any thread.
+/// @file
+/// The framework as a loaded service sees it: it looks things up by name.
 #pragma once
 
 #include <string>
@@ -7,18 +7,29 @@
 class Executable;
 class Proxy;
 
+/// Look-ups by name. Every one has a default that finds nothing, so that a context can be as small as its use.
+///
+/// The framework owns contexts, and everything that a look-up returns. Thread: any.
 class FrameworkContext
 {
 public:
+    /// A context is destroyed after everything that was bound to it.
     virtual ~FrameworkContext() = default;
 
-    // The proxy that is registered for an interface on an application's channel, or null.
+    /// Finds the proxy that carries the events of an interface to an application. A framework may create it here, on
+    /// first use.
+    /// - `interfaceName`: the event interface, for example "CommunicationsServiceEventIfc"
+    /// - `channelName`: the application's channel
+    /// @return The proxy; null when the channel is not open or the interface is unknown. A request to subscribe then
+    ///     fails.
     virtual Proxy* findProxy(std::string const& /*interfaceName*/, std::string const& /*channelName*/)
     {
         return nullptr;
     }
-    // The name of an executable's channel, or the empty text.
+    /// Finds the channel that an executable's events go to.
+    /// @return Its name; empty for null and for an executable without a channel.
     virtual std::string findChannel(Executable* /*executable*/) { return {}; }
-    // The executable that is registered under a name, or null.
+    /// Finds what is registered under a name.
+    /// @return The executable, or null. The service logs a name that is not found and goes on without the feature.
     virtual Executable* findExecutable(std::string const& /*name*/) { return nullptr; }
 };

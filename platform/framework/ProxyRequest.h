@@ -1,20 +1,24 @@
-// The road from an event proxy to its application. The framework implements and owns it.
+/// @file
+/// The way from an event proxy to its application.
 #pragma once
 
 #include <string>
 
 class FrameworkContext;
 
+/// Carries the messages of one proxy. The framework implements and owns it.
 class ProxyRequest
 {
 public:
+    /// Destroyed by the framework, after the proxy.
     virtual ~ProxyRequest() = default;
 
-    // Binds the request to the protocol of that name; called once, before the first event.
+    /// Binds the request to the protocol of that name. Called once, before the first event.
     virtual void setProtocol(std::string const& protocolName) = 0;
-    // Delivers one message to the application. MUST NOT block and may be called from any thread; messages arrive in
-    // the order of the calls. A message that cannot be delivered is lost without a report.
+    /// Delivers one message to the application. Thread: any; messages arrive in the order of the calls. MUST NOT block:
+    /// a message that cannot be delivered is lost without a report.
     virtual void sendEvent(std::string const& message) = 0;
-    // The context that the request was made in.
+    /// The context that the request was made in.
+    /// @return The framework's; valid as long as the request.
     virtual FrameworkContext& context() = 0;
 };

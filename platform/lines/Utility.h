@@ -1,14 +1,20 @@
-// Small questions about lines that the platform answers.
+/// @file
+/// Small questions about lines that the platform answers.
 #pragma once
 
 #include "platform/lines/ELineState.h"
 
 class Line;
 
+/// The telephone defines it. Thread: any.
 class Utility
 {
 public:
+    /// Asks whether a line in a state cannot carry another call. A line held for a consultation can: the consultation.
+    /// @return true when it cannot, also for a call at another telephone of a shared line.
     static bool isLineStateBusy(ELineState state);
-    // Joins the call of a bridged line; false when it is not possible. The line may be null.
+    /// Joins the call of a bridged line. `line` may be null.
+    /// @return true once under way; false when it is null, not bridged or without a call elsewhere. The reference
+    ///     telephone cannot join calls and always refuses.
     static bool bridgeCall(Line* line);
 };

@@ -1,5 +1,5 @@
-// A set of settings, each a root id with a value. Values of the configuration store travel in it both ways. The order
-// of the items is that in which they were set.
+/// @file
+/// A set of settings, each a root id with a value.
 #pragma once
 
 #include <algorithm>
@@ -11,19 +11,25 @@
 
 class LocalMgmtIfc;
 
+/// Carries values of the configuration store, both ways. The items keep the order in which they were set. Thread: one
+/// at a time.
 class ManageableData
 {
 public:
-    // The name under which a row of getRootIds holds the root id.
-    static constexpr char const* kRootId = "rootId";
+    static constexpr char const* kRootId = "rootId";  ///< the name under which a row of getRootIds holds the root id
 
+    /// Appends a row for each item.
     void getRootIds(DxlCollection& ids) const
     {
         for (auto const& item : items_) {
             ids.append({{kRootId, item.rootId}});
         }
     }
-    // Reads the value of an item; `path` names a part of it and is empty for the whole. False when there is none.
+    /// Reads the value of an item.
+    /// - `rootId`: the item
+    /// - `path`: names a part of the value and is empty for the whole; ignored
+    /// - `value`: receives the value; left as it is when the item does not exist
+    /// @return false when the item does not exist.
     bool interogate(std::string const& rootId, std::string const& /*path*/, std::string& value) const
     {
         auto const found = find(rootId);
@@ -33,7 +39,10 @@ public:
         value = found->value;
         return true;
     }
-    // Gives an item its value; false when its root id was not set before.
+    /// Gives an item its value.
+    /// @param rootId the item, which setRootId has added
+    /// @param node the value
+    /// @return false when the item does not exist.
     bool populate(std::string const& rootId, DataNode& node)
     {
         auto const found = find(rootId);
@@ -43,13 +52,14 @@ public:
         items_[static_cast<std::size_t>(found - items_.begin())].value = node.value();
         return true;
     }
+    /// Removes an item; nothing when it does not exist.
     void removeRootId(std::string& rootId)
     {
         items_.erase(
             std::remove_if(items_.begin(), items_.end(), [&rootId](Item const& item) { return item.rootId == rootId; }),
             items_.end());
     }
-    // Adds an item; `localMgmt` may be null. An item that exists is kept as it is.
+    /// Adds an item with an empty value; an item that exists is kept as it is. `localMgmt` is ignored and may be null.
     void setRootId(std::string const& rootId, LocalMgmtIfc* /*localMgmt*/)
     {
         if (find(rootId) == items_.end()) {

@@ -3,7 +3,6 @@
 #include <array>
 #include <cerrno>
 #include <cstddef>
-#include <stdexcept>
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -12,24 +11,26 @@
 
 namespace telephone {
 
-ApplicationClient::ApplicationClient(std::string const& path)
-    : socket_(connectTo(path))
-{}
+Outcome<ApplicationClient> ApplicationClient::connect(std::string const& path)
+{
+    return connectTo(path).map([](FileDescriptor socket) { return ApplicationClient(std::move(socket)); });
+}
 
-void ApplicationClient::send(std::string_view request)
+Outcome<> ApplicationClient::send(std::string_view request)
 {
     std::string const message = std::string(request) + kMessageEnd;
     std::size_t sent = 0;
     while (sent < message.size()) {
         ssize_t const count = ::send(socket_.get(), message.data() + sent, message.size() - sent, MSG_NOSIGNAL);
         if (count < 0 && errno != EINTR) {
-            throw std::runtime_error("the telephone has gone");
+            return refuse(RefusalKind::kUnavailable, "the telephone has ended");
         }
         sent += count > 0 ? static_cast<std::size_t>(count) : 0;
     }
+    return {};
 }
 
-std::optional<ApplicationMessage> ApplicationClient::receive(int stop)
+Outcome<std::optional<ApplicationMessage>> ApplicationClient::receive(int stop)
 {
     std::size_t end = input_.find(kMessageEnd);
     while (end == std::string::npos) {
@@ -42,7 +43,7 @@ std::optional<ApplicationMessage> ApplicationClient::receive(int stop)
     input_.erase(0, end + 1);
     auto message = parseApplicationMessage(text);
     if (!message) {
-        throw std::runtime_error("not a message of a telephone: " + text);
+        return refuse(RefusalKind::kUnavailable, "not a message of a telephone: " + text);
     }
     return message;
 }

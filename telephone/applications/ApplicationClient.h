@@ -1,11 +1,13 @@
-// The other end of the application socket: what `telephone request` and `telephone watch` speak with. One thread.
+// The application's end of the socket, for `telephone request` and `telephone watch`. One thread.
 #pragma once
 
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "telephone/applications/ApplicationProtocol.h"
+#include "telephone/base/Refusal.h"
 #include "telephone/framework/FileDescriptor.h"
 
 namespace telephone {
@@ -13,16 +15,20 @@ namespace telephone {
 class ApplicationClient
 {
 public:
-    explicit ApplicationClient(std::string const& path);  // throws std::runtime_error, see connectTo
+    // Refused as connectTo.
+    [[nodiscard]] static Outcome<ApplicationClient> connect(std::string const& path);
 
-    // Sends one request. Throws std::runtime_error when the telephone has gone.
-    void send(std::string_view request);
-    // The next message. Nothing: the telephone has ended, or `stop`, where one is given, became readable. Throws
-    // std::runtime_error on a message that no telephone sends.
-    std::optional<ApplicationMessage> receive(int stop = -1);
+    // Sends one request. Refused if the telephone has ended.
+    [[nodiscard]] Outcome<> send(std::string_view request);
+    // The next message. Nothing: the telephone has ended, or the descriptor `stop` became readable. Refused for a
+    // message that no telephone sends.
+    [[nodiscard]] Outcome<std::optional<ApplicationMessage>> receive(int stop = -1);
 
 private:
-    // Waits for bytes; false as receive.
+    explicit ApplicationClient(FileDescriptor socket)
+        : socket_(std::move(socket))
+    {}
+    // Waits for bytes. False: the telephone has ended, or `stop` became readable.
     bool read(int stop);
 
     FileDescriptor socket_;

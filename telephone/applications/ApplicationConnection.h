@@ -1,5 +1,5 @@
-// One application at the socket: what it sent and has not been handled, what it is sent and has not read. Owned by the
-// ApplicationServer and used on its thread alone.
+// One connected application, with the requests not handled yet and the messages not sent yet. ApplicationServer owns it
+// and uses it on its own thread only.
 #pragma once
 
 #include <cstddef>
@@ -23,17 +23,17 @@ class ApplicationConnection
 public:
     ApplicationConnection(FileDescriptor socket, std::shared_ptr<Channel> channel, RequestRunner& runner);
 
-    // Takes what one read brings, handles every request that is complete, and answers them all with one write.
+    // Reads once, handles every complete request and sends all answers with one write.
     void receive();
-    // Writes events and what else waits, as far as the application takes it.
+    // Sends events and other waiting messages, as far as the socket takes them.
     void send();
 
-    // It has gone, or has ended its side and got everything: to be closed.
+    // Whether to close the connection: it failed, or the application ended its side and everything was sent.
     [[nodiscard]] bool isOver() const { return over_ || (ended_ && output_.empty()); }
-    // An application that does not read its answers is not asked for more requests.
+    // False while the application does not read its answers.
     [[nodiscard]] bool wantsToReceive() const { return !ended_ && !isFull(); }
     [[nodiscard]] bool wantsToSend() const { return !output_.empty(); }
-    // Notes what the socket is polled for; false where it is that already.
+    // Notes the events for which the socket is polled; false if they are unchanged.
     bool changeInterest(std::uint32_t interest) { return std::exchange(interest_, interest) != interest; }
     [[nodiscard]] int descriptor() const { return socket_.get(); }
     [[nodiscard]] std::shared_ptr<Channel> const& channel() const { return channel_; }
@@ -45,9 +45,9 @@ private:
 
     [[nodiscard]] std::size_t waiting() const { return output_.size() - written_; }
     [[nodiscard]] bool isFull() const { return waiting() >= kMostOutput; }
-    // Handles the requests that are complete, until the answers are more than should wait.
+    // Handles complete requests until too many answers wait.
     void handleRequests();
-    // The request is part of the input, its end included.
+    // The request is part of the input and is followed by its NUL.
     void handle(std::string_view request);
     void checkLength(std::size_t length);
     void refuseRest();
@@ -57,13 +57,13 @@ private:
     FileDescriptor socket_;
     std::shared_ptr<Channel> channel_;
     RequestRunner& runner_;
-    std::string input_;         // what was received and not handled
-    std::size_t handled_ = 0;   // bytes of the input
-    std::size_t searched_ = 0;  // bytes of the input that hold no end of the next request
+    std::string input_;         // received and not handled yet
+    std::size_t handled_ = 0;   // bytes of the input that are handled
+    std::size_t searched_ = 0;  // bytes of the input known not to end the next request
     bool skipping_ = false;     // inside a request that is too long
     std::string output_;
-    std::size_t written_ = 0;  // of the output
-    bool ended_ = false;       // the application sends no more
+    std::size_t written_ = 0;  // bytes of the output
+    bool ended_ = false;       // the application has ended its side
     bool over_ = false;
     std::uint32_t interest_ = EPOLLIN;
 };

@@ -20,11 +20,11 @@ constexpr std::array<Name, 4> kNames{{
     {"error", ApplicationMessageKind::kError},
 }};
 
-// The head with its end of line.
+// `head` includes its line end.
 void append(std::string& output, std::string_view head, std::string_view text)
 {
     output += head;
-    // A NUL would end the message early: an application would take the rest for a message of its own.
+    // A NUL would end the message early, and the application would read the rest as another message.
     output += text.substr(0, text.find(kMessageEnd));
     output += kMessageEnd;
 }

@@ -1,11 +1,11 @@
-// What goes over the application socket. Every message, either way, ends with one NUL byte.
+// The messages on the application socket. Each message in either direction ends with one NUL byte.
 //
-// To the telephone: a request. From the telephone: a first line that says what the message is, then its text.
+// Applications send requests. The telephone's messages have a first line with their kind, then a text.
 //
-//     answer\nsfiSuccess\0            the answer of a request; requests are answered in their order
-//     finished\n\0                    a request is done; after its answer, or alone where it is never answered
+//     answer\nsfiSuccess\0            the answer to a request; requests are answered in their order
+//     finished\n\0                    a request is done; follows its answer, or stands alone if it has none
 //     event 7\n<Method>...\0          the application's seventh event; a gap in the numbers: events were dropped
-//     error\nreason for a person\0    the telephone cannot take what came
+//     error\nreason for a person\0    the telephone could not accept the input
 #pragma once
 
 #include <cstddef>
@@ -17,7 +17,7 @@
 namespace telephone {
 
 constexpr char kMessageEnd = '\0';
-// The longest request that is taken, in bytes without its end. A longer one is answered with an error and skipped.
+// The longest accepted request, in bytes without its NUL. A longer one is skipped and answered with an error.
 constexpr std::size_t kLongestRequest = std::size_t{4} * 1024 * 1024;
 
 enum class ApplicationMessageKind
@@ -35,13 +35,13 @@ struct ApplicationMessage
     std::string text;
 };
 
-// Appends one message with its end.
+// Each appends one message with its NUL.
 void appendAnswer(std::string& output, std::string_view text);
 void appendEvent(std::string& output, std::uint64_t number, std::string_view text);
 void appendFinished(std::string& output);
 void appendError(std::string& output, std::string_view reason);
 
-// Reads a message, given without its end; nothing: it is none of the four.
+// Parses a message without its NUL; nothing: not one of the four kinds.
 std::optional<ApplicationMessage> parseApplicationMessage(std::string_view message);
 
 }  // namespace telephone

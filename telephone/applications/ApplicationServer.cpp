@@ -26,11 +26,21 @@ constexpr int kPauseWithoutDescriptors = 100;  // milliseconds
 
 }  // namespace
 
-ApplicationServer::ApplicationServer(Settings settings, TelephoneContext& context, RequestRunner& runner)
+Outcome<std::unique_ptr<ApplicationServer>> ApplicationServer::open(Settings settings, TelephoneContext& context,
+                                                                    RequestRunner& runner)
+{
+    return listenAt(settings.path).map([&](FileDescriptor listener) {
+        return std::unique_ptr<ApplicationServer>(
+            new ApplicationServer(std::move(settings), std::move(listener), context, runner));
+    });
+}
+
+ApplicationServer::ApplicationServer(Settings settings, FileDescriptor listener, TelephoneContext& context,
+                                     RequestRunner& runner)
     : settings_(std::move(settings))
     , context_(context)
     , runner_(runner)
-    , listener_(listenAt(settings_.path))
+    , listener_(std::move(listener))
     , poll_(epoll_create1(EPOLL_CLOEXEC))
     , lastId_(kWakeUp)
 {
@@ -110,7 +120,7 @@ void ApplicationServer::accept()
 {
     FileDescriptor socket(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
     if (!socket) {
-        // Out of descriptors the listener stays readable: without a pause this thread would spin.
+        // Without descriptors the listener stays readable, and without a pause this thread would spin.
         if (errno == EMFILE || errno == ENFILE) {
             log(kLogFailure, "applications", "an application cannot connect: too many open files");
             ::poll(nullptr, 0, kPauseWithoutDescriptors);
@@ -129,7 +139,7 @@ void ApplicationServer::accept()
 
 void ApplicationServer::refuse(FileDescriptor socket)
 {
-    log(kLogWarning, "applications", "an application is refused: {} are connected already", connections_.size());
+    log(kLogWarning, "applications", "an application is refused: {} are already connected", connections_.size());
     std::string message;
     appendError(message, "too many applications are connected");
     [[maybe_unused]] ssize_t const sent =

@@ -1,8 +1,8 @@
-// The application socket: a UNIX stream socket at which any number of applications send requests and get answers and
-// events (ApplicationProtocol.h says in which form). One thread of its own does the reading, the requests and the
-// writing; an application that does not read is not waited for.
+// The application socket: a UNIX stream socket for applications, which send requests and receive answers and events in
+// the form of ApplicationProtocol.h. A single thread reads, runs the requests and writes; it never waits for an
+// application that does not read.
 //
-//     ApplicationServer server({path, 256, 20000}, context, runner);   // from here on applications can connect
+//     auto server = ApplicationServer::open({path, 256, 20000}, context, runner);   // applications can connect now
 #pragma once
 
 #include <cstddef>
@@ -14,6 +14,7 @@
 #include <thread>
 #include <vector>
 
+#include "telephone/base/Refusal.h"
 #include "telephone/framework/FileDescriptor.h"
 #include "telephone/framework/WakeUp.h"
 
@@ -33,8 +34,9 @@ public:
         std::size_t queuedEvents = 20000;  // for an application that does not read
     };
 
-    // Opens the socket. Throws SocketInUse or std::runtime_error, see listenAt.
-    ApplicationServer(Settings settings, TelephoneContext& context, RequestRunner& runner);
+    // Refused as listenAt.
+    [[nodiscard]] static Outcome<std::unique_ptr<ApplicationServer>> open(Settings settings, TelephoneContext& context,
+                                                                          RequestRunner& runner);
     // Ends every connection and removes the socket.
     ~ApplicationServer();
     ApplicationServer(ApplicationServer const&) = delete;
@@ -44,6 +46,8 @@ public:
 
 private:
     using Id = std::uint64_t;
+
+    ApplicationServer(Settings settings, FileDescriptor listener, TelephoneContext& context, RequestRunner& runner);
 
     void watch(int descriptor, Id id, std::uint32_t events, bool isNew);
     void run();

@@ -18,19 +18,20 @@ namespace {
 constexpr char const* kFileName = "telephone.socket";
 constexpr int kWaitingConnections = 128;
 
-std::string reason()
+// The reason of a failed system call follows the text.
+tl::unexpected<Refusal> failed(std::string const& what)
 {
-    return std::strerror(errno);
+    return refuse(RefusalKind::kUnavailable, what + ": " + std::strerror(errno));
 }
 
-sockaddr_un addressOf(std::string const& path)
+Outcome<sockaddr_un> addressOf(std::string const& path)
 {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     if (path.empty() || path.size() >= sizeof(address.sun_path)) {
-        throw std::runtime_error("the socket path \"" + path + "\" must have 1 to " +
-                                 std::to_string(sizeof(address.sun_path) - 1) +
-                                 " bytes: name a shorter one with --socket");
+        return refuse(RefusalKind::kBadInput, "the socket path \"" + path + "\" must have 1 to " +
+                                                  std::to_string(sizeof(address.sun_path) - 1) +
+                                                  " bytes: name a shorter one with --socket");
     }
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
     return address;
@@ -41,93 +42,123 @@ bool tryConnect(FileDescriptor const& socket, sockaddr_un const& address)
     return connect(socket.get(), reinterpret_cast<sockaddr const*>(&address), sizeof(address)) == 0;
 }
 
-FileDescriptor makeSocket()
+Outcome<FileDescriptor> makeSocket()
 {
     FileDescriptor made(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     if (!made) {
-        throw std::runtime_error("no socket for applications: " + reason());
+        return failed("no socket for applications");
     }
     return made;
 }
 
-// Held while a path is looked at and taken, so that two telephones that start at once do not both find it free.
-FileDescriptor lockFolderOf(std::string const& path)
+// Held while a path is checked and taken, so that two telephones starting at once do not both find it free.
+Outcome<FileDescriptor> lockFolderOf(std::string const& path)
 {
     auto const parent = std::filesystem::path(path).parent_path();
     std::string const folder = parent.empty() ? "." : parent.string();
     FileDescriptor opened(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!opened || flock(opened.get(), LOCK_EX) != 0) {
-        throw std::runtime_error("the folder " + folder + " of the application socket cannot be used: " + reason());
+        return failed("the folder " + folder + " of the application socket cannot be used");
     }
     return opened;
 }
 
-void removeStale(std::string const& path, sockaddr_un const& address)
+Outcome<> removeStale(std::string const& path, sockaddr_un const& address, FileDescriptor const& probe)
 {
     struct stat found
     {};
     if (lstat(path.c_str(), &found) != 0) {
-        return;
+        return {};
     }
     if (!S_ISSOCK(found.st_mode)) {
-        throw std::runtime_error(path + " exists and is no socket; it is left alone: name another path with --socket");
+        return refuse(RefusalKind::kBadInput,
+                      path + " exists and is not a socket; it was left alone: name another path with --socket");
     }
-    if (tryConnect(makeSocket(), address) || errno == EAGAIN) {
-        throw SocketInUse("the application socket " + path +
-                          " belongs to a telephone that runs: end it, or name another path with --socket");
+    if (tryConnect(probe, address) || errno == EAGAIN) {
+        return refuse(RefusalKind::kAlreadyExists,
+                      "the application socket " + path +
+                          " belongs to a running telephone: end it, or name another path with --socket");
     }
     if (errno != ECONNREFUSED || unlink(path.c_str()) != 0) {
-        throw std::runtime_error("the application socket " + path + " cannot be replaced: " + reason());
+        return failed("the application socket " + path + " cannot be replaced");
     }
+    return {};
 }
 
-void makePrivateFolder(std::string const& folder)
+Outcome<> bindAndListen(FileDescriptor const& listener, std::string const& path, sockaddr_un const& address)
+{
+    // The mode is set before the file is created, so that the file never has another one.
+    if (fchmod(listener.get(), 0600) != 0 ||
+        bind(listener.get(), reinterpret_cast<sockaddr const*>(&address), sizeof(address)) != 0 ||
+        chmod(path.c_str(), 0600) != 0 || listen(listener.get(), kWaitingConnections) != 0) {
+        return failed("cannot open the application socket " + path);
+    }
+    return {};
+}
+
+Outcome<> makePrivateFolder(std::string const& folder)
 {
     if (mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
-        throw std::runtime_error("cannot make the folder " + folder + ": " + reason());
+        return failed("cannot create the folder " + folder);
     }
     struct stat found
     {};
     bool const trusted = lstat(folder.c_str(), &found) == 0 && S_ISDIR(found.st_mode) && found.st_uid == getuid() &&
                          (found.st_mode & (S_IWGRP | S_IWOTH)) == 0;
     if (!trusted) {
-        throw std::runtime_error(folder + " is not a folder of yours alone: name a socket elsewhere with --socket");
+        return refuse(RefusalKind::kNotPermitted,
+                      folder + " is not a folder of yours alone: name a socket elsewhere with --socket");
     }
+    return {};
 }
 
 }  // namespace
 
-std::string standardSocketPath()
+Outcome<std::string> standardSocketPath()
 {
     if (char const* const run = std::getenv("XDG_RUNTIME_DIR"); run != nullptr && std::filesystem::is_directory(run)) {
         return (std::filesystem::path(run) / kFileName).string();
     }
     std::string const folder = "/tmp/telephone-" + std::to_string(getuid());
-    makePrivateFolder(folder);
-    return folder + "/" + kFileName;
+    return makePrivateFolder(folder).map([&folder] { return folder + "/" + kFileName; });
 }
 
-FileDescriptor listenAt(std::string const& path)
+Outcome<FileDescriptor> listenAt(std::string const& path)
 {
-    sockaddr_un const address = addressOf(path);
-    FileDescriptor const folder = lockFolderOf(path);
-    removeStale(path, address);
-    FileDescriptor listener = makeSocket();
-    // Set before the file is made, so that it never has another mode.
-    if (fchmod(listener.get(), 0600) != 0 ||
-        bind(listener.get(), reinterpret_cast<sockaddr const*>(&address), sizeof(address)) != 0 ||
-        chmod(path.c_str(), 0600) != 0 || listen(listener.get(), kWaitingConnections) != 0) {
-        throw std::runtime_error("cannot open the application socket " + path + ": " + reason());
+    auto const address = addressOf(path);
+    if (!address) {
+        return tl::unexpected(address.error());
+    }
+    auto const folder = lockFolderOf(path);
+    if (!folder) {
+        return tl::unexpected(folder.error());
+    }
+    auto const probe = makeSocket();
+    if (!probe) {
+        return tl::unexpected(probe.error());
+    }
+    auto listener = makeSocket();
+    if (!listener) {
+        return listener;
+    }
+    auto const opened =
+        removeStale(path, *address, *probe).and_then([&] { return bindAndListen(*listener, path, *address); });
+    if (!opened) {
+        return tl::unexpected(opened.error());
     }
     return listener;
 }
 
-FileDescriptor connectTo(std::string const& path)
+Outcome<FileDescriptor> connectTo(std::string const& path)
 {
-    FileDescriptor made = makeSocket();
-    if (!tryConnect(made, addressOf(path))) {
-        throw std::runtime_error("no telephone answers at " + path + " (" + reason() +
-                                 "): start one, or name its socket with --socket");
+    auto const address = addressOf(path);
+    if (!address) {
+        return tl::unexpected(address.error());
+    }
+    auto made = makeSocket();
+    if (made && !tryConnect(*made, *address)) {
+        return refuse(RefusalKind::kUnavailable, "no telephone answers at " + path + " (" + std::strerror(errno) +
+                                                     "): start one, or name its socket with --socket");
     }
     return made;
 }

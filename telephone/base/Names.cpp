@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <limits>
 #include <numeric>
 
 namespace telephone {
@@ -13,7 +14,7 @@ char lower(char letter)
     return static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
 }
 
-// How many letters have to be put in, left out or changed (Levenshtein), capitals aside.
+// How many letters must be added, removed or replaced (Levenshtein), ignoring case.
 std::size_t distance(std::string_view left, std::string_view right)
 {
     std::vector<std::size_t> row(right.size() + 1);
@@ -35,6 +36,31 @@ bool beginsWith(std::string_view name, std::string_view typed)
     return !typed.empty() && name.size() >= typed.size() && equalIgnoringCase(name.substr(0, typed.size()), typed);
 }
 
+// A longer text is not a mistyped name; comparing it whole would take long.
+std::string_view shortened(std::string_view typed)
+{
+    constexpr std::size_t kLongestName = 64;
+    return typed.substr(0, kLongestName);
+}
+
+struct Nearest
+{
+    std::string_view name;
+    std::size_t changes = std::numeric_limits<std::size_t>::max();
+};
+
+Nearest findNearest(std::string_view typed, std::vector<std::string_view> const& names)
+{
+    Nearest nearest;
+    for (std::string_view const name : names) {
+        std::size_t const changes = beginsWith(name, typed) ? 1 : distance(name, typed);
+        if (changes < nearest.changes) {
+            nearest = {name, changes};
+        }
+    }
+    return nearest;
+}
+
 }  // namespace
 
 bool equalIgnoringCase(std::string_view left, std::string_view right)
@@ -43,24 +69,17 @@ bool equalIgnoringCase(std::string_view left, std::string_view right)
                       [](char a, char b) { return lower(a) == lower(b); });
 }
 
-std::string nearestName(std::string_view typed, std::vector<std::string_view> const& names)
+std::string_view nearestName(std::string_view typed, std::vector<std::string_view> const& names)
 {
-    std::string_view nearest;
-    std::size_t least = std::max<std::size_t>(typed.size() / 2, 1) + 1;
-    for (std::string_view const name : names) {
-        std::size_t const changes = beginsWith(name, typed) ? 1 : distance(name, typed);
-        if (changes < least) {
-            least = changes;
-            nearest = name;
-        }
-    }
-    return std::string(nearest);
+    return findNearest(shortened(typed), names).name;
 }
 
 std::string suggestion(std::string_view typed, std::vector<std::string_view> const& names)
 {
-    std::string const nearest = nearestName(typed, names);
-    return nearest.empty() ? std::string() : " (did you mean " + nearest + "?)";
+    typed = shortened(typed);
+    auto const nearest = findNearest(typed, names);
+    bool const isMeant = nearest.changes <= std::max<std::size_t>(typed.size() / 2, 1);
+    return isMeant ? " (did you mean " + std::string(nearest.name) + "?)" : std::string();
 }
 
 }  // namespace telephone

@@ -1,4 +1,4 @@
-// How names that a person types are compared with those of a table. Pure functions.
+// Compares names that a person types with the names of a table. Pure functions; capitals make no difference.
 #pragma once
 
 #include <string>
@@ -9,9 +9,20 @@ namespace telephone {
 
 bool equalIgnoringCase(std::string_view left, std::string_view right);
 
-// The name that is closest to what was typed; empty where none is close enough to have been meant.
-std::string nearestName(std::string_view typed, std::vector<std::string_view> const& names);
-// " (did you mean X?)", or nothing.
+// The names of a table's rows, in their order.
+template <typename Rows, typename Row>
+std::vector<std::string_view> namesOf(Rows const& rows, std::string_view Row::*name)
+{
+    std::vector<std::string_view> names;
+    for (auto const& row : rows) {
+        names.push_back(row.*name);
+    }
+    return names;
+}
+
+// The name closest to the typed one, however far; the first of several equally close. Empty without names.
+std::string_view nearestName(std::string_view typed, std::vector<std::string_view> const& names);
+// " (did you mean X?)" if a name is close enough to have been meant, else empty.
 std::string suggestion(std::string_view typed, std::vector<std::string_view> const& names);
 
 }  // namespace telephone

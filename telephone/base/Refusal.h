@@ -12,6 +12,7 @@
 //     }
 #pragma once
 
+#include <stdexcept>
 #include <string>
 #include <utility>
 
@@ -24,8 +25,8 @@ enum class RefusalKind
     kBadInput,       // malformed, of the wrong type or out of range
     kNotFound,       // no such line, call, key, file
     kWrongState,     // not possible in the present state
-    kAlreadyExists,  // has been done before
-    kLimit,          // every place is taken
+    kAlreadyExists,  // exists or was done before
+    kLimit,          // full
     kNotPermitted,   // locked, read-only, forbidden by a rule
     kNotSupported,   // beyond this telephone
     kUnavailable,    // the network, the far end, the disk or another program failed
@@ -46,6 +47,16 @@ using Outcome = tl::expected<Value, Refusal>;
 inline tl::unexpected<Refusal> refuse(RefusalKind kind, std::string reason)
 {
     return tl::unexpected<Refusal>(Refusal{kind, std::move(reason)});
+}
+
+// The value. Throws std::runtime_error with the reason of a refusal: for constructors that cannot go on without it.
+template <typename Value>
+Value valueOrThrow(Outcome<Value> outcome)
+{
+    if (!outcome) {
+        throw std::runtime_error(outcome.error().reason);
+    }
+    return *std::move(outcome);
 }
 
 }  // namespace telephone

@@ -3,22 +3,25 @@
 #include <algorithm>
 #include <utility>
 
-#include "CommunicationsServiceEventIfc.h"
+#include "telephone/calls/LogComponent.h"
+#include "telephone/framework/Log.h"
 
 namespace telephone {
 
-using sip::LogLevel;
+namespace {
 
-std::string displayUri(sip::NameAddr const& party)
-{
-    return party.uri.host.empty() && party.uri.user.empty() ? std::string() : party.uri.formatAddressOfRecord();
-}
+constexpr char const* kNotRinging = "it is not ringing here";
 
-Call::Call(CallHost& host, int callID, LineAddress line, bool incoming, std::unique_ptr<sip::AudioSource> voice)
-    : host_(host)
+}  // namespace
+
+Call::Call(Surroundings const& surroundings, int callID, LineAddress line, bool incoming,
+           std::unique_ptr<sip::AudioSource> voice)
+    : host_(surroundings.host)
+    , events_(surroundings.post)
+    , reinviteTimeout_(surroundings.reinviteTimeout)
     , audio_(std::move(voice))
-    , transferTimer_(host.loop())
-    , changeTimer_(host.loop())
+    , transferTimer_(surroundings.loop)
+    , changeTimer_(surroundings.loop)
 {
     now_.callID = callID;
     now_.line = std::move(line);
@@ -67,7 +70,7 @@ void Call::setMuted(bool muted)
 
 void Call::setRemote(sip::NameAddr const& party)
 {
-    const std::string uri = displayUri(party);
+    std::string const uri = displayUri(party);
     if (uri.empty()) {
         return;
     }
@@ -85,14 +88,15 @@ void Call::dropSession()
 
 // --- outgoing
 
-bool Call::dial(sip::UserAgent& agent, sip::CallRequest const& request, std::string& whyNot)
+Outcome<> Call::dial(sip::UserAgent& agent, sip::CallRequest const& request)
 {
-    session_ = agent.call(request, *this, &whyNot);
-    if (!session_) {
-        return false;
+    auto session = agent.call(request, *this);
+    if (!session) {
+        return tl::unexpected(session.error());
     }
+    session_ = std::move(*session);
     audio_.attach(&session_->audio());
-    return true;
+    return {};
 }
 
 void Call::announceDialling(std::string const& target)
@@ -123,17 +127,17 @@ void Call::onProgress(sip::Session& session, sip::Response const& response, bool
     }
 }
 
-// A server that tells where its number is registered does not change the party; one that diverts the call does.
+// A redirection to the same user's registered address does not change the party; any other one does.
 void Call::onRedirected(sip::Session& session, std::string const& contact, sip::Response const&)
 {
     auto const party = sip::NameAddr::parse(contact);
     if (&session != session_.get() || !party || party->uri.user == sip::userOf(now_.remoteURI)) {
         return;
     }
-    host_.log(LogLevel::kInfo, "call " + std::to_string(id()) + " is forwarded to " + contact);
+    log(kLogInfo, kComponent, "call {} is forwarded to {}", id(), contact);
     diverted_ = true;
     update([this, &party](CallSnapshot&) { setRemote(*party); });
-    postRemoteDetails(false);
+    events_.remoteDetails(now_, false);
 }
 
 void Call::onEstablished(sip::Session& session)
@@ -148,7 +152,7 @@ void Call::onEstablished(sip::Session& session)
     }
     now_.heldByRemote = session.isHeldByRemote();
     if (pickup_) {
-        postPickedUp();
+        events_.pickedUp(now_);
     }
     enter(settledState());
     if (pickup_) {
@@ -165,60 +169,74 @@ void Call::offer(std::unique_ptr<sip::Session> session, sfiCallType type)
     audio_.attach(&session_->audio());
     sip::Invitation const& invitation = session_->invitation();
     setRemote(invitation.caller());
-    priority_ = priorityOf(invitation.resourcePriority);
-    if (!invitation.diversions.empty()) {
-        sip::Diversion const& latest = invitation.diversions.front();
-        divertedBy_ = {displayUri(latest.party), latest.party.displayName, forwardReasonOf(latest.reason)};
-    }
+    events_.setInvitation(invitation);
     update([](CallSnapshot& now) { now.state = sfiCallStateIncoming; });
-    postIncoming(type);
+    events_.incoming(now_, invitation, type);
 }
 
-bool Call::ring()
+tl::unexpected<Refusal> Call::cannot(char const* operation, char const* why) const
+{
+    return refuse(RefusalKind::kWrongState, fmt::format("call {} cannot {}: {}", id(), operation, why));
+}
+
+Outcome<> Call::ring()
 {
     if (now_.state == sfiCallStateRinging || now_.state == sfiCallStateAccepted) {
-        return true;
+        return {};
     }
-    if (now_.state != sfiCallStateIncoming || !session_->ring()) {
-        return false;
+    if (now_.state != sfiCallStateIncoming) {
+        return cannot("ring", "it is not offered to this telephone");
     }
-    enter(sfiCallStateRinging);
-    return true;
+    auto rung = session_->ring();
+    if (rung) {
+        enter(sfiCallStateRinging);
+    }
+    return rung;
 }
 
-bool Call::answer()
+Outcome<> Call::answer()
 {
     if (!now_.alerting()) {
-        return false;
+        return cannot("be answered", kNotRinging);
     }
-    answering_ = answering_ || session_->answer();
-    return answering_;
+    if (answering_) {
+        return {};
+    }
+    auto answered = session_->answer();
+    answering_ = answered.has_value();
+    return answered;
 }
 
-bool Call::refuse(StatusLine const& line)
+Outcome<> Call::reject(StatusLine const& line)
 {
-    if (!now_.alerting() || answering_ || !session_->reject(line.status, line.text)) {
-        return false;
+    if (!now_.alerting() || answering_) {
+        return cannot("be refused", kNotRinging);
     }
+    session_->reject(line.status, line.text);
     end({sfiCallStateIdle, sfiReasonRefused});
-    return true;
+    return {};
 }
 
-bool Call::redirect(std::string const& contact, sfiForwardReason reason)
+Outcome<> Call::redirect(std::string const& contact, sfiForwardReason reason)
 {
-    if (!now_.alerting() || answering_ || !session_->redirect(contact, diversionReasonOf(reason))) {
-        return false;
+    if (!now_.alerting()) {
+        return cannot("be deflected", kNotRinging);
     }
-    end({sfiCallStateIdle, sfiReasonForwarded});
-    return true;
+    if (answering_) {
+        return cannot("be deflected", "it is being answered");
+    }
+    auto redirected = session_->redirect(contact, diversionReasonOf(reason));
+    if (redirected) {
+        end({sfiCallStateIdle, sfiReasonForwarded});
+    }
+    return redirected;
 }
 
 // --- the end
 
 void Call::clear(CSTAEventCause cause)
 {
-    const StatusLine line = statusOf(cause);
-    if (now_.alerting() && refuse(line)) {
+    if (now_.alerting() && reject(statusOf(cause))) {
         return;
     }
     bool const answered = established_;
@@ -263,19 +281,19 @@ void Call::onClosed(sip::Session& session, sip::Closing const& closing)
     }
     Ending ending = endingOf(closing);
     if (established_ && closing.cause == sip::CloseCause::kTimeout) {
-        host_.log(LogLevel::kWarning, "call " + std::to_string(id()) + ": the far end is silent, the call is over");
+        log(kLogWarning, kComponent, "call {} has ended: the far end no longer answers", id());
     }
     if (now_.state == sfiCallStateTransferring && closing.cause == sip::CloseCause::kRemoteHangUp) {
         ending = {sfiCallStateIdle, sfiReasonTransferred};
     }
     if (now_.alerting() && !answering_ && ending.reason == sfiReasonCancelled) {
-        postMissed(sfiReasonNoAnswer);
+        events_.missed(now_, sfiReasonNoAnswer);
     }
     if (pickup_ && !established_) {
         postFeatureFailed(*pickup_, featureFailureOf(closing.status));
     }
     if (referring_) {
-        // Who has been transferred may end this call before it says so.
+        // The transferred party may end this call before it reports success.
         bool const transferred = ending.reason == sfiReasonTransferred;
         finishTransfer(transferred ? 200 : std::max(closing.status, 481));
     }
@@ -284,14 +302,9 @@ void Call::onClosed(sip::Session& session, sip::Closing const& closing)
 
 // --- digits, INFO, identity
 
-bool Call::sendDigits(std::string const& digits)
+Outcome<> Call::sendDigits(std::string const& digits)
 {
-    return isEstablished() && session_->sendDigits(digits);
-}
-
-bool Call::sendInfo(sip::Content const& content, sip::ResponseHandler done)
-{
-    return isEstablished() && session_->sendInfo(content, std::move(done));
+    return isEstablished() ? session_->sendDigits(digits) : cannot("take digits", "it is not connected");
 }
 
 void Call::onInfo(sip::Session& session, sip::Content const& content)
@@ -303,7 +316,7 @@ void Call::onInfo(sip::Session& session, sip::Content const& content)
 
 void Call::onDigit(sip::Session&, char digit)
 {
-    host_.log(LogLevel::kInfo, "call " + std::to_string(id()) + ": the far end sent the digit " + digit);
+    log(kLogInfo, kComponent, "call {}: the far end sent the digit {}", id(), digit);
 }
 
 void Call::onRemoteIdentity(sip::Session& session, sip::NameAddr const& identity)
@@ -311,11 +324,36 @@ void Call::onRemoteIdentity(sip::Session& session, sip::NameAddr const& identity
     if (&session != session_.get()) {
         return;
     }
-    const CallSnapshot before = now_;
+    CallSnapshot const before = now_;
     update([this, &identity](CallSnapshot&) { setRemote(identity); });
     if (!(now_ == before) && isEstablished()) {
-        postRemoteDetails(false);
+        events_.remoteDetails(now_, false);
     }
+}
+
+// --- events
+
+sfiSendOptions Call::sendOptions() const
+{
+    if (!established_ || now_.ended() || !session_) {
+        return sfiSendOptionsNone;
+    }
+    return session_->supportsTelephoneEvents() ? sfiSendOptionsEvents : sfiSendOptionsInfo;
+}
+
+void Call::postStateChange()
+{
+    events_.stateChange(now_, sendOptions(), host_.callBackPossible(*this));
+}
+
+void Call::postFeatureSuccess(sfiFeature feature)
+{
+    events_.featureSuccess(now_, feature);
+}
+
+void Call::postFeatureFailed(sfiFeature feature, sfiFeatureFailure failure)
+{
+    events_.featureFailed(now_, feature, failure);
 }
 
 }  // namespace telephone

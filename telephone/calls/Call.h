@@ -1,10 +1,10 @@
-// One call of the telephone: what it is to the applications (number, line, state, events) around what it is on the wire
-// (a session, which a transfer or a pick-up may exchange for another one). The engine owns it. Everything is called
-// with the phone lock held.
+// One call of the telephone: for the applications a number, a line, a state and events; on the wire a session, which a
+// transfer or a pick-up may exchange for another one. Owned by CallList. Called with the phone lock held.
 //
-// What changes is written into the snapshot, told to the engine, and then posted as event, in this order.
+// A change is written into the snapshot, reported to the host, and then posted as an event, in this order.
 #pragma once
 
+#include <chrono>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -12,9 +12,12 @@
 #include <string>
 #include <vector>
 
+#include "telephone/base/Refusal.h"
 #include "telephone/calls/CallAudio.h"
+#include "telephone/calls/CallEvents.h"
 #include "telephone/calls/CallHost.h"
 #include "telephone/calls/CallSnapshot.h"
+#include "telephone/calls/EventPoster.h"
 #include "telephone/calls/SipMeaning.h"
 #include "telephone/sip/Session.h"
 #include "telephone/sip/Timer.h"
@@ -22,24 +25,26 @@
 
 namespace telephone {
 
-// Who diverted a call here, for its events.
-struct DivertedBy
-{
-    std::string uri;
-    std::string name;
-    sfiForwardReason reason = sfiForwardReasonNone;
-};
-
 class Call final : private sip::SessionObserver
 {
 public:
-    // How a change of the media ended.
+    // The end of a change of the media: whether the far end accepted it.
     using Done = std::function<void(bool)>;
 
-    // How long a transfer may take, its target's ringing included.
+    // A transfer may take so long, including the ringing of its target.
     static constexpr std::chrono::seconds kTransferTime{180};
 
-    Call(CallHost& host, int callID, LineAddress line, bool incoming, std::unique_ptr<sip::AudioSource> voice);
+    // What all calls of a telephone share; outlives them.
+    struct Surroundings
+    {
+        sip::EventLoop& loop;
+        CallHost& host;
+        EventPoster const& post;
+        std::chrono::milliseconds reinviteTimeout;  // for the far end to answer a re-INVITE
+    };
+
+    Call(Surroundings const& surroundings, int callID, LineAddress line, bool incoming,
+         std::unique_ptr<sip::AudioSource> voice);
     ~Call() override;
 
     int id() const { return now_.callID; }
@@ -51,50 +56,50 @@ public:
     CallAudio& audio() { return audio_; }
 
     // --- outgoing
-    // Sends the INVITE. False, with the reason, when it could not be sent.
-    bool dial(sip::UserAgent& agent, sip::CallRequest const& request, std::string& whyNot);
-    // Tells the applications that the call is there, whether it has been sent or waits for another call's hold.
+    // Sends the INVITE. kUnavailable: it could not be sent.
+    [[nodiscard]] Outcome<> dial(sip::UserAgent& agent, sip::CallRequest const& request);
+    // Tells the applications about the call, whether its INVITE has been sent or waits for another call's hold.
     void announceDialling(std::string const& target);
     void setConsultation() { now_.consultation = true; }
-    // The call takes over another telephone's one: how that goes is told as that feature.
+    // The call takes over another telephone's call; success and failure are reported as that feature.
     void setPickup(sfiFeature feature) { pickup_ = feature; }
-    // The dialog that the call takes the place of, and the parties to show for it.
-    void setReplaces(sfiReplacesDisplay const& replaces) { replaces_ = replaces; }
+    // The dialog that the call replaces, and the parties to show for it.
+    void setReplaces(sfiReplacesDisplay const& replaces) { events_.setReplaces(replaces); }
     std::string const& target() const { return target_; }
 
     // --- incoming
     void offer(std::unique_ptr<sip::Session> session, sfiCallType type);
-    bool ring();
-    bool answer();
-    bool refuse(StatusLine const& line);
-    bool redirect(std::string const& contact, sfiForwardReason reason);
+    [[nodiscard]] Outcome<> ring();
+    [[nodiscard]] Outcome<> answer();
+    [[nodiscard]] Outcome<> reject(StatusLine const& line);
+    [[nodiscard]] Outcome<> redirect(std::string const& contact, sfiForwardReason reason);
 
     // --- any
     void clear(CSTAEventCause cause);
     void end(Ending const& ending);
-    // False: nothing was begun. Else done is called once, at once where there is nothing to do.
-    bool hold(sfiFeature feature, Done done = {});
-    bool retrieve(sfiFeature feature, Done done = {});
-    bool renewMedia();
+    // Unless refused, `done` is called once; immediately if there is nothing to do.
+    [[nodiscard]] Outcome<> hold(sfiFeature feature, Done done = {});
+    [[nodiscard]] Outcome<> retrieve(sfiFeature feature, Done done = {});
+    [[nodiscard]] Outcome<> renewMedia();
     void setHeldByHand(bool manual) { now_.heldByHand = manual; }
     void setMuted(bool muted);
-    bool sendDigits(std::string const& digits);
-    bool sendInfo(sip::Content const& content, sip::ResponseHandler done);
+    [[nodiscard]] Outcome<> sendDigits(std::string const& digits);
 
-    // Membership in a conference; the engine joins the audio.
+    // Membership in a conference; its maker joins the audio.
     void enterConference();
     void leaveConference();
 
     // --- transfer
-    bool transfer(sfiFeature feature, std::string const& target, std::optional<sip::Replaces> const& replaces);
+    [[nodiscard]] Outcome<> transfer(sfiFeature feature, std::string const& target,
+                                     std::optional<sip::Replaces> const& replaces);
     // The other call of an attended transfer: shows itself as being transferred.
     void beginTransferring();
-    // The transfer failed: the call is what it was.
+    // The transfer failed: the call returns to its state before.
     void endTransferring();
-    // Takes the place of the present session once it is established. transfer: tell it how that goes; may be null.
-    bool replaceWithCall(sip::UserAgent& agent, sip::CallRequest const& request,
-                         std::unique_ptr<sip::Transfer> transfer);
-    bool replaceWith(std::unique_ptr<sip::Session> session);
+    // Makes a call that replaces the present session once it is established, and reports progress to `transfer`.
+    [[nodiscard]] Outcome<> replaceWithCall(sip::UserAgent& agent, sip::CallRequest const& request,
+                                            std::unique_ptr<sip::Transfer> transfer);
+    [[nodiscard]] Outcome<> replaceWith(std::unique_ptr<sip::Session> session);
 
     void postFeatureSuccess(sfiFeature feature);
     void postFeatureFailed(sfiFeature feature, sfiFeatureFailure failure);
@@ -125,14 +130,17 @@ private:
     void onTransferProgress(sip::Session& session, int status, std::string const& reason, bool ended) override;
     void onClosed(sip::Session& session, sip::Closing const& closing) override;
 
-    // Applies a change to the snapshot and tells the engine.
+    // Applies a change to the snapshot and reports it to the host.
     template <class Change>
     void update(Change change);
     void enter(sfiCallState state, sfiReason reason = sfiReasonNormal);  // with its event
     sfiCallState settledState() const;
-    bool beginChange(MediaChange change, sip::Direction direction, sfiFeature feature, Done done);
+    tl::unexpected<Refusal> cannot(char const* operation, char const* why) const;
+    Outcome<> beginChange(MediaChange change, sip::Direction direction, sfiFeature feature, Done done);
+    void noteHold(bool held, sfiFeature feature);
     void awaitChange();
     void changeAccepted(PendingChange const& change);
+    void settle(bool held);
     void changeRefused(PendingChange const& change, int status);
     void failPendingChanges();
     void finishTransfer(int status);
@@ -141,31 +149,26 @@ private:
     void updateVoice();
     void dropSession();
     void postStateChange();
-    void postRemoteDetails(bool leftConference);
-    void postIncoming(sfiCallType type);
-    void postMissed(sfiReason reason);
-    void postPickedUp();
     sfiSendOptions sendOptions() const;
 
     CallHost& host_;
+    CallEvents events_;
+    std::chrono::milliseconds const reinviteTimeout_;
     CallSnapshot now_;
     std::unique_ptr<sip::Session> session_;
     std::unique_ptr<sip::Session> replacement_;
-    std::unique_ptr<sip::Transfer> transferHere_;  // asks for the replacement
+    std::unique_ptr<sip::Transfer> transferHere_;  // the far end's request for the replacement
     CallAudio audio_;
     sip::Timer transferTimer_;
     sip::Timer changeTimer_;
     std::deque<PendingChange> changes_;
     std::string target_;
-    DivertedBy divertedBy_;
-    sfiReplacesDisplay replaces_{};
-    sfiResourcePriority priority_ = sfiResourcePriorityNone;
     std::optional<sfiFeature> pickup_;
     sfiFeature transferFeature_ = sfiFeatureBlindTransfer;
     bool referring_ = false;  // a REFER of ours is under way
     bool established_ = false;
     bool answering_ = false;
-    bool diverted_ = false;  // goes to somebody else than was called
+    bool diverted_ = false;  // reaches another party than was called
     bool heldHere_ = false;  // agreed with the far end
     bool muted_ = false;
     bool over_ = false;
@@ -174,15 +177,12 @@ private:
 template <class Change>
 void Call::update(Change change)
 {
-    const CallSnapshot before = now_;
+    CallSnapshot const before = now_;
     change(now_);
     updateVoice();
     if (!(now_ == before)) {
         host_.callChanged(*this, before);
     }
 }
-
-// The address that events and displays carry.
-std::string displayUri(sip::NameAddr const& party);
 
 }  // namespace telephone

@@ -1,13 +1,21 @@
 #include "telephone/calls/CallBacks.h"
 
 #include <algorithm>
+#include <mutex>
 #include <utility>
+#include <vector>
 
 #include "CommunicationsServiceEventIfc.h"
+#include "telephone/calls/EngineConfiguration.h"
+#include "telephone/framework/Log.h"
+#include "telephone/sip/EventLoop.h"
 
 namespace telephone {
 
 namespace {
+
+// So many calls can be called back after their end: the latest ones.
+constexpr std::size_t kRemembered = 32;
 
 bool sameParty(std::string const& left, std::string const& right)
 {
@@ -31,75 +39,137 @@ bool isOfType(sfiCallCompletionType type, sfiCancelCallBackType wanted)
 
 }  // namespace
 
-CallBacks::CallBacks(CallHost& host, sip::UserAgent& agent, Limits limits)
-    : host_(host)
-    , agent_(agent)
-    , limits_(limits)
-    , burial_(host.loop())
+CallBacks::CallBacks(sip::UserAgent& agent, EngineConfiguration const& configuration, LineDirectory const& lines,
+                     Availability const& availability, CallList const& calls, EventPoster const& post)
+    : agent_(agent)
+    , configuration_(configuration)
+    , lines_(lines)
+    , availability_(availability)
+    , calls_(calls)
+    , post_(post)
+    , burial_(agent.loop())
 {}
 
-CallBacks::~CallBacks() = default;
-
-bool CallBacks::isPossible(std::string const& target) const
+bool CallBacks::isFull() const
 {
-    return static_cast<int>(entries_.size()) < limits_.most &&
-           std::none_of(entries_.begin(), entries_.end(),
-                        [&target](auto const& entry) { return sameParty(entry->wanted.target, target); });
+    return static_cast<int>(entries_.size()) >= configuration_.callBacks;
 }
 
-sfiResult CallBacks::set(Wanted const& wanted)
+bool CallBacks::isWaitingFor(std::string const& target) const
 {
-    const std::string what = "call-back to " + wanted.target + ": ";
-    auto const isSame = [&wanted](auto const& entry) { return sameParty(entry->wanted.target, wanted.target); };
-    if (std::any_of(entries_.begin(), entries_.end(), isSame)) {
-        host_.log(sip::LogLevel::kWarning, what + "there is one already");
-        return sfiFailureCallBackAllreadyExists;
+    return std::any_of(entries_.begin(), entries_.end(),
+                       [&target](auto const& entry) { return sameParty(entry->target, target); });
+}
+
+bool CallBacks::isPossible(Call const& call) const
+{
+    bool const inState = call.state() == sfiCallStateRemoteRinging || call.state() == sfiCallStateBusy;
+    return !call.snapshot().incoming && inState && !isFull() && !isWaitingFor(call.target());
+}
+
+Outcome<> CallBacks::set(int callID, sfiCallCompletionType type)
+{
+    std::lock_guard const guard(agent_.loop());
+    auto const wanted = attempt(callID);
+    if (!wanted) {
+        return tl::unexpected(wanted.error());
     }
-    if (static_cast<int>(entries_.size()) >= limits_.most) {
-        host_.log(sip::LogLevel::kWarning, what + "there are " + std::to_string(limits_.most) + " already");
-        return sfiFailureCallBackToMany;
+    bool const onBusy = type == sfiCallCompletionOnBusy;
+    if (onBusy ? !wanted->busy : !wanted->rang || wanted->busy) {
+        return refuse(RefusalKind::kWrongState, fmt::format("call {} allows no call-back: its party {}", callID,
+                                                            onBusy ? "is not busy" : "does not ring"));
     }
-    auto entry = std::make_unique<Entry>(host_.loop());
-    entry->wanted = wanted;
+    auto line = lines_.accountOfLine(wanted->lineNumber);
+    if (auto const active = availability_.whenActive(); !active || !line) {
+        return refuse(RefusalKind::kUnavailable, active ? line.error().reason : active.error().reason);
+    }
+    if (isWaitingFor(wanted->target)) {
+        return refuse(RefusalKind::kAlreadyExists, fmt::format("a call-back to {} is set already", wanted->target));
+    }
+    if (isFull()) {
+        return refuse(RefusalKind::kLimit, fmt::format("a call-back to {} cannot be set: there are {} already",
+                                                       wanted->target, configuration_.callBacks));
+    }
+    return begin(std::make_unique<Entry>(agent_.loop(), callID, std::move(*line), wanted->target, type));
+}
+
+Outcome<CallBacks::Attempt> CallBacks::attempt(int callID) const
+{
+    if (Call const* const call = calls_.find(callID)) {
+        return Attempt{callID, call->line().lineNumber, call->target(), false,
+                       call->state() == sfiCallStateRemoteRinging};
+    }
+    auto const ended = std::find_if(attempts_.begin(), attempts_.end(),
+                                    [callID](Attempt const& each) { return each.callID == callID; });
+    if (ended == attempts_.end()) {
+        return noSuchCall(callID);
+    }
+    return *ended;
+}
+
+Outcome<> CallBacks::begin(std::unique_ptr<Entry> entry)
+{
     sip::SubscriptionRequest request;
-    request.target = wanted.target;
+    request.target = entry->target;
     request.event = sip::kDialogEvent;
     request.accept = sip::kDialogInfoType;
-    request.expires =
-        static_cast<std::uint32_t>(std::chrono::duration_cast<std::chrono::seconds>(limits_.longest).count());
-    std::string whyNot;
-    entry->subscription = agent_.subscribe(wanted.line.account, request, *this, &whyNot);
-    if (!entry->subscription) {
-        host_.log(sip::LogLevel::kWarning, what + whyNot);
-        return sfiFailure;
+    request.expires = static_cast<std::uint32_t>(configuration_.callBackTime.count());
+    auto subscription = agent_.subscribe(entry->line.account, request, *this);
+    if (!subscription) {
+        return tl::unexpected(subscription.error());
     }
-    entry->longest.start(limits_.longest,
+    entry->subscription = std::move(*subscription);
+    entry->longest.start(configuration_.callBackTime,
                          [this, waiting = entry.get()] { fail(*waiting, sfiCallCompletionFailureTimeout); });
     entries_.push_back(std::move(entry));
-    return sfiSuccess;
+    return {};
 }
 
-sfiResult CallBacks::cancel(int callID, std::string const& target, sfiCancelCallBackType type, bool displayOutcome)
+Outcome<> CallBacks::cancel(int callID, std::string const& target, sfiCancelCallBackType type, bool displayOutcome)
 {
+    std::lock_guard const guard(agent_.loop());
+    std::string uri;
+    if (!target.empty()) {
+        uri = lines_.accountNamed({})
+                  .and_then([&target](LineAccount const& line) { return callTarget(target, line.account); })
+                  .value_or(target);
+    }
     std::vector<Entry*> meant;
     for (auto const& entry : entries_) {
-        bool const isCall = callID == 0 || entry->wanted.callID == callID;
-        bool const isTarget = target.empty() || sameParty(entry->wanted.target, target);
-        if (isCall && isTarget && isOfType(entry->wanted.type, type)) {
+        // A target names the call-back, whichever call asked for it.
+        bool const isMeant = uri.empty() ? callID <= 0 || entry->callID == callID : sameParty(entry->target, uri);
+        if (isMeant && isOfType(entry->type, type)) {
             meant.push_back(entry.get());
         }
     }
-    for (Entry* entry : meant) {
+    for (Entry* const entry : meant) {
         tell(*entry, sfiCallCompletionCancelled, displayOutcome);
         remove(*entry);
     }
-    return meant.empty() ? sfiFailureCallBackNoCallInfo : sfiSuccess;
+    if (meant.empty()) {
+        return refuse(RefusalKind::kNotFound, fmt::format("there is no call-back for call {} \"{}\"", callID, target));
+    }
+    return {};
+}
+
+void CallBacks::follow(Call const& call, CallSnapshot const& before)
+{
+    CallSnapshot const& now = call.snapshot();
+    if (!now.ended() || now.incoming || call.target().empty()) {
+        return;
+    }
+    std::erase_if(attempts_, [&now](Attempt const& each) { return each.callID == now.callID; });
+    attempts_.push_back({now.callID, now.line.lineNumber, call.target(), now.state == sfiCallStateBusy,
+                         before.state == sfiCallStateRemoteRinging});
+    if (attempts_.size() > kRemembered) {
+        attempts_.pop_front();
+    }
 }
 
 void CallBacks::called(std::string const& target)
 {
     for (auto const& entry : entries_) {
-        if (!sameParty(entry->wanted.target, target)) {
+        if (!sameParty(entry->target, target)) {
             continue;
         }
         tell(*entry, sfiCallCompletionDone, true);
@@ -133,11 +203,11 @@ void CallBacks::onNotify(sip::Subscription& subscription, sip::Notification cons
         tell(*entry, sfiCallCompletionActivated, true);
     }
     if (auto const dialogs = sip::DialogInfo::parse(notification.content.body)) {
-        follow(*entry, *dialogs);
+        followDialogs(*entry, *dialogs);
     }
 }
 
-void CallBacks::follow(Entry& entry, sip::DialogInfo const& dialogs)
+void CallBacks::followDialogs(Entry& entry, sip::DialogInfo const& dialogs)
 {
     auto const isIn = [&dialogs](sip::DialogState first, sip::DialogState last) {
         return std::any_of(dialogs.dialogs.begin(), dialogs.dialogs.end(),
@@ -151,9 +221,9 @@ void CallBacks::follow(Entry& entry, sip::DialogInfo const& dialogs)
         entry.ready = false;
         return;
     }
-    bool const wasThere = entry.wanted.type == sfiCallCompletionOnBusy || entry.seenActive;
+    bool const wasThere = entry.type == sfiCallCompletionOnBusy || entry.seenActive;
     if (wasThere && !entry.ready && !entry.settling.isRunning()) {
-        entry.settling.start(limits_.settling, [this, waiting = &entry] { becomeReady(*waiting); });
+        entry.settling.start(configuration_.settlingTime, [this, waiting = &entry] { becomeReady(*waiting); });
     }
 }
 
@@ -178,9 +248,10 @@ void CallBacks::onTerminated(sip::Subscription& subscription, int status, std::s
 
 void CallBacks::fail(Entry& entry, sfiCallCompletionFailureType failure)
 {
-    host_.log(sip::LogLevel::kWarning, "call-back to " + entry.wanted.target + " failed");
-    host_.post([line = entry.wanted.line.lineURI, uri = entry.wanted.target, failure](
-                   CommunicationsServiceEventIfc& event) { event.callCompletionFailedEvent(line, uri, failure); });
+    log(kLogWarning, "calls", "the call-back to {} failed", entry.target);
+    post_([line = entry.line.lineURI, uri = entry.target, failure](CommunicationsServiceEventIfc& event) {
+        event.callCompletionFailedEvent(line, uri, failure);
+    });
     remove(entry);
 }
 
@@ -196,8 +267,8 @@ void CallBacks::remove(Entry& entry)
 
 void CallBacks::tell(Entry const& entry, sfiCallCompletionState state, bool displayOutcome)
 {
-    host_.post([line = entry.wanted.line.lineURI, uri = entry.wanted.target, type = entry.wanted.type, state,
-                displayOutcome](CommunicationsServiceEventIfc& event) {
+    post_([line = entry.line.lineURI, uri = entry.target, type = entry.type, state,
+           displayOutcome](CommunicationsServiceEventIfc& event) {
         event.callCompletionEvent(line, uri, type, state, displayOutcome);
     });
 }

@@ -5,366 +5,243 @@
 #include <utility>
 
 #include "CommunicationsServiceEventIfc.h"
-#include "telephone/calls/CallEngineImpl.h"
+#include "telephone/calls/LogComponent.h"
+#include "telephone/framework/Log.h"
 
 namespace telephone {
 
-namespace {
-using Guard = std::lock_guard<sip::EventLoop>;
-}
-
 CallEngine::CallEngine(sip::EventLoop& loop, EngineConfiguration configuration, LineDirectory& lines,
                        CallPolicy& policy, EventPoster post)
+    : loop_(loop)
+    , configuration_(std::move(configuration))
+    , lines_(lines)
+    , post_(std::move(post))
+    , agent_(loop, configuration_.agent, *this)
+    , surroundings_{loop, *this, post_, configuration_.reinviteTimeout}
+    , list_(surroundings_, configuration_, observers_)
+    , established_(loop, list_, lines)
+    , callBacks_(agent_, configuration_, lines, availability_, list_, post_)
+    , outgoing_(agent_, configuration_, lines, availability_, list_, established_, callBacks_)
+    , incoming_({loop, configuration_, lines, policy, availability_, post_, list_, established_})
+    , joined_(agent_, lines, post_, list_, established_)
+    , pickups_(agent_, configuration_, list_, outgoing_)
+    , messages_(agent_, configuration_, lines, post_, observers_)
+    , registrations_(agent_, post_,
+                     [this](LineAccount const& line, bool registered) { registrationChanged(line, registered); })
+    , publisher_(loop, list_)
+    , server_(agent_, lines, availability_, post_)
+{}
+
+// The subjects are empty then. The agent is destroyed last and without the lock, because it waits for the answers to
+// its last requests.
+CallEngine::~CallEngine()
 {
-    impl_ = std::make_unique<Impl>(loop, std::move(configuration), lines, policy, std::move(post));
+    deactivate();
 }
 
-CallEngine::~CallEngine() = default;
+// --- life
 
-void CallEngine::lock()
+void CallEngine::activate()
 {
-    impl_->loop_.lock();
+    std::lock_guard const guard(loop_);
+    availability_.active = true;
+    registrations_.refresh(lines_.accounts());
 }
 
-void CallEngine::unlock()
+void CallEngine::deactivate()
 {
-    impl_->loop_.unlock();
-}
-
-bool CallEngine::try_lock()
-{
-    return impl_->loop_.try_lock();
-}
-
-sfiResult CallEngine::activate()
-{
-    const Guard guard(impl_->loop_);
-    return impl_->activate();
-}
-
-sfiResult CallEngine::deactivate()
-{
-    const Guard guard(impl_->loop_);
-    return impl_->deactivate();
-}
-
-bool CallEngine::isActive() const
-{
-    const Guard guard(impl_->loop_);
-    return impl_->active_;
+    std::lock_guard const guard(loop_);
+    availability_.active = false;
+    list_.endAll();
+    pickups_.clear();
+    callBacks_.clear();
+    messages_.clear();
+    publisher_.clear();
+    registrations_.refresh({});
 }
 
 void CallEngine::setServiceState(sfiServiceState state)
 {
-    const Guard guard(impl_->loop_);
-    impl_->setServiceState(state);
-}
-
-sfiServiceState CallEngine::serviceState() const
-{
-    return impl_->serviceState_;
-}
-
-void CallEngine::refreshRegistrations()
-{
-    const Guard guard(impl_->loop_);
-    if (impl_->active_) {
-        impl_->registrations_->refresh(impl_->lines_.accounts());
+    std::lock_guard const guard(loop_);
+    availability_.serviceState = state;
+    if (availability_.active) {
+        registrations_.refresh(state == sfiServiceOutOfService ? std::vector<LineAccount>() : lines_.accounts());
     }
-}
-
-sip::UserAgent& CallEngine::userAgent()
-{
-    return *impl_->agent_;
-}
-
-std::optional<sip::Account> CallEngine::accountOfLine(int lineNumber) const
-{
-    const Guard guard(impl_->loop_);
-    auto const line = impl_->accountOf(lineNumber);
-    return line ? std::optional(line->account) : std::nullopt;
 }
 
 void CallEngine::addObserver(CallObserver& observer)
 {
-    const Guard guard(impl_->loop_);
-    auto& observers = impl_->observers_;
-    if (std::find(observers.begin(), observers.end(), &observer) == observers.end()) {
-        observers.push_back(&observer);
-    }
+    std::lock_guard const guard(loop_);
+    observers_.add(observer);
 }
 
 void CallEngine::removeObserver(CallObserver& observer)
 {
-    const Guard guard(impl_->loop_);
-    std::erase(impl_->observers_, &observer);
+    std::lock_guard const guard(loop_);
+    observers_.remove(observer);
 }
 
-std::vector<CallSnapshot> CallEngine::calls() const
+std::optional<sip::Account> CallEngine::accountOfLine(int lineNumber) const
 {
-    const Guard guard(impl_->loop_);
-    std::vector<CallSnapshot> snapshots;
-    for (auto const& call : impl_->calls_) {
-        snapshots.push_back(call->snapshot());
-    }
-    return snapshots;
+    std::lock_guard const guard(loop_);
+    auto line = lines_.accountOfLine(lineNumber);
+    return line ? std::optional(std::move(line->account)) : std::nullopt;
 }
 
-std::optional<CallSnapshot> CallEngine::call(int callID) const
+// --- PhoneCalls
+
+Outcome<> CallEngine::make(LineAddress const& place, int callID, std::string const& destination, CallPurpose purpose)
 {
-    const Guard guard(impl_->loop_);
-    Call const* found = impl_->find(callID);
-    return found != nullptr ? std::optional(found->snapshot()) : std::nullopt;
+    return outgoing_.make(place.recordLine, place.appearance, callID, destination, purpose);
 }
 
-std::vector<CallSnapshot> CallEngine::callsOnLine(int recordLine) const
+Outcome<> CallEngine::hold(int callID)
 {
-    std::vector<CallSnapshot> snapshots = calls();
-    std::erase_if(snapshots, [recordLine](CallSnapshot const& call) {
-        return call.line.recordLine != recordLine && call.line.lineNumber != recordLine;
-    });
-    return snapshots;
+    std::lock_guard const guard(loop_);
+    established_.setHeldByHand(callID, true);
+    return established_.hold(callID);
 }
 
-std::optional<CallSnapshot> CallEngine::callOnLineInState(int recordLine, sfiCallState state) const
+Outcome<> CallEngine::deflect(int callID, std::string const& destination)
 {
-    for (CallSnapshot& call : callsOnLine(recordLine)) {
-        if (call.state == state) {
-            return std::move(call);
-        }
-    }
-    return std::nullopt;
+    return incoming_.deflect(callID, destination);
 }
 
-std::optional<CallSnapshot> CallEngine::alertingCallOnLine(int recordLine) const
+Outcome<> CallEngine::blindTransfer(int callID, std::string const& destination)
 {
-    for (CallSnapshot& call : callsOnLine(recordLine)) {
-        if (call.alerting()) {
-            return std::move(call);
-        }
-    }
-    return std::nullopt;
+    return joined_.blindTransfer(callID, destination);
 }
 
-std::optional<CallSnapshot> CallEngine::activeCall() const
+Outcome<> CallEngine::pickup(LineAddress const& place, int callID, std::string const& number)
 {
-    const Guard guard(impl_->loop_);
-    auto const speaking = impl_->speakingCalls(nullptr);
-    return speaking.empty() ? std::nullopt : std::optional(speaking.front()->snapshot());
+    return pickups_.directed(place.recordLine, place.appearance, callID, number);
 }
 
-std::optional<CallSnapshot> CallEngine::lastHeldCall() const
+Outcome<> CallEngine::takeOver(LineAddress const& place, int callID, PickupTarget const& target)
 {
-    const Guard guard(impl_->loop_);
-    return impl_->holdOrder_.empty() ? std::nullopt : call(impl_->holdOrder_.back());
-}
-
-bool CallEngine::isRegistered(int lineNumber) const
-{
-    const Guard guard(impl_->loop_);
-    return impl_->registrations_->isRegistered(lineNumber);
-}
-
-int CallEngine::freeCallID()
-{
-    const Guard guard(impl_->loop_);
-    return impl_->freeCallID();
-}
-
-sfiResult CallEngine::make(int recordLine, int appearance, int callID, std::string const& destination,
-                           CallPurpose purpose)
-{
-    const Guard guard(impl_->loop_);
-    return impl_->make(recordLine, appearance, callID, destination, purpose);
-}
-
-sfiResult CallEngine::ring(int callID)
-{
-    const Guard guard(impl_->loop_);
-    return impl_->ring(callID);
-}
-
-sfiResult CallEngine::answer(int callID)
-{
-    const Guard guard(impl_->loop_);
-    return impl_->answer(callID);
-}
-
-sfiResult CallEngine::refuse(int callID, sfiRefuseCall reason)
-{
-    const Guard guard(impl_->loop_);
-    return impl_->refuse(callID, reason);
-}
-
-sfiResult CallEngine::deflect(int callID, std::string const& destination)
-{
-    const Guard guard(impl_->loop_);
-    return impl_->deflect(callID, destination);
-}
-
-sfiResult CallEngine::clear(int callID, CSTAEventCause cause)
-{
-    const Guard guard(impl_->loop_);
-    return impl_->clear(callID, cause);
-}
-
-sfiResult CallEngine::hold(int callID, sfiFeature feature)
-{
-    const Guard guard(impl_->loop_);
-    return impl_->hold(callID, feature);
-}
-
-sfiResult CallEngine::retrieve(int callID)
-{
-    const Guard guard(impl_->loop_);
-    return impl_->retrieve(callID, sfiFeatureRetrieve);
-}
-
-void CallEngine::setHeldByHand(int callID, bool manual)
-{
-    const Guard guard(impl_->loop_);
-    if (Call* call = impl_->require(callID, "hold")) {
-        call->setHeldByHand(manual);
-    }
-}
-
-sfiResult CallEngine::alternate(int recordLine)
-{
-    const Guard guard(impl_->loop_);
-    return impl_->alternate(recordLine);
-}
-
-sfiResult CallEngine::blindTransfer(int callID, std::string const& destination)
-{
-    const Guard guard(impl_->loop_);
-    return impl_->blindTransfer(callID, destination);
-}
-
-sfiResult CallEngine::attendedTransfer(int callID)
-{
-    const Guard guard(impl_->loop_);
-    return impl_->attendedTransfer(callID);
-}
-
-sfiResult CallEngine::conference(int callID)
-{
-    const Guard guard(impl_->loop_);
-    return impl_->conference(callID);
-}
-
-sfiResult CallEngine::sendDigits(int callID, std::string const& digits)
-{
-    const Guard guard(impl_->loop_);
-    return impl_->sendDigits(callID, digits);
-}
-
-sfiResult CallEngine::changeSecurity(int callID, bool secure)
-{
-    const Guard guard(impl_->loop_);
-    return impl_->changeSecurity(callID, secure);
-}
-
-sfiResult CallEngine::pickup(int recordLine, int appearance, int callID, PickupTarget const& target)
-{
-    const Guard guard(impl_->loop_);
-    return impl_->pickup(recordLine, appearance, callID, target);
-}
-
-sfiResult CallEngine::directedPickup(int recordLine, int appearance, int callID, std::string const& number)
-{
-    const Guard guard(impl_->loop_);
-    return impl_->directedPickup(recordLine, appearance, callID, number);
-}
-
-sfiResult CallEngine::groupPickup(int recordLine, int appearance, int callID)
-{
-    const Guard guard(impl_->loop_);
-    return impl_->groupPickup(recordLine, appearance, callID);
-}
-
-sfiResult CallEngine::callBackOnNoReply(int callID)
-{
-    const Guard guard(impl_->loop_);
-    return impl_->callBack(callID, sfiCallCompletionOnNoReply);
-}
-
-sfiResult CallEngine::callBackOnBusy(int callID)
-{
-    const Guard guard(impl_->loop_);
-    return impl_->callBack(callID, sfiCallCompletionOnBusy);
-}
-
-sfiResult CallEngine::cancelCallBacks(int callID, std::string const& target, sfiCancelCallBackType type,
-                                      bool displayOutcome)
-{
-    const Guard guard(impl_->loop_);
-    return impl_->cancelCallBacks(callID, target, type, displayOutcome);
-}
-
-std::optional<sfiMessageWaitingRecord> CallEngine::messageWaiting(std::string const& phoneNumber) const
-{
-    const Guard guard(impl_->loop_);
-    return impl_->messageWaiting(phoneNumber);
-}
-
-sfiResult CallEngine::sendCsta(std::string const& lineURI, std::string const& body)
-{
-    const Guard guard(impl_->loop_);
-    return impl_->sendCsta(lineURI, body);
-}
-
-sfiResult CallEngine::serverFeatures(std::string const& lineURI, bool initialize)
-{
-    const Guard guard(impl_->loop_);
-    return impl_->serverFeatures(lineURI, initialize);
-}
-
-void CallEngine::tellAgentState(std::string const& lineURI, std::string const& state)
-{
-    const Guard guard(impl_->loop_);
-    impl_->tellAgentState(lineURI, state);
-}
-
-void CallEngine::setMicrophoneMute(bool mute)
-{
-    const Guard guard(impl_->loop_);
-    impl_->setMicrophoneMute(mute);
-}
-
-bool CallEngine::microphoneMute() const
-{
-    const Guard guard(impl_->loop_);
-    return impl_->muted_;
-}
-
-void CallEngine::setAssociatedCalls(bool associated)
-{
-    const Guard guard(impl_->loop_);
-    impl_->associatedCalls_ = associated;
+    return pickups_.takeOver(place.recordLine, place.appearance, callID, target);
 }
 
 void CallEngine::featureFailed(int recordLine, sfiFeature feature, sfiFeatureFailure failure)
 {
-    const Guard guard(impl_->loop_);
-    impl_->featureFailed(recordLine, feature, failure);
+    std::lock_guard const guard(loop_);
+    std::vector<Call*> candidates = list_.speaking();
+    for (auto const& call : list_.all()) {
+        candidates.push_back(call.get());
+    }
+    auto const call = std::find_if(candidates.begin(), candidates.end(), [recordLine](Call const* each) {
+        return recordLine == 0 || each->line().recordLine == recordLine || each->line().lineNumber == recordLine;
+    });
+    if (call != candidates.end()) {
+        (*call)->postFeatureFailed(feature, failure);
+        return;
+    }
+    auto const line = lines_.addressOf(recordLine, 0);
+    post_([lineURI = line ? line->lineURI : std::string(), feature, failure](CommunicationsServiceEventIfc& event) {
+        event.featureFailed(lineURI, 0, feature, failure);
+    });
 }
 
-bool CallEngine::addTap(int callID, AudioTap& tap)
+// --- what the calls report
+
+void CallEngine::callChanged(Call& call, CallSnapshot const& before)
 {
-    const Guard guard(impl_->loop_);
-    Call* call = impl_->require(callID, "listen");
-    if (call != nullptr) {
-        call->audio().addTap(tap);
+    CallSnapshot const now = call.snapshot();
+    incoming_.follow(now);
+    established_.follow(now);
+    pickups_.follow(now);
+    callBacks_.follow(call, before);
+    if (now.ended()) {
+        list_.remove(call);
     }
-    return call != nullptr;
+    publisher_.lineChanged(now.line.lineNumber);
+    bool const isNew = before.state == sfiCallStateIdle;
+    observers_.tell(
+        [&now, &before, isNew](CallObserver& observer) { observer.callChanged(now, isNew ? nullptr : &before); });
 }
 
-void CallEngine::removeTap(int callID, AudioTap& tap)
+void CallEngine::infoReceived(Call& call, sip::Content const& content)
 {
-    const Guard guard(impl_->loop_);
-    if (Call* call = impl_->find(callID)) {
-        call->audio().removeTap(tap);
+    if (!server_.receive(call.line().lineURI, content)) {
+        log(kLogInfo, kComponent, "call {}: INFO with {} is ignored", call.id(), content.type);
     }
+}
+
+void CallEngine::transferRequested(Call& call, std::unique_ptr<sip::Transfer> transfer)
+{
+    joined_.transferRequested(call, std::move(transfer));
+}
+
+// --- what the registrations and the user agent report
+
+void CallEngine::registrationChanged(LineAccount const& line, bool registered)
+{
+    if (registered) {
+        messages_.subscribe(line);
+    }
+    observers_.tell(
+        [&line, registered](CallObserver& observer) { observer.registrationChanged(line.lineNumber, registered); });
+}
+
+void CallEngine::onIncomingCall(std::unique_ptr<sip::Session> session)
+{
+    auto const line = lines_.accountOfUser(sip::userOf(session->invitation().requestUri));
+    if (!line) {
+        session->reject(404, "Not Found");
+    } else if (!availability_.forNewCalls()) {
+        session->reject(480, "Temporarily Unavailable");
+    } else if (session->invitation().replaces) {
+        joined_.replaceCall(std::move(session));
+    } else {
+        incoming_.take(std::move(session), *line);
+    }
+}
+
+void CallEngine::onTransferRequested(std::unique_ptr<sip::Transfer> transfer)
+{
+    log(kLogWarning, kComponent, "a transfer to {} is refused: it belongs to no call", transfer->target());
+    transfer->reject(603, "Decline");
+}
+
+void CallEngine::onSubscribe(std::unique_ptr<sip::Notifier> notifier)
+{
+    auto const line = lines_.accountOfUser(sip::userOf(notifier->requestUri()));
+    if (!line) {
+        notifier->reject(404, "Not Found");
+    } else if (!availability_.active) {
+        notifier->reject(480, "Temporarily Unavailable");
+    } else if (notifier->event() != sip::kDialogEvent) {
+        notifier->reject(489, "Bad Event", {{"Allow-Events", "dialog, refer"}});
+    } else {
+        publisher_.add(*line, std::move(notifier));
+    }
+}
+
+void CallEngine::onUnsolicitedNotify(sip::NameAddr const&, sip::NameAddr const& to,
+                                     sip::Notification const& notification)
+{
+    auto const line = lines_.accountOfUser(to.uri.user);
+    if (line && availability_.active && notification.event == sip::kMessageSummaryEvent) {
+        messages_.received(*line, notification.content.body);
+    } else {
+        log(kLogInfo, kComponent, "a NOTIFY of {} for {} is ignored", notification.event, to.uri.user);
+    }
+}
+
+void CallEngine::onRequest(std::unique_ptr<sip::IncomingRequest>& request)
+{
+    if (request->method() != "INFO") {
+        return;
+    }
+    auto const line = lines_.accountOfUser(sip::userOf(request->requestUri()));
+    if (!line) {
+        request->reply(404, "Not Found");
+    } else if (server_.receive(line->lineURI, request->content())) {
+        request->reply(200, "OK");
+    } else {
+        request->reply(415, "Unsupported Media Type", {{"Accept", "application/csta+xml"}});
+    }
+    request.reset();
 }
 
 }  // namespace telephone

@@ -1,74 +1,98 @@
-// What a call posts to the applications. Each event is built of values taken now, because it is delivered later.
+#include "telephone/calls/CallEvents.h"
+
+#include <vector>
+
 #include "CommunicationsServiceEventIfc.h"
-#include "telephone/calls/Call.h"
+#include "telephone/calls/SipMeaning.h"
 
 namespace telephone {
 
-sfiSendOptions Call::sendOptions() const
+void CallEvents::setInvitation(sip::Invitation const& invitation)
 {
-    if (!established_ || now_.ended() || !session_) {
-        return sfiSendOptionsNone;
+    priority_ = priorityOf(invitation.resourcePriority);
+    if (!invitation.diversions.empty()) {
+        sip::Diversion const& latest = invitation.diversions.front();
+        diverter_ = {displayUri(latest.party), latest.party.displayName, forwardReasonOf(latest.reason)};
     }
-    return session_->supportsTelephoneEvents() ? sfiSendOptionsEvents : sfiSendOptionsInfo;
 }
 
-void Call::postStateChange()
+void CallEvents::stateChange(CallSnapshot const& now, sfiSendOptions options, bool callBackPossible) const
 {
-    const sfiSendOptions options = sendOptions();
-    bool const callBack = host_.callBackPossible(*this);
-    host_.post([now = now_, options, replaces = replaces_, priority = priority_,
-                callBack](CommunicationsServiceEventIfc& event) mutable {
+    post_([now, options, replaces = replaces_, priority = priority_,
+           callBackPossible](CommunicationsServiceEventIfc& event) mutable {
         event.callStateChange(now.line.lineURI, now.callID, now.state, now.reason, options, now.remoteURI,
-                              now.remoteName, &replaces, priority, sfiPreemptionCauseNone, {}, callBack,
+                              now.remoteName, &replaces, priority, sfiPreemptionCauseNone, {}, callBackPossible,
                               sfiAdditionalCallInfo{});
     });
 }
 
-void Call::postIncoming(sfiCallType type)
+void CallEvents::incoming(CallSnapshot const& now, sip::Invitation const& invitation, sfiCallType type) const
 {
-    sip::Invitation const& invitation = session_->invitation();
-    host_.post([now = now_, alert = alertInformationOf(invitation.alertInfo),
-                automatic = invitation.answerAutomatically, type, diverted = divertedBy_,
-                priority = priority_](CommunicationsServiceEventIfc& event) {
+    post_([now, alert = alertInformationOf(invitation.alertInfo), automatic = invitation.answerAutomatically, type,
+           diverter = diverter_, priority = priority_](CommunicationsServiceEventIfc& event) {
         event.incomingCall(now.line.lineURI, now.callID, now.remoteURI, now.remoteName, alert.uri, alert.infoParam,
-                           automatic, type, diverted.uri, diverted.name, diverted.reason, automatic, priority,
+                           automatic, type, diverter.uri, diverter.name, diverter.reason, automatic, priority,
                            sfiAdditionalCallInfo{}, false);
     });
 }
 
-void Call::postMissed(sfiReason reason)
+void CallEvents::missed(CallSnapshot const& now, sfiReason reason) const
 {
-    host_.post([now = now_, reason, diverted = divertedBy_](CommunicationsServiceEventIfc& event) {
-        event.incomingCallMissed(now.line.lineURI, now.callID, now.remoteURI, now.remoteName, reason, diverted.uri,
-                                 diverted.name, diverted.reason);
+    post_([now, reason, diverter = diverter_](CommunicationsServiceEventIfc& event) {
+        event.incomingCallMissed(now.line.lineURI, now.callID, now.remoteURI, now.remoteName, reason, diverter.uri,
+                                 diverter.name, diverter.reason);
     });
 }
 
-void Call::postPickedUp()
+void CallEvents::pickedUp(CallSnapshot const& now) const
 {
-    host_.post([now = now_](CommunicationsServiceEventIfc& event) {
+    post_([now](CommunicationsServiceEventIfc& event) {
         event.incomingPickupCall(now.line.lineURI, now.callID, now.remoteURI, now.remoteName);
     });
 }
 
-void Call::postRemoteDetails(bool leftConference)
+void CallEvents::held(CallSnapshot const& now) const
 {
-    host_.post([now = now_, leftConference](CommunicationsServiceEventIfc& event) {
+    post_([line = now.line.lineURI, callID = now.callID](CommunicationsServiceEventIfc& event) {
+        event.callHeld(line, callID);
+    });
+}
+
+void CallEvents::retrieved(CallSnapshot const& now) const
+{
+    post_([now](CommunicationsServiceEventIfc& event) {
+        event.callRetrieved(now.line.lineURI, now.callID, now.remoteURI, now.remoteName, sfiAdditionalCallInfo{},
+                            false);
+    });
+}
+
+void CallEvents::securityIsPlain(CallSnapshot const& now) const
+{
+    post_([line = now.line.lineURI, callID = now.callID](CommunicationsServiceEventIfc& event) {
+        std::vector<int> callIDs;
+        std::vector<std::string> lines;
+        event.securityStatusChanged(line, callID, sfiSecurityStatusPlain, callIDs, lines);
+    });
+}
+
+void CallEvents::remoteDetails(CallSnapshot const& now, bool leftConference) const
+{
+    post_([now, leftConference](CommunicationsServiceEventIfc& event) {
         event.remoteEndpointDetailsChanged(now.line.lineURI, now.callID, now.remoteURI, now.remoteName, leftConference,
                                            now.inConference);
     });
 }
 
-void Call::postFeatureSuccess(sfiFeature feature)
+void CallEvents::featureSuccess(CallSnapshot const& now, sfiFeature feature) const
 {
-    host_.post([line = now_.line.lineURI, callID = id(), feature](CommunicationsServiceEventIfc& event) {
+    post_([line = now.line.lineURI, callID = now.callID, feature](CommunicationsServiceEventIfc& event) {
         event.featureSuccess(line, callID, feature);
     });
 }
 
-void Call::postFeatureFailed(sfiFeature feature, sfiFeatureFailure failure)
+void CallEvents::featureFailed(CallSnapshot const& now, sfiFeature feature, sfiFeatureFailure failure) const
 {
-    host_.post([line = now_.line.lineURI, callID = id(), feature, failure](CommunicationsServiceEventIfc& event) {
+    post_([line = now.line.lineURI, callID = now.callID, feature, failure](CommunicationsServiceEventIfc& event) {
         event.featureFailed(line, callID, feature, failure);
     });
 }

@@ -1,70 +1,79 @@
-// Hold, retrieve, conference: what changes the media of a call that is through.
+// Changes of the media of a connected call: hold, retrieve, conference.
 #include <utility>
 
-#include "CommunicationsServiceEventIfc.h"
 #include "telephone/calls/Call.h"
+#include "telephone/calls/LogComponent.h"
+#include "telephone/framework/Log.h"
 
 namespace telephone {
 
-bool Call::hold(sfiFeature feature, Done done)
+namespace {
+
+constexpr char const* kNotConnected = "it is not connected";
+
+}  // namespace
+
+Outcome<> Call::hold(sfiFeature feature, Done done)
 {
     if (!isEstablished()) {
-        return false;
+        return cannot("be held", kNotConnected);
     }
-    if (now_.held) {
-        if (!changes_.empty()) {
-            changes_.back().done.push_back(std::move(done));
-        } else if (done) {
-            done(true);
-        }
-        return true;
+    if (!now_.held) {
+        return beginChange(MediaChange::kHold, sip::Direction::kSendOnly, feature, std::move(done));
     }
-    return beginChange(MediaChange::kHold, sip::Direction::kSendOnly, feature, std::move(done));
+    if (!changes_.empty()) {
+        changes_.back().done.push_back(std::move(done));
+    } else if (done) {
+        done(true);
+    }
+    return {};
 }
 
-bool Call::retrieve(sfiFeature feature, Done done)
+Outcome<> Call::retrieve(sfiFeature feature, Done done)
 {
     if (!isEstablished() || !now_.held) {
-        return false;
+        return cannot("be retrieved", "this telephone does not hold it");
     }
     return beginChange(MediaChange::kRetrieve, sip::Direction::kSendReceive, feature, std::move(done));
 }
 
-bool Call::renewMedia()
+Outcome<> Call::renewMedia()
 {
-    return isEstablished() &&
-           beginChange(MediaChange::kRenew, session_->localDirection(), sfiFeatureSecurityChange, {});
+    if (!isEstablished()) {
+        return cannot("be negotiated again", kNotConnected);
+    }
+    return beginChange(MediaChange::kRenew, session_->localDirection(), sfiFeatureSecurityChange, {});
 }
 
-bool Call::beginChange(MediaChange change, sip::Direction direction, sfiFeature feature, Done done)
+Outcome<> Call::beginChange(MediaChange change, sip::Direction direction, sfiFeature feature, Done done)
 {
-    if (!session_->modify(direction)) {
-        return false;
+    if (auto begun = session_->modify(direction); !begun) {
+        return begun;
     }
     changes_.push_back({change, feature, {std::move(done)}});
     if (changes_.size() == 1) {
         awaitChange();
     }
-    if (change == MediaChange::kRenew) {
-        return true;
+    if (change != MediaChange::kRenew) {
+        noteHold(change == MediaChange::kHold, feature);
     }
-    bool const held = change == MediaChange::kHold;
-    const CallSnapshot before = now_;
-    now_.held = held;
-    now_.heldForConsultation = held && feature == sfiFeatureConsultationHold;
-    if (!held) {
-        now_.heldByHand = false;
-    }
-    updateVoice();
-    host_.callChanged(*this, before);
-    return true;
+    return {};
+}
+
+void Call::noteHold(bool held, sfiFeature feature)
+{
+    update([held, feature](CallSnapshot& now) {
+        now.held = held;
+        now.heldForConsultation = held && feature == sfiFeatureConsultationHold;
+        now.heldByHand = held && now.heldByHand;
+    });
 }
 
 // A far end that does not answer a re-INVITE is gone (RFC 3261 section 12.2.1.2).
 void Call::awaitChange()
 {
-    changeTimer_.start(host_.reinviteTimeout(), [this] {
-        host_.log(sip::LogLevel::kWarning, "call " + std::to_string(id()) + ": the far end does not answer any more");
+    changeTimer_.start(reinviteTimeout_, [this] {
+        log(kLogWarning, kComponent, "call {}: the far end no longer answers", id());
         postFeatureFailed(changes_.front().feature, sfiFeatureFailureTimeout);
         end({sfiCallStateFailed, sfiReasonTimeout});
     });
@@ -75,7 +84,7 @@ void Call::onModified(sip::Session& session, bool accepted, int status, std::str
     if (&session != session_.get() || changes_.empty()) {
         return;
     }
-    const PendingChange change = std::move(changes_.front());
+    PendingChange const change = std::move(changes_.front());
     changes_.pop_front();
     if (changes_.empty()) {
         changeTimer_.cancel();
@@ -85,8 +94,7 @@ void Call::onModified(sip::Session& session, bool accepted, int status, std::str
     if (accepted) {
         changeAccepted(change);
     } else {
-        host_.log(sip::LogLevel::kWarning, "call " + std::to_string(id()) + ": the far end refuses the change: " +
-                                               std::to_string(status) + ' ' + reason);
+        log(kLogWarning, kComponent, "call {}: the far end refuses the change: {} {}", id(), status, reason);
         changeRefused(change, status);
     }
     for (Done const& done : change.done) {
@@ -98,40 +106,32 @@ void Call::onModified(sip::Session& session, bool accepted, int status, std::str
 
 void Call::changeAccepted(PendingChange const& change)
 {
-    bool const transferring = now_.state == sfiCallStateTransferring;
-    int const callID = id();
-    const std::string line = now_.line.lineURI;
     switch (change.change) {
     case MediaChange::kHold:
-        heldHere_ = true;
-        if (!transferring) {
-            update([this](CallSnapshot& now) { now.state = settledState(); });
-        }
-        host_.post([line, callID](CommunicationsServiceEventIfc& event) { event.callHeld(line, callID); });
+        settle(true);
+        events_.held(now_);
         return;
-    case MediaChange::kRetrieve: {
-        heldHere_ = false;
-        if (!transferring) {
-            update([this](CallSnapshot& now) { now.state = settledState(); });
-        }
-        host_.post([line, callID, uri = now_.remoteURI, name = now_.remoteName](CommunicationsServiceEventIfc& event) {
-            event.callRetrieved(line, callID, uri, name, sfiAdditionalCallInfo{}, false);
-        });
+    case MediaChange::kRetrieve:
+        settle(false);
+        events_.retrieved(now_);
         if (now_.state == sfiCallStateRemotelyHeld) {
             postStateChange();
         }
         return;
-    }
     case MediaChange::kRenew:
-        if (change.feature != sfiFeatureSecurityChange) {
-            return;
+        if (change.feature == sfiFeatureSecurityChange) {
+            events_.securityIsPlain(now_);
         }
-        host_.post([line, callID](CommunicationsServiceEventIfc& event) {
-            std::vector<int> callIDs;
-            std::vector<std::string> lines;
-            event.securityStatusChanged(line, callID, sfiSecurityStatusPlain, callIDs, lines);
-        });
         return;
+    }
+}
+
+// The far end has agreed that the call is held, or is not.
+void Call::settle(bool held)
+{
+    heldHere_ = held;
+    if (now_.state != sfiCallStateTransferring) {
+        update([this](CallSnapshot& now) { now.state = settledState(); });
     }
 }
 
@@ -188,7 +188,7 @@ void Call::leaveConference()
     }
     audio_.leave();
     update([](CallSnapshot& now) { now.inConference = false; });
-    postRemoteDetails(true);
+    events_.remoteDetails(now_, true);
     if (now_.state != sfiCallStateTransferring) {
         enter(settledState());
     }

@@ -1,20 +1,32 @@
-// Transfer: asked of the far end, asked by it, and the exchange of one session for another.
+// Transfer: requested of the far end or by it, and the exchange of one session for another.
 #include <utility>
 
 #include "telephone/calls/Call.h"
+#include "telephone/calls/LogComponent.h"
+#include "telephone/framework/Log.h"
+#include "telephone/framework/Refusals.h"
 
 namespace telephone {
 
-bool Call::transfer(sfiFeature feature, std::string const& target, std::optional<sip::Replaces> const& replaces)
+namespace {
+
+constexpr char const* kBeingReplaced = "another call is replacing it already";
+
+}  // namespace
+
+Outcome<> Call::transfer(sfiFeature feature, std::string const& target, std::optional<sip::Replaces> const& replaces)
 {
-    if (!isEstablished() || referring_ || !session_->transfer(target, replaces)) {
-        return false;
+    if (!isEstablished() || referring_) {
+        return cannot("be transferred", referring_ ? "it is being transferred already" : "it is not connected");
+    }
+    if (auto asked = session_->transfer(target, replaces); !asked) {
+        return asked;
     }
     transferFeature_ = feature;
     referring_ = true;
     transferTimer_.start(kTransferTime, [this] { finishTransfer(408); });
     beginTransferring();
-    return true;
+    return {};
 }
 
 void Call::beginTransferring()
@@ -35,12 +47,10 @@ void Call::onTransferProgress(sip::Session& session, int status, std::string con
     if (&session != session_.get() || !referring_) {
         return;
     }
-    host_.log(sip::LogLevel::kInfo,
-              "call " + std::to_string(id()) + ": transfer: " + std::to_string(status) + ' ' + reason);
-    if (!ended) {
-        return;
+    log(kLogInfo, kComponent, "call {}: the transfer reports {} {}", id(), status, reason);
+    if (ended) {
+        finishTransfer(status);
     }
-    finishTransfer(status);
 }
 
 void Call::finishTransfer(int status)
@@ -62,45 +72,43 @@ void Call::onTransferRequested(sip::Session& session, std::unique_ptr<sip::Trans
     }
 }
 
-bool Call::replaceWithCall(sip::UserAgent& agent, sip::CallRequest const& request,
-                           std::unique_ptr<sip::Transfer> transfer)
+Outcome<> Call::replaceWithCall(sip::UserAgent& agent, sip::CallRequest const& request,
+                                std::unique_ptr<sip::Transfer> transfer)
 {
     if (replacement_) {
-        return false;
+        return cannot("be replaced", kBeingReplaced);
     }
-    std::string whyNot;
     sip::CallRequest held = request;
     if (now_.held) {
         held.direction = sip::Direction::kSendOnly;
     }
-    replacement_ = agent.call(held, *this, &whyNot);
-    if (!replacement_) {
-        host_.log(sip::LogLevel::kWarning,
-                  "call " + std::to_string(id()) + ": cannot be connected with " + request.target + ": " + whyNot);
-        return false;
+    auto session = agent.call(held, *this);
+    if (!session) {
+        return tl::unexpected(session.error());
     }
+    replacement_ = std::move(*session);
     transferHere_ = std::move(transfer);
-    return true;
+    return {};
 }
 
-bool Call::replaceWith(std::unique_ptr<sip::Session> session)
+Outcome<> Call::replaceWith(std::unique_ptr<sip::Session> session)
 {
     if (replacement_) {
-        return false;
+        return cannot("be replaced", kBeingReplaced);
     }
     replacement_ = std::move(session);
     replacement_->setObserver(this);
-    if (replacement_->answer()) {
-        return true;
+    auto answered = replacement_->answer();
+    if (!answered) {
+        replacement_.reset();
     }
-    replacement_.reset();
-    return false;
+    return answered;
 }
 
 void Call::exchangeSessions()
 {
     audio_.attach(nullptr);
-    const std::unique_ptr<sip::Session> old = std::exchange(session_, std::move(replacement_));
+    std::unique_ptr<sip::Session> const old = std::exchange(session_, std::move(replacement_));
     if (old) {
         old->setObserver(nullptr);
         old->hangUp();
@@ -113,16 +121,17 @@ void Call::exchangeSessions()
     transferHere_.reset();
     referring_ = false;
     established_ = true;
-    // A call that waits here goes on waiting with its new party.
+    // A held call stays held with its new party.
     if (now_.held && session_->localDirection() == sip::Direction::kSendReceive) {
-        beginChange(MediaChange::kRenew, sip::Direction::kSendOnly, sfiFeatureHold, {});
+        auto const held = beginChange(MediaChange::kRenew, sip::Direction::kSendOnly, sfiFeatureHold, {});
+        reportIfRefused(kComponent, held);
     }
     heldHere_ = now_.held;
     update([this](CallSnapshot& now) {
         setRemote(session_->remoteParty());
         now.heldByRemote = session_->isHeldByRemote();
     });
-    postRemoteDetails(false);
+    events_.remoteDetails(now_, false);
     enter(settledState());
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "telephone/framework/Refusals.h"
 #include "telephone/sip/DialogInfo.h"
 
 namespace telephone {
@@ -60,8 +61,8 @@ sip::DialogEntry entryOf(Call const& call, LineAccount const& line)
 
 }  // namespace
 
-DialogPublisher::DialogPublisher(sip::EventLoop& loop, CallsOfLine callsOfLine)
-    : callsOfLine_(std::move(callsOfLine))
+DialogPublisher::DialogPublisher(sip::EventLoop& loop, CallList const& calls)
+    : calls_(calls)
     , timer_(loop)
 {}
 
@@ -70,8 +71,10 @@ std::string DialogPublisher::document(Watched& watched) const
     sip::DialogInfo info;
     info.version = watched.version++;
     info.entity = watched.line.account.addressOfRecord();
-    for (Call const* call : callsOfLine_(watched.line.lineNumber)) {
-        info.dialogs.push_back(entryOf(*call, watched.line));
+    for (auto const& call : calls_.all()) {
+        if (call->line().lineNumber == watched.line.lineNumber) {
+            info.dialogs.push_back(entryOf(*call, watched.line));
+        }
     }
     return info.format();
 }
@@ -80,7 +83,7 @@ void DialogPublisher::add(LineAccount const& line, std::unique_ptr<sip::Notifier
 {
     Watched& watched = watched_[line.lineNumber];
     watched.line = line;
-    if (!notifier->accept(sip::kDialogInfoType)) {
+    if (reportIfRefused("calls", notifier->accept(sip::kDialogInfoType))) {
         return;
     }
     notifier->onClosed([this, number = line.lineNumber](sip::Notifier& closed) {
@@ -105,7 +108,7 @@ void DialogPublisher::publish()
 {
     for (int const lineNumber : std::exchange(changed_, {})) {
         Watched& watched = watched_[lineNumber];
-        const std::string text = document(watched);
+        std::string const text = document(watched);
         for (auto const& notifier : watched.notifiers) {
             notifier->notify(text);
         }

@@ -1,15 +1,14 @@
-// Tells those who watch a line of this telephone which calls it has (event package "dialog", RFC 4235): busy-lamp
-// fields, pick-ups and call-backs of other telephones live of it. Owned by the engine; called with the phone lock held.
+// Tells the watchers of a line which calls it has (event package "dialog", RFC 4235). The busy-lamp fields, pick-ups
+// and call-backs of other telephones depend on it. Owned by CallEngine; called with the phone lock held.
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <memory>
 #include <set>
 #include <vector>
 
-#include "telephone/calls/Call.h"
+#include "telephone/calls/CallList.h"
 #include "telephone/calls/LineDirectory.h"
 #include "telephone/sip/Subscription.h"
 #include "telephone/sip/Timer.h"
@@ -19,13 +18,11 @@ namespace telephone {
 class DialogPublisher
 {
 public:
-    using CallsOfLine = std::function<std::vector<Call const*>(int lineNumber)>;
+    DialogPublisher(sip::EventLoop& loop, CallList const& calls);
 
-    DialogPublisher(sip::EventLoop& loop, CallsOfLine callsOfLine);
-
-    // Accepts, and tells the state as it is.
+    // Accepts a watcher and sends it the present state.
     void add(LineAccount const& line, std::unique_ptr<sip::Notifier> notifier);
-    // A call of the line has changed; told a moment later, several changes as one.
+    // A call on the line has changed. Published a moment later, several changes at once.
     void lineChanged(int lineNumber);
     void clear();
 
@@ -40,7 +37,7 @@ private:
     std::string document(Watched& watched) const;
     void publish();
 
-    CallsOfLine callsOfLine_;
+    CallList const& calls_;
     std::map<int, Watched> watched_;  // by line number
     std::set<int> changed_;
     sip::Timer timer_;

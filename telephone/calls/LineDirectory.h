@@ -1,11 +1,12 @@
-// What the call engine must know about the telephone's lines. The line model implements it; every operation is called
-// with the phone lock held, must be quick, and may call the engine only for questions.
+// The telephone's lines as the calls need them. The line model implements this interface; every operation is called
+// with the phone lock held, must be quick, and may only ask the calls questions.
 #pragma once
 
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "telephone/base/Refusal.h"
 #include "telephone/sip/Account.h"
 
 namespace telephone {
@@ -13,10 +14,10 @@ namespace telephone {
 // A place for a call: a line, and on a multi-call-appearance line one of its appearances.
 struct LineAddress
 {
-    int lineNumber = 0;  // of the line itself
-    int recordLine = 0;  // what a call record carries as its line: the virtual line where there is one, else lineNumber
-    int appearance = 0;  // 0 for a plain line
-    std::string lineURI;  // what events carry as the line
+    int lineNumber = 0;   // of the line itself
+    int recordLine = 0;   // the line in call records: the appearance's virtual line, if it has one, else lineNumber
+    int appearance = 0;   // 0 for a plain line
+    std::string lineURI;  // the line in events
 
     bool operator==(LineAddress const&) const = default;
 };
@@ -35,14 +36,23 @@ class LineDirectory
 public:
     virtual ~LineDirectory() = default;
 
-    // Every line once, by rising number; virtual lines are not among them.
+    // Each line once, by rising number, without virtual lines.
     virtual std::vector<LineAccount> accounts() const = 0;
-    // The place that a call record names. Line 0 is the line of a single-line telephone; on a keyset it is none.
+    // The place that a call record names. Line 0 is the line of a single-line telephone; a keyset has no line 0.
     virtual std::optional<LineAddress> addressOf(int recordLine, int appearance) const = 0;
-    // The line whose address has that user part, for what comes in; nothing: there is no such user here.
+    // The line whose address has that user part, for incoming requests; nothing: no such user here.
     virtual std::optional<int> lineOfUser(std::string const& user) const = 0;
-    // A place for an incoming call on a line, and the note that the call is there; nothing: all appearances are taken.
+    // Takes a place on a line for an incoming call; nothing: all appearances are taken.
     virtual std::optional<LineAddress> seizeForIncoming(int lineNumber, int callID) = 0;
+
+    [[nodiscard]] Outcome<LineAccount> accountOfLine(int lineNumber) const;
+    // By identifier, user or address; an empty name is the first line.
+    [[nodiscard]] Outcome<LineAccount> accountNamed(std::string const& name) const;
+    // The line that incoming requests for this user are for.
+    std::optional<LineAccount> accountOfUser(std::string const& user) const;
 };
+
+// The URI to call for a number or address, seen from that account.
+[[nodiscard]] Outcome<std::string> callTarget(std::string const& destination, sip::Account const& account);
 
 }  // namespace telephone

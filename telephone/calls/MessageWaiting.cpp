@@ -1,10 +1,15 @@
 #include "telephone/calls/MessageWaiting.h"
 
 #include <algorithm>
-#include <utility>
+#include <mutex>
 
 #include "CommunicationsServiceEventIfc.h"
+#include "telephone/calls/EngineConfiguration.h"
+#include "telephone/calls/LogComponent.h"
+#include "telephone/framework/Log.h"
+#include "telephone/framework/Refusals.h"
 #include "telephone/sip/DialogInfo.h"
+#include "telephone/sip/EventLoop.h"
 
 namespace telephone {
 
@@ -19,7 +24,7 @@ sfiMessageWaitingRecord recordOf(sip::MessageSummary const& summary, bool hasMai
     record.newUrgentMessages = summary.voice.urgentFresh;
     record.oldUrgentMessages = summary.voice.urgentOld;
     record.returnType = hasMailbox ? sfiMWIReturnVoiceMail : sfiMWIReturnNone;
-    // A notice that says that messages wait, but counts none, has no counts.
+    // A summary that announces messages without counting any has no counts.
     bool const counted = !(summary.voice == sip::MessageCounts{}) || !summary.waiting;
     record.availableInfo = counted ? sfiMWIAvailableCounts : sfiMWIAvailableFlag;
     record.messagesWaiting = summary.waiting ? sfiMessagesWaitingYes : sfiMessagesWaitingNo;
@@ -35,25 +40,36 @@ bool same(sfiMessageWaitingRecord const& left, sfiMessageWaitingRecord const& ri
 
 }  // namespace
 
-MessageWaiting::MessageWaiting(CallHost& host, sip::UserAgent& agent, std::string voiceMail, Changed changed)
-    : host_(host)
-    , agent_(agent)
-    , voiceMail_(std::move(voiceMail))
-    , changed_(std::move(changed))
+MessageWaiting::MessageWaiting(sip::UserAgent& agent, EngineConfiguration const& configuration,
+                               LineDirectory const& lines, EventPoster const& post, CallObservers const& observers)
+    : agent_(agent)
+    , configuration_(configuration)
+    , lines_(lines)
+    , post_(post)
+    , observers_(observers)
 {}
 
-MessageWaiting::~MessageWaiting() = default;
-
-MessageWaiting::Mailbox& MessageWaiting::of(LineAccount const& line)
+std::optional<sfiMessageWaitingRecord> MessageWaiting::of(std::string const& phoneNumber) const
 {
-    Mailbox& mailbox = mailboxes_.try_emplace(line.lineNumber, host_.loop()).first->second;
+    std::lock_guard const guard(agent_.loop());
+    auto const line = lines_.accountNamed(phoneNumber);
+    auto const found = line ? mailboxes_.find(line->lineNumber) : mailboxes_.end();
+    return found == mailboxes_.end() ? std::nullopt : found->second.record;
+}
+
+MessageWaiting::Mailbox& MessageWaiting::mailboxOf(LineAccount const& line)
+{
+    Mailbox& mailbox = mailboxes_.try_emplace(line.lineNumber, agent_.loop()).first->second;
     mailbox.line = line;
     return mailbox;
 }
 
 void MessageWaiting::subscribe(LineAccount const& line)
 {
-    Mailbox& mailbox = of(line);
+    if (!configuration_.messageWaiting) {
+        return;
+    }
+    Mailbox& mailbox = mailboxOf(line);
     if (!mailbox.subscription) {
         begin(mailbox);
     }
@@ -66,7 +82,11 @@ void MessageWaiting::begin(Mailbox& mailbox)
     request.event = sip::kMessageSummaryEvent;
     request.accept = sip::kMessageSummaryType;
     mailbox.retry.cancel();
-    mailbox.subscription = agent_.subscribe(mailbox.line.account, request, *this);
+    auto subscription = agent_.subscribe(mailbox.line.account, request, *this);
+    if (reportIfRefused(kComponent, subscription)) {
+        return;
+    }
+    mailbox.subscription = std::move(*subscription);
 }
 
 void MessageWaiting::clear()
@@ -95,50 +115,47 @@ void MessageWaiting::onTerminated(sip::Subscription& subscription, int status, s
     if (mailbox == nullptr) {
         return;
     }
-    host_.log(sip::LogLevel::kInfo, "line " + mailbox->line.lineURI + ": message waiting is not told any more: " +
-                                        std::to_string(status) + ' ' + reason);
+    log(kLogInfo, kComponent, "line {}: the subscription to waiting messages has ended: {} {}", mailbox->line.lineURI,
+        status, reason);
     mailbox->subscription.reset();
-    // A server that does not know the package will not learn it.
+    // The server does not support the package; asking again would not help.
     if (status == 404 || status == 405 || status == 489 || status == 501) {
         return;
     }
     mailbox->retry.start(kRetry, [this, lineNumber = mailbox->line.lineNumber] { begin(mailboxes_.at(lineNumber)); });
 }
 
-void MessageWaiting::told(LineAccount const& line, std::string const& document)
+void MessageWaiting::received(LineAccount const& line, std::string const& document)
 {
-    update(of(line), document);
+    update(mailboxOf(line), document);
 }
 
 void MessageWaiting::update(Mailbox& mailbox, std::string const& document)
 {
     if (document.empty()) {
-        return;  // a notice about the subscription itself
+        return;  // a NOTIFY about the subscription itself
     }
     auto const summary = sip::MessageSummary::parse(document);
     if (!summary) {
-        host_.log(sip::LogLevel::kWarning, "line " + mailbox.line.lineURI + ": a message-summary that is none");
+        log(kLogWarning, kComponent, "line {}: a malformed message-summary is ignored", mailbox.line.lineURI);
         return;
     }
-    const sfiMessageWaitingRecord record = recordOf(*summary, !voiceMail_.empty());
+    const sfiMessageWaitingRecord record = recordOf(*summary, !configuration_.voiceMail.empty());
     if (mailbox.record && same(*mailbox.record, record)) {
         return;
     }
     mailbox.record = record;
-    changed_(mailbox.line.lineNumber, record);
-    host_.post([line = mailbox.line.lineURI, record, voiceMail = voiceMail_](CommunicationsServiceEventIfc& event) {
+    observers_.tell([number = mailbox.line.lineNumber, &record](CallObserver& observer) {
+        observer.messageWaitingChanged(number, record);
+    });
+    post_([line = mailbox.line.lineURI, record,
+           voiceMail = configuration_.voiceMail](CommunicationsServiceEventIfc& event) {
         event.messageWaiting(line, static_cast<sfiMWIServiceType>(record.type), record.newMessages, record.oldMessages,
                              record.newUrgentMessages, record.oldUrgentMessages,
                              static_cast<sfiMWIMessageReturnType>(record.returnType),
                              static_cast<sfiMWIAvailableInfo>(record.availableInfo),
                              static_cast<sfiMessagesWaiting>(record.messagesWaiting), voiceMail);
     });
-}
-
-std::optional<sfiMessageWaitingRecord> MessageWaiting::of(int lineNumber) const
-{
-    auto const found = mailboxes_.find(lineNumber);
-    return found == mailboxes_.end() ? std::nullopt : found->second.record;
 }
 
 }  // namespace telephone

@@ -1,16 +1,16 @@
-// How many messages wait for each line: subscribed (event package "message-summary", RFC 3842) or told unasked. One
-// event a change. Owned by the engine; called with the phone lock held.
+// How many messages wait for each line: subscribed to (event package "message-summary", RFC 3842) or received without a
+// subscription. One event per change. Owned by CallEngine; called with the phone lock held, except where noted.
 #pragma once
 
 #include <chrono>
-#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
 
 #include "platform/sfi/SfiTypes.h"
-#include "telephone/calls/CallHost.h"
+#include "telephone/calls/CallObservers.h"
+#include "telephone/calls/EventPoster.h"
 #include "telephone/calls/LineDirectory.h"
 #include "telephone/sip/Subscription.h"
 #include "telephone/sip/Timer.h"
@@ -18,24 +18,26 @@
 
 namespace telephone {
 
+struct EngineConfiguration;
+
 class MessageWaiting final : private sip::SubscriptionObserver
 {
 public:
-    using Changed = std::function<void(int lineNumber, sfiMessageWaitingRecord const& record)>;
-
-    // How long after its end a subscription is tried again.
+    // A subscription is tried again so long after its end.
     static constexpr std::chrono::seconds kRetry{60};
 
-    MessageWaiting(CallHost& host, sip::UserAgent& agent, std::string voiceMail, Changed changed);
-    ~MessageWaiting() override;
+    MessageWaiting(sip::UserAgent& agent, EngineConfiguration const& configuration, LineDirectory const& lines,
+                   EventPoster const& post, CallObservers const& observers);
 
-    // Subscribes for a line; nothing where that runs already.
+    // Of a line by its number or address, the first line for an empty name; nothing is known: nothing. Any thread;
+    // takes the phone lock.
+    std::optional<sfiMessageWaitingRecord> of(std::string const& phoneNumber) const;
+
+    // The line is registered: subscribes for it, if the configuration says so and no subscription lives.
     void subscribe(LineAccount const& line);
-    void clear();
     // A document that came without a subscription.
-    void told(LineAccount const& line, std::string const& document);
-    // Nothing: the line has been told nothing yet.
-    std::optional<sfiMessageWaitingRecord> of(int lineNumber) const;
+    void received(LineAccount const& line, std::string const& document);
+    void clear();
 
 private:
     struct Mailbox
@@ -53,14 +55,15 @@ private:
     void onNotify(sip::Subscription& subscription, sip::Notification const& notification) override;
     void onTerminated(sip::Subscription& subscription, int status, std::string const& reason) override;
     Mailbox* find(sip::Subscription const& subscription);
-    Mailbox& of(LineAccount const& line);
+    Mailbox& mailboxOf(LineAccount const& line);
     void begin(Mailbox& mailbox);
     void update(Mailbox& mailbox, std::string const& document);
 
-    CallHost& host_;
     sip::UserAgent& agent_;
-    std::string voiceMail_;
-    Changed changed_;
+    EngineConfiguration const& configuration_;
+    LineDirectory const& lines_;
+    EventPoster const& post_;
+    CallObservers const& observers_;
     std::map<int, Mailbox> mailboxes_;  // by line number
 };
 

@@ -1,9 +1,13 @@
 #include "telephone/calls/Registrations.h"
 
 #include <algorithm>
+#include <mutex>
 #include <utility>
 
 #include "CommunicationsServiceEventIfc.h"
+#include "telephone/calls/LogComponent.h"
+#include "telephone/framework/Log.h"
+#include "telephone/sip/EventLoop.h"
 
 namespace telephone {
 
@@ -18,31 +22,29 @@ bool sameAccount(sip::Account const& left, sip::Account const& right)
 
 }  // namespace
 
-Registrations::Registrations(CallHost& host, sip::UserAgent& agent, Changed changed)
-    : host_(host)
-    , agent_(agent)
+Registrations::Registrations(sip::UserAgent& agent, EventPoster const& post, Changed changed)
+    : agent_(agent)
+    , post_(post)
     , changed_(std::move(changed))
 {}
 
-Registrations::~Registrations() = default;
-
 void Registrations::refresh(std::vector<LineAccount> const& accounts)
 {
-    auto const wanted = [&accounts](Entry const& entry) {
-        return std::any_of(accounts.begin(), accounts.end(), [&entry](const LineAccount& line) {
+    auto const isListed = [&accounts](Entry const& entry) {
+        return std::any_of(accounts.begin(), accounts.end(), [&entry](LineAccount const& line) {
             return line.registers && line.lineNumber == entry.line.lineNumber &&
                    sameAccount(line.account, entry.line.account);
         });
     };
-    for (auto it = entries_.begin(); it != entries_.end();) {
-        if (wanted(it->second)) {
-            ++it;
+    for (auto each = entries_.begin(); each != entries_.end();) {
+        if (isListed(each->second)) {
+            ++each;
             continue;
         }
-        if (it->second.registered) {
-            tell(it->second, false, sfiRegistrationEnded);
+        if (each->second.registered) {
+            tell(each->second, false, sfiRegistrationEnded);
         }
-        it = entries_.erase(it);
+        each = entries_.erase(each);
     }
     for (LineAccount const& line : accounts) {
         if (!line.registers || entries_.count(line.lineNumber) != 0) {
@@ -54,13 +56,9 @@ void Registrations::refresh(std::vector<LineAccount> const& accounts)
     }
 }
 
-void Registrations::clear()
-{
-    refresh({});
-}
-
 bool Registrations::isRegistered(int lineNumber) const
 {
+    std::lock_guard const guard(agent_.loop());
     auto const found = entries_.find(lineNumber);
     return found != entries_.end() && found->second.registered;
 }
@@ -86,8 +84,7 @@ void Registrations::onRegistrationFailed(sip::Registration& registration, int st
     if (entry == nullptr) {
         return;
     }
-    host_.log(sip::LogLevel::kWarning,
-              "line " + entry->line.lineURI + " is not registered: " + std::to_string(status) + ' ' + reason);
+    log(kLogWarning, kComponent, "line {} is not registered: {} {}", entry->line.lineURI, status, reason);
     tell(*entry, false, registrationResultOf(status));
 }
 
@@ -99,11 +96,11 @@ void Registrations::tell(Entry& entry, bool registered, sfiRegistrationResult re
     entry.told = result;
     entry.registered = registered;
     if (registered) {
-        host_.log(sip::LogLevel::kInfo, "line " + entry.line.lineURI + " is registered");
+        log(kLogInfo, kComponent, "line {} is registered", entry.line.lineURI);
     }
-    const LineAccount line = entry.line;
+    LineAccount const line = entry.line;
     changed_(line, registered);
-    host_.post([lineURI = line.lineURI, registered, result](CommunicationsServiceEventIfc& event) {
+    post_([lineURI = line.lineURI, registered, result](CommunicationsServiceEventIfc& event) {
         event.registrationStateChange(lineURI, 0, registered, result);
     });
 }

@@ -1,5 +1,5 @@
-// Keeps the lines registered and tells how that goes: one event a change, none for a refresh. Owned by the engine;
-// called with the phone lock held.
+// Keeps the lines registered and reports each change by one event; a refresh is not reported. Owned by CallEngine;
+// called with the phone lock held, except where noted.
 #pragma once
 
 #include <functional>
@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "telephone/calls/CallHost.h"
+#include "telephone/calls/EventPoster.h"
 #include "telephone/calls/LineDirectory.h"
 #include "telephone/calls/SipMeaning.h"
 #include "telephone/sip/UserAgent.h"
@@ -21,13 +21,13 @@ class Registrations final : private sip::RegistrationObserver
 public:
     using Changed = std::function<void(LineAccount const&, bool registered)>;
 
-    Registrations(CallHost& host, sip::UserAgent& agent, Changed changed);
-    ~Registrations() override;
+    Registrations(sip::UserAgent& agent, EventPoster const& post, Changed changed);
 
-    // Registers what is new or has changed, and takes back what is no longer among the accounts.
-    void refresh(std::vector<LineAccount> const& accounts);
-    void clear();
+    // Any thread; takes the phone lock.
     bool isRegistered(int lineNumber) const;
+
+    // Registers new and changed accounts, and unregisters those that are no longer listed.
+    void refresh(std::vector<LineAccount> const& accounts);
 
 private:
     struct Entry
@@ -43,8 +43,8 @@ private:
     Entry* find(sip::Registration const& registration);
     void tell(Entry& entry, bool registered, sfiRegistrationResult result);
 
-    CallHost& host_;
     sip::UserAgent& agent_;
+    EventPoster const& post_;
     Changed changed_;
     std::map<int, Entry> entries_;  // by line number
 };

@@ -1,17 +1,20 @@
 #include "telephone/calls/ServerLink.h"
 
+#include <mutex>
 #include <sstream>
 #include <utility>
 
 #include <pugixml.hpp>
 
 #include "CommunicationsServiceEventIfc.h"
+#include "telephone/calls/LogComponent.h"
+#include "telephone/framework/Log.h"
+#include "telephone/sip/EventLoop.h"
 
 namespace telephone {
 
 namespace {
 
-constexpr char const* kCstaType = "application/csta+xml";
 constexpr char const* kCstaNamespace = "http://www.ecma-international.org/standards/ecma-323/csta/ed5";
 
 std::string textOf(pugi::xml_document const& document)
@@ -21,7 +24,7 @@ std::string textOf(pugi::xml_document const& document)
     return text.str();
 }
 
-// ECMA-323: the start and end of the server's reports about a device.
+// The start and end of the server's reports about a device (ECMA-323).
 std::string monitorDocument(std::string const& device, bool start)
 {
     pugi::xml_document document;
@@ -47,69 +50,91 @@ std::string agentDocument(std::string const& device, std::string const& state)
 
 }  // namespace
 
-ServerLink::ServerLink(CallHost& host, sip::UserAgent& agent)
-    : host_(host)
-    , agent_(agent)
+ServerLink::ServerLink(sip::UserAgent& agent, LineDirectory const& lines, Availability const& availability,
+                       EventPoster const& post)
+    : agent_(agent)
+    , lines_(lines)
+    , availability_(availability)
+    , post_(post)
 {}
 
-bool ServerLink::request(LineAccount const& line, std::string const& body, sip::ResponseHandler done)
+Outcome<LineAccount> ServerLink::activeLine(std::string const& lineURI) const
 {
-    if (!line.registers) {
-        host_.log(sip::LogLevel::kWarning, "line " + line.lineURI + " has no server to send a CSTA request to");
-        return false;
+    if (auto const active = availability_.whenActive(); !active) {
+        return tl::unexpected(active.error());
     }
-    const std::string server = line.account.registrar.empty() ? "sip:" + line.account.domain : line.account.registrar;
-    return agent_.request(line.account, "INFO", server, {}, {kCstaType, body}, std::move(done));
+    return lines_.accountNamed(lineURI);
 }
 
-sfiResult ServerLink::send(LineAccount const& line, std::string const& body)
-{
-    auto const done = [this, lineURI = line.lineURI](sip::Response const& response) {
-        const bool success = response.status >= 200 && response.status < 300;
-        if (!success) {
-            host_.log(sip::LogLevel::kWarning, "line " + lineURI + ": the server refuses a CSTA request: " +
-                                                   std::to_string(response.status) + ' ' + response.reason);
-        }
-        host_.post([lineURI, success, body = response.body](CommunicationsServiceEventIfc& event) {
-            event.b2buaCSTAResponse(lineURI, success, body);
-        });
-    };
-    return request(line, body, done) ? sfiSuccess : sfiFailure;
-}
-
-sfiResult ServerLink::serverFeatures(LineAccount const& line, bool initialize)
-{
-    auto const done = [this, lineURI = line.lineURI, initialize](sip::Response const& response) {
-        const bool success = response.status >= 200 && response.status < 300;
-        const std::string status = !success ? "failed" : initialize ? "initialized" : "finalized";
-        host_.log(sip::LogLevel::kInfo, "line " + lineURI + ": server features " + status);
-        host_.post([lineURI, status](CommunicationsServiceEventIfc& event) {
-            event.serverFeatureStatusChange(lineURI, status);
-        });
-    };
-    const std::string body = monitorDocument(line.account.addressOfRecord(), initialize);
-    return request(line, body, done) ? sfiSuccess : sfiFailure;
-}
-
-void ServerLink::tellAgentState(LineAccount const& line, std::string const& state)
+Outcome<> ServerLink::request(LineAccount const& line, std::string const& body, sip::ResponseHandler done)
 {
     if (!line.registers) {
+        return refuse(RefusalKind::kNotSupported,
+                      fmt::format("line {} has no server to send a CSTA request to", line.lineURI));
+    }
+    std::string const server = line.account.registrar.empty() ? "sip:" + line.account.domain : line.account.registrar;
+    return agent_.request(line.account, "INFO", server, {}, {sip::kCstaType, body}, std::move(done));
+}
+
+Outcome<> ServerLink::send(std::string const& lineURI, std::string const& body)
+{
+    std::lock_guard const guard(agent_.loop());
+    if (body.empty()) {
+        return refuse(RefusalKind::kBadInput, "the CSTA request has no body");
+    }
+    return activeLine(lineURI).and_then([this, &body](LineAccount const& line) {
+        return request(line, body, [this, lineURI = line.lineURI](sip::Response const& response) {
+            bool const success = response.status >= 200 && response.status < 300;
+            if (!success) {
+                log(kLogWarning, kComponent, "line {}: the server refuses a CSTA request: {} {}", lineURI,
+                    response.status, response.reason);
+            }
+            post_([lineURI, success, body = response.body](CommunicationsServiceEventIfc& event) {
+                event.b2buaCSTAResponse(lineURI, success, body);
+            });
+        });
+    });
+}
+
+Outcome<> ServerLink::requestFeatures(std::string const& lineURI, bool initialize)
+{
+    std::lock_guard const guard(agent_.loop());
+    return activeLine(lineURI).and_then([this, initialize](LineAccount const& line) {
+        auto const done = [this, lineURI = line.lineURI, initialize](sip::Response const& response) {
+            bool const success = response.status >= 200 && response.status < 300;
+            std::string const status = !success ? "failed" : initialize ? "initialized" : "finalized";
+            log(kLogInfo, kComponent, "line {}: server features {}", lineURI, status);
+            post_([lineURI, status](CommunicationsServiceEventIfc& event) {
+                event.serverFeatureStatusChange(lineURI, status);
+            });
+        };
+        return request(line, monitorDocument(line.account.addressOfRecord(), initialize), done);
+    });
+}
+
+void ServerLink::tellAgentState(std::string const& lineURI, std::string const& state)
+{
+    std::lock_guard const guard(agent_.loop());
+    auto const line = activeLine(lineURI);
+    if (!line || !line->registers) {
         return;
     }
-    auto const done = [this, lineURI = line.lineURI, state](sip::Response const& response) {
-        host_.log(sip::LogLevel::kInfo, "line " + lineURI + ": agent state " + state + " told to the server: " +
-                                            std::to_string(response.status) + ' ' + response.reason);
+    auto const done = [lineURI = line->lineURI, state](sip::Response const& response) {
+        log(kLogInfo, kComponent, "line {}: agent state {} sent to the server: {} {}", lineURI, state, response.status,
+            response.reason);
     };
-    request(line, agentDocument(line.account.addressOfRecord(), state), done);
+    if (auto const sent = request(*line, agentDocument(line->account.addressOfRecord(), state), done); !sent) {
+        log(kLogWarning, kComponent, "line {}: agent state {} not sent: {}", line->lineURI, state, sent.error().reason);
+    }
 }
 
 bool ServerLink::receive(std::string const& lineURI, sip::Content const& content)
 {
-    const std::string type = content.type.substr(0, content.type.find_first_of("; "));
-    if (!sip::equalsIgnoringCase(type, kCstaType)) {
+    std::string const type = content.type.substr(0, content.type.find_first_of("; "));
+    if (!sip::equalsIgnoringCase(type, sip::kCstaType)) {
         return false;
     }
-    host_.post([lineURI, body = content.body](CommunicationsServiceEventIfc& event) {
+    post_([lineURI, body = content.body](CommunicationsServiceEventIfc& event) {
         event.b2buaCSTAEventOrRequest(lineURI, body);
     });
     return true;

@@ -1,11 +1,15 @@
-// What the telephone says to its call server beside calls: computer-telephony bodies by INFO (application/csta+xml)
-// outside dialogs, and what it is told the same way. Owned by the engine; called with the phone lock held.
+// What the telephone and its call server exchange beside calls: computer-telephony bodies by INFO
+// (application/csta+xml) outside of dialogs. Owned by CallEngine. A line is named by its number or address; an empty
+// name is the first line.
+//
+// Any thread; takes the phone lock. receive() is called with it held.
 #pragma once
 
 #include <string>
 
-#include "platform/sfi/SfiTypes.h"
-#include "telephone/calls/CallHost.h"
+#include "telephone/base/Refusal.h"
+#include "telephone/calls/Availability.h"
+#include "telephone/calls/EventPoster.h"
 #include "telephone/calls/LineDirectory.h"
 #include "telephone/sip/UserAgent.h"
 
@@ -14,22 +18,27 @@ namespace telephone {
 class ServerLink
 {
 public:
-    ServerLink(CallHost& host, sip::UserAgent& agent);
+    ServerLink(sip::UserAgent& agent, LineDirectory const& lines, Availability const& availability,
+               EventPoster const& post);
 
-    // The answer comes as b2buaCSTAResponse.
-    sfiResult send(LineAccount const& line, std::string const& body);
-    // The answer comes as serverFeatureStatusChange.
-    sfiResult serverFeatures(LineAccount const& line, bool initialize);
-    // The answer is only logged.
-    void tellAgentState(LineAccount const& line, std::string const& state);
-    // A body that came in; false: it is none of these.
+    // Sends a CSTA body. The answer comes as b2buaCSTAResponse.
+    [[nodiscard]] Outcome<> send(std::string const& lineURI, std::string const& body);
+    // Asks the server to begin or end its service for the line. The outcome comes as serverFeatureStatusChange.
+    [[nodiscard]] Outcome<> requestFeatures(std::string const& lineURI, bool initialize);
+    // Tells the server the state of the line's agent; does nothing without a server. The answer is only logged.
+    void tellAgentState(std::string const& lineURI, std::string const& state);
+
+    // A body from the server. False: not a CSTA body.
     bool receive(std::string const& lineURI, sip::Content const& content);
 
 private:
-    bool request(LineAccount const& line, std::string const& body, sip::ResponseHandler done);
+    [[nodiscard]] Outcome<LineAccount> activeLine(std::string const& lineURI) const;
+    [[nodiscard]] Outcome<> request(LineAccount const& line, std::string const& body, sip::ResponseHandler done);
 
-    CallHost& host_;
     sip::UserAgent& agent_;
+    LineDirectory const& lines_;
+    Availability const& availability_;
+    EventPoster const& post_;
 };
 
 }  // namespace telephone

@@ -171,6 +171,11 @@ std::string reasonHeaderOf(CSTAEventCause cause)
     return meaningOf(cause).reasonHeader;
 }
 
+std::string displayUri(sip::NameAddr const& party)
+{
+    return party.uri.host.empty() && party.uri.user.empty() ? std::string() : party.uri.formatAddressOfRecord();
+}
+
 sfiForwardReason forwardReasonOf(std::string_view diversionReason)
 {
     auto const found = std::find_if(kDiversionWords.begin(), kDiversionWords.end(), [diversionReason](auto const& row) {

@@ -34,6 +34,9 @@ StatusLine statusOf(CSTAEventCause cause);
 // Value of a Reason header (RFC 3326); empty: none.
 std::string reasonHeaderOf(CSTAEventCause cause);
 
+// The address of a party in events and displays; empty for an anonymous one.
+std::string displayUri(sip::NameAddr const& party);
+
 // Words of the Diversion header (RFC 5806).
 sfiForwardReason forwardReasonOf(std::string_view diversionReason);
 char const* diversionReasonOf(sfiForwardReason reason);

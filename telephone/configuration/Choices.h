@@ -1,4 +1,4 @@
-// The texts that a field or a setting allows, written in one text with "|" between.
+// The texts that a field or a setting permits, in one text separated by "|".
 #pragma once
 
 #include <optional>
@@ -7,7 +7,7 @@
 
 namespace telephone {
 
-// The place of a text among the choices, from 0.
+// The position of a text among the choices, from 0; nothing: not one of them.
 inline std::optional<int> placeOfChoice(std::string_view choices, std::string_view text)
 {
     for (int place = 0; !choices.empty(); ++place) {

@@ -22,7 +22,7 @@ Configuration Configuration::standard()
 {
     Configuration configuration;
     configuration.lines = {lineOf("4711", 1, true), lineOf("4712", 2, false)};
-    // 102 rings and never answers: a busy-lamp field that can be seen flashing, and a call that can be picked up.
+    // 102 rings without answering: its busy-lamp field flashes, and its calls can be picked up.
     configuration.keys = {
         {1, "line", "4711", "4711", false},      {2, "line", "4712", "4712", false},
         {3, "dss", "4712", "Desk 4712", false},  {4, "blf", "102", "Watch 102", false},

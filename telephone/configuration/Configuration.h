@@ -1,5 +1,5 @@
-// Everything that a configuration file can say, as plain values with their defaults. Read once at start by
-// ConfigurationFile; constant from then on, so every thread may read it.
+// The contents of a configuration file, as plain values with their defaults. ConfigurationFile reads it once at the
+// start; it is constant from then on, so every thread may read it.
 //
 // Without a file the telephone is a keyset of two lines, 4711 and 4712, at its built-in exchange.
 #pragma once
@@ -20,10 +20,10 @@ enum class Transport
 struct LineConfiguration
 {
     std::string id;           // the line identifier that requests and events carry, for example 4711
-    int number = 0;           // 1 to 255; 0: its place in the file
+    int number = 0;           // 1 to 255; 0: its position in the file
     std::string user;         // user part of its address; empty: the id
-    std::string displayName;  // shown to whom it calls
-    std::string description;  // short text for its key
+    std::string displayName;  // shown to the called party
+    std::string description;  // short label for its key
     std::string authUser;     // empty: the user
     std::string password;
     bool registers = true;  // false: peer to peer, calls by URI
@@ -31,7 +31,7 @@ struct LineConfiguration
     int sharedLineType = 0;    // LineData::kNotShared, kSharedLine, kBridgedLine
     int ring = 1;              // 0: silent
     int ringDelay = 0;         // seconds
-    int overviewPosition = 0;  // 0: its place in the file, from 1
+    int overviewPosition = 0;  // 0: its position in the file, from 1
     bool visibleOnOverview = true;
     int audibleAlert = 0;
     int hotWarmType = 0;  // LineData::kHotWarmNone, kHotLine, kWarmLine
@@ -48,21 +48,21 @@ struct KeyConfiguration
     std::string function;
     std::string target;  // line id, or the number of a dss, blf or toggle key
     std::string label;
-    bool monitorOnly = false;  // dss: shows, never acts
+    bool monitorOnly = false;  // a dss key that shows the line's state and does nothing when pressed
 };
 
 struct SipConfiguration
 {
-    std::string address = "127.0.0.1";  // never another one unless the file names it
+    std::string address = "127.0.0.1";  // another address only if the file names it
     int port = 0;                       // UDP and TCP; 0: any free one
     Transport transport = Transport::kUdp;
     std::string userAgent = "reference telephone";
 };
 
-// The call server that lines register at.
+// The call server with which lines register.
 struct ServerConfiguration
 {
-    std::string registrar;       // sip:host:port; empty: the built-in exchange, or none when that is off
+    std::string registrar;       // sip:host:port; empty: the built-in exchange, or none if that is off
     std::string domain;          // empty: the registrar's host
     int expires = 300;           // seconds
     int type = 0;                // sfiServerType
@@ -70,7 +70,7 @@ struct ServerConfiguration
     std::string groupPickup;     // number; empty: the exchange's
     std::string voiceMail;
     bool messageWaiting = true;   // subscribe to message-summary
-    bool serverFeatures = false;  // forwarding and do-not-disturb are held by the server
+    bool serverFeatures = false;  // the server controls forwarding and do-not-disturb
     bool forwardingPrivacy = false;
 };
 
@@ -79,13 +79,13 @@ struct ExchangeConfiguration
     bool enabled = true;
     int port = 0;  // 0: any free one
     std::string realm = "exchange";
-    std::string password = "secret";  // of every number that has none of its own
+    std::string password = "secret";  // of every number without a password of its own
 };
 
 struct MediaConfiguration
 {
     std::string source = "tone";  // tone, silence, or a WAV file (8 kHz mono 16 bit, or converted)
-    std::string heard;            // WAV file for all that is heard; empty: none
+    std::string heard;            // WAV file for all received audio; empty: none
 };
 
 struct CallConfiguration
@@ -94,9 +94,9 @@ struct CallConfiguration
     bool automaticRinging = true;               // an offered call rings before an application accepts it
     int doNotDisturbStatus = 486;               // or 480
     int dialRestriction = 0;                    // 4: no outgoing calls
-    int reinviteTimeout = 8;                    // seconds until an unanswered re-INVITE is a failure
-    int callBacks = 5;                          // at most so many at once
-    std::vector<std::string> permittedNumbers;  // may be dialled while the phone is locked
+    int reinviteTimeout = 8;                    // seconds until an unanswered re-INVITE counts as failed
+    int callBacks = 5;                          // pending at once
+    std::vector<std::string> permittedNumbers;  // may be dialled while the telephone is locked
     std::vector<std::string> emergencyNumbers;
 };
 
@@ -104,7 +104,8 @@ struct ApplicationSocketConfiguration
 {
     std::string path;  // empty: in the run folder
     int maximumApplications = 256;
-    int queuedMessages = 20000;  // for an application that does not read; older ones are dropped, the gap shows
+    int queuedMessages =
+        20000;  // for an application that does not read; the oldest is dropped, leaving a gap in the numbers
 };
 
 struct StoreConfiguration
@@ -124,7 +125,7 @@ struct PushConfiguration
 
 struct CertificateConfiguration
 {
-    std::string folder;  // HOST.pem for an address, authorities.pem for all others; empty: no authority is trusted
+    std::string folder;  // HOST.pem for one address, authorities.pem for all others; empty: no authority is trusted
 };
 
 struct LogConfiguration

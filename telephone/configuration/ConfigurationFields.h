@@ -1,5 +1,5 @@
-// Every key that a configuration file may hold: section, name, the member that it sets, what it takes and means. The
-// reader, its messages and docs/configuration.md are made from these tables.
+// Every key of a configuration file: section, name, the member that it sets, its values and meaning. The reader, its
+// messages and docs/configuration.md use these tables.
 #pragma once
 
 #include <array>
@@ -23,8 +23,8 @@ struct ConfigurationField
     std::string_view name;
     FieldMember<Section> member;
     std::string_view meaning;
-    // What is allowed, with "|" between. Words for an integer or a transport stand for their places, from 0; numbers
-    // for themselves.
+    // The permitted values, separated by "|". For an integer or a transport, a word stands for its position from 0 and
+    // a number for itself.
     std::string_view choices = {};
     int minimum = 0;
     int maximum = std::numeric_limits<int>::max();
@@ -41,64 +41,64 @@ inline constexpr auto kPhone = std::to_array<ConfigurationField<Configuration>>(
 
 inline constexpr auto kLine = std::to_array<ConfigurationField<LineConfiguration>>({
     {"id",                  &LineConfiguration::id,                 "how requests and events name the line; required"},
-    {"number",              &LineConfiguration::number,             "line number; its place in the file when it is missing", {}, 1, 255},
-    {"user",                &LineConfiguration::user,               "user part of its address; the id when it is empty"},
-    {"display-name",        &LineConfiguration::displayName,        "shown to whom it calls"},
-    {"description",         &LineConfiguration::description,        "short text for its key"},
-    {"auth-user",           &LineConfiguration::authUser,           "user of the digest; the user when it is empty"},
-    {"password",            &LineConfiguration::password,           "of the digest; the exchange's when it is empty"},
+    {"number",              &LineConfiguration::number,             "line number; if missing, its position in the file", {}, 1, 255},
+    {"user",                &LineConfiguration::user,               "user part of its address; empty: the id"},
+    {"display-name",        &LineConfiguration::displayName,        "shown to the called party"},
+    {"description",         &LineConfiguration::description,        "short label for its key"},
+    {"auth-user",           &LineConfiguration::authUser,           "user name for authentication; empty: the user"},
+    {"password",            &LineConfiguration::password,           "password for authentication; empty: that of the exchange"},
     {"registers",           &LineConfiguration::registers,          "false: peer to peer, calls by address"},
-    {"primary",             &LineConfiguration::primary,            "the telephone's own line; the first when none says so"},
+    {"primary",             &LineConfiguration::primary,            "the telephone's main line; if no line is primary, the first is"},
     {"shared-line-type",    &LineConfiguration::sharedLineType,     "how several telephones share it", "none|shared|bridged"},
     {"ring",                &LineConfiguration::ring,               "0: silent, else the kind of ring", {}, 0, 255},
     {"ring-delay",          &LineConfiguration::ringDelay,          "seconds until it rings", {}, 0, 3600},
-    {"overview-position",   &LineConfiguration::overviewPosition,   "place in the overview; its place in the file when it is missing", {}, 1, 255},
+    {"overview-position",   &LineConfiguration::overviewPosition,   "position in the overview; if missing, its position in the file", {}, 1, 255},
     {"visible-on-overview", &LineConfiguration::visibleOnOverview,  "whether the overview shows it"},
     {"audible-alert",       &LineConfiguration::audibleAlert,       "kind of alert for a second call", {}, 0, 255},
-    {"hot-warm",            &LineConfiguration::hotWarmType,        "dials by itself when it is seized: at once or after a while", "none|hot|warm"},
-    {"hot-warm-digits",     &LineConfiguration::hotWarmDigits,      "what it then dials"},
-    {"appearances",         &LineConfiguration::appearances,        "calls that it can have, each with an appearance of its own", {}, 1, 20},
-    {"private",             &LineConfiguration::isPrivate,          "others may not join its calls"},
+    {"hot-warm",            &LineConfiguration::hotWarmType,        "dials by itself when it is seized: at once (hot) or after a delay (warm)", "none|hot|warm"},
+    {"hot-warm-digits",     &LineConfiguration::hotWarmDigits,      "the number that it dials then"},
+    {"appearances",         &LineConfiguration::appearances,        "number of appearances, and so of simultaneous calls", {}, 1, 20},
+    {"private",             &LineConfiguration::isPrivate,          "other telephones may not join its calls"},
 });
 
 inline constexpr auto kKey = std::to_array<ConfigurationField<KeyConfiguration>>({
     {"number",              &KeyConfiguration::number,              "key number; required", {}, 1, 1000},
-    {"function",            &KeyConfiguration::function,            "what it does; required", "line|dss|blf|forwarding|dnd|hold|mute|headset|messages|toggle|release|preview|ignore|transfer"},
+    {"function",            &KeyConfiguration::function,            "its function; required", "line|dss|blf|forwarding|dnd|hold|mute|headset|messages|toggle|release|preview|ignore|transfer"},
     {"target",              &KeyConfiguration::target,              "line id, or the number of a dss, blf or toggle key"},
-    {"label",               &KeyConfiguration::label,               "its text"},
-    {"monitor-only",        &KeyConfiguration::monitorOnly,         "a dss key that shows and never acts"},
+    {"label",               &KeyConfiguration::label,               "its label"},
+    {"monitor-only",        &KeyConfiguration::monitorOnly,         "a dss key that shows the line's state and does nothing when pressed"},
 });
 
 inline constexpr auto kSip = std::to_array<ConfigurationField<SipConfiguration>>({
     {"address",             &SipConfiguration::address,             "IP address of the telephone"},
     {"port",                &SipConfiguration::port,                "UDP and TCP port; 0: any free one", {}, 0, kHighestPort},
     {"transport",           &SipConfiguration::transport,           "for registrations and calls", "udp|tcp"},
-    {"user-agent",          &SipConfiguration::userAgent,           "how it names itself"},
+    {"user-agent",          &SipConfiguration::userAgent,           "its name in SIP messages"},
 });
 
 inline constexpr auto kServer = std::to_array<ConfigurationField<ServerConfiguration>>({
     {"registrar",           &ServerConfiguration::registrar,        "sip:host:port; empty: the built-in exchange"},
-    {"domain",              &ServerConfiguration::domain,           "of the lines' addresses; the registrar's host when it is empty"},
-    {"expires",             &ServerConfiguration::expires,          "seconds that a registration lasts", {}, 10, 86400},
+    {"domain",              &ServerConfiguration::domain,           "domain of the lines' addresses; empty: the registrar's host"},
+    {"expires",             &ServerConfiguration::expires,          "seconds until a registration expires", {}, 10, 86400},
     {"type",                &ServerConfiguration::type,             "0 generic, 1 with pickup, 2 with a no-reply delay set on the phone, 7 with bridged appearances", {}, 0, 255},
     {"directed-pickup",     &ServerConfiguration::directedPickup,   "address to which the number to pick up is appended; empty: the exchange's"},
     {"group-pickup",        &ServerConfiguration::groupPickup,      "number of the group pickup; empty: the exchange's"},
     {"voice-mail",          &ServerConfiguration::voiceMail,        "number of the mailbox"},
     {"message-waiting",     &ServerConfiguration::messageWaiting,   "subscribe to the mailbox"},
-    {"server-features",     &ServerConfiguration::serverFeatures,   "forwarding and do-not-disturb are held by the server"},
+    {"server-features",     &ServerConfiguration::serverFeatures,   "the server controls forwarding and do-not-disturb"},
     {"forwarding-privacy",  &ServerConfiguration::forwardingPrivacy, "a forwarding rule that is switched off loses its destination"},
 });
 
 inline constexpr auto kExchange = std::to_array<ConfigurationField<ExchangeConfiguration>>({
     {"enabled",             &ExchangeConfiguration::enabled,        "whether the built-in exchange runs"},
     {"port",                &ExchangeConfiguration::port,           "0: any free one", {}, 0, kHighestPort},
-    {"realm",               &ExchangeConfiguration::realm,          "of its digest"},
-    {"password",            &ExchangeConfiguration::password,       "of every number that has none of its own"},
+    {"realm",               &ExchangeConfiguration::realm,          "realm for authentication"},
+    {"password",            &ExchangeConfiguration::password,       "password of every number without one of its own"},
 });
 
 inline constexpr auto kMedia = std::to_array<ConfigurationField<MediaConfiguration>>({
-    {"source",              &MediaConfiguration::source,            "what the telephone says: tone, silence, or a WAV file"},
-    {"heard",               &MediaConfiguration::heard,             "WAV file for all that is heard; empty: none"},
+    {"source",              &MediaConfiguration::source,            "audio that the telephone sends: tone, silence, or a WAV file"},
+    {"heard",               &MediaConfiguration::heard,             "WAV file for all received audio; empty: none"},
 });
 
 inline constexpr auto kCalls = std::to_array<ConfigurationField<CallConfiguration>>({
@@ -106,16 +106,16 @@ inline constexpr auto kCalls = std::to_array<ConfigurationField<CallConfiguratio
     {"automatic-ringing",   &CallConfiguration::automaticRinging,   "an offered call rings before an application accepts it"},
     {"do-not-disturb-status", &CallConfiguration::doNotDisturbStatus, "answer to a call while do-not-disturb is on: 480 or 486", "480|486"},
     {"dial-restriction",    &CallConfiguration::dialRestriction,    "4: no outgoing calls", {}, 0, 4},
-    {"reinvite-timeout",    &CallConfiguration::reinviteTimeout,    "seconds until an unanswered change of a call has failed", {}, 1, 64},
-    {"call-backs",          &CallConfiguration::callBacks,          "call-backs that may be set at once", {}, 0, 100},
-    {"permitted-numbers",   &CallConfiguration::permittedNumbers,   "may be dialled while the telephone is locked; a star at the end stands for any digits"},
+    {"reinvite-timeout",    &CallConfiguration::reinviteTimeout,    "seconds until an unanswered re-INVITE counts as failed", {}, 1, 64},
+    {"call-backs",          &CallConfiguration::callBacks,          "call-backs that may be pending at once", {}, 0, 100},
+    {"permitted-numbers",   &CallConfiguration::permittedNumbers,   "may be dialled while the telephone is locked; a trailing * stands for any digits"},
     {"emergency-numbers",   &CallConfiguration::emergencyNumbers,   "always permitted, and marked as emergency calls"},
 });
 
 inline constexpr auto kApplications = std::to_array<ConfigurationField<ApplicationSocketConfiguration>>({
-    {"path",                &ApplicationSocketConfiguration::path,  "UNIX socket for applications; empty: in the run folder"},
+    {"path",                &ApplicationSocketConfiguration::path,  "UNIX socket for applications; empty: the default path (docs/porting.md)"},
     {"maximum",             &ApplicationSocketConfiguration::maximumApplications, "applications at once", {}, 1, 10000},
-    {"queued-messages",     &ApplicationSocketConfiguration::queuedMessages, "kept for an application that does not read", {}, 1, 10000000},
+    {"queued-messages",     &ApplicationSocketConfiguration::queuedMessages, "messages kept for an application that does not read", {}, 1, 10000000},
 });
 
 inline constexpr auto kStore = std::to_array<ConfigurationField<StoreConfiguration>>({
@@ -127,11 +127,11 @@ inline constexpr auto kRecording = std::to_array<ConfigurationField<RecordingCon
 });
 
 inline constexpr auto kPush = std::to_array<ConfigurationField<PushConfiguration>>({
-    {"address",             &PushConfiguration::address,            "http://host:port/path that push requests go to; empty: off"},
+    {"address",             &PushConfiguration::address,            "http://host:port/path that receives push requests; empty: off"},
 });
 
 inline constexpr auto kLog = std::to_array<ConfigurationField<LogConfiguration>>({
-    {"level",               &LogConfiguration::level,               "0 off, 1 fatal, 2 failures, 3 refusals, 4 news, 5 operations, 6 requests", {}, 0, 6},
+    {"level",               &LogConfiguration::level,               "0 off, 1 fatal, 2 failures, 3 refusals, 4 news, 5 operations, 6 requests and SIP messages", {}, 0, 6},
     {"file",                &LogConfiguration::file,                "empty: standard error"},
 });
 inline constexpr auto kCertificates = std::to_array<ConfigurationField<CertificateConfiguration>>({
@@ -141,8 +141,7 @@ inline constexpr auto kCertificates = std::to_array<ConfigurationField<Certifica
 
 }  // namespace fields
 
-// The sections of the file, each with its fields: calls `use` with the name, the member of Configuration and the
-// fields.
+// Calls `use` for each section of the file with its name, its member of Configuration and its fields.
 template <typename Use>
 void forEachSection(Use use)
 {
@@ -161,7 +160,7 @@ void forEachSection(Use use)
     use("certificates", &Configuration::certificates, fields::kCertificates);
 }
 
-// What a field takes, for a person: "an integer from 0 to 65535", "one of udp, tcp".
+// The values that a field takes, in words: "an integer from 0 to 65535", "one of udp, tcp".
 template <typename Section>
 std::string expectedOf(ConfigurationField<Section> const& field);
 

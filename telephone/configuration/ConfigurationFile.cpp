@@ -12,10 +12,10 @@
 #include <spdlog/fmt/fmt.h>
 #include <toml++/toml.h>
 
+#include "telephone/base/Names.h"
 #include "telephone/configuration/Choices.h"
 #include "telephone/configuration/ConfigurationFields.h"
 #include "telephone/configuration/ConfigurationRules.h"
-#include "telephone/configuration/NearestName.h"
 
 namespace telephone {
 
@@ -26,7 +26,7 @@ int lineOf(toml::source_region const& region)
     return static_cast<int>(region.begin.line);
 }
 
-// What stands in the file instead of what was expected.
+// A value of the file as messages name it.
 std::string found(toml::node const& node)
 {
     if (auto const text = node.value_exact<std::string>()) {
@@ -48,7 +48,7 @@ bool isPlain(std::string const& text)
     return std::none_of(text.begin(), text.end(), [](unsigned char c) { return c < 0x20 || c == 0x7f; });
 }
 
-// Puts one value into its member; false when it is not what the field takes.
+// Assigns one value to its member; false if the field does not take it.
 template <typename Section>
 class Assign
 {
@@ -115,106 +115,102 @@ private:
     Section& section_;
 };
 
-struct SectionName
-{
-    std::string_view name;
-};
-
 // One reading of one file.
 class Reading
 {
 public:
-    explicit Reading(std::string const& path)
-        : path_(path)
-    {}
+    explicit Reading(std::string const& path) { places_.file = path; }
 
-    Configuration read(toml::table const& file)
+    Outcome<Configuration> read(toml::table const& file)
     {
-        checkNames(file);
-        readFields("", file, configuration_, fields::kPhone);
+        auto outcome = checkNames(file).and_then([&] { return readFields("", file, configuration_, fields::kPhone); });
         forEachSection([&](std::string_view name, auto member, auto const& sectionFields) {
-            if (auto const* node = file.get(name)) {
-                readSection(name, *node, configuration_.*member, sectionFields);
+            auto const* node = file.get(name);
+            if (outcome && node != nullptr) {
+                outcome = readSection(name, *node, configuration_.*member, sectionFields);
             }
         });
-        notePlaces(file);
-        completeConfiguration(configuration_, places_, [this](int line, std::string const& what) { fail(line, what); });
-        return std::move(configuration_);
+        return outcome
+            .and_then([&] {
+                notePlaces(file);
+                return completeConfiguration(configuration_, places_);
+            })
+            .map([this] { return std::move(configuration_); });
     }
 
 private:
-    [[noreturn]] void fail(int line, std::string const& what) const
-    {
-        throw ConfigurationError(fmt::format("{}:{}: {}", path_, line, what));
-    }
-
     // Every name at the top is a section or a key of the telephone itself.
-    void checkNames(toml::table const& file) const
+    Outcome<> checkNames(toml::table const& file) const
     {
-        std::vector<SectionName> known;
-        known.reserve(std::size(fields::kPhone));
-        for (auto const& field : fields::kPhone) {
-            known.push_back({field.name});
-        }
-        forEachSection([&known](std::string_view name, auto, auto const&) { known.push_back({name}); });
+        auto known = namesOf(fields::kPhone, &ConfigurationField<Configuration>::name);
+        forEachSection([&known](std::string_view name, auto, auto const&) { known.push_back(name); });
         for (auto const& [key, node] : file) {
-            auto const name = key.str();
-            if (std::none_of(known.begin(), known.end(), [name](auto const& one) { return one.name == name; })) {
-                fail(lineOf(key.source()), fmt::format("there is no section or key \"{}\"; the nearest is \"{}\"", name,
-                                                       nearestName(name, known, &SectionName::name)));
+            if (std::find(known.begin(), known.end(), key.str()) == known.end()) {
+                return places_.refusal(lineOf(key.source()),
+                                       fmt::format("there is no section or key \"{}\"; the nearest is \"{}\"",
+                                                   key.str(), nearestName(key.str(), known)));
             }
         }
+        return {};
     }
 
     template <typename Section, typename Fields>
-    void readSection(std::string_view name, toml::node const& node, Section& section, Fields const& sectionFields)
+    Outcome<> readSection(std::string_view name, toml::node const& node, Section& section, Fields const& sectionFields)
     {
         auto const* table = node.as_table();
         if (table == nullptr) {
-            fail(lineOf(node.source()), fmt::format("\"{0}\" takes a section [{0}], not {1}", name, found(node)));
+            return places_.refusal(lineOf(node.source()),
+                                   fmt::format("\"{0}\" takes a section [{0}], not {1}", name, found(node)));
         }
-        checkKeys(name, *table, sectionFields);
-        readFields(name, *table, section, sectionFields);
+        return checkKeys(name, *table, sectionFields).and_then([&] {
+            return readFields(name, *table, section, sectionFields);
+        });
     }
 
     template <typename Element, typename Fields>
-    void readSection(std::string_view name, toml::node const& node, std::vector<Element>& elements,
-                     Fields const& sectionFields)
+    Outcome<> readSection(std::string_view name, toml::node const& node, std::vector<Element>& elements,
+                          Fields const& sectionFields)
     {
         auto const* tables = node.as_array();
         if (tables == nullptr || !tables->is_array_of_tables()) {
-            fail(lineOf(node.source()), fmt::format("\"{0}\" takes sections [[{0}]], not {1}", name, found(node)));
+            return places_.refusal(lineOf(node.source()),
+                                   fmt::format("\"{0}\" takes sections [[{0}]], not {1}", name, found(node)));
         }
         for (auto const& table : *tables) {
-            readSection(name, table, elements.emplace_back(), sectionFields);
+            if (auto read = readSection(name, table, elements.emplace_back(), sectionFields); !read) {
+                return read;
+            }
         }
+        return {};
     }
 
     template <typename Fields>
-    void checkKeys(std::string_view section, toml::table const& table, Fields const& sectionFields) const
+    Outcome<> checkKeys(std::string_view section, toml::table const& table, Fields const& sectionFields) const
     {
-        using Field = typename Fields::value_type;
+        auto const known = namesOf(sectionFields, &Fields::value_type::name);
         for (auto const& [key, node] : table) {
-            auto const name = key.str();
-            if (std::none_of(sectionFields.begin(), sectionFields.end(),
-                             [name](auto const& field) { return field.name == name; })) {
-                fail(lineOf(key.source()), fmt::format("there is no key \"{}\" in [{}]; the nearest is \"{}\"", name,
-                                                       section, nearestName(name, sectionFields, &Field::name)));
+            if (std::find(known.begin(), known.end(), key.str()) == known.end()) {
+                return places_.refusal(lineOf(key.source()),
+                                       fmt::format("there is no key \"{}\" in [{}]; the nearest is \"{}\"", key.str(),
+                                                   section, nearestName(key.str(), known)));
             }
         }
+        return {};
     }
 
     template <typename Section, typename Fields>
-    void readFields(std::string_view name, toml::table const& table, Section& section,
-                    Fields const& sectionFields) const
+    Outcome<> readFields(std::string_view name, toml::table const& table, Section& section,
+                         Fields const& sectionFields) const
     {
         for (auto const& field : sectionFields) {
             auto const* node = table.get(field.name);
             if (node != nullptr && !std::visit(Assign<Section>(*node, field, section), field.member)) {
-                fail(lineOf(node->source()), fmt::format("{}{}{} takes {}, not {}", name, name.empty() ? "" : ".",
-                                                         field.name, expectedOf(field), found(*node)));
+                return places_.refusal(lineOf(node->source()),
+                                       fmt::format("{}{}{} takes {}, not {}", name, name.empty() ? "" : ".", field.name,
+                                                   expectedOf(field), found(*node)));
             }
         }
+        return {};
     }
 
     void notePlaces(toml::table const& file)
@@ -240,7 +236,6 @@ private:
         return places;
     }
 
-    std::string const& path_;
     Configuration configuration_;
     ConfigurationPlaces places_;
 };
@@ -251,33 +246,35 @@ ConfigurationFile::ConfigurationFile(std::string path)
     : path_(std::move(path))
 {}
 
-Configuration ConfigurationFile::read() const
+Outcome<Configuration> ConfigurationFile::read() const
 {
-    auto const fail = [this](char const* why) {
-        throw ConfigurationError(fmt::format("configuration file \"{}\" can't be read: {}", path_, why));
+    auto const refusal = [this](char const* why) {
+        return refuse(RefusalKind::kUnavailable,
+                      fmt::format("configuration file \"{}\" cannot be read: {}", path_, why));
     };
     std::error_code unknown;
     if (std::filesystem::is_directory(path_, unknown)) {
-        fail("it is a folder");
+        return refusal("it is a folder");
     }
     std::ifstream file(path_);
     if (!file) {
-        fail(std::strerror(errno));
+        return refusal(std::strerror(errno));
     }
     std::ostringstream text;
     text << file.rdbuf();
     if (file.bad()) {
-        fail(std::strerror(errno));
+        return refusal(std::strerror(errno));
     }
     return parse(text.str());
 }
 
-Configuration ConfigurationFile::parse(std::string_view text) const
+Outcome<Configuration> ConfigurationFile::parse(std::string_view text) const
 {
     try {
         return Reading(path_).read(toml::parse(text, path_));
     } catch (toml::parse_error const& error) {
-        throw ConfigurationError(fmt::format("{}:{}: {}", path_, lineOf(error.source()), error.description()));
+        return refuse(RefusalKind::kBadInput,
+                      fmt::format("{}:{}: {}", path_, lineOf(error.source()), error.description()));
     }
 }
 

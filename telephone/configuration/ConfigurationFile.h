@@ -1,13 +1,13 @@
-// Reads the telephone's configuration from a TOML file. A wrong key, type or value is refused with file, line and what
-// was expected. What a file leaves out has its default (docs/configuration.md): a file without lines describes the
-// standard telephone's, one without keys gets a key for each line.
+// Reads the telephone's configuration from a TOML file. A wrong key, type or value is refused with the file, the line
+// and the expected value. Keys that a file omits have their defaults (docs/configuration.md): a file without lines has
+// the lines of the standard telephone, a file without keys gets one key for each line.
 #pragma once
 
 #include <string>
 #include <string_view>
 
+#include "telephone/base/Refusal.h"
 #include "telephone/configuration/Configuration.h"
-#include "telephone/configuration/ConfigurationError.h"
 
 namespace telephone {
 
@@ -16,10 +16,9 @@ class ConfigurationFile
 public:
     explicit ConfigurationFile(std::string path);
 
-    // Throws ConfigurationError.
-    Configuration read() const;
-    // The same of a text that is at hand; the path only names it in messages.
-    Configuration parse(std::string_view text) const;
+    [[nodiscard]] Outcome<Configuration> read() const;
+    // Reads from a text instead. The path only serves to name it in messages.
+    [[nodiscard]] Outcome<Configuration> parse(std::string_view text) const;
 
 private:
     std::string path_;

@@ -13,15 +13,15 @@ constexpr std::string_view kHead = R"(# Configuration file
 `telephone --config FILE` reads a TOML file. Without one the telephone is a keyset of two lines, 4711 and 4712, at its
 built-in exchange. [example.toml](example.toml) holds every key with its default.
 
-A key or section that is not listed here, a value of another type and one out of range are refused with file, line and
-what was expected. A file without `[[line]]` describes the two standard lines (with `keyset = false` the first), one
-without `[[key]]` gets a key for each line, or the standard layout for the standard lines. Line ids, line numbers and key
-numbers may stand only once. Relative paths start from the folder in which the telephone is started.
+Unknown keys and sections, values of another type and values out of range are refused with the file, the line and the
+expected value. A file without `[[line]]` has the two standard lines (with `keyset = false` the first); a file without
+`[[key]]` gets one key for each line, or the standard layout for the standard lines. Line ids, line numbers and key
+numbers must be unique. Relative paths start from the folder in which the telephone is started.
 
-This page is made from the tables in `telephone/configuration/ConfigurationFields.h`.
+This page is generated from the tables in `telephone/configuration/ConfigurationFields.h`.
 )";
 
-// The default of a field, as it stands in a file.
+// The default of a field, as a file would write it.
 template <typename Section>
 struct Standard
 {
@@ -51,7 +51,7 @@ struct Standard
 template <typename Section, typename Fields>
 std::string tableOf(std::string const& title, Section const& section, Fields const& fields)
 {
-    auto text = fmt::format("\n## {}\n\n| Key | Takes | Default | Meaning |\n|---|---|---|---|\n", title);
+    auto text = fmt::format("\n## {}\n\n| Key | Values | Default | Meaning |\n|---|---|---|---|\n", title);
     for (auto const& field : fields) {
         text += fmt::format("| `{}` | {} | `{}` | {} |\n", field.name, expectedOf(field),
                             std::visit(Standard<Section>{section, field.choices}, field.member), field.meaning);

@@ -1,4 +1,4 @@
-// docs/configuration.md, made from the tables of the configuration file.
+// Generates docs/configuration.md from the tables of the configuration file.
 #pragma once
 
 #include <string>

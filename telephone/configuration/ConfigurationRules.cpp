@@ -15,39 +15,41 @@ namespace {
 class Rules
 {
 public:
-    Rules(Configuration& configuration, ConfigurationPlaces const& places, ConfigurationRefusal const& refuse)
+    Rules(Configuration& configuration, ConfigurationPlaces const& places)
         : configuration_(configuration)
         , places_(places)
-        , refuse_(refuse)
     {}
 
-    void complete()
+    Outcome<> complete()
     {
-        checkAddresses();
-        completeLines();
-        completeKeys();
+        return checkAddresses().and_then([this] { return completeLines(); }).and_then([this] {
+            return completeKeys();
+        });
     }
 
 private:
-    void checkAddresses() const
+    Outcome<> checkAddresses() const
     {
         std::array<unsigned char, sizeof(in6_addr)> bytes{};
         auto const& address = configuration_.sip.address;
         if (inet_pton(AF_INET, address.c_str(), bytes.data()) != 1 &&
             inet_pton(AF_INET6, address.c_str(), bytes.data()) != 1) {
-            refuse_(places_.sip, fmt::format("sip.address takes an IP address, not \"{}\"", address));
+            return places_.refusal(places_.sip, fmt::format("sip.address takes an IP address, not \"{}\"", address));
         }
         auto const& registrar = configuration_.server.registrar;
         if (!registrar.empty() && (!registrar.starts_with("sip:") || registrar.size() == 4)) {
-            refuse_(places_.server, fmt::format("server.registrar takes sip:host:port, not \"{}\"", registrar));
+            return places_.refusal(places_.server,
+                                   fmt::format("server.registrar takes sip:host:port, not \"{}\"", registrar));
         }
         auto const& push = configuration_.push.address;
         if (!push.empty() && (!push.starts_with("http://") || push.size() == 7)) {
-            refuse_(places_.push, fmt::format("push.address takes http://host:port/path, not \"{}\"", push));
+            return places_.refusal(places_.push,
+                                   fmt::format("push.address takes http://host:port/path, not \"{}\"", push));
         }
+        return {};
     }
 
-    void completeLines()
+    Outcome<> completeLines()
     {
         auto& lines = configuration_.lines;
         bool const standard = places_.lines.empty();
@@ -56,47 +58,56 @@ private:
             lines.resize(configuration_.keyset ? lines.size() : 1);
         }
         if (!configuration_.keyset && lines.size() > 1) {
-            refuse_(places_.lines[1], "a telephone with keyset = false has one line, not several");
+            return places_.refusal(places_.lines[1], "a telephone with keyset = false has one line, not several");
         }
         for (std::size_t i = 0; i < lines.size(); ++i) {
-            completeLine(lines[i], i);
+            if (auto completed = completeLine(lines[i], i); !completed) {
+                return completed;
+            }
         }
         if (std::none_of(lines.begin(), lines.end(), [](auto const& line) { return line.primary; })) {
             lines.front().primary = true;
         }
+        return {};
     }
 
-    void completeLine(LineConfiguration& line, std::size_t index)
+    Outcome<> completeLine(LineConfiguration& line, std::size_t index)
     {
         int const place = placeOf(places_.lines, index);
         int const counted = static_cast<int>(index) + 1;
         line.number = line.number == 0 ? counted : line.number;
         line.overviewPosition = line.overviewPosition == 0 ? counted : line.overviewPosition;
         if (line.id.empty()) {
-            refuse_(place, "a line needs an id: id = \"4711\"");
+            return places_.refusal(place, "a line needs an id: id = \"4711\"");
         }
         if (line.id.find_first_of(" \t<>\"") != std::string::npos) {
-            refuse_(place, fmt::format("a line's id holds no space, quote, < or >: \"{}\"", line.id));
-        }
-        once(lineIds_, line.id, place, fmt::format("the line id \"{}\"", line.id));
-        once(lineNumbers_, std::to_string(line.number), place, fmt::format("the line number {}", line.number));
-        if (line.primary) {
-            once(primary_, {}, place, "primary = true");
+            return places_.refusal(place,
+                                   fmt::format("a line's id must not contain spaces, quotes, < or >: \"{}\"", line.id));
         }
         if (line.hotWarmType != 0 && line.hotWarmDigits.empty()) {
-            refuse_(place, fmt::format("line \"{}\" dials by itself but has no hot-warm-digits", line.id));
+            return places_.refusal(place,
+                                   fmt::format("line \"{}\" dials by itself but has no hot-warm-digits", line.id));
         }
+        return once(lineIds_, line.id, place, fmt::format("the line id \"{}\"", line.id))
+            .and_then([&] {
+                auto const number = std::to_string(line.number);
+                return once(lineNumbers_, number, place, "the line number " + number);
+            })
+            .and_then([&] { return line.primary ? once(primary_, {}, place, "primary = true") : Outcome<>(); });
     }
 
-    void completeKeys()
+    Outcome<> completeKeys()
     {
         auto& keys = configuration_.keys;
         if (places_.keys.empty()) {
             keys = places_.lines.empty() && configuration_.keyset ? Configuration::standard().keys : lineKeys();
         }
         for (std::size_t i = 0; i < keys.size(); ++i) {
-            checkKey(keys[i], placeOf(places_.keys, i));
+            if (auto checked = checkKey(keys[i], placeOf(places_.keys, i)); !checked) {
+                return checked;
+            }
         }
+        return {};
     }
 
     std::vector<KeyConfiguration> lineKeys() const
@@ -108,27 +119,37 @@ private:
         return keys;
     }
 
-    void checkKey(KeyConfiguration const& key, int place)
+    Outcome<> checkKey(KeyConfiguration const& key, int place)
     {
         if (key.number == 0) {
-            refuse_(place, "a key needs a number: number = 1");
+            return places_.refusal(place, "a key needs a number: number = 1");
         }
         if (key.function.empty()) {
-            refuse_(place, fmt::format("key {} needs a function: function = \"line\"", key.number));
+            return places_.refusal(place, fmt::format("key {} needs a function: function = \"line\"", key.number));
         }
-        once(keyNumbers_, std::to_string(key.number), place, fmt::format("the key number {}", key.number));
+        auto const number = std::to_string(key.number);
+        return once(keyNumbers_, number, place, "the key number " + number).and_then([&] {
+            return checkTarget(key, place);
+        });
+    }
+
+    Outcome<> checkTarget(KeyConfiguration const& key, int place) const
+    {
         bool const needsTarget =
             key.function == "line" || key.function == "dss" || key.function == "blf" || key.function == "toggle";
         if (needsTarget && key.target.empty()) {
-            refuse_(place, fmt::format("key {} needs a target: the number or line of its function {}", key.number,
-                                       key.function));
+            return places_.refusal(place, fmt::format("key {} needs a target: the number or line of its function {}",
+                                                      key.number, key.function));
         }
         if (key.function == "line" && !hasLine(key.target)) {
-            refuse_(place, fmt::format("key {} is for line \"{}\", which does not exist", key.number, key.target));
+            return places_.refusal(
+                place, fmt::format("key {} is for line \"{}\", which does not exist", key.number, key.target));
         }
         if (key.function == "toggle" && !isNumber(key.target)) {
-            refuse_(place, fmt::format("key {} toggles a feature by its number, not \"{}\"", key.number, key.target));
+            return places_.refusal(
+                place, fmt::format("key {} toggles a feature by its number, not \"{}\"", key.number, key.target));
         }
+        return {};
     }
 
     bool hasLine(std::string const& id) const
@@ -146,17 +167,17 @@ private:
     }
 
     using Taken = std::map<std::string, int>;
-    void once(Taken& taken, std::string const& value, int place, std::string const& what)
+    Outcome<> once(Taken& taken, std::string const& value, int place, std::string const& what) const
     {
         auto const [found, isNew] = taken.emplace(value, place);
         if (!isNew) {
-            refuse_(place, fmt::format("{} is taken already, on line {}", what, found->second));
+            return places_.refusal(place, fmt::format("{} is already used on line {}", what, found->second));
         }
+        return {};
     }
 
     Configuration& configuration_;
     ConfigurationPlaces const& places_;
-    ConfigurationRefusal const& refuse_;
     Taken lineIds_;
     Taken lineNumbers_;
     Taken primary_;
@@ -165,10 +186,14 @@ private:
 
 }  // namespace
 
-void completeConfiguration(Configuration& configuration, ConfigurationPlaces const& places,
-                           ConfigurationRefusal const& refuse)
+tl::unexpected<Refusal> ConfigurationPlaces::refusal(int line, std::string_view what) const
 {
-    Rules(configuration, places, refuse).complete();
+    return refuse(RefusalKind::kBadInput, fmt::format("{}:{}: {}", file, line, what));
+}
+
+Outcome<> completeConfiguration(Configuration& configuration, ConfigurationPlaces const& places)
+{
+    return Rules(configuration, places).complete();
 }
 
 }  // namespace telephone

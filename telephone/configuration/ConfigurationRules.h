@@ -1,29 +1,31 @@
-// What the parts of a configuration must be to one another: line ids, numbers and keys only once, targets that exist,
-// addresses that are some. Fills in what follows from the rest. ConfigurationFile uses it once the file is read.
+// Rules between the values of a configuration: unique line ids, line numbers and key numbers, targets that exist,
+// well-formed addresses. Completes the values that follow from others. ConfigurationFile applies the rules to each
+// file.
 #pragma once
 
-#include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "telephone/base/Refusal.h"
 #include "telephone/configuration/Configuration.h"
 
 namespace telephone {
 
-// Where in the file things stand: its lines, counted from 1; 0 for what it does not hold.
+// Where in the file things are: line numbers from 1; 0: not in the file.
 struct ConfigurationPlaces
 {
-    std::vector<int> lines;  // of each [[line]]
-    std::vector<int> keys;   // of each [[key]]
+    std::string file;
+    std::vector<int> lines;  // each [[line]]
+    std::vector<int> keys;   // each [[key]]
     int sip = 0;
     int server = 0;
     int push = 0;
+
+    // "desk.toml:2: <what is wrong>"
+    [[nodiscard]] tl::unexpected<Refusal> refusal(int line, std::string_view what) const;
 };
 
-// Says what is wrong at a line of the file; does not return.
-using ConfigurationRefusal = std::function<void(int line, std::string const& what)>;
-
-void completeConfiguration(Configuration& configuration, ConfigurationPlaces const& places,
-                           ConfigurationRefusal const& refuse);
+[[nodiscard]] Outcome<> completeConfiguration(Configuration& configuration, ConfigurationPlaces const& places);
 
 }  // namespace telephone

@@ -1,13 +1,13 @@
 #include "telephone/console/CommandInterpreter.h"
 
 #include <algorithm>
+#include <initializer_list>
 #include <limits>
 
 #include "telephone/base/Names.h"
-#include "telephone/console/CommandError.h"
 #include "telephone/console/EventPattern.h"
 #include "telephone/console/Help.h"
-#include "telephone/console/RequestText.h"
+#include "telephone/console/RequestShorthand.h"
 #include "telephone/console/TelephoneControls.h"
 #include "telephone/console/Transcript.h"
 #include "telephone/framework/Channel.h"
@@ -20,24 +20,37 @@ namespace {
 
 constexpr std::size_t kAnyNumber = std::numeric_limits<std::size_t>::max();
 constexpr int kMostLogLevel = 6;
+constexpr std::string_view kQuit = "quit";
 
-void demand(TelephoneControls::Refusal const& refusal)
+using Names = std::vector<std::string_view>;
+
+Names joined(std::initializer_list<Names> lists)
 {
-    if (refusal) {
-        throw CommandError(*refusal);
+    Names all;
+    for (Names const& each : lists) {
+        all.insert(all.end(), each.begin(), each.end());
     }
+    return all;
 }
 
-// One of two words.
-bool choice(std::string const& word, std::string_view yes, std::string_view no)
+// Whether the word is the first of two.
+Outcome<bool> choice(std::string const& word, std::string_view yes, std::string_view no)
 {
-    if (equalIgnoringCase(word, yes)) {
-        return true;
+    bool const isYes = equalIgnoringCase(word, yes);
+    if (!isYes && !equalIgnoringCase(word, no)) {
+        return refuse(RefusalKind::kBadInput,
+                      "\"" + word + "\" is neither " + std::string(yes) + " nor " + std::string(no));
     }
-    if (equalIgnoringCase(word, no)) {
-        return false;
+    return isYes;
+}
+
+Outcome<> changeLogLevel(std::string const& level)
+{
+    if (level.size() != 1 || level[0] < '0' || level[0] > '0' + kMostLogLevel) {
+        return refuse(RefusalKind::kBadInput, "\"" + level + "\" is not a log level: 0 (nothing) to 6 (everything)");
     }
-    throw CommandError("\"" + word + "\" is neither " + std::string(yes) + " nor " + std::string(no));
+    setLogLevel(level[0] - '0');
+    return {};
 }
 
 }  // namespace
@@ -53,27 +66,28 @@ CommandInterpreter::CommandInterpreter(Channel& channel, RequestRunner& runner, 
 std::vector<CommandInterpreter::Command> const& CommandInterpreter::commands()
 {
     using I = CommandInterpreter;
+    using W = Words const;
     // clang-format off
     static std::vector<Command> const table{
-        {"help",     "[NAME]",                    0, 1, "this list; what a request, an event or a command is",     &I::help},
-        {"requests", "",                          0, 0, "every request with its parameters",                       &I::requests},
-        {"events",   "",                          0, 0, "every event with its elements",                           &I::events},
-        {"lines",    "",                          0, 0, "the lines and how they are",                              &I::lines},
-        {"calls",    "",                          0, 0, "the calls and how they are",                              &I::calls},
-        {"keys",     "",                          0, 0, "the keys of the telephone",                               &I::keys},
-        {"lamps",    "",                          0, 0, "the lamps and their modes",                               &I::lamps},
-        {"press",    "KEY",                       1, 1, "presses a key, by number, label or function",             &I::press},
-        {"release",  "KEY",                       1, 1, "releases it",                                             &I::release},
-        {"hook",     "up|down",                   1, 1, "lifts or replaces the handset",                           &I::hook},
-        {"plug",     "headset|handset|line [out]",1, 2, "plugs something in, or out",                              &I::plug},
-        {"unplug",   "headset|handset|line",      1, 1, "plugs it out",                                            &I::unplug},
-        {"lock",     "",                          0, 0, "locks the telephone: only permitted numbers can be called",&I::lock},
-        {"unlock",   "",                          0, 0, "unlocks it",                                              &I::unlock},
-        {"record",   "on|off LINE",               2, 2, "records the calls of a line, or ends it",                 &I::record},
-        {"store",    "list|get KEY|set KEY VALUE",1, 3, "the settings in the configuration store",                 &I::store},
-        {"log",      "LEVEL",                     1, 1, "0 (nothing) to 6 (every request); 4 is usual",            &I::log},
-        {"say",      "TEXT",                      0, kAnyNumber, "prints a text",                                  &I::say},
-        {"quit",     "",                          0, 0, "ends the telephone",                                      &I::quit},
+        {"help",     "[NAME]",                     0, 1, "this list; or the meaning of a request, an event or a command", [](I& i, W& w) { return i.help(w); }},
+        {"requests", "",                           0, 0, "every request with its parameters",                        [](I& i, W&) { return i.show(requestRows()); }},
+        {"events",   "",                           0, 0, "every event with its elements",                            [](I& i, W&) { return i.show(eventRows()); }},
+        {"lines",    "",                           0, 0, "the lines and their states",                               [](I& i, W&) { return i.show(i.controls_.lines()); }},
+        {"calls",    "",                           0, 0, "the calls and their states",                               [](I& i, W&) { auto const rows = i.controls_.calls(); return i.show(rows.empty() ? decltype(rows){"no calls"} : rows); }},
+        {"keys",     "",                           0, 0, "the keys of the telephone",                                [](I& i, W&) { return i.show(i.controls_.keys()); }},
+        {"lamps",    "",                           0, 0, "the lamps and their modes",                                [](I& i, W&) { return i.show(i.controls_.lamps()); }},
+        {"press",    "KEY",                        1, 1, "presses a key, named by number, label or function",        [](I& i, W& w) { return i.controls_.press(w[1]); }},
+        {"release",  "KEY",                        1, 1, "releases a key",                                           [](I& i, W& w) { return i.controls_.release(w[1]); }},
+        {"hook",     "up|down",                    1, 1, "lifts or replaces the handset",                            [](I& i, W& w) { return choice(w[1], "up", "down").and_then([&](bool up) { return i.controls_.hook(up); }); }},
+        {"plug",     "headset|handset|line [out]", 1, 2, "plugs a device in, or unplugs it",                         [](I& i, W& w) { return i.plug(w); }},
+        {"unplug",   "headset|handset|line",       1, 1, "unplugs a device",                                         [](I& i, W& w) { return i.controls_.plug(w[1], false); }},
+        {"lock",     "",                           0, 0, "locks the telephone: only permitted numbers can be called", [](I& i, W&) { return i.controls_.lock(true); }},
+        {"unlock",   "",                           0, 0, "unlocks the telephone",                                    [](I& i, W&) { return i.controls_.lock(false); }},
+        {"record",   "on|off LINE",                2, 2, "starts or stops recording the calls of a line",            [](I& i, W& w) { return choice(w[1], "on", "off").and_then([&](bool on) { return i.controls_.record(w[2], on); }); }},
+        {"store",    "list|get KEY|set KEY VALUE", 1, 3, "the settings in the configuration store",                  [](I& i, W& w) { return i.store(w); }},
+        {"log",      "LEVEL",                      1, 1, "0 (nothing) to 6 (every request and SIP message); 4 is usual", [](I&, W& w) { return changeLogLevel(w[1]); }},
+        {"say",      "TEXT",                       0, kAnyNumber, "prints a text",                                   [](I& i, W& w) { return i.say(w); }},
+        {kQuit,      "",                           0, 0, "ends the telephone",                                       [](I&, W&) { return Outcome<>(); }},
     };
     // clang-format on
     return table;
@@ -89,46 +103,40 @@ CommandInterpreter::Command const* CommandInterpreter::findCommand(std::string_v
 
 std::vector<std::string_view> CommandInterpreter::commandNames()
 {
-    std::vector<std::string_view> names;
-    for (Command const& each : commands()) {
-        names.push_back(each.name);
-    }
-    return names;
+    return namesOf(commands(), &Command::name);
 }
 
-bool CommandInterpreter::sendsRequest(Words const& words)
-{
-    return !words.empty() && findCommand(words.front()) == nullptr;
-}
-
-CommandInterpreter::Result CommandInterpreter::run(std::string_view line)
+Outcome<CommandInterpreter::Result> CommandInterpreter::run(std::string_view line)
 {
     std::string_view const text = trimmed(line);
-    return isRequestText(text) ? send(std::string(text)) : run(splitWords(text));
+    if (isRequestText(text)) {
+        return send(std::string(text));
+    }
+    return splitWords(text).and_then([this](Words const& words) { return run(words); });
 }
 
-CommandInterpreter::Result CommandInterpreter::run(Words const& words)
+Outcome<CommandInterpreter::Result> CommandInterpreter::run(Words const& words)
 {
     if (words.empty()) {
-        return {};
+        return Result{};
     }
     Command const* const command = findCommand(words.front());
+    if (command == nullptr && findRequest(words.front()) != nullptr) {
+        return requestText(words).map([this](std::string const& request) { return send(request); });
+    }
     if (command == nullptr) {
-        if (findRequest(words.front()) != nullptr) {
-            return send(requestText(words));
-        }
-        auto names = requestNames();
-        auto const others = commandNames();
-        names.insert(names.end(), others.begin(), others.end());
-        throw CommandError("no request or command " + words.front() + suggestion(words.front(), names) +
-                           "; help lists them");
+        return refuse(RefusalKind::kNotFound, "no request or command " + words.front() +
+                                                  suggestion(words.front(), joined({requestNames(), commandNames()})) +
+                                                  "; help lists them");
     }
     std::size_t const arguments = words.size() - 1;
     if (arguments < command->least || arguments > command->most) {
-        throw CommandError("write it as: " + std::string(command->name) + " " + std::string(command->arguments));
+        return refuse(RefusalKind::kBadInput,
+                      "write it as: " + std::string(command->name) + " " + std::string(command->arguments));
     }
-    (this->*command->handler)(words);
-    return {command->handler == &CommandInterpreter::quit ? Kind::kQuit : Kind::kCommand, std::nullopt};
+    return command->handler(*this, words).map([command] {
+        return Result{command->name == kQuit ? Kind::kQuit : Kind::kCommand, std::nullopt};
+    });
 }
 
 CommandInterpreter::Result CommandInterpreter::send(std::string const& request)
@@ -143,7 +151,13 @@ CommandInterpreter::Result CommandInterpreter::send(std::string const& request)
     return {Kind::kRequest, std::move(reply.answer)};
 }
 
-void CommandInterpreter::help(Words const& words)
+Outcome<> CommandInterpreter::show(std::vector<std::string> const& rows)
+{
+    transcript_.rows(rows);
+    return {};
+}
+
+Outcome<> CommandInterpreter::help(Words const& words)
 {
     if (words.size() < 2) {
         return helpForAll();
@@ -152,6 +166,11 @@ void CommandInterpreter::help(Words const& words)
     RequestDescription const* const request = findRequest(name);
     EventDescription const* const event = findEvent(name);
     Command const* const command = findCommand(name);
+    if (request == nullptr && event == nullptr && command == nullptr) {
+        return refuse(RefusalKind::kNotFound,
+                      "nothing is called " + name +
+                          suggestion(name, joined({requestNames(), eventNames(), commandNames()})));
+    }
     if (request != nullptr) {
         transcript_.rows(helpForRequest(*request));
     }
@@ -162,130 +181,50 @@ void CommandInterpreter::help(Words const& words)
         transcript_.note(std::string(command->name) + " " + std::string(command->arguments) + ": " +
                          std::string(command->meaning));
     }
-    if (request != nullptr || event != nullptr || command != nullptr) {
-        return;
-    }
-    auto names = requestNames();
-    for (auto const& others : {eventNames(), commandNames()}) {
-        names.insert(names.end(), others.begin(), others.end());
-    }
-    throw CommandError("nothing is called " + name + suggestion(name, names));
+    return {};
 }
 
-void CommandInterpreter::helpForAll()
+Outcome<> CommandInterpreter::helpForAll()
 {
-    transcript_.note("A request is written as it stands (<Method>GetDevices</Method>), or short, completed by Tab:\n"
+    transcript_.note("Requests are written in full (<Method>GetDevices</Method>) or short, with Tab for completion:\n"
                      "  OutgoingCallMakeRequest Line=4711 CallID=1 Destination=100\n"
-                     "help HoldCall tells what a request takes, help CallHeldEvent what an event holds. Commands:");
+                     "help HoldCall explains the request, help CallHeldEvent the event. Commands:");
     for (Command const& each : commands()) {
         std::string row = "  " + std::string(each.name) + " " + std::string(each.arguments);
         row.resize(std::max<std::size_t>(row.size() + 1, 38), ' ');
         transcript_.note(row + std::string(each.meaning));
     }
+    return {};
 }
 
-void CommandInterpreter::requests(Words const& /*words*/)
+Outcome<> CommandInterpreter::plug(Words const& words)
 {
-    transcript_.rows(requestRows());
+    auto const isIn = words.size() < 3 ? Outcome<bool>(true) : choice(words[2], "in", "out");
+    return isIn.and_then([&](bool in) { return controls_.plug(words[1], in); });
 }
 
-void CommandInterpreter::events(Words const& /*words*/)
-{
-    transcript_.rows(eventRows());
-}
-
-void CommandInterpreter::lines(Words const& /*words*/)
-{
-    transcript_.rows(controls_.lines());
-}
-
-void CommandInterpreter::calls(Words const& /*words*/)
-{
-    auto const rows = controls_.calls();
-    transcript_.rows(rows.empty() ? TelephoneControls::Rows{"no calls"} : rows);
-}
-
-void CommandInterpreter::keys(Words const& /*words*/)
-{
-    transcript_.rows(controls_.keys());
-}
-
-void CommandInterpreter::lamps(Words const& /*words*/)
-{
-    transcript_.rows(controls_.lamps());
-}
-
-void CommandInterpreter::press(Words const& words)
-{
-    demand(controls_.press(words[1]));
-}
-
-void CommandInterpreter::release(Words const& words)
-{
-    demand(controls_.release(words[1]));
-}
-
-void CommandInterpreter::hook(Words const& words)
-{
-    demand(controls_.hook(choice(words[1], "up", "down")));
-}
-
-void CommandInterpreter::plug(Words const& words)
-{
-    demand(controls_.plug(words[1], words.size() < 3 || choice(words[2], "in", "out")));
-}
-
-void CommandInterpreter::unplug(Words const& words)
-{
-    demand(controls_.plug(words[1], false));
-}
-
-void CommandInterpreter::lock(Words const& /*words*/)
-{
-    demand(controls_.lock(true));
-}
-
-void CommandInterpreter::unlock(Words const& /*words*/)
-{
-    demand(controls_.lock(false));
-}
-
-void CommandInterpreter::record(Words const& words)
-{
-    demand(controls_.record(words[2], choice(words[1], "on", "off")));
-}
-
-void CommandInterpreter::store(Words const& words)
+Outcome<> CommandInterpreter::store(Words const& words)
 {
     if (words[1] == "list" && words.size() == 2) {
-        transcript_.rows(controls_.settings());
-    } else if (words[1] == "get" && words.size() == 3) {
-        auto const value = controls_.setting(words[2]);
-        if (!value) {
-            throw CommandError("no setting " + words[2]);
-        }
-        transcript_.note(words[2] + " = " + *value);
-    } else if (words[1] == "set" && words.size() == 4) {
-        demand(controls_.set(words[2], words[3]));
-    } else {
-        throw CommandError("write it as: store list, store get KEY, or store set KEY VALUE");
+        return show(controls_.settings());
     }
+    if (words[1] == "set" && words.size() == 4) {
+        return controls_.set(words[2], words[3]);
+    }
+    if (words[1] != "get" || words.size() != 3) {
+        return refuse(RefusalKind::kBadInput, "write it as: store list, store get KEY, or store set KEY VALUE");
+    }
+    auto const value = controls_.setting(words[2]);
+    if (!value) {
+        return refuse(RefusalKind::kNotFound, "no setting " + words[2]);
+    }
+    return show({words[2] + " = " + *value});
 }
 
-void CommandInterpreter::log(Words const& words)
-{
-    std::string const& level = words[1];
-    if (level.size() != 1 || level[0] < '0' || level[0] > '0' + kMostLogLevel) {
-        throw CommandError("\"" + level + "\" is no log level: 0 (nothing) to 6 (every request)");
-    }
-    setLogLevel(level[0] - '0');
-}
-
-void CommandInterpreter::say(Words const& words)
+Outcome<> CommandInterpreter::say(Words const& words)
 {
     transcript_.note(joinWords(words, 1));
+    return {};
 }
-
-void CommandInterpreter::quit(Words const& /*words*/) {}
 
 }  // namespace telephone

@@ -4,7 +4,7 @@
 #include "telephone/base/Names.h"
 #include "telephone/console/CommandInterpreter.h"
 #include "telephone/console/EventPattern.h"
-#include "telephone/console/RequestText.h"
+#include "telephone/console/RequestShorthand.h"
 
 namespace telephone {
 

@@ -1,5 +1,5 @@
-// What Tab can make of the beginning of a line: names of requests and commands, then the parameters that are not
-// written yet. Pure functions; the console gives them to readline.
+// Completes the beginning of a line: names of requests and commands, then the parameters that are still missing. Pure
+// functions, used by the console's Tab key.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 
 namespace telephone {
 
-// Every text that the word which ends at the end of `line` may become, in the tables' order. A parameter ends with "=".
+// All completions of the last word of `line`, in the tables' order. A parameter ends with "=".
 std::vector<std::string> completions(std::string_view line);
 
 }  // namespace telephone

@@ -3,7 +3,7 @@
 #include <poll.h>
 #include <unistd.h>
 
-// readline needs FILE declared before.
+// readline requires FILE to be declared.
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -14,7 +14,6 @@
 #include <readline/history.h>
 #include <readline/readline.h>
 
-#include "telephone/console/CommandError.h"
 #include "telephone/console/Completion.h"
 #include "telephone/console/Transcript.h"
 
@@ -25,7 +24,7 @@ namespace {
 constexpr char const* kPrompt = "telephone> ";
 constexpr int kForever = -1;
 
-// readline calls back without an argument: there is one console at most.
+// readline's callbacks have no argument, so there can be only one console.
 Console* current = nullptr;
 
 char** complete(char const* /*word*/, int /*start*/, int end)
@@ -43,7 +42,7 @@ char** complete(char const* /*word*/, int /*start*/, int end)
             common.pop_back();
         }
     }
-    // readline frees what it gets with free: first the common beginning, then each, then null.
+    // readline releases the list with free: the common beginning, then the matches, then null.
     std::size_t const count = found.size() == 1 ? 0 : found.size();
     auto** const list = static_cast<char**>(std::calloc(count + 2, sizeof(char*)));
     list[0] = strdup(common.c_str());
@@ -114,7 +113,7 @@ void Console::lineTyped(char* line)
     if (*line != '\0') {
         add_history(line);
     }
-    // While a line runs the prompt is not shown, and what it prints needs no redrawing.
+    // The prompt is not shown while a line runs, so its output needs no redrawing.
     current->conversation_.transcript().writeTo(print);
     current->runLine(line);
     current->conversation_.takeEvents();
@@ -165,12 +164,13 @@ bool Console::waitForInput()
 
 void Console::runLine(std::string const& line)
 {
-    try {
-        over_ = conversation_.interpreter().run(line).kind == CommandInterpreter::Kind::kQuit;
-        conversation_.noteRequest();
-    } catch (CommandError const& error) {
-        conversation_.transcript().error(error.what());
+    auto const result = conversation_.interpreter().run(line);
+    if (!result) {
+        conversation_.transcript().error(result.error().reason);
+        return;
     }
+    over_ = result->kind == CommandInterpreter::Kind::kQuit;
+    conversation_.noteRequest();
 }
 
 }  // namespace telephone

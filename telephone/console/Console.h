@@ -1,6 +1,5 @@
-// The console: reads lines from standard input until it ends or says quit, and prints what happens meanwhile. On a
-// terminal with a prompt, history and Tab; from a pipe line by line, each when the events of the one before have come
-// to rest.
+// The console: reads lines from standard input until its end or quit, and prints events as they come. A terminal has a
+// prompt, history and completion by Tab. From a pipe, each line is run once the events of the previous one have ceased.
 #pragma once
 
 #include <string>
@@ -17,15 +16,15 @@ public:
     Console(Console const&) = delete;
     Console& operator=(Console const&) = delete;
 
-    // Returns at quit, at the end of the input, or when all is to end. A line that is wrong is told, no more: what must
-    // hold is for scripts.
+    // Returns at quit, at the end of the input, or on the stop signal. A refused line is printed and has no other
+    // effect; scripts are for what must succeed.
     void run();
 
 private:
     void runTerminal();
     void runPipe();
     void runLine(std::string const& line);
-    // Waits for input, taking events as they come; false: all is to end.
+    // Waits for input and takes events meanwhile; false: the stop signal came.
     bool waitForInput();
 
     static void lineTyped(char* line);

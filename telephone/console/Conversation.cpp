@@ -34,10 +34,10 @@ Conversation::Conversation(std::string const& name, TelephoneContext& context, R
     , channel_(context.openChannel(name, kQueuedEvents, [this] { wakeUp_.signal(); }))
     , interpreter_(*channel_, runner, controls, transcript)
 {
-    auto const outcome = runner.run(*channel_, "<Method>Subscribe</Method>");
-    if (outcome.answer != "sfiSuccess") {
+    auto const reply = runner.run(*channel_, "<Method>Subscribe</Method>");
+    if (reply.answer != "sfiSuccess") {
         context_.closeChannel(channel_);
-        throw std::runtime_error("the service does not take a subscription to its events");
+        throw std::runtime_error("the service refuses a subscription to its events; the log says why");
     }
 }
 

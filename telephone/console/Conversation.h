@@ -1,5 +1,5 @@
-// One person or script talking to the telephone: a channel that hears every event, and what runs their lines. Made by
-// main before the telephone is activated, so that no event is missed; used on one thread.
+// A person or script using the telephone: a channel that receives every event, and the interpreter of their lines. Made
+// before the telephone is activated, so that no event is missed; used on one thread.
 #pragma once
 
 #include <chrono>
@@ -20,8 +20,8 @@ public:
     using Clock = std::chrono::steady_clock;
     using Listener = std::function<void(std::string const& event)>;
 
-    // Subscribes. `stop` is a descriptor that becomes readable when all is to end. Throws std::runtime_error where the
-    // service takes no subscription.
+    // Subscribes to events. `stop` is a descriptor that becomes readable when the program must end. Throws
+    // std::runtime_error if the service refuses the subscription.
     Conversation(std::string const& name, TelephoneContext& context, RequestRunner& runner, TelephoneControls& controls,
                  Transcript& transcript, int stop);
     ~Conversation();
@@ -32,20 +32,19 @@ public:
     [[nodiscard]] TelephoneControls& controls() { return controls_; }
     [[nodiscard]] Transcript& transcript() { return transcript_; }
 
-    // Hears every event, after it is written to the transcript.
+    // The listener receives every event after it was written to the transcript.
     void listen(Listener listener) { listener_ = std::move(listener); }
-    // Takes the events that wait; false where there are none.
+    // Takes the waiting events; false if there were none.
     bool takeEvents();
-    // Waits for an event and takes it, at most until then. False: none came, or all is to end.
+    // Waits for events until the deadline and takes them. False: none came, or the program must end.
     bool waitForEvents(Clock::time_point deadline);
-    // Waits until a moment has passed since the last request and event: what follows is to see the telephone at rest,
-    // as a person does.
+    // Waits until the telephone is at rest: a moment has passed since the last request and event.
     void settle();
-    // A request has been sent now.
+    // A request has just been sent.
     void noteRequest() { lastActivity_ = Clock::now(); }
     [[nodiscard]] bool isStopped() const;
 
-    // For those who poll themselves.
+    // For callers with a poll of their own.
     [[nodiscard]] int eventDescriptor() const { return wakeUp_.descriptor(); }
     [[nodiscard]] int stopDescriptor() const { return stop_; }
 

@@ -5,8 +5,7 @@
 
 #include "platform/sfi/SfiTypes.h"
 #include "telephone/base/Names.h"
-#include "telephone/console/CommandError.h"
-#include "telephone/console/RequestText.h"
+#include "telephone/console/RequestShorthand.h"
 
 namespace telephone {
 
@@ -101,25 +100,30 @@ std::vector<std::string_view> eventNames()
     return names;
 }
 
-EventPattern::EventPattern(Words const& words, std::size_t first)
-    : event_(first < words.size() ? findEvent(words[first]) : nullptr)
+Outcome<EventPattern> EventPattern::parse(Words const& words, std::size_t first)
 {
     if (first >= words.size()) {
-        throw CommandError("the name of an event is missing");
+        return refuse(RefusalKind::kBadInput, "the name of an event is missing");
     }
-    if (event_ == nullptr) {
-        throw CommandError("no event " + words[first] + suggestion(words[first], eventNames()));
+    EventDescription const* const event = findEvent(words[first]);
+    if (event == nullptr) {
+        return refuse(RefusalKind::kNotFound, "no event " + words[first] + suggestion(words[first], eventNames()));
     }
+    EventPattern pattern(*event);
     for (std::size_t i = first + 1; i < words.size(); ++i) {
         auto const assignment = splitAssignment(words[i]);
         if (!assignment) {
-            throw CommandError("\"" + words[i] + "\" is not understood: write Tag=value, or within SECONDS");
+            return refuse(RefusalKind::kBadInput,
+                          "\"" + words[i] + "\" is not understood: write Tag=value, or within SECONDS");
         }
-        require(assignment->name, assignment->value);
+        if (auto const required = pattern.require(assignment->name, assignment->value); !required) {
+            return tl::unexpected(required.error());
+        }
     }
+    return pattern;
 }
 
-void EventPattern::require(std::string const& name, std::string value)
+Outcome<> EventPattern::require(std::string const& name, std::string value)
 {
     std::string known;
     for (EventElement const& each : event_->elements) {
@@ -131,11 +135,12 @@ void EventPattern::require(std::string const& name, std::string value)
                 value = flagNumber(value);
             }
             required_.push_back({std::string(each.tag), std::move(value)});
-            return;
+            return {};
         }
         known += (known.empty() ? "; it has " : ", ") + std::string(each.tag);
     }
-    throw CommandError(std::string(event_->method) + " has no " + name + (known.empty() ? "; it has nothing" : known));
+    return refuse(RefusalKind::kBadInput,
+                  std::string(event_->method) + " has no " + name + (known.empty() ? "; it has nothing" : known));
 }
 
 bool EventPattern::matches(std::string_view event) const

@@ -1,4 +1,4 @@
-// Which event a person waits for: its name and the values that some of its elements must have. The events and their
+// Describes the events that a script waits for: the name, and the values of some elements. The events and their
 // elements are those of CommunicationsServiceEvents.h.
 #pragma once
 
@@ -11,30 +11,33 @@
 
 namespace telephone {
 
-// The description of an event by its message's method or its operation, capitals aside; null where there is none.
+// The description of an event by its message's method or its operation, ignoring case; null for an unknown name.
 EventDescription const* findEvent(std::string_view name);
-// Of those that are sent.
+// The methods of all events that are sent to applications.
 std::vector<std::string_view> eventNames();
 
 class EventPattern
 {
 public:
-    // From "CallHeldEvent LineID=4711 CallID=1", as words from one on. A call state may be written by name
-    // (CallState=connected), a flag as true or false, the line of any event as Line. Throws CommandError on an unknown
+    // From "CallHeldEvent LineID=4711 CallID=1", the words from `first` on. A call state may be a name
+    // (CallState=connected), a flag true or false, and the line of any event may be called Line. Refused for an unknown
     // event or element.
-    EventPattern(Words const& words, std::size_t first);
+    [[nodiscard]] static Outcome<EventPattern> parse(Words const& words, std::size_t first);
 
     [[nodiscard]] bool matches(std::string_view event) const;
     [[nodiscard]] std::string_view method() const { return event_->method; }
 
 private:
-    void require(std::string const& name, std::string value);
+    explicit EventPattern(EventDescription const& event)
+        : event_(&event)
+    {}
+    Outcome<> require(std::string const& name, std::string value);
 
     EventDescription const* event_;
     std::vector<Assignment> required_;
 };
 
-// The name of a call state's number, as CallState=... may be written; empty where the number has none.
+// The name of a call state, as CallState=... takes it; empty for an unknown number.
 std::string_view callStateName(int state);
 
 }  // namespace telephone

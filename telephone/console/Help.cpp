@@ -6,18 +6,18 @@ namespace telephone {
 
 namespace {
 
-// At the place of the kind's number.
+// Indexed by the kind of the parameter.
 constexpr std::array<std::string_view, 6> kParameterKinds{
     "text; missing: empty",
     "number; missing: -1",
     "flag, 0 is false; missing: true",
     "TRUE is true; missing: false",
     "sfiServiceInService, sfiServiceOutOfService or sfiServiceDoNotDisturb; missing: out of service",
-    "text that follows the parameters as it stands",
+    "text that follows the parameters unchanged",
 };
 
 constexpr std::array<std::string_view, 7> kElementKinds{
-    "text", "text", "number", "count", "flag, 1 or 0", "list", "text that follows as it stands",
+    "text", "text", "number", "count", "flag, 1 or 0", "list", "text that follows unchanged",
 };
 
 std::string answerOf(RequestDescription const& request)

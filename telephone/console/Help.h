@@ -1,4 +1,4 @@
-// The texts of the console's help, made from the tables of requests, events and commands. Pure functions.
+// The texts of the console's help, from the tables of requests and events. Pure functions.
 #pragma once
 
 #include <string>

@@ -6,9 +6,7 @@
 #include <thread>
 
 #include "telephone/base/Names.h"
-#include "telephone/console/CommandError.h"
-#include "telephone/console/RequestText.h"
-#include "telephone/console/ScriptFailure.h"
+#include "telephone/console/RequestShorthand.h"
 #include "telephone/console/TelephoneControls.h"
 #include "telephone/console/Transcript.h"
 
@@ -28,23 +26,45 @@ bool isSecondsUnit(std::string const& word)
     return word == "s" || word == "second" || word == "seconds";
 }
 
-// Takes "within SECONDS" off the end of a step.
-std::optional<double> takeWithin(Words& words)
+Conversation::Clock::time_point after(double seconds)
+{
+    return Conversation::Clock::now() +
+           std::chrono::duration_cast<Conversation::Clock::duration>(std::chrono::duration<double>(seconds));
+}
+
+tl::unexpected<Refusal> usage(std::string const& form)
+{
+    return refuse(RefusalKind::kBadInput, "write it as: " + form);
+}
+
+// A step did not succeed.
+tl::unexpected<Refusal> failure(std::string reason)
+{
+    return refuse(RefusalKind::kWrongState, std::move(reason));
+}
+
+struct TimedStep
+{
+    Words words;
+    std::optional<double> seconds;
+};
+
+// Separates "within SECONDS" from the end of a step.
+Outcome<TimedStep> splitTime(Words const& words)
 {
     auto const found = std::find_if(words.begin(), words.end(),
                                     [](std::string const& word) { return equalIgnoringCase(word, "within"); });
     if (found == words.end()) {
-        return std::nullopt;
+        return TimedStep{words, std::nullopt};
     }
     Words const rest(found + 1, words.end());
     if (rest.empty() || rest.size() > 2 || (rest.size() == 2 && !isSecondsUnit(rest[1]))) {
-        throw CommandError("write it as: within SECONDS, at the end of the line");
+        return usage("within SECONDS, at the end of the line");
     }
-    words.erase(found, words.end());
-    return secondsOf(rest[0]);
+    return secondsOf(rest[0]).map([&](double seconds) { return TimedStep{{words.begin(), found}, seconds}; });
 }
 
-// The answer as a whole, or what it begins with: up to a comma or the first element.
+// Compares the whole answer, or its beginning up to a comma or the first element.
 bool answers(std::string const& answer, std::string const& expected)
 {
     return answer == expected || answer.substr(0, answer.find_first_of(",<")) == expected;
@@ -67,12 +87,10 @@ bool ScriptPlayer::play(std::istream& script, std::string const& name)
 {
     std::string line;
     for (int number = 1; !quit_ && std::getline(script, line); ++number) {
-        try {
-            playLine(line);
-        } catch (std::runtime_error const& failure) {
+        if (auto const played = playLine(line); !played) {
             conversation_.takeEvents();
             conversation_.transcript().error(name + ":" + std::to_string(number) + ": " + std::string(trimmed(line)) +
-                                             ": " + failure.what());
+                                             ": " + played.error().reason);
             return false;
         }
     }
@@ -80,25 +98,25 @@ bool ScriptPlayer::play(std::istream& script, std::string const& name)
     return true;
 }
 
-void ScriptPlayer::playLine(std::string const& line)
+Outcome<> ScriptPlayer::playLine(std::string const& line)
 {
-    checkStop();
+    if (auto stopped = checkStop(); !stopped) {
+        return stopped;
+    }
     conversation_.takeEvents();
     std::string_view const text = trimmed(line);
     if (isRequestText(text)) {
-        return send(replaced(std::string(text)));
+        return replaced(std::string(text)).and_then([this](std::string const& request) { return send(request); });
     }
-    Words words = splitWords(text);
-    if (words.empty()) {
-        return;
-    }
-    for (std::string& word : words) {
-        word = replaced(std::move(word));
-    }
-    if (Step const step = findStep(words)) {
-        return (this->*step)(words);
-    }
-    run(words);
+    return splitWords(text)
+        .and_then([this](Words const& words) { return replaced(words); })
+        .and_then([this](Words const& words) {
+            if (words.empty()) {
+                return Outcome<>();
+            }
+            Step const step = findStep(words);
+            return step == nullptr ? run(words) : (this->*step)(words);
+        });
 }
 
 ScriptPlayer::Step ScriptPlayer::findStep(Words const& words)
@@ -122,27 +140,28 @@ ScriptPlayer::Step ScriptPlayer::findStep(Words const& words)
     return nullptr;
 }
 
-void ScriptPlayer::send(std::string const& request)
+Outcome<> ScriptPlayer::send(std::string const& request)
 {
-    beforeRequest();
-    afterRequest(conversation_.interpreter().send(request));
+    return beforeRequest().map([&] { noteResult(conversation_.interpreter().send(request)); });
 }
 
-void ScriptPlayer::run(Words const& words)
+Outcome<> ScriptPlayer::run(Words const& words)
 {
-    beforeRequest();
-    afterRequest(conversation_.interpreter().run(words));
+    return beforeRequest()
+        .and_then([&] { return conversation_.interpreter().run(words); })
+        .map([this](CommandInterpreter::Result const& result) { noteResult(result); });
 }
 
-void ScriptPlayer::beforeRequest()
+Outcome<> ScriptPlayer::beforeRequest()
 {
     conversation_.settle();
-    checkStop();
-    conversation_.takeEvents();
-    journal_.requestSent();
+    return checkStop().map([this] {
+        conversation_.takeEvents();
+        journal_.requestSent();
+    });
 }
 
-void ScriptPlayer::afterRequest(CommandInterpreter::Result const& result)
+void ScriptPlayer::noteResult(CommandInterpreter::Result const& result)
 {
     quit_ = result.kind == CommandInterpreter::Kind::kQuit;
     if (result.kind != CommandInterpreter::Kind::kRequest) {
@@ -153,107 +172,129 @@ void ScriptPlayer::afterRequest(CommandInterpreter::Result const& result)
     answer_ = result.answer;
 }
 
-void ScriptPlayer::expect(Words const& words)
+Outcome<> ScriptPlayer::expect(Words const& words)
 {
     if (words.size() > 1 && equalIgnoringCase(words[1], "lamp")) {
         return expectLamp(words);
     }
     if (words.size() < 3 || !equalIgnoringCase(words[1], "answer")) {
-        throw CommandError("write it as: expect answer WORD, or expect lamp KEY MODE [within SECONDS]");
+        return usage("expect answer WORD, or expect lamp KEY MODE [within SECONDS]");
     }
-    expectAnswer(words);
+    return expectAnswer(words);
 }
 
-void ScriptPlayer::expectAnswer(Words const& words)
+Outcome<> ScriptPlayer::expectAnswer(Words const& words)
 {
     if (!hasRequest_) {
-        throw ScriptFailure("no request was sent before");
+        return failure("no request was sent before");
     }
-    std::string const expected = joinWords(words, 2);
     if (!answer_) {
-        throw ScriptFailure("the request has no answer");
+        return failure("the request has no answer");
     }
-    if (!answers(*answer_, expected)) {
-        throw ScriptFailure("the answer was " + *answer_);
+    if (!answers(*answer_, joinWords(words, 2))) {
+        return failure("the answer was " + *answer_);
     }
+    return {};
 }
 
-void ScriptPlayer::expectLamp(Words const& words)
+Outcome<> ScriptPlayer::expectLamp(Words const& words)
 {
-    Words step = words;
-    double const seconds = takeWithin(step).value_or(kUsualSeconds);
-    if (step.size() != 4 || std::find(kLampModes.begin(), kLampModes.end(), step[3]) == kLampModes.end()) {
-        throw CommandError("write it as: expect lamp KEY off|steady|flashing|fluttering [within SECONDS]");
-    }
-    auto const deadline = Conversation::Clock::now() + Seconds(seconds);
-    while (true) {
-        auto const mode = conversation_.controls().lampMode(step[2]);
-        if (!mode) {
-            throw CommandError("no lamp " + step[2]);
+    return splitTime(words).and_then([this](TimedStep const& step) -> Outcome<> {
+        bool const isComplete = step.words.size() == 4 &&
+                                std::find(kLampModes.begin(), kLampModes.end(), step.words[3]) != kLampModes.end();
+        if (!isComplete) {
+            return usage("expect lamp KEY off|steady|flashing|fluttering [within SECONDS]");
         }
-        if (*mode == step[3]) {
-            break;
+        return waitForLamp(step.words[2], step.words[3], after(step.seconds.value_or(kUsualSeconds)));
+    });
+}
+
+Outcome<> ScriptPlayer::waitForLamp(std::string const& lamp, std::string const& mode,
+                                    Conversation::Clock::time_point deadline)
+{
+    while (true) {
+        auto const shown = conversation_.controls().lampMode(lamp);
+        if (!shown) {
+            return refuse(RefusalKind::kNotFound, "no lamp " + lamp);
+        }
+        if (*shown == mode) {
+            return {};
         }
         if (Conversation::Clock::now() >= deadline) {
-            throw ScriptFailure("it is " + *mode);
+            return failure("it is " + *shown);
         }
-        checkStop();
+        if (auto stopped = checkStop(); !stopped) {
+            return stopped;
+        }
         conversation_.waitForEvents(Conversation::Clock::now() + kLampPoll);
     }
 }
 
-void ScriptPlayer::wait(Words const& words)
+Outcome<> ScriptPlayer::wait(Words const& words)
 {
-    Words step = words;
-    double const seconds = takeWithin(step).value_or(kUsualSeconds);
-    EventPattern const pattern(step, 1);
-    auto const deadline =
-        Conversation::Clock::now() + std::chrono::duration_cast<Conversation::Clock::duration>(Seconds(seconds));
+    return splitTime(words).and_then([this](TimedStep const& step) {
+        return EventPattern::parse(step.words, 1).and_then([&](EventPattern const& pattern) {
+            return waitForEvent(pattern, after(step.seconds.value_or(kUsualSeconds)));
+        });
+    });
+}
+
+Outcome<> ScriptPlayer::waitForEvent(EventPattern const& pattern, Conversation::Clock::time_point deadline)
+{
     conversation_.takeEvents();
     std::string const* event = journal_.take(pattern);
     while (event == nullptr) {
         bool const came = conversation_.waitForEvents(deadline);
         event = journal_.take(pattern);
-        checkStop();
+        if (auto stopped = checkStop(); !stopped) {
+            return stopped;
+        }
         if (event == nullptr && !came) {
-            throw ScriptFailure("it did not come" + cameInstead());
+            return failure("it did not come" + cameInstead());
         }
     }
     remember(*event, pattern.method());
+    return {};
 }
 
-void ScriptPlayer::never(Words const& words)
+Outcome<> ScriptPlayer::never(Words const& words)
 {
-    Words step = words;
-    auto const seconds = takeWithin(step);
-    if (!seconds) {
-        throw CommandError("write it as: never EVENT within SECONDS");
-    }
-    EventPattern const pattern(step, 1);
-    auto const deadline =
-        Conversation::Clock::now() + std::chrono::duration_cast<Conversation::Clock::duration>(Seconds(*seconds));
-    do {
-        checkStop();
-        if (auto const* const event = journal_.find(pattern)) {
-            throw ScriptFailure("it came: " + *event);
+    return splitTime(words).and_then([this](TimedStep const& step) -> Outcome<> {
+        if (!step.seconds) {
+            return usage("never EVENT within SECONDS");
         }
-    } while (conversation_.waitForEvents(deadline));
-    if (auto const* const event = journal_.find(pattern)) {
-        throw ScriptFailure("it came: " + *event);
-    }
+        return EventPattern::parse(step.words, 1).and_then([&](EventPattern const& pattern) {
+            return waitForNone(pattern, after(*step.seconds));
+        });
+    });
 }
 
-void ScriptPlayer::pause(Words const& words)
+Outcome<> ScriptPlayer::waitForNone(EventPattern const& pattern, Conversation::Clock::time_point deadline)
+{
+    for (bool mayCome = true; mayCome;) {
+        if (auto stopped = checkStop(); !stopped) {
+            return stopped;
+        }
+        mayCome = journal_.find(pattern) == nullptr && conversation_.waitForEvents(deadline);
+    }
+    auto const* const event = journal_.find(pattern);
+    return event == nullptr ? Outcome<>() : failure("it came: " + *event);
+}
+
+Outcome<> ScriptPlayer::pause(Words const& words)
 {
     bool const isDuration = words.size() == 2 || (words.size() == 3 && isSecondsUnit(words[2]));
     if (!isDuration) {
-        throw CommandError("write it as: pause SECONDS");
+        return usage("pause SECONDS");
     }
-    auto const deadline = Conversation::Clock::now() +
-                          std::chrono::duration_cast<Conversation::Clock::duration>(Seconds(secondsOf(words[1])));
-    while (conversation_.waitForEvents(deadline) || Conversation::Clock::now() < deadline) {
-        checkStop();
-    }
+    return secondsOf(words[1]).and_then([this](double seconds) {
+        auto const deadline = after(seconds);
+        auto stopped = checkStop();
+        while (stopped && (conversation_.waitForEvents(deadline) || Conversation::Clock::now() < deadline)) {
+            stopped = checkStop();
+        }
+        return stopped;
+    });
 }
 
 void ScriptPlayer::remember(std::string const& event, std::string_view method)
@@ -279,7 +320,7 @@ std::optional<std::string> ScriptPlayer::rememberedValue(std::string_view tag) c
     return line == values_.end() ? std::nullopt : std::optional(line->second);
 }
 
-std::string ScriptPlayer::replaced(std::string text) const
+Outcome<std::string> ScriptPlayer::replaced(std::string text) const
 {
     std::size_t start = 0;
     while ((start = text.find('{', start)) != std::string::npos) {
@@ -293,12 +334,24 @@ std::string ScriptPlayer::replaced(std::string text) const
         });
         auto const value = isTag ? rememberedValue(tag) : std::nullopt;
         if (isTag && !value) {
-            throw CommandError("no wait before took an event with an element " + tag);
+            return refuse(RefusalKind::kWrongState, "no earlier wait took an event with an element " + tag);
         }
         text.replace(start, end - start + 1, value ? *value : text.substr(start, end - start + 1));
         start += value ? value->size() : 1;
     }
     return text;
+}
+
+Outcome<Words> ScriptPlayer::replaced(Words words) const
+{
+    for (std::string& word : words) {
+        auto text = replaced(std::move(word));
+        if (!text) {
+            return tl::unexpected(std::move(text.error()));
+        }
+        word = *std::move(text);
+    }
+    return words;
 }
 
 std::string ScriptPlayer::cameInstead() const
@@ -315,11 +368,12 @@ std::string ScriptPlayer::cameInstead() const
     return text;
 }
 
-void ScriptPlayer::checkStop() const
+Outcome<> ScriptPlayer::checkStop() const
 {
     if (conversation_.isStopped()) {
-        throw ScriptFailure("ended by a signal");
+        return failure("ended by a signal");
     }
+    return {};
 }
 
 }  // namespace telephone

@@ -25,7 +25,7 @@ std::string printable(std::string_view text)
     return result;
 }
 
-// Rows are padded for their columns; blanks at their end are of no use.
+// Without the trailing blanks of padded columns.
 std::string row(std::string_view text)
 {
     auto const last = text.find_last_not_of(' ');

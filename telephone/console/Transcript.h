@@ -1,5 +1,5 @@
-// What a person sees of requests, answers and events: one line each, marked as what it is. Control characters, which an
-// event may bring from far away, are written as \xNN, so that they do nothing to a terminal.
+// Prints requests, answers and events, one marked line each. Control characters, which events may contain, are printed
+// as \xNN to protect the terminal.
 #pragma once
 
 #include <cstdint>
@@ -15,9 +15,9 @@ class Transcript
 public:
     using Writer = std::function<void(std::string const& line)>;
 
-    // The writer takes a line without its end.
+    // The writer receives lines without their ends.
     explicit Transcript(Writer writer);
-    // Another writer for what follows.
+    // Changes the writer.
     void writeTo(Writer writer) { writer_ = std::move(writer); }
 
     void request(std::string_view text) { mark("request", text); }
@@ -25,7 +25,7 @@ public:
     void noAnswer() { mark("finished", ""); }
     void event(std::uint64_t number, std::string_view text) { mark("event " + std::to_string(number), text); }
     void error(std::string_view text) { mark("error", text); }
-    // Text of the console itself, unmarked; several lines where it holds line ends.
+    // An unmarked text of the console itself; it may have several lines.
     void note(std::string_view text);
     void rows(std::vector<std::string> const& rows);
 

@@ -3,8 +3,6 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "telephone/console/CommandError.h"
-
 namespace telephone {
 
 namespace {
@@ -18,7 +16,7 @@ bool isBlank(char letter)
 }
 
 // Takes one word from the beginning of the line.
-std::string takeWord(std::string_view& line)
+Outcome<std::string> takeWord(std::string_view& line)
 {
     std::string word;
     char quote = '\0';
@@ -37,7 +35,7 @@ std::string takeWord(std::string_view& line)
         }
     }
     if (quote != '\0') {
-        throw CommandError(std::string("a quote ") + quote + " is not closed");
+        return refuse(RefusalKind::kBadInput, std::string("a quote ") + quote + " is not closed");
     }
     line.remove_prefix(i);
     return word;
@@ -45,7 +43,7 @@ std::string takeWord(std::string_view& line)
 
 }  // namespace
 
-Words splitWords(std::string_view line)
+Outcome<Words> splitWords(std::string_view line)
 {
     Words words;
     while (true) {
@@ -54,7 +52,11 @@ Words splitWords(std::string_view line)
             return words;
         }
         line.remove_prefix(start);
-        words.push_back(takeWord(line));
+        auto word = takeWord(line);
+        if (!word) {
+            return tl::unexpected(std::move(word.error()));
+        }
+        words.push_back(*std::move(word));
     }
 }
 
@@ -85,14 +87,14 @@ std::string_view trimmed(std::string_view text)
     return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
-double secondsOf(std::string const& word)
+Outcome<double> secondsOf(std::string const& word)
 {
     char* end = nullptr;
     double const seconds = std::strtod(word.c_str(), &end);
     std::string const unit = end;
     bool const isNumber = end != word.c_str() && (unit.empty() || unit == "s");
     if (!isNumber || !std::isfinite(seconds) || seconds < 0 || seconds > kMostSeconds) {
-        throw CommandError("\"" + word + "\" is no number of seconds (0 to 86400)");
+        return refuse(RefusalKind::kBadInput, "\"" + word + "\" is not a number of seconds from 0 to 86400");
     }
     return seconds;
 }

@@ -1,63 +1,49 @@
-// A small call server on loopback, for people who have none: a registrar with digest authentication, redirection
-// between the numbers that are registered, numbers that behave in a fixed way (NumberBehaviour.h), pick-up, message
-// waiting and the dialogs of a party as event packages. Its owner makes it on the loop that the telephone uses and
-// destroys it before that loop ends. Operations may be called on any thread.
+// A small call server on loopback for people who have none: a registrar with digest authentication, redirection between
+// registered numbers, numbers with fixed behaviour (NumberBehaviour.h), pick-up, and the event packages "dialog" and
+// "message-summary". Its owner makes it on the telephone's event loop and destroys it while that loop exists.
+// Operations may be called on any thread.
 //
 //     sip::EventLoop loop;  loop.start();
 //     Exchange exchange(loop, {});
 //     ... register at "sip:" + exchange.hostPort() ...
 //
-// How the event package "dialog" is served: for its own numbers the exchange tells their calls itself (a number that is
-// busy shows one call for as long as it is). Calls between registered numbers do not pass here, since they are
-// redirected; so for those it subscribes at the telephone itself and passes on what that tells.
+// Event package "dialog": the exchange reports the calls of its own numbers itself; a number that is always busy shows
+// one call. Calls between registered numbers are redirected and do not pass through the exchange, so for those it
+// subscribes at the telephone and passes on what that reports.
 #pragma once
 
-#include <chrono>
 #include <cstdint>
+#include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "telephone/exchange/DeferredWork.h"
+#include "telephone/exchange/ExchangeCalls.h"
+#include "telephone/exchange/ExchangeConfig.h"
+#include "telephone/exchange/MessageBoxes.h"
 #include "telephone/exchange/NumberBehaviour.h"
-#include "telephone/sip/DialogInfo.h"
-#include "telephone/sip/Log.h"
-
-namespace telephone::sip {
-class EventLoop;
-}
+#include "telephone/exchange/Pickups.h"
+#include "telephone/exchange/Registrar.h"
+#include "telephone/exchange/TelephoneDialogs.h"
+#include "telephone/exchange/Watchers.h"
+#include "telephone/sip/EventLoop.h"
+#include "telephone/sip/UserAgent.h"
 
 namespace telephone::exchange {
 
-// Prefix of a number whose ringing call is to be picked up, and the number that picks up any ringing call.
+// The prefix that picks up the call ringing at a number, and the number that picks up any ringing call.
 constexpr char const* kDirectedPickup = "*97";
 constexpr char const* kGroupPickup = "*98";
 
-struct ExchangeUser
-{
-    std::string number;
-    std::string password;
-};
-
-struct ExchangeConfig
-{
-    std::string address = "127.0.0.1";
-    std::uint16_t port = 0;  // UDP, and TCP where it is free; 0: chosen
-    std::string realm = "exchange";
-    std::vector<ExchangeUser> users;                    // who may register
-    std::optional<std::string> anyPassword = "secret";  // where set, any other number may, with this password
-    std::uint32_t longestExpires = 3600;                // seconds that a registration is granted at most
-    std::chrono::seconds nonceLifetime{300};
-    sip::Logger log;
-    bool traceMessages = false;
-};
-
-class Exchange
+class Exchange final : public sip::UserAgentObserver
 {
 public:
-    // Throws std::runtime_error when it cannot bind its port, saying why.
+    // Throws std::runtime_error, naming the port and the error, if it cannot bind its port.
     Exchange(sip::EventLoop& loop, ExchangeConfig config);
-    ~Exchange();
+    ~Exchange() override;
     Exchange(Exchange const&) = delete;
     Exchange& operator=(Exchange const&) = delete;
 
@@ -65,28 +51,56 @@ public:
     std::uint16_t port() const;    // UDP
     std::uint16_t tcpPort() const;
 
-    // Gives a number another behaviour, or makes a new number; std::nullopt takes the number away. Calls that are up go
-    // on as they began. Watchers of the number are told when it becomes busy or free by it.
+    // Changes the behaviour of a number, or adds a number; std::nullopt removes it. Present calls continue. Watchers of
+    // the number are notified.
     void setBehaviour(std::string const& number, std::optional<NumberBehaviour> const& behaviour);
-    std::optional<NumberBehaviour> behaviourOf(std::string const& number) const;
 
-    // How many messages wait for a number; its subscribers are told. unsolicited: its telephones too, unasked.
+    // Sets the number of waiting messages and notifies the subscribers. unsolicited: also notifies the number's
+    // telephones.
     void setMessages(std::string const& number, sip::MessageCounts const& counts, bool unsolicited = false);
 
     bool isRegistered(std::string const& number) const;
+    // The latest registration first.
     std::vector<std::string> contactsOf(std::string const& number) const;
-    // Calls of its own numbers that ring or talk.
+    // Ringing and established calls of its own numbers.
     std::size_t callCount() const;
-    // How many watch a number (event package "dialog" or "message-summary").
+    // Subscribers of a number, for the event package "dialog" or "message-summary".
     std::size_t watcherCount(std::string const& number, std::string const& event) const;
-    // Calls a registered number (or any SIP URI) as one of its own numbers and echoes; the call stays until the far end
-    // ends it. False, with the reason in the log, when there is nobody to call.
-    bool callNumber(std::string const& from, std::string const& to);
-
-    struct Impl;
+    // Calls a registered number or a SIP URI from one of its own numbers, which echoes until the far end hangs up.
+    // kBadInput: the target is not a SIP URI; kUnavailable: the stack cannot send.
+    [[nodiscard]] Outcome<> callNumber(std::string const& from, std::string const& to);
 
 private:
-    std::shared_ptr<Impl> impl_;
+    // No request must be handled before the last member is made.
+    Exchange(sip::EventLoop& loop, ExchangeConfig config, std::lock_guard<sip::EventLoop> const& locked);
+
+    bool knowsUser(std::string const& user) override;
+    void onIncomingCall(std::unique_ptr<sip::Session> session) override;
+    void onTransferRequested(std::unique_ptr<sip::Transfer> transfer) override;
+    void onSubscribe(std::unique_ptr<sip::Notifier> notifier) override;
+    void onRequest(std::unique_ptr<sip::IncomingRequest>& request) override;
+
+    void takeCall(std::unique_ptr<sip::Session> session, std::string const& number);
+    void echoInfo(sip::IncomingRequest& request);
+    NumberBehaviour const* behaviourOf(std::string const& number) const;
+    void registrationChanged(std::string const& number);
+    void dialogsChanged(std::string const& number);
+    void updateFollowing(std::string const& number);
+    std::string dialogDocument(std::string const& number);
+
+    sip::EventLoop& loop_;
+    ExchangeConfig config_;
+    bool closed_ = false;
+    std::unique_ptr<sip::UserAgent> agent_;
+    DeferredWork deferred_;
+    std::map<std::string, NumberBehaviour> behaviours_;
+    Registrar registrar_;
+    Watchers dialogWatchers_;
+    std::map<std::string, std::uint32_t> dialogVersions_;
+    MessageBoxes messages_;
+    TelephoneDialogs telephoneDialogs_;
+    ExchangeCalls calls_;
+    Pickups pickups_;
 };
 
 }  // namespace telephone::exchange

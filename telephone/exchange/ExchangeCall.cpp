@@ -2,13 +2,11 @@
 
 #include <atomic>
 
-#include "telephone/exchange/ExchangeCore.h"
+#include "telephone/exchange/ExchangeAgent.h"
 
 namespace telephone::exchange {
 
 namespace {
-
-constexpr char const* kCstaType = "application/csta+xml";
 
 std::string nextId()
 {
@@ -23,13 +21,15 @@ bool startsWith(std::string const& text, std::string_view beginning)
 
 }  // namespace
 
-ExchangeCall::ExchangeCall(ExchangeCore& core, std::string number, NumberBehaviour const& behaviour)
-    : core_(core)
+ExchangeCall::ExchangeCall(sip::UserAgent& agent, ExchangeCallObserver& observer, std::string number,
+                           NumberBehaviour const& behaviour)
+    : agent_(agent)
+    , observer_(observer)
     , number_(std::move(number))
     , behaviour_(behaviour)
     , id_(nextId())
-    , step_(core.loop())
-    , hangUpTimer_(core.loop())
+    , step_(agent.loop())
+    , hangUpTimer_(agent.loop())
 {}
 
 ExchangeCall::~ExchangeCall()
@@ -47,8 +47,8 @@ void ExchangeCall::adopt(std::unique_ptr<sip::Session> session)
 void ExchangeCall::take(std::unique_ptr<sip::Session> session)
 {
     adopt(std::move(session));
-    session_->ring();
-    core_.changed(number_);
+    logRefusal(agent_, "number " + number_, session_->ring());
+    observer_.callChanged(*this);
     if (behaviour_.answerAfter == milliseconds(0)) {
         answer();
     } else if (behaviour_.answerAfter != kNever) {
@@ -80,43 +80,46 @@ void ExchangeCall::takeFor(std::unique_ptr<sip::Session> session, ExchangeCall& 
     outgoing.waitsForPartner_ = true;
 }
 
-bool ExchangeCall::dial(std::string const& target, std::optional<sip::Replaces> const& replaces,
-                        std::string const& referredBy, std::unique_ptr<sip::Transfer> askedBy)
+Outcome<> ExchangeCall::dial(std::string const& target, std::optional<sip::Replaces> const& replaces,
+                             std::string const& referredBy, std::unique_ptr<sip::Transfer> requestedBy)
 {
-    transfer_ = std::move(askedBy);
+    transfer_ = std::move(requestedBy);
     sip::CallRequest request;
-    request.account = core_.accountOf(number_);
+    request.account = accountOf(agent_, number_);
     request.target = target;
     request.replaces = replaces;
     request.referredBy = referredBy;
-    std::string whyNot;
-    session_ = core_.agent().call(request, *this, &whyNot);
-    if (!session_) {
-        tellTransfer(503, "Service Unavailable");
+    auto session = agent_.call(request, *this);
+    if (!session) {
+        notifyTransfer(503, "Service Unavailable");
         ended_ = true;
-        return false;
+        return tl::unexpected(session.error());
     }
+    session_ = std::move(*session);
     session_->audio().setEcho(true);
-    core_.changed(number_);
-    return true;
+    observer_.callChanged(*this);
+    return {};
 }
 
 void ExchangeCall::answer()
 {
     answered_ = true;
-    if (!session_->answer()) {
-        core_.say(sip::LogLevel::kWarning, "Number " + number_ + " cannot answer");
-    }
+    logRefusal(agent_, "number " + number_, session_->answer());
 }
 
-// What the number does after the answer, one thing after the other.
+void ExchangeCall::modify(sip::Direction direction)
+{
+    logRefusal(agent_, "number " + number_, session_->modify(direction));
+}
+
+// The steps of the number after the answer.
 void ExchangeCall::proceed()
 {
     if (behaviour_.hangUpAfter > milliseconds(0)) {
         hangUpTimer_.start(behaviour_.hangUpAfter, [this] { hangUp(); });
     }
     if (behaviour_.holdAfter > milliseconds(0)) {
-        step_.start(behaviour_.holdAfter, [this] { session_->modify(sip::Direction::kSendOnly); });
+        step_.start(behaviour_.holdAfter, [this] { modify(sip::Direction::kSendOnly); });
     }
 }
 
@@ -143,10 +146,10 @@ void ExchangeCall::end()
         partner->hangUp();
     }
     if (answered_ && behaviour_.callBack && !session_->isOutgoing()) {
-        core_.callBack(number_, session_->remoteParty(), session_->remoteContact());
+        observer_.callBackRequested(number_, session_->remoteParty(), session_->remoteContact());
     }
-    core_.changed(number_);
-    core_.drop(*this);
+    observer_.callChanged(*this);
+    observer_.callEnded(*this);
 }
 
 void ExchangeCall::connect(ExchangeCall& other)
@@ -173,7 +176,7 @@ void ExchangeCall::disconnect()
     partner_ = nullptr;
 }
 
-void ExchangeCall::tellTransfer(int status, std::string const& reason)
+void ExchangeCall::notifyTransfer(int status, std::string const& reason)
 {
     if (!transfer_) {
         return;
@@ -210,24 +213,24 @@ sip::DialogEntry ExchangeCall::dialogEntry() const
                session_->state() == sip::SessionState::kAnswering) {
         entry.state = DialogState::kConfirmed;
     }
-    entry.local.identity = core_.accountOf(number_).addressOfRecord();
+    entry.local.identity = accountOf(agent_, number_).addressOfRecord();
     entry.local.target = session_->localContact();
-    const sip::NameAddr remote = session_->remoteParty();
+    sip::NameAddr const remote = session_->remoteParty();
     entry.remote = {remote.uri.formatAddressOfRecord(), remote.displayName, session_->remoteContact()};
     return entry;
 }
 
 void ExchangeCall::onProgress(sip::Session&, sip::Response const& response, bool)
 {
-    tellTransfer(response.status, response.reason);
-    core_.changed(number_);
+    notifyTransfer(response.status, response.reason);
+    observer_.callChanged(*this);
 }
 
 void ExchangeCall::onEstablished(sip::Session&)
 {
     answered_ = true;
-    tellTransfer(200, "OK");
-    core_.changed(number_);
+    notifyTransfer(200, "OK");
+    observer_.callChanged(*this);
     if (auto const replaced = replaced_.lock()) {
         (*replaced)->hangUp();
     }
@@ -242,26 +245,26 @@ void ExchangeCall::onModified(sip::Session&, bool accepted, int, std::string con
 {
     bool const holding = session_->localDirection() == sip::Direction::kSendOnly;
     if (accepted && holding && behaviour_.retrieveAfter > milliseconds(0)) {
-        step_.start(behaviour_.retrieveAfter, [this] { session_->modify(sip::Direction::kSendReceive); });
+        step_.start(behaviour_.retrieveAfter, [this] { modify(sip::Direction::kSendReceive); });
     }
 }
 
 void ExchangeCall::onInfo(sip::Session&, sip::Content const& content)
 {
-    if (startsWith(content.type, kCstaType)) {
-        session_->sendInfo(content);
+    if (startsWith(content.type, sip::kCstaType)) {
+        logRefusal(agent_, "number " + number_, session_->sendInfo(content));
     }
 }
 
 void ExchangeCall::onTransferRequested(sip::Session&, std::unique_ptr<sip::Transfer> transfer)
 {
-    core_.transfer(number_, std::move(transfer));
+    observer_.transferRequested(*this, std::move(transfer));
 }
 
 void ExchangeCall::onClosed(sip::Session&, sip::Closing const& closing)
 {
     if (!answered_) {
-        tellTransfer(closing.status >= 300 ? closing.status : 487, closing.text);
+        notifyTransfer(closing.status >= 300 ? closing.status : 487, closing.text);
     }
     end();
 }

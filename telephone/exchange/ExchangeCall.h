@@ -1,8 +1,9 @@
-// One call of one of the exchange's own numbers, and what that number does with it. Owned by the exchange, which drops
-// it some time after it has ended. On the loop's thread, or under the lock.
+// One call of one of the exchange's own numbers, handled according to the number's behaviour. Owned by ExchangeCalls,
+// which destroys it some time after it has ended. Used under the lock.
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "telephone/exchange/AudioRelay.h"
@@ -10,28 +11,45 @@
 #include "telephone/sip/DialogInfo.h"
 #include "telephone/sip/Session.h"
 #include "telephone/sip/Timer.h"
+#include "telephone/sip/UserAgent.h"
 
 namespace telephone::exchange {
 
-struct ExchangeCore;
+class ExchangeCall;
+
+class ExchangeCallObserver
+{
+public:
+    virtual ~ExchangeCallObserver() = default;
+    // The call began, rang, was answered or ended.
+    virtual void callChanged(ExchangeCall const& call) = 0;
+    // Destroy the call, but not within this function.
+    virtual void callEnded(ExchangeCall& call) = 0;
+    // The far end asks the number to call somebody else.
+    virtual void transferRequested(ExchangeCall const& call, std::unique_ptr<sip::Transfer> transfer) = 0;
+    // The number wants to call its caller.
+    virtual void callBackRequested(std::string const& number, sip::NameAddr const& caller,
+                                   std::string const& contact) = 0;
+};
 
 class ExchangeCall final : private sip::SessionObserver
 {
 public:
-    ExchangeCall(ExchangeCore& core, std::string number, NumberBehaviour const& behaviour);
+    ExchangeCall(sip::UserAgent& agent, ExchangeCallObserver& observer, std::string number,
+                 NumberBehaviour const& behaviour);
     ~ExchangeCall() override;
 
-    // --- how a call begins
-    // As the number's behaviour says.
+    // --- beginnings
+    // Takes an incoming call as the number's behaviour says.
     void take(std::unique_ptr<sip::Session> session);
-    // Answers at once in the place of a call that ends by it (RFC 3891).
+    // Answers at once and then ends the call that it replaces (RFC 3891).
     void takeInsteadOf(std::unique_ptr<sip::Session> session, ExchangeCall& replaced);
-    // Answers both, this call and the one that rings, and lets them hear each other.
+    // Answers both this call and the ringing one, and connects them.
     void pickUp(std::unique_ptr<sip::Session> session, ExchangeCall& ringing);
-    // Calls out; a transfer that asked for it is told how it goes. False when nothing could be sent.
-    bool dial(std::string const& target, std::optional<sip::Replaces> const& replaces, std::string const& referredBy,
-              std::unique_ptr<sip::Transfer> askedBy);
-    // Takes a call, keeps it unanswered, calls out, and connects the two when that call is answered.
+    // Calls out. The transfer that requested the call, if any, is told its progress. A call that refuses has ended.
+    [[nodiscard]] Outcome<> dial(std::string const& target, std::optional<sip::Replaces> const& replaces,
+                                 std::string const& referredBy, std::unique_ptr<sip::Transfer> requestedBy);
+    // Takes a call, which is answered and connected once the outgoing one is answered.
     void takeFor(std::unique_ptr<sip::Session> session, ExchangeCall& outgoing);
 
     std::string const& number() const { return number_; }
@@ -49,7 +67,8 @@ private:
     void end();
     void connect(ExchangeCall& other);
     void disconnect();
-    void tellTransfer(int status, std::string const& reason);
+    void notifyTransfer(int status, std::string const& reason);
+    void modify(sip::Direction direction);
 
     void onProgress(sip::Session&, sip::Response const& response, bool earlyMedia) override;
     void onEstablished(sip::Session&) override;
@@ -58,7 +77,8 @@ private:
     void onTransferRequested(sip::Session&, std::unique_ptr<sip::Transfer> transfer) override;
     void onClosed(sip::Session&, sip::Closing const& closing) override;
 
-    ExchangeCore& core_;
+    sip::UserAgent& agent_;
+    ExchangeCallObserver& observer_;
     std::string number_;
     NumberBehaviour behaviour_;
     std::string id_;
@@ -66,8 +86,8 @@ private:
     sip::Timer step_;
     sip::Timer hangUpTimer_;
     AudioRelay heard_;
-    ExchangeCall* partner_ = nullptr;        // the other end of a call that was picked up
-    std::weak_ptr<ExchangeCall*> replaced_;  // ends when this one is through
+    ExchangeCall* partner_ = nullptr;        // the other call of a pick-up
+    std::weak_ptr<ExchangeCall*> replaced_;  // hung up when this one is established
     std::shared_ptr<ExchangeCall*> self_ = std::make_shared<ExchangeCall*>(this);
     std::unique_ptr<sip::Transfer> transfer_;
     bool answered_ = false;

@@ -1,5 +1,4 @@
-// What the exchange's own numbers do with a call: one row a number. A plain table, changed at run time by
-// Exchange::setBehaviour.
+// The behaviour of the exchange's own numbers: one row per number. Exchange::setBehaviour changes it at run time.
 #pragma once
 
 #include <array>
@@ -13,14 +12,14 @@ using std::chrono::milliseconds;
 
 struct NumberBehaviour
 {
-    int refuseWith = 0;             // status that refuses every call; 0: calls are taken
-    char const* refuseText = "";    // its words
-    milliseconds answerAfter{0};    // rings that long; kNever: for ever
-    milliseconds holdAfter{0};      // after the answer; 0: not
+    int refuseWith = 0;             // status that refuses every call; 0: calls are accepted
+    char const* refuseText = "";    // status text
+    milliseconds answerAfter{0};    // time of ringing; kNever: no answer
+    milliseconds holdAfter{0};      // after the answer; 0: never
     milliseconds retrieveAfter{0};  // after holding
-    milliseconds hangUpAfter{0};    // after the answer; 0: when the far end does
-    bool callBack = false;          // calls the caller when the call is over
-    std::string_view does;          // for people
+    milliseconds hangUpAfter{0};    // after the answer; 0: never
+    bool callBack = false;          // calls the caller after the call
+    std::string_view does;          // description
 };
 
 constexpr milliseconds kNever{-1};
@@ -58,7 +57,7 @@ constexpr bool numbersAreUnique()
 }
 static_assert(numbersAreUnique());
 
-// An answer at once, until the far end hangs up: what a number does with a call that takes the place of another.
+// Answers at once and never hangs up.
 inline constexpr NumberBehaviour kAnswering = kNumbers[0].behaviour;
 
 }  // namespace telephone::exchange

@@ -7,7 +7,7 @@ namespace telephone::exchange {
 
 namespace {
 
-// A telephone that tells its calls does so at once.
+// A telephone that reports its calls does so at once.
 constexpr std::chrono::milliseconds kSearchTime{1500};
 
 }  // namespace

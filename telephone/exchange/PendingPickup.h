@@ -1,5 +1,5 @@
-// A caller who dialled a pick-up of calls between registered telephones, while the exchange asks those telephones what
-// rings. Owned by the exchange; under the lock.
+// A caller who has dialled a pick-up, while the exchange asks the registered telephones for their ringing calls.
+// Refused with 480 when it is destroyed with its session. Owned by Pickups; used under the lock.
 #pragma once
 
 #include <functional>
@@ -15,14 +15,14 @@ namespace telephone::exchange {
 class PendingPickup final : private sip::SessionObserver
 {
 public:
-    // over: the time is up, or the caller gave up; may destroy the pick-up.
+    // over: no call was found in time, or the caller has hung up. May destroy the pick-up.
     PendingPickup(sip::EventLoop& loop, std::unique_ptr<sip::Session> session, std::vector<std::string> numbers,
                   std::function<void(PendingPickup&)> over);
     ~PendingPickup() override;
 
     bool isFor(std::string const& number) const;
     std::vector<std::string> const& numbers() const { return numbers_; }
-    // The caller, for the call that was found.
+    // The caller's session, for the call that was found.
     std::unique_ptr<sip::Session> takeSession();
 
 private:

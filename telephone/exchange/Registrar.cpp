@@ -17,17 +17,6 @@ std::uint32_t number(std::string const& text, std::uint32_t otherwise)
     return error == std::errc() && end == text.data() + text.size() ? value : otherwise;
 }
 
-std::vector<std::string> contactValues(sip::IncomingRequest const& request)
-{
-    std::vector<std::string> all;
-    for (auto const& header : request.headers().values("Contact")) {
-        for (auto& value : sip::splitList(header)) {
-            all.push_back(std::move(value));
-        }
-    }
-    return all;
-}
-
 }  // namespace
 
 Registrar::Registrar(ExchangeConfig const& config, std::function<void(std::string const& number)> changed)
@@ -53,31 +42,29 @@ bool Registrar::knows(std::string const& number) const
     return listed || bindings_.count(number) > 0;
 }
 
-std::vector<std::string> Registrar::numbers() const
+std::vector<std::string> Registrar::registeredNumbers() const
 {
-    std::vector<std::string> all;
-    for (auto const& [number, bindings] : bindings_) {
-        all.push_back(number);
+    std::vector<std::string> numbers;
+    for (auto const& entry : bindings_) {
+        if (!contactsOf(entry.first).empty()) {
+            numbers.push_back(entry.first);
+        }
     }
-    return all;
+    return numbers;
 }
 
-void Registrar::forgetExpired(std::vector<Binding>& bindings)
-{
-    auto const now = Clock::now();
-    std::erase_if(bindings, [now](Binding const& binding) { return binding.end <= now; });
-}
-
-std::vector<std::string> Registrar::contactsOf(std::string const& number)
+std::vector<std::string> Registrar::contactsOf(std::string const& number) const
 {
     std::vector<std::string> contacts;
     auto const found = bindings_.find(number);
     if (found == bindings_.end()) {
         return contacts;
     }
-    forgetExpired(found->second);
+    auto const now = Clock::now();
     for (auto binding = found->second.rbegin(); binding != found->second.rend(); ++binding) {
-        contacts.push_back(binding->contact);
+        if (binding->end > now) {
+            contacts.push_back(binding->contact);
+        }
     }
     return contacts;
 }
@@ -107,7 +94,7 @@ bool Registrar::authenticate(sip::IncomingRequest& request, std::string const& n
 
 void Registrar::handle(sip::IncomingRequest& request)
 {
-    const std::string number = request.to().uri.user;
+    std::string const number = request.to().uri.user;
     if (number.empty()) {
         request.reply(404, "Not Found");
         return;
@@ -116,7 +103,7 @@ void Registrar::handle(sip::IncomingRequest& request)
         return;
     }
     auto& bindings = bindings_[number];
-    forgetExpired(bindings);
+    std::erase_if(bindings, [now = Clock::now()](Binding const& binding) { return binding.end <= now; });
     bool const before = !bindings.empty();
     if (!update(request, bindings)) {
         return;
@@ -129,7 +116,7 @@ void Registrar::handle(sip::IncomingRequest& request)
 
 bool Registrar::update(sip::IncomingRequest& request, std::vector<Binding>& bindings)
 {
-    auto const contacts = contactValues(request);
+    auto const contacts = request.headers().list("Contact");
     if (contacts.size() == 1 && contacts.front() == "*") {
         if (request.headers().value("Expires") != "0") {
             request.reply(400, "Contact * without Expires 0");
@@ -154,12 +141,12 @@ bool Registrar::update(sip::IncomingRequest& request, std::vector<Binding>& bind
 
 bool Registrar::bind(sip::IncomingRequest const& request, sip::NameAddr const& contact, std::vector<Binding>& bindings)
 {
-    const std::string uri = contact.uri.format();
+    std::string const uri = contact.uri.format();
     const std::uint32_t sequence = number(request.headers().value("CSeq").substr(0, 10), 0);
     auto const known = std::find_if(bindings.begin(), bindings.end(),
                                     [&uri](Binding const& binding) { return binding.contact == uri; });
     if (known != bindings.end()) {
-        // A late repetition must not undo what came after it.
+        // A late repetition must not undo later changes.
         if (known->callId == request.callId() && sequence < known->sequence) {
             return false;
         }
@@ -173,7 +160,7 @@ bool Registrar::bind(sip::IncomingRequest const& request, sip::NameAddr const& c
     if (bindings.size() >= kMostContacts) {
         bindings.erase(bindings.begin());
     }
-    const std::chrono::seconds granted(std::min(asked, config_.longestExpires));
+    std::chrono::seconds const granted(std::min(asked, config_.longestExpires));
     bindings.push_back({uri, request.callId(), sequence, Clock::now() + granted});
     return true;
 }
@@ -183,7 +170,6 @@ void Registrar::answer(sip::IncomingRequest& request, std::vector<Binding> const
     sip::Headers headers;
     auto const now = Clock::now();
     for (auto const& binding : bindings) {
-        // Rounded up: a second that has begun counts.
         auto const left = std::chrono::ceil<std::chrono::seconds>(binding.end - now).count();
         headers.add("Contact", "<" + binding.contact + ">;expires=" + std::to_string(left));
     }

@@ -1,11 +1,15 @@
-// Who is registered at the exchange and where (RFC 3261 section 10.3), with digest authentication. Owned by the
-// exchange; used under the lock.
+// The registrar of the exchange (RFC 3261 section 10.3), with digest authentication. Owned by the exchange; used under
+// the lock.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <map>
+#include <optional>
+#include <string>
+#include <vector>
 
-#include "telephone/exchange/Exchange.h"
+#include "telephone/exchange/ExchangeConfig.h"
 #include "telephone/sip/Digest.h"
 #include "telephone/sip/Message.h"
 
@@ -14,15 +18,14 @@ namespace telephone::exchange {
 class Registrar
 {
 public:
-    // changed: a number got its first contact or lost its last; told after the answer is sent.
+    // changed: the first contact of a number was added or its last one removed; called after the answer is sent.
     Registrar(ExchangeConfig const& config, std::function<void(std::string const& number)> changed);
 
     void handle(sip::IncomingRequest& request);
-    // The latest first; those whose time is up are not among them.
-    std::vector<std::string> contactsOf(std::string const& number);
-    // All that are or once were registered.
-    std::vector<std::string> numbers() const;
-    // Whether that number may be, or once was, registered here.
+    // URIs of all current contacts, the latest first.
+    std::vector<std::string> contactsOf(std::string const& number) const;
+    std::vector<std::string> registeredNumbers() const;
+    // Whether the number is configured or has ever registered.
     bool knows(std::string const& number) const;
 
 private:
@@ -40,7 +43,6 @@ private:
     bool update(sip::IncomingRequest& request, std::vector<Binding>& bindings);
     bool bind(sip::IncomingRequest const& request, sip::NameAddr const& contact, std::vector<Binding>& bindings);
     void answer(sip::IncomingRequest& request, std::vector<Binding> const& bindings);
-    static void forgetExpired(std::vector<Binding>& bindings);
 
     ExchangeConfig const& config_;
     sip::DigestServer digest_;

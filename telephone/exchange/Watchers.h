@@ -1,5 +1,4 @@
-// Who watches what of a number: the subscriptions to one event package, by number. Owned by the exchange; under the
-// lock.
+// The subscribers to one event package, by number. Owned by the exchange; used under the lock.
 #pragma once
 
 #include <functional>
@@ -15,13 +14,14 @@ namespace telephone::exchange {
 class Watchers
 {
 public:
-    // contentType: of the documents. gone: a number lost its last watcher.
+    // contentType: of the documents. gone: the last subscriber of a number is gone.
     Watchers(std::string contentType, std::function<void(std::string const& number)> gone);
 
-    // Accepts, and sends the state as it is.
+    // Accepts the subscription and sends the present state.
     void add(std::string const& number, std::unique_ptr<sip::Notifier> notifier, std::string const& document);
     void notify(std::string const& number, std::string const& document);
     std::size_t count(std::string const& number) const;
+    void clear() { notifiers_.clear(); }
 
 private:
     void remove(std::string const& number, sip::Notifier const& notifier);

@@ -1,8 +1,8 @@
-// One application as the framework knows it: a name, the events that wait for it, and the event proxy that writes them.
-// The console, the script player and each connection of the application socket has one, opened at TelephoneContext.
+// The framework's view of one application: a name, a queue of events, and the event proxy that writes them. The console
+// and each connection of the application socket have one; TelephoneContext opens it.
 //
-// The proxy is made when the channel first subscribes; its messages arrive here, on the event dispatcher's thread, and
-// wait in the queue until the owner takes them.
+// The first subscription creates the proxy. Its messages arrive on the event dispatcher's thread and wait in the queue
+// until the owner takes them.
 #pragma once
 
 #include <memory>
@@ -23,20 +23,17 @@ public:
 
     [[nodiscard]] std::string const& name() const { return name_; }
     [[nodiscard]] EventQueue& events() { return events_; }
-    // The protocol that the proxy named; empty before there is a proxy.
-    [[nodiscard]] std::string const& protocol() const { return protocol_; }
 
-    void setProtocol(std::string const& protocolName) override { protocol_ = protocolName; }
+    void setProtocol(std::string const& /*protocolName*/) override {}
     void sendEvent(std::string const& message) override { events_.put(message); }
     FrameworkContext& context() override { return context_; }
 
 private:
-    friend class TelephoneContext;  // makes and ends the proxy
+    friend class TelephoneContext;  // creates and destroys the proxy
 
     std::string const name_;
     FrameworkContext& context_;
     EventQueue events_;
-    std::string protocol_;
     std::unique_ptr<Proxy> proxy_;
 };
 

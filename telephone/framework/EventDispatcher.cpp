@@ -33,7 +33,7 @@ bool EventDispatcher::subscribe(Executable* subscriber)
     auto* events = dynamic_cast<CommunicationsServiceEventIfc*>(subscriber);
     if (events == nullptr) {
         log(kLogWarning, "events", "subscription refused: {}",
-            subscriber == nullptr ? "no subscriber" : "the subscriber takes no events");
+            subscriber == nullptr ? "no subscriber" : "the subscriber has no event interface");
         return false;
     }
     std::lock_guard const lock(mutex_);
@@ -97,7 +97,7 @@ void EventDispatcher::run()
 
 void EventDispatcher::deliver(Event const& event, std::unique_lock<std::mutex>& lock)
 {
-    // Subscribers may come and go while one is called: each is looked for again before its turn.
+    // Subscribers may change while one is called: each is looked up again before its turn.
     std::vector<Subscriber> const turn = subscribers_;
     for (Subscriber const& each : turn) {
         bool const still = std::any_of(subscribers_.begin(), subscribers_.end(),

@@ -1,9 +1,9 @@
-// Takes events from whoever sees them happen to every subscriber: the call engine, the lines and the settings post, one
-// thread of its own delivers. Telephone owns the one dispatcher.
+// Delivers events to all subscribers: the call engine, the lines and the settings post them, the dispatcher's own
+// thread delivers. Telephone owns the one dispatcher.
 //
-// Events are delivered in the order of their posting, to every subscriber of that moment, with no lock held: a
-// subscriber may call any operation of the service. A subscriber that is slow delays the events of the others but
-// never who posts, so a subscriber that cannot answer at once keeps a queue of its own (see Channel).
+// Events are delivered in the order of posting, to the subscribers of that moment, with no lock held: a subscriber may
+// call any operation of the service. A slow subscriber delays the events of the others but never blocks `post`, so a
+// subscriber that may be slow keeps a queue of its own (see Channel).
 #pragma once
 
 #include <condition_variable>
@@ -22,7 +22,7 @@ namespace telephone {
 class EventDispatcher
 {
 public:
-    // Calls one operation of the subscriber it is given. Runs once for each subscriber.
+    // Calls one operation of the given subscriber. Runs once for each subscriber.
     using Event = std::function<void(CommunicationsServiceEventIfc&)>;
 
     EventDispatcher();
@@ -30,20 +30,20 @@ public:
     EventDispatcher(EventDispatcher const&) = delete;
     EventDispatcher& operator=(EventDispatcher const&) = delete;
 
-    // Queues an event. Any thread, any lock held; never blocks on a subscriber. Does nothing after stop.
+    // Queues an event. Any thread, with any lock held; never waits for a subscriber. Does nothing after stop.
     void post(Event event);
 
-    // Adds who is to hear of every event posted from now on. False where the executable is null or has no event
-    // interface. A second subscription is a success and changes nothing.
+    // Adds a subscriber to all events posted from now on. False if the executable is null or has no event interface. A
+    // second subscription succeeds and changes nothing.
     bool subscribe(Executable* subscriber);
-    // Removes a subscriber. Afterwards it is not called any more: the call waits for a delivery that is under way,
-    // unless that delivery is what calls here.
+    // Removes a subscriber. It is not called after the return: unsubscribe waits for a delivery in progress, unless the
+    // delivery itself makes this call.
     void unsubscribe(Executable* subscriber);
     [[nodiscard]] std::size_t subscribers() const;
 
-    // Waits until all that was posted before is delivered. Not for the delivering thread.
+    // Waits until all events posted before are delivered. Not on the delivering thread.
     void flush();
-    // Delivers what is queued and ends the thread. The destructor does so too.
+    // Delivers the queued events and ends the thread. The destructor calls it.
     void stop();
 
 private:
@@ -61,7 +61,7 @@ private:
     std::condition_variable delivered_;
     std::deque<Event> queue_;
     std::vector<Subscriber> subscribers_;
-    Executable* receiving_ = nullptr;  // who is being called
+    Executable* receiving_ = nullptr;  // the subscriber being called
     bool delivering_ = false;
     bool stopped_ = false;
     std::thread thread_;

@@ -36,12 +36,6 @@ std::vector<NumberedEvent> EventQueue::take(std::size_t most)
     return taken;
 }
 
-std::size_t EventQueue::size() const
-{
-    std::lock_guard const lock(mutex_);
-    return events_.size();
-}
-
 std::uint64_t EventQueue::dropped() const
 {
     std::lock_guard const lock(mutex_);

@@ -1,5 +1,5 @@
-// The events that wait for one application: numbered from 1, bounded, never blocking who puts one in. When the
-// application does not take them, the oldest is dropped, and the gap in the numbers shows it.
+// The events waiting for one application, numbered from 1. The queue is bounded and `put` never blocks: when it is
+// full, the oldest event is dropped, which leaves a gap in the numbers.
 #pragma once
 
 #include <cstddef>
@@ -21,14 +21,13 @@ struct NumberedEvent
 class EventQueue
 {
 public:
-    // `wake` is called, on the putting thread, after an event came into the empty queue; it must not block.
+    // `wake` is called on the thread of `put` after an event came into the empty queue; it must not block.
     EventQueue(std::size_t limit, std::function<void()> wake);
 
     void put(std::string const& text);
-    // Takes the oldest `most` events, fewer where fewer wait.
+    // Takes the oldest events, at most `most`.
     std::vector<NumberedEvent> take(std::size_t most);
-    [[nodiscard]] std::size_t size() const;
-    // How many were dropped so far.
+    // The number of events dropped so far.
     [[nodiscard]] std::uint64_t dropped() const;
 
 private:

@@ -1,4 +1,4 @@
-// An open file of the system, closed by its destructor. Moved, never copied.
+// Owns a file descriptor and closes it in the destructor. Movable, not copyable.
 #pragma once
 
 #include <utility>

@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <memory>
 #include <mutex>
-#include <stdexcept>
 #include <vector>
 
 #include <spdlog/sinks/basic_file_sink.h>
@@ -27,12 +26,12 @@ std::shared_ptr<spdlog::logger> makeLogger(spdlog::sink_ptr sink)
 {
     auto made = std::make_shared<spdlog::logger>("telephone", std::move(sink));
     made->set_pattern(kPattern);
-    made->set_level(spdlog::level::trace);  // the level is tested before
+    made->set_level(spdlog::level::trace);  // logLine checks the level
     made->flush_on(spdlog::level::err);
     return made;
 }
 
-// Never destroyed: parts that end after main's variables may still write a line.
+// Never destroyed: static objects may still write lines after main has returned.
 struct Output
 {
     std::mutex mutex;
@@ -66,7 +65,7 @@ std::string formatted(char const* format, std::va_list arguments)
 
 }  // namespace
 
-void openLog(int level, std::string const& fileName)
+Outcome<> openLog(int level, std::string const& fileName)
 {
     setLogLevel(level);
     std::shared_ptr<spdlog::logger> opened;
@@ -74,10 +73,11 @@ void openLog(int level, std::string const& fileName)
         opened = fileName.empty() ? makeLogger(std::make_shared<spdlog::sinks::stderr_sink_mt>())
                                   : makeLogger(std::make_shared<spdlog::sinks::basic_file_sink_mt>(fileName));
     } catch (spdlog::spdlog_ex const& error) {
-        throw std::runtime_error("log: cannot open " + fileName + ": " + error.what());
+        return refuse(RefusalKind::kUnavailable, "log: cannot open " + fileName + ": " + error.what());
     }
     std::lock_guard const lock(output().mutex);
     output().logger = std::move(opened);
+    return {};
 }
 
 void setLogLevel(int level)
@@ -122,7 +122,7 @@ void logAppUni(char const* component, char const* source, int level, int line, c
         std::string const text = telephone::formatted(format, arguments);
         telephone::logLine(level, component, fmt::format("{}:{}: {}", source, line, text));
     } catch (std::exception const&) {
-        // The log never fails its caller; a line that cannot be built is lost.
+        // Logging never fails; a line that cannot be formatted is lost.
     }
     va_end(arguments);
 }

@@ -1,7 +1,7 @@
-// The telephone's log. Every part writes through `log`, the loaded library through the platform's two functions
-// (framework/Logging.h); both end in one logger, whose level and place the configuration names. Any thread.
+// The telephone's log. Its parts write with `log`, the loaded library through the platform's two functions
+// (framework/Logging.h). The configuration sets the level and the file. Any thread.
 //
-// A line: time, level, component, text. A failure's text says what failed and why, so that a person can act on it.
+// A line has time, level, component and text. The text of a failure says what failed and why.
 #pragma once
 
 #include <exception>
@@ -12,25 +12,26 @@
 #include <spdlog/fmt/fmt.h>
 
 #include "platform/framework/Logging.h"
+#include "telephone/base/Refusal.h"
 
 namespace telephone {
 
 // The levels that the platform does not name (kLogFailure 2, kLogTrace 5, kLogDetail 6); 0 switches the log off.
 constexpr int kLogOff = 0;
-constexpr int kLogFatal = 1;    // the telephone cannot go on
-constexpr int kLogWarning = 3;  // refused or repaired; the telephone goes on as documented
-constexpr int kLogInfo = 4;     // what an owner wants to know: registered, called, settings changed
+constexpr int kLogFatal = 1;    // the telephone cannot continue
+constexpr int kLogWarning = 3;  // refused or repaired; the telephone continues as documented
+constexpr int kLogInfo = 4;     // news: registrations, calls, changed settings
 
-// Opens the log: an empty file name means standard error. Throws std::runtime_error where the file cannot be opened.
-// Before the first call the log goes to standard error with level kLogInfo.
-void openLog(int level, std::string const& fileName);
-// 0 to 6; values outside are clamped.
+// Opens the log; an empty file name: standard error. Refused if the file cannot be opened. Before the first call the
+// log goes to standard error with level kLogInfo.
+[[nodiscard]] Outcome<> openLog(int level, std::string const& fileName);
+// 0 to 6; other values are clamped.
 void setLogLevel(int level);
 int logLevel();
-// Writes what is buffered, to the file too.
+// Writes buffered lines.
 void flushLog();
 
-// One line that is ready. Writes it where the level is on.
+// Writes one line if its level is on.
 void logLine(int level, std::string_view component, std::string_view text);
 
 template <typename... Arguments>

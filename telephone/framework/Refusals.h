@@ -15,6 +15,16 @@ namespace telephone {
 // Any thread. Never throws.
 void reportRefusal(std::string_view component, Refusal const& refusal);
 
+// True when the outcome is a refusal, which is then reported.
+template <typename Value>
+bool reportIfRefused(std::string_view component, Outcome<Value> const& outcome)
+{
+    if (!outcome) {
+        reportRefusal(component, outcome.error());
+    }
+    return !outcome;
+}
+
 // Collects the refusals that its thread reports, from its construction to its destruction. Collectors nest: the
 // innermost one collects.
 class RefusalCollector

@@ -13,7 +13,7 @@ namespace telephone {
 
 namespace {
 
-// The response of one request, alive while the request runs.
+// The response to one request, alive while the request runs.
 class Response : public InvokerResponse
 {
 public:

@@ -1,5 +1,5 @@
-// Hands a request to the loaded library's invoker and brings its answer back. Telephone owns the one runner; requests
-// may run on several threads at once.
+// Passes requests to the loaded library's invoker and returns the answers. Telephone owns the one runner; requests may
+// run on several threads at once.
 #pragma once
 
 #include <optional>
@@ -21,15 +21,15 @@ class RequestRunner
 public:
     struct Reply
     {
-        std::optional<std::string> answer;  // none: a request that is never answered
-        bool finished = false;              // the invoker has said that the request is done
-        std::vector<Refusal> refusals;      // what the telephone refused while the request ran
+        std::optional<std::string> answer;  // nothing: the request has no answer
+        bool finished = false;              // the invoker has reported the end of the request
+        std::vector<Refusal> refusals;      // reported on this thread while the request ran
     };
 
     RequestRunner(Executable& service, Invoker& invoker);
 
-    // Runs a request, behind whose text a NUL must stand, on behalf of a channel. Returns when it is done. Never
-    // throws: a request that the service cannot take is answered "sfiFailure", and the log says why.
+    // Runs a request on behalf of a channel and returns when it is done. A NUL must follow its text. Never throws: if
+    // the request cannot be run, the answer is "sfiFailure" and the log says why.
     Reply run(Channel const& channel, std::string_view request);
 
 private:

@@ -5,7 +5,7 @@
 #include <condition_variable>
 #include <mutex>
 
-// Priorities are not lent: the telephone's threads all run at the system's ordinary one.
+// Without priority inheritance: all threads of the telephone have the same priority.
 class Semaphore::State
 {
 public:

@@ -1,5 +1,5 @@
-// The form of a list: its values one after the other, separated by ",". In a text a "," and a "\" have a "\" before
-// them, so that a list can always be taken apart again. An empty list is the empty text.
+// Serializes a list as its values separated by ",". A "\" precedes each "," and "\" inside a text, so that the list can
+// be split again. An empty list is an empty text.
 #include "platform/framework/Serializer.h"
 
 namespace {

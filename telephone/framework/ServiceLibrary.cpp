@@ -16,7 +16,7 @@ namespace telephone {
 
 namespace {
 
-// Seen from the program's folder: beside it, where the build leaves it, where an installation does.
+// Relative to the program's folder: the same folder, the build's and an installation's.
 constexpr std::array<std::string_view, 3> kFolders{".", "../src", "../lib"};
 
 std::filesystem::path programFolder()
@@ -32,30 +32,30 @@ std::string loaderReason()
 
 }  // namespace
 
-std::string ServiceLibrary::find(std::string const& wish)
+Outcome<std::string> ServiceLibrary::find(std::string const& wish)
 {
     if (!wish.empty()) {
         return wish;
     }
     if (char const* const named = std::getenv(kEnvironment); named != nullptr && *named != '\0') {
-        return named;
+        return std::string(named);
     }
     std::string looked;
     std::error_code ignored;
     for (std::string_view const folder : kFolders) {
         auto const candidate = (programFolder() / folder / kFileName).lexically_normal();
         if (std::filesystem::exists(candidate, ignored)) {
-            return candidate;
+            return candidate.string();
         }
         looked += "\n  " + candidate.string();
     }
-    // Installed where the loader looks by itself, for example /usr/lib/<triplet>.
+    // In a folder that the loader searches, for example /usr/lib/<triplet>.
     if (void* const handle = dlopen(kFileName, RTLD_NOW | RTLD_LOCAL); handle != nullptr) {
         dlclose(handle);
-        return kFileName;
+        return std::string(kFileName);
     }
-    throw std::runtime_error(std::string(kFileName) + " not found: name it with --library or " + kEnvironment +
-                             ". Looked for it at:" + looked);
+    return refuse(RefusalKind::kNotFound, std::string(kFileName) + " not found: name it with --library or " +
+                                              kEnvironment + ". Looked for it at:" + looked);
 }
 
 ServiceLibrary::ServiceLibrary(std::string const& path)

@@ -1,9 +1,10 @@
-// The loaded shared library of the service and its three factories. Whoever holds an object that it made destroys the
-// object before the library: its code goes with the library.
+// The loaded shared library of the service and its three factories. Objects that it made must be destroyed before it.
 #pragma once
 
 #include <memory>
 #include <string>
+
+#include "telephone/base/Refusal.h"
 
 class Invoker;
 class Proxy;
@@ -17,12 +18,11 @@ public:
     static constexpr char const* kFileName = "libcommunications_service.so";
     static constexpr char const* kEnvironment = "COMMUNICATIONS_SERVICE_LIBRARY";
 
-    // The library's file: the wish where there is one, else what the environment names, else the file beside the
-    // program or in the folders that a build and an installation put it in. Throws std::runtime_error naming every
-    // place that was looked at.
-    static std::string find(std::string const& wish);
+    // The library's file: `wish` unless empty, else the file that the environment names, else the file beside the
+    // program or in the folders of a build and an installation. A refusal names every place searched.
+    [[nodiscard]] static Outcome<std::string> find(std::string const& wish);
 
-    // Loads a library. Throws std::runtime_error with the loader's reason, or the factory that is missing.
+    // Loads a library. Throws std::runtime_error with the loader's reason, or the missing factory.
     explicit ServiceLibrary(std::string const& path);
     ~ServiceLibrary();
     ServiceLibrary(ServiceLibrary const&) = delete;
@@ -41,7 +41,7 @@ private:
     };
 
     std::unique_ptr<void, Closer> handle_;
-    // Each object begins with its framework class, so the factories are called as making that.
+    // Each object begins with its framework class, so these types fit the factories.
     Service* (*service_)();
     Invoker* (*invoker_)();
     Proxy* (*eventProxy_)();

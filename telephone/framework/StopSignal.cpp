@@ -12,7 +12,7 @@ namespace telephone {
 
 StopSignal::StopSignal()
 {
-    // A peer that has gone shows as a failed write.
+    // A write to a closed connection shall fail instead of ending the program.
     std::signal(SIGPIPE, SIG_IGN);
     sigset_t set;
     sigemptyset(&set);
@@ -26,9 +26,17 @@ StopSignal::StopSignal()
     }
 }
 
+void StopSignal::wait() const
+{
+    constexpr int kForever = -1;
+    pollfd waited{signals_.get(), POLLIN, 0};
+    while (poll(&waited, 1, kForever) < 0) {
+    }
+}
+
 bool StopSignal::isRaised() const
 {
-    // The signal is left where it is, so that everyone who asks sees it.
+    // The signal is not consumed: all callers see it.
     pollfd query{signals_.get(), POLLIN, 0};
     return poll(&query, 1, 0) > 0;
 }

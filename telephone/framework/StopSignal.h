@@ -1,5 +1,5 @@
-// Takes SIGINT, SIGTERM and SIGHUP as a readable descriptor instead of an interruption. Made by main before any thread
-// starts: the signals are blocked in every thread from then on.
+// Turns SIGINT, SIGTERM and SIGHUP into a readable descriptor. Made by main before any thread starts, since it blocks
+// the signals in every thread.
 #pragma once
 
 #include "telephone/framework/FileDescriptor.h"
@@ -11,9 +11,10 @@ class StopSignal
 public:
     StopSignal();  // throws std::system_error
 
-    // Readable from the first such signal on.
+    // Readable after the first signal.
     [[nodiscard]] int descriptor() const { return signals_.get(); }
     [[nodiscard]] bool isRaised() const;
+    void wait() const;
 
 private:
     FileDescriptor signals_;

@@ -1,9 +1,9 @@
-// The context that the loaded service is given: it finds the platform's executables by name, the proxy of a channel by
-// interface, and the channel of a proxy. Telephone owns the one context; look-ups come from any thread.
+// The framework context of the loaded service: looks up the platform's executables by name, the proxy of a channel by
+// interface, and the channel of a proxy. Telephone owns the one context; any thread may look up.
 //
 //     context.registerExecutable("LocalMgmtIfc", &localMgmt);
 //     auto channel = context.openChannel("console", 1000, wake);
-//     ... the channel's Subscribe request makes findProxy create its proxy ...
+//     ... the channel's Subscribe request calls findProxy, which creates its proxy ...
 //     context.closeChannel(channel);
 #pragma once
 
@@ -25,24 +25,24 @@ class TelephoneContext : public SvcRTEContext
 public:
     using ProxyFactory = std::function<std::unique_ptr<Proxy>()>;
 
-    // The one interface that channels can subscribe to.
+    // The only interface that channels can subscribe to.
     static constexpr char const* kEventInterface = "CommunicationsServiceEventIfc";
 
     explicit TelephoneContext(EventDispatcher& dispatcher);
     ~TelephoneContext() override;
 
-    // Makes an executable known under a name; a later one of the same name takes its place. The context does not own
+    // Registers an executable under a name; a later one of the same name replaces it. The context does not own
     // it.
     void registerExecutable(std::string const& name, Executable* executable);
-    // What makes event proxies. Set before the first channel subscribes; without one no proxy is found.
+    // Sets the factory of event proxies, before the first subscription. Without one, findProxy returns null.
     void setProxyFactory(ProxyFactory factory);
 
-    // Opens an application's channel. Names are the caller's to keep apart; null where the name is taken.
+    // Opens an application's channel; null if the name is in use.
     std::shared_ptr<Channel> openChannel(std::string const& name, std::size_t queueLimit, std::function<void()> wake);
-    // Ends its subscription and destroys its proxy. Afterwards no event reaches the channel.
+    // Ends the subscription and destroys the proxy. No event reaches the channel afterwards.
     void closeChannel(std::shared_ptr<Channel> const& channel);
 
-    // Every channel that is still open; before the library that the proxies come from is unloaded.
+    // Closes all open channels. Called before the library that made the proxies is unloaded.
     void closeAllChannels();
 
     Executable* findExecutable(std::string const& name) override;

@@ -1,6 +1,6 @@
-// One-shot timers of the telephone: those that the service and the platform start by number, and those of the
-// telephone's own parts, which bring what is to be done. Telephone owns the one timer service; expiries run on its
-// thread, one after the other, with no lock held.
+// One-shot timers: numbered ones for the service and the platform, and ones with an action for the telephone's own
+// parts. Telephone owns the one timer service. Expiries run on its thread, one after the other, with no lock
+// held.
 #pragma once
 
 #include <chrono>
@@ -26,23 +26,23 @@ public:
     TimerService(TimerService const&) = delete;
     TimerService& operator=(TimerService const&) = delete;
 
-    // Who is told of the expiry of numbered timers: Executable::timerEvent with the timer's id. Null: nobody. Returns
-    // after an expiry that is under way, unless that is what calls here.
+    // Sets the executable whose timerEvent receives the ids of expired numbered timers; null: none. Waits for an expiry
+    // in progress, unless the expiry itself makes this call.
     void deliverTo(Executable* target);
 
-    // Starts a timer whose expiry is told to the target. The id is never 0 and is not used again before 2^31 others.
+    // Starts a numbered timer. The id is never 0 and is reused only after 2^31 others.
     int start(std::chrono::milliseconds duration);
-    // Starts a timer that runs an action. Ids are from the same sequence.
+    // Starts a timer that runs an action. Its id is from the same sequence.
     int start(std::chrono::milliseconds duration, Action action);
-    // Takes a timer back. False where it has expired or never was. An action that is running is not waited for.
+    // Cancels a timer. False if it has expired or never existed. Does not wait for a running action.
     bool cancel(int id);
 
-    // Forgets every timer and ends the thread, after an expiry that is under way. start answers ids still, whose
-    // timers never expire. The destructor does so too.
+    // Cancels all timers and ends the thread after an expiry in progress. `start` still returns ids, but their timers
+    // never expire. The destructor calls it.
     void stop();
 
 private:
-    using Key = std::pair<Clock::time_point, int>;  // ids keep the order of timers of the same instant
+    using Key = std::pair<Clock::time_point, int>;  // the id orders timers of the same instant
 
     int add(std::chrono::milliseconds duration, Action action);
     void run();
@@ -51,7 +51,7 @@ private:
     std::mutex mutex_;
     std::condition_variable changed_;
     std::condition_variable idle_;
-    std::map<Key, Action> timers_;  // no action: numbered
+    std::map<Key, Action> timers_;  // without an action: numbered
     Executable* target_ = nullptr;
     int lastId_ = 0;
     bool expiring_ = false;

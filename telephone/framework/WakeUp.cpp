@@ -17,7 +17,7 @@ WakeUp::WakeUp()
 
 void WakeUp::signal()
 {
-    // Fails only where the counter is full: the thread will wake anyway.
+    // Fails only if the counter is full; the thread wakes up anyway.
     [[maybe_unused]] int const result = eventfd_write(event_.get(), 1);
 }
 

@@ -1,4 +1,4 @@
-// Wakes a thread that polls: a descriptor that is readable between signal and clear. Any thread signals, without
+// Wakes a polling thread: a descriptor that is readable between `signal` and `clear`. Any thread may signal, without
 // blocking.
 #pragma once
 
@@ -9,7 +9,7 @@ namespace telephone {
 class WakeUp
 {
 public:
-    WakeUp();  // throws std::system_error when the system has no descriptor left
+    WakeUp();  // throws std::system_error if no descriptor is available
 
     void signal();
     void clear();

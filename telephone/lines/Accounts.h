@@ -1,5 +1,5 @@
-// The account of a line as the SIP adapter wants it, made of the configuration and of where the call server really is
-// (the built-in exchange chooses its port at run time). Pure functions.
+// The SIP account of a line, from the configuration and the actual address of the call server (the built-in exchange
+// chooses its port at run time). Pure functions.
 #pragma once
 
 #include <string>
@@ -9,17 +9,17 @@
 
 namespace telephone {
 
-// Where lines register: the configured server, or the built-in exchange.
+// The call server: the configured one, or the built-in exchange.
 struct ServerAddress
 {
-    std::string registrar;        // sip:host:port; empty: there is none
-    std::string domain;           // host or host:port; of lines that do not register too
-    std::string defaultPassword;  // of a line without one; empty: none
+    std::string registrar;        // sip:host:port; empty without a call server
+    std::string domain;           // host or host:port, also of lines that do not register
+    std::string defaultPassword;  // for lines without a password of their own
 };
 
 sip::Account accountOf(LineConfiguration const& line, Configuration const& configuration, ServerAddress const& server);
 
-// The user part of a line's address: its id unless the file names another.
+// The user part of a line's address: the configured user, else the line's id.
 std::string const& userOfLine(LineConfiguration const& line);
 
 }  // namespace telephone

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "telephone/framework/Log.h"
+#include <spdlog/fmt/fmt.h>
+
+#include "telephone/framework/Refusals.h"
 
 namespace telephone {
 
@@ -24,11 +26,12 @@ void AppearanceMap::addLine(int lineNumber, std::vector<int> virtualLines)
 void AppearanceMap::assignCallToLine(int lineID, int callID, int& appearanceIndex)
 {
     std::lock_guard const lock(mutex_);
-    forgetStale();
+    removeExpired();
     int const virtualLine = virtualLines_.count(lineID) != 0 ? firstFree(lineID) : lineID;
     auto const appearance = appearances_.find(virtualLine);
     if (appearance == appearances_.end()) {
-        log(kLogFailure, "lines", "call {} gets no appearance: line {} has none that is free", callID, lineID);
+        reportRefusal("lines",
+                      {RefusalKind::kLimit, fmt::format("line {} has no free appearance for call {}", lineID, callID)});
         return;
     }
     auto& mapping = mappings_[callID];
@@ -58,7 +61,7 @@ bool AppearanceMap::findVirtualLineforCallID(int callID, int& lineID, int& appea
 int AppearanceMap::seizeForIncoming(int lineNumber, int callID)
 {
     std::lock_guard const lock(mutex_);
-    forgetStale();
+    removeExpired();
     auto const line = virtualLines_.find(lineNumber);
     if (line == virtualLines_.end()) {
         return 0;
@@ -89,13 +92,12 @@ void AppearanceMap::callEnded(int callID)
     mappings_.erase(callID);
 }
 
-bool AppearanceMap::reserve(int virtualLine)
+void AppearanceMap::reserve(int virtualLine)
 {
     std::lock_guard const lock(mutex_);
-    if (appearances_.count(virtualLine) == 0 || carriesCall(virtualLine)) {
-        return false;
+    if (appearances_.count(virtualLine) != 0 && !carriesCall(virtualLine)) {
+        reserved_.insert(virtualLine);
     }
-    return reserved_.insert(virtualLine).second;
 }
 
 void AppearanceMap::unreserve(int virtualLine)
@@ -104,22 +106,9 @@ void AppearanceMap::unreserve(int virtualLine)
     reserved_.erase(virtualLine);
 }
 
-bool AppearanceMap::isReserved(int virtualLine) const
-{
-    std::lock_guard const lock(mutex_);
-    return reserved_.count(virtualLine) != 0;
-}
-
-std::size_t AppearanceMap::mappedCalls() const
-{
-    std::lock_guard const lock(mutex_);
-    return static_cast<std::size_t>(std::count_if(mappings_.begin(), mappings_.end(),
-                                                  [this](auto const& entry) { return isCurrent(entry.second); }));
-}
-
 bool AppearanceMap::isCurrent(Mapping const& mapping) const
 {
-    return mapping.callExists || clock_() - mapping.madeAt < kPatience;
+    return mapping.callExists || clock_() - mapping.madeAt < kMappingTimeout;
 }
 
 bool AppearanceMap::carriesCall(int virtualLine) const
@@ -148,7 +137,7 @@ int AppearanceMap::firstFree(int lineID) const
     return found;
 }
 
-void AppearanceMap::forgetStale()
+void AppearanceMap::removeExpired()
 {
     std::erase_if(mappings_, [this](auto const& entry) { return !isCurrent(entry.second); });
 }

@@ -1,10 +1,10 @@
-// Which call is on which appearance of a multi-call-appearance line.
+// The calls on the appearances of multi-call-appearance lines.
 //
-// Each appearance has a virtual line number of its own beside the numbers of the lines. A call is mapped when a request
-// names it, before it exists, or when it comes in; it leaves the map when it ends. A mapping whose call never came to
-// be (the request was refused) is forgotten after a while.
+// Each appearance has a virtual line number of its own. An outgoing call is mapped when a request names it, before it
+// exists; an incoming call when it arrives. The mapping ends with the call. The mapping of a call that never comes into
+// existence, because the request was refused, expires.
 //
-// Owned by Lines; any thread.
+// LineTable owns it; any thread.
 #pragma once
 
 #include <chrono>
@@ -23,33 +23,30 @@ class AppearanceMap final : public SfiMCAMapper
 public:
     using Clock = std::function<std::chrono::steady_clock::time_point()>;
 
-    // How long a mapping waits for its call.
-    static constexpr std::chrono::seconds kPatience{10};
+    // A mapping expires when its call has not begun by then.
+    static constexpr std::chrono::seconds kMappingTimeout{10};
 
     explicit AppearanceMap(Clock clock = &std::chrono::steady_clock::now);
 
-    // Makes a line a multi-call-appearance line with these virtual line numbers, appearance 1 first. Before any use.
+    // Adds a multi-call-appearance line with the virtual line numbers of its appearances, the first one first. Before
+    // any use.
     void addLine(int lineNumber, std::vector<int> virtualLines);
 
-    // A number that is no virtual line leaves everything as it is and is logged; that of the line itself means its
-    // first free appearance.
+    // lineID: a virtual line number, or a line number for the first free appearance of that line. Any other number, and
+    // a line without a free appearance, is refused: nothing changes.
     void assignCallToLine(int lineID, int callID, int& appearanceIndex) override;
-    // A reserved appearance comes before the free ones. 0: all are taken.
+    // A reserved appearance if there is one, else the first free one; 0 when all are taken.
     int findFirstFreeVirtualLine(int lineID) const override;
     bool findVirtualLineforCallID(int callID, int& lineID, int& appearanceIndex) const override;
 
-    // Maps a call that comes in to the first appearance that is free and not reserved; 0: there is none.
+    // Maps an incoming call to the first appearance that is neither taken nor reserved; 0 when there is none.
     int seizeForIncoming(int lineNumber, int callID);
-    // The call exists now, on that virtual line.
     void callBegan(int callID, int virtualLine);
     void callEnded(int callID);
 
-    // Keeps an appearance for the next call of its line; false when it is taken, or is none.
-    bool reserve(int virtualLine);
+    // Keeps an appearance for the next outgoing call of its line, unless it is taken.
+    void reserve(int virtualLine);
     void unreserve(int virtualLine);
-    bool isReserved(int virtualLine) const;
-
-    std::size_t mappedCalls() const;
 
 private:
     struct Appearance
@@ -67,7 +64,7 @@ private:
     bool isCurrent(Mapping const& mapping) const;
     bool carriesCall(int virtualLine) const;
     int firstFree(int lineID) const;
-    void forgetStale();
+    void removeExpired();
 
     Clock clock_;
     mutable std::mutex mutex_;

@@ -1,5 +1,5 @@
-// A device identity is a line identifier, for an appearance with a hash sign and its index behind it: "4711#2" is the
-// second appearance of line 4711. Anything else behind the last hash sign belongs to the identifier.
+// A device identifier is the identifier of a line, followed for an appearance by a hash sign and the index: "4711#2" is
+// the second appearance of line 4711. Anything else after the last hash sign is part of the line's identifier.
 #include "platform/lines/ClientUtils.h"
 
 #include <charconv>
@@ -9,7 +9,7 @@ namespace {
 constexpr char kSeparator = '#';
 constexpr int kLastAppearance = 255;
 
-// 0: no index.
+// 0 when the text from `start` on is not an index.
 int appearanceIndex(std::string const& text, std::size_t start)
 {
     int index = 0;

@@ -3,9 +3,13 @@
 #include <mutex>
 #include <utility>
 
-#include "telephone/framework/Log.h"
+#include <spdlog/fmt/fmt.h>
+
+#include "telephone/calls/PhoneCalls.h"
+#include "telephone/framework/Refusals.h"
 #include "telephone/lines/LineActions.h"
-#include "telephone/lines/Lines.h"
+#include "telephone/lines/LineNotifier.h"
+#include "telephone/lines/LogComponent.h"
 
 namespace telephone {
 
@@ -22,16 +26,13 @@ LineConfiguration configurationOf(KeyConfiguration const& key)
     return line;
 }
 
-void refuse(std::string const& number, char const* what)
-{
-    log(kLogFailure, "lines", "{} is not set: {} is the party of a key, no line of this telephone", what, number);
-}
-
 }  // namespace
 
-DssLine::DssLine(Lines& lines, KeyConfiguration const& key)
-    : lines_(lines)
-    , key_(key)
+DssLine::DssLine(KeyConfiguration const& key, PhoneCalls& calls, LineActions& actions, LineNotifier& notifier)
+    : key_(key)
+    , calls_(calls)
+    , actions_(actions)
+    , notifier_(notifier)
     , configuration_(configurationOf(key))
     , data_(configuration_, key.target)
 {
@@ -46,27 +47,29 @@ void DssLine::keyPressed()
 void DssLine::dssKeyPressed(EDSSContext context, std::string const& digits, std::string const& ringingLineURI)
 {
     if (key_.monitorOnly) {
-        log(kLogFailure, "lines", "key {} does nothing: it only shows {}", key_.number, number());
+        reportRefusal(kComponent,
+                      {RefusalKind::kNotPermitted, fmt::format("key {} only shows {}", key_.number, number())});
         return;
     }
-    lines_.actions().stationPressed(digits.empty() ? number() : digits, context, ringingLineURI);
+    reportIfRefused(kComponent, actions_.stationPressed(digits.empty() ? number() : digits, context, ringingLineURI));
 }
 
 ELineState DssLine::getLineState()
 {
-    std::lock_guard const lock(lines_.calls());
+    std::lock_guard const lock(calls_);
     return state();
 }
 
 sfiResult DssLine::retrieve()
 {
-    std::lock_guard const lock(lines_.calls());
-    return lines_.actions().takeOver(party_.status == PartyStatus::kHolding ? party_.dialog : std::nullopt, number());
+    std::lock_guard const lock(calls_);
+    auto const dialog = party_.status == PartyStatus::kHolding ? party_.dialog : std::nullopt;
+    return reportIfRefused(kComponent, actions_.takeOver(dialog, number())) ? sfiFailure : sfiSuccess;
 }
 
 std::string DssLine::getLastNotifyRemoteURI()
 {
-    std::lock_guard const lock(lines_.calls());
+    std::lock_guard const lock(calls_);
     return party_.remoteURI;
 }
 
@@ -77,18 +80,25 @@ void DssLine::getServerFeaturesSettings(serverFeaturesSettings& settings)
 
 void DssLine::setDNDConfiguration(bool /*on*/)
 {
-    refuse(number(), "do-not-disturb");
+    reportNoFeature("do-not-disturb");
 }
 
 void DssLine::setForwardingConfiguration(sfiForwardingType /*type*/, bool /*on*/, std::string const& /*destination*/,
                                          int /*ringCount*/)
 {
-    refuse(number(), "forwarding");
+    reportNoFeature("forwarding");
 }
 
 void DssLine::setMissedCallIndicated(bool /*indicated*/)
 {
-    refuse(number(), "the missed-call indication");
+    reportNoFeature("the missed-call indication");
+}
+
+void DssLine::reportNoFeature(char const* feature) const
+{
+    reportRefusal(kComponent,
+                  {RefusalKind::kNotSupported,
+                   fmt::format("{} cannot be set for {}, which is not a line of this telephone", feature, number())});
 }
 
 ELineState DssLine::state() const
@@ -111,7 +121,7 @@ ELineState DssLine::state() const
 void DssLine::setParty(WatchedParty party)
 {
     party_ = std::move(party);
-    lines_.stationChanged(*this);
+    notifier_.stationChanged(*this);
 }
 
 }  // namespace telephone

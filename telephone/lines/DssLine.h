@@ -1,5 +1,5 @@
-// The party of a direct-station-select key, as the line object that the service finds by the key and by the party's
-// number. It carries no calls here: its line number is 0. Lines owns it; its state is guarded by the phone lock.
+// The party of a direct-station-select key, as the line object that the service finds by the key or by the party's
+// number. It has no calls at this telephone: its line number is 0. Lines owns it; the phone lock guards its state.
 #pragma once
 
 #include <string>
@@ -11,16 +11,18 @@
 
 namespace telephone {
 
-class Lines;
+class LineActions;
+class LineNotifier;
+class PhoneCalls;
 
 class DssLine final : public Line
 {
 public:
-    DssLine(Lines& lines, KeyConfiguration const& key);
+    DssLine(KeyConfiguration const& key, PhoneCalls& calls, LineActions& actions, LineNotifier& notifier);
     DssLine(DssLine const&) = delete;
     DssLine& operator=(DssLine const&) = delete;
 
-    // The key that belongs to the party: calls it.
+    // Calls the party.
     void keyPressed() override;
     void dssKeyPressed(EDSSContext context, std::string const& digits, std::string const& ringingLineURI) override;
     // Idle, ringing elsewhere, busy (6), on hold elsewhere, or unknown.
@@ -30,7 +32,7 @@ public:
     LineData* getLineData() override { return &data_; }
     std::string getLastNotifyRemoteURI() override;
     int getChildBCALineIdReservedForConsultationCall() override { return 0; }
-    // A party of another telephone has no features here: nothing is filled in, and what is set is refused in the log.
+    // The party has no features at this telephone: reading them gives none, and setting one is refused.
     void getServerFeaturesSettings(serverFeaturesSettings& settings) override;
     void setDNDConfiguration(bool on) override;
     void setForwardingConfiguration(sfiForwardingType type, bool on, std::string const& destination,
@@ -46,8 +48,12 @@ public:
     void setParty(WatchedParty party);
 
 private:
-    Lines& lines_;
+    void reportNoFeature(char const* feature) const;
+
     KeyConfiguration const& key_;
+    PhoneCalls& calls_;
+    LineActions& actions_;
+    LineNotifier& notifier_;
     LineConfiguration const configuration_;
     TelephoneLineData data_;
     WatchedParty party_;

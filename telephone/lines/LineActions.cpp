@@ -3,24 +3,20 @@
 #include <algorithm>
 #include <mutex>
 
+#include <spdlog/fmt/fmt.h>
+
 #include "telephone/framework/Log.h"
+#include "telephone/framework/Refusals.h"
 #include "telephone/framework/TimerService.h"
 #include "telephone/lines/LineStates.h"
 #include "telephone/lines/Lines.h"
+#include "telephone/lines/LogComponent.h"
 
 namespace telephone {
 
 namespace {
 
-constexpr char const* kComponent = "lines";
-
-bool isHeld(CallSnapshot const& call)
-{
-    auto const state = lineStateOf(call);
-    return state == eLineStateHold || state == eLineStateHoldConsult;
-}
-
-// The call that a transfer moves: the active one, else the one that is held for it.
+// The call that a transfer moves: the active one, else the first one on hold.
 std::optional<CallSnapshot> callToTransfer(PhoneCalls const& calls)
 {
     if (auto active = calls.activeCall()) {
@@ -33,29 +29,30 @@ std::optional<CallSnapshot> callToTransfer(PhoneCalls const& calls)
 
 }  // namespace
 
-LineActions::LineActions(Lines& lines)
+LineActions::LineActions(Lines& lines, PhoneCalls& calls, TimerService& timers, std::chrono::milliseconds warmLineDelay)
     : lines_(lines)
+    , calls_(calls)
+    , timers_(timers)
+    , warmLineDelay_(warmLineDelay)
 {}
 
 void LineActions::stop()
 {
-    if (warmTimer_ != 0) {
-        lines_.timers().cancel(warmTimer_);
-        warmTimer_ = 0;
-    }
+    std::lock_guard const lock(calls_);
+    timers_.cancel(warmTimer_);
+    warmTimer_ = 0;
 }
 
-void LineActions::linePressed(TelephoneLine& line)
+Outcome<> LineActions::linePressed(TelephoneLine& line)
 {
-    std::lock_guard const lock(lines_.calls());
+    std::lock_guard const lock(calls_);
     auto const state = line.state();
     log(kLogInfo, kComponent, "the key of line {} was pressed: {}", line.id(), lineStateName(state));
     switch (state) {
     case eLineStateIdle:
         return seize(line);
     case eLineStateRinging:
-        static_cast<void>(answer(line));
-        return;
+        return answer(line);
     case eLineStateActive:
     case eLineStateConference:
         return hold(line);
@@ -64,117 +61,109 @@ void LineActions::linePressed(TelephoneLine& line)
         return retrieve(line);
     case eLineStateSelected:
     case eLineStateReserved:
-        return lines_.release(line);
+        lines_.release(line);
+        return {};
+    case eLineStateRingingElsewhere:
     case eLineStateHoldElsewhere:
     case eLineStateConferenceHoldElsewhere:
-        static_cast<void>(takeOver(line.elsewhere().dialog, line.id()));
-        return;
+        return takeOver(line.elsewhere().dialog, line.id());
     case eLineStateActiveElsewhere:
-        static_cast<void>(line.bridge());
-        return;
-    case eLineStateRingingElsewhere:
-        static_cast<void>(takeOver(line.elsewhere().dialog, line.id()));
-        return;
+        return line.bridge();
     case eLineStateUnknown:
     case eLineStateDialling:
     case eLineStateRemoteRinging:
     case eLineStateDSSBusy:
     case eLineStateOutOfService:
-        log(kLogFailure, kComponent, "the key of line {} does nothing: the line is {}", line.id(),
-            lineStateName(state));
-        return;
+        break;
     }
+    return refuse(RefusalKind::kWrongState,
+                  fmt::format("the key of line {} does nothing while the line is {}", line.id(), lineStateName(state)));
 }
 
-void LineActions::seize(TelephoneLine& line)
+Outcome<> LineActions::seize(TelephoneLine& line)
 {
     bool const manual = line.data().takeManualMark();
-    if (!lines_.seize(line, eLineStateSelected) || !manual) {
-        return;
+    auto seized = lines_.seize(line, eLineStateSelected);
+    if (!seized || !manual) {
+        return seized;
     }
-    switch (line.data().getHotWarmType()) {
-    case LineData::kHotLine:
+    auto const type = line.data().getHotWarmType();
+    if (type == LineData::kHotLine) {
         return dialHotLine(line);
-    case LineData::kWarmLine:
-        return startWarmLine(line);
-    default:
-        return;
     }
+    return type == LineData::kWarmLine ? startWarmLine(line) : seized;
 }
 
-void LineActions::dialHotLine(TelephoneLine& line)
+Outcome<> LineActions::dialHotLine(TelephoneLine& line)
 {
     auto const digits = line.data().getHotWarmDigits();
     if (digits.empty()) {
-        log(kLogFailure, kComponent, "hot line {} dials nothing: it has no digits", line.id());
-        return;
+        return refuse(RefusalKind::kNotFound, fmt::format("hot line {} has no digits to dial", line.id()));
     }
     auto* const place = line.appearances().empty() ? &line : lines_.selected();
-    if (dial(place == nullptr ? line : *place, digits) != sfiSuccess) {
+    auto dialled = dial(place == nullptr ? line : *place, digits);
+    if (!dialled) {
         lines_.release(line);
     }
+    return dialled;
 }
 
-void LineActions::startWarmLine(TelephoneLine& line)
+Outcome<> LineActions::startWarmLine(TelephoneLine& line)
 {
     auto const digits = line.data().getHotWarmDigits();
     if (digits.empty()) {
-        log(kLogFailure, kComponent, "warm line {} will dial nothing: it has no digits", line.id());
-        return;
+        return refuse(RefusalKind::kNotFound, fmt::format("warm line {} has no digits to dial", line.id()));
     }
-    stop();
-    warmTimer_ =
-        lines_.timers().start(lines_.warmLineDelay(), [this, &line, digits] { warmLineExpired(line, digits); });
+    timers_.cancel(warmTimer_);
+    warmTimer_ = timers_.start(warmLineDelay_, [this, &line, digits] { warmLineExpired(line, digits); });
+    return {};
 }
 
 void LineActions::warmLineExpired(TelephoneLine& line, std::string const& digits)
 {
-    std::lock_guard const lock(lines_.calls());
+    std::lock_guard const lock(calls_);
     warmTimer_ = 0;
     auto* const selected = lines_.selected();
     if (selected != nullptr && &selected->base() == &line.base()) {
-        static_cast<void>(dial(*selected, digits));
+        reportIfRefused(kComponent, dial(*selected, digits));
     }
 }
 
-sfiResult LineActions::answer(TelephoneLine& line)
+Outcome<> LineActions::answer(TelephoneLine& line)
 {
     auto const call = line.callInState(eLineStateRinging);
     if (!call) {
-        log(kLogFailure, kComponent, "line {} answers nothing: no call rings on it", line.id());
-        return sfiFailure;
+        return refuse(RefusalKind::kWrongState, fmt::format("no call is ringing on line {}", line.id()));
     }
-    return lines_.calls().answer(call->callID);
+    return calls_.answer(call->callID);
 }
 
-void LineActions::hold(TelephoneLine& line)
+Outcome<> LineActions::hold(TelephoneLine& line)
 {
     auto call = line.callInState(eLineStateActive);
     if (!call) {
         call = line.callInState(eLineStateConference);
     }
-    if (call) {
-        static_cast<void>(lines_.calls().hold(call->callID));
-    }
+    return call ? calls_.hold(call->callID) : Outcome<>();
 }
 
-void LineActions::retrieve(TelephoneLine& line)
+Outcome<> LineActions::retrieve(TelephoneLine& line)
 {
     auto const& calls = line.calls();
     auto const held = std::find_if(calls.begin(), calls.end(), isHeld);
-    if (held != calls.end()) {
-        int const callID = held->callID;
-        static_cast<void>(lines_.calls().retrieve(callID));
+    if (held == calls.end()) {
+        return refuse(RefusalKind::kWrongState, fmt::format("line {} has no call on hold", line.id()));
     }
+    int const callID = held->callID;  // the call changes in the list
+    return calls_.retrieve(callID);
 }
 
-void LineActions::stationPressed(std::string const& number, EDSSContext context, std::string const& ringingLineURI)
+Outcome<> LineActions::stationPressed(std::string const& number, EDSSContext context, std::string const& ringingLineURI)
 {
-    std::lock_guard const lock(lines_.calls());
+    std::lock_guard const lock(calls_);
     switch (context) {
     case eDSSContextNone:
-        static_cast<void>(dialOnFreeLine(number));
-        return;
+        return dialOnFreeLine(number);
     case eDSSContextConsultation:
         return consult(number);
     case eDSSContextBlindTransfer:
@@ -182,90 +171,73 @@ void LineActions::stationPressed(std::string const& number, EDSSContext context,
     case eDSSContextDeflect:
         return deflect(number, ringingLineURI);
     case eDSSContextPickup:
-        static_cast<void>(pickup(number));
-        return;
+        return pickup(number);
     }
-    log(kLogFailure, kComponent, "the key of {} does nothing: context {} is unknown", number,
-        static_cast<int>(context));
+    return refuse(RefusalKind::kBadInput, fmt::format("the key of {} was pressed in the unknown context {}", number,
+                                                      static_cast<int>(context)));
 }
 
-sfiResult LineActions::dial(TelephoneLine& line, std::string const& number, CallPurpose purpose)
+Outcome<> LineActions::dial(TelephoneLine& line, std::string const& number, CallPurpose purpose)
 {
     if (!lines_.mayDial(number)) {
-        log(kLogFailure, kComponent, "{} is not dialled: the phone is locked", number);
-        return sfiFailure;
+        return refuse(RefusalKind::kNotPermitted,
+                      fmt::format("{} cannot be dialled while the phone is locked", number));
     }
-    auto& calls = lines_.calls();
-    return calls.make(line.place(), calls.freeCallID(), number, purpose);
+    return calls_.make(line.place(), calls_.freeCallID(), number, purpose);
 }
 
-sfiResult LineActions::dialOnFreeLine(std::string const& number)
+Outcome<> LineActions::dialOnFreeLine(std::string const& number)
 {
-    auto* const line = freeLine(number + " is not dialled");
-    return line == nullptr ? sfiFailure : dial(*line, number);
+    return lines_.lineForNewCall().and_then([&](TelephoneLine* line) { return dial(*line, number); });
 }
 
-sfiResult LineActions::pickup(std::string const& number)
+Outcome<> LineActions::pickup(std::string const& number)
 {
-    auto* const line = freeLine("the call at " + number + " is not picked up");
-    auto& calls = lines_.calls();
-    return line == nullptr ? sfiFailure : calls.pickup(line->place(), calls.freeCallID(), number);
+    return lines_.lineForNewCall().and_then(
+        [&](TelephoneLine* line) { return calls_.pickup(line->place(), calls_.freeCallID(), number); });
 }
 
-sfiResult LineActions::takeOver(std::optional<PickupTarget> const& dialog, std::string const& whose)
+Outcome<> LineActions::takeOver(std::optional<PickupTarget> const& dialog, std::string const& owner)
 {
     if (!dialog) {
-        log(kLogFailure, kComponent, "no call of {} is taken over: its telephone has not told how", whose);
-        return sfiFailure;
+        return refuse(RefusalKind::kWrongState,
+                      fmt::format("{} has no call that this telephone knows how to take over", owner));
     }
-    auto* line = lines_.find(whose);
-    line = line == nullptr ? nullptr : lines_.freePlace(*line);
-    line = line == nullptr ? freeLine("the call of " + whose + " is not taken over") : line;
-    auto& calls = lines_.calls();
-    return line == nullptr ? sfiFailure : calls.takeOver(line->place(), calls.freeCallID(), *dialog);
+    auto const take = [&](TelephoneLine* line) { return calls_.takeOver(line->place(), calls_.freeCallID(), *dialog); };
+    auto* const line = lines_.find(owner);
+    auto* const place = line == nullptr ? nullptr : line->freePlace();
+    return place != nullptr ? take(place) : lines_.lineForNewCall().and_then(take);
 }
 
-// The consultation goes out on the line of the call that it interrupts, which is put on hold for it.
-void LineActions::consult(std::string const& number)
+// The consultation call uses the line of the active call, which is put on hold for it.
+Outcome<> LineActions::consult(std::string const& number)
 {
-    auto const active = lines_.calls().activeCall();
+    auto const active = calls_.activeCall();
     auto* const line = active ? lines_.byNumber(active->line.recordLine) : nullptr;
     if (line == nullptr) {
-        log(kLogFailure, kComponent, "{} is not consulted: no call is active", number);
-        return;
+        return refuse(RefusalKind::kWrongState, fmt::format("{} cannot be consulted without an active call", number));
     }
-    static_cast<void>(dial(*line, number, CallPurpose::kConsultation));
+    return dial(*line, number, CallPurpose::kConsultation);
 }
 
-void LineActions::blindTransfer(std::string const& number)
+Outcome<> LineActions::blindTransfer(std::string const& number)
 {
-    auto const call = callToTransfer(lines_.calls());
+    auto const call = callToTransfer(calls_);
     if (!call) {
-        log(kLogFailure, kComponent, "nothing is transferred to {}: there is no call", number);
-        return;
+        return refuse(RefusalKind::kWrongState, fmt::format("there is no call to transfer to {}", number));
     }
-    static_cast<void>(lines_.calls().blindTransfer(call->callID, number));
+    return calls_.blindTransfer(call->callID, number);
 }
 
-void LineActions::deflect(std::string const& number, std::string const& ringingLineURI)
+Outcome<> LineActions::deflect(std::string const& number, std::string const& ringingLineURI)
 {
     auto* const line = lines_.find(ringingLineURI);
     auto const call = line == nullptr ? std::nullopt : line->callInState(eLineStateRinging);
     if (!call) {
-        log(kLogFailure, kComponent, "nothing is deflected to {}: no call rings on line \"{}\"", number,
-            ringingLineURI);
-        return;
+        return refuse(RefusalKind::kWrongState,
+                      fmt::format("no call is ringing on line \"{}\" to deflect to {}", ringingLineURI, number));
     }
-    static_cast<void>(lines_.calls().deflect(call->callID, number));
-}
-
-TelephoneLine* LineActions::freeLine(std::string const& what)
-{
-    auto* const line = lines_.lineForNewCall();
-    if (line == nullptr) {
-        log(kLogFailure, kComponent, "{}: no line is free", what);
-    }
-    return line;
+    return calls_.deflect(call->callID, number);
 }
 
 }  // namespace telephone

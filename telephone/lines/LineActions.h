@@ -1,22 +1,28 @@
-// What presses of line and direct-station keys do, in terms of calls. Lines owns it. Presses come on the threads of the
-// service and take the phone lock; the delay of a warm line ends on the timer thread.
+// What pressing line and direct-station keys does with calls. Lines owns it. Keys are pressed on threads of the
+// service, and each press takes the phone lock; the delay of a warm line expires on the timer thread.
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 
 #include "platform/lines/Line.h"
+#include "telephone/base/Refusal.h"
 #include "telephone/calls/PhoneCalls.h"
 
 namespace telephone {
 
 class Lines;
 class TelephoneLine;
+class TimerService;
 
 class LineActions
 {
 public:
-    explicit LineActions(Lines& lines);
+    // A warm line dials its digits after this delay.
+    static constexpr std::chrono::milliseconds kWarmLineDelay{4000};
+
+    LineActions(Lines& lines, PhoneCalls& calls, TimerService& timers, std::chrono::milliseconds warmLineDelay);
     LineActions(LineActions const&) = delete;
     LineActions& operator=(LineActions const&) = delete;
 
@@ -24,32 +30,37 @@ public:
     void stop();
 
     // idle: seize (a hot line dials) | ringing: answer | active: hold | held: retrieve | selected: idle again
-    void linePressed(TelephoneLine& line);
-    // Calls, consults, transfers, deflects to or picks up a number.
-    void stationPressed(std::string const& number, EDSSContext context, std::string const& ringingLineURI);
+    [[nodiscard]] Outcome<> linePressed(TelephoneLine& line);
+    // By the context: calls, consults, transfers to, deflects to or picks up a call at the number.
+    [[nodiscard]] Outcome<> stationPressed(std::string const& number, EDSSContext context,
+                                           std::string const& ringingLineURI);
 
-    // --- lock held; each failure is in the log
-    sfiResult dial(TelephoneLine& line, std::string const& number, CallPurpose purpose = CallPurpose::kOrdinary);
-    // On the selected line, else on one that is idle.
-    sfiResult dialOnFreeLine(std::string const& number);
-    sfiResult pickup(std::string const& number);
-    sfiResult answer(TelephoneLine& line);
-    sfiResult takeOver(std::optional<PickupTarget> const& dialog, std::string const& whose);
+    // --- lock held
+    [[nodiscard]] Outcome<> dial(TelephoneLine& line, std::string const& number,
+                                 CallPurpose purpose = CallPurpose::kOrdinary);
+    [[nodiscard]] Outcome<> answer(TelephoneLine& line);
+    // Retrieves a call that the line holds.
+    [[nodiscard]] Outcome<> retrieve(TelephoneLine& line);
+    // owner: the line or party that has the dialog.
+    [[nodiscard]] Outcome<> takeOver(std::optional<PickupTarget> const& dialog, std::string const& owner);
 
 private:
-    void seize(TelephoneLine& line);
-    void dialHotLine(TelephoneLine& line);
-    void startWarmLine(TelephoneLine& line);
+    Outcome<> seize(TelephoneLine& line);
+    Outcome<> dialHotLine(TelephoneLine& line);
+    Outcome<> startWarmLine(TelephoneLine& line);
     void warmLineExpired(TelephoneLine& line, std::string const& digits);
-    void retrieve(TelephoneLine& line);
-    void hold(TelephoneLine& line);
-    void consult(std::string const& number);
-    void blindTransfer(std::string const& number);
-    void deflect(std::string const& number, std::string const& ringingLineURI);
-    TelephoneLine* freeLine(std::string const& what);
+    Outcome<> hold(TelephoneLine& line);
+    Outcome<> dialOnFreeLine(std::string const& number);
+    Outcome<> consult(std::string const& number);
+    Outcome<> blindTransfer(std::string const& number);
+    Outcome<> deflect(std::string const& number, std::string const& ringingLineURI);
+    Outcome<> pickup(std::string const& number);
 
     Lines& lines_;
-    int warmTimer_ = 0;  // 0: none runs
+    PhoneCalls& calls_;
+    TimerService& timers_;
+    std::chrono::milliseconds const warmLineDelay_;
+    int warmTimer_ = 0;  // 0 while no timer runs
 };
 
 }  // namespace telephone

@@ -9,7 +9,7 @@ namespace {
 struct StateRow
 {
     ELineState state;
-    int rank;  // the higher one shows
+    int rank;  // the highest one shows
     char const* name;
 };
 
@@ -79,6 +79,17 @@ ELineState lineStateOf(CallSnapshot const& call)
         return eLineStateIdle;
     }
     return eLineStateIdle;
+}
+
+bool isRinging(CallSnapshot const& call)
+{
+    return lineStateOf(call) == eLineStateRinging;
+}
+
+bool isHeld(CallSnapshot const& call)
+{
+    auto const state = lineStateOf(call);
+    return state == eLineStateHold || state == eLineStateHoldConsult;
 }
 
 ELineState morePressing(ELineState left, ELineState right)

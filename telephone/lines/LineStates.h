@@ -1,4 +1,4 @@
-// What the state of a line follows from: its calls, and which of several states shows. Pure functions.
+// How the calls of a line give its state. Pure functions.
 #pragma once
 
 #include "platform/lines/ELineState.h"
@@ -6,10 +6,15 @@
 
 namespace telephone {
 
-// The state that one call gives its line; idle for a call that is over.
+// The state that one call gives its line; idle for a call that has ended.
 ELineState lineStateOf(CallSnapshot const& call);
 
-// The one of two states that a line with both shows: what rings or speaks comes before what waits.
+// Ringing at this telephone.
+bool isRinging(CallSnapshot const& call);
+// On hold by this telephone, also for a consultation.
+bool isHeld(CallSnapshot const& call);
+
+// The state that a line shows when both apply: ringing and active calls take precedence over waiting ones.
 ELineState morePressing(ELineState left, ELineState right);
 
 // "idle", "ringing", ... as the console prints it.

@@ -1,44 +1,25 @@
-// The making of the lines and the questions that LineManager answers.
 #include "telephone/lines/Lines.h"
 
 #include <algorithm>
 #include <mutex>
 #include <stdexcept>
-#include <utility>
+
+#include <spdlog/fmt/fmt.h>
 
 #include "platform/framework/Executable.h"
-#include "platform/lines/ClientUtils.h"
 #include "platform/services/DigitAnalysisServiceIfc.h"
 #include "telephone/framework/Log.h"
-#include "telephone/lines/DssLine.h"
-#include "telephone/lines/LineActions.h"
+#include "telephone/framework/Refusals.h"
+#include "telephone/lines/LineObserver.h"
 #include "telephone/lines/LineStates.h"
-#include "telephone/lines/WorkQueue.h"
+#include "telephone/lines/LogComponent.h"
 #include "telephone/management/Settings.h"
-#include "telephone/sip/Uri.h"
 
 namespace telephone {
 
 namespace {
 
 std::atomic<Lines*> theLines{nullptr};
-
-std::string hostOf(std::string const& hostPort)
-{
-    auto const uri = sip::Uri::parse("sip:" + hostPort);
-    return uri ? uri->host : hostPort;
-}
-
-// "4711" of "sip:4711@domain"; empty for what is no address there.
-std::string userAt(std::string const& address, std::string const& domain)
-{
-    if (address.compare(0, 4, "sip:") != 0) {
-        return {};
-    }
-    auto const uri = sip::Uri::parse(address);
-    bool const ours = uri && (domain.empty() || sip::equalsIgnoringCase(uri->host, hostOf(domain)));
-    return ours ? uri->user : std::string();
-}
 
 bool namesLine(KeyConfiguration const& key)
 {
@@ -47,27 +28,30 @@ bool namesLine(KeyConfiguration const& key)
 
 }  // namespace
 
-Lines::Lines(Configuration const& configuration, Settings& settings)
-    : configuration_(configuration)
+Lines::Lines(LineTable& table, Configuration const& configuration, Settings& settings, PhoneCalls& calls,
+             TimerService& timers, std::chrono::milliseconds warmLineDelay)
+    : table_(table)
+    , configuration_(configuration)
     , settings_(settings)
-    , lineConfigurations_(configuration.lines)
-    , actions_(std::make_unique<LineActions>(*this))
+    , calls_(calls)
+    , actions_(*this, calls, timers, warmLineDelay)
+    , notifier_(calls)
 {
-    int place = 0;
-    for (auto& line : lineConfigurations_) {
-        ++place;
-        line.number = line.number == 0 ? place : line.number;
-        line.overviewPosition = line.overviewPosition == 0 ? place : line.overviewPosition;
-        takenNumbers_.insert(line.number);
+    TelephoneLine::Parts const parts{calls_, settings_, actions_, notifier_};
+    for (auto const& row : table_.rows()) {
+        auto* const base = row.address.appearance == 0 ? nullptr : lines_.back();
+        auto* const line = owned_.emplace_back(std::make_unique<TelephoneLine>(row, base, parts)).get();
+        byNumber_.emplace(row.address.recordLine, line);
+        if (base == nullptr) {
+            lines_.push_back(line);
+        }
     }
-    for (auto const& line : lineConfigurations_) {
-        addLine(line);
+    for (auto const& key : configuration_.keys) {
+        addKey(key);
     }
-    indexKeys();
-    addStations();
-    Lines* nobody = nullptr;
-    if (!theLines.compare_exchange_strong(nobody, this)) {
-        throw std::runtime_error("there are lines already");
+    Lines* none = nullptr;
+    if (!theLines.compare_exchange_strong(none, this)) {
+        throw std::runtime_error("the lines of a telephone already exist in this process");
     }
 }
 
@@ -77,115 +61,33 @@ Lines::~Lines()
     theLines = nullptr;
 }
 
-void Lines::connect(PhoneCalls& calls, TimerService& timers, std::chrono::milliseconds warmLineDelay)
-{
-    warmLineDelay_ = warmLineDelay;
-    calls_ = &calls;
-    timers_ = &timers;
-}
-
 void Lines::stop()
 {
-    // Whoever made the calls may end them between this and the destructor.
-    if (stopped_) {
-        return;
-    }
-    stopped_ = true;
-    {
-        auto const lock = lockCalls();
-        actions_->stop();
-    }
-    if (observerQueue_) {
-        observerQueue_->stop();
-    }
+    actions_.stop();
+    notifier_.stop();
 }
 
-void Lines::addLine(LineConfiguration const& configuration)
+void Lines::addKey(KeyConfiguration const& key)
 {
-    if (configuration.number < 1 || configuration.number > kLastVirtualLine) {
-        throw std::runtime_error("line " + configuration.id + ": its number is not 1 to " +
-                                 std::to_string(kLastVirtualLine));
-    }
-    auto& line = own(std::make_unique<TelephoneLine>(
-        *this, configuration, LineAddress{configuration.number, configuration.number, 0, configuration.id}));
-    lines_.push_back(&line);
-    if (configuration.appearances > 1 && configuration_.keyset) {
-        addAppearances(line, configuration.appearances);
-    }
-}
-
-void Lines::addAppearances(TelephoneLine& line, int count)
-{
-    std::vector<int> virtualLines;
-    for (int index = 1; index <= count; ++index) {
-        int const number = freeVirtualLine(line);
-        auto& appearance = own(std::make_unique<TelephoneLine>(
-            *this, line.configuration(),
-            LineAddress{line.place().lineNumber, number, index, line.id() + "#" + std::to_string(index)}));
-        appearance.base_ = &line;
-        line.appearances_.push_back(&appearance);
-        virtualLines.push_back(number);
-    }
-    appearanceMap_.addLine(line.place().lineNumber, std::move(virtualLines));
-}
-
-int Lines::freeVirtualLine(TelephoneLine const& line)
-{
-    for (int number = kFirstVirtualLine; number <= kLastVirtualLine; ++number) {
-        if (takenNumbers_.insert(number).second) {
-            return number;
+    DssLine* station = nullptr;
+    if (key.function == "dss") {
+        if (auto* const line = find(key.target)) {
+            line->data().setMonitorOnly(key.monitorOnly);
+        } else {
+            station = ownedStations_.emplace_back(std::make_unique<DssLine>(key, calls_, actions_, notifier_)).get();
+            stations_.push_back(station);
+            stationsByNumber_.emplace(station->number(), station);
         }
     }
-    throw std::runtime_error("line " + line.id() + ": too many appearances; all lines together have at most " +
-                             std::to_string(kLastVirtualLine - kFirstVirtualLine + 1));
-}
-
-TelephoneLine& Lines::own(std::unique_ptr<TelephoneLine> line)
-{
-    auto& it = *line;
-    owned_.push_back(std::move(line));
-    if (!byId_.emplace(it.id(), &it).second) {
-        throw std::runtime_error("line " + it.id() + " is there twice");
-    }
-    if (!byNumber_.emplace(it.place().recordLine, &it).second) {
-        throw std::runtime_error("line " + it.id() + ": its number " + std::to_string(it.place().recordLine) +
-                                 " is that of another line");
-    }
-    return it;
-}
-
-// The first key counts, where there are several of one number or one target.
-void Lines::indexKeys()
-{
-    for (auto const& key : configuration_.keys) {
-        keysByNumber_.emplace(key.number, &key);
-        if (namesLine(key)) {
-            keysByTarget_.emplace(key.target, &key);
-        }
-    }
-}
-
-void Lines::addStations()
-{
-    for (auto const& each : configuration_.keys) {
-        if (each.function != "dss") {
-            continue;
-        }
-        if (auto* const line = find(each.target)) {
-            line->data().setMonitorOnly(each.monitorOnly);
-            continue;
-        }
-        ownedStations_.push_back(std::make_unique<DssLine>(*this, each));
-        auto* const station = ownedStations_.back().get();
-        stations_.push_back(station);
-        stationsByNumber_.emplace(station->number(), station);
-        stationsByKey_.emplace(each.number, station);
+    keysByNumber_.emplace(key.number, Key{&key, station});
+    if (namesLine(key)) {
+        keysByTarget_.emplace(key.target, key.number);
     }
 }
 
 void Lines::initialise()
 {
-    log(kLogInfo, "lines", "{} of {} lines", isKeyset() ? "a keyset" : "a single-line telephone", lines_.size());
+    log(kLogInfo, kComponent, "{} with {} lines", isKeyset() ? "a keyset" : "a single-line telephone", lines_.size());
 }
 
 bool Lines::isMCALine(std::string const& baseURI)
@@ -203,40 +105,41 @@ Line* Lines::getLine(std::string const& lineURI)
     return station == stationsByNumber_.end() ? nullptr : station->second;
 }
 
-KeyConfiguration const* Lines::key(int keyNumber) const
+Lines::Key const* Lines::key(int keyNumber) const
 {
     auto const found = keysByNumber_.find(keyNumber);
-    return found == keysByNumber_.end() ? nullptr : found->second;
+    return found == keysByNumber_.end() ? nullptr : &found->second;
 }
 
 Line* Lines::getDSSLineForFPK(int keyNumber)
 {
-    auto const station = stationsByKey_.find(keyNumber);
-    if (station != stationsByKey_.end()) {
-        return station->second;
-    }
     auto const* const found = key(keyNumber);
-    return found != nullptr && found->function == "dss" ? find(found->target) : nullptr;
+    if (found == nullptr || found->configuration->function != "dss") {
+        return nullptr;
+    }
+    if (found->station != nullptr) {
+        return found->station;
+    }
+    return find(found->configuration->target);
 }
 
 Line* Lines::getLineForFPK(int keyNumber)
 {
     auto const* const found = key(keyNumber);
-    return found != nullptr && found->function == "line" ? find(found->target) : nullptr;
+    return found != nullptr && found->configuration->function == "line" ? find(found->configuration->target) : nullptr;
 }
 
 std::string Lines::getURIforFPK(int keyNumber)
 {
     auto const* const found = key(keyNumber);
-    return found != nullptr && namesLine(*found) ? found->target : std::string();
+    return found != nullptr && namesLine(*found->configuration) ? found->configuration->target : std::string();
 }
 
 int Lines::getFPKforUri(std::string const& lineURI)
 {
     auto* const line = find(lineURI);
-    auto const& target = line == nullptr ? lineURI : line->base().id();
-    auto const found = keysByTarget_.find(target);
-    return found == keysByTarget_.end() ? -1 : found->second->number;
+    auto const found = keysByTarget_.find(line == nullptr ? lineURI : line->base().id());
+    return found == keysByTarget_.end() ? -1 : found->second;
 }
 
 std::string Lines::getKeysetType()
@@ -253,14 +156,9 @@ void Lines::getDeviceList(std::vector<std::string>& devices)
 
 std::string Lines::getLocalHeldLine()
 {
-    std::lock_guard const lock(calls());
-    for (auto const& call : calls().calls()) {
-        auto const state = lineStateOf(call);
-        if (state == eLineStateHold || state == eLineStateHoldConsult) {
-            return call.line.lineURI;
-        }
-    }
-    return {};
+    auto const calls = calls_.calls();
+    auto const held = std::find_if(calls.begin(), calls.end(), isHeld);
+    return held == calls.end() ? std::string() : held->line.lineURI;
 }
 
 Line* Lines::getLineInState(ELineState state, std::string const& baseURI)
@@ -269,7 +167,7 @@ Line* Lines::getLineInState(ELineState state, std::string const& baseURI)
     if (line == nullptr) {
         return nullptr;
     }
-    std::lock_guard const lock(calls());
+    std::lock_guard const lock(calls_);
     for (auto* appearance : line->appearances()) {
         if (appearance->state() == state) {
             return appearance;
@@ -280,28 +178,18 @@ Line* Lines::getLineInState(ELineState state, std::string const& baseURI)
 
 bool Lines::isLocallyIdleLine()
 {
-    std::lock_guard const lock(calls());
-    return std::any_of(lines_.begin(), lines_.end(), [](TelephoneLine const* line) {
-        auto const& places = line->appearances();
-        return line->calls().empty() || std::any_of(places.begin(), places.end(),
-                                                    [](TelephoneLine const* each) { return each->calls().empty(); });
-    });
+    std::lock_guard const lock(calls_);
+    return std::any_of(owned_.begin(), owned_.end(), [](auto const& line) { return line->calls().empty(); });
 }
 
 bool Lines::observe(Executable* observer)
 {
     auto* const lineObserver = dynamic_cast<LineObserver*>(observer);
     if (lineObserver == nullptr) {
-        log(kLogFailure, "lines", "nobody observes the lines: the executable is no observer of lines");
+        reportRefusal(kComponent, {RefusalKind::kBadInput, "the executable is not a line observer"});
         return false;
     }
-    std::lock_guard const lock(calls());
-    if (!observerQueue_) {
-        observerQueue_ = std::make_unique<WorkQueue>("line observers");
-    }
-    if (std::find(observers_.begin(), observers_.end(), lineObserver) == observers_.end()) {
-        observers_.push_back(lineObserver);
-    }
+    notifier_.addObserver(*lineObserver);
     return true;
 }
 
@@ -309,22 +197,22 @@ void Lines::requestOverviewData(std::string const& lineURI)
 {
     auto* const line = find(lineURI);
     if (line == nullptr) {
-        log(kLogFailure, "lines", "no overview of line \"{}\": there is no such line", lineURI);
+        reportRefusal(kComponent, {RefusalKind::kNotFound, fmt::format("there is no line \"{}\"", lineURI)});
         return;
     }
-    std::lock_guard const lock(calls());
-    log(kLogInfo, "lines", "line {} is {}", line->id(), lineStateName(line->state()));
-    sendState(line->id(), line->state(), line->remoteURI_);
+    std::lock_guard const lock(calls_);
+    log(kLogInfo, kComponent, "line {} is {}", line->id(), lineStateName(line->state()));
+    notifier_.repeat(*line);
     for (auto const* appearance : line->appearances()) {
-        sendState(appearance->id(), appearance->state(), appearance->remoteURI_);
+        notifier_.repeat(*appearance);
     }
 }
 
-// Keys and lamps reach the lines the other way round: the key application listens to them.
+// Keys and lamps find the lines themselves: the key application listens to them.
 void Lines::setPhysicalInterface(PhysicalInterfaceServiceIfc* physicalInterface)
 {
     if (physicalInterface == nullptr) {
-        log(kLogWarning, "lines", "the telephone has no keys and lamps");
+        log(kLogWarning, kComponent, "the telephone has no keys and lamps");
     }
 }
 
@@ -339,42 +227,43 @@ bool Lines::lineConsideredAsPrivate(std::string const& lineURI)
     return line != nullptr && line->configuration().isPrivate;
 }
 
+void Lines::callChanged(CallSnapshot const& now, CallSnapshot const* before)
+{
+    if (now.ended()) {
+        table_.appearances().callEnded(now.callID);
+    } else if (before == nullptr) {
+        table_.appearances().callBegan(now.callID, now.line.recordLine);
+    }
+    if (auto* const line = byNumber(now.line.recordLine)) {
+        line->callChanged(now, before == nullptr);
+    }
+}
+
+void Lines::registrationChanged(int lineNumber, bool registered)
+{
+    if (auto* const line = byNumber(lineNumber)) {
+        line->setInService(registered);
+    }
+}
+
+TelephoneLine* Lines::lineOf(LineTable::Row const* row) const
+{
+    return row == nullptr ? nullptr : byNumber_.at(row->address.recordLine);
+}
+
 TelephoneLine* Lines::find(std::string const& lineURI) const
 {
-    auto const exact = byId_.find(lineURI);
-    if (exact != byId_.end()) {
-        return exact->second;
-    }
-    std::string address;
-    int index = 0;
-    ClientUtils::splitMCADeviceIndex(lineURI, address, index);
-    auto const user = userAt(address, server_.domain);
-    auto const line = user.empty() ? std::nullopt : lineOfUser(user);
-    auto* const found = line ? byNumber(*line) : nullptr;
-    if (found == nullptr || index == 0) {
-        return found;
-    }
-    auto const& places = found->appearances();
-    return static_cast<std::size_t>(index) <= places.size() ? places[static_cast<std::size_t>(index) - 1] : nullptr;
+    return lineOf(table_.find(lineURI));
 }
 
 TelephoneLine* Lines::byNumber(int recordLine) const
 {
-    if (recordLine == 0 && !isKeyset()) {
-        return lines_.empty() ? nullptr : lines_.front();
-    }
-    auto const found = byNumber_.find(recordLine);
-    return found == byNumber_.end() ? nullptr : found->second;
+    return lineOf(table_.byNumber(recordLine));
 }
 
 TelephoneLine* Lines::primary() const
 {
-    auto const marked = std::find_if(lines_.begin(), lines_.end(),
-                                     [](TelephoneLine const* line) { return line->configuration().primary; });
-    if (marked != lines_.end()) {
-        return *marked;
-    }
-    return lines_.empty() ? nullptr : lines_.front();
+    return lineOf(table_.primary());
 }
 
 bool Lines::mayDial(std::string const& number) const
@@ -385,6 +274,78 @@ bool Lines::mayDial(std::string const& number) const
     auto* const analysis = digitAnalysis_.load();
     return analysis != nullptr &&
            (analysis->isPermittedNumber(number) || analysis->isPermittedNumberInContext(number, 0));
+}
+
+Outcome<> Lines::seize(TelephoneLine& line, ELineState seizure)
+{
+    auto* const place = line.freePlace();
+    if (place == nullptr || !place->inService() || line.base().elsewhere().state != eLineStateIdle) {
+        return refuse(RefusalKind::kWrongState,
+                      fmt::format("line {} cannot be seized while it is {}", line.id(), lineStateName(line.state())));
+    }
+    auto* const other = selected();
+    if (seizure == eLineStateSelected && other != nullptr && other != place) {
+        release(*other);
+    }
+    table_.appearances().reserve(place->place().recordLine);
+    place->setSeizure(seizure);
+    return {};
+}
+
+void Lines::release(TelephoneLine& line)
+{
+    for (auto* appearance : line.appearances()) {
+        release(*appearance);
+    }
+    if (line.seizure() != eLineStateIdle) {
+        table_.appearances().unreserve(line.place().recordLine);
+        line.setSeizure(eLineStateIdle);
+    }
+}
+
+TelephoneLine* Lines::selected() const
+{
+    auto const found = std::find_if(owned_.begin(), owned_.end(),
+                                    [](auto const& line) { return line->seizure() == eLineStateSelected; });
+    return found == owned_.end() ? nullptr : found->get();
+}
+
+Outcome<TelephoneLine*> Lines::lineForNewCall() const
+{
+    if (auto* const line = selected()) {
+        return line;
+    }
+    auto candidates = lines_;
+    if (auto* const first = primary()) {
+        candidates.insert(candidates.begin(), first);
+    }
+    for (auto* line : candidates) {
+        auto* const place = line->freePlace();
+        if (place != nullptr && place->state() == eLineStateIdle) {
+            return place;
+        }
+    }
+    return refuse(RefusalKind::kLimit, "no line is free");
+}
+
+void Lines::refresh()
+{
+    for (auto* line : lines_) {
+        notifier_.lineChanged(*line, line->state());
+    }
+}
+
+void Lines::watchParties(PartyWatch& watch)
+{
+    for (auto* station : stations_) {
+        watch.watch(station->number(), [station](WatchedParty const& party) { station->setParty(party); });
+    }
+    for (auto* line : lines_) {
+        if (line->configuration().sharedLineType != LineData::kNotShared) {
+            watch.watch(userOfLine(line->configuration()),
+                        [line](WatchedParty const& party) { line->setParty(party); });
+        }
+    }
 }
 
 }  // namespace telephone

@@ -1,5 +1,5 @@
-// What is known of a party that a busy-lamp field or direct-station key watches, or of the other telephones of a shared
-// line, and who watches: by the dialog event package (RFC 4235).
+// Watching the calls of a party: of a busy-lamp field, of a direct-station key, or of the other telephones that share a
+// line.
 #pragma once
 
 #include <functional>
@@ -12,7 +12,7 @@ namespace telephone {
 
 enum class PartyStatus
 {
-    kUnknown,  // nothing has come yet, or the watching was refused
+    kUnknown,  // before the first notice, and when watching was refused
     kIdle,
     kRinging,  // a call is offered to the party
     kBusy,
@@ -22,8 +22,8 @@ enum class PartyStatus
 struct WatchedParty
 {
     PartyStatus status = PartyStatus::kUnknown;
-    std::string remoteURI;               // the other end of its call; empty: none, or not told
-    std::optional<PickupTarget> dialog;  // that can be picked up or taken over
+    std::string remoteURI;               // the other end of its call; empty when not known
+    std::optional<PickupTarget> dialog;  // the call, when it can be picked up or taken over
 };
 
 class PartyWatch
@@ -33,8 +33,8 @@ public:
 
     virtual ~PartyWatch() = default;
 
-    // The listener is called with the phone lock held at each change, until the watch ends. Any number of watches of
-    // one party share one subscription.
+    // Calls the listener at each change, with the phone lock held, until the watch ends. Any number of listeners may
+    // watch one party.
     virtual void watch(std::string const& number, Listener changed) = 0;
 };
 

@@ -3,7 +3,8 @@
 #include <charconv>
 #include <optional>
 
-#include "telephone/framework/Log.h"
+#include <spdlog/fmt/fmt.h>
+
 #include "telephone/management/Settings.h"
 
 namespace telephone {
@@ -13,7 +14,7 @@ namespace {
 constexpr std::string_view kDoNotDisturb = "do-not-disturb";
 constexpr std::string_view kForwarding = "forwarding-";
 
-// Nothing for a text of another form, which only another program can have written.
+// Nothing for a malformed text, which only another program can have written.
 std::optional<Line::singleCFSetting> ruleOf(std::string const& text)
 {
     auto const first = text.find(';');
@@ -53,26 +54,17 @@ Line::serverFeaturesSettings ServerFeatures::read() const
     return features;
 }
 
-void ServerFeatures::setDoNotDisturb(bool on)
+Outcome<> ServerFeatures::setDoNotDisturb(bool on)
 {
-    write(std::string(kDoNotDisturb), on ? "true" : "false");
+    return settings_.set(prefix_ + std::string(kDoNotDisturb), on ? "true" : "false");
 }
 
-void ServerFeatures::setForwarding(sfiForwardingType type, Line::singleCFSetting const& rule)
+Outcome<> ServerFeatures::setForwarding(sfiForwardingType type, Line::singleCFSetting const& rule)
 {
     if (type < sfiForwardUnconditional || type > sfiForwardAlternative) {
-        log(kLogFailure, "lines", "forwarding is not set: there is no rule {}", static_cast<int>(type));
-        return;
+        return refuse(RefusalKind::kBadInput, fmt::format("there is no forwarding type {}", static_cast<int>(type)));
     }
-    write(std::string(kForwarding) + std::to_string(type), textOf(rule));
-}
-
-void ServerFeatures::write(std::string const& name, std::string const& value)
-{
-    auto const outcome = settings_.set(prefix_ + name, value);
-    if (!outcome) {
-        log(kLogFailure, "lines", "{}{} is not set: {}", prefix_, name, outcome.reason);
-    }
+    return settings_.set(prefix_ + std::string(kForwarding) + std::to_string(type), textOf(rule));
 }
 
 }  // namespace telephone

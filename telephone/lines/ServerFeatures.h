@@ -1,11 +1,12 @@
-// Forwarding and do-not-disturb of one line as its user or the call server set them, kept in the configuration store
-// under "line/ID/": "do-not-disturb" holds a flag, "forwarding-N" (N: sfiForwardingType) holds "on|off;RINGS;TO".
-// Reading is quick; writing waits for the disk, so not with the phone lock held.
+// Forwarding and do-not-disturb of one line, as set by its user or the call server. The configuration store keeps them
+// under "line/ID/": "do-not-disturb" is a flag, "forwarding-N" (N: sfiForwardingType) is "on|off;RINGS;DESTINATION".
+// Writing waits for the disk: do not hold the phone lock.
 #pragma once
 
 #include <string>
 
 #include "platform/lines/Line.h"
+#include "telephone/base/Refusal.h"
 
 namespace telephone {
 
@@ -17,12 +18,10 @@ public:
     ServerFeatures(Settings& settings, std::string const& lineID);
 
     Line::serverFeaturesSettings read() const;
-    void setDoNotDisturb(bool on);
-    void setForwarding(sfiForwardingType type, Line::singleCFSetting const& rule);
+    [[nodiscard]] Outcome<> setDoNotDisturb(bool on);
+    [[nodiscard]] Outcome<> setForwarding(sfiForwardingType type, Line::singleCFSetting const& rule);
 
 private:
-    void write(std::string const& name, std::string const& value);
-
     Settings& settings_;
     std::string prefix_;
 };

@@ -1,9 +1,10 @@
-// The configuration of one line, or of one appearance of it, as the service reads it. Owned by its line; the values are
-// those of the file and never change.
+// The configuration of a line or an appearance, as the service reads it. Its line owns it; the configured values never
+// change.
 #pragma once
 
 #include <atomic>
 #include <string>
+#include <utility>
 
 #include "platform/lines/LineData.h"
 #include "telephone/configuration/Configuration.h"
@@ -13,8 +14,11 @@ namespace telephone {
 class TelephoneLineData final : public LineData
 {
 public:
-    // `uri`: the identifier of the line or appearance.
-    TelephoneLineData(LineConfiguration const& line, std::string uri);
+    // uri: the identifier of the line or appearance.
+    TelephoneLineData(LineConfiguration const& line, std::string uri)
+        : line_(line)
+        , uri_(std::move(uri))
+    {}
 
     std::string getURI() override { return uri_; }
     int getPrimary() override { return line_.primary ? 1 : 0; }
@@ -30,9 +34,9 @@ public:
     bool getDSSMonitorOnly() override { return monitorOnly_; }
     void setHotWarmLineManual(bool manual) override { manual_ = manual; }
 
-    // The mark of setHotWarmLineManual; asking for it takes it away.
-    bool takeManualMark();
-    // Of the direct-station-select key that shows this line.
+    // Returns the mark of setHotWarmLineManual and clears it.
+    bool takeManualMark() { return manual_.exchange(false); }
+    // Whether the direct-station-select key for this line only shows it.
     void setMonitorOnly(bool monitorOnly) { monitorOnly_ = monitorOnly; }
 
 private:

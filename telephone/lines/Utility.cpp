@@ -1,10 +1,9 @@
 #include "platform/lines/Utility.h"
 
-#include "telephone/framework/Log.h"
-#include "telephone/lines/LineActions.h"
-#include "telephone/lines/Lines.h"
+#include "telephone/framework/Refusals.h"
+#include "telephone/lines/TelephoneLine.h"
 
-// Busy: the line itself can't carry another call. One that is held for a consultation can: the consultation.
+// A busy line has no place for another call. A line on hold for a consultation has one: for the consultation call.
 bool Utility::isLineStateBusy(ELineState state)
 {
     switch (state) {
@@ -34,9 +33,8 @@ bool Utility::isLineStateBusy(ELineState state)
 bool Utility::bridgeCall(Line* line)
 {
     auto* const ours = dynamic_cast<telephone::TelephoneLine*>(line);
-    if (ours == nullptr) {
-        telephone::log(kLogFailure, "lines", "no call is joined: there is no such line");
-        return false;
-    }
-    return ours->bridge();
+    telephone::Outcome<> const joined =
+        ours == nullptr ? telephone::refuse(telephone::RefusalKind::kNotFound, "there is no such line")
+                        : ours->bridge();
+    return !telephone::reportIfRefused("lines", joined);
 }

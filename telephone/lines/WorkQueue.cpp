@@ -21,25 +21,20 @@ WorkQueue::~WorkQueue()
     }
 }
 
-bool WorkQueue::post(Work work)
+Outcome<> WorkQueue::post(Work work)
 {
-    char const* refused = nullptr;
     {
         std::lock_guard const lock(mutex_);
         if (stopped_) {
-            refused = "it has stopped";
-        } else if (waiting_.size() >= capacity_) {
-            refused = "too much is waiting";
-        } else {
-            waiting_.push_back(std::move(work));
+            return refuse(RefusalKind::kUnavailable, name_ + " have stopped because the telephone is ending");
         }
-    }
-    if (refused != nullptr) {
-        log(kLogFailure, name_, "work is dropped: {}", refused);
-        return false;
+        if (waiting_.size() >= capacity_) {
+            return refuse(RefusalKind::kLimit, name_ + " are too far behind to take more work");
+        }
+        waiting_.push_back(std::move(work));
     }
     changed_.notify_all();
-    return true;
+    return {};
 }
 
 void WorkQueue::flush()

@@ -1,5 +1,5 @@
-// Work that must not be done where it comes up, because a lock is held there: one thread does it, in the order in which
-// it came, with no lock held. Bounded, so that a part that hangs can't eat the memory.
+// Work that must not be done where it arises, because a lock is held there: one thread does it in order, with no lock
+// held. The number of waiting pieces is limited, so that a part that hangs cannot exhaust the memory.
 #pragma once
 
 #include <condition_variable>
@@ -10,6 +10,8 @@
 #include <string>
 #include <thread>
 
+#include "telephone/base/Refusal.h"
+
 namespace telephone {
 
 class WorkQueue
@@ -17,19 +19,18 @@ class WorkQueue
 public:
     using Work = std::function<void()>;
 
-    // `name` is for the log: whose queue it is.
+    // name: the owner, for the log.
     explicit WorkQueue(std::string name, std::size_t capacity = 10000);
     ~WorkQueue();
     WorkQueue(WorkQueue const&) = delete;
     WorkQueue& operator=(WorkQueue const&) = delete;
 
-    // Any thread, any lock held; never waits. False, with a line in the log, when the queue is full or has stopped: the
-    // work is not done then.
-    bool post(Work work);
-    // Waits until all that was posted before is done. Not from work itself.
+    // Any thread, any lock held; never waits. Refused when the queue is full or has stopped.
+    [[nodiscard]] Outcome<> post(Work work);
+    // Waits until all work posted before is done. Not from within work.
     void flush();
-    // Ends the thread after the work that runs; what still waits is dropped. The destructor does so too. Work itself
-    // may stop the queue, but must not destroy it.
+    // Ends the thread after the current piece of work and drops the waiting ones, as does the destructor. Work may stop
+    // the queue, but must not destroy it.
     void stop();
 
 private:

@@ -4,8 +4,6 @@
 
 #include <spdlog/fmt/fmt.h>
 
-#include "telephone/management/StoreError.h"
-
 namespace telephone {
 
 namespace {
@@ -20,27 +18,30 @@ int primaryCode(int result)
 
 }  // namespace
 
-ConfigurationStore::ConfigurationStore(std::string path)
-    : ConfigurationStore(std::move(path), Limits{})
-{}
-
-ConfigurationStore::ConfigurationStore(std::string path, Limits limits)
-    : path_(std::move(path))
+Outcome<std::unique_ptr<ConfigurationStore>> ConfigurationStore::open(std::string path)
 {
-    if (!path_.empty()) {
-        prepareStoreFile(path_);
-    }
-    open(limits);
-    if (path_.empty()) {
-        sqlite::execute(connection_.get(), kTable);
-        return;
-    }
-    checkContent();
-    file_ = identityOf(path_);
-    log_ = identityOf(path_ + "-wal");
+    return open(std::move(path), Limits{});
 }
 
-void ConfigurationStore::open(Limits const& limits)
+Outcome<std::unique_ptr<ConfigurationStore>> ConfigurationStore::open(std::string path, Limits const& limits)
+{
+    if (!path.empty()) {
+        if (auto prepared = prepareStoreFile(path); !prepared) {
+            return tl::unexpected(std::move(prepared.error()));
+        }
+    }
+    std::unique_ptr<ConfigurationStore> store(new ConfigurationStore(std::move(path)));
+    int result = store->connect(limits);
+    if (result == SQLITE_OK) {
+        result = store->checkContent();
+    }
+    if (result != SQLITE_OK) {
+        return store->openRefusal(result);
+    }
+    return store;
+}
+
+int ConfigurationStore::connect(Limits const& limits)
 {
     sqlite3* opened = nullptr;
     int result = sqlite3_open_v2(path_.empty() ? ":memory:" : path_.c_str(), &opened,
@@ -52,54 +53,61 @@ void ConfigurationStore::open(Limits const& limits)
         auto const sql = fmt::format("PRAGMA synchronous=FULL; PRAGMA max_page_count={};", limits.pages);
         result = sqlite::execute(opened, sql.c_str());
     }
-    if (result != SQLITE_OK) {
-        failOpen(result);
+    if (result == SQLITE_OK && !path_.empty() && sqlite3_db_readonly(opened, "main") == 1) {
+        result = SQLITE_READONLY;
     }
-    if (!path_.empty() && sqlite3_db_readonly(opened, "main") == 1) {
-        failOpen(SQLITE_READONLY);
-    }
+    return result;
 }
 
-void ConfigurationStore::checkContent()
+int ConfigurationStore::checkContent()
 {
+    if (path_.empty()) {
+        return sqlite::execute(connection_.get(), kTable);
+    }
     sqlite::Statement mode(connection_.get(), "PRAGMA journal_mode=WAL");
     if (auto const result = mode.step(); result != SQLITE_ROW) {
-        failOpen(result);
+        return result;
     }
     sqlite::Statement check(connection_.get(), "PRAGMA quick_check(1)");
     if (auto const result = check.step(); result != SQLITE_ROW) {
-        failOpen(result);
+        return result;
     }
     if (check.text(0) != "ok") {
-        failOpen(SQLITE_CORRUPT);
+        return SQLITE_CORRUPT;
     }
     sqlite::Statement table(connection_.get(), "SELECT name, value FROM setting LIMIT 1");
     if (auto const result = table.step(); result != SQLITE_ROW && result != SQLITE_DONE) {
-        failOpen(result == SQLITE_ERROR ? SQLITE_CORRUPT : result);
+        return result == SQLITE_ERROR ? SQLITE_CORRUPT : result;
     }
+    file_ = identityOf(path_);
+    log_ = identityOf(path_ + "-wal");
+    return SQLITE_OK;
 }
 
-void ConfigurationStore::failOpen(int result) const
+tl::unexpected<Refusal> ConfigurationStore::openRefusal(int result) const
 {
     switch (primaryCode(result)) {
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
-        throw StoreError(fmt::format("store \"{}\" is damaged; it is left as it is: put a copy back, move it away to "
-                                     "start with a new one, or name another file in store.path",
-                                     path_));
+        return refuse(RefusalKind::kUnavailable,
+                      fmt::format("store \"{}\" is damaged and was left unchanged: restore a copy, move it away to "
+                                  "start with a new one, or name another file in store.path",
+                                  path_));
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
-        throw StoreError(fmt::format(
-            "store \"{}\" is locked by another program: end that one, or name another file in store.path", path_));
+        return refuse(RefusalKind::kUnavailable,
+                      fmt::format("store \"{}\" is locked by another program: end that program, or name another file "
+                                  "in store.path",
+                                  path_));
     default:
-        throw StoreError(
-            fmt::format("store \"{}\" can't be opened: {} ({}); give this user the right to write the file "
-                        "and its folder, or name another file in store.path",
-                        path_, sqlite3_errstr(result), sqlite3_errmsg(connection_.get())));
+        return refuse(RefusalKind::kUnavailable,
+                      fmt::format("store \"{}\" cannot be opened: {} ({}); give this user the right to write the file "
+                                  "and its folder, or name another file in store.path",
+                                  path_, sqlite3_errstr(result), sqlite3_errmsg(connection_.get())));
     }
 }
 
-ConfigurationStore::Values ConfigurationStore::load()
+Outcome<ConfigurationStore::Values> ConfigurationStore::load()
 {
     dataVersion_ = dataVersion();
     Values values;
@@ -109,7 +117,7 @@ ConfigurationStore::Values ConfigurationStore::load()
         values.emplace(rows.text(0), rows.text(1));
     }
     if (result != SQLITE_DONE) {
-        failOpen(result);
+        return openRefusal(result);
     }
     return values;
 }
@@ -126,7 +134,7 @@ std::int64_t ConfigurationStore::dataVersion()
     return version.step() == SQLITE_ROW ? version.number(0) : dataVersion_;
 }
 
-SettingOutcome ConfigurationStore::write(std::vector<Change> const& changes)
+Outcome<> ConfigurationStore::write(std::vector<Change> const& changes)
 {
     if (auto gone = checkPresent(); !gone) {
         return gone;
@@ -139,13 +147,13 @@ SettingOutcome ConfigurationStore::write(std::vector<Change> const& changes)
         result = sqlite::execute(connection_.get(), "COMMIT");
     }
     if (result != SQLITE_OK) {
-        auto refused = refusal(result);
+        auto refused = writeRefusal(result);
         if (sqlite3_get_autocommit(connection_.get()) == 0) {
             sqlite::execute(connection_.get(), "ROLLBACK");
         }
         return refused;
     }
-    return checkPresent();  // removed meanwhile: what was written is lost with the file
+    return checkPresent();  // the file may have been removed meanwhile, and the changes with it
 }
 
 int ConfigurationStore::writeAll(std::vector<Change> const& changes)
@@ -164,35 +172,39 @@ int ConfigurationStore::writeAll(std::vector<Change> const& changes)
     return SQLITE_OK;
 }
 
-SettingOutcome ConfigurationStore::checkPresent() const
+Outcome<> ConfigurationStore::checkPresent() const
 {
     if (path_.empty()) {
         return {};
     }
-    if (identityOf(path_) == file_ && identityOf(path_ + "-wal") == log_) {
-        return isWritable(path_) ? SettingOutcome{} : refusal(SQLITE_READONLY);
+    if (identityOf(path_) != file_ || identityOf(path_ + "-wal") != log_) {
+        return refuse(RefusalKind::kUnavailable,
+                      fmt::format("the store \"{}\" was removed or replaced while the telephone was running: restart "
+                                  "the telephone",
+                                  path_));
     }
-    return {
-        SettingRefusal::kStoreGone,
-        fmt::format("the store \"{}\" was removed or replaced while the telephone runs: restart the telephone", path_)};
+    if (!isWritable(path_)) {
+        return writeRefusal(SQLITE_READONLY);
+    }
+    return {};
 }
 
-SettingOutcome ConfigurationStore::refusal(int result) const
+tl::unexpected<Refusal> ConfigurationStore::writeRefusal(int result) const
 {
     switch (primaryCode(result)) {
     case SQLITE_FULL:
-        return {SettingRefusal::kStoreFull,
-                fmt::format("the store \"{}\" is full: make room on its disk, or reset settings", path_)};
+        return refuse(RefusalKind::kLimit,
+                      fmt::format("the store \"{}\" is full: make room on its disk, or reset settings", path_));
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
-        return {SettingRefusal::kStoreLocked,
-                fmt::format("the store \"{}\" is locked by another program: try again", path_)};
+        return refuse(RefusalKind::kUnavailable,
+                      fmt::format("the store \"{}\" is locked by another program: try again", path_));
     case SQLITE_READONLY:
-        return {SettingRefusal::kStoreReadOnly,
-                fmt::format("the store \"{}\" is read-only: give this user the right to write it", path_)};
+        return refuse(RefusalKind::kNotPermitted,
+                      fmt::format("the store \"{}\" is read-only: give this user the right to write it", path_));
     default:
-        return {SettingRefusal::kStoreFailed,
-                fmt::format("the store \"{}\" can't be written: {}", path_, sqlite3_errmsg(connection_.get()))};
+        return refuse(RefusalKind::kUnavailable,
+                      fmt::format("the store \"{}\" cannot be written: {}", path_, sqlite3_errmsg(connection_.get())));
     }
 }
 

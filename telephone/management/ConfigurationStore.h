@@ -1,18 +1,19 @@
-// The settings that are kept, in an SQLite file: write-ahead log, full synchronisation, so that what `write` accepted
-// survives the end of the process and of the power. Without a path it lives in memory.
+// The stored settings, in an SQLite file with a write-ahead log and full synchronisation: what `write` accepted
+// survives a crash and a power failure. Without a path the store is in memory.
 //
-// Settings owns it and calls it from one thread at a time. Nothing here waits longer than the busy timeout. Another
-// program, and another telephone, may use the same file meanwhile.
+// Settings owns it and calls it from one thread at a time. No call waits longer than the busy timeout. Other programs,
+// and other telephones, may use the same file at the same time.
 #pragma once
 
 #include <chrono>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "telephone/management/SettingOutcome.h"
+#include "telephone/base/Refusal.h"
 #include "telephone/management/Sqlite.h"
 #include "telephone/management/StoreFile.h"
 
@@ -25,7 +26,7 @@ public:
     struct Change
     {
         std::string name;
-        std::optional<std::string> value;  // none: remove
+        std::optional<std::string> value;  // none: removes the name
     };
     struct Limits
     {
@@ -33,31 +34,37 @@ public:
         int pages = 4096;  // of 4 kB
     };
 
-    // Throws StoreError with what to do when the file is damaged, foreign, locked or can't be written.
-    explicit ConfigurationStore(std::string path);
-    ConfigurationStore(std::string path, Limits limits);
+    // Opens the file, and creates it if it does not exist. An empty path: a store in memory. Refused when the file is
+    // damaged, locked, not a store of ours, or cannot be written.
+    [[nodiscard]] static Outcome<std::unique_ptr<ConfigurationStore>> open(std::string path);
+    [[nodiscard]] static Outcome<std::unique_ptr<ConfigurationStore>> open(std::string path, Limits const& limits);
 
-    // All that is stored. Throws StoreError.
-    Values load();
-    // All or none, on the disk when it returns an acceptance.
-    SettingOutcome write(std::vector<Change> const& changes);
+    // Everything that is stored.
+    [[nodiscard]] Outcome<Values> load();
+    // Writes all changes or none. They are on the disk when it returns a success.
+    [[nodiscard]] Outcome<> write(std::vector<Change> const& changes);
     // Whether another connection has written since the last call of `load` or of this.
     bool changedByOthers();
-    std::string const& path() const { return path_; }
 
 private:
-    void open(Limits const& limits);
-    void checkContent();
-    std::int64_t dataVersion();
-    SettingOutcome refusal(int result) const;
-    SettingOutcome checkPresent() const;
+    explicit ConfigurationStore(std::string path)
+        : path_(std::move(path))
+    {}
+
+    // Each returns an SQLite result code.
+    int connect(Limits const& limits);
+    int checkContent();
     int writeAll(std::vector<Change> const& changes);
-    [[noreturn]] void failOpen(int result) const;
+
+    std::int64_t dataVersion();
+    Outcome<> checkPresent() const;
+    tl::unexpected<Refusal> openRefusal(int result) const;
+    tl::unexpected<Refusal> writeRefusal(int result) const;
 
     std::string path_;
     sqlite::Connection connection_;
     FileIdentity file_;
-    FileIdentity log_;  // the write-ahead log: without it the file alone is not the store
+    FileIdentity log_;  // of the write-ahead log: the file without it is not the whole store
     std::int64_t dataVersion_ = 0;
 };
 

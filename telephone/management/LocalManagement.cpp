@@ -6,13 +6,15 @@
 #include "platform/management/ManageableData.h"
 #include "platform/management/MgmtAgentIfc.h"
 #include "telephone/framework/Log.h"
+#include "telephone/framework/Refusals.h"
+#include "telephone/management/LogComponent.h"
 #include "telephone/management/SettingCheck.h"
 
 namespace telephone {
 
 namespace {
 
-constexpr std::string_view kComponent = "management";
+constexpr char const* kNoItems = "the management data contain no items";
 
 void put(ManageableData& data, std::string const& key, std::string value)
 {
@@ -22,23 +24,9 @@ void put(ManageableData& data, std::string const& key, std::string value)
     data.populate(key, node);
 }
 
-bool forwards(Settings const& settings)
+Outcome<> setAll(Settings& settings, std::vector<Settings::Item> const& items)
 {
-    auto const isOn = [&settings](SettingRow const& row) {
-        return row.tag == SettingTags::kForwarding && row.name.ends_with("-activated") && settings.flag(row.name);
-    };
-    return std::any_of(kSettingRows.begin(), kSettingRows.end(), isOn) ||
-           !settings.text(SettingNames::kForwardingAlternative).empty();
-}
-
-SettingOutcome checkOffered(Settings::Item const& item)
-{
-    std::string normal;
-    auto checked = checkSetting(item.first, item.second, normal);
-    if (checked && findSettingRow(item.first)->access == SettingAccess::kReadOnly) {
-        return {SettingRefusal::kReadOnly, fmt::format("\"{}\" is read-only", item.first)};
-    }
-    return checked;
+    return items.empty() ? refuse(RefusalKind::kBadInput, kNoItems) : settings.setAll(items);
 }
 
 }  // namespace
@@ -57,27 +45,23 @@ void LocalManagement::init(Context& /*context*/) {}
 void LocalManagement::shutdown()
 {
     endListening(nullptr);
-    std::unique_lock guard(mutex_);
+    std::lock_guard const guard(mutex_);
     agent_ = nullptr;
-    auto const lampListener = std::exchange(lampListener_, 0);
-    guard.unlock();
-    settings_.endListening(lampListener);
 }
 
 int LocalManagement::setManageableData(ManageableData& data)
 {
-    auto const items = itemsOf(data);
-    if (items.empty()) {
-        log(kLogWarning, kComponent, "refused: management data without items");
-        return 0;
+    auto const outcome = setAll(settings_, itemsOf(data));
+    if (!outcome) {
+        reportRefusal(kComponent, outcome.error());
     }
-    return settings_.setAll(items) ? 1 : 0;
+    return outcome ? 1 : 0;
 }
 
 void LocalManagement::registerForTag(MgmtAgentIfc* agent, char const* tag)
 {
     if (agent == nullptr || tag == nullptr) {
-        log(kLogFailure, kComponent, "registration for changes ignored: no agent or no tag");
+        log(kLogFailure, kComponent, "a registration for changes has no agent or no tag");
         return;
     }
     auto const listener =
@@ -95,27 +79,28 @@ void LocalManagement::tell(MgmtAgentIfc& agent, std::vector<std::string> const& 
     agent.manageableDataChanged(data);
 }
 
-SettingOutcome LocalManagement::offerManagementData(std::vector<Settings::Item> const& items)
+Outcome<> LocalManagement::offerManagementData(std::vector<Settings::Item> const& items)
 {
     if (items.empty()) {
-        return {SettingRefusal::kWrongValue, "management data without items"};
+        return refuse(RefusalKind::kBadInput, kNoItems);
     }
     ManageableData data;
-    for (auto const& item : items) {
-        if (auto checked = checkOffered(item); !checked) {
-            return checked;
+    for (auto const& [key, value] : items) {
+        if (auto checked = checkChange(key, value); !checked) {
+            return tl::unexpected(std::move(checked.error()));
         }
-        put(data, item.first, item.second);
+        put(data, key, value);
     }
     std::unique_lock guard(mutex_);
     auto* const agent = agent_;
     guard.unlock();
     if (agent == nullptr) {
-        return {SettingRefusal::kStoreFailed, "no service takes management data: start the service first"};
+        return refuse(RefusalKind::kWrongState, "no service takes management data: start the service first");
     }
     if (agent->setData(data) == 0) {
-        return {SettingRefusal::kReadOnly, "the service refused the data: the call server holds these settings, or the "
-                                           "store refused them; the log says which"};
+        return refuse(RefusalKind::kNotPermitted,
+                      "the service refused the data: the call server controls these settings, or the store refused "
+                      "them; the log says which");
     }
     return {};
 }
@@ -149,26 +134,6 @@ void LocalManagement::endListening(MgmtAgentIfc const* agent)
     for (auto const& registration : ended) {
         settings_.endListening(registration.listener);
     }
-}
-
-void LocalManagement::setForwardingLamps(ForwardingLamps lamps)
-{
-    std::lock_guard const guard(mutex_);
-    lamps_ = std::move(lamps);
-}
-
-void LocalManagement::showForwarding()
-{
-    std::unique_lock guard(mutex_);
-    auto const lamps = lamps_;
-    if (!lamps) {
-        return;
-    }
-    if (lampListener_ == 0) {
-        lampListener_ = settings_.listenToTag(SettingTags::kForwarding, [this](auto const&) { showForwarding(); });
-    }
-    guard.unlock();
-    lamps(forwards(settings_));
 }
 
 }  // namespace telephone

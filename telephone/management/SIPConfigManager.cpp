@@ -3,27 +3,26 @@
 #include "platform/framework/SvcRTEContext.h"
 #include "platform/management/ManageableData.h"
 #include "telephone/framework/Log.h"
+#include "telephone/framework/Refusals.h"
 #include "telephone/management/LocalManagement.h"
+#include "telephone/management/LogComponent.h"
 
 namespace {
-
-constexpr std::string_view kComponent = "management";
 
 telephone::LocalManagement* findManagement(SvcRTEContext* context)
 {
     auto* const found = context == nullptr ? nullptr : context->findExecutable("LocalMgmtIfc");
     auto* const management = dynamic_cast<telephone::LocalManagement*>(found);
     if (management == nullptr) {
-        telephone::log(kLogFailure, kComponent,
-                       "no configuration store is registered as LocalMgmtIfc: SIP settings are "
-                       "not managed");
+        telephone::log(kLogFailure, telephone::kComponent,
+                       "no configuration store is registered as LocalMgmtIfc: SIP settings are not managed");
     }
     return management;
 }
 
 }  // namespace
 
-// The store is found once; the framework keeps what it registers for as long as services run.
+// The store is looked up once: the framework keeps its executables for as long as services run.
 class SIPConfigManager::State
 {
 public:
@@ -56,8 +55,7 @@ SIPConfigManager::SIPConfigManager(SvcRTEContext* context, MgmtAgentIfc* agent)
 
 SIPConfigManager::~SIPConfigManager() = default;
 
-// Settings are in force as soon as they are stored, so there is nothing to put into force but what another program has
-// written since.
+// Settings are in force as soon as they are stored; only another program's changes have to be put into force.
 void SIPConfigManager::initialise(bool apply)
 {
     if (state_->management != nullptr && apply) {
@@ -65,18 +63,13 @@ void SIPConfigManager::initialise(bool apply)
     }
 }
 
-void SIPConfigManager::switchOnLampsForForwarding()
-{
-    if (state_->management != nullptr) {
-        state_->management->showForwarding();
-    }
-}
+// Nothing to do: the forwarding lamp follows the settings from the start.
+void SIPConfigManager::switchOnLampsForForwarding() {}
 
 void SIPConfigManager::checkDhcpProxyAddr()
 {
-    telephone::log(
-        telephone::kLogInfo, kComponent,
-        "no proxy address from DHCP: this telephone asks no DHCP server, its registrar is the configured one");
+    telephone::log(telephone::kLogInfo, telephone::kComponent,
+                   "no proxy address from DHCP: this telephone does not use DHCP, its registrar is the configured one");
 }
 
 int SIPConfigManager::getData(ManageableData& data)
@@ -103,7 +96,12 @@ int SIPConfigManager::getData(ManageableData& data)
 
 void SIPConfigManager::resetUserData()
 {
-    if (state_->management != nullptr && state_->management->settings().resetUserSettings()) {
-        telephone::log(telephone::kLogInfo, kComponent, "the user's settings are the delivered ones again");
+    if (state_->management == nullptr) {
+        return;
     }
+    if (auto const reset = state_->management->settings().resetUserSettings(); !reset) {
+        telephone::reportRefusal(telephone::kComponent, reset.error());
+        return;
+    }
+    telephone::log(telephone::kLogInfo, telephone::kComponent, "the user settings have their standard values again");
 }

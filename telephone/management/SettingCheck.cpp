@@ -5,14 +5,14 @@
 
 #include <spdlog/fmt/fmt.h>
 
+#include "telephone/base/Names.h"
 #include "telephone/configuration/Choices.h"
-#include "telephone/configuration/NearestName.h"
 
 namespace telephone {
 
 namespace {
 
-// The value as a message shows it: a huge or binary one would fill the log.
+// A value as messages show it: shortened, and without control characters.
 std::string shown(std::string_view value)
 {
     constexpr std::size_t kShown = 40;
@@ -25,11 +25,6 @@ std::string shown(std::string_view value)
     return value.size() > kShown ? text + "..." : text;
 }
 
-SettingOutcome refuse(SettingRefusal refusal, std::string reason)
-{
-    return {refusal, std::move(reason)};
-}
-
 std::optional<int> numberIn(std::string_view value)
 {
     int number = 0;
@@ -40,29 +35,27 @@ std::optional<int> numberIn(std::string_view value)
     return number;
 }
 
-bool acceptsNumber(SettingRow const& row, std::string_view value, std::string& normal)
+bool isText(SettingRow const& row, std::string_view value)
 {
-    auto const number = numberIn(value);
-    if (!number || *number < row.minimum || *number > row.maximum) {
-        return false;
-    }
-    normal = std::to_string(*number);
-    return true;
+    return value.size() <= kLongestSetting && value.find('\0') == std::string_view::npos &&
+           (row.choices.empty() || placeOfChoice(row.choices, value));
 }
 
-bool accepts(SettingRow const& row, std::string_view value, std::string& normal)
+// The text to store; nothing: the row does not take the value.
+std::optional<std::string> normalised(SettingRow const& row, std::string_view value)
 {
-    normal = value;
     switch (row.type) {
     case SettingType::kFlag:
-        return value == "true" || value == "false";
-    case SettingType::kNumber:
-        return acceptsNumber(row, value, normal);
-    case SettingType::kText:
-        return value.size() <= kLongestSetting && value.find('\0') == std::string_view::npos &&
-               (row.choices.empty() || placeOfChoice(row.choices, value));
+        return value == "true" || value == "false" ? std::optional(std::string(value)) : std::nullopt;
+    case SettingType::kNumber: {
+        auto const number = numberIn(value);
+        bool const inRange = number && *number >= row.minimum && *number <= row.maximum;
+        return inRange ? std::optional(std::to_string(*number)) : std::nullopt;
     }
-    return false;
+    case SettingType::kText:
+        return isText(row, value) ? std::optional(std::string(value)) : std::nullopt;
+    }
+    return std::nullopt;
 }
 
 }  // namespace
@@ -83,23 +76,33 @@ std::string expectedOf(SettingRow const& row)
     return listOfChoices(row.choices);
 }
 
-SettingOutcome checkSetting(std::string_view key, std::string_view value, std::string& normal)
+Outcome<std::string> checkSetting(std::string_view key, std::string_view value)
 {
     auto const* row = findSettingRow(key);
     if (row == nullptr) {
-        auto const nearest = nearestName(key, kSettingRows, &SettingRow::name);
-        return refuse(SettingRefusal::kUnknownKey,
-                      fmt::format("there is no setting \"{}\"; the nearest is \"{}\"", shown(key), nearest));
+        return refuse(RefusalKind::kNotFound,
+                      fmt::format("there is no setting \"{}\"; the nearest is \"{}\"", shown(key),
+                                  nearestName(key, namesOf(kSettingRows, &SettingRow::name))));
     }
     if (key.size() > kLongestSettingKey || key.find('\0') != std::string_view::npos) {
-        return refuse(SettingRefusal::kUnknownKey, fmt::format("the key \"{}\" is longer than {} bytes or holds a NUL",
-                                                               shown(key), kLongestSettingKey));
+        return refuse(RefusalKind::kNotFound, fmt::format("the key \"{}\" is longer than {} bytes or contains a NUL",
+                                                          shown(key), kLongestSettingKey));
     }
-    if (!accepts(*row, value, normal)) {
-        return refuse(SettingRefusal::kWrongValue,
+    auto normal = normalised(*row, value);
+    if (!normal) {
+        return refuse(RefusalKind::kBadInput,
                       fmt::format("\"{}\" takes {}, not \"{}\"", shown(key), expectedOf(*row), shown(value)));
     }
-    return {};
+    return *std::move(normal);
+}
+
+Outcome<std::string> checkChange(std::string_view key, std::string_view value)
+{
+    auto checked = checkSetting(key, value);
+    if (checked && findSettingRow(key)->access == SettingAccess::kReadOnly) {
+        return refuse(RefusalKind::kNotPermitted, fmt::format("\"{}\" is read-only", key));
+    }
+    return checked;
 }
 
 }  // namespace telephone

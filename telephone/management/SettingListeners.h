@@ -1,4 +1,4 @@
-// Who wants to hear of changed settings. Settings owns it and calls `tell` with no lock held.
+// The listeners to changed settings. Settings owns it and calls `tell` with no lock held.
 #pragma once
 
 #include <condition_variable>
@@ -21,9 +21,9 @@ public:
 
     Id addForKey(std::string_view key, Listener listener);
     Id addForTag(std::string_view tag, Listener listener);
-    // Waits until no other thread runs the listener.
+    // Waits until no other thread is running the listener.
     void remove(Id id);
-    // Tells each listener those of the keys that it asked for. One that throws is logged and hears the next change.
+    // Tells each listener the keys that it subscribed to. An exception of a listener is logged.
     void tell(std::vector<std::string> const& keys);
 
 private:
@@ -34,7 +34,7 @@ private:
         std::string subject;
         Listener listener;
         bool removed = false;
-        std::vector<std::thread::id> running;  // threads that are in the listener now
+        std::vector<std::thread::id> running;  // threads running the listener
     };
 
     Id add(bool byTag, std::string_view subject, Listener listener);

@@ -1,7 +1,6 @@
-// Every key of the configuration store: what it is called, what it holds and what it means. The store, the console's
-// help and docs/settings.md are made from this table.
+// Every key of the configuration store, with its type and meaning. The store and docs/settings.md use this table.
 //
-// A name that ends in "/*" is a family: every key that begins with the text before the star is one of its settings.
+// A name that ends in "/*" is a family: every key that begins with the text before the star belongs to it.
 #pragma once
 
 #include <array>
@@ -10,6 +9,7 @@
 #include <string_view>
 
 #include "platform/management/QoraTags.h"
+#include "telephone/management/ForwardingKeys.h"
 
 namespace telephone {
 
@@ -22,8 +22,8 @@ enum class SettingType
 
 enum class SettingAccess
 {
-    kUser,           // set by anyone; back to the standard value when the user's data are reset
-    kAdministrator,  // set by anyone who reaches the store; survives such a reset
+    kUser,           // anyone may set it; a reset of the user's data restores the standard value
+    kAdministrator,  // anyone with access to the store may set it; it survives such a reset
     kReadOnly,       // given by the configuration or reported by the telephone itself
 };
 
@@ -31,12 +31,12 @@ struct SettingRow
 {
     std::string_view name;
     SettingType type;
-    std::string_view standard;  // until something else is set
+    std::string_view standard;  // the value until another one is set
     SettingAccess access;
-    std::string_view tag;  // group under which changes can be heard
+    std::string_view tag;  // group of settings; listeners may subscribe to it
     std::string_view meaning;
-    std::string_view choices = {};                  // the texts that are allowed, with "|" between; empty: any
-    int minimum = std::numeric_limits<int>::min();  // of a number
+    std::string_view choices = {};                  // the permitted texts, separated by "|"; empty: any
+    int minimum = std::numeric_limits<int>::min();  // for a number
     int maximum = std::numeric_limits<int>::max();
 };
 
@@ -51,7 +51,7 @@ struct SettingTags
     static constexpr std::string_view kRecording = "recording";
 };
 
-// Names of the settings that the telephone itself uses.
+// Names of the settings that the telephone itself uses; ForwardingKeys.h has those of the forwarding rules.
 struct SettingNames
 {
     static constexpr std::string_view kDoNotDisturb = "call-dnd-activated";
@@ -72,9 +72,9 @@ struct SettingNames
     static constexpr std::string_view kInterfaceStatus = QoraTags::INTERFACE_STATUS;
     static constexpr std::string_view kWlanLinkStatus = QoraTags::WLAN_LINK_STATUS;
     static constexpr std::string_view kRecordingEnabled = "recording-enabled";
-    static constexpr std::string_view kFeatureTogglePrefix = "feature-toggle/";  // + key number, a flag
-    static constexpr std::string_view kCockpitPrefix = "agent-cockpit/";         // + item, a text
-    static constexpr std::string_view kLinePrefix = "line/";                     // + line id + "/" + key, a text
+    static constexpr std::string_view kFeatureTogglePrefix = "feature-toggle/";  // + key number: a flag
+    static constexpr std::string_view kCockpitPrefix = "agent-cockpit/";         // + item: a text
+    static constexpr std::string_view kLinePrefix = "line/";                     // + line id + "/" + key: a text
 };
 
 // clang-format off
@@ -83,52 +83,53 @@ inline constexpr auto kSettingRows = [] {
     using enum SettingAccess;
     using Tag = SettingTags;
     using Name = SettingNames;
+    constexpr auto& keys = kForwardingKeys;
     return std::to_array<SettingRow>({
-        {"cfu-activated",             kFlag,   "false",     kUser,          Tag::kForwarding,   "forward every call"},
-        {"cfu-address",               kText,   "",          kUser,          Tag::kForwarding,   "where to"},
-        {"cfu-ext-activated",         kFlag,   "false",     kUser,          Tag::kForwarding,   "forward every call from outside"},
-        {"cfu-ext-address",           kText,   "",          kUser,          Tag::kForwarding,   "where to"},
-        {"cfu-int-activated",         kFlag,   "false",     kUser,          Tag::kForwarding,   "forward every call from the own domain"},
-        {"cfu-int-address",           kText,   "",          kUser,          Tag::kForwarding,   "where to"},
-        {"cfb-activated",             kFlag,   "false",     kUser,          Tag::kForwarding,   "forward when busy"},
-        {"cfb-address",               kText,   "",          kUser,          Tag::kForwarding,   "where to"},
-        {"cfb-ext-activated",         kFlag,   "false",     kUser,          Tag::kForwarding,   "forward calls from outside when busy"},
-        {"cfb-ext-address",           kText,   "",          kUser,          Tag::kForwarding,   "where to"},
-        {"cfb-int-activated",         kFlag,   "false",     kUser,          Tag::kForwarding,   "forward calls from the own domain when busy"},
-        {"cfb-int-address",           kText,   "",          kUser,          Tag::kForwarding,   "where to"},
-        {"cfnr-activated",            kFlag,   "false",     kUser,          Tag::kForwarding,   "forward when nobody answers"},
-        {"cfnr-address",              kText,   "",          kUser,          Tag::kForwarding,   "where to"},
-        {Name::kNoReplyDelay,         kNumber, "3",         kUser,          Tag::kForwarding,   "rings until nobody answers", {}, 0, 99},
-        {"cfnr-ext-activated",        kFlag,   "false",     kUser,          Tag::kForwarding,   "forward calls from outside when nobody answers"},
-        {"cfnr-ext-address",          kText,   "",          kUser,          Tag::kForwarding,   "where to"},
-        {"cfnr-int-activated",        kFlag,   "false",     kUser,          Tag::kForwarding,   "forward calls from the own domain when nobody answers"},
-        {"cfnr-int-address",          kText,   "",          kUser,          Tag::kForwarding,   "where to"},
-        {Name::kForwardingAlternative, kText,  "",          kUser,          Tag::kForwarding,   "destination of the alternative forwarding key; empty: off"},
-        {Name::kForwardingPrivacy,    kFlag,   "false",     kReadOnly,      Tag::kForwarding,   "a rule that is switched off loses its destination"},
-        {Name::kBuiltInForwarding,    kFlag,   "true",      kAdministrator, Tag::kForwarding,   "the telephone forwards by itself, with 302"},
-        {Name::kDoNotDisturb,         kFlag,   "false",     kUser,          Tag::kDoNotDisturb, "refuse every call"},
-        {Name::kDoNotDisturbEnabled,  kFlag,   "true",      kAdministrator, Tag::kDoNotDisturb, "do-not-disturb may be switched on"},
-        {Name::kAgentState,           kText,   "loggedOff", kUser,          Tag::kAgent,        "state of the call-centre agent",
-                                                                                 "loggedOn|loggedOff|notReady|ready|workingAfterCall"},
-        {Name::kAgentFeatureEnabled,  kFlag,   "true",      kAdministrator, Tag::kAgent,        "the telephone is an agent's"},
-        {"agent-cockpit/*",           kText,   "",          kUser,          Tag::kAgent,        "items of the agent's view, by name"},
-        {Name::kServerBasedFeatures,  kFlag,   "false",     kAdministrator, Tag::kServer,       "forwarding and do-not-disturb are held by the call server"},
-        {Name::kServerType,           kNumber, "0",         kReadOnly,      Tag::kServer,       "kind of call server", {}, 0, 255},
-        {Name::kInterfaceStatus,      kText,   "",          kReadOnly,      QoraTags::INTERFACE_STATUS, "state of the wired network"},
-        {Name::kWlanLinkStatus,       kText,   "",          kReadOnly,      QoraTags::WLAN_LINK_STATUS, "state of the wireless network"},
-        {Name::kPhoneLocked,          kFlag,   "false",     kUser,          Tag::kPhone,        "only permitted numbers can be dialled"},
-        {Name::kDialRestriction,      kNumber, "0",         kAdministrator, Tag::kPhone,        "4: no outgoing calls", {}, 0, 4},
-        {Name::kImmediateRing,        kFlag,   "false",     kUser,          Tag::kPhone,        "lines ring without their delay"},
-        {Name::kCurrentMultiUser,     kText,   "",          kUser,          Tag::kPhone,        "line of the present user; empty: the primary line"},
-        {Name::kHeadsetOverride,      kNumber, "0",         kUser,          Tag::kPhone,        "line that answers on the headset whatever is plugged; 0: none", {}, 0, 255},
-        {"feature-toggle/*",          kFlag,   "false",     kUser,          Tag::kPhone,        "state of a feature key, by key number"},
-        {"line/*",                    kText,   "",          kUser,          Tag::kLine,         "settings of one line, by line id and key"},
-        {Name::kRecordingEnabled,     kFlag,   "true",      kAdministrator, Tag::kRecording,    "calls may be recorded"},
+        {keys[sfiForwardUnconditional].activated,          kFlag,   "false",     kUser,           Tag::kForwarding,     "forward every call"},
+        {keys[sfiForwardUnconditional].address,            kText,   "",          kUser,           Tag::kForwarding,     "destination of that rule"},
+        {keys[sfiForwardUnconditionalExternal].activated,  kFlag,   "false",     kUser,           Tag::kForwarding,     "forward every call from outside"},
+        {keys[sfiForwardUnconditionalExternal].address,    kText,   "",          kUser,           Tag::kForwarding,     "destination of that rule"},
+        {keys[sfiForwardUnconditionalInternal].activated,  kFlag,   "false",     kUser,           Tag::kForwarding,     "forward every call from the same domain"},
+        {keys[sfiForwardUnconditionalInternal].address,    kText,   "",          kUser,           Tag::kForwarding,     "destination of that rule"},
+        {keys[sfiForwardBusy].activated,                   kFlag,   "false",     kUser,           Tag::kForwarding,     "forward when busy"},
+        {keys[sfiForwardBusy].address,                     kText,   "",          kUser,           Tag::kForwarding,     "destination of that rule"},
+        {keys[sfiForwardBusyExternal].activated,           kFlag,   "false",     kUser,           Tag::kForwarding,     "forward calls from outside when busy"},
+        {keys[sfiForwardBusyExternal].address,             kText,   "",          kUser,           Tag::kForwarding,     "destination of that rule"},
+        {keys[sfiForwardBusyInternal].activated,           kFlag,   "false",     kUser,           Tag::kForwarding,     "forward calls from the same domain when busy"},
+        {keys[sfiForwardBusyInternal].address,             kText,   "",          kUser,           Tag::kForwarding,     "destination of that rule"},
+        {keys[sfiForwardNoReply].activated,                kFlag,   "false",     kUser,           Tag::kForwarding,     "forward when nobody answers"},
+        {keys[sfiForwardNoReply].address,                  kText,   "",          kUser,           Tag::kForwarding,     "destination of that rule"},
+        {Name::kNoReplyDelay,                              kNumber, "3",         kUser,           Tag::kForwarding,     "rings before a call counts as not answered", {}, 0, 99},
+        {keys[sfiForwardNoReplyExternal].activated,        kFlag,   "false",     kUser,           Tag::kForwarding,     "forward calls from outside when nobody answers"},
+        {keys[sfiForwardNoReplyExternal].address,          kText,   "",          kUser,           Tag::kForwarding,     "destination of that rule"},
+        {keys[sfiForwardNoReplyInternal].activated,        kFlag,   "false",     kUser,           Tag::kForwarding,     "forward calls from the same domain when nobody answers"},
+        {keys[sfiForwardNoReplyInternal].address,          kText,   "",          kUser,           Tag::kForwarding,     "destination of that rule"},
+        {Name::kForwardingAlternative,                     kText,   "",          kUser,           Tag::kForwarding,     "destination of the alternative forwarding key; empty: off"},
+        {Name::kForwardingPrivacy,                         kFlag,   "false",     kReadOnly,       Tag::kForwarding,     "a rule that is switched off loses its destination"},
+        {Name::kBuiltInForwarding,                         kFlag,   "true",      kAdministrator,  Tag::kForwarding,     "the telephone forwards calls itself, with 302"},
+        {Name::kDoNotDisturb,                              kFlag,   "false",     kUser,           Tag::kDoNotDisturb,   "refuse every call"},
+        {Name::kDoNotDisturbEnabled,                       kFlag,   "true",      kAdministrator,  Tag::kDoNotDisturb,   "do-not-disturb may be switched on"},
+        {Name::kAgentState,                                kText,   "loggedOff", kUser,           Tag::kAgent,          "state of the call-centre agent",
+                                                                                     "loggedOn|loggedOff|notReady|ready|workingAfterCall"},
+        {Name::kAgentFeatureEnabled,                       kFlag,   "true",      kAdministrator,  Tag::kAgent,          "the telephone belongs to a call-centre agent"},
+        {"agent-cockpit/*",                                kText,   "",          kUser,           Tag::kAgent,          "items of the agent's view, by name"},
+        {Name::kServerBasedFeatures,                       kFlag,   "false",     kAdministrator,  Tag::kServer,         "the call server controls forwarding and do-not-disturb"},
+        {Name::kServerType,                                kNumber, "0",         kReadOnly,       Tag::kServer,         "kind of call server", {}, 0, 255},
+        {Name::kInterfaceStatus,                           kText,   "",          kReadOnly,       QoraTags::INTERFACE_STATUS, "state of the wired network"},
+        {Name::kWlanLinkStatus,                            kText,   "",          kReadOnly,       QoraTags::WLAN_LINK_STATUS, "state of the wireless network"},
+        {Name::kPhoneLocked,                               kFlag,   "false",     kUser,           Tag::kPhone,          "only permitted numbers can be dialled"},
+        {Name::kDialRestriction,                           kNumber, "0",         kAdministrator,  Tag::kPhone,          "4: no outgoing calls", {}, 0, 4},
+        {Name::kImmediateRing,                             kFlag,   "false",     kUser,           Tag::kPhone,          "lines ring without their ring delay"},
+        {Name::kCurrentMultiUser,                          kText,   "",          kUser,           Tag::kPhone,          "line of the current user; empty: the primary line"},
+        {Name::kHeadsetOverride,                           kNumber, "0",         kUser,           Tag::kPhone,          "line that answers on the headset whatever is plugged in; 0: none", {}, 0, 255},
+        {"feature-toggle/*",                               kFlag,   "false",     kUser,           Tag::kPhone,          "state of a feature key, by key number"},
+        {"line/*",                                         kText,   "",          kUser,           Tag::kLine,           "settings of one line, by line id and key"},
+        {Name::kRecordingEnabled,                          kFlag,   "true",      kAdministrator,  Tag::kRecording,      "calls may be recorded"},
     });
 }();
 // clang-format on
 
-static_assert(kSettingRows.size() == 39, "a setting was added or removed: say so in the tests and the change log");
+static_assert(kSettingRows.size() == 39, "a setting was added or removed: update the tests and the change log");
 static_assert(
     [] {
         for (std::size_t i = 0; i < kSettingRows.size(); ++i) {
@@ -140,14 +141,14 @@ static_assert(
         }
         return true;
     }(),
-    "two settings of one name");
+    "two settings have the same name");
 
 constexpr bool isFamily(SettingRow const& row)
 {
     return row.name.ends_with("/*");
 }
 
-// The row that a key belongs to, its own or its family's; null when there is none.
+// The row of a key, or of its family; null for an unknown key.
 constexpr SettingRow const* findSettingRow(std::string_view key)
 {
     for (auto const& row : kSettingRows) {

@@ -10,16 +10,16 @@
 #include "platform/management/ManageableData.h"
 #include "telephone/configuration/Configuration.h"
 #include "telephone/framework/Log.h"
+#include "telephone/framework/Refusals.h"
 #include "telephone/management/ConfigurationStore.h"
 #include "telephone/management/SettingCheck.h"
 #include "telephone/management/SettingListeners.h"
-#include "telephone/management/StoreError.h"
 
 namespace telephone {
 
 namespace {
 
-constexpr std::string_view kComponent = "settings";
+constexpr std::string_view kSettingsComponent = "settings";
 
 using Values = ConfigurationStore::Values;
 
@@ -46,16 +46,20 @@ Values standardsOf(Configuration const& configuration)
     return values;
 }
 
-// What another program or an older telephone has left in the store and this one can't use.
+// False for a value that another program or an older telephone stored and this one cannot use.
 bool isUsable(std::string const& key, std::string const& value)
 {
-    std::string normal;
-    auto const checked = checkSetting(key, value, normal);
-    if (!checked) {
-        log(kLogWarning, kComponent, "stored value ignored: {}", checked.reason);
+    if (auto const checked = checkSetting(key, value); !checked) {
+        log(kLogWarning, kSettingsComponent, "stored value ignored: {}", checked.error().reason);
         return false;
     }
     return findSettingRow(key)->access != SettingAccess::kReadOnly;
+}
+
+Values usable(Values values)
+{
+    std::erase_if(values, [](auto const& item) { return !isUsable(item.first, item.second); });
+    return values;
 }
 
 }  // namespace
@@ -66,7 +70,7 @@ public:
     State(std::unique_ptr<ConfigurationStore> store, Configuration const& configuration)
         : store_(std::move(store))
         , standards_(standardsOf(configuration))
-        , stored_(usable(store_->load()))
+        , stored_(usable(valueOrThrow(store_->load())))
     {}
 
     std::string text(std::string_view key) const
@@ -80,19 +84,16 @@ public:
         return stored_;
     }
 
-    SettingOutcome write(std::vector<Item> const& items);
-    SettingOutcome resetUserSettings();
+    Outcome<> write(std::vector<Item> const& items);
+    Outcome<> resetUserSettings();
     void report(std::string_view key, std::string_view value);
     void refresh();
 
     SettingListeners listeners;
 
 private:
-    static Values usable(Values values)
-    {
-        std::erase_if(values, [](auto const& item) { return !isUsable(item.first, item.second); });
-        return values;
-    }
+    using Changes = std::vector<ConfigurationStore::Change>;
+
     // With values_ held.
     std::string inForce(std::string_view key) const
     {
@@ -102,16 +103,18 @@ private:
         auto const found = standards_.find(key);
         return found == standards_.end() ? std::string() : found->second;
     }
-    // Both with writing_ held; `changed` grows by the keys whose value in force is another one now.
+    // Stores the changes that `changesOf` makes of the stored values, then tells the listeners.
+    Outcome<> change(std::function<Changes(Values const& stored)> const& changesOf);
+    // With writing_ held. Each appends the keys whose value in force has changed.
     void takeOver(Values values, std::vector<std::string>& changed);
-    SettingOutcome store(std::vector<ConfigurationStore::Change> const& changes, std::vector<std::string>& changed);
+    Outcome<> store(Changes const& changes, std::vector<std::string>& changed);
     void readOthers(std::vector<std::string>& changed);
 
     std::unique_ptr<ConfigurationStore> store_;
-    mutable std::shared_mutex values_;  // standards_ and stored_; never held for longer than a look
-    std::mutex writing_;                // the store; taken before values_
-    bool stale_ = false;                // others have written what could not be read yet
-    Values standards_;                  // and what was reported
+    mutable std::shared_mutex values_;  // guards standards_ and stored_; never held during file access
+    std::mutex writing_;                // guards the store; taken before values_
+    bool stale_ = false;                // another program's changes could not be read yet
+    Values standards_;                  // and the reported values
     Values stored_;
 };
 
@@ -134,26 +137,27 @@ void Settings::State::takeOver(Values values, std::vector<std::string>& changed)
 
 void Settings::State::readOthers(std::vector<std::string>& changed)
 {
-    try {
-        stale_ = store_->changedByOthers() || stale_;
-        if (stale_) {
-            takeOver(usable(store_->load()), changed);
-            stale_ = false;
-        }
-    } catch (StoreError const& error) {
-        log(kLogFailure, kComponent, "{}", error.what());
+    stale_ = store_->changedByOthers() || stale_;
+    if (!stale_) {
+        return;
     }
+    auto loaded = store_->load();
+    if (!loaded) {
+        log(kLogFailure, kSettingsComponent, "{}", loaded.error().reason);
+        return;
+    }
+    takeOver(usable(*std::move(loaded)), changed);
+    stale_ = false;
 }
 
-SettingOutcome Settings::State::store(std::vector<ConfigurationStore::Change> const& changes,
-                                      std::vector<std::string>& changed)
+Outcome<> Settings::State::store(Changes const& changes, std::vector<std::string>& changed)
 {
     if (changes.empty()) {
         return {};
     }
-    auto outcome = store_->write(changes);
-    if (!outcome) {
-        return outcome;
+    auto written = store_->write(changes);
+    if (!written) {
+        return written;
     }
     auto values = stored_;
     for (auto const& change : changes) {
@@ -164,50 +168,49 @@ SettingOutcome Settings::State::store(std::vector<ConfigurationStore::Change> co
         }
     }
     takeOver(std::move(values), changed);
+    return {};
+}
+
+Outcome<> Settings::State::change(std::function<Changes(Values const& stored)> const& changesOf)
+{
+    std::vector<std::string> changed;
+    std::unique_lock guard(writing_);
+    readOthers(changed);
+    auto outcome = store(changesOf(stored_), changed);
+    guard.unlock();
+    listeners.tell(changed);
     return outcome;
 }
 
-SettingOutcome Settings::State::write(std::vector<Item> const& items)
+Outcome<> Settings::State::write(std::vector<Item> const& items)
 {
-    std::vector<std::string> changed;
-    SettingOutcome outcome;
-    {
-        std::lock_guard const guard(writing_);
-        readOthers(changed);
+    return change([&items](Values const& stored) {
         Values wanted;
         for (auto const& [key, value] : items) {
             wanted.insert_or_assign(key, value);
         }
-        std::vector<ConfigurationStore::Change> changes;
+        Changes changes;
         for (auto const& [key, value] : wanted) {
-            auto const found = stored_.find(key);
-            if (found == stored_.end() || found->second != value) {
+            auto const found = stored.find(key);
+            if (found == stored.end() || found->second != value) {
                 changes.push_back({key, value});
             }
         }
-        outcome = store(changes, changed);
-    }
-    listeners.tell(changed);
-    return outcome;
+        return changes;
+    });
 }
 
-SettingOutcome Settings::State::resetUserSettings()
+Outcome<> Settings::State::resetUserSettings()
 {
-    std::vector<std::string> changed;
-    SettingOutcome outcome;
-    {
-        std::lock_guard const guard(writing_);
-        readOthers(changed);
-        std::vector<ConfigurationStore::Change> changes;
-        for (auto const& item : stored_) {
+    return change([](Values const& stored) {
+        Changes changes;
+        for (auto const& item : stored) {
             if (findSettingRow(item.first)->access == SettingAccess::kUser) {
                 changes.push_back({item.first, std::nullopt});
             }
         }
-        outcome = store(changes, changed);
-    }
-    listeners.tell(changed);
-    return outcome;
+        return changes;
+    });
 }
 
 void Settings::State::report(std::string_view key, std::string_view value)
@@ -272,58 +275,37 @@ std::vector<Settings::Item> Settings::all() const
     return items;
 }
 
-std::vector<Settings::Item> Settings::allUnder(std::string_view prefix) const
-{
-    auto const stored = state_->stored();
-    std::vector<Item> items;
-    std::copy_if(stored.begin(), stored.end(), std::back_inserter(items),
-                 [prefix](auto const& item) { return item.first.starts_with(prefix); });
-    return items;
-}
-
-SettingOutcome Settings::set(std::string_view key, std::string_view value)
+Outcome<> Settings::set(std::string_view key, std::string_view value)
 {
     return setAll({{std::string(key), std::string(value)}});
 }
 
-SettingOutcome Settings::setAll(std::vector<Item> const& items)
+Outcome<> Settings::setAll(std::vector<Item> const& items)
 {
     std::vector<Item> normal;
     for (auto const& [key, value] : items) {
-        auto& stored = normal.emplace_back(key, std::string()).second;
-        auto checked = checkSetting(key, value, stored);
-        if (checked && findSettingRow(key)->access == SettingAccess::kReadOnly) {
-            checked = {SettingRefusal::kReadOnly, fmt::format("\"{}\" is read-only", key)};
-        }
+        auto checked = checkChange(key, value);
         if (!checked) {
-            log(kLogWarning, kComponent, "refused: {}", checked.reason);
-            return checked;
+            return tl::unexpected(std::move(checked.error()));
         }
+        normal.emplace_back(key, *std::move(checked));
     }
-    auto outcome = state_->write(normal);
-    if (!outcome) {
-        log(kLogFailure, kComponent, "not set: {}", outcome.reason);
-    }
-    return outcome;
+    return state_->write(normal);
 }
 
 void Settings::report(std::string_view key, std::string_view value)
 {
     auto const* row = findSettingRow(key);
     if (row == nullptr || row->access != SettingAccess::kReadOnly) {
-        log(kLogFailure, kComponent, "not reported: \"{}\" is no read-only setting", key);
+        log(kLogFailure, kSettingsComponent, "not reported: \"{}\" is not a read-only setting", key);
         return;
     }
     state_->report(key, value);
 }
 
-SettingOutcome Settings::resetUserSettings()
+Outcome<> Settings::resetUserSettings()
 {
-    auto outcome = state_->resetUserSettings();
-    if (!outcome) {
-        log(kLogFailure, kComponent, "settings not reset: {}", outcome.reason);
-    }
-    return outcome;
+    return state_->resetUserSettings();
 }
 
 int Settings::apply(ManageableData& data, bool changed)
@@ -332,6 +314,9 @@ int Settings::apply(ManageableData& data, bool changed)
         return 1;
     }
     auto const outcome = setAll(itemsOf(data));
+    if (!outcome) {
+        reportRefusal(kSettingsComponent, outcome.error());
+    }
     return outcome ? 1 : 0;
 }
 

@@ -1,10 +1,10 @@
-// The telephone's settings: every value of the configuration store by its key, as it is in force.
+// The telephone's settings: the values in force of the configuration store, by key.
 //
-// The composition root owns the one object. Every operation may be called from any thread, with or without the phone
-// lock; no lock of the settings is held while a listener runs. Reading takes no time; `set` returns when the value is
-// on the disk, so a thread that holds the phone lock keeps the telephone waiting meanwhile.
+// Telephone owns the one object. Every operation may be called from any thread, with or without the phone lock; no lock
+// of the settings is held while a listener runs. Reading never waits for the disk; `set` returns when the value is on
+// the disk, so calling it with the phone lock held delays the telephone.
 //
-// Normally: settings.set("cfu-activated", "true") writes, puts into force, tells the listeners, returns.
+// Normally: settings.set("cfu-activated", "true") writes, puts the value into force, tells the listeners and returns.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-#include "telephone/management/SettingOutcome.h"
+#include "telephone/base/Refusal.h"
 #include "telephone/management/SettingRows.h"
 
 class ManageableData;
@@ -29,50 +29,50 @@ class Settings
 {
 public:
     using Item = std::pair<std::string, std::string>;  // key, value
-    // Told the keys that changed. Read the values in force by the getters: another thread may have set them again.
+    // Receives the changed keys. Read their values with the getters: another thread may have changed them again.
     using Listener = std::function<void(std::vector<std::string> const& keys)>;
     using ListenerId = std::uint64_t;
 
-    // Takes what is stored into force. The configuration gives the standard values of "server-based-features",
-    // "server-type", "forwarding-privacy" and "dial-restriction-mode".
+    // Puts the stored values into force. The configuration gives the standard values of "server-based-features",
+    // "server-type", "forwarding-privacy" and "dial-restriction-mode". Throws std::runtime_error if the store cannot be
+    // read.
     Settings(std::unique_ptr<ConfigurationStore> store, Configuration const& configuration);
     ~Settings();
     Settings(Settings const&) = delete;
     Settings& operator=(Settings const&) = delete;
 
-    // The value in force: what is stored, else the standard value. An unknown key reads as "".
+    // The value in force: the stored value, else the standard value; "" for an unknown key.
     std::string text(std::string_view key) const;
     // True when the text is "true".
     bool flag(std::string_view key) const;
-    // 0 when the text is no number.
+    // 0 when the text is not a number.
     int number(std::string_view key) const;
-    // All keys with a value: each of the table, and what is stored of its families. In the table's order.
+    // All keys of the table with their values, and the stored keys of its families, in the table's order.
     std::vector<Item> all() const;
-    // The keys of a family that are stored, with their values: by "line/4711/" those of that line.
-    std::vector<Item> allUnder(std::string_view prefix) const;
 
-    // Durable and in force when it returns an acceptance; on a refusal nothing has changed. A value that is in force
-    // already is accepted and nobody is told.
-    SettingOutcome set(std::string_view key, std::string_view value);
-    // All or none.
-    SettingOutcome setAll(std::vector<Item> const& items);
-    // A read-only value that the telephone itself knows ("interface-status"): in force, never stored.
+    // The value is on the disk and in force after a success; after a refusal nothing has changed. Setting the value
+    // that is in force already succeeds without telling the listeners.
+    [[nodiscard]] Outcome<> set(std::string_view key, std::string_view value);
+    // Sets all items or none.
+    [[nodiscard]] Outcome<> setAll(std::vector<Item> const& items);
+    // Puts a read-only value that the telephone itself determines ("interface-status") into force. It is never stored.
     void report(std::string_view key, std::string_view value);
-    // Every setting that is the user's goes back to its standard value; the administrator's stay.
-    SettingOutcome resetUserSettings();
+    // Returns every user setting to its standard value; administrator settings stay.
+    [[nodiscard]] Outcome<> resetUserSettings();
 
-    // What CSfi::ApplyManageableData does with its data: stores the items, all or none. `changed`: they come from the
-    // store, so they are in force already. 0: refused, and why is logged.
+    // Implements CSfi::ApplyManageableData: sets all items or none. `changed`: the items come from the
+    // store and are in force already. 0: refused; the refusal is reported.
     int apply(ManageableData& data, bool changed);
 
-    // Values that another program wrote into the store file come into force.
+    // Puts values that another program wrote into the store file into force.
     void refresh();
 
-    // The listener runs on the thread that sets, after the write, and may call the settings. Of a family: the prefix.
+    // The listener runs on the thread that sets the value, after the write, and may call the settings. A key that ends
+    // in "/" stands for all keys of that family.
     ListenerId listenToKey(std::string_view key, Listener listener);
     ListenerId listenToTag(std::string_view tag, Listener listener);
-    // When it returns, the listener no longer runs, unless the listener itself calls it. It waits for a listener that
-    // is running: hold no lock that the listener takes.
+    // The listener is no longer running on return, unless it makes this call itself. Waits for a running listener: hold
+    // no lock that the listener takes.
     void endListening(ListenerId id);
 
 private:

@@ -13,13 +13,13 @@ namespace {
 
 constexpr std::string_view kHead = R"(# Settings
 
-What the configuration store holds. `telephone store list`, `telephone store get KEY` and `telephone store set KEY VALUE`
-read and write it, also while the telephone runs; requests and management data write the same keys. A key that ends in
-`/*` stands for every key that begins so. An application hears of changes by their tag.
+The keys of the configuration store. `telephone store list`, `telephone store get KEY` and `telephone store set KEY VALUE`
+read and write it, also while the telephone is running; requests and management data write the same keys. A key that
+ends in `/*` stands for every key with that beginning. Applications subscribe to changes by tag.
 
-This page is made from the table in `telephone/management/SettingRows.h`.
+This page is generated from the table in `telephone/management/SettingRows.h`.
 
-| Key | Takes | Standard | Who | Tag | Meaning |
+| Key | Values | Standard | Access | Tag | Meaning |
 |---|---|---|---|---|---|
 )";
 
@@ -46,9 +46,8 @@ std::string settingsPage()
                             row.standard.empty() ? "" : fmt::format("`{}`", row.standard), wordOf(row.access), row.tag,
                             row.meaning);
     }
-    page +=
-        "\nA user's setting goes back to its standard value when the user's data are reset; an administrator's stays.\n"
-        "A read-only one comes from the configuration file or is reported by the telephone itself.\n";
+    page += "\nA reset of the user's data restores the standard values of user settings; administrator settings stay.\n"
+            "Read-only settings come from the configuration file or are reported by the telephone itself.\n";
     return page;
 }
 

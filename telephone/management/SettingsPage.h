@@ -1,4 +1,4 @@
-// docs/settings.md, made from the table of settings.
+// Generates docs/settings.md from the table of settings.
 #pragma once
 
 #include <string>

@@ -1,4 +1,4 @@
-// RAII for the SQLite C interface: a connection and a statement, as much as the store needs. One thread at a time.
+// RAII for the parts of the SQLite C interface that the store uses. One thread at a time.
 #pragma once
 
 #include <cstdint>
@@ -28,7 +28,7 @@ public:
         statement_.reset(statement);
     }
 
-    // Parameters count from 1. The text must outlive the step.
+    // Parameters are numbered from 1. The text must outlive the step.
     void bind(int parameter, std::string_view text)
     {
         if (statement_ != nullptr && result_ == SQLITE_OK) {
@@ -36,7 +36,7 @@ public:
                                         SQLITE_STATIC);
         }
     }
-    // SQLITE_ROW, SQLITE_DONE, or what went wrong at preparing, binding or now.
+    // SQLITE_ROW, SQLITE_DONE, or the error of preparing, binding or this step.
     int step()
     {
         if (result_ == SQLITE_OK || result_ == SQLITE_ROW) {
@@ -44,7 +44,7 @@ public:
         }
         return result_;
     }
-    // Columns count from 0.
+    // Columns are numbered from 0.
     std::string text(int column) const
     {
         auto const* bytes = sqlite3_column_blob(statement_.get(), column);
@@ -58,7 +58,7 @@ private:
     std::unique_ptr<sqlite3_stmt, Closer> statement_;
 };
 
-// Runs statements that answer nothing.
+// Runs statements without results.
 inline int execute(sqlite3* connection, char const* sql)
 {
     return sqlite3_exec(connection, sql, nullptr, nullptr, nullptr);

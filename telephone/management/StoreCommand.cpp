@@ -7,7 +7,6 @@
 #include "telephone/management/ConfigurationStore.h"
 #include "telephone/management/SettingCheck.h"
 #include "telephone/management/Settings.h"
-#include "telephone/management/StoreError.h"
 
 namespace telephone {
 
@@ -32,17 +31,17 @@ int StoreCommand::run(std::vector<std::string> const& arguments)
         return refuse("this telephone keeps its settings in memory: name a file in store.path");
     }
     if (!sets && identityOf(path) == FileIdentity{}) {
-        return refuse("there is no store \"" + path + "\" yet: it comes with the first start or the first set");
+        return refuse("there is no store \"" + path + "\" yet: the first start or the first set creates it");
     }
-    try {
-        Settings settings(std::make_unique<ConfigurationStore>(path), configuration_);
-        if (sets) {
-            return set(settings, arguments[1], arguments[2]);
-        }
-        return arguments[0] == "list" ? list(settings) : get(settings, arguments[1]);
-    } catch (StoreError const& error) {
-        return refuse(error.what());
+    auto store = ConfigurationStore::open(path);
+    if (!store) {
+        return refuse(store.error().reason);
     }
+    Settings settings(*std::move(store), configuration_);
+    if (sets) {
+        return set(settings, arguments[1], arguments[2]);
+    }
+    return arguments[0] == "list" ? list(settings) : get(settings, arguments[1]);
 }
 
 int StoreCommand::list(Settings const& settings)
@@ -56,8 +55,7 @@ int StoreCommand::list(Settings const& settings)
 int StoreCommand::get(Settings const& settings, std::string const& key)
 {
     if (findSettingRow(key) == nullptr) {
-        std::string normal;
-        return refuse(checkSetting(key, "", normal).reason);
+        return refuse(checkSetting(key, {}).error().reason);
     }
     out_ << settings.text(key) << '\n';
     return kDone;
@@ -66,7 +64,7 @@ int StoreCommand::get(Settings const& settings, std::string const& key)
 int StoreCommand::set(Settings& settings, std::string const& key, std::string const& value)
 {
     auto const outcome = settings.set(key, value);
-    return outcome ? kDone : refuse(outcome.reason);
+    return outcome ? kDone : refuse(outcome.error().reason);
 }
 
 int StoreCommand::refuse(std::string const& reason)

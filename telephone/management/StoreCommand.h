@@ -1,5 +1,5 @@
 // `telephone store list | get KEY | set KEY VALUE`: reads and writes the store file from the command line, also while a
-// telephone runs with it (StoreWatcher takes such values into force).
+// telephone is using it (its StoreWatcher then puts the values into force).
 #pragma once
 
 #include <iosfwd>
@@ -16,12 +16,12 @@ class StoreCommand
 {
 public:
     static constexpr int kDone = 0;
-    static constexpr int kRefused = 1;  // unknown key, wrong value, store that can't be used: said on `err`
+    static constexpr int kRefused = 1;  // unknown key, wrong value, unusable store: the reason is on `err`
     static constexpr int kUsage = 2;
 
     StoreCommand(Configuration configuration, std::ostream& out, std::ostream& err);
 
-    // `arguments`: what follows "store" on the command line. Returns the exit status.
+    // `arguments`: the words after "store" on the command line. Returns the exit status.
     int run(std::vector<std::string> const& arguments);
 
 private:

@@ -13,7 +13,6 @@
 #include <unistd.h>
 
 #include "telephone/management/Sqlite.h"
-#include "telephone/management/StoreError.h"
 
 namespace telephone {
 
@@ -26,7 +25,7 @@ constexpr std::size_t kApplicationIdOffset = 68;
 
 using Header = std::vector<unsigned char>;
 
-// Big-endian, as the database header has it.
+// Big-endian, as in the header of the database.
 std::int32_t wordAt(Header const& header, std::size_t offset)
 {
     std::uint32_t word = 0;
@@ -36,14 +35,14 @@ std::int32_t wordAt(Header const& header, std::size_t offset)
     return static_cast<std::int32_t>(word);
 }
 
-Header readHeader(std::string const& path)
+Outcome<Header> readHeader(std::string const& path)
 {
     std::ifstream file(path, std::ios::binary);
     if (!file) {
-        throw StoreError(
-            fmt::format("store \"{}\" can't be read: {}; give this user the right to read and write it, or "
-                        "name another file in store.path",
-                        path, std::strerror(errno)));
+        return refuse(RefusalKind::kUnavailable,
+                      fmt::format("store \"{}\" cannot be read: {}; give this user the right to read and write it, or "
+                                  "name another file in store.path",
+                                  path, std::strerror(errno)));
     }
     Header header(kHeaderSize);
     file.read(reinterpret_cast<char*>(header.data()), kHeaderSize);
@@ -51,35 +50,39 @@ Header readHeader(std::string const& path)
     return header;
 }
 
-void checkHeader(std::string const& path, Header const& header)
+Outcome<> checkHeader(std::string const& path, Header const& header)
 {
     bool const database = header.size() == kHeaderSize && std::memcmp(header.data(), kMagic.data(), kMagic.size()) == 0;
     if (!database) {
-        throw StoreError(fmt::format("store \"{}\" is no store of a telephone, or a damaged one; it is left as it is: "
-                                     "move it away to start with a new one, or name another file in store.path",
-                                     path));
+        return refuse(RefusalKind::kUnavailable,
+                      fmt::format("\"{}\" is not a telephone's store, or it is damaged; it was left unchanged: move it "
+                                  "away to start with a new one, or name another file in store.path",
+                                  path));
     }
     if (wordAt(header, kApplicationIdOffset) != kStoreApplicationId) {
-        throw StoreError(fmt::format("store \"{}\" is the database of another program; it is left as it is: name "
-                                     "another file in store.path",
-                                     path));
+        return refuse(RefusalKind::kUnavailable, fmt::format("store \"{}\" is the database of another program and was "
+                                                             "left unchanged: name another file in store.path",
+                                                             path));
     }
     if (auto const layout = wordAt(header, kUserVersionOffset); layout != kStoreLayout) {
-        throw StoreError(fmt::format("store \"{}\" has layout {}, this telephone knows layout {}; it is left as it is: "
-                                     "use the telephone that wrote it, or name another file in store.path",
-                                     path, layout, kStoreLayout));
+        return refuse(RefusalKind::kNotSupported,
+                      fmt::format("store \"{}\" has layout {}, this telephone knows layout {}; it was left unchanged: "
+                                  "use the telephone that wrote it, or name another file in store.path",
+                                  path, layout, kStoreLayout));
     }
+    return {};
 }
 
-[[noreturn]] void failToCreate(std::string const& path, std::string const& why)
+tl::unexpected<Refusal> creationRefusal(std::string const& path, std::string const& why)
 {
-    throw StoreError(fmt::format("store \"{}\" can't be created: {}; make its folder and give this user the right to "
-                                 "write there, or name another file in store.path",
-                                 path, why));
+    return refuse(RefusalKind::kUnavailable,
+                  fmt::format("store \"{}\" cannot be created: {}; create its folder and give this user the right to "
+                              "write there, or name another file in store.path",
+                              path, why));
 }
 
-// A whole store under a name of its own.
-void writeNewStore(std::string const& path, std::string const& temporary)
+// Writes a complete store under a temporary name. Returns why it failed; empty: written.
+std::string writeNewStore(std::string const& temporary)
 {
     ::unlink(temporary.c_str());
     sqlite3* opened = nullptr;
@@ -92,48 +95,58 @@ void writeNewStore(std::string const& path, std::string const& temporary)
                                      kStoreApplicationId, kStoreLayout);
         result = sqlite::execute(opened, sql.c_str());
     }
-    if (result != SQLITE_OK) {
-        auto const why = opened == nullptr ? std::string(sqlite3_errstr(result)) : std::string(sqlite3_errmsg(opened));
-        ::unlink(temporary.c_str());
-        failToCreate(path, why);
+    if (result == SQLITE_OK) {
+        return {};
     }
+    ::unlink(temporary.c_str());
+    return opened == nullptr ? sqlite3_errstr(result) : sqlite3_errmsg(opened);
 }
 
-// `empty`: an empty file stands in the place. Another telephone may make the store at the same moment: the first wins.
-void createStoreFile(std::string const& path, bool empty)
+// `empty`: the file exists and is empty. If another telephone creates the store at the same moment, the first wins.
+Outcome<> createStoreFile(std::string const& path, bool empty)
 {
     auto const temporary = fmt::format("{}.new-{}", path, ::getpid());
-    writeNewStore(path, temporary);
+    if (auto const why = writeNewStore(temporary); !why.empty()) {
+        return creationRefusal(path, why);
+    }
     bool const placed = empty ? ::rename(temporary.c_str(), path.c_str()) == 0
                               : ::link(temporary.c_str(), path.c_str()) == 0 || errno == EEXIST;
     auto const error = errno;
     ::unlink(temporary.c_str());
     if (!placed) {
-        failToCreate(path, std::strerror(error));
+        return creationRefusal(path, std::strerror(error));
     }
+    return {};
+}
+
+Outcome<> checkWritable(std::string const& path)
+{
+    if (!isWritable(path)) {
+        return refuse(RefusalKind::kNotPermitted,
+                      fmt::format("store \"{}\" is read-only: give this user the right to write it, or name another "
+                                  "file in store.path",
+                                  path));
+    }
+    return {};
 }
 
 }  // namespace
 
-void prepareStoreFile(std::string const& path)
+Outcome<> prepareStoreFile(std::string const& path)
 {
     struct stat status = {};
     bool const exists = ::stat(path.c_str(), &status) == 0;
     if (!exists && errno != ENOENT) {
-        failToCreate(path, std::strerror(errno));
+        return creationRefusal(path, std::strerror(errno));
     }
     if (exists && !S_ISREG(status.st_mode)) {
-        throw StoreError(fmt::format("store \"{}\" is no file; name another one in store.path", path));
+        return refuse(RefusalKind::kBadInput,
+                      fmt::format("store \"{}\" is not a file: name another one in store.path", path));
     }
-    if (!exists || status.st_size == 0) {
-        createStoreFile(path, exists);
-    }
-    checkHeader(path, readHeader(path));
-    if (!isWritable(path)) {
-        throw StoreError(fmt::format("store \"{}\" is read-only: give this user the right to write it, or name another "
-                                     "file in store.path",
-                                     path));
-    }
+    auto const created = !exists || status.st_size == 0 ? createStoreFile(path, exists) : Outcome<>();
+    return created.and_then([&path] { return readHeader(path); })
+        .and_then([&path](Header const& header) { return checkHeader(path, header); })
+        .and_then([&path] { return checkWritable(path); });
 }
 
 FileIdentity identityOf(std::string const& path)

@@ -1,21 +1,24 @@
-// The file of the configuration store before SQLite sees it: is it ours, and how a new one comes to be.
+// The file of the configuration store before SQLite opens it: checks that the file is ours, and creates a new one.
 //
 // Nothing here ever writes into a file that exists and is not empty.
 #pragma once
 
 #include <string>
 
+#include "telephone/base/Refusal.h"
+
 namespace telephone {
 
-// Mark of our files in the header of the database (offset 68), and the layout that this program writes (offset 60).
+// In the header of the database: the mark of our files (offset 68) and the layout that this program writes (offset 60).
 constexpr int kStoreApplicationId = 0x54535452;
 constexpr int kStoreLayout = 1;
 
-// Makes the file when there is none or it is empty: whole, in one step, so that an end at any moment leaves no half
-// store. Throws StoreError when the file is foreign, damaged in its header, of a newer telephone, or can't be made.
-void prepareStoreFile(std::string const& path);
+// Creates the file if it does not exist or is empty, in one step: a crash at any moment leaves no partial store.
+// Refused when the file belongs to another program or a newer telephone, its header is damaged, or it cannot be
+// created.
+[[nodiscard]] Outcome<> prepareStoreFile(std::string const& path);
 
-// What tells one file from another that took its place; all zero when there is none.
+// Distinguishes a file from another one that took its place; all zero if there is no file.
 struct FileIdentity
 {
     unsigned long device = 0;
@@ -25,7 +28,7 @@ struct FileIdentity
 };
 FileIdentity identityOf(std::string const& path);
 
-// Whether this user may write the file. A file that nobody may write is not written by root either.
+// Whether this user may write the file. If nobody may, root may not either.
 bool isWritable(std::string const& path);
 
 }  // namespace telephone

@@ -1,5 +1,5 @@
-// Looks every half second whether another program has written into the store file, and takes its values into force.
-// The composition root owns it; a telephone whose store is in memory needs none.
+// Checks every half second whether another program has written into the store file, and puts its values into force.
+// Telephone owns it; a telephone with its store in memory has none.
 #pragma once
 
 #include <chrono>

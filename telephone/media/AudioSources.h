@@ -1,4 +1,4 @@
-// Makes the source of each call, as the configuration names it: "tone", "silence", or a sound file.
+// Makes the audio source of each call as configured: "tone", "silence", or the path of a sound file.
 #pragma once
 
 #include <memory>
@@ -12,7 +12,7 @@ namespace telephone {
 class AudioSources
 {
 public:
-    // Loads a sound file at once; throws std::runtime_error when it cannot be read.
+    // Loads a sound file at once; throws std::runtime_error, naming the file, if it cannot be read.
     explicit AudioSources(std::string const& name);
     // Null: silence.
     std::unique_ptr<sip::AudioSource> make() const;

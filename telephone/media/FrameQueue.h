@@ -1,5 +1,4 @@
-// Frames on their way from who hears them to who mixes them: a short queue that evens out when they come. Guarded by
-// its user.
+// A short queue of frames that compensates for jitter between a receiver and its reader. Guarded by its user.
 #pragma once
 
 #include <array>
@@ -12,11 +11,11 @@ namespace telephone {
 class FrameQueue
 {
 public:
-    static constexpr std::size_t kCapacity = 5;  // 100 ms; what is older is not worth hearing
+    static constexpr std::size_t kCapacity = 5;  // 100 ms; older frames are dropped
 
     // A full queue loses its oldest frame.
     void push(sip::AudioFrame const& frame);
-    // False, and the frame as it was, when there is none.
+    // False if the queue is empty; the frame is unchanged then.
     bool pop(sip::AudioFrame& frame);
     std::size_t size() const { return size_; }
     void clear() { size_ = 0; }

@@ -1,4 +1,4 @@
-// A steady sine tone: what a telephone without a microphone says. Belongs to one call.
+// A continuous sine tone, the voice of a telephone without a microphone. Belongs to one call.
 #pragma once
 
 #include "telephone/sip/Audio.h"
@@ -9,13 +9,13 @@ class ToneSource final : public sip::AudioSource
 {
 public:
     static constexpr double kFrequency = 440.0;   // Hz
-    static constexpr double kAmplitude = 8000.0;  // of 32767: three of them mix without clipping
+    static constexpr double kAmplitude = 8000.0;  // of 32767; three tones mix without clipping
 
     explicit ToneSource(double frequency = kFrequency, double amplitude = kAmplitude);
     bool readFrame(sip::AudioFrame& frame) override;
 
 private:
-    double step_;  // radians a sample
+    double step_;  // radians per sample
     double amplitude_;
     double phase_ = 0.0;
 };

@@ -14,7 +14,7 @@ struct SoundFileCloser
     void operator()(SNDFILE* file) const { sf_close(file); }
 };
 
-// A file that claims more is not meant for a telephone: half an hour at 48 kHz.
+// Half an hour at 48 kHz.
 constexpr sf_count_t kLongestFile = sf_count_t{48000} * 60 * 30;
 
 Samples toMono(Samples const& interleaved, std::size_t channels)
@@ -30,7 +30,7 @@ Samples toMono(Samples const& interleaved, std::size_t channels)
     return mono;
 }
 
-// Linear interpolation: good enough for speech in a telephone's band.
+// Linear interpolation suffices for speech in the telephone band.
 Samples toTelephoneRate(Samples const& samples, double rate)
 {
     double const ratio = rate / sip::kSampleRate;
@@ -38,7 +38,7 @@ Samples toTelephoneRate(Samples const& samples, double rate)
     for (std::size_t at = 0; at < converted.size(); ++at) {
         double const place = static_cast<double>(at) * ratio;
         auto const left = static_cast<std::size_t>(place);
-        const std::size_t right = left + 1 < samples.size() ? left + 1 : left;
+        std::size_t const right = left + 1 < samples.size() ? left + 1 : left;
         double const share = place - static_cast<double>(left);
         converted[at] = static_cast<std::int16_t>(samples[left] * (1.0 - share) + samples[right] * share);
     }
@@ -50,23 +50,23 @@ Samples toTelephoneRate(Samples const& samples, double rate)
 std::shared_ptr<Samples const> loadSamples(std::string const& path)
 {
     SF_INFO info{};
-    const std::unique_ptr<SNDFILE, SoundFileCloser> file(sf_open(path.c_str(), SFM_READ, &info));
+    std::unique_ptr<SNDFILE, SoundFileCloser> const file(sf_open(path.c_str(), SFM_READ, &info));
     if (!file) {
         throw std::runtime_error("audio file " + path + ": " + sf_strerror(nullptr));
     }
     if (info.frames <= 0 || info.frames > kLongestFile || info.channels < 1 || info.samplerate < 1) {
-        throw std::runtime_error("audio file " + path + ": no sound in it, or more than half an hour");
+        throw std::runtime_error("audio file " + path + ": it has no sound or more than half an hour");
     }
     auto const channels = static_cast<std::size_t>(info.channels);
     Samples interleaved(static_cast<std::size_t>(info.frames) * channels);
-    const sf_count_t read = sf_readf_short(file.get(), interleaved.data(), info.frames);
+    sf_count_t const read = sf_readf_short(file.get(), interleaved.data(), info.frames);
     interleaved.resize(static_cast<std::size_t>(read) * channels);
     Samples samples = toMono(interleaved, channels);
     if (info.samplerate != static_cast<int>(sip::kSampleRate)) {
         samples = toTelephoneRate(samples, info.samplerate);
     }
     if (samples.empty()) {
-        throw std::runtime_error("audio file " + path + ": no sound in it");
+        throw std::runtime_error("audio file " + path + ": it has no sound");
     }
     return std::make_shared<Samples const>(std::move(samples));
 }

@@ -1,5 +1,5 @@
-// A sound file played over and over: loaded once, converted to 8 kHz mono, shared by the calls that play it, each from
-// its own place.
+// A sound file played in a loop. It is loaded once, converted to 8 kHz mono, and shared by the calls that play it, each
+// at its own position.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +14,8 @@ namespace telephone {
 
 using Samples = std::vector<std::int16_t>;
 
-// Throws std::runtime_error saying which file could not be read and why; a file without a sample is one.
+// Throws std::runtime_error, naming the file and the reason, if it cannot be read, has no samples or is longer than
+// half an hour.
 std::shared_ptr<Samples const> loadSamples(std::string const& path);
 
 class WavSource final : public sip::AudioSource

@@ -1,5 +1,5 @@
-// Writes frames to a WAV file, 8 kHz 16 bit, mono or two channels. Used by one thread at a time. What was written can
-// be read back after close() or destruction.
+// Writes frames to a WAV file, 8 kHz, 16 bit, mono or two channels. Used by one thread at a time. The file is complete
+// after close() or destruction.
 #pragma once
 
 #include <cstdint>
@@ -13,15 +13,15 @@ namespace telephone {
 class WavWriter
 {
 public:
-    // Creates or empties the file; throws std::runtime_error saying which could not be written and why.
+    // Creates or empties the file; throws std::runtime_error, naming the file and the reason, if it cannot.
     WavWriter(std::string const& path, int channels);
     ~WavWriter();
     WavWriter(WavWriter const&) = delete;
     WavWriter& operator=(WavWriter const&) = delete;
 
-    // Of a mono file. False: the disk is full or gone.
+    // To a mono file. False if the disk is full or gone, or the file is closed.
     bool write(sip::AudioFrame const& frame);
-    // Of a file with two channels.
+    // To a file with two channels.
     bool write(sip::AudioFrame const& left, sip::AudioFrame const& right);
     void close();
 

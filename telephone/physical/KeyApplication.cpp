@@ -3,20 +3,21 @@
 #include <algorithm>
 #include <mutex>
 
+#include <spdlog/fmt/fmt.h>
+
 #include "CommunicationsServiceIfc.h"
 #include "TeamServiceIfc.h"
-#include "telephone/framework/Log.h"
+#include "telephone/framework/Refusals.h"
 #include "telephone/lines/DssLine.h"
 #include "telephone/lines/LineStates.h"
 #include "telephone/lines/Lines.h"
 #include "telephone/management/Settings.h"
 #include "telephone/physical/KeyLamps.h"
+#include "telephone/physical/LogComponent.h"
 
 namespace telephone {
 
 namespace {
-
-constexpr char const* kComponent = "keys";
 
 bool dials(PhoneKey const& key)
 {
@@ -31,14 +32,22 @@ bool isCurrent(CallSnapshot const& call)
     case eLineStateActive:
     case eLineStateConference:
         return true;
-    default:
+    case eLineStateUnknown:
+    case eLineStateIdle:
+    case eLineStateRinging:
+    case eLineStateDSSBusy:
+    case eLineStateHold:
+    case eLineStateHoldConsult:
+    case eLineStateHoldElsewhere:
+    case eLineStateActiveElsewhere:
+    case eLineStateConferenceHoldElsewhere:
+    case eLineStateRingingElsewhere:
+    case eLineStateOutOfService:
+    case eLineStateSelected:
+    case eLineStateReserved:
         return false;
     }
-}
-
-bool isAlerting(CallSnapshot const& call)
-{
-    return lineStateOf(call) == eLineStateRinging;
+    return false;
 }
 
 template <typename Predicate>
@@ -54,10 +63,10 @@ std::optional<CallSnapshot> firstCall(PhoneCalls const& calls, Predicate matches
 struct KeyApplication::Row
 {
     PhysDefs::keyFunctionType function;
-    void (KeyApplication::*handle)(PhoneKey const&);
+    Outcome<> (KeyApplication::*handle)(PhoneKey const&);
 };
 
-// Presses of the functions that are missing here go to observers (see PhysicalInterface).
+// Applications subscribe to the other key functions (see PhysicalInterface).
 KeyApplication::Row const KeyApplication::kRows[] = {
     {PhysDefs::keyFunctionLine, &KeyApplication::linePressed},
     {PhysDefs::keyFunctionDirectStation, &KeyApplication::stationPressed},
@@ -69,10 +78,12 @@ KeyApplication::Row const KeyApplication::kRows[] = {
     {PhysDefs::keyFunctionTransfer, &KeyApplication::transferPressed},
 };
 
-KeyApplication::KeyApplication(PhysicalInterface& keys, KeyLamps& lamps, Lines& lines, Settings& settings)
+KeyApplication::KeyApplication(PhysicalInterface& keys, KeyLamps& lamps, Lines& lines, PhoneCalls& calls,
+                               Settings& settings)
     : keys_(keys)
     , lamps_(lamps)
     , lines_(lines)
+    , calls_(calls)
     , settings_(settings)
 {
     keys_.setKeyHandler(this);
@@ -83,11 +94,6 @@ KeyApplication::~KeyApplication()
     keys_.setKeyHandler(nullptr);
 }
 
-void KeyApplication::setService(Executable* service)
-{
-    service_.open(service);
-}
-
 void KeyApplication::keyPressed(PhoneKey const& key)
 {
     auto const* const row = std::find_if(std::begin(kRows), std::end(kRows),
@@ -96,10 +102,11 @@ void KeyApplication::keyPressed(PhoneKey const& key)
         return;
     }
     if (!mayAct(key)) {
-        log(kLogInfo, kComponent, "key {} does nothing: the phone is locked", key.number());
+        reportRefusal(kComponent, {RefusalKind::kNotPermitted,
+                                   fmt::format("key {} does nothing while the phone is locked", key.number())});
         return;
     }
-    (this->*row->handle)(key);
+    reportIfRefused(kComponent, (this->*row->handle)(key));
 }
 
 bool KeyApplication::mayAct(PhoneKey const& key) const
@@ -107,77 +114,67 @@ bool KeyApplication::mayAct(PhoneKey const& key) const
     return !settings_.flag(SettingNames::kPhoneLocked) || (dials(key) && lines_.mayDial(key.configuration.target));
 }
 
-void KeyApplication::linePressed(PhoneKey const& key)
+Outcome<> KeyApplication::linePressed(PhoneKey const& key)
 {
-    if (auto* const team = service_.team()) {
-        team->lineKeyPressedFPK(key.number());
-    }
+    return service_.team().map([&key](TeamServiceIfc* team) { team->lineKeyPressedFPK(key.number()); });
 }
 
-void KeyApplication::stationPressed(PhoneKey const& key)
+Outcome<> KeyApplication::stationPressed(PhoneKey const& key)
 {
     std::string ringingLineURI;
     auto const context = contextFor(key, ringingLineURI);
-    if (auto* const team = service_.team()) {
-        team->dssKeyPressedFPK(key.number(), context, {}, ringingLineURI);
-    }
+    return service_.team().map(
+        [&](TeamServiceIfc* team) { team->dssKeyPressedFPK(key.number(), context, {}, ringingLineURI); });
 }
 
-void KeyApplication::busyLampPressed(PhoneKey const& key)
+Outcome<> KeyApplication::busyLampPressed(PhoneKey const& key)
 {
-    if (auto* const team = service_.team()) {
-        team->blfKeyPressedFPK(key.number(), takeTransferMode());
-    }
+    return service_.team().map([&](TeamServiceIfc* team) { team->blfKeyPressedFPK(key.number(), takeTransferMode()); });
 }
 
-void KeyApplication::togglePressed(PhoneKey const& key)
+Outcome<> KeyApplication::togglePressed(PhoneKey const& key)
 {
-    if (auto* const team = service_.team()) {
-        team->ftToggleKeyPressed(key.number());
-    }
+    return service_.team().map([&key](TeamServiceIfc* team) { team->ftToggleKeyPressed(key.number()); });
 }
 
-void KeyApplication::mutePressed(PhoneKey const& /*key*/)
+Outcome<> KeyApplication::mutePressed(PhoneKey const& /*key*/)
 {
-    auto* const calls = service_.calls();
-    if (calls == nullptr) {
-        return;
-    }
-    bool muted = false;
-    calls->getMicrophoneMute(muted);
-    if (calls->setMicrophoneMute(!muted) != sfiSuccess) {
-        log(kLogFailure, kComponent, "the microphone stays {}: the service refuses", muted ? "mute" : "open");
-    }
+    return service_.calls().and_then([](CommunicationsServiceIfc* calls) -> Outcome<> {
+        bool muted = false;
+        calls->getMicrophoneMute(muted);
+        if (calls->setMicrophoneMute(!muted) != sfiSuccess) {
+            return refuse(RefusalKind::kUnavailable,
+                          fmt::format("the service refused to switch the microphone {}", muted ? "on" : "off"));
+        }
+        return {};
+    });
 }
 
-// The headset has no hook switch: its key is one.
-void KeyApplication::headsetPressed(PhoneKey const& key)
+// A headset has no hook switch; its key serves as one.
+Outcome<> KeyApplication::headsetPressed(PhoneKey const& key)
 {
     if (keys_.getHeadsetJackStatus() != PhysDefs::plugIn) {
-        log(kLogFailure, kComponent, "key {} does nothing: no headset is plugged in", key.number());
-        return;
+        return refuse(RefusalKind::kWrongState,
+                      fmt::format("key {} does nothing while no headset is plugged in", key.number()));
     }
     bool inUse = false;
     {
-        std::lock_guard const lock(lines_.calls());
+        std::lock_guard const lock(calls_);
         inUse = lines_.selected() != nullptr || (currentCall() && !alertingCall());
     }
-    if (inUse) {
-        goOnHook();
-    } else {
-        goOffHook();
-    }
+    return inUse ? goOnHook() : goOffHook();
 }
 
-void KeyApplication::releasePressed(PhoneKey const& /*key*/)
+Outcome<> KeyApplication::releasePressed(PhoneKey const& /*key*/)
 {
-    goOnHook();
+    return goOnHook();
 }
 
-// Pressed again it takes the choice back.
-void KeyApplication::transferPressed(PhoneKey const& /*key*/)
+// A second press cancels the first.
+Outcome<> KeyApplication::transferPressed(PhoneKey const& /*key*/)
 {
     setTransferMode(!transferMode_);
+    return {};
 }
 
 void KeyApplication::setTransferMode(bool on)
@@ -195,11 +192,7 @@ bool KeyApplication::takeTransferMode()
 
 void KeyApplication::hookChanged(bool up)
 {
-    if (up) {
-        goOffHook();
-    } else {
-        goOnHook();
-    }
+    reportIfRefused(kComponent, up ? goOffHook() : goOnHook());
 }
 
 void KeyApplication::plugChanged(PhysDefs::plugIdentifier plug, bool in)
@@ -209,60 +202,67 @@ void KeyApplication::plugChanged(PhysDefs::plugIdentifier plug, bool in)
     }
 }
 
-void KeyApplication::goOffHook()
+Outcome<> KeyApplication::goOffHook()
 {
     std::optional<CallSnapshot> alerting;
     std::string idleLine;
     {
-        std::lock_guard const lock(lines_.calls());
+        std::lock_guard const lock(calls_);
         alerting = alertingCall();
-        if (!alerting && !currentCall() && lines_.selected() == nullptr) {
-            auto* const line = lines_.lineForNewCall();
-            idleLine = line == nullptr ? std::string() : line->base().id();
+        if (!alerting) {
+            if (currentCall() || lines_.selected() != nullptr) {
+                return {};
+            }
+            auto const place = lines_.lineForNewCall();
+            if (!place) {
+                return tl::unexpected(place.error());
+            }
+            idleLine = (*place)->base().id();
         }
     }
     if (alerting) {
-        if (auto* const calls = service_.calls()) {
-            calls->answerCall(alerting->line.lineURI, alerting->callID);
-        }
-    } else if (!idleLine.empty()) {
-        if (auto* const team = service_.team()) {
-            team->lineKeyPressed(idleLine);
-        }
+        return service_.calls().map(
+            [&](CommunicationsServiceIfc* calls) { calls->answerCall(alerting->line.lineURI, alerting->callID); });
     }
+    return service_.team().map([&](TeamServiceIfc* team) { team->lineKeyPressed(idleLine); });
 }
 
-void KeyApplication::goOnHook()
+Outcome<> KeyApplication::goOnHook()
 {
     std::optional<CallSnapshot> current;
     {
-        std::lock_guard const lock(lines_.calls());
+        std::lock_guard const lock(calls_);
         current = currentCall();
         if (auto* const selected = lines_.selected()) {
             lines_.release(*selected);
         }
     }
-    auto* const calls = current ? service_.calls() : nullptr;
-    if (calls != nullptr) {
-        calls->callClear(current->line.lineURI, current->callID, CSTAEventCauseNormalClearing);
+    if (!current) {
+        return {};
     }
+    return service_.calls().map([&](CommunicationsServiceIfc* calls) {
+        calls->callClear(current->line.lineURI, current->callID, CSTAEventCauseNormalClearing);
+    });
 }
 
 std::optional<CallSnapshot> KeyApplication::alertingCall() const
 {
-    return firstCall(lines_.calls(), isAlerting);
+    return firstCall(calls_, [this](CallSnapshot const& call) {
+        auto const* const line = lines_.byNumber(call.line.recordLine);
+        return isRinging(call) && !(line != nullptr && line->alertsOnKeysetOnly(call.callID));
+    });
 }
 
 std::optional<CallSnapshot> KeyApplication::currentCall() const
 {
-    return firstCall(lines_.calls(), isCurrent);
+    return firstCall(calls_, isCurrent);
 }
 
-// A call that rings here is deflected to the party; a chosen transfer comes next; a call that rings there is picked up;
-// in a call the party is consulted; otherwise it is called.
+// A call that is ringing here is deflected to the party. Otherwise, in this order: a transfer that was chosen, picking
+// up a call that is ringing at the party, consulting the party during a call, calling it.
 EDSSContext KeyApplication::contextFor(PhoneKey const& key, std::string& ringingLineURI)
 {
-    std::lock_guard const lock(lines_.calls());
+    std::lock_guard const lock(calls_);
     if (auto const ringing = alertingCall()) {
         ringingLineURI = ringing->line.lineURI;
         return eDSSContextDeflect;
@@ -274,7 +274,7 @@ EDSSContext KeyApplication::contextFor(PhoneKey const& key, std::string& ringing
     if (station != nullptr && station->party().status == PartyStatus::kRinging) {
         return eDSSContextPickup;
     }
-    return lines_.calls().activeCall() ? eDSSContextConsultation : eDSSContextNone;
+    return calls_.activeCall() ? eDSSContextConsultation : eDSSContextNone;
 }
 
 }  // namespace telephone

@@ -1,10 +1,9 @@
-// What the telephone's own key application does with the keys that nobody else handles: tells the service of line,
-// direct-station, busy-lamp and toggle keys, and does the work of mute, headset, release and the hook switch through
-// the service's operations. Called on the thread of the keys with no lock held, because the service takes its team
-// lock first and the phone lock after it.
+// The telephone's own key application: handles the keys to which no application subscribes. It passes line,
+// direct-station, busy-lamp and toggle keys to the service, and implements mute, headset, release and the hook switch
+// with the service's operations. Called on the thread of the keys with no lock held, because the service takes its team
+// lock before the phone lock.
 //
-// While the phone is locked a key does nothing, unless it is one that dials a permitted number. The hook switch always
-// answers and clears.
+// While the phone is locked, only keys that dial a permitted number work, and the hook switch.
 //
 // Owned by the composition root.
 #pragma once
@@ -13,8 +12,9 @@
 #include <optional>
 
 #include "platform/lines/Line.h"
+#include "telephone/base/Refusal.h"
 #include "telephone/calls/CallSnapshot.h"
-#include "telephone/lines/ServiceDoors.h"
+#include "telephone/lines/LoadedService.h"
 #include "telephone/physical/PhysicalInterface.h"
 
 class Executable;
@@ -23,21 +23,21 @@ namespace telephone {
 
 class KeyLamps;
 class Lines;
+class PhoneCalls;
 class Settings;
 
 class KeyApplication final : public KeyHandler
 {
 public:
-    KeyApplication(PhysicalInterface& keys, KeyLamps& lamps, Lines& lines, Settings& settings);
+    KeyApplication(PhysicalInterface& keys, KeyLamps& lamps, Lines& lines, PhoneCalls& calls, Settings& settings);
     ~KeyApplication();
     KeyApplication(KeyApplication const&) = delete;
     KeyApplication& operator=(KeyApplication const&) = delete;
 
-    // The loaded service, once it is initialised: keys work from then on. Null before the service ends.
-    void setService(Executable* service);
-    // The next direct-station or busy-lamp key transfers the present call: chosen by the transfer key or a call view.
+    // The loaded service, once it is initialised; null before it ends. Keys work in between.
+    void setService(Executable* service) { service_.set(service); }
+    // The next direct-station or busy-lamp key transfers the current call.
     void setTransferMode(bool on);
-    bool transferMode() const { return transferMode_; }
 
     void keyPressed(PhoneKey const& key) override;
     void hookChanged(bool up) override;
@@ -48,29 +48,33 @@ private:
     static Row const kRows[];
 
     bool mayAct(PhoneKey const& key) const;
-    void linePressed(PhoneKey const& key);
-    void stationPressed(PhoneKey const& key);
-    void busyLampPressed(PhoneKey const& key);
-    void togglePressed(PhoneKey const& key);
-    void mutePressed(PhoneKey const& key);
-    void headsetPressed(PhoneKey const& key);
-    void releasePressed(PhoneKey const& key);
-    void transferPressed(PhoneKey const& key);
+    Outcome<> linePressed(PhoneKey const& key);
+    Outcome<> stationPressed(PhoneKey const& key);
+    Outcome<> busyLampPressed(PhoneKey const& key);
+    Outcome<> togglePressed(PhoneKey const& key);
+    Outcome<> mutePressed(PhoneKey const& key);
+    Outcome<> headsetPressed(PhoneKey const& key);
+    Outcome<> releasePressed(PhoneKey const& key);
+    Outcome<> transferPressed(PhoneKey const& key);
     bool takeTransferMode();
 
-    // Answers the call that rings, else seizes a line unless there is one in use.
-    void goOffHook();
-    // Ends the call that speaks or dials, and gives back a line that is seized.
-    void goOnHook();
+    // Answers the ringing call, else seizes a line unless one is in use.
+    Outcome<> goOffHook();
+    // Ends the active or outgoing call and gives back a seized line.
+    Outcome<> goOnHook();
+    EDSSContext contextFor(PhoneKey const& key, std::string& ringingLineURI);
+
+    // --- lock held
+    // A call that alerts on the keyset alone is answered by its line key only, so it is not among them.
     std::optional<CallSnapshot> alertingCall() const;
     std::optional<CallSnapshot> currentCall() const;
-    EDSSContext contextFor(PhoneKey const& key, std::string& ringingLineURI);
 
     PhysicalInterface& keys_;
     KeyLamps& lamps_;
     Lines& lines_;
+    PhoneCalls& calls_;
     Settings& settings_;
-    ServiceDoors service_;
+    LoadedService service_;
     std::atomic<bool> transferMode_{false};
 };
 

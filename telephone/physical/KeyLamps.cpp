@@ -7,6 +7,7 @@
 #include "telephone/lines/DssLine.h"
 #include "telephone/lines/LineStates.h"
 #include "telephone/lines/Lines.h"
+#include "telephone/management/ForwardingKeys.h"
 
 namespace telephone {
 
@@ -40,12 +41,6 @@ constexpr std::array kLineLamps{
     LineLampRow{eLineStateSelected,                {lampSteady,     lampGreen}},
     LineLampRow{eLineStateReserved,                {lampSteady,     lampAmber}},
 };
-
-constexpr std::array<std::string_view, 9> kForwardingFlags{
-    "cfu-activated",     "cfu-ext-activated",  "cfu-int-activated",
-    "cfb-activated",     "cfb-ext-activated",  "cfb-int-activated",
-    "cfnr-activated",    "cfnr-ext-activated", "cfnr-int-activated",
-};
 // clang-format on
 static_assert(kLineLamps.size() == 17, "every line state has a lamp");
 
@@ -61,10 +56,11 @@ Lamp lampOfLine(ELineState state)
     return row == kLineLamps.end() ? kOff : row->lamp;
 }
 
-KeyLamps::KeyLamps(PhysicalInterface& keys, Lines& lines, Settings& settings)
+KeyLamps::KeyLamps(PhysicalInterface& keys, Lines& lines, PhoneCalls& calls, Settings& settings)
     : keys_(keys)
     , lamps_(keys.lampBoard())
     , lines_(lines)
+    , calls_(calls)
     , settings_(settings)
 {}
 
@@ -86,7 +82,7 @@ void KeyLamps::start()
     showDoNotDisturb();
     showToggles();
     showHeadset(keys_.getHeadsetJackStatus() == plugIn);
-    std::lock_guard const lock(lines_.calls());
+    std::lock_guard const lock(calls_);
     for (auto* line : lines_.lines()) {
         showLine(*line);
     }
@@ -162,7 +158,7 @@ void KeyLamps::showLine(TelephoneLine& line)
     }
 }
 
-// An application may set these two lamps as well: they are only touched when what they stand for changes.
+// Applications may set these two lamps as well, so they are set only when their reason changes.
 void KeyLamps::showHeld()
 {
     bool held = false;
@@ -171,27 +167,24 @@ void KeyLamps::showHeld()
     for (auto const* line : lines_.lines()) {
         for (auto const& call : line->calls()) {
             auto const state = lineStateOf(call);
-            held = held || state == eLineStateHold || state == eLineStateHoldConsult;
-            rings = rings || state == eLineStateRinging;
+            held = held || isHeld(call);
+            rings = rings || isRinging(call);
             active = active || state == eLineStateActive || state == eLineStateConference;
         }
     }
     if (held != held_) {
         held_ = held;
-        lamps_.setNumbered(kLampHold, held ? Lamp{lampFlashing, lampGreen} : kOff);
+        static_cast<void>(lamps_.setNumbered(kLampHold, held ? Lamp{lampFlashing, lampGreen} : kOff));
     }
     if ((rings && active) != secondAlert_) {
         secondAlert_ = rings && active;
-        lamps_.setNumbered(kLampSecondAlert, secondAlert_ ? Lamp{lampFlashing, lampAmber} : kOff);
+        static_cast<void>(lamps_.setNumbered(kLampSecondAlert, secondAlert_ ? Lamp{lampFlashing, lampAmber} : kOff));
     }
 }
 
 void KeyLamps::showForwarding()
 {
-    bool const on = !settings_.text(SettingNames::kForwardingAlternative).empty() ||
-                    std::any_of(kForwardingFlags.begin(), kForwardingFlags.end(),
-                                [this](std::string_view flag) { return settings_.flag(flag); });
-    lamps_.setFunction(keyFunctionForwarding, on ? Lamp{lampSteady, lampAmber} : kOff);
+    lamps_.setFunction(keyFunctionForwarding, isForwarding(settings_) ? Lamp{lampSteady, lampAmber} : kOff);
 }
 
 void KeyLamps::showDoNotDisturb()

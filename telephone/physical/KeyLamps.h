@@ -1,14 +1,13 @@
-// Keeps the lamps of the keys as the telephone is: lines and their parties, held calls, waiting messages, forwarding,
-// do-not-disturb, toggled features, mute, headset and transfer. The lamps of busy-lamp fields are the team features'
-// own.
+// Sets the lamps of the keys by the state of the telephone: lines and direct-station parties, held calls, waiting
+// messages, forwarding, do-not-disturb, toggled features, mute, headset and transfer. Team features set the lamps of
+// busy-lamp fields.
 //
-//     lines        off idle | steady in use here | flashing rings | fluttering on hold; red: another telephone's
+//     lines        off: idle | steady: in use here | flashing: ringing | fluttering: on hold; red: another telephone's
 //     hold         flashing while a call is on hold here
-//     SecondAlert  flashing while a call rings beside an active one
+//     SecondAlert  flashing while a call is ringing beside an active one
 //     others       steady while on
 //
-// Owned by the composition root; follows from start() to stop(). Changes come with the phone lock held, those of
-// settings without it.
+// Owned by the composition root; works from start() to stop(). Called with the phone lock held, by settings without it.
 #pragma once
 
 #include <set>
@@ -16,32 +15,33 @@
 
 #include "telephone/calls/CallObserver.h"
 #include "telephone/calls/CallSnapshot.h"
-#include "telephone/lines/LineObserver.h"
+#include "telephone/lines/LineListener.h"
 #include "telephone/management/Settings.h"
 #include "telephone/physical/PhysicalInterface.h"
 
 namespace telephone {
 
 class Lines;
+class PhoneCalls;
 
-// What a line key shows for a state.
+// The lamp of a line key.
 Lamp lampOfLine(ELineState state);
 
 class KeyLamps final : public LineListener, public CallObserver
 {
 public:
-    KeyLamps(PhysicalInterface& keys, Lines& lines, Settings& settings);
+    KeyLamps(PhysicalInterface& keys, Lines& lines, PhoneCalls& calls, Settings& settings);
     ~KeyLamps() override;
     KeyLamps(KeyLamps const&) = delete;
     KeyLamps& operator=(KeyLamps const&) = delete;
 
-    // Once; stop() is part of the end and may be called again.
+    // Once.
     void start();
     void stop();
 
     void lineChanged(TelephoneLine& line, ELineState before) override;
     void stationChanged(DssLine& station) override;
-    // To be called after the lines were told.
+    // After the lines.
     void callChanged(CallSnapshot const& now, CallSnapshot const* before) override;
     void messageWaitingChanged(int lineNumber, sfiMessageWaitingRecord const& record) override;
 
@@ -60,6 +60,7 @@ private:
     PhysicalInterface& keys_;
     LampBoard& lamps_;
     Lines& lines_;
+    PhoneCalls& calls_;
     Settings& settings_;
     std::vector<Settings::ListenerId> listening_;
     std::set<int> waiting_;  // lines with messages; phone lock

@@ -29,7 +29,8 @@ constexpr std::array kFunctions{
     KeyFunctionRow{"transfer",   keyFunctionTransfer,       0,              false},
 };
 // clang-format on
-static_assert(kFunctions.size() == 14, "a key function was added or removed: say so in the configuration's help");
+static_assert(kFunctions.size() == 14,
+              "update the help of the configuration with the key function that was added or removed");
 
 KeyFunctionRow const* rowOf(std::string const& name)
 {
@@ -53,7 +54,7 @@ KeyLayout::KeyLayout(Configuration const& configuration)
     for (auto const& key : configuration.keys) {
         auto const* const row = rowOf(key.function);
         if (row == nullptr) {
-            throw std::runtime_error("key " + std::to_string(key.number) + ": there is no function \"" + key.function +
+            throw std::runtime_error("key " + std::to_string(key.number) + ": unknown function \"" + key.function +
                                      "\"");
         }
         keys_.push_back({key, row});
@@ -64,7 +65,7 @@ KeyLayout::KeyLayout(Configuration const& configuration)
         return left.number() == right.number();
     });
     if (twice != keys_.end()) {
-        throw std::runtime_error("key " + std::to_string(twice->number()) + " is there twice");
+        throw std::runtime_error("key " + std::to_string(twice->number()) + " is configured twice");
     }
 }
 

@@ -1,4 +1,4 @@
-// The keys of the telephone: what each number does, as the configuration says. Never changes; any thread.
+// The keys of the telephone and their functions, from the configuration. Never changes; any thread.
 #pragma once
 
 #include <optional>
@@ -16,8 +16,8 @@ struct KeyFunctionRow
 {
     std::string_view name;
     PhysDefs::keyFunctionType function;
-    int buttonGroup;  // under which observers hear of presses (SubscriptionGrp of kind 8); 0: none
-    bool functional;  // observers of key functions hear of it (kind 24)
+    int buttonGroup;  // the group under which applications subscribe to its presses (kind 8); 0 for none
+    bool functional;  // applications can subscribe to the function (kind 24)
 };
 
 // The groups of button events.
@@ -36,19 +36,19 @@ struct PhoneKey
 class KeyLayout
 {
 public:
-    // Throws std::runtime_error for a function that no key can have, and for two keys of one number.
+    // Throws std::runtime_error for an unknown function and for two keys with one number.
     explicit KeyLayout(Configuration const& configuration);
 
     std::vector<PhoneKey> const& keys() const { return keys_; }
-    // Null: there is no such key.
+    // Null when there is no such key.
     PhoneKey const* find(int number) const;
-    // By number, label or function, in this order; the first one of the layout.
+    // By number, label or function, tried in this order; the first match in the layout.
     PhoneKey const* find(std::string const& name) const;
-    // "1 to 14", for what is said of a key that is not there.
+    // "1 to 14", for messages about a missing key.
     std::string range() const;
 
 private:
-    std::vector<PhoneKey> keys_;  // by rising number
+    std::vector<PhoneKey> keys_;  // in ascending order of numbers
 };
 
 // The rows of all functions, for help and documentation.

@@ -3,6 +3,8 @@
 #include <array>
 #include <utility>
 
+#include <spdlog/fmt/fmt.h>
+
 namespace telephone {
 
 namespace {
@@ -66,15 +68,15 @@ void LampBoard::setFunction(PhysDefs::keyFunctionType function, Lamp lamp)
     }
 }
 
-bool LampBoard::setNumbered(int lamp, Lamp state)
+Outcome<> LampBoard::setNumbered(int lamp, Lamp state)
 {
     for (auto const& numbered : kNumberedLamps) {
         if (numbered.number == lamp) {
             set(-lamp, state);
-            return true;
+            return {};
         }
     }
-    return false;
+    return refuse(RefusalKind::kNotFound, fmt::format("there is no lamp {}", lamp));
 }
 
 std::optional<Lamp> LampBoard::lamp(std::string const& name) const
@@ -97,13 +99,6 @@ std::vector<LampRow> LampBoard::lamps() const
         rows.push_back({0, std::string(lamp.name), lamps_.at(-lamp.number)});
     }
     return rows;
-}
-
-bool LampBoard::waitFor(std::string const& name, PhysDefs::lampMode mode, std::chrono::milliseconds timeout) const
-{
-    auto const slot = slotOf(name);
-    std::unique_lock lock(mutex_);
-    return slot && changed_.wait_for(lock, timeout, [this, &slot, mode] { return lamps_.at(*slot).mode == mode; });
 }
 
 void LampBoard::onChange(Listener listener)
@@ -140,7 +135,6 @@ void LampBoard::set(int slot, Lamp lamp)
         now = lamp;
         listener = listener_;
     }
-    changed_.notify_all();
     if (listener) {
         listener(slot < 0 ? -slot : slot, lamp);
     }

@@ -1,12 +1,10 @@
 // The lamps of the telephone: one in each key, and two that applications set by number, "Hold" (10) and "SecondAlert"
-// (69). The lamp of a hold key is the one of number 10.
+// (69). The lamp of a hold key is lamp 10.
 //
-// Owned by the physical interface. Any thread, any lock held: its own lock is held only for moments, and not while a
-// listener runs.
+// The physical interface owns it. Any thread, with any lock held: its own lock is held for moments only, and not while
+// the listener runs.
 #pragma once
 
-#include <chrono>
-#include <condition_variable>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -16,6 +14,7 @@
 #include <vector>
 
 #include "platform/physical/PhysDefs.h"
+#include "telephone/base/Refusal.h"
 #include "telephone/physical/KeyLayout.h"
 
 namespace telephone {
@@ -30,8 +29,8 @@ struct Lamp
 
 struct LampRow
 {
-    int key = 0;       // 0: a lamp that is in no key
-    std::string name;  // the key's function with its label, or the lamp's name
+    int key = 0;       // 0 for a lamp outside the keys
+    std::string name;  // the key's function and label, or the lamp's name
     Lamp lamp;
 };
 
@@ -42,26 +41,25 @@ std::string_view lampColourName(PhysDefs::lampColour colour);
 class LampBoard
 {
 public:
-    // Told the lamp's number (a key's, or 10 or 69) after each change, on the thread that made it, in no lock of the
-    // board. Of two changes at once either may be told first.
+    // Told of each change, with the number of the key or of the lamp (10 or 69), on the thread that made it. Two
+    // changes at the same time may be told in either order.
     using Listener = std::function<void(int lamp, Lamp const& now)>;
 
     explicit LampBoard(KeyLayout const& layout);
 
-    // A key that the layout does not have is passed over.
+    // A key outside the layout is ignored.
     void setKey(int key, Lamp lamp);
-    // Every key of a function.
+    // Every key with the function.
     void setFunction(PhysDefs::keyFunctionType function, Lamp lamp);
-    // By the number that applications use; false: there is no such lamp.
-    bool setNumbered(int lamp, Lamp state);
+    // By the number that applications use.
+    [[nodiscard]] Outcome<> setNumbered(int lamp, Lamp state);
 
-    // A lamp by the number, label or function of its key, or "Hold" and "SecondAlert". Nothing: there is none.
+    // A lamp by the number, label or function of its key, or by its name, "Hold" or "SecondAlert". Nothing when there
+    // is no such lamp.
     std::optional<Lamp> lamp(std::string const& name) const;
     std::vector<LampRow> lamps() const;
 
-    // Waits until the lamp is in a mode; false when the time ran out or there is no such lamp.
-    bool waitFor(std::string const& name, PhysDefs::lampMode mode, std::chrono::milliseconds timeout) const;
-    // One listener; set before the keys are used.
+    // Replaces the listener. Before the keys are used.
     void onChange(Listener listener);
 
 private:
@@ -71,8 +69,7 @@ private:
 
     KeyLayout const& layout_;
     mutable std::mutex mutex_;
-    mutable std::condition_variable changed_;
-    std::map<int, Lamp> lamps_;  // by slot: the key's number, or the lamp's number below 0
+    std::map<int, Lamp> lamps_;  // by slot: the number of the key, or the negative number of the lamp
     Listener listener_;
 };
 

@@ -8,16 +8,15 @@
 
 #include "platform/physical/functionalEventObserver.h"
 #include "platform/physical/physicalEventObserver.h"
-#include "telephone/framework/Log.h"
+#include "telephone/framework/Refusals.h"
 #include "telephone/management/Settings.h"
+#include "telephone/physical/LogComponent.h"
 
 namespace telephone {
 
 namespace {
 
-constexpr char const* kComponent = "keys";
-
-// Kinds and identifiers of subscriptions; see the table at the head of the header.
+// Kinds and identifiers of subscriptions; see the table in the header.
 constexpr int kActionKind = 0;
 constexpr int kHookGroup = 1;
 constexpr int kLampGroup = 2;
@@ -63,14 +62,14 @@ bool isFunctionGroup(PhysDefs::SubscriptionGrp const& group)
            });
 }
 
-// Only buttons and functions tell actions apart.
+// Only subscriptions to buttons and functions distinguish actions.
 bool covers(PhysDefs::SubscriptionGrp const& group, int kind, int identifier, PhysDefs::actionType action)
 {
     bool const anyAction = kind == kActionKind || kind == kOtherKind || group.action == PhysDefs::actionAny;
     return group.kind == kind && group.identifier == identifier && (anyAction || group.action == action);
 }
 
-// Adds what is known of `groups` to what an observer has; false when nothing is.
+// Adds the known groups to the subscriptions of an observer; false when there is none.
 template <typename Subscribers, typename Observer, typename IsKnown>
 bool addSubscription(Subscribers& subscribers, Observer* observer, std::vector<PhysDefs::SubscriptionGrp> const& groups,
                      IsKnown isKnown)
@@ -78,6 +77,8 @@ bool addSubscription(Subscribers& subscribers, Observer* observer, std::vector<P
     std::vector<PhysDefs::SubscriptionGrp> known;
     std::copy_if(groups.begin(), groups.end(), std::back_inserter(known), isKnown);
     if (observer == nullptr || known.empty()) {
+        reportRefusal(kComponent,
+                      {RefusalKind::kNotFound, "a subscription names no event that the keys of this telephone have"});
         return false;
     }
     auto subscriber = std::find_if(subscribers.begin(), subscribers.end(),
@@ -95,7 +96,7 @@ PhysicalInterface::PhysicalInterface(Configuration const& configuration, Setting
     : layout_(configuration)
     , lamps_(layout_)
     , settings_(settings)
-    , queue_("keys", kQueuedEvents)
+    , queue_("the keys", kQueuedEvents)
 {
     lamps_.onChange([this](int lamp, Lamp const& now) { lampChanged(lamp, now); });
 }
@@ -116,7 +117,6 @@ bool PhysicalInterface::subscribePhysicalEvents(physicalEventObserver* observer,
     {
         std::lock_guard const lock(mutex_);
         if (!addSubscription(physical_, observer, groups, isPhysicalGroup)) {
-            log(kLogFailure, kComponent, "a subscription to physical events names nothing that this telephone has");
             return false;
         }
     }
@@ -124,7 +124,7 @@ bool PhysicalInterface::subscribePhysicalEvents(physicalEventObserver* observer,
         return covers(group, kActionKind, kHookGroup, PhysDefs::actionChanged);
     });
     if (tellAvailable) {
-        queue_.post([observer] { observer->fpkAvailableEvent(); });
+        reportIfRefused(kComponent, queue_.post([observer] { observer->fpkAvailableEvent(); }));
     }
     return true;
 }
@@ -133,25 +133,19 @@ bool PhysicalInterface::subscribeFunctionalEvents(functionalEventObserver* obser
                                                   std::vector<PhysDefs::SubscriptionGrp>& subscriptions)
 {
     std::lock_guard const lock(mutex_);
-    if (!addSubscription(functional_, observer, subscriptions, isFunctionGroup)) {
-        log(kLogFailure, kComponent, "a subscription to key functions names none that this telephone has");
-        return false;
-    }
-    return true;
+    return addSubscription(functional_, observer, subscriptions, isFunctionGroup);
 }
 
 void PhysicalInterface::setLamp(int lamp, int mode, int colour, int /*option*/)
 {
     if (mode < PhysDefs::lampOff || mode > PhysDefs::lampFluttering) {
-        log(kLogFailure, kComponent, "lamp {} is not set: there is no mode {}", lamp, mode);
+        reportRefusal(kComponent, {RefusalKind::kBadInput, fmt::format("lamp {} has no mode {}", lamp, mode)});
         return;
     }
     bool const isColour = colour >= PhysDefs::lampNoColour && colour <= PhysDefs::lampAmber;
     Lamp const state{static_cast<PhysDefs::lampMode>(mode),
                      isColour ? static_cast<PhysDefs::lampColour>(colour) : PhysDefs::lampNoColour};
-    if (!lamps_.setNumbered(lamp, state.mode == PhysDefs::lampOff ? Lamp{} : state)) {
-        log(kLogFailure, kComponent, "lamp {} is not set: there is no such lamp", lamp);
-    }
+    reportIfRefused(kComponent, lamps_.setNumbered(lamp, state.mode == PhysDefs::lampOff ? Lamp{} : state));
 }
 
 PhysDefs::plugStatus PhysicalInterface::getHeadsetJackStatus()
@@ -164,75 +158,60 @@ void PhysicalInterface::forwardingCleared()
     lamps_.setFunction(PhysDefs::keyFunctionForwarding, {});
 }
 
-PhysicalInterface::Refusal PhysicalInterface::press(std::string const& key)
+Outcome<> PhysicalInterface::press(std::string const& key)
 {
-    return act(layout_.find(key), key, PhysDefs::actionPressed);
+    return act(key, PhysDefs::actionPressed);
 }
 
-PhysicalInterface::Refusal PhysicalInterface::release(std::string const& key)
+Outcome<> PhysicalInterface::release(std::string const& key)
 {
-    return act(layout_.find(key), key, PhysDefs::actionReleased);
+    return act(key, PhysDefs::actionReleased);
 }
 
-PhysicalInterface::Refusal PhysicalInterface::press(int key)
+Outcome<> PhysicalInterface::act(std::string const& name, PhysDefs::actionType action)
 {
-    return act(layout_.find(key), std::to_string(key), PhysDefs::actionPressed);
-}
-
-PhysicalInterface::Refusal PhysicalInterface::release(int key)
-{
-    return act(layout_.find(key), std::to_string(key), PhysDefs::actionReleased);
-}
-
-PhysicalInterface::Refusal PhysicalInterface::act(PhoneKey const* key, std::string const& name,
-                                                  PhysDefs::actionType action)
-{
+    auto const* const key = layout_.find(name);
     if (key == nullptr) {
-        return fmt::format("there is no key \"{}\"; the layout has {}", name, layout_.range());
+        return refuse(RefusalKind::kNotFound,
+                      fmt::format("there is no key \"{}\"; the layout has {}", name, layout_.range()));
     }
-    // Noted and queued as one, so that presses and releases keep their order.
+    // Noted and queued under one lock, so that presses and releases keep their order.
     std::lock_guard const lock(mutex_);
-    bool const isPressed = pressed_.count(key->number()) != 0;
-    if (action == PhysDefs::actionReleased && !isPressed) {
-        return fmt::format("key {} is not pressed", key->number());
+    if (action == PhysDefs::actionReleased && pressed_.count(key->number()) == 0) {
+        return refuse(RefusalKind::kWrongState, fmt::format("key {} is not pressed", key->number()));
     }
-    if (auto refusal = post([this, key, action] { deliver(*key, action); })) {
-        return refusal;
+    auto queued = queue_.post([this, key, action] { deliver(*key, action); });
+    if (!queued) {
+        return queued;
     }
     if (action == PhysDefs::actionPressed) {
         pressed_.insert(key->number());
     } else {
         pressed_.erase(key->number());
     }
-    return std::nullopt;
+    return {};
 }
 
-PhysicalInterface::Refusal PhysicalInterface::post(WorkQueue::Work work)
-{
-    if (queue_.post(std::move(work))) {
-        return std::nullopt;
-    }
-    return "too many key presses wait to be handled, or the telephone ends";
-}
-
-PhysicalInterface::Refusal PhysicalInterface::hook(bool up)
+Outcome<> PhysicalInterface::hook(bool up)
 {
     if (hookUp_.exchange(up) == up) {
-        return up ? "the handset is off the hook already" : "the handset is on the hook already";
+        return refuse(RefusalKind::kWrongState,
+                      up ? "the handset is already off the hook" : "the handset is already on the hook");
     }
-    return post([this, up] { deliverHook(up); });
+    return queue_.post([this, up] { deliverHook(up); });
 }
 
-PhysicalInterface::Refusal PhysicalInterface::plug(std::string const& plug, bool in)
+Outcome<> PhysicalInterface::plug(std::string const& plug, bool in)
 {
     auto const row =
         std::find_if(kPlugs.begin(), kPlugs.end(), [&plug](PlugRow const& each) { return each.name == plug; });
     if (row == kPlugs.end()) {
-        return fmt::format("there is no plug \"{}\"; there are headset, handset and line", plug);
+        return refuse(RefusalKind::kNotFound,
+                      fmt::format("there is no plug \"{}\"; the plugs are headset, handset and line", plug));
     }
     plugged_[static_cast<std::size_t>(row - kPlugs.begin())] = in;
-    return post([this, plug = row->plug, in] {
-        for (auto* observer : observersOf(kOtherKind, kPlugGroup, PhysDefs::actionChanged)) {
+    return queue_.post([this, plug = row->plug, in] {
+        for (auto* observer : observersOf(physical_, kOtherKind, kPlugGroup, PhysDefs::actionChanged)) {
             observer->jackEvent(plug, in ? PhysDefs::plugIn : PhysDefs::plugOut);
         }
         if (auto* const application = handler()) {
@@ -241,10 +220,9 @@ PhysicalInterface::Refusal PhysicalInterface::plug(std::string const& plug, bool
     });
 }
 
-PhysicalInterface::Refusal PhysicalInterface::setLocked(bool locked)
+Outcome<> PhysicalInterface::setLocked(bool locked)
 {
-    auto const outcome = settings_.set(SettingNames::kPhoneLocked, locked ? "true" : "false");
-    return outcome ? std::nullopt : Refusal(outcome.reason);
+    return settings_.set(SettingNames::kPhoneLocked, locked ? "true" : "false");
 }
 
 std::optional<std::string> PhysicalInterface::lampMode(std::string const& lamp) const
@@ -309,35 +287,22 @@ void PhysicalInterface::deliverButton(PhoneKey const& key, PhysDefs::actionType 
     if (key.row->buttonGroup == 0) {
         return;
     }
-    for (auto* observer : observersOf(kButtonKind, key.row->buttonGroup, action)) {
+    for (auto* observer : observersOf(physical_, kButtonKind, key.row->buttonGroup, action)) {
         observer->buttonPressedEvent(key.function(), key.number(), action, key.configuration.label);
     }
 }
 
 void PhysicalInterface::deliverFunction(PhoneKey const& key, PhysDefs::actionType action)
 {
-    std::vector<functionalEventObserver*> observers;
-    {
-        std::lock_guard const lock(mutex_);
-        for (auto const& subscriber : functional_) {
-            bool const wants =
-                std::any_of(subscriber.groups.begin(), subscriber.groups.end(), [&key, action](auto const& group) {
-                    return covers(group, kFunctionKind, key.function(), action);
-                });
-            if (wants) {
-                observers.push_back(subscriber.observer);
-            }
-        }
-    }
-    for (auto* observer : observers) {
+    for (auto* observer : observersOf(functional_, kFunctionKind, key.function(), action)) {
         observer->functionPressedEvent(key.function(), key.number(), action, key.configuration.label);
     }
 }
 
-// The switch under the handset is released when the handset goes up.
+// Lifting the handset releases the switch under it.
 void PhysicalInterface::deliverHook(bool up)
 {
-    for (auto* observer : observersOf(kActionKind, kHookGroup, PhysDefs::actionChanged)) {
+    for (auto* observer : observersOf(physical_, kActionKind, kHookGroup, PhysDefs::actionChanged)) {
         observer->hookswitchEvent(up ? PhysDefs::actionReleased : PhysDefs::actionPressed);
     }
     if (auto* const application = handler()) {
@@ -347,22 +312,24 @@ void PhysicalInterface::deliverHook(bool up)
 
 void PhysicalInterface::lampChanged(int lamp, Lamp const& now)
 {
-    auto const observers = observersOf(kActionKind, kLampGroup, PhysDefs::actionChanged);
+    auto const observers = observersOf(physical_, kActionKind, kLampGroup, PhysDefs::actionChanged);
     for (auto* observer : observers) {
-        queue_.post([observer, lamp, now] { observer->lampEvent(lamp, now.mode, now.colour); });
+        reportIfRefused(kComponent,
+                        queue_.post([observer, lamp, now] { observer->lampEvent(lamp, now.mode, now.colour); }));
     }
 }
 
-std::vector<physicalEventObserver*> PhysicalInterface::observersOf(int kind, int identifier,
-                                                                   PhysDefs::actionType action) const
+template <typename Observer>
+std::vector<Observer*> PhysicalInterface::observersOf(Subscribers<Observer> const& subscribers, int kind,
+                                                      int identifier, PhysDefs::actionType action) const
 {
     std::lock_guard const lock(mutex_);
-    std::vector<physicalEventObserver*> observers;
-    for (auto const& subscriber : physical_) {
-        bool const wants = std::any_of(
+    std::vector<Observer*> observers;
+    for (auto const& subscriber : subscribers) {
+        bool const subscribed = std::any_of(
             subscriber.groups.begin(), subscriber.groups.end(),
             [kind, identifier, action](auto const& group) { return covers(group, kind, identifier, action); });
-        if (wants) {
+        if (subscribed) {
             observers.push_back(subscriber.observer);
         }
     }

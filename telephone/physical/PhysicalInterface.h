@@ -1,20 +1,20 @@
 // The telephone's keys, hook switch, plugs and lamps. Registered with the framework as "PhysicalInterfaceServiceIfc".
 //
-// What a person does comes in by press, release, hook and plug, from the console or a script, on any thread. It is
-// queued, and one thread takes it to who has subscribed and then to the key application, in order and with no lock
-// held. Nothing waits for that: presses that come faster than they are handled queue up to kQueuedEvents.
+// What a person does arrives through press, release, hook and plug, from the console or a script, on any thread. It is
+// queued, and one thread delivers it first to the subscribers and then to the key application, in order and with no
+// lock held. Nobody waits for that; up to kQueuedEvents can be queued.
 //
-// What observers can subscribe to:
+// Subscriptions:
 //
 //     kind  identifier  events
-//     8     4           presses of the preview and ignore keys (1), or also releases (5)
-//     8     6           presses of hold keys (1), or also releases (5)
+//     8     4           preview and ignore keys, pressed (1), or pressed and released (5)
+//     8     6           hold keys, pressed (1), or pressed and released (5)
 //     1     2           plugs (jackEvent)
-//     0     1           the hook switch, and that the keys can be used (hookswitchEvent, fpkAvailableEvent)
+//     0     1           the hook switch, and that the keys are ready (hookswitchEvent, fpkAvailableEvent)
 //     0     2           lamps (lampEvent)
-//     24    43, 58, 63  presses (1) of the forwarding, do-not-disturb and messages keys, or also releases (5)
+//     24    43, 58, 63  forwarding, do-not-disturb and messages keys, pressed (1), or pressed and released (5)
 //
-// Key functions that are not among them belong to the key application.
+// All other key functions belong to the key application.
 #pragma once
 
 #include <array>
@@ -27,6 +27,7 @@
 
 #include "platform/framework/Executable.h"
 #include "platform/physical/PhysicalInterfaceServiceIfc.h"
+#include "telephone/base/Refusal.h"
 #include "telephone/configuration/Configuration.h"
 #include "telephone/lines/WorkQueue.h"
 #include "telephone/physical/KeyLayout.h"
@@ -36,7 +37,7 @@ namespace telephone {
 
 class Settings;
 
-// Takes what nobody subscribes to: the key application. Called on the thread of the keys with no lock held.
+// The key application. Called on the thread of the keys with no lock held.
 class KeyHandler
 {
 public:
@@ -53,15 +54,12 @@ class PhysicalInterface final : public Executable, public PhysicalInterfaceServi
 public:
     static constexpr std::size_t kQueuedEvents = 20000;
 
-    // Nothing: done. Otherwise why not, for a person.
-    using Refusal = std::optional<std::string>;
-
-    // Throws std::runtime_error for a layout that is none (see KeyLayout). The settings outlive it.
+    // Throws std::runtime_error for an invalid layout (see KeyLayout). The settings outlive it.
     PhysicalInterface(Configuration const& configuration, Settings& settings);
     ~PhysicalInterface() override;
 
     void init(Context& /*context*/) override {}
-    // Ends the thread; what is queued is dropped, and everything is refused from then on.
+    // Ends the thread and drops what is queued. Everything is refused from then on.
     void shutdown() override;
 
     // --- PhysicalInterfaceServiceIfc
@@ -69,59 +67,56 @@ public:
                                  std::vector<PhysDefs::SubscriptionGrp>& groups) override;
     bool subscribeFunctionalEvents(functionalEventObserver* observer,
                                    std::vector<PhysDefs::SubscriptionGrp>& subscriptions) override;
-    // Lamps 10 and 69; another one, and a mode that is none, is refused in the log.
+    // Lamps 10 and 69. Any other lamp and an unknown mode is refused.
     void setLamp(int lamp, int mode, int colour, int option) override;
     PhysDefs::plugStatus getHeadsetJackStatus() override;
     void forwardingCleared() override;
 
-    // --- what a person does. A key by its number, label or function.
-    Refusal press(std::string const& key);
-    Refusal release(std::string const& key);
-    Refusal press(int key);
-    Refusal release(int key);
-    // The handset off its cradle (up) or on it.
-    Refusal hook(bool up);
-    // "headset", "handset" or "line".
-    Refusal plug(std::string const& plug, bool in);
+    // --- what a person does
+    // key: its number, label or function.
+    [[nodiscard]] Outcome<> press(std::string const& key);
+    [[nodiscard]] Outcome<> release(std::string const& key);
+    // up: the handset is off the hook.
+    [[nodiscard]] Outcome<> hook(bool up);
+    // plug: "headset", "handset" or "line".
+    [[nodiscard]] Outcome<> plug(std::string const& plug, bool in);
     // The setting "phone-locked".
-    Refusal setLocked(bool locked);
+    [[nodiscard]] Outcome<> setLocked(bool locked);
 
     // --- what a person sees
     KeyLayout const& layout() const { return layout_; }
     LampBoard& lampBoard() { return lamps_; }
-    bool isHookUp() const { return hookUp_; }
-    // Mode of a lamp as a word (see LampBoard::lamp); nothing: there is no such lamp.
+    // The mode of a lamp as a word (see LampBoard::lamp); nothing when there is no such lamp.
     std::optional<std::string> lampMode(std::string const& lamp) const;
-    // One text a row.
+    // One text per row.
     std::vector<std::string> keyRows() const;
     std::vector<std::string> lampRows() const;
 
-    // Before the first press; null takes it away and waits until it is no longer called.
+    // Before the first press. Null removes the handler and waits until it is no longer called.
     void setKeyHandler(KeyHandler* handler);
-    // Waits until all that was done before is handled.
+    // Waits until everything done before has been handled.
     void flush() { queue_.flush(); }
 
 private:
-    struct PhysicalSubscriber
+    template <typename Observer>
+    struct Subscriber
     {
-        physicalEventObserver* observer;
+        Observer* observer;
         std::vector<PhysDefs::SubscriptionGrp> groups;
     };
-    struct FunctionalSubscriber
-    {
-        functionalEventObserver* observer;
-        std::vector<PhysDefs::SubscriptionGrp> groups;
-    };
+    template <typename Observer>
+    using Subscribers = std::vector<Subscriber<Observer>>;
 
-    Refusal act(PhoneKey const* key, std::string const& name, PhysDefs::actionType action);
-    Refusal post(WorkQueue::Work work);
+    Outcome<> act(std::string const& name, PhysDefs::actionType action);
     void deliver(PhoneKey const& key, PhysDefs::actionType action);
     void deliverButton(PhoneKey const& key, PhysDefs::actionType action);
     void deliverFunction(PhoneKey const& key, PhysDefs::actionType action);
     void deliverHook(bool up);
     void lampChanged(int lamp, Lamp const& now);
-    // Who has subscribed to that, as it is at this moment.
-    std::vector<physicalEventObserver*> observersOf(int kind, int identifier, PhysDefs::actionType action) const;
+    // The present subscribers to an event.
+    template <typename Observer>
+    std::vector<Observer*> observersOf(Subscribers<Observer> const& subscribers, int kind, int identifier,
+                                       PhysDefs::actionType action) const;
     KeyHandler* handler() const;
 
     KeyLayout const layout_;
@@ -129,10 +124,10 @@ private:
     Settings& settings_;
     mutable std::mutex mutex_;
     std::set<int> pressed_;
-    std::vector<PhysicalSubscriber> physical_;
-    std::vector<FunctionalSubscriber> functional_;
+    Subscribers<physicalEventObserver> physical_;
+    Subscribers<functionalEventObserver> functional_;
     KeyHandler* handler_ = nullptr;
-    std::array<std::atomic<bool>, 3> plugged_{};  // by the row of the plug
+    std::array<std::atomic<bool>, 3> plugged_{};  // by plug, in the order of the table of plugs
     std::atomic<bool> hookUp_{false};
     WorkQueue queue_;  // last: its thread uses all the others
 };

@@ -1,15 +1,11 @@
-// request, watch, store and exchange: the commands that are no telephone themselves.
+// The commands request, watch, store and exchange, which start no telephone.
 #include <iostream>
 
-#include <poll.h>
-
+#include "telephone/CallServer.h"
 #include "telephone/applications/ApplicationClient.h"
 #include "telephone/applications/SocketPath.h"
-#include "telephone/base/Names.h"
-#include "telephone/console/CommandError.h"
-#include "telephone/console/RequestText.h"
+#include "telephone/console/RequestShorthand.h"
 #include "telephone/exchange/Exchange.h"
-#include "telephone/framework/Log.h"
 #include "telephone/framework/StopSignal.h"
 #include "telephone/management/StoreCommand.h"
 #include "telephone/program/Programs.h"
@@ -20,98 +16,120 @@ namespace telephone {
 
 namespace {
 
-std::string socketOf(CommandLine const& line)
+Outcome<ApplicationClient> connect(CommandLine const& line)
 {
-    std::string const path = startConfiguration(line).applications.path;
-    return path.empty() ? standardSocketPath() : path;
+    return startConfiguration(line)
+        .and_then([](Configuration const& configuration) {
+            std::string const& path = configuration.applications.path;
+            return path.empty() ? standardSocketPath() : path;
+        })
+        .and_then([](std::string const& path) { return ApplicationClient::connect(path); });
 }
 
-std::string requestOf(Words const& words)
+Outcome<std::string> requestOf(Words const& words)
 {
-    if (isRequestText(words.front())) {
-        return joinWords(words);
-    }
-    if (findRequest(words.front()) == nullptr) {
-        throw CommandError("no request " + words.front() + suggestion(words.front(), requestNames()));
-    }
-    return requestText(words);
+    return isRequestText(words.front()) ? joinWords(words) : requestText(words);
 }
 
-}  // namespace
-
-int runRequest(CommandLine const& line, StopSignal const& stop)
+tl::unexpected<Refusal> ended(char const* reason)
 {
-    std::string const request = requestOf(line.words);
-    ApplicationClient client(socketOf(line));
-    client.send(request);
+    return refuse(RefusalKind::kUnavailable, reason);
+}
+
+// Prints the messages that follow a request, up to its end.
+Outcome<int> printReply(ApplicationClient& client, StopSignal const& stop)
+{
     bool failed = false;
-    while (auto const message = client.receive(stop.descriptor())) {
-        if (message->kind == ApplicationMessageKind::kFinished) {
+    while (true) {
+        auto const message = client.receive(stop.descriptor());
+        if (!message) {
+            return tl::unexpected(message.error());
+        }
+        if (!*message) {
+            return ended("the telephone has ended before it answered");
+        }
+        auto const& [kind, number, text] = **message;
+        if (kind == ApplicationMessageKind::kFinished) {
             return failed ? 1 : 0;
         }
-        if (message->kind == ApplicationMessageKind::kAnswer) {
-            std::cout << message->text << std::endl;
+        if (kind == ApplicationMessageKind::kAnswer) {
+            std::cout << text << std::endl;
         }
-        if (message->kind == ApplicationMessageKind::kError) {
-            throw std::runtime_error(message->text);
+        if (kind == ApplicationMessageKind::kError) {
+            return ended(text.c_str());
         }
-        failed = failed || message->text.starts_with("sfiFailure");
+        failed = failed || text.starts_with("sfiFailure");
     }
-    std::cerr << "telephone: the telephone has ended before it answered" << std::endl;
-    return 1;
 }
 
-int runWatch(CommandLine const& line, StopSignal const& stop)
+Outcome<int> printEvents(ApplicationClient& client, StopSignal const& stop)
 {
-    ApplicationClient client(socketOf(line));
-    client.send("<Method>Subscribe</Method>");
-    while (auto const message = client.receive(stop.descriptor())) {
-        if (message->kind == ApplicationMessageKind::kError || message->text == "sfiFailure") {
-            throw std::runtime_error("the telephone does not tell its events: " + message->text);
+    while (true) {
+        auto const message = client.receive(stop.descriptor());
+        if (!message) {
+            return tl::unexpected(message.error());
         }
-        if (message->kind == ApplicationMessageKind::kEvent) {
-            std::cout << message->number << " " << message->text << std::endl;
+        if (!*message) {
+            return stop.isRaised() ? Outcome<int>(0) : ended("the telephone has ended");
         }
-        if (message->kind == ApplicationMessageKind::kAnswer) {
+        auto const& [kind, number, text] = **message;
+        if (kind == ApplicationMessageKind::kError || text == "sfiFailure") {
+            return refuse(RefusalKind::kUnavailable, "the telephone refuses a subscription to its events: " + text);
+        }
+        if (kind == ApplicationMessageKind::kEvent) {
+            std::cout << number << " " << text << std::endl;
+        }
+        if (kind == ApplicationMessageKind::kAnswer) {
             std::cerr << "watching" << std::endl;
         }
         if (!std::cout) {
             return 0;
         }
     }
-    if (stop.isRaised()) {
-        return 0;
+}
+
+}  // namespace
+
+Outcome<int> runRequest(CommandLine const& line, StopSignal const& stop)
+{
+    return requestOf(line.words).and_then([&](std::string const& request) {
+        return connect(line).and_then([&](ApplicationClient client) {
+            return client.send(request).and_then([&] { return printReply(client, stop); });
+        });
+    });
+}
+
+Outcome<int> runWatch(CommandLine const& line, StopSignal const& stop)
+{
+    return connect(line).and_then([&](ApplicationClient client) {
+        return client.send("<Method>Subscribe</Method>").and_then([&] { return printEvents(client, stop); });
+    });
+}
+
+Outcome<int> runStore(CommandLine const& line)
+{
+    return startConfiguration(line).map([&line](Configuration const& configuration) {
+        return StoreCommand(configuration, std::cout, std::cerr).run(line.words);
+    });
+}
+
+Outcome<int> runExchange(CommandLine const& line, StopSignal const& stop)
+{
+    auto configuration = startConfiguration(line);
+    if (!configuration) {
+        return tl::unexpected(configuration.error());
     }
-    std::cerr << "telephone: the telephone has ended" << std::endl;
-    return 1;
-}
-
-int runStore(CommandLine const& line)
-{
-    return StoreCommand(startConfiguration(line), std::cout, std::cerr).run(line.words);
-}
-
-int runExchange(CommandLine const& line, StopSignal const& stop)
-{
-    Configuration const configuration = startConfiguration(line);
+    if (line.port != 0) {
+        configuration->exchange.port = line.port;
+    }
     sip::EventLoop loop;
     loop.start();
-    exchange::ExchangeConfig config;
-    config.port = static_cast<std::uint16_t>(line.port != 0 ? line.port : configuration.exchange.port);
-    config.realm = configuration.exchange.realm;
-    config.anyPassword = configuration.exchange.password;
-    config.log = [](sip::LogLevel level, std::string const& text) {
-        logLine(level < sip::LogLevel::kWarning ? kLogTrace : kLogWarning, "exchange", text);
-    };
-    exchange::Exchange const exchange(loop, std::move(config));
+    exchange::Exchange const exchange(loop, exchangeConfigOf(configuration->exchange));
     std::cout << "the exchange is sip:" << exchange.hostPort() << std::endl;
     for (exchange::NumberRow const& row : exchange::kNumbers) {
         std::cout << "  " << row.number << " " << row.behaviour.does << std::endl;
     }
-    constexpr int kForever = -1;
-    pollfd waited{stop.descriptor(), POLLIN, 0};
-    while (poll(&waited, 1, kForever) < 0) {
-    }
+    stop.wait();
     return 0;
 }
 

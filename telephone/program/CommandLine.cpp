@@ -10,7 +10,7 @@ namespace {
 
 constexpr char const* kFooter =
     "Without a command: the console.\n"
-    "A request is written as METHOD Tag=value ..., or as it stands: '<Method>GetDevices</Method>'.";
+    "A request is written as METHOD Tag=value ..., or in full: '<Method>GetDevices</Method>'.";
 
 CLI::App* add(CLI::App& app, CommandLine& line, Action action, char const* name, char const* meaning)
 {
@@ -25,20 +25,21 @@ void addOptions(CLI::App& app, CommandLine& line)
     app.add_option("-c,--config", line.configuration, "Configuration file (docs/configuration.md)")
         ->check(CLI::ExistingFile);
     app.add_option("-s,--socket", line.socket, "Socket of the applications");
-    app.add_option("-l,--library", line.library, "Service library; else the one beside the program is loaded");
-    app.add_option("--log-level", line.logLevel, "0 (nothing) to 6 (every request)")->check(CLI::Range(0, 6));
-    app.add_option("--log-file", line.logFile, "File of the log; else standard error");
+    app.add_option("-l,--library", line.library, "Service library; default: the one beside the program");
+    app.add_option("--log-level", line.logLevel, "0 (nothing) to 6 (every request and SIP message)")
+        ->check(CLI::Range(0, 6));
+    app.add_option("--log-file", line.logFile, "File of the log; default: standard error");
     app.add_flag("--no-exchange", line.withoutExchange, "Start without the built-in exchange");
 }
 
 void addCommands(CLI::App& app, CommandLine& line)
 {
-    add(app, line, Action::kConsole, "console", "Telephone with a console (help tells what it takes)");
-    add(app, line, Action::kTour, "tour", "Telephone that shows what it can, then the console on a terminal");
+    add(app, line, Action::kConsole, "console", "Telephone with a console (help lists its commands)");
+    add(app, line, Action::kTour, "tour", "Demonstration of the telephone, then the console on a terminal");
     CLI::App* const play = add(app, line, Action::kPlay, "play", "Telephone that plays a script and ends");
     play->add_option("FILE", line.script, "Script; - is standard input")->required();
-    add(app, line, Action::kServe, "serve", "Telephone for applications alone, until it is ended by a signal");
-    CLI::App* const exchange = add(app, line, Action::kExchange, "exchange", "The exchange alone");
+    add(app, line, Action::kServe, "serve", "Telephone for applications only, until a signal ends it");
+    CLI::App* const exchange = add(app, line, Action::kExchange, "exchange", "The exchange without a telephone");
     exchange->add_option("--port", line.port, "Its port; 0: any free one")->check(CLI::Range(0, 65535));
     CLI::App* const request = add(app, line, Action::kRequest, "request", "Sends a request to a running telephone");
     request->add_option("WORDS", line.words, "METHOD Tag=value ...")->required();
@@ -48,8 +49,9 @@ void addCommands(CLI::App& app, CommandLine& line)
     // A value may begin with a minus sign.
     store->allow_extras(false);
     CLI::App* const describe = add(app, line, Action::kDescribe, "describe", "Explains the protocol, or a name of it");
-    describe->add_option("NAME", line.words, "Request, event, enumeration, element, value or word; else an overview");
-    describe->add_flag("--json", line.json, "Everything, as JSON");
+    CLI::Option* const name =
+        describe->add_option("NAME", line.words, "Request, event, enumeration, element or value; without: an overview");
+    describe->add_flag("--json", line.json, "Everything, as JSON")->excludes(name);
     app.require_subcommand(0, 1);
 }
 

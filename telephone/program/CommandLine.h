@@ -1,4 +1,4 @@
-// What the telephone's command line asks for. Read once by main.
+// The telephone's command line.
 #pragma once
 
 #include <optional>
@@ -27,17 +27,17 @@ struct CommandLine
     Action action = Action::kConsole;
     std::string configuration;  // file; empty: the standard telephone
     std::string socket;         // empty: the configured one, else the standard one
-    std::string library;        // empty: looked for, see ServiceLibrary::find
+    std::string library;        // empty: see ServiceLibrary::find
     std::string logFile;
     std::optional<int> logLevel;
     bool withoutExchange = false;
-    int port = 0;                    // of the exchange alone
+    int port = 0;                    // of the exchange without a telephone; 0: the configured one
     std::string script;              // to play; "-": standard input
-    std::vector<std::string> words;  // of a request, of the store or of a name to describe
+    std::vector<std::string> words;  // of a request or a store command, or the name to describe
     bool json = false;               // describe as JSON
 
-    // The command line, or the exit status where the program is to end at once: after --help, or a mistake, which is
-    // then written to standard error.
+    // Nothing: the program ends at once with the exit status, after --help or after a mistake, which is on standard
+    // error.
     static std::optional<CommandLine> read(int count, char const* const* arguments, int& exitStatus);
 };
 

@@ -6,24 +6,28 @@
 
 namespace telephone {
 
-int runDescribe(CommandLine const& line)
+namespace {
+
+Outcome<std::string> textOf(CommandLine const& line)
 {
     ProtocolDescription const description(kTelephoneVersion);
     if (line.json) {
-        std::cout << description.json();
-        return 0;
+        return description.json();
     }
     if (line.words.empty()) {
-        std::cout << description.overview();
+        return description.overview();
+    }
+    return description.describe(joinWords(line.words));
+}
+
+}  // namespace
+
+Outcome<int> runDescribe(CommandLine const& line)
+{
+    return textOf(line).map([](std::string const& text) {
+        std::cout << text;
         return 0;
-    }
-    auto const text = description.describe(joinWords(line.words));
-    if (!text) {
-        std::cerr << "telephone: " << text.error().reason << std::endl;
-        return 1;
-    }
-    std::cout << *text;
-    return 0;
+    });
 }
 
 }  // namespace telephone

@@ -1,7 +1,8 @@
-// What the program does for each of its commands. Each returns the exit status: 0 well, 1 something did not hold, and
-// why is on standard error or in the transcript.
+// The commands of the program. Each returns its exit status, or a refusal, which main prints: 0 success; 1 failure,
+// with the reason on standard error or in the transcript.
 #pragma once
 
+#include "telephone/base/Refusal.h"
 #include "telephone/program/CommandLine.h"
 
 namespace telephone {
@@ -9,14 +10,14 @@ namespace telephone {
 class StopSignal;
 
 // Console, tour, play and serve: a telephone in this process.
-int runTelephone(CommandLine const& line, StopSignal const& stop);
-// The exchange alone, until it is ended by a signal.
-int runExchange(CommandLine const& line, StopSignal const& stop);
-// Those that speak to a running telephone.
-int runRequest(CommandLine const& line, StopSignal const& stop);
-int runWatch(CommandLine const& line, StopSignal const& stop);
-int runStore(CommandLine const& line);
-// The protocol's description; needs no telephone.
-int runDescribe(CommandLine const& line);
+[[nodiscard]] Outcome<int> runTelephone(CommandLine const& line, StopSignal const& stop);
+// The exchange without a telephone, until a signal ends it.
+[[nodiscard]] Outcome<int> runExchange(CommandLine const& line, StopSignal const& stop);
+// The clients of a running telephone, and the configuration store.
+[[nodiscard]] Outcome<int> runRequest(CommandLine const& line, StopSignal const& stop);
+[[nodiscard]] Outcome<int> runWatch(CommandLine const& line, StopSignal const& stop);
+[[nodiscard]] Outcome<int> runStore(CommandLine const& line);
+// The description of the protocol; needs no telephone.
+[[nodiscard]] Outcome<int> runDescribe(CommandLine const& line);
 
 }  // namespace telephone

@@ -7,7 +7,7 @@ namespace telephone {
 
 namespace {
 
-// Between the lines of a console or script only what went wrong is of interest.
+// Among the lines of a console or script, only warnings and failures are of interest.
 constexpr int kQuietLevel = kLogWarning;
 
 Configuration changed(Configuration configuration, CommandLine const& line)
@@ -32,13 +32,14 @@ Configuration changed(Configuration configuration, CommandLine const& line)
 
 }  // namespace
 
-Configuration startConfiguration(CommandLine const& line)
+Outcome<Configuration> startConfiguration(CommandLine const& line)
 {
-    Configuration const given =
-        line.configuration.empty() ? Configuration::standard() : ConfigurationFile(line.configuration).read();
-    Configuration configuration = changed(given, line);
-    openLog(configuration.log.level, configuration.log.file);
-    return configuration;
+    auto const given = line.configuration.empty() ? Outcome<Configuration>(Configuration::standard())
+                                                  : ConfigurationFile(line.configuration).read();
+    return given.and_then([&line](Configuration const& read) {
+        Configuration const configuration = changed(read, line);
+        return openLog(configuration.log.level, configuration.log.file).map([&] { return configuration; });
+    });
 }
 
 }  // namespace telephone

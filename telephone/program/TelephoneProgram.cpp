@@ -1,10 +1,9 @@
-// Console, tour, play and serve.
+// The commands console, tour, play and serve.
 #include <cstdio>
 #include <fstream>
 #include <iostream>
 #include <sstream>
 
-#include <poll.h>
 #include <unistd.h>
 
 #include "Tour.h"
@@ -25,44 +24,38 @@ namespace telephone {
 
 namespace {
 
-// A telephone that plays a script needs no socket, so another telephone at the usual path does not stop it.
+// A script needs no socket, so another telephone at the default path does not prevent it.
 bool needsSocket(CommandLine const& line, Configuration const& configuration)
 {
     bool const plays = line.action == Action::kPlay || line.action == Action::kTour;
     return !plays || !configuration.applications.path.empty();
 }
 
-std::unique_ptr<ApplicationServer> openSocket(CommandLine const& line, Configuration const& configuration,
-                                              Telephone& telephone)
+using Server = std::unique_ptr<ApplicationServer>;
+
+// Null: another telephone has the socket, and this one does not need it.
+Outcome<Server> openSocket(CommandLine const& line, Configuration const& configuration, Telephone& telephone)
 {
     ApplicationSocketConfiguration const& wanted = configuration.applications;
-    ApplicationServer::Settings const settings{wanted.path.empty() ? standardSocketPath() : wanted.path,
-                                               static_cast<std::size_t>(wanted.maximumApplications),
-                                               static_cast<std::size_t>(wanted.queuedMessages)};
-    try {
-        return std::make_unique<ApplicationServer>(settings, telephone.context(), telephone.requests());
-    } catch (SocketInUse const& inUse) {
-        if (needsSocket(line, configuration)) {
-            throw;
-        }
-        log(kLogInfo, "telephone", "no application socket: {}", inUse.what());
-        return nullptr;
+    auto const path = wanted.path.empty() ? standardSocketPath() : wanted.path;
+    auto server = path.and_then([&](std::string const& socket) {
+        ApplicationServer::Settings const settings{socket, static_cast<std::size_t>(wanted.maximumApplications),
+                                                   static_cast<std::size_t>(wanted.queuedMessages)};
+        return ApplicationServer::open(settings, telephone.context(), telephone.requests());
+    });
+    bool const isTaken = !server && server.error().kind == RefusalKind::kAlreadyExists;
+    if (isTaken && !needsSocket(line, configuration)) {
+        log(kLogInfo, "telephone", "no application socket: {}", server.error().reason);
+        return Server();
     }
-}
-
-void waitFor(StopSignal const& stop)
-{
-    constexpr int kForever = -1;
-    pollfd waited{stop.descriptor(), POLLIN, 0};
-    while (poll(&waited, 1, kForever) < 0) {
-    }
+    return server;
 }
 
 bool play(Conversation& conversation, CommandLine const& line)
 {
     ScriptPlayer player(conversation);
     if (line.action == Action::kTour) {
-        std::istringstream tour(kTour);
+        std::istringstream tour(kTourScript);
         return player.play(tour, "tour");
     }
     if (line.script == "-") {
@@ -81,43 +74,64 @@ bool talk(Conversation& conversation, CommandLine const& line)
     bool const onTerminal = isatty(STDIN_FILENO) == 1;
     if (line.action == Action::kConsole) {
         if (onTerminal) {
-            conversation.transcript().note("help tells what can be written here; Tab completes; quit ends");
+            conversation.transcript().note("help lists the commands; Tab completes; quit ends");
         }
         Console(conversation).run();
         return true;
     }
-    bool const held = play(conversation, line);
+    bool const succeeded = play(conversation, line);
     if (line.action == Action::kTour && onTerminal && !conversation.isStopped()) {
-        conversation.transcript().note("help tells what can be written here; Tab completes; quit ends");
+        conversation.transcript().note("help lists the commands; Tab completes; quit ends");
         Console(conversation).run();
     }
-    return held;
+    return succeeded;
+}
+
+void printLine(std::string const& text)
+{
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    std::fputc('\n', stdout);
+    std::fflush(stdout);
+}
+
+// The socket appears once the telephone can make calls.
+Outcome<int> serve(CommandLine const& line, Configuration const& configuration, Telephone& telephone,
+                   StopSignal const& stop)
+{
+    return telephone.activate()
+        .and_then([&] { return openSocket(line, configuration, telephone); })
+        .map([&stop](Server const& server) {
+            std::cout << "applications can connect at " << server->path() << std::endl;
+            stop.wait();
+            return 0;
+        });
+}
+
+Outcome<int> converse(CommandLine const& line, Configuration const& configuration, Telephone& telephone,
+                      StopSignal const& stop)
+{
+    Transcript transcript(printLine);
+    Conversation conversation("console", telephone.context(), telephone.requests(), telephone.controls(), transcript,
+                              stop.descriptor());
+    auto const server = openSocket(line, configuration, telephone);
+    if (!server) {
+        return tl::unexpected(server.error());
+    }
+    return telephone.activate().map([&] { return talk(conversation, line) ? 0 : 1; });
 }
 
 }  // namespace
 
-int runTelephone(CommandLine const& line, StopSignal const& stop)
+Outcome<int> runTelephone(CommandLine const& line, StopSignal const& stop)
 {
-    Configuration const configuration = startConfiguration(line);
-    Telephone telephone(configuration, ServiceLibrary::find(line.library));
-    if (line.action == Action::kServe) {
-        // Whoever finds the socket finds a telephone that can call.
-        telephone.activate();
-        auto const server = openSocket(line, configuration, telephone);
-        std::cout << "applications can connect at " << server->path() << std::endl;
-        waitFor(stop);
-        return 0;
-    }
-    Transcript transcript([](std::string const& text) {
-        std::fwrite(text.data(), 1, text.size(), stdout);
-        std::fputc('\n', stdout);
-        std::fflush(stdout);
+    return startConfiguration(line).and_then([&](Configuration const& configuration) {
+        return ServiceLibrary::find(line.library).and_then([&](std::string const& library) {
+            Telephone telephone(configuration, library);
+            bool const serves = line.action == Action::kServe;
+            return serves ? serve(line, configuration, telephone, stop)
+                          : converse(line, configuration, telephone, stop);
+        });
     });
-    Conversation conversation("console", telephone.context(), telephone.requests(), telephone.controls(), transcript,
-                              stop.descriptor());
-    auto const server = openSocket(line, configuration, telephone);
-    telephone.activate();
-    return talk(conversation, line) ? 0 : 1;
 }
 
 }  // namespace telephone

@@ -7,7 +7,7 @@
 
 namespace {
 
-int run(telephone::CommandLine const& line, telephone::StopSignal const& stop)
+telephone::Outcome<int> run(telephone::CommandLine const& line, telephone::StopSignal const& stop)
 {
     using telephone::Action;
     switch (line.action) {
@@ -41,9 +41,12 @@ int main(int count, char** arguments)
             return exitStatus;
         }
         telephone::StopSignal const stop;
-        int const status = run(*line, stop);
+        auto const status = run(*line, stop);
         telephone::flushLog();
-        return status;
+        if (!status) {
+            std::cerr << "telephone: " << status.error().reason << std::endl;
+        }
+        return status.value_or(1);
     } catch (std::exception const& error) {
         std::cerr << "telephone: " << error.what() << std::endl;
         return 1;

@@ -1,5 +1,5 @@
-// How the tables of requests and events read in a sentence: the same words in the console, in `telephone describe` and
-// on the generated pages. Pure functions.
+// The wording for the tables of requests and events: the same in `telephone describe` and on the generated pages. Pure
+// functions.
 #pragma once
 
 #include <string>
@@ -16,7 +16,7 @@ std::string_view kindName(RequestParameterKind kind);
 std::string_view needName(RequestNeed need);
 std::string_view sourceName(EventSource source);
 
-// What values are possible: "1 or 0", "number, call id", "SIP address", "number of CallState". The name of the
+// The possible values: "1 or 0", "number, call id", "SIP address", "number of CallState". The name of the
 // enumeration is given, so that a page can make it a link; it is empty where there is none.
 std::string valueForm(EventElement const& element, std::string const& enumeration);
 std::string valueForm(RequestParameter const& parameter, std::string const& enumeration);
@@ -24,11 +24,11 @@ std::string valueForm(RequestParameter const& parameter, std::string const& enum
 // "0 to 9", "1 or more"; empty for a range that is not given.
 std::string rangeText(RequestRange const& range);
 
-// What the service reads when the element is missing: "-1", "true", "empty".
+// The value that the service reads when the element is missing: "-1", "true", "empty".
 std::string_view missingValue(RequestParameterKind kind);
-// What it reads, and what that leads to: "-1: refused".
+// That value, and its effect: "-1: refused".
 std::string missingText(RequestParameter const& parameter);
-// What a value leads to that does not exist, is out of range or is not a number; may be empty.
+// The effect of a value that does not exist, is out of range or is not a number; may be empty.
 std::string wrongText(RequestParameter const& parameter);
 
 // "a result word", "a result word and a value, `...,true|false`".

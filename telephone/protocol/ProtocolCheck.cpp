@@ -1,7 +1,6 @@
 #include "telephone/protocol/ProtocolCheck.h"
 
 #include <algorithm>
-#include <charconv>
 #include <optional>
 #include <string>
 #include <vector>
@@ -27,14 +26,6 @@ std::string quoted(std::string_view text)
 std::string tagOf(std::string_view name, char const* slash = "")
 {
     return "<" + std::string(slash) + std::string(name) + ">";
-}
-
-std::optional<long long> numberIn(std::string_view text)
-{
-    long long number = 0;
-    auto const result = std::from_chars(text.data(), text.data() + text.size(), number);
-    bool const isWhole = result.ec == std::errc() && result.ptr == text.data() + text.size();
-    return isWhole && !text.empty() ? std::optional(number) : std::nullopt;
 }
 
 struct Element
@@ -73,7 +64,7 @@ RequestParameter const* findParameter(RequestDescription const& request, std::st
 Outcome<> checkNumber(RequestParameter const& parameter, std::string_view value)
 {
     std::string const what = std::string(parameter.tag) + " " + quoted(value);
-    auto const number = numberIn(value);
+    auto const number = wholeNumber(value);
     if (!number) {
         return bad(what + " is not a number");
     }
@@ -105,8 +96,8 @@ Outcome<> checkValue(RequestParameter const& parameter, std::string_view value)
     case RequestParameterKind::integer:
         return checkNumber(parameter, value);
     case RequestParameterKind::flag:
-        return numberIn(value) ? Outcome<>()
-                               : bad(std::string(parameter.tag) + " " + quoted(value) + " is neither 1 nor 0");
+        return wholeNumber(value) ? Outcome<>()
+                                  : bad(std::string(parameter.tag) + " " + quoted(value) + " is neither 1 nor 0");
     case RequestParameterKind::text:
     case RequestParameterKind::serviceState:
         return checkWord(parameter, value);
@@ -172,7 +163,7 @@ Outcome<RequestDescription const*> findMethod(std::string_view& text)
 Outcome<> checkElement(EventElement const& element, std::string_view value)
 {
     bool const isNumber = element.kind == EventElementKind::integer || element.kind == EventElementKind::count;
-    if (isNumber && !numberIn(value)) {
+    if (isNumber && !wholeNumber(value)) {
         return bad(std::string(element.tag) + " " + quoted(value) + " is not a number");
     }
     if (element.kind == EventElementKind::flag && value != "0" && value != "1") {

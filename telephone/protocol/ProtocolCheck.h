@@ -1,5 +1,5 @@
-// Compares messages with the description. The service takes what a careful sender would never write, and says nothing;
-// these functions say what is wrong, in one sentence with the nearest name. Pure functions.
+// Compares messages with the description of the protocol. The service silently gives wrong input a meaning; these
+// functions say what is wrong with it, in one sentence with the nearest name. Pure functions.
 #pragma once
 
 #include <string_view>

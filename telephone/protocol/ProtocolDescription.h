@@ -1,6 +1,5 @@
-// The description of everything an application or a person can say to the telephone and hear from it: requests, events,
-// enumerations and the telephone's own commands. Made from the tables in include/, which are the only source. Constant
-// once made: any thread may read it.
+// The description of the protocol: requests, events, enumerations and the telephone's own commands. Made from the
+// tables in include/, its only source. Constant once made: any thread may read it.
 //
 //     ProtocolDescription const description("1.0.0", commands);
 //     std::cout << description.overview();
@@ -32,10 +31,10 @@ public:
     // Everything that can be described, one line each.
     [[nodiscard]] std::string overview() const;
 
-    // Everything of a name: a request, an event (also without "Event", or its operation), a command, an enumeration, a
-    // parameter or element ("CallState"), a value of one ("CallState 6", "Reason busy") or a word ("remote ringing").
-    // Capitals do not matter. A name that means several things describes all of them. Refused, with the nearest name,
-    // where there is none.
+    // Everything known under a name: a request, an event (also without "Event", or its operation), a command, an
+    // enumeration, a parameter or element ("CallState"), a value of one ("CallState 6", "Reason busy") or a word
+    // ("remote ringing"). Capitals do not matter. If a name has several meanings, all are described. An unknown name is
+    // refused, with the nearest one.
     [[nodiscard]] Outcome<std::string> describe(std::string_view name) const;
 
     // All of it as one JSON document; docs/protocol.schema.json is its schema.

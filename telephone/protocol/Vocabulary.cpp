@@ -2,24 +2,12 @@
 
 #include <algorithm>
 #include <charconv>
-#include <optional>
 
 #include "telephone/base/Names.h"
 
 namespace telephone {
 
 namespace {
-
-// A complete decimal, and nothing else.
-std::optional<int> numberIn(std::string_view text)
-{
-    int number = 0;
-    auto const result = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (text.empty() || result.ec != std::errc() || result.ptr != text.data() + text.size()) {
-        return std::nullopt;
-    }
-    return number;
-}
 
 std::string withoutSeparators(std::string_view text)
 {
@@ -33,8 +21,9 @@ EnumerationValue const* valueIn(Enumeration const& enumeration, std::string_view
     if (enumeration.isOfWords()) {
         return enumeration.findWord(text);
     }
-    auto const number = numberIn(text);
-    return number ? enumeration.find(*number) : nullptr;
+    auto const* const found = std::find_if(enumeration.begin(), enumeration.end(),
+                                           [text](auto const& value) { return value.number == wholeNumber(text); });
+    return found != enumeration.end() ? found : nullptr;
 }
 
 }  // namespace
@@ -76,6 +65,14 @@ Outcome<EnumerationValue const*> findValue(Enumeration const& enumeration, std::
 std::string textOfValue(Enumeration const& enumeration, EnumerationValue const& value)
 {
     return enumeration.isOfWords() ? std::string(value.word) : std::to_string(value.number);
+}
+
+std::optional<long long> wholeNumber(std::string_view text)
+{
+    long long number = 0;
+    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    bool const isWhole = error == std::errc() && end == text.data() + text.size();
+    return isWhole ? std::optional(number) : std::nullopt;
 }
 
 std::vector<std::string_view> namesOfValues(Enumeration const& enumeration)

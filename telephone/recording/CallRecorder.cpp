@@ -3,11 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <cerrno>
 #include <chrono>
-#include <cstring>
 #include <ctime>
-#include <exception>
 #include <utility>
 
 #include <sys/stat.h>
@@ -18,6 +15,7 @@
 #include "platform/management/LocalMgmtIfc.h"
 #include "platform/recording/RecordingConfigManager.h"
 #include "telephone/framework/Log.h"
+#include "telephone/framework/Refusals.h"
 #include "telephone/management/SettingRows.h"
 
 namespace telephone {
@@ -29,8 +27,8 @@ constexpr std::chrono::milliseconds kWriteInterval{200};
 
 std::atomic<MediaRecordingService*> current{nullptr};
 
-// Whether there is anything to hear on the call.
-bool speaks(CallSnapshot const& call)
+// Whether the call has audio, or had it before a hold.
+bool hasAudio(CallSnapshot const& call)
 {
     switch (call.state) {
     case sfiCallStateConnected:
@@ -55,7 +53,7 @@ bool speaks(CallSnapshot const& call)
     return false;
 }
 
-// The line as a part of a file name.
+// The line as part of a file name.
 std::string fileNamePart(std::string const& line)
 {
     std::string part(line);
@@ -67,7 +65,7 @@ std::string fileNamePart(std::string const& line)
     return part;
 }
 
-// Stands in for the recorder in a telephone that has none.
+// The recording service of a telephone without a recorder.
 class NoRecorder : public MediaRecordingService
 {
 public:
@@ -78,14 +76,14 @@ public:
         configuration_.reset(configuration);
     }
     void init(Context&, Executable*, MgmtAgentIfc*) override {}
-    bool activateRecording(std::string const&) override { return refuse(); }
-    bool deactivateRecording(std::string const&) override { return refuse(); }
+    bool activateRecording(std::string const&) override { return report(); }
+    bool deactivateRecording(std::string const&) override { return report(); }
     void dataChangedEvent(ManageableData&) override {}
 
 private:
-    static bool refuse()
+    static bool report()
     {
-        log(kLogFailure, kComponent, "refused: this telephone has no recorder");
+        reportRefusal(kComponent, {RefusalKind::kNotSupported, "this telephone has no recorder"});
         return false;
     }
 
@@ -139,81 +137,81 @@ void CallRecorder::init(Context& context, Executable* /*service*/, MgmtAgentIfc*
     }
 }
 
-bool CallRecorder::mayRecord(std::string const& lineURI)
+Outcome<> CallRecorder::mayRecord() const
 {
     {
         std::lock_guard const guard(mutex_);
         if (configuration_ != nullptr && !configuration_->isRecordingEnabled()) {
-            log(kLogFailure, kComponent, "line {} not recorded: the setting recording-enabled is false", lineURI);
-            return false;
+            return refuse(RefusalKind::kNotPermitted, "the setting recording-enabled is false");
         }
     }
     auto const& folder = settings_.folder;
     if (folder.empty()) {
-        log(kLogFailure, kComponent, "line {} not recorded: no folder is named in recording.folder", lineURI);
-        return false;
+        return refuse(RefusalKind::kNotSupported, "the configuration names no folder in recording.folder");
     }
     struct stat status = {};
     if (::stat(folder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode) || ::access(folder.c_str(), W_OK) != 0) {
-        log(kLogFailure, kComponent, "line {} not recorded: the folder \"{}\" does not exist or can't be written",
-            lineURI, folder);
-        return false;
+        return refuse(RefusalKind::kUnavailable,
+                      fmt::format("the recording folder \"{}\" does not exist or is not writable", folder));
     }
-    return true;
+    return {};
 }
 
 bool CallRecorder::activateRecording(std::string const& lineURI)
 {
     std::vector<CallSnapshot> calls = calls_.calls();
-    std::erase_if(calls, [&lineURI](auto const& call) { return call.line.lineURI != lineURI || !speaks(call); });
+    std::erase_if(calls, [&lineURI](auto const& call) { return call.line.lineURI != lineURI || !hasAudio(call); });
     if (calls.empty()) {
-        log(kLogFailure, kComponent, "line {} not recorded: it has no call that speaks", lineURI);
+        reportRefusal(kComponent,
+                      {RefusalKind::kWrongState, fmt::format("line \"{}\" has no call with audio to record", lineURI)});
         return false;
     }
-    bool const allowed = mayRecord(lineURI);
+    bool const allowed = !reportIfRefused(kComponent, mayRecord());
     bool recorded = false;
     for (auto const& call : calls) {
-        recorded = (allowed ? start(call) : refuse(call)) || recorded;
+        if (allowed) {
+            recorded = !reportIfRefused(kComponent, start(call)) || recorded;
+        } else {
+            sendNotRecorded(call);
+        }
     }
     return recorded;
 }
 
-bool CallRecorder::refuse(CallSnapshot const& call)
+void CallRecorder::sendNotRecorded(CallSnapshot const& call)
 {
     std::lock_guard const guard(mutex_);
-    reportStatus(call, false);
-    return false;
+    sendStatus(call, false);
 }
 
-bool CallRecorder::start(CallSnapshot const& call)
+Outcome<> CallRecorder::start(CallSnapshot const& call)
 {
-    std::shared_ptr<CallRecording> recording;
-    try {
-        recording = std::make_shared<CallRecording>(call, pathFor(call));
-    } catch (std::exception const& error) {
-        log(kLogFailure, kComponent, "call {} not recorded: {}", call.callID, error.what());
-        return refuse(call);
+    auto const created = CallRecording::create(call, pathFor(call));
+    if (!created) {
+        sendNotRecorded(call);
+        return tl::unexpected(created.error());
     }
+    auto const& recording = *created;
     // In the list first: the call may end as soon as it has its tap.
     if (!list(recording)) {
         recording->discard();
-        return true;
+        return {};
     }
-    if (!calls_.addTap(call.callID, *recording)) {
-        log(kLogFailure, kComponent, "call {} not recorded: it has ended", call.callID);
+    bool const tapped = calls_.addTap(call.callID, *recording);
+    if (!tapped) {
         end([&recording](auto const& one) { return &one == recording.get(); });
-        return false;
-    }
-    if (recording->isFinished()) {  // ended meanwhile, and its id may be another call's already
+    } else if (recording->isFinished()) {  // the call has ended since, and another call may have its id already
         calls_.removeTap(call.callID, *recording);
-        return false;
     }
-    log(kLogInfo, kComponent, "call {} on line {} is recorded in \"{}\"", call.callID, call.line.lineURI,
+    if (recording->isFinished()) {
+        return refuse(RefusalKind::kNotFound,
+                      fmt::format("call {} has ended before it could be recorded", call.callID));
+    }
+    log(kLogInfo, kComponent, "call {} on line {} is being recorded in \"{}\"", call.callID, call.line.lineURI,
         recording->path());
-    return true;
+    return {};
 }
 
-// False when the call is being recorded already.
 bool CallRecorder::list(std::shared_ptr<CallRecording> const& recording)
 {
     std::lock_guard const guard(mutex_);
@@ -224,7 +222,7 @@ bool CallRecorder::list(std::shared_ptr<CallRecording> const& recording)
         return false;
     }
     recordings_.push_back(recording);
-    reportStatus(recording->call(), true);
+    sendStatus(recording->call(), true);
     changed_.notify_all();
     return true;
 }
@@ -233,12 +231,13 @@ bool CallRecorder::deactivateRecording(std::string const& lineURI)
 {
     bool const ended = end([&lineURI](auto const& recording) { return recording.call().line.lineURI == lineURI; });
     if (!ended) {
-        log(kLogFailure, kComponent, "recording not ended: no call of line {} is recorded", lineURI);
+        reportRefusal(kComponent,
+                      {RefusalKind::kWrongState, fmt::format("no call of line \"{}\" is being recorded", lineURI)});
     }
     return ended;
 }
 
-// Files are completed by the thread, which then posts the event.
+// The thread completes the files, then posts the event.
 bool CallRecorder::end(Choice const& choice)
 {
     Recordings chosen;
@@ -290,8 +289,7 @@ std::vector<CallSnapshot> CallRecorder::listed() const
     return calls;
 }
 
-// With the lock held, so that events tell of the recordings in the order in which the list changed.
-void CallRecorder::reportStatus(CallSnapshot const& call, bool recorded)
+void CallRecorder::sendStatus(CallSnapshot const& call, bool recorded)
 {
     post_([line = call.line.lineURI, id = call.callID, recorded](CommunicationsServiceEventIfc& events) {
         events.callRecordingStatus(line, id, recorded ? "true" : "false");
@@ -358,14 +356,12 @@ void CallRecorder::complete(std::shared_ptr<CallRecording> const& recording)
 {
     recording->close();
     auto const& call = recording->call();
-    if (recording->failure().empty()) {
+    if (!reportIfRefused(kComponent, recording->outcome())) {
         log(kLogInfo, kComponent, "the recording of call {} is complete: \"{}\"", call.callID, recording->path());
-    } else {
-        log(kLogFailure, kComponent, "the recording of call {} has ended: {}", call.callID, recording->failure());
     }
     std::lock_guard const guard(mutex_);
     std::erase(recordings_, recording);
-    reportStatus(call, false);
+    sendStatus(call, false);
 }
 
 }  // namespace telephone

@@ -1,11 +1,11 @@
-// Records calls: switched on and off for a line, it records each call that speaks on the line at that moment into a
-// file of its own, until it is switched off or the call ends. The composition root owns the one object, makes it after
-// the call engine, adds it to it as observer, and ends it before the engine.
+// Records calls: when recording is switched on for a line, each call with audio on the line at that moment is recorded
+// into a file of its own, until recording is switched off or the call ends. The composition root owns the one object,
+// makes it after the call engine, adds it to the engine as an observer, and destroys it before the engine.
 //
-// Any thread may call, with or without the phone lock. The phone lock is taken before the recorder's own, so the
-// recorder calls nobody while it holds that. Events: callRecordingStatus "true" when the recording of a call starts,
-// "false" when its file is complete or nothing could be recorded; each with securityStatusChanged, which lists all
-// recorded calls.
+// Any thread may call, with or without the phone lock. The phone lock is taken before the recorder's own lock, so the
+// recorder holds that only while it calls nobody else. Events: callRecordingStatus "true" when the recording of a call
+// starts, "false" when its file is complete or nothing could be recorded; each is followed by securityStatusChanged,
+// which lists all recorded calls.
 #pragma once
 
 #include <condition_variable>
@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "platform/recording/MediaRecordingService.h"
+#include "telephone/base/Refusal.h"
 #include "telephone/calls/CallObserver.h"
 #include "telephone/configuration/Configuration.h"
 #include "telephone/recording/CallRecording.h"
@@ -25,12 +26,12 @@ class CommunicationsServiceEventIfc;
 
 namespace telephone {
 
-// What the recorder needs of the call engine.
+// The recorder's view of the call engine.
 struct RecordableCalls
 {
     std::function<std::vector<CallSnapshot>()> calls;
     std::function<bool(int callID, AudioTap& tap)> addTap;
-    std::function<void(int callID, AudioTap& tap)> removeTap;  // also for a call that is over
+    std::function<void(int callID, AudioTap& tap)> removeTap;  // also for a call that has ended
 };
 
 template <typename Engine>
@@ -63,20 +64,24 @@ public:
     // CallObserver
     void callChanged(CallSnapshot const& now, CallSnapshot const* before) override;
 
-    // The calls that are being recorded, in the order of their start.
+    // The calls being recorded, in the order in which recording started.
     std::vector<CallSnapshot> recordedCalls() const;
 
 private:
     using Recordings = std::vector<std::shared_ptr<CallRecording>>;
     using Choice = std::function<bool(CallRecording const&)>;
 
-    bool mayRecord(std::string const& lineURI);
-    bool start(CallSnapshot const& call);
-    bool refuse(CallSnapshot const& call);
+    Outcome<> mayRecord() const;
+    Outcome<> start(CallSnapshot const& call);
+    void sendNotRecorded(CallSnapshot const& call);
+    // False when the call is already being recorded.
     bool list(std::shared_ptr<CallRecording> const& recording);
     std::vector<CallSnapshot> listed() const;
+    // Ends the chosen recordings; false when there is none.
     bool end(Choice const& choice);
-    void reportStatus(CallSnapshot const& call, bool recorded);
+    // Tells that the recording of a call has started or ended. With the recorder's lock held, so that events follow the
+    // order of changes.
+    void sendStatus(CallSnapshot const& call, bool recorded);
     std::string pathFor(CallSnapshot const& call) const;
     void run();
     void writeAll(Recordings const& recordings);

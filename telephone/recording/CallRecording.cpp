@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <stdexcept>
 #include <utility>
 
 #include <fcntl.h>
@@ -16,16 +15,6 @@ namespace {
 
 constexpr int kChannels = 2;
 
-// A file that exists is never written over.
-int openNew(std::string const& path)
-{
-    int const descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    if (descriptor < 0) {
-        throw std::runtime_error(fmt::format("\"{}\" can't be made: {}", path, std::strerror(errno)));
-    }
-    return descriptor;
-}
-
 }  // namespace
 
 void CallRecording::FileCloser::operator()(sf_private_tag* file) const
@@ -33,21 +22,32 @@ void CallRecording::FileCloser::operator()(sf_private_tag* file) const
     sf_close(file);
 }
 
-CallRecording::CallRecording(CallSnapshot call, std::string path)
+CallRecording::CallRecording(CallSnapshot call, std::string path, File file)
     : call_(std::move(call))
     , path_(std::move(path))
+    , file_(std::move(file))
+{}
+
+Outcome<std::shared_ptr<CallRecording>> CallRecording::create(CallSnapshot call, std::string path)
 {
+    int const descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (descriptor < 0) {
+        return refuse(RefusalKind::kUnavailable,
+                      fmt::format("\"{}\" cannot be created: {}", path, std::strerror(errno)));
+    }
     SF_INFO format{};
     format.samplerate = static_cast<int>(sip::kSampleRate);
     format.channels = kChannels;
     format.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
-    file_.reset(sf_open_fd(openNew(path_), SFM_WRITE, &format, SF_TRUE));
-    if (file_ == nullptr) {
-        ::unlink(path_.c_str());
-        throw std::runtime_error(fmt::format("\"{}\" can't be written: {}", path_, sf_strerror(nullptr)));
+    File file(sf_open_fd(descriptor, SFM_WRITE, &format, SF_TRUE));
+    if (file == nullptr) {
+        ::unlink(path.c_str());
+        return refuse(RefusalKind::kUnavailable,
+                      fmt::format("\"{}\" cannot be written: {}", path, sf_strerror(nullptr)));
     }
-    // An end of the telephone in the middle leaves a file that can be played.
-    sf_command(file_.get(), SFC_SET_UPDATE_HEADER_AUTO, nullptr, SF_TRUE);
+    // If the telephone ends in the middle of a recording, the file can still be played.
+    sf_command(file.get(), SFC_SET_UPDATE_HEADER_AUTO, nullptr, SF_TRUE);
+    return std::shared_ptr<CallRecording>(new CallRecording(std::move(call), std::move(path), std::move(file)));
 }
 
 CallRecording::~CallRecording() = default;
@@ -76,14 +76,16 @@ bool CallRecording::write()
         std::lock_guard const guard(mutex_);
         samples.swap(queued_);
         if (overrun_) {
-            failure_ = "the disk does not keep up";
+            outcome_ = refuse(RefusalKind::kUnavailable,
+                              fmt::format("the recording of call {} has ended: the disk is too slow", call_.callID));
         }
     }
     auto const frames = static_cast<sf_count_t>(samples.size() / kChannels);
-    if (failure_.empty() && frames > 0 && sf_writef_short(file_.get(), samples.data(), frames) != frames) {
-        failure_ = fmt::format("\"{}\" can't be written: {}", path_, std::strerror(errno));
+    if (outcome_ && frames > 0 && sf_writef_short(file_.get(), samples.data(), frames) != frames) {
+        outcome_ = refuse(RefusalKind::kUnavailable, fmt::format("the recording of call {} has ended: \"{}\": {}",
+                                                                 call_.callID, path_, std::strerror(errno)));
     }
-    return failure_.empty() && !last;
+    return outcome_ && !last;
 }
 
 void CallRecording::discard()

@@ -1,7 +1,7 @@
-// The recording of one call: takes the frames of both directions from the call and writes them to a stereo WAV file,
-// left what was heard, right what was sent, 8 kHz, 16 bit.
+// The recording of one call: takes the audio frames of both directions and writes them to a stereo WAV file, received
+// audio on the left, sent audio on the right, 8 kHz, 16 bit.
 //
-// Frames arrive on the loop's thread under the phone lock and are only queued there; the recorder's thread writes.
+// Frames arrive on the loop's thread under the phone lock and are only queued there; the recorder's thread writes them.
 #pragma once
 
 #include <atomic>
@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "telephone/base/Refusal.h"
 #include "telephone/calls/AudioTap.h"
 #include "telephone/calls/CallSnapshot.h"
 
@@ -21,28 +22,29 @@ namespace telephone {
 class CallRecording : public AudioTap
 {
 public:
-    // So much waits to be written at most, of a disk that does not keep up; more ends the recording.
+    // One minute of audio may wait for the disk; more ends the recording.
     static constexpr std::size_t kMostQueuedSamples = std::size_t{60} * 8000 * 2;
 
-    // Makes the file; throws std::runtime_error with the reason when it can't be made.
-    CallRecording(CallSnapshot call, std::string path);
+    // Creates the file, which must not exist yet.
+    [[nodiscard]] static Outcome<std::shared_ptr<CallRecording>> create(CallSnapshot call, std::string path);
     ~CallRecording() override;
     CallRecording(CallRecording const&) = delete;
     CallRecording& operator=(CallRecording const&) = delete;
 
     void onFrame(sip::AudioFrame const& heard, sip::AudioFrame const& sent) override;
-    // No frame comes any more. Any thread.
+    // Frames are ignored from now on. Any thread.
     void finish() { finished_ = true; }
     bool isFinished() const { return finished_; }
 
-    // Writes what is queued. False when there is nothing more to come: finished, or failed for the reason of `failure`.
-    // The recorder's thread.
+    // Writes what is queued. False when the recording has finished, or has failed as outcome() says. The recorder's
+    // thread.
     bool write();
-    // Closes the file, whose header is then right. The recorder's thread.
+    // Closes the file with a correct header. The recorder's thread.
     void close();
-    // Nothing was recorded: closes and removes the file.
+    // Closes and removes the file of a recording that never started.
     void discard();
-    std::string const& failure() const { return failure_; }
+    // The reason for which the recording ended before its call.
+    Outcome<> const& outcome() const { return outcome_; }
 
     CallSnapshot const& call() const { return call_; }
     std::string const& path() const { return path_; }
@@ -53,13 +55,17 @@ private:
         void operator()(sf_private_tag* file) const;
     };
 
+    using File = std::unique_ptr<sf_private_tag, FileCloser>;
+
+    CallRecording(CallSnapshot call, std::string path, File file);
+
     CallSnapshot const call_;
     std::string const path_;
-    std::unique_ptr<sf_private_tag, FileCloser> file_;
+    File file_;
     std::mutex mutex_;
     std::vector<std::int16_t> queued_;  // interleaved
     bool overrun_ = false;
-    std::string failure_;
+    Outcome<> outcome_;  // the recorder's thread
     std::atomic<bool> finished_{false};
 };
 

@@ -12,7 +12,7 @@ public:
                          : dynamic_cast<telephone::LocalManagement*>(context->findExecutable("LocalMgmtIfc")))
     {}
 
-    telephone::LocalManagement* const management;  // null: a telephone without a store, which records
+    telephone::LocalManagement* const management;  // null without a store; recording is then enabled
 };
 
 RecordingConfigManager::RecordingConfigManager(SvcRTEContext* context)

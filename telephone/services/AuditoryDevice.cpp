@@ -4,8 +4,6 @@
 
 namespace telephone {
 
-void AuditoryDevice::init(Context& /*context*/) {}
-
 void AuditoryDevice::shutdown()
 {
     setRinging(false);

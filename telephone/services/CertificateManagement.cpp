@@ -5,7 +5,9 @@
 #include <string_view>
 #include <utility>
 
-#include "telephone/framework/Log.h"
+#include <spdlog/fmt/fmt.h>
+
+#include "telephone/framework/Refusals.h"
 
 namespace telephone {
 
@@ -27,7 +29,7 @@ std::string hostOf(std::string_view address)
     return std::string(address.substr(0, address.find(':')));
 }
 
-// A host that names another folder is no host.
+// A host cannot name another folder.
 bool isPlainName(std::string const& host)
 {
     return !host.empty() && host.front() != '.' &&
@@ -39,10 +41,6 @@ bool isPlainName(std::string const& host)
 CertificateManagement::CertificateManagement(CertificateConfiguration configuration)
     : configuration_(std::move(configuration))
 {}
-
-void CertificateManagement::init(Context& /*context*/) {}
-
-void CertificateManagement::shutdown() {}
 
 std::string CertificateManagement::trustedAuthoritiesFor(std::string const& address)
 {
@@ -57,8 +55,9 @@ std::string CertificateManagement::trustedAuthoritiesFor(std::string const& addr
             }
         }
     }
-    log(kLogFailure, "certificates", "no authority is trusted for \"{}\": certificates.folder holds no file for it",
-        host);
+    reportRefusal("certificates",
+                  {RefusalKind::kNotFound,
+                   fmt::format("no authority is trusted for \"{}\": certificates.folder has no file for it", host)});
     return {};
 }
 

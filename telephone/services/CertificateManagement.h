@@ -1,5 +1,5 @@
-// The authorities that the telephone trusts, as files in a folder of the configuration. Registered with the framework
-// as "CertificateMgmtSvcIfc"; the composition root owns it. Any thread may ask.
+// The certificate authorities that the telephone trusts, as files in the configured folder. Registered with the
+// framework as "CertificateMgmtSvcIfc"; the composition root owns it. Any thread.
 #pragma once
 
 #include <string>
@@ -16,10 +16,10 @@ public:
     explicit CertificateManagement(CertificateConfiguration configuration);
 
     // Executable
-    void init(Context& context) override;
-    void shutdown() override;
+    void init(Context& /*context*/) override {}
+    void shutdown() override {}
 
-    // HOST.pem of the folder for that host's address, else authorities.pem; empty when there is neither.
+    // The file HOST.pem for the host of the address, else authorities.pem; empty when neither exists.
     std::string trustedAuthoritiesFor(std::string const& address) override;
 
 private:

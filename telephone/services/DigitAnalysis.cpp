@@ -6,7 +6,7 @@ namespace telephone {
 
 namespace {
 
-// What was dialled, without scheme, host, parameters and separators.
+// The dialled number without scheme, host, parameters and separators.
 std::string digitsOf(std::string_view number)
 {
     for (std::string_view const scheme : {"sip:", "sips:", "tel:"}) {
@@ -21,7 +21,7 @@ std::string digitsOf(std::string_view number)
     return digits;
 }
 
-// A star at the end of a pattern stands for any digits; a pattern that is only a star for every number.
+// A star at the end of a pattern stands for any digits. The pattern "*" matches every number.
 bool matches(std::string const& digits, std::string_view pattern)
 {
     if (pattern.ends_with('*') && pattern.size() > 1) {
@@ -43,10 +43,6 @@ DigitAnalysis::DigitAnalysis(CallConfiguration const& calls)
     : permitted_(calls.permittedNumbers)
     , emergency_(calls.emergencyNumbers)
 {}
-
-void DigitAnalysis::init(Context& /*context*/) {}
-
-void DigitAnalysis::shutdown() {}
 
 bool DigitAnalysis::isPermittedNumber(std::string const& number)
 {

@@ -1,6 +1,5 @@
-// The dial plan: which numbers may be dialled while the telephone is locked, and which are emergency numbers.
-// Registered with the framework as "DigitAnalysisServiceIfc"; the composition root owns it. Constant, so any thread may
-// ask.
+// The dial plan: the numbers that may be dialled while the telephone is locked, and the emergency numbers. Registered
+// with the framework as "DigitAnalysisServiceIfc"; the composition root owns it. Constant; any thread.
 #pragma once
 
 #include <string>
@@ -19,11 +18,11 @@ public:
     explicit DigitAnalysis(CallConfiguration const& calls);
 
     // Executable
-    void init(Context& context) override;
-    void shutdown() override;
+    void init(Context& /*context*/) override {}
+    void shutdown() override {}
 
-    // DigitAnalysisServiceIfc. A number may be a sip: or tel: address; visual separators (RFC 3966 section 5.1.1) do
-    // not count. Emergency numbers are permitted in every context, the other permitted ones in context 0.
+    // DigitAnalysisServiceIfc. A number may be a sip: or tel: address; visual separators (RFC 3966 section 5.1.1) are
+    // ignored. Emergency numbers are permitted in every context, the other permitted numbers in context 0.
     bool isPermittedNumber(std::string const& number) override;
     bool isPermittedNumberInContext(std::string const& number, int context) override;
     void queryNumberFlag(std::string const& number, std::string& answer) override;

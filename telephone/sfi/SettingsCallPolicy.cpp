@@ -1,71 +1,18 @@
 #include "telephone/sfi/SettingsCallPolicy.h"
 
 #include <algorithm>
-#include <array>
-#include <string_view>
 
-#include "platform/lines/Line.h"
-#include "platform/lines/LineManager.h"
-#include "telephone/configuration/Configuration.h"
+#include "telephone/lines/ServerFeatures.h"
+#include "telephone/management/ForwardingKeys.h"
 #include "telephone/management/Settings.h"
 
 namespace telephone {
 
-namespace {
-
-struct ForwardingKeys
-{
-    sfiForwardingType type;
-    std::string_view activated;
-    std::string_view address;
-};
-
-// clang-format off
-constexpr std::array kForwardingKeys{
-    ForwardingKeys{sfiForwardUnconditional,         "cfu-activated",      "cfu-address"},
-    ForwardingKeys{sfiForwardUnconditionalExternal, "cfu-ext-activated",  "cfu-ext-address"},
-    ForwardingKeys{sfiForwardUnconditionalInternal, "cfu-int-activated",  "cfu-int-address"},
-    ForwardingKeys{sfiForwardBusy,                  "cfb-activated",      "cfb-address"},
-    ForwardingKeys{sfiForwardBusyExternal,          "cfb-ext-activated",  "cfb-ext-address"},
-    ForwardingKeys{sfiForwardBusyInternal,          "cfb-int-activated",  "cfb-int-address"},
-    ForwardingKeys{sfiForwardNoReply,               "cfnr-activated",     "cfnr-address"},
-    ForwardingKeys{sfiForwardNoReplyExternal,       "cfnr-ext-activated", "cfnr-ext-address"},
-    ForwardingKeys{sfiForwardNoReplyInternal,       "cfnr-int-activated", "cfnr-int-address"},
-};
-// clang-format on
-static_assert(kForwardingKeys.size() == 9);
-
-// The primary line, else the first.
-std::string ownLineOf(Configuration const& configuration)
-{
-    auto const& lines = configuration.lines;
-    auto const primary = std::find_if(lines.begin(), lines.end(), [](auto const& line) { return line.primary; });
-    if (primary != lines.end()) {
-        return primary->id;
-    }
-    return lines.empty() ? std::string() : lines.front().id;
-}
-
-Line::serverFeaturesSettings featuresOf(std::string const& lineURI)
-{
-    Line::serverFeaturesSettings features;
-    LineManager* const lines = LineManager::Instance();
-    Line* const line = lines != nullptr ? lines->getLine(lineURI) : nullptr;
-    if (line != nullptr) {
-        line->getServerFeaturesSettings(features);
-    }
-    return features;
-}
-
-}  // namespace
-
-SettingsCallPolicy::SettingsCallPolicy(Settings const& settings, LineDirectory const& lines,
-                                       Configuration const& configuration)
+SettingsCallPolicy::SettingsCallPolicy(Settings& settings, LineTable const& lines)
     : settings_(settings)
     , lines_(lines)
-    , ownLine_(ownLineOf(configuration))
 {
-    // What was switched on before the telephone was started holds on.
+    // The state of the last run is still in force.
     if (settings_.flag(SettingNames::kDoNotDisturb)) {
         doNotDisturb_[0] = true;
     }
@@ -78,11 +25,19 @@ bool SettingsCallPolicy::forwardsHere() const
 
 bool SettingsCallPolicy::isUsersLine(std::string const& lineURI) const
 {
-    const std::string user = settings_.text(SettingNames::kCurrentMultiUser);
+    std::string const user = settings_.text(SettingNames::kCurrentMultiUser);
     if (!user.empty()) {
-        return user == lineURI;
+        return lineURI == user;
     }
-    return lineURI == ownLine_;
+    LineTable::Row const* const primary = lines_.primary();
+    return primary != nullptr && lineURI == primary->address.lineURI;
+}
+
+// An appearance has those of its line.
+Line::serverFeaturesSettings SettingsCallPolicy::featuresOf(LineAddress const& place) const
+{
+    auto const line = lines_.addressOf(place.lineNumber, 0);
+    return ServerFeatures(settings_, line ? line->lineURI : place.lineURI).read();
 }
 
 ForwardingRule SettingsCallPolicy::forwarding(int lineNumber, sfiForwardingType type) const
@@ -92,17 +47,13 @@ ForwardingRule SettingsCallPolicy::forwarding(int lineNumber, sfiForwardingType 
         return {};
     }
     if (isUsersLine(line->lineURI)) {
-        auto const keys = std::find_if(kForwardingKeys.begin(), kForwardingKeys.end(),
-                                       [type](ForwardingKeys const& row) { return row.type == type; });
-        if (keys == kForwardingKeys.end()) {
-            return {};
-        }
-        return {settings_.flag(keys->activated), settings_.text(keys->address)};
+        ForwardingKeys const* const keys = findForwardingKeys(type);
+        return keys == nullptr ? ForwardingRule{}
+                               : ForwardingRule{settings_.flag(keys->activated), settings_.text(keys->address)};
     }
-    const Line::serverFeaturesSettings features = featuresOf(line->lineURI);
-    auto const rule = features.forwarding.find(type);
-    return rule == features.forwarding.end() ? ForwardingRule{}
-                                             : ForwardingRule{rule->second.status, rule->second.destination};
+    auto const rules = featuresOf(*line).forwarding;
+    auto const rule = rules.find(type);
+    return rule == rules.end() ? ForwardingRule{} : ForwardingRule{rule->second.status, rule->second.destination};
 }
 
 int SettingsCallPolicy::ringsBeforeNoReply() const
@@ -113,32 +64,32 @@ int SettingsCallPolicy::ringsBeforeNoReply() const
 bool SettingsCallPolicy::doNotDisturb(int lineNumber) const
 {
     {
-        const std::lock_guard guard(mutex_);
+        std::lock_guard const guard(mutex_);
         auto const isOn = [this](int number) {
-            const auto found = doNotDisturb_.find(number);
+            auto const found = doNotDisturb_.find(number);
             return found != doNotDisturb_.end() && found->second;
         };
         if (isOn(0) || isOn(lineNumber)) {
             return true;
         }
-        // The telephone is in this state while a line of it is.
+        // The telephone is in this state while any line is.
         if (lineNumber == 0) {
             return std::any_of(doNotDisturb_.begin(), doNotDisturb_.end(),
                                [](auto const& each) { return each.second; });
         }
     }
     auto const line = lines_.addressOf(lineNumber, 0);
-    return line && !isUsersLine(line->lineURI) && featuresOf(line->lineURI).dnd;
+    return line && !isUsersLine(line->lineURI) && featuresOf(*line).dnd;
 }
 
 void SettingsCallPolicy::setDoNotDisturb(int lineNumber, bool on)
 {
-    const std::lock_guard guard(mutex_);
+    std::lock_guard const guard(mutex_);
     if (lineNumber == 0) {
         doNotDisturb_.clear();
     }
     doNotDisturb_[lineNumber] = on;
-    // Of the line that the telephone was in this state for.
+    // The telephone may have been in this state because of the line.
     if (!on) {
         doNotDisturb_[0] = false;
     }

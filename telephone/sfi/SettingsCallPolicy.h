@@ -1,42 +1,42 @@
-// The rules for incoming calls as the settings and the lines have them. The composition root makes it before the call
-// engine, to which it is the CallPolicy.
+// The rules for incoming calls, as the settings hold them. The composition root makes it before the call engine, to
+// which it is the CallPolicy.
 //
-// The forwarding rules of the configuration store are those of the telephone's present user (on a keyset one line, else
-// the only one); every other line has the rules that were set on it.
+// The forwarding rules of the telephone are those of its present user: on a keyset of one line, else of the telephone's
+// own line. Every other line has the rules that were set on it.
 #pragma once
 
 #include <map>
 #include <mutex>
 #include <string>
 
+#include "platform/lines/Line.h"
 #include "telephone/calls/CallPolicy.h"
-#include "telephone/calls/LineDirectory.h"
+#include "telephone/lines/LineTable.h"
 
 namespace telephone {
 
 class Settings;
-struct Configuration;
 
 class SettingsCallPolicy final : public CallPolicy
 {
 public:
     // Settings and lines outlive it.
-    SettingsCallPolicy(Settings const& settings, LineDirectory const& lines, Configuration const& configuration);
+    SettingsCallPolicy(Settings& settings, LineTable const& lines);
 
     bool forwardsHere() const override;
     ForwardingRule forwarding(int lineNumber, sfiForwardingType type) const override;
     int ringsBeforeNoReply() const override;
     bool doNotDisturb(int lineNumber) const override;
 
-    // Line number 0 is the whole telephone: switching it off ends what single lines have, too. Any thread.
+    // Line number 0 is the whole telephone; switching it off ends the state of its lines, too. Any thread.
     void setDoNotDisturb(int lineNumber, bool on);
 
 private:
     bool isUsersLine(std::string const& lineURI) const;
+    Line::serverFeaturesSettings featuresOf(LineAddress const& place) const;
 
-    Settings const& settings_;
-    LineDirectory const& lines_;
-    const std::string ownLine_;
+    Settings& settings_;
+    LineTable const& lines_;
     mutable std::mutex mutex_;
     std::map<int, bool> doNotDisturb_;  // by line number
 };

@@ -6,20 +6,14 @@
 #include "telephone/framework/EventDispatcher.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/TimerService.h"
+#include "telephone/sfi/LogComponent.h"
+#include "telephone/sfi/SfiResults.h"
 
 namespace telephone {
 
 namespace {
 
-constexpr char const* kComponent = "sfi";
-
 std::atomic<Sfi*> instance{nullptr};
-
-sfiResult refuse(std::string const& reason)
-{
-    log(kLogFailure, kComponent, "{}", reason);
-    return sfiFailure;
-}
 
 }  // namespace
 
@@ -44,7 +38,7 @@ Sfi::~Sfi()
 
 void Sfi::Initialise(SvcRTEContext*)
 {
-    log(kLogInfo, kComponent, "The service has found the call control");
+    log(kLogInfo, kComponent, "the service has found the call control");
 }
 
 void Sfi::SetCommsService(Executable* service)
@@ -55,9 +49,10 @@ void Sfi::SetCommsService(Executable* service)
 sfiResult Sfi::Activate()
 {
     if (ended_) {
-        return refuse("activate: the call control has ended for good");
+        return resultOf(refuse(RefusalKind::kWrongState, "the call control has ended for good"));
     }
-    return engine_.activate();
+    engine_.activate();
+    return sfiSuccess;
 }
 
 sfiResult Sfi::Deactivate(bool final, bool)
@@ -65,22 +60,25 @@ sfiResult Sfi::Deactivate(bool final, bool)
     if (final) {
         ended_ = true;
     }
-    return engine_.deactivate();
+    engine_.deactivate();
+    return sfiSuccess;
 }
 
 void Sfi::Startup()
 {
-    log(kLogInfo, kComponent, "Starting");
+    log(kLogInfo, kComponent, "starting");
 }
 
 void Sfi::Start()
 {
-    log(kLogInfo, kComponent, "Started");
+    log(kLogInfo, kComponent, "started");
 }
 
 sfiResult Sfi::Subscribe(Executable* subscriber)
 {
-    return events_.subscribe(subscriber) ? sfiSuccess : refuse("subscribe: not a receiver of events");
+    return resultOf(events_.subscribe(subscriber)
+                        ? Outcome<>()
+                        : refuse(RefusalKind::kBadInput, "the subscriber is not a receiver of events"));
 }
 
 // --- calls
@@ -90,38 +88,38 @@ sfiResult Sfi::CallMake(sfiCallInfo* call, std::string const& destination, int, 
 {
     // A request that carries no flags sets them all; a consultation and a pick-up set none.
     bool const asked = dssDirectCall || bridgeCall || callCompletionCall;
-    return engine_.make(call->lineID, call->appearanceIndex, call->callID, destination,
-                        asked ? CallPurpose::kOrdinary : CallPurpose::kConsultation);
+    return resultOf(engine_.outgoing().make(call->lineID, call->appearanceIndex, call->callID, destination,
+                                            asked ? CallPurpose::kOrdinary : CallPurpose::kConsultation));
 }
 
 sfiResult Sfi::GroupPickup(sfiCallInfo* call)
 {
-    return engine_.groupPickup(call->lineID, call->appearanceIndex, call->callID);
+    return resultOf(engine_.pickups().group(call->lineID, call->appearanceIndex, call->callID));
 }
 
 sfiResult Sfi::CallClear(sfiCallInfo* call, CSTAEventCause cause)
 {
-    return engine_.clear(call->callID, cause);
+    return resultOf(engine_.list().clear(call->callID, cause));
 }
 
 sfiResult Sfi::CallRetrieve(sfiCallInfo* call)
 {
-    return engine_.retrieve(call->callID);
+    return resultOf(engine_.established().retrieve(call->callID));
 }
 
 sfiResult Sfi::CallAccept(sfiCallInfo* call)
 {
-    return engine_.ring(call->callID);
+    return resultOf(engine_.incoming().ring(call->callID));
 }
 
 sfiResult Sfi::CallAnswer(sfiCallInfo* call)
 {
-    return engine_.answer(call->callID);
+    return resultOf(engine_.incoming().answer(call->callID));
 }
 
 sfiResult Sfi::CallRefuse(sfiCallInfo* call, sfiRefuseCall reason)
 {
-    return engine_.refuse(call->callID, reason);
+    return resultOf(engine_.incoming().reject(call->callID, reason));
 }
 
 sfiResult Sfi::CallFeature(sfiCallInfo* call, sfiFeature feature, char const* destination, int)
@@ -131,35 +129,35 @@ sfiResult Sfi::CallFeature(sfiCallInfo* call, sfiFeature feature, char const* de
     if (destination == nullptr) {
         return otherCallFeature(*call, feature);
     }
-    // Whatever reason an application gives for a hold, the announcement before it tells it apart.
+    // A hold is recognised by its announcement, whatever feature the application names.
     if (*destination == '\0' && holdAsked == call->callID && holdAsked != 0) {
-        return engine_.hold(call->callID, feature < 0 ? sfiFeatureHold : feature);
+        return resultOf(engine_.established().hold(call->callID, feature < 0 ? sfiFeatureHold : feature));
     }
     if (feature == sfiFeatureDeflect) {
-        return engine_.deflect(call->callID, destination);
+        return resultOf(engine_.incoming().deflect(call->callID, destination));
     }
     if (feature == sfiFeatureBlindTransfer) {
-        return engine_.blindTransfer(call->callID, destination);
+        return resultOf(engine_.joined().blindTransfer(call->callID, destination));
     }
-    return refuse("call " + std::to_string(call->callID) + ": there is no feature " + std::to_string(feature) +
-                  " with a destination");
+    return resultOf(refuse(RefusalKind::kNotSupported, fmt::format("call {}: there is no feature {} with a destination",
+                                                                   call->callID, static_cast<int>(feature))));
 }
 
-// Features between a call and the telephone's other one.
+// Features that join a call with the telephone's other call.
 sfiResult Sfi::otherCallFeature(sfiCallInfo const& call, sfiFeature feature)
 {
     if (feature == sfiFeatureAlternate && call.callID == 0) {
-        return engine_.alternate(call.lineID);
+        return resultOf(engine_.established().alternate(call.lineID));
     }
-    return feature == sfiFeatureAttendedTransfer ? engine_.attendedTransfer(call.callID)
-                                                 : engine_.conference(call.callID);
+    return resultOf(feature == sfiFeatureAttendedTransfer ? engine_.joined().attendedTransfer(call.callID)
+                                                          : engine_.joined().conference(call.callID));
 }
 
 void Sfi::SetManualHoldIndication(sfiCallInfo* call, bool manual)
 {
     std::lock_guard const guard(engine_);
     holdAsked_ = call->callID;
-    engine_.setHeldByHand(call->callID, manual);
+    engine_.established().setHeldByHand(call->callID, manual);
 }
 
 sfiResult Sfi::GetManualHoldIndication(sfiCallInfo* call)
@@ -171,7 +169,8 @@ sfiResult Sfi::GetManualHoldIndication(sfiCallInfo* call)
 sfiResult Sfi::SetServiceState(sfiServiceState state)
 {
     if (state < sfiServiceInService || state > sfiServiceDoNotDisturb) {
-        return refuse("there is no service state " + std::to_string(state));
+        return resultOf(
+            refuse(RefusalKind::kBadInput, fmt::format("there is no service state {}", static_cast<int>(state))));
     }
     engine_.setServiceState(state);
     return sfiSuccess;
@@ -185,42 +184,42 @@ sfiResult Sfi::GetServiceState(sfiServiceState& state)
 
 sfiResult Sfi::GenerateDigits(sfiCallInfo* call, char const* digits)
 {
-    return engine_.sendDigits(call->callID, digits != nullptr ? digits : "");
+    return resultOf(engine_.established().sendDigits(call->callID, digits != nullptr ? digits : ""));
 }
 
 sfiResult Sfi::InitializeOrFinalizeServerFeatures(std::string const& lineURI, bool initialize)
 {
-    return engine_.serverFeatures(lineURI, initialize);
+    return resultOf(engine_.server().requestFeatures(lineURI, initialize));
 }
 
 sfiResult Sfi::SendCSTARequest(std::string const& lineURI, std::string const& body)
 {
-    return engine_.sendCsta(lineURI, body);
+    return resultOf(engine_.server().send(lineURI, body));
 }
 
 sfiResult Sfi::SendUACSTAServerMessage(std::string& body)
 {
-    return engine_.sendCsta({}, body);
+    return resultOf(engine_.server().send({}, body));
 }
 
 sfiResult Sfi::ActivateCallbackRinging(sfiCallInfo* call)
 {
-    return engine_.callBackOnNoReply(call->callID);
+    return callBackResultOf(engine_.callBacks().set(call->callID, sfiCallCompletionOnNoReply));
 }
 
 sfiResult Sfi::ActivateCallbackBusy(sfiCallInfo* call)
 {
-    return engine_.callBackOnBusy(call->callID);
+    return callBackResultOf(engine_.callBacks().set(call->callID, sfiCallCompletionOnBusy));
 }
 
 sfiResult Sfi::CancelCallbacks(sfiCallInfo* call, std::string& target, sfiCancelCallBackType type, bool displayOutcome)
 {
-    return engine_.cancelCallBacks(call->callID, target, type, displayOutcome);
+    return callBackResultOf(engine_.callBacks().cancel(call->callID, target, type, displayOutcome));
 }
 
 sfiResult Sfi::SecurityChangeReinvite(sfiCallInfo* call, bool secure)
 {
-    return engine_.changeSecurity(call->callID, secure);
+    return resultOf(engine_.established().changeSecurity(call->callID, secure));
 }
 
 void Sfi::Lock()

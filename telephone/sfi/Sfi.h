@@ -1,8 +1,8 @@
-// CSfi over the call engine: a thin translation of the platform's operations to the engine, the settings, the event
-// dispatcher and the timers. The composition root owns the one object, made after all it refers to; while it lives it
-// is CSfi::GetInstance(). Any thread; operations of calls take the phone lock.
+// CSfi over the call engine, the lines, the settings, the event dispatcher and the timers: translates the platform's
+// operations to theirs. The composition root owns the one object, made after all it refers to; while it lives it is
+// CSfi::GetInstance(). Any thread; operations on calls take the phone lock.
 //
-// An operation that cannot be done answers a failure, and the log says why.
+// An operation that is refused answers a failure, and its refusal is reported.
 #pragma once
 
 #include <atomic>
@@ -14,6 +14,7 @@
 namespace telephone {
 
 class EventDispatcher;
+class Lines;
 class Settings;
 class SettingsCallPolicy;
 class TimerService;
@@ -24,12 +25,12 @@ public:
     struct Parts
     {
         CallEngine& engine;
-        LineDirectory& lines;
+        Lines& lines;
         SettingsCallPolicy& policy;
         Settings& settings;
         EventDispatcher& events;
         TimerService& timers;
-        SfiMCAMapper* appearances;  // null: no line has several
+        SfiMCAMapper* appearances;  // null: no line has appearances
     };
 
     explicit Sfi(Parts const& parts);
@@ -102,29 +103,21 @@ public:
     int GetDialRestrictionMode() override;
     void setCFChangesPending(bool pending) override;
 
-    // Forwarding settings are being written.
-    bool areForwardingChangesPending() const { return forwardingChangesPending_; }
-    // Last one that the user interface told; 0: none yet.
-    int viewState() const { return viewState_; }
-
 private:
     sfiResult otherCallFeature(sfiCallInfo const& call, sfiFeature feature);
     std::string deviceOf(int lineID) const;
-    void pressHoldKey();
+    Outcome<> pressHoldKey();
 
     CallEngine& engine_;
-    LineDirectory& lines_;
+    Lines& lines_;
     SettingsCallPolicy& policy_;
     Settings& settings_;
     EventDispatcher& events_;
     TimerService& timers_;
     SfiMCAMapper* appearances_;
     std::atomic<AuditoryDeviceIfc*> auditoryDevice_{nullptr};
-    std::atomic<PhysicalInterfaceServiceIfc*> physicalInterface_{nullptr};
-    std::atomic<bool> forwardingChangesPending_{false};
-    std::atomic<int> viewState_{0};
     std::atomic<bool> ended_{false};
-    int holdAsked_ = 0;  // the call whose hold has just been announced; under the phone lock
+    int holdAsked_ = 0;  // the call whose hold was announced last; under the phone lock
 };
 
 }  // namespace telephone

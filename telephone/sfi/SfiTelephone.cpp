@@ -1,53 +1,48 @@
-// The operations of CSfi that concern the telephone as a whole: settings, status, keys, timers.
+// The operations of CSfi on the whole telephone: settings, status, keys, timers.
 #include <algorithm>
 #include <mutex>
 #include <vector>
 
 #include "CommunicationsServiceEventIfc.h"
-#include "platform/lines/Line.h"
 #include "platform/lines/LineData.h"
-#include "platform/lines/LineManager.h"
 #include "platform/physical/AuditoryDeviceIfc.h"
 #include "platform/physical/PhysDefs.h"
 #include "telephone/framework/EventDispatcher.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/TimerService.h"
+#include "telephone/lines/Lines.h"
 #include "telephone/management/Settings.h"
+#include "telephone/sfi/LogComponent.h"
 #include "telephone/sfi/SettingsCallPolicy.h"
 #include "telephone/sfi/Sfi.h"
+#include "telephone/sfi/SfiResults.h"
 
 namespace telephone {
 
-namespace {
-constexpr char const* kComponent = "sfi";
-}
-
 sfiResult Sfi::SetMicrophoneMute(bool mute)
 {
-    engine_.setMicrophoneMute(mute);
+    engine_.list().setMicrophoneMute(mute);
     return sfiSuccess;
 }
 
 sfiResult Sfi::GetMicrophoneMute(bool& mute)
 {
-    mute = engine_.microphoneMute();
+    mute = engine_.list().microphoneMute();
     return sfiSuccess;
 }
 
 void Sfi::SetAssociatedCalls(bool associated)
 {
-    engine_.setAssociatedCalls(associated);
+    engine_.incoming().setAssociatedCalls(associated);
 }
 
-// What events call a line; of the whole telephone: its first line.
+// The name of a line in events; the first line stands for the whole telephone.
 std::string Sfi::deviceOf(int lineID) const
 {
-    std::lock_guard const guard(engine_);
-    if (auto const line = lines_.addressOf(lineID, 0)) {
-        return line->lineURI;
+    if (TelephoneLine const* const line = lines_.byNumber(lineID)) {
+        return line->id();
     }
-    std::vector<LineAccount> const accounts = lines_.accounts();
-    return accounts.empty() ? std::string() : accounts.front().lineURI;
+    return lines_.lines().empty() ? std::string() : lines_.lines().front()->id();
 }
 
 sfiResult Sfi::SetDoNotDisturb(int lineID, bool on)
@@ -78,7 +73,7 @@ void Sfi::GetAgentFeatureEnabled(bool& enabled)
 sfiResult Sfi::SetAgentState(int lineID, std::string const& state)
 {
     std::string const device = deviceOf(lineID);
-    engine_.tellAgentState(device, state);
+    engine_.server().tellAgentState(device, state);
     events_.post([device, state](CommunicationsServiceEventIfc& event) { event.agentStateSet(device, state); });
     return sfiSuccess;
 }
@@ -118,42 +113,36 @@ void Sfi::SetHeadsetPlugged(bool plugged)
 
 void Sfi::HandleKeyFunction(int keyFunction)
 {
-    if (keyFunction == PhysDefs::keyFunctionHold) {
-        pressHoldKey();
-    } else {
-        log(kLogWarning, kComponent, "key function {} does nothing in the call control", keyFunction);
-    }
+    resultOf(keyFunction == PhysDefs::keyFunctionHold
+                 ? pressHoldKey()
+                 : refuse(RefusalKind::kNotSupported,
+                          fmt::format("key function {} does nothing in the call control", keyFunction)));
 }
 
-// Holds the call that speaks; without one it takes back the one that was held last.
-void Sfi::pressHoldKey()
+// Holds the active call; without one, retrieves the call held last.
+Outcome<> Sfi::pressHoldKey()
 {
     std::lock_guard const guard(engine_);
     if (auto const active = engine_.activeCall()) {
-        engine_.setHeldByHand(active->callID, true);
-        engine_.hold(active->callID);
-        return;
+        return engine_.hold(active->callID);
     }
-    if (auto const held = engine_.lastHeldCall()) {
-        engine_.retrieve(held->callID);
-    } else {
-        log(kLogWarning, kComponent, "hold key: there is no call to hold or to retrieve");
+    if (auto const held = engine_.established().lastHeldCall()) {
+        return engine_.retrieve(held->callID);
     }
+    return refuse(RefusalKind::kWrongState, "there is no call to hold or to retrieve");
 }
 
 void Sfi::JackEvent()
 {
-    log(kLogInfo, kComponent, "the plug of the line was moved");
+    log(kLogInfo, kComponent, "a jack was plugged or unplugged");
 }
 
-void Sfi::NotifyViewState(int view)
-{
-    viewState_ = view;
-}
+// The call control shows nothing.
+void Sfi::NotifyViewState(int) {}
 
 void Sfi::NotifyFPKAvailable()
 {
-    log(kLogInfo, kComponent, "the programmable keys can be used");
+    log(kLogInfo, kComponent, "the programmable keys are available");
 }
 
 int Sfi::StartTimer(int milliseconds)
@@ -161,13 +150,11 @@ int Sfi::StartTimer(int milliseconds)
     return timers_.start(std::chrono::milliseconds(std::max(milliseconds, 0)));
 }
 
-// The call control's own timers are not numbered, so that none of these is its own.
+// The call control has no timers of this kind.
 void Sfi::TimerExpired(int) {}
 
-void Sfi::SetPhysicalInterface(PhysicalInterfaceServiceIfc* physicalInterface)
-{
-    physicalInterface_ = physicalInterface;
-}
+// Keys and lamps reach the calls through the lines.
+void Sfi::SetPhysicalInterface(PhysicalInterfaceServiceIfc*) {}
 
 void Sfi::SetAuditoryDevice(AuditoryDeviceIfc* auditoryDevice)
 {
@@ -181,15 +168,13 @@ int Sfi::ApplyManageableData(ManageableData& data, bool changed)
 
 int Sfi::GetHotWarmLineStatus(int lineID)
 {
-    LineManager* const lines = LineManager::Instance();
-    Line* const line = lines != nullptr ? lines->getLine(deviceOf(lineID)) : nullptr;
-    LineData* const data = line != nullptr ? line->getLineData() : nullptr;
-    return data != nullptr ? data->getHotWarmType() : LineData::kHotWarmNone;
+    TelephoneLine* const line = lines_.find(deviceOf(lineID));
+    return line != nullptr ? line->getLineData()->getHotWarmType() : LineData::kHotWarmNone;
 }
 
 sfiResult Sfi::GetMessageWaitingIndicator(std::string const& phoneNumber, sfiMessageWaitingRecord& record)
 {
-    auto const known = engine_.messageWaiting(phoneNumber);
+    auto const known = engine_.messages().of(phoneNumber);
     if (!known) {
         return sfiFailure;
     }
@@ -197,16 +182,14 @@ sfiResult Sfi::GetMessageWaitingIndicator(std::string const& phoneNumber, sfiMes
     return sfiSuccess;
 }
 
-// There is no Bluetooth device: its calls have no line.
+// This telephone has no Bluetooth device.
 void Sfi::GetBluetoothLineURI(int, std::string& lineURI, std::string& name)
 {
     lineURI.clear();
     name.clear();
 }
 
-void Sfi::setCFChangesPending(bool pending)
-{
-    forwardingChangesPending_ = pending;
-}
+// Each forwarding rule is read when it applies.
+void Sfi::setCFChangesPending(bool) {}
 
 }  // namespace telephone

@@ -1,5 +1,4 @@
-// Who a user agent speaks as: one address of record with what it takes to prove it. A plain value, copied into every
-// object made from it.
+// An address of record and its credentials. A plain value, copied into every object made from it.
 #pragma once
 
 #include <chrono>
@@ -16,18 +15,18 @@ enum class Transport : int
 
 struct Account
 {
-    std::string user;         // user part of the address of record; also of the Contact
+    std::string user;         // user part of the address of record and of the Contact
     std::string domain;       // "host" or "host:port"
-    std::string displayName;  // of the From header; may be empty
-    std::string registrar;    // URI; empty: "sip:" and the domain
-    std::string proxy;        // URI of an outbound proxy that every request goes to first; empty: none
-    std::string authUser;     // empty: the user
+    std::string displayName;  // for the From header; may be empty
+    std::string registrar;    // URI; empty: "sip:<domain>"
+    std::string proxy;        // URI of the outbound proxy; empty: none
+    std::string authUser;     // empty: same as user
     std::string password;     // digest (RFC 2617, MD5); empty: a challenge ends the request with its status
     Transport transport = Transport::kUdp;
-    std::uint32_t expires = 3600;  // seconds asked for at registration
+    std::uint32_t expires = 3600;  // seconds requested at registration
 
-    // How a registration that fails is tried again: no answer within answerTimeout counts as a failure (408); the wait
-    // starts at retryFirst and doubles up to retryMax.
+    // Retries of a failed registration: no answer within answerTimeout counts as a failure (408); the delay starts at
+    // retryFirst and doubles up to retryMax.
     std::chrono::milliseconds answerTimeout{8000};
     std::chrono::milliseconds retryFirst{2000};
     std::chrono::milliseconds retryMax{60000};

@@ -1,6 +1,6 @@
-// The audio side of a session: 8 kHz, 16 bit, mono, in frames of 20 ms. A stream of a session takes frames from a
-// source and gives what it hears to a sink; both belong to the user, must outlive their use or be taken away before,
-// and are called on the loop's thread with the lock held, so they must be quick and must not block.
+// The audio of a session: 8 kHz, 16 bit, mono, in frames of 20 ms. A stream reads the frames that it sends from a
+// source and writes the frames that it receives to a sink. Both belong to the user, who detaches them before destroying
+// them. They are called on the loop's thread with the lock held and must not block.
 #pragma once
 
 #include <array>
@@ -21,8 +21,8 @@ class AudioSource
 {
 public:
     virtual ~AudioSource() = default;
-    // Fills the next frame to be sent; false: nothing to say, silence is sent. Called each 20 ms while the direction of
-    // the call lets us send.
+    // Fills the next frame to be sent; false sends silence. Called every 20 ms while the direction of the call allows
+    // sending.
     virtual bool readFrame(AudioFrame& frame) = 0;
 };
 
@@ -30,11 +30,11 @@ class AudioSink
 {
 public:
     virtual ~AudioSink() = default;
-    // What was heard, decoded, as it arrives: about each 20 ms, in the order of arrival, gaps are not filled.
+    // A decoded frame, about every 20 ms, in the order of arrival. Gaps are not filled.
     virtual void writeFrame(AudioFrame const& frame) = 0;
 };
 
-// Directions as in SDP (RFC 3264), seen from this end; the values are the bits "receives" (1) and "sends" (2).
+// Directions as in SDP (RFC 3264), seen from this end. The values combine the bits "receives" (1) and "sends" (2).
 enum class Direction : int
 {
     kInactive = 0,
@@ -52,26 +52,20 @@ constexpr bool receives(Direction direction)
     return (static_cast<int>(direction) & 1) != 0;
 }
 
-// RTP with G.711 on one socket of its own. Made and owned by its session, which starts it with the first answer and
-// changes its direction and far address with every later one.
+// RTP with G.711 on a socket of its own, owned by its session. The session starts it with the first answer and updates
+// direction and far address with every later one.
 class AudioStream
 {
 public:
     virtual ~AudioStream() = default;
 
     virtual void setSource(AudioSource* source) = 0;  // null: silence
-    virtual void setSink(AudioSink* sink) = 0;        // null: dropped
-    // Sends back what is heard instead of what a source says.
+    virtual void setSink(AudioSink* sink) = 0;        // null: received audio is dropped
+    // Sends the received audio back instead of the source's.
     virtual void setEcho(bool echo) = 0;
 
-    virtual Direction direction() const = 0;  // what both ends agreed on
-    virtual bool isRunning() const = 0;
-    virtual std::string codec() const = 0;  // "PCMU", "PCMA"; empty before it is agreed
-    virtual std::uint16_t localPort() const = 0;
-    virtual std::string remoteAddress() const = 0;  // "address:port"; empty before it is known
-
-    virtual std::uint64_t framesSent() const = 0;
-    virtual std::uint64_t framesReceived() const = 0;
+    virtual Direction direction() const = 0;  // agreed by both ends
+    virtual std::string codec() const = 0;    // "PCMU" or "PCMA"; empty until agreed
 };
 
 }  // namespace telephone::sip

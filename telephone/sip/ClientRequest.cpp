@@ -2,71 +2,64 @@
 
 namespace telephone::sip {
 
-std::shared_ptr<ClientRequest> ClientRequest::make(std::shared_ptr<UserAgent::Impl> agent, Account const& account,
-                                                   Route const& route, std::string const& to, std::string& whyNot)
+Outcome<std::shared_ptr<ClientRequest>> ClientRequest::make(std::shared_ptr<Element> element, Account const& account,
+                                                            Route const& route, std::string const& to)
 {
-    auto request = std::make_shared<ClientRequest>(std::move(agent), account, route);
+    auto request = std::make_shared<ClientRequest>(std::move(element), account, route);
     char const* proxies[] = {route.proxy.c_str()};
-    int error = sip_dialog_alloc(request->dialog_.out(), route.target.c_str(), to.c_str(),
-                                 route.fromName.empty() ? nullptr : route.fromName.c_str(), route.fromUri.c_str(),
-                                 proxies, route.proxy.empty() ? 0 : 1);
+    int error = sip_dialog_alloc(request->dialog_.out(), route.target.c_str(), to.c_str(), route.fromNameOrNull(),
+                                 route.fromUri.c_str(), proxies, route.proxyCount());
     if (!error) {
         error = sip_auth_alloc(request->auth_.out(), answerChallenge, request->credentials_.get(), true);
     }
-    if (!error) {
-        return request;
+    if (auto const made = sent(error, "a request to " + route.target); !made) {
+        return tl::unexpected(made.error());
     }
-    whyNot = errorText(error);
-    return nullptr;
+    return request;
 }
 
-ClientRequest::ClientRequest(std::shared_ptr<UserAgent::Impl> agent, Account const& account, Route const& route)
-    : agent_(std::move(agent))
+ClientRequest::ClientRequest(std::shared_ptr<Element> element, Account const& account, Route const& route)
+    : element_(std::move(element))
     , contactUser_(route.contactUser)
 {
-    stack_.share(agent_->stack);
-    makeCredentials(credentials_, account.authUser.empty() ? account.user : account.authUser, account.password);
+    stack_.share(element_->stack());
+    makeCredentials(credentials_, account);
 }
 
-int ClientRequest::send(std::string const& method, std::string tail, std::optional<std::uint32_t> contactExpires,
-                        Handler done)
+Outcome<> ClientRequest::send(std::string const& method, std::string tail, std::optional<std::uint32_t> contactExpires,
+                              Handler done)
 {
     method_ = method;
     tail_ = std::move(tail);
     contactExpires_ = contactExpires;
     done_ = std::move(done);
-    // A nonce of an earlier round may be too old, and the stack takes a second challenge for a wrong password.
+    // A nonce of an earlier request may be stale, and the stack takes a second challenge for a wrong password.
     sip_auth_reset(auth_.get());
     int const error = transmit();
     if (error) {
         done_ = nullptr;
     }
-    return error;
+    return sent(error, method);
 }
 
 int ClientRequest::transmit()
 {
-    auto const written = [](sip_transp transport, sa const* source, sa const*, mbuf* buffer, void* request) {
-        return static_cast<ClientRequest*>(request)->writeContact(transport, *source, *buffer);
-    };
-    auto const answered = [](int error, sip_msg const* message, void* request) {
-        static_cast<ClientRequest*>(request)->onResponse(error, message);
-    };
-    int const error = sip_drequestf(request_.out(), agent_->stack, true, method_.c_str(), dialog_.get(), 0, auth_.get(),
-                                    written, answered, this, "%s", tail_.c_str());
+    int const error = sip_drequestf(request_.out(), element_->stack(), true, method_.c_str(), dialog_.get(), 0,
+                                    auth_.get(), handlerOf<&ClientRequest::writeContact>,
+                                    handlerOf<&ClientRequest::onResponse>, this, "%s", tail_.c_str());
     if (!error) {
         keptAlive_ = shared_from_this();
     }
     return error;
 }
 
-int ClientRequest::writeContact(sip_transp transport, sa const& source, mbuf& buffer)
+int ClientRequest::writeContact(sip_transp transport, sa const& source, sa const* /*target*/, mbuf& buffer)
 {
     if (!contactExpires_) {
         return 0;
     }
     contact_ = "sip:" + contactUser_ + "@" + addressText(source) + sip_transp_param(transport);
-    const std::string header = "Contact: <" + contact_ + ">;expires=" + std::to_string(*contactExpires_) + "\r\n";
+    std::string const header = "Contact: <" + contact_ + ">;expires=" + std::to_string(*contactExpires_) + "\r\n";
     return mbuf_write_str(&buffer, header.c_str());
 }
 
@@ -81,7 +74,7 @@ void ClientRequest::onResponse(int error, sip_msg const* message)
         sip_auth_authenticate(auth_.get(), message) == 0 && transmit() == 0) {
         return;
     }
-    const Handler done = std::exchange(done_, nullptr);
+    Handler const done = std::exchange(done_, nullptr);
     if (done) {
         done(error, message);
     }
@@ -92,6 +85,11 @@ void ClientRequest::abandon()
     done_ = nullptr;
     request_.reset();
     keptAlive_ = nullptr;
+}
+
+int statusOf(int error)
+{
+    return error == ETIMEDOUT ? 408 : 503;
 }
 
 }  // namespace telephone::sip

@@ -47,10 +47,10 @@ std::optional<DialogState> stateOf(std::string_view name)
     return std::nullopt;
 }
 
-// Documents may or may not put a prefix before the names of their elements.
+// Element names may have a namespace prefix.
 bool isNamed(pugi::xml_node const& node, std::string_view name)
 {
-    const std::string_view full = node.name();
+    std::string_view const full = node.name();
     auto const colon = full.find(':');
     return (colon == std::string_view::npos ? full : full.substr(colon + 1)) == name;
 }
@@ -158,7 +158,7 @@ bool take(std::string_view& text, char expected)
     return true;
 }
 
-// Digits alone: no sign, and nothing that is too large.
+// Digits without a sign; false if the number is too large.
 bool takeNumber(std::string_view& text, unsigned& number)
 {
     skipBlanks(text);
@@ -175,7 +175,7 @@ bool takePair(std::string_view& text, unsigned& fresh, unsigned& old)
     return takeNumber(text, fresh) && take(text, '/') && takeNumber(text, old);
 }
 
-// "fresh/old (urgent fresh/urgent old)", RFC 3842 section 5.2. What is no pair of numbers counts nothing.
+// "fresh/old (urgent fresh/urgent old)", RFC 3842 section 5.2. Malformed counts are 0.
 MessageCounts readCounts(std::string_view text)
 {
     MessageCounts all;
@@ -246,7 +246,7 @@ std::optional<MessageSummary> MessageSummary::parse(std::string const& document)
         if (colon == std::string::npos) {
             continue;
         }
-        const std::string name = line.substr(0, colon);
+        std::string const name = line.substr(0, colon);
         auto const first = line.find_first_not_of(" \t", colon + 1);
         std::string value = first == std::string::npos ? std::string() : line.substr(first);
         value.erase(value.find_last_not_of(" \t\r") + 1);

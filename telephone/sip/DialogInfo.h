@@ -1,5 +1,5 @@
-// Documents of two event packages as values: dialog-info (RFC 4235), which tells the calls of a party, and
-// simple-message-summary (RFC 3842), which tells its waiting messages. Pure functions of their input; any thread.
+// The documents of two event packages as values: dialog-info (RFC 4235), the calls of a party, and
+// simple-message-summary (RFC 3842), its waiting messages. Pure functions of their input; any thread.
 #pragma once
 
 #include <cstdint>
@@ -25,21 +25,21 @@ enum class DialogState : int
     kTerminated
 };
 
-// One end of a dialog: who, and where to reach it.
+// One end of a dialog.
 struct DialogParty
 {
-    std::string identity;  // URI; empty: not told
+    std::string identity;  // URI; empty: not given
     std::string displayName;
-    std::string target;     // URI; empty: not told
-    bool rendering = true;  // false: it has put the call on hold ("+sip.rendering" of RFC 4235 section 5)
+    std::string target;     // URI; empty: not given
+    bool rendering = true;  // false: the party holds the call ("+sip.rendering", RFC 4235 section 5)
 };
 
-// One call, seen from the party that is watched.
+// One call of the watched party.
 struct DialogEntry
 {
     std::string id;
     DialogId dialog;         // tags may be empty
-    bool recipient = false;  // the watched party is called; false: it calls
+    bool recipient = false;  // the watched party is the called one
     DialogState state = DialogState::kTrying;
     DialogParty local;
     DialogParty remote;
@@ -48,11 +48,11 @@ struct DialogEntry
 struct DialogInfo
 {
     std::uint32_t version = 0;
-    bool full = true;    // else only what changed
+    bool full = true;    // false: only the changed dialogs
     std::string entity;  // URI of the watched party
     std::vector<DialogEntry> dialogs;
 
-    // Nothing for what is no dialog-info document. Unknown elements and states are passed over.
+    // Nothing if the document is malformed. Unknown elements and dialogs in unknown states are skipped.
     static std::optional<DialogInfo> parse(std::string const& document);
     std::string format() const;
 };
@@ -70,10 +70,10 @@ struct MessageCounts
 struct MessageSummary
 {
     bool waiting = false;
-    std::string account;  // URI; empty: not told
+    std::string account;  // URI; empty: not given
     MessageCounts voice;
 
-    // Nothing without a Messages-Waiting line.
+    // Nothing if the Messages-Waiting line is missing.
     static std::optional<MessageSummary> parse(std::string const& document);
     std::string format() const;
 };

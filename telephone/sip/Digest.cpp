@@ -54,8 +54,8 @@ std::string DigestServer::sign(std::string const& text) const
 
 std::string DigestServer::challenge(bool stale) const
 {
-    // The number after the time keeps two challenges of one second apart.
-    const std::string made = std::to_string(secondsNow()) + "-" + std::to_string(rand_u32());
+    // The random number distinguishes two challenges of the same second.
+    std::string const made = std::to_string(secondsNow()) + "-" + std::to_string(rand_u32());
     return "Digest realm=\"" + realm_ + "\", nonce=\"" + made + "." + sign(made) + "\", qop=\"auth\", algorithm=MD5" +
            (stale ? ", stale=true" : "");
 }
@@ -66,7 +66,7 @@ bool DigestServer::isFresh(std::string const& nonce) const
     if (dot == std::string::npos) {
         return false;
     }
-    const std::string made = nonce.substr(0, dot);
+    std::string const made = nonce.substr(0, dot);
     if (nonce.substr(dot + 1) != sign(made)) {
         return false;
     }
@@ -80,7 +80,7 @@ DigestServer::judge(std::string const& method, std::string const& authorization,
                     std::function<std::optional<std::string>(std::string const& user)> const& password) const
 {
     httpauth_digest_resp credentials{};
-    const pl value = slice(authorization);
+    pl const value = slice(authorization);
     if (authorization.empty() || httpauth_digest_response_decode(&credentials, &value) != 0 ||
         view(credentials.realm) != realm_) {
         return {};
@@ -91,8 +91,8 @@ DigestServer::judge(std::string const& method, std::string const& authorization,
     if (!secret) {
         return result;
     }
-    const Hash ha1 = hash(result.user + ":" + realm_ + ":" + *secret);
-    const pl methodSlice = slice(method);
+    Hash const ha1 = hash(result.user + ":" + realm_ + ":" + *secret);
+    pl const methodSlice = slice(method);
     if (httpauth_digest_response_auth(&credentials, &methodSlice, ha1.data()) != 0) {
         return result;
     }

@@ -1,6 +1,6 @@
-// The server's side of digest authentication (RFC 2617, MD5, qop "auth"): makes challenges and judges answers. Nonces
-// say when they were made and are signed, so nothing is stored; one that is too old is "stale" and the far end tries
-// again with a new one without asking its user. Not for several threads at once.
+// The server side of digest authentication (RFC 2617, MD5, qop "auth"). Nonces are signed and contain the time of their
+// creation, so none are stored. A nonce that is too old is "stale": the client repeats the request with a new one
+// without asking its user. Any thread; the object does not change.
 #pragma once
 
 #include <chrono>
@@ -16,15 +16,15 @@ public:
     enum class Verdict : int
     {
         kAccepted,
-        kNoCredentials,  // none for our realm: challenge
-        kStale,          // right, but the nonce is too old or not ours: challenge with stale=true
-        kWrong,          // wrong user or password
+        kNoCredentials,  // none for our realm: send a challenge
+        kStale,          // right, but the nonce is too old or not ours: send a challenge with stale=true
+        kWrong,          // unknown user or wrong password
     };
 
     struct Result
     {
         Verdict verdict = Verdict::kNoCredentials;
-        std::string user;  // that the credentials name
+        std::string user;  // named by the credentials
     };
 
     explicit DigestServer(std::string realm, std::chrono::seconds nonceLifetime = std::chrono::seconds(300));
@@ -32,7 +32,8 @@ public:
     // Value of a WWW-Authenticate or Proxy-Authenticate header.
     std::string challenge(bool stale = false) const;
 
-    // password: of a user, nothing where there is no such user. authorization: value of the request's header, or empty.
+    // authorization: value of the request's header, or empty. password: returns a user's password, nothing for an
+    // unknown user.
     Result judge(std::string const& method, std::string const& authorization,
                  std::function<std::optional<std::string>(std::string const& user)> const& password) const;
 

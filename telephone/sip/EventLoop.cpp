@@ -17,7 +17,7 @@ namespace telephone::sip {
 
 namespace {
 
-// Files that the process may have open while the loop polls; the stack's own default is too few for a hundred calls.
+// Open files of the process while the loop polls. The stack's own default is too low for a hundred calls.
 constexpr int kMostFiles = 8192;
 
 constexpr int kWake = 0;
@@ -25,14 +25,14 @@ constexpr int kQuit = 1;
 
 std::atomic<bool> loopExists{false};
 
-// Of the calling thread; there is only one loop.
+// Of the calling thread. There is only one loop.
 thread_local int lockDepth = 0;
 
-// What an unanswered request keeps of a closed user agent lives on for half a minute, perhaps longer than the loop it
-// was made with, and locks whichever loop runs then: so this belongs to no loop object.
+// Not a member: remains of a closed user agent live for half a minute, possibly longer than the loop they were made
+// with, and then lock the loop that runs at that time.
 std::atomic<std::thread::id> loopThread{};
 
-// At the outermost lock of a thread other than the loop's. Guarded by the lock.
+// The first expiry at the outermost lock by a thread other than the loop's. Guarded by the lock.
 std::uint64_t expiryAtLock = kNoTimer;
 
 }  // namespace
@@ -181,8 +181,8 @@ void EventLoop::unlock()
 {
     --lockDepth;
     bool const outermost = lockDepth == 0 && !isLoopThread();
-    // The poll waits for the first timer there was; only one that is sooner would be missed. Waking it each time would
-    // cost more than most of what is done under the lock.
+    // The poll waits for the timer that was the first at its start and would only miss an earlier one. Waking it each
+    // time would cost more than most work done under the lock.
     bool const sooner = outermost && firstExpiry() < expiryAtLock;
     re_thread_leave();
     if (sooner) {

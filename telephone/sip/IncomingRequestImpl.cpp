@@ -6,33 +6,25 @@
 
 namespace telephone::sip {
 
-IncomingRequestImpl::IncomingRequestImpl(std::shared_ptr<UserAgent::Impl> agent, sip_msg const& request)
-    : agent_(std::move(agent))
+IncomingRequestImpl::IncomingRequestImpl(std::shared_ptr<Element> element, sip_msg const& request)
+    : loop_(element->loop())
+    , transaction_(std::move(element), request)
     , headers_(headersOf(request))
     , content_(contentOf(request))
-{
-    request_.share(&request);
-    (void)sip_strans_alloc(&transaction_, agent_->stack, &request, nullptr, nullptr);
-}
+{}
 
 IncomingRequestImpl::~IncomingRequestImpl()
 {
-    std::lock_guard guard(agent_->loop);
-    if (!answered_) {
-        (void)reply(500, "Server Internal Error", {}, {});
+    std::lock_guard guard(loop_);
+    if (transaction_.isOpen()) {
+        transaction_.answer(500, "Server Internal Error");
     }
-    request_.reset();
 }
 
-bool IncomingRequestImpl::reply(int status, std::string const& reason, Headers const& headers, Content const& content)
+void IncomingRequestImpl::reply(int status, std::string const& reason, Headers const& headers, Content const& content)
 {
-    std::lock_guard guard(agent_->loop);
-    if (answered_ || status < 200 || status > 699) {
-        return false;
-    }
-    answered_ = true;
-    return sip_treplyf(&transaction_, nullptr, agent_->stack, request_.get(), false, static_cast<std::uint16_t>(status),
-                       reason.c_str(), "%s", replyTail(headers, content).c_str()) == 0;
+    std::lock_guard guard(loop_);
+    transaction_.answer(status, reason, headers, content);
 }
 
 }  // namespace telephone::sip

@@ -12,7 +12,7 @@ struct HistoryCause
     char const* reason;
 };
 
-// RFC 4458 section 2.1 and RFC 7544: the causes of a redirection in the words of the Diversion header.
+// RFC 4458 section 2.1 and RFC 7544: causes in History-Info and the corresponding reasons of the Diversion header.
 constexpr std::array<HistoryCause, 6> kHistoryCauses{{
     {"302", "unconditional"},
     {"404", "unknown"},
@@ -47,21 +47,10 @@ std::string causeOf(Uri const& uri)
     return {};
 }
 
-std::vector<std::string> listOf(Headers const& headers, std::string_view name)
-{
-    std::vector<std::string> all;
-    for (auto const& value : headers.values(name)) {
-        for (auto& single : splitList(value)) {
-            all.push_back(std::move(single));
-        }
-    }
-    return all;
-}
-
 std::vector<Diversion> diversionsOf(Headers const& headers)
 {
     std::vector<Diversion> diversions;
-    for (auto const& value : listOf(headers, "Diversion")) {
+    for (auto const& value : headers.list("Diversion")) {
         if (auto const party = NameAddr::parse(value)) {
             diversions.push_back({*party, unquoted(party->parameter("reason").value_or(""))});
         }
@@ -70,9 +59,9 @@ std::vector<Diversion> diversionsOf(Headers const& headers)
         return diversions;
     }
 
-    // Each entry of the history but the last, which is where the call is now; the latest comes last there. Why an entry
-    // was left stands in its own Reason header or, as a cause, in the URI of the entry after it.
-    auto const history = listOf(headers, "History-Info");
+    // All entries but the last, which is the present target; the most recent one comes last. The cause of a diversion
+    // is in the entry's own Reason header or in the URI of the next entry.
+    auto const history = headers.list("History-Info");
     for (std::size_t i = history.size(); i > 1; --i) {
         auto const left = NameAddr::parse(history[i - 2]);
         auto const next = NameAddr::parse(history[i - 1]);
@@ -96,13 +85,13 @@ bool contains(std::string const& text, std::string_view part)
 bool asksForAutomaticAnswer(Headers const& headers)
 {
     for (char const* name : {"Answer-Mode", "Priv-Answer-Mode"}) {
-        const std::string mode = headers.value(name);
+        std::string const mode = headers.value(name);
         if (equalsIgnoringCase(mode.substr(0, mode.find(';')), "Auto")) {
             return true;
         }
     }
     for (char const* name : {"Call-Info", "Alert-Info"}) {
-        const std::string info = headers.value(name);
+        std::string const info = headers.value(name);
         if (contains(info, "answer-after=") || contains(info, "alert-autoanswer")) {
             return true;
         }
@@ -114,7 +103,7 @@ bool asksForAutomaticAnswer(Headers const& headers)
 
 std::optional<NameAddr> assertedIdentityOf(Headers const& headers)
 {
-    const std::string value = headers.value("P-Asserted-Identity");
+    std::string const value = headers.value("P-Asserted-Identity");
     return value.empty() ? std::nullopt : NameAddr::parse(value);
 }
 

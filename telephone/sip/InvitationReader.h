@@ -1,4 +1,4 @@
-// Reads what an INVITE tells about its call. A pure function of the message.
+// Reads the contents of an INVITE. Pure functions of the message.
 #pragma once
 
 #include "telephone/sip/Session.h"
@@ -8,7 +8,7 @@ namespace telephone::sip {
 
 Invitation readInvitation(sip_msg const& invite);
 
-// P-Asserted-Identity of any message; nothing when there is none that can be read.
+// P-Asserted-Identity of any message; nothing if it is missing or malformed.
 std::optional<NameAddr> assertedIdentityOf(Headers const& headers);
 
 }  // namespace telephone::sip

@@ -1,5 +1,5 @@
-// Where the SIP adapter and the exchange write what they have to say. The owner of a UserAgent or an Exchange hands
-// in one function; it is called on any thread, mostly the loop thread with the lock held, and must not block.
+// The log of the SIP adapter and the exchange: a function that the owner of a UserAgent or an Exchange supplies. It is
+// called on any thread, mostly on the loop's thread with the lock held, and must not block.
 #pragma once
 
 #include <functional>

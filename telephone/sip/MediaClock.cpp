@@ -29,7 +29,7 @@ void MediaClock::add(MediaClockListener& listener)
 
 void MediaClock::remove(MediaClockListener& listener)
 {
-    // Only marked here: a listener may remove itself or others in the middle of a beat.
+    // Only marked: a listener may remove itself or others during a beat.
     std::replace(listeners_.begin(), listeners_.end(), &listener, static_cast<MediaClockListener*>(nullptr));
 }
 

@@ -1,6 +1,6 @@
-// The beat of the audio: one timer of the loop that calls every running stream each 20 ms. A beat that comes late is
-// made up for by the next, so that the average is right; after a long standstill it starts afresh. One per user agent;
-// used on any thread under the lock, calls on the loop's thread.
+// The clock of the audio: one timer of the loop that calls every running stream every 20 ms. The beat after a late one
+// comes earlier, so that the average is right; after a long interruption the clock starts anew. One per user agent.
+// Used under the lock; calls on the loop's thread.
 #pragma once
 
 #include <cstdint>

@@ -36,6 +36,17 @@ std::vector<std::string> Headers::values(std::string_view name) const
     return found;
 }
 
+std::vector<std::string> Headers::list(std::string_view name) const
+{
+    std::vector<std::string> all;
+    for (auto const& value : values(name)) {
+        for (auto& element : splitList(value)) {
+            all.push_back(std::move(element));
+        }
+    }
+    return all;
+}
+
 bool Headers::has(std::string_view name) const
 {
     return std::any_of(list_.begin(), list_.end(),
@@ -67,7 +78,7 @@ std::optional<Replaces> Replaces::parse(std::string_view value)
             part.remove_suffix(1);
         }
         auto const equals = part.find('=');
-        const std::string_view name = part.substr(0, equals);
+        std::string_view const name = part.substr(0, equals);
         if (first) {
             replaces.callId = part;
         } else if (equalsIgnoringCase(name, "early-only")) {

@@ -1,5 +1,5 @@
-// The parts of SIP messages that users of the adapter see, as plain values: header lists, answers, and the request that
-// is not part of a dialog. Copies; valid as long as their owner keeps them.
+// The parts of SIP messages that users of the adapter see: headers, responses, bodies and dialog identifiers as plain
+// values, and the incoming request outside a dialog.
 #pragma once
 
 #include <functional>
@@ -22,7 +22,7 @@ struct Header
     bool operator==(Header const&) const = default;
 };
 
-// In the order of the message. Names compare without regard to case; compact forms are already spelled out.
+// Headers in the order of the message. Names compare without regard to case; compact names are expanded.
 class Headers
 {
 public:
@@ -32,21 +32,23 @@ public:
     {}
 
     void add(std::string name, std::string value) { list_.push_back({std::move(name), std::move(value)}); }
-    // The first value of that name; empty when there is none.
+    // The first value of that name; empty if the header is missing.
     std::string value(std::string_view name) const;
     std::vector<std::string> values(std::string_view name) const;
+    // The elements of a comma-separated header, of all its occurrences.
+    std::vector<std::string> list(std::string_view name) const;
     bool has(std::string_view name) const;
     bool empty() const { return list_.empty(); }
     auto begin() const { return list_.begin(); }
     auto end() const { return list_.end(); }
-    // "Name: value\r\n" for each. A value with a line break would be another header: such breaks become blanks.
+    // "Name: value\r\n" for each header. Line breaks in a value become blanks, so that it cannot inject a header.
     std::string format() const;
 
 private:
     std::vector<Header> list_;
 };
 
-// A status line with its headers: what a far end answered.
+// The far end's response to a request.
 struct Response
 {
     int status = 0;  // 100 to 699
@@ -55,14 +57,17 @@ struct Response
     std::string body;
 };
 
-// A message body with its type; an empty type means no body.
+// A message body and its type. An empty type means that there is no body.
 struct Content
 {
     std::string type;
     std::string body;
 };
 
-// Replaces (RFC 3891), seen as in the header: toTag is the local tag of whoever receives it.
+// Content type of CSTA messages (ECMA TR/87).
+constexpr char const* kCstaType = "application/csta+xml";
+
+// The Replaces header (RFC 3891) as sent: toTag is the local tag of its receiver.
 struct Replaces
 {
     std::string callId;
@@ -76,17 +81,17 @@ struct Replaces
     bool operator==(Replaces const&) const = default;
 };
 
-// The three names of a dialog (RFC 3261 section 12), seen from this end. The remote tag is empty before the far end
-// gave one.
+// The identifier of a dialog (RFC 3261 section 12), seen from this end. The remote tag is empty until the far end sends
+// one.
 struct DialogId
 {
     std::string callId;
     std::string localTag;
     std::string remoteTag;
 
-    // The Replaces that makes the far end replace this dialog.
+    // The Replaces header that makes the far end replace this dialog.
     Replaces replaces() const { return {callId, remoteTag, localTag, false}; }
-    // Whether a Replaces that came in means this dialog.
+    // Whether a received Replaces header names this dialog.
     bool matches(Replaces const& wanted) const
     {
         return wanted.callId == callId && wanted.toTag == localTag && wanted.fromTag == remoteTag;
@@ -95,8 +100,7 @@ struct DialogId
     bool operator==(DialogId const&) const = default;
 };
 
-// A request outside every dialog that no other object takes: REGISTER, MESSAGE, INFO ... Answered once; one that is
-// destroyed unanswered is answered with 500.
+// A request outside a dialog: REGISTER, MESSAGE, INFO ... A request destroyed unanswered is answered with 500.
 class IncomingRequest
 {
 public:
@@ -108,13 +112,12 @@ public:
     virtual std::string callId() const = 0;
     virtual Headers const& headers() const = 0;
     virtual Content const& content() const = 0;
-    // "address:port" the request came from.
-    virtual std::string source() const = 0;
-    virtual bool reply(int status, std::string const& reason, Headers const& headers = {},
+    // Answers with a status from 200 to 699. Ignored, and logged, once the request is answered.
+    virtual void reply(int status, std::string const& reason, Headers const& headers = {},
                        Content const& content = {}) = 0;
 };
 
-// Ends a request of ours: the final answer, or status 408 when none came and 503 when it could not be sent.
+// The final response to a request of ours; 408 without an answer, 503 if the request could not be sent.
 using ResponseHandler = std::function<void(Response const&)>;
 
 }  // namespace telephone::sip

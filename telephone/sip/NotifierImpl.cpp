@@ -9,7 +9,7 @@ namespace telephone::sip {
 
 namespace {
 
-constexpr std::uint32_t kUsualExpires = 3600;  // seconds
+constexpr std::uint32_t kUsualSubscription = 3600;  // seconds
 constexpr std::uint32_t kLongestExpires = 86400;
 
 struct ReasonName
@@ -52,85 +52,72 @@ sipevent_subst toStack(SubscriptionState state)
 
 }  // namespace
 
-NotifierImpl::NotifierImpl(std::shared_ptr<UserAgent::Impl> agent, sip_msg const& subscribe,
-                           sipevent_event const& event)
-    : agent_(std::move(agent))
+NotifierImpl::NotifierImpl(std::shared_ptr<Element> element, sip_msg const& subscribe, sipevent_event const& event)
+    : element_(std::move(element))
+    , transaction_(element_, subscribe)
     , event_(text(event.event))
     , headers_(headersOf(subscribe))
-{
-    subscribe_.share(&subscribe);
-    makeCredentials(credentials_, "", "");
-    (void)sip_strans_alloc(&transaction_, agent_->stack, &subscribe, nullptr, nullptr);
-}
+{}
 
 NotifierImpl::~NotifierImpl()
 {
-    std::lock_guard guard(agent_->loop);
-    if (!answered_) {
-        (void)reject(489, "Bad Event", {});
+    std::lock_guard guard(element_->loop());
+    if (transaction_.isOpen()) {
+        transaction_.answer(489, "Bad Event");
     }
+    notifier_.reset();
 }
 
 std::uint32_t NotifierImpl::expires() const
 {
-    pl const& value = subscribe_.get()->expires;
-    return value.p ? pl_u32(&value) : kUsualExpires;
+    pl const& value = transaction_.request().expires;
+    return value.p ? pl_u32(&value) : kUsualSubscription;
 }
 
-bool NotifierImpl::accept(std::string const& contentType)
+Outcome<> NotifierImpl::accept(std::string const& contentType)
 {
-    std::lock_guard guard(agent_->loop);
-    if (answered_) {
-        return false;
+    std::lock_guard guard(element_->loop());
+    if (!transaction_.isOpen()) {
+        return refuse(RefusalKind::kWrongState, "the subscription to " + event_ + " is already answered");
     }
-    answered_ = true;
-    transaction_ = static_cast<sip_strans*>(mem_deref(transaction_));
-    const std::string header = headers_.value("Event");
-    const pl value = slice(header);
+    transaction_.handOver();
+    sip_msg const& subscribe = transaction_.request();
+    std::string const header = headers_.value("Event");
+    pl const value = slice(header);
     sipevent_event event{};
-    auto const closed = [](int, sip_msg const*, void* notifier) { static_cast<NotifierImpl*>(notifier)->close(); };
-    std::string user = text(subscribe_.get()->uri.user);
-    if (user.empty()) {
-        user = agent_->config.name;
-    }
     int error = sipevent_event_decode(&event, &value);
     if (!error) {
-        error = sipevent_accept(notifier_.out(), agent_->eventSocket.get(), subscribe_.get(), nullptr, &event, 200,
-                                "OK", 0, kUsualExpires, kLongestExpires, user.c_str(), contentType.c_str(),
-                                answerChallenge, credentials_.get(), true, closed, this, nullptr);
+        error = sipevent_accept(notifier_.out(), element_->eventSocket(), &subscribe, nullptr, &event, 200, "OK", 0,
+                                kUsualSubscription, kLongestExpires, element_->contactUserFor(subscribe).c_str(),
+                                contentType.c_str(), answerChallenge, nullptr, false, handlerOf<&NotifierImpl::onClose>,
+                                this, nullptr);
     }
     active_ = error == 0;
     if (error) {
-        (void)sip_treply(nullptr, agent_->stack, subscribe_.get(), 500, "Server Internal Error");
+        element_->answer(subscribe, 500, "Server Internal Error");
     }
-    return active_;
+    return sent(error, "the answer to a subscription to " + event_);
 }
 
-bool NotifierImpl::reject(int status, std::string const& reason, Headers const& headers)
+void NotifierImpl::reject(int status, std::string const& reason, Headers const& headers)
 {
-    std::lock_guard guard(agent_->loop);
-    if (answered_ || status < 300 || status > 699) {
-        return false;
-    }
-    answered_ = true;
-    return sip_treplyf(&transaction_, nullptr, agent_->stack, subscribe_.get(), false,
-                       static_cast<std::uint16_t>(status), reason.c_str(), "%s", replyTail(headers, {}).c_str()) == 0;
+    std::lock_guard guard(element_->loop());
+    transaction_.answer(status, reason, headers);
 }
 
-bool NotifierImpl::notify(std::string const& body, SubscriptionState state, std::string const& reason)
+void NotifierImpl::notify(std::string const& body, SubscriptionState state, std::string const& reason)
 {
-    std::lock_guard guard(agent_->loop);
+    std::lock_guard guard(element_->loop());
     Ref<mbuf> content;
     if (!active_ || (!body.empty() && !fill(content, body))) {
-        return false;
+        return;
     }
-    if (state == SubscriptionState::kTerminated) {
-        active_ = false;
-    }
-    return sipevent_notify(notifier_.get(), content.get(), toStack(state), reasonOf(reason), 0) == 0;
+    active_ = state != SubscriptionState::kTerminated;
+    element_->logRefusal(sent(sipevent_notify(notifier_.get(), content.get(), toStack(state), reasonOf(reason), 0),
+                              "NOTIFY for " + event_));
 }
 
-void NotifierImpl::close()
+void NotifierImpl::onClose(int /*error*/, sip_msg const* /*message*/)
 {
     active_ = false;
     auto const closed = std::exchange(closed_, nullptr);

@@ -1,41 +1,38 @@
-// A subscription that somebody asks of us, behind the interface.
+// Notifier on the stack's event package support.
 #pragma once
 
+#include "telephone/sip/ServerTransaction.h"
 #include "telephone/sip/Subscription.h"
-#include "telephone/sip/UserAgentImpl.h"
 
 namespace telephone::sip {
 
 class NotifierImpl final : public Notifier
 {
 public:
-    NotifierImpl(std::shared_ptr<UserAgent::Impl> agent, sip_msg const& subscribe, sipevent_event const& event);
+    NotifierImpl(std::shared_ptr<Element> element, sip_msg const& subscribe, sipevent_event const& event);
     ~NotifierImpl() override;
 
     std::string const& event() const override { return event_; }
-    std::string requestUri() const override { return text(subscribe_.get()->ruri); }
-    NameAddr from() const override { return nameAddrOf(subscribe_.get()->from); }
-    NameAddr to() const override { return nameAddrOf(subscribe_.get()->to); }
+    std::string requestUri() const override { return text(transaction_.request().ruri); }
+    NameAddr from() const override { return nameAddrOf(transaction_.request().from); }
+    NameAddr to() const override { return nameAddrOf(transaction_.request().to); }
     Headers const& headers() const override { return headers_; }
     std::uint32_t expires() const override;
-    bool accept(std::string const& contentType) override;
-    bool reject(int status, std::string const& reason, Headers const& headers) override;
-    bool notify(std::string const& body, SubscriptionState state, std::string const& reason) override;
+    Outcome<> accept(std::string const& contentType) override;
+    void reject(int status, std::string const& reason, Headers const& headers) override;
+    void notify(std::string const& body, SubscriptionState state, std::string const& reason) override;
     bool isActive() const override { return active_; }
     void onClosed(std::function<void(Notifier&)> closed) override { closed_ = std::move(closed); }
 
 private:
-    void close();
+    void onClose(int error, sip_msg const* message);
 
-    std::shared_ptr<UserAgent::Impl> agent_;
-    Ref<sip_msg> subscribe_;
+    std::shared_ptr<Element> element_;
+    ServerTransaction transaction_;
     Ref<sipnot> notifier_;
-    Ref<Credentials> credentials_;
-    sip_strans* transaction_ = nullptr;
     std::string event_;
     Headers headers_;
     std::function<void(Notifier&)> closed_;
-    bool answered_ = false;
     bool active_ = false;
 };
 

@@ -1,6 +1,5 @@
-// Keeps one account registered (RFC 3261 section 10): registers, answers challenges, refreshes before the time is up,
-// tries again with growing waits when the registrar refuses or is silent, and unregisters when destroyed. Made by
-// UserAgent::registerAccount and owned by the line it serves.
+// Keeps one account registered (RFC 3261 section 10): registers, answers challenges, refreshes in time, retries with
+// growing delays after a failure, and unregisters when destroyed. Made by UserAgent::registerAccount. Any thread.
 #pragma once
 
 #include <string>
@@ -15,25 +14,25 @@ class RegistrationObserver
 {
 public:
     virtual ~RegistrationObserver() = default;
-    // The registrar accepted; again after each refresh. Expires: seconds it granted.
+    // The registrar accepted; repeated after each refresh. expires: seconds granted.
     virtual void onRegistered(Registration& registration, unsigned expires) = 0;
-    // Refused (its status), or silent or out of reach (408, 503). It is tried again by itself, except after
-    // 401, 403, 404 and 407, which no repetition cures: those wait for retry().
+    // Refused (status of the refusal), no answer (408) or not reachable (503). Retried automatically except after 401,
+    // 403, 404 and 407, which a repetition does not cure: these wait for retry().
     virtual void onRegistrationFailed(Registration& registration, int status, std::string const& reason) = 0;
-    // The end of unregister().
+    // unregister() has succeeded.
     virtual void onUnregistered(Registration&) {}
 };
 
 class Registration
 {
 public:
-    virtual ~Registration() = default;  // unregisters without waiting for the answer, when registered
+    virtual ~Registration() = default;  // unregisters if registered, without waiting for the answer
 
     virtual Account const& account() const = 0;
     virtual bool isRegistered() const = 0;
-    // Registers at once: after unregister(), after a failure, or as an early refresh.
+    // Registers now: after unregister(), after a failure, or as an early refresh.
     virtual void retry() = 0;
-    // Takes the binding back and stops.
+    // Removes the binding and stops refreshing.
     virtual void unregister() = 0;
 };
 

@@ -10,7 +10,7 @@ namespace telephone::sip {
 
 namespace {
 
-constexpr std::uint32_t kUsualExpires = 3600;
+constexpr std::uint32_t kUsualRegistration = 3600;
 
 std::uint32_t number(std::string const& text, std::uint32_t otherwise)
 {
@@ -19,13 +19,12 @@ std::uint32_t number(std::string const& text, std::uint32_t otherwise)
     return error == std::errc() ? value : otherwise;
 }
 
-// Some time before the registrar forgets us, and never at once.
+// Before the registration expires, and never at once.
 std::chrono::milliseconds refreshAfter(std::uint32_t expires)
 {
     return std::chrono::milliseconds(std::max<std::uint64_t>(500, std::uint64_t{expires} * (expires < 20 ? 500 : 900)));
 }
 
-// Repeating the request does not cure these.
 bool isPermanent(int status)
 {
     return status == 401 || status == 403 || status == 404 || status == 407;
@@ -33,58 +32,59 @@ bool isPermanent(int status)
 
 }  // namespace
 
-RegistrationImpl::RegistrationImpl(std::shared_ptr<UserAgent::Impl> agent, Account account,
-                                   RegistrationObserver& observer)
-    : agent_(std::move(agent))
+RegistrationImpl::RegistrationImpl(std::shared_ptr<Element> element, Account account, RegistrationObserver& observer)
+    : element_(std::move(element))
     , account_(std::move(account))
     , observer_(observer)
-    , due_(agent_->loop)
-    , silence_(agent_->loop)
+    , due_(element_->loop())
+    , silence_(element_->loop())
     , wait_(account_.retryFirst)
     , asked_(account_.expires)
 {
-    // Not within the caller, who has no registration in hand yet.
+    // Later, because the caller does not hold the registration yet.
     due_.start(std::chrono::milliseconds(0), [this] { send(asked_); });
 }
 
 RegistrationImpl::~RegistrationImpl()
 {
-    std::lock_guard guard(agent_->loop);
+    std::lock_guard guard(element_->loop());
     if (request_) {
         request_->abandon();
     }
-    if (registered_ && request_ && !agent_->isClosed()) {
+    if (registered_ && request_ && !element_->isClosed()) {
         (void)request_->send("REGISTER", replyTail({}, {}), 0, {});
     }
 }
 
-bool RegistrationImpl::prepare()
+Outcome<> RegistrationImpl::prepare()
 {
     if (request_) {
-        return true;
+        return {};
     }
-    std::string whyNot;
-    const std::string registrar = account_.registrar.empty() ? "sip:" + account_.domain : account_.registrar;
-    auto const route = agent_->routeTo(account_, registrar, whyNot);
-    if (route) {
-        request_ = ClientRequest::make(agent_, account_, *route, account_.addressOfRecord(), whyNot);
+    auto const route =
+        element_->routeTo(account_, account_.registrar.empty() ? "sip:" + account_.domain : account_.registrar);
+    if (!route) {
+        return tl::unexpected(route.error());
     }
-    if (!request_) {
-        fail(503, whyNot);
+    auto const made = ClientRequest::make(element_, account_, *route, account_.addressOfRecord());
+    if (!made) {
+        return tl::unexpected(made.error());
     }
-    return request_ != nullptr;
+    request_ = *made;
+    return {};
 }
 
 void RegistrationImpl::send(std::uint32_t expires)
 {
-    if (!prepare()) {
+    if (auto const prepared = prepare(); !prepared) {
+        fail(503, prepared.error().reason);
         return;
     }
     request_->abandon();
     auto const answered = [this, expires](int error, sip_msg const* message) { onAnswer(expires, error, message); };
-    const Headers headers{{"Allow", kAllow}, {"Supported", kSupported}};
-    if (int const error = request_->send("REGISTER", replyTail(headers, {}), expires, answered)) {
-        fail(503, errorText(error));
+    Headers const headers{{"Allow", kAllow}, {"Supported", kSupported}};
+    if (auto const started = request_->send("REGISTER", replyTail(headers, {}), expires, answered); !started) {
+        fail(503, started.error().reason);
         return;
     }
     silence_.start(account_.answerTimeout, [this] {
@@ -97,7 +97,7 @@ void RegistrationImpl::onAnswer(std::uint32_t asked, int error, sip_msg const* m
 {
     silence_.cancel();
     if (error || !message) {
-        fail(error == ETIMEDOUT ? 408 : 503, errorText(error));
+        fail(statusOf(error), errorText(error));
         return;
     }
     if (message->scode < 300) {
@@ -115,13 +115,11 @@ void RegistrationImpl::onAnswer(std::uint32_t asked, int error, sip_msg const* m
 
 std::uint32_t RegistrationImpl::grantedBy(sip_msg const& message) const
 {
-    const std::uint32_t usual = number(text(message.expires), kUsualExpires);
-    for (auto const& header : headersOf(message).values("Contact")) {
-        for (auto const& value : splitList(header)) {
-            auto const contact = NameAddr::parse(value);
-            if (contact && contact->uri == Uri::parse(request_->contact())) {
-                return number(contact->parameter("expires").value_or(""), usual);
-            }
+    const std::uint32_t usual = number(text(message.expires), kUsualRegistration);
+    for (auto const& value : headersOf(message).list("Contact")) {
+        auto const contact = NameAddr::parse(value);
+        if (contact && contact->uri == Uri::parse(request_->contact())) {
+            return number(contact->parameter("expires").value_or(""), usual);
         }
     }
     return number(text(message.expires), asked_);
@@ -137,7 +135,7 @@ void RegistrationImpl::onAccepted(std::uint32_t asked, sip_msg const& message)
     }
     const std::uint32_t granted = grantedBy(message);
     if (granted == 0) {
-        fail(503, "The registrar granted no time");
+        fail(503, "the registrar granted 0 seconds");
         return;
     }
     registered_ = true;
@@ -148,8 +146,8 @@ void RegistrationImpl::onAccepted(std::uint32_t asked, sip_msg const& message)
 void RegistrationImpl::fail(int status, std::string const& reason)
 {
     registered_ = false;
-    agent_->say(LogLevel::kWarning,
-                "Registration of " + account_.addressOfRecord() + " failed: " + std::to_string(status) + " " + reason);
+    element_->log(LogLevel::kWarning, "Registration of " + account_.addressOfRecord() +
+                                          " failed: " + std::to_string(status) + " " + reason);
     if (!isPermanent(status)) {
         due_.start(wait_, [this] { send(asked_); });
         wait_ = std::min(wait_ * 2, account_.retryMax);
@@ -159,7 +157,7 @@ void RegistrationImpl::fail(int status, std::string const& reason)
 
 void RegistrationImpl::retry()
 {
-    std::lock_guard guard(agent_->loop);
+    std::lock_guard guard(element_->loop());
     silence_.cancel();
     wait_ = account_.retryFirst;
     due_.start(std::chrono::milliseconds(0), [this] { send(asked_); });
@@ -167,7 +165,7 @@ void RegistrationImpl::retry()
 
 void RegistrationImpl::unregister()
 {
-    std::lock_guard guard(agent_->loop);
+    std::lock_guard guard(element_->loop());
     silence_.cancel();
     due_.start(std::chrono::milliseconds(0), [this] { send(0); });
 }

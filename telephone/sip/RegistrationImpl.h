@@ -1,4 +1,4 @@
-// A registration, behind the interface: when to send the next REGISTER, and what its answer means.
+// Registration by REGISTER requests of our own: when to send the next one, and what its answer means.
 #pragma once
 
 #include "telephone/sip/ClientRequest.h"
@@ -10,7 +10,7 @@ namespace telephone::sip {
 class RegistrationImpl final : public Registration
 {
 public:
-    RegistrationImpl(std::shared_ptr<UserAgent::Impl> agent, Account account, RegistrationObserver& observer);
+    RegistrationImpl(std::shared_ptr<Element> element, Account account, RegistrationObserver& observer);
     ~RegistrationImpl() override;
 
     Account const& account() const override { return account_; }
@@ -19,19 +19,19 @@ public:
     void unregister() override;
 
 private:
-    bool prepare();
+    Outcome<> prepare();
     void send(std::uint32_t expires);
     void onAnswer(std::uint32_t asked, int error, sip_msg const* message);
     void onAccepted(std::uint32_t asked, sip_msg const& message);
     void fail(int status, std::string const& reason);
     std::uint32_t grantedBy(sip_msg const& message) const;
 
-    std::shared_ptr<UserAgent::Impl> agent_;
+    std::shared_ptr<Element> element_;
     Account account_;
     RegistrationObserver& observer_;
     std::shared_ptr<ClientRequest> request_;
     Timer due_;      // the next REGISTER
-    Timer silence_;  // the answer to the last one
+    Timer silence_;  // limits the wait for an answer
     std::chrono::milliseconds wait_;
     std::uint32_t asked_;
     bool registered_ = false;

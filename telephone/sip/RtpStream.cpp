@@ -11,7 +11,7 @@ constexpr std::string_view kKeys = "0123456789*#ABCD";
 constexpr unsigned kEventVolume = 10;    // -10 dBm0
 constexpr unsigned kEndRepeats = 3;      // RFC 4733 section 2.5.1.4
 constexpr unsigned kPauseBeats = 3;      // between two digits
-constexpr std::size_t kEchoFrames = 10;  // what an echo may lag behind at most
+constexpr std::size_t kEchoFrames = 10;  // longest delay of the echo
 constexpr unsigned kFrameSamplesWide = kFrameSamples;
 
 }  // namespace
@@ -52,16 +52,6 @@ void RtpStream::stop()
     running_ = false;
     clock_.remove(*this);
     digits_.clear();
-}
-
-std::uint16_t RtpStream::localPort() const
-{
-    return sa_port(&local_);
-}
-
-std::string RtpStream::remoteAddress() const
-{
-    return sa_isset(&agreement_.remote, SA_ALL) ? addressText(agreement_.remote) : std::string();
 }
 
 bool RtpStream::canSendDigits() const
@@ -112,12 +102,11 @@ void RtpStream::sendAudio()
     bool const aLaw = agreement_.codec == "PCMA";
     std::array<std::uint8_t, kFrameSamples> payload{};
     std::transform(frame.begin(), frame.end(), payload.begin(), [aLaw](std::int16_t sample) {
-        // The most negative sample has no positive counterpart, which the coder needs.
-        const auto safe = std::max<std::int16_t>(sample, -32767);
+        // The encoder negates samples, which overflows for the most negative one.
+        auto const safe = std::max<std::int16_t>(sample, -32767);
         return aLaw ? g711_pcm2alaw(safe) : g711_pcm2ulaw(safe);
     });
     send(agreement_.payloadType, std::exchange(talkspurt_, false), timestamp_, payload.data(), payload.size());
-    ++sent_;
 }
 
 void RtpStream::sendEvent()
@@ -130,7 +119,7 @@ void RtpStream::sendEvent()
         }
         bool const ended = eventBeat_ >= digit.beats;
         unsigned const held = std::min(eventBeat_ + 1, digit.beats) * kFrameSamplesWide;
-        const std::array<std::uint8_t, 4> payload{static_cast<std::uint8_t>(kKeys.find(digit.key)),
+        std::array<std::uint8_t, 4> const payload{static_cast<std::uint8_t>(kKeys.find(digit.key)),
                                                   static_cast<std::uint8_t>((ended ? 0x80 : 0) | kEventVolume),
                                                   static_cast<std::uint8_t>(held >> 8),
                                                   static_cast<std::uint8_t>(held & 0xff)};
@@ -170,7 +159,7 @@ void RtpStream::receive(mbuf* packet)
         return;
     }
     std::uint8_t const* payload = mbuf_buf(packet);
-    const std::size_t size = mbuf_get_left(packet);
+    std::size_t const size = mbuf_get_left(packet);
     if (agreement_.eventPayloadType >= 0 && header.pt == agreement_.eventPayloadType) {
         receiveEvent(header, payload, size);
     } else if (header.pt == 0 || header.pt == 8) {
@@ -180,7 +169,7 @@ void RtpStream::receive(mbuf* packet)
 
 void RtpStream::receiveAudio(std::uint8_t const* payload, std::size_t size, bool aLaw)
 {
-    // What was under way when the far end was told to be silent is not heard any more.
+    // Packets still under way after we stopped receiving are dropped.
     if (!receives(agreement_.direction)) {
         return;
     }
@@ -191,7 +180,6 @@ void RtpStream::receiveAudio(std::uint8_t const* payload, std::size_t size, bool
         AudioFrame frame{};
         std::copy_n(pending_.begin(), kFrameSamples, frame.begin());
         pending_.erase(pending_.begin(), pending_.begin() + kFrameSamples);
-        ++received_;
         if (echo_ && echoed_.size() < kEchoFrames) {
             echoed_.push_back(frame);
         }
@@ -206,7 +194,7 @@ void RtpStream::receiveEvent(rtp_header const& header, std::uint8_t const* paylo
     if (size < 4 || payload[0] >= kKeys.size()) {
         return;
     }
-    // All packets of one event carry the time it began, so a lost or repeated packet does not count twice.
+    // All packets of one event carry the same timestamp, so that lost and repeated packets do not count twice.
     if (eventSeen_ && eventSeenTimestamp_ == header.ts) {
         return;
     }

@@ -1,5 +1,5 @@
-// The RTP side of one session (RFC 3550, 3551, 4733): a socket on a free port, G.711 both ways, telephone-events both
-// ways. Owned by its session; used under the lock. Digits come to one function, set by the owner.
+// The RTP stream of one session (RFC 3550, 3551, 4733): a socket on a free port, G.711 and telephone-events in both
+// directions. Owned by its session; used under the lock.
 #pragma once
 
 #include <deque>
@@ -16,11 +16,12 @@ namespace telephone::sip {
 class RtpStream final : public AudioStream, private MediaClockListener
 {
 public:
-    // Binds its port; throws std::runtime_error when there is none.
+    // Binds a free port; throws std::runtime_error if there is none.
     RtpStream(MediaClock& clock, sa const& localAddress);
     ~RtpStream() override;
 
-    // Starts, or goes on with what was agreed anew.
+    std::uint16_t localPort() const { return sa_port(&local_); }
+    // Starts the stream, or changes it to a new agreement.
     void apply(SdpNegotiation::Agreement const& agreement);
     void stop();
 
@@ -32,12 +33,7 @@ public:
     void setSink(AudioSink* sink) override { sink_ = sink; }
     void setEcho(bool echo) override { echo_ = echo; }
     Direction direction() const override { return agreement_.direction; }
-    bool isRunning() const override { return running_; }
     std::string codec() const override { return agreement_.codec; }
-    std::uint16_t localPort() const override;
-    std::string remoteAddress() const override;
-    std::uint64_t framesSent() const override { return sent_; }
-    std::uint64_t framesReceived() const override { return received_; }
 
 private:
     struct Digit
@@ -68,8 +64,6 @@ private:
     std::uint32_t ssrc_;
     std::uint16_t sequence_;
     std::uint32_t timestamp_;
-    std::uint64_t sent_ = 0;
-    std::uint64_t received_ = 0;
 
     std::deque<Digit> digits_;
     unsigned eventBeat_ = 0;  // beats since the present digit began
@@ -78,7 +72,7 @@ private:
     std::uint32_t eventSeenTimestamp_ = 0;
     std::function<void(char)> digitHeard_;
 
-    std::vector<std::int16_t> pending_;  // heard, less than a frame
+    std::vector<std::int16_t> pending_;  // received samples, less than a frame
     std::deque<AudioFrame> echoed_;
 };
 

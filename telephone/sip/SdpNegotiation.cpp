@@ -20,7 +20,7 @@ constexpr char const* kEventPayloadType = "101";
 void check(int error)
 {
     if (error) {
-        throw std::runtime_error("no session description: " + errorText(error));
+        throw std::runtime_error("the session description cannot be made: " + errorText(error));
     }
 }
 
@@ -60,7 +60,7 @@ bool SdpNegotiation::encode(Ref<mbuf>& description, bool offer)
 
 int SdpNegotiation::decode(mbuf const* body, bool offer)
 {
-    // A view of its own: the stack decides by what is left in the message whether there was a body.
+    // A copy, because the stack tells by the unread rest of the message whether there was a body.
     Ref<mbuf> copy;
     if (!fill(copy, remainingText(body))) {
         return ENOMEM;

@@ -13,28 +13,28 @@ namespace telephone::sip {
 class SdpNegotiation
 {
 public:
-    // What both ends agreed on; valid after one offer and one answer.
+    // The result of the latest offer and answer.
     struct Agreement
     {
-        std::string codec;  // empty: none in common
+        std::string codec;  // empty: no common codec
         int payloadType = -1;
-        int eventPayloadType = -1;  // -1: the far end has no telephone-event
+        int eventPayloadType = -1;  // -1: not supported by the far end
         sa remote{};
         Direction direction = Direction::kInactive;
     };
 
-    // throws std::runtime_error without memory
+    // Throws std::runtime_error without memory.
     SdpNegotiation(sa const& local, std::uint16_t rtpPort, std::vector<std::string> const& codecs,
                    bool telephoneEvents);
     ~SdpNegotiation();
 
     bool encode(Ref<mbuf>& description, bool offer);
-    // Reads the far end's description; an error of errno, EPROTO when there is no codec in common.
+    // Reads the far end's description. Returns 0, or an error of errno for the stack: EPROTO without a common codec.
     int decode(mbuf const* body, bool offer);
 
     void setLocalDirection(Direction direction);
     Direction localDirection() const;
-    // What the far end lets us do: its own direction seen from here, an address of 0.0.0.0 counted as "do not send".
+    // The far end's direction, seen from this end. An address of 0.0.0.0 means that we must not send.
     Direction remoteDirection() const;
     Agreement agreement() const;
     bool isAgreed() const { return agreed_; }

@@ -1,7 +1,4 @@
-// What the stack tells a session.
-#include <algorithm>
-#include <charconv>
-
+// The stack's handlers of a session.
 #include "telephone/sip/EventLoop.h"
 #include "telephone/sip/InvitationReader.h"
 #include "telephone/sip/SessionImpl.h"
@@ -11,7 +8,10 @@ namespace telephone::sip {
 
 namespace {
 
-// The key that INFO carries: "Signal=5" lines (application/dtmf-relay) or the key alone (application/dtmf).
+constexpr std::string_view kDigits = "0123456789*#ABCDabcd";
+constexpr int kMostRedirections = 10;
+
+// The digit of an INFO: a line "Signal=5" (application/dtmf-relay) or the digit alone (application/dtmf).
 char keyOf(Content const& content)
 {
     std::string body = content.body;
@@ -24,72 +24,16 @@ char keyOf(Content const& content)
 
 bool isDigitContent(Content const& content)
 {
-    const std::string type = content.type.substr(0, content.type.find(';'));
+    std::string const type = content.type.substr(0, content.type.find(';'));
     return equalsIgnoringCase(type, "application/dtmf-relay") || equalsIgnoringCase(type, "application/dtmf");
-}
-
-// "SIP/2.0 180 Ringing" (RFC 3420).
-Response parseStatusLine(std::string const& body)
-{
-    Response response;
-    constexpr std::string_view kVersion = "SIP/2.0 ";
-    if (body.compare(0, kVersion.size(), kVersion) != 0) {
-        return response;
-    }
-    char const* begin = body.data() + kVersion.size();
-    auto const [end, error] = std::from_chars(begin, body.data() + body.size(), response.status);
-    if (error != std::errc() || response.status < 100 || response.status > 699) {
-        return {};
-    }
-    auto const rest = static_cast<std::size_t>(end - body.data());
-    auto const line = body.find_first_of("\r\n");
-    if (rest + 1 < std::min(line, body.size())) {
-        response.reason = body.substr(rest + 1, line == std::string::npos ? line : line - rest - 1);
-    }
-    return response;
 }
 
 }  // namespace
 
-void SessionImpl::progressHandler(sip_msg const* message, void* session)
-{
-    static_cast<SessionImpl*>(session)->onProgress(*message);
-}
-
-int SessionImpl::offerHandler(mbuf** description, sip_msg const* message, void* session)
-{
-    return static_cast<SessionImpl*>(session)->onOffer(description, *message);
-}
-
-int SessionImpl::answerHandler(sip_msg const* message, void* session)
-{
-    return static_cast<SessionImpl*>(session)->onAnswer(*message);
-}
-
-void SessionImpl::establishedHandler(sip_msg const* message, void* session)
-{
-    static_cast<SessionImpl*>(session)->onEstablished(*message);
-}
-
-void SessionImpl::infoHandler(::sip*, sip_msg const* message, void* session)
-{
-    static_cast<SessionImpl*>(session)->onInfo(*message);
-}
-
-void SessionImpl::referHandler(::sip*, sip_msg const* message, void* session)
-{
-    static_cast<SessionImpl*>(session)->onRefer(*message);
-}
-
-void SessionImpl::closeHandler(int error, sip_msg const* message, void* session)
-{
-    static_cast<SessionImpl*>(session)->onClose(error, message);
-}
-
 void SessionImpl::postFromStack(std::function<void()> work)
 {
-    agent_->loop.post([alive = std::weak_ptr<SessionImpl*>(self_), work = std::move(work)] {
-        const auto session = alive.lock();
+    element_->loop().post([alive = std::weak_ptr<SessionImpl*>(self_), work = std::move(work)] {
+        auto const session = alive.lock();
         if (session && (*session)->state_ != SessionState::kClosed) {
             work();
         }
@@ -98,7 +42,7 @@ void SessionImpl::postFromStack(std::function<void()> work)
 
 void SessionImpl::learnDialog(sip_msg const& message)
 {
-    // In an answer the local end is From, in a request To. The tags of an incoming call are known from its INVITE.
+    // In a response From is the local end, in a request To. The tags of an incoming call are known from its INVITE.
     if (outgoing_ && !message.req) {
         dialogId_.localTag = text(message.from.tag);
         if (message.to.tag.p) {
@@ -171,7 +115,7 @@ int SessionImpl::onOffer(mbuf** description, sip_msg const& message)
         applyMedia();
         postFromStack([this] { announceRemoteChange(); });
     }
-    if (modification_) {
+    if (directionBefore_) {
         postFromStack([this] { reissueModification(); });
     }
     return 0;
@@ -181,7 +125,7 @@ int SessionImpl::onAnswer(sip_msg const& message)
 {
     bool const renegotiation = state_ == SessionState::kEstablished;
     bool const described = mbuf_get_left(message.mb) > 0;
-    // An answer without a description is right where an earlier one (183) had it.
+    // An answer without a description is valid if an earlier one (183) had it.
     int error = sdp_.isAgreed() ? 0 : EPROTO;
     if (described) {
         error = sdp_.decode(message.mb, false);
@@ -222,36 +166,36 @@ void SessionImpl::onEstablished(sip_msg const& message)
     }
 }
 
-void SessionImpl::onInfo(sip_msg const& message)
+void SessionImpl::onInfo(::sip* /*stack*/, sip_msg const& message)
 {
-    const Content content = contentOf(message);
-    (void)sip_treply(nullptr, agent_->stack, &message, 200, "OK");
-    if (!observer_) {
-        return;
-    }
-    if (!isDigitContent(content)) {
+    Content const content = contentOf(message);
+    element_->answer(message, 200, "OK");
+    if (isDigitContent(content)) {
+        if (char const key = keyOf(content); kDigits.find(key) != std::string_view::npos) {
+            announceDigit(key);
+        }
+    } else if (observer_) {
         observer_->onInfo(*this, content);
-        return;
     }
-    if (char const key = keyOf(content); std::string_view("0123456789*#ABCDabcd").find(key) != std::string_view::npos) {
+}
+
+void SessionImpl::announceDigit(char key)
+{
+    if (observer_) {
         observer_->onDigit(*this, key);
     }
 }
 
-void SessionImpl::onRefer(sip_msg const& message)
+void SessionImpl::onRefer(::sip* /*stack*/, sip_msg const& message)
 {
-    auto transfer = TransferImpl::read(agent_, message, sipsess_dialog(session_.get()), contactUser_);
+    auto transfer = TransferImpl::read(element_, message, sipsess_dialog(session_.get()), contactUser_);
     if (transfer && observer_) {
         observer_->onTransferRequested(*this, std::move(transfer));
     }
 }
 
-void SessionImpl::onClose(int error, sip_msg const* message)
+Closing SessionImpl::closingOf(int error, sip_msg const* message) const
 {
-    bool const redirected = message && message->scode >= 300 && message->scode < 400;
-    if (redirected && redirection_ && followRedirection()) {
-        return;
-    }
     bool const wasEstablished = state_ == SessionState::kEstablished || state_ == SessionState::kAnswering;
     Closing closing;
     closing.reasonHeader = closingReason_;
@@ -269,11 +213,21 @@ void SessionImpl::onClose(int error, sip_msg const* message)
         closing.cause = wasEstablished || outgoing_ ? CloseCause::kRemoteHangUp : CloseCause::kCancelled;
     } else {
         closing.status = error == EPROTO || error == EBADMSG ? 488 : 503;
-        closing.text = error ? errorText(error) : "no answer to be used";
+        closing.text = error ? errorText(error) : "the answer is unusable";
     }
+    return closing;
+}
+
+void SessionImpl::onClose(int error, sip_msg const* message)
+{
+    bool const redirected = message && message->scode >= 300 && message->scode < 400;
+    if (redirected && redirection_ && followRedirection()) {
+        return;
+    }
+    Closing const closing = closingOf(error, message);
     end();
     auto const infos = std::move(infos_);
-    const std::weak_ptr<SessionImpl*> alive = self_;
+    std::weak_ptr<SessionImpl*> const alive = self_;
     for (auto const& info : infos) {
         if (info->done) {
             info->done({closing.status ? closing.status : 481, closing.text, {}, {}});
@@ -286,7 +240,7 @@ void SessionImpl::onClose(int error, sip_msg const* message)
 
 void SessionImpl::onCancelledBeforeAnswer()
 {
-    (void)sip_treply(&transaction_, agent_->stack, invite_.get(), 487, "Request Terminated");
+    invite_->answer(487, "Request Terminated");
     end();
     if (!observer_) {
         return;
@@ -299,7 +253,7 @@ void SessionImpl::onCancelledBeforeAnswer()
 
 void SessionImpl::onInfoAnswered(PendingInfo& pending, int error, sip_msg const* message)
 {
-    const ResponseHandler done = std::move(pending.done);
+    ResponseHandler const done = std::move(pending.done);
     std::erase_if(infos_, [&pending](auto const& info) { return info.get() == &pending; });
     if (!done) {
         return;
@@ -307,44 +261,7 @@ void SessionImpl::onInfoAnswered(PendingInfo& pending, int error, sip_msg const*
     done(message ? responseOf(*message) : Response{503, errorText(error), {}, {}});
 }
 
-void SessionImpl::onReferNotify(sip_msg const& message)
-{
-    (void)sip_treply(nullptr, agent_->stack, &message, 200, "OK");
-    if (!referring_) {
-        return;
-    }
-    const Response progress = parseStatusLine(remainingText(message.mb));
-    if (progress.status) {
-        referralStatus_ = progress.status;
-    }
-    const std::string state = headerValue(message, "Subscription-State");
-    bool const terminated = equalsIgnoringCase(std::string_view(state).substr(0, 10), "terminated");
-    bool const ended = referralStatus_ >= 200 || terminated;
-    if (ended) {
-        referring_ = false;
-    }
-    if (observer_ && (progress.status || ended)) {
-        observer_->onTransferProgress(*this, referralStatus_ ? referralStatus_ : 503, progress.reason, ended);
-    }
-}
-
-// The REFER was refused or not answered, or its notices ended without a final one.
-void SessionImpl::onReferClosed(int error, sip_msg const* message)
-{
-    if (!referring_) {
-        return;
-    }
-    referring_ = false;
-    Response result{error == ETIMEDOUT ? 408 : 503, errorText(error), {}, {}};
-    if (message && !message->req) {
-        result = responseOf(*message);
-    }
-    if (observer_) {
-        observer_->onTransferProgress(*this, result.status, result.reason, true);
-    }
-}
-
-void SessionImpl::noteRefusedInvite(Response const& response)
+void SessionImpl::onInviteRefused(Response const& response)
 {
     bool const challenged = response.status == 401 || response.status == 407;
     bool const retriedByStack = response.status == 491 || (challenged && !request_.account.password.empty()) ||
@@ -357,12 +274,10 @@ void SessionImpl::noteRefusedInvite(Response const& response)
 
 bool SessionImpl::takeRedirection(Response const& response)
 {
-    constexpr int kMostRedirections = 10;
     bool const calling = state_ == SessionState::kCalling || state_ == SessionState::kEarly;
     auto const contact = NameAddr::parse(response.headers.value("Contact"));
-    std::string whyNot;
     if (!outgoing_ || !calling || redirections_ >= kMostRedirections || !contact ||
-        !agent_->routeTo(request_.account, contact->uri.format(), whyNot)) {
+        !element_->routeTo(request_.account, contact->uri.format())) {
         return false;
     }
     redirection_ = response;
@@ -371,25 +286,25 @@ bool SessionImpl::takeRedirection(Response const& response)
 
 bool SessionImpl::followRedirection()
 {
-    const Response response = *redirection_;
+    Response const response = *redirection_;
     redirection_.reset();
     ++redirections_;
-    const std::string contact = NameAddr::parse(response.headers.value("Contact"))->uri.format();
-    std::string whyNot;
-    auto const route = agent_->routeTo(request_.account, contact, whyNot);
+    std::string const contact = NameAddr::parse(response.headers.value("Contact"))->uri.format();
+    auto const route = element_->routeTo(request_.account, contact);
     for (char const* name : {"Diversion", "History-Info"}) {
         for (auto const& value : response.headers.values(name)) {
             request_.headers.add(name, value);
         }
     }
-    agent_->remove(*this);
+    element_->tap().remove(*this);
     if (!route) {
         return false;
     }
     route_ = *route;
     dialogId_ = {};
     state_ = SessionState::kCalling;
-    if (start() != 0) {
+    if (auto const started = start(); !started) {
+        element_->logRefusal(started);
         return false;
     }
     if (observer_) {
@@ -398,7 +313,7 @@ bool SessionImpl::followRedirection()
     return true;
 }
 
-void SessionImpl::noteRedirection(Response const& response)
+void SessionImpl::onInviteRedirected(Response const& response)
 {
     auto const contact = NameAddr::parse(response.headers.value("Contact"));
     bool const calling = state_ == SessionState::kCalling || state_ == SessionState::kEarly;

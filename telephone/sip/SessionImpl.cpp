@@ -12,20 +12,28 @@ namespace telephone::sip {
 namespace {
 
 constexpr std::string_view kKeys = "0123456789*#ABCD";
-// Longer than the stack waits for an answer, so it only ends what the stack forgot.
+// Longer than the stack waits for an answer, so that it only ends re-INVITEs that the stack has dropped.
 constexpr std::chrono::seconds kModificationGuard{40};
 
-Headers capabilities()
+// Our capabilities and these headers, as text.
+std::string withCapabilities(Headers const& more)
 {
-    return {{"Allow", kAllow}, {"Supported", kSupported}};
+    return Headers{{"Allow", kAllow}, {"Supported", kSupported}}.format() + more.format();
 }
 
-Headers joined(Headers first, Headers const& more)
+Outcome<> notWaitingForAnswer()
 {
-    for (auto const& header : more) {
-        first.add(header.name, header.value);
-    }
-    return first;
+    return refuse(RefusalKind::kWrongState, "the call is not waiting for an answer");
+}
+
+Outcome<> notEstablished()
+{
+    return refuse(RefusalKind::kWrongState, "the call is not established");
+}
+
+Outcome<> noDescription()
+{
+    return refuse(RefusalKind::kUnavailable, "the session description cannot be written");
 }
 
 }  // namespace
@@ -35,9 +43,9 @@ bool Closing::answeredElsewhere() const
     return reasonHeader.find("cause=200") != std::string::npos;
 }
 
-SessionImpl::SessionImpl(std::shared_ptr<UserAgent::Impl> agent, CallRequest const& request, Route route,
+SessionImpl::SessionImpl(std::shared_ptr<Element> element, CallRequest const& request, Route route,
                          SessionObserver& observer)
-    : agent_(std::move(agent))
+    : element_(std::move(element))
     , observer_(&observer)
     , outgoing_(true)
     , state_(SessionState::kCalling)
@@ -46,152 +54,139 @@ SessionImpl::SessionImpl(std::shared_ptr<UserAgent::Impl> agent, CallRequest con
     , ownUri_(route.fromUri)
     , request_(request)
     , route_(std::move(route))
-    , rtp_(agent_->clock, agent_->address)
-    , sdp_(agent_->address, rtp_.localPort(), agent_->config.codecs, agent_->config.telephoneEvents)
-    , modificationGuard_(agent_->loop)
+    , rtp_(element_->clock(), element_->address())
+    , sdp_(element_->address(), rtp_.localPort(), element_->config().codecs, element_->config().telephoneEvents)
+    , modificationGuard_(element_->loop())
 {
-    Account const& account = request.account;
-    ++agent_->livingSessions;
-    makeCredentials(credentials_, account.authUser.empty() ? account.user : account.authUser, account.password);
+    makeCredentials(credentials_, request.account);
     sdp_.setLocalDirection(request.direction);
-    rtp_.onDigit([this](char key) {
-        if (observer_) {
-            observer_->onDigit(*this, key);
-        }
-    });
+    rtp_.onDigit([this](char key) { announceDigit(key); });
 }
 
-SessionImpl::SessionImpl(std::shared_ptr<UserAgent::Impl> agent, sip_msg const& invite)
-    : agent_(std::move(agent))
+SessionImpl::SessionImpl(std::shared_ptr<Element> element, sip_msg const& invite)
+    : element_(std::move(element))
     , outgoing_(false)
     , state_(SessionState::kIncoming)
     , invitation_(readInvitation(invite))
+    , dialogId_{text(invite.callid), localTagOf(invite), text(invite.from.tag)}
     , remoteParty_(invitation_.caller())
     , remoteContact_(contactOf(invite))
-    , rtp_(agent_->clock, agent_->address)
-    , sdp_(agent_->address, rtp_.localPort(), agent_->config.codecs, agent_->config.telephoneEvents)
-    , modificationGuard_(agent_->loop)
+    , contactUser_(element_->contactUserFor(invite))
+    , ownUri_(invitation_.to.uri.formatAddressOfRecord())
+    , rtp_(element_->clock(), element_->address())
+    , sdp_(element_->address(), rtp_.localPort(), element_->config().codecs, element_->config().telephoneEvents)
+    , modificationGuard_(element_->loop())
 {
-    dialogId_ = {text(invite.callid), localTagOf(invite), text(invite.from.tag)};
-    contactUser_ = text(invite.uri.user);
-    if (contactUser_.empty()) {
-        contactUser_ = agent_->config.name;
-    }
-    ownUri_ = invitation_.to.uri.formatAddressOfRecord();
-    invite_.share(&invite);
-    ++agent_->livingSessions;
-    makeCredentials(credentials_, "", "");
-    rtp_.onDigit([this](char key) {
-        if (observer_) {
-            observer_->onDigit(*this, key);
-        }
-    });
+    invite_.emplace(element_, invite, handlerOf<&SessionImpl::onCancelledBeforeAnswer>, this);
+    rtp_.onDigit([this](char key) { announceDigit(key); });
 }
 
 SessionImpl::~SessionImpl()
 {
-    std::lock_guard guard(agent_->loop);
+    std::lock_guard guard(element_->loop());
     observer_ = nullptr;
     self_.reset();
-    --agent_->livingSessions;
-    if (!transaction_) {
+    if (invite_ && invite_->isOpen()) {
+        reject(480, "Temporarily Unavailable", {});
+    } else {
         hangUp({});
-        return;
     }
-    (void)sip_treply(&transaction_, agent_->stack, invite_.get(), 480, "Temporarily Unavailable");
-    end();
-    releaseStack();
+    credentials_.reset();
 }
 
-int SessionImpl::start()
+Outcome<> SessionImpl::start()
 {
     Ref<mbuf> description;
     if (!sdp_.encode(description, true)) {
-        return ENOMEM;
+        return noDescription();
     }
-    Headers headers = capabilities();
+    Headers headers;
     if (request_.replaces) {
         headers.add("Replaces", request_.replaces->format());
     }
     if (!request_.referredBy.empty()) {
         headers.add("Referred-By", request_.referredBy);
     }
-    const std::string extra = joined(headers, request_.headers).format();
+    std::string const extra = withCapabilities(headers) + request_.headers.format();
     char const* proxies[] = {route_.proxy.c_str()};
-    int const error =
-        sipsess_connect(session_.out(), agent_->sessionSocket.get(), route_.target.c_str(),
-                        route_.fromName.empty() ? nullptr : route_.fromName.c_str(), route_.fromUri.c_str(),
-                        contactUser_.c_str(), proxies, route_.proxy.empty() ? 0 : 1, kSdpType, description.get(),
-                        answerChallenge, credentials_.get(), true, offerHandler, answerHandler, progressHandler,
-                        establishedHandler, infoHandler, referHandler, closeHandler, this, "%s", extra.c_str());
-    if (error) {
-        return error;
+    int const error = sipsess_connect(
+        session_.out(), element_->sessionSocket(), route_.target.c_str(), route_.fromNameOrNull(),
+        route_.fromUri.c_str(), contactUser_.c_str(), proxies, route_.proxyCount(), kSdpType, description.get(),
+        answerChallenge, credentials_.get(), true, handlerOf<&SessionImpl::onOffer>, handlerOf<&SessionImpl::onAnswer>,
+        handlerOf<&SessionImpl::onProgress>, handlerOf<&SessionImpl::onEstablished>, handlerOf<&SessionImpl::onInfo>,
+        handlerOf<&SessionImpl::onRefer>, handlerOf<&SessionImpl::onClose>, this, "%s", extra.c_str());
+    if (!error) {
+        dialogId_.callId = sip_dialog_callid(sipsess_dialog(session_.get()));
+        element_->tap().add(dialogId_.callId, *this);
     }
-    dialogId_.callId = sip_dialog_callid(sipsess_dialog(session_.get()));
-    agent_->add(dialogId_.callId, *this);
-    return 0;
+    return sent(error, "INVITE to " + route_.target);
 }
 
-int SessionImpl::begin()
+bool SessionImpl::begin()
 {
-    agent_->add(dialogId_.callId, *this);
-    auto const cancelled = [](void* session) { static_cast<SessionImpl*>(session)->onCancelledBeforeAnswer(); };
-    if (sip_strans_alloc(&transaction_, agent_->stack, invite_.get(), cancelled, this) != 0) {
-        return 500;
-    }
-    (void)sip_treply(&transaction_, agent_->stack, invite_.get(), 100, "Trying");
+    element_->tap().add(dialogId_.callId, *this);
+    invite_->answer(100, "Trying");
+    sip_msg const& invite = invite_->request();
     if (remoteContact_.empty()) {
-        return 400;
+        return refuseIncoming(400, "Missing Contact");
     }
-    offered_ = mbuf_get_left(invite_.get()->mb) == 0;
-    if (offered_) {
-        return 0;
+    offersInAnswer_ = mbuf_get_left(invite.mb) == 0;
+    if (offersInAnswer_) {
+        return true;
     }
-    if (!msg_ctype_cmp(&invite_.get()->ctyp, "application", "sdp")) {
-        return 415;
+    if (!msg_ctype_cmp(&invite.ctyp, "application", "sdp")) {
+        return refuseIncoming(415, "Unsupported Media Type", {{"Accept", kSdpType}});
     }
-    return sdp_.decode(invite_.get()->mb, true) == 0 ? 0 : 488;
+    return sdp_.decode(invite.mb, true) == 0 || refuseIncoming(488, "Not Acceptable Here");
+}
+
+// Returns false.
+bool SessionImpl::refuseIncoming(std::uint16_t status, char const* reason, Headers const& headers)
+{
+    reject(status, reason, headers);
+    return false;
 }
 
 void SessionImpl::setObserver(SessionObserver* observer)
 {
-    std::lock_guard guard(agent_->loop);
+    std::lock_guard guard(element_->loop());
     observer_ = observer;
 }
 
 SessionState SessionImpl::state() const
 {
-    std::lock_guard guard(agent_->loop);
+    std::lock_guard guard(element_->loop());
     return state_;
 }
 
 DialogId SessionImpl::dialogId() const
 {
-    std::lock_guard guard(agent_->loop);
+    std::lock_guard guard(element_->loop());
     return dialogId_;
 }
 
 NameAddr SessionImpl::remoteParty() const
 {
-    std::lock_guard guard(agent_->loop);
+    std::lock_guard guard(element_->loop());
     return remoteParty_;
 }
 
 std::string SessionImpl::remoteContact() const
 {
-    std::lock_guard guard(agent_->loop);
+    std::lock_guard guard(element_->loop());
     return remoteContact_;
 }
 
 std::string SessionImpl::localContact() const
 {
-    bool const tcp = outgoing_ ? request_.account.transport == Transport::kTcp : invite_.get()->tp == SIP_TRANSP_TCP;
-    return agent_->localUri(contactUser_, tcp ? SIP_TRANSP_TCP : SIP_TRANSP_UDP);
+    bool const tcp =
+        outgoing_ ? request_.account.transport == Transport::kTcp : invite_->request().tp == SIP_TRANSP_TCP;
+    return element_->localUri(contactUser_, tcp ? SIP_TRANSP_TCP : SIP_TRANSP_UDP);
 }
 
 bool SessionImpl::supportsTelephoneEvents() const
 {
-    std::lock_guard guard(agent_->loop);
+    std::lock_guard guard(element_->loop());
     return sdp_.isAgreed() && sdp_.agreement().eventPayloadType >= 0;
 }
 
@@ -200,112 +195,131 @@ bool SessionImpl::isIncomingPending() const
     return !outgoing_ && (state_ == SessionState::kIncoming || state_ == SessionState::kEarly);
 }
 
-// The first answer of ours that makes a dialog: 180, 183 or 200.
-int SessionImpl::accept(std::uint16_t status, char const* reason, mbuf* description, Headers const& headers)
+// Our first response that creates a dialog: 180, 183 or 200.
+Outcome<> SessionImpl::accept(std::uint16_t status, char const* reason, mbuf* description, Headers const& headers)
 {
-    transaction_ = static_cast<sip_strans*>(mem_deref(transaction_));
-    const std::string extra = joined(capabilities(), headers).format();
-    int const error =
-        sipsess_accept(session_.out(), agent_->sessionSocket.get(), invite_.get(), status, reason, contactUser_.c_str(),
-                       kSdpType, description, answerChallenge, credentials_.get(), true, offerHandler, answerHandler,
-                       establishedHandler, infoHandler, referHandler, closeHandler, this, "%s", extra.c_str());
+    invite_->handOver();
+    sip_msg const& invite = invite_->request();
+    int const error = sipsess_accept(
+        session_.out(), element_->sessionSocket(), &invite, status, reason, contactUser_.c_str(), kSdpType, description,
+        answerChallenge, nullptr, false, handlerOf<&SessionImpl::onOffer>, handlerOf<&SessionImpl::onAnswer>,
+        handlerOf<&SessionImpl::onEstablished>, handlerOf<&SessionImpl::onInfo>, handlerOf<&SessionImpl::onRefer>,
+        handlerOf<&SessionImpl::onClose>, this, "%s", withCapabilities(headers).c_str());
     if (error) {
-        (void)sip_treply(nullptr, agent_->stack, invite_.get(), 500, "Server Internal Error");
+        element_->answer(invite, 500, "Server Internal Error");
     }
-    return error;
+    return sent(error, std::to_string(status) + " " + reason);
 }
 
-int SessionImpl::provisional(std::uint16_t status, char const* reason, mbuf* description, Headers const& headers)
+Outcome<> SessionImpl::respond(std::uint16_t status, char const* reason, mbuf* description, Headers const& headers)
 {
     if (!session_) {
         return accept(status, reason, description, headers);
     }
-    const std::string extra = joined(capabilities(), headers).format();
-    return sipsess_progress(session_.get(), status, reason, description, "%s", extra.c_str());
+    auto const send = status < 200 ? sipsess_progress : sipsess_answer;
+    return sent(send(session_.get(), status, reason, description, "%s", withCapabilities(headers).c_str()),
+                std::to_string(status) + " " + reason);
 }
 
-bool SessionImpl::ring(Headers const& headers)
+Outcome<> SessionImpl::ring(Headers const& headers)
 {
-    std::lock_guard guard(agent_->loop);
-    if (!isIncomingPending() || provisional(180, "Ringing", nullptr, headers) != 0) {
-        return false;
+    std::lock_guard guard(element_->loop());
+    if (!isIncomingPending()) {
+        return notWaitingForAnswer();
     }
-    state_ = SessionState::kEarly;
-    return true;
+    auto const ringing = respond(180, "Ringing", nullptr, headers);
+    if (ringing) {
+        state_ = SessionState::kEarly;
+    }
+    return ringing;
 }
 
-bool SessionImpl::progress(Headers const& headers)
+Outcome<> SessionImpl::progress(Headers const& headers)
 {
-    std::lock_guard guard(agent_->loop);
+    std::lock_guard guard(element_->loop());
+    if (!isIncomingPending()) {
+        return notWaitingForAnswer();
+    }
+    if (offersInAnswer_) {
+        return refuse(RefusalKind::kNotSupported, "a call without an offer cannot have early media");
+    }
     Ref<mbuf> description;
-    if (!isIncomingPending() || offered_ || !sdp_.encode(description, false) ||
-        provisional(183, "Session Progress", description.get(), headers) != 0) {
-        return false;
+    if (!sdp_.encode(description, false)) {
+        return noDescription();
     }
-    state_ = SessionState::kEarly;
-    applyMedia();
-    return true;
-}
-
-bool SessionImpl::answer(Headers const& headers)
-{
-    std::lock_guard guard(agent_->loop);
-    Ref<mbuf> description;
-    if (!isIncomingPending() || !sdp_.encode(description, offered_)) {
-        return false;
-    }
-    const std::string extra = joined(capabilities(), headers).format();
-    int const error = session_ ? sipsess_answer(session_.get(), 200, "OK", description.get(), "%s", extra.c_str())
-                               : accept(200, "OK", description.get(), headers);
-    if (error) {
-        return false;
-    }
-    state_ = SessionState::kAnswering;
-    if (!offered_) {
+    auto const progressing = respond(183, "Session Progress", description.get(), headers);
+    if (progressing) {
+        state_ = SessionState::kEarly;
         applyMedia();
     }
-    return true;
+    return progressing;
 }
 
-bool SessionImpl::reject(int status, std::string const& reason, Headers const& headers)
+Outcome<> SessionImpl::answer(Headers const& headers)
 {
-    std::lock_guard guard(agent_->loop);
-    if (!isIncomingPending() || status < 300 || status > 699) {
-        return false;
+    std::lock_guard guard(element_->loop());
+    if (!isIncomingPending()) {
+        return notWaitingForAnswer();
     }
-    const std::string tail = replyTail(headers, {});
-    auto const code = static_cast<std::uint16_t>(status);
-    int const error = session_ ? sipsess_reject(session_.get(), code, reason.c_str(), "%s", tail.c_str())
-                               : sip_treplyf(&transaction_, nullptr, agent_->stack, invite_.get(), false, code,
-                                             reason.c_str(), "%s", tail.c_str());
+    Ref<mbuf> description;
+    if (!sdp_.encode(description, offersInAnswer_)) {
+        return noDescription();
+    }
+    auto const answered = respond(200, "OK", description.get(), headers);
+    if (answered) {
+        state_ = SessionState::kAnswering;
+        if (!offersInAnswer_) {
+            applyMedia();
+        }
+    }
+    return answered;
+}
+
+void SessionImpl::reject(int status, std::string const& reason, Headers const& headers)
+{
+    std::lock_guard guard(element_->loop());
+    if (!isIncomingPending() || status < 300 || status > 699) {
+        element_->log(LogLevel::kWarning, "Rejection of a call with " + std::to_string(status) + " is ignored");
+        return;
+    }
+    if (session_) {
+        (void)sipsess_reject(session_.get(), static_cast<std::uint16_t>(status), reason.c_str(), "%s",
+                             replyTail(headers, {}).c_str());
+    } else {
+        invite_->answer(status, reason, headers);
+    }
     end();
     releaseStack();
-    return error == 0;
 }
 
-bool SessionImpl::redirect(std::string const& contact, std::string const& diversionReason)
+Outcome<> SessionImpl::redirect(std::string const& contact, std::string const& diversionReason)
 {
+    std::lock_guard guard(element_->loop());
     auto const target = Uri::parse(contact);
     if (!target) {
-        return false;
+        return refuse(RefusalKind::kBadInput, "\"" + contact + "\" is not a URI");
+    }
+    if (!isIncomingPending()) {
+        return notWaitingForAnswer();
     }
     Headers headers{{"Contact", "<" + target->format() + ">"}};
     if (!diversionReason.empty()) {
         auto const called = Uri::parse(invitation_.requestUri);
-        const std::string party = called ? called->formatAddressOfRecord() : ownUri_;
+        std::string const party = called ? called->formatAddressOfRecord() : ownUri_;
         headers.add("Diversion", "<" + party + ">;reason=" + diversionReason);
     }
-    return reject(302, "Moved Temporarily", headers);
+    reject(302, "Moved Temporarily", headers);
+    return {};
 }
 
 void SessionImpl::hangUp(std::string const& reason)
 {
-    std::lock_guard guard(agent_->loop);
+    std::lock_guard guard(element_->loop());
     if (state_ == SessionState::kClosed) {
         return;
     }
     if (isIncomingPending()) {
-        (void)reject(486, "Busy Here", reason.empty() ? Headers{} : Headers{{"Reason", reason}});
+        reject(486, "Busy Here", reason.empty() ? Headers{} : Headers{{"Reason", reason}});
         return;
     }
     if (!reason.empty()) {
@@ -318,128 +332,146 @@ void SessionImpl::hangUp(std::string const& reason)
 void SessionImpl::end()
 {
     state_ = SessionState::kClosed;
-    agent_->remove(*this);
+    element_->tap().remove(*this);
     rtp_.stop();
     modificationGuard_.cancel();
-    modification_.reset();
+    directionBefore_.reset();
     queuedModifications_.clear();
     digitsByInfo_.clear();
 }
 
 void SessionImpl::releaseStack()
 {
-    transaction_ = static_cast<sip_strans*>(mem_deref(transaction_));
+    if (invite_) {
+        invite_->handOver();
+    }
     session_.reset();
     referral_.reset();
     infos_.clear();
 }
 
-bool SessionImpl::modify(Direction direction)
+Outcome<> SessionImpl::modify(Direction direction)
 {
-    std::lock_guard guard(agent_->loop);
+    std::lock_guard guard(element_->loop());
     if (state_ != SessionState::kEstablished) {
-        return false;
+        return notEstablished();
     }
-    if (modification_) {
+    if (directionBefore_) {
         queuedModifications_.push_back(direction);
-        return true;
+        return {};
     }
     return sendModification(direction);
 }
 
-bool SessionImpl::sendModification(Direction direction)
+Outcome<> SessionImpl::sendModification(Direction direction)
 {
-    const Direction before = sdp_.localDirection();
+    Direction const before = sdp_.localDirection();
     sdp_.setLocalDirection(direction);
-    Ref<mbuf> description;
-    if (!sdp_.encode(description, true) || sipsess_modify(session_.get(), description.get()) != 0) {
+    auto const offered = offer();
+    if (!offered) {
         sdp_.setLocalDirection(before);
-        return false;
+        return offered;
     }
-    modification_ = Modification{direction, before};
+    directionBefore_ = before;
     modificationGuard_.start(kModificationGuard, [this] { finishModification(false, 408, "Request Timeout"); });
-    return true;
+    return {};
+}
+
+// Sends a re-INVITE.
+Outcome<> SessionImpl::offer()
+{
+    Ref<mbuf> description;
+    if (!sdp_.encode(description, true)) {
+        return noDescription();
+    }
+    return sent(sipsess_modify(session_.get(), description.get()), "re-INVITE");
 }
 
 void SessionImpl::finishModification(bool accepted, int status, std::string const& reason)
 {
-    if (!modification_) {
+    if (!directionBefore_) {
         return;
     }
-    const Modification finished = *modification_;
-    modification_.reset();
+    Direction const before = *directionBefore_;
+    directionBefore_.reset();
     modificationGuard_.cancel();
     if (!accepted) {
-        sdp_.setLocalDirection(finished.before);
+        sdp_.setLocalDirection(before);
     }
     if (!queuedModifications_.empty()) {
-        const Direction next = queuedModifications_.front();
+        Direction const next = queuedModifications_.front();
         queuedModifications_.pop_front();
-        (void)sendModification(next);
+        element_->logRefusal(sendModification(next));
     }
     if (observer_) {
         observer_->onModified(*this, accepted, status, reason);
     }
 }
 
-// The far end's own re-INVITE made the stack forget ours, which waited to be sent again: it goes out after theirs.
+// A re-INVITE of the far end makes the stack drop ours while it waits to be repeated. It is sent again afterwards.
 void SessionImpl::reissueModification()
 {
-    if (!modification_ || state_ != SessionState::kEstablished) {
+    if (!directionBefore_ || state_ != SessionState::kEstablished) {
         return;
     }
-    Ref<mbuf> description;
-    if (!sdp_.encode(description, true) || sipsess_modify(session_.get(), description.get()) != 0) {
+    if (!offer()) {
         finishModification(false, 500, "Server Internal Error");
     }
 }
 
 Direction SessionImpl::localDirection() const
 {
-    std::lock_guard guard(agent_->loop);
+    std::lock_guard guard(element_->loop());
     return sdp_.localDirection();
 }
 
 bool SessionImpl::isHeldByRemote() const
 {
-    std::lock_guard guard(agent_->loop);
+    std::lock_guard guard(element_->loop());
     return sdp_.isAgreed() && !sends(sdp_.remoteDirection());
 }
 
-bool SessionImpl::sendInfo(Content const& content, ResponseHandler done)
+Outcome<> SessionImpl::sendInfo(Content const& content, ResponseHandler done)
 {
-    std::lock_guard guard(agent_->loop);
+    std::lock_guard guard(element_->loop());
+    if (state_ != SessionState::kEstablished) {
+        return notEstablished();
+    }
+    if (content.type.empty()) {
+        return refuse(RefusalKind::kBadInput, "INFO needs a content type");
+    }
     Ref<mbuf> body;
-    if (state_ != SessionState::kEstablished || content.type.empty() || !fill(body, content.body)) {
-        return false;
+    if (!fill(body, content.body)) {
+        return refuse(RefusalKind::kUnavailable, "there is no memory for INFO");
     }
     auto pending = std::make_unique<PendingInfo>(PendingInfo{this, std::move(done)});
     auto const answered = [](int error, sip_msg const* message, void* object) {
         auto* info = static_cast<PendingInfo*>(object);
         info->session->onInfoAnswered(*info, error, message);
     };
-    if (sipsess_info(session_.get(), content.type.c_str(), body.get(), answered, pending.get()) != 0) {
-        return false;
+    auto const sending =
+        sent(sipsess_info(session_.get(), content.type.c_str(), body.get(), answered, pending.get()), "INFO");
+    if (sending) {
+        infos_.push_back(std::move(pending));
     }
-    infos_.push_back(std::move(pending));
-    return true;
+    return sending;
 }
 
-bool SessionImpl::sendDigits(std::string const& digits, std::chrono::milliseconds duration)
+Outcome<> SessionImpl::sendDigits(std::string const& digits, std::chrono::milliseconds duration)
 {
-    std::lock_guard guard(agent_->loop);
+    std::lock_guard guard(element_->loop());
     std::string keys = digits;
     std::transform(keys.begin(), keys.end(), keys.begin(),
                    [](unsigned char key) { return static_cast<char>(std::toupper(key)); });
     if (keys.empty() || keys.find_first_not_of(kKeys) != std::string::npos) {
-        return false;
+        return refuse(RefusalKind::kBadInput, "\"" + digits + "\" are not digits (0-9 * # A-D)");
     }
     if (rtp_.canSendDigits()) {
         rtp_.sendDigits(keys, duration);
-        return true;
+        return {};
     }
     if (state_ != SessionState::kEstablished) {
-        return false;
+        return notEstablished();
     }
     for (char const key : keys) {
         digitsByInfo_.push_back({key, duration});
@@ -447,7 +479,7 @@ bool SessionImpl::sendDigits(std::string const& digits, std::chrono::millisecond
     if (!digitUnderWay_) {
         sendNextDigitByInfo();
     }
-    return true;
+    return {};
 }
 
 void SessionImpl::sendNextDigitByInfo()
@@ -456,37 +488,39 @@ void SessionImpl::sendNextDigitByInfo()
     if (digitsByInfo_.empty()) {
         return;
     }
-    const DigitByInfo digit = digitsByInfo_.front();
+    DigitByInfo const digit = digitsByInfo_.front();
     digitsByInfo_.pop_front();
-    const std::string body =
+    std::string const body =
         std::string("Signal=") + digit.key + "\r\nDuration=" + std::to_string(digit.duration.count()) + "\r\n";
-    digitUnderWay_ = sendInfo({"application/dtmf-relay", body}, [this](Response const&) { sendNextDigitByInfo(); });
+    auto const sending = sendInfo({"application/dtmf-relay", body}, [this](Response const&) { sendNextDigitByInfo(); });
+    digitUnderWay_ = sending.has_value();
+    element_->logRefusal(sending);
 }
 
-bool SessionImpl::transfer(std::string const& target, std::optional<Replaces> const& replaces)
+Outcome<> SessionImpl::transfer(std::string const& target, std::optional<Replaces> const& replaces)
 {
-    std::lock_guard guard(agent_->loop);
-    if (state_ != SessionState::kEstablished || referring_ || !Uri::parse(target)) {
-        return false;
+    std::lock_guard guard(element_->loop());
+    if (state_ != SessionState::kEstablished) {
+        return notEstablished();
+    }
+    if (referral_ && referral_->isRunning()) {
+        return refuse(RefusalKind::kWrongState, "the call is being transferred already");
+    }
+    if (!Uri::parse(target)) {
+        return refuse(RefusalKind::kBadInput, "\"" + target + "\" is not a URI");
     }
     std::string referTo = target;
     if (replaces) {
         referTo += (target.find('?') == std::string::npos ? "?" : "&") + std::string("Replaces=") +
                    escapeHeaderValue(replaces->format());
     }
-    auto const notified = [](::sip*, sip_msg const* message, void* session) {
-        static_cast<SessionImpl*>(session)->onReferNotify(*message);
-    };
-    auto const closed = [](int error, sip_msg const* message, sipevent_substate const*, void* session) {
-        static_cast<SessionImpl*>(session)->onReferClosed(error, message);
-    };
-    int const error =
-        sipevent_drefer(referral_.out(), agent_->eventSocket.get(), sipsess_dialog(session_.get()),
-                        contactUser_.c_str(), answerChallenge, credentials_.get(), true, notified, closed, this,
-                        "Refer-To: <%s>\r\nReferred-By: <%s>\r\n", referTo.c_str(), ownUri_.c_str());
-    referring_ = error == 0;
-    referralStatus_ = 0;
-    return referring_;
+    referral_.emplace(*element_, [this](int status, std::string const& reason, bool ended) {
+        if (observer_) {
+            observer_->onTransferProgress(*this, status, reason, ended);
+        }
+    });
+    return referral_->start(sipsess_dialog(session_.get()), contactUser_, credentials_,
+                            "Refer-To: <" + referTo + ">\r\nReferred-By: <" + ownUri_ + ">\r\n");
 }
 
 }  // namespace telephone::sip

@@ -1,39 +1,34 @@
-// The session behind the interface, on one sipsess of the stack. SessionImpl.cpp has what users ask of it,
-// SessionCallbacks.cpp what the stack tells it.
+// Session on one sipsess of the stack. SessionImpl.cpp implements its operations, SessionCallbacks.cpp the handlers of
+// the stack.
 //
-// The observer may destroy the session in any callback, so each callback is the last thing a function does; inside the
-// stack's offer and answer handlers, where the stack does not survive that, callbacks are posted instead.
+// The observer may destroy the session in any callback, so each callback is the last action of its function. Within the
+// stack's offer and answer handlers, which would not survive that, callbacks are posted.
 #pragma once
 
 #include <deque>
 
+#include "telephone/sip/Element.h"
+#include "telephone/sip/Referral.h"
 #include "telephone/sip/RtpStream.h"
 #include "telephone/sip/SdpNegotiation.h"
+#include "telephone/sip/ServerTransaction.h"
 #include "telephone/sip/Session.h"
-#include "telephone/sip/UserAgentImpl.h"
 
 namespace telephone::sip {
 
-class SessionImpl final : public Session
+class SessionImpl final : public Session, private MessageTapListener
 {
 public:
-    // An outgoing call; start() sends it. Throws std::runtime_error without a port for RTP.
-    SessionImpl(std::shared_ptr<UserAgent::Impl> agent, CallRequest const& request, Route route,
-                SessionObserver& observer);
-    // An incoming call, with "100 Trying" still to be sent by begin().
-    SessionImpl(std::shared_ptr<UserAgent::Impl> agent, sip_msg const& invite);
+    // An outgoing call. Throws std::runtime_error without a port for RTP.
+    SessionImpl(std::shared_ptr<Element> element, CallRequest const& request, Route route, SessionObserver& observer);
+    // An incoming call. Throws std::runtime_error without a port for RTP.
+    SessionImpl(std::shared_ptr<Element> element, sip_msg const& invite);
     ~SessionImpl() override;
 
-    int start();
-    // Sends 100 and reads the offer; the status to refuse the INVITE with, or 0.
-    int begin();
-
-    // From the user agent, which sees what the stack does not tell.
-    void noteRefusedInvite(Response const& response);
-    void noteRedirection(Response const& response);
-    // Whether the session follows this redirection of its INVITE itself, as soon as the stack lets go of it.
-    bool takeRedirection(Response const& response);
-    void noteReason(std::string const& reason) { closingReason_ = reason; }
+    // Sends the INVITE of an outgoing call.
+    [[nodiscard]] Outcome<> start();
+    // Sends 100 for an incoming call and reads the offer. False if the INVITE is unusable, which has refused it.
+    [[nodiscard]] bool begin();
 
     void setObserver(SessionObserver* observer) override;
     SessionState state() const override;
@@ -44,18 +39,18 @@ public:
     std::string remoteContact() const override;
     std::string localContact() const override;
     bool supportsTelephoneEvents() const override;
-    bool ring(Headers const& headers) override;
-    bool progress(Headers const& headers) override;
-    bool answer(Headers const& headers) override;
-    bool reject(int status, std::string const& reason, Headers const& headers) override;
-    bool redirect(std::string const& contact, std::string const& diversionReason) override;
+    Outcome<> ring(Headers const& headers) override;
+    Outcome<> progress(Headers const& headers) override;
+    Outcome<> answer(Headers const& headers) override;
+    void reject(int status, std::string const& reason, Headers const& headers) override;
+    Outcome<> redirect(std::string const& contact, std::string const& diversionReason) override;
     void hangUp(std::string const& reason) override;
-    bool modify(Direction direction) override;
+    Outcome<> modify(Direction direction) override;
     Direction localDirection() const override;
     bool isHeldByRemote() const override;
-    bool sendInfo(Content const& content, ResponseHandler done) override;
-    bool sendDigits(std::string const& digits, std::chrono::milliseconds duration) override;
-    bool transfer(std::string const& target, std::optional<Replaces> const& replaces) override;
+    Outcome<> sendInfo(Content const& content, ResponseHandler done) override;
+    Outcome<> sendDigits(std::string const& digits, std::chrono::milliseconds duration) override;
+    Outcome<> transfer(std::string const& target, std::optional<Replaces> const& replaces) override;
     AudioStream& audio() override { return rtp_; }
     AudioStream const& audio() const override { return rtp_; }
 
@@ -71,10 +66,18 @@ private:
         std::chrono::milliseconds duration{};
     };
 
-    int accept(std::uint16_t status, char const* reason, mbuf* description, Headers const& headers);
-    int provisional(std::uint16_t status, char const* reason, mbuf* description, Headers const& headers);
+    std::string localTag() const override { return dialogId_.localTag; }
+    void onReason(std::string const& reason) override { closingReason_ = reason; }
+    void onInviteRefused(Response const& response) override;
+    void onInviteRedirected(Response const& response) override;
+    bool takeRedirection(Response const& response) override;
+
+    bool refuseIncoming(std::uint16_t status, char const* reason, Headers const& headers = {});
+    Outcome<> accept(std::uint16_t status, char const* reason, mbuf* description, Headers const& headers);
+    Outcome<> respond(std::uint16_t status, char const* reason, mbuf* description, Headers const& headers);
     bool followRedirection();
-    bool sendModification(Direction direction);
+    Outcome<> sendModification(Direction direction);
+    Outcome<> offer();
     void finishModification(bool accepted, int status, std::string const& reason);
     void reissueModification();
     bool isIncomingPending() const;
@@ -91,26 +94,18 @@ private:
     int onOffer(mbuf** description, sip_msg const& message);
     int onAnswer(sip_msg const& message);
     void onEstablished(sip_msg const& message);
-    void onInfo(sip_msg const& message);
-    void onRefer(sip_msg const& message);
+    void onInfo(::sip* stack, sip_msg const& message);
+    void onRefer(::sip* stack, sip_msg const& message);
     void onClose(int error, sip_msg const* message);
+    Closing closingOf(int error, sip_msg const* message) const;
     void onInfoAnswered(PendingInfo& pending, int error, sip_msg const* message);
-    void onReferNotify(sip_msg const& message);
-    void onReferClosed(int error, sip_msg const* message);
     void onCancelledBeforeAnswer();
     void announceRemoteChange();
+    void announceDigit(char key);
 
-    // The stack's handlers: the session is the argument.
-    static void progressHandler(sip_msg const* message, void* session);
-    static int offerHandler(mbuf** description, sip_msg const* message, void* session);
-    static int answerHandler(sip_msg const* message, void* session);
-    static void establishedHandler(sip_msg const* message, void* session);
-    static void infoHandler(::sip*, sip_msg const* message, void* session);
-    static void referHandler(::sip*, sip_msg const* message, void* session);
-    static void closeHandler(int error, sip_msg const* message, void* session);
-
-    std::shared_ptr<UserAgent::Impl> agent_;
-    std::shared_ptr<SessionImpl*> self_ = std::make_shared<SessionImpl*>(this);  // for what is posted: gone with us
+    std::shared_ptr<Element> element_;
+    std::shared_ptr<void const> token_{element_->sessionToken()};
+    std::shared_ptr<SessionImpl*> self_ = std::make_shared<SessionImpl*>(this);  // expires with the session
     SessionObserver* observer_ = nullptr;
     bool outgoing_;
     SessionState state_;
@@ -128,22 +123,14 @@ private:
 
     RtpStream rtp_;
     SdpNegotiation sdp_;
-    bool offered_ = false;  // an INVITE without a description: ours goes into the answer
+    bool offersInAnswer_ = false;  // the INVITE has no description
 
     Ref<Credentials> credentials_;
     Ref<sipsess> session_;
-    Ref<sip_msg> invite_;
-    sip_strans* transaction_ = nullptr;  // of an INVITE that is only tried yet
-    Ref<sipsub> referral_;
-    int referralStatus_ = 0;
-    bool referring_ = false;
+    std::optional<ServerTransaction> invite_;  // of an incoming call
+    std::optional<Referral> referral_;         // the transfer that we requested last
 
-    struct Modification
-    {
-        Direction wanted = Direction::kSendReceive;
-        Direction before = Direction::kSendReceive;
-    };
-    std::optional<Modification> modification_;
+    std::optional<Direction> directionBefore_;  // set while a re-INVITE of ours is under way
     std::deque<Direction> queuedModifications_;
     Timer modificationGuard_;
 

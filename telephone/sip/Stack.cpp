@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "telephone/sip/Account.h"
+
 namespace telephone::sip {
 
 namespace {
@@ -55,7 +57,7 @@ struct Credentials
 
 std::string remainingText(mbuf const* buffer)
 {
-    const std::size_t left = mbuf_get_left(buffer);
+    std::size_t const left = mbuf_get_left(buffer);
     return left ? std::string(reinterpret_cast<char const*>(mbuf_buf(buffer)), left) : std::string();
 }
 
@@ -79,7 +81,7 @@ std::string addressText(sa const& address)
     if (sa_ntop(&address, host.data(), static_cast<int>(host.size())) != 0) {
         return {};
     }
-    const std::string port = ":" + std::to_string(sa_port(&address));
+    std::string const port = ":" + std::to_string(sa_port(&address));
     return sa_af(&address) == AF_INET6 ? "[" + std::string(host.data()) + "]" + port : host.data() + port;
 }
 
@@ -87,6 +89,14 @@ std::string errorText(int error)
 {
     std::array<char, 128> buffer{};
     return str_error(error, buffer.data(), buffer.size());
+}
+
+Outcome<> sent(int error, std::string const& what)
+{
+    if (error) {
+        return refuse(RefusalKind::kUnavailable, what + " cannot be sent: " + errorText(error));
+    }
+    return {};
 }
 
 Headers headersOf(sip_msg const& message)
@@ -147,7 +157,7 @@ std::string replyTail(Headers const& headers, Content const& content)
     if (!content.type.empty()) {
         tail += Headers{{"Content-Type", content.type}}.format();
     }
-    const std::string body = content.type.empty() ? std::string() : content.body;
+    std::string const body = content.type.empty() ? std::string() : content.body;
     return tail + "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
 }
 
@@ -158,15 +168,15 @@ static void destroyCredentials(void* object)
     mem_deref(credentials->password);
 }
 
-void makeCredentials(Ref<Credentials>& credentials, std::string const& user, std::string const& password)
+void makeCredentials(Ref<Credentials>& credentials, Account const& account)
 {
     auto* made = static_cast<Credentials*>(mem_zalloc(sizeof(Credentials), destroyCredentials));
     if (!made) {
         return;
     }
     *credentials.out() = made;
-    (void)str_dup(&made->user, user.c_str());
-    (void)str_dup(&made->password, password.c_str());
+    (void)str_dup(&made->user, (account.authUser.empty() ? account.user : account.authUser).c_str());
+    (void)str_dup(&made->password, account.password.c_str());
 }
 
 int answerChallenge(char** user, char** password, char const*, void* object)

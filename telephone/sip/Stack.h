@@ -1,5 +1,5 @@
-// The one door to the SIP stack below: its headers, and the few wrappers that make its reference-counted objects and
-// its text slices safe to hold. Only sources of this folder include this, never a header that others see.
+// The SIP stack's headers, and wrappers for its reference-counted objects and its text slices. Included only within
+// this folder, never by a header that other folders include.
 #pragma once
 
 extern "C" {
@@ -11,12 +11,13 @@ extern "C" {
 #include <string_view>
 #include <utility>
 
+#include "telephone/base/Refusal.h"
 #include "telephone/sip/Message.h"
 
 namespace telephone::sip {
 
-// Owns one reference to an object of the stack. Stays where it is, because the stack keeps the address of such pointers
-// and clears them when the object ends. Reference counts are not atomic: made, changed and destroyed under the lock.
+// Owns one reference to an object of the stack. Cannot be moved, because the stack keeps the address of the pointer and
+// clears it when the object ends. Reference counts are not atomic: use it under the lock only.
 template <class T>
 class Ref
 {
@@ -28,16 +29,14 @@ public:
 
     T* get() const { return object_; }
     explicit operator bool() const { return object_ != nullptr; }
-    // For functions that hand out a new object; what was held is given back first.
+    // For functions that return a new object; releases the present one first.
     T** out()
     {
         reset();
         return &object_;
     }
-    // For functions that may end or replace what is held.
-    T** inOut() { return &object_; }
     void reset() { mem_deref(std::exchange(object_, nullptr)); }
-    // Takes one more reference to an object that somebody else owns.
+    // Takes another reference to an object owned elsewhere.
     void share(T const* object)
     {
         T* shared = static_cast<T*>(mem_ref(const_cast<T*>(object)));
@@ -48,6 +47,33 @@ public:
 private:
     T* object_ = nullptr;
 };
+
+// handlerOf<&Class::method> is a handler of the stack, whose last argument is the object. Where the handler takes a
+// pointer, the method may take a reference.
+template <class T>
+struct HandlerArgument
+{
+    using Type = T;
+    static T pass(T value) { return value; }
+};
+template <class T>
+struct HandlerArgument<T&>
+{
+    using Type = T*;
+    static T& pass(T* value) { return *value; }
+};
+template <auto method>
+struct Handler;
+template <class Class, class Result, class... Arguments, Result (Class::*method)(Arguments...)>
+struct Handler<method>
+{
+    static Result call(typename HandlerArgument<Arguments>::Type... arguments, void* object)
+    {
+        return (static_cast<Class*>(object)->*method)(HandlerArgument<Arguments>::pass(arguments)...);
+    }
+};
+template <auto method>
+constexpr auto handlerOf = &Handler<method>::call;
 
 inline std::string text(pl const& slice)
 {
@@ -64,30 +90,34 @@ inline pl slice(std::string_view value)
     return pl{value.data(), value.size()};
 }
 
-// What is left in a buffer from where it stands.
+// The text from the buffer's position to its end.
 std::string remainingText(mbuf const* buffer);
-// Puts a new buffer with that text, at its start, into the given place; false without memory.
+// Makes a buffer with that text, positioned at its start; false without memory.
 bool fill(Ref<mbuf>& buffer, std::string_view content);
 
 std::string addressText(sa const& address);  // "address:port"
 std::string errorText(int error);
+// Success for 0, else kUnavailable: "<what> cannot be sent: <error text>".
+[[nodiscard]] Outcome<> sent(int error, std::string const& what);
 
 Headers headersOf(sip_msg const& message);
 Response responseOf(sip_msg const& message);
 Content contentOf(sip_msg const& message);
 std::string headerValue(sip_msg const& message, char const* name);
-// An address header as the stack parsed it; an empty name-addr for one that is none.
+// An empty name-addr if the header is malformed.
 NameAddr nameAddrOf(sip_taddr const& address);
-// URI of the first Contact; empty when there is none.
+// URI of the first Contact; empty without one.
 std::string contactOf(sip_msg const& message);
-// Local tag that the stack gives a dialog made from this request.
+// The local tag that the stack gives to a dialog made from this request.
 std::string localTagOf(sip_msg const& request);
-// Headers and the end of an answer, the way the stack's reply functions want them.
+// Headers, empty line and body in the form that the stack's reply functions take.
 std::string replyTail(Headers const& headers, Content const& content);
 
-// User and password for challenges, as an object of the stack, because the stack may ask after its user is gone.
+// User and password for challenges, as an object of the stack: the stack may need them after their user is destroyed.
+struct Account;
 struct Credentials;
-void makeCredentials(Ref<Credentials>& credentials, std::string const& user, std::string const& password);
+void makeCredentials(Ref<Credentials>& credentials, Account const& account);
+// The stack's handler for challenges; without credentials it fails.
 int answerChallenge(char** user, char** password, char const* realm, void* credentials);
 
 }  // namespace telephone::sip

@@ -4,7 +4,7 @@
 
 #include "telephone/sip/Stack.h"
 
-// The stack's timers, the first to expire at the head. The stack offers it and has forgotten to declare it.
+// The stack's timers, the first to expire at the head. The stack exports the function without declaring it.
 extern "C" list* tmrl_get(void);
 
 namespace telephone::sip {
@@ -16,9 +16,9 @@ std::uint64_t expiryOf(le const* element)
     return static_cast<tmr const*>(element->data)->jfs;
 }
 
-// Behind those that expire no later, looked for from both ends at once: an ended transaction's timer of 32 seconds
-// (RFC 3261, timers B, F and J) goes near the tail, a repetition's of half a second near the head, and thousands of the
-// former lie between.
+// Inserts a timer behind those that expire no later, searching from both ends at once: a transaction's timer of 32
+// seconds (RFC 3261, timers B, F and J) belongs near the tail, a retransmission's of half a second near the head, with
+// thousands of the former between them.
 void insert(list& timers, tmr& timer)
 {
     le* back = timers.tail;
@@ -45,8 +45,7 @@ std::uint64_t firstExpiry()
 
 }  // namespace telephone::sip
 
-// The stack's own clock is the machine's wall clock: set back by an hour, that one would hold every timer of every call
-// and registration for an hour.
+// The stack's own clock is the wall clock: setting it back by an hour would delay every timer by an hour.
 std::uint64_t tmr_jiffies()
 {
     using namespace std::chrono;

@@ -1,5 +1,5 @@
-// The stack's timers as this telephone runs them: by a clock that nobody sets, and without a walk past the timers of
-// all the calls of the last half minute. The stack itself calls these in place of its own.
+// Replacements for the stack's timer functions, which the stack itself calls: they use a clock that is never set, and
+// insert a timer without passing the timers of all calls of the last half minute.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,7 @@ namespace telephone::sip {
 
 constexpr std::uint64_t kNoTimer = std::numeric_limits<std::uint64_t>::max();
 
-// When the first timer expires, in milliseconds of the stack's clock; kNoTimer without any. Loop locked.
+// The expiry of the first timer in milliseconds of the stack's clock, or kNoTimer. Call it under the lock.
 std::uint64_t firstExpiry();
 
 }  // namespace telephone::sip

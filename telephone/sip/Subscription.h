@@ -1,11 +1,12 @@
-// Event packages (RFC 6665): Subscription is our end of one that we asked for, Notifier our end of one that somebody
-// else asks of us. Packages are only names here: "message-summary", "dialog", "presence" ...
+// Event packages (RFC 6665). A Subscription is one that we requested, a Notifier one that the far end requested. The
+// name of the package is all that this code knows of it: "message-summary", "dialog", "presence" ...
 #pragma once
 
 #include <cstdint>
 #include <functional>
 #include <string>
 
+#include "telephone/base/Refusal.h"
 #include "telephone/sip/Message.h"
 
 namespace telephone::sip {
@@ -23,20 +24,20 @@ enum class SubscriptionState : int
 struct Notification
 {
     SubscriptionState state = SubscriptionState::kActive;
-    std::string reason;  // of a terminated one: "noresource", "timeout", "deactivated" ...
+    std::string reason;  // of kTerminated: "noresource", "timeout", "deactivated" ...
     std::string event;   // name of the package
     Content content;
     Headers headers;
 };
 
-// Called on the loop's thread with the lock held; may destroy the subscription.
+// Called on the loop's thread with the lock held. May destroy the subscription.
 class SubscriptionObserver
 {
 public:
     virtual ~SubscriptionObserver() = default;
     virtual void onNotify(Subscription& subscription, Notification const& notification) = 0;
-    // It is over and does nothing any more: refused (its status), silent (408), or ended by the notifier (status 200
-    // and its reason). Refreshing while it lives is done by itself.
+    // The subscription is over: refused (status of the refusal), without an answer (408), not reachable (503), or ended
+    // by the notifier (200 and its reason). Until then it is refreshed automatically.
     virtual void onTerminated(Subscription& subscription, int status, std::string const& reason) = 0;
 };
 
@@ -58,9 +59,9 @@ public:
     virtual SubscriptionRequest const& request() const = 0;
 };
 
-// Comes with UserAgentObserver::onSubscribe. Answered once with accept or reject; one destroyed unanswered is refused
-// with 489, one destroyed while active sends a last NOTIFY "terminated;reason=deactivated". RFC 6665 wants a notify()
-// right after accept(), with the state as it is.
+// Delivered by UserAgentObserver::onSubscribe. A notifier destroyed unanswered is rejected with 489; one destroyed
+// while active sends a last NOTIFY, "terminated;reason=deactivated". RFC 6665 requires a notify() with the present
+// state right after accept().
 class Notifier
 {
 public:
@@ -71,15 +72,19 @@ public:
     virtual NameAddr from() const = 0;
     virtual NameAddr to() const = 0;
     virtual Headers const& headers() const = 0;
-    virtual std::uint32_t expires() const = 0;  // asked for; 0: one look at the state
+    virtual std::uint32_t expires() const = 0;  // seconds requested; 0: a single NOTIFY
 
-    // contentType: of the bodies that notify() will send.
-    virtual bool accept(std::string const& contentType) = 0;
-    virtual bool reject(int status, std::string const& reason, Headers const& headers = {}) = 0;
-    virtual bool notify(std::string const& body, SubscriptionState state = SubscriptionState::kActive,
+    // contentType: of the bodies that notify() will send. kWrongState: already answered; kUnavailable: the stack cannot
+    // send.
+    [[nodiscard]] virtual Outcome<> accept(std::string const& contentType) = 0;
+    // 300 to 699. Ignored, and logged, once the subscription is answered.
+    virtual void reject(int status, std::string const& reason, Headers const& headers = {}) = 0;
+    // Ignored unless the subscription is active.
+    virtual void notify(std::string const& body, SubscriptionState state = SubscriptionState::kActive,
                         std::string const& reason = "noresource") = 0;
     virtual bool isActive() const = 0;
-    // The subscriber let it end or is gone. Called once, on the loop's thread; may destroy the notifier.
+    // Calls `closed` once when the subscriber unsubscribes, does not refresh in time or cannot be reached: on the
+    // loop's thread with the lock held. It may destroy the notifier.
     virtual void onClosed(std::function<void(Notifier&)> closed) = 0;
 };
 

@@ -8,17 +8,17 @@ namespace telephone::sip {
 
 namespace {
 
-// "terminated;reason=timeout;..." : the value of a parameter, empty without one.
+// The value of a parameter of "terminated;reason=timeout;..."; empty without it.
 std::string parameterOf(std::string const& value, char const* name)
 {
-    const pl whole = slice(value);
+    pl const whole = slice(value);
     pl found{};
     return msg_param_decode(&whole, name, &found) == 0 ? text(found) : std::string();
 }
 
 SubscriptionState stateOf(std::string const& value)
 {
-    const std::string state = value.substr(0, value.find_first_of("; "));
+    std::string const state = value.substr(0, value.find_first_of("; "));
     if (equalsIgnoringCase(state, "terminated")) {
         return SubscriptionState::kTerminated;
     }
@@ -32,59 +32,58 @@ Notification readNotification(sip_msg const& notify)
     Notification notification;
     notification.headers = headersOf(notify);
     notification.content = contentOf(notify);
-    const std::string state = notification.headers.value("Subscription-State");
+    std::string const state = notification.headers.value("Subscription-State");
     notification.state = stateOf(state);
     notification.reason = parameterOf(state, "reason");
-    const std::string event = notification.headers.value("Event");
+    std::string const event = notification.headers.value("Event");
     notification.event = event.substr(0, event.find_first_of("; "));
     return notification;
 }
 
-SubscriptionImpl::SubscriptionImpl(std::shared_ptr<UserAgent::Impl> agent, SubscriptionRequest request,
+SubscriptionImpl::SubscriptionImpl(std::shared_ptr<Element> element, SubscriptionRequest request,
                                    SubscriptionObserver& observer)
-    : agent_(std::move(agent))
+    : element_(std::move(element))
     , request_(std::move(request))
     , observer_(observer)
 {}
 
 SubscriptionImpl::~SubscriptionImpl()
 {
-    std::lock_guard guard(agent_->loop);
+    std::lock_guard guard(element_->loop());
     subscription_.reset();
     credentials_.reset();
 }
 
-int SubscriptionImpl::start(Account const& account, Route const& route)
+Outcome<> SubscriptionImpl::start(Account const& account)
 {
-    makeCredentials(credentials_, account.authUser.empty() ? account.user : account.authUser, account.password);
+    auto const route = element_->routeTo(account, request_.target);
+    if (!route) {
+        return tl::unexpected(route.error());
+    }
+    makeCredentials(credentials_, account);
     Headers headers = request_.headers;
     if (!request_.accept.empty()) {
         headers.add("Accept", request_.accept);
     }
-    auto const notified = [](::sip*, sip_msg const* message, void* subscription) {
-        static_cast<SubscriptionImpl*>(subscription)->onNotify(*message);
-    };
-    auto const closed = [](int error, sip_msg const* message, sipevent_substate const*, void* subscription) {
-        static_cast<SubscriptionImpl*>(subscription)->onClose(error, message);
-    };
-    char const* proxies[] = {route.proxy.c_str()};
-    return sipevent_subscribe(subscription_.out(), agent_->eventSocket.get(), route.target.c_str(),
-                              route.fromName.empty() ? nullptr : route.fromName.c_str(), route.fromUri.c_str(),
-                              request_.event.c_str(), request_.eventId.empty() ? nullptr : request_.eventId.c_str(),
-                              request_.expires, route.contactUser.c_str(), proxies, route.proxy.empty() ? 0 : 1,
-                              answerChallenge, credentials_.get(), true, nullptr, notified, closed, this, "%s",
-                              headers.format().c_str());
+    char const* proxies[] = {route->proxy.c_str()};
+    int const error = sipevent_subscribe(
+        subscription_.out(), element_->eventSocket(), route->target.c_str(), route->fromNameOrNull(),
+        route->fromUri.c_str(), request_.event.c_str(), request_.eventId.empty() ? nullptr : request_.eventId.c_str(),
+        request_.expires, route->contactUser.c_str(), proxies, route->proxyCount(), answerChallenge, credentials_.get(),
+        true, nullptr, handlerOf<&SubscriptionImpl::onNotify>, handlerOf<&SubscriptionImpl::onClose>, this, "%s",
+        headers.format().c_str());
+    return sent(error, "SUBSCRIBE to " + request_.target);
 }
 
-void SubscriptionImpl::onNotify(sip_msg const& message)
+void SubscriptionImpl::onNotify(::sip* /*stack*/, sip_msg const& message)
 {
-    (void)sip_treply(nullptr, agent_->stack, &message, 200, "OK");
-    const Notification notification = readNotification(message);
+    element_->answer(message, 200, "OK");
+    Notification const notification = readNotification(message);
     lastReason_ = notification.reason;
     observer_.onNotify(*this, notification);
 }
 
-void SubscriptionImpl::onClose(int error, sip_msg const* message)
+void SubscriptionImpl::onClose(int error, sip_msg const* message, sipevent_substate const* /*state*/)
 {
     if (error == ETIMEDOUT) {
         observer_.onTerminated(*this, 408, "Request Timeout");

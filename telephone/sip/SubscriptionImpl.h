@@ -1,26 +1,25 @@
-// A subscription of ours, behind the interface.
+// Subscription on the stack's event package support.
 #pragma once
 
+#include "telephone/sip/Element.h"
 #include "telephone/sip/Subscription.h"
-#include "telephone/sip/UserAgentImpl.h"
 
 namespace telephone::sip {
 
 class SubscriptionImpl final : public Subscription
 {
 public:
-    SubscriptionImpl(std::shared_ptr<UserAgent::Impl> agent, SubscriptionRequest request,
-                     SubscriptionObserver& observer);
+    SubscriptionImpl(std::shared_ptr<Element> element, SubscriptionRequest request, SubscriptionObserver& observer);
     ~SubscriptionImpl() override;
 
-    int start(Account const& account, Route const& route);
+    [[nodiscard]] Outcome<> start(Account const& account);
     SubscriptionRequest const& request() const override { return request_; }
 
 private:
-    void onNotify(sip_msg const& message);
-    void onClose(int error, sip_msg const* message);
+    void onNotify(::sip* stack, sip_msg const& message);
+    void onClose(int error, sip_msg const* message, sipevent_substate const* state);
 
-    std::shared_ptr<UserAgent::Impl> agent_;
+    std::shared_ptr<Element> element_;
     SubscriptionRequest request_;
     SubscriptionObserver& observer_;
     Ref<Credentials> credentials_;
@@ -28,7 +27,6 @@ private:
     std::string lastReason_;
 };
 
-// What a NOTIFY says.
 Notification readNotification(sip_msg const& notify);
 
 }  // namespace telephone::sip

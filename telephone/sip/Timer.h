@@ -1,6 +1,5 @@
-// A one-shot timer on the event loop. Owned by whoever waits; destroying or cancelling it makes sure that the function
-// is not called any more. The function runs on the loop's thread with the lock held, and may start, cancel or destroy
-// the timer it belongs to.
+// A one-shot timer on the event loop. After it is cancelled or destroyed its function is not called any more. The
+// function runs on the loop's thread with the lock held and may start, cancel or destroy its timer. Any thread.
 #pragma once
 
 #include <chrono>
@@ -20,7 +19,7 @@ public:
     Timer(Timer&&) noexcept;
     Timer& operator=(Timer&&) noexcept;
 
-    // Starts, or starts again with a new delay and function.
+    // Starts the timer, or restarts it with a new delay and function.
     void start(std::chrono::milliseconds delay, std::function<void()> expired);
     void cancel();
     bool isRunning() const;

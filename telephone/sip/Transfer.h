@@ -1,11 +1,12 @@
-// A transfer that the far end asks of us (REFER, RFC 3515). Given to the observer, who accepts or refuses it, makes the
-// call it asks for, and tells how that goes. One destroyed unanswered is refused with 603; one destroyed after it was
-// accepted but without a final status ends with 503.
+// A transfer that the far end requests (REFER, RFC 3515). Its holder accepts or rejects it, makes the requested call
+// and reports that call's progress. A transfer destroyed unanswered is rejected with 603; one destroyed after accept()
+// without a final status ends with 503. Any thread.
 #pragma once
 
 #include <optional>
 #include <string>
 
+#include "telephone/base/Refusal.h"
 #include "telephone/sip/Message.h"
 
 namespace telephone::sip {
@@ -15,17 +16,21 @@ class Transfer
 public:
     virtual ~Transfer() = default;
 
-    // The URI to call, without headers; what a Replaces header in it named stands apart (attended transfer, RFC 5589).
+    // The URI to call, without headers. A Replaces header in it is returned by replaces() (attended transfer, RFC
+    // 5589).
     virtual std::string target() const = 0;
     virtual std::optional<Replaces> replaces() const = 0;
     virtual std::string referredBy() const = 0;  // value of the header; empty: none
     virtual NameAddr from() const = 0;
     virtual NameAddr to() const = 0;
 
-    virtual bool accept() = 0;  // 202, and the first notice "100 Trying"
-    virtual bool reject(int status, std::string const& reason) = 0;
-    // Tells the status of the call that was asked for. 200 and above is the last one.
-    virtual bool notify(int status, std::string const& reason) = 0;
+    // Sends 202 and the first NOTIFY, "100 Trying". kWrongState: already answered; kUnavailable: the stack cannot send.
+    [[nodiscard]] virtual Outcome<> accept() = 0;
+    // 300 to 699. Ignored, and logged, once the transfer is answered.
+    virtual void reject(int status, std::string const& reason) = 0;
+    // Reports a status, 100 to 699, of the requested call. The first of 200 or more is the last one; later ones are
+    // ignored.
+    virtual void notify(int status, std::string const& reason) = 0;
 };
 
 }  // namespace telephone::sip

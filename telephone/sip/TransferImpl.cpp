@@ -14,24 +14,23 @@ constexpr std::uint32_t kLongestNotices = 3600;
 
 }  // namespace
 
-std::unique_ptr<TransferImpl> TransferImpl::read(std::shared_ptr<UserAgent::Impl> agent, sip_msg const& refer,
+std::unique_ptr<TransferImpl> TransferImpl::read(std::shared_ptr<Element> element, sip_msg const& refer,
                                                  sip_dialog* dialog, std::string const& contactUser)
 {
     auto const referTo = NameAddr::parse(headerValue(refer, "Refer-To"));
     if (!referTo) {
-        (void)sip_treply(nullptr, agent->stack, &refer, 400, "Bad Refer-To");
+        element->answer(refer, 400, "Bad Refer-To");
         return nullptr;
     }
-    return std::make_unique<TransferImpl>(std::move(agent), refer, dialog, contactUser, referTo->uri);
+    return std::make_unique<TransferImpl>(std::move(element), refer, dialog, contactUser, referTo->uri);
 }
 
-TransferImpl::TransferImpl(std::shared_ptr<UserAgent::Impl> agent, sip_msg const& refer, sip_dialog* dialog,
+TransferImpl::TransferImpl(std::shared_ptr<Element> element, sip_msg const& refer, sip_dialog* dialog,
                            std::string contactUser, Uri const& referTo)
-    : agent_(std::move(agent))
+    : element_(std::move(element))
+    , transaction_(element_, refer)
     , contactUser_(std::move(contactUser))
     , referredBy_(headerValue(refer, "Referred-By"))
-    , from_(nameAddrOf(refer.from))
-    , to_(nameAddrOf(refer.to))
 {
     Uri plain = referTo;
     plain.headers.clear();
@@ -39,68 +38,64 @@ TransferImpl::TransferImpl(std::shared_ptr<UserAgent::Impl> agent, sip_msg const
     if (auto const replaces = referTo.header("Replaces")) {
         replaces_ = Replaces::parse(*replaces);
     }
-    refer_.share(&refer);
     if (dialog) {
         dialog_.share(dialog);
     }
-    makeCredentials(credentials_, "", "");
-    (void)sip_strans_alloc(&transaction_, agent_->stack, &refer, nullptr, nullptr);
 }
 
 TransferImpl::~TransferImpl()
 {
-    std::lock_guard guard(agent_->loop);
-    if (!answered_) {
-        (void)reject(603, "Decline");
-    } else if (!ended_) {
-        (void)notify(503, "Service Unavailable");
+    std::lock_guard guard(element_->loop());
+    if (transaction_.isOpen()) {
+        transaction_.answer(603, "Decline");
+    } else {
+        notify(503, "Service Unavailable");
     }
+    notifier_.reset();
+    dialog_.reset();
 }
 
-bool TransferImpl::accept()
+Outcome<> TransferImpl::accept()
 {
-    std::lock_guard guard(agent_->loop);
-    if (answered_) {
-        return false;
+    std::lock_guard guard(element_->loop());
+    if (!transaction_.isOpen()) {
+        return refuse(RefusalKind::kWrongState, "the transfer to " + target_ + " is already answered");
     }
-    transaction_ = static_cast<sip_strans*>(mem_deref(transaction_));
+    transaction_.handOver();
+    sip_msg const& refer = transaction_.request();
     auto const closed = [](int, sip_msg const*, void* transfer) {
-        static_cast<TransferImpl*>(transfer)->ended_ = true;
+        static_cast<TransferImpl*>(transfer)->active_ = false;
     };
-    int const error = sipevent_accept(notifier_.out(), agent_->eventSocket.get(), refer_.get(), dialog_.get(), nullptr,
-                                      202, "Accepted", kShortestNotices, kUsualNotices, kLongestNotices,
-                                      contactUser_.c_str(), "message/sipfrag;version=2.0", answerChallenge,
-                                      credentials_.get(), true, closed, this, nullptr);
-    answered_ = true;
-    ended_ = error != 0;
+    int const error =
+        sipevent_accept(notifier_.out(), element_->eventSocket(), &refer, dialog_.get(), nullptr, 202, "Accepted",
+                        kShortestNotices, kUsualNotices, kLongestNotices, contactUser_.c_str(),
+                        "message/sipfrag;version=2.0", answerChallenge, nullptr, false, closed, this, nullptr);
     if (error) {
-        (void)sip_treply(nullptr, agent_->stack, refer_.get(), 500, "Server Internal Error");
-        return false;
+        element_->answer(refer, 500, "Server Internal Error");
+        return sent(error, "the answer to a transfer to " + target_);
     }
-    return notify(100, "Trying");
+    active_ = true;
+    notify(100, "Trying");
+    return {};
 }
 
-bool TransferImpl::reject(int status, std::string const& reason)
+void TransferImpl::reject(int status, std::string const& reason)
 {
-    std::lock_guard guard(agent_->loop);
-    if (answered_ || status < 300 || status > 699) {
-        return false;
-    }
-    answered_ = true;
-    ended_ = true;
-    return sip_treply(&transaction_, agent_->stack, refer_.get(), static_cast<std::uint16_t>(status), reason.c_str()) ==
-           0;
+    std::lock_guard guard(element_->loop());
+    transaction_.answer(status, reason);
 }
 
-bool TransferImpl::notify(int status, std::string const& reason)
+void TransferImpl::notify(int status, std::string const& reason)
 {
-    std::lock_guard guard(agent_->loop);
-    if (!answered_ || ended_ || status < 100 || status > 699) {
-        return false;
+    std::lock_guard guard(element_->loop());
+    if (!active_ || status < 100 || status > 699) {
+        return;
     }
-    ended_ = status >= 200;
-    return sipevent_notifyf(notifier_.get(), nullptr, ended_ ? SIPEVENT_TERMINATED : SIPEVENT_ACTIVE,
-                            SIPEVENT_NORESOURCE, 0, "SIP/2.0 %d %s\r\n", status, reason.c_str()) == 0;
+    active_ = status < 200;
+    element_->logRefusal(
+        sent(sipevent_notifyf(notifier_.get(), nullptr, active_ ? SIPEVENT_ACTIVE : SIPEVENT_TERMINATED,
+                              SIPEVENT_NORESOURCE, 0, "SIP/2.0 %d %s\r\n", status, reason.c_str()),
+             "NOTIFY of the transfer to " + target_));
 }
 
 }  // namespace telephone::sip

@@ -11,7 +11,7 @@ namespace {
 
 using Pairs = std::vector<std::pair<std::string, std::string>>;
 
-// Characters that stay as they are, besides letters, digits and "-_.!~*'()" (RFC 3261 section 25.1).
+// Characters that are not escaped besides letters, digits and "-_.!~*'()" (RFC 3261 section 25.1).
 constexpr std::string_view kUserExtra = "&=+$,;?/";
 constexpr std::string_view kHeaderExtra = "[]/?:+$";
 
@@ -85,7 +85,7 @@ Pairs parsePairs(std::string_view text, char separator)
     Pairs pairs;
     while (!text.empty()) {
         auto const end = text.find(separator);
-        const std::string_view part = trim(text.substr(0, end));
+        std::string_view const part = trim(text.substr(0, end));
         text = end == std::string_view::npos ? std::string_view() : text.substr(end + 1);
         if (part.empty()) {
             continue;
@@ -182,7 +182,7 @@ std::string unquote(std::string_view quoted)
     return plain;
 }
 
-// Where a quoted text that begins at the front ends: the place of the closing mark, or npos.
+// The position of the quotation mark that closes the one at the front, or npos.
 std::size_t closingQuote(std::string_view text)
 {
     for (std::size_t i = 1; i < text.size(); ++i) {
@@ -195,7 +195,7 @@ std::size_t closingQuote(std::string_view text)
     return std::string_view::npos;
 }
 
-// The next value of a list ends at a comma outside quotes and brackets.
+// The text up to the first comma outside quotes and brackets.
 std::string_view firstOfList(std::string_view text)
 {
     bool quoted = false;
@@ -384,7 +384,7 @@ std::string userOf(std::string_view text)
 
 std::string targetUri(std::string_view dialled, std::string_view domain)
 {
-    const std::string_view trimmed = trim(dialled);
+    std::string_view const trimmed = trim(dialled);
     for (const std::string_view scheme : {"sip:", "sips:", "tel:"}) {
         if (equalsIgnoringCase(trimmed.substr(0, scheme.size()), scheme)) {
             return std::string(trimmed);
@@ -400,7 +400,7 @@ std::vector<std::string> splitList(std::string_view text)
 {
     std::vector<std::string> values;
     while (!text.empty()) {
-        const std::string_view value = firstOfList(text);
+        std::string_view const value = firstOfList(text);
         if (!trim(value).empty()) {
             values.emplace_back(trim(value));
         }

@@ -1,5 +1,5 @@
-// SIP URIs and name-addr values (RFC 3261 section 19.1 and 20.10) as plain values: parse, read, change, format.
-// Pure functions of their input; usable on any thread.
+// SIP URIs and name-addr values (RFC 3261 section 19.1 and 20.10) as plain values. Pure functions of their input; any
+// thread. What cannot be parsed yields nothing; the caller knows what it was for and what to report.
 #pragma once
 
 #include <cstdint>
@@ -17,15 +17,15 @@ struct Uri
     std::string scheme = "sip";
     std::string user;  // unescaped
     std::string password;
-    std::string host;                                             // an IPv6 address without its brackets
+    std::string host;                                             // IPv6 addresses without brackets
     std::uint16_t port = 0;                                       // 0: not given
-    std::vector<std::pair<std::string, std::string>> parameters;  // as written; an empty value for a bare name
+    std::vector<std::pair<std::string, std::string>> parameters;  // as written; a name alone has an empty value
     std::vector<std::pair<std::string, std::string>> headers;     // unescaped
 
-    // Nothing for what is no sip:, sips: or tel: URI. A tel: number becomes the user of a URI without a host.
+    // Nothing unless the text is a sip:, sips: or tel: URI. A tel: number becomes the user of a URI without a host.
     static std::optional<Uri> parse(std::string_view text);
     std::string format() const;
-    // Without parameters, headers and password: what two URIs must share to mean the same user ("sip:user@host:port").
+    // "sip:user@host:port": equal for two URIs of the same user.
     std::string formatAddressOfRecord() const;
 
     std::optional<std::string> parameter(std::string_view name) const;
@@ -49,23 +49,24 @@ struct NameAddr
     bool operator==(NameAddr const&) const = default;
 };
 
-// The user part of a URI or name-addr text; empty when there is none.
+// The user part of a URI or name-addr; empty if there is none.
 std::string userOf(std::string_view text);
 
-// What a person or a program dialled as a URI: a text with a scheme stays as it is, "user@host" gets "sip:", anything
-// else becomes the user at the domain ("host" or "host:port"). Characters a user part cannot hold are escaped.
+// The URI of a dialled text: a text with a scheme is used unchanged, "user@host" gets "sip:", anything else becomes the
+// escaped user at the domain ("host" or "host:port").
 std::string targetUri(std::string_view dialled, std::string_view domain);
 
-// Escapes what the user part of a URI cannot hold.
+// Escapes characters that are not allowed in the user part of a URI.
 std::string escapeUser(std::string_view text);
 
-// Escapes what a URI header value cannot hold (RFC 3261 section 19.1.1), for a Replaces inside a Refer-To.
+// Escapes characters that are not allowed in a URI header value (RFC 3261 section 19.1.1), for a Replaces in a
+// Refer-To.
 std::string escapeHeaderValue(std::string_view text);
 
-// The values of a comma-separated header; commas in quotes and brackets do not separate.
+// The elements of a comma-separated header. Commas in quotes and brackets do not separate.
 std::vector<std::string> splitList(std::string_view text);
 
-// Whether two texts are equal without regard to the case of ASCII letters.
+// Compares without regard to the case of ASCII letters.
 bool equalsIgnoringCase(std::string_view left, std::string_view right);
 
 }  // namespace telephone::sip

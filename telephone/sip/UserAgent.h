@@ -1,12 +1,12 @@
-// One SIP element on its own addresses: a telephone, or an exchange. Several may live on one event loop. It listens on
-// UDP and TCP, hands every request that comes to its observer, and makes the sessions, registrations, subscriptions and
-// requests that go out.
+// A SIP user agent on its own address: a telephone, or an exchange. Several may share one event loop. It listens on UDP
+// and TCP, passes incoming requests to its observer, and makes outgoing sessions, registrations, subscriptions and
+// requests.
 //
-// Answered by itself: OPTIONS (200, or 404 for a user that is not known), a Require it does not support (420), methods
-// it does not have (405), unsolicited NOTIFY (200), retransmissions, CANCEL, and whatever is no SIP (dropped).
+// It answers by itself: OPTIONS (200, or 404 for an unknown user), unsupported extensions in Require (420), unknown
+// methods (405), unsolicited NOTIFY (200), retransmissions and CANCEL. Packets that are not SIP are dropped.
 //
-// Owner: whoever made it; destroyed with all sessions, registrations, subscriptions and notifiers it gave out gone
-// before, and while the loop still runs. Destruction waits a short while for BYE, REGISTER and the like to be answered.
+// Destroy it while the loop runs, after all sessions, registrations, subscriptions and notifiers that it made. The
+// destructor waits briefly for the answers to BYE, REGISTER and the like. Operations may be called on any thread.
 #pragma once
 
 #include <chrono>
@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "telephone/base/Refusal.h"
 #include "telephone/sip/Account.h"
 #include "telephone/sip/Audio.h"
 #include "telephone/sip/Log.h"
@@ -27,7 +28,9 @@
 
 namespace telephone::sip {
 
+class Element;
 class EventLoop;
+class Receiver;
 
 struct UserAgentConfig
 {
@@ -37,9 +40,9 @@ struct UserAgentConfig
     std::string name = "telephone";                   // User-Agent and Server
     std::vector<std::string> codecs{"PCMU", "PCMA"};  // in the order of preference
     bool telephoneEvents = true;                      // offer RFC 4733
-    std::chrono::milliseconds closingTime{500};       // how long destruction waits at most
+    std::chrono::milliseconds closingTime{500};       // longest wait of the destructor
     Logger log;
-    bool traceMessages = false;  // every message, at kDebug
+    std::function<bool()> traceMessages;  // asked for each message: whether to log it, at kDebug; null: never
 };
 
 // Called on the loop's thread with the lock held.
@@ -48,19 +51,20 @@ class UserAgentObserver
 public:
     virtual ~UserAgentObserver() = default;
 
-    // Whether the user of a Request-URI lives here; if not, INVITE, SUBSCRIBE and OPTIONS are answered with 404.
+    // Whether this user agent serves the user of a Request-URI; if not, INVITE, SUBSCRIBE and OPTIONS are answered with
+    // 404.
     virtual bool knowsUser(std::string const& /*user*/) { return true; }
-    // A call comes in; "100 Trying" is sent. Set the session's observer and ring, answer, reject or redirect it, now or
-    // later. Not keeping it refuses it (480).
+    // An incoming call; 100 Trying is sent. Set the session's observer and ring, answer, reject or redirect it, now or
+    // later. Dropping the session refuses the call (480).
     virtual void onIncomingCall(std::unique_ptr<Session>) {}
-    // REFER outside a dialog. Not keeping it refuses it.
+    // REFER outside a dialog. Dropping the transfer refuses it (603).
     virtual void onTransferRequested(std::unique_ptr<Transfer>) {}
-    // A first SUBSCRIBE. Not keeping it refuses it (489).
+    // The first SUBSCRIBE of a subscription. Dropping the notifier refuses it (489).
     virtual void onSubscribe(std::unique_ptr<Notifier>) {}
-    // NOTIFY without a subscription; already answered with 200. from: URI of the sender; to: URI it names.
+    // NOTIFY without a subscription, already answered with 200.
     virtual void onUnsolicitedNotify(NameAddr const& /*from*/, NameAddr const& /*to*/, Notification const&) {}
-    // Any other request outside a dialog (REGISTER, INFO, MESSAGE ...). Leaving it in place refuses it with 405; taking
-    // it promises an answer.
+    // Any other request outside a dialog (REGISTER, INFO, MESSAGE ...). An observer that moves it out must answer it;
+    // one left in place is refused with 405.
     virtual void onRequest(std::unique_ptr<IncomingRequest>&) {}
 };
 
@@ -68,16 +72,17 @@ struct CallRequest
 {
     Account account;
     std::string target;                // URI
-    std::optional<Replaces> replaces;  // pick-up, or the far leg of an attended transfer
+    std::optional<Replaces> replaces;  // for a pick-up or an attended transfer
     std::string referredBy;            // Referred-By value; empty: none
-    Headers headers;                   // more: Diversion, Call-Info, Answer-Mode, P-Asserted-Identity ...
+    Headers headers;                   // further ones: Diversion, Call-Info, Answer-Mode, P-Asserted-Identity ...
     Direction direction = Direction::kSendReceive;
 };
 
 class UserAgent
 {
 public:
-    // Binds its ports; throws std::runtime_error when it cannot, saying which and why. The observer outlives it.
+    // Binds its ports; throws std::runtime_error if it cannot, naming the port and the error. The observer must outlive
+    // the user agent.
     UserAgent(EventLoop& loop, UserAgentConfig config, UserAgentObserver& observer);
     ~UserAgent();
     UserAgent(UserAgent const&) = delete;
@@ -87,26 +92,30 @@ public:
     std::string address() const;
     std::uint16_t udpPort() const;
     std::uint16_t tcpPort() const;
-    // "address:port", the domain that its own users have.
+    // "address:port", the domain of its users.
     std::string hostPort(Transport transport = Transport::kUdp) const;
 
-    // Each returns null when nothing could be sent, and says why in the log and, where given, in whyNot.
-    std::unique_ptr<Session> call(CallRequest const& request, SessionObserver& observer, std::string* whyNot = nullptr);
-    std::unique_ptr<Subscription> subscribe(Account const& account, SubscriptionRequest const& request,
-                                            SubscriptionObserver& observer, std::string* whyNot = nullptr);
+    // Sends an INVITE or a SUBSCRIBE; what follows comes to the observer, never from within the call. kBadInput: the
+    // target is not a SIP URI with a numeric host (any host will do behind a proxy). kUnavailable: the stack cannot
+    // send.
+    [[nodiscard]] Outcome<std::unique_ptr<Session>> call(CallRequest const& request, SessionObserver& observer);
+    [[nodiscard]] Outcome<std::unique_ptr<Subscription>>
+    subscribe(Account const& account, SubscriptionRequest const& request, SubscriptionObserver& observer);
 
-    // Begins to register; how it goes comes to the observer.
+    // Starts to register; the observer receives the results.
     std::unique_ptr<Registration> registerAccount(Account const& account, RegistrationObserver& observer);
 
-    // One request outside every dialog: MESSAGE, INFO, OPTIONS ... Challenges are answered. The handler is called once,
-    // never from within this call; not any more once the user agent is destroyed.
-    bool request(Account const& account, std::string const& method, std::string const& target, Headers const& headers,
-                 Content const& content, ResponseHandler done);
+    // Sends a request outside a dialog (MESSAGE, INFO, OPTIONS ...) and answers challenges. Refuses as call() does. The
+    // handler is called once, never from within this call and never after the user agent is destroyed; it may be empty.
+    [[nodiscard]] Outcome<> request(Account const& account, std::string const& method, std::string const& target,
+                                    Headers const& headers, Content const& content, ResponseHandler done);
 
-    struct Impl;
+    // Writes to the log of the configuration.
+    void log(LogLevel level, std::string const& line) const;
 
 private:
-    std::shared_ptr<Impl> impl_;
+    std::shared_ptr<Element> element_;
+    std::shared_ptr<Receiver> receiver_;
 };
 
 }  // namespace telephone::sip

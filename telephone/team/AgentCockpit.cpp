@@ -1,6 +1,6 @@
 #include "telephone/team/AgentCockpit.h"
 
-#include "telephone/framework/Log.h"
+#include "telephone/framework/Refusals.h"
 #include "telephone/management/Settings.h"
 
 namespace telephone {
@@ -12,11 +12,7 @@ std::string AgentCockpit::getEACockpitData(std::string const& item)
 
 bool AgentCockpit::setEACockpitData(std::string const& item, std::string const& value)
 {
-    auto const outcome = settings_.set(std::string(SettingNames::kCockpitPrefix) + item, value);
-    if (!outcome) {
-        log(kLogFailure, "agent cockpit", "item \"{}\" is not set: {}", item, outcome.reason);
-    }
-    return static_cast<bool>(outcome);
+    return !reportIfRefused("agent cockpit", settings_.set(std::string(SettingNames::kCockpitPrefix) + item, value));
 }
 
 }  // namespace telephone

@@ -1,5 +1,5 @@
-// The items of a call-centre agent's view, kept in the configuration store under "agent-cockpit/". Owned by the team
-// features; any thread, without the phone lock because writing waits for the disk.
+// The items of a call-centre agent's view, kept in the configuration store under "agent-cockpit/". TeamFeatures owns
+// it. Any thread, without the phone lock, because writing waits for the disk.
 #pragma once
 
 #include "platform/team/EACockpitHandler.h"
@@ -16,7 +16,7 @@ public:
     {}
 
     std::string getEACockpitData(std::string const& item) override;
-    // False, with the reason in the log: an item without a name, or the store refuses it.
+    // Refused for an item without a name, and when the store refuses.
     bool setEACockpitData(std::string const& item, std::string const& value) override;
 
 private:

@@ -3,16 +3,14 @@
 #include <algorithm>
 #include <mutex>
 
-#include "telephone/framework/Log.h"
+#include <spdlog/fmt/fmt.h>
+
 #include "telephone/lines/LineActions.h"
-#include "telephone/lines/Lines.h"
 #include "telephone/sip/Uri.h"
 
 namespace telephone {
 
 namespace {
-
-constexpr char const* kComponent = "busy lamps";
 
 Lamp lampOf(PartyStatus status, bool doNotDisturb)
 {
@@ -31,9 +29,10 @@ Lamp lampOf(PartyStatus status, bool doNotDisturb)
 
 }  // namespace
 
-BusyLampFields::BusyLampFields(Lines& lines, PhysicalInterface& keys)
-    : lines_(lines)
-    , keys_(keys)
+BusyLampFields::BusyLampFields(PhysicalInterface& keys, PhoneCalls& calls, LineActions& actions)
+    : keys_(keys)
+    , calls_(calls)
+    , actions_(actions)
 {
     for (auto const& key : keys.layout().keys()) {
         if (key.function() == PhysDefs::keyFunctionBusyLampField) {
@@ -50,33 +49,31 @@ void BusyLampFields::watch(PartyWatch& watch)
     }
 }
 
-void BusyLampFields::pressed(int keyNumber, bool transfer)
+Outcome<> BusyLampFields::pressed(int keyNumber, bool transfer)
 {
-    std::lock_guard const lock(lines_.calls());
+    std::lock_guard const lock(calls_);
     auto const* const field = find(keyNumber);
     if (field == nullptr) {
-        log(kLogFailure, kComponent, "key {} is no busy-lamp field", keyNumber);
-        return;
+        return refuse(RefusalKind::kNotFound, fmt::format("key {} is not a busy-lamp field", keyNumber));
     }
     auto const& number = field->key->configuration.target;
     if (field->key->configuration.monitorOnly) {
-        log(kLogFailure, kComponent, "key {} does nothing: it only shows {}", keyNumber, number);
-        return;
+        return refuse(RefusalKind::kNotPermitted, fmt::format("key {} only shows {}", keyNumber, number));
     }
-    auto context = lines_.calls().activeCall() ? eDSSContextConsultation : eDSSContextNone;
+    auto context = calls_.activeCall() ? eDSSContextConsultation : eDSSContextNone;
     if (transfer) {
         context = eDSSContextBlindTransfer;
     } else if (field->party.status == PartyStatus::kRinging) {
         context = eDSSContextPickup;
     }
-    lines_.actions().stationPressed(number, context, {});
+    return actions_.stationPressed(number, context, {});
 }
 
-void BusyLampFields::setDoNotDisturb(std::string const& party, bool on)
+Outcome<> BusyLampFields::setDoNotDisturb(std::string const& party, bool on)
 {
     auto const user = sip::userOf(party);
     auto const& number = user.empty() ? party : user;
-    std::lock_guard const lock(lines_.calls());
+    std::lock_guard const lock(calls_);
     bool found = false;
     for (auto& field : fields_) {
         if (field.key->configuration.target == number) {
@@ -85,9 +82,8 @@ void BusyLampFields::setDoNotDisturb(std::string const& party, bool on)
             found = true;
         }
     }
-    if (!found) {
-        log(kLogFailure, kComponent, "do-not-disturb of \"{}\" is not shown: no busy-lamp field watches it", party);
-    }
+    return found ? Outcome<>()
+                 : refuse(RefusalKind::kNotFound, fmt::format("no busy-lamp field watches \"{}\"", party));
 }
 
 void BusyLampFields::noteParty(int keyNumber, WatchedParty const& party)

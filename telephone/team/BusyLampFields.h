@@ -1,30 +1,32 @@
-// The busy-lamp fields: keys that show what another party does and call it, consult it, transfer to it or pick up its
-// call. Lamps: off idle, flashing rings, steady busy, fluttering idle with do-not-disturb.
+// The busy-lamp fields: keys that show the state of a party and call it, consult it, transfer to it or pick up its
+// call. Lamps: off: idle, flashing: ringing, steady: busy, fluttering: idle with do-not-disturb.
 //
-// Owned by the team features. Presses come on the service's threads, changes of parties with the phone lock held.
+// TeamFeatures owns it. Keys are pressed on the service's threads; parties change with the phone lock held.
 #pragma once
 
 #include <string>
 #include <vector>
 
+#include "telephone/base/Refusal.h"
 #include "telephone/lines/PartyWatch.h"
 #include "telephone/physical/PhysicalInterface.h"
 
 namespace telephone {
 
-class Lines;
+class LineActions;
+class PhoneCalls;
 
 class BusyLampFields
 {
 public:
-    BusyLampFields(Lines& lines, PhysicalInterface& keys);
+    BusyLampFields(PhysicalInterface& keys, PhoneCalls& calls, LineActions& actions);
 
-    // Once, when subscriptions can be made.
+    // Once.
     void watch(PartyWatch& watch);
-    // A key that is no busy-lamp field is refused in the log.
-    void pressed(int keyNumber, bool transfer);
-    // By number or address.
-    void setDoNotDisturb(std::string const& party, bool on);
+    // transfer: blind transfer of the current call to the party.
+    [[nodiscard]] Outcome<> pressed(int keyNumber, bool transfer);
+    // party: a number or an address.
+    [[nodiscard]] Outcome<> setDoNotDisturb(std::string const& party, bool on);
 
 private:
     struct Field
@@ -38,8 +40,9 @@ private:
     void noteParty(int keyNumber, WatchedParty const& party);
     Field* find(int keyNumber);
 
-    Lines& lines_;
     PhysicalInterface& keys_;
+    PhoneCalls& calls_;
+    LineActions& actions_;
     std::vector<Field> fields_;  // phone lock
 };
 

@@ -4,14 +4,17 @@
 #include <stdexcept>
 #include <string>
 
+#include <spdlog/fmt/fmt.h>
+
 #include "telephone/framework/Log.h"
+#include "telephone/framework/Refusals.h"
 #include "telephone/management/Settings.h"
 
 namespace telephone {
 
 namespace {
 
-constexpr char const* kComponent = "feature toggles";
+constexpr char const* kTogglesComponent = "feature toggles";
 
 std::atomic<FeatureToggles*> theToggles{nullptr};
 
@@ -26,9 +29,9 @@ FeatureToggles::FeatureToggles(KeyLayout const& layout, Settings& settings)
     : layout_(layout)
     , settings_(settings)
 {
-    FeatureToggles* nobody = nullptr;
-    if (!theToggles.compare_exchange_strong(nobody, this)) {
-        throw std::runtime_error("there are feature toggles already");
+    FeatureToggles* none = nullptr;
+    if (!theToggles.compare_exchange_strong(none, this)) {
+        throw std::runtime_error("feature toggles already exist in this process");
     }
 }
 
@@ -41,31 +44,31 @@ void FeatureToggles::ftInitialise(PhysicalInterfaceServiceIfc* physicalInterface
                                   MgmtAgentIfc* /*agent*/)
 {
     if (physicalInterface == nullptr || localMgmt == nullptr) {
-        log(kLogWarning, kComponent, "the service found no {}", physicalInterface == nullptr ? "keys" : "store");
+        log(kLogWarning, kTogglesComponent, "the service found no {}", physicalInterface == nullptr ? "keys" : "store");
     }
 }
 
 void FeatureToggles::ftToggleKeyPressed(int keyNumber)
 {
-    set(keyNumber, !settings_.flag(settingOf(keyNumber)));
+    reportIfRefused(kTogglesComponent, set(keyNumber, !isOn(keyNumber)));
 }
 
-bool FeatureToggles::set(int keyNumber, bool on)
+bool FeatureToggles::isOn(int keyNumber) const
 {
-    if (!isToggle(keyNumber)) {
-        log(kLogFailure, kComponent, "key {} toggles nothing", keyNumber);
-        return false;
-    }
-    auto const outcome = settings_.set(settingOf(keyNumber), on ? "true" : "false");
-    log(outcome ? kLogInfo : kLogFailure, kComponent, "the feature of key {} is {}{}", keyNumber,
-        outcome ? (on ? "on" : "off") : "not switched: ", outcome.reason);
-    return static_cast<bool>(outcome);
+    return settings_.flag(settingOf(keyNumber));
 }
 
-bool FeatureToggles::isToggle(int keyNumber) const
+Outcome<> FeatureToggles::set(int keyNumber, bool on)
 {
     auto const* const key = layout_.find(keyNumber);
-    return key != nullptr && key->function() == PhysDefs::keyFunctionFeatureToggle;
+    if (key == nullptr || key->function() != PhysDefs::keyFunctionFeatureToggle) {
+        return refuse(RefusalKind::kNotFound, fmt::format("key {} is not a feature toggle", keyNumber));
+    }
+    auto stored = settings_.set(settingOf(keyNumber), on ? "true" : "false");
+    if (stored) {
+        log(kLogInfo, kTogglesComponent, "the feature of key {} is {}", keyNumber, on ? "on" : "off");
+    }
+    return stored;
 }
 
 }  // namespace telephone

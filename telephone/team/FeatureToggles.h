@@ -1,10 +1,11 @@
-// Keys that switch a feature on and off. What is switched on is kept in the configuration store under
-// "feature-toggle/" and the key's number; the key's lamp follows it there.
+// Keys that switch a feature on and off. The configuration store keeps the state under "feature-toggle/" and the number
+// of the key; the key's lamp follows it.
 //
-// Owned by the composition root; FeatureToggle::Instance() while it lives. Any thread, without the phone lock.
+// Owned by the composition root; FeatureToggle::Instance() while it exists. Any thread, without the phone lock.
 #pragma once
 
 #include "platform/team/FeatureToggle.h"
+#include "telephone/base/Refusal.h"
 #include "telephone/physical/KeyLayout.h"
 
 namespace telephone {
@@ -21,15 +22,13 @@ public:
 
     void ftInitialise(PhysicalInterfaceServiceIfc* physicalInterface, LocalMgmtIfc* localMgmt,
                       MgmtAgentIfc* agent) override;
-    // A key that toggles nothing is refused in the log.
     void ftToggleKeyPressed(int keyNumber) override;
 
-    // False: not such a key, or the store refuses it.
-    bool set(int keyNumber, bool on);
+    bool isOn(int keyNumber) const;
+    // Refused for a key that is not a toggle, and when the store refuses.
+    [[nodiscard]] Outcome<> set(int keyNumber, bool on);
 
 private:
-    bool isToggle(int keyNumber) const;
-
     KeyLayout const& layout_;
     Settings& settings_;
 };

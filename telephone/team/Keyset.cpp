@@ -7,10 +7,11 @@
 #include <tuple>
 #include <vector>
 
-#include "platform/lines/ClientUtils.h"
+#include <spdlog/fmt/fmt.h>
+
+#include "telephone/calls/PhoneCalls.h"
 #include "telephone/framework/Log.h"
-#include "telephone/lines/LineActions.h"
-#include "telephone/lines/LineStates.h"
+#include "telephone/framework/Refusals.h"
 #include "telephone/lines/Lines.h"
 #include "telephone/management/Settings.h"
 
@@ -18,15 +19,9 @@ namespace telephone {
 
 namespace {
 
-constexpr char const* kComponent = "keyset";
+constexpr char const* kKeysetComponent = "keyset";
 
 std::atomic<Keyset*> theKeyset{nullptr};
-
-bool isHeld(CallSnapshot const& call)
-{
-    auto const state = lineStateOf(call);
-    return state == eLineStateHold || state == eLineStateHoldConsult;
-}
 
 bool isBefore(TelephoneLine const* left, TelephoneLine const* right)
 {
@@ -36,15 +31,21 @@ bool isBefore(TelephoneLine const* left, TelephoneLine const* right)
     return rank(*left) < rank(*right);
 }
 
+sfiResult resultOf(Outcome<> const& outcome)
+{
+    return reportIfRefused(kKeysetComponent, outcome) ? sfiFailure : sfiSuccess;
+}
+
 }  // namespace
 
-Keyset::Keyset(Lines& lines, Settings& settings)
+Keyset::Keyset(Lines& lines, PhoneCalls& calls, Settings& settings)
     : lines_(lines)
+    , calls_(calls)
     , settings_(settings)
 {
-    Keyset* nobody = nullptr;
-    if (!theKeyset.compare_exchange_strong(nobody, this)) {
-        throw std::runtime_error("there is a keyset already");
+    Keyset* none = nullptr;
+    if (!theKeyset.compare_exchange_strong(none, this)) {
+        throw std::runtime_error("a keyset already exists in this process");
     }
     lines_.addListener(*this);
 }
@@ -63,105 +64,91 @@ bool Keyset::isKeysetActive()
 void Keyset::setCommsSrv(SvcRTEContext* /*context*/, Executable* service)
 {
     if (service == nullptr) {
-        log(kLogWarning, kComponent, "the keyset has no communications service");
+        log(kLogWarning, kKeysetComponent, "the keyset has no communications service");
     }
 }
 
 void Keyset::init()
 {
-    log(kLogInfo, kComponent, "the keyset is {}", isKeysetActive() ? "active" : "not active: there is one line");
+    log(kLogInfo, kKeysetComponent, "the keyset is {}", isKeysetActive() ? "active" : "not active: there is one line");
 }
-
-void Keyset::timerExpired(int /*timerId*/) {}
 
 sfiResult Keyset::answerCall(std::string const& lineURI)
 {
-    std::lock_guard const lock(lines_.calls());
-    auto* const line = find(lineURI, "no call is answered");
-    return line == nullptr ? sfiFailure : lines_.actions().answer(*line);
+    std::lock_guard const lock(calls_);
+    return resultOf(find(lineURI).and_then([this](TelephoneLine* line) { return lines_.actions().answer(*line); }));
 }
 
 void Keyset::makeCall(std::string const& lineURI)
 {
-    std::lock_guard const lock(lines_.calls());
-    if (auto* const line = find(lineURI, "no line is seized")) {
-        static_cast<void>(lines_.seize(*line, eLineStateSelected));
-    }
+    std::lock_guard const lock(calls_);
+    reportIfRefused(kKeysetComponent, find(lineURI).and_then([this](TelephoneLine* line) {
+        return lines_.seize(*line, eLineStateSelected);
+    }));
 }
 
 sfiResult Keyset::retrieveCall(std::string const& lineURI, int callID)
 {
-    std::lock_guard const lock(lines_.calls());
-    auto* const line = find(lineURI, "no call is retrieved");
-    if (line == nullptr) {
-        return sfiFailure;
-    }
-    auto const calls = line->calls();
-    auto call = std::find_if(calls.begin(), calls.end(), [callID](auto const& each) { return each.callID == callID; });
-    call = call == calls.end() ? std::find_if(calls.begin(), calls.end(), isHeld) : call;
-    if (call == calls.end()) {
-        log(kLogFailure, kComponent, "line {} retrieves nothing: it holds no call", lineURI);
-        return sfiFailure;
-    }
-    return lines_.calls().retrieve(call->callID);
+    std::lock_guard const lock(calls_);
+    return resultOf(find(lineURI).and_then([&](TelephoneLine* line) { return retrieve(*line, callID); }));
+}
+
+Outcome<> Keyset::retrieve(TelephoneLine& line, int callID)
+{
+    auto const& calls = line.calls();
+    bool const isThere =
+        std::any_of(calls.begin(), calls.end(), [callID](auto const& each) { return each.callID == callID; });
+    return isThere ? calls_.retrieve(callID) : lines_.actions().retrieve(line);
 }
 
 void Keyset::callStateChanged(std::string const& lineURI, sfiCallState state, int callID, int /*reason*/)
 {
     if (state != sfiCallStateAccepted) {
-        log(kLogTrace, kComponent, "call {} on line {}: state {} follows from the call itself", callID, lineURI,
+        log(kLogTrace, kKeysetComponent, "call {} on line {}: state {} follows from the call itself", callID, lineURI,
             static_cast<int>(state));
         return;
     }
-    std::lock_guard const lock(lines_.calls());
-    auto const call = lines_.calls().call(callID);
-    if (!call || !call->alerting()) {
-        log(kLogFailure, kComponent, "call {} on line {} is not accepted: no such call alerts", callID, lineURI);
+    std::lock_guard const lock(calls_);
+    auto const call = calls_.call(callID);
+    auto* const line = call && call->alerting() ? lines_.byNumber(call->line.recordLine) : nullptr;
+    if (line == nullptr) {
+        reportRefusal(kKeysetComponent,
+                      {RefusalKind::kNotFound, fmt::format("no call {} is alerting on line {}", callID, lineURI)});
         return;
     }
-    acceptedCalls_.insert(callID);
-    log(kLogTrace, kComponent, "call {} alerts on the keyset alone", callID);
+    line->alertOnKeysetOnly(callID);
+    log(kLogTrace, kKeysetComponent, "call {} alerts on the keyset alone", callID);
 }
 
 void Keyset::callIgnored(std::string const& lineURI)
 {
-    std::lock_guard const lock(lines_.calls());
-    if (auto* const line = find(lineURI, "no call is ignored")) {
-        ignore(*line);
-    }
-}
-
-void Keyset::ignore(TelephoneLine& line)
-{
-    if (!lines_.silence(line)) {
-        log(kLogFailure, kComponent, "no call is ignored: nothing rings on line {}", line.id());
-    }
+    std::lock_guard const lock(calls_);
+    reportIfRefused(kKeysetComponent, find(lineURI).and_then([](TelephoneLine* line) { return line->silence(); }));
 }
 
 void Keyset::callIsolation(std::string const& lineURI, bool on)
 {
-    std::lock_guard const lock(lines_.calls());
-    auto* const line = find(lineURI, "no line is isolated");
-    if (line == nullptr || (!on && isolated_ != &line->base())) {
+    std::lock_guard const lock(calls_);
+    auto const line = find(lineURI);
+    if (reportIfRefused(kKeysetComponent, line) || (!on && isolated_ != &(*line)->base())) {
         return;
     }
-    isolated_ = on ? &line->base() : nullptr;
-    log(kLogInfo, kComponent, "line {} is {}", line->base().id(),
-        on ? "isolated: the others are not heard" : "no longer isolated");
+    auto& base = (*line)->base();
+    isolated_ = on ? &base : nullptr;
+    log(kLogInfo, kKeysetComponent, "line {} is {}", base.id(),
+        on ? "isolated: other lines are not heard" : "no longer isolated");
     lines_.refresh();
 }
 
 bool Keyset::changeMultiUser(std::string const& lineURI)
 {
-    auto* const line = find(lineURI, "the user stays");
-    if (line == nullptr || !isKeysetActive()) {
+    if (!isKeysetActive()) {
+        reportRefusal(kKeysetComponent, {RefusalKind::kNotSupported, "a single-line telephone has only one user"});
         return false;
     }
-    auto const outcome = settings_.set(SettingNames::kCurrentMultiUser, line->base().id());
-    if (!outcome) {
-        log(kLogFailure, kComponent, "the user stays: {}", outcome.reason);
-    }
-    return static_cast<bool>(outcome);
+    return !reportIfRefused(kKeysetComponent, find(lineURI).and_then([this](TelephoneLine* line) {
+        return settings_.set(SettingNames::kCurrentMultiUser, line->base().id());
+    }));
 }
 
 std::string Keyset::getCurrentMultiUser()
@@ -182,13 +169,12 @@ bool Keyset::getImmediateRing()
 void Keyset::setImmediateRing(bool on, std::string& outcome)
 {
     auto const set = settings_.set(SettingNames::kImmediateRing, on ? "true" : "false");
-    if (!set) {
-        outcome = set.reason;
-        log(kLogFailure, kComponent, "immediate ring is not set: {}", set.reason);
+    if (reportIfRefused(kKeysetComponent, set)) {
+        outcome = set.error().reason;
         return;
     }
     outcome = on ? "immediate ring is on" : "immediate ring is off";
-    std::lock_guard const lock(lines_.calls());
+    std::lock_guard const lock(calls_);
     lines_.refresh();
 }
 
@@ -198,7 +184,7 @@ int Keyset::getIncomingCallPriority(std::string const& lineURI)
     if (line == nullptr) {
         return 0;
     }
-    std::lock_guard const lock(lines_.calls());
+    std::lock_guard const lock(calls_);
     auto const ringing = ringingLines();
     auto const place = std::find(ringing.begin(), ringing.end(), &line->base());
     return place == ringing.end() ? 0 : static_cast<int>(place - ringing.begin()) + 1;
@@ -206,24 +192,25 @@ int Keyset::getIncomingCallPriority(std::string const& lineURI)
 
 void Keyset::handleButtonPressedEvent(PhysDefs::keyFunctionType function)
 {
-    std::lock_guard const lock(lines_.calls());
+    std::lock_guard const lock(calls_);
     if (function == PhysDefs::keyFunctionPreview) {
-        return showNextPreview();
+        showNextPreview();
+    } else if (function == PhysDefs::keyFunctionIgnoreCall) {
+        reportIfRefused(kKeysetComponent, ignoreNext());
+    } else {
+        reportRefusal(kKeysetComponent, {RefusalKind::kNotSupported,
+                                         fmt::format("the keyset has no key function {}", static_cast<int>(function))});
     }
-    if (function != PhysDefs::keyFunctionIgnoreCall) {
-        log(kLogFailure, kComponent, "the keyset has no key function {}", static_cast<int>(function));
-        return;
-    }
-    auto const ringing = ringingLines();
-    auto* const line = preview_ != nullptr || ringing.empty() ? preview_ : ringing.front();
-    if (line == nullptr) {
-        log(kLogFailure, kComponent, "no call is ignored: none rings");
-        return;
-    }
-    ignore(*line);
 }
 
-// After the last line that rings the preview is over.
+Outcome<> Keyset::ignoreNext()
+{
+    auto const ringing = ringingLines();
+    auto* const line = preview_ != nullptr || ringing.empty() ? preview_ : ringing.front();
+    return line == nullptr ? refuse(RefusalKind::kWrongState, "no call is ringing") : line->silence();
+}
+
+// The preview ends after the last ringing line.
 void Keyset::showNextPreview()
 {
     auto const ringing = ringingLines();
@@ -234,24 +221,34 @@ void Keyset::showNextPreview()
         preview_ = shown + 1 == ringing.end() ? nullptr : *(shown + 1);
     }
     if (preview_ == nullptr) {
-        log(kLogInfo, kComponent, "{}", ringing.empty() ? "no preview: no call rings" : "the preview is over");
+        log(kLogInfo, kKeysetComponent, "{}",
+            ringing.empty() ? "no preview: no call is ringing" : "the preview is over");
         return;
     }
     auto const call = preview_->callInState(eLineStateRinging);
-    log(kLogInfo, kComponent, "preview of line {}: {} rings", preview_->id(), call ? call->remoteURI : "");
+    log(kLogInfo, kKeysetComponent, "preview of line {}: call from {}", preview_->id(), call ? call->remoteURI : "");
 }
 
 void Keyset::initiateBCAOutgoingCall(std::string const& lineURI, std::string const& destination)
 {
-    std::lock_guard const lock(lines_.calls());
-    auto* const line = find(lineURI, "no call is made");
-    if (line == nullptr || !reserveNextSCA(lineURI)) {
-        return;
+    std::lock_guard const lock(calls_);
+    reportIfRefused(kKeysetComponent,
+                    find(lineURI).and_then([&](TelephoneLine* line) { return makeBridgedCall(*line, destination); }));
+}
+
+Outcome<> Keyset::makeBridgedCall(TelephoneLine& line, std::string const& destination)
+{
+    auto made = lines_.seize(line.base(), eLineStateReserved);
+    if (!made) {
+        return made;
     }
-    auto* const place = lines_.freePlace(*line);
-    if (place == nullptr || lines_.actions().dial(*place, destination) != sfiSuccess) {
-        lines_.release(line->base());
+    auto* const place = line.freePlace();
+    made = place == nullptr ? refuse(RefusalKind::kLimit, fmt::format("line {} has no free appearance", line.id()))
+                            : lines_.actions().dial(*place, destination);
+    if (!made) {
+        lines_.release(line.base());
     }
+    return made;
 }
 
 bool Keyset::isSpoofedDummyLine(std::string const& lineURI)
@@ -261,50 +258,39 @@ bool Keyset::isSpoofedDummyLine(std::string const& lineURI)
 
 bool Keyset::dummyLine_reserve()
 {
-    std::lock_guard const lock(lines_.calls());
-    auto* const line = lines_.lineForNewCall();
-    if (line == nullptr) {
-        log(kLogFailure, kComponent, "no line is seized: all are taken");
-        return false;
-    }
-    return lines_.seize(*line, eLineStateSelected);
+    std::lock_guard const lock(calls_);
+    return !reportIfRefused(kKeysetComponent, lines_.lineForNewCall().and_then([this](TelephoneLine* line) {
+        return lines_.seize(*line, eLineStateSelected);
+    }));
 }
 
 bool Keyset::reserveNextSCA(std::string const& lineURI)
 {
-    std::lock_guard const lock(lines_.calls());
-    auto* const line = find(lineURI, "no appearance is reserved");
-    return line != nullptr && lines_.seize(line->base(), eLineStateReserved);
+    std::lock_guard const lock(calls_);
+    return !reportIfRefused(kKeysetComponent, find(lineURI).and_then([this](TelephoneLine* line) {
+        return lines_.seize(line->base(), eLineStateReserved);
+    }));
 }
 
 bool Keyset::unreserveLine(std::string const& lineURI)
 {
-    std::lock_guard const lock(lines_.calls());
-    auto* const line = find(lineURI, "no line is given back");
-    if (line == nullptr) {
-        return false;
-    }
-    lines_.release(line->base());
-    return true;
+    std::lock_guard const lock(calls_);
+    return !reportIfRefused(kKeysetComponent,
+                            find(lineURI).map([this](TelephoneLine* line) { lines_.release(line->base()); }));
 }
 
 void Keyset::setIsInServiceInitiatedState(std::string const& lineURI, bool initiated)
 {
-    std::lock_guard const lock(lines_.calls());
-    auto* const line = find(lineURI, "no line is shown as off the hook");
-    if (line == nullptr) {
-        return;
-    }
     if (initiated) {
-        static_cast<void>(lines_.seize(*line, eLineStateSelected));
+        makeCall(lineURI);
     } else {
-        lines_.release(line->base());
+        static_cast<void>(unreserveLine(lineURI));
     }
 }
 
 void Keyset::terminatePreview()
 {
-    std::lock_guard const lock(lines_.calls());
+    std::lock_guard const lock(calls_);
     preview_ = nullptr;
 }
 
@@ -313,22 +299,18 @@ void Keyset::lineChanged(TelephoneLine& line, ELineState /*before*/)
     if (preview_ == &line && line.state() != eLineStateRinging) {
         preview_ = nullptr;
     }
-    std::erase_if(acceptedCalls_, [this](int callID) {
-        auto const call = lines_.calls().call(callID);
-        return !call || !call->alerting();
-    });
 }
 
 bool Keyset::mayBeHeard(TelephoneLine const& line) const
 {
-    return !line.silenced() && (isolated_ == nullptr || isolated_ == &line);
+    return line.isAudible() && (isolated_ == nullptr || isolated_ == &line);
 }
 
-TelephoneLine* Keyset::find(std::string const& lineURI, char const* what) const
+Outcome<TelephoneLine*> Keyset::find(std::string const& lineURI) const
 {
     auto* const line = lines_.find(lineURI);
     if (line == nullptr) {
-        log(kLogFailure, kComponent, "{}: there is no line \"{}\"", what, lineURI);
+        return refuse(RefusalKind::kNotFound, fmt::format("there is no line \"{}\"", lineURI));
     }
     return line;
 }

@@ -4,25 +4,30 @@
 #include <mutex>
 #include <stdexcept>
 
+#include <spdlog/fmt/fmt.h>
+
+#include "telephone/calls/PhoneCalls.h"
 #include "telephone/framework/Log.h"
+#include "telephone/framework/Refusals.h"
 #include "telephone/lines/Lines.h"
 
 namespace telephone {
 
 namespace {
 
-constexpr char const* kComponent = "pick-up";
+constexpr char const* kPickupComponent = "pick-up";
 
 std::atomic<PickupHandler*> theHandler{nullptr};
 
 }  // namespace
 
-PickupHandler::PickupHandler(Lines& lines)
+PickupHandler::PickupHandler(Lines const& lines, PhoneCalls& calls)
     : lines_(lines)
+    , calls_(calls)
 {
-    PickupHandler* nobody = nullptr;
-    if (!theHandler.compare_exchange_strong(nobody, this)) {
-        throw std::runtime_error("there is a pick-up handler already");
+    PickupHandler* none = nullptr;
+    if (!theHandler.compare_exchange_strong(none, this)) {
+        throw std::runtime_error("a pick-up handler already exists in this process");
     }
 }
 
@@ -34,32 +39,26 @@ PickupHandler::~PickupHandler()
 void PickupHandler::setCommsSrv(SvcRTEContext* /*context*/, Executable* service)
 {
     if (service == nullptr) {
-        log(kLogWarning, kComponent, "there is no communications service");
+        log(kLogWarning, kPickupComponent, "there is no communications service");
     }
 }
-
-void PickupHandler::Initialise() {}
-
-void PickupHandler::timerExpired(int /*timerId*/) {}
 
 sfiResult PickupHandler::directedPickupRequest(sfiCallInfo* call, std::string& target)
 {
-    return pickupForRecord(lines_, call, target);
+    return reportIfRefused(kPickupComponent, pickup(call, target)) ? sfiFailure : sfiSuccess;
 }
 
-sfiResult pickupForRecord(Lines& lines, sfiCallInfo const* call, std::string const& target)
+Outcome<> PickupHandler::pickup(sfiCallInfo const* call, std::string const& target)
 {
     if (call == nullptr || target.empty()) {
-        log(kLogFailure, kComponent, "no call is picked up: {}", call == nullptr ? "no call is named" : "no number");
-        return sfiFailure;
+        return refuse(RefusalKind::kBadInput, call == nullptr ? "a pick-up needs a call" : "a pick-up needs a number");
     }
-    std::lock_guard const lock(lines.calls());
-    auto const* const line = lines.byNumber(call->lineID);
+    std::lock_guard const lock(calls_);
+    auto const* const line = lines_.byNumber(call->lineID);
     if (line == nullptr) {
-        log(kLogFailure, kComponent, "the call at {} is not picked up: there is no line {}", target, call->lineID);
-        return sfiFailure;
+        return refuse(RefusalKind::kNotFound, fmt::format("there is no line {} for the pick-up", call->lineID));
     }
-    return lines.calls().pickup(line->place(), call->callID, target);
+    return calls_.pickup(line->place(), call->callID, target);
 }
 
 }  // namespace telephone

@@ -1,33 +1,37 @@
-// Picks up a call that rings at another telephone, by that telephone's dialogs. Owned by the composition root;
-// DirectedPickupHandler::Instance() while it lives. The service calls it with the phone lock held.
+// Picks up a call that is ringing at another telephone. Owned by the composition root;
+// DirectedPickupHandler::Instance() while it exists. The service calls it with the phone lock held.
 #pragma once
 
+#include <string>
+
 #include "platform/team/DirectedPickupHandler.h"
+#include "telephone/base/Refusal.h"
 
 namespace telephone {
 
 class Lines;
+class PhoneCalls;
 
 class PickupHandler final : public DirectedPickupHandler
 {
 public:
-    explicit PickupHandler(Lines& lines);
+    PickupHandler(Lines const& lines, PhoneCalls& calls);
     ~PickupHandler();
     PickupHandler(PickupHandler const&) = delete;
     PickupHandler& operator=(PickupHandler const&) = delete;
 
     void setCommsSrv(SvcRTEContext* context, Executable* service) override;
-    void Initialise() override;
-    // A pick-up starts no timer by number.
-    void timerExpired(int timerId) override;
+    void Initialise() override {}
+    // Pick-ups start no numbered timers.
+    void timerExpired(int /*timerId*/) override {}
     sfiResult directedPickupRequest(sfiCallInfo* call, std::string& target) override;
 
-private:
-    Lines& lines_;
-};
+    // Also for busy-lamp fields: picks up the call that is ringing at the number `target`, as the call of the record.
+    [[nodiscard]] Outcome<> pickup(sfiCallInfo const* call, std::string const& target);
 
-// The call that rings at a number becomes the call of that record; each failure is in the log. Also for busy-lamp
-// fields.
-sfiResult pickupForRecord(Lines& lines, sfiCallInfo const* call, std::string const& target);
+private:
+    Lines const& lines_;
+    PhoneCalls& calls_;
+};
 
 }  // namespace telephone

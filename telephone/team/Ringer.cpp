@@ -11,8 +11,10 @@
 
 namespace telephone {
 
-Ringer::Ringer(Lines& lines, Keyset& keyset, AuditoryDeviceIfc& device)
+Ringer::Ringer(Lines& lines, PhoneCalls& calls, TimerService& timers, Keyset& keyset, AuditoryDeviceIfc& device)
     : lines_(lines)
+    , calls_(calls)
+    , timers_(timers)
     , keyset_(keyset)
     , device_(device)
 {}
@@ -34,9 +36,9 @@ void Ringer::stop()
         return;
     }
     lines_.removeListener(*this);
-    std::lock_guard const lock(lines_.calls());
+    std::lock_guard const lock(calls_);
     for (auto const& [line, ringing] : ringing_) {
-        lines_.timers().cancel(ringing.delayTimer);
+        timers_.cancel(ringing.delayTimer);
     }
     ringing_.clear();
     update();
@@ -53,7 +55,7 @@ void Ringer::lineChanged(TelephoneLine& line, ELineState /*before*/)
     if (rings && known == ringing_.end()) {
         startDelay(line);
     } else if (!rings && known != ringing_.end()) {
-        lines_.timers().cancel(known->second.delayTimer);
+        timers_.cancel(known->second.delayTimer);
         ringing_.erase(known);
     }
     update();
@@ -65,16 +67,16 @@ void Ringer::startDelay(TelephoneLine& line)
     ringing.generation = ++generation_;
     auto const delay = line.configuration().ringDelay;
     if (delay > 0) {
-        ringing.delayTimer =
-            lines_.timers().start(std::chrono::seconds(delay),
-                                  [this, &line, generation = ringing.generation] { delayOver(line, generation); });
+        ringing.delayTimer = timers_.start(std::chrono::seconds(delay), [this, &line, generation = ringing.generation] {
+            delayExpired(line, generation);
+        });
     }
 }
 
-// The call may have ended, and another one begun, while the expiry waited for the lock.
-void Ringer::delayOver(TelephoneLine& line, int generation)
+// While the expiry waited for the lock, the call may have ended and another one begun.
+void Ringer::delayExpired(TelephoneLine& line, int generation)
 {
-    std::lock_guard const lock(lines_.calls());
+    std::lock_guard const lock(calls_);
     auto const known = ringing_.find(&line);
     if (known != ringing_.end() && known->second.generation == generation) {
         known->second.delayTimer = 0;

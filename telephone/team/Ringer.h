@@ -1,13 +1,13 @@
-// Lets the telephone ring: while a call rings on a line that is to be heard, after the line's ring delay unless
-// immediate ring is on. The sound is the auditory device's.
+// Rings the telephone while a call is ringing on a line that may be heard, after the line's ring delay unless immediate
+// ring is on. The auditory device makes the sound.
 //
-// Owned by the composition root, after the keyset and before the end of the calls; works from start() to stop(). Told
-// of lines with the phone lock held; ends of delays come on the timer thread.
+// Owned by the composition root; works from start() to stop(). Told of lines with the phone lock held; delays expire on
+// the timer thread.
 #pragma once
 
 #include <map>
 
-#include "telephone/lines/LineObserver.h"
+#include "telephone/lines/LineListener.h"
 
 class AuditoryDeviceIfc;
 
@@ -15,11 +15,13 @@ namespace telephone {
 
 class Keyset;
 class Lines;
+class PhoneCalls;
+class TimerService;
 
 class Ringer final : public LineListener
 {
 public:
-    Ringer(Lines& lines, Keyset& keyset, AuditoryDeviceIfc& device);
+    Ringer(Lines& lines, PhoneCalls& calls, TimerService& timers, Keyset& keyset, AuditoryDeviceIfc& device);
     ~Ringer();
     Ringer(Ringer const&) = delete;
     Ringer& operator=(Ringer const&) = delete;
@@ -30,19 +32,21 @@ public:
     void lineChanged(TelephoneLine& line, ELineState before) override;
 
 private:
-    // What is known of a line that rings.
+    // A ringing line.
     struct Ringing
     {
-        int delayTimer = 0;  // 0: the delay is over
-        int generation = 0;  // tells this ringing from an earlier one of the line
+        int delayTimer = 0;  // 0 when the delay is over
+        int generation = 0;  // distinguishes it from an earlier ringing of the line
     };
 
     void update();
     bool isToBeHeard(TelephoneLine const& line, Ringing const& ringing) const;
     void startDelay(TelephoneLine& line);
-    void delayOver(TelephoneLine& line, int generation);
+    void delayExpired(TelephoneLine& line, int generation);
 
     Lines& lines_;
+    PhoneCalls& calls_;
+    TimerService& timers_;
     Keyset& keyset_;
     AuditoryDeviceIfc& device_;
     std::map<TelephoneLine*, Ringing> ringing_;

@@ -1,12 +1,15 @@
 #include "telephone/team/TeamFeatures.h"
 
-#include <atomic>
 #include <stdexcept>
+
+#include <spdlog/fmt/fmt.h>
 
 #include "CommunicationsServiceIfc.h"
 #include "platform/sfi/SfiConfiguration.h"
 #include "telephone/framework/Log.h"
+#include "telephone/framework/Refusals.h"
 #include "telephone/lines/Lines.h"
+#include "telephone/management/ForwardingKeys.h"
 #include "telephone/management/Settings.h"
 #include "telephone/physical/PhysicalInterface.h"
 #include "telephone/team/FeatureToggles.h"
@@ -17,30 +20,23 @@ namespace telephone {
 
 namespace {
 
-constexpr char const* kComponent = "team features";
-constexpr std::string_view kForwardAll = "cfu-activated";
-constexpr std::string_view kForwardAllTo = "cfu-address";
+constexpr char const* kTeamComponent = "team features";
+constexpr ForwardingKeys const& kForwardAll = kForwardingKeys[sfiForwardUnconditional];
 
 std::atomic<TeamFeatures*> theFeatures{nullptr};
 
 }  // namespace
 
-TeamFeatures::TeamFeatures(Configuration const& configuration, Lines& lines, Keyset& keyset, FeatureToggles& toggles,
-                           PhysicalInterface& keys, Settings& settings, PartyWatch& watch)
-    : lines_(lines)
-    , keyset_(keyset)
-    , toggles_(toggles)
-    , keys_(keys)
-    , settings_(settings)
-    , watch_(watch)
-    , busyLamps_(lines, keys)
-    , cockpit_(settings)
-    , push_(configuration.push.address)
-    , queue_("team features")
+TeamFeatures::TeamFeatures(Parts const& parts, std::string const& pushAddress)
+    : parts_(parts)
+    , busyLamps_(parts.keys, parts.calls, parts.lines.actions())
+    , cockpit_(parts.settings)
+    , push_(pushAddress)
+    , queue_("the team features")
 {
-    TeamFeatures* nobody = nullptr;
-    if (!theFeatures.compare_exchange_strong(nobody, this)) {
-        throw std::runtime_error("there are team features already");
+    TeamFeatures* none = nullptr;
+    if (!theFeatures.compare_exchange_strong(none, this)) {
+        throw std::runtime_error("team features already exist in this process");
     }
 }
 
@@ -54,140 +50,146 @@ void TeamFeatures::stop()
 {
     queue_.stop();
     push_.stop();
-    service_.open(nullptr);
+    service_.set(nullptr);
 }
 
 void TeamFeatures::setPhysicalInterface(PhysicalInterfaceServiceIfc* physicalInterface)
 {
     if (physicalInterface == nullptr) {
-        log(kLogWarning, kComponent, "the service found no keys and lamps");
+        log(kLogWarning, kTeamComponent, "the service found no keys and lamps");
     }
 }
 
 void TeamFeatures::setLocalMgmtInterface(LocalMgmtIfc* localMgmt)
 {
     if (localMgmt == nullptr) {
-        log(kLogWarning, kComponent, "the service found no configuration store");
+        log(kLogWarning, kTeamComponent, "the service found no configuration store");
     }
 }
 
 void TeamFeatures::setCertMgmtInterface(CertificateMgmtSvcIfc* certificateMgmt)
 {
     if (certificateMgmt == nullptr) {
-        log(kLogWarning, kComponent, "the service found no certificate management");
+        log(kLogWarning, kTeamComponent, "the service found no certificate management");
     }
 }
 
 void TeamFeatures::setCommsSrv(SvcRTEContext* /*context*/, Executable* service)
 {
-    service_.open(service);
+    service_.set(service);
 }
 
 void TeamFeatures::Activate()
 {
-    {
-        std::lock_guard const lock(mutex_);
-        if (active_) {
-            return;
-        }
-        active_ = true;
+    if (!active_.exchange(true)) {
+        busyLamps_.watch(parts_.watch);
+        parts_.lines.watchParties(parts_.watch);
     }
-    busyLamps_.watch(watch_);
-    lines_.watchParties(watch_);
 }
-
-void TeamFeatures::timerExpired(int /*timerId*/) {}
 
 void TeamFeatures::HandleButtonPressedEvent(int key, PhysDefs::keyFunctionType function, PhysDefs::actionType action)
 {
-    if (action != PhysDefs::actionPressed) {
-        return;
+    if (action == PhysDefs::actionPressed) {
+        reportIfRefused(kTeamComponent, keyPressed(key, function));
     }
-    switch (function) {
-    case PhysDefs::keyFunctionForwarding: {
-        auto const* const pressed = keys_.layout().find(key);
+}
+
+Outcome<> TeamFeatures::keyPressed(int key, PhysDefs::keyFunctionType function)
+{
+    if (function == PhysDefs::keyFunctionForwarding) {
+        auto const* const pressed = parts_.keys.layout().find(key);
         auto const destination = pressed == nullptr ? std::string() : pressed->configuration.target;
-        queue_.post([this, destination] { switchForwarding(!settings_.flag(kForwardAll), destination); });
-        return;
+        return later(
+            [this, destination] { return switchForwarding(!isOn(PhysDefs::keyFunctionForwarding, 0), destination); });
     }
-    case PhysDefs::keyFunctionDoNotDisturb:
-        queue_.post([this] { switchDoNotDisturb(!settings_.flag(SettingNames::kDoNotDisturb)); });
-        return;
-    case PhysDefs::keyFunctionMessages:
-        queue_.post([this] { dialVoiceMail(); });
-        return;
-    default:
-        log(kLogFailure, kComponent, "key {} does nothing: no team feature has key function {}", key,
-            static_cast<int>(function));
-        return;
+    if (function == PhysDefs::keyFunctionDoNotDisturb) {
+        return later([this] { return switchDoNotDisturb(!isOn(PhysDefs::keyFunctionDoNotDisturb, 0)); });
     }
+    if (function == PhysDefs::keyFunctionMessages) {
+        return later([this] { return dialVoiceMail(); });
+    }
+    return refuse(RefusalKind::kNotSupported, fmt::format("key {} does nothing: no team feature has key function {}",
+                                                          key, static_cast<int>(function)));
 }
 
-void TeamFeatures::switchForwarding(bool on, std::string const& destination)
+Outcome<> TeamFeatures::later(std::function<Outcome<>()> work)
 {
-    auto* const service = service_.calls();
-    auto const to = destination.empty() ? settings_.text(kForwardAllTo) : destination;
+    return queue_.post([work = std::move(work)] { reportIfRefused(kTeamComponent, work()); });
+}
+
+Outcome<> TeamFeatures::switchForwarding(bool on, std::string const& destination)
+{
+    auto const to = destination.empty() ? parts_.settings.text(kForwardAll.address) : destination;
     if (on && to.empty()) {
-        log(kLogFailure, kComponent, "calls are not forwarded: no destination is set");
-        return;
+        return refuse(RefusalKind::kBadInput, "calls cannot be forwarded without a destination");
     }
-    if (service != nullptr &&
-        service->setForwardingConfiguration(userLine(), sfiForwardUnconditional, on, to, 0, false) != sfiSuccess) {
-        log(kLogFailure, kComponent, "forwarding is not switched {}: the service refuses it", on ? "on" : "off");
-    }
+    return service_.calls().and_then([&](CommunicationsServiceIfc* service) -> Outcome<> {
+        auto const line = parts_.keyset.getCurrentMultiUser();
+        if (service->setForwardingConfiguration(line, sfiForwardUnconditional, on, to, 0, false) != sfiSuccess) {
+            return refuse(RefusalKind::kUnavailable,
+                          fmt::format("the service refused to switch forwarding {}", on ? "on" : "off"));
+        }
+        return {};
+    });
 }
 
-void TeamFeatures::switchDoNotDisturb(bool on)
+Outcome<> TeamFeatures::switchDoNotDisturb(bool on)
 {
-    auto* const service = service_.calls();
-    if (service != nullptr && service->setDoNotDisturb(userLine(), on) != sfiSuccess) {
-        log(kLogFailure, kComponent, "do-not-disturb is not switched {}: the service refuses it", on ? "on" : "off");
-    }
+    return service_.calls().and_then([&](CommunicationsServiceIfc* service) -> Outcome<> {
+        if (service->setDoNotDisturb(parts_.keyset.getCurrentMultiUser(), on) != sfiSuccess) {
+            return refuse(RefusalKind::kUnavailable,
+                          fmt::format("the service refused to switch do-not-disturb {}", on ? "on" : "off"));
+        }
+        return {};
+    });
 }
 
-void TeamFeatures::dialVoiceMail()
+Outcome<> TeamFeatures::dialVoiceMail()
 {
-    auto* const service = service_.calls();
+    auto const service = service_.calls();
+    if (!service) {
+        return tl::unexpected(service.error());
+    }
     std::string voiceMail;
     sfiGetVoiceMailDialURI(voiceMail);
-    if (service == nullptr || voiceMail.empty()) {
-        log(kLogFailure, kComponent, "the mailbox is not called: {}",
-            service == nullptr ? "no service" : "it has no number");
-        return;
+    if (voiceMail.empty()) {
+        return refuse(RefusalKind::kNotFound, "no number of a mailbox is configured");
     }
     std::string lineURI;
     int callID = 0;
     {
-        std::lock_guard const lock(lines_.calls());
-        auto const* const line = lines_.lineForNewCall();
-        lineURI = line == nullptr ? std::string() : line->id();
-        callID = lines_.calls().freeCallID();
+        std::lock_guard const lock(parts_.calls);
+        auto const line = parts_.lines.lineForNewCall();
+        if (!line) {
+            return tl::unexpected(line.error());
+        }
+        lineURI = (*line)->id();
+        callID = parts_.calls.freeCallID();
     }
-    if (lineURI.empty()) {
-        log(kLogFailure, kComponent, "the mailbox is not called: no line is free");
-    } else if (service->outgoingCallMake(lineURI, callID, voiceMail.c_str(), false, false, false) != sfiSuccess) {
-        log(kLogFailure, kComponent, "the mailbox {} is not called: the service refuses it", voiceMail);
+    if ((*service)->outgoingCallMake(lineURI, callID, voiceMail.c_str(), false, false, false) != sfiSuccess) {
+        return refuse(RefusalKind::kUnavailable, fmt::format("the service refused to call the mailbox {}", voiceMail));
     }
-}
-
-std::string TeamFeatures::userLine()
-{
-    return keyset_.getCurrentMultiUser();
+    return {};
 }
 
 void TeamFeatures::processInvokeDOAction(int feature, int instanceId, bool on, std::string const& data)
 {
-    invoke(feature, instanceId, on, data);
+    reportIfRefused(kTeamComponent, invoke(feature, instanceId, on, data));
 }
 
 void TeamFeatures::processInvokeDVAction(ZEBLocalFeaturesDefs::LF_NOTIFICATION_ID notification, int feature,
                                          int instanceId, ZEBLocalFeaturesDefs::eActionType action)
 {
-    log(kLogInfo, kComponent, "feature {} of instance {}: notification {}, action {}", feature, instanceId,
+    log(kLogInfo, kTeamComponent, "feature {} of instance {}: notification {}, action {}", feature, instanceId,
         static_cast<int>(notification), static_cast<int>(action));
+    reportIfRefused(kTeamComponent, act(feature, instanceId, action));
+}
+
+Outcome<> TeamFeatures::act(int feature, int instanceId, ZEBLocalFeaturesDefs::eActionType action)
+{
     switch (action) {
     case ZEBLocalFeaturesDefs::eActionNone:
-        return;
+        return {};
     case ZEBLocalFeaturesDefs::eActionOn:
         return invoke(feature, instanceId, true, {});
     case ZEBLocalFeaturesDefs::eActionOff:
@@ -195,80 +197,63 @@ void TeamFeatures::processInvokeDVAction(ZEBLocalFeaturesDefs::LF_NOTIFICATION_I
     case ZEBLocalFeaturesDefs::eActionToggle:
         return invoke(feature, instanceId, !isOn(feature, instanceId), {});
     }
-    log(kLogFailure, kComponent, "feature {} is left as it is: there is no action {}", feature,
-        static_cast<int>(action));
+    return refuse(RefusalKind::kBadInput, fmt::format("there is no feature action {}", static_cast<int>(action)));
 }
 
 bool TeamFeatures::isOn(int feature, int instanceId) const
 {
-    switch (feature) {
-    case PhysDefs::keyFunctionForwarding:
-        return settings_.flag(kForwardAll);
-    case PhysDefs::keyFunctionDoNotDisturb:
-        return settings_.flag(SettingNames::kDoNotDisturb);
-    default:
-        return settings_.flag(std::string(SettingNames::kFeatureTogglePrefix) + std::to_string(instanceId));
+    if (feature == PhysDefs::keyFunctionForwarding) {
+        return parts_.settings.flag(kForwardAll.activated);
     }
+    if (feature == PhysDefs::keyFunctionDoNotDisturb) {
+        return parts_.settings.flag(SettingNames::kDoNotDisturb);
+    }
+    return parts_.toggles.isOn(instanceId);
 }
 
-void TeamFeatures::invoke(int feature, int instanceId, bool on, std::string const& data)
+Outcome<> TeamFeatures::invoke(int feature, int instanceId, bool on, std::string const& data)
 {
-    switch (feature) {
-    case PhysDefs::keyFunctionForwarding:
-        queue_.post([this, on, data] { switchForwarding(on, data); });
-        return;
-    case PhysDefs::keyFunctionDoNotDisturb:
-        queue_.post([this, on] { switchDoNotDisturb(on); });
-        return;
-    case PhysDefs::keyFunctionFeatureToggle:
-        queue_.post([this, instanceId, on] { toggles_.set(instanceId, on); });
-        return;
-    default:
-        log(kLogFailure, kComponent, "feature {} is not switched: this telephone does not have it", feature);
-        return;
+    if (feature == PhysDefs::keyFunctionForwarding) {
+        return later([this, on, data] { return switchForwarding(on, data); });
     }
+    if (feature == PhysDefs::keyFunctionDoNotDisturb) {
+        return later([this, on] { return switchDoNotDisturb(on); });
+    }
+    if (feature == PhysDefs::keyFunctionFeatureToggle) {
+        return later([this, instanceId, on] { return parts_.toggles.set(instanceId, on); });
+    }
+    return refuse(RefusalKind::kNotSupported, fmt::format("this telephone has no feature {}", feature));
 }
 
 void TeamFeatures::callbackDOFeatureCallID(std::string const& callId, int instanceId)
 {
-    std::lock_guard const lock(mutex_);
-    featureCalls_[instanceId] = callId;
+    log(kLogInfo, kTeamComponent, "the feature of instance {} has made call {}", instanceId, callId);
 }
 
-std::string TeamFeatures::featureCall(int instanceId) const
-{
-    std::lock_guard const lock(mutex_);
-    auto const call = featureCalls_.find(instanceId);
-    return call == featureCalls_.end() ? std::string() : call->second;
-}
-
-// Called while the service writes to the store: only this one value, on the same thread.
+// Called while the service writes to the store, so it writes only this value, on the same thread.
 void TeamFeatures::HandleForwardingAlternative(std::string const& destination)
 {
-    auto const outcome = settings_.set(SettingNames::kForwardingAlternative, destination);
-    if (!outcome) {
-        log(kLogFailure, kComponent, "the alternative forwarding is not set: {}", outcome.reason);
-    }
+    reportIfRefused(kTeamComponent, parts_.settings.set(SettingNames::kForwardingAlternative, destination));
 }
 
 sfiResult TeamFeatures::BLFPickupRequest(sfiCallInfo* call, std::string& target)
 {
-    return pickupForRecord(lines_, call, target);
+    return reportIfRefused(kTeamComponent, parts_.pickup.pickup(call, target)) ? sfiFailure : sfiSuccess;
 }
 
 void TeamFeatures::blfKeyPressedFPK(int keyNumber, bool transfer)
 {
-    busyLamps_.pressed(keyNumber, transfer);
+    reportIfRefused(kTeamComponent, busyLamps_.pressed(keyNumber, transfer));
 }
 
 void TeamFeatures::setDNDStatusForBLF(std::string const& blfLedControlURI, bool dndOn)
 {
-    busyLamps_.setDoNotDisturb(blfLedControlURI, dndOn);
+    reportIfRefused(kTeamComponent, busyLamps_.setDoNotDisturb(blfLedControlURI, dndOn));
 }
 
 void TeamFeatures::sendURLPushRequest(std::string& url, std::string& data)
 {
-    static_cast<void>(push_.send(url, data));
+    reportIfRefused(kTeamComponent, push_.send(url, data));
 }
 
 }  // namespace telephone

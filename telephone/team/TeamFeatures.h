@@ -1,17 +1,17 @@
-// The team features: what the forwarding, do-not-disturb and messages keys do, busy-lamp fields, the agent cockpit,
-// push requests and feature invocations.
+// The team features: the forwarding, do-not-disturb and messages keys, busy-lamp fields, the agent cockpit, push
+// requests and feature invocations.
 //
-// Owned by the composition root; TeamServiceFeatures::Instance() while it lives. Key presses may come with any lock
-// held: what they ask of the service is done on a thread of its own, with none.
+// Owned by the composition root; TeamServiceFeatures::Instance() while it exists. Keys may be pressed with any lock
+// held: what they need from the service is done on a thread of its own, with no lock held.
 #pragma once
 
-#include <map>
-#include <mutex>
+#include <atomic>
+#include <functional>
 #include <string>
 
 #include "platform/team/TeamServiceFeatures.h"
-#include "telephone/configuration/Configuration.h"
-#include "telephone/lines/ServiceDoors.h"
+#include "telephone/base/Refusal.h"
+#include "telephone/lines/LoadedService.h"
 #include "telephone/lines/WorkQueue.h"
 #include "telephone/team/AgentCockpit.h"
 #include "telephone/team/BusyLampFields.h"
@@ -23,28 +23,41 @@ class FeatureToggles;
 class Keyset;
 class Lines;
 class PartyWatch;
+class PhoneCalls;
 class PhysicalInterface;
+class PickupHandler;
 class Settings;
 
 class TeamFeatures final : public TeamServiceFeatures
 {
 public:
-    // What it is handed outlives it. Throws std::runtime_error for a push address of another machine.
-    TeamFeatures(Configuration const& configuration, Lines& lines, Keyset& keyset, FeatureToggles& toggles,
-                 PhysicalInterface& keys, Settings& settings, PartyWatch& watch);
+    struct Parts
+    {
+        Lines& lines;
+        PhoneCalls& calls;
+        Keyset& keyset;
+        FeatureToggles& toggles;
+        PickupHandler& pickup;
+        PhysicalInterface& keys;
+        Settings& settings;
+        PartyWatch& watch;
+    };
+
+    // The parts outlive it. pushAddress: see UrlPush, whose exceptions it passes on.
+    TeamFeatures(Parts const& parts, std::string const& pushAddress);
     ~TeamFeatures();
     TeamFeatures(TeamFeatures const&) = delete;
     TeamFeatures& operator=(TeamFeatures const&) = delete;
 
-    // Before the service ends: nothing is asked of it any more.
+    // Before the service ends: it is not called any more.
     void stop();
 
     void setPhysicalInterface(PhysicalInterfaceServiceIfc* physicalInterface) override;
     void setLocalMgmtInterface(LocalMgmtIfc* localMgmt) override;
-    // `feature` is a key function: forwarding (to `data`, else where it went before), do-not-disturb, or a toggle key
-    // whose number is the instance. Any other is refused in the log.
+    // feature: a key function, forwarding (to `data`, or to the previous destination when empty), do-not-disturb, or
+    // feature toggle, with the number of its key as the instance. Any other is refused.
     void processInvokeDOAction(int feature, int instanceId, bool on, std::string const& data) override;
-    // The same by an action; a notification alone is only logged.
+    // The same by an action. A notification without an action is only logged.
     void processInvokeDVAction(ZEBLocalFeaturesDefs::LF_NOTIFICATION_ID notification, int feature, int instanceId,
                                ZEBLocalFeaturesDefs::eActionType action) override;
     void callbackDOFeatureCallID(std::string const& callId, int instanceId) override;
@@ -53,8 +66,8 @@ public:
     void setCertMgmtInterface(CertificateMgmtSvcIfc* certificateMgmt) override;
     // Watches the parties of busy-lamp fields, direct-station keys and shared lines.
     void Activate() override;
-    // The features start no timer by number.
-    void timerExpired(int timerId) override;
+    // The features start no numbered timers.
+    void timerExpired(int /*timerId*/) override {}
     void HandleButtonPressedEvent(int key, PhysDefs::keyFunctionType function, PhysDefs::actionType action) override;
     void HandleForwardingAlternative(std::string const& destination) override;
     sfiResult BLFPickupRequest(sfiCallInfo* call, std::string& target) override;
@@ -63,34 +76,28 @@ public:
     void sendURLPushRequest(std::string& url, std::string& data) override;
     EACockpitHandler* getEACockpitHandler() override { return &cockpit_; }
 
-    // The call that a feature key's action made; empty: none was told.
-    std::string featureCall(int instanceId) const;
-    // Waits until what the keys have asked for is done. Not with a lock held.
+    // Waits until everything that keys and actions asked for is done. Not with a lock held.
     void flush() { queue_.flush(); }
 
 private:
-    // On the thread of the features.
-    void switchForwarding(bool on, std::string const& destination);
-    void switchDoNotDisturb(bool on);
-    void dialVoiceMail();
-    void invoke(int feature, int instanceId, bool on, std::string const& data);
+    // Does the work on the thread of the features and reports its refusal there.
+    Outcome<> later(std::function<Outcome<>()> work);
+    Outcome<> keyPressed(int key, PhysDefs::keyFunctionType function);
+    Outcome<> act(int feature, int instanceId, ZEBLocalFeaturesDefs::eActionType action);
+    Outcome<> invoke(int feature, int instanceId, bool on, std::string const& data);
     bool isOn(int feature, int instanceId) const;
-    // The line whose user the keys speak for.
-    std::string userLine();
 
-    Lines& lines_;
-    Keyset& keyset_;
-    FeatureToggles& toggles_;
-    PhysicalInterface& keys_;
-    Settings& settings_;
-    PartyWatch& watch_;
+    // --- on the thread of the features
+    Outcome<> switchForwarding(bool on, std::string const& destination);
+    Outcome<> switchDoNotDisturb(bool on);
+    Outcome<> dialVoiceMail();
+
+    Parts const parts_;
     BusyLampFields busyLamps_;
     AgentCockpit cockpit_;
     UrlPush push_;
-    ServiceDoors service_;
-    mutable std::mutex mutex_;
-    std::map<int, std::string> featureCalls_;
-    bool active_ = false;
+    LoadedService service_;
+    std::atomic<bool> active_{false};
     WorkQueue queue_;  // last: its thread uses all the others
 };
 

@@ -10,14 +10,15 @@
 #include <httplib.h>
 
 #include "telephone/framework/Log.h"
+#include "telephone/framework/Refusals.h"
 
 namespace telephone {
 
 namespace {
 
-constexpr char const* kComponent = "push";
+constexpr char const* kPushComponent = "push";
 constexpr std::string_view kScheme = "http://";
-constexpr std::chrono::seconds kPatience{5};
+constexpr std::chrono::seconds kTimeout{5};
 constexpr std::size_t kQueuedRequests = 1000;
 
 bool isThisMachine(std::string const& host)
@@ -53,7 +54,7 @@ int portOf(std::string const& text)
 }  // namespace
 
 UrlPush::UrlPush(std::string const& address)
-    : queue_("push", kQueuedRequests)
+    : queue_("push requests", kQueuedRequests)
 {
     if (address.empty()) {
         return;
@@ -74,11 +75,11 @@ UrlPush::UrlPush(std::string const& address)
     }
 }
 
-bool UrlPush::send(std::string const& url, std::string const& data)
+Outcome<> UrlPush::send(std::string const& url, std::string const& data)
 {
     if (host_.empty()) {
-        log(kLogFailure, kComponent, "{} is not pushed: no push address is configured", url);
-        return false;
+        return refuse(RefusalKind::kNotSupported,
+                      fmt::format("\"{}\" cannot be pushed because push.address is not configured", url));
     }
     return queue_.post([this, target = target(path_, url, data)] { get(target); });
 }
@@ -91,16 +92,19 @@ std::string UrlPush::target(std::string const& path, std::string const& url, std
 void UrlPush::get(std::string const& target) const
 {
     httplib::Client client(host_, port_);
-    client.set_connection_timeout(kPatience);
-    client.set_read_timeout(kPatience);
-    client.set_write_timeout(kPatience);
+    client.set_connection_timeout(kTimeout);
+    client.set_read_timeout(kTimeout);
+    client.set_write_timeout(kTimeout);
     auto const answer = client.Get(target);
     if (!answer) {
-        log(kLogFailure, kComponent, "the push to {}:{} failed: {}", host_, port_, httplib::to_string(answer.error()));
+        reportRefusal(kPushComponent,
+                      {RefusalKind::kUnavailable,
+                       fmt::format("the push to {}:{} failed: {}", host_, port_, httplib::to_string(answer.error()))});
     } else if (answer->status < 200 || answer->status > 299) {
-        log(kLogFailure, kComponent, "the push to {}:{} was answered with {}", host_, port_, answer->status);
+        reportRefusal(kPushComponent, {RefusalKind::kUnavailable, fmt::format("the push to {}:{} was answered with {}",
+                                                                              host_, port_, answer->status)});
     } else {
-        log(kLogInfo, kComponent, "pushed to {}:{}: {}", host_, port_, answer->status);
+        log(kLogInfo, kPushComponent, "pushed to {}:{}: {}", host_, port_, answer->status);
     }
 }
 

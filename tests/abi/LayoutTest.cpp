@@ -1,5 +1,5 @@
-// Bases and fields of the library's objects, in their order and without a gap that would hide another one. Compiled
-// without access control, so that it sees the fields.
+// Bases and fields of the library's objects, in order and without a gap that could hide another field. Compiled without
+// access control, to reach the fields.
 #include <type_traits>
 #include <vector>
 
@@ -36,7 +36,7 @@ std::size_t alignedUp(std::size_t offset, std::size_t alignment)
     return (offset + alignment - 1) / alignment * alignment;
 }
 
-// The parts follow each other from an offset to the end of the object.
+// Checks that the parts follow each other from an offset to the end of the object.
 void expectGapless(std::size_t begin, std::vector<Part> const& parts, std::size_t objectSize)
 {
     std::size_t end = begin;

@@ -1,5 +1,5 @@
-// The shared library as the framework uses it: loaded at run time into a program that has the platform's symbols,
-// asked for its three factories, used, and unloaded; and all that twice.
+// The shared library as the framework uses it: loaded at run time into a program that has the platform's symbols, asked
+// for its three factories, used and unloaded, twice over.
 #include <memory>
 #include <string>
 
@@ -20,7 +20,7 @@ using testing::NiceMock;
 using testing::Return;
 using testing::ReturnRef;
 
-// The library, for as long as it is loaded. What it made has to be gone before.
+// The loaded library. Its objects must be deleted first.
 class LoadedLibrary
 {
 public:
@@ -101,7 +101,8 @@ void LoadTest::useOnce(LoadedLibrary& library)
     auto const invoker = library.create<Invoker>("createCommunicationsServiceInvoker");
     auto const proxy = library.create<Proxy>("createCommunicationsServiceEventProxy");
 
-    // Casts in this program, to types that the library has its own copies of, and in the library to this program's.
+    // Casts in this program to types of which the library has its own copies, and casts in the library to this
+    // program's types.
     EXPECT_NE(dynamic_cast<CommunicationsServiceIfc*>(service.get()), nullptr);
     EXPECT_NE(dynamic_cast<TeamServiceIfc*>(service.get()), nullptr);
     EXPECT_NE(dynamic_cast<MediaRecordingServiceIfc*>(service.get()), nullptr);

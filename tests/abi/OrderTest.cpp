@@ -1,5 +1,5 @@
-// The order of the operations of each interface that other programs were compiled against. A list here is what they
-// know; it is compared with the tables that the compiler makes of the headers.
+// The order of the operations of each interface that other programs were compiled against. Each list is compared with
+// the virtual tables that the compiler generates from the headers.
 #include <string>
 #include <vector>
 
@@ -36,7 +36,7 @@ struct Operation
         #name, slotOf(&Class::name)                                                                                    \
     }
 
-// A class with a virtual destructor has it, and the deleting one, before everything else.
+// A virtual destructor takes the first two slots: complete and deleting.
 constexpr std::size_t kAfterDestructors = 2;
 
 void expectOrder(std::size_t first, std::vector<Operation> const& operations)
@@ -293,7 +293,7 @@ TEST(OrderTest, LineManager)
                                      });
 }
 
-// Of the following the first operations are fixed; more may come after them.
+// In the following interfaces the first operations are fixed; others may follow.
 TEST(OrderTest, Line)
 {
     expectOrder(0, {
@@ -375,7 +375,7 @@ TEST(OrderTest, CommunicationsServiceInvoker)
                                                    });
 }
 
-// The proxy's own table has the operations of the interface in an order of its own.
+// The proxy's own table lists the operations of the interface in another order.
 TEST(OrderTest, CommunicationsServiceEventProxy)
 {
     using Own = CommunicationsServiceEventProxy;

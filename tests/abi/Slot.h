@@ -1,11 +1,11 @@
-// Where the compiler put a virtual operation in the table of its class.
+// The slot of a virtual operation in the table of its class.
 #pragma once
 
 #include <cstddef>
 #include <cstring>
 
-// The slot that a pointer to a virtual member names, by the Itanium C++ ABI: it holds the offset in the table, which
-// most processors mark by adding one.
+// The slot named by a pointer to a virtual member. In the Itanium C++ ABI the pointer holds the offset in the table,
+// plus one on most processors.
 template <class Operation>
 std::size_t slotOf(Operation operation)
 {
@@ -20,7 +20,7 @@ std::size_t slotOf(Operation operation)
     return static_cast<std::size_t>(offset) / sizeof(void*);
 }
 
-// An operation after all those of an interface: its slot is their number.
+// An operation added behind those of an interface: its slot is their number.
 template <class Interface>
 class OneMore : public Interface
 {

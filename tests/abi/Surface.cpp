@@ -1,5 +1,5 @@
-// Everything that the library and other programs share, gathered for the record of operations: debug information of
-// this file describes each class of include/ and platform/ in full.
+// Includes every public header for the record of operations: the debug information of this file describes each class of
+// include/ and platform/ in full.
 #include "CommunicationsServiceEventIfc.h"
 #include "CommunicationsServiceIfc.h"
 #include "MediaRecordingServiceIfc.h"

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Checks which way includes run: platform/ includes itself, include/ also platform/, src/ also include/; and of others
-# the standard library only. Usage: check_includes.sh ROOT
+# Checks the direction of includes: platform/ includes itself, include/ also platform/, src/ also include/, and all
+# three the standard library. Usage: check_includes.sh ROOT
 set -eu
 root=$1
 cd "$root"
@@ -8,12 +8,12 @@ result=0
 
 complain()
 {
-    echo "$1: $2 is not for this folder" >&2
+    echo "$1: $2 may not be included in this folder" >&2
     result=1
 }
 
-# check FOLDER ALLOWED...: every header that a file of FOLDER names in quotes lies in one of the allowed folders; those of
-# platform/ are named by their path.
+# check FOLDER ALLOWED...: every header that a file of FOLDER includes in quotes is in one of the allowed folders;
+# headers of platform/ are included by their path.
 check()
 {
     folder=$1

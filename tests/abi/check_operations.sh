@@ -6,7 +6,7 @@ abidw=$1 surface=$2 record=$3
 found=$(mktemp)
 trap 'rm -f "$found"' EXIT
 
-# A virtual operation is a member function with a slot; the name that the linker knows it by holds its parameters.
+# A virtual operation is a member function with a slot; its mangled name contains its parameters.
 "$abidw" "$surface" |
     sed -n "s/.*<member-function.* vtable-offset='\([0-9]*\)'.*/slot \1/p
             s/.*<member-function.*/none/p

@@ -1,6 +1,6 @@
-// Loads the library that is named and drives everything that crosses its edge: the factories, casts from one interface
-// to another, texts and lists both ways, an exception, virtual calls in each direction, and the exported tool class.
-// Knows nothing of the library but its public headers; prints what is wrong and fails.
+// Loads the given library and drives everything that crosses its edge: the factories, casts between interfaces, texts
+// and lists both ways, an exception, virtual calls in each direction, and the exported tool class. Uses only the public
+// headers; prints each fault and fails.
 #include <cstddef>
 #include <cstdio>
 #include <memory>
@@ -187,7 +187,7 @@ void driveEvents(Library const& library)
                              "<CallLineURIsRecorded>1</CallLineURIsRecorded>");
 }
 
-// The tool class, by the names that a program linked against the library would use.
+// The tool class, by the symbols that a program linked against the library would use.
 void driveTool(Library const& library)
 {
     using Make = void(void*, std::string const&);
@@ -231,7 +231,7 @@ int main(int count, char** arguments)
     world.enter();
     try {
         drive(arguments[1]);
-        drive(arguments[1]);  // once more, after it was unloaded
+        drive(arguments[1]);  // a second time, after unloading
     } catch (std::exception const& error) {
         check(false, error.what());
     }

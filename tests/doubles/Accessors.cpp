@@ -1,4 +1,4 @@
-// What the platform defines as static or free functions: each leads to the double that is installed at present.
+// The platform's static and free functions: each leads to the installed double.
 #include "CurrentDouble.h"
 #include "MockClientUtils.h"
 #include "MockSerializer.h"

@@ -1,5 +1,5 @@
-// The double that a platform accessor answers with at present. A test installs one for as long as it lives; without one
-// the accessor answers null.
+// The double that a platform accessor returns. A test installs one for its own lifetime; without one the accessor
+// returns null.
 #pragma once
 
 template <class Interface>
@@ -28,7 +28,7 @@ private:
     Interface* previous_;
 };
 
-// Lets the accessor answer null for as long as it lives.
+// Makes the accessor return null for the lifetime of this object.
 template <class Interface>
 class NoDouble : private CurrentDouble<Interface>
 {

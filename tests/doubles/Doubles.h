@@ -1,4 +1,4 @@
-// Every mock of this folder, for a precompiled header and for the check that each of them compiles.
+// Every mock of this folder, for a precompiled header and to check that each compiles.
 #pragma once
 
 #include "CurrentDouble.h"

@@ -1,4 +1,4 @@
-// A mock as the framework finds it by name: an executable that has the mocked interface as well.
+// A mock as the framework finds it by name: an executable that also has the mocked interface.
 #pragma once
 
 #include "platform/framework/Executable.h"

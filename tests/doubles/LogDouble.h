@@ -1,8 +1,7 @@
-// The log in tests: renders each line as printf does, keeps it, and answers which levels are on. A guarded line whose
-// level is off must not arrive at all: everything that arrives is kept, whatever the level.
+// The log in tests: formats each line as printf does, keeps it, and tells which levels are on. Every line that arrives
+// is kept, whatever its level: a guarded line must not arrive while its level is off.
 //
-// Lines may come from any thread. A listener sees each line as it comes; it is for tests of the order of lines and
-// calls.
+// Lines may come from any thread. A listener sees each line as it arrives, for tests of the order of lines and calls.
 #pragma once
 
 #include <mutex>
@@ -35,15 +34,15 @@ public:
 class LogDouble
 {
 public:
-    // Up to this level lines are asked for; the most important level is the smallest.
+    // Lines are wanted up to this level; smaller levels are more important.
     void setLevel(int level);
     int level() const;
     void setListener(MockLogListener* listener);
-    // The lines so far, oldest first.
+    // All lines so far, oldest first.
     std::vector<LogLine> lines() const;
     // Level and text of each line so far, as "5 text".
     std::vector<std::string> texts() const;
-    // Each question whether a level is on, as component and level.
+    // Each query whether a level is on, as component and level.
     std::vector<std::pair<std::string, int>> questions() const;
     void clear();
 

@@ -1,4 +1,4 @@
-// The platform's objects that the service creates itself: each does nothing but tell the installed listener.
+// The platform objects that the service creates itself: each only tells the installed listener.
 #include "CurrentDouble.h"
 #include "MockRecordingConfigManager.h"
 #include "MockSIPConfigManager.h"

@@ -1,4 +1,3 @@
-// Stands in for the sound devices in tests.
 #pragma once
 
 #include <type_traits>

@@ -1,4 +1,3 @@
-// Stands in for the call-control stack in tests.
 #pragma once
 
 #include <type_traits>

@@ -1,4 +1,4 @@
-// Stands in for the splitting of device identities in tests. Without one installed an identity has no index.
+// Without an installed mock, a device identity has no index.
 #pragma once
 
 #include <string>

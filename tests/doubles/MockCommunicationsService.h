@@ -1,4 +1,4 @@
-// Stands in for the service behind the invoker in tests: an executable that can be cast to the service's interface.
+// The service behind the invoker: an executable that can be cast to the service's interface.
 #pragma once
 
 #include <string>

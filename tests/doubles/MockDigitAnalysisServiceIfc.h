@@ -1,4 +1,3 @@
-// Stands in for the dial plan in tests.
 #pragma once
 
 #include <type_traits>

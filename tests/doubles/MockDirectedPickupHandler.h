@@ -1,4 +1,3 @@
-// Stands in for the directed-pickup handler in tests.
 #pragma once
 
 #include <type_traits>

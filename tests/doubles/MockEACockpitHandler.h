@@ -1,4 +1,3 @@
-// Stands in for the agent cockpit in tests.
 #pragma once
 
 #include <type_traits>

@@ -1,4 +1,3 @@
-// Stands in for an executable of the framework in tests.
 #pragma once
 
 #include <type_traits>

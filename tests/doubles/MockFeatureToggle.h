@@ -1,4 +1,3 @@
-// Stands in for the feature toggles in tests.
 #pragma once
 
 #include <type_traits>

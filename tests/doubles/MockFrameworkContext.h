@@ -1,4 +1,3 @@
-// Stands in for the framework as a service sees it in tests.
 #pragma once
 
 #include <type_traits>

@@ -1,4 +1,3 @@
-// Stands in for a request invoker in tests.
 #pragma once
 
 #include <type_traits>

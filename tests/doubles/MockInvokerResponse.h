@@ -1,4 +1,3 @@
-// Stands in for the answer of one request in tests.
 #pragma once
 
 #include <type_traits>

@@ -1,4 +1,3 @@
-// Stands in for one line in tests.
 #pragma once
 
 #include <type_traits>

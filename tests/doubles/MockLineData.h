@@ -1,4 +1,3 @@
-// Stands in for the configuration of one line in tests.
 #pragma once
 
 #include <type_traits>

@@ -1,4 +1,3 @@
-// Stands in for the line manager in tests.
 #pragma once
 
 #include <type_traits>

@@ -1,4 +1,3 @@
-// Stands in for the way to the configuration store in tests.
 #pragma once
 
 #include <type_traits>

@@ -1,4 +1,3 @@
-// Stands in for the recording service in tests.
 #pragma once
 
 #include <type_traits>

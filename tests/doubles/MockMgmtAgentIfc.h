@@ -1,4 +1,3 @@
-// Stands in for a management agent in tests.
 #pragma once
 
 #include <type_traits>

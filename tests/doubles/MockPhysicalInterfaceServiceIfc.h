@@ -1,4 +1,3 @@
-// Stands in for keys, lamps and plugs in tests.
 #pragma once
 
 #include <type_traits>

@@ -1,4 +1,3 @@
-// Stands in for an event proxy in tests.
 #pragma once
 
 #include <type_traits>

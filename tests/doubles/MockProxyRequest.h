@@ -1,4 +1,3 @@
-// Stands in for the road of a proxy to its application in tests.
 #pragma once
 
 #include <type_traits>

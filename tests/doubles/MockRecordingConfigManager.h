@@ -1,4 +1,4 @@
-// Hears of the life of RecordingConfigManager objects in tests.
+// Is told when RecordingConfigManager objects are created, used and destroyed.
 #pragma once
 
 #include <gmock/gmock.h>

@@ -1,4 +1,4 @@
-// Hears what is done to objects of SIPConfigManager in tests, their life included.
+// Is told when SIPConfigManager objects are created, used and destroyed.
 #pragma once
 
 #include <gmock/gmock.h>

@@ -1,6 +1,6 @@
-// Hears what is done to semaphores in tests. The semaphore double itself works as one, with or without a listener, and
-// reports a failure when a unit is given that nobody took, when a thread takes a lock that it holds, and when it is
-// destroyed while taken. The two locks of the service differ in `inheritPriority`.
+// Is told what happens to semaphores. The semaphore double itself works, with or without a listener, and reports a
+// failure when a unit is given back that nobody took, when a thread takes a lock that it holds, and when a taken
+// semaphore is destroyed. The two locks of the service differ in `inheritPriority`.
 #pragma once
 
 #include <gmock/gmock.h>

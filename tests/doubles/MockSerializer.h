@@ -1,4 +1,4 @@
-// Stands in for the writer of lists in tests. Without one installed a list is written as "[a,b]".
+// Without an installed mock, a list is written as "[a,b]".
 #pragma once
 
 #include <string>

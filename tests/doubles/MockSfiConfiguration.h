@@ -1,5 +1,4 @@
-// Stands in for the readers of the SIP configuration in tests. A reader of a text takes what the mock returns. Without
-// one installed every reader gives nothing: zero, false, the empty text.
+// The readers of the SIP configuration. Without an installed mock every reader gives zero, false or the empty text.
 #pragma once
 
 #include <string>

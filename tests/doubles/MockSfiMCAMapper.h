@@ -1,4 +1,3 @@
-// Stands in for the table of multi-call appearances in tests.
 #pragma once
 
 #include <type_traits>

@@ -1,4 +1,3 @@
-// Stands in for the runtime context of a service in tests.
 #pragma once
 
 #include <type_traits>

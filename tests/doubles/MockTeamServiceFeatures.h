@@ -1,4 +1,3 @@
-// Stands in for the team features in tests.
 #pragma once
 
 #include <type_traits>

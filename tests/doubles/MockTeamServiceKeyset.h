@@ -1,4 +1,3 @@
-// Stands in for the keyset in tests.
 #pragma once
 
 #include <type_traits>

@@ -1,4 +1,3 @@
-// Stands in for what the framework knows of a thread in tests.
 #pragma once
 
 #include <type_traits>

@@ -1,4 +1,3 @@
-// Stands in for the small questions about lines in tests.
 #pragma once
 
 #include <gmock/gmock.h>

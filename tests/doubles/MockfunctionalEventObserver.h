@@ -1,4 +1,3 @@
-// Stands in for an observer of key functions in tests.
 #pragma once
 
 #include <type_traits>

@@ -1,4 +1,3 @@
-// Stands in for an observer of physical events in tests.
 #pragma once
 
 #include <type_traits>

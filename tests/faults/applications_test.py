@@ -1,5 +1,5 @@
-"""Applications that never read, read one byte a second, die in the middle of a message, and two hundred at once: each of
-the others gets its answers and events as if they were alone, and the telephone's memory stays bounded.
+"""Applications that never read, read one byte a second or die in the middle of a message, and two hundred at once: the
+others get their answers and events undisturbed, and the telephone's memory stays bounded.
 """
 
 import time
@@ -15,7 +15,7 @@ class ApplicationFaults(unittest.TestCase):
         self.application = self.telephone.application()
 
     def require_call(self, call):
-        """A call and its end within the time that a person would not notice."""
+        """Makes a call and ends it; returns the seconds until it was connected and cleared."""
         began = time.monotonic()
         self.application.call(4711, call, "100")
         self.application.wait_state(call, CONNECTED, 5)
@@ -23,7 +23,7 @@ class ApplicationFaults(unittest.TestCase):
         return time.monotonic() - began
 
     def make_events(self, count):
-        """Each pair of requests is heard by every subscriber as an event or more."""
+        """Each pair of requests causes at least one event for every subscriber."""
         for n in range(count):
             self.application.send(request("setForwardingConfiguration", Line=4711, fwType=0, status=n % 2,
                                           uri="sip:" + "x" * 200, cfnrRingCount=1, forceQORAUpdate=1))
@@ -31,7 +31,7 @@ class ApplicationFaults(unittest.TestCase):
         finished = 0
         while finished < 2 * count:
             message = self.application.message()
-            self.assertIsNotNone(message, f"only {finished} requests were finished")
+            self.assertIsNotNone(message, f"only {finished} requests finished")
             finished += message[0] == "finished"
 
     def test_one_that_never_reads(self):
@@ -44,11 +44,11 @@ class ApplicationFaults(unittest.TestCase):
         self.make_events(3000)
 
         self.require_call(1)
-        self.assertLess(self.telephone.status("VmRSS") - before, 64 * 1024, "kB more memory than before")
+        self.assertLess(self.telephone.status("VmRSS") - before, 64 * 1024, "kB of additional memory")
         deaf.close()
         self.require_call(2)
 
-    def test_one_that_sends_without_end_and_never_reads(self):
+    def test_one_that_sends_endlessly_and_never_reads(self):
         deaf = self.telephone.application()
         deaf.socket.setblocking(False)
         sent = 0
@@ -57,7 +57,7 @@ class ApplicationFaults(unittest.TestCase):
             try:
                 sent += deaf.socket.send(request("GetDevices").encode() + b"\0")
             except BlockingIOError:
-                # The telephone takes no more: it does not hoard what cannot be answered.
+                # The telephone reads no more requests than it can answer.
                 if self.require_call(1) < 5:
                     break
         self.assertGreater(sent, 0)
@@ -100,7 +100,7 @@ class ApplicationFaults(unittest.TestCase):
             kinds = []
             while "finished" not in kinds:
                 message = each.message()
-                self.assertIsNotNone(message, "no answer")
+                self.assertIsNotNone(message, "no answer arrived")
                 kinds.append(message[0])
             self.assertEqual(kinds.count("answer"), 1)
         self.require_call(1)
@@ -110,7 +110,7 @@ class ApplicationFaults(unittest.TestCase):
             each.close()
         self.require_call(2)
 
-    def test_more_than_there_is_room_for_are_told_so_and_leave_when_they_go(self):
+    def test_more_than_the_maximum_are_refused_until_another_leaves(self):
         telephone = Telephone("[applications]\nmaximum = 3\n")
         self.addCleanup(telephone.__exit__, None, None, None)
         three = [telephone.application(subscribe=False) for _ in range(3)]
@@ -121,15 +121,15 @@ class ApplicationFaults(unittest.TestCase):
             fourth.message()
         three.pop().close()
 
-        def finds_room():
+        def is_accepted():
             try:
                 return telephone.application(subscribe=False).ask("GetServiceState") is not None
             except (AssertionError, OSError):
                 return False
 
         deadline = time.monotonic() + 10
-        while not finds_room():
-            self.assertLess(time.monotonic(), deadline, "the room that was given back is not used")
+        while not is_accepted():
+            self.assertLess(time.monotonic(), deadline, "no application is accepted after another has left")
 
 
 if __name__ == "__main__":

@@ -1,5 +1,5 @@
-"""The clock of the machine set back an hour, and forward a day: timers, calls and registrations go on as if it had not
-been touched. The telephone alone sees the other clock (clockShim.cpp).
+"""The machine's clock set back an hour, and forward a day: timers, calls and registrations are unaffected. Only the
+telephone sees the changed clock (clockShim.cpp).
 """
 
 import os
@@ -7,13 +7,13 @@ import struct
 import tempfile
 import unittest
 
-from harness import CONNECTED, Registrar, Telephone, until
+from harness import CONNECTED, FAST_TIMERS, Registrar, Telephone, until
 
 HOUR = 3600
 
 
 class Clock:
-    """What the telephone's wall clock is off by."""
+    """The difference between the telephone's wall clock and the real one."""
 
     def __init__(self):
         self.file = tempfile.NamedTemporaryFile()
@@ -29,19 +29,19 @@ class Clock:
 
 
 class ClockChanged(unittest.TestCase):
-    def start(self, configuration=""):
+    def start(self, configuration="", timers=None):
         clock = Clock()
         self.addCleanup(clock.file.close)
-        telephone = Telephone(configuration, environment=clock.environment())
+        telephone = Telephone(configuration, environment={**(timers or {}), **clock.environment()})
         self.addCleanup(telephone.__exit__, None, None, None)
         return clock, telephone, telephone.application()
 
     def require_timers(self, seconds):
-        """Timers that run and timers that are started keep their time, and calls their state."""
+        """Running timers and new timers keep their time, and calls keep their state."""
         clock, telephone, application = self.start()
         application.call(4711, 1, "100")
         application.wait_state(1, CONNECTED)
-        # 103 answers after two seconds: that timer runs when the clock is set.
+        # 103 answers after two seconds: its timer is running when the clock is set.
         application.call(4712, 2, "103")
 
         clock.set(seconds)
@@ -68,13 +68,13 @@ class ClockChanged(unittest.TestCase):
         self.addCleanup(registrar.close)
         clock, _, _ = self.start(
             f"[[line]]\nid = \"4711\"\n[server]\nregistrar = \"sip:127.0.0.1:{registrar.port}\"\nexpires = 10\n"
-            "message-waiting = false\n[exchange]\nenabled = false\n")
-        until(lambda: registrar.has("REGISTER"), 10, "no REGISTER arrives")
+            "message-waiting = false\n[exchange]\nenabled = false\n", FAST_TIMERS)
+        until(lambda: registrar.has("REGISTER"), 10, "no REGISTER arrived")
 
         clock.set(-HOUR)
 
         before = len(registrar.received)
-        until(lambda: len(registrar.received) > before + 1, 25, "the registration is not refreshed")
+        until(lambda: len(registrar.received) > before + 1, 25, "the registration was not refreshed")
 
 
 if __name__ == "__main__":

@@ -1,5 +1,5 @@
-"""Out of descriptors: what needs one is refused with a reason and nothing else is hurt; the processor does not spin; once
-there are some again, who waited gets in and calls go through.
+"""Out of file descriptors: an operation that needs one is refused with a reason, and nothing else suffers; the telephone
+does not spin; as soon as descriptors are available, waiting applications are accepted and calls succeed.
 """
 
 import resource
@@ -18,12 +18,12 @@ class OutOfDescriptors(unittest.TestCase):
         self.application.wait_state(1, CONNECTED)
 
     def limit(self, more):
-        """Leaves the telephone that many descriptors beside those it has."""
+        """Lets the telephone open that many more descriptors."""
         now = self.telephone.descriptors()
         hard = resource.prlimit(self.telephone.pid(), resource.RLIMIT_NOFILE)[1]
         resource.prlimit(self.telephone.pid(), resource.RLIMIT_NOFILE, (now + more, hard))
 
-    def test_present_call_and_application_go_on_and_new_ones_are_refused_until_there_is_room(self):
+    def test_existing_call_and_application_continue_and_new_ones_wait_for_descriptors(self):
         self.limit(0)
 
         answer = self.application.ask("OutgoingCallMakeRequest", Line=4712, CallID=2, Destination="100")
@@ -37,17 +37,17 @@ class OutOfDescriptors(unittest.TestCase):
         self.application.wait("CallHeldEvent", CallID=1)
         used = self.telephone.cpu_seconds()
         time.sleep(2)
-        self.assertLess(self.telephone.cpu_seconds() - used, 1.0, "seconds of processor time in two seconds of rest")
+        self.assertLess(self.telephone.cpu_seconds() - used, 1.0, "seconds of processor time in two idle seconds")
 
         self.limit(200)
 
-        self.assertIsNotNone(until(lambda: waiting.message(0.2), 20, "who waited to connect gets no answer"))
+        self.assertIsNotNone(until(lambda: waiting.message(0.2), 20, "the waiting application gets no answer"))
         self.application.call(4712, 3, "100")
         self.application.wait_state(3, CONNECTED)
         self.application.clear(4712, 3)
         self.application.clear(4711, 1)
 
-    def test_descriptors_come_back_after_calls_that_found_none(self):
+    def test_descriptors_are_released_after_calls_that_failed_for_want_of_them(self):
         before = self.telephone.descriptors()
         self.limit(1)
         for call in range(10, 30):
@@ -56,7 +56,7 @@ class OutOfDescriptors(unittest.TestCase):
                 self.application.wait_over(call)
         self.limit(200)
 
-        until(lambda: self.telephone.descriptors() <= before, 40, "descriptors are lost")
+        until(lambda: self.telephone.descriptors() <= before, 40, "descriptors have leaked")
         self.application.clear(4711, 1)
 
 

@@ -1,5 +1,5 @@
 """A running telephone and what tests do to it from outside: applications at its socket, far ends and registrars that
-speak just enough SIP, and its process. Everything is on loopback, at ports that the system chooses; every wait is for a
+speak just enough SIP, and its process. Everything is on loopback, at ports chosen by the system; every wait is for a
 condition and has a deadline.
 """
 
@@ -14,22 +14,27 @@ import threading
 import time
 from pathlib import Path
 
-TELEPHONE = os.environ.get("TELEPHONE") or sys.exit("TELEPHONE names no program")
+TELEPHONE = os.environ.get("TELEPHONE") or sys.exit("TELEPHONE must name the telephone program")
 
 IDLE, REMOTE_RINGING, INCOMING, RINGING, CONNECTED, REMOTELY_HELD, BUSY, FAILED = 0, 3, 4, 5, 6, 8, 13, 14
 REPORT = re.compile("ERROR: (Address|Leak)Sanitizer|WARNING: ThreadSanitizer|runtime error: ")
 OVER = (IDLE, BUSY, FAILED)
 
+FAST = 8
+# The environment of a telephone whose timers run FAST times as fast (clockShim.cpp): an unanswered request fails after
+# 4 seconds instead of 32 (RFC 3261, 64*T1).
+FAST_TIMERS = {"LD_PRELOAD": os.environ.get("CLOCK_SHIM", ""), "CLOCK_RATE": str(FAST)}
+
 
 def free_port():
-    """A UDP and TCP port of loopback that nobody has at present."""
+    """A loopback UDP port that is free at present."""
     with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as udp:
         udp.bind(("127.0.0.1", 0))
         return udp.getsockname()[1]
 
 
 def until(condition, seconds, what):
-    """What the condition gives once it holds."""
+    """Waits until the condition holds, and returns its value."""
     deadline = time.monotonic() + seconds
     while True:
         value = condition()
@@ -70,7 +75,7 @@ class Application:
         self.socket.sendall(text.encode() + b"\0")
 
     def message(self, seconds=20):
-        """The next message as its kind and text; None: nothing came in that time."""
+        """The next message as its kind and text, or None if none arrives in that time."""
         deadline = time.monotonic() + seconds
         while b"\0" not in self.input:
             left = deadline - time.monotonic()
@@ -101,7 +106,7 @@ class Application:
         deadline = time.monotonic() + seconds
         while True:
             message = self.message(max(0.001, deadline - time.monotonic()))
-            assert message is not None, f"no end of {text} in {seconds} seconds"
+            assert message is not None, f"{text} is not finished after {seconds} seconds"
             if message[0] == "answer":
                 answer = message[1]
             elif message[0] == "finished":
@@ -124,7 +129,7 @@ class Application:
         return None
 
     def wait(self, method, seconds=20, **elements):
-        """The first event of that name with these values, of those that came and come."""
+        """The first such event with these values, among those received and those still to come."""
         deadline = time.monotonic() + seconds
         while True:
             event = self.find(method, **elements)
@@ -132,7 +137,7 @@ class Application:
                 return event
             left = deadline - time.monotonic()
             if left <= 0 or self.message(left) is None:
-                raise AssertionError(f"no {method} {elements} in {seconds} seconds; came: {self.events[-6:]}")
+                raise AssertionError(f"no {method} {elements} in {seconds} seconds; received: {self.events[-6:]}")
 
     def wait_state(self, call, state, seconds=20):
         return self.wait("CallStateChangeEvent", seconds, CallID=call, CallState=state)
@@ -141,12 +146,12 @@ class Application:
         return any(self.find("CallStateChangeEvent", CallID=call, CallState=state) for state in OVER)
 
     def wait_over(self, call, seconds=20):
-        """Until the call has ended, in whatever way."""
+        """Waits until the call has ended, however it ended."""
         deadline = time.monotonic() + seconds
         while not self.is_over(call):
             left = deadline - time.monotonic()
             if left <= 0 or self.message(left) is None:
-                raise AssertionError(f"call {call} is not over in {seconds} seconds; came: {self.events[-6:]}")
+                raise AssertionError(f"call {call} is not over after {seconds} seconds; received: {self.events[-6:]}")
 
     def call(self, line, call, destination):
         self.do("OutgoingCallMakeRequest", Line=line, CallID=call, Destination=destination, DSSDirectCall=0,
@@ -170,7 +175,8 @@ class Telephone:
         if "[sip]" not in configuration:
             configuration += f"\n[sip]\nport = {self.sip_port}\n"
         (self.path / "telephone.toml").write_text(configuration)
-        command = [*(prefix(self.path) if callable(prefix) else prefix), TELEPHONE, "--config", str(self.path / "telephone.toml"), "--socket", self.socket,
+        command = [*(prefix(self.path) if callable(prefix) else prefix), TELEPHONE,
+                   "--config", str(self.path / "telephone.toml"), "--socket", self.socket,
                    "--log-level", str(level), *options, "serve"]
         self.output = open(self.log, "wb")
         self.process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=self.output,
@@ -178,8 +184,8 @@ class Telephone:
                                         cwd=self.path if in_folder else None)
         try:
             until(lambda: self.process.poll() is not None or "applications can connect" in self.text(), 30,
-                  "the telephone does not serve")
-            assert self.process.poll() is None, f"the telephone ended at once:\n{self.text()}"
+                  "the telephone does not serve applications")
+            assert self.process.poll() is None, f"the telephone ended at start:\n{self.text()}"
         except BaseException:
             self.__exit__(None, None, None)
             raise
@@ -193,7 +199,7 @@ class Telephone:
         try:
             if error is None and self.process.poll() is None:
                 self.end()
-            assert not REPORT.search(self.text()), "a sanitizer reports something"
+            assert not REPORT.search(self.text()), "a sanitizer reported an error"
         except BaseException as found:
             error = error or found
             raise
@@ -224,20 +230,20 @@ class Telephone:
         return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
 
     def status(self, name):
-        """A number of /proc/PID/status, in kB where it is memory."""
+        """A number from /proc/PID/status; memory is in kB."""
         for line in Path(f"/proc/{self.pid()}/status").read_text().splitlines():
             if line.startswith(name + ":"):
                 return int(line.split()[1])
-        raise AssertionError(f"no {name} of a process")
+        raise AssertionError(f"/proc/PID/status has no {name}")
 
     def descriptors(self):
         return len(os.listdir(f"/proc/{self.pid()}/fd"))
 
     def end(self):
-        """Ends it as its owner does; it must end well and at once."""
+        """Ends the telephone as its owner would; it must exit promptly with status 0."""
         os.kill(self.pid(), signal.SIGTERM)
         status = self.process.wait(20)
-        assert status == 0, f"it ended with {status}"
+        assert status == 0, f"the telephone ended with status {status}"
 
 
 SDP = ("v=0\r\no=far 1 {version} IN IP4 127.0.0.1\r\ns=-\r\nc=IN IP4 127.0.0.1\r\nt=0 0\r\n"
@@ -245,7 +251,7 @@ SDP = ("v=0\r\no=far 1 {version} IN IP4 127.0.0.1\r\ns=-\r\nc=IN IP4 127.0.0.1\r
 
 
 class SipEndpoint:
-    """A UDP port that takes SIP messages on a thread of its own until it is killed."""
+    """A UDP port that receives SIP messages on its own thread until it is killed."""
 
     def __init__(self):
         self.socket = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
@@ -260,7 +266,7 @@ class SipEndpoint:
         return f"sip:{user}@127.0.0.1:{self.port}"
 
     def kill(self):
-        """From here on nothing is taken and nothing is said, as of a telephone whose plug was pulled."""
+        """Receives and sends nothing from now on, like a telephone that has been unplugged."""
         self.killed = True
         with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as last:
             last.sendto(b"", ("127.0.0.1", self.port))
@@ -305,7 +311,7 @@ class SipEndpoint:
 
 
 class FarEnd(SipEndpoint):
-    """Another telephone: rings, answers or stays silent, as its `how` says."""
+    """Another telephone: `how` says whether it rings, answers or stays silent."""
 
     def __init__(self, how):
         self.how = how  # silent, rings, answers
@@ -313,7 +319,7 @@ class FarEnd(SipEndpoint):
         super().__init__()
 
     def sdp(self, direction="sendrecv", version=1):
-        return SDP.format(port=self.port + 0, direction=direction, version=version)
+        return SDP.format(port=self.port, direction=direction, version=version)
 
     def handle(self, text, sender):
         method = text.split(" ", 1)[0]
@@ -332,7 +338,7 @@ class FarEnd(SipEndpoint):
             self.answer(text, sender, 202, "Accepted")
 
     def in_dialog(self, method, number, body=""):
-        """A request of this end's own within the call that came."""
+        """Sends a request within the call that this end received."""
         invite, sender = self.dialog
         contact = re.search(r"<(.*?)>", self.header(invite, "Contact")).group(1)
         kind = "Content-Type: application/sdp\r\n" if body else ""
@@ -353,7 +359,7 @@ class FarEnd(SipEndpoint):
 
 
 class Registrar(SipEndpoint):
-    """Answers REGISTER as its `how` says: accepts, refuses, or is silent."""
+    """Answers REGISTER: `how` says whether it accepts, refuses or stays silent."""
 
     def __init__(self, how):
         self.how = how
@@ -371,6 +377,6 @@ class Registrar(SipEndpoint):
 
 
 def peer_lines(count, first=4711):
-    """The configuration of that many lines that call by address."""
+    """A configuration with that many lines, which call by address and do not register."""
     lines = "".join(f"[[line]]\nid = \"{first + n}\"\nregisters = false\n" for n in range(count))
     return lines + "[exchange]\nenabled = false\n"

@@ -1,5 +1,5 @@
-"""The configuration store locked, full, read-only and deleted under the running telephone: the setting stays as it was,
-the log says what to do, calls go on, and once the fault is gone the same request works and lasts.
+"""The configuration store locked, full, read-only or deleted while the telephone runs: the setting keeps its value, the
+log says what to do, calls continue, and after the fault the same request succeeds and its setting lasts.
 """
 
 import os
@@ -11,10 +11,9 @@ from harness import CONNECTED, Telephone, element
 TARGET = "sip:900@127.0.0.1"
 
 
-
 class StoreFaults(unittest.TestCase):
     def start(self, prefix=()):
-        # The path is the telephone's own folder, which its configuration can name only when there is one.
+        # A relative path: the folder is made with the telephone, after this configuration is written.
         telephone = Telephone("[[line]]\nid = \"4711\"\n[store]\npath = \"store.db\"\n", prefix=prefix, in_folder=True)
         self.addCleanup(telephone.__exit__, None, None, None)
         return telephone, telephone.application()
@@ -27,7 +26,7 @@ class StoreFaults(unittest.TestCase):
         return element(application.ask("getForwardingConfiguration", fwType=3), "uri")
 
     def require_kept(self, telephone, application, reason):
-        """A setting that the store cannot take stays as it was, and the log says why."""
+        """A setting that cannot be stored keeps its value, and the log says why."""
         self.set(application, "sip:lost@127.0.0.1")
         self.assertEqual(self.target(application), TARGET)
         telephone.wait_log(reason)
@@ -53,7 +52,7 @@ class StoreFaults(unittest.TestCase):
         self.require_works(application)
 
     def test_full_disk(self):
-        # A disk of its own, small, for this telephone alone.
+        # A small disk that only this telephone sees.
         def small_disk(folder):
             user = [] if os.geteuid() == 0 else ["--map-root-user"]
             script = f"mkdir {folder}/disk && mount -t tmpfs -o size=256k none {folder}/disk && exec \"$@\""
@@ -70,7 +69,7 @@ class StoreFaults(unittest.TestCase):
                 while True:
                     file.write(b"x" * 1024)
 
-        # What is left of the write-ahead log's last page may take a few values; then there is no room.
+        # The last page of the write-ahead log may still hold a few values.
         for _ in range(100):
             self.set(application, "sip:" + "y" * 200 + "@127.0.0.1")
             if "is full" in telephone.text():
@@ -98,7 +97,7 @@ class StoreFaults(unittest.TestCase):
         self.set(application, TARGET)
         (telephone.path / "store.db").unlink()
 
-        self.require_kept(telephone, application, "was removed or replaced while the telephone runs")
+        self.require_kept(telephone, application, "was removed or replaced while the telephone was running")
         self.assertFalse((telephone.path / "store.db").exists())
 
     def test_setting_survives_the_end_of_the_process(self):

@@ -1,4 +1,4 @@
-// The call operations. Each builds the record, mostly brackets the call control with its lock, and hands the result on.
+// The call operations. Each builds the record, takes the call control's lock in most cases, and returns its result.
 #include <functional>
 
 #include "Step.h"
@@ -11,7 +11,7 @@ std::string text(int number)
     return std::to_string(number);
 }
 
-// What a bracketed operation expects: the record first, then the lock around the call.
+// The effects of a locked operation: the record first, then the lock around the call.
 std::string bracket(Step& step, std::string const& lineURI, int callID, bool assign,
                     std::function<void(sfiCallInfo const&)> const& inside)
 {
@@ -24,7 +24,7 @@ std::string bracket(Step& step, std::string const& lineURI, int callID, bool ass
 
 using DirectCall = sfiResult (CommunicationsService::*)(std::string const&, int);
 
-// The operations that need nothing but the call.
+// Operations whose only argument is the call.
 void plain(Step& step, char const* method, char const* platformCall, DirectCall direct)
 {
     auto const line = step.line();
@@ -150,7 +150,7 @@ void refuseCall(Step& step)
                    [&] { return step.service().refuseCall(line, call, static_cast<sfiRefuseCall>(reason)); });
 }
 
-// Clearing never makes a mapping.
+// Clearing never assigns an appearance.
 void callClear(Step& step)
 {
     auto const line = step.line();

@@ -1,4 +1,4 @@
-// The SIP functional interface and the table of appearances, as the calling thread's world has them.
+// The SIP functional interface and the table of appearances, answered from the calling thread's world.
 #include "World.h"
 #include "platform/management/ManageableData.h"
 #include "platform/sfi/CSfi.h"

@@ -1,5 +1,5 @@
-// The platform's semaphore and log. The service's two locks are told apart by what they were built with: the team lock
-// asks for priority inheritance, the publication lock does not.
+// The platform's semaphore and log. The arguments of their construction tell the service's two locks apart: the team
+// lock asks for priority inheritance, the publication lock does not.
 #include <array>
 #include <condition_variable>
 #include <cstdarg>

@@ -1,5 +1,5 @@
-// What the service finds on the fake platform: the context with the interfaces that are registered by name. Every
-// other fake is behind the platform's own accessors and answers from the calling thread's world.
+// The context of the fake platform, with the interfaces that are registered by name. Every other fake is behind the
+// platform's own accessors and answers from the calling thread's world.
 #pragma once
 
 #include <string>

@@ -1,5 +1,5 @@
-// The platform's singletons and free functions. They keep nothing themselves: answers come from the calling thread's
-// world, and what is done to them is told there.
+// The platform's singletons and free functions. They keep no state: answers come from the calling thread's world, which
+// also records what is done to them.
 #include "World.h"
 #include "platform/framework/Serializer.h"
 #include "platform/lines/ClientUtils.h"

@@ -54,7 +54,7 @@ FakeLine* lineOfKey(World& world, int key)
     return found == world.keyLines.end() ? nullptr : world.line(found->second);
 }
 
-// The look-up by number finds some lines; the others are found by the identifier of the key.
+// The look-up by key number finds some lines; the others are found by the key's line identifier.
 void lineKeyByNumber(Step& step)
 {
     int const key = step.key();
@@ -73,7 +73,7 @@ void lineKey(Step& step)
     step.act([&] { step.service().lineKeyPressed(line); });
 }
 
-// Whether the key's own line ends the press before the line of the key is looked up.
+// Whether the state of the key's own line ends the press before the key's line is looked up.
 bool endsAtOwnLine(Step& step, int key, int context)
 {
     if (step.world.dssKeys.count(key) == 0) {

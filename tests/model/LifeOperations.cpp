@@ -1,4 +1,5 @@
-// The service's life: init with what can be found, timers, activation, and the changes of the platform around it.
+// The service's life: init with the interfaces that can be found, timers, activation, and changes of the platform
+// around it.
 #include "Step.h"
 
 using effect_text::of;
@@ -10,7 +11,7 @@ void changeOfPlatform(Step& step)
     step.act([] {});
 }
 
-// An expiry of the subscription timer comes once and does its work once; every other one is only offered.
+// The subscription timer expires once and does its work once; every other expiry is only offered.
 void timer(Step& step)
 {
     auto& kept = step.subject.kept;
@@ -69,7 +70,7 @@ void subscription(Step& step)
         return;
     }
     if (step.flag()) {
-        // This platform knows no event proxy of the application.
+        // This platform has no event proxy for the application.
         step.request("Subscribe", {}, "sfiFailure");
         return;
     }

@@ -1,4 +1,4 @@
-// What the service answers about itself, the telephone and its lines, and what it only passes on.
+// Queries about the service, the telephone and its lines, and operations that are only passed on.
 #include <array>
 
 #include "Step.h"

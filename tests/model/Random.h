@@ -19,7 +19,7 @@ public:
         mixed = (mixed ^ (mixed >> 27U)) * 0x94D049BB133111EBU;
         return mixed ^ (mixed >> 31U);
     }
-    // From 0 to below `limit`.
+    // From 0 to `limit` - 1.
     int below(int limit) { return static_cast<int>(next() % static_cast<std::uint64_t>(limit)); }
     int between(int smallest, int largest) { return smallest + below(largest - smallest + 1); }
     bool oneIn(int count) { return below(count) == 0; }

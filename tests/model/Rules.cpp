@@ -130,7 +130,7 @@ bool Rules::numberFlag(std::string const& number)
     return world_.numberFlag == "true";
 }
 
-// While the service writes, what the store hands it goes through unfiltered.
+// While the service publishes, data from the store passes unfiltered.
 void Rules::write(std::string const& key, std::string const& value)
 {
     expect(of("store", key + "=" + value));

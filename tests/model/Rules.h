@@ -1,7 +1,7 @@
-// The rules of the service, written a second time and plainly: for each operation what it must do to the platform, in
-// order, and what it must answer. The service is compared with it step by step.
+// The rules of the service, written a second time in plain form: for each operation its effects on the platform, in
+// order, and its answer. The service is compared with them step by step.
 //
-// Every rule works on the world as it stands before the step; it changes nothing in it.
+// A rule reads the world as it is before the step and changes nothing in it.
 #pragma once
 
 #include <string>
@@ -10,7 +10,7 @@
 
 #include "World.h"
 
-// What the service has kept from its lookups and its timer.
+// The results that the service keeps of its look-ups and its timer.
 struct Kept
 {
     Registered found;
@@ -49,7 +49,7 @@ public:
     void publishAgentState(std::string const& lineURI, std::string const& state);
     void removeForwarding();
     bool isCurrentUser(std::string const& lineURI) const;
-    // What is left of data from outside; `refused` when it must not be applied at all.
+    // The items that remain of data from outside; `refused` when none may be applied.
     Items filtered(Items const& items, bool& refused);
     void apply(Items const& items, bool changed);
 

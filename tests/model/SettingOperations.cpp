@@ -157,7 +157,7 @@ Rules::Items drawItems(Step& step)
         "cfnr-activated",     "cfnr-address",  "cfnr-delay",           "cfu-ext-address", "agent-state",
         "server-type",        "ring-melody",   "server-based-features"};
     static std::array<std::string, 3> const kValues = {"true", "false", "3"};
-    // With other threads about, one of them may be publishing: only what passes either way.
+    // Another thread may be publishing: only data that passes in either case.
     int const first = step.subject.alone ? 0 : 8;
     int const count = step.subject.alone ? step.random.below(5) : 1;
     Rules::Items items;

@@ -1,5 +1,5 @@
-// One step of a run: draws the arguments of an operation, notes what the rules expect of it, carries it out on the
-// service, directly or as a text request, and compares.
+// One step of a run: draws the arguments of an operation, notes the effects that the rules expect, carries it out on
+// the service, directly or as a text request, and compares.
 #pragma once
 
 #include <functional>
@@ -48,18 +48,18 @@ public:
 
     void expect(std::string what) { rules.expect(std::move(what)); }
 
-    // Carries out an operation that answers a result, directly or by a request of that name.
+    // Carries out an operation that returns a result, directly or by a request of that name.
     void operation(char const* method, Parameters const& parameters, int expected,
                    std::function<int()> const& directly);
-    // Carries out an operation and compares what it answers.
+    // Carries out an operation and compares its answer.
     void compare(std::string const& expected, std::function<std::string()> const& carriedOut);
     void compare(int expected, std::function<int()> const& carriedOut);
-    // Carries out an operation that answers nothing.
+    // Carries out an operation without answer.
     void act(std::function<void()> const& carriedOut);
-    // Sends a request and compares its answer; nothing: no answer comes, only the end.
+    // Sends a request and compares its answer; nothing: only the end of the request is expected.
     void request(char const* method, Parameters const& parameters, std::optional<std::string> const& expected);
 
-    // What was not as the rules say; empty when all was.
+    // The difference from the rules; empty when there is none.
     std::string verdict(char const* name) const;
 
     Subject const subject;
@@ -72,7 +72,7 @@ private:
     std::string answered_;
 };
 
-// An operation of the service with all its paths. Its weight is how often it is drawn.
+// An operation of the service with all its paths. The weight says how often it is drawn.
 struct Operation
 {
     char const* name;

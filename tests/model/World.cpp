@@ -5,7 +5,7 @@
 namespace {
 thread_local World* currentWorld = nullptr;
 
-// The index that marks an appearance stands behind a "#".
+// A "#" and an index mark an appearance.
 std::string baseOf(std::string const& uri)
 {
     return uri.substr(0, uri.find('#'));

@@ -1,7 +1,7 @@
-// The platform as one thread of a run sees it: what its collaborators answer now, and what the service did to them.
+// The platform as one thread of a run sees it: the answers of its collaborators, and what the service did to them.
 //
-// Each thread has a world of its own, so that what its operations do to the platform can be told from the answers of
-// that world alone; only the service object and its locks are shared. Nothing here waits for another thread.
+// Each thread has its own world, so that the effects of its operations follow from that world alone; only the service
+// object and its locks are shared. Nothing here waits for another thread.
 #pragma once
 
 #include <map>
@@ -68,7 +68,7 @@ public:
     serverFeaturesSettings serverSettings;
 };
 
-// Which of the interfaces that the service looks up by name are there. Changed by init alone.
+// The interfaces that the service finds by name. Changed only by init.
 struct Registered
 {
     bool auditoryDevice = true;
@@ -76,7 +76,7 @@ struct Registered
     bool localMgmt = true;
     bool certificateMgmt = true;
     bool digitAnalysis = true;
-    bool wrongClass = false;  // the physical interface is registered, but is something else
+    bool wrongClass = false;  // the registered physical interface is another class
     bool callControl = true;
 };
 
@@ -92,17 +92,17 @@ public:
 
     // Changes one thing of the platform.
     void change(Random& random);
-    // Draws what the collaborators answer until the next draw.
+    // Draws the answers of the collaborators until the next draw.
     void drawAnswers(Random& random);
 
-    // What the service does; compared with what the rules expect.
+    // Records what the service does, to be compared with the rules.
     void effect(std::string what) { effects.push_back(std::move(what)); }
     // A rule that must hold everywhere was broken.
     void violation(std::string what) { violations.push_back(std::move(what)); }
 
     FakeLine* line(std::string const& uri);
     FakeLine* lineInState(ELineState state, std::string const& baseURI);
-    // The index that the mapper takes for a call: the given one, or its own choice.
+    // The index that the mapper assigns to a call: the given one, or its own choice.
     int chosenAppearance(int lineNumber, int index) const;
 
     // Locks that the thread holds.
@@ -113,7 +113,7 @@ public:
     std::vector<std::string> effects;
     std::vector<std::string> violations;
 
-    // Answers of the present step: every result, truth value, number and text of the platform.
+    // Answers of the current step: every result, truth value, number and text of the platform.
     sfiResult answer = sfiSuccess;
     bool yes = true;
     bool secondYes = true;
@@ -122,7 +122,7 @@ public:
     int applyAnswer = 1;
     int freeVirtualLine = 1;
     std::string numberFlag = "false";
-    bool storeTellsService = false;  // the store hands the service what it is given before it answers
+    bool storeTellsService = false;  // the store passes values to the service before it answers
 
     // Settings
     std::string keysetType = "keyset";
@@ -162,7 +162,7 @@ public:
     std::set<std::string> multiAppearanceLines = {"shared"};
     std::map<int, std::pair<int, int>> mappings;  // call id -> virtual line, appearance
 
-    // Where the store hands values to; null: nowhere.
+    // Receives the values that the store passes on; null: nobody.
     MgmtAgentIfc* service = nullptr;
 
 private:

@@ -2,9 +2,9 @@
 //
 //   model_test [--steps N] [--seed N] [--threads N]
 //
-// A run is cut into episodes, each with a new service and a new platform. Every step has a seed of its own, so that a
-// failing episode can be shrunk to the few steps that matter: it is played again with steps left out for as long as it
-// still fails. With several threads each one has a platform of its own and the service is shared.
+// A run consists of episodes, each with a new service and a new platform. Every step has its own seed, so that a
+// failing episode can be shrunk to the few steps that matter: it is repeated with steps left out for as long as it
+// still fails. With several threads, each has its own platform and all share the service.
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
@@ -55,7 +55,7 @@ Operation const& draw(std::vector<Operation> const& operations, Random& random, 
     return operations.back();
 }
 
-// One step on a service; the text says what was wrong.
+// Runs one step on a service; returns the fault, if any.
 std::string carryOut(Step::Subject const& subject, World& world, std::uint64_t seed)
 {
     static std::vector<Operation> const kOperations = allOperations();
@@ -76,7 +76,7 @@ struct Failure
     std::string what;
 };
 
-// A new service with everything registered; `sipConfig` and the rest of what it keeps are known from there on.
+// A new service with every interface registered, so that the pointers it keeps are known.
 class Episode
 {
 public:
@@ -114,7 +114,7 @@ std::optional<Failure> play(std::vector<std::uint64_t> const& seeds)
     return episode.play(seeds);
 }
 
-// Leaves out ever smaller parts of the steps for as long as the episode still fails.
+// Leaves out smaller and smaller parts of the steps for as long as the episode still fails.
 std::vector<std::uint64_t> shrunk(std::vector<std::uint64_t> seeds)
 {
     for (std::size_t part = seeds.size() / 2; part > 0; part /= 2) {
@@ -157,7 +157,7 @@ int runAlone(Options const& options)
         }
         done += seeds.size();
     }
-    std::cout << done << " steps, seed " << options.seed << ": as the rules say\n";
+    std::cout << done << " steps, seed " << options.seed << ": no difference from the rules\n";
     return 0;
 }
 
@@ -191,7 +191,7 @@ int runTogether(Options const& options)
     }
     if (!failed) {
         std::cout << options.threads << " threads, " << share << " steps each, seed " << options.seed
-                  << ": as the rules say\n";
+                  << ": no difference from the rules\n";
     }
     return failed ? 1 : 0;
 }

@@ -7,15 +7,15 @@ class CallBack : public ::testing::Test
 {
 protected:
     exchange::Exchange exchange_{eventLoop(), {}};
-    std::unique_ptr<TestPhone> phone_;
+    std::unique_ptr<EnginePhone> phone_;
 
     void SetUp() override
     {
-        TestPhone::Options options = phoneAt(exchange_, {"4711"});
+        EnginePhone::Options options = phoneAt(exchange_, {"4711"});
         options.engine.callBacks = 2;
         options.engine.settlingTime = std::chrono::milliseconds(50);
-        phone_ = std::make_unique<TestPhone>(options);
-        ASSERT_TRUE(eventually([this] { return phone_->engine().isRegistered(1); }));
+        phone_ = std::make_unique<EnginePhone>(options);
+        ASSERT_TRUE(eventually([this] { return phone_->engine().registrations().isRegistered(1); }));
         phone_->events().rest();
         for (char const* number : {"111", "112", "113"}) {
             exchange_.setBehaviour(number, busy());
@@ -32,7 +32,7 @@ protected:
 
     void callBusy(int callID, std::string const& number)
     {
-        ASSERT_EQ(phone_->engine().make(1, 0, callID, number), sfiSuccess);
+        ASSERT_TRUE(phone_->engine().outgoing().make(1, 0, callID, number));
         ASSERT_TRUE(phone_->events().waitFor("state 4711 " + std::to_string(callID) + " Busy Busy " + number));
     }
 };
@@ -41,50 +41,50 @@ TEST_F(CallBack, OnBusy_IsReadyWhenThePartyIsFree)
 {
     callBusy(1, "111");
 
-    ASSERT_EQ(phone_->engine().callBackOnBusy(1), sfiSuccess);
+    ASSERT_TRUE(phone_->engine().callBacks().set(1, sfiCallCompletionOnBusy));
     phone_->expect({"completion 4711 111 1 0 1"});
     exchange_.setBehaviour("111", exchange::kAnswering);
 
     phone_->expect({"completion 4711 111 1 1 1"});
-    ASSERT_EQ(phone_->engine().make(1, 0, 2, "111"), sfiSuccess);
+    ASSERT_TRUE(phone_->engine().outgoing().make(1, 0, 2, "111"));
     phone_->expect({"state 4711 2 Dialling Normal 111", "completion 4711 111 1 3 1"});
 }
 
 TEST_F(CallBack, OnBusyOfARegisteredPhone_IsReadyWhenItsCallEnds)
 {
-    TestPhone bob(phoneAt(exchange_, {"4722"}));
+    EnginePhone bob(phoneAt(exchange_, {"4722"}));
     ASSERT_TRUE(bob.events().waitFor("registration 4722 0 yes 0"));
-    ASSERT_EQ(bob.engine().make(1, 0, 1, "100"), sfiSuccess);
+    ASSERT_TRUE(bob.engine().outgoing().make(1, 0, 1, "100"));
     ASSERT_TRUE(bob.events().waitFor("state 4722 1 Connected Normal 100"));
-    ASSERT_EQ(phone_->engine().make(1, 0, 1, "4722"), sfiSuccess);
+    ASSERT_TRUE(phone_->engine().outgoing().make(1, 0, 1, "4722"));
     ASSERT_TRUE(bob.events().waitFor("state 4722 1001 Ringing Normal 4711"));
-    ASSERT_EQ(bob.engine().refuse(1001, sfiRefuseCallBusy), sfiSuccess);
+    ASSERT_TRUE(bob.engine().incoming().reject(1001, sfiRefuseCallBusy));
     ASSERT_TRUE(phone_->events().waitFor("state 4711 1 Busy Busy 4722"));
 
-    ASSERT_EQ(phone_->engine().callBackOnBusy(1), sfiSuccess);
+    ASSERT_TRUE(phone_->engine().callBacks().set(1, sfiCallCompletionOnBusy));
     phone_->expect({"completion 4711 4722 1 0 1"});
     ASSERT_TRUE(eventually([this] { return exchange_.watcherCount("4722", "dialog") == 1; }));
-    ASSERT_EQ(bob.engine().clear(1), sfiSuccess);
+    ASSERT_TRUE(bob.engine().clear(1));
 
     phone_->expect({"completion 4711 4722 1 1 1"});
 }
 
 TEST_F(CallBack, OnNoReply_IsReadyAfterThePartyHasHadACall)
 {
-    TestPhone bob(phoneAt(exchange_, {"4722"}));
+    EnginePhone bob(phoneAt(exchange_, {"4722"}));
     ASSERT_TRUE(bob.events().waitFor("registration 4722 0 yes 0"));
-    ASSERT_EQ(phone_->engine().make(1, 0, 1, "4722"), sfiSuccess);
+    ASSERT_TRUE(phone_->engine().outgoing().make(1, 0, 1, "4722"));
     ASSERT_TRUE(phone_->events().waitFor("state 4711 1 RemoteRinging Normal 4722"));
-    ASSERT_EQ(phone_->engine().callBackOnNoReply(1), sfiSuccess);
+    ASSERT_TRUE(phone_->engine().callBacks().set(1, sfiCallCompletionOnNoReply));
     phone_->expect({"completion 4711 4722 0 0 1"});
-    ASSERT_EQ(phone_->engine().clear(1), sfiSuccess);
+    ASSERT_TRUE(phone_->engine().clear(1));
     phone_->expect({"state 4711 1 Idle Cancelled 4722"});
     EXPECT_EQ(phone_->events().next(std::chrono::milliseconds(200)), "nothing came");
 
-    ASSERT_EQ(bob.engine().make(1, 0, 1, "100"), sfiSuccess);
+    ASSERT_TRUE(bob.engine().outgoing().make(1, 0, 1, "100"));
     ASSERT_TRUE(bob.events().waitFor("state 4722 1 Connected Normal 100"));
     EXPECT_EQ(phone_->events().next(std::chrono::milliseconds(200)), "nothing came");
-    ASSERT_EQ(bob.engine().clear(1), sfiSuccess);
+    ASSERT_TRUE(bob.engine().clear(1));
 
     phone_->expect({"completion 4711 4722 0 1 1"});
 }
@@ -92,26 +92,26 @@ TEST_F(CallBack, OnNoReply_IsReadyAfterThePartyHasHadACall)
 TEST_F(CallBack, Cancelled_IsTold)
 {
     callBusy(1, "111");
-    ASSERT_EQ(phone_->engine().callBackOnBusy(1), sfiSuccess);
+    ASSERT_TRUE(phone_->engine().callBacks().set(1, sfiCallCompletionOnBusy));
     phone_->expect({"completion 4711 111 1 0 1"});
 
-    ASSERT_EQ(phone_->engine().cancelCallBacks(1, "", sfiCancelCallBackAll, false), sfiSuccess);
+    ASSERT_TRUE(phone_->engine().callBacks().cancel(1, "", sfiCancelCallBackAll, false));
 
     phone_->expect({"completion 4711 111 1 2 0"});
     EXPECT_TRUE(eventually([this] { return exchange_.watcherCount("111", "dialog") == 0; }));
-    EXPECT_EQ(phone_->engine().cancelCallBacks(1, "", sfiCancelCallBackAll, false), sfiFailureCallBackNoCallInfo);
+    EXPECT_EQ(kindOf(phone_->engine().callBacks().cancel(1, "", sfiCancelCallBackAll, false)), RefusalKind::kNotFound);
 }
 
 TEST_F(CallBack, CancelledByTarget_LeavesTheOthers)
 {
     callBusy(1, "111");
     callBusy(2, "112");
-    ASSERT_EQ(phone_->engine().callBackOnBusy(1), sfiSuccess);
+    ASSERT_TRUE(phone_->engine().callBacks().set(1, sfiCallCompletionOnBusy));
     phone_->expect({"completion 4711 111 1 0 1"});
-    ASSERT_EQ(phone_->engine().callBackOnBusy(2), sfiSuccess);
+    ASSERT_TRUE(phone_->engine().callBacks().set(2, sfiCallCompletionOnBusy));
     phone_->expect({"completion 4711 112 1 0 1"});
 
-    ASSERT_EQ(phone_->engine().cancelCallBacks(0, "112", sfiCancelCallBackAll, true), sfiSuccess);
+    ASSERT_TRUE(phone_->engine().callBacks().cancel(0, "112", sfiCancelCallBackAll, true));
 
     phone_->expect({"completion 4711 112 1 2 1"});
     EXPECT_EQ(exchange_.watcherCount("111", "dialog"), 1U);
@@ -119,23 +119,23 @@ TEST_F(CallBack, CancelledByTarget_LeavesTheOthers)
 
 TEST_F(CallBack, ForAnUnknownCall_AnswersNoCallInfo)
 {
-    EXPECT_EQ(phone_->engine().callBackOnBusy(77), sfiFailureCallBackNoCallInfo);
+    EXPECT_EQ(kindOf(phone_->engine().callBacks().set(77, sfiCallCompletionOnBusy)), RefusalKind::kNotFound);
 }
 
 TEST_F(CallBack, OnBusyForACallThatRings_AnswersInvalidState)
 {
-    ASSERT_EQ(phone_->engine().make(1, 0, 1, "102"), sfiSuccess);
+    ASSERT_TRUE(phone_->engine().outgoing().make(1, 0, 1, "102"));
     ASSERT_TRUE(phone_->events().waitFor("state 4711 1 RemoteRinging Normal 102"));
 
-    EXPECT_EQ(phone_->engine().callBackOnBusy(1), sfiFailureCallBackInvalidState);
+    EXPECT_EQ(kindOf(phone_->engine().callBacks().set(1, sfiCallCompletionOnBusy)), RefusalKind::kWrongState);
 }
 
 TEST_F(CallBack, TwiceToOneParty_AnswersAlreadyExists)
 {
     callBusy(1, "111");
-    ASSERT_EQ(phone_->engine().callBackOnBusy(1), sfiSuccess);
+    ASSERT_TRUE(phone_->engine().callBacks().set(1, sfiCallCompletionOnBusy));
 
-    EXPECT_EQ(phone_->engine().callBackOnBusy(1), sfiFailureCallBackAllreadyExists);
+    EXPECT_EQ(kindOf(phone_->engine().callBacks().set(1, sfiCallCompletionOnBusy)), RefusalKind::kAlreadyExists);
 }
 
 TEST_F(CallBack, BeyondTheLimit_AnswersToMany)
@@ -143,10 +143,10 @@ TEST_F(CallBack, BeyondTheLimit_AnswersToMany)
     callBusy(1, "111");
     callBusy(2, "112");
     callBusy(3, "113");
-    ASSERT_EQ(phone_->engine().callBackOnBusy(1), sfiSuccess);
-    ASSERT_EQ(phone_->engine().callBackOnBusy(2), sfiSuccess);
+    ASSERT_TRUE(phone_->engine().callBacks().set(1, sfiCallCompletionOnBusy));
+    ASSERT_TRUE(phone_->engine().callBacks().set(2, sfiCallCompletionOnBusy));
 
-    EXPECT_EQ(phone_->engine().callBackOnBusy(3), sfiFailureCallBackToMany);
+    EXPECT_EQ(kindOf(phone_->engine().callBacks().set(3, sfiCallCompletionOnBusy)), RefusalKind::kLimit);
 }
 
 TEST_F(CallBack, ToATelephoneThatIsNotThere_Fails)
@@ -154,7 +154,7 @@ TEST_F(CallBack, ToATelephoneThatIsNotThere_Fails)
     callBusy(1, "111");
     exchange_.setBehaviour("111", std::nullopt);
 
-    ASSERT_EQ(phone_->engine().callBackOnBusy(1), sfiSuccess);
+    ASSERT_TRUE(phone_->engine().callBacks().set(1, sfiCallCompletionOnBusy));
 
     phone_->expect({"completion-failed 4711 111 0"});
 }

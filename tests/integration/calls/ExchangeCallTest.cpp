@@ -12,11 +12,13 @@ class AtTheExchange : public ::testing::Test
 {
 protected:
     Exchange exchange_{eventLoop(), {}};
-    TestPhone phone_{phoneAt(exchange_, {"4711", "4712"})};
+    EnginePhone phone_{phoneAt(exchange_, {"4711", "4712"})};
 
     void SetUp() override
     {
-        ASSERT_TRUE(eventually([this] { return phone_.engine().isRegistered(1) && phone_.engine().isRegistered(2); }));
+        ASSERT_TRUE(eventually([this] {
+            return phone_.engine().registrations().isRegistered(1) && phone_.engine().registrations().isRegistered(2);
+        }));
         phone_.events().rest();
     }
 
@@ -26,7 +28,7 @@ protected:
     void callEcho(int callID)
     {
         const std::string id = std::to_string(callID);
-        ASSERT_EQ(engine().make(1, 0, callID, "100"), sfiSuccess);
+        ASSERT_TRUE(engine().outgoing().make(1, 0, callID, "100"));
         ASSERT_TRUE(phone_.events().waitFor("state 4711 " + id + " Connected Normal 100"));
     }
 };
@@ -37,11 +39,11 @@ TEST(Registration, TwoLines_AreTold)
 {
     Exchange exchange(eventLoop(), {});
 
-    TestPhone phone(phoneAt(exchange, {"4711", "4712"}));
+    EnginePhone phone(phoneAt(exchange, {"4711", "4712"}));
 
     phone.expect({"registration 4711 0 yes 0", "registration 4712 0 yes 0"});
     EXPECT_TRUE(exchange.isRegistered("4711"));
-    ASSERT_EQ(phone.engine().deactivate(), sfiSuccess);
+    phone.engine().deactivate();
     phone.expect({"registration 4711 0 no 4", "registration 4712 0 no 4"});
     EXPECT_TRUE(eventually([&exchange] { return !exchange.isRegistered("4711"); }));
 }
@@ -49,10 +51,10 @@ TEST(Registration, TwoLines_AreTold)
 TEST(Registration, WrongPassword_IsToldAsUnauthorised)
 {
     Exchange exchange(eventLoop(), {});
-    TestPhone::Options options = phoneAt(exchange, {"4711"});
+    EnginePhone::Options options = phoneAt(exchange, {"4711"});
     options.password = "wrong";
 
-    TestPhone phone(options);
+    EnginePhone phone(options);
 
     phone.expect({"registration 4711 0 no 1"});
 }
@@ -60,7 +62,7 @@ TEST(Registration, WrongPassword_IsToldAsUnauthorised)
 TEST(Registration, RegistrarThatGoesAwayAndReturns_IsFoundAgain)
 {
     auto exchange = std::make_unique<Exchange>(eventLoop(), exchange::ExchangeConfig{});
-    TestPhone phone(phoneAt(*exchange, {"4711"}));
+    EnginePhone phone(phoneAt(*exchange, {"4711"}));
     phone.expect({"registration 4711 0 yes 0"});
     exchange::ExchangeConfig again;
     again.port = exchange->port();
@@ -76,7 +78,7 @@ TEST(Registration, RegistrarThatGoesAwayAndReturns_IsFoundAgain)
 
 TEST_F(AtTheExchange, BusyNumber_EndsBusy)
 {
-    ASSERT_EQ(engine().make(1, 0, 1, "101"), sfiSuccess);
+    ASSERT_TRUE(engine().outgoing().make(1, 0, 1, "101"));
 
     phone_.expect({"state 4711 1 Dialling Normal 101", "state 4711 1 Busy Busy 101"});
     EXPECT_FALSE(engine().call(1));
@@ -84,14 +86,14 @@ TEST_F(AtTheExchange, BusyNumber_EndsBusy)
 
 TEST_F(AtTheExchange, DecliningNumber_EndsRefused)
 {
-    ASSERT_EQ(engine().make(1, 0, 1, "104"), sfiSuccess);
+    ASSERT_TRUE(engine().outgoing().make(1, 0, 1, "104"));
 
     phone_.expect({"state 4711 1 Dialling Normal 104", "state 4711 1 Failed Refused 104"});
 }
 
 TEST_F(AtTheExchange, UnknownNumber_EndsNotFound)
 {
-    ASSERT_EQ(engine().make(1, 0, 1, "555"), sfiSuccess);
+    ASSERT_TRUE(engine().outgoing().make(1, 0, 1, "555"));
 
     phone_.expect({"state 4711 1 Dialling Normal 555", "state 4711 1 Failed NotFound 555"});
 }
@@ -102,7 +104,7 @@ TEST_F(AtTheExchange, NumberThatHangsUp_EndsIdle)
     quick.hangUpAfter = std::chrono::milliseconds(50);
     exchange_.setBehaviour("110", quick);
 
-    ASSERT_EQ(engine().make(1, 0, 1, "110"), sfiSuccess);
+    ASSERT_TRUE(engine().outgoing().make(1, 0, 1, "110"));
 
     ASSERT_TRUE(phone_.events().waitFor("state 4711 1 Connected Normal 110"));
     phone_.expect({"state 4711 1 Idle Normal 110"});
@@ -115,7 +117,7 @@ TEST_F(AtTheExchange, NumberThatHolds_IsSeenRemotelyHeld)
     holding.retrieveAfter = std::chrono::milliseconds(50);
     exchange_.setBehaviour("110", holding);
 
-    ASSERT_EQ(engine().make(1, 0, 1, "110"), sfiSuccess);
+    ASSERT_TRUE(engine().outgoing().make(1, 0, 1, "110"));
 
     ASSERT_TRUE(phone_.events().waitFor("state 4711 1 Connected Normal 110"));
     phone_.expect({"state 4711 1 RemotelyHeld Normal 110", "state 4711 1 Connected Normal 110"});
@@ -123,11 +125,11 @@ TEST_F(AtTheExchange, NumberThatHolds_IsSeenRemotelyHeld)
 
 TEST_F(AtTheExchange, NumberThatCallsBack_ComesIn)
 {
-    ASSERT_EQ(engine().make(1, 0, 1, "199"), sfiSuccess);
+    ASSERT_TRUE(engine().outgoing().make(1, 0, 1, "199"));
 
     ASSERT_TRUE(phone_.events().waitFor("state 4711 1 Idle Normal 199"));
     phone_.expect({"incoming 4711 1001 199 - 1 - 0", "state 4711 1001 Ringing Normal 199"});
-    ASSERT_EQ(engine().answer(1001), sfiSuccess);
+    ASSERT_TRUE(engine().answer(1001));
     phone_.expect({"state 4711 1001 Connected Normal 199"});
 }
 
@@ -135,7 +137,7 @@ TEST_F(AtTheExchange, Consultation_HoldsTheFirstCall)
 {
     callEcho(1);
 
-    ASSERT_EQ(engine().make(1, 0, 2, "100", CallPurpose::kConsultation), sfiSuccess);
+    ASSERT_TRUE(engine().outgoing().make(1, 0, 2, "100", CallPurpose::kConsultation));
 
     phone_.expect({"state 4711 2 Dialling Normal 100", "held 4711 1"});
     ASSERT_TRUE(phone_.events().waitFor("state 4711 2 Connected Normal 100"));
@@ -149,11 +151,11 @@ TEST_F(AtTheExchange, Alternate_ExchangesTheTwoCalls)
     callEcho(2);
     phone_.events().rest();
 
-    ASSERT_EQ(engine().alternate(1), sfiSuccess);
+    ASSERT_TRUE(engine().established().alternate(1));
 
     phone_.expect({"held 4711 2", "retrieved 4711 1 100", "success 4711 1 Alternate"});
     EXPECT_EQ(engine().activeCall()->callID, 1);
-    ASSERT_EQ(engine().alternate(1), sfiSuccess);
+    ASSERT_TRUE(engine().established().alternate(1));
     phone_.expect({"held 4711 1", "retrieved 4711 2 100", "success 4711 2 Alternate"});
 }
 
@@ -163,14 +165,14 @@ TEST_F(AtTheExchange, AnswerOfASecondCall_HoldsTheFirst)
     ASSERT_TRUE(exchange_.callNumber("100", "4712"));
     phone_.expect({"incoming 4712 1001 100 - 1 - 0", "state 4712 1001 Ringing Normal 100"});
 
-    ASSERT_EQ(engine().answer(1001), sfiSuccess);
+    ASSERT_TRUE(engine().answer(1001));
 
     phone_.expect({"held 4711 1", "state 4712 1001 Connected Normal 100"});
 }
 
 TEST_F(AtTheExchange, SecondCallOnALineWithAssociatedCalls_IsTold)
 {
-    engine().setAssociatedCalls(true);
+    engine().incoming().setAssociatedCalls(true);
     callEcho(1);
 
     ASSERT_TRUE(exchange_.callNumber("100", "4711"));
@@ -184,7 +186,7 @@ TEST_F(AtTheExchange, Conference_JoinsBothAndTellsIt)
     callEcho(2);
     phone_.events().rest();
 
-    ASSERT_EQ(engine().conference(1), sfiSuccess);
+    ASSERT_TRUE(engine().joined().conference(1));
 
     phone_.expect({"retrieved 4711 1 100", "state 4711 1 Conference Normal 100", "state 4711 2 Conference Normal 100",
                    "success 4711 1 Conference", "conference 4711 1", "conference 4711 2"});
@@ -206,10 +208,10 @@ TEST_F(AtTheExchange, ConferencePartyThatLeaves_LeavesAnOrdinaryCall)
 {
     callEcho(1);
     callEcho(2);
-    ASSERT_EQ(engine().conference(1), sfiSuccess);
+    ASSERT_TRUE(engine().joined().conference(1));
     ASSERT_TRUE(phone_.events().waitFor("conference 4711 2"));
 
-    ASSERT_EQ(engine().clear(2), sfiSuccess);
+    ASSERT_TRUE(engine().clear(2));
 
     phone_.expect({"state 4711 2 Idle Normal 100", "conference 4711 1", "party 4711 1 100 1 0",
                    "state 4711 1 Connected Normal 100"});
@@ -219,13 +221,13 @@ TEST_F(AtTheExchange, ConferenceOnHold_IsHeldAndRetrievedAsAWhole)
 {
     callEcho(1);
     callEcho(2);
-    ASSERT_EQ(engine().conference(1), sfiSuccess);
+    ASSERT_TRUE(engine().joined().conference(1));
     ASSERT_TRUE(phone_.events().waitFor("conference 4711 2"));
 
-    ASSERT_EQ(engine().hold(2), sfiSuccess);
+    ASSERT_TRUE(engine().established().hold(2));
     ASSERT_TRUE(eventually(
         [this] { return engine().call(1)->state == sfiCallStateHeld && engine().call(2)->state == sfiCallStateHeld; }));
-    ASSERT_EQ(engine().retrieve(1), sfiSuccess);
+    ASSERT_TRUE(engine().established().retrieve(1));
 
     EXPECT_TRUE(eventually([this] {
         return engine().call(1)->state == sfiCallStateConference && engine().call(2)->state == sfiCallStateConference;

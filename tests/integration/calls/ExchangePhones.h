@@ -6,14 +6,14 @@
 
 #include <gtest/gtest.h>
 
-#include "TestPhone.h"
+#include "EnginePhone.h"
 #include "telephone/exchange/Exchange.h"
 
 namespace telephone::test {
 
-inline TestPhone::Options phoneAt(exchange::Exchange const& exchange, std::vector<std::string> const& lines)
+inline EnginePhone::Options phoneAt(exchange::Exchange const& exchange, std::vector<std::string> const& lines)
 {
-    TestPhone::Options options;
+    EnginePhone::Options options;
     options.lines = lines;
     options.registrar = exchange.hostPort();
     options.engine.directedPickup = exchange::kDirectedPickup;
@@ -26,14 +26,14 @@ class ThreePhones : public ::testing::Test
 {
 protected:
     exchange::Exchange exchange_{eventLoop(), {}};
-    TestPhone alice_{phoneAt(exchange_, {"4711"})};
-    TestPhone bob_{phoneAt(exchange_, {"4722"})};
-    TestPhone carol_{phoneAt(exchange_, {"4733"})};
+    EnginePhone alice_{phoneAt(exchange_, {"4711"})};
+    EnginePhone bob_{phoneAt(exchange_, {"4722"})};
+    EnginePhone carol_{phoneAt(exchange_, {"4733"})};
 
     void SetUp() override
     {
-        for (TestPhone* phone : {&alice_, &bob_, &carol_}) {
-            ASSERT_TRUE(eventually([phone] { return phone->engine().isRegistered(1); }));
+        for (EnginePhone* phone : {&alice_, &bob_, &carol_}) {
+            ASSERT_TRUE(eventually([phone] { return phone->engine().registrations().isRegistered(1); }));
             phone->events().rest();
         }
     }
@@ -41,9 +41,9 @@ protected:
     // alice calls bob: 1 here, 1001 there; both connected and nothing left to read.
     void connectAliceAndBob()
     {
-        ASSERT_EQ(alice_.engine().make(1, 0, 1, "4722"), sfiSuccess);
+        ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1, "4722"));
         ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 Ringing Normal 4711"));
-        ASSERT_EQ(bob_.engine().answer(1001), sfiSuccess);
+        ASSERT_TRUE(bob_.engine().answer(1001));
         ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 Connected Normal 4711"));
         ASSERT_TRUE(alice_.events().waitFor("state 4711 1 Connected Normal 4722"));
     }
@@ -51,10 +51,10 @@ protected:
     // alice, who talks to bob, asks carol back: 2 at alice's, 1001 at carol's.
     void consultCarol()
     {
-        ASSERT_EQ(alice_.engine().make(1, 0, 2, "4733", CallPurpose::kConsultation), sfiSuccess);
+        ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 2, "4733", CallPurpose::kConsultation));
         ASSERT_TRUE(carol_.events().waitFor("state 4733 1001 Ringing Normal 4711"));
         ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 RemotelyHeld Normal 4711"));
-        ASSERT_EQ(carol_.engine().answer(1001), sfiSuccess);
+        ASSERT_TRUE(carol_.engine().answer(1001));
         ASSERT_TRUE(carol_.events().waitFor("state 4733 1001 Connected Normal 4711"));
         ASSERT_TRUE(alice_.events().waitFor("state 4711 2 Connected Normal 4733"));
     }

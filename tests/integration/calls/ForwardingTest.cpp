@@ -12,7 +12,7 @@ protected:
         bob_.rules[type] = {true, destination};
     }
 
-    void aliceCallsBob() { ASSERT_EQ(alice_.engine().make(1, 0, 1, "4722"), sfiSuccess); }
+    void aliceCallsBob() { ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1, "4722")); }
 
     // diverted: who diverted the call, and why.
     void expectAtCarol(std::string const& diverted)
@@ -53,12 +53,12 @@ TEST_F(Forwarding, UnconditionalExternal_LeavesInternalCallersAlone)
 
 TEST_F(Forwarding, UnconditionalExternal_MovesCallersOfAnotherDomain)
 {
-    TestPhone::Options options;
+    EnginePhone::Options options;
     options.lines = {"9000"};
-    TestPhone outside(options);
+    EnginePhone outside(options);
     setRule(sfiForwardUnconditionalExternal, "4733");
 
-    ASSERT_EQ(outside.engine().make(1, 0, 1, bob_.uri()), sfiSuccess);
+    ASSERT_TRUE(outside.engine().outgoing().make(1, 0, 1, bob_.uri()));
 
     bob_.expect({"forwarded 4722 1001 9000 4733 1"});
     carol_.expect({"incoming 4733 1001 9000 - 2 4722 1", "state 4733 1001 Ringing Normal 9000"});
@@ -67,7 +67,7 @@ TEST_F(Forwarding, UnconditionalExternal_MovesCallersOfAnotherDomain)
 TEST_F(Forwarding, OnBusy_MovesTheSecondCall)
 {
     setRule(sfiForwardBusy, "4733");
-    ASSERT_EQ(bob_.engine().make(1, 0, 1, "100"), sfiSuccess);
+    ASSERT_TRUE(bob_.engine().outgoing().make(1, 0, 1, "100"));
     ASSERT_TRUE(bob_.events().waitFor("state 4722 1 Connected Normal 100"));
 
     aliceCallsBob();
@@ -78,9 +78,9 @@ TEST_F(Forwarding, OnBusy_MovesTheSecondCall)
 
 TEST_F(Forwarding, OnNoReply_MovesTheCallWhenTheTimeIsUp)
 {
-    TestPhone::Options options = phoneAt(exchange_, {"4744"});
+    EnginePhone::Options options = phoneAt(exchange_, {"4744"});
     options.engine.ringTime = std::chrono::milliseconds(50);
-    TestPhone dave(options);
+    EnginePhone dave(options);
     dave.expect({"registration 4744 0 yes 0"});
     dave.rings = 2;
     {
@@ -88,7 +88,7 @@ TEST_F(Forwarding, OnNoReply_MovesTheCallWhenTheTimeIsUp)
         dave.rules[sfiForwardNoReply] = {true, "4733"};
     }
 
-    ASSERT_EQ(alice_.engine().make(1, 0, 1, "4744"), sfiSuccess);
+    ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1, "4744"));
 
     dave.expect({"incoming 4744 1001 4711 - 1 - 0", "state 4744 1001 Ringing Normal 4711",
                  "state 4744 1001 Idle Forwarded 4711", "forwarded 4744 1001 4711 4733 3"});
@@ -97,19 +97,19 @@ TEST_F(Forwarding, OnNoReply_MovesTheCallWhenTheTimeIsUp)
 
 TEST_F(Forwarding, AnsweredInTime_StaysHere)
 {
-    TestPhone::Options options = phoneAt(exchange_, {"4744"});
+    EnginePhone::Options options = phoneAt(exchange_, {"4744"});
     options.engine.ringTime = std::chrono::milliseconds(200);
-    TestPhone dave(options);
+    EnginePhone dave(options);
     dave.expect({"registration 4744 0 yes 0"});
     dave.rings = 1;
     {
         const std::lock_guard guard(eventLoop());
         dave.rules[sfiForwardNoReply] = {true, "4733"};
     }
-    ASSERT_EQ(alice_.engine().make(1, 0, 1, "4744"), sfiSuccess);
+    ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1, "4744"));
     ASSERT_TRUE(dave.events().waitFor("state 4744 1001 Ringing Normal 4711"));
 
-    ASSERT_EQ(dave.engine().answer(1001), sfiSuccess);
+    ASSERT_TRUE(dave.engine().answer(1001));
 
     dave.expect({"state 4744 1001 Connected Normal 4711"});
     EXPECT_EQ(dave.events().next(std::chrono::milliseconds(400)), "nothing came");
@@ -156,13 +156,13 @@ TEST_F(Forwarding, DoNotDisturb_RefusesAndTellsTheMissedCall)
 
 TEST_F(Forwarding, DoNotDisturbAsUnavailable_AnswersThat)
 {
-    TestPhone::Options options = phoneAt(exchange_, {"4744"});
+    EnginePhone::Options options = phoneAt(exchange_, {"4744"});
     options.engine.doNotDisturbStatus = 480;
-    TestPhone dave(options);
+    EnginePhone dave(options);
     dave.expect({"registration 4744 0 yes 0"});
     dave.doNotDisturbOn = true;
 
-    ASSERT_EQ(alice_.engine().make(1, 0, 1, "4744"), sfiSuccess);
+    ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1, "4744"));
 
     dave.expect({"missed 4744 1001 4711 Unavailable - 0"});
     EXPECT_TRUE(alice_.events().waitFor("state 4711 1 Failed Unavailable 4744"));
@@ -172,8 +172,8 @@ TEST_F(Forwarding, OutOfService_RefusesCallsBothWays)
 {
     bob_.engine().setServiceState(sfiServiceOutOfService);
 
-    EXPECT_EQ(bob_.engine().make(1, 0, 1, "100"), sfiFailure);
-    ASSERT_EQ(alice_.engine().make(1, 0, 1, bob_.uri()), sfiSuccess);
+    EXPECT_FALSE(bob_.engine().outgoing().make(1, 0, 1, "100"));
+    ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1, bob_.uri()));
 
     EXPECT_TRUE(alice_.events().waitFor("state 4711 1 Failed Unavailable 4722"));
     bob_.expect({"registration 4722 0 no 4"});

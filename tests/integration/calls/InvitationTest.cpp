@@ -1,5 +1,5 @@
 // What an INVITE says about its call, as the events carry it; and what a far end does that few telephones do.
-#include "TestPhone.h"
+#include "EnginePhone.h"
 
 namespace telephone::test {
 
@@ -24,14 +24,17 @@ public:
         request.account.domain = agent_.hostPort();
         request.target = target;
         request.headers = headers;
-        session_ = agent_.call(request, *this);
-        return session_ != nullptr;
+        auto session = agent_.call(request, *this);
+        if (session) {
+            session_ = std::move(*session);
+        }
+        return session.has_value();
     }
 
     bool info(sip::Content const& content)
     {
         const std::lock_guard guard(eventLoop());
-        return session_->sendInfo(content);
+        return session_->sendInfo(content).has_value();
     }
 
     std::string digits() const
@@ -58,7 +61,7 @@ private:
 class Invitation : public ::testing::Test
 {
 protected:
-    TestPhone phone_{TestPhone::Options{}};
+    EnginePhone phone_{EnginePhone::Options{}};
     Peer peer_;
 
     void TearDown() override { phone_.engine().deactivate(); }
@@ -67,7 +70,7 @@ protected:
     {
         ASSERT_TRUE(peer_.call(phone_.uri(), {}));
         ASSERT_TRUE(phone_.events().waitFor("state 4711 1001 Ringing Normal 9000"));
-        ASSERT_EQ(phone_.engine().answer(1001), sfiSuccess);
+        ASSERT_TRUE(phone_.engine().answer(1001));
         ASSERT_TRUE(phone_.events().waitFor("state 4711 1001 Connected Normal 9000"));
     }
 };
@@ -86,7 +89,7 @@ TEST_F(Invitation, DivertedCall_NamesWhoDivertedItAndWhy)
     ASSERT_TRUE(peer_.call(phone_.uri(), {{"Diversion", "<sip:4799@example.org>;reason=user-busy"}}));
 
     phone_.expect({"incoming 4711 1001 9000 Nina Nine 2 4799 2", "state 4711 1001 Ringing Normal 9000"});
-    phone_.engine().refuse(1001, sfiRefuseCallDecline);
+    EXPECT_TRUE(phone_.engine().incoming().reject(1001, sfiRefuseCallDecline));
 }
 
 TEST_F(Invitation, AlertInformationAndPriority_AreTold)
@@ -123,7 +126,7 @@ TEST_F(Invitation, DigitsToAFarEndWithoutTelephoneEvents_GoByInfo)
     connect();
     EXPECT_EQ(phone_.events().lastSendOptions(), sfiSendOptionsInfo);
 
-    ASSERT_EQ(phone_.engine().sendDigits(1001, "17#"), sfiSuccess);
+    ASSERT_TRUE(phone_.engine().established().sendDigits(1001, "17#"));
 
     EXPECT_TRUE(eventually([this] { return peer_.digits() == "17#"; }));
 }
@@ -142,7 +145,7 @@ TEST_F(Invitation, SecurityChangeToPlain_RenewsTheMediaAndTellsIt)
 {
     connect();
 
-    ASSERT_EQ(phone_.engine().changeSecurity(1001, false), sfiSuccess);
+    ASSERT_TRUE(phone_.engine().established().changeSecurity(1001, false));
 
     phone_.expect({"security 4711 1001 1"});
 }

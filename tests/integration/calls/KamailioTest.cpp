@@ -6,7 +6,7 @@
 #include <unistd.h>
 
 #include "ChildProcess.h"
-#include "TestPhone.h"
+#include "EnginePhone.h"
 
 namespace telephone::test {
 
@@ -96,17 +96,18 @@ protected:
             folder_);
     }
 
-    TestPhone::Options phoneAt(std::string const& line) const
+    EnginePhone::Options phoneAt(std::string const& line) const
     {
-        TestPhone::Options options;
+        EnginePhone::Options options;
         options.lines = {line};
         options.registrar = "127.0.0.1:" + std::to_string(port_);
         return options;
     }
 
-    static bool isRegistered(TestPhone& phone)
+    static bool isRegistered(EnginePhone& phone)
     {
-        return eventually([&phone] { return phone.engine().isRegistered(1); }, std::chrono::seconds(20));
+        return eventually([&phone] { return phone.engine().registrations().isRegistered(1); },
+                          std::chrono::seconds(20));
     }
 };
 
@@ -114,48 +115,49 @@ protected:
 
 TEST_F(Kamailio, CallThroughTheProxy_IsMadeHeldRetrievedAndCleared)
 {
-    TestPhone alice(phoneAt("4711"));
-    TestPhone bob(phoneAt("4722"));
+    EnginePhone alice(phoneAt("4711"));
+    EnginePhone bob(phoneAt("4722"));
     ASSERT_TRUE(isRegistered(alice));
     ASSERT_TRUE(isRegistered(bob));
 
-    ASSERT_EQ(alice.engine().make(1, 0, 1, "4722"), sfiSuccess);
+    ASSERT_TRUE(alice.engine().outgoing().make(1, 0, 1, "4722"));
     ASSERT_TRUE(bob.events().waitFor("state 4722 1001 Ringing Normal 4711"));
-    ASSERT_EQ(bob.engine().answer(1001), sfiSuccess);
+    ASSERT_TRUE(bob.engine().answer(1001));
     ASSERT_TRUE(alice.events().waitFor("state 4711 1 Connected Normal 4722"));
-    ASSERT_EQ(alice.engine().hold(1), sfiSuccess);
+    ASSERT_TRUE(alice.engine().established().hold(1));
     ASSERT_TRUE(alice.events().waitFor("held 4711 1"));
     EXPECT_TRUE(bob.events().waitFor("state 4722 1001 RemotelyHeld Normal 4711"));
-    ASSERT_EQ(alice.engine().retrieve(1), sfiSuccess);
+    ASSERT_TRUE(alice.engine().established().retrieve(1));
     EXPECT_TRUE(bob.events().waitFor("state 4722 1001 Connected Normal 4711"));
-    ASSERT_EQ(bob.engine().clear(1001), sfiSuccess);
+    ASSERT_TRUE(bob.engine().clear(1001));
 
     EXPECT_TRUE(alice.events().waitFor("state 4711 1 Idle Normal 4722"));
 }
 
 TEST_F(Kamailio, WrongPassword_IsRefused)
 {
-    TestPhone alice(phoneAt("4711"));
+    EnginePhone alice(phoneAt("4711"));
     ASSERT_TRUE(isRegistered(alice));
-    TestPhone::Options options = phoneAt("4722");
+    EnginePhone::Options options = phoneAt("4722");
     options.password = "wrong";
 
-    TestPhone bob(options);
+    EnginePhone bob(options);
 
     bob.expect({"registration 4722 0 no 1"});
-    ASSERT_EQ(alice.engine().make(1, 0, 1, "4722"), sfiSuccess);
+    ASSERT_TRUE(alice.engine().outgoing().make(1, 0, 1, "4722"));
     EXPECT_TRUE(alice.events().waitFor("state 4711 1 Failed NotFound 4722"));
 }
 
 TEST_F(Kamailio, RegistrarThatGoesAwayAndReturns_IsFoundAgain)
 {
-    TestPhone::Options options = phoneAt("4711");
+    EnginePhone::Options options = phoneAt("4711");
     options.expires = 2;
-    TestPhone alice(options);
+    EnginePhone alice(options);
     ASSERT_TRUE(isRegistered(alice));
 
     server_.reset();
-    EXPECT_TRUE(eventually([&alice] { return !alice.engine().isRegistered(1); }, std::chrono::seconds(20)));
+    EXPECT_TRUE(
+        eventually([&alice] { return !alice.engine().registrations().isRegistered(1); }, std::chrono::seconds(20)));
     start();
 
     EXPECT_TRUE(isRegistered(alice));

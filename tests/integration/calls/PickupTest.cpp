@@ -9,7 +9,7 @@ protected:
     // alice calls bob, who lets it ring.
     void ringBob()
     {
-        ASSERT_EQ(alice_.engine().make(1, 0, 1, "4722"), sfiSuccess);
+        ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1, "4722"));
         ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 Ringing Normal 4711"));
         ASSERT_TRUE(alice_.events().waitFor("state 4711 1 RemoteRinging Normal 4722"));
     }
@@ -19,7 +19,7 @@ TEST_F(Pickup, DirectedPickupByTheDialogPackage_TakesTheCall)
 {
     ringBob();
 
-    ASSERT_EQ(carol_.engine().directedPickup(1, 0, 5, "4722"), sfiSuccess);
+    ASSERT_TRUE(carol_.engine().pickups().directed(1, 0, 5, "4722"));
 
     carol_.expect({"state 4733 5 Dialling Normal 4722", "pickup 4733 5 4711 -", "state 4733 5 Connected Normal 4711",
                    "success 4733 5 DirectedPickup"});
@@ -31,7 +31,7 @@ TEST_F(Pickup, DirectedPickup_ShowsWhoWasCalledByWhom)
 {
     ringBob();
 
-    ASSERT_EQ(carol_.engine().directedPickup(1, 0, 5, "4722"), sfiSuccess);
+    ASSERT_TRUE(carol_.engine().pickups().directed(1, 0, 5, "4722"));
     ASSERT_TRUE(carol_.events().waitFor("state 4733 5 Connected Normal 4711"));
 
     const sfiReplacesDisplay display = carol_.events().lastReplaces();
@@ -41,7 +41,7 @@ TEST_F(Pickup, DirectedPickup_ShowsWhoWasCalledByWhom)
 
 TEST_F(Pickup, DirectedPickupWhereNothingRings_Fails)
 {
-    ASSERT_EQ(carol_.engine().directedPickup(1, 0, 5, "4722"), sfiSuccess);
+    ASSERT_TRUE(carol_.engine().pickups().directed(1, 0, 5, "4722"));
 
     carol_.expect(
         {"state 4733 5 Dialling Normal 4722", "failed 4733 5 DirectedPickup 4", "state 4733 5 Failed NotFound 4722"});
@@ -49,9 +49,9 @@ TEST_F(Pickup, DirectedPickupWhereNothingRings_Fails)
 
 TEST_F(Pickup, DirectedPickupThatIsGivenUp_EndsIdle)
 {
-    ASSERT_EQ(carol_.engine().directedPickup(1, 0, 5, "4722"), sfiSuccess);
+    ASSERT_TRUE(carol_.engine().pickups().directed(1, 0, 5, "4722"));
 
-    ASSERT_EQ(carol_.engine().clear(5), sfiSuccess);
+    ASSERT_TRUE(carol_.engine().clear(5));
 
     carol_.expect({"state 4733 5 Dialling Normal 4722", "state 4733 5 Idle Cancelled 4722"});
 }
@@ -60,7 +60,7 @@ TEST_F(Pickup, PickupNumber_TakesTheCall)
 {
     ringBob();
 
-    ASSERT_EQ(carol_.engine().make(1, 0, 5, "*974722"), sfiSuccess);
+    ASSERT_TRUE(carol_.engine().outgoing().make(1, 0, 5, "*974722"));
 
     EXPECT_TRUE(carol_.events().waitFor("success 4733 5 DirectedPickup"));
     EXPECT_TRUE(alice_.events().waitFor("state 4711 1 Connected Normal 4722"));
@@ -71,7 +71,7 @@ TEST_F(Pickup, GroupPickup_TakesTheCall)
 {
     ringBob();
 
-    ASSERT_EQ(carol_.engine().groupPickup(1, 0, 5), sfiSuccess);
+    ASSERT_TRUE(carol_.engine().pickups().group(1, 0, 5));
 
     EXPECT_TRUE(carol_.events().waitFor("success 4733 5 GroupPickup"));
     EXPECT_TRUE(bob_.events().waitFor("state 4722 1001 Idle Cancelled 4711"));
@@ -79,7 +79,7 @@ TEST_F(Pickup, GroupPickup_TakesTheCall)
 
 TEST_F(Pickup, GroupPickupWithNothingToPickUp_Fails)
 {
-    ASSERT_EQ(carol_.engine().groupPickup(1, 0, 5), sfiSuccess);
+    ASSERT_TRUE(carol_.engine().pickups().group(1, 0, 5));
 
     std::vector<std::string> skipped;
     EXPECT_TRUE(carol_.events().waitFor("failed 4733 5 GroupPickup 2", &skipped)) << ::testing::PrintToString(skipped);

@@ -9,14 +9,14 @@ class Server : public ::testing::Test
 {
 protected:
     exchange::Exchange exchange_{eventLoop(), {}};
-    std::unique_ptr<TestPhone> phone_;
+    std::unique_ptr<EnginePhone> phone_;
 
     void start(bool subscribes)
     {
-        TestPhone::Options options = phoneAt(exchange_, {"4711", "4712"});
+        EnginePhone::Options options = phoneAt(exchange_, {"4711", "4712"});
         options.engine.messageWaiting = subscribes;
         options.engine.voiceMail = "600";
-        phone_ = std::make_unique<TestPhone>(options);
+        phone_ = std::make_unique<EnginePhone>(options);
         phone_->expect({"registration 4711 0 yes 0", "registration 4712 0 yes 0"});
     }
 };
@@ -31,12 +31,12 @@ TEST_F(Server, MessageSummary_IsToldAtOnceAndAtEachChange)
     exchange_.setMessages("4712", {2, 8, 0, 2});
 
     phone_->expect({"messages 4712 1 2 8 0 2 1 2 1 600"});
-    auto const record = phone_->engine().messageWaiting("4712");
+    auto const record = phone_->engine().messages().of("4712");
     ASSERT_TRUE(record);
     EXPECT_EQ(record->newMessages, 2U);
     EXPECT_EQ(record->oldMessages, 8U);
     EXPECT_EQ(record->messagesWaiting, sfiMessagesWaitingYes);
-    EXPECT_EQ(phone_->engine().messageWaiting("")->newMessages, 0U);
+    EXPECT_EQ(phone_->engine().messages().of("")->newMessages, 0U);
 }
 
 TEST_F(Server, MessageSummaryThatChangesNothing_IsNotToldAgain)
@@ -56,7 +56,7 @@ TEST_F(Server, MessageSummaryThatChangesNothing_IsNotToldAgain)
 TEST_F(Server, UnsolicitedMessageSummary_IsTold)
 {
     start(false);
-    EXPECT_FALSE(phone_->engine().messageWaiting("4711"));
+    EXPECT_FALSE(phone_->engine().messages().of("4711"));
 
     exchange_.setMessages("4711", {3, 0, 0, 0}, true);
 
@@ -67,7 +67,7 @@ TEST_F(Server, CstaRequest_IsAnsweredAndItsEchoTold)
 {
     start(false);
 
-    ASSERT_EQ(phone_->engine().sendCsta("4712", "<GetDoNotDisturb/>"), sfiSuccess);
+    ASSERT_TRUE(phone_->engine().server().send("4712", "<GetDoNotDisturb/>"));
 
     const std::vector<std::string> events = phone_->events().next(2);
     EXPECT_EQ(std::count(events.begin(), events.end(), "csta-response 4712 1"), 1);
@@ -78,26 +78,26 @@ TEST_F(Server, CstaRequestOfAnUnknownLine_IsRefused)
 {
     start(false);
 
-    EXPECT_EQ(phone_->engine().sendCsta("4799", "<GetDoNotDisturb/>"), sfiFailure);
-    EXPECT_EQ(phone_->engine().sendCsta("4711", ""), sfiFailure);
+    EXPECT_FALSE(phone_->engine().server().send("4799", "<GetDoNotDisturb/>"));
+    EXPECT_FALSE(phone_->engine().server().send("4711", ""));
 }
 
 TEST_F(Server, ServerFeatures_AreBegunAndEnded)
 {
     start(false);
 
-    ASSERT_EQ(phone_->engine().serverFeatures("4711", true), sfiSuccess);
+    ASSERT_TRUE(phone_->engine().server().requestFeatures("4711", true));
     EXPECT_TRUE(phone_->events().waitFor("server 4711 initialized"));
-    ASSERT_EQ(phone_->engine().serverFeatures("4711", false), sfiSuccess);
+    ASSERT_TRUE(phone_->engine().server().requestFeatures("4711", false));
 
     EXPECT_TRUE(phone_->events().waitFor("server 4711 finalized"));
 }
 
 TEST(PeerToPeer, LineWithoutAServer_RefusesCsta)
 {
-    TestPhone phone(TestPhone::Options{});
+    EnginePhone phone(EnginePhone::Options{});
 
-    EXPECT_EQ(phone.engine().sendCsta("4711", "<GetDoNotDisturb/>"), sfiFailure);
+    EXPECT_FALSE(phone.engine().server().send("4711", "<GetDoNotDisturb/>"));
 }
 
 }  // namespace telephone::test

@@ -9,11 +9,11 @@ TEST_F(TransferOfThree, BlindTransfer_ConnectsTheOtherTwo)
 {
     connectAliceAndBob();
 
-    ASSERT_EQ(alice_.engine().blindTransfer(1, "4733"), sfiSuccess);
+    ASSERT_TRUE(alice_.engine().blindTransfer(1, "4733"));
 
     alice_.expect({"state 4711 1 Transferring Normal 4722"});
     carol_.expect({"incoming 4733 1001 4722 - 1 - 0", "state 4733 1001 Ringing Normal 4722"});
-    ASSERT_EQ(carol_.engine().answer(1001), sfiSuccess);
+    ASSERT_TRUE(carol_.engine().answer(1001));
     carol_.expect({"state 4733 1001 Connected Normal 4722"});
     bob_.expect({"party 4722 1001 4733 0 0"});
     alice_.expect({"success 4711 1 BlindTransfer", "state 4711 1 Idle Transferred 4722"});
@@ -25,7 +25,7 @@ TEST_F(TransferOfThree, BlindTransferToABusyNumber_LeavesTheCallAsItWas)
 {
     connectAliceAndBob();
 
-    ASSERT_EQ(alice_.engine().blindTransfer(1, "101"), sfiSuccess);
+    ASSERT_TRUE(alice_.engine().blindTransfer(1, "101"));
 
     alice_.expect({"state 4711 1 Transferring Normal 4722", "failed 4711 1 BlindTransfer 5",
                    "state 4711 1 Connected Normal 4722"});
@@ -37,14 +37,14 @@ TEST_F(TransferOfThree, AttendedTransfer_ConnectsTheOtherTwo)
     connectAliceAndBob();
     consultCarol();
 
-    ASSERT_EQ(alice_.engine().attendedTransfer(1), sfiSuccess);
+    ASSERT_TRUE(alice_.engine().joined().attendedTransfer(1));
 
     alice_.expect({"state 4711 1 Transferring Normal 4722", "state 4711 2 Transferring Normal 4733"});
     bob_.expect({"party 4722 1001 4733 0 0", "state 4722 1001 Connected Normal 4733"});
     carol_.expect({"party 4733 1001 4722 0 0"});
     EXPECT_TRUE(alice_.events().waitFor("success 4711 1 AttendedTransfer"));
     EXPECT_TRUE(eventually([this] { return alice_.engine().calls().empty(); }));
-    ASSERT_EQ(bob_.engine().clear(1001), sfiSuccess);
+    ASSERT_TRUE(bob_.engine().clear(1001));
     carol_.expect({"state 4733 1001 Idle Normal 4722"});
 }
 
@@ -53,7 +53,7 @@ TEST_F(TransferOfThree, AttendedTransferEndsEachCallOfTheTransferrerOnce)
     connectAliceAndBob();
     consultCarol();
 
-    ASSERT_EQ(alice_.engine().attendedTransfer(1), sfiSuccess);
+    ASSERT_TRUE(alice_.engine().joined().attendedTransfer(1));
     ASSERT_TRUE(eventually([this] { return alice_.engine().calls().empty(); }));
 
     const std::vector<std::string> events = alice_.events().rest();
@@ -64,13 +64,13 @@ TEST_F(TransferOfThree, AttendedTransferEndsEachCallOfTheTransferrerOnce)
 TEST_F(TransferOfThree, AttendedTransferToARingingParty_CallsItAnew)
 {
     connectAliceAndBob();
-    ASSERT_EQ(alice_.engine().make(1, 0, 2, "4733", CallPurpose::kConsultation), sfiSuccess);
+    ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 2, "4733", CallPurpose::kConsultation));
     ASSERT_TRUE(alice_.events().waitFor("state 4711 2 RemoteRinging Normal 4733"));
 
-    ASSERT_EQ(alice_.engine().attendedTransfer(1), sfiSuccess);
+    ASSERT_TRUE(alice_.engine().joined().attendedTransfer(1));
 
     EXPECT_TRUE(carol_.events().waitFor("state 4733 1002 Ringing Normal 4722"));
-    ASSERT_EQ(carol_.engine().answer(1002), sfiSuccess);
+    ASSERT_TRUE(carol_.engine().answer(1002));
     EXPECT_TRUE(carol_.events().waitFor("state 4733 1002 Connected Normal 4722"));
     EXPECT_TRUE(eventually([this] { return alice_.engine().calls().empty(); }));
 }
@@ -79,7 +79,7 @@ TEST_F(TransferOfThree, TransferWithoutASecondCall_IsRefused)
 {
     connectAliceAndBob();
 
-    EXPECT_EQ(alice_.engine().attendedTransfer(1), sfiFailure);
+    EXPECT_FALSE(alice_.engine().joined().attendedTransfer(1));
 
     EXPECT_TRUE(alice_.events().rest().empty());
 }
@@ -87,26 +87,26 @@ TEST_F(TransferOfThree, TransferWithoutASecondCall_IsRefused)
 TEST_F(TransferOfThree, TransferredPartyThatHangsUpDuringTheTransfer_EndsIt)
 {
     connectAliceAndBob();
-    ASSERT_EQ(alice_.engine().blindTransfer(1, "102"), sfiSuccess);
+    ASSERT_TRUE(alice_.engine().blindTransfer(1, "102"));
     alice_.expect({"state 4711 1 Transferring Normal 4722"});
 
-    ASSERT_EQ(bob_.engine().clear(1001), sfiSuccess);
+    ASSERT_TRUE(bob_.engine().clear(1001));
 
     EXPECT_TRUE(eventually([this] { return alice_.engine().calls().empty(); }));
 }
 
 TEST_F(TransferOfThree, Deflect_SendsTheCallerOn)
 {
-    ASSERT_EQ(alice_.engine().make(1, 0, 1, "4722"), sfiSuccess);
+    ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1, "4722"));
     ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 Ringing Normal 4711"));
     ASSERT_TRUE(alice_.events().waitFor("state 4711 1 RemoteRinging Normal 4722"));
 
-    ASSERT_EQ(bob_.engine().deflect(1001, "4733"), sfiSuccess);
+    ASSERT_TRUE(bob_.engine().deflect(1001, "4733"));
 
     bob_.expect({"state 4722 1001 Idle Forwarded 4711", "forwarded 4722 1001 4711 4733 4"});
     carol_.expect({"incoming 4733 1001 4711 - 1 4722 4", "state 4733 1001 Ringing Normal 4711"});
     alice_.expect({"party 4711 1 4733 0 0"});
-    ASSERT_EQ(carol_.engine().answer(1001), sfiSuccess);
+    ASSERT_TRUE(carol_.engine().answer(1001));
     alice_.expect({"state 4711 1 Connected Normal 4733"});
 }
 

@@ -6,7 +6,7 @@ using Registration = ExchangeTest;
 
 TEST_F(Registration, RightPassword_IsRegisteredAtItsContact)
 {
-    TestPhone phone(loop);
+    SipPeer phone(loop);
 
     phone.registerAt(exchange.hostPort());
 
@@ -17,7 +17,7 @@ TEST_F(Registration, RightPassword_IsRegisteredAtItsContact)
 
 TEST_F(Registration, WrongPassword_IsForbiddenAndNotTriedAgain)
 {
-    TestPhone phone(loop);
+    SipPeer phone(loop);
 
     phone.registerAt(exchange.hostPort(), "guess", [](sip::Account& account) { account.retryFirst = 10ms; });
 
@@ -28,7 +28,7 @@ TEST_F(Registration, WrongPassword_IsForbiddenAndNotTriedAgain)
 
 TEST_F(Registration, PasswordOfAnotherNumber_IsForbidden)
 {
-    TestPhone phone(loop);
+    SipPeer phone(loop);
 
     phone.registerAt(exchange.hostPort(), "secret", [](sip::Account& account) { account.authUser = "4799"; });
 
@@ -37,7 +37,7 @@ TEST_F(Registration, PasswordOfAnotherNumber_IsForbidden)
 
 TEST_F(Registration, Destruction_TakesTheBindingBack)
 {
-    TestPhone phone(loop);
+    SipPeer phone(loop);
     phone.registerAt(exchange.hostPort());
     ASSERT_TRUE(phone.waitFor("registered 3600")) << phone.events();
 
@@ -49,7 +49,7 @@ TEST_F(Registration, Destruction_TakesTheBindingBack)
 TEST_F(Registration, DestructionOfTheWholeUserAgent_TakesTheBindingBack)
 {
     {
-        TestPhone phone(loop);
+        SipPeer phone(loop);
         phone.registerAt(exchange.hostPort());
         ASSERT_TRUE(phone.waitFor("registered 3600")) << phone.events();
     }
@@ -58,7 +58,7 @@ TEST_F(Registration, DestructionOfTheWholeUserAgent_TakesTheBindingBack)
 
 TEST_F(Registration, ShortExpiry_IsRefreshedBeforeItEnds)
 {
-    TestPhone phone(loop);
+    SipPeer phone(loop);
 
     phone.registerAt(exchange.hostPort(), "secret", [](sip::Account& account) { account.expires = 1; });
 
@@ -70,11 +70,11 @@ TEST_F(Registration, ShortExpiry_IsRefreshedBeforeItEnds)
 
 TEST_F(Registration, BindingThatNobodyRefreshes_Ends)
 {
-    TestPhone phone(loop);
+    SipPeer phone(loop);
     phone.registerAt(exchange.hostPort(), "secret", [](sip::Account& account) { account.expires = 1; });
     ASSERT_TRUE(phone.waitFor("registered 1")) << phone.events();
 
-    // As if its cable was pulled: it can say nothing any more, not even goodbye.
+    // As if its cable were pulled: it cannot unregister.
     phone.agent.reset();
 
     EXPECT_TRUE(exchange.isRegistered("4711"));
@@ -83,7 +83,7 @@ TEST_F(Registration, BindingThatNobodyRefreshes_Ends)
 
 TEST_F(Registration, OverTcp_BindsATcpContact)
 {
-    TestPhone phone(loop);
+    SipPeer phone(loop);
 
     phone.registerAt("127.0.0.1:" + std::to_string(exchange.tcpPort()), "secret",
                      [](sip::Account& account) { account.transport = sip::Transport::kTcp; });
@@ -95,8 +95,8 @@ TEST_F(Registration, OverTcp_BindsATcpContact)
 
 TEST_F(Registration, TwoTelephonesOfOneNumber_AreBothBound)
 {
-    TestPhone first(loop);
-    TestPhone second(loop);
+    SipPeer first(loop);
+    SipPeer second(loop);
     first.registerAt(exchange.hostPort());
     ASSERT_TRUE(first.waitFor("registered 3600"));
     second.registerAt(exchange.hostPort());
@@ -111,7 +111,7 @@ TEST_F(SipTest, RegistrarThatGoesAwayAndReturns_IsFoundAgain)
     auto exchange = std::make_unique<exchange::Exchange>(loop, config);
     config.port = exchange->port();
     const std::string domain = exchange->hostPort();
-    TestPhone phone(loop);
+    SipPeer phone(loop);
     phone.registerAt(domain, "secret", [](sip::Account& account) {
         account.expires = 1;
         account.answerTimeout = 200ms;
@@ -133,8 +133,8 @@ TEST_F(SipTest, ListedUsersOnly_OthersAreForbidden)
     config.users = {{"4711", "one"}};
     config.anyPassword.reset();
     exchange::Exchange exchange(loop, config);
-    TestPhone listed(loop, "4711");
-    TestPhone other(loop, "4712");
+    SipPeer listed(loop, "4711");
+    SipPeer other(loop, "4712");
 
     listed.registerAt(exchange.hostPort(), "one");
     other.registerAt(exchange.hostPort(), "one");
@@ -145,7 +145,7 @@ TEST_F(SipTest, ListedUsersOnly_OthersAreForbidden)
 
 TEST_F(SipTest, RegistrarNameThatCannotBeResolved_FailsAtOnce)
 {
-    TestPhone phone(loop);
+    SipPeer phone(loop);
 
     phone.registerAt("registrar.invalid");
 

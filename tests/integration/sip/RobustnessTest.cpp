@@ -1,4 +1,4 @@
-// What comes to the port without being asked for.
+// Unsolicited, malformed and hostile packets.
 #include <random>
 
 #include <arpa/inet.h>
@@ -12,7 +12,7 @@ namespace telephone::test {
 
 namespace {
 
-// A datagram or stream socket on loopback that speaks whatever a test wants.
+// A raw datagram or stream socket on loopback.
 class RawPeer
 {
 public:
@@ -68,7 +68,7 @@ protected:
     static std::string firstLine(std::string const& message) { return message.substr(0, message.find("\r\n")); }
     void expectAlive()
     {
-        TestPhone phone(loop);
+        SipPeer phone(loop);
         phone.call(at("100"));
         EXPECT_TRUE(phone.waitFor("established")) << phone.events();
     }
@@ -188,14 +188,14 @@ TEST_F(Robustness, AnswerThatIsNeverAcknowledged_DoesNotKeepThePortBound)
 
 TEST_F(Robustness, ReferOutsideACall_IsOffered)
 {
-    TestPhone phone(loop);
+    SipPeer phone(loop);
     RawPeer other(SOCK_DGRAM, phone.agent->udpPort());
 
     other.send(request("REFER", "4711", "Refer-To: <sip:100@127.0.0.1>\r\n"));
 
     ASSERT_TRUE(phone.waitFor("transfer outside a call")) << phone.events();
     EXPECT_EQ("sip:100@127.0.0.1", phone.transfers.at(0)->target());
-    EXPECT_TRUE(phone.transfers.at(0)->reject(603, "Decline"));
+    phone.transfers.at(0)->reject(603, "Decline");
     EXPECT_EQ("SIP/2.0 603 Decline", firstLine(other.receive()));
 }
 

@@ -1,7 +1,15 @@
-// Two bare user agents with each other.
+// Calls between two user agents.
 #include "SipFixture.h"
 
 namespace telephone::test {
+
+class FrameCounter : public sip::AudioSink
+{
+public:
+    void writeFrame(sip::AudioFrame const&) override { ++frames; }
+
+    std::size_t frames = 0;
+};
 
 class Sessions : public SipTest
 {
@@ -15,8 +23,8 @@ protected:
         return call;
     }
 
-    TestPhone first{loop, "4711"};
-    TestPhone second{loop, "4712"};
+    SipPeer first{loop, "4711"};
+    SipPeer second{loop, "4712"};
 };
 
 TEST_F(Sessions, EstablishedCall_HasTheSameDialogAtBothEnds)
@@ -59,19 +67,22 @@ TEST_F(Sessions, Invitation_TellsWhoCallsAndHow)
 
 TEST_F(Sessions, EarlyMedia_IsHeardBeforeTheAnswer)
 {
-    second.whenCalled = [](TestPhone&, sip::Session& session) { session.progress(); };
+    second.whenCalled = [](SipPeer&, sip::Session& session) { EXPECT_TRUE(session.progress()); };
+    FrameCounter heard;
 
     sip::Session& call = first.call(toSecond());
+    call.audio().setSink(&heard);
 
     EXPECT_TRUE(first.waitFor("progress 183 early")) << first.events();
-    EXPECT_TRUE(first.waitUntil([&call] { return call.audio().framesReceived() > 0; }));
-    second.session().answer();
+    EXPECT_TRUE(first.waitUntil([&heard] { return heard.frames > 0; }));
+    EXPECT_TRUE(second.session().answer());
     EXPECT_TRUE(first.waitFor("established")) << first.events();
+    call.audio().setSink(nullptr);
 }
 
 TEST_F(Sessions, CancelledCall_IsToldToTheCalledParty)
 {
-    second.whenCalled = [](TestPhone&, sip::Session& session) { session.ring(); };
+    second.whenCalled = [](SipPeer&, sip::Session& session) { EXPECT_TRUE(session.ring()); };
     sip::Session& call = first.call(toSecond());
     ASSERT_TRUE(first.waitFor("progress 180"));
 
@@ -82,7 +93,7 @@ TEST_F(Sessions, CancelledCall_IsToldToTheCalledParty)
 
 TEST_F(Sessions, CallCancelledBeforeAnyDecision_IsToldToTheCalledParty)
 {
-    second.whenCalled = [](TestPhone&, sip::Session&) {};
+    second.whenCalled = [](SipPeer&, sip::Session&) {};
     sip::Session& call = first.call(toSecond());
     ASSERT_TRUE(second.waitFor("called"));
 
@@ -93,8 +104,8 @@ TEST_F(Sessions, CallCancelledBeforeAnyDecision_IsToldToTheCalledParty)
 
 TEST_F(Sessions, Refusal_CarriesItsHeaders)
 {
-    second.whenCalled = [](TestPhone&, sip::Session& session) {
-        session.ring();
+    second.whenCalled = [](SipPeer&, sip::Session& session) {
+        EXPECT_TRUE(session.ring());
         session.reject(480, "Not now", {{"Retry-After", "120"}});
     };
 
@@ -107,7 +118,7 @@ TEST_F(Sessions, Refusal_CarriesItsHeaders)
 
 TEST_F(Sessions, CallThatNobodyKeeps_IsTemporarilyUnavailable)
 {
-    second.whenCalled = [](TestPhone& phone, sip::Session&) { phone.dropSession(0); };
+    second.whenCalled = [](SipPeer& phone, sip::Session&) { phone.dropSession(0); };
 
     first.call(toSecond());
 
@@ -123,9 +134,9 @@ TEST_F(Sessions, UnknownUser_IsNotFound)
 
 TEST_F(Sessions, Deflection_IsFollowedAndCarriesItsReason)
 {
-    TestPhone third(loop, "4713");
-    second.whenCalled = [&third](TestPhone&, sip::Session& session) {
-        session.redirect("sip:4713@" + third.agent->hostPort(), "user-busy");
+    SipPeer third(loop, "4713");
+    second.whenCalled = [&third](SipPeer&, sip::Session& session) {
+        EXPECT_TRUE(session.redirect("sip:4713@" + third.agent->hostPort(), "user-busy"));
     };
 
     first.call(toSecond());
@@ -143,10 +154,10 @@ TEST_F(Sessions, Deflection_IsFollowedAndCarriesItsReason)
 
 TEST_F(Sessions, DeflectionAfterRinging_IsFollowedToo)
 {
-    TestPhone third(loop, "4713");
-    second.whenCalled = [&third](TestPhone&, sip::Session& session) {
-        session.ring();
-        session.redirect("sip:4713@" + third.agent->hostPort(), "no-answer");
+    SipPeer third(loop, "4713");
+    second.whenCalled = [&third](SipPeer&, sip::Session& session) {
+        EXPECT_TRUE(session.ring());
+        EXPECT_TRUE(session.redirect("sip:4713@" + third.agent->hostPort(), "no-answer"));
     };
 
     first.call(toSecond());
@@ -159,7 +170,9 @@ TEST_F(Sessions, DeflectionAfterRinging_IsFollowedToo)
 
 TEST_F(Sessions, DeflectionInACircle_EndsWithTheRedirection)
 {
-    second.whenCalled = [this](TestPhone&, sip::Session& session) { session.redirect(toSecond(), "unconditional"); };
+    second.whenCalled = [this](SipPeer&, sip::Session& session) {
+        EXPECT_TRUE(session.redirect(toSecond(), "unconditional"));
+    };
 
     first.call(toSecond());
 
@@ -168,7 +181,9 @@ TEST_F(Sessions, DeflectionInACircle_EndsWithTheRedirection)
 
 TEST_F(Sessions, DeflectionToNowhere_FailsWithTheRedirection)
 {
-    second.whenCalled = [](TestPhone&, sip::Session& session) { session.redirect("sip:1@host.invalid", "user-busy"); };
+    second.whenCalled = [](SipPeer&, sip::Session& session) {
+        EXPECT_TRUE(session.redirect("sip:1@host.invalid", "user-busy"));
+    };
 
     first.call(toSecond());
 
@@ -200,14 +215,14 @@ TEST_F(Sessions, HoldAndRetrieve_ChangeTheDirectionAtBothEnds)
 {
     sip::Session& call = connect();
 
-    call.modify(sip::Direction::kSendOnly);
+    EXPECT_TRUE(call.modify(sip::Direction::kSendOnly));
     EXPECT_TRUE(first.waitFor("modified 200")) << first.events();
     EXPECT_TRUE(second.waitFor("held")) << second.events();
     EXPECT_TRUE(second.session().isHeldByRemote());
     EXPECT_FALSE(call.isHeldByRemote());
     EXPECT_EQ(sip::Direction::kSendOnly, call.audio().direction());
 
-    call.modify(sip::Direction::kSendReceive);
+    EXPECT_TRUE(call.modify(sip::Direction::kSendReceive));
     EXPECT_TRUE(first.waitFor("modified 200")) << first.events();
     EXPECT_TRUE(second.waitFor("resumed")) << second.events();
     EXPECT_EQ(sip::Direction::kSendReceive, second.session().audio().direction());
@@ -216,13 +231,13 @@ TEST_F(Sessions, HoldAndRetrieve_ChangeTheDirectionAtBothEnds)
 TEST_F(Sessions, HoldFromBothEnds_StopsTheAudioUntilBothRetrieve)
 {
     sip::Session& call = connect();
-    call.modify(sip::Direction::kSendOnly);
+    EXPECT_TRUE(call.modify(sip::Direction::kSendOnly));
     ASSERT_TRUE(first.waitFor("modified 200"));
-    second.session().modify(sip::Direction::kSendOnly);
+    EXPECT_TRUE(second.session().modify(sip::Direction::kSendOnly));
     ASSERT_TRUE(second.waitFor("modified 200")) << second.events();
 
     EXPECT_EQ(sip::Direction::kInactive, second.session().audio().direction());
-    call.modify(sip::Direction::kSendReceive);
+    EXPECT_TRUE(call.modify(sip::Direction::kSendReceive));
     ASSERT_TRUE(first.waitFor("modified 200")) << first.events();
     EXPECT_TRUE(call.isHeldByRemote());
     EXPECT_EQ(sip::Direction::kReceiveOnly, call.audio().direction());
@@ -278,8 +293,8 @@ TEST_F(SipTest, DigitsForAFarEndWithoutTelephoneEvents_GoByInfo)
 {
     sip::UserAgentConfig plain;
     plain.telephoneEvents = false;
-    TestPhone first(loop);
-    TestPhone second(loop, "4712", plain);
+    SipPeer first(loop);
+    SipPeer second(loop, "4712", plain);
     sip::Session& call = first.call("sip:4712@" + second.agent->hostPort());
     ASSERT_TRUE(first.waitFor("established"));
     ASSERT_TRUE(second.waitFor("established"));
@@ -297,8 +312,8 @@ TEST_F(SipTest, NoCodecInCommon_IsNotAcceptable)
     uLaw.codecs = {"PCMU"};
     sip::UserAgentConfig aLaw;
     aLaw.codecs = {"PCMA"};
-    TestPhone first(loop, "4711", uLaw);
-    TestPhone second(loop, "4712", aLaw);
+    SipPeer first(loop, "4711", uLaw);
+    SipPeer second(loop, "4712", aLaw);
 
     first.call("sip:4712@" + second.agent->hostPort());
 
@@ -320,8 +335,8 @@ TEST_F(Sessions, InfoWithAnyContent_ArrivesAndIsAnswered)
 
 TEST_F(Sessions, SessionDestroyedInItsOwnCallback_IsFine)
 {
-    second.whenCalled = [](TestPhone& phone, sip::Session& session) {
-        session.answer();
+    second.whenCalled = [](SipPeer& phone, sip::Session& session) {
+        EXPECT_TRUE(session.answer());
         phone.loop.post([&phone] { phone.dropSession(0); });
     };
 
@@ -333,7 +348,7 @@ TEST_F(Sessions, SessionDestroyedInItsOwnCallback_IsFine)
 
 TEST_F(Sessions, OperationsThatDoNotFitTheState_ChangeNothing)
 {
-    second.whenCalled = [](TestPhone&, sip::Session& session) { session.ring(); };
+    second.whenCalled = [](SipPeer&, sip::Session& session) { EXPECT_TRUE(session.ring()); };
     sip::Session& call = first.call(toSecond());
     ASSERT_TRUE(first.waitFor("progress 180"));
 
@@ -342,7 +357,8 @@ TEST_F(Sessions, OperationsThatDoNotFitTheState_ChangeNothing)
     EXPECT_FALSE(call.modify(sip::Direction::kSendOnly));
     EXPECT_FALSE(call.sendInfo({"text/plain", "early"}));
     EXPECT_FALSE(call.transfer("sip:100@127.0.0.1"));
-    EXPECT_FALSE(second.session().reject(200, "OK"));
+    second.session().reject(200, "OK");
+    EXPECT_EQ(sip::SessionState::kEarly, second.session().state());
 }
 
 TEST_F(Sessions, TargetThatIsNoUri_IsRefusedWithTheReason)
@@ -350,13 +366,15 @@ TEST_F(Sessions, TargetThatIsNoUri_IsRefusedWithTheReason)
     sip::CallRequest request;
     request.account = first.account;
     request.target = "sip:somebody@";
-    std::string whyNot;
 
-    EXPECT_EQ(nullptr, first.agent->call(request, first, &whyNot));
-    EXPECT_EQ("\"sip:somebody@\" is no SIP URI", whyNot);
+    auto const malformed = first.agent->call(request, first);
     request.target = "sip:1@host.invalid";
-    EXPECT_EQ(nullptr, first.agent->call(request, first, &whyNot));
-    EXPECT_EQ("host \"host.invalid\" is no IP address", whyNot);
+    auto const unresolved = first.agent->call(request, first);
+
+    ASSERT_FALSE(malformed);
+    EXPECT_EQ((Refusal{RefusalKind::kBadInput, "\"sip:somebody@\" is not a SIP URI"}), malformed.error());
+    ASSERT_FALSE(unresolved);
+    EXPECT_EQ((Refusal{RefusalKind::kBadInput, "host \"host.invalid\" is not an IP address"}), unresolved.error());
 }
 
 }  // namespace telephone::test

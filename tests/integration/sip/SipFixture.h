@@ -1,9 +1,9 @@
-// A running loop with an exchange, the ground of most tests here.
+// A running loop, and an exchange on it.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include "TestPhone.h"
+#include "SipPeer.h"
 #include "telephone/exchange/Exchange.h"
 
 namespace telephone::test {

@@ -75,8 +75,9 @@ TEST(Applications, ManyAtOnce_EachGetItsOwnAnswers)
 TEST(Applications, OneThatNeverReads_DoesNotHoldUpACall)
 {
     RunningTelephone telephone;
-    telephone::ApplicationClient deaf(telephone.socket());
-    deaf.send(method("Subscribe"));
+    auto deaf = telephone::ApplicationClient::connect(telephone.socket());
+    ASSERT_TRUE(deaf);
+    ASSERT_TRUE(deaf->send(method("Subscribe")));
     Application application(telephone.socket());
     application.request(method("Subscribe"));
 
@@ -94,8 +95,9 @@ TEST(Applications, OneThatDiesInTheMiddle_LeavesTheTelephoneAlone)
     RunningTelephone telephone;
     {
         Process dying({TELEPHONE, "--socket", telephone.socket(), "watch"});
-        telephone::ApplicationClient half(telephone.socket());
-        half.send(method("Subscribe"));
+        auto half = telephone::ApplicationClient::connect(telephone.socket());
+        ASSERT_TRUE(half);
+        ASSERT_TRUE(half->send(method("Subscribe")));
         dying.signal(SIGKILL);
         EXPECT_EQ(dying.wait(), 128 + SIGKILL);
     }

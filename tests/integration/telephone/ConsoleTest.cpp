@@ -93,6 +93,26 @@ TEST(Console, LogLevelSix_ShowsEveryRequest)
         << result.output;
 }
 
+TEST(Console, LogLevelSix_ShowsSipMessagesUntilTheLevelIsLowered)
+{
+    Ended const result = console("OutgoingCallMakeRequest Line=4711 CallID=1 Destination=100\n"
+                                 "say from here on\n"
+                                 "log 6\n"
+                                 "<Method>HoldCall</Method><Line>4711</Line><CallID>1</CallID>\n"
+                                 "log 0\n"
+                                 "say up to here\n"
+                                 "RetrieveCall Line=4711 CallID=1\n");
+
+    auto const begin = result.output.find("from here on\n");
+    auto const end = result.output.find("up to here\n");
+    auto const first = result.output.find("sent to 127.0.0.1:");
+    ASSERT_NE(first, std::string::npos) << result.output;
+    EXPECT_GT(first, begin);
+    EXPECT_NE(result.output.find("INVITE sip:", first), std::string::npos) << result.output;
+    EXPECT_NE(result.output.find("received from 127.0.0.1:", first), std::string::npos) << result.output;
+    EXPECT_EQ(result.output.find("sent to 127.0.0.1:", end), std::string::npos) << result.output;
+}
+
 TEST(Console, LineOfAMegabyte_IsTaken)
 {
     Ended const result = console("<Method>" + std::string(1 << 20, 'x') + "</Method>\nsay still here\n");

@@ -42,7 +42,7 @@ TEST(Life, SecondTelephoneAtTheSocket_IsRefusedAndTheFirstGoesOn)
 
     EXPECT_EQ(second.status, 1);
     EXPECT_EQ(second.output, "telephone: the application socket " + telephone.socket() +
-                                 " belongs to a telephone that runs: end it, or name another path with --socket\n");
+                                 " belongs to a running telephone: end it, or name another path with --socket\n");
     Application application(telephone.socket());
     EXPECT_EQ(application.request(method("GetServiceState")), "sfiSuccess,sfiServiceInService");
 }
@@ -108,8 +108,8 @@ TEST(Life, HelpAndVersion_EndWithZero)
     EXPECT_EQ(run({TELEPHONE, "--version"}).output, "telephone 1.0.0\n");
     Ended const help = run({TELEPHONE, "--help"});
     EXPECT_EQ(help.status, 0);
-    for (char const* const command :
-         {"console", "tour", "play", "serve", "exchange", "request", "watch", "store", "--config", "--no-exchange"}) {
+    for (char const* const command : {"console", "tour", "play", "serve", "exchange", "request", "watch", "store",
+                                      "describe", "--config", "--no-exchange"}) {
         EXPECT_NE(help.output.find(command), std::string::npos) << command;
     }
 }

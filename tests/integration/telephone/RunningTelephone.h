@@ -2,7 +2,6 @@
 #pragma once
 
 #include <csignal>
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,24 +10,7 @@
 
 #include "Process.h"
 #include "telephone/applications/ApplicationClient.h"
-
-class TemporaryFolder
-{
-public:
-    TemporaryFolder()
-    {
-        std::string name = (std::filesystem::temp_directory_path() / "telephone-test-XXXXXX").string();
-        path_ = mkdtemp(name.data());
-    }
-    ~TemporaryFolder() { std::filesystem::remove_all(path_); }
-    TemporaryFolder(TemporaryFolder const&) = delete;
-    TemporaryFolder& operator=(TemporaryFolder const&) = delete;
-
-    std::string file(std::string const& name) const { return (path_ / name).string(); }
-
-private:
-    std::filesystem::path path_;
-};
+#include "tests/doubles/TemporaryFolder.h"
 
 class RunningTelephone
 {
@@ -59,15 +41,15 @@ class Application
 {
 public:
     explicit Application(std::string const& socket)
-        : client_(socket)
+        : client_(telephone::ApplicationClient::connect(socket).value())
     {}
 
     // The answer; nothing: it is none of those that are answered.
     std::optional<std::string> request(std::string const& text)
     {
-        client_.send(text);
+        EXPECT_TRUE(client_.send(text));
         std::optional<std::string> answer;
-        while (auto const message = client_.receive()) {
+        while (auto const message = client_.receive().value()) {
             if (message->kind == telephone::ApplicationMessageKind::kFinished) {
                 return answer;
             }
@@ -92,7 +74,7 @@ public:
                     return each;
                 }
             }
-            auto const message = client_.receive();
+            auto const message = client_.receive().value();
             if (!message) {
                 ADD_FAILURE() << "the telephone has gone";
                 return {};

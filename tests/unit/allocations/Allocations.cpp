@@ -7,7 +7,7 @@
 namespace {
 constexpr std::size_t kNever = std::numeric_limits<std::size_t>::max();
 
-// The tests have one thread.
+// Plain variables: the tests have one thread.
 bool counting = false;
 std::size_t made = 0;
 std::size_t firstToFail = kNever;

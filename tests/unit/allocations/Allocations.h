@@ -1,5 +1,5 @@
-// Counts the allocations of this program, and lets a chosen one fail. The operators new and delete of the whole program
-// go through it.
+// Counts the allocations of the program and lets a chosen one fail. It replaces the operators new and delete of the
+// whole program.
 #pragma once
 
 #include <cstddef>
@@ -9,11 +9,11 @@ class Allocations
 public:
     // Starts counting at zero; nothing fails.
     static void count();
-    // Starts counting at zero; the n-th allocation from here on fails, the first is 1, and so do all after it.
+    // Starts counting at zero; the n-th allocation (the first is 1) and all later ones fail.
     static void failFrom(std::size_t n);
-    // Ends counting and failing. The number of allocations since the start, a failed one included.
+    // Ends counting and failing. Returns the number of allocations since the start, a failed one included.
     static std::size_t stop();
-    // Allocations that were made since the start and are not freed, whoever frees them.
+    // Allocations made since the start and not freed yet.
     static std::ptrdiff_t open();
 
     static void* allocate(std::size_t size);

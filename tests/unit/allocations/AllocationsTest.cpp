@@ -1,5 +1,5 @@
-// How much the invoker and the proxy allocate, and what happens when there is no memory: the exception may leave, but
-// nothing is lost with it.
+// How much the invoker and the proxy allocate, and what happens without memory: the exception may propagate, but
+// nothing leaks.
 #include "Allocations.h"
 
 #include <fstream>
@@ -11,13 +11,13 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "QuietService.h"
 #include "platform/framework/FrameworkContext.h"
 #include "platform/framework/InvokerResponse.h"
 #include "platform/framework/Proxy.h"
 #include "platform/framework/ProxyRequest.h"
 #include "src/CommunicationsServiceEventProxy.h"
 #include "src/CommunicationsServiceInvoker.h"
+#include "tests/doubles/ObservedService.h"
 
 namespace {
 // None of these allocates by itself.
@@ -62,13 +62,13 @@ public:
 
 std::size_t allocationsOf(std::function<void()> const& work)
 {
-    work();  // what is made once, on first use, is not counted
+    work();  // objects created on first use are not counted
     Allocations::count();
     work();
     return Allocations::stop();
 }
 
-// Lets each allocation of the work fail in turn, until there is none left.
+// Lets each allocation of the work fail in turn.
 void failEachAllocationOf(std::function<void()> const& work)
 {
     for (std::size_t n = 1;; ++n) {
@@ -102,7 +102,7 @@ protected:
         };
     }
 
-    QuietService service;
+    ObservedService<NoObserver> service;
     QuietResponse response;
     QuietContext context;
     CommunicationsServiceInvoker invoker;
@@ -149,7 +149,7 @@ TEST_F(RequestMemory, AnyRequest_WithoutMemory_LosesNothing)
             auto const work = handling(text);
             work();
             failEachAllocationOf(work);
-            // Every value longer than a string keeps without allocating.
+            // Every value is too long for a string to hold without allocating.
             for (auto place = text.find("</"); place != std::string::npos; place = text.find("</", place + 1)) {
                 if (text.compare(place, 9, "</Method>") != 0) {
                     text.insert(place, padding);

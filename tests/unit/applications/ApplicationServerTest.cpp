@@ -40,7 +40,7 @@ class RawApplication
 {
 public:
     explicit RawApplication(std::string const& path)
-        : socket_(connectTo(path))
+        : socket_(connectTo(path).value())
     {}
 
     void send(std::string const& bytes)
@@ -100,8 +100,12 @@ protected:
     void start(std::size_t applications = 256, std::size_t events = 20000)
     {
         server_.reset();
-        server_ = std::make_unique<ApplicationServer>(ApplicationServer::Settings{path_, applications, events},
-                                                      telephone_.context, telephone_.runner);
+        server_ = open({path_, applications, events}).value();
+    }
+
+    Outcome<std::unique_ptr<ApplicationServer>> open(ApplicationServer::Settings const& settings)
+    {
+        return ApplicationServer::open(settings, telephone_.context, telephone_.runner);
     }
 
     void subscribe(RawApplication& application)
@@ -348,14 +352,13 @@ TEST_F(ApplicationServerTest, MoreApplicationsThanAllowed_AreRefused)
 
 TEST_F(ApplicationServerTest, SecondTelephoneAtThePath_IsRefusedAndTheFirstStays)
 {
-    try {
-        ApplicationServer second({path_, 256, 100}, telephone_.context, telephone_.runner);
-        FAIL() << "the path was taken twice";
-    } catch (SocketInUse const& error) {
-        EXPECT_EQ(std::string(error.what()),
-                  "the application socket " + path_ +
-                      " belongs to a telephone that runs: end it, or name another path with --socket");
-    }
+    auto const second = open({path_, 256, 100});
+
+    ASSERT_FALSE(second);
+    EXPECT_EQ(second.error(), (Refusal{RefusalKind::kAlreadyExists,
+                                       "the application socket " + path_ +
+                                           " belongs to a running telephone: end it, or name another path with "
+                                           "--socket"}));
     RawApplication application(path_);
     application.send(bytes({"a"}));
     EXPECT_EQ(application.receiveUntil(2), bytes({"answer\nsfiSuccess", "finished\n"}));
@@ -365,11 +368,12 @@ TEST_F(ApplicationServerTest, SocketOfADeadTelephone_IsReplaced)
 {
     std::string const stale = folder_.file("stale");
     {
-        FileDescriptor const left = listenAt(stale);
+        ASSERT_TRUE(listenAt(stale));
     }
     ASSERT_TRUE(std::filesystem::exists(stale));
 
-    ApplicationServer const server({stale, 256, 100}, telephone_.context, telephone_.runner);
+    auto const server = open({stale, 256, 100});
+    ASSERT_TRUE(server);
 
     RawApplication application(stale);
     application.send(bytes({"a"}));
@@ -381,7 +385,8 @@ TEST_F(ApplicationServerTest, FileThatIsNoSocket_IsLeftAlone)
     std::string const file = folder_.file("notes");
     std::ofstream(file) << "important";
 
-    EXPECT_THROW(ApplicationServer({file, 256, 100}, telephone_.context, telephone_.runner), std::runtime_error);
+    EXPECT_EQ(open({file, 256, 100}).error().reason,
+              file + " exists and is not a socket; it was left alone: name another path with --socket");
 
     std::string text;
     std::getline(std::ifstream(file), text);
@@ -390,9 +395,10 @@ TEST_F(ApplicationServerTest, FileThatIsNoSocket_IsLeftAlone)
 
 TEST_F(ApplicationServerTest, PathThatIsTooLong_IsRefused)
 {
-    EXPECT_THROW(
-        ApplicationServer({folder_.file(std::string(200, 'x')), 256, 100}, telephone_.context, telephone_.runner),
-        std::runtime_error);
+    std::string const path = folder_.file(std::string(200, 'x'));
+
+    EXPECT_EQ(open({path, 256, 100}).error().reason,
+              "the socket path \"" + path + "\" must have 1 to 107 bytes: name a shorter one with --socket");
 }
 
 TEST_F(ApplicationServerTest, End_RemovesTheSocketAndEndsConnections)
@@ -409,31 +415,28 @@ TEST_F(ApplicationServerTest, End_RemovesTheSocketAndEndsConnections)
 
 TEST_F(ApplicationServerTest, Client_TellsAnswersFromEvents)
 {
-    ApplicationClient client(path_);
-    client.send("<Method>Subscribe</Method>");
-    ASSERT_EQ(client.receive()->text, "sfiSuccess");
-    ASSERT_EQ(client.receive()->kind, ApplicationMessageKind::kFinished);
+    auto client = ApplicationClient::connect(path_).value();
+    ASSERT_TRUE(client.send("<Method>Subscribe</Method>"));
+    ASSERT_EQ(client.receive().value()->text, "sfiSuccess");
+    ASSERT_EQ(client.receive().value()->kind, ApplicationMessageKind::kFinished);
 
     telephone_.held(7);
 
-    auto const event = client.receive();
+    auto const event = client.receive().value();
     ASSERT_TRUE(event);
     EXPECT_EQ(event->kind, ApplicationMessageKind::kEvent);
     EXPECT_EQ(event->number, 1U);
     EXPECT_EQ(event->text, "<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>7</CallID>");
     server_.reset();
-    EXPECT_FALSE(client.receive());
+    EXPECT_FALSE(client.receive().value());
 }
 
 TEST(ApplicationClient, WithoutATelephone_SaysHowToStartOne)
 {
     Folder const folder;
-    try {
-        ApplicationClient client(folder.file("nobody"));
-        FAIL() << "connected to nobody";
-    } catch (std::runtime_error const& error) {
-        EXPECT_EQ(std::string(error.what()), "no telephone answers at " + folder.file("nobody") +
-                                                 " (No such file or directory): start one, or name its socket with "
-                                                 "--socket");
-    }
+    auto const client = ApplicationClient::connect(folder.file("nobody"));
+
+    ASSERT_FALSE(client);
+    EXPECT_EQ(client.error().reason, "no telephone answers at " + folder.file("nobody") +
+                                         " (No such file or directory): start one, or name its socket with --socket");
 }

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "CommunicationsServiceRequests.h"
 #include "ConsoleDoubles.h"
-#include "telephone/console/CommandError.h"
 
 using namespace telephone;
 
@@ -14,12 +14,8 @@ class CommandInterpreterTest : public testing::Test
 protected:
     std::string refusalOf(std::string const& line)
     {
-        try {
-            interpreter_.run(line);
-            return "accepted";
-        } catch (CommandError const& error) {
-            return error.what();
-        }
+        auto const result = interpreter_.run(line);
+        return result ? "accepted" : result.error().reason;
     }
 
     TalkingTelephone telephone_;
@@ -30,7 +26,7 @@ protected:
 
 TEST_F(CommandInterpreterTest, ShortRequest_IsSentAndAnswered)
 {
-    auto const result = interpreter_.run("HoldCall Line=4711 CallID=1");
+    auto const result = interpreter_.run("HoldCall Line=4711 CallID=1").value();
 
     EXPECT_EQ(result.kind, CommandInterpreter::Kind::kRequest);
     EXPECT_EQ(result.answer, "sfiSuccess");
@@ -42,7 +38,7 @@ TEST_F(CommandInterpreterTest, ShortRequest_IsSentAndAnswered)
 
 TEST_F(CommandInterpreterTest, RequestAsItStands_IsSentUnchanged)
 {
-    interpreter_.run("  <Method>holdcall</Method> # no comment  ");
+    EXPECT_TRUE(interpreter_.run("  <Method>holdcall</Method> # no comment  "));
 
     EXPECT_EQ(telephone_.invoker.requests, std::vector<std::string>{"<Method>holdcall</Method> # no comment"});
 }
@@ -51,7 +47,7 @@ TEST_F(CommandInterpreterTest, RequestWithoutAnswer_IsShownAsFinished)
 {
     telephone_.invoker.answer = [](std::string const&) { return ""; };
 
-    auto const result = interpreter_.run("callbackDOFeatureCallID CallID=1 instanceId=2");
+    auto const result = interpreter_.run("callbackDOFeatureCallID CallID=1 instanceId=2").value();
 
     EXPECT_EQ(result.answer, std::nullopt);
     EXPECT_EQ(telephone_.written,
@@ -63,7 +59,7 @@ TEST_F(CommandInterpreterTest, Answer_WithControlCharacters_IsWrittenHarmlessly)
 {
     telephone_.invoker.answer = [](std::string const&) { return std::string("a\x1b[2Jb\n"); };
 
-    interpreter_.run("GetDevices");
+    EXPECT_TRUE(interpreter_.run("GetDevices"));
 
     EXPECT_EQ(telephone_.written, "request  <Method>GetDevices</Method>\nanswer   a\\x1b[2Jb\\x0a\n");
 }
@@ -73,7 +69,7 @@ TEST_F(CommandInterpreterTest, Commands_ReachTheTelephone)
     for (char const* const line :
          {"press 1", "release 1", "hook up", "hook down", "plug headset", "plug headset out", "unplug headset", "lock",
           "unlock", "record on 4711", "record off 4711", "store set agent-state \"not ready\""}) {
-        interpreter_.run(line);
+        EXPECT_TRUE(interpreter_.run(line));
     }
 
     EXPECT_EQ(telephone_.controls.asked,
@@ -86,7 +82,7 @@ TEST_F(CommandInterpreterTest, Lists_ArePrinted)
 {
     for (char const* const line :
          {"lines", "calls", "keys", "lamps", "store list", "store get agent-state", "say hi"}) {
-        interpreter_.run(line);
+        EXPECT_TRUE(interpreter_.run(line));
     }
 
     EXPECT_EQ(telephone_.written,
@@ -102,7 +98,7 @@ TEST_F(CommandInterpreterTest, WrongLines_AreRefusedWithAHint)
     EXPECT_EQ(refusalOf("press"), "write it as: press KEY");
     EXPECT_EQ(refusalOf("press 99"), "no key 99");
     EXPECT_EQ(refusalOf("hook off"), "\"off\" is neither up nor down");
-    EXPECT_EQ(refusalOf("log 7"), "\"7\" is no log level: 0 (nothing) to 6 (every request)");
+    EXPECT_EQ(refusalOf("log 7"), "\"7\" is not a log level: 0 (nothing) to 6 (everything)");
     EXPECT_EQ(refusalOf("store get x"), "no setting x");
     EXPECT_EQ(refusalOf("store put x"), "write it as: store list, store get KEY, or store set KEY VALUE");
     EXPECT_EQ(refusalOf("help nothing"), "nothing is called nothing");
@@ -110,7 +106,7 @@ TEST_F(CommandInterpreterTest, WrongLines_AreRefusedWithAHint)
 
 TEST_F(CommandInterpreterTest, HelpForARequest_TellsItsParametersAndAnswer)
 {
-    interpreter_.run("help GetDoNotDisturb");
+    EXPECT_TRUE(interpreter_.run("help GetDoNotDisturb"));
 
     EXPECT_EQ(telephone_.written, "GetDoNotDisturb: Asks whether do-not-disturb is on.\n"
                                   "  deviceID=                   text; missing: empty\n"
@@ -119,7 +115,7 @@ TEST_F(CommandInterpreterTest, HelpForARequest_TellsItsParametersAndAnswer)
 
 TEST_F(CommandInterpreterTest, HelpForAnEvent_TellsItsElements)
 {
-    interpreter_.run("help CallHeldEvent");
+    EXPECT_TRUE(interpreter_.run("help CallHeldEvent"));
 
     EXPECT_EQ(telephone_.written, "CallHeldEvent: A call is on hold.\n"
                                   "  LineID                      text\n"
@@ -128,12 +124,12 @@ TEST_F(CommandInterpreterTest, HelpForAnEvent_TellsItsElements)
 
 TEST_F(CommandInterpreterTest, RequestsAndEvents_ListTheWholeTables)
 {
-    interpreter_.run("requests");
+    EXPECT_TRUE(interpreter_.run("requests"));
     std::string const requests = telephone_.written;
     telephone_.written.clear();
-    interpreter_.run("events");
+    EXPECT_TRUE(interpreter_.run("events"));
 
-    EXPECT_EQ(std::count(requests.begin(), requests.end(), '\n'), 43);
+    EXPECT_EQ(std::count(requests.begin(), requests.end(), '\n'), static_cast<int>(kRequestCount));
     EXPECT_NE(requests.find("HoldCall Line= CallID= HoldCallReason= Manual=\n"), std::string::npos);
     EXPECT_EQ(std::count(telephone_.written.begin(), telephone_.written.end(), '\n'), 28);
     EXPECT_NE(telephone_.written.find("CallHeldEvent LineID CallID\n"), std::string::npos);
@@ -141,7 +137,7 @@ TEST_F(CommandInterpreterTest, RequestsAndEvents_ListTheWholeTables)
 
 TEST_F(CommandInterpreterTest, EmptyLineAndQuit_AreToldApart)
 {
-    EXPECT_EQ(interpreter_.run("   ").kind, CommandInterpreter::Kind::kNothing);
-    EXPECT_EQ(interpreter_.run("# comment").kind, CommandInterpreter::Kind::kNothing);
-    EXPECT_EQ(interpreter_.run("quit").kind, CommandInterpreter::Kind::kQuit);
+    EXPECT_EQ(interpreter_.run("   ")->kind, CommandInterpreter::Kind::kNothing);
+    EXPECT_EQ(interpreter_.run("# comment")->kind, CommandInterpreter::Kind::kNothing);
+    EXPECT_EQ(interpreter_.run("quit")->kind, CommandInterpreter::Kind::kQuit);
 }

@@ -15,7 +15,7 @@
 #include "telephone/framework/EventDispatcher.h"
 #include "telephone/framework/RequestRunner.h"
 #include "telephone/framework/TelephoneContext.h"
-#include "tests/unit/framework/EventsDouble.h"
+#include "tests/unit/framework/FrameworkDoubles.h"
 
 class ControlsDouble : public telephone::TelephoneControls
 {
@@ -24,15 +24,18 @@ public:
     Rows calls() override { return {}; }
     Rows keys() override { return {"1 line 4711"}; }
     Rows lamps() override { return {"1 off"}; }
-    Refusal press(std::string const& key) override { return note("press " + key); }
-    Refusal release(std::string const& key) override { return note("release " + key); }
-    Refusal hook(bool up) override { return note(up ? "hook up" : "hook down"); }
-    Refusal plug(std::string const& plug, bool in) override { return note("plug " + plug + (in ? " in" : " out")); }
-    Refusal record(std::string const& line, bool on) override
+    telephone::Outcome<> press(std::string const& key) override { return note("press " + key); }
+    telephone::Outcome<> release(std::string const& key) override { return note("release " + key); }
+    telephone::Outcome<> hook(bool up) override { return note(up ? "hook up" : "hook down"); }
+    telephone::Outcome<> plug(std::string const& plug, bool in) override
+    {
+        return note("plug " + plug + (in ? " in" : " out"));
+    }
+    telephone::Outcome<> record(std::string const& line, bool on) override
     {
         return note((on ? "record on " : "record off ") + line);
     }
-    Refusal lock(bool locked) override { return note(locked ? "lock" : "unlock"); }
+    telephone::Outcome<> lock(bool locked) override { return note(locked ? "lock" : "unlock"); }
     std::optional<std::string> lampMode(std::string const& lamp) override
     {
         return lamp == "1" ? std::optional(lampOfKey1) : std::nullopt;
@@ -42,16 +45,22 @@ public:
     {
         return key == "agent-state" ? std::optional<std::string>("ready") : std::nullopt;
     }
-    Refusal set(std::string const& key, std::string const& value) override { return note("set " + key + " " + value); }
+    telephone::Outcome<> set(std::string const& key, std::string const& value) override
+    {
+        return note("set " + key + " " + value);
+    }
 
     std::vector<std::string> asked;
     std::string lampOfKey1 = "off";
 
 private:
-    Refusal note(std::string const& text)
+    telephone::Outcome<> note(std::string const& text)
     {
         asked.push_back(text);
-        return text == "press 99" ? Refusal("no key 99") : Refusal();
+        if (text == "press 99") {
+            return telephone::refuse(telephone::RefusalKind::kNotFound, "no key 99");
+        }
+        return {};
     }
 };
 

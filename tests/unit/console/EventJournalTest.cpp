@@ -16,8 +16,8 @@ std::string retrieved(int callID)
     return "<Method>CallRetrievedEvent</Method><LineID>4711</LineID><CallID>" + std::to_string(callID) + "</CallID>";
 }
 
-EventPattern const kAnyHeld(splitWords("CallHeldEvent"), 0);
-EventPattern const kAnyRetrieved(splitWords("CallRetrievedEvent"), 0);
+EventPattern const kAnyHeld = EventPattern::parse({"CallHeldEvent"}, 0).value();
+EventPattern const kAnyRetrieved = EventPattern::parse({"CallRetrievedEvent"}, 0).value();
 
 }  // namespace
 

@@ -2,25 +2,19 @@
 
 #include <gtest/gtest.h>
 
-#include "telephone/console/CommandError.h"
-
 using namespace telephone;
 
 namespace {
 
 EventPattern pattern(std::string const& text)
 {
-    return EventPattern(splitWords(text), 0);
+    return EventPattern::parse(splitWords(text).value(), 0).value();
 }
 
 std::string refusalOfPattern(std::string const& text)
 {
-    try {
-        pattern(text);
-        return "accepted";
-    } catch (CommandError const& error) {
-        return error.what();
-    }
+    auto const parsed = EventPattern::parse(splitWords(text).value(), 0);
+    return parsed ? "accepted" : parsed.error().reason;
 }
 
 constexpr char const* kHeld = "<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>1</CallID>";

@@ -109,7 +109,7 @@ TEST_F(ScriptPlayerTest, Values_AreReplacedInRequestsAsTheyStand)
 TEST_F(ScriptPlayerTest, Value_ThatNoEventHad_IsRefused)
 {
     EXPECT_EQ(failureOf("AnswerCall CallID={CallID}\n"), "error    test.script:1: AnswerCall CallID={CallID}: "
-                                                         "no wait before took an event with an element CallID");
+                                                         "no earlier wait took an event with an element CallID");
 }
 
 TEST_F(ScriptPlayerTest, Wait_ForAnEventThatDoesNotCome_FailsWithWhatCame)
@@ -159,8 +159,9 @@ TEST_F(ScriptPlayerTest, WrongSteps_AreRefusedWithTheirForm)
               "[within SECONDS]");
     EXPECT_EQ(failureOf("wait CallHoldEvent\n"),
               "error    test.script:1: wait CallHoldEvent: no event CallHoldEvent (did you mean CallHeldEvent?)");
-    EXPECT_EQ(failureOf("wait CallHeldEvent within soon\n"),
-              "error    test.script:1: wait CallHeldEvent within soon: \"soon\" is no number of seconds (0 to 86400)");
+    EXPECT_EQ(
+        failureOf("wait CallHeldEvent within soon\n"),
+        "error    test.script:1: wait CallHeldEvent within soon: \"soon\" is not a number of seconds from 0 to 86400");
     EXPECT_EQ(failureOf("never CallHeldEvent\n"),
               "error    test.script:1: never CallHeldEvent: write it as: never EVENT within SECONDS");
     EXPECT_EQ(failureOf("pause\n"), "error    test.script:1: pause: write it as: pause SECONDS");

@@ -1,4 +1,4 @@
-// The writer of events and answers: how much it asks for before it writes.
+// The writer of events and answers: the room it allocates before it writes.
 #include "src/Elements.h"
 
 #include <limits>

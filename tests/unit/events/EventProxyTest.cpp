@@ -1,4 +1,4 @@
-// The event proxy as an object: its binding, its channel, and what single values become.
+// The event proxy as an object: its binding, its channel, and the texts of single values.
 #include <atomic>
 #include <cstring>
 #include <locale>
@@ -207,7 +207,7 @@ TEST_F(EventProxy, UnusedEvent_IsNotSent)
     EXPECT_TRUE(request.messages.empty());
 }
 
-// Groups digits in threes, as some places write numbers.
+// Groups digits in threes, as some locales write numbers.
 class Grouping : public std::numpunct<char>
 {
 protected:

@@ -1,5 +1,4 @@
-// Every event of tests/golden/events.json: the operation is called with the arguments, the message must be the written
-// one.
+// Every event of tests/golden/events.json: the operation called with the arguments must send the given message.
 #include <algorithm>
 #include <cstring>
 #include <fstream>
@@ -20,7 +19,7 @@
 namespace {
 using nlohmann::json;
 
-// One argument, as whatever the operation's parameter is.
+// One argument, converted to the type of the operation's parameter.
 class Argument
 {
 public:
@@ -239,7 +238,7 @@ TEST(GoldenEvents, HoldEveryDescribedEventInOrder)
     EXPECT_EQ(written, described);
 }
 
-// The elements of a message whose values hold no tags, as names and values; what follows them is named "Body".
+// The elements of a message whose values contain no tags, as names and values; the text after them is named "Body".
 std::vector<std::pair<std::string, std::string>> elementsOf(std::string const& message)
 {
     std::vector<std::pair<std::string, std::string>> elements;
@@ -278,7 +277,7 @@ TEST(GoldenEvents, CarryTheDescribedElementsInOrder)
     }
 }
 
-// The kinds of a row show in the arguments: a text is written as a text, a number as a number, a flag as a truth value.
+// The kinds of a row match the JSON types of the arguments: text, number, truth value.
 TEST(GoldenEvents, TakeTheDescribedKindsOfValues)
 {
     for (std::size_t index = 0; index < kEventCount; ++index) {

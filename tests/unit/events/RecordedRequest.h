@@ -1,4 +1,4 @@
-// A proxy request that keeps what it is told.
+// A proxy request that records its calls.
 #pragma once
 
 #include <string>

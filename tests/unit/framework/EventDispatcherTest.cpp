@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "EventsDouble.h"
+#include "FrameworkDoubles.h"
 
 using telephone::EventDispatcher;
 

@@ -4,11 +4,12 @@
 
 #include <gtest/gtest.h>
 
-#include "EventsDouble.h"
+#include "FrameworkDoubles.h"
 #include "platform/framework/Invoker.h"
 #include "platform/framework/InvokerResponse.h"
 #include "platform/framework/SvcRTEContext.h"
 #include "telephone/framework/Channel.h"
+#include "telephone/framework/Refusals.h"
 
 using namespace telephone;
 
@@ -94,4 +95,28 @@ TEST_F(RequestRunnerTest, Run_OfAnInvokerThatThrows_IsAnsweredWithFailure)
 
     EXPECT_EQ(outcome.answer, "sfiFailure");
     EXPECT_TRUE(outcome.finished);
+}
+
+TEST_F(RequestRunnerTest, Run_CollectsTheRefusalsOfTheRequest)
+{
+    Refusal const refusal{RefusalKind::kNotFound, "line 4711 has no call 7"};
+    invoker_.act = [&](InvokerResponse& response) {
+        reportRefusal("calls", refusal);
+        response.sendResponse("sfiFailure", 10);
+        response.finish();
+    };
+
+    auto const reply = runner_.run(channel_, "x");
+
+    EXPECT_EQ(reply.answer, "sfiFailure");
+    EXPECT_EQ(reply.refusals, std::vector<Refusal>{refusal});
+}
+
+TEST_F(RequestRunnerTest, Run_OfARequestWithoutRefusals_HasNoneOfTheOneBefore)
+{
+    invoker_.act = [](InvokerResponse&) { reportRefusal("calls", {RefusalKind::kLimit, "100 calls are in progress"}); };
+    runner_.run(channel_, "x");
+    invoker_.act = [](InvokerResponse&) {};
+
+    EXPECT_EQ(runner_.run(channel_, "x").refusals, std::vector<Refusal>{});
 }

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "EventsDouble.h"
+#include "FrameworkDoubles.h"
 
 using telephone::TimerService;
 using namespace std::chrono_literals;

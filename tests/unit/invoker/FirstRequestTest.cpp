@@ -1,4 +1,4 @@
-// The invoker remembers the type of the first executable that comes in a process, so this test has one of its own.
+// The invoker remembers the type of the first executable in a process, so this test has a process of its own.
 #include <string>
 #include <vector>
 

@@ -1,4 +1,4 @@
-// Every exchange of tests/golden/requests.json: the request goes in, the call and the answer must be the written ones.
+// Every exchange of tests/golden/requests.json: the request must make the given call and bring the given answer.
 #include <algorithm>
 #include <cctype>
 #include <fstream>
@@ -8,14 +8,15 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include "CallRecord.h"
 #include "CommunicationsServiceRequests.h"
 #include "RecordedResponse.h"
-#include "RecordedService.h"
 #include "src/CommunicationsServiceInvoker.h"
 #include "tests/doubles/CurrentDouble.h"
 #include "tests/doubles/LogDouble.h"
 #include "tests/doubles/MockFrameworkContext.h"
 #include "tests/doubles/MockProxy.h"
+#include "tests/doubles/ObservedService.h"
 
 using testing::NiceMock;
 using testing::Return;
@@ -62,17 +63,17 @@ TEST_P(GoldenRequest, MakesTheWrittenCallAndAnswersTheWrittenText)
     NiceMock<MockProxy> proxy;
     NiceMock<MockFrameworkContext> context;
     ON_CALL(context, findProxy("CommunicationsServiceEventIfc", "channel-1")).WillByDefault(Return(&proxy));
-    RecordedService service;
-    service.eventProxy = &proxy;
+    ObservedService<CallRecord> service;
+    service.observer.eventProxy = &proxy;
     service.result = exchange.at("result").is_null() ? 0 : exchange.at("result").get<int>();
-    service.outputs = exchange.value("outputs", nlohmann::json::array());
+    service.observer.outputs = exchange.value("outputs", nlohmann::json::array());
     RecordedResponse response;
     CommunicationsServiceInvoker invoker;
     invoker.initInvoker(&context);
 
     invoker.handleMessage(&service, request.c_str(), static_cast<int>(request.size()), &response);
 
-    EXPECT_EQ(service.calls, nlohmann::json::array({exchange.at("call")}));
+    EXPECT_EQ(service.observer.calls, nlohmann::json::array({exchange.at("call")}));
     std::vector<std::string> expected;
     if (!exchange.at("answer").is_null()) {
         expected.push_back("answer " + exchange.at("answer").get<std::string>());

@@ -1,4 +1,4 @@
-// What the invoker does around a request: choosing the handler, answering, finishing, logging.
+// The invoker's work around a request: choosing the handler, answering, finishing, logging.
 #include <atomic>
 #include <memory>
 #include <string>
@@ -264,7 +264,7 @@ TEST_F(TheInvoker, Executable_ThatIsNoService_IsAnsweredWithFailure)
     handle(&other, "<Method>Activate</Method>");
 }
 
-// Its interface lies at another place than that of the ordinary service.
+// Its interface has another offset than that of the ordinary service.
 class DistantService : public StrictMock<MockExecutable>, public StrictMock<MockProxy>, public MockCommunicationsService
 {};
 
@@ -366,7 +366,7 @@ TEST_F(TheInvoker, Outputs_ThatTheServiceLeavesAlone_AreZeroAndEmpty)
 
 TEST_F(TheInvoker, CstaBody_OfATextShorterThanSixCharacters_IsEmpty)
 {
-    // The method stands behind a NUL, so the text that the body is taken from has five characters.
+    // The method follows a NUL, so the text from which the body is taken has five characters.
     std::string const request = "abcde\0<Method>SendCSTARequest</Method>"s;
     EXPECT_CALL(service, SendCSTARequest("", "")).WillOnce(Return(sfiSuccess));
     expectAnswerAndFinish("sfiSuccess");
@@ -504,7 +504,7 @@ TEST_F(TheInvoker, Log_ComesBeforeTheCallAndBeforeTheAnswer)
     handle("<Method>Activate</Method>");
 }
 
-// Counts without a lock of its own: a request writes to nothing that another one could see.
+// Counts without a lock: requests share no state.
 class AtomicResponse : public InvokerResponse
 {
 public:

@@ -31,10 +31,10 @@ INSTANTIATE_TEST_SUITE_P(
                     Pair{"a=1::b=22", "", "", 0}, Pair{"", "a", "", 0}, Pair{"", "", "", 0}, Pair{"=1", "", "", 0},
                     Pair{":::a=1", "a", "1", 1}, Pair{"a=1:::", "a", "1", 1}, Pair{":::", "a", "", 0},
                     Pair{"a=", "a", "", 0}, Pair{"a", "a", "", 0}, Pair{"a:=1", "a", "", 0}, Pair{"A=1", "a", "", 0},
-                    // the key stands anywhere in the pair, the cut is made at its front
+                    // the key may be anywhere in the pair; the cut is made at its front
                     Pair{"a=7", "a", "7", 7}, Pair{"xa=7", "a", "=7", 0}, Pair{"xxa=7", "a", "a=7", 0},
                     Pair{"b=a=7", "a", "a=7", 0}, Pair{"long=1:g=2", "g", "ng=1", 0},
-                    // the first pair that holds it wins
+                    // the first pair that contains it applies
                     Pair{"a=1:a=2", "a", "1", 1}, Pair{"xa=1:a=2", "a", "=1", 0}, Pair{"a=-12", "a", "-12", -12},
                     Pair{"a= 12x", "a", " 12x", 12}, Pair{"a=x", "a", "x", 0}, Pair{"a=b=c", "a", "b=c", 0},
                     Pair{"a=1", "a=1", "", 0}, Pair{"a=b=1", "a=b", "1", 1},

@@ -1,4 +1,4 @@
-// A response that writes down what it is told, in order.
+// A response that records its calls, in order.
 #pragma once
 
 #include <string>

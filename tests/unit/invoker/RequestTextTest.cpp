@@ -91,7 +91,7 @@ TEST(RequestText, Value_InATextOfMoreElementsThanAreKept_IsFoundAllTheSame)
     EXPECT_EQ(RequestText(elements(15) + "<b>2<</b>").value("b"), "2<");
 }
 
-// The comparison is made anew for every length that a name has.
+// The comparison is a template of the length of the name.
 template <std::size_t kLength>
 void findNameOfLength()
 {
@@ -110,7 +110,7 @@ void findNameOfLength()
     EXPECT_EQ(RequestText("<" + text + ">1<x" + text + "></" + text + ">").value(name), "1<x" + text + ">");
     EXPECT_EQ(RequestText("<" + text + ">1</" + text).value(name), std::nullopt);
     EXPECT_EQ(RequestText("<" + text).value(name), std::nullopt);
-    // What follows the view in memory is none of its business.
+    // It must not read past the view.
     std::string const whole = element(text, "1");
     EXPECT_EQ(RequestText(std::string_view(whole).substr(0, whole.size() - 1)).value(name), std::nullopt);
     EXPECT_EQ(RequestText("<").value(name), std::nullopt);

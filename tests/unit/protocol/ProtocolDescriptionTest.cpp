@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include "CommunicationsServiceRequests.h"
+
 namespace telephone {
 namespace {
 
@@ -77,7 +79,7 @@ TEST(ProtocolDescription, Describe_OfARequestWithABody_ShowsItInTheSample)
                     If missing, empty: the first line.
                     If wrong, unknown line: refused.
   Body              everything after </Line>, usually XML; required
-                    The message, as the server is to get it.
+                    The message; sent unchanged.
                     If missing, empty: refused.
                     If wrong, without </Line> the first six characters of the request are cut off,
                     and the rest is the body.
@@ -121,8 +123,8 @@ TEST(ProtocolDescription, Describe_OfAnEventThatIsNotDelivered_SaysSo)
     EXPECT_EQ(textOf("csCommunicationsServiceEvent"), R"(csCommunicationsServiceEvent: event
   Carries nothing.
 
-  When              Never arrives: the service does not deliver it. Applications see the other 28
-                    events at most.
+  When              Never arrives: the service does not deliver it. Applications receive at most the
+                    other 28 events.
 )");
 }
 
@@ -219,8 +221,9 @@ TEST(ProtocolDescription, Overview_HasALineForEverything)
     std::string const text = description().overview();
 
     EXPECT_EQ(text.substr(0, text.find('\n')), "The protocol of telephone 1.0.0");
-    // 43 requests, 29 events, 30 enumerations, a command; a title and four headings with a blank line before each.
-    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 43 + 29 + 30 + 1 + 1 + 4 * 2);
+    // A line each and a command; a title and four headings with a blank line before each.
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'),
+              kRequestCount + kEventCount + kEnumerationCount + 1 + 1 + 4 * 2);
     EXPECT_NE(text.find("\n  HoldCall                              Puts a call on hold.\n"), std::string::npos);
     EXPECT_NE(text.find("\n  press KEY                             presses a key, by number, label or function\n"),
               std::string::npos);
@@ -231,9 +234,9 @@ TEST(ProtocolDescription, Json_HoldsEverything)
     auto const document = nlohmann::json::parse(description().json());
 
     EXPECT_EQ(document.at("telephone"), "1.0.0");
-    EXPECT_EQ(document.at("requests").size(), 43U);
-    EXPECT_EQ(document.at("events").size(), 29U);
-    EXPECT_EQ(document.at("enumerations").size(), 30U);
+    EXPECT_EQ(document.at("requests").size(), kRequestCount);
+    EXPECT_EQ(document.at("events").size(), kEventCount);
+    EXPECT_EQ(document.at("enumerations").size(), kEnumerationCount);
     EXPECT_EQ(document.at("commands"),
               nlohmann::json::parse(
                   R"([{"name": "press", "arguments": "KEY", "help": "presses a key, by number, label or function"}])"));
@@ -310,7 +313,7 @@ TEST(ProtocolDescription, Json_OfAnEvent_IsComplete)
   "name": "held",
   "sent_by": "this telephone",
   "meaning": "A call is on hold.",
-  "when": "Sent when the far end has agreed to the hold, also if the telephone itself held the call to let another one be active. Held conferences report it for both calls.",
+  "when": "Sent when the far end has agreed to the hold, even if the telephone itself held the call to let another one be active. Held conferences report it for both calls.",
   "elements": [
     {
       "tag": "LineID",

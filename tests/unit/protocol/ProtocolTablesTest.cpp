@@ -1,6 +1,5 @@
 // The tables in include/ against the golden texts, and against what the tables promise their readers.
 #include <fstream>
-#include <iterator>
 #include <map>
 #include <string>
 #include <vector>
@@ -69,14 +68,7 @@ std::string restOf(std::string text, EventDescription const& event)
     return text;
 }
 
-TEST(ProtocolTables, HoldEveryRequestEventAndEnumeration)
-{
-    EXPECT_EQ(std::size(kRequestDescriptions), 43U);
-    EXPECT_EQ(std::size(kEventDescriptions), 29U);
-    EXPECT_EQ(std::size(kEnumerations), 30U);
-}
-
-TEST(ProtocolTables, TwentyEightEventsAreDeliveredAndTwentyFourAreSentByThisTelephone)
+TEST(ProtocolTables, EveryEventButFiveIsSentByThisTelephone)
 {
     std::map<EventSource, std::string> names;
     for (auto const& event : kEventDescriptions) {
@@ -171,7 +163,7 @@ TEST(ProtocolTables, SamplesOfTheRequestsWithABody_EndWithIt)
 TEST(ProtocolTables, GoldenEvents_ConsistOfTheElementsOfTheirRowsInOrder)
 {
     json const events = golden("events.json");
-    ASSERT_EQ(events.size(), 29U);
+    ASSERT_EQ(events.size(), kEventCount);
     for (std::size_t row = 0; row < events.size(); ++row) {
         EventDescription const& description = kEventDescriptions[row];
         EXPECT_EQ(events[row].at("operation"), description.operation);
@@ -203,7 +195,7 @@ std::vector<std::string> tagsOf(std::string const& request)
 TEST(ProtocolTables, GoldenRequests_HaveTheParametersOfTheirRows)
 {
     json const requests = golden("requests.json");
-    ASSERT_EQ(requests.size(), 43U);
+    ASSERT_EQ(requests.size(), kRequestCount);
     for (std::size_t row = 0; row < requests.size(); ++row) {
         RequestDescription const& description = kRequestDescriptions[row];
         std::string expected = "Method ";

@@ -38,7 +38,7 @@ protected:
             .WillOnce(DoAll(SetArgReferee<1>(baseURI), SetArgReferee<2>(index)));
     }
 
-    // The line has this number and, with configuration, primary value 4.
+    // A line with this number and, with configuration, primary value 4.
     void lineIs(int lineID, bool withData = true)
     {
         EXPECT_CALL(line_, getLineID()).WillRepeatedly(Return(static_cast<unsigned char>(lineID)));

@@ -1,4 +1,4 @@
-// Every call operation: its record, its lock, what it calls with which arguments, its result and its log line.
+// Every call operation: its record, its lock, its call with all arguments, its result and its log line.
 #include "CallsTest.h"
 
 void CallsTest::SetUp()

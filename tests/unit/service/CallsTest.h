@@ -8,13 +8,13 @@ class CallsTest : public ServiceTest
 protected:
     void SetUp() override;
 
-    // The record is built, and the call takes its appearance, at this point of the sequence.
+    // Expects at this point of the sequence that the record is built and the call takes its appearance.
     void expectRecordBuilt(int callID);
     void expectLocked();
     void expectUnlocked();
-    // The dial plan answers for a number at this point of the sequence.
+    // Expects at this point of the sequence that the dial plan is asked about a number.
     void expectNumberAsked(std::string const& number, std::string const& answer);
-    // What is logged: the entry, and the record.
+    // The expected log lines: the entry, and the record.
     static std::vector<std::string> logOf(std::string const& entry, int callID);
     void withoutDialPlan();
 };

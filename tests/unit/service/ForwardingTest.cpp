@@ -1,4 +1,4 @@
-// Call forwarding: reading a rule, setting one, publishing it, clearing all.
+// Call forwarding: reading, setting and publishing a rule, and clearing all rules.
 #include "PublicationTest.h"
 
 namespace {

@@ -1,4 +1,4 @@
-// Line keys, direct-station-select keys and busy-lamp fields: what is looked up, under which lock, and what is pressed.
+// Line keys, direct-station-select keys and busy-lamp fields: the look-ups, the locks, and the presses.
 #include "ServiceTest.h"
 
 namespace {
@@ -135,7 +135,7 @@ protected:
         EXPECT_CALL(station_, getLineState()).WillOnce(Return(static_cast<ELineState>(state)));
     }
 
-    // The press goes to the line that the key names.
+    // Expects the press of the key's line.
     void expectPassedOn(int context)
     {
         expectTeamLockTaken();

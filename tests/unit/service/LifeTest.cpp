@@ -8,7 +8,7 @@ namespace {
 class LifeTest : public ServiceTest
 {
 protected:
-    // Everything that init does, in its order, on a telephone that has it all.
+    // Expects everything that init does, in order, on a telephone with every interface.
     void expectWiring();
     MgmtAgentIfc* agent() { return service_.get(); }
     Executable* executable() { return service_.get(); }

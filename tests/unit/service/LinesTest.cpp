@@ -1,4 +1,4 @@
-// How a line is presented, what is answered for a line that is missing, and what is only handed on.
+// The presentation of lines, the answers for a missing line, and operations that are only passed on.
 #include "ServiceTest.h"
 
 namespace {

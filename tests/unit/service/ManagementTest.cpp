@@ -1,4 +1,4 @@
-// Management data: what passes, what the call server holds, and the items of the agent cockpit.
+// Management data: items that pass, items that the call server holds, and the items of the agent cockpit.
 #include "ServiceTest.h"
 
 namespace {

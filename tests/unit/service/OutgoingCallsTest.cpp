@@ -1,4 +1,4 @@
-// Calls that go out: made, for consultation, to pick up. What may stop them, and what goes to call control.
+// Outgoing calls: ordinary, consultation and pickup calls; the obstacles, and what is passed to the call control.
 #include "CallsTest.h"
 
 namespace {
@@ -16,7 +16,7 @@ protected:
         EXPECT_CALL(sfi_, IsPhoneLocked()).WillRepeatedly(Return(false));
     }
 
-    // Appearances have to be reserved, and the line is busy.
+    // The server requires reserved appearances, and the line is busy.
     void reservationNeeded(bool succeeds)
     {
         ON_CALL(configuration_, serverType()).WillByDefault(Return(7));

@@ -1,4 +1,4 @@
-// Subscription to keys and functions, their presses, and plugs.
+// Subscription to keys and functions, key presses, and plugs.
 #include "ServiceTest.h"
 
 namespace {

@@ -1,9 +1,9 @@
-// Settings on their way to the configuration store: what is written, in which order, and what holds meanwhile.
+// Publication of settings to the configuration store: the writes, their order, and the state meanwhile.
 #pragma once
 
 #include "ServiceTest.h"
 
-// Management data of exactly one item.
+// Matches management data of exactly one item.
 MATCHER_P2(HoldsOnly, key, value, "")
 {
     DxlCollection ids;
@@ -23,7 +23,7 @@ protected:
         EXPECT_CALL(sfi_, ApplyManageableData(_, false)).WillRepeatedly(Return(1));
     }
 
-    // One write at this point of the sequence, during which the service is publishing.
+    // Expects one write at this point of the sequence, during which the service is publishing.
     void expectWritten(std::string const& key, std::string const& value, int answer = 1)
     {
         EXPECT_CALL(localMgmt_, setManageableData(HoldsOnly(key, value))).WillOnce([this, answer](auto&) {
@@ -32,7 +32,7 @@ protected:
         });
     }
 
-    // Told from outside: while the service publishes, data that the call server holds passes its filter.
+    // Observed from outside: while the service publishes, data that the call server holds passes its filter.
     bool isPublishing()
     {
         ON_CALL(configuration_, serverBasedFeaturesEnabled()).WillByDefault(Return(true));
@@ -43,7 +43,7 @@ protected:
         return passed;
     }
 
-    // The keyset handles calls; its present user is that of line 4711, and "4711:2" is an appearance of it.
+    // An active keyset whose present user has line 4711; "4711:2" is an appearance of that line.
     void isMultiUserKeyset()
     {
         keysetIsActive(true);

@@ -1,5 +1,5 @@
-// Every operation that traces, with the trace switched off: each asks once for each of its lines and writes none but
-// its failures. The mocks allow everything here; what the operations call is for the other tests.
+// Every operation that traces, with the trace switched off: each queries the level once for each line and writes only
+// its failures. The mocks allow everything here; other tests check the calls.
 #include <functional>
 
 #include "ServiceTest.h"

@@ -41,7 +41,7 @@ void ServiceTest::TearDown()
         asked.push_back(level);
     }
     if (log_.level() >= 6) {
-        EXPECT_EQ(traces, asked) << "a trace asks once whether it is wanted, a failure does not ask";
+        EXPECT_EQ(traces, asked) << "a trace queries its level once, a failure does not";
     }
 }
 

@@ -1,6 +1,6 @@
-// The service among mocks of everything it calls. What a test does not expect must not happen: the mocks are strict,
-// but for plain reads of the configuration. Whatever a test does, its log lines bear the service's name, and each trace
-// asked exactly once whether it is wanted.
+// The service among mocks of everything it calls. The mocks are strict, except for plain reads of the configuration: a
+// call that a test does not expect fails it. In every test the log lines bear the service's name, and each trace
+// queries its level exactly once.
 #pragma once
 
 #include <memory>
@@ -50,11 +50,11 @@ protected:
 
     void TearDown() override;
 
-    // Initialises the service with every interface found, and forgets all that happened meanwhile.
+    // Initialises the service with every interface found, and forgets the calls and lines of that.
     void initialise();
     void forgetExpectations();
 
-    // The kind of telephone, for as long as the test does not say otherwise.
+    // The default kind of telephone.
     void isSingleLinePhone();
     void isKeyset();
     void keysetIsActive(bool active);
@@ -62,12 +62,12 @@ protected:
     // A line as the line manager finds it. Its configuration is `data_`.
     void lineExists(std::string const& lineURI, MockLine& line, int lineID);
 
-    // Sequence of the locks of the service.
+    // Expects the service's locks in the sequence.
     void expectTeamLockTaken();
     void expectTeamLockGiven();
     void expectPublicationLockTaken();
     void expectPublicationLockGiven();
-    // Under the log of a test of order.
+    // Adds the log lines to a test of order.
     void listenToLog();
 
     StrictMock<MockCSfi> sfi_;

@@ -1,5 +1,5 @@
-// Several threads in the service at once. The platform here is hand-made: it keeps state only where the test looks at
-// it, so that a race is one of the service.
+// Several threads in the service at once. The platform here is written by hand: it keeps state only where the test
+// needs it, so that every race is in the service.
 #include <atomic>
 #include <latch>
 #include <thread>
@@ -19,7 +19,7 @@ using testing::Return;
 
 constexpr int kRounds = 500;
 
-// A store that tells the agent of each write before it answers, on the writing thread, as the real one may.
+// A store that tells the agent of each write before it returns, on the writing thread, as the real one may.
 class Store : public Executable, public LocalMgmtIfc
 {
 public:
@@ -33,7 +33,7 @@ public:
         ++writes_;
         ++writersInside_;
         EXPECT_EQ(writersInside_, 1);
-        EXPECT_EQ(agent_->setData(data), 1) << "what the service publishes passes its own filter";
+        EXPECT_EQ(agent_->setData(data), 1) << "the service's own publications pass its filter";
         --writersInside_;
         return 1;
     }

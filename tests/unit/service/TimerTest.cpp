@@ -1,4 +1,4 @@
-// Timer expiries: the service's own one, and everybody's.
+// Timer expiries: of the service's own timer, and of all others.
 #include "ServiceTest.h"
 
 namespace {

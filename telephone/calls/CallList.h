@@ -1,0 +1,84 @@
+// The telephone's calls, in the order in which they began: makes them, finds them, and keeps ended ones alive until the
+// running callback has returned. Owned by CallEngine.
+//
+// Operations on snapshots and ids may be called from any thread and take the phone lock; those on Call objects are
+// called with the lock held.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "telephone/base/Refusal.h"
+#include "telephone/calls/AudioTap.h"
+#include "telephone/calls/Call.h"
+#include "telephone/calls/CallObservers.h"
+#include "telephone/calls/CallSnapshot.h"
+#include "telephone/calls/HeardRecorder.h"
+#include "telephone/media/AudioSources.h"
+#include "telephone/sip/Timer.h"
+
+namespace telephone {
+
+struct EngineConfiguration;
+
+class CallList
+{
+public:
+    // Throws std::runtime_error when a sound file cannot be read or written.
+    CallList(Call::Surroundings const& surroundings, EngineConfiguration const& configuration,
+             CallObservers const& observers);
+    ~CallList();
+    CallList(CallList const&) = delete;
+    CallList& operator=(CallList const&) = delete;
+
+    // --- any thread
+    std::vector<CallSnapshot> calls() const;
+    std::optional<CallSnapshot> call(int callID) const;
+    // The call that is heard and spoken in now.
+    std::optional<CallSnapshot> activeCall() const;
+    // A free call id for a call that a key makes: 1001 upwards, never one of a Bluetooth device (10000 to 10500).
+    int freeCallID();
+    // Ends, cancels or refuses the call, as its state requires.
+    [[nodiscard]] Outcome<> clear(int callID, CSTAEventCause cause = CSTAEventCauseNormalClearing);
+    // The tap hears the call until it is removed or the call ends. False: there is no such call.
+    bool addTap(int callID, AudioTap& tap);
+    void removeTap(int callID, AudioTap& tap);
+    void setMicrophoneMute(bool mute);
+    bool microphoneMute() const;
+
+    // --- lock held
+    std::vector<std::unique_ptr<Call>> const& all() const { return calls_; }
+    Call* find(int callID) const;
+    // Connected, and not held by this telephone.
+    std::vector<Call*> speaking(Call const* besides = nullptr) const;
+    // The other call of the conference that this one is in; null: none.
+    Call* otherInConference(Call const& call) const;
+    bool hasCallOnLine(int lineNumber) const;
+    bool isFull() const { return calls_.size() >= maximum_; }
+    std::size_t maximum() const { return maximum_; }
+    // Makes a call that is not in the list yet; its maker adds it once it has begun.
+    std::unique_ptr<Call> make(int callID, LineAddress const& line, bool incoming) const;
+    Call& add(std::unique_ptr<Call> call);
+    // Takes an ended call out of the list.
+    void remove(Call const& call);
+    void endAll();
+
+private:
+    Call::Surroundings const& surroundings_;
+    CallObservers const& observers_;
+    std::size_t const maximum_;
+    AudioSources sources_;
+    std::unique_ptr<HeardRecorder> heard_;  // null: what is heard is not written
+    std::vector<std::unique_ptr<Call>> calls_;
+    std::vector<std::unique_ptr<Call>> ended_;  // until the running callback has returned
+    sip::Timer burial_;
+    sip::Timer quiet_;  // since the last call ended
+    int lastCallID_;
+    bool muted_ = false;
+};
+
+// The refusal of an operation on a call that does not exist.
+tl::unexpected<Refusal> noSuchCall(int callID);
+
+}  // namespace telephone

@@ -1,0 +1,250 @@
+#include "telephone/calls/JoinedCalls.h"
+
+#include <algorithm>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+#include "CommunicationsServiceEventIfc.h"
+#include "telephone/calls/ConferenceDocument.h"
+#include "telephone/calls/LogComponent.h"
+#include "telephone/framework/Log.h"
+#include "telephone/framework/Refusals.h"
+#include "telephone/sip/EventLoop.h"
+
+namespace telephone {
+
+JoinedCalls::JoinedCalls(sip::UserAgent& agent, LineDirectory const& lines, EventPoster const& post, CallList& calls,
+                         EstablishedCalls& established)
+    : agent_(agent)
+    , lines_(lines)
+    , post_(post)
+    , calls_(calls)
+    , established_(established)
+{}
+
+// --- transfer
+
+Outcome<> JoinedCalls::blindTransfer(int callID, std::string const& destination)
+{
+    std::lock_guard const guard(agent_.loop());
+    Call* const call = calls_.find(callID);
+    if (call == nullptr) {
+        return noSuchCall(callID);
+    }
+    auto const target = lines_.accountOfLine(call->line().lineNumber).and_then([&](LineAccount const& line) {
+        return callTarget(destination, line.account);
+    });
+    if (!target) {
+        return tl::unexpected(target.error());
+    }
+    return call->transfer(sfiFeatureBlindTransfer, *target, std::nullopt);
+}
+
+Outcome<> JoinedCalls::attendedTransfer(int callID)
+{
+    std::lock_guard const guard(agent_.loop());
+    Call* const call = calls_.find(callID);
+    if (call == nullptr) {
+        return noSuchCall(callID);
+    }
+    Call* const other = partnerOf(*call);
+    if (other == nullptr) {
+        return refuse(RefusalKind::kWrongState,
+                      fmt::format("call {} cannot be transferred: there is no other call to transfer it to", callID));
+    }
+    // A party that is still ringing has no dialog to replace: the transferred party calls it anew.
+    bool const rings = !other->isEstablished();
+    std::string const contact = rings ? other->target() : other->session()->remoteContact();
+    auto const replaces = rings ? std::nullopt : std::optional(other->session()->dialogId().replaces());
+    if (auto asked = call->transfer(sfiFeatureAttendedTransfer, contact, replaces); !asked) {
+        return asked;
+    }
+    if (rings) {
+        other->end({sfiCallStateIdle, sfiReasonTransferred});
+        return {};
+    }
+    transferPeers_[callID] = other->id();
+    other->beginTransferring();
+    return {};
+}
+
+// The call that speaks, else one that is ringing at its far end, else the one held last.
+Call* JoinedCalls::partnerOf(Call const& call) const
+{
+    std::vector<Call*> candidates = calls_.speaking(&call);
+    for (auto const& other : calls_.all()) {
+        if (other.get() != &call && other->state() == sfiCallStateRemoteRinging) {
+            candidates.push_back(other.get());
+        }
+    }
+    auto const& held = established_.holdOrder();
+    std::transform(held.rbegin(), held.rend(), std::back_inserter(candidates),
+                   [this](int callID) { return calls_.find(callID); });
+    auto const usable = std::find_if(candidates.begin(), candidates.end(), [&call](Call const* other) {
+        return other != nullptr && other != &call && other->state() != sfiCallStateTransferring;
+    });
+    return usable == candidates.end() ? nullptr : *usable;
+}
+
+void JoinedCalls::transferRequested(Call& call, std::unique_ptr<sip::Transfer> transfer)
+{
+    auto line = lines_.accountOfLine(call.line().lineNumber);
+    if (!line || !call.isEstablished()) {
+        transfer->reject(603, "Decline");
+        return;
+    }
+    sip::CallRequest request;
+    request.account = std::move(line->account);
+    request.target = transfer->target();
+    request.replaces = transfer->replaces();
+    request.referredBy = transfer->referredBy();
+    log(kLogInfo, kComponent, "call {}: the far end transfers it to {}", call.id(), request.target);
+    auto const followed =
+        transfer->accept().and_then([&] { return call.replaceWithCall(agent_, request, std::move(transfer)); });
+    reportIfRefused(kComponent, followed);
+}
+
+Call* JoinedCalls::takePeer(Call const& call)
+{
+    auto const peer = transferPeers_.extract(call.id());
+    return peer ? calls_.find(peer.mapped()) : nullptr;
+}
+
+void JoinedCalls::transferEnded(Call& call, int status)
+{
+    Call* const other = takePeer(call);
+    for (Call* const each : {&call, other}) {
+        if (each == nullptr) {
+            continue;
+        }
+        if (status < 300) {
+            each->end({sfiCallStateIdle, sfiReasonTransferred});
+        } else {
+            each->endTransferring();
+        }
+    }
+}
+
+void JoinedCalls::callEnded(Call const& call)
+{
+    endConferenceOfOne();
+    if (Call* const other = takePeer(call)) {
+        other->endTransferring();
+    }
+}
+
+void JoinedCalls::replaceCall(std::unique_ptr<sip::Session> session)
+{
+    sip::Replaces const wanted = *session->invitation().replaces;
+    auto const found = std::find_if(calls_.all().begin(), calls_.all().end(), [&wanted](auto const& call) {
+        return call->session() != nullptr && call->session()->dialogId().matches(wanted);
+    });
+    bool const early = found != calls_.all().end() && !(*found)->isEstablished();
+    if (found == calls_.all().end() || (early && (*found)->snapshot().incoming)) {
+        session->reject(481, "Call/Transaction Does Not Exist");
+        return;
+    }
+    if (wanted.earlyOnly && !early) {
+        session->reject(486, "Busy Here");
+        return;
+    }
+    Call& call = **found;
+    log(kLogInfo, kComponent, "call {} continues with {}", call.id(), displayUri(session->invitation().caller()));
+    reportIfRefused(kComponent, call.replaceWith(std::move(session)));
+}
+
+// --- conference
+
+Outcome<> JoinedCalls::conference(int callID)
+{
+    std::lock_guard const guard(agent_.loop());
+    Call* const call = calls_.find(callID);
+    if (call == nullptr) {
+        return noSuchCall(callID);
+    }
+    Call* const other = partnerOf(*call);
+    if (other == nullptr || !other->isEstablished() || !call->isEstablished()) {
+        return refuse(RefusalKind::kWrongState,
+                      fmt::format("call {} cannot be joined: a conference needs two connected calls", callID));
+    }
+    if (call->snapshot().inConference || other->snapshot().inConference) {
+        return refuse(RefusalKind::kLimit,
+                      fmt::format("call {} cannot be joined: a conference has three parties and no more", callID));
+    }
+    return retrieveBoth(*call, *other);
+}
+
+// Joins the calls once both are retrieved.
+Outcome<> JoinedCalls::retrieveBoth(Call& first, Call& second)
+{
+    struct Wait
+    {
+        int left = 1;
+        bool together = true;
+    };
+    auto const wait = std::make_shared<Wait>();
+    auto const done = [this, wait, firstID = first.id(), secondID = second.id()](bool retrieved) {
+        wait->together = wait->together && retrieved;
+        Call* const one = calls_.find(firstID);
+        Call* const other = calls_.find(secondID);
+        if (--wait->left == 0 && wait->together && one != nullptr && other != nullptr) {
+            join(*one, *other);
+        }
+    };
+    for (Call* const each : {&first, &second}) {
+        if (!each->snapshot().held) {
+            continue;
+        }
+        ++wait->left;
+        if (auto begun = each->retrieve(sfiFeatureConference, done); !begun) {
+            return begun;
+        }
+    }
+    done(true);
+    return {};
+}
+
+void JoinedCalls::join(Call& first, Call& second)
+{
+    CallAudio::join(first.audio(), second.audio());
+    first.enterConference();
+    second.enterConference();
+    first.postFeatureSuccess(sfiFeatureConference);
+    postConferenceStatus();
+}
+
+void JoinedCalls::endConferenceOfOne()
+{
+    Call* left = nullptr;
+    for (auto const& call : calls_.all()) {
+        if (call->snapshot().inConference && std::exchange(left, call.get()) != nullptr) {
+            return;
+        }
+    }
+    if (left == nullptr) {
+        return;
+    }
+    postConferenceStatus();
+    left->leaveConference();
+}
+
+void JoinedCalls::postConferenceStatus()
+{
+    std::vector<CallSnapshot> legs;
+    for (auto const& call : calls_.all()) {
+        if (call->snapshot().inConference) {
+            legs.push_back(call->snapshot());
+        }
+    }
+    auto const line = lines_.accountOfLine(legs.front().line.lineNumber);
+    std::string const focus = line ? line->account.addressOfRecord() : legs.front().line.lineURI;
+    std::string const document = formatConference(focus, ++conferenceVersion_, legs);
+    for (CallSnapshot const& leg : legs) {
+        post_([line = leg.line.lineURI, callID = leg.callID, document](CommunicationsServiceEventIfc& event) {
+            event.conferenceStatusEvent(line, callID, document);
+        });
+    }
+}
+
+}  // namespace telephone

@@ -1,0 +1,183 @@
+#include "telephone/calls/Pickups.h"
+
+#include <algorithm>
+#include <cstring>
+#include <mutex>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "telephone/framework/Log.h"
+#include "telephone/sip/EventLoop.h"
+
+namespace telephone {
+
+namespace {
+
+constexpr std::uint32_t kSearchTime = 60;  // seconds for which the dialogs of a number are subscribed to
+
+template <std::size_t size>
+void copyText(char (&field)[size], std::string const& text)
+{
+    std::size_t const length = std::min(text.size(), size - 1);
+    std::memcpy(field, text.data(), length);
+    field[length] = '\0';
+}
+
+sfiReplacesDisplay displayOf(PickupTarget const& target)
+{
+    sfiReplacesDisplay display{};
+    copyText(display.callID, target.replaces.callId);
+    copyText(display.toTag, target.replaces.toTag);
+    copyText(display.fromTag, target.replaces.fromTag);
+    copyText(display.calledName, target.calledName);
+    copyText(display.called, target.calledURI);
+    copyText(display.callingName, target.callingName);
+    copyText(display.calling, target.callingURI);
+    return display;
+}
+
+// The call that rings at the number whose dialogs these are; nothing: none rings.
+std::optional<PickupTarget> ringingCall(std::vector<sip::DialogEntry> const& dialogs)
+{
+    auto const ringing = std::find_if(dialogs.begin(), dialogs.end(), [](sip::DialogEntry const& entry) {
+        return entry.recipient && entry.state == sip::DialogState::kEarly && !entry.dialog.callId.empty();
+    });
+    if (ringing == dialogs.end() || (ringing->remote.target.empty() && ringing->remote.identity.empty())) {
+        return std::nullopt;
+    }
+    PickupTarget target;
+    target.targetURI = ringing->remote.target.empty() ? ringing->remote.identity : ringing->remote.target;
+    // As the caller sees the dialog, since the caller is the one to call.
+    target.replaces = {ringing->dialog.callId, ringing->dialog.remoteTag, ringing->dialog.localTag, true};
+    target.callingURI = ringing->remote.identity;
+    target.callingName = ringing->remote.displayName;
+    target.calledURI = ringing->local.identity;
+    target.calledName = ringing->local.displayName;
+    return target;
+}
+
+void aimAt(PickupTarget const& target, Call& call, sip::CallRequest& request)
+{
+    request.target = target.targetURI;
+    request.replaces = target.replaces;
+    call.setReplaces(displayOf(target));
+}
+
+}  // namespace
+
+Pickups::Pickups(sip::UserAgent& agent, EngineConfiguration const& configuration, CallList& calls,
+                 OutgoingCalls& outgoing)
+    : agent_(agent)
+    , configuration_(configuration)
+    , calls_(calls)
+    , outgoing_(outgoing)
+{}
+
+Outcome<OutgoingCalls::Draft> Pickups::draft(int recordLine, int appearance, int callID, sfiFeature feature) const
+{
+    auto draft = outgoing_.draft(recordLine, appearance, callID);
+    if (draft) {
+        draft->call->setPickup(feature);
+    }
+    return draft;
+}
+
+Outcome<> Pickups::takeOver(int recordLine, int appearance, int callID, PickupTarget const& target)
+{
+    std::lock_guard const guard(agent_.loop());
+    auto draft = this->draft(recordLine, appearance, callID, sfiFeatureDirectedPickup);
+    if (!draft) {
+        return tl::unexpected(draft.error());
+    }
+    aimAt(target, *draft->call, draft->request);
+    return outgoing_.begin(std::move(*draft));
+}
+
+Outcome<> Pickups::group(int recordLine, int appearance, int callID)
+{
+    std::lock_guard const guard(agent_.loop());
+    if (configuration_.groupPickup.empty()) {
+        return refuse(RefusalKind::kNotSupported, "no call can be picked up: no group pick-up number is configured");
+    }
+    auto draft = this->draft(recordLine, appearance, callID, sfiFeatureGroupPickup);
+    if (!draft) {
+        return tl::unexpected(draft.error());
+    }
+    auto const target = callTarget(configuration_.groupPickup, draft->request.account);
+    if (!target) {
+        return tl::unexpected(target.error());
+    }
+    draft->request.target = *target;
+    return outgoing_.begin(std::move(*draft));
+}
+
+Outcome<> Pickups::directed(int recordLine, int appearance, int callID, std::string const& number)
+{
+    std::lock_guard const guard(agent_.loop());
+    auto draft = this->draft(recordLine, appearance, callID, sfiFeatureDirectedPickup);
+    if (!draft) {
+        return tl::unexpected(draft.error());
+    }
+    auto const target = callTarget(number, draft->request.account);
+    if (!target) {
+        return tl::unexpected(target.error());
+    }
+    auto const started = search(callID, draft->request, *target);
+    if (started) {
+        calls_.add(std::move(draft->call)).announceDialling(*target);
+    }
+    return started;
+}
+
+Outcome<> Pickups::search(int callID, sip::CallRequest const& request, std::string const& target)
+{
+    auto const changed = [this, callID](std::vector<sip::DialogEntry> const& dialogs) {
+        if (auto const ringing = ringingCall(dialogs)) {
+            found(callID, *ringing);
+        }
+    };
+    auto const ended = [this, callID](int status, std::string const&) { failed(callID, status < 300 ? 480 : status); };
+    auto dialogs = sip::DialogSubscription::start(agent_, request.account, target, changed, ended, kSearchTime);
+    if (!dialogs) {
+        return tl::unexpected(dialogs.error());
+    }
+    sip::Timer patience(agent_.loop(), configuration_.dialogAnswerTime, [this, callID] { failed(callID, 404); });
+    searches_.insert_or_assign(callID, Search{std::move(*dialogs), std::move(patience), request});
+    return {};
+}
+
+void Pickups::found(int callID, PickupTarget const& target)
+{
+    auto search = searches_.extract(callID);
+    Call* const call = calls_.find(callID);
+    if (!search || call == nullptr) {
+        return;
+    }
+    sip::CallRequest& request = search.mapped().request;
+    aimAt(target, *call, request);
+    outgoing_.dialWhenAlone(*call, std::move(request));
+}
+
+void Pickups::failed(int callID, int status)
+{
+    auto const search = searches_.extract(callID);
+    Call* const call = calls_.find(callID);
+    if (!search || call == nullptr) {
+        return;
+    }
+    // A number that does not answer has no call that rings.
+    int const meaning = status == 408 ? 404 : status;
+    log(kLogWarning, "calls", "call {}: there is nothing to pick up ({})", callID, status);
+    call->postFeatureFailed(sfiFeatureDirectedPickup, featureFailureOf(meaning));
+    call->end({sfiCallStateFailed, endingOf(meaning).reason});
+}
+
+void Pickups::follow(CallSnapshot const& now)
+{
+    if (now.ended()) {
+        searches_.erase(now.callID);
+    }
+}
+
+}  // namespace telephone

@@ -1,0 +1,149 @@
+#include "telephone/exchange/ExchangeCalls.h"
+
+#include <algorithm>
+
+#include "telephone/exchange/ExchangeAgent.h"
+
+namespace telephone::exchange {
+
+ExchangeCalls::ExchangeCalls(sip::UserAgent& agent, Registrar const& registrar, DeferredWork& deferred,
+                             std::function<void(std::string const& number)> changed)
+    : agent_(agent)
+    , registrar_(registrar)
+    , deferred_(deferred)
+    , changed_(std::move(changed))
+{}
+
+ExchangeCall& ExchangeCalls::add(std::string const& number, NumberBehaviour const& behaviour)
+{
+    calls_.push_back(std::make_unique<ExchangeCall>(agent_, *this, number, behaviour));
+    return *calls_.back();
+}
+
+ExchangeCall* ExchangeCalls::find(sip::Replaces const& wanted) const
+{
+    auto const found =
+        std::find_if(calls_.begin(), calls_.end(), [&wanted](auto const& call) { return call->matches(wanted); });
+    return found == calls_.end() ? nullptr : found->get();
+}
+
+ExchangeCall* ExchangeCalls::findRinging(std::string const& number) const
+{
+    auto const found = std::find_if(calls_.begin(), calls_.end(), [&number](auto const& call) {
+        return call->isRinging() && (number.empty() || call->number() == number);
+    });
+    return found == calls_.end() ? nullptr : found->get();
+}
+
+void ExchangeCalls::replace(std::unique_ptr<sip::Session> session, ExchangeCall& present)
+{
+    ExchangeCall& fresh = add(present.number(), kAnswering);
+    if (present.isRinging()) {
+        fresh.pickUp(std::move(session), present);
+    } else {
+        fresh.takeInsteadOf(std::move(session), present);
+    }
+}
+
+// The contact of the registered telephone if the target is a number here.
+std::string ExchangeCalls::resolve(std::string const& target) const
+{
+    auto const uri = sip::Uri::parse(target);
+    bool const here =
+        uri && uri->host == agent_.address() && (uri->port == agent_.udpPort() || uri->port == agent_.tcpPort());
+    auto const contacts = here ? registrar_.contactsOf(uri->user) : std::vector<std::string>();
+    return contacts.empty() ? target : contacts.front();
+}
+
+Outcome<> ExchangeCalls::callOut(std::string const& from, std::string const& target,
+                                 std::optional<sip::Replaces> const& replaces, std::string const& referredBy,
+                                 std::unique_ptr<sip::Transfer> requestedBy)
+{
+    ExchangeCall& call = add(from, kAnswering);
+    auto const dialled = call.dial(resolve(target), replaces, referredBy, std::move(requestedBy));
+    if (!dialled) {
+        callEnded(call);
+    }
+    return dialled;
+}
+
+void ExchangeCalls::pickUpRemote(std::unique_ptr<sip::Session> picker, std::string const& number,
+                                 sip::DialogEntry const& ringing)
+{
+    std::string const target = ringing.remote.target.empty() ? ringing.remote.identity : ringing.remote.target;
+    sip::Replaces replaces = ringing.dialog.replaces();
+    replaces.earlyOnly = true;
+    ExchangeCall& outgoing = add(number, kAnswering);
+    if (auto const dialled = outgoing.dial(resolve(target), replaces, {}, nullptr); !dialled) {
+        logRefusal(agent_, "pick-up of " + number, dialled);
+        callEnded(outgoing);
+        picker->reject(480, "Nothing to pick up");
+        return;
+    }
+    add(number, kAnswering).takeFor(std::move(picker), outgoing);
+}
+
+void ExchangeCalls::transfer(std::string const& number, std::unique_ptr<sip::Transfer> transfer)
+{
+    auto result = transfer->accept();
+    if (result) {
+        std::string const target = transfer->target();
+        auto const replaces = transfer->replaces();
+        std::string const referredBy = transfer->referredBy();
+        result = callOut(number, target, replaces, referredBy, std::move(transfer));
+    }
+    logRefusal(agent_, "transfer of a call of " + number, result);
+}
+
+std::vector<sip::DialogEntry> ExchangeCalls::dialogsOf(std::string const& number) const
+{
+    std::vector<sip::DialogEntry> dialogs;
+    for (auto const& call : calls_) {
+        if (call->number() == number && call->hasSession()) {
+            dialogs.push_back(call->dialogEntry());
+        }
+    }
+    return dialogs;
+}
+
+std::size_t ExchangeCalls::count() const
+{
+    return static_cast<std::size_t>(
+        std::count_if(calls_.begin(), calls_.end(), [](auto const& call) { return !call->isEnded(); }));
+}
+
+void ExchangeCalls::clear()
+{
+    // A call that is destroyed may still look for its partner, so the list shrinks only afterwards.
+    for (auto& call : calls_) {
+        call.reset();
+    }
+    calls_.clear();
+}
+
+void ExchangeCalls::callChanged(ExchangeCall const& call)
+{
+    changed_(call.number());
+}
+
+void ExchangeCalls::callEnded(ExchangeCall& call)
+{
+    deferred_.add(
+        [this, ended = &call] { calls_.remove_if([ended](auto const& known) { return known.get() == ended; }); });
+}
+
+void ExchangeCalls::transferRequested(ExchangeCall const& call, std::unique_ptr<sip::Transfer> requested)
+{
+    transfer(call.number(), std::move(requested));
+}
+
+void ExchangeCalls::callBackRequested(std::string const& number, sip::NameAddr const& caller,
+                                      std::string const& contact)
+{
+    auto const registered = registrar_.contactsOf(caller.uri.user);
+    deferred_.add([this, number, target = registered.empty() ? contact : registered.front()] {
+        logRefusal(agent_, "call-back of " + number, callOut(number, target));
+    });
+}
+
+}  // namespace telephone::exchange

@@ -1,0 +1,58 @@
+// All calls of the exchange's own numbers. Owned by the exchange; used under the lock.
+#pragma once
+
+#include <functional>
+#include <list>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "telephone/exchange/DeferredWork.h"
+#include "telephone/exchange/ExchangeCall.h"
+#include "telephone/exchange/Registrar.h"
+
+namespace telephone::exchange {
+
+class ExchangeCalls final : public ExchangeCallObserver
+{
+public:
+    // changed: a call of the number began, rang, was answered or ended.
+    ExchangeCalls(sip::UserAgent& agent, Registrar const& registrar, DeferredWork& deferred,
+                  std::function<void(std::string const& number)> changed);
+
+    ExchangeCall& add(std::string const& number, NumberBehaviour const& behaviour);
+    // Null if there is none.
+    ExchangeCall* find(sip::Replaces const& wanted) const;
+    ExchangeCall* findRinging(std::string const& number) const;  // an empty number: any
+    // Puts a new call in the place of one in the list.
+    void replace(std::unique_ptr<sip::Session> session, ExchangeCall& present);
+    // Calls from a number; the transfer that requested the call, if any, is told its progress.
+    [[nodiscard]] Outcome<> callOut(std::string const& from, std::string const& target,
+                                    std::optional<sip::Replaces> const& replaces = std::nullopt,
+                                    std::string const& referredBy = {},
+                                    std::unique_ptr<sip::Transfer> requestedBy = nullptr);
+    // Replaces the ringing call of a telephone by a call of the picker, who is answered once that has succeeded.
+    void pickUpRemote(std::unique_ptr<sip::Session> picker, std::string const& number, sip::DialogEntry const& ringing);
+    void transfer(std::string const& number, std::unique_ptr<sip::Transfer> transfer);
+
+    std::vector<sip::DialogEntry> dialogsOf(std::string const& number) const;
+    std::size_t count() const;  // without ended ones
+    void clear();
+
+private:
+    void callChanged(ExchangeCall const& call) override;
+    void callEnded(ExchangeCall& call) override;
+    void transferRequested(ExchangeCall const& call, std::unique_ptr<sip::Transfer> transfer) override;
+    void callBackRequested(std::string const& number, sip::NameAddr const& caller, std::string const& contact) override;
+
+    std::string resolve(std::string const& target) const;
+
+    sip::UserAgent& agent_;
+    Registrar const& registrar_;
+    DeferredWork& deferred_;
+    std::function<void(std::string const& number)> changed_;
+    std::list<std::unique_ptr<ExchangeCall>> calls_;
+};
+
+}  // namespace telephone::exchange

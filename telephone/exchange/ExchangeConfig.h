@@ -1,0 +1,32 @@
+// The settings of the built-in exchange.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "telephone/sip/Log.h"
+
+namespace telephone::exchange {
+
+struct ExchangeUser
+{
+    std::string number;
+    std::string password;
+};
+
+struct ExchangeConfig
+{
+    std::string address = "127.0.0.1";
+    std::uint16_t port = 0;  // UDP, and TCP if it is free; 0: chosen
+    std::string realm = "exchange";
+    std::vector<ExchangeUser> users;                    // numbers with a password of their own
+    std::optional<std::string> anyPassword = "secret";  // password of all other numbers; none: they cannot register
+    std::uint32_t longestExpires = 3600;                // upper limit of a registration, in seconds
+    std::chrono::seconds nonceLifetime{300};
+    sip::Logger log;
+};
+
+}  // namespace telephone::exchange

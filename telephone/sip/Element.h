@@ -1,0 +1,98 @@
+// The stack's objects of one user agent, and what its requests have in common. Shared by the user agent and everything
+// that it made, so that an object that outlives the user agent finds a closed element and not a dangling one. Used
+// under the lock.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "telephone/sip/MediaClock.h"
+#include "telephone/sip/MessageTap.h"
+#include "telephone/sip/Stack.h"
+#include "telephone/sip/UserAgent.h"
+
+namespace telephone::sip {
+
+// Our capabilities.
+constexpr char const* kAllow = "INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, REFER, NOTIFY, SUBSCRIBE";
+constexpr char const* kSupported = "replaces";
+constexpr char const* kSdpType = "application/sdp";
+
+// The addresses of an outgoing request.
+struct Route
+{
+    std::string target;
+    std::string fromUri;
+    std::string fromName;  // escaped for a quoted string
+    std::string contactUser;
+    std::string proxy;  // empty: none
+
+    char const* fromNameOrNull() const { return fromName.empty() ? nullptr : fromName.c_str(); }
+    std::uint32_t proxyCount() const { return proxy.empty() ? 0 : 1; }
+};
+
+class Element : public std::enable_shared_from_this<Element>
+{
+public:
+    Element(EventLoop& loop, UserAgentConfig config);
+
+    // Binds the ports; throws std::runtime_error, naming the port and the error.
+    void open();
+    // Listens for calls and subscriptions; the receiver is the argument of the handlers. Throws std::runtime_error.
+    void listen(sipsess_conn_h* invited, sip_msg_h* subscribed, void* receiver);
+    // Begins to close: waits for the answers to BYE, REGISTER and the like, for closingTime at most, and not at all for
+    // a caller that holds the lock.
+    void settle();
+    // After settle(). The stack's last transactions may live for another half minute, and `receiver` with them.
+    void close(std::shared_ptr<void> receiver);
+    bool isClosed() const { return closed_; }
+
+    // The target with the account's transport added and "localhost" resolved. kBadInput: not a SIP URI, or without a
+    // proxy one whose host is not numeric.
+    [[nodiscard]] Outcome<Route> routeTo(Account const& account, std::string const& target) const;
+    std::string localUri(std::string const& user, sip_transp transport) const;
+    // The user of our Contact in answers to this request.
+    std::string contactUserFor(sip_msg const& request) const;
+    // Answers a request that nothing else will answer.
+    void answer(sip_msg const& request, std::uint16_t status, char const* reason, Headers const& headers = {}) const;
+    void log(LogLevel level, std::string const& line) const;
+    // For refusals that reach no caller.
+    void logRefusal(Outcome<> const& result) const;
+
+    // Sessions hold this for as long as they exist, ended or not.
+    std::shared_ptr<void const> sessionToken() const { return sessionToken_; }
+
+    EventLoop& loop() const { return loop_; }
+    UserAgentConfig const& config() const { return config_; }
+    MediaClock& clock() { return clock_; }
+    MessageTap& tap() { return *tap_; }
+    sa const& address() const { return address_; }
+    std::uint16_t port(sip_transp transport) const { return transport == SIP_TRANSP_TCP ? tcpPort_ : udpPort_; }
+    ::sip* stack() const { return stack_; }
+    sipsess_sock* sessionSocket() const { return sessionSocket_.get(); }
+    sipevent_sock* eventSocket() const { return eventSocket_.get(); }
+
+private:
+    void bindUdp();
+    void bindTcp();
+    void onTrace(bool sent, sip_transp transport, sa const& from, sa const& to, std::uint8_t const* packet,
+                 std::size_t size);
+
+    EventLoop& loop_;
+    UserAgentConfig config_;
+    MediaClock clock_;
+    std::shared_ptr<MessageTap> tap_;
+    std::shared_ptr<void const> sessionToken_ = std::make_shared<char>();
+    sa address_{};
+    std::uint16_t udpPort_ = 0;
+    std::uint16_t tcpPort_ = 0;
+    bool closed_ = false;
+    ::sip* stack_ = nullptr;
+    Ref<sipsess_sock> sessionSocket_;
+    Ref<sipevent_sock> eventSocket_;
+};
+
+// Throws std::runtime_error, "<what>: <error text>", for an error of errno.
+void throwOnError(int error, std::string const& what);
+
+}  // namespace telephone::sip

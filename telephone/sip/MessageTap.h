@@ -1,0 +1,56 @@
+// Reads received packets before the stack does, for what the stack does not report: the Reason of a BYE or CANCEL, a
+// refused re-INVITE, and a redirection that it follows on its own. Tells the session concerned, which it finds by
+// Call-ID and local tag. One per user agent; used under the lock.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "telephone/sip/Stack.h"
+
+namespace telephone::sip {
+
+class EventLoop;
+
+class MessageTapListener
+{
+public:
+    virtual ~MessageTapListener() = default;
+
+    virtual bool isOutgoing() const = 0;
+    virtual std::string localTag() const = 0;  // empty until known
+
+    // The value of a received Reason header, or empty.
+    virtual void onReason(std::string const& reason) = 0;
+    // An INVITE of ours was answered with 400 or more. Called after the stack has handled the response.
+    virtual void onInviteRefused(Response const& response) = 0;
+    // An INVITE of ours was answered with 300 to 399 and the stack has followed.
+    virtual void onInviteRedirected(Response const& response) = 0;
+    // Called before the stack sees the redirection: true keeps the stack from following it.
+    virtual bool takeRedirection(Response const& response) = 0;
+};
+
+class MessageTap : public std::enable_shared_from_this<MessageTap>
+{
+public:
+    explicit MessageTap(EventLoop& loop);
+
+    void add(std::string const& callId, MessageTapListener& listener);
+    void remove(MessageTapListener& listener);
+
+    void onReceived(std::string_view packet);
+    void onBye(sip_msg const& bye);
+
+private:
+    MessageTapListener* find(std::string const& callId, std::string const& localTag) const;
+    void onRefusal(std::string_view packet);
+    bool takeRedirection(sip_msg const& response, std::string_view packet, mbuf const& copy) const;
+    void onCancel(std::string_view packet) const;
+
+    EventLoop& loop_;
+    std::multimap<std::string, MessageTapListener*> listeners_;
+};
+
+}  // namespace telephone::sip

@@ -1,0 +1,237 @@
+// What a configuration file may say, and what is said of one that is wrong.
+#include "telephone/configuration/ConfigurationFile.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/doubles/TemporaryFolder.h"
+
+namespace telephone {
+namespace {
+
+Configuration parse(std::string const& text)
+{
+    return ConfigurationFile("desk.toml").parse(text).value();
+}
+
+std::string errorOf(std::string const& text)
+{
+    auto const outcome = ConfigurationFile("desk.toml").parse(text);
+    return outcome ? "accepted" : outcome.error().reason;
+}
+
+std::string errorOfFile(std::string const& path)
+{
+    auto const outcome = ConfigurationFile(path).read();
+    return outcome ? "accepted" : outcome.error().reason;
+}
+
+TEST(ConfigurationFile, EmptyFile_DescribesTheStandardTelephone)
+{
+    auto const configuration = parse("");
+
+    ASSERT_EQ(configuration.lines.size(), 2U);
+    EXPECT_EQ(configuration.lines[0].id, "4711");
+    EXPECT_EQ(configuration.lines[0].number, 1);
+    EXPECT_TRUE(configuration.lines[0].primary);
+    EXPECT_EQ(configuration.lines[1].id, "4712");
+    EXPECT_EQ(configuration.lines[1].number, 2);
+    EXPECT_FALSE(configuration.lines[1].primary);
+    EXPECT_TRUE(configuration.keyset);
+    EXPECT_TRUE(configuration.exchange.enabled);
+    EXPECT_EQ(configuration.sip.address, "127.0.0.1");
+    ASSERT_EQ(configuration.keys.size(), 15U);
+    EXPECT_EQ(configuration.keys[1].function, "line");
+    EXPECT_EQ(configuration.keys[3].function, "blf");
+    EXPECT_EQ(configuration.keys[3].target, "102");
+}
+
+TEST(ConfigurationFile, KeysetOffWithoutLines_KeepsTheFirstStandardLine)
+{
+    auto const configuration = parse("keyset = false");
+
+    ASSERT_EQ(configuration.lines.size(), 1U);
+    EXPECT_EQ(configuration.lines[0].id, "4711");
+    ASSERT_EQ(configuration.keys.size(), 1U);
+    EXPECT_EQ(configuration.keys[0].target, "4711");
+}
+
+TEST(ConfigurationFile, LinesWithoutNumbersOrKeys_AreCountedAndGetAKeyEach)
+{
+    auto const configuration = parse("[[line]]\nid = \"10\"\n[[line]]\nid = \"20\"\nprimary = true\n");
+
+    ASSERT_EQ(configuration.lines.size(), 2U);
+    EXPECT_EQ(configuration.lines[1].number, 2);
+    EXPECT_EQ(configuration.lines[1].overviewPosition, 2);
+    EXPECT_FALSE(configuration.lines[0].primary);
+    EXPECT_TRUE(configuration.lines[1].primary);
+    ASSERT_EQ(configuration.keys.size(), 2U);
+    EXPECT_EQ(configuration.keys[1].number, 2);
+    EXPECT_EQ(configuration.keys[1].function, "line");
+    EXPECT_EQ(configuration.keys[1].target, "20");
+}
+
+TEST(ConfigurationFile, NoLineSaysPrimary_TheFirstOneIs)
+{
+    auto const configuration = parse("[[line]]\nid = \"10\"\n[[line]]\nid = \"20\"\n");
+
+    EXPECT_TRUE(configuration.lines[0].primary);
+    EXPECT_FALSE(configuration.lines[1].primary);
+}
+
+TEST(ConfigurationFile, EveryKindOfValue_IsRead)
+{
+    auto const configuration = parse("[sip]\ntransport = \"tcp\"\nport = 5062\n"
+                                     "[server]\nmessage-waiting = false\nregistrar = \"sip:10.0.0.1:5060\"\n"
+                                     "[calls]\ndo-not-disturb-status = 480\nemergency-numbers = [\"110\", \"112\"]\n"
+                                     "[[line]]\nid = \"1\"\nshared-line-type = \"bridged\"\nhot-warm = \"hot\"\n"
+                                     "hot-warm-digits = \"9\"\n");
+
+    EXPECT_EQ(configuration.sip.transport, Transport::kTcp);
+    EXPECT_EQ(configuration.sip.port, 5062);
+    EXPECT_FALSE(configuration.server.messageWaiting);
+    EXPECT_EQ(configuration.server.registrar, "sip:10.0.0.1:5060");
+    EXPECT_EQ(configuration.calls.doNotDisturbStatus, 480);
+    EXPECT_EQ(configuration.calls.emergencyNumbers, (std::vector<std::string>{"110", "112"}));
+    EXPECT_EQ(configuration.lines[0].sharedLineType, 2);
+    EXPECT_EQ(configuration.lines[0].hotWarmType, 1);
+}
+
+struct Wrong
+{
+    char const* name;
+    char const* text;
+    char const* error;
+};
+
+class WrongConfiguration : public testing::TestWithParam<Wrong>
+{};
+
+TEST_P(WrongConfiguration, IsRefused_WithFileLineAndWhatWasExpected)
+{
+    EXPECT_EQ(errorOf(GetParam().text), GetParam().error);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    ConfigurationFile, WrongConfiguration,
+    testing::Values(
+        Wrong{"UnknownSection", "\n[sipp]\nport = 1\n",
+              "desk.toml:2: there is no section or key \"sipp\"; the nearest is \"sip\""},
+        Wrong{"UnknownTopKey", "keysets = true\n",
+              "desk.toml:1: there is no section or key \"keysets\"; the nearest is \"keyset\""},
+        Wrong{"UnknownKey", "[sip]\naddress = \"127.0.0.1\"\nprot = 5060\n",
+              "desk.toml:3: there is no key \"prot\" in [sip]; the nearest is \"port\""},
+        Wrong{"UnknownKeyOfALine", "[[line]]\nid = \"1\"\n[[line]]\nid = \"2\"\npasword = \"x\"\n",
+              "desk.toml:5: there is no key \"pasword\" in [line]; the nearest is \"password\""},
+        Wrong{"TextForInteger", "[sip]\nport = \"5060\"\n",
+              "desk.toml:2: sip.port takes an integer from 0 to 65535, not the text \"5060\""},
+        Wrong{"IntegerOutOfRange", "[sip]\nport = 65536\n",
+              "desk.toml:2: sip.port takes an integer from 0 to 65535, not the integer 65536"},
+        Wrong{"NegativeInteger", "[calls]\ncall-backs = -1\n",
+              "desk.toml:2: calls.call-backs takes an integer from 0 to 100, not the integer -1"},
+        Wrong{"IntegerForFlag", "keyset = 1\n", "desk.toml:1: keyset takes true or false, not the integer 1"},
+        Wrong{"FlagForText", "[store]\npath = true\n", "desk.toml:2: store.path takes a text, not true"},
+        Wrong{"FloatForInteger", "[log]\nlevel = 4.0\n",
+              "desk.toml:2: log.level takes an integer from 0 to 6, not a value of type floating-point"},
+        Wrong{"UnknownWord", "[sip]\ntransport = \"tls\"\n",
+              "desk.toml:2: sip.transport takes one of udp, tcp, not the text \"tls\""},
+        Wrong{"UnknownWordForInteger", "[[line]]\nid = \"1\"\nhot-warm = \"cold\"\n",
+              "desk.toml:3: line.hot-warm takes one of none, hot, warm, not the text \"cold\""},
+        Wrong{"IntegerForWord", "[[line]]\nid = \"1\"\nhot-warm = 1\n",
+              "desk.toml:3: line.hot-warm takes one of none, hot, warm, not the integer 1"},
+        Wrong{"NumberThatIsNoChoice", "[calls]\ndo-not-disturb-status = 481\n",
+              "desk.toml:2: calls.do-not-disturb-status takes one of 480, 486, not the integer 481"},
+        Wrong{"TextForNumberChoice", "[calls]\ndo-not-disturb-status = \"486\"\n",
+              "desk.toml:2: calls.do-not-disturb-status takes one of 480, 486, not the text \"486\""},
+        Wrong{"TextForArray", "[calls]\nemergency-numbers = \"110\"\n",
+              "desk.toml:2: calls.emergency-numbers takes an array of texts, not the text \"110\""},
+        Wrong{"IntegerInArray", "[calls]\nemergency-numbers = [110]\n",
+              "desk.toml:2: calls.emergency-numbers takes an array of texts, not a value of type array"},
+        Wrong{"ControlCharacter", "[sip]\nuser-agent = \"a\\r\\nX: y\"\n",
+              "desk.toml:2: sip.user-agent takes a text, not the text \"a\r\nX: y\""},
+        Wrong{"ValueForSection", "sip = 5060\n", "desk.toml:1: \"sip\" takes a section [sip], not the integer 5060"},
+        Wrong{"SectionForSections", "[line]\nid = \"1\"\n",
+              "desk.toml:1: \"line\" takes sections [[line]], not a value of type table"},
+        Wrong{"DuplicateLineId", "[[line]]\nid = \"1\"\n\n[[line]]\nid = \"1\"\n",
+              "desk.toml:4: the line id \"1\" is already used on line 1"},
+        Wrong{"DuplicateLineNumber", "[[line]]\nid = \"1\"\nnumber = 2\n[[line]]\nid = \"2\"\n",
+              "desk.toml:4: the line number 2 is already used on line 1"},
+        Wrong{"TwoPrimaryLines", "[[line]]\nid = \"1\"\nprimary = true\n[[line]]\nid = \"2\"\nprimary = true\n",
+              "desk.toml:4: primary = true is already used on line 1"},
+        Wrong{"LineWithoutId", "[[line]]\nnumber = 1\n", "desk.toml:1: a line needs an id: id = \"4711\""},
+        Wrong{"LineIdWithTag", "[[line]]\nid = \"<1>\"\n",
+              "desk.toml:1: a line's id must not contain spaces, quotes, < or >: \"<1>\""},
+        Wrong{"HotLineWithoutDigits", "[[line]]\nid = \"1\"\nhot-warm = \"warm\"\n",
+              "desk.toml:1: line \"1\" dials by itself but has no hot-warm-digits"},
+        Wrong{"SeveralLinesWithoutKeyset", "keyset = false\n[[line]]\nid = \"1\"\n[[line]]\nid = \"2\"\n",
+              "desk.toml:4: a telephone with keyset = false has one line, not several"},
+        Wrong{"LineNumberTooHigh", "[[line]]\nid = \"1\"\nnumber = 256\n",
+              "desk.toml:3: line.number takes an integer from 1 to 255, not the integer 256"},
+        Wrong{"DuplicateKeyNumber",
+              "[[key]]\nnumber = 1\nfunction = \"dnd\"\n[[key]]\nnumber = 1\nfunction = \"hold\"\n",
+              "desk.toml:4: the key number 1 is already used on line 1"},
+        Wrong{"KeyWithoutNumber", "[[key]]\nfunction = \"dnd\"\n", "desk.toml:1: a key needs a number: number = 1"},
+        Wrong{"KeyWithoutFunction", "[[key]]\nnumber = 3\n",
+              "desk.toml:1: key 3 needs a function: function = \"line\""},
+        Wrong{"KeyWithoutTarget", "[[key]]\nnumber = 3\nfunction = \"blf\"\n",
+              "desk.toml:1: key 3 needs a target: the number or line of its function blf"},
+        Wrong{"KeyForUnknownLine", "[[key]]\nnumber = 3\nfunction = \"line\"\ntarget = \"9\"\n",
+              "desk.toml:1: key 3 is for line \"9\", which does not exist"},
+        Wrong{"ToggleWithoutNumber", "[[key]]\nnumber = 3\nfunction = \"toggle\"\ntarget = \"x\"\n",
+              "desk.toml:1: key 3 toggles a feature by its number, not \"x\""},
+        Wrong{"UnknownFunction", "[[key]]\nnumber = 3\nfunction = \"coffee\"\n",
+              "desk.toml:3: key.function takes one of line, dss, blf, forwarding, dnd, hold, mute, headset, messages, "
+              "toggle, release, preview, ignore, transfer, not the text \"coffee\""},
+        Wrong{"NoAddress", "[sip]\naddress = \"desk.example\"\n",
+              "desk.toml:2: sip.address takes an IP address, not \"desk.example\""},
+        Wrong{"NoRegistrar", "[server]\nregistrar = \"10.0.0.1\"\n",
+              "desk.toml:2: server.registrar takes sip:host:port, not \"10.0.0.1\""},
+        Wrong{"NoPushAddress", "[push]\naddress = \"ftp://x\"\n",
+              "desk.toml:2: push.address takes http://host:port/path, not \"ftp://x\""}),
+    [](auto const& row) { return row.param.name; });
+
+TEST(ConfigurationFile, BrokenSyntax_IsRefusedWithItsLine)
+{
+    auto const error = errorOf("[sip]\nport = 1\naddress = \n");
+
+    EXPECT_TRUE(error.starts_with("desk.toml:3: ")) << error;
+}
+
+TEST(ConfigurationFile, KeyTwice_IsRefusedWithItsLine)
+{
+    auto const error = errorOf("[sip]\nport = 1\nport = 2\n");
+
+    EXPECT_TRUE(error.starts_with("desk.toml:3: ")) << error;
+}
+
+TEST(ConfigurationFile, BinaryFile_IsRefused)
+{
+    EXPECT_TRUE(errorOf(std::string("\x00\xff\xfe\x01", 4)).starts_with("desk.toml:1: "));
+}
+
+TEST(ConfigurationFile, MissingFile_IsNamedWithTheReason)
+{
+    EXPECT_EQ(errorOfFile("/nonexistent/desk.toml"),
+              "configuration file \"/nonexistent/desk.toml\" cannot be read: No such file or directory");
+}
+
+TEST(ConfigurationFile, FolderInsteadOfFile_IsRefused)
+{
+    TemporaryFolder const folder;
+
+    EXPECT_EQ(errorOfFile(folder.path()),
+              "configuration file \"" + folder.path() + "\" cannot be read: it is a folder");
+}
+
+TEST(ConfigurationFile, FileOnDisk_IsReadAndNamedInMessages)
+{
+    TemporaryFolder const folder;
+    writeFile(folder.file("a.toml"), "[sip]\nport = 7\n");
+    writeFile(folder.file("b.toml"), "[sip]\nport = true\n");
+
+    EXPECT_EQ(ConfigurationFile(folder.file("a.toml")).read().value().sip.port, 7);
+    EXPECT_EQ(errorOfFile(folder.file("b.toml")),
+              folder.file("b.toml") + ":2: sip.port takes an integer from 0 to 65535, not true");
+}
+
+}  // namespace
+}  // namespace telephone

@@ -1,0 +1,98 @@
+#include "telephone/exchange/Registrar.h"
+
+#include <gtest/gtest.h>
+
+namespace telephone::exchange {
+namespace {
+
+class FakeRegister final : public sip::IncomingRequest
+{
+public:
+    FakeRegister(std::string const& number, sip::Headers headers)
+        : headers_(std::move(headers))
+    {
+        address_.uri.user = number;
+        address_.uri.host = "127.0.0.1";
+    }
+
+    std::string method() const override { return "REGISTER"; }
+    std::string requestUri() const override { return "sip:127.0.0.1"; }
+    sip::NameAddr from() const override { return address_; }
+    sip::NameAddr to() const override { return address_; }
+    std::string callId() const override { return "call"; }
+    sip::Headers const& headers() const override { return headers_; }
+    sip::Content const& content() const override { return content_; }
+    void reply(int status, std::string const&, sip::Headers const& headers, sip::Content const&) override
+    {
+        replied = status;
+        replyHeaders = headers;
+    }
+
+    int replied = 0;
+    sip::Headers replyHeaders;
+
+private:
+    sip::NameAddr address_;
+    sip::Headers headers_;
+    sip::Content content_;
+};
+
+class RegistrarTest : public ::testing::Test
+{
+protected:
+    ExchangeConfig config_;
+    std::vector<std::string> changed_;
+
+    Registrar makeRegistrar()
+    {
+        return Registrar(config_, [this](std::string const& number) { changed_.push_back(number); });
+    }
+};
+
+TEST_F(RegistrarTest, RequestWithoutCredentials_IsChallenged)
+{
+    Registrar registrar = makeRegistrar();
+    FakeRegister request("4711", {{"Contact", "<sip:4711@127.0.0.1:5080>"}});
+
+    registrar.handle(request);
+
+    EXPECT_EQ(request.replied, 401);
+    EXPECT_EQ(request.replyHeaders.value("WWW-Authenticate").find("Digest realm=\"exchange\""), 0U);
+    EXPECT_TRUE(registrar.contactsOf("4711").empty());
+    EXPECT_TRUE(changed_.empty());
+}
+
+TEST_F(RegistrarTest, WrongResponse_IsForbidden)
+{
+    Registrar registrar = makeRegistrar();
+    FakeRegister request("4711",
+                         {{"Authorization", "Digest username=\"4711\", realm=\"exchange\", nonce=\"1.2\", "
+                                            "uri=\"sip:127.0.0.1\", response=\"0123456789abcdef0123456789abcdef\""}});
+
+    registrar.handle(request);
+
+    EXPECT_EQ(request.replied, 403);
+}
+
+TEST_F(RegistrarTest, AddressWithoutUser_IsNotFound)
+{
+    Registrar registrar = makeRegistrar();
+    FakeRegister request("", {});
+
+    registrar.handle(request);
+
+    EXPECT_EQ(request.replied, 404);
+}
+
+TEST_F(RegistrarTest, ConfiguredNumber_IsKnownBeforeItRegisters)
+{
+    config_.users = {{"4711", "secret"}};
+    Registrar const registrar = makeRegistrar();
+
+    EXPECT_TRUE(registrar.knows("4711"));
+    EXPECT_FALSE(registrar.knows("4712"));
+    EXPECT_TRUE(registrar.registeredNumbers().empty());
+}
+
+}  // namespace
+}  // namespace telephone::exchange

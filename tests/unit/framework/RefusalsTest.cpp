@@ -1,0 +1,95 @@
+#include "telephone/framework/Refusals.h"
+
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "telephone/framework/Log.h"
+
+namespace telephone {
+namespace {
+
+Refusal const kNoCall{RefusalKind::kNotFound, "line 4711 has no call 7"};
+Refusal const kFull{RefusalKind::kLimit, "100 calls are in progress"};
+
+class RefusalsTest : public testing::Test
+{
+protected:
+    RefusalsTest() { EXPECT_TRUE(openLog(kLogInfo, file_)); }
+    ~RefusalsTest() override
+    {
+        EXPECT_TRUE(openLog(kLogInfo, ""));
+        std::filesystem::remove(file_);
+    }
+
+    // Without the time at the beginning of each line.
+    std::string written() const
+    {
+        flushLog();
+        std::ifstream input(file_);
+        std::string text;
+        for (std::string line; std::getline(input, line);) {
+            text += line.substr(24) + "\n";
+        }
+        return text;
+    }
+
+    std::string const file_ =
+        (std::filesystem::temp_directory_path() / ("refusals-" + std::to_string(getpid()))).string();
+};
+
+TEST_F(RefusalsTest, Report_WithoutACollector_IsOneWarning)
+{
+    reportRefusal("calls", kNoCall);
+
+    EXPECT_EQ(written(), "warning [calls] line 4711 has no call 7\n");
+}
+
+TEST_F(RefusalsTest, Report_WithACollector_IsLoggedOnceAndKept)
+{
+    RefusalCollector collector;
+
+    reportRefusal("calls", kNoCall);
+    reportRefusal("lines", kFull);
+
+    EXPECT_EQ(collector.take(), (std::vector<Refusal>{kNoCall, kFull}));
+    EXPECT_EQ(written(), "warning [calls] line 4711 has no call 7\nwarning [lines] 100 calls are in progress\n");
+}
+
+TEST_F(RefusalsTest, Take_EmptiesTheCollector)
+{
+    RefusalCollector collector;
+    reportRefusal("calls", kNoCall);
+    EXPECT_EQ(collector.take().size(), 1U);
+
+    EXPECT_EQ(collector.take(), std::vector<Refusal>{});
+}
+
+TEST_F(RefusalsTest, NestedCollectors_TheInnermostCollects)
+{
+    RefusalCollector outer;
+    {
+        RefusalCollector inner;
+        reportRefusal("calls", kNoCall);
+        EXPECT_EQ(inner.take(), std::vector<Refusal>{kNoCall});
+    }
+    reportRefusal("calls", kFull);
+
+    EXPECT_EQ(outer.take(), std::vector<Refusal>{kFull});
+}
+
+TEST_F(RefusalsTest, ReportOnAnotherThread_IsNotCollectedHere)
+{
+    RefusalCollector collector;
+
+    std::thread([] { reportRefusal("calls", kNoCall); }).join();
+
+    EXPECT_EQ(collector.take(), std::vector<Refusal>{});
+    EXPECT_EQ(written(), "warning [calls] line 4711 has no call 7\n");
+}
+
+}  // namespace
+}  // namespace telephone

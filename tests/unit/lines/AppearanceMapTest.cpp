@@ -1,0 +1,141 @@
+// Calls and the appearances they are on.
+#include "telephone/lines/AppearanceMap.h"
+
+#include <chrono>
+
+#include <gtest/gtest.h>
+
+namespace telephone {
+namespace {
+
+class AppearanceMapTest : public testing::Test
+{
+protected:
+    AppearanceMapTest()
+        : map_([this] { return now_; })
+    {
+        map_.addLine(3, {129, 130});
+        map_.addLine(4, {131, 132, 133});
+    }
+
+    int assign(int line, int callID)
+    {
+        int appearance = 0;
+        map_.assignCallToLine(line, callID, appearance);
+        return appearance;
+    }
+
+    bool isMapped(int callID) const
+    {
+        int line = 0;
+        int appearance = 0;
+        return map_.findVirtualLineforCallID(callID, line, appearance);
+    }
+
+    std::chrono::steady_clock::time_point now_{};
+    AppearanceMap map_;
+};
+
+TEST_F(AppearanceMapTest, Assignment_WritesBackTheAppearanceOfTheVirtualLine)
+{
+    EXPECT_EQ(assign(132, 7), 2);
+
+    int line = 0;
+    int appearance = 0;
+    ASSERT_TRUE(map_.findVirtualLineforCallID(7, line, appearance));
+    EXPECT_EQ(line, 132);
+    EXPECT_EQ(appearance, 2);
+}
+
+TEST_F(AppearanceMapTest, Assignment_ToTheLineItself_TakesItsFirstFreeAppearance)
+{
+    assign(129, 1);
+    EXPECT_EQ(assign(3, 2), 2);
+}
+
+TEST_F(AppearanceMapTest, Assignment_ToNoVirtualLine_ChangesNothing)
+{
+    EXPECT_EQ(assign(0, 1), 0);
+    EXPECT_EQ(assign(1, 1), 0);
+
+    int line = 5;
+    int appearance = 6;
+    EXPECT_FALSE(map_.findVirtualLineforCallID(1, line, appearance));
+    EXPECT_EQ(line, 5);
+    EXPECT_EQ(appearance, 6);
+}
+
+TEST_F(AppearanceMapTest, FirstFree_PassesOverAppearancesWithCalls_AndIsZeroWhenAllAreTaken)
+{
+    EXPECT_EQ(map_.findFirstFreeVirtualLine(3), 129);
+    assign(129, 1);
+    EXPECT_EQ(map_.findFirstFreeVirtualLine(3), 130);
+    assign(130, 2);
+    EXPECT_EQ(map_.findFirstFreeVirtualLine(3), 0);
+    EXPECT_EQ(map_.findFirstFreeVirtualLine(1), 0);
+}
+
+TEST_F(AppearanceMapTest, AppearanceIsFree_WhenItsCallHasEnded)
+{
+    assign(129, 1);
+    map_.callBegan(1, 129);
+    map_.callEnded(1);
+
+    EXPECT_EQ(map_.findFirstFreeVirtualLine(3), 129);
+    EXPECT_FALSE(isMapped(1));
+}
+
+TEST_F(AppearanceMapTest, MappingWhoseCallNeverCame_IsForgottenAfterTenSeconds)
+{
+    assign(129, 1);
+    now_ += std::chrono::seconds(9);
+    EXPECT_EQ(map_.findFirstFreeVirtualLine(3), 130);
+    now_ += std::chrono::seconds(1);
+    EXPECT_EQ(map_.findFirstFreeVirtualLine(3), 129);
+    EXPECT_FALSE(isMapped(1));
+}
+
+TEST_F(AppearanceMapTest, MappingOfALivingCall_StaysForAsLongAsItLives)
+{
+    assign(129, 1);
+    map_.callBegan(1, 129);
+    now_ += std::chrono::hours(10);
+
+    EXPECT_EQ(map_.findFirstFreeVirtualLine(3), 130);
+}
+
+TEST_F(AppearanceMapTest, ReservedAppearance_IsFirstForOutgoingCallsAndClosedToIncomingOnes)
+{
+    map_.reserve(132);
+
+    EXPECT_EQ(map_.findFirstFreeVirtualLine(4), 132);
+    EXPECT_EQ(map_.seizeForIncoming(4, 1001), 131);
+    EXPECT_EQ(map_.seizeForIncoming(4, 1002), 133);
+    EXPECT_EQ(map_.seizeForIncoming(4, 1003), 0);
+}
+
+TEST_F(AppearanceMapTest, Reservation_EndsWithTheCallItWasFor)
+{
+    map_.reserve(132);
+    map_.callBegan(5, 132);
+    map_.reserve(132);  // taken: not reserved
+
+    map_.callEnded(5);
+    EXPECT_EQ(map_.findFirstFreeVirtualLine(4), 131);
+    map_.reserve(132);
+    EXPECT_EQ(map_.findFirstFreeVirtualLine(4), 132);
+}
+
+TEST_F(AppearanceMapTest, TenThousandCalls_LeaveNothingBehind)
+{
+    for (int callID = 1; callID <= 10000; ++callID) {
+        ASSERT_EQ(map_.seizeForIncoming(4, callID), 131);
+        map_.callBegan(callID, 131);
+        map_.callEnded(callID);
+        ASSERT_FALSE(isMapped(callID));
+    }
+    EXPECT_EQ(map_.findFirstFreeVirtualLine(4), 131);
+}
+
+}  // namespace
+}  // namespace telephone

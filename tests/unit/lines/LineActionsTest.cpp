@@ -1,0 +1,197 @@
+#include "telephone/lines/LineActions.h"
+
+#include <future>
+
+#include <gmock/gmock.h>
+
+#include "LinesFixture.h"
+#include "ManualWatch.h"
+#include "platform/services/DigitAnalysisServiceIfc.h"
+
+namespace telephone {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class LineActionsTest : public LinesFixture
+{};
+
+TEST_F(LineActionsTest, KeyOfAnIdleLine_SelectsIt_AndOnlyThatOne)
+{
+    build();
+    lines_->getLine("4711")->keyPressed();
+    EXPECT_EQ(stateOf("4711"), eLineStateSelected);
+
+    lines_->getLine("4713")->keyPressed();
+    EXPECT_EQ(stateOf("4711"), eLineStateIdle);
+    EXPECT_EQ(stateOf("4713"), eLineStateSelected);
+    EXPECT_EQ(lines_->getLineInState(eLineStateSelected, "4713"), lines_->getLine("4713#1"));
+
+    lines_->getLine("4713")->keyPressed();
+    EXPECT_EQ(stateOf("4713"), eLineStateIdle);
+    EXPECT_THAT(calls_.takeAsked(), IsEmpty());
+}
+
+TEST_F(LineActionsTest, Key_AnswersHoldsAndRetrieves_ByTheStateOfItsLine)
+{
+    build();
+    offer(1, 1001);
+    lines_->getLine("4711")->keyPressed();
+    change(1, 1001, sfiCallStateConnected);
+    lines_->getLine("4711")->keyPressed();
+    change(1, 1001, sfiCallStateHeld);
+    lines_->getLine("4711")->keyPressed();
+
+    EXPECT_THAT(calls_.takeAsked(), ElementsAre("answer 1001", "hold 1001", "retrieve 1001"));
+}
+
+TEST_F(LineActionsTest, KeyOfALineThatDialsOrIsOutOfService_DoesNothing)
+{
+    configuration_.lines[1].registers = true;
+    build();
+    change(1, 5, sfiCallStateDialling);
+    lines_->getLine("4711")->keyPressed();
+    lines_->getLine("4712")->keyPressed();
+
+    EXPECT_THAT(calls_.takeAsked(), IsEmpty());
+    EXPECT_EQ(stateOf("4712"), eLineStateOutOfService);
+}
+
+TEST_F(LineActionsTest, HotLine_DialsItsDigitsAtOnce_WhenItsKeyIsPressed)
+{
+    configuration_.lines[0].hotWarmType = LineData::kHotLine;
+    configuration_.lines[0].hotWarmDigits = "103";
+    build();
+    lines_->getLine("4711")->getLineData()->setHotWarmLineManual(true);
+    lines_->getLine("4711")->keyPressed();
+
+    EXPECT_THAT(calls_.takeAsked(), ElementsAre("make 4711 1001 103"));
+}
+
+TEST_F(LineActionsTest, HotLine_ThatAnApplicationSeizes_DialsNothing)
+{
+    configuration_.lines[0].hotWarmType = LineData::kHotLine;
+    configuration_.lines[0].hotWarmDigits = "103";
+    build();
+    lines_->getLine("4711")->keyPressed();
+
+    EXPECT_THAT(calls_.takeAsked(), IsEmpty());
+    EXPECT_EQ(stateOf("4711"), eLineStateSelected);
+}
+
+TEST_F(LineActionsTest, HotLine_ThatCannotDial_IsIdleAgain)
+{
+    configuration_.lines[0].hotWarmType = LineData::kHotLine;
+    configuration_.lines[0].hotWarmDigits = "103";
+    build();
+    calls_.refuseAll();
+    lines_->getLine("4711")->getLineData()->setHotWarmLineManual(true);
+    lines_->getLine("4711")->keyPressed();
+
+    EXPECT_EQ(stateOf("4711"), eLineStateIdle);
+}
+
+TEST_F(LineActionsTest, WarmLine_DialsAfterItsDelay)
+{
+    configuration_.lines[0].hotWarmType = LineData::kWarmLine;
+    configuration_.lines[0].hotWarmDigits = "103";
+    build(std::chrono::milliseconds(1));
+    lines_->getLine("4711")->getLineData()->setHotWarmLineManual(true);
+    lines_->getLine("4711")->keyPressed();
+    std::promise<void> later;
+    timers_.start(std::chrono::milliseconds(20), [&later] { later.set_value(); });
+    ASSERT_EQ(later.get_future().wait_for(std::chrono::seconds(10)), std::future_status::ready);
+
+    EXPECT_THAT(calls_.takeAsked(), ElementsAre("make 4711 1001 103"));
+}
+
+TEST_F(LineActionsTest, WarmLine_ThatIsGivenBackInTime_DialsNothing)
+{
+    configuration_.lines[0].hotWarmType = LineData::kWarmLine;
+    configuration_.lines[0].hotWarmDigits = "103";
+    build(std::chrono::milliseconds(10));
+    lines_->getLine("4711")->getLineData()->setHotWarmLineManual(true);
+    lines_->getLine("4711")->keyPressed();
+    lines_->getLine("4711")->keyPressed();
+    std::promise<void> later;
+    timers_.start(std::chrono::milliseconds(50), [&later] { later.set_value(); });
+    ASSERT_EQ(later.get_future().wait_for(std::chrono::seconds(10)), std::future_status::ready);
+
+    EXPECT_THAT(calls_.takeAsked(), IsEmpty());
+}
+
+TEST_F(LineActionsTest, DirectStationKey_ActsByItsContext)
+{
+    configuration_.keys = {{3, "dss", "102", "", false}};
+    auto& station = *build().getDSSLineForFPK(3);
+
+    station.dssKeyPressed(eDSSContextNone, "", "");
+    station.dssKeyPressed(eDSSContextPickup, "", "");
+    offer(2, 1001);
+    station.dssKeyPressed(eDSSContextDeflect, "", "4712");
+    change(1, 7, sfiCallStateConnected);
+    station.dssKeyPressed(eDSSContextConsultation, "", "");
+    station.dssKeyPressed(eDSSContextBlindTransfer, "", "");
+    station.dssKeyPressed(eDSSContextBlindTransfer, "55", "");
+
+    EXPECT_THAT(calls_.takeAsked(), ElementsAre("make 4711 1001 102", "pickup 4711 1002 102", "deflect 1001 102",
+                                                "consult 4711 1003 102", "transfer 7 102", "transfer 7 55"));
+}
+
+TEST_F(LineActionsTest, DirectStationKey_WithoutTheCallItNeeds_DoesNothing)
+{
+    configuration_.keys = {{3, "dss", "102", "", false}};
+    auto& station = *build().getDSSLineForFPK(3);
+    station.dssKeyPressed(eDSSContextConsultation, "", "");
+    station.dssKeyPressed(eDSSContextBlindTransfer, "", "");
+    station.dssKeyPressed(eDSSContextDeflect, "", "4712");
+    station.dssKeyPressed(static_cast<EDSSContext>(99), "", "");
+
+    EXPECT_THAT(calls_.takeAsked(), IsEmpty());
+}
+
+TEST_F(LineActionsTest, DirectStationKey_ThatOnlyShows_NeverActs)
+{
+    configuration_.keys = {{3, "dss", "102", "", true}, {4, "dss", "4712", "", true}};
+    auto& lines = build();
+    lines.getDSSLineForFPK(3)->dssKeyPressed(eDSSContextNone, "", "");
+    lines.getDSSLineForFPK(4)->dssKeyPressed(eDSSContextNone, "", "");
+
+    EXPECT_THAT(calls_.takeAsked(), IsEmpty());
+}
+
+TEST_F(LineActionsTest, BlindTransfer_WithoutAnActiveCall_MovesTheHeldOne)
+{
+    configuration_.keys = {{3, "dss", "102", "", false}};
+    auto& station = *build().getDSSLineForFPK(3);
+    change(1, 7, sfiCallStateHeld);
+    station.dssKeyPressed(eDSSContextBlindTransfer, "", "");
+
+    EXPECT_THAT(calls_.takeAsked(), ElementsAre("transfer 7 102"));
+}
+
+class PermitsEmergency final : public DigitAnalysisServiceIfc
+{
+public:
+    bool isPermittedNumber(std::string const& number) override { return number == "112"; }
+    bool isPermittedNumberInContext(std::string const&, int) override { return false; }
+    void queryNumberFlag(std::string const&, std::string&) override {}
+};
+
+TEST_F(LineActionsTest, LockedPhone_DialsPermittedNumbersOnly)
+{
+    configuration_.keys = {{3, "dss", "102", "", false}, {4, "dss", "112", "", false}};
+    auto& lines = build();
+    PermitsEmergency analysis;
+    lines.setDigitAnalysisService(&analysis);
+    ASSERT_TRUE(settings_->set("phone-locked", "true"));
+    lines.getDSSLineForFPK(3)->dssKeyPressed(eDSSContextNone, "", "");
+    lines.getDSSLineForFPK(4)->dssKeyPressed(eDSSContextNone, "", "");
+
+    EXPECT_THAT(calls_.takeAsked(), ElementsAre("make 4711 1001 112"));
+    lines.setDigitAnalysisService(nullptr);
+}
+
+}  // namespace
+}  // namespace telephone

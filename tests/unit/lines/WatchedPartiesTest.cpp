@@ -1,0 +1,119 @@
+// The status of a party, from the documents of its dialogs.
+#include "telephone/lines/WatchedParties.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "telephone/sip/DialogList.h"
+
+namespace telephone {
+namespace {
+
+std::string document(int version, std::string const& state, std::string const& dialogs)
+{
+    return "<?xml version=\"1.0\"?>\n<dialog-info xmlns=\"urn:ietf:params:xml:ns:dialog-info\" version=\"" +
+           std::to_string(version) + "\" state=\"" + state + "\" entity=\"sip:103@127.0.0.1\">" + dialogs +
+           "</dialog-info>";
+}
+
+std::string dialog(std::string const& id, std::string const& direction, std::string const& state,
+                   std::string const& rendering = "yes")
+{
+    return "<dialog id=\"" + id + "\" call-id=\"call-" + id + "\" local-tag=\"lt\" remote-tag=\"rt\" direction=\"" +
+           direction + "\"><state>" + state + "</state>" +
+           "<local><identity>sip:103@127.0.0.1</identity>"
+           "<target uri=\"sip:103@127.0.0.1:5080\"><param pname=\"+sip.rendering\" pvalue=\"" +
+           rendering +
+           "\"/></target></local>"
+           "<remote><identity display=\"Anna\">sip:anna@127.0.0.1</identity>"
+           "<target uri=\"sip:anna@127.0.0.1:5090\"/></remote></dialog>";
+}
+
+class WatchedPartiesTest : public testing::Test
+{
+protected:
+    using Result = sip::DialogList::Result;
+
+    WatchedParty party() const { return partyOf(dialogs_.dialogs()); }
+
+    sip::DialogList dialogs_;
+};
+
+TEST_F(WatchedPartiesTest, Party_IsUnknownAtFirst_AndIdleWithoutDialogs)
+{
+    EXPECT_EQ(WatchedParty().status, PartyStatus::kUnknown);
+    EXPECT_EQ(dialogs_.take(document(0, "full", "")), Result::kTaken);
+    EXPECT_EQ(party().status, PartyStatus::kIdle);
+}
+
+TEST_F(WatchedPartiesTest, CallToTheParty_RingsAndIsThenSpokenIn)
+{
+    dialogs_.take(document(1, "full", dialog("a", "recipient", "early")));
+    EXPECT_EQ(party().status, PartyStatus::kRinging);
+    EXPECT_EQ(party().remoteURI, "sip:anna@127.0.0.1");
+    ASSERT_TRUE(party().dialog);
+    EXPECT_EQ(party().dialog->targetURI, "sip:anna@127.0.0.1:5090");
+    EXPECT_EQ(party().dialog->replaces.callId, "call-a");
+    EXPECT_EQ(party().dialog->replaces.toTag, "rt");
+    EXPECT_EQ(party().dialog->replaces.fromTag, "lt");
+    EXPECT_TRUE(party().dialog->replaces.earlyOnly);
+    EXPECT_EQ(party().dialog->callingName, "Anna");
+    EXPECT_EQ(party().dialog->calledURI, "sip:103@127.0.0.1");
+
+    dialogs_.take(document(2, "partial", dialog("a", "recipient", "confirmed")));
+    EXPECT_EQ(party().status, PartyStatus::kBusy);
+    dialogs_.take(document(3, "partial", dialog("a", "recipient", "terminated")));
+    EXPECT_EQ(party().status, PartyStatus::kIdle);
+}
+
+TEST_F(WatchedPartiesTest, CallThatThePartyMakes_IsBusyFromTheStart)
+{
+    dialogs_.take(document(1, "full", dialog("a", "initiator", "early")));
+    EXPECT_EQ(party().status, PartyStatus::kBusy);
+}
+
+TEST_F(WatchedPartiesTest, CallThatRings_ShowsBesideOneThatIsSpokenIn)
+{
+    dialogs_.take(document(1, "full", dialog("a", "recipient", "early") + dialog("b", "initiator", "confirmed")));
+    EXPECT_EQ(party().status, PartyStatus::kRinging);
+    EXPECT_EQ(party().dialog->replaces.callId, "call-a");
+}
+
+TEST_F(WatchedPartiesTest, CallOnHold_IsHeld_UnlessAnotherIsSpokenIn)
+{
+    dialogs_.take(document(1, "full", dialog("a", "initiator", "confirmed", "no")));
+    EXPECT_EQ(party().status, PartyStatus::kHolding);
+    EXPECT_EQ(party().dialog->replaces.callId, "call-a");
+
+    dialogs_.take(document(2, "partial", dialog("b", "initiator", "confirmed")));
+    EXPECT_EQ(party().status, PartyStatus::kBusy);
+    EXPECT_EQ(party().dialog->replaces.callId, "call-b");
+}
+
+TEST_F(WatchedPartiesTest, NoticesThatComeLateOrTwice_ChangeNothing)
+{
+    dialogs_.take(document(5, "full", dialog("a", "recipient", "confirmed")));
+    EXPECT_EQ(dialogs_.take(document(4, "full", "")), Result::kOutdated);
+    EXPECT_EQ(dialogs_.take(document(5, "full", "")), Result::kOutdated);
+    EXPECT_EQ(party().status, PartyStatus::kBusy);
+}
+
+TEST_F(WatchedPartiesTest, WholeState_ForgetsDialogsThatItDoesNotName)
+{
+    dialogs_.take(document(1, "full", dialog("a", "recipient", "early")));
+    dialogs_.take(document(2, "full", ""));
+    EXPECT_EQ(party().status, PartyStatus::kIdle);
+}
+
+TEST_F(WatchedPartiesTest, MalformedDocuments_ChangeNothing)
+{
+    dialogs_.take(document(1, "full", dialog("a", "recipient", "early")));
+    EXPECT_EQ(dialogs_.take(""), Result::kMalformed);
+    EXPECT_EQ(dialogs_.take("<presence/>"), Result::kMalformed);
+    EXPECT_EQ(dialogs_.take(std::string(100000, '<')), Result::kMalformed);
+    EXPECT_EQ(party().status, PartyStatus::kRinging);
+}
+
+}  // namespace
+}  // namespace telephone

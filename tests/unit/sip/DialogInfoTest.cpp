@@ -1,0 +1,80 @@
+#include "telephone/sip/DialogInfo.h"
+
+#include <gtest/gtest.h>
+
+namespace telephone::sip {
+
+TEST(DialogInfoTest, ForeignDocument_IsRead)
+{
+    auto const info = DialogInfo::parse(R"(<?xml version="1.0"?>
+<di:dialog-info xmlns:di="urn:ietf:params:xml:ns:dialog-info" version="3" state="partial" entity="sip:1@h">
+  <di:dialog id="x" call-id="c" local-tag="l" remote-tag="r" direction="recipient">
+    <di:state event="2xx">confirmed</di:state>
+    <di:remote><di:identity display="Al">sip:2@h</di:identity><di:target uri="sip:2@h:9"/></di:remote>
+  </di:dialog>
+  <di:dialog id="y"><di:state>levitating</di:state></di:dialog>
+</di:dialog-info>)");
+
+    ASSERT_TRUE(info);
+    EXPECT_EQ(3U, info->version);
+    EXPECT_FALSE(info->full);
+    ASSERT_EQ(1U, info->dialogs.size());
+    EXPECT_EQ((DialogId{"c", "l", "r"}), info->dialogs[0].dialog);
+    EXPECT_TRUE(info->dialogs[0].recipient);
+    EXPECT_EQ(DialogState::kConfirmed, info->dialogs[0].state);
+    EXPECT_EQ("Al", info->dialogs[0].remote.displayName);
+    EXPECT_EQ("sip:2@h:9", info->dialogs[0].remote.target);
+}
+
+TEST(DialogInfoTest, OwnDocument_IsWrittenInFull)
+{
+    DialogInfo info;
+    info.version = 2;
+    info.entity = "sip:1@h";
+    DialogEntry entry;
+    entry.id = "a";
+    entry.dialog = {"c<", "l", ""};
+    entry.state = DialogState::kEarly;
+    entry.remote.identity = "sip:2@h";
+    info.dialogs.push_back(entry);
+
+    EXPECT_EQ(
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
+        "<dialog-info xmlns=\"urn:ietf:params:xml:ns:dialog-info\" version=\"2\" state=\"full\" entity=\"sip:1@h\">"
+        "<dialog id=\"a\" call-id=\"c&lt;\" local-tag=\"l\" direction=\"initiator\"><state>early</state>"
+        "<remote><identity>sip:2@h</identity></remote></dialog></dialog-info>",
+        info.format());
+}
+
+TEST(DialogInfoTest, MalformedDocument_IsRefused)
+{
+    EXPECT_FALSE(DialogInfo::parse(""));
+    EXPECT_FALSE(DialogInfo::parse("<presence/>"));
+    EXPECT_FALSE(DialogInfo::parse("<dialog-info><dialog>"));
+}
+
+TEST(MessageSummaryTest, Names_AreReadWithoutRegardToCase)
+{
+    auto const summary = MessageSummary::parse("messages-waiting: Yes\nmessage-account: sip:1@h\nVoice-message: 4/8\n");
+
+    ASSERT_TRUE(summary);
+    EXPECT_TRUE(summary->waiting);
+    EXPECT_EQ("sip:1@h", summary->account);
+    EXPECT_EQ((MessageCounts{4, 8, 0, 0}), summary->voice);
+    EXPECT_FALSE(MessageSummary::parse("Voice-Message: 4/8"));
+}
+
+TEST(MessageSummaryTest, MalformedCounts_CountAsZero)
+{
+    auto const countsOf = [](std::string const& counts) {
+        return MessageSummary::parse("Messages-Waiting: yes\r\nVoice-Message: " + counts + "\r\n")->voice;
+    };
+
+    EXPECT_EQ((MessageCounts{2, 8, 0, 2}), countsOf("2/8 (0/2)"));
+    EXPECT_EQ((MessageCounts{2, 8, 0, 0}), countsOf("2/8 (0/x)"));
+    EXPECT_EQ(MessageCounts{}, countsOf("1/-7"));
+    EXPECT_EQ(MessageCounts{}, countsOf("99999999999/1"));
+    EXPECT_EQ(MessageCounts{}, countsOf("none"));
+}
+
+}  // namespace telephone::sip
