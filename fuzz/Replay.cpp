@@ -1,4 +1,4 @@
-// Runs a fuzz target on files and folders of inputs, without a fuzzer: how the corpus is played in every build.
+// Runs a fuzz target on files and folders of inputs, without a fuzzer: every build plays the corpus with it.
 #include <filesystem>
 #include <fstream>
 #include <iostream>

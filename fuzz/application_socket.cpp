@@ -1,5 +1,5 @@
-// What an application sends, in pieces of any size: every request that ends with a NUL is handled once and in order,
-// and the answers are those of a plain splitter.
+// Sends any bytes to the application socket, in pieces of any size. Every request that ends with a NUL is handled once
+// and in order, and the answers equal those of a plain splitter.
 #include <array>
 #include <memory>
 #include <vector>
@@ -25,7 +25,7 @@ public:
     void shutdown() override {}
 };
 
-// Answers with the request's size, and not at all where it begins with "-".
+// Answers with the size of the request; does not answer a request that begins with "-".
 class SizeInvoker final : public Invoker
 {
 public:

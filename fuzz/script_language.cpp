@@ -17,7 +17,7 @@ bool waits(telephone::Words const& words)
     return words[0] == "wait" || words[0] == "never" || words[0] == "pause" || words[0] == "expect";
 }
 
-// The line as it is played: with a time of zero if it waits.
+// The line to play: a step that waits gets a time of zero.
 std::string withoutWaiting(std::string const& line)
 {
     auto const words = telephone::splitWords(line);
@@ -32,6 +32,7 @@ std::string withoutWaiting(std::string const& line)
     bool const hasTime = words->front() == "pause" || played.find("\"within\"") != std::string::npos;
     return hasTime ? played : played + " within 0";
 }
+
 // Runs the line as if typed: it succeeds, or is refused with a reason.
 void typeLine(TalkingTelephone& phone, std::string const& line)
 {

@@ -7,6 +7,7 @@
 #include "telephone/calls/CallEngine.h"
 #include "telephone/console/EventPattern.h"
 #include "telephone/framework/Log.h"
+#include "telephone/framework/Refusals.h"
 #include "telephone/lines/LineStates.h"
 #include "telephone/lines/Lines.h"
 #include "telephone/management/LocalManagement.h"
@@ -97,7 +98,7 @@ Outcome<> PhoneControls::plug(std::string const& plug, bool in)
 
 Outcome<> PhoneControls::lock(bool locked)
 {
-    return physical_.setLocked(locked);
+    return management_.settings().set(SettingNames::kPhoneLocked, locked ? "true" : "false");
 }
 
 void PhoneControls::setService(Executable* service)
@@ -107,12 +108,13 @@ void PhoneControls::setService(Executable* service)
 
 Outcome<> PhoneControls::record(std::string const& line, bool on)
 {
-    bool const done =
-        recording_ != nullptr && (on ? recording_->activateRecording(line) : recording_->deactivateRecording(line));
-    if (!done) {
-        return refuse(RefusalKind::kWrongState, "not done; the log says why");
+    if (recording_ == nullptr) {
+        return refuse(RefusalKind::kNotSupported, "the service does not record calls");
     }
-    return {};
+    RefusalCollector collector;
+    bool const done = on ? recording_->activateRecording(line) : recording_->deactivateRecording(line);
+    return done ? Outcome<>()
+                : collector.first({RefusalKind::kWrongState, "the service refused to start or stop the recording"});
 }
 
 std::optional<std::string> PhoneControls::lampMode(std::string const& lamp)

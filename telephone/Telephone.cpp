@@ -1,5 +1,6 @@
 #include "telephone/Telephone.h"
 
+#include <array>
 #include <future>
 #include <set>
 #include <stdexcept>
@@ -85,8 +86,6 @@ struct Telephone::Parts
     void end();
     CommunicationsServiceIfc& calls();
     void registerExecutables();
-    void observeCalls();
-    void ignoreCalls();
 
     EventDispatcher events;
     TimerService timers;
@@ -95,110 +94,71 @@ struct Telephone::Parts
     std::unique_ptr<exchange::Exchange> exchange;  // null: another call server, or none
     Configuration const configuration;             // with the exchange's addresses
 
-    Settings settings;
-    std::unique_ptr<StoreWatcher> storeWatcher;  // null: the store is in memory
-    LocalManagement management;
+    Settings settings{valueOrThrow(ConfigurationStore::open(configuration.store.path)), configuration};
+    std::unique_ptr<StoreWatcher> storeWatcher =  // null: the store is in memory
+        configuration.store.path.empty() ? nullptr : std::make_unique<StoreWatcher>(settings);
+    LocalManagement management{settings};
     AuditoryDevice auditoryDevice;
-    CertificateManagement certificates;
-    DigitAnalysis digitAnalysis;
+    CertificateManagement certificates{configuration.certificates};
+    DigitAnalysis digitAnalysis{configuration.calls};
 
-    LineTable lineTable;
-    SfiReaders readers;
-    SettingsCallPolicy policy;
-    CallEngine engine;
-    Lines lines;
+    LineTable lineTable{configuration};
+    SfiReaders readers{settings, configuration, lineTable};
+    SettingsCallPolicy policy{settings, lineTable};
+    CallEngine engine{loop, engineOf(configuration), lineTable, policy,
+                      [this](Event event) { events.post(std::move(event)); }};
+    Lines lines{lineTable, configuration, settings, engine, timers};
     RegistrationWait registrations;
-    PhysicalInterface physical;
-    KeyLamps lamps;
-    KeyApplication keys;
-    Keyset keyset;
-    Ringer ringer;
-    PickupHandler pickup;
-    FeatureToggles toggles;
-    WatchedParties parties;
-    TeamFeatures team;
-    CallRecorder recorder;
-    Sfi sfi;
+    PhysicalInterface physical{configuration};
+    KeyLamps lamps{physical, lines, engine, settings};
+    KeyApplication keys{physical, lamps, lines, engine, settings};
+    Keyset keyset{lines, lines.actions(), engine, settings};
+    Ringer ringer{lines, engine, timers, keyset, auditoryDevice};
+    PickupHandler pickup{lines, engine};
+    FeatureToggles toggles{physical.layout(), settings};
+    WatchedParties parties{engine, primaryLine(lineTable)};
+    TeamFeatures team{{lines, lines.actions(), engine, keyset, toggles, pickup, physical, settings, parties},
+                      configuration.push.address};
+    CallRecorder recorder{configuration.recording, recordableCallsOf(engine.list()),
+                          [this](Event event) { events.post(std::move(event)); }};
+    Sfi sfi{{engine, lines, policy, settings, events, timers, &lineTable.appearances()}};
+    // The lines first: the others read their states.
+    std::array<CallObserver*, 5> const observers{&lines, &lamps, &parties, &recorder, &registrations};
     std::promise<void> keysUsable;  // set when the service has subscribed to the keys
-    PhoneControls controls;
+    PhoneControls controls{engine, lines, physical, management, keysUsable.get_future()};
 
     ServiceLibrary library;
-    std::unique_ptr<Service> service;
-    std::unique_ptr<Invoker> invoker;
-    RequestRunner requests;
+    std::unique_ptr<Service> service = library.createService();
+    std::unique_ptr<Invoker> invoker = library.createInvoker();
+    RequestRunner requests{*service, *invoker};
     bool running = false;
 };
 
 Telephone::Parts::Parts(Configuration given, std::string const& libraryFile)
     : exchange(makeExchange(loop, given))
     , configuration(valueOrThrow(withServer(std::move(given), exchange.get())))
-    , settings(valueOrThrow(ConfigurationStore::open(configuration.store.path)), configuration)
-    , storeWatcher(configuration.store.path.empty() ? nullptr : std::make_unique<StoreWatcher>(settings))
-    , management(settings)
-    , certificates(configuration.certificates)
-    , digitAnalysis(configuration.calls)
-    , lineTable(configuration)
-    , readers(settings, configuration, lineTable)
-    , policy(settings, lineTable)
-    , engine(loop, engineOf(configuration), lineTable, policy, [this](Event event) { events.post(std::move(event)); })
-    , lines(lineTable, configuration, settings, engine, timers)
-    , physical(configuration, settings)
-    , lamps(physical, lines, engine, settings)
-    , keys(physical, lamps, lines, engine, settings)
-    , keyset(lines, engine, settings)
-    , ringer(lines, engine, timers, keyset, auditoryDevice)
-    , pickup(lines, engine)
-    , toggles(physical.layout(), settings)
-    , parties(engine, primaryLine(lineTable))
-    , team({lines, engine, keyset, toggles, pickup, physical, settings, parties}, configuration.push.address)
-    , recorder(configuration.recording, recordableCallsOf(engine.list()),
-               [this](CallRecorder::Event event) { events.post(std::move(event)); })
-    , sfi({engine, lines, policy, settings, events, timers, &lineTable.appearances()})
-    , controls(engine, lines, physical, management, keysUsable.get_future())
     , library(libraryFile)
-    , service(library.createService())
-    , invoker(library.createInvoker())
-    , requests(*service, *invoker)
 {
     lineTable.setServer(serverAddressOf(configuration, exchange != nullptr, engine.userAgent().hostPort()));
     registerExecutables();
-    observeCalls();
+    for (CallObserver* const each : observers) {
+        engine.addObserver(*each);
+    }
     context.setProxyFactory([this] { return library.createEventProxy(); });
 }
 
 void Telephone::Parts::registerExecutables()
 {
-    struct Row
-    {
-        char const* name;
-        Executable* executable;
+    auto const offer = [this](char const* name, Executable& executable) {
+        executable.init(context);
+        context.registerExecutable(name, &executable);
     };
-    for (Row const& each : {Row{"LocalMgmtIfc", &management}, Row{"PhysicalInterfaceServiceIfc", &physical},
-                            Row{"AuditoryDeviceIfc", &auditoryDevice}, Row{"CertificateMgmtSvcIfc", &certificates},
-                            Row{"DigitAnalysisServiceIfc", &digitAnalysis}}) {
-        each.executable->init(context);
-        context.registerExecutable(each.name, each.executable);
-    }
+    offer("LocalMgmtIfc", management);
+    offer("PhysicalInterfaceServiceIfc", physical);
+    offer("AuditoryDeviceIfc", auditoryDevice);
+    offer("CertificateMgmtSvcIfc", certificates);
+    offer("DigitAnalysisServiceIfc", digitAnalysis);
     context.registerExecutable("CommunicationsServiceIfc", service.get());
-}
-
-void Telephone::Parts::observeCalls()
-{
-    // The lines first: the others read their states.
-    engine.addObserver(lines);
-    engine.addObserver(lamps);
-    engine.addObserver(parties);
-    engine.addObserver(recorder);
-    engine.addObserver(registrations);
-}
-
-void Telephone::Parts::ignoreCalls()
-{
-    engine.removeObserver(registrations);
-    engine.removeObserver(recorder);
-    engine.removeObserver(parties);
-    engine.removeObserver(lamps);
-    engine.removeObserver(lines);
 }
 
 void Telephone::Parts::begin()
@@ -242,14 +202,16 @@ void Telephone::Parts::end()
     service->shutdown();
     lamps.stop();
     lines.stop();
-    ignoreCalls();
+    for (CallObserver* const each : observers) {
+        engine.removeObserver(*each);
+    }
     timers.stop();
     events.stop();
     context.closeAllChannels();
-    for (Executable* const each : {static_cast<Executable*>(&management), static_cast<Executable*>(&auditoryDevice),
-                                   static_cast<Executable*>(&certificates), static_cast<Executable*>(&digitAnalysis)}) {
-        each->shutdown();
-    }
+    management.shutdown();
+    auditoryDevice.shutdown();
+    certificates.shutdown();
+    digitAnalysis.shutdown();
     log(kLogInfo, kComponent, "ended");
 }
 

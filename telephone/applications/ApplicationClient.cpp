@@ -32,12 +32,11 @@ Outcome<> ApplicationClient::send(std::string_view request)
 
 Outcome<std::optional<ApplicationMessage>> ApplicationClient::receive(int stop)
 {
-    std::size_t end = input_.find(kMessageEnd);
-    while (end == std::string::npos) {
+    std::size_t end = 0;
+    while ((end = input_.find(kMessageEnd)) == std::string::npos) {
         if (!read(stop)) {
             return std::nullopt;
         }
-        end = input_.find(kMessageEnd);
     }
     std::string const text = input_.substr(0, end);
     input_.erase(0, end + 1);

@@ -12,6 +12,8 @@
 
 namespace telephone {
 
+using Kind = ApplicationMessageKind;
+
 ApplicationConnection::ApplicationConnection(FileDescriptor socket, std::shared_ptr<Channel> channel,
                                              RequestRunner& runner)
     : socket_(std::move(socket))
@@ -35,32 +37,29 @@ void ApplicationConnection::receive()
 
 void ApplicationConnection::handleRequests()
 {
+    std::size_t handled = 0;
     std::size_t end = 0;
     while (!isFull() && (end = input_.find(kMessageEnd, searched_)) != std::string::npos) {
+        checkLength(end - handled);
         if (!skipping_) {
-            checkLength(end - handled_);
-        }
-        if (!skipping_) {
-            handle(std::string_view(input_).substr(handled_, end - handled_));
+            handle(std::string_view(input_).substr(handled, end - handled));
         }
         skipping_ = false;
-        handled_ = searched_ = end + 1;
+        handled = searched_ = end + 1;
     }
-    input_.erase(0, handled_);
-    handled_ = 0;
+    input_.erase(0, handled);
+    searched_ = 0;
     if (isFull()) {
-        searched_ = 0;
         return;
     }
-    searched_ = input_.size();
     checkLength(input_.size());
-    if (skipping_) {
+    if (ended_ && !input_.empty() && !skipping_) {
+        appendMessage(output_, Kind::kError, "the last request has no end (a NUL byte); not handled");
+    }
+    if (ended_ || skipping_) {
         input_.clear();
     }
     searched_ = input_.size();
-    if (ended_) {
-        refuseRest();
-    }
 }
 
 void ApplicationConnection::checkLength(std::size_t length)
@@ -69,27 +68,19 @@ void ApplicationConnection::checkLength(std::size_t length)
         return;
     }
     skipping_ = true;
-    appendError(output_, "the request is longer than " + std::to_string(kLongestRequest) + " bytes; skipped");
+    appendMessage(output_, Kind::kError,
+                  "the request is longer than " + std::to_string(kLongestRequest) + " bytes; skipped");
 }
 
 void ApplicationConnection::handle(std::string_view request)
 {
     RequestRunner::Reply const reply = runner_.run(*channel_, request);
     if (reply.answer) {
-        appendAnswer(output_, *reply.answer);
+        appendMessage(output_, Kind::kAnswer, *reply.answer);
     }
     if (reply.finished) {
-        appendFinished(output_);
+        appendMessage(output_, Kind::kFinished, {});
     }
-}
-
-void ApplicationConnection::refuseRest()
-{
-    if (!input_.empty()) {
-        appendError(output_, "the last request has no end (a NUL byte); not handled");
-    }
-    input_.clear();
-    searched_ = 0;
 }
 
 void ApplicationConnection::send()
@@ -110,12 +101,12 @@ void ApplicationConnection::send()
 void ApplicationConnection::collectEvents()
 {
     while (!isFull()) {
-        auto const events = channel_->events().take(kEventsAtOnce);
+        auto const events = channel_->take(kEventsAtOnce);
         if (events.empty()) {
             return;
         }
         for (NumberedEvent const& event : events) {
-            appendEvent(output_, event.number, event.text);
+            appendMessage(output_, Kind::kEvent, event.text, event.number);
         }
     }
 }

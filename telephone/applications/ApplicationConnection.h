@@ -47,10 +47,10 @@ private:
     [[nodiscard]] bool isFull() const { return waiting() >= kMostOutput; }
     // Handles complete requests until too many answers wait.
     void handleRequests();
-    // The request is part of the input and is followed by its NUL.
+    // The request is part of the input: a NUL follows it.
     void handle(std::string_view request);
+    // Starts to skip a request that is too long.
     void checkLength(std::size_t length);
-    void refuseRest();
     void collectEvents();
     void write();
 
@@ -58,7 +58,6 @@ private:
     std::shared_ptr<Channel> channel_;
     RequestRunner& runner_;
     std::string input_;         // received and not handled yet
-    std::size_t handled_ = 0;   // bytes of the input that are handled
     std::size_t searched_ = 0;  // bytes of the input known not to end the next request
     bool skipping_ = false;     // inside a request that is too long
     std::string output_;

@@ -35,11 +35,8 @@ struct ApplicationMessage
     std::string text;
 };
 
-// Each appends one message with its NUL.
-void appendAnswer(std::string& output, std::string_view text);
-void appendEvent(std::string& output, std::uint64_t number, std::string_view text);
-void appendFinished(std::string& output);
-void appendError(std::string& output, std::string_view reason);
+// Appends one message with its NUL. The number is that of an event.
+void appendMessage(std::string& output, ApplicationMessageKind kind, std::string_view text, std::uint64_t number = 0);
 
 // Parses a message without its NUL; nothing: not one of the four kinds.
 std::optional<ApplicationMessage> parseApplicationMessage(std::string_view message);

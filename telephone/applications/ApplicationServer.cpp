@@ -3,6 +3,7 @@
 #include <array>
 #include <cerrno>
 #include <system_error>
+#include <utility>
 
 #include <poll.h>
 #include <sys/epoll.h>
@@ -141,7 +142,7 @@ void ApplicationServer::refuse(FileDescriptor socket)
 {
     log(kLogWarning, "applications", "an application is refused: {} are already connected", connections_.size());
     std::string message;
-    appendError(message, "too many applications are connected");
+    appendMessage(message, ApplicationMessageKind::kError, "too many applications are connected");
     [[maybe_unused]] ssize_t const sent =
         send(socket.get(), message.data(), message.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
 }
@@ -158,18 +159,11 @@ void ApplicationServer::eventsCame(Id id)
 void ApplicationServer::sendEvents()
 {
     wakeUp_.clear();
-    std::vector<Id> ids;
-    {
-        std::lock_guard const lock(mutex_);
-        ids.swap(withEvents_);
-    }
+    std::unique_lock lock(mutex_);
+    auto const ids = std::exchange(withEvents_, {});
+    lock.unlock();
     for (Id const id : ids) {
-        auto const found = connections_.find(id);
-        if (found == connections_.end()) {
-            continue;
-        }
-        found->second->send();
-        update(id, *found->second);
+        dispatch(id, 0);
     }
 }
 
@@ -190,7 +184,7 @@ void ApplicationServer::close(Id id)
     auto const found = connections_.find(id);
     std::unique_ptr<ApplicationConnection> const connection = std::move(found->second);
     connections_.erase(found);
-    std::uint64_t const dropped = connection->channel()->events().dropped();
+    std::uint64_t const dropped = connection->channel()->dropped();
     if (dropped > 0) {
         log(kLogWarning, "applications", "{} did not read: {} events were dropped", connection->channel()->name(),
             dropped);

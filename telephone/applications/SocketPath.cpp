@@ -63,7 +63,7 @@ Outcome<FileDescriptor> lockFolderOf(std::string const& path)
     return opened;
 }
 
-Outcome<> removeStale(std::string const& path, sockaddr_un const& address, FileDescriptor const& probe)
+Outcome<> removeStale(std::string const& path, sockaddr_un const& address)
 {
     struct stat found
     {};
@@ -74,18 +74,20 @@ Outcome<> removeStale(std::string const& path, sockaddr_un const& address, FileD
         return refuse(RefusalKind::kBadInput,
                       path + " exists and is not a socket; it was left alone: name another path with --socket");
     }
-    if (tryConnect(probe, address) || errno == EAGAIN) {
-        return refuse(RefusalKind::kAlreadyExists,
-                      "the application socket " + path +
-                          " belongs to a running telephone: end it, or name another path with --socket");
-    }
-    if (errno != ECONNREFUSED || unlink(path.c_str()) != 0) {
-        return failed("the application socket " + path + " cannot be replaced");
-    }
-    return {};
+    return makeSocket().and_then([&](FileDescriptor const& probe) -> Outcome<> {
+        if (tryConnect(probe, address) || errno == EAGAIN) {
+            return refuse(RefusalKind::kAlreadyExists,
+                          "the application socket " + path +
+                              " belongs to a running telephone: end it, or name another path with --socket");
+        }
+        if (errno != ECONNREFUSED || unlink(path.c_str()) != 0) {
+            return failed("the application socket " + path + " cannot be replaced");
+        }
+        return {};
+    });
 }
 
-Outcome<> bindAndListen(FileDescriptor const& listener, std::string const& path, sockaddr_un const& address)
+Outcome<FileDescriptor> bindAndListen(FileDescriptor listener, std::string const& path, sockaddr_un const& address)
 {
     // The mode is set before the file is created, so that the file never has another one.
     if (fchmod(listener.get(), 0600) != 0 ||
@@ -93,7 +95,7 @@ Outcome<> bindAndListen(FileDescriptor const& listener, std::string const& path,
         chmod(path.c_str(), 0600) != 0 || listen(listener.get(), kWaitingConnections) != 0) {
         return failed("cannot open the application socket " + path);
     }
-    return {};
+    return listener;
 }
 
 Outcome<> makePrivateFolder(std::string const& folder)
@@ -125,42 +127,25 @@ Outcome<std::string> standardSocketPath()
 
 Outcome<FileDescriptor> listenAt(std::string const& path)
 {
-    auto const address = addressOf(path);
-    if (!address) {
-        return tl::unexpected(address.error());
-    }
-    auto const folder = lockFolderOf(path);
-    if (!folder) {
-        return tl::unexpected(folder.error());
-    }
-    auto const probe = makeSocket();
-    if (!probe) {
-        return tl::unexpected(probe.error());
-    }
-    auto listener = makeSocket();
-    if (!listener) {
-        return listener;
-    }
-    auto const opened =
-        removeStale(path, *address, *probe).and_then([&] { return bindAndListen(*listener, path, *address); });
-    if (!opened) {
-        return tl::unexpected(opened.error());
-    }
-    return listener;
+    return addressOf(path).and_then([&](sockaddr_un const& address) {
+        auto const lock = lockFolderOf(path);
+        return lock.and_then([&](FileDescriptor const&) { return removeStale(path, address); })
+            .and_then(makeSocket)
+            .and_then([&](FileDescriptor made) { return bindAndListen(std::move(made), path, address); });
+    });
 }
 
 Outcome<FileDescriptor> connectTo(std::string const& path)
 {
-    auto const address = addressOf(path);
-    if (!address) {
-        return tl::unexpected(address.error());
-    }
-    auto made = makeSocket();
-    if (made && !tryConnect(*made, *address)) {
-        return refuse(RefusalKind::kUnavailable, "no telephone answers at " + path + " (" + std::strerror(errno) +
-                                                     "): start one, or name its socket with --socket");
-    }
-    return made;
+    return addressOf(path).and_then([&](sockaddr_un const& address) {
+        return makeSocket().and_then([&](FileDescriptor made) -> Outcome<FileDescriptor> {
+            if (tryConnect(made, address)) {
+                return made;
+            }
+            return refuse(RefusalKind::kUnavailable, "no telephone answers at " + path + " (" + std::strerror(errno) +
+                                                         "): start one, or name its socket with --socket");
+        });
+    });
 }
 
 }  // namespace telephone

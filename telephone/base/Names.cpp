@@ -31,11 +31,6 @@ std::size_t distance(std::string_view left, std::string_view right)
     return row.back();
 }
 
-bool beginsWith(std::string_view name, std::string_view typed)
-{
-    return !typed.empty() && name.size() >= typed.size() && equalIgnoringCase(name.substr(0, typed.size()), typed);
-}
-
 // A longer text is not a mistyped name; comparing it whole would take long.
 std::string_view shortened(std::string_view typed)
 {
@@ -53,7 +48,8 @@ Nearest findNearest(std::string_view typed, std::vector<std::string_view> const&
 {
     Nearest nearest;
     for (std::string_view const name : names) {
-        std::size_t const changes = beginsWith(name, typed) ? 1 : distance(name, typed);
+        bool const isBeginning = !typed.empty() && beginsIgnoringCase(name, typed);
+        std::size_t const changes = isBeginning ? 1 : distance(name, typed);
         if (changes < nearest.changes) {
             nearest = {name, changes};
         }
@@ -67,6 +63,11 @@ bool equalIgnoringCase(std::string_view left, std::string_view right)
 {
     return std::equal(left.begin(), left.end(), right.begin(), right.end(),
                       [](char a, char b) { return lower(a) == lower(b); });
+}
+
+bool beginsIgnoringCase(std::string_view name, std::string_view typed)
+{
+    return equalIgnoringCase(name.substr(0, typed.size()), typed);
 }
 
 std::string_view nearestName(std::string_view typed, std::vector<std::string_view> const& names)

@@ -8,6 +8,7 @@
 namespace telephone {
 
 bool equalIgnoringCase(std::string_view left, std::string_view right);
+bool beginsIgnoringCase(std::string_view name, std::string_view typed);
 
 // The names of a table's rows, in their order.
 template <typename Rows, typename Row>

@@ -1,4 +1,4 @@
-// Listens in on one call: both directions, 8 kHz mono 16 bit, in frames of 20 ms that belong together. Called on the
+// Receives the audio of one call, both directions together, in frames of 20 ms (8 kHz, mono, 16 bit). Called on the
 // loop's thread with the phone lock held; must be quick.
 #pragma once
 
@@ -10,7 +10,7 @@ class AudioTap
 {
 public:
     virtual ~AudioTap() = default;
-    // What the far end said (silence where nothing came) and what was sent to it.
+    // heard: from the far end, or silence if nothing arrived. sent: to the far end.
     virtual void onFrame(sip::AudioFrame const& heard, sip::AudioFrame const& sent) = 0;
 };
 

@@ -28,13 +28,13 @@ namespace telephone {
 class Call final : private sip::SessionObserver
 {
 public:
-    // The end of a change of the media: whether the far end accepted it.
+    // Called at the end of a change of the media: whether the far end accepted it.
     using Done = std::function<void(bool)>;
 
-    // A transfer may take so long, including the ringing of its target.
+    // The longest time for a transfer, including the ringing of its target.
     static constexpr std::chrono::seconds kTransferTime{180};
 
-    // What all calls of a telephone share; outlives them.
+    // Shared by all calls of a telephone; outlives them.
     struct Surroundings
     {
         sip::EventLoop& loop;
@@ -58,7 +58,7 @@ public:
     // --- outgoing
     // Sends the INVITE. kUnavailable: it could not be sent.
     [[nodiscard]] Outcome<> dial(sip::UserAgent& agent, sip::CallRequest const& request);
-    // Tells the applications about the call, whether its INVITE has been sent or waits for another call's hold.
+    // Reports the call to the applications; its INVITE has been sent or waits for the hold of another call.
     void announceDialling(std::string const& target);
     void setConsultation() { now_.consultation = true; }
     // The call takes over another telephone's call; success and failure are reported as that feature.
@@ -142,6 +142,7 @@ private:
     void changeAccepted(PendingChange const& change);
     void settle(bool held);
     void changeRefused(PendingChange const& change, int status);
+    static void finish(PendingChange const& change, bool accepted);
     void failPendingChanges();
     void finishTransfer(int status);
     void exchangeSessions();

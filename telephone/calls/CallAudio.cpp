@@ -53,7 +53,7 @@ void CallAudio::leave()
 
 void CallAudio::addTap(AudioTap& tap)
 {
-    if (std::find(taps_.begin(), taps_.end(), &tap) == taps_.end()) {
+    if (std::ranges::find(taps_, &tap) == taps_.end()) {
         taps_.push_back(&tap);
     }
 }
@@ -92,7 +92,7 @@ void CallAudio::writeFrame(sip::AudioFrame const& frame)
     if (taps_.empty()) {
         return;
     }
-    // Where nothing is sent, nobody asks for frames: what is heard goes on by itself.
+    // A stream that sends nothing reads no frames, so the taps are served here.
     if (stream_ != nullptr && sip::sends(stream_->direction())) {
         heard_.push(frame);
     } else {

@@ -1,5 +1,5 @@
-// The sound of one call: what it is sent (own voice, and in a conference the other parties), and where goes what is
-// heard of it (the other parties, the taps). Owned by its call; used on the loop's thread and under the phone lock.
+// The audio of one call: sends the telephone's own voice and, in a conference, the other call's; passes the far end's
+// on to the other call and to the taps. Owned by its call; used with the phone lock held.
 #pragma once
 
 #include <memory>
@@ -14,22 +14,22 @@ namespace telephone {
 class CallAudio final : public sip::AudioSource, public sip::AudioSink
 {
 public:
-    // ownVoice: null: silence.
+    // ownVoice: null for silence.
     explicit CallAudio(std::unique_ptr<sip::AudioSource> ownVoice);
     ~CallAudio() override;
 
-    // Takes the stream of a session; null lets it go. Another stream takes the place of the first.
+    // Attaches to the stream of a session instead of the present one; null only detaches.
     void attach(sip::AudioStream* stream);
-    // Whether the own voice is sent (not: muted, or the call waits), and that of the others (not: the call waits).
+    // own: whether the telephone's voice is sent, neither muted nor on hold. others: whether the other call's is.
     void setVoice(bool own, bool others)
     {
         voice_ = own;
         others_ = others;
     }
 
-    // Both hear each other from now on.
+    // Lets two calls hear each other, until one of them leaves.
     static void join(CallAudio& left, CallAudio& right);
-    void leave();  // hears and is heard by nobody else
+    void leave();
 
     void addTap(AudioTap& tap);
     void removeTap(AudioTap& tap);

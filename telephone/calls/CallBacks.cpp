@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <mutex>
 #include <utility>
-#include <vector>
 
 #include "CommunicationsServiceEventIfc.h"
 #include "telephone/calls/EngineConfiguration.h"
+#include "telephone/calls/LogComponent.h"
 #include "telephone/framework/Log.h"
 #include "telephone/sip/EventLoop.h"
 
@@ -14,7 +14,7 @@ namespace telephone {
 
 namespace {
 
-// So many calls can be called back after their end: the latest ones.
+// Only the latest calls can be called back after their end.
 constexpr std::size_t kRemembered = 32;
 
 bool sameParty(std::string const& left, std::string const& right)
@@ -47,7 +47,6 @@ CallBacks::CallBacks(sip::UserAgent& agent, EngineConfiguration const& configura
     , availability_(availability)
     , calls_(calls)
     , post_(post)
-    , burial_(agent.loop())
 {}
 
 bool CallBacks::isFull() const
@@ -57,8 +56,7 @@ bool CallBacks::isFull() const
 
 bool CallBacks::isWaitingFor(std::string const& target) const
 {
-    return std::any_of(entries_.begin(), entries_.end(),
-                       [&target](auto const& entry) { return sameParty(entry->target, target); });
+    return std::ranges::any_of(entries_, [&target](Entry const& entry) { return sameParty(entry.target, target); });
 }
 
 bool CallBacks::isPossible(Call const& call) const
@@ -90,7 +88,7 @@ Outcome<> CallBacks::set(int callID, sfiCallCompletionType type)
         return refuse(RefusalKind::kLimit, fmt::format("a call-back to {} cannot be set: there are {} already",
                                                        wanted->target, configuration_.callBacks));
     }
-    return begin(std::make_unique<Entry>(agent_.loop(), callID, std::move(*line), wanted->target, type));
+    return begin(callID, std::move(*line), wanted->target, type);
 }
 
 Outcome<CallBacks::Attempt> CallBacks::attempt(int callID) const
@@ -99,29 +97,31 @@ Outcome<CallBacks::Attempt> CallBacks::attempt(int callID) const
         return Attempt{callID, call->line().lineNumber, call->target(), false,
                        call->state() == sfiCallStateRemoteRinging};
     }
-    auto const ended = std::find_if(attempts_.begin(), attempts_.end(),
-                                    [callID](Attempt const& each) { return each.callID == callID; });
+    auto const ended = std::ranges::find(attempts_, callID, &Attempt::callID);
     if (ended == attempts_.end()) {
         return noSuchCall(callID);
     }
     return *ended;
 }
 
-Outcome<> CallBacks::begin(std::unique_ptr<Entry> entry)
+Outcome<> CallBacks::begin(int callID, LineAccount line, std::string const& target, sfiCallCompletionType type)
 {
-    sip::SubscriptionRequest request;
-    request.target = entry->target;
-    request.event = sip::kDialogEvent;
-    request.accept = sip::kDialogInfoType;
-    request.expires = static_cast<std::uint32_t>(configuration_.callBackTime.count());
-    auto subscription = agent_.subscribe(entry->line.account, request, *this);
+    Entry& entry = entries_.emplace_back(
+        Entry{callID, std::move(line), target, type, sip::Timer(agent_.loop()), sip::Timer(agent_.loop())});
+    auto const changed = [this, &entry](auto const& dialogs) { followDialogs(entry, dialogs); };
+    auto const ended = [this, &entry](int status, std::string const&) {
+        fail(entry, status < 300    ? sfiCallCompletionFailureEnded
+                    : status == 408 ? sfiCallCompletionFailureTimeout
+                                    : sfiCallCompletionFailureRefused);
+    };
+    auto const expires = static_cast<std::uint32_t>(configuration_.callBackTime.count());
+    auto subscription = sip::DialogSubscription::start(agent_, entry.line.account, target, changed, ended, expires);
     if (!subscription) {
+        entries_.pop_back();
         return tl::unexpected(subscription.error());
     }
-    entry->subscription = std::move(*subscription);
-    entry->longest.start(configuration_.callBackTime,
-                         [this, waiting = entry.get()] { fail(*waiting, sfiCallCompletionFailureTimeout); });
-    entries_.push_back(std::move(entry));
+    entry.subscription = std::move(*subscription);
+    entry.longest.start(configuration_.callBackTime, [this, &entry] { fail(entry, sfiCallCompletionFailureTimeout); });
     return {};
 }
 
@@ -134,19 +134,16 @@ Outcome<> CallBacks::cancel(int callID, std::string const& target, sfiCancelCall
                   .and_then([&target](LineAccount const& line) { return callTarget(target, line.account); })
                   .value_or(target);
     }
-    std::vector<Entry*> meant;
-    for (auto const& entry : entries_) {
-        // A target names the call-back, whichever call asked for it.
-        bool const isMeant = uri.empty() ? callID <= 0 || entry->callID == callID : sameParty(entry->target, uri);
-        if (isMeant && isOfType(entry->type, type)) {
-            meant.push_back(entry.get());
+    auto const cancelled = entries_.remove_if([&](Entry const& entry) {
+        // A target names the call-back, whichever call it was set for.
+        bool const isMeant = uri.empty() ? callID <= 0 || entry.callID == callID : sameParty(entry.target, uri);
+        if (!isMeant || !isOfType(entry.type, type)) {
+            return false;
         }
-    }
-    for (Entry* const entry : meant) {
-        tell(*entry, sfiCallCompletionCancelled, displayOutcome);
-        remove(*entry);
-    }
-    if (meant.empty()) {
+        tell(entry, sfiCallCompletionCancelled, displayOutcome);
+        return true;
+    });
+    if (cancelled == 0) {
         return refuse(RefusalKind::kNotFound, fmt::format("there is no call-back for call {} \"{}\"", callID, target));
     }
     return {};
@@ -168,101 +165,51 @@ void CallBacks::follow(Call const& call, CallSnapshot const& before)
 
 void CallBacks::called(std::string const& target)
 {
-    for (auto const& entry : entries_) {
-        if (!sameParty(entry->target, target)) {
-            continue;
-        }
+    auto const entry =
+        std::ranges::find_if(entries_, [&target](Entry const& each) { return sameParty(each.target, target); });
+    if (entry != entries_.end()) {
         tell(*entry, sfiCallCompletionDone, true);
-        remove(*entry);
-        return;
+        entries_.erase(entry);
     }
 }
 
-void CallBacks::clear()
+void CallBacks::followDialogs(Entry& entry, std::vector<sip::DialogEntry> const& dialogs)
 {
-    entries_.clear();
-    over_.clear();
-    burial_.cancel();
-}
-
-CallBacks::Entry* CallBacks::find(sip::Subscription const& subscription)
-{
-    auto const found = std::find_if(entries_.begin(), entries_.end(), [&subscription](auto const& entry) {
-        return entry->subscription.get() == &subscription;
-    });
-    return found == entries_.end() ? nullptr : found->get();
-}
-
-void CallBacks::onNotify(sip::Subscription& subscription, sip::Notification const& notification)
-{
-    Entry* entry = find(subscription);
-    if (entry == nullptr || notification.state == sip::SubscriptionState::kTerminated) {
-        return;
+    if (!std::exchange(entry.activated, true)) {
+        tell(entry, sfiCallCompletionActivated, true);
     }
-    if (!std::exchange(entry->activated, true)) {
-        tell(*entry, sfiCallCompletionActivated, true);
-    }
-    if (auto const dialogs = sip::DialogInfo::parse(notification.content.body)) {
-        followDialogs(*entry, *dialogs);
-    }
-}
-
-void CallBacks::followDialogs(Entry& entry, sip::DialogInfo const& dialogs)
-{
-    auto const isIn = [&dialogs](sip::DialogState first, sip::DialogState last) {
-        return std::any_of(dialogs.dialogs.begin(), dialogs.dialogs.end(),
-                           [first, last](const auto& dialog) { return dialog.state >= first && dialog.state <= last; });
+    auto const hasDialogFrom = [&dialogs](sip::DialogState first) {
+        return std::ranges::any_of(dialogs, [first](sip::DialogEntry const& dialog) {
+            return dialog.state >= first && dialog.state <= sip::DialogState::kConfirmed;
+        });
     };
-    if (isIn(sip::DialogState::kConfirmed, sip::DialogState::kConfirmed)) {
-        entry.seenActive = true;
-    }
-    if (isIn(sip::DialogState::kTrying, sip::DialogState::kConfirmed)) {
+    entry.seenActive = entry.seenActive || hasDialogFrom(sip::DialogState::kConfirmed);
+    if (hasDialogFrom(sip::DialogState::kTrying)) {
         entry.settling.cancel();
         entry.ready = false;
         return;
     }
     bool const wasThere = entry.type == sfiCallCompletionOnBusy || entry.seenActive;
     if (wasThere && !entry.ready && !entry.settling.isRunning()) {
-        entry.settling.start(configuration_.settlingTime, [this, waiting = &entry] { becomeReady(*waiting); });
+        entry.settling.start(configuration_.settlingTime, [this, &entry] {
+            entry.ready = true;
+            tell(entry, sfiCallCompletionReady, true);
+        });
     }
 }
 
-void CallBacks::becomeReady(Entry& entry)
+void CallBacks::fail(Entry const& entry, sfiCallCompletionFailureType failure)
 {
-    entry.ready = true;
-    tell(entry, sfiCallCompletionReady, true);
-}
-
-void CallBacks::onTerminated(sip::Subscription& subscription, int status, std::string const&)
-{
-    Entry* entry = find(subscription);
-    if (entry == nullptr) {
-        return;
-    }
-    if (status < 300) {
-        fail(*entry, sfiCallCompletionFailureEnded);
-    } else {
-        fail(*entry, status == 408 ? sfiCallCompletionFailureTimeout : sfiCallCompletionFailureRefused);
-    }
-}
-
-void CallBacks::fail(Entry& entry, sfiCallCompletionFailureType failure)
-{
-    log(kLogWarning, "calls", "the call-back to {} failed", entry.target);
+    log(kLogWarning, kComponent, "the call-back to {} failed", entry.target);
     post_([line = entry.line.lineURI, uri = entry.target, failure](CommunicationsServiceEventIfc& event) {
         event.callCompletionFailedEvent(line, uri, failure);
     });
     remove(entry);
 }
 
-void CallBacks::remove(Entry& entry)
+void CallBacks::remove(Entry const& entry)
 {
-    entry.longest.cancel();
-    entry.settling.cancel();
-    auto const found =
-        std::find_if(entries_.begin(), entries_.end(), [&entry](auto const& each) { return each.get() == &entry; });
-    over_.splice(over_.end(), entries_, found);
-    burial_.start(std::chrono::milliseconds(0), [this] { over_.clear(); });
+    entries_.remove_if([&entry](Entry const& each) { return &each == &entry; });
 }
 
 void CallBacks::tell(Entry const& entry, sfiCallCompletionState state, bool displayOutcome)

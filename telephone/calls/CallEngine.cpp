@@ -22,7 +22,7 @@ CallEngine::CallEngine(sip::EventLoop& loop, EngineConfiguration configuration, 
     , established_(loop, list_, lines)
     , callBacks_(agent_, configuration_, lines, availability_, list_, post_)
     , outgoing_(agent_, configuration_, lines, availability_, list_, established_, callBacks_)
-    , incoming_({loop, configuration_, lines, policy, availability_, post_, list_, established_})
+    , incoming_(loop, configuration_, lines, policy, availability_, post_, list_, established_)
     , joined_(agent_, lines, post_, list_, established_)
     , pickups_(agent_, configuration_, list_, outgoing_)
     , messages_(agent_, configuration_, lines, post_, observers_)
@@ -102,16 +102,6 @@ Outcome<> CallEngine::hold(int callID)
     return established_.hold(callID);
 }
 
-Outcome<> CallEngine::deflect(int callID, std::string const& destination)
-{
-    return incoming_.deflect(callID, destination);
-}
-
-Outcome<> CallEngine::blindTransfer(int callID, std::string const& destination)
-{
-    return joined_.blindTransfer(callID, destination);
-}
-
 Outcome<> CallEngine::pickup(LineAddress const& place, int callID, std::string const& number)
 {
     return pickups_.directed(place.recordLine, place.appearance, callID, number);
@@ -129,7 +119,7 @@ void CallEngine::featureFailed(int recordLine, sfiFeature feature, sfiFeatureFai
     for (auto const& call : list_.all()) {
         candidates.push_back(call.get());
     }
-    auto const call = std::find_if(candidates.begin(), candidates.end(), [recordLine](Call const* each) {
+    auto const call = std::ranges::find_if(candidates, [recordLine](Call const* each) {
         return recordLine == 0 || each->line().recordLine == recordLine || each->line().lineNumber == recordLine;
     });
     if (call != candidates.end()) {
@@ -165,11 +155,6 @@ void CallEngine::infoReceived(Call& call, sip::Content const& content)
     if (!server_.receive(call.line().lineURI, content)) {
         log(kLogInfo, kComponent, "call {}: INFO with {} is ignored", call.id(), content.type);
     }
-}
-
-void CallEngine::transferRequested(Call& call, std::unique_ptr<sip::Transfer> transfer)
-{
-    joined_.transferRequested(call, std::move(transfer));
 }
 
 // --- what the registrations and the user agent report

@@ -17,8 +17,8 @@
 //     OutgoingCalls     from the destination to the INVITE
 //     IncomingCalls     ring, answer, refuse, deflect; no-reply timers; forwarding by the rules of CallForwarding
 //     JoinedCalls       transfer, conference, Replaces; the pairs of calls in an attended transfer
-//     Pickups           calls of other telephones; the searches for them
-//     CallBacks         parties that are waited for; the calls that a call-back can be asked for
+//     Pickups           taking over calls of other telephones; the searches for them
+//     CallBacks         the parties that are waited for; the calls for which a call-back can be set
 //     DialogPublisher   the watchers of this telephone's lines
 //
 // The phone lock is the event loop's recursive lock. Each public operation takes it, may be called from any thread and
@@ -66,8 +66,6 @@ public:
     CallEngine(sip::EventLoop& loop, EngineConfiguration configuration, LineDirectory& lines, CallPolicy& policy,
                EventPoster post);
     ~CallEngine() override;  // as deactivate()
-    CallEngine(CallEngine const&) = delete;
-    CallEngine& operator=(CallEngine const&) = delete;
 
     // Registers the lines and takes calls. Before and after, calls are refused both ways.
     void activate();
@@ -107,8 +105,14 @@ public:
     Outcome<> clear(int callID) override { return list_.clear(callID); }
     Outcome<> hold(int callID) override;
     Outcome<> retrieve(int callID) override { return established_.retrieve(callID); }
-    Outcome<> deflect(int callID, std::string const& destination) override;
-    Outcome<> blindTransfer(int callID, std::string const& destination) override;
+    Outcome<> deflect(int callID, std::string const& destination) override
+    {
+        return incoming_.deflect(callID, destination);
+    }
+    Outcome<> blindTransfer(int callID, std::string const& destination) override
+    {
+        return joined_.blindTransfer(callID, destination);
+    }
     Outcome<> pickup(LineAddress const& place, int callID, std::string const& number) override;
     Outcome<> takeOver(LineAddress const& place, int callID, PickupTarget const& target) override;
     void featureFailed(int recordLine, sfiFeature feature, sfiFeatureFailure failure) override;
@@ -121,7 +125,10 @@ private:
     void callEnded(Call& call) override { joined_.callEnded(call); }
     bool callBackPossible(Call const& call) const override { return callBacks_.isPossible(call); }
     void infoReceived(Call& call, sip::Content const& content) override;
-    void transferRequested(Call& call, std::unique_ptr<sip::Transfer> transfer) override;
+    void transferRequested(Call& call, std::unique_ptr<sip::Transfer> transfer) override
+    {
+        joined_.transferRequested(call, std::move(transfer));
+    }
     void transferEnded(Call& call, int status) override { joined_.transferEnded(call, status); }
 
     // --- sip::UserAgentObserver

@@ -68,12 +68,11 @@ bool CallForwarding::forward(sip::Session& session, LineAccount const& line, sfi
 std::optional<std::string> CallForwarding::destination(LineAccount const& line, sip::NameAddr const& caller,
                                                        sfiForwardReason reason) const
 {
-    auto const choice = std::find_if(kForwardingChoices.begin(), kForwardingChoices.end(),
-                                     [reason](auto const& row) { return row.reason == reason; });
+    auto const choice = std::ranges::find(kForwardingChoices, reason, &ForwardingChoice::reason);
     if (choice == kForwardingChoices.end() || !policy_.forwardsHere()) {
         return std::nullopt;
     }
-    // The rule for callers of this kind comes before the one for all.
+    // The rule for internal or external callers comes before the general one.
     for (sfiForwardingType const type :
          {isInternal(caller, line) ? choice->internal : choice->external, choice->general}) {
         ForwardingRule const rule = policy_.forwarding(line.lineNumber, type);

@@ -1,5 +1,4 @@
-// Forwarding of incoming calls by the rules of their line: which rule applies, and the events of a call that moves on.
-// Owned by CallEngine; lock held.
+// Forwards incoming calls by the rules of their line. Owned by IncomingCalls; called with the phone lock held.
 #pragma once
 
 #include <optional>
@@ -20,7 +19,7 @@ public:
 
     // Forwards a call that has not been offered yet. False: no rule applies.
     bool forward(sip::Session& session, LineAccount const& line, sfiForwardReason reason);
-    // Where calls of that caller go in that case; nothing: no rule applies.
+    // The target of calls of that caller in that case; nothing: no rule applies.
     std::optional<std::string> destination(LineAccount const& line, sip::NameAddr const& caller,
                                            sfiForwardReason reason) const;
     void postForwarded(std::string const& lineURI, int callID, sip::NameAddr const& caller,

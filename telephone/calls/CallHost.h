@@ -1,5 +1,5 @@
-// Receives what calls report to their surroundings. CallEngine implements it and hands each report to its subject.
-// Called with the phone lock held.
+// Receives the reports of calls. CallEngine implements it and hands each report to its subject. Called with the phone
+// lock held.
 #pragma once
 
 #include <memory>

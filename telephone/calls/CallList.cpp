@@ -92,13 +92,17 @@ int CallList::freeCallID()
 
 Outcome<> CallList::clear(int callID, CSTAEventCause cause)
 {
+    return with(callID, [cause](Call& call) {
+        call.clear(cause);
+        return Outcome<>();
+    });
+}
+
+Outcome<> CallList::with(int callID, std::function<Outcome<>(Call&)> const& operation) const
+{
     std::lock_guard const guard(surroundings_.loop);
     Call* const call = find(callID);
-    if (call == nullptr) {
-        return noSuchCall(callID);
-    }
-    call->clear(cause);
-    return {};
+    return call != nullptr ? operation(*call) : noSuchCall(callID);
 }
 
 bool CallList::addTap(int callID, AudioTap& tap)
@@ -137,8 +141,7 @@ bool CallList::microphoneMute() const
 
 Call* CallList::find(int callID) const
 {
-    auto const found =
-        std::find_if(calls_.begin(), calls_.end(), [callID](auto const& call) { return call->id() == callID; });
+    auto const found = std::ranges::find_if(calls_, [callID](auto const& call) { return call->id() == callID; });
     return found == calls_.end() ? nullptr : found->get();
 }
 
@@ -163,10 +166,11 @@ Call* CallList::otherInConference(Call const& call) const
     return nullptr;
 }
 
-bool CallList::hasCallOnLine(int lineNumber) const
+Call* CallList::firstOnLine(int lineNumber) const
 {
-    return std::any_of(calls_.begin(), calls_.end(),
-                       [lineNumber](auto const& call) { return call->line().lineNumber == lineNumber; });
+    auto const found =
+        std::ranges::find_if(calls_, [lineNumber](auto const& call) { return call->line().lineNumber == lineNumber; });
+    return found == calls_.end() ? nullptr : found->get();
 }
 
 std::unique_ptr<Call> CallList::make(int callID, LineAddress const& line, bool incoming) const
@@ -190,8 +194,7 @@ void CallList::remove(Call const& call)
     if (heard_) {
         heard_->remove(call.id());
     }
-    auto const place =
-        std::find_if(calls_.begin(), calls_.end(), [&call](auto const& each) { return each.get() == &call; });
+    auto const place = std::ranges::find(calls_, &call, &std::unique_ptr<Call>::get);
     if (place == calls_.end()) {
         return;
     }

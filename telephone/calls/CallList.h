@@ -5,6 +5,7 @@
 // called with the lock held.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -29,15 +30,14 @@ public:
     CallList(Call::Surroundings const& surroundings, EngineConfiguration const& configuration,
              CallObservers const& observers);
     ~CallList();
-    CallList(CallList const&) = delete;
-    CallList& operator=(CallList const&) = delete;
 
     // --- any thread
     std::vector<CallSnapshot> calls() const;
     std::optional<CallSnapshot> call(int callID) const;
-    // The call that is heard and spoken in now.
+    // The call in conversation.
     std::optional<CallSnapshot> activeCall() const;
-    // A free call id for a call that a key makes: 1001 upwards, never one of a Bluetooth device (10000 to 10500).
+    // A free call id for a call that no application has numbered: 1001 upwards, without those of Bluetooth devices
+    // (10000 to 10500).
     int freeCallID();
     // Ends, cancels or refuses the call, as its state requires.
     [[nodiscard]] Outcome<> clear(int callID, CSTAEventCause cause = CSTAEventCauseNormalClearing);
@@ -47,14 +47,18 @@ public:
     void setMicrophoneMute(bool mute);
     bool microphoneMute() const;
 
+    // Performs an operation on a call under the phone lock. kNotFound: there is no such call.
+    [[nodiscard]] Outcome<> with(int callID, std::function<Outcome<>(Call&)> const& operation) const;
+
     // --- lock held
     std::vector<std::unique_ptr<Call>> const& all() const { return calls_; }
     Call* find(int callID) const;
     // Connected, and not held by this telephone.
     std::vector<Call*> speaking(Call const* besides = nullptr) const;
-    // The other call of the conference that this one is in; null: none.
+    // The other call of this call's conference; null: none.
     Call* otherInConference(Call const& call) const;
-    bool hasCallOnLine(int lineNumber) const;
+    // The first call on a line; null: none.
+    Call* firstOnLine(int lineNumber) const;
     bool isFull() const { return calls_.size() >= maximum_; }
     std::size_t maximum() const { return maximum_; }
     // Makes a call that is not in the list yet; its maker adds it once it has begun.

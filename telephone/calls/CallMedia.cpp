@@ -97,6 +97,11 @@ void Call::onModified(sip::Session& session, bool accepted, int status, std::str
         log(kLogWarning, kComponent, "call {}: the far end refuses the change: {} {}", id(), status, reason);
         changeRefused(change, status);
     }
+    finish(change, accepted);
+}
+
+void Call::finish(PendingChange const& change, bool accepted)
+{
     for (Done const& done : change.done) {
         if (done) {
             done(accepted);
@@ -149,13 +154,8 @@ void Call::changeRefused(PendingChange const& change, int status)
 void Call::failPendingChanges()
 {
     changeTimer_.cancel();
-    auto const pending = std::exchange(changes_, {});
-    for (PendingChange const& change : pending) {
-        for (Done const& done : change.done) {
-            if (done) {
-                done(false);
-            }
-        }
+    for (PendingChange const& change : std::exchange(changes_, {})) {
+        finish(change, false);
     }
 }
 

@@ -12,7 +12,7 @@ class CallObserver
 public:
     virtual ~CallObserver() = default;
 
-    // before: null for a call that is new. The last one of a call has `ended()`; its id may be used again at once.
+    // before: null for a new call. The last report of a call has `ended()`; its id is free from then on.
     virtual void callChanged(CallSnapshot const& now, CallSnapshot const* before) = 0;
     virtual void registrationChanged(int /*lineNumber*/, bool /*registered*/) {}
     virtual void messageWaitingChanged(int /*lineNumber*/, sfiMessageWaitingRecord const&) {}

@@ -1,6 +1,5 @@
-// The rules for incoming calls that a person or the management set: forwarding and do-not-disturb. Whoever composes the
-// telephone implements it over the settings; called with the phone lock held, at every call, so that a changed setting
-// holds for the next one.
+// The rules for incoming calls: forwarding and do-not-disturb. Asked for each call, with the phone lock held, so that a
+// changed setting applies to the next call.
 #pragma once
 
 #include <string>
@@ -20,12 +19,12 @@ class CallPolicy
 public:
     virtual ~CallPolicy() = default;
 
-    // False where the call server forwards: the rules are then its own and not applied here.
+    // False if the call server forwards, by its own rules.
     virtual bool forwardsHere() const = 0;
     virtual ForwardingRule forwarding(int lineNumber, sfiForwardingType type) const = 0;
-    // Rings until an unanswered call is forwarded.
+    // Number of rings after which an unanswered call is forwarded; below 1: never.
     virtual int ringsBeforeNoReply() const = 0;
-    // Of the line or of the whole phone.
+    // Whether it is on for the line or for the whole telephone.
     virtual bool doNotDisturb(int lineNumber) const = 0;
 };
 

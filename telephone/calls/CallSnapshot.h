@@ -20,8 +20,8 @@ struct CallSnapshot
     bool held = false;  // by this telephone, or the hold is under way
     bool heldByRemote = false;
     bool heldByHand = false;           // an application or a key asked for the hold
-    bool heldForConsultation = false;  // put on hold by itself for another call of the same line
-    bool consultation = false;         // the call that another one was put on hold for
+    bool heldForConsultation = false;  // held automatically for another call of the same line
+    bool consultation = false;         // another call was held for this one
     bool inConference = false;
     bool secure = false;
 
@@ -32,7 +32,7 @@ struct CallSnapshot
     {
         return state == sfiCallStateIncoming || state == sfiCallStateRinging || state == sfiCallStateAccepted;
     }
-    // Speaks, or would if the far end did not hold.
+    // In conversation, or held by the far end alone.
     bool active() const
     {
         return state == sfiCallStateConnected || state == sfiCallStateRemotelyHeld || state == sfiCallStateConference;

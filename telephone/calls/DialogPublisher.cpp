@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "telephone/calls/LogComponent.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/sip/DialogInfo.h"
 
@@ -83,12 +84,12 @@ void DialogPublisher::add(LineAccount const& line, std::unique_ptr<sip::Notifier
 {
     Watched& watched = watched_[line.lineNumber];
     watched.line = line;
-    if (reportIfRefused("calls", notifier->accept(sip::kDialogInfoType))) {
+    if (reportIfRefused(kComponent, notifier->accept(sip::kDialogInfoType))) {
         return;
     }
     notifier->onClosed([this, number = line.lineNumber](sip::Notifier& closed) {
         auto& notifiers = watched_[number].notifiers;
-        std::erase_if(notifiers, [&closed](const auto& each) { return each.get() == &closed; });
+        std::erase_if(notifiers, [&closed](auto const& each) { return each.get() == &closed; });
     });
     watched.notifiers.push_back(std::move(notifier));
     watched.notifiers.back()->notify(document(watched));

@@ -1,5 +1,5 @@
-// Tells the watchers of a line which calls it has (event package "dialog", RFC 4235). The busy-lamp fields, pick-ups
-// and call-backs of other telephones depend on it. Owned by CallEngine; called with the phone lock held.
+// Reports the calls of a line to its watchers (event package "dialog", RFC 4235): the busy-lamp fields, pick-ups and
+// call-backs of other telephones. Owned by CallEngine; called with the phone lock held.
 #pragma once
 
 #include <cstdint>

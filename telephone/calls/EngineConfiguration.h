@@ -1,4 +1,4 @@
-// What the call engine is told once, when it is made.
+// The settings of a call engine, fixed when it is made.
 #pragma once
 
 #include <chrono>
@@ -12,22 +12,22 @@ struct Configuration;
 
 struct EngineConfiguration
 {
-    sip::UserAgentConfig agent;        // its log is the engine's too
+    sip::UserAgentConfig agent;
     std::string audioSource = "tone";  // tone, silence, or a WAV file
-    std::string heardFile;             // WAV file of all that is heard; empty: none
+    std::string heardFile;             // WAV file for everything that is heard; empty: none
     int maximumCalls = 100;
     bool automaticRinging = true;
     int doNotDisturbStatus = 486;
     std::chrono::milliseconds reinviteTimeout{8000};   // until an unanswered re-INVITE ends the call
-    int callBacks = 5;                                 // at most so many at once
+    int callBacks = 5;                                 // the most at once
     std::string groupPickup;                           // number; empty: none
-    std::string directedPickup;                        // number that the number to pick up is appended to; empty: none
+    std::string directedPickup;                        // prefix of the number to pick up; empty: none
     std::string voiceMail;                             // number
     bool messageWaiting = true;                        // subscribe to message-summary
     std::chrono::milliseconds ringTime{5000};          // length of one ring, for forwarding on no reply
-    std::chrono::milliseconds dialogAnswerTime{2000};  // how long a far end may take to tell its dialogs
-    std::chrono::milliseconds settlingTime{500};       // how long a party must be free for a call-back
-    std::chrono::seconds callBackTime{1800};           // how long a call-back waits for the party
+    std::chrono::milliseconds dialogAnswerTime{2000};  // longest wait for the dialogs of a far end
+    std::chrono::milliseconds settlingTime{500};       // for which a party must be free before a call-back
+    std::chrono::seconds callBackTime{1800};           // longest wait of a call-back for its party
 
     static EngineConfiguration from(Configuration const& configuration);
 };

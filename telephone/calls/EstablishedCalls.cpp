@@ -31,43 +31,32 @@ EstablishedCalls::EstablishedCalls(sip::EventLoop& loop, CallList& calls, LineDi
 
 Outcome<> EstablishedCalls::hold(int callID, sfiFeature feature)
 {
-    std::lock_guard const guard(loop_);
-    Call* const call = calls_.find(callID);
-    if (call == nullptr) {
-        return noSuchCall(callID);
-    }
-    // A conference is held and retrieved as a whole.
-    Call* const other = calls_.otherInConference(*call);
-    auto held = call->hold(feature);
-    if (held && other != nullptr) {
-        reportIfRefused(kComponent, other->hold(feature));
-    }
-    return held;
-}
-
-Outcome<> EstablishedCalls::retrieve(int callID)
-{
-    return retrieve(callID, sfiFeatureRetrieve);
+    return calls_.with(callID, [this, feature](Call& call) {
+        // A conference is held and retrieved as a whole.
+        Call* const other = calls_.otherInConference(call);
+        auto held = call.hold(feature);
+        if (held && other != nullptr) {
+            reportIfRefused(kComponent, other->hold(feature));
+        }
+        return held;
+    });
 }
 
 Outcome<> EstablishedCalls::retrieve(int callID, sfiFeature feature)
 {
-    std::lock_guard const guard(loop_);
-    Call* const call = calls_.find(callID);
-    if (call == nullptr) {
-        return noSuchCall(callID);
-    }
-    if (!call->isEstablished() || !call->snapshot().held) {
-        return refuse(RefusalKind::kWrongState,
-                      fmt::format("call {} cannot be retrieved: this telephone does not hold it", callID));
-    }
-    afterHoldingOthers(*call, sfiFeatureHold, [this, feature](Call& waiting, Outcome<> const& alone) {
-        auto const retrieved = alone.and_then([this, &waiting, feature] { return retrieveAlone(waiting, feature); });
-        if (reportIfRefused(kComponent, retrieved)) {
-            waiting.postFeatureFailed(feature, sfiFeatureFailureNotPossible);
+    return calls_.with(callID, [this, feature](Call& call) -> Outcome<> {
+        if (!call.isEstablished() || !call.snapshot().held) {
+            return refuse(RefusalKind::kWrongState,
+                          fmt::format("call {} cannot be retrieved: this telephone does not hold it", call.id()));
         }
+        afterHoldingOthers(call, sfiFeatureHold, [this, feature](Call& waiting, Outcome<> const& alone) {
+            auto const retrieved = alone.and_then([&] { return retrieveAlone(waiting, feature); });
+            if (reportIfRefused(kComponent, retrieved)) {
+                waiting.postFeatureFailed(feature, sfiFeatureFailureNotPossible);
+            }
+        });
+        return {};
     });
-    return {};
 }
 
 Outcome<> EstablishedCalls::retrieveAlone(Call& call, sfiFeature feature)
@@ -125,29 +114,23 @@ std::optional<CallSnapshot> EstablishedCalls::lastHeldCall() const
 
 Outcome<> EstablishedCalls::sendDigits(int callID, std::string const& digits)
 {
-    std::lock_guard const guard(loop_);
-    Call* const call = calls_.find(callID);
-    if (call == nullptr) {
-        return noSuchCall(callID);
-    }
-    if (digits.empty() || digits.find_first_not_of("0123456789*#ABCD") != std::string::npos) {
-        return refuse(RefusalKind::kBadInput, fmt::format("\"{}\" cannot be sent: digits are 0-9 * # A-D", digits));
-    }
-    return call->sendDigits(digits);
+    return calls_.with(callID, [&digits](Call& call) -> Outcome<> {
+        if (digits.empty() || digits.find_first_not_of("0123456789*#ABCD") != std::string::npos) {
+            return refuse(RefusalKind::kBadInput, fmt::format("\"{}\" cannot be sent: digits are 0-9 * # A-D", digits));
+        }
+        return call.sendDigits(digits);
+    });
 }
 
 Outcome<> EstablishedCalls::changeSecurity(int callID, bool secure)
 {
-    std::lock_guard const guard(loop_);
-    Call* const call = calls_.find(callID);
-    if (call == nullptr) {
-        return noSuchCall(callID);
-    }
-    if (secure) {
-        return refuse(RefusalKind::kNotSupported,
-                      fmt::format("call {} cannot be secured: this telephone has no encrypted audio", callID));
-    }
-    return call->renewMedia();
+    return calls_.with(callID, [secure](Call& call) -> Outcome<> {
+        if (secure) {
+            return refuse(RefusalKind::kNotSupported,
+                          fmt::format("call {} cannot be secured: this telephone has no encrypted audio", call.id()));
+        }
+        return call.renewMedia();
+    });
 }
 
 void EstablishedCalls::afterHoldingOthers(Call& call, sfiFeature feature, Continuation const& continuation)

@@ -1,5 +1,5 @@
-// Calls that are connected: which one speaks, which ones are held and in which order, and what can be done with them.
-// An active call is put on hold before another one becomes active. Owned by CallEngine.
+// Operations on connected calls: hold, retrieve, alternate, digits. An active call is put on hold before another one
+// becomes active. Owned by CallEngine.
 //
 // Operations by call id may be called from any thread and take the phone lock; the others are called with it held.
 #pragma once
@@ -21,9 +21,9 @@ public:
     EstablishedCalls(sip::EventLoop& loop, CallList& calls, LineDirectory const& lines);
 
     // --- any thread
-    // feature: the one that an event of failure names. Holding a held call is a success.
+    // feature: named by the event of a failure. Holding a held call is a success.
     [[nodiscard]] Outcome<> hold(int callID, sfiFeature feature = sfiFeatureHold);
-    [[nodiscard]] Outcome<> retrieve(int callID);
+    [[nodiscard]] Outcome<> retrieve(int callID, sfiFeature feature = sfiFeatureRetrieve);
     // Notes whether a person asked for the hold. Does nothing for a call that does not exist.
     void setHeldByHand(int callID, bool byHand);
     // Holds the active call and retrieves the call held last: on the line if possible, else on the telephone.
@@ -42,7 +42,6 @@ public:
     void follow(CallSnapshot const& now);
 
 private:
-    Outcome<> retrieve(int callID, sfiFeature feature);
     Outcome<> retrieveAlone(Call& call, sfiFeature feature);
 
     sip::EventLoop& loop_;

@@ -22,7 +22,7 @@ void HeardRecorder::remove(int callID)
 
 void HeardRecorder::hear(Ear& ear, sip::AudioFrame const& heard)
 {
-    // A frame that waits that long waits for a call that has nothing more to say: this one takes the lead.
+    // With this many frames waiting, the leader has fallen silent, and another call takes the lead.
     constexpr std::size_t kPatience = 3;
     ear.frames.push(heard);
     if (leader_ != ear.callID && ears_.count(leader_) != 0 && ear.frames.size() < kPatience) {

@@ -1,5 +1,5 @@
-// Writes all that the telephone hears to one WAV file, the calls of a conference mixed. Owned by the engine; called on
-// the loop's thread with the phone lock held.
+// Writes everything that the telephone hears to one WAV file; calls heard at the same time are mixed. Owned by
+// CallList; called with the phone lock held.
 #pragma once
 
 #include <map>
@@ -18,7 +18,7 @@ public:
     // Throws std::runtime_error when the file cannot be written.
     explicit HeardRecorder(std::string const& path);
 
-    // The ear of one call; stays until it is removed.
+    // The tap for one call, which lives until it is removed.
     AudioTap& add(int callID);
     void remove(int callID);
 

@@ -1,6 +1,5 @@
 #include "telephone/calls/IncomingCalls.h"
 
-#include <algorithm>
 #include <mutex>
 #include <utility>
 
@@ -15,7 +14,7 @@ namespace telephone {
 
 namespace {
 
-tl::unexpected<Refusal> notRinging(int callID, char const* operation)
+Outcome<> notRinging(int callID, char const* operation)
 {
     return refuse(RefusalKind::kWrongState,
                   fmt::format("call {} cannot {}: it is not ringing here", callID, operation));
@@ -23,79 +22,57 @@ tl::unexpected<Refusal> notRinging(int callID, char const* operation)
 
 }  // namespace
 
-IncomingCalls::IncomingCalls(Parts const& parts)
-    : loop_(parts.loop)
-    , configuration_(parts.configuration)
-    , lines_(parts.lines)
-    , policy_(parts.policy)
-    , availability_(parts.availability)
-    , post_(parts.post)
-    , calls_(parts.calls)
-    , established_(parts.established)
-    , forwarding_(parts.policy, parts.calls, parts.post)
+IncomingCalls::IncomingCalls(sip::EventLoop& loop, EngineConfiguration const& configuration, LineDirectory& lines,
+                             CallPolicy const& policy, Availability const& availability, EventPoster const& post,
+                             CallList& calls, EstablishedCalls& established)
+    : loop_(loop)
+    , configuration_(configuration)
+    , lines_(lines)
+    , policy_(policy)
+    , availability_(availability)
+    , post_(post)
+    , calls_(calls)
+    , established_(established)
+    , forwarding_(policy, calls, post)
 {}
-
-Outcome<> IncomingCalls::ring(int callID)
-{
-    std::lock_guard const guard(loop_);
-    Call* const call = calls_.find(callID);
-    if (call == nullptr) {
-        return noSuchCall(callID);
-    }
-    return call->ring();
-}
 
 Outcome<> IncomingCalls::answer(int callID)
 {
-    std::lock_guard const guard(loop_);
-    Call* const call = calls_.find(callID);
-    if (call == nullptr) {
-        return noSuchCall(callID);
-    }
-    if (!call->snapshot().alerting()) {
-        return notRinging(callID, "be answered");
-    }
-    established_.afterHoldingOthers(*call, sfiFeatureHold, [](Call& waiting, Outcome<> const& alone) {
-        auto const answered = alone.and_then([&waiting] { return waiting.answer(); });
-        if (reportIfRefused(kComponent, answered)) {
-            waiting.postFeatureFailed(sfiFeatureHold, sfiFeatureFailureNotPossible);
+    return calls_.with(callID, [this](Call& call) -> Outcome<> {
+        if (!call.snapshot().alerting()) {
+            return notRinging(call.id(), "be answered");
         }
+        established_.afterHoldingOthers(call, sfiFeatureHold, [](Call& waiting, Outcome<> const& alone) {
+            auto const answered = alone.and_then([&waiting] { return waiting.answer(); });
+            if (reportIfRefused(kComponent, answered)) {
+                waiting.postFeatureFailed(sfiFeatureHold, sfiFeatureFailureNotPossible);
+            }
+        });
+        return {};
     });
-    return {};
 }
 
 Outcome<> IncomingCalls::reject(int callID, sfiRefuseCall reason)
 {
-    std::lock_guard const guard(loop_);
-    Call* const call = calls_.find(callID);
-    if (call == nullptr) {
-        return noSuchCall(callID);
-    }
-    StatusLine const line = statusOf(reason);
-    if (line.status == 0) {
-        return refuse(RefusalKind::kBadInput, fmt::format("call {} cannot be refused: there is no reason {}", callID,
-                                                          static_cast<int>(reason)));
-    }
-    return call->reject(line);
+    return calls_.with(callID, [reason](Call& call) -> Outcome<> {
+        StatusLine const line = statusOf(reason);
+        if (line.status == 0) {
+            return refuse(RefusalKind::kBadInput, fmt::format("call {} cannot be refused: there is no reason {}",
+                                                              call.id(), static_cast<int>(reason)));
+        }
+        return call.reject(line);
+    });
 }
 
 Outcome<> IncomingCalls::deflect(int callID, std::string const& destination)
 {
-    std::lock_guard const guard(loop_);
-    Call* const call = calls_.find(callID);
-    if (call == nullptr) {
-        return noSuchCall(callID);
-    }
-    auto const target = lines_.accountOfLine(call->line().lineNumber).and_then([&](LineAccount const& line) {
-        return callTarget(destination, line.account);
+    return calls_.with(callID, [this, &destination](Call& call) {
+        return lines_.targetFrom(call.line().lineNumber, destination).and_then([&](std::string const& target) {
+            return call.snapshot().alerting()
+                       ? redirect(call, target, call.session()->remoteParty(), sfiForwardReasonDeflected)
+                       : notRinging(call.id(), "be deflected");
+        });
     });
-    if (!target) {
-        return tl::unexpected(target.error());
-    }
-    if (!call->snapshot().alerting()) {
-        return notRinging(callID, "be deflected");
-    }
-    return redirect(*call, *target, call->session()->remoteParty(), sfiForwardReasonDeflected);
 }
 
 Outcome<> IncomingCalls::redirect(Call& call, std::string const& target, sip::NameAddr const& caller,
@@ -139,7 +116,7 @@ bool IncomingCalls::turnAway(sip::Session& session, LineAccount const& line)
         rejectUndisturbed(session, line);
         return true;
     }
-    if (calls_.hasCallOnLine(line.lineNumber) && forwarding_.forward(session, line, sfiForwardReasonBusy)) {
+    if (calls_.firstOnLine(line.lineNumber) != nullptr && forwarding_.forward(session, line, sfiForwardReasonBusy)) {
         return true;
     }
     if (!calls_.isFull()) {
@@ -168,22 +145,18 @@ void IncomingCalls::offer(std::unique_ptr<sip::Session> session, LineAccount con
 {
     sfiCallType const type =
         isInternal(session->invitation().caller(), line) ? sfiCallTypeInternal : sfiCallTypeExternal;
-    auto const current = std::find_if(calls_.all().begin(), calls_.all().end(),
-                                      [&line](auto const& call) { return call->line().lineNumber == line.lineNumber; });
-    bool const isAssociated = associatedCalls_ && current != calls_.all().end();
-    int const currentID = isAssociated ? (*current)->id() : 0;
+    Call const* const current = calls_.firstOnLine(line.lineNumber);
     Call& call = calls_.add(calls_.make(callID, place, true));
     call.offer(std::move(session), type);
-    if (isAssociated) {
-        post_([lineURI = place.lineURI, currentID, callID](CommunicationsServiceEventIfc& event) {
+    if (associatedCalls_ && current != nullptr) {
+        post_([lineURI = place.lineURI, currentID = current->id(), callID](CommunicationsServiceEventIfc& event) {
             event.incomingAssociatedCall(lineURI, currentID, callID);
         });
     }
     startNoReplyTimer(call, line);
-    if (!configuration_.automaticRinging) {
-        return;
+    if (configuration_.automaticRinging) {
+        reportIfRefused(kComponent, call.ring());
     }
-    reportIfRefused(kComponent, call.ring());
 }
 
 void IncomingCalls::startNoReplyTimer(Call const& call, LineAccount const& line)
@@ -205,11 +178,9 @@ void IncomingCalls::forwardUnanswered(int callID, LineAccount const& line)
         return;
     }
     sip::NameAddr const caller = call->session()->invitation().caller();
-    auto const target = forwarding_.destination(line, caller, sfiForwardReasonNoReply);
-    if (!target) {
-        return;
+    if (auto const target = forwarding_.destination(line, caller, sfiForwardReasonNoReply)) {
+        reportIfRefused(kComponent, redirect(*call, *target, caller, sfiForwardReasonNoReply));
     }
-    reportIfRefused(kComponent, redirect(*call, *target, caller, sfiForwardReasonNoReply));
 }
 
 void IncomingCalls::follow(CallSnapshot const& now)

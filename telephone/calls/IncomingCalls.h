@@ -1,5 +1,4 @@
-// Calls that come in: turned away, forwarded, or offered to the telephone, and what is done with them until they are
-// answered. Owned by CallEngine.
+// Incoming calls until they are answered: refused, forwarded, or offered to the applications. Owned by CallEngine.
 //
 //     take -> Incoming -> Ringing -> Connected -> ... -> Idle
 //
@@ -26,23 +25,13 @@ namespace telephone {
 class IncomingCalls
 {
 public:
-    struct Parts
-    {
-        sip::EventLoop& loop;
-        EngineConfiguration const& configuration;
-        LineDirectory& lines;
-        CallPolicy const& policy;
-        Availability const& availability;
-        EventPoster const& post;
-        CallList& calls;
-        EstablishedCalls& established;
-    };
-
-    explicit IncomingCalls(Parts const& parts);
+    IncomingCalls(sip::EventLoop& loop, EngineConfiguration const& configuration, LineDirectory& lines,
+                  CallPolicy const& policy, Availability const& availability, EventPoster const& post, CallList& calls,
+                  EstablishedCalls& established);
 
     // --- any thread
-    // Answers 180. Accepting a call that rings already is a success.
-    [[nodiscard]] Outcome<> ring(int callID);
+    // Answers 180. A call that is already ringing is a success.
+    [[nodiscard]] Outcome<> ring(int callID) { return calls_.with(callID, &Call::ring); }
     [[nodiscard]] Outcome<> answer(int callID);
     [[nodiscard]] Outcome<> reject(int callID, sfiRefuseCall reason);
     [[nodiscard]] Outcome<> deflect(int callID, std::string const& destination);

@@ -2,17 +2,59 @@
 
 #include <algorithm>
 #include <mutex>
+#include <sstream>
 #include <utility>
 #include <vector>
 
+#include <pugixml.hpp>
+
 #include "CommunicationsServiceEventIfc.h"
-#include "telephone/calls/ConferenceDocument.h"
 #include "telephone/calls/LogComponent.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/sip/EventLoop.h"
 
 namespace telephone {
+
+namespace {
+
+void addUser(pugi::xml_node users, std::string const& uri, std::string const& name, char const* status)
+{
+    pugi::xml_node user = users.append_child("user");
+    user.append_attribute("entity") = uri.c_str();
+    user.append_attribute("state") = "full";
+    if (!name.empty()) {
+        user.append_child("display-text").text() = name.c_str();
+    }
+    pugi::xml_node endpoint = user.append_child("endpoint");
+    endpoint.append_attribute("entity") = uri.c_str();
+    endpoint.append_child("status").text() = status;
+}
+
+// The conference-info document (RFC 4575) of a conference of this telephone. focus: the address of its line. The
+// telephone itself is the first user; each call is another.
+std::string formatConference(std::string const& focus, int version, std::vector<CallSnapshot> const& calls)
+{
+    pugi::xml_document document;
+    pugi::xml_node info = document.append_child("conference-info");
+    info.append_attribute("xmlns") = "urn:ietf:params:xml:ns:conference-info";
+    info.append_attribute("entity") = focus.c_str();
+    info.append_attribute("state") = "full";
+    info.append_attribute("version") = version;
+    pugi::xml_node state = info.append_child("conference-state");
+    state.append_child("user-count").text() = static_cast<unsigned>(calls.size() + 1);
+    state.append_child("active").text() = calls.size() > 1;
+    pugi::xml_node users = info.append_child("users");
+    addUser(users, focus, {}, "connected");
+    for (CallSnapshot const& call : calls) {
+        addUser(users, call.remoteURI, call.remoteName, call.held || call.heldByRemote ? "on-hold" : "connected");
+    }
+    std::ostringstream text;
+    document.save(text, "", pugi::format_raw | pugi::format_no_declaration);
+    return text.str();
+}
+
+}  // namespace
 
 JoinedCalls::JoinedCalls(sip::UserAgent& agent, LineDirectory const& lines, EventPoster const& post, CallList& calls,
                          EstablishedCalls& established)
@@ -27,49 +69,38 @@ JoinedCalls::JoinedCalls(sip::UserAgent& agent, LineDirectory const& lines, Even
 
 Outcome<> JoinedCalls::blindTransfer(int callID, std::string const& destination)
 {
-    std::lock_guard const guard(agent_.loop());
-    Call* const call = calls_.find(callID);
-    if (call == nullptr) {
-        return noSuchCall(callID);
-    }
-    auto const target = lines_.accountOfLine(call->line().lineNumber).and_then([&](LineAccount const& line) {
-        return callTarget(destination, line.account);
+    return calls_.with(callID, [this, &destination](Call& call) {
+        return lines_.targetFrom(call.line().lineNumber, destination).and_then([&call](std::string const& target) {
+            return call.transfer(sfiFeatureBlindTransfer, target, std::nullopt);
+        });
     });
-    if (!target) {
-        return tl::unexpected(target.error());
-    }
-    return call->transfer(sfiFeatureBlindTransfer, *target, std::nullopt);
 }
 
-Outcome<> JoinedCalls::attendedTransfer(int callID)
+Outcome<> JoinedCalls::attendedTransfer(Call& call)
 {
-    std::lock_guard const guard(agent_.loop());
-    Call* const call = calls_.find(callID);
-    if (call == nullptr) {
-        return noSuchCall(callID);
-    }
-    Call* const other = partnerOf(*call);
+    Call* const other = partnerOf(call);
     if (other == nullptr) {
-        return refuse(RefusalKind::kWrongState,
-                      fmt::format("call {} cannot be transferred: there is no other call to transfer it to", callID));
+        return refuse(RefusalKind::kWrongState, fmt::format("call {} cannot be transferred: there is no other call to "
+                                                            "transfer it to",
+                                                            call.id()));
     }
     // A party that is still ringing has no dialog to replace: the transferred party calls it anew.
     bool const rings = !other->isEstablished();
     std::string const contact = rings ? other->target() : other->session()->remoteContact();
     auto const replaces = rings ? std::nullopt : std::optional(other->session()->dialogId().replaces());
-    if (auto asked = call->transfer(sfiFeatureAttendedTransfer, contact, replaces); !asked) {
+    if (auto asked = call.transfer(sfiFeatureAttendedTransfer, contact, replaces); !asked) {
         return asked;
     }
     if (rings) {
         other->end({sfiCallStateIdle, sfiReasonTransferred});
         return {};
     }
-    transferPeers_[callID] = other->id();
+    transferPeers_[call.id()] = other->id();
     other->beginTransferring();
     return {};
 }
 
-// The call that speaks, else one that is ringing at its far end, else the one held last.
+// The call that speaks, else one ringing at its far end, else the one held last.
 Call* JoinedCalls::partnerOf(Call const& call) const
 {
     std::vector<Call*> candidates = calls_.speaking(&call);
@@ -81,7 +112,7 @@ Call* JoinedCalls::partnerOf(Call const& call) const
     auto const& held = established_.holdOrder();
     std::transform(held.rbegin(), held.rend(), std::back_inserter(candidates),
                    [this](int callID) { return calls_.find(callID); });
-    auto const usable = std::find_if(candidates.begin(), candidates.end(), [&call](Call const* other) {
+    auto const usable = std::ranges::find_if(candidates, [&call](Call const* other) {
         return other != nullptr && other != &call && other->state() != sfiCallStateTransferring;
     });
     return usable == candidates.end() ? nullptr : *usable;
@@ -137,7 +168,7 @@ void JoinedCalls::callEnded(Call const& call)
 void JoinedCalls::replaceCall(std::unique_ptr<sip::Session> session)
 {
     sip::Replaces const wanted = *session->invitation().replaces;
-    auto const found = std::find_if(calls_.all().begin(), calls_.all().end(), [&wanted](auto const& call) {
+    auto const found = std::ranges::find_if(calls_.all(), [&wanted](auto const& call) {
         return call->session() != nullptr && call->session()->dialogId().matches(wanted);
     });
     bool const early = found != calls_.all().end() && !(*found)->isEstablished();
@@ -156,23 +187,18 @@ void JoinedCalls::replaceCall(std::unique_ptr<sip::Session> session)
 
 // --- conference
 
-Outcome<> JoinedCalls::conference(int callID)
+Outcome<> JoinedCalls::conference(Call& call)
 {
-    std::lock_guard const guard(agent_.loop());
-    Call* const call = calls_.find(callID);
-    if (call == nullptr) {
-        return noSuchCall(callID);
-    }
-    Call* const other = partnerOf(*call);
-    if (other == nullptr || !other->isEstablished() || !call->isEstablished()) {
+    Call* const other = partnerOf(call);
+    if (other == nullptr || !other->isEstablished() || !call.isEstablished()) {
         return refuse(RefusalKind::kWrongState,
-                      fmt::format("call {} cannot be joined: a conference needs two connected calls", callID));
+                      fmt::format("call {} cannot be joined: a conference needs two connected calls", call.id()));
     }
-    if (call->snapshot().inConference || other->snapshot().inConference) {
+    if (call.snapshot().inConference || other->snapshot().inConference) {
         return refuse(RefusalKind::kLimit,
-                      fmt::format("call {} cannot be joined: a conference has three parties and no more", callID));
+                      fmt::format("call {} cannot be joined: a conference has three parties and no more", call.id()));
     }
-    return retrieveBoth(*call, *other);
+    return retrieveBoth(call, *other);
 }
 
 // Joins the calls once both are retrieved.

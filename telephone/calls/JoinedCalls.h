@@ -1,4 +1,4 @@
-// Calls that meet: transfer, conference, and calls that replace one of this telephone's calls (RFC 3891). Owned by
+// Operations on two calls: transfer, conference, and the replacement of a call by another one (RFC 3891). Owned by
 // CallEngine.
 //
 // Operations by call id may be called from any thread and take the phone lock; the others are called with it held.
@@ -26,9 +26,15 @@ public:
     // --- any thread
     [[nodiscard]] Outcome<> blindTransfer(int callID, std::string const& destination);
     // Connects the party of that call with the party of the telephone's other call.
-    [[nodiscard]] Outcome<> attendedTransfer(int callID);
-    // Joins that call and the telephone's other one; both are in state Conference then.
-    [[nodiscard]] Outcome<> conference(int callID);
+    [[nodiscard]] Outcome<> attendedTransfer(int callID)
+    {
+        return calls_.with(callID, [this](Call& call) { return attendedTransfer(call); });
+    }
+    // Joins that call and the telephone's other one, which puts both into the state Conference.
+    [[nodiscard]] Outcome<> conference(int callID)
+    {
+        return calls_.with(callID, [this](Call& call) { return conference(call); });
+    }
 
     // --- lock held
     // The far end asks to be connected with another party.
@@ -39,6 +45,8 @@ public:
     void replaceCall(std::unique_ptr<sip::Session> session);
 
 private:
+    Outcome<> attendedTransfer(Call& call);
+    Outcome<> conference(Call& call);
     Call* partnerOf(Call const& call) const;
     Outcome<> retrieveBoth(Call& first, Call& second);
     void join(Call& first, Call& second);

@@ -16,6 +16,13 @@ Outcome<LineAccount> LineDirectory::accountOfLine(int lineNumber) const
     return refuse(RefusalKind::kNotFound, fmt::format("line {} has no account", lineNumber));
 }
 
+Outcome<std::string> LineDirectory::targetFrom(int lineNumber, std::string const& destination) const
+{
+    return accountOfLine(lineNumber).and_then([&destination](LineAccount const& line) {
+        return callTarget(destination, line.account);
+    });
+}
+
 Outcome<LineAccount> LineDirectory::accountNamed(std::string const& name) const
 {
     std::string const user = sip::userOf(name);

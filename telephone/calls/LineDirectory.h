@@ -42,13 +42,15 @@ public:
     virtual std::optional<LineAddress> addressOf(int recordLine, int appearance) const = 0;
     // The line whose address has that user part, for incoming requests; nothing: no such user here.
     virtual std::optional<int> lineOfUser(std::string const& user) const = 0;
-    // Takes a place on a line for an incoming call; nothing: all appearances are taken.
+    // Takes a place on a line for an incoming call; nothing: all appearances are in use.
     virtual std::optional<LineAddress> seizeForIncoming(int lineNumber, int callID) = 0;
 
     [[nodiscard]] Outcome<LineAccount> accountOfLine(int lineNumber) const;
+    // The URI to call for a number or address, dialled on that line.
+    [[nodiscard]] Outcome<std::string> targetFrom(int lineNumber, std::string const& destination) const;
     // By identifier, user or address; an empty name is the first line.
     [[nodiscard]] Outcome<LineAccount> accountNamed(std::string const& name) const;
-    // The line that incoming requests for this user are for.
+    // The line for whose user an incoming request is.
     std::optional<LineAccount> accountOfUser(std::string const& user) const;
 };
 

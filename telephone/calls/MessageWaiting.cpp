@@ -83,22 +83,15 @@ void MessageWaiting::begin(Mailbox& mailbox)
     request.accept = sip::kMessageSummaryType;
     mailbox.retry.cancel();
     auto subscription = agent_.subscribe(mailbox.line.account, request, *this);
-    if (reportIfRefused(kComponent, subscription)) {
-        return;
+    if (!reportIfRefused(kComponent, subscription)) {
+        mailbox.subscription = std::move(*subscription);
     }
-    mailbox.subscription = std::move(*subscription);
-}
-
-void MessageWaiting::clear()
-{
-    mailboxes_.clear();
 }
 
 MessageWaiting::Mailbox* MessageWaiting::find(sip::Subscription const& subscription)
 {
-    auto const found = std::find_if(mailboxes_.begin(), mailboxes_.end(), [&subscription](auto const& each) {
-        return each.second.subscription.get() == &subscription;
-    });
+    auto const found = std::ranges::find_if(
+        mailboxes_, [&subscription](auto const& each) { return each.second.subscription.get() == &subscription; });
     return found == mailboxes_.end() ? nullptr : &found->second;
 }
 
@@ -140,7 +133,7 @@ void MessageWaiting::update(Mailbox& mailbox, std::string const& document)
         log(kLogWarning, kComponent, "line {}: a malformed message-summary is ignored", mailbox.line.lineURI);
         return;
     }
-    const sfiMessageWaitingRecord record = recordOf(*summary, !configuration_.voiceMail.empty());
+    sfiMessageWaitingRecord const record = recordOf(*summary, !configuration_.voiceMail.empty());
     if (mailbox.record && same(*mailbox.record, record)) {
         return;
     }

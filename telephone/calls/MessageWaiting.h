@@ -1,5 +1,5 @@
-// How many messages wait for each line: subscribed to (event package "message-summary", RFC 3842) or received without a
-// subscription. One event per change. Owned by CallEngine; called with the phone lock held, except where noted.
+// The messages waiting for each line, reported to a subscription (event package "message-summary", RFC 3842) or by an
+// unsolicited NOTIFY. One event per change. Owned by CallEngine; called with the phone lock held, except where noted.
 #pragma once
 
 #include <chrono>
@@ -23,21 +23,21 @@ struct EngineConfiguration;
 class MessageWaiting final : private sip::SubscriptionObserver
 {
 public:
-    // A subscription is tried again so long after its end.
+    // From the end of a subscription to the next attempt.
     static constexpr std::chrono::seconds kRetry{60};
 
     MessageWaiting(sip::UserAgent& agent, EngineConfiguration const& configuration, LineDirectory const& lines,
                    EventPoster const& post, CallObservers const& observers);
 
-    // Of a line by its number or address, the first line for an empty name; nothing is known: nothing. Any thread;
-    // takes the phone lock.
+    // The latest report for a line, named by number or address; an empty name is the first line. Nothing before the
+    // first report. Any thread; takes the phone lock.
     std::optional<sfiMessageWaitingRecord> of(std::string const& phoneNumber) const;
 
-    // The line is registered: subscribes for it, if the configuration says so and no subscription lives.
+    // Subscribes for a line that has registered, if the configuration says so and there is no subscription yet.
     void subscribe(LineAccount const& line);
-    // A document that came without a subscription.
+    // Takes the document of an unsolicited NOTIFY.
     void received(LineAccount const& line, std::string const& document);
-    void clear();
+    void clear() { mailboxes_.clear(); }
 
 private:
     struct Mailbox

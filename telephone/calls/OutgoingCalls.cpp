@@ -5,6 +5,7 @@
 
 #include <spdlog/fmt/fmt.h>
 
+#include "telephone/calls/LogComponent.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/sip/EventLoop.h"
 
@@ -26,22 +27,18 @@ Outcome<> OutgoingCalls::make(int recordLine, int appearance, int callID, std::s
                               CallPurpose purpose)
 {
     std::lock_guard const guard(agent_.loop());
-    auto draft = this->draft(recordLine, appearance, callID);
+    auto draft = this->draft(recordLine, appearance, callID, destination);
     if (!draft) {
         return tl::unexpected(draft.error());
     }
-    auto const target = callTarget(destination, draft->request.account);
-    if (!target) {
-        return tl::unexpected(target.error());
-    }
-    draft->request.target = *target;
+    std::string const target = draft->request.target;
     if (auto const pickup = pickupOf(destination)) {
         draft->call->setPickup(*pickup);
     }
     if (purpose == CallPurpose::kConsultation && !calls_.speaking().empty()) {
         draft->call->setConsultation();
     }
-    return begin(std::move(*draft)).map([this, &target] { callBacks_.called(*target); });
+    return begin(std::move(*draft)).map([this, &target] { callBacks_.called(target); });
 }
 
 Outcome<OutgoingCalls::Draft> OutgoingCalls::draft(int recordLine, int appearance, int callID) const
@@ -60,6 +57,17 @@ Outcome<OutgoingCalls::Draft> OutgoingCalls::draft(int recordLine, int appearanc
     Draft draft{calls_.make(callID, *place, false), {}};
     draft.request.account = std::move(line->account);
     return draft;
+}
+
+Outcome<OutgoingCalls::Draft> OutgoingCalls::draft(int recordLine, int appearance, int callID,
+                                                   std::string const& destination) const
+{
+    return draft(recordLine, appearance, callID).and_then([&destination](Draft&& draft) {
+        return callTarget(destination, draft.request.account).map([&draft](std::string const& target) {
+            draft.request.target = target;
+            return std::move(draft);
+        });
+    });
 }
 
 Outcome<> OutgoingCalls::mayBegin(int callID) const
@@ -112,8 +120,8 @@ Outcome<> OutgoingCalls::begin(Draft draft)
 void OutgoingCalls::dialWhenAlone(Call& call, sip::CallRequest request)
 {
     auto const dial = [this, request = std::move(request)](Call& waiting, Outcome<> const& alone) {
-        auto const dialled = alone.and_then([this, &waiting, &request] { return waiting.dial(agent_, request); });
-        if (reportIfRefused("calls", dialled)) {
+        auto const dialled = alone.and_then([&] { return waiting.dial(agent_, request); });
+        if (reportIfRefused(kComponent, dialled)) {
             waiting.end({sfiCallStateFailed, alone ? sfiReasonServerFailure : sfiReasonRefused});
         }
     };

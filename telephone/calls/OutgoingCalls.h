@@ -13,10 +13,10 @@
 #include "telephone/calls/Availability.h"
 #include "telephone/calls/CallBacks.h"
 #include "telephone/calls/CallList.h"
-#include "telephone/calls/CallPurpose.h"
 #include "telephone/calls/EngineConfiguration.h"
 #include "telephone/calls/EstablishedCalls.h"
 #include "telephone/calls/LineDirectory.h"
+#include "telephone/calls/PhoneCalls.h"
 #include "telephone/sip/UserAgent.h"
 
 namespace telephone {
@@ -39,10 +39,13 @@ public:
     [[nodiscard]] Outcome<> make(int recordLine, int appearance, int callID, std::string const& destination,
                                  CallPurpose purpose = CallPurpose::kOrdinary);
 
+    // The target of the request is still open.
     [[nodiscard]] Outcome<Draft> draft(int recordLine, int appearance, int callID) const;
-    // Announces the call, holds any call that speaks, and sends the INVITE.
+    [[nodiscard]] Outcome<Draft> draft(int recordLine, int appearance, int callID,
+                                       std::string const& destination) const;
+    // Announces the call, holds any active call, and sends the INVITE.
     [[nodiscard]] Outcome<> begin(Draft draft);
-    // Sends the INVITE of an announced call once no other call speaks; the call ends if that fails.
+    // Sends the INVITE of an announced call once no other call is active; the call ends if that fails.
     void dialWhenAlone(Call& call, sip::CallRequest request);
 
 private:

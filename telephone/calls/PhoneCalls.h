@@ -7,11 +7,28 @@
 #include <vector>
 
 #include "telephone/base/Refusal.h"
-#include "telephone/calls/CallPurpose.h"
 #include "telephone/calls/CallSnapshot.h"
-#include "telephone/calls/PickupTarget.h"
+#include "telephone/sip/Message.h"
 
 namespace telephone {
+
+// Why a call is made.
+enum class CallPurpose : int
+{
+    kOrdinary,
+    kConsultation,  // the call that it interrupts is held for it
+};
+
+// A call at another telephone that can be taken over, as that telephone's dialogs describe it (RFC 4235).
+struct PickupTarget
+{
+    std::string targetURI;   // the far end of the ringing telephone: the party to call
+    sip::Replaces replaces;  // the dialog there
+    std::string callingURI;  // for the display
+    std::string callingName;
+    std::string calledURI;
+    std::string calledName;
+};
 
 class PhoneCalls
 {
@@ -30,14 +47,14 @@ public:
                                          CallPurpose purpose) = 0;
     [[nodiscard]] virtual Outcome<> answer(int callID) = 0;
     [[nodiscard]] virtual Outcome<> clear(int callID) = 0;
-    // As a key press asks for it: by hand.
+    // A hold by hand, as a key press requests it.
     [[nodiscard]] virtual Outcome<> hold(int callID) = 0;
     [[nodiscard]] virtual Outcome<> retrieve(int callID) = 0;
     [[nodiscard]] virtual Outcome<> deflect(int callID, std::string const& destination) = 0;
     [[nodiscard]] virtual Outcome<> blindTransfer(int callID, std::string const& destination) = 0;
-    // The call that rings at a number.
+    // Takes over the call ringing at a number.
     [[nodiscard]] virtual Outcome<> pickup(LineAddress const& place, int callID, std::string const& number) = 0;
-    // A call of another telephone that is known already.
+    // Takes over a known call of another telephone.
     [[nodiscard]] virtual Outcome<> takeOver(LineAddress const& place, int callID, PickupTarget const& target) = 0;
     // Tells the applications that a feature failed on a line: for its active call, else for any of its calls, else for
     // the line alone. Line 0 is the whole telephone.

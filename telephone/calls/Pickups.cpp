@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "telephone/calls/LogComponent.h"
 #include "telephone/framework/Log.h"
 #include "telephone/sip/EventLoop.h"
 
@@ -37,10 +38,10 @@ sfiReplacesDisplay displayOf(PickupTarget const& target)
     return display;
 }
 
-// The call that rings at the number whose dialogs these are; nothing: none rings.
+// The first ringing call among these dialogs; nothing: no call is ringing.
 std::optional<PickupTarget> ringingCall(std::vector<sip::DialogEntry> const& dialogs)
 {
-    auto const ringing = std::find_if(dialogs.begin(), dialogs.end(), [](sip::DialogEntry const& entry) {
+    auto const ringing = std::ranges::find_if(dialogs, [](sip::DialogEntry const& entry) {
         return entry.recipient && entry.state == sip::DialogState::kEarly && !entry.dialog.callId.empty();
     });
     if (ringing == dialogs.end() || (ringing->remote.target.empty() && ringing->remote.identity.empty())) {
@@ -74,24 +75,14 @@ Pickups::Pickups(sip::UserAgent& agent, EngineConfiguration const& configuration
     , outgoing_(outgoing)
 {}
 
-Outcome<OutgoingCalls::Draft> Pickups::draft(int recordLine, int appearance, int callID, sfiFeature feature) const
-{
-    auto draft = outgoing_.draft(recordLine, appearance, callID);
-    if (draft) {
-        draft->call->setPickup(feature);
-    }
-    return draft;
-}
-
 Outcome<> Pickups::takeOver(int recordLine, int appearance, int callID, PickupTarget const& target)
 {
     std::lock_guard const guard(agent_.loop());
-    auto draft = this->draft(recordLine, appearance, callID, sfiFeatureDirectedPickup);
-    if (!draft) {
-        return tl::unexpected(draft.error());
-    }
-    aimAt(target, *draft->call, draft->request);
-    return outgoing_.begin(std::move(*draft));
+    return outgoing_.draft(recordLine, appearance, callID).and_then([this, &target](OutgoingCalls::Draft&& draft) {
+        draft.call->setPickup(sfiFeatureDirectedPickup);
+        aimAt(target, *draft.call, draft.request);
+        return outgoing_.begin(std::move(draft));
+    });
 }
 
 Outcome<> Pickups::group(int recordLine, int appearance, int callID)
@@ -100,37 +91,26 @@ Outcome<> Pickups::group(int recordLine, int appearance, int callID)
     if (configuration_.groupPickup.empty()) {
         return refuse(RefusalKind::kNotSupported, "no call can be picked up: no group pick-up number is configured");
     }
-    auto draft = this->draft(recordLine, appearance, callID, sfiFeatureGroupPickup);
-    if (!draft) {
-        return tl::unexpected(draft.error());
-    }
-    auto const target = callTarget(configuration_.groupPickup, draft->request.account);
-    if (!target) {
-        return tl::unexpected(target.error());
-    }
-    draft->request.target = *target;
-    return outgoing_.begin(std::move(*draft));
+    return outgoing_.draft(recordLine, appearance, callID, configuration_.groupPickup)
+        .and_then([this](OutgoingCalls::Draft&& draft) {
+            draft.call->setPickup(sfiFeatureGroupPickup);
+            return outgoing_.begin(std::move(draft));
+        });
 }
 
 Outcome<> Pickups::directed(int recordLine, int appearance, int callID, std::string const& number)
 {
     std::lock_guard const guard(agent_.loop());
-    auto draft = this->draft(recordLine, appearance, callID, sfiFeatureDirectedPickup);
-    if (!draft) {
-        return tl::unexpected(draft.error());
-    }
-    auto const target = callTarget(number, draft->request.account);
-    if (!target) {
-        return tl::unexpected(target.error());
-    }
-    auto const started = search(callID, draft->request, *target);
-    if (started) {
-        calls_.add(std::move(draft->call)).announceDialling(*target);
-    }
-    return started;
+    return outgoing_.draft(recordLine, appearance, callID, number)
+        .and_then([this, callID](OutgoingCalls::Draft&& draft) {
+            draft.call->setPickup(sfiFeatureDirectedPickup);
+            return search(callID, draft.request).map([&] {
+                calls_.add(std::move(draft.call)).announceDialling(draft.request.target);
+            });
+        });
 }
 
-Outcome<> Pickups::search(int callID, sip::CallRequest const& request, std::string const& target)
+Outcome<> Pickups::search(int callID, sip::CallRequest const& request)
 {
     auto const changed = [this, callID](std::vector<sip::DialogEntry> const& dialogs) {
         if (auto const ringing = ringingCall(dialogs)) {
@@ -138,7 +118,7 @@ Outcome<> Pickups::search(int callID, sip::CallRequest const& request, std::stri
         }
     };
     auto const ended = [this, callID](int status, std::string const&) { failed(callID, status < 300 ? 480 : status); };
-    auto dialogs = sip::DialogSubscription::start(agent_, request.account, target, changed, ended, kSearchTime);
+    auto dialogs = sip::DialogSubscription::start(agent_, request.account, request.target, changed, ended, kSearchTime);
     if (!dialogs) {
         return tl::unexpected(dialogs.error());
     }
@@ -166,9 +146,9 @@ void Pickups::failed(int callID, int status)
     if (!search || call == nullptr) {
         return;
     }
-    // A number that does not answer has no call that rings.
+    // No call is ringing at a number that does not answer.
     int const meaning = status == 408 ? 404 : status;
-    log(kLogWarning, "calls", "call {}: there is nothing to pick up ({})", callID, status);
+    log(kLogWarning, kComponent, "call {}: there is nothing to pick up ({})", callID, status);
     call->postFeatureFailed(sfiFeatureDirectedPickup, featureFailureOf(meaning));
     call->end({sfiCallStateFailed, endingOf(meaning).reason});
 }

@@ -1,5 +1,5 @@
-// Calls that are taken over from other telephones: a known one, one that rings at a number, or one of the pick-up
-// group. Owned by CallEngine.
+// Takes over calls of other telephones: a known call, the one ringing at a number, or one of the pick-up group. Owned
+// by CallEngine.
 //
 // Operations may be called from any thread and take the phone lock; follow and clear are called with it held.
 #pragma once
@@ -12,7 +12,7 @@
 #include "telephone/calls/CallList.h"
 #include "telephone/calls/EngineConfiguration.h"
 #include "telephone/calls/OutgoingCalls.h"
-#include "telephone/calls/PickupTarget.h"
+#include "telephone/calls/PhoneCalls.h"
 #include "telephone/sip/DialogSubscription.h"
 #include "telephone/sip/Timer.h"
 #include "telephone/sip/UserAgent.h"
@@ -25,7 +25,8 @@ public:
     Pickups(sip::UserAgent& agent, EngineConfiguration const& configuration, CallList& calls, OutgoingCalls& outgoing);
 
     [[nodiscard]] Outcome<> takeOver(int recordLine, int appearance, int callID, PickupTarget const& target);
-    // Asks the number for its dialogs and takes over the call that rings there. featureFailed and Failed if none does.
+    // Asks the number for its dialogs and takes over the call ringing there. If none is, the event featureFailed and
+    // the state Failed follow.
     [[nodiscard]] Outcome<> directed(int recordLine, int appearance, int callID, std::string const& number);
     [[nodiscard]] Outcome<> group(int recordLine, int appearance, int callID);
 
@@ -33,7 +34,7 @@ public:
     void clear() { searches_.clear(); }
 
 private:
-    // For the call that rings at a number, once.
+    // One search for the call ringing at a number.
     struct Search
     {
         std::unique_ptr<sip::DialogSubscription> dialogs;
@@ -41,9 +42,7 @@ private:
         sip::CallRequest request;  // for the call that takes over
     };
 
-    [[nodiscard]] Outcome<OutgoingCalls::Draft> draft(int recordLine, int appearance, int callID,
-                                                      sfiFeature feature) const;
-    [[nodiscard]] Outcome<> search(int callID, sip::CallRequest const& request, std::string const& target);
+    [[nodiscard]] Outcome<> search(int callID, sip::CallRequest const& request);
     void found(int callID, PickupTarget const& target);
     void failed(int callID, int status);
 

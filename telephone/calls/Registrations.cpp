@@ -31,7 +31,7 @@ Registrations::Registrations(sip::UserAgent& agent, EventPoster const& post, Cha
 void Registrations::refresh(std::vector<LineAccount> const& accounts)
 {
     auto const isListed = [&accounts](Entry const& entry) {
-        return std::any_of(accounts.begin(), accounts.end(), [&entry](LineAccount const& line) {
+        return std::ranges::any_of(accounts, [&entry](LineAccount const& line) {
             return line.registers && line.lineNumber == entry.line.lineNumber &&
                    sameAccount(line.account, entry.line.account);
         });
@@ -65,9 +65,8 @@ bool Registrations::isRegistered(int lineNumber) const
 
 Registrations::Entry* Registrations::find(sip::Registration const& registration)
 {
-    auto const found = std::find_if(entries_.begin(), entries_.end(), [&registration](auto const& entry) {
-        return entry.second.registration.get() == &registration;
-    });
+    auto const found = std::ranges::find_if(
+        entries_, [&registration](auto const& entry) { return entry.second.registration.get() == &registration; });
     return found == entries_.end() ? nullptr : &found->second;
 }
 

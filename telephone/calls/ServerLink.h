@@ -1,6 +1,5 @@
-// What the telephone and its call server exchange beside calls: computer-telephony bodies by INFO
-// (application/csta+xml) outside of dialogs. Owned by CallEngine. A line is named by its number or address; an empty
-// name is the first line.
+// Exchanges computer-telephony bodies (application/csta+xml) with the call server, by INFO outside dialogs. Owned by
+// CallEngine. A line is named by its number or address; an empty name is the first line.
 //
 // Any thread; takes the phone lock. receive() is called with it held.
 #pragma once

@@ -43,7 +43,7 @@ struct CauseMeaning
 {
     CSTAEventCause cause;
     StatusLine refusal;
-    const char* reasonHeader;
+    char const* reasonHeader;
 };
 constexpr std::array kCauseMeanings{
     CauseMeaning{CSTAEventCauseNone,              {603, "Decline"},                 ""},
@@ -70,7 +70,7 @@ constexpr std::array kRefusals{
 struct DiversionWord
 {
     sfiForwardReason reason;
-    const char* word;
+    char const* word;
 };
 constexpr std::array kDiversionWords{
     DiversionWord{sfiForwardReasonUnconditional, "unconditional"},
@@ -83,7 +83,7 @@ constexpr std::array kDiversionWords{
 
 struct PriorityWord
 {
-    const char* word;
+    char const* word;
     sfiResourcePriority priority;
 };
 constexpr std::array kPriorityWords{
@@ -100,25 +100,34 @@ static_assert(std::is_sorted(kStatusMeanings.begin(), kStatusMeanings.end(),
 static_assert(kCauseMeanings.size() == 6 && kRefusals.size() == 5 && kDiversionWords.size() == 6 &&
               kPriorityWords.size() == 5);
 
-StatusMeaning const* meaningOf(int status)
+// The row with that value in its field; null: there is none.
+template <class Row, std::size_t size, class Field>
+Row const* findRow(std::array<Row, size> const& rows, Field Row::*field, Field value)
 {
-    auto const found = std::find_if(kStatusMeanings.begin(), kStatusMeanings.end(),
-                                    [status](auto const& row) { return row.status == status; });
-    return found == kStatusMeanings.end() ? nullptr : &*found;
+    auto const found = std::ranges::find(rows, value, field);
+    return found == rows.end() ? nullptr : &*found;
+}
+
+// The row with that word, in any case; null: there is none.
+template <class Row, std::size_t size>
+Row const* findWord(std::array<Row, size> const& rows, std::string_view word)
+{
+    auto const found =
+        std::ranges::find_if(rows, [word](Row const& row) { return sip::equalsIgnoringCase(row.word, word); });
+    return found == rows.end() ? nullptr : &*found;
 }
 
 CauseMeaning const& meaningOf(CSTAEventCause cause)
 {
-    auto const found = std::find_if(kCauseMeanings.begin(), kCauseMeanings.end(),
-                                    [cause](auto const& row) { return row.cause == cause; });
-    return found == kCauseMeanings.end() ? kCauseMeanings.front() : *found;
+    CauseMeaning const* const row = findRow(kCauseMeanings, &CauseMeaning::cause, cause);
+    return row == nullptr ? kCauseMeanings.front() : *row;
 }
 
 }  // namespace
 
 Ending endingOf(int status)
 {
-    if (StatusMeaning const* meaning = meaningOf(status)) {
+    if (auto const* meaning = findRow(kStatusMeanings, &StatusMeaning::status, status)) {
         return meaning->ending;
     }
     return {sfiCallStateFailed, status >= 500 && status < 600 ? sfiReasonServerFailure : sfiReasonRefused};
@@ -142,7 +151,7 @@ Ending endingOf(sip::Closing const& closing)
 
 sfiFeatureFailure featureFailureOf(int status)
 {
-    StatusMeaning const* meaning = meaningOf(status);
+    auto const* meaning = findRow(kStatusMeanings, &StatusMeaning::status, status);
     return meaning != nullptr ? meaning->featureFailure : sfiFeatureFailureRefused;
 }
 
@@ -156,9 +165,8 @@ sfiRegistrationResult registrationResultOf(int status)
 
 StatusLine statusOf(sfiRefuseCall reason)
 {
-    auto const found =
-        std::find_if(kRefusals.begin(), kRefusals.end(), [reason](auto const& row) { return row.reason == reason; });
-    return found == kRefusals.end() ? StatusLine{} : found->line;
+    auto const* row = findRow(kRefusals, &RefusalMeaning::reason, reason);
+    return row == nullptr ? StatusLine{} : row->line;
 }
 
 StatusLine statusOf(CSTAEventCause cause)
@@ -178,39 +186,34 @@ std::string displayUri(sip::NameAddr const& party)
 
 sfiForwardReason forwardReasonOf(std::string_view diversionReason)
 {
-    auto const found = std::find_if(kDiversionWords.begin(), kDiversionWords.end(), [diversionReason](auto const& row) {
-        return sip::equalsIgnoringCase(row.word, diversionReason);
-    });
-    return found == kDiversionWords.end() ? sfiForwardReasonUnknown : found->reason;
+    auto const* row = findWord(kDiversionWords, diversionReason);
+    return row == nullptr ? sfiForwardReasonUnknown : row->reason;
 }
 
 char const* diversionReasonOf(sfiForwardReason reason)
 {
-    auto const found = std::find_if(kDiversionWords.begin(), kDiversionWords.end(),
-                                    [reason](auto const& row) { return row.reason == reason; });
-    return found == kDiversionWords.end() ? "unknown" : found->word;
+    auto const* row = findRow(kDiversionWords, &DiversionWord::reason, reason);
+    return row == nullptr ? "unknown" : row->word;
 }
 
 sfiResourcePriority priorityOf(std::string_view header)
 {
-    const std::string_view first = header.substr(0, header.find_first_of(", ;"));
-    auto const found = std::find_if(kPriorityWords.begin(), kPriorityWords.end(),
-                                    [first](auto const& row) { return sip::equalsIgnoringCase(row.word, first); });
-    return found == kPriorityWords.end() ? sfiResourcePriorityNone : found->priority;
+    auto const* row = findWord(kPriorityWords, header.substr(0, header.find_first_of(", ;")));
+    return row == nullptr ? sfiResourcePriorityNone : row->priority;
 }
 
 AlertInformation alertInformationOf(std::string_view header)
 {
     AlertInformation information;
-    const std::size_t open = header.find('<');
-    const std::size_t close = header.find('>', open == std::string_view::npos ? 0 : open);
+    std::size_t const open = header.find('<');
+    std::size_t const close = header.find('>', open == std::string_view::npos ? 0 : open);
     if (open != std::string_view::npos && close != std::string_view::npos) {
         information.uri = header.substr(open + 1, close - open - 1);
     }
     constexpr std::string_view kInfo = "info=";
-    const std::size_t info = header.find(kInfo, close == std::string_view::npos ? 0 : close);
+    std::size_t const info = header.find(kInfo, close == std::string_view::npos ? 0 : close);
     if (info != std::string_view::npos) {
-        const std::string_view rest = header.substr(info + kInfo.size());
+        std::string_view const rest = header.substr(info + kInfo.size());
         information.infoParam = rest.substr(0, rest.find_first_of(";,"));
     }
     return information;

@@ -1,5 +1,4 @@
-// What SIP's words mean in the call control's: tables from statuses, reasons and headers to the platform's values and
-// back. Pure functions.
+// Translates SIP statuses, reasons and headers to the platform's values and back. Pure functions.
 #pragma once
 
 #include <string>
@@ -10,7 +9,7 @@
 
 namespace telephone {
 
-// How a call ends for its subscribers.
+// The end of a call, as events report it.
 struct Ending
 {
     sfiCallState state = sfiCallStateIdle;  // Idle, Busy or Failed
@@ -29,7 +28,7 @@ struct StatusLine
     char const* text = "";
 };
 StatusLine statusOf(sfiRefuseCall reason);
-// The answer that clears a call which was not answered yet.
+// The response that clears a call before it is answered.
 StatusLine statusOf(CSTAEventCause cause);
 // Value of a Reason header (RFC 3326); empty: none.
 std::string reasonHeaderOf(CSTAEventCause cause);

@@ -104,8 +104,7 @@ struct ApplicationSocketConfiguration
 {
     std::string path;  // empty: in the run folder
     int maximumApplications = 256;
-    int queuedMessages =
-        20000;  // for an application that does not read; the oldest is dropped, leaving a gap in the numbers
+    int queuedMessages = 20000;  // for an application that does not read; then the oldest is dropped
 };
 
 struct StoreConfiguration

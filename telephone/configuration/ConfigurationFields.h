@@ -13,6 +13,16 @@
 
 namespace telephone {
 
+// The types of fields, in the order of FieldMember.
+enum class FieldKind
+{
+    kFlag,
+    kInteger,
+    kText,
+    kTexts,
+    kTransport,
+};
+
 template <typename Section>
 using FieldMember = std::variant<bool Section::*, int Section::*, std::string Section::*,
                                  std::vector<std::string> Section::*, Transport Section::*>;
@@ -134,6 +144,7 @@ inline constexpr auto kLog = std::to_array<ConfigurationField<LogConfiguration>>
     {"level",               &LogConfiguration::level,               "0 off, 1 fatal, 2 failures, 3 refusals, 4 news, 5 operations, 6 requests and SIP messages", {}, 0, 6},
     {"file",                &LogConfiguration::file,                "empty: standard error"},
 });
+
 inline constexpr auto kCertificates = std::to_array<ConfigurationField<CertificateConfiguration>>({
     {"folder",              &CertificateConfiguration::folder,      "trusted authorities: HOST.pem for an address, authorities.pem for all others; empty: none"},
 });
@@ -161,7 +172,12 @@ void forEachSection(Use use)
 }
 
 // The values that a field takes, in words: "an integer from 0 to 65535", "one of udp, tcp".
+std::string expectedValues(FieldKind kind, std::string_view choices, int minimum, int maximum);
+
 template <typename Section>
-std::string expectedOf(ConfigurationField<Section> const& field);
+std::string expectedOf(ConfigurationField<Section> const& field)
+{
+    return expectedValues(static_cast<FieldKind>(field.member.index()), field.choices, field.minimum, field.maximum);
+}
 
 }  // namespace telephone

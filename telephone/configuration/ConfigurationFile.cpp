@@ -5,7 +5,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <optional>
 #include <sstream>
 #include <utility>
 
@@ -48,46 +48,43 @@ bool isPlain(std::string const& text)
     return std::none_of(text.begin(), text.end(), [](unsigned char c) { return c < 0x20 || c == 0x7f; });
 }
 
+template <typename Value>
+bool assign(std::optional<Value> const& value, Value& target)
+{
+    target = value.value_or(Value());
+    return value.has_value();
+}
+
 // Assigns one value to its member; false if the field does not take it.
 template <typename Section>
-class Assign
+struct Assign
 {
-public:
-    Assign(toml::node const& node, ConfigurationField<Section> const& field, Section& section)
-        : node_(node)
-        , field_(field)
-        , section_(section)
-    {}
+    toml::node const& node;
+    ConfigurationField<Section> const& field;
+    Section& section;
 
-    bool operator()(bool Section::*member) const
-    {
-        auto const value = node_.value_exact<bool>();
-        section_.*member = value.value_or(false);
-        return value.has_value();
-    }
+    bool operator()(bool Section::*member) const { return assign(node.value_exact<bool>(), section.*member); }
     bool operator()(int Section::*member) const
     {
-        if (auto const word = node_.value_exact<std::string>()) {
-            auto const place = isWord(*word) ? placeOfChoice(field_.choices, *word) : std::nullopt;
-            section_.*member = place.value_or(0);
-            return place.has_value();
+        if (auto const word = node.value_exact<std::string>()) {
+            return isWord(*word) && assign(placeOfChoice(field.choices, *word), section.*member);
         }
-        auto const value = node_.value_exact<std::int64_t>();
-        if (!value || *value < field_.minimum || *value > field_.maximum) {
+        auto const value = node.value_exact<std::int64_t>();
+        if (!value || *value < field.minimum || *value > field.maximum) {
             return false;
         }
-        section_.*member = static_cast<int>(*value);
-        return field_.choices.empty() || placeOfChoice(field_.choices, std::to_string(*value)).has_value();
+        section.*member = static_cast<int>(*value);
+        return field.choices.empty() || placeOfChoice(field.choices, std::to_string(*value)).has_value();
     }
     bool operator()(std::string Section::*member) const
     {
-        auto const value = node_.value_exact<std::string>();
-        section_.*member = value.value_or(std::string());
-        return value && isPlain(*value) && (field_.choices.empty() || placeOfChoice(field_.choices, *value));
+        auto const value = node.value_exact<std::string>();
+        return assign(value, section.*member) && isPlain(*value) &&
+               (field.choices.empty() || placeOfChoice(field.choices, *value));
     }
     bool operator()(std::vector<std::string> Section::*member) const
     {
-        auto const* values = node_.as_array();
+        auto const* values = node.as_array();
         if (values == nullptr) {
             return false;
         }
@@ -96,23 +93,18 @@ public:
             if (!text || text->empty() || !isPlain(*text)) {
                 return false;
             }
-            (section_.*member).push_back(*text);
+            (section.*member).push_back(*text);
         }
         return true;
     }
     bool operator()(Transport Section::*member) const
     {
-        auto const place = placeOfChoice(field_.choices, node_.value_exact<std::string>().value_or(std::string()));
-        section_.*member = static_cast<Transport>(place.value_or(0));
+        auto const place = placeOfChoice(field.choices, node.value_exact<std::string>().value_or(std::string()));
+        section.*member = static_cast<Transport>(place.value_or(0));
         return place.has_value();
     }
 
-private:
     static bool isWord(std::string const& text) { return !text.empty() && (text[0] < '0' || text[0] > '9'); }
-
-    toml::node const& node_;
-    ConfigurationField<Section> const& field_;
-    Section& section_;
 };
 
 // One reading of one file.
@@ -144,11 +136,17 @@ private:
     {
         auto known = namesOf(fields::kPhone, &ConfigurationField<Configuration>::name);
         forEachSection([&known](std::string_view name, auto, auto const&) { known.push_back(name); });
-        for (auto const& [key, node] : file) {
+        return checkNames(file, known, "section or key", "");
+    }
+
+    Outcome<> checkNames(toml::table const& table, std::vector<std::string_view> const& known, std::string_view what,
+                         std::string_view where) const
+    {
+        for (auto const& [key, node] : table) {
             if (std::find(known.begin(), known.end(), key.str()) == known.end()) {
                 return places_.refusal(lineOf(key.source()),
-                                       fmt::format("there is no section or key \"{}\"; the nearest is \"{}\"",
-                                                   key.str(), nearestName(key.str(), known)));
+                                       fmt::format("there is no {} \"{}\"{}; the nearest is \"{}\"", what, key.str(),
+                                                   where, nearestName(key.str(), known)));
             }
         }
         return {};
@@ -162,7 +160,8 @@ private:
             return places_.refusal(lineOf(node.source()),
                                    fmt::format("\"{0}\" takes a section [{0}], not {1}", name, found(node)));
         }
-        return checkKeys(name, *table, sectionFields).and_then([&] {
+        auto const known = namesOf(sectionFields, &Fields::value_type::name);
+        return checkNames(*table, known, "key", fmt::format(" in [{}]", name)).and_then([&] {
             return readFields(name, *table, section, sectionFields);
         });
     }
@@ -184,27 +183,13 @@ private:
         return {};
     }
 
-    template <typename Fields>
-    Outcome<> checkKeys(std::string_view section, toml::table const& table, Fields const& sectionFields) const
-    {
-        auto const known = namesOf(sectionFields, &Fields::value_type::name);
-        for (auto const& [key, node] : table) {
-            if (std::find(known.begin(), known.end(), key.str()) == known.end()) {
-                return places_.refusal(lineOf(key.source()),
-                                       fmt::format("there is no key \"{}\" in [{}]; the nearest is \"{}\"", key.str(),
-                                                   section, nearestName(key.str(), known)));
-            }
-        }
-        return {};
-    }
-
     template <typename Section, typename Fields>
     Outcome<> readFields(std::string_view name, toml::table const& table, Section& section,
                          Fields const& sectionFields) const
     {
         for (auto const& field : sectionFields) {
             auto const* node = table.get(field.name);
-            if (node != nullptr && !std::visit(Assign<Section>(*node, field, section), field.member)) {
+            if (node != nullptr && !std::visit(Assign<Section>{*node, field, section}, field.member)) {
                 return places_.refusal(lineOf(node->source()),
                                        fmt::format("{}{}{} takes {}, not {}", name, name.empty() ? "" : ".", field.name,
                                                    expectedOf(field), found(*node)));

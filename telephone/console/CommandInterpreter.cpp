@@ -38,8 +38,7 @@ Outcome<bool> choice(std::string const& word, std::string_view yes, std::string_
 {
     bool const isYes = equalIgnoringCase(word, yes);
     if (!isYes && !equalIgnoringCase(word, no)) {
-        return refuse(RefusalKind::kBadInput,
-                      "\"" + word + "\" is neither " + std::string(yes) + " nor " + std::string(no));
+        return refuse(RefusalKind::kBadInput, fmt::format("\"{}\" is neither {} nor {}", word, yes, no));
     }
     return isYes;
 }
@@ -131,8 +130,7 @@ Outcome<CommandInterpreter::Result> CommandInterpreter::run(Words const& words)
     }
     std::size_t const arguments = words.size() - 1;
     if (arguments < command->least || arguments > command->most) {
-        return refuse(RefusalKind::kBadInput,
-                      "write it as: " + std::string(command->name) + " " + std::string(command->arguments));
+        return refuse(RefusalKind::kBadInput, fmt::format("write it as: {} {}", command->name, command->arguments));
     }
     return command->handler(*this, words).map([command] {
         return Result{command->name == kQuit ? Kind::kQuit : Kind::kCommand, std::nullopt};
@@ -143,11 +141,7 @@ CommandInterpreter::Result CommandInterpreter::send(std::string const& request)
 {
     transcript_.request(request);
     RequestRunner::Reply reply = runner_.run(channel_, request);
-    if (reply.answer) {
-        transcript_.answer(*reply.answer);
-    } else {
-        transcript_.noAnswer();
-    }
+    transcript_.answer(reply.answer);
     return {Kind::kRequest, std::move(reply.answer)};
 }
 
@@ -178,8 +172,7 @@ Outcome<> CommandInterpreter::help(Words const& words)
         transcript_.rows(helpForEvent(*event));
     }
     if (command != nullptr) {
-        transcript_.note(std::string(command->name) + " " + std::string(command->arguments) + ": " +
-                         std::string(command->meaning));
+        transcript_.note(fmt::format("{} {}: {}", command->name, command->arguments, command->meaning));
     }
     return {};
 }
@@ -190,9 +183,7 @@ Outcome<> CommandInterpreter::helpForAll()
                      "  OutgoingCallMakeRequest Line=4711 CallID=1 Destination=100\n"
                      "help HoldCall explains the request, help CallHeldEvent the event. Commands:");
     for (Command const& each : commands()) {
-        std::string row = "  " + std::string(each.name) + " " + std::string(each.arguments);
-        row.resize(std::max<std::size_t>(row.size() + 1, 38), ' ');
-        transcript_.note(row + std::string(each.meaning));
+        transcript_.note(fmt::format("  {:<35} {}", fmt::format("{} {}", each.name, each.arguments), each.meaning));
     }
     return {};
 }
@@ -215,10 +206,7 @@ Outcome<> CommandInterpreter::store(Words const& words)
         return refuse(RefusalKind::kBadInput, "write it as: store list, store get KEY, or store set KEY VALUE");
     }
     auto const value = controls_.setting(words[2]);
-    if (!value) {
-        return refuse(RefusalKind::kNotFound, "no setting " + words[2]);
-    }
-    return show({words[2] + " = " + *value});
+    return value ? show({words[2] + " = " + *value}) : refuse(RefusalKind::kNotFound, "no setting " + words[2]);
 }
 
 Outcome<> CommandInterpreter::say(Words const& words)

@@ -10,15 +10,10 @@ namespace telephone {
 
 namespace {
 
-bool begins(std::string_view name, std::string_view typed)
-{
-    return name.size() >= typed.size() && equalIgnoringCase(name.substr(0, typed.size()), typed);
-}
-
 void addMatching(std::vector<std::string>& found, std::vector<std::string_view> const& names, std::string_view typed)
 {
     for (std::string_view const name : names) {
-        if (begins(name, typed)) {
+        if (beginsIgnoringCase(name, typed)) {
             found.emplace_back(name);
         }
     }
@@ -46,7 +41,7 @@ std::vector<std::string> completions(std::string_view line)
     }
     for (RequestParameter const& each : request->parameters) {
         std::string const assignment = std::string(each.tag) + "=";
-        if (begins(assignment, typed) && before.find(" " + assignment) == std::string_view::npos) {
+        if (beginsIgnoringCase(assignment, typed) && before.find(" " + assignment) == std::string_view::npos) {
             found.push_back(assignment);
         }
     }

@@ -51,7 +51,7 @@ bool Conversation::takeEvents()
     wakeUp_.clear();
     bool some = false;
     while (true) {
-        auto const events = channel_->events().take(kEventsAtOnce);
+        auto const events = channel_->take(kEventsAtOnce);
         if (events.empty()) {
             return some;
         }

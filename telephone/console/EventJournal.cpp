@@ -4,41 +4,34 @@
 
 namespace telephone {
 
-void EventJournal::add(std::string event)
-{
-    events_.push_back({std::move(event), false});
-}
-
 std::string const* EventJournal::take(EventPattern const& pattern)
 {
-    if (auto const* const found = takeFrom(afterLast_, events_.size(), pattern)) {
-        return found;
+    auto found = search(afterLast_, events_.size(), pattern);
+    if (!found) {
+        found = search(std::min(requestAt_, afterLast_), afterLast_, pattern);
     }
-    return takeFrom(std::min(requestAt_, afterLast_), afterLast_, pattern);
-}
-
-std::string const* EventJournal::takeFrom(std::size_t first, std::size_t end, EventPattern const& pattern)
-{
-    for (std::size_t i = first; i < end; ++i) {
-        Entry& entry = events_[i];
-        if (entry.taken || !pattern.matches(entry.text)) {
-            continue;
-        }
-        entry.taken = true;
-        afterLast_ = std::max(afterLast_, i + 1);
-        return &entry.text;
+    if (!found) {
+        return nullptr;
     }
-    return nullptr;
+    events_[*found].taken = true;
+    afterLast_ = std::max(afterLast_, *found + 1);
+    return &events_[*found].text;
 }
 
 std::string const* EventJournal::find(EventPattern const& pattern) const
 {
-    for (std::size_t i = std::max(requestAt_, afterLast_); i < events_.size(); ++i) {
+    auto const found = search(std::max(requestAt_, afterLast_), events_.size(), pattern);
+    return found ? &events_[*found].text : nullptr;
+}
+
+std::optional<std::size_t> EventJournal::search(std::size_t first, std::size_t end, EventPattern const& pattern) const
+{
+    for (std::size_t i = first; i < end; ++i) {
         if (!events_[i].taken && pattern.matches(events_[i].text)) {
-            return &events_[i].text;
+            return i;
         }
     }
-    return nullptr;
+    return std::nullopt;
 }
 
 std::vector<std::string> EventJournal::untaken() const

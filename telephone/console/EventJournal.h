@@ -5,7 +5,9 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "telephone/console/EventPattern.h"
@@ -15,7 +17,7 @@ namespace telephone {
 class EventJournal
 {
 public:
-    void add(std::string event);
+    void add(std::string event) { events_.push_back({std::move(event), false}); }
     void requestSent() { requestAt_ = events_.size(); }
 
     // The event that a wait for the pattern takes; null if none has come yet.
@@ -32,7 +34,9 @@ private:
         bool taken = false;
     };
 
-    std::string const* takeFrom(std::size_t first, std::size_t end, EventPattern const& pattern);
+    // The index of the first event in the range that matches and that no wait has taken.
+    [[nodiscard]] std::optional<std::size_t> search(std::size_t first, std::size_t end,
+                                                    EventPattern const& pattern) const;
 
     std::vector<Entry> events_;
     std::size_t afterLast_ = 0;  // index after the event that the last wait took

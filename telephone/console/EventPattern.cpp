@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include <spdlog/fmt/fmt.h>
+
 #include "platform/sfi/SfiTypes.h"
 #include "telephone/base/Names.h"
 #include "telephone/console/RequestShorthand.h"
@@ -40,7 +42,7 @@ constexpr std::array<std::string_view, 4> kLineTags{"LineID", "lineURI", "device
 
 constexpr std::string_view kStatePrefix = "sfiCallState";
 
-std::string stateNumber(std::string value)
+std::string stateNumber(std::string const& value)
 {
     std::string_view name = value;
     if (name.starts_with(kStatePrefix)) {
@@ -91,12 +93,8 @@ EventDescription const* findEvent(std::string_view name)
 
 std::vector<std::string_view> eventNames()
 {
-    std::vector<std::string_view> names;
-    for (EventDescription const& each : kEventDescriptions) {
-        if (!each.method.empty()) {
-            names.push_back(each.method);
-        }
-    }
+    auto names = namesOf(kEventDescriptions, &EventDescription::method);
+    std::erase(names, "");
     return names;
 }
 
@@ -116,36 +114,33 @@ Outcome<EventPattern> EventPattern::parse(Words const& words, std::size_t first)
             return refuse(RefusalKind::kBadInput,
                           "\"" + words[i] + "\" is not understood: write Tag=value, or within SECONDS");
         }
-        if (auto const required = pattern.require(assignment->name, assignment->value); !required) {
-            return tl::unexpected(required.error());
+        if (auto required = pattern.require(assignment->name, assignment->value); !required) {
+            return tl::unexpected(std::move(required.error()));
         }
     }
     return pattern;
 }
 
-Outcome<> EventPattern::require(std::string const& name, std::string value)
+Outcome<> EventPattern::require(std::string const& name, std::string const& value)
 {
-    std::string known;
     for (EventElement const& each : event_->elements) {
         if (isMeant(each, name)) {
-            if (each.tag == "CallState") {
-                value = stateNumber(std::move(value));
-            }
-            if (each.kind == EventElementKind::flag) {
-                value = flagNumber(value);
-            }
-            required_.push_back({std::string(each.tag), std::move(value)});
+            bool const isFlag = each.kind == EventElementKind::flag;
+            required_.push_back({std::string(each.tag), each.tag == "CallState" ? stateNumber(value)
+                                                        : isFlag                ? flagNumber(value)
+                                                                                : value});
             return {};
         }
-        known += (known.empty() ? "; it has " : ", ") + std::string(each.tag);
     }
+    auto const tags = namesOf(event_->elements, &EventElement::tag);
     return refuse(RefusalKind::kBadInput,
-                  std::string(event_->method) + " has no " + name + (known.empty() ? "; it has nothing" : known));
+                  fmt::format("{} has no {}; it has {}", event_->method, name,
+                              tags.empty() ? "nothing" : fmt::format("{}", fmt::join(tags, ", "))));
 }
 
 bool EventPattern::matches(std::string_view event) const
 {
-    return methodOf(event) == event_->method &&
+    return elementValue(event, "Method") == event_->method &&
            std::all_of(required_.begin(), required_.end(),
                        [&](Assignment const& each) { return elementValue(event, each.name) == each.value; });
 }

@@ -31,7 +31,7 @@ private:
     explicit EventPattern(EventDescription const& event)
         : event_(&event)
     {}
-    Outcome<> require(std::string const& name, std::string value);
+    Outcome<> require(std::string const& name, std::string const& value);
 
     EventDescription const* event_;
     std::vector<Assignment> required_;

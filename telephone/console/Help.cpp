@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include <spdlog/fmt/fmt.h>
+
 namespace telephone {
 
 namespace {
@@ -20,28 +22,17 @@ constexpr std::array<std::string_view, 7> kElementKinds{
     "text", "text", "number", "count", "flag, 1 or 0", "list", "text that follows unchanged",
 };
 
-std::string answerOf(RequestDescription const& request)
+std::string_view answerOf(RequestDescription const& request)
 {
-    switch (request.answer) {
-    case RequestAnswer::resultWord:
+    if (request.answer == RequestAnswer::resultWord) {
         return "sfiSuccess, sfiFailure or another result word";
-    case RequestAnswer::nothing:
-        return "none";
-    case RequestAnswer::wordAndValue:
-    case RequestAnswer::texts:
-    case RequestAnswer::truth:
-    case RequestAnswer::elements:
-    case RequestAnswer::fixedText:
-        break;
     }
-    return std::string(request.answerForm);
+    return request.answer == RequestAnswer::nothing ? "none" : request.answerForm;
 }
 
-std::string padded(std::string_view text, std::size_t width)
+std::string rowOf(std::string_view name, std::string_view meaning)
 {
-    std::string result(text);
-    result.resize(std::max(width, result.size() + 1), ' ');
-    return result;
+    return fmt::format("  {:<27} {}", name, meaning);
 }
 
 }  // namespace
@@ -50,11 +41,10 @@ std::vector<std::string> requestRows()
 {
     std::vector<std::string> rows;
     for (RequestDescription const& each : kRequestDescriptions) {
-        std::string row(each.name);
+        std::string& row = rows.emplace_back(each.name);
         for (RequestParameter const& parameter : each.parameters) {
-            row += " " + std::string(parameter.tag) + "=";
+            row.append(" ").append(parameter.tag).append("=");
         }
-        rows.push_back(row);
     }
     return rows;
 }
@@ -66,32 +56,29 @@ std::vector<std::string> eventRows()
         if (each.method.empty()) {
             continue;
         }
-        std::string row(each.method);
+        std::string& row = rows.emplace_back(each.method);
         for (EventElement const& element : each.elements) {
-            row += " " + std::string(element.tag);
+            row.append(" ").append(element.tag);
         }
-        rows.push_back(row);
     }
     return rows;
 }
 
 std::vector<std::string> helpForRequest(RequestDescription const& request)
 {
-    std::vector<std::string> rows{std::string(request.name) + ": " + std::string(request.meaning)};
+    std::vector<std::string> rows{fmt::format("{}: {}", request.name, request.meaning)};
     for (RequestParameter const& each : request.parameters) {
-        rows.push_back("  " + padded(std::string(each.tag) + "=", 28) +
-                       std::string(kParameterKinds.at(static_cast<std::size_t>(each.kind))));
+        rows.push_back(rowOf(std::string(each.tag) + "=", kParameterKinds.at(static_cast<std::size_t>(each.kind))));
     }
-    rows.push_back("  answer: " + answerOf(request));
+    rows.push_back(fmt::format("  answer: {}", answerOf(request)));
     return rows;
 }
 
 std::vector<std::string> helpForEvent(EventDescription const& event)
 {
-    std::vector<std::string> rows{std::string(event.method) + ": " + std::string(event.meaning)};
+    std::vector<std::string> rows{fmt::format("{}: {}", event.method, event.meaning)};
     for (EventElement const& each : event.elements) {
-        rows.push_back("  " + padded(each.tag, 28) +
-                       std::string(kElementKinds.at(static_cast<std::size_t>(each.kind))));
+        rows.push_back(rowOf(each.tag, kElementKinds.at(static_cast<std::size_t>(each.kind))));
     }
     return rows;
 }

@@ -1,5 +1,7 @@
 #include "telephone/console/RequestShorthand.h"
 
+#include <spdlog/fmt/fmt.h>
+
 #include "telephone/base/Names.h"
 
 namespace telephone {
@@ -10,28 +12,24 @@ constexpr std::string_view kSignallingEvent = "SigEvent";
 
 Outcome<std::string> element(std::string_view tag, std::string_view value)
 {
-    std::string const end = "</" + std::string(tag) + ">";
+    std::string const end = fmt::format("</{}>", tag);
     if (value.find(end) != std::string_view::npos) {
-        return refuse(RefusalKind::kBadInput, "the value of " + std::string(tag) + " must not contain " + end);
+        return refuse(RefusalKind::kBadInput, fmt::format("the value of {} must not contain {}", tag, end));
     }
-    return "<" + std::string(tag) + ">" + std::string(value) + end;
+    return fmt::format("<{}>{}{}", tag, value, end);
 }
 
 Outcome<RequestParameter const*> parameterOf(RequestDescription const& request, std::string const& name)
 {
-    std::vector<std::string_view> tags;
     for (RequestParameter const& each : request.parameters) {
         if (equalIgnoringCase(each.tag, name)) {
             return &each;
         }
-        tags.push_back(each.tag);
     }
-    std::string known;
-    for (std::string_view const tag : tags) {
-        known += (known.empty() ? "; it has " : ", ") + std::string(tag);
-    }
-    return refuse(RefusalKind::kBadInput, std::string(request.name) + " has no parameter " + name +
-                                              suggestion(name, tags) + (known.empty() ? "; it has none" : known));
+    auto const tags = namesOf(request.parameters, &RequestParameter::tag);
+    return refuse(RefusalKind::kBadInput,
+                  fmt::format("{} has no parameter {}{}; it has {}", request.name, name, suggestion(name, tags),
+                              tags.empty() ? "none" : fmt::format("{}", fmt::join(tags, ", "))));
 }
 
 // Appends a parameter to the request's elements or, where it follows them as it is, to its body.
@@ -41,15 +39,13 @@ Outcome<> append(RequestDescription const& request, std::string const& word, std
     if (!assignment) {
         return refuse(RefusalKind::kBadInput, "\"" + word + "\" is not a parameter: write it as Name=value");
     }
-    auto const parameter = parameterOf(request, assignment->name);
-    if (!parameter) {
-        return tl::unexpected(parameter.error());
-    }
-    if ((*parameter)->kind == RequestParameterKind::body) {
-        body = assignment->value;
-        return {};
-    }
-    return element((*parameter)->tag, assignment->value).map([&](std::string const& text) { elements += text; });
+    return parameterOf(request, assignment->name).and_then([&](RequestParameter const* parameter) {
+        if (parameter->kind == RequestParameterKind::body) {
+            body = assignment->value;
+            return Outcome<>();
+        }
+        return element(parameter->tag, assignment->value).map([&](std::string const& text) { elements += text; });
+    });
 }
 
 }  // namespace
@@ -93,22 +89,17 @@ Outcome<std::string> requestText(Words const& words)
 
 std::optional<std::string> elementValue(std::string_view text, std::string_view tag)
 {
-    std::string const opening = "<" + std::string(tag) + ">";
+    std::string const opening = fmt::format("<{}>", tag);
     auto const start = text.find(opening);
     if (start == std::string_view::npos) {
         return std::nullopt;
     }
     auto const value = start + opening.size();
-    auto const end = text.find("</" + std::string(tag) + ">", value);
+    auto const end = text.find(fmt::format("</{}>", tag), value);
     if (end == std::string_view::npos) {
         return std::nullopt;
     }
     return std::string(text.substr(value, end - value));
-}
-
-std::string methodOf(std::string_view text)
-{
-    return elementValue(text, "Method").value_or(std::string());
 }
 
 }  // namespace telephone

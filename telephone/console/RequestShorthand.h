@@ -24,7 +24,5 @@ std::vector<std::string_view> requestNames();
 
 // The value of the first element of a tag.
 std::optional<std::string> elementValue(std::string_view text, std::string_view tag);
-// The value of the element "Method"; empty if there is none.
-std::string methodOf(std::string_view text);
 
 }  // namespace telephone

@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <thread>
+
+#include <spdlog/fmt/fmt.h>
 
 #include "telephone/base/Names.h"
 #include "telephone/console/RequestShorthand.h"
@@ -89,8 +90,8 @@ bool ScriptPlayer::play(std::istream& script, std::string const& name)
     for (int number = 1; !quit_ && std::getline(script, line); ++number) {
         if (auto const played = playLine(line); !played) {
             conversation_.takeEvents();
-            conversation_.transcript().error(name + ":" + std::to_string(number) + ": " + std::string(trimmed(line)) +
-                                             ": " + played.error().reason);
+            conversation_.transcript().error(
+                fmt::format("{}:{}: {}: {}", name, number, trimmed(line), played.error().reason));
             return false;
         }
     }
@@ -313,11 +314,7 @@ std::optional<std::string> ScriptPlayer::rememberedValue(std::string_view tag) c
             return value;
         }
     }
-    if (!equalIgnoringCase(tag, "Line")) {
-        return std::nullopt;
-    }
-    auto const line = values_.find("LineID");
-    return line == values_.end() ? std::nullopt : std::optional(line->second);
+    return equalIgnoringCase(tag, "Line") ? rememberedValue("LineID") : std::nullopt;
 }
 
 Outcome<std::string> ScriptPlayer::replaced(std::string text) const
@@ -360,20 +357,13 @@ std::string ScriptPlayer::cameInstead() const
     if (events.empty()) {
         return "; nothing else came";
     }
-    std::string text = "; came instead:";
-    std::size_t const first = events.size() > kMostShown ? events.size() - kMostShown : 0;
-    for (std::size_t i = first; i < events.size(); ++i) {
-        text += " " + events[i];
-    }
-    return text;
+    auto const shown = static_cast<std::ptrdiff_t>(std::min(events.size(), kMostShown));
+    return fmt::format("; came instead: {}", fmt::join(events.end() - shown, events.end(), " "));
 }
 
 Outcome<> ScriptPlayer::checkStop() const
 {
-    if (conversation_.isStopped()) {
-        return failure("ended by a signal");
-    }
-    return {};
+    return conversation_.isStopped() ? failure("ended by a signal") : Outcome<>();
 }
 
 }  // namespace telephone

@@ -1,26 +1,18 @@
 #include "telephone/console/Transcript.h"
 
-#include <array>
-#include <cstdio>
+#include <spdlog/fmt/fmt.h>
 
 namespace telephone {
 
 namespace {
-
-constexpr std::size_t kMarkWidth = 9;
 
 std::string printable(std::string_view text)
 {
     std::string result;
     for (char const each : text) {
         auto const byte = static_cast<unsigned char>(each);
-        if (byte >= 0x20 && byte != 0x7f) {
-            result += each;
-            continue;
-        }
-        std::array<char, 8> code{};
-        std::snprintf(code.data(), code.size(), "\\x%02x", static_cast<unsigned>(byte));
-        result += code.data();
+        bool const isControl = byte < 0x20 || byte == 0x7f;
+        result += isControl ? fmt::format("\\x{:02x}", byte) : std::string(1, each);
     }
     return result;
 }
@@ -40,9 +32,7 @@ Transcript::Transcript(Writer writer)
 
 void Transcript::mark(std::string_view mark, std::string_view text)
 {
-    std::string line(mark);
-    line.resize(std::max(line.size() + 1, kMarkWidth), ' ');
-    writer_(line + printable(text));
+    writer_(fmt::format("{:<8} {}", mark, printable(text)));
 }
 
 void Transcript::note(std::string_view text)

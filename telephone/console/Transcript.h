@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,8 +22,8 @@ public:
     void writeTo(Writer writer) { writer_ = std::move(writer); }
 
     void request(std::string_view text) { mark("request", text); }
-    void answer(std::string_view text) { mark("answer", text); }
-    void noAnswer() { mark("finished", ""); }
+    // Of a request that is done; nothing: it has no answer.
+    void answer(std::optional<std::string> const& text) { mark(text ? "answer" : "finished", text.value_or("")); }
     void event(std::uint64_t number, std::string_view text) { mark("event " + std::to_string(number), text); }
     void error(std::string_view text) { mark("error", text); }
     // An unmarked text of the console itself; it may have several lines.

@@ -68,21 +68,6 @@ Exchange::~Exchange()
     agent_.reset();
 }
 
-std::string Exchange::hostPort() const
-{
-    return agent_->hostPort();
-}
-
-std::uint16_t Exchange::port() const
-{
-    return agent_->udpPort();
-}
-
-std::uint16_t Exchange::tcpPort() const
-{
-    return agent_->tcpPort();
-}
-
 NumberBehaviour const* Exchange::behaviourOf(std::string const& number) const
 {
     auto const found = behaviours_.find(number);
@@ -104,11 +89,6 @@ void Exchange::setMessages(std::string const& number, sip::MessageCounts const& 
 {
     std::lock_guard guard(loop_);
     messages_.set(number, counts, unsolicited);
-}
-
-bool Exchange::isRegistered(std::string const& number) const
-{
-    return !contactsOf(number).empty();
 }
 
 std::vector<std::string> Exchange::contactsOf(std::string const& number) const

@@ -47,9 +47,9 @@ public:
     Exchange(Exchange const&) = delete;
     Exchange& operator=(Exchange const&) = delete;
 
-    std::string hostPort() const;  // domain of its numbers, "127.0.0.1:5060"
-    std::uint16_t port() const;    // UDP
-    std::uint16_t tcpPort() const;
+    std::string hostPort() const { return agent_->hostPort(); }  // domain of its numbers, "127.0.0.1:5060"
+    std::uint16_t port() const { return agent_->udpPort(); }
+    std::uint16_t tcpPort() const { return agent_->tcpPort(); }
 
     // Changes the behaviour of a number, or adds a number; std::nullopt removes it. Present calls continue. Watchers of
     // the number are notified.
@@ -59,7 +59,7 @@ public:
     // telephones.
     void setMessages(std::string const& number, sip::MessageCounts const& counts, bool unsolicited = false);
 
-    bool isRegistered(std::string const& number) const;
+    bool isRegistered(std::string const& number) const { return !contactsOf(number).empty(); }
     // The latest registration first.
     std::vector<std::string> contactsOf(std::string const& number) const;
     // Ringing and established calls of its own numbers.

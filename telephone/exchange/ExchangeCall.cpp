@@ -14,11 +14,6 @@ std::string nextId()
     return "call-" + std::to_string(++last);
 }
 
-bool startsWith(std::string const& text, std::string_view beginning)
-{
-    return sip::equalsIgnoringCase(std::string_view(text).substr(0, beginning.size()), beginning);
-}
-
 }  // namespace
 
 ExchangeCall::ExchangeCall(sip::UserAgent& agent, ExchangeCallObserver& observer, std::string number,
@@ -251,7 +246,8 @@ void ExchangeCall::onModified(sip::Session&, bool accepted, int, std::string con
 
 void ExchangeCall::onInfo(sip::Session&, sip::Content const& content)
 {
-    if (startsWith(content.type, sip::kCstaType)) {
+    std::string_view const csta = sip::kCstaType;
+    if (sip::equalsIgnoringCase(content.type.substr(0, csta.size()), csta)) {
         logRefusal(agent_, "number " + number_, session_->sendInfo(content));
     }
 }

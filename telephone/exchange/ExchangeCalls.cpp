@@ -22,14 +22,13 @@ ExchangeCall& ExchangeCalls::add(std::string const& number, NumberBehaviour cons
 
 ExchangeCall* ExchangeCalls::find(sip::Replaces const& wanted) const
 {
-    auto const found =
-        std::find_if(calls_.begin(), calls_.end(), [&wanted](auto const& call) { return call->matches(wanted); });
+    auto const found = std::ranges::find_if(calls_, [&wanted](auto const& call) { return call->matches(wanted); });
     return found == calls_.end() ? nullptr : found->get();
 }
 
 ExchangeCall* ExchangeCalls::findRinging(std::string const& number) const
 {
-    auto const found = std::find_if(calls_.begin(), calls_.end(), [&number](auto const& call) {
+    auto const found = std::ranges::find_if(calls_, [&number](auto const& call) {
         return call->isRinging() && (number.empty() || call->number() == number);
     });
     return found == calls_.end() ? nullptr : found->get();
@@ -108,8 +107,7 @@ std::vector<sip::DialogEntry> ExchangeCalls::dialogsOf(std::string const& number
 
 std::size_t ExchangeCalls::count() const
 {
-    return static_cast<std::size_t>(
-        std::count_if(calls_.begin(), calls_.end(), [](auto const& call) { return !call->isEnded(); }));
+    return static_cast<std::size_t>(std::ranges::count_if(calls_, [](auto const& call) { return !call->isEnded(); }));
 }
 
 void ExchangeCalls::clear()

@@ -46,18 +46,17 @@ void Pickups::search(std::unique_ptr<sip::Session> session, std::vector<std::str
 
 bool Pickups::isFor(std::string const& number) const
 {
-    return std::any_of(pending_.begin(), pending_.end(), [&](auto const& pickup) { return pickup->isFor(number); });
+    return std::ranges::any_of(pending_, [&](auto const& pickup) { return pickup->isFor(number); });
 }
 
 void Pickups::check(std::string const& number)
 {
-    auto const pickup =
-        std::find_if(pending_.begin(), pending_.end(), [&number](auto const& each) { return each->isFor(number); });
+    auto const pickup = std::ranges::find_if(pending_, [&number](auto const& each) { return each->isFor(number); });
     if (pickup == pending_.end()) {
         return;
     }
     auto const dialogs = dialogs_.dialogsOf(number);
-    auto const ringing = std::find_if(dialogs.begin(), dialogs.end(), [](sip::DialogEntry const& entry) {
+    auto const ringing = std::ranges::find_if(dialogs, [](sip::DialogEntry const& entry) {
         return entry.recipient && entry.state == sip::DialogState::kEarly;
     });
     if (ringing != dialogs.end()) {

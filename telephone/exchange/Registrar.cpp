@@ -27,19 +27,13 @@ Registrar::Registrar(ExchangeConfig const& config, std::function<void(std::strin
 
 std::optional<std::string> Registrar::passwordOf(std::string const& user) const
 {
-    for (auto const& known : config_.users) {
-        if (known.number == user) {
-            return known.password;
-        }
-    }
-    return config_.anyPassword;
+    auto const known = std::ranges::find(config_.users, user, &ExchangeUser::number);
+    return known == config_.users.end() ? config_.anyPassword : known->password;
 }
 
 bool Registrar::knows(std::string const& number) const
 {
-    bool const listed = std::any_of(config_.users.begin(), config_.users.end(),
-                                    [&number](ExchangeUser const& user) { return user.number == number; });
-    return listed || bindings_.count(number) > 0;
+    return std::ranges::count(config_.users, number, &ExchangeUser::number) > 0 || bindings_.contains(number);
 }
 
 std::vector<std::string> Registrar::registeredNumbers() const
@@ -142,9 +136,8 @@ bool Registrar::update(sip::IncomingRequest& request, std::vector<Binding>& bind
 bool Registrar::bind(sip::IncomingRequest const& request, sip::NameAddr const& contact, std::vector<Binding>& bindings)
 {
     std::string const uri = contact.uri.format();
-    const std::uint32_t sequence = number(request.headers().value("CSeq").substr(0, 10), 0);
-    auto const known = std::find_if(bindings.begin(), bindings.end(),
-                                    [&uri](Binding const& binding) { return binding.contact == uri; });
+    std::uint32_t const sequence = number(request.headers().value("CSeq").substr(0, 10), 0);
+    auto const known = std::ranges::find(bindings, uri, &Binding::contact);
     if (known != bindings.end()) {
         // A late repetition must not undo later changes.
         if (known->callId == request.callId() && sequence < known->sequence) {
@@ -152,8 +145,8 @@ bool Registrar::bind(sip::IncomingRequest const& request, sip::NameAddr const& c
         }
         bindings.erase(known);
     }
-    const std::uint32_t usual = number(request.headers().value("Expires"), kUsualExpires);
-    const std::uint32_t asked = number(contact.parameter("expires").value_or(""), usual);
+    std::uint32_t const usual = number(request.headers().value("Expires"), kUsualExpires);
+    std::uint32_t const asked = number(contact.parameter("expires").value_or(""), usual);
     if (asked == 0) {
         return true;
     }

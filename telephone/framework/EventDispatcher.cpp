@@ -37,9 +37,7 @@ bool EventDispatcher::subscribe(Executable* subscriber)
         return false;
     }
     std::lock_guard const lock(mutex_);
-    bool const known = std::any_of(subscribers_.begin(), subscribers_.end(),
-                                   [&](Subscriber const& each) { return each.executable == subscriber; });
-    if (!known) {
+    if (!isSubscribed(subscriber)) {
         subscribers_.push_back({subscriber, events});
     }
     return true;
@@ -54,16 +52,10 @@ void EventDispatcher::unsubscribe(Executable* subscriber)
     }
 }
 
-std::size_t EventDispatcher::subscribers() const
+bool EventDispatcher::isSubscribed(Executable const* executable) const
 {
-    std::lock_guard const lock(mutex_);
-    return subscribers_.size();
-}
-
-void EventDispatcher::flush()
-{
-    std::unique_lock lock(mutex_);
-    delivered_.wait(lock, [&] { return queue_.empty() && !delivering_; });
+    return std::any_of(subscribers_.begin(), subscribers_.end(),
+                       [&](Subscriber const& each) { return each.executable == executable; });
 }
 
 void EventDispatcher::stop()
@@ -88,10 +80,7 @@ void EventDispatcher::run()
         }
         Event const event = std::move(queue_.front());
         queue_.pop_front();
-        delivering_ = true;
         deliver(event, lock);
-        delivering_ = false;
-        delivered_.notify_all();
     }
 }
 
@@ -100,9 +89,7 @@ void EventDispatcher::deliver(Event const& event, std::unique_lock<std::mutex>& 
     // Subscribers may change while one is called: each is looked up again before its turn.
     std::vector<Subscriber> const turn = subscribers_;
     for (Subscriber const& each : turn) {
-        bool const still = std::any_of(subscribers_.begin(), subscribers_.end(),
-                                       [&](Subscriber const& other) { return other.executable == each.executable; });
-        if (!still) {
+        if (!isSubscribed(each.executable)) {
             continue;
         }
         receiving_ = each.executable;

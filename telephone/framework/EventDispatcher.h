@@ -7,7 +7,6 @@
 #pragma once
 
 #include <condition_variable>
-#include <cstddef>
 #include <deque>
 #include <functional>
 #include <mutex>
@@ -39,10 +38,7 @@ public:
     // Removes a subscriber. It is not called after the return: unsubscribe waits for a delivery in progress, unless the
     // delivery itself makes this call.
     void unsubscribe(Executable* subscriber);
-    [[nodiscard]] std::size_t subscribers() const;
 
-    // Waits until all events posted before are delivered. Not on the delivering thread.
-    void flush();
     // Delivers the queued events and ends the thread. The destructor calls it.
     void stop();
 
@@ -53,16 +49,17 @@ private:
         CommunicationsServiceEventIfc* events;
     };
 
+    // With the lock held.
+    [[nodiscard]] bool isSubscribed(Executable const* executable) const;
     void run();
     void deliver(Event const& event, std::unique_lock<std::mutex>& lock);
 
-    mutable std::mutex mutex_;
+    std::mutex mutex_;
     std::condition_variable posted_;
     std::condition_variable delivered_;
     std::deque<Event> queue_;
     std::vector<Subscriber> subscribers_;
     Executable* receiving_ = nullptr;  // the subscriber being called
-    bool delivering_ = false;
     bool stopped_ = false;
     std::thread thread_;
 };

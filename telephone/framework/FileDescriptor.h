@@ -14,27 +14,23 @@ public:
     explicit FileDescriptor(int number)
         : number_(number)
     {}
-    ~FileDescriptor() { close(); }
+    ~FileDescriptor()
+    {
+        if (number_ >= 0) {
+            ::close(number_);
+        }
+    }
     FileDescriptor(FileDescriptor&& other) noexcept
         : number_(std::exchange(other.number_, -1))
     {}
     FileDescriptor& operator=(FileDescriptor&& other) noexcept
     {
-        if (this != &other) {
-            close();
-            number_ = std::exchange(other.number_, -1);
-        }
+        std::swap(number_, other.number_);
         return *this;
     }
 
     [[nodiscard]] int get() const { return number_; }
     explicit operator bool() const { return number_ >= 0; }
-    void close()
-    {
-        if (number_ >= 0) {
-            ::close(std::exchange(number_, -1));
-        }
-    }
 
 private:
     int number_ = -1;

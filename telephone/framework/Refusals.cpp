@@ -8,7 +8,7 @@
 namespace telephone {
 
 namespace {
-thread_local RefusalCollector* innermost = nullptr;
+thread_local std::vector<Refusal>* innermost = nullptr;
 }
 
 void reportRefusal(std::string_view component, Refusal const& refusal)
@@ -18,14 +18,14 @@ void reportRefusal(std::string_view component, Refusal const& refusal)
         return;
     }
     try {
-        innermost->refusals_.push_back(refusal);
+        innermost->push_back(refusal);
     } catch (std::exception const& error) {
         logLine(kLogFailure, component, error.what());
     }
 }
 
 RefusalCollector::RefusalCollector()
-    : outer_(std::exchange(innermost, this))
+    : outer_(std::exchange(innermost, &refusals_))
 {}
 
 RefusalCollector::~RefusalCollector()
@@ -36,6 +36,11 @@ RefusalCollector::~RefusalCollector()
 std::vector<Refusal> RefusalCollector::take()
 {
     return std::exchange(refusals_, {});
+}
+
+tl::unexpected<Refusal> RefusalCollector::first(Refusal otherwise) const
+{
+    return tl::unexpected<Refusal>(refusals_.empty() ? std::move(otherwise) : refusals_.front());
 }
 
 }  // namespace telephone

@@ -37,12 +37,12 @@ public:
 
     // In the order in which they were reported; the collector is empty afterwards.
     std::vector<Refusal> take();
+    // The first one reported, else the one given: the reason of an operation that answered a bare failure.
+    [[nodiscard]] tl::unexpected<Refusal> first(Refusal otherwise) const;
 
 private:
-    friend void reportRefusal(std::string_view component, Refusal const& refusal);
-
     std::vector<Refusal> refusals_;
-    RefusalCollector* outer_;
+    std::vector<Refusal>* outer_;  // of the collector around this one
 };
 
 }  // namespace telephone

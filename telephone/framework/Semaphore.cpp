@@ -9,50 +9,37 @@
 class Semaphore::State
 {
 public:
-    State(int initial, int maximum)
-        : maximum_(std::max(maximum, 1))
-        , free_(std::clamp(initial, 0, maximum_))
-    {}
-
-    bool take(int timeoutMilliseconds)
-    {
-        std::unique_lock lock(mutex_);
-        auto const isFree = [this] { return free_ > 0; };
-        if (timeoutMilliseconds < 0) {
-            given_.wait(lock, isFree);
-        } else if (!given_.wait_for(lock, std::chrono::milliseconds(timeoutMilliseconds), isFree)) {
-            return false;
-        }
-        --free_;
-        return true;
-    }
-
-    void give()
-    {
-        std::lock_guard const lock(mutex_);
-        free_ = std::min(free_ + 1, maximum_);
-        given_.notify_one();
-    }
-
-private:
-    std::mutex mutex_;
-    std::condition_variable given_;
-    int const maximum_;
-    int free_;
+    std::mutex mutex;
+    std::condition_variable given;
+    int maximum = 1;
+    int free = 0;
 };
 
 Semaphore::Semaphore(int initial, int maximum, bool /*inheritPriority*/)
-    : state_(std::make_unique<State>(initial, maximum))
-{}
+    : state_(std::make_unique<State>())
+{
+    state_->maximum = std::max(maximum, 1);
+    state_->free = std::clamp(initial, 0, state_->maximum);
+}
 
 Semaphore::~Semaphore() = default;
 
 bool Semaphore::take(int timeoutMilliseconds)
 {
-    return state_->take(timeoutMilliseconds);
+    std::unique_lock lock(state_->mutex);
+    auto const isFree = [this] { return state_->free > 0; };
+    if (timeoutMilliseconds < 0) {
+        state_->given.wait(lock, isFree);
+    } else if (!state_->given.wait_for(lock, std::chrono::milliseconds(timeoutMilliseconds), isFree)) {
+        return false;
+    }
+    --state_->free;
+    return true;
 }
 
 void Semaphore::give()
 {
-    state_->give();
+    std::lock_guard const lock(state_->mutex);
+    state_->free = std::min(state_->free + 1, state_->maximum);
+    state_->given.notify_one();
 }

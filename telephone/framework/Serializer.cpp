@@ -2,41 +2,21 @@
 // be split again. An empty list is an empty text.
 #include "platform/framework/Serializer.h"
 
-namespace {
-
-constexpr char kSeparator = ',';
-constexpr char kEscape = '\\';
-
-void appendSeparator(std::string& list, bool isFirst)
-{
-    if (!isFirst) {
-        list += kSeparator;
-    }
-}
-
-}  // namespace
+#include <spdlog/fmt/fmt.h>
 
 std::string Serializer::serialize(std::vector<int> const& values)
 {
-    std::string list;
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        appendSeparator(list, i == 0);
-        list += std::to_string(values[i]);
-    }
-    return list;
+    return fmt::format("{}", fmt::join(values, ","));
 }
 
 std::string Serializer::serialize(std::vector<std::string> const& values)
 {
-    std::string list;
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        appendSeparator(list, i == 0);
-        for (char const each : values[i]) {
-            if (each == kSeparator || each == kEscape) {
-                list += kEscape;
-            }
-            list += each;
+    std::vector<std::string> escaped;
+    for (std::string const& value : values) {
+        std::string& text = escaped.emplace_back();
+        for (char const each : value) {
+            text.append(each == ',' || each == '\\' ? 1 : 0, '\\') += each;
         }
     }
-    return list;
+    return fmt::format("{}", fmt::join(escaped, ","));
 }

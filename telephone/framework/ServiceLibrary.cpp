@@ -8,10 +8,6 @@
 
 #include <dlfcn.h>
 
-#include "platform/framework/Invoker.h"
-#include "platform/framework/Proxy.h"
-#include "platform/framework/Service.h"
-
 namespace telephone {
 
 namespace {
@@ -59,7 +55,7 @@ Outcome<std::string> ServiceLibrary::find(std::string const& wish)
 }
 
 ServiceLibrary::ServiceLibrary(std::string const& path)
-    : handle_(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL))
+    : handle_(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL), dlclose)
 {
     if (!handle_) {
         throw std::runtime_error("cannot load the service library: " + loaderReason());
@@ -69,8 +65,6 @@ ServiceLibrary::ServiceLibrary(std::string const& path)
     eventProxy_ = reinterpret_cast<Proxy* (*)()>(symbol("createCommunicationsServiceEventProxy"));
 }
 
-ServiceLibrary::~ServiceLibrary() = default;
-
 void* ServiceLibrary::symbol(char const* name) const
 {
     void* const found = dlsym(handle_.get(), name);
@@ -79,26 +73,6 @@ void* ServiceLibrary::symbol(char const* name) const
                                  loaderReason());
     }
     return found;
-}
-
-std::unique_ptr<Service> ServiceLibrary::createService() const
-{
-    return std::unique_ptr<Service>(service_());
-}
-
-std::unique_ptr<Invoker> ServiceLibrary::createInvoker() const
-{
-    return std::unique_ptr<Invoker>(invoker_());
-}
-
-std::unique_ptr<Proxy> ServiceLibrary::createEventProxy() const
-{
-    return std::unique_ptr<Proxy>(eventProxy_());
-}
-
-void ServiceLibrary::Closer::operator()(void* handle) const
-{
-    dlclose(handle);
 }
 
 }  // namespace telephone

@@ -4,11 +4,10 @@
 #include <memory>
 #include <string>
 
+#include "platform/framework/Invoker.h"
+#include "platform/framework/Proxy.h"
+#include "platform/framework/Service.h"
 #include "telephone/base/Refusal.h"
-
-class Invoker;
-class Proxy;
-class Service;
 
 namespace telephone {
 
@@ -24,23 +23,15 @@ public:
 
     // Loads a library. Throws std::runtime_error with the loader's reason, or the missing factory.
     explicit ServiceLibrary(std::string const& path);
-    ~ServiceLibrary();
-    ServiceLibrary(ServiceLibrary const&) = delete;
-    ServiceLibrary& operator=(ServiceLibrary const&) = delete;
 
-    [[nodiscard]] std::unique_ptr<Service> createService() const;
-    [[nodiscard]] std::unique_ptr<Invoker> createInvoker() const;
-    [[nodiscard]] std::unique_ptr<Proxy> createEventProxy() const;
+    [[nodiscard]] std::unique_ptr<Service> createService() const { return std::unique_ptr<Service>(service_()); }
+    [[nodiscard]] std::unique_ptr<Invoker> createInvoker() const { return std::unique_ptr<Invoker>(invoker_()); }
+    [[nodiscard]] std::unique_ptr<Proxy> createEventProxy() const { return std::unique_ptr<Proxy>(eventProxy_()); }
 
 private:
     void* symbol(char const* name) const;
 
-    struct Closer
-    {
-        void operator()(void* handle) const;
-    };
-
-    std::unique_ptr<void, Closer> handle_;
+    std::unique_ptr<void, int (*)(void*)> handle_;
     // Each object begins with its framework class, so these types fit the factories.
     Service* (*service_)();
     Invoker* (*invoker_)();

@@ -1,5 +1,7 @@
 #include "telephone/framework/TelephoneContext.h"
 
+#include <utility>
+
 #include "platform/framework/Proxy.h"
 #include "telephone/framework/Channel.h"
 #include "telephone/framework/EventDispatcher.h"
@@ -14,18 +16,6 @@ TelephoneContext::TelephoneContext(EventDispatcher& dispatcher)
 TelephoneContext::~TelephoneContext()
 {
     closeAllChannels();
-}
-
-void TelephoneContext::closeAllChannels()
-{
-    std::map<std::string, std::shared_ptr<Channel>> open;
-    {
-        std::lock_guard const lock(mutex_);
-        open = channels_;
-    }
-    for (auto const& [name, channel] : open) {
-        closeChannel(channel);
-    }
 }
 
 void TelephoneContext::registerExecutable(std::string const& name, Executable* executable)
@@ -45,22 +35,35 @@ std::shared_ptr<Channel> TelephoneContext::openChannel(std::string const& name, 
 {
     auto channel = std::make_shared<Channel>(name, *this, queueLimit, std::move(wake));
     std::lock_guard const lock(mutex_);
-    return channels_.emplace(name, channel).second ? channel : nullptr;
+    return channels_.emplace(name, OpenChannel{channel, nullptr}).second ? channel : nullptr;
 }
 
 void TelephoneContext::closeChannel(std::shared_ptr<Channel> const& channel)
 {
-    std::unique_ptr<Proxy> proxy;
-    {
-        std::lock_guard const lock(mutex_);
-        channels_.erase(channel->name());
-        proxy = std::move(channel->proxy_);
+    std::unique_lock lock(mutex_);
+    auto const closed = channels_.extract(channel->name());
+    lock.unlock();
+    if (closed) {
+        end(closed.mapped().proxy.get());
     }
-    if (!proxy) {
-        return;
+}
+
+void TelephoneContext::closeAllChannels()
+{
+    std::unique_lock lock(mutex_);
+    auto const closed = std::exchange(channels_, {});
+    lock.unlock();
+    for (auto const& [name, open] : closed) {
+        end(open.proxy.get());
     }
-    dispatcher_.unsubscribe(proxy.get());
-    proxy->shutdown();
+}
+
+void TelephoneContext::end(Proxy* proxy)
+{
+    if (proxy != nullptr) {
+        dispatcher_.unsubscribe(proxy);
+        proxy->shutdown();
+    }
 }
 
 Executable* TelephoneContext::findExecutable(std::string const& name)
@@ -78,20 +81,20 @@ Proxy* TelephoneContext::findProxy(std::string const& interfaceName, std::string
         log(kLogWarning, "framework", "no proxy for {} on channel \"{}\"", interfaceName, channelName);
         return nullptr;
     }
-    Channel& channel = *found->second;
-    if (!channel.proxy_) {
-        channel.proxy_ = makeProxy_();
-        channel.proxy_->init(*this);
-        channel.proxy_->initProxy(channel);
+    auto& [channel, proxy] = found->second;
+    if (!proxy) {
+        proxy = makeProxy_();
+        proxy->init(*this);
+        proxy->initProxy(*channel);
     }
-    return channel.proxy_.get();
+    return proxy.get();
 }
 
 std::string TelephoneContext::findChannel(Executable* executable)
 {
     std::lock_guard const lock(mutex_);
-    for (auto const& [name, channel] : channels_) {
-        if (executable != nullptr && channel->proxy_.get() == executable) {
+    for (auto const& [name, open] : channels_) {
+        if (executable != nullptr && open.proxy.get() == executable) {
             return name;
         }
     }

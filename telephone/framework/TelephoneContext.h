@@ -31,17 +31,15 @@ public:
     explicit TelephoneContext(EventDispatcher& dispatcher);
     ~TelephoneContext() override;
 
-    // Registers an executable under a name; a later one of the same name replaces it. The context does not own
-    // it.
+    // Registers an executable, which the context does not own. A later one of the same name replaces it.
     void registerExecutable(std::string const& name, Executable* executable);
     // Sets the factory of event proxies, before the first subscription. Without one, findProxy returns null.
     void setProxyFactory(ProxyFactory factory);
 
-    // Opens an application's channel; null if the name is in use.
+    // Opens an application's channel; null if the name is in use. Its first subscription creates its proxy.
     std::shared_ptr<Channel> openChannel(std::string const& name, std::size_t queueLimit, std::function<void()> wake);
     // Ends the subscription and destroys the proxy. No event reaches the channel afterwards.
     void closeChannel(std::shared_ptr<Channel> const& channel);
-
     // Closes all open channels. Called before the library that made the proxies is unloaded.
     void closeAllChannels();
 
@@ -50,10 +48,18 @@ public:
     std::string findChannel(Executable* executable) override;
 
 private:
+    struct OpenChannel
+    {
+        std::shared_ptr<Channel> channel;
+        std::unique_ptr<Proxy> proxy;  // null before the first subscription
+    };
+
+    void end(Proxy* proxy);
+
     EventDispatcher& dispatcher_;
     std::mutex mutex_;
     std::map<std::string, Executable*> executables_;
-    std::map<std::string, std::shared_ptr<Channel>> channels_;
+    std::map<std::string, OpenChannel> channels_;
     ProxyFactory makeProxy_;
 };
 

@@ -27,17 +27,7 @@ void TimerService::deliverTo(Executable* target)
     }
 }
 
-int TimerService::start(std::chrono::milliseconds duration)
-{
-    return add(duration, nullptr);
-}
-
 int TimerService::start(std::chrono::milliseconds duration, Action action)
-{
-    return add(duration, std::move(action));
-}
-
-int TimerService::add(std::chrono::milliseconds duration, Action action)
 {
     std::lock_guard const lock(mutex_);
     lastId_ = lastId_ == std::numeric_limits<int>::max() ? 1 : lastId_ + 1;

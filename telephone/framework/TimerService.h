@@ -1,6 +1,5 @@
 // One-shot timers: numbered ones for the service and the platform, and ones with an action for the telephone's own
-// parts. Telephone owns the one timer service. Expiries run on its thread, one after the other, with no lock
-// held.
+// parts. Telephone owns the one timer service. Expiries run on its thread, one after the other, with no lock held.
 #pragma once
 
 #include <chrono>
@@ -30,10 +29,8 @@ public:
     // in progress, unless the expiry itself makes this call.
     void deliverTo(Executable* target);
 
-    // Starts a numbered timer. The id is never 0 and is reused only after 2^31 others.
-    int start(std::chrono::milliseconds duration);
-    // Starts a timer that runs an action. Its id is from the same sequence.
-    int start(std::chrono::milliseconds duration, Action action);
+    // Starts a timer, numbered unless it has an action. The id is never 0 and is reused only after 2^31 others.
+    int start(std::chrono::milliseconds duration, Action action = nullptr);
     // Cancels a timer. False if it has expired or never existed. Does not wait for a running action.
     bool cancel(int id);
 
@@ -44,7 +41,6 @@ public:
 private:
     using Key = std::pair<Clock::time_point, int>;  // the id orders timers of the same instant
 
-    int add(std::chrono::milliseconds duration, Action action);
     void run();
     void expire(int id, Action const& action, std::unique_lock<std::mutex>& lock);
 

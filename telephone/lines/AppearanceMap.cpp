@@ -6,6 +6,7 @@
 #include <spdlog/fmt/fmt.h>
 
 #include "telephone/framework/Refusals.h"
+#include "telephone/lines/LogComponent.h"
 
 namespace telephone {
 
@@ -30,7 +31,7 @@ void AppearanceMap::assignCallToLine(int lineID, int callID, int& appearanceInde
     int const virtualLine = virtualLines_.count(lineID) != 0 ? firstFree(lineID) : lineID;
     auto const appearance = appearances_.find(virtualLine);
     if (appearance == appearances_.end()) {
-        reportRefusal("lines",
+        reportRefusal(kComponent,
                       {RefusalKind::kLimit, fmt::format("line {} has no free appearance for call {}", lineID, callID)});
         return;
     }

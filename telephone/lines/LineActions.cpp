@@ -1,6 +1,5 @@
 #include "telephone/lines/LineActions.h"
 
-#include <algorithm>
 #include <mutex>
 
 #include <spdlog/fmt/fmt.h>
@@ -19,12 +18,8 @@ namespace {
 // The call that a transfer moves: the active one, else the first one on hold.
 std::optional<CallSnapshot> callToTransfer(PhoneCalls const& calls)
 {
-    if (auto active = calls.activeCall()) {
-        return active;
-    }
-    auto const all = calls.calls();
-    auto const held = std::find_if(all.begin(), all.end(), isHeld);
-    return held == all.end() ? std::nullopt : std::optional(*held);
+    auto const active = calls.activeCall();
+    return active ? active : firstCall(calls.calls(), isHeld);
 }
 
 }  // namespace
@@ -88,18 +83,20 @@ Outcome<> LineActions::seize(TelephoneLine& line)
         return seized;
     }
     auto const type = line.data().getHotWarmType();
-    if (type == LineData::kHotLine) {
-        return dialHotLine(line);
+    if (type != LineData::kHotLine && type != LineData::kWarmLine) {
+        return seized;
     }
-    return type == LineData::kWarmLine ? startWarmLine(line) : seized;
-}
-
-Outcome<> LineActions::dialHotLine(TelephoneLine& line)
-{
+    bool const hot = type == LineData::kHotLine;
     auto const digits = line.data().getHotWarmDigits();
     if (digits.empty()) {
-        return refuse(RefusalKind::kNotFound, fmt::format("hot line {} has no digits to dial", line.id()));
+        return refuse(RefusalKind::kNotFound,
+                      fmt::format("{} line {} has no digits to dial", hot ? "hot" : "warm", line.id()));
     }
+    return hot ? dialHotLine(line, digits) : startWarmLine(line, digits);
+}
+
+Outcome<> LineActions::dialHotLine(TelephoneLine& line, std::string const& digits)
+{
     auto* const place = line.appearances().empty() ? &line : lines_.selected();
     auto dialled = dial(place == nullptr ? line : *place, digits);
     if (!dialled) {
@@ -108,12 +105,8 @@ Outcome<> LineActions::dialHotLine(TelephoneLine& line)
     return dialled;
 }
 
-Outcome<> LineActions::startWarmLine(TelephoneLine& line)
+Outcome<> LineActions::startWarmLine(TelephoneLine& line, std::string const& digits)
 {
-    auto const digits = line.data().getHotWarmDigits();
-    if (digits.empty()) {
-        return refuse(RefusalKind::kNotFound, fmt::format("warm line {} has no digits to dial", line.id()));
-    }
     timers_.cancel(warmTimer_);
     warmTimer_ = timers_.start(warmLineDelay_, [this, &line, digits] { warmLineExpired(line, digits); });
     return {};
@@ -140,22 +133,18 @@ Outcome<> LineActions::answer(TelephoneLine& line)
 
 Outcome<> LineActions::hold(TelephoneLine& line)
 {
-    auto call = line.callInState(eLineStateActive);
-    if (!call) {
-        call = line.callInState(eLineStateConference);
-    }
+    auto const active = line.callInState(eLineStateActive);
+    auto const call = active ? active : line.callInState(eLineStateConference);
     return call ? calls_.hold(call->callID) : Outcome<>();
 }
 
 Outcome<> LineActions::retrieve(TelephoneLine& line)
 {
-    auto const& calls = line.calls();
-    auto const held = std::find_if(calls.begin(), calls.end(), isHeld);
-    if (held == calls.end()) {
+    auto const held = firstCall(line.calls(), isHeld);
+    if (!held) {
         return refuse(RefusalKind::kWrongState, fmt::format("line {} has no call on hold", line.id()));
     }
-    int const callID = held->callID;  // the call changes in the list
-    return calls_.retrieve(callID);
+    return calls_.retrieve(held->callID);
 }
 
 Outcome<> LineActions::stationPressed(std::string const& number, EDSSContext context, std::string const& ringingLineURI)

@@ -1,4 +1,4 @@
-// What pressing line and direct-station keys does with calls. Lines owns it. Keys are pressed on threads of the
+// The effect of line and direct-station keys on calls. Lines owns it. Keys are pressed on threads of the
 // service, and each press takes the phone lock; the delay of a warm line expires on the timer thread.
 #pragma once
 
@@ -46,8 +46,8 @@ public:
 
 private:
     Outcome<> seize(TelephoneLine& line);
-    Outcome<> dialHotLine(TelephoneLine& line);
-    Outcome<> startWarmLine(TelephoneLine& line);
+    Outcome<> dialHotLine(TelephoneLine& line, std::string const& digits);
+    Outcome<> startWarmLine(TelephoneLine& line, std::string const& digits);
     void warmLineExpired(TelephoneLine& line, std::string const& digits);
     Outcome<> hold(TelephoneLine& line);
     Outcome<> dialOnFreeLine(std::string const& number);

@@ -6,12 +6,13 @@
 #include "telephone/calls/PhoneCalls.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
+#include "telephone/framework/WorkQueue.h"
 #include "telephone/lines/DssLine.h"
 #include "telephone/lines/LineListener.h"
 #include "telephone/lines/LineObserver.h"
 #include "telephone/lines/LineStates.h"
+#include "telephone/lines/LogComponent.h"
 #include "telephone/lines/TelephoneLine.h"
-#include "telephone/lines/WorkQueue.h"
 
 namespace telephone {
 
@@ -58,7 +59,7 @@ void LineNotifier::lineChanged(TelephoneLine& line, ELineState before)
         listener->lineChanged(line, before);
     }
     if (line.state() != before) {
-        log(kLogTrace, "lines", "line {} is {}", line.id(), lineStateName(line.state()));
+        log(kLogTrace, kComponent, "line {} is {}", line.id(), lineStateName(line.state()));
         repeat(line);
     }
 }
@@ -79,7 +80,7 @@ void LineNotifier::repeat(TelephoneLine const& line)
 void LineNotifier::tellObservers(std::string const& lineURI, ELineState state, std::string const& remoteURI)
 {
     for (auto* observer : observers_) {
-        reportIfRefused("lines", queue_->post([observer, lineURI, state, remoteURI] {
+        reportIfRefused(kComponent, queue_->post([observer, lineURI, state, remoteURI] {
             observer->lineStateChanged(lineURI, state, remoteURI);
         }));
     }

@@ -1,5 +1,6 @@
 #include "telephone/lines/LineStates.h"
 
+#include <algorithm>
 #include <array>
 
 namespace telephone {
@@ -9,44 +10,36 @@ namespace {
 struct StateRow
 {
     ELineState state;
-    int rank;  // the highest one shows
     char const* name;
 };
 
+// In ascending order of precedence.
 constexpr std::array kStates{
-    StateRow{eLineStateUnknown, 0, "unknown"},
-    StateRow{eLineStateOutOfService, 1, "out of service"},
-    StateRow{eLineStateIdle, 2, "idle"},
-    StateRow{eLineStateDSSBusy, 3, "busy"},
-    StateRow{eLineStateActiveElsewhere, 4, "active elsewhere"},
-    StateRow{eLineStateConferenceHoldElsewhere, 5, "conference on hold elsewhere"},
-    StateRow{eLineStateHoldElsewhere, 6, "on hold elsewhere"},
-    StateRow{eLineStateRingingElsewhere, 7, "ringing elsewhere"},
-    StateRow{eLineStateReserved, 8, "reserved"},
-    StateRow{eLineStateHold, 9, "on hold"},
-    StateRow{eLineStateHoldConsult, 10, "on hold for a consultation"},
-    StateRow{eLineStateSelected, 11, "selected"},
-    StateRow{eLineStateActive, 12, "active"},
-    StateRow{eLineStateConference, 13, "conference"},
-    StateRow{eLineStateRemoteRinging, 14, "remote ringing"},
-    StateRow{eLineStateDialling, 15, "dialling"},
-    StateRow{eLineStateRinging, 16, "ringing"},
+    StateRow{eLineStateUnknown, "unknown"},
+    StateRow{eLineStateOutOfService, "out of service"},
+    StateRow{eLineStateIdle, "idle"},
+    StateRow{eLineStateDSSBusy, "busy"},
+    StateRow{eLineStateActiveElsewhere, "active elsewhere"},
+    StateRow{eLineStateConferenceHoldElsewhere, "conference on hold elsewhere"},
+    StateRow{eLineStateHoldElsewhere, "on hold elsewhere"},
+    StateRow{eLineStateRingingElsewhere, "ringing elsewhere"},
+    StateRow{eLineStateReserved, "reserved"},
+    StateRow{eLineStateHold, "on hold"},
+    StateRow{eLineStateHoldConsult, "on hold for a consultation"},
+    StateRow{eLineStateSelected, "selected"},
+    StateRow{eLineStateActive, "active"},
+    StateRow{eLineStateConference, "conference"},
+    StateRow{eLineStateRemoteRinging, "remote ringing"},
+    StateRow{eLineStateDialling, "dialling"},
+    StateRow{eLineStateRinging, "ringing"},
 };
 static_assert(kStates.size() == 17, "every line state has a row");
 
 constexpr StateRow const& rowOf(ELineState state)
 {
-    for (auto const& row : kStates) {
-        if (row.state == state) {
-            return row;
-        }
-    }
-    return kStates.front();
-}
-
-ELineState heldState(CallSnapshot const& call)
-{
-    return call.heldForConsultation ? eLineStateHoldConsult : eLineStateHold;
+    auto const row =
+        std::find_if(kStates.begin(), kStates.end(), [state](StateRow const& each) { return each.state == state; });
+    return row == kStates.end() ? kStates.front() : *row;
 }
 
 }  // namespace
@@ -69,7 +62,7 @@ ELineState lineStateOf(CallSnapshot const& call)
         return eLineStateActive;
     case sfiCallStateHeld:
     case sfiCallStateHeldByBoth:
-        return heldState(call);
+        return call.heldForConsultation ? eLineStateHoldConsult : eLineStateHold;
     case sfiCallStateConference:
         return eLineStateConference;
     case sfiCallStateIdle:
@@ -94,7 +87,7 @@ bool isHeld(CallSnapshot const& call)
 
 ELineState morePressing(ELineState left, ELineState right)
 {
-    return rowOf(right).rank > rowOf(left).rank ? right : left;
+    return &rowOf(right) > &rowOf(left) ? right : left;
 }
 
 char const* lineStateName(ELineState state)

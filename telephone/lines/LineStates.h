@@ -1,5 +1,9 @@
-// How the calls of a line give its state. Pure functions.
+// Derives the state of a line from its calls. Pure functions.
 #pragma once
+
+#include <algorithm>
+#include <optional>
+#include <vector>
 
 #include "platform/lines/ELineState.h"
 #include "telephone/calls/CallSnapshot.h"
@@ -13,6 +17,14 @@ ELineState lineStateOf(CallSnapshot const& call);
 bool isRinging(CallSnapshot const& call);
 // On hold by this telephone, also for a consultation.
 bool isHeld(CallSnapshot const& call);
+
+// The first call for which the predicate holds.
+template <typename Predicate>
+std::optional<CallSnapshot> firstCall(std::vector<CallSnapshot> const& calls, Predicate matches)
+{
+    auto const found = std::find_if(calls.begin(), calls.end(), matches);
+    return found == calls.end() ? std::nullopt : std::optional(*found);
+}
 
 // The state that a line shows when both apply: ringing and active calls take precedence over waiting ones.
 ELineState morePressing(ELineState left, ELineState right);

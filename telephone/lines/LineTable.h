@@ -1,4 +1,4 @@
-// Which lines the telephone has: identifiers, numbers, accounts, and the appearances that calls occupy. The call engine
+// The lines of the telephone: identifiers, numbers, accounts, and the appearances that calls occupy. The call engine
 // asks it as its LineDirectory, so the composition root makes it before the engine; the lines themselves (Lines) come
 // after. Nothing changes after setServer() but the calls on appearances. Any thread.
 //

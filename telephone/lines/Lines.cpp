@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <mutex>
-#include <stdexcept>
 
 #include <spdlog/fmt/fmt.h>
 
@@ -18,8 +17,6 @@
 namespace telephone {
 
 namespace {
-
-std::atomic<Lines*> theLines{nullptr};
 
 bool namesLine(KeyConfiguration const& key)
 {
@@ -47,18 +44,15 @@ Lines::Lines(LineTable& table, Configuration const& configuration, Settings& set
         }
     }
     for (auto const& key : configuration_.keys) {
-        addKey(key);
-    }
-    Lines* none = nullptr;
-    if (!theLines.compare_exchange_strong(none, this)) {
-        throw std::runtime_error("the lines of a telephone already exist in this process");
+        if (key.function == "dss") {
+            addStation(key);
+        }
     }
 }
 
 Lines::~Lines()
 {
     stop();
-    theLines = nullptr;
 }
 
 void Lines::stop()
@@ -67,21 +61,12 @@ void Lines::stop()
     notifier_.stop();
 }
 
-void Lines::addKey(KeyConfiguration const& key)
+void Lines::addStation(KeyConfiguration const& key)
 {
-    DssLine* station = nullptr;
-    if (key.function == "dss") {
-        if (auto* const line = find(key.target)) {
-            line->data().setMonitorOnly(key.monitorOnly);
-        } else {
-            station = ownedStations_.emplace_back(std::make_unique<DssLine>(key, calls_, actions_, notifier_)).get();
-            stations_.push_back(station);
-            stationsByNumber_.emplace(station->number(), station);
-        }
-    }
-    keysByNumber_.emplace(key.number, Key{&key, station});
-    if (namesLine(key)) {
-        keysByTarget_.emplace(key.target, key.number);
+    if (auto* const line = find(key.target)) {
+        line->data().setMonitorOnly(key.monitorOnly);
+    } else {
+        stations_.push_back(std::make_unique<DssLine>(key, calls_, actions_, notifier_));
     }
 }
 
@@ -101,45 +86,48 @@ Line* Lines::getLine(std::string const& lineURI)
     if (auto* const line = find(lineURI)) {
         return line;
     }
-    auto const station = stationsByNumber_.find(lineURI);
-    return station == stationsByNumber_.end() ? nullptr : station->second;
+    auto const station = std::find_if(stations_.begin(), stations_.end(),
+                                      [&lineURI](auto const& each) { return each->number() == lineURI; });
+    return station == stations_.end() ? nullptr : station->get();
 }
 
-Lines::Key const* Lines::key(int keyNumber) const
+KeyConfiguration const* Lines::key(int keyNumber) const
 {
-    auto const found = keysByNumber_.find(keyNumber);
-    return found == keysByNumber_.end() ? nullptr : &found->second;
+    auto const found = std::find_if(configuration_.keys.begin(), configuration_.keys.end(),
+                                    [keyNumber](KeyConfiguration const& each) { return each.number == keyNumber; });
+    return found == configuration_.keys.end() ? nullptr : &*found;
 }
 
 Line* Lines::getDSSLineForFPK(int keyNumber)
 {
     auto const* const found = key(keyNumber);
-    if (found == nullptr || found->configuration->function != "dss") {
+    if (found == nullptr || found->function != "dss") {
         return nullptr;
     }
-    if (found->station != nullptr) {
-        return found->station;
-    }
-    return find(found->configuration->target);
+    auto const station =
+        std::find_if(stations_.begin(), stations_.end(), [found](auto const& each) { return &each->key() == found; });
+    return station == stations_.end() ? static_cast<Line*>(find(found->target)) : station->get();
 }
 
 Line* Lines::getLineForFPK(int keyNumber)
 {
     auto const* const found = key(keyNumber);
-    return found != nullptr && found->configuration->function == "line" ? find(found->configuration->target) : nullptr;
+    return found != nullptr && found->function == "line" ? find(found->target) : nullptr;
 }
 
 std::string Lines::getURIforFPK(int keyNumber)
 {
     auto const* const found = key(keyNumber);
-    return found != nullptr && namesLine(*found->configuration) ? found->configuration->target : std::string();
+    return found != nullptr && namesLine(*found) ? found->target : std::string();
 }
 
 int Lines::getFPKforUri(std::string const& lineURI)
 {
     auto* const line = find(lineURI);
-    auto const found = keysByTarget_.find(line == nullptr ? lineURI : line->base().id());
-    return found == keysByTarget_.end() ? -1 : found->second;
+    auto const& target = line == nullptr ? lineURI : line->base().id();
+    auto const found = std::find_if(configuration_.keys.begin(), configuration_.keys.end(),
+                                    [&](auto const& each) { return namesLine(each) && each.target == target; });
+    return found == configuration_.keys.end() ? -1 : found->number;
 }
 
 std::string Lines::getKeysetType()
@@ -156,9 +144,8 @@ void Lines::getDeviceList(std::vector<std::string>& devices)
 
 std::string Lines::getLocalHeldLine()
 {
-    auto const calls = calls_.calls();
-    auto const held = std::find_if(calls.begin(), calls.end(), isHeld);
-    return held == calls.end() ? std::string() : held->line.lineURI;
+    auto const held = firstCall(calls_.calls(), isHeld);
+    return held ? held->line.lineURI : std::string();
 }
 
 Line* Lines::getLineInState(ELineState state, std::string const& baseURI)
@@ -337,8 +324,8 @@ void Lines::refresh()
 
 void Lines::watchParties(PartyWatch& watch)
 {
-    for (auto* station : stations_) {
-        watch.watch(station->number(), [station](WatchedParty const& party) { station->setParty(party); });
+    for (auto const& each : stations_) {
+        watch.watch(each->number(), [station = each.get()](WatchedParty const& party) { station->setParty(party); });
     }
     for (auto* line : lines_) {
         if (line->configuration().sharedLineType != LineData::kNotShared) {
@@ -352,5 +339,5 @@ void Lines::watchParties(PartyWatch& watch)
 
 LineManager* LineManager::Instance()
 {
-    return telephone::theLines.load();
+    return telephone::OnlyObject<telephone::Lines>::get();
 }

@@ -18,6 +18,7 @@
 #include "telephone/calls/CallObserver.h"
 #include "telephone/calls/PhoneCalls.h"
 #include "telephone/configuration/Configuration.h"
+#include "telephone/framework/OnlyObject.h"
 #include "telephone/lines/DssLine.h"
 #include "telephone/lines/LineActions.h"
 #include "telephone/lines/LineNotifier.h"
@@ -34,13 +35,11 @@ class TimerService;
 class Lines final : public LineManager, public CallObserver
 {
 public:
-    // What it is passed outlives it. Only one may exist, as LineManager::Instance(): throws std::runtime_error
+    // The arguments outlive it. Only one may exist, as LineManager::Instance(): throws std::runtime_error
     // otherwise.
     Lines(LineTable& table, Configuration const& configuration, Settings& settings, PhoneCalls& calls,
           TimerService& timers, std::chrono::milliseconds warmLineDelay = LineActions::kWarmLineDelay);
     ~Lines() override;
-    Lines(Lines const&) = delete;
-    Lines& operator=(Lines const&) = delete;
 
     // Watches the parties of direct-station keys and the other telephones of shared lines. Once.
     void watchParties(PartyWatch& watch);
@@ -77,16 +76,16 @@ public:
     void registrationChanged(int lineNumber, bool registered) override;
 
     // --- for the other parts of the telephone
+    // For the composition root, which passes them to the parts that use them.
     LineActions& actions() { return actions_; }
     // Without appearances, in the order of the configuration.
     std::vector<TelephoneLine*> const& lines() const { return lines_; }
-    std::vector<DssLine*> const& stations() const { return stations_; }
     // A line or appearance, as LineTable finds it; null when there is none.
     TelephoneLine* find(std::string const& lineURI) const;
     TelephoneLine* byNumber(int recordLine) const;
     TelephoneLine* primary() const;
     bool isKeyset() const { return table_.isKeyset(); }
-    // Any number, but only permitted numbers while the phone is locked.
+    // While the phone is locked, only permitted numbers may be dialled.
     bool mayDial(std::string const& number) const;
     // A listener is removed before it ends.
     void addListener(LineListener& listener) { notifier_.addListener(listener); }
@@ -95,7 +94,7 @@ public:
     // --- lock held
     // Selects or reserves a free place of the line. Only one line is selected at a time.
     [[nodiscard]] Outcome<> seize(TelephoneLine& line, ELineState seizure);
-    // Gives back what is seized of the line.
+    // Gives back the seized places of the line.
     void release(TelephoneLine& line);
     // The selected line or appearance; null when none is selected.
     TelephoneLine* selected() const;
@@ -105,15 +104,11 @@ public:
     void refresh();
 
 private:
-    struct Key
-    {
-        KeyConfiguration const* configuration;
-        DssLine* station;  // null unless its target is a party outside this telephone
-    };
-
-    void addKey(KeyConfiguration const& key);
+    // Makes the party of a direct-station key, unless the key names a line of this telephone.
+    void addStation(KeyConfiguration const& key);
     TelephoneLine* lineOf(LineTable::Row const* row) const;
-    Key const* key(int keyNumber) const;
+    // The first key with the number; null when there is none.
+    KeyConfiguration const* key(int keyNumber) const;
 
     LineTable& table_;
     Configuration const& configuration_;
@@ -124,13 +119,9 @@ private:
     std::vector<std::unique_ptr<TelephoneLine>> owned_;  // with appearances
     std::vector<TelephoneLine*> lines_;
     std::map<int, TelephoneLine*> byNumber_;
-    std::vector<std::unique_ptr<DssLine>> ownedStations_;
-    std::vector<DssLine*> stations_;
-    std::map<std::string, DssLine*> stationsByNumber_;
-    // The first key with a number or target applies.
-    std::map<int, Key> keysByNumber_;
-    std::map<std::string, int> keysByTarget_;  // of line keys and direct-station keys
+    std::vector<std::unique_ptr<DssLine>> stations_;
     std::atomic<DigitAnalysisServiceIfc*> digitAnalysis_{nullptr};
+    OnlyObject<Lines> const only_{*this, "lines"};
 };
 
 }  // namespace telephone

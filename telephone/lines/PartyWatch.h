@@ -10,13 +10,14 @@
 
 namespace telephone {
 
+// In ascending order of precedence: the status of a party with several calls is that of the call that ranks highest.
 enum class PartyStatus
 {
     kUnknown,  // before the first notice, and when watching was refused
     kIdle,
-    kRinging,  // a call is offered to the party
-    kBusy,
     kHolding,  // its only call is on hold
+    kBusy,
+    kRinging,  // a call is offered to the party
 };
 
 struct WatchedParty

@@ -11,8 +11,8 @@ namespace telephone {
 
 namespace {
 
-constexpr std::string_view kDoNotDisturb = "do-not-disturb";
-constexpr std::string_view kForwarding = "forwarding-";
+constexpr char const* kDoNotDisturb = "do-not-disturb";
+constexpr char const* kForwarding = "forwarding-";
 
 // Nothing for a malformed text, which only another program can have written.
 std::optional<Line::singleCFSetting> ruleOf(std::string const& text)
@@ -31,7 +31,7 @@ std::optional<Line::singleCFSetting> ruleOf(std::string const& text)
 
 std::string textOf(Line::singleCFSetting const& rule)
 {
-    return std::string(rule.status ? "on" : "off") + ";" + std::to_string(rule.ringCount) + ";" + rule.destination;
+    return fmt::format("{};{};{}", rule.status ? "on" : "off", rule.ringCount, rule.destination);
 }
 
 }  // namespace
@@ -44,10 +44,9 @@ ServerFeatures::ServerFeatures(Settings& settings, std::string const& lineID)
 Line::serverFeaturesSettings ServerFeatures::read() const
 {
     Line::serverFeaturesSettings features;
-    features.dnd = settings_.text(prefix_ + std::string(kDoNotDisturb)) == "true";
+    features.dnd = settings_.text(prefix_ + kDoNotDisturb) == "true";
     for (int type = sfiForwardUnconditional; type <= sfiForwardAlternative; ++type) {
-        auto const rule = ruleOf(settings_.text(prefix_ + std::string(kForwarding) + std::to_string(type)));
-        if (rule) {
+        if (auto const rule = ruleOf(settings_.text(prefix_ + kForwarding + std::to_string(type)))) {
             features.forwarding[static_cast<sfiForwardingType>(type)] = *rule;
         }
     }
@@ -56,7 +55,7 @@ Line::serverFeaturesSettings ServerFeatures::read() const
 
 Outcome<> ServerFeatures::setDoNotDisturb(bool on)
 {
-    return settings_.set(prefix_ + std::string(kDoNotDisturb), on ? "true" : "false");
+    return settings_.set(prefix_ + kDoNotDisturb, on ? "true" : "false");
 }
 
 Outcome<> ServerFeatures::setForwarding(sfiForwardingType type, Line::singleCFSetting const& rule)
@@ -64,7 +63,7 @@ Outcome<> ServerFeatures::setForwarding(sfiForwardingType type, Line::singleCFSe
     if (type < sfiForwardUnconditional || type > sfiForwardAlternative) {
         return refuse(RefusalKind::kBadInput, fmt::format("there is no forwarding type {}", static_cast<int>(type)));
     }
-    return settings_.set(prefix_ + std::string(kForwarding) + std::to_string(type), textOf(rule));
+    return settings_.set(prefix_ + kForwarding + std::to_string(type), textOf(rule));
 }
 
 }  // namespace telephone

@@ -152,9 +152,7 @@ ELineState TelephoneLine::ownState() const
 
 std::optional<CallSnapshot> TelephoneLine::callInState(ELineState state) const
 {
-    auto const call = std::find_if(calls_.begin(), calls_.end(),
-                                   [state](CallSnapshot const& each) { return lineStateOf(each) == state; });
-    return call == calls_.end() ? std::nullopt : std::optional(*call);
+    return firstCall(calls_, [state](CallSnapshot const& each) { return lineStateOf(each) == state; });
 }
 
 // A seized place comes first, so that a reservation serves the call for which it was made.

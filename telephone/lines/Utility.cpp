@@ -1,33 +1,24 @@
 #include "platform/lines/Utility.h"
 
+#include <algorithm>
+#include <array>
+
 #include "telephone/framework/Refusals.h"
+#include "telephone/lines/LogComponent.h"
 #include "telephone/lines/TelephoneLine.h"
 
 // A busy line has no place for another call. A line on hold for a consultation has one: for the consultation call.
 bool Utility::isLineStateBusy(ELineState state)
 {
-    switch (state) {
-    case eLineStateDialling:
-    case eLineStateRemoteRinging:
-    case eLineStateRinging:
-    case eLineStateActive:
-    case eLineStateDSSBusy:
-    case eLineStateHold:
-    case eLineStateConference:
-    case eLineStateHoldElsewhere:
-    case eLineStateActiveElsewhere:
-    case eLineStateConferenceHoldElsewhere:
-    case eLineStateRingingElsewhere:
-        return true;
-    case eLineStateUnknown:
-    case eLineStateIdle:
-    case eLineStateHoldConsult:
-    case eLineStateOutOfService:
-    case eLineStateSelected:
-    case eLineStateReserved:
-        return false;
-    }
-    return false;
+    constexpr std::array kBusy{
+        eLineStateDialling,         eLineStateRemoteRinging,
+        eLineStateRinging,          eLineStateActive,
+        eLineStateDSSBusy,          eLineStateHold,
+        eLineStateConference,       eLineStateHoldElsewhere,
+        eLineStateActiveElsewhere,  eLineStateConferenceHoldElsewhere,
+        eLineStateRingingElsewhere,
+    };
+    return std::find(kBusy.begin(), kBusy.end(), state) != kBusy.end();
 }
 
 bool Utility::bridgeCall(Line* line)
@@ -36,5 +27,5 @@ bool Utility::bridgeCall(Line* line)
     telephone::Outcome<> const joined =
         ours == nullptr ? telephone::refuse(telephone::RefusalKind::kNotFound, "there is no such line")
                         : ours->bridge();
-    return !telephone::reportIfRefused("lines", joined);
+    return !telephone::reportIfRefused(telephone::kComponent, joined);
 }

@@ -8,6 +8,7 @@
 
 #include "telephone/calls/CallEngine.h"
 #include "telephone/framework/Refusals.h"
+#include "telephone/lines/LogComponent.h"
 #include "telephone/sip/DialogSubscription.h"
 #include "telephone/sip/Timer.h"
 #include "telephone/sip/Uri.h"
@@ -54,22 +55,6 @@ PickupTarget targetOf(sip::DialogEntry const& entry)
     return target;
 }
 
-int rankOf(PartyStatus status)
-{
-    switch (status) {
-    case PartyStatus::kUnknown:
-    case PartyStatus::kIdle:
-        return 0;
-    case PartyStatus::kHolding:
-        return 1;
-    case PartyStatus::kBusy:
-        return 2;
-    case PartyStatus::kRinging:
-        return 3;
-    }
-    return 0;
-}
-
 }  // namespace
 
 WatchedParty partyOf(std::vector<sip::DialogEntry> const& dialogs)
@@ -78,7 +63,7 @@ WatchedParty partyOf(std::vector<sip::DialogEntry> const& dialogs)
     party.status = PartyStatus::kIdle;
     for (auto const& entry : dialogs) {
         auto const status = statusOf(entry);
-        if (rankOf(status) > rankOf(party.status)) {
+        if (status > party.status) {
             party = {status, entry.remote.identity,
                      canBeTakenOver(entry) ? std::optional(targetOf(entry)) : std::nullopt};
         }
@@ -118,7 +103,7 @@ public:
             [this](std::vector<sip::DialogEntry> const& dialogs) { tell(partyOf(dialogs)); },
             [this](int status, std::string const& reason) { ended(status, reason); });
         if (!subscribed) {
-            reportRefusal("lines", subscribed.error());
+            reportRefusal(kComponent, subscribed.error());
             retryLater();
             return;
         }
@@ -135,7 +120,7 @@ public:
 private:
     void ended(int status, std::string const& reason)
     {
-        reportRefusal("lines",
+        reportRefusal(kComponent,
                       {RefusalKind::kUnavailable, fmt::format("{} is no longer watched: {} {}; next attempt in {} s",
                                                               number_, status, reason, kRetry.count())});
         subscription_.reset();

@@ -18,8 +18,8 @@ namespace telephone {
 
 class CallEngine;
 
-// What a party's dialogs say about it. A ringing call takes precedence over an active one, because it can be picked up,
-// and an active call over one on hold.
+// The status of a party, from its dialogs. A ringing call takes precedence over an active one, because it can be picked
+// up, and an active call over one on hold.
 WatchedParty partyOf(std::vector<sip::DialogEntry> const& dialogs);
 
 class WatchedParties final : public PartyWatch, public CallObserver

@@ -18,12 +18,7 @@ int primaryCode(int result)
 
 }  // namespace
 
-Outcome<std::unique_ptr<ConfigurationStore>> ConfigurationStore::open(std::string path)
-{
-    return open(std::move(path), Limits{});
-}
-
-Outcome<std::unique_ptr<ConfigurationStore>> ConfigurationStore::open(std::string path, Limits const& limits)
+Outcome<std::unique_ptr<ConfigurationStore>> ConfigurationStore::open(std::string path, StoreLimits const& limits)
 {
     if (!path.empty()) {
         if (auto prepared = prepareStoreFile(path); !prepared) {
@@ -41,7 +36,7 @@ Outcome<std::unique_ptr<ConfigurationStore>> ConfigurationStore::open(std::strin
     return store;
 }
 
-int ConfigurationStore::connect(Limits const& limits)
+int ConfigurationStore::connect(StoreLimits const& limits)
 {
     sqlite3* opened = nullptr;
     int result = sqlite3_open_v2(path_.empty() ? ":memory:" : path_.c_str(), &opened,

@@ -1,4 +1,4 @@
-// The stored settings, in an SQLite file with a write-ahead log and full synchronisation: what `write` accepted
+// The stored settings, in an SQLite file with a write-ahead log and full synchronisation: an accepted write
 // survives a crash and a power failure. Without a path the store is in memory.
 //
 // Settings owns it and calls it from one thread at a time. No call waits longer than the busy timeout. Other programs,
@@ -19,6 +19,12 @@
 
 namespace telephone {
 
+struct StoreLimits
+{
+    std::chrono::milliseconds busyTimeout{250};
+    int pages = 4096;  // of 4 kB
+};
+
 class ConfigurationStore
 {
 public:
@@ -28,16 +34,10 @@ public:
         std::string name;
         std::optional<std::string> value;  // none: removes the name
     };
-    struct Limits
-    {
-        std::chrono::milliseconds busyTimeout{250};
-        int pages = 4096;  // of 4 kB
-    };
-
     // Opens the file, and creates it if it does not exist. An empty path: a store in memory. Refused when the file is
     // damaged, locked, not a store of ours, or cannot be written.
-    [[nodiscard]] static Outcome<std::unique_ptr<ConfigurationStore>> open(std::string path);
-    [[nodiscard]] static Outcome<std::unique_ptr<ConfigurationStore>> open(std::string path, Limits const& limits);
+    [[nodiscard]] static Outcome<std::unique_ptr<ConfigurationStore>> open(std::string path,
+                                                                           StoreLimits const& limits = {});
 
     // Everything that is stored.
     [[nodiscard]] Outcome<Values> load();
@@ -52,7 +52,7 @@ private:
     {}
 
     // Each returns an SQLite result code.
-    int connect(Limits const& limits);
+    int connect(StoreLimits const& limits);
     int checkContent();
     int writeAll(std::vector<Change> const& changes);
 

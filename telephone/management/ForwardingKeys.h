@@ -47,7 +47,7 @@ static_assert(
 // Null for the alternative rule and for a value that is not a rule.
 constexpr ForwardingKeys const* findForwardingKeys(sfiForwardingType type)
 {
-    return type >= 0 && type < sfiForwardAlternative ? &kForwardingKeys[type] : nullptr;
+    return type >= 0 && type < sfiForwardAlternative ? &kForwardingKeys[static_cast<std::size_t>(type)] : nullptr;
 }
 
 // Whether any forwarding rule is on, the alternative one included.

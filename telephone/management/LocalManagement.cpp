@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/framework/SvcRTEContext.h"
+#include "platform/management/DxlCollection.h"
 #include "platform/management/ManageableData.h"
 #include "platform/management/MgmtAgentIfc.h"
 #include "telephone/framework/Log.h"
@@ -16,7 +18,23 @@ namespace {
 
 constexpr char const* kNoItems = "the management data contain no items";
 
-void put(ManageableData& data, std::string const& key, std::string value)
+}  // namespace
+
+std::vector<Settings::Item> itemsOf(ManageableData const& data)
+{
+    DxlCollection ids;
+    data.getRootIds(ids);
+    std::vector<Settings::Item> items;
+    for (std::size_t row = 0; row < ids.size(); ++row) {
+        auto key = ids.value(row, ManageableData::kRootId);
+        std::string value;
+        data.interogate(key, "", value);
+        items.emplace_back(std::move(key), std::move(value));
+    }
+    return items;
+}
+
+void putItem(ManageableData& data, std::string const& key, std::string value)
 {
     DataNode node;
     node.setValue(value);
@@ -24,12 +42,10 @@ void put(ManageableData& data, std::string const& key, std::string value)
     data.populate(key, node);
 }
 
-Outcome<> setAll(Settings& settings, std::vector<Settings::Item> const& items)
+LocalManagement* LocalManagement::find(SvcRTEContext* context)
 {
-    return items.empty() ? refuse(RefusalKind::kBadInput, kNoItems) : settings.setAll(items);
+    return context == nullptr ? nullptr : dynamic_cast<LocalManagement*>(context->findExecutable("LocalMgmtIfc"));
 }
-
-}  // namespace
 
 LocalManagement::LocalManagement(Settings& settings)
     : settings_(settings)
@@ -40,8 +56,6 @@ LocalManagement::~LocalManagement()
     shutdown();
 }
 
-void LocalManagement::init(Context& /*context*/) {}
-
 void LocalManagement::shutdown()
 {
     endListening(nullptr);
@@ -51,11 +65,9 @@ void LocalManagement::shutdown()
 
 int LocalManagement::setManageableData(ManageableData& data)
 {
-    auto const outcome = setAll(settings_, itemsOf(data));
-    if (!outcome) {
-        reportRefusal(kComponent, outcome.error());
-    }
-    return outcome ? 1 : 0;
+    auto const items = itemsOf(data);
+    auto const outcome = items.empty() ? refuse(RefusalKind::kBadInput, kNoItems) : settings_.setAll(items);
+    return reportIfRefused(kComponent, outcome) ? 0 : 1;
 }
 
 void LocalManagement::registerForTag(MgmtAgentIfc* agent, char const* tag)
@@ -74,7 +86,7 @@ void LocalManagement::tell(MgmtAgentIfc& agent, std::vector<std::string> const& 
 {
     ManageableData data;
     for (auto const& key : keys) {
-        put(data, key, settings_.text(key));
+        putItem(data, key, settings_.text(key));
     }
     agent.manageableDataChanged(data);
 }
@@ -89,7 +101,7 @@ Outcome<> LocalManagement::offerManagementData(std::vector<Settings::Item> const
         if (auto checked = checkChange(key, value); !checked) {
             return tl::unexpected(std::move(checked.error()));
         }
-        put(data, key, value);
+        putItem(data, key, value);
     }
     std::unique_lock guard(mutex_);
     auto* const agent = agent_;
@@ -97,10 +109,10 @@ Outcome<> LocalManagement::offerManagementData(std::vector<Settings::Item> const
     if (agent == nullptr) {
         return refuse(RefusalKind::kWrongState, "no service takes management data: start the service first");
     }
+    RefusalCollector collector;
     if (agent->setData(data) == 0) {
-        return refuse(RefusalKind::kNotPermitted,
-                      "the service refused the data: the call server controls these settings, or the store refused "
-                      "them; the log says which");
+        return collector.first(
+            {RefusalKind::kNotPermitted, "the service refused the data: the call server controls these settings"});
     }
     return {};
 }

@@ -13,14 +13,21 @@
 
 namespace telephone {
 
+// The items of management data, in their order.
+std::vector<Settings::Item> itemsOf(ManageableData const& data);
+void putItem(ManageableData& data, std::string const& key, std::string value);
+
 class LocalManagement : public Executable, public LocalMgmtIfc
 {
 public:
+    // The one registered with the framework; null without a store.
+    static LocalManagement* find(SvcRTEContext* context);
+
     explicit LocalManagement(Settings& settings);
     ~LocalManagement() override;
 
     // Executable
-    void init(Context& context) override;
+    void init(Context& /*context*/) override {}
     // No agent is notified from now on.
     void shutdown() override;
 

@@ -1,7 +1,5 @@
 #include "platform/management/SIPConfigManager.h"
 
-#include "platform/framework/SvcRTEContext.h"
-#include "platform/management/ManageableData.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/management/LocalManagement.h"
@@ -11,8 +9,7 @@ namespace {
 
 telephone::LocalManagement* findManagement(SvcRTEContext* context)
 {
-    auto* const found = context == nullptr ? nullptr : context->findExecutable("LocalMgmtIfc");
-    auto* const management = dynamic_cast<telephone::LocalManagement*>(found);
+    auto* const management = telephone::LocalManagement::find(context);
     if (management == nullptr) {
         telephone::log(kLogFailure, telephone::kComponent,
                        "no configuration store is registered as LocalMgmtIfc: SIP settings are not managed");
@@ -84,11 +81,7 @@ int SIPConfigManager::getData(ManageableData& data)
         if (telephone::findSettingRow(key) == nullptr) {
             continue;
         }
-        DataNode node;
-        auto inForce = settings.text(key);
-        node.setValue(inForce);
-        data.setRootId(key, nullptr);
-        data.populate(key, node);
+        telephone::putItem(data, key, settings.text(key));
         ++known;
     }
     return known == 0 ? 0 : 1;
@@ -99,9 +92,8 @@ void SIPConfigManager::resetUserData()
     if (state_->management == nullptr) {
         return;
     }
-    if (auto const reset = state_->management->settings().resetUserSettings(); !reset) {
-        telephone::reportRefusal(telephone::kComponent, reset.error());
-        return;
+    if (!telephone::reportIfRefused(telephone::kComponent, state_->management->settings().resetUserSettings())) {
+        telephone::log(telephone::kLogInfo, telephone::kComponent,
+                       "the user settings have their standard values again");
     }
-    telephone::log(telephone::kLogInfo, telephone::kComponent, "the user settings have their standard values again");
 }

@@ -9,22 +9,12 @@
 
 namespace telephone {
 
-SettingListeners::Id SettingListeners::addForKey(std::string_view key, Listener listener)
-{
-    return add(false, key, std::move(listener));
-}
-
-SettingListeners::Id SettingListeners::addForTag(std::string_view tag, Listener listener)
-{
-    return add(true, tag, std::move(listener));
-}
-
-SettingListeners::Id SettingListeners::add(bool byTag, std::string_view subject, Listener listener)
+SettingListeners::Id SettingListeners::add(By by, std::string_view subject, Listener listener)
 {
     std::lock_guard const guard(mutex_);
     auto entry = std::make_shared<Entry>();
     entry->id = ++lastId_;
-    entry->byTag = byTag;
+    entry->by = by;
     entry->subject = subject;
     entry->listener = std::move(listener);
     entries_.push_back(std::move(entry));
@@ -51,7 +41,7 @@ void SettingListeners::remove(Id id)
 
 bool SettingListeners::concerns(Entry const& entry, std::string const& key)
 {
-    if (!entry.byTag) {
+    if (entry.by == By::kKey) {
         return entry.subject.ends_with('/') ? key.starts_with(entry.subject) : key == entry.subject;
     }
     auto const* row = findSettingRow(key);

@@ -18,9 +18,14 @@ class SettingListeners
 public:
     using Listener = std::function<void(std::vector<std::string> const& keys)>;
     using Id = std::uint64_t;
+    enum class By
+    {
+        kKey,
+        kTag,
+    };
 
-    Id addForKey(std::string_view key, Listener listener);
-    Id addForTag(std::string_view tag, Listener listener);
+    // subject: a key or a tag. A key that ends in "/" stands for its family.
+    Id add(By by, std::string_view subject, Listener listener);
     // Waits until no other thread is running the listener.
     void remove(Id id);
     // Tells each listener the keys that it subscribed to. An exception of a listener is logged.
@@ -30,14 +35,13 @@ private:
     struct Entry
     {
         Id id = 0;
-        bool byTag = false;
+        By by = By::kKey;
         std::string subject;
         Listener listener;
         bool removed = false;
         std::vector<std::thread::id> running;  // threads running the listener
     };
 
-    Id add(bool byTag, std::string_view subject, Listener listener);
     static bool concerns(Entry const& entry, std::string const& key);
     bool enter(Entry& entry);
     void leave(Entry& entry);

@@ -24,7 +24,7 @@ enum class SettingAccess
 {
     kUser,           // anyone may set it; a reset of the user's data restores the standard value
     kAdministrator,  // anyone with access to the store may set it; it survives such a reset
-    kReadOnly,       // given by the configuration or reported by the telephone itself
+    kReadOnly,       // given by the configuration
 };
 
 struct SettingRow
@@ -69,8 +69,6 @@ struct SettingNames
     static constexpr std::string_view kImmediateRing = "immediate-ring";
     static constexpr std::string_view kCurrentMultiUser = "current-multi-user";
     static constexpr std::string_view kHeadsetOverride = "headset-override";
-    static constexpr std::string_view kInterfaceStatus = QoraTags::INTERFACE_STATUS;
-    static constexpr std::string_view kWlanLinkStatus = QoraTags::WLAN_LINK_STATUS;
     static constexpr std::string_view kRecordingEnabled = "recording-enabled";
     static constexpr std::string_view kFeatureTogglePrefix = "feature-toggle/";  // + key number: a flag
     static constexpr std::string_view kCockpitPrefix = "agent-cockpit/";         // + item: a text
@@ -115,8 +113,8 @@ inline constexpr auto kSettingRows = [] {
         {"agent-cockpit/*",                                kText,   "",          kUser,           Tag::kAgent,          "items of the agent's view, by name"},
         {Name::kServerBasedFeatures,                       kFlag,   "false",     kAdministrator,  Tag::kServer,         "the call server controls forwarding and do-not-disturb"},
         {Name::kServerType,                                kNumber, "0",         kReadOnly,       Tag::kServer,         "kind of call server", {}, 0, 255},
-        {Name::kInterfaceStatus,                           kText,   "",          kReadOnly,       QoraTags::INTERFACE_STATUS, "state of the wired network"},
-        {Name::kWlanLinkStatus,                            kText,   "",          kReadOnly,       QoraTags::WLAN_LINK_STATUS, "state of the wireless network"},
+        {QoraTags::INTERFACE_STATUS,                       kText,   "",          kReadOnly,       QoraTags::INTERFACE_STATUS, "state of the wired network; empty: not known"},
+        {QoraTags::WLAN_LINK_STATUS,                       kText,   "",          kReadOnly,       QoraTags::WLAN_LINK_STATUS, "state of the wireless network; empty: not known"},
         {Name::kPhoneLocked,                               kFlag,   "false",     kUser,           Tag::kPhone,          "only permitted numbers can be dialled"},
         {Name::kDialRestriction,                           kNumber, "0",         kAdministrator,  Tag::kPhone,          "4: no outgoing calls", {}, 0, 4},
         {Name::kImmediateRing,                             kFlag,   "false",     kUser,           Tag::kPhone,          "lines ring without their ring delay"},

@@ -6,14 +6,9 @@
 #include <mutex>
 #include <shared_mutex>
 
-#include "platform/management/DxlCollection.h"
-#include "platform/management/ManageableData.h"
 #include "telephone/configuration/Configuration.h"
 #include "telephone/framework/Log.h"
-#include "telephone/framework/Refusals.h"
-#include "telephone/management/ConfigurationStore.h"
 #include "telephone/management/SettingCheck.h"
-#include "telephone/management/SettingListeners.h"
 
 namespace telephone {
 
@@ -64,61 +59,56 @@ Values usable(Values values)
 
 }  // namespace
 
-class Settings::State
+Settings::Settings(std::unique_ptr<ConfigurationStore> store, Configuration const& configuration)
+    : store_(std::move(store))
+    , standards_(standardsOf(configuration))
+    , stored_(usable(valueOrThrow(store_->load())))
+{}
+
+std::string Settings::text(std::string_view key) const
 {
-public:
-    State(std::unique_ptr<ConfigurationStore> store, Configuration const& configuration)
-        : store_(std::move(store))
-        , standards_(standardsOf(configuration))
-        , stored_(usable(valueOrThrow(store_->load())))
-    {}
+    std::shared_lock const guard(values_);
+    return inForce(key);
+}
 
-    std::string text(std::string_view key) const
-    {
-        std::shared_lock const guard(values_);
-        return inForce(key);
+std::string Settings::inForce(std::string_view key) const
+{
+    if (auto const found = stored_.find(key); found != stored_.end()) {
+        return found->second;
     }
-    Values stored() const
-    {
-        std::shared_lock const guard(values_);
-        return stored_;
-    }
+    auto const found = standards_.find(key);
+    return found == standards_.end() ? std::string() : found->second;
+}
 
-    Outcome<> write(std::vector<Item> const& items);
-    Outcome<> resetUserSettings();
-    void report(std::string_view key, std::string_view value);
-    void refresh();
+bool Settings::flag(std::string_view key) const
+{
+    return text(key) == "true";
+}
 
-    SettingListeners listeners;
+int Settings::number(std::string_view key) const
+{
+    auto const value = text(key);
+    int number = 0;
+    std::from_chars(value.data(), value.data() + value.size(), number);
+    return number;
+}
 
-private:
-    using Changes = std::vector<ConfigurationStore::Change>;
-
-    // With values_ held.
-    std::string inForce(std::string_view key) const
-    {
-        if (auto const found = stored_.find(key); found != stored_.end()) {
-            return found->second;
+std::vector<Settings::Item> Settings::all() const
+{
+    std::shared_lock const guard(values_);
+    std::vector<Item> items;
+    for (auto const& row : kSettingRows) {
+        if (!isFamily(row)) {
+            items.emplace_back(row.name, inForce(row.name));
+            continue;
         }
-        auto const found = standards_.find(key);
-        return found == standards_.end() ? std::string() : found->second;
+        std::copy_if(stored_.begin(), stored_.end(), std::back_inserter(items),
+                     [&row](auto const& item) { return findSettingRow(item.first) == &row; });
     }
-    // Stores the changes that `changesOf` makes of the stored values, then tells the listeners.
-    Outcome<> change(std::function<Changes(Values const& stored)> const& changesOf);
-    // With writing_ held. Each appends the keys whose value in force has changed.
-    void takeOver(Values values, std::vector<std::string>& changed);
-    Outcome<> store(Changes const& changes, std::vector<std::string>& changed);
-    void readOthers(std::vector<std::string>& changed);
+    return items;
+}
 
-    std::unique_ptr<ConfigurationStore> store_;
-    mutable std::shared_mutex values_;  // guards standards_ and stored_; never held during file access
-    std::mutex writing_;                // guards the store; taken before values_
-    bool stale_ = false;                // another program's changes could not be read yet
-    Values standards_;                  // and the reported values
-    Values stored_;
-};
-
-void Settings::State::takeOver(Values values, std::vector<std::string>& changed)
+void Settings::takeOver(Values values, std::vector<std::string>& changed)
 {
     std::unique_lock const guard(values_);
     Values before;
@@ -135,7 +125,7 @@ void Settings::State::takeOver(Values values, std::vector<std::string>& changed)
     }
 }
 
-void Settings::State::readOthers(std::vector<std::string>& changed)
+void Settings::readOthers(std::vector<std::string>& changed)
 {
     stale_ = store_->changedByOthers() || stale_;
     if (!stale_) {
@@ -150,7 +140,7 @@ void Settings::State::readOthers(std::vector<std::string>& changed)
     stale_ = false;
 }
 
-Outcome<> Settings::State::store(Changes const& changes, std::vector<std::string>& changed)
+Outcome<> Settings::store(Changes const& changes, std::vector<std::string>& changed)
 {
     if (changes.empty()) {
         return {};
@@ -171,36 +161,18 @@ Outcome<> Settings::State::store(Changes const& changes, std::vector<std::string
     return {};
 }
 
-Outcome<> Settings::State::change(std::function<Changes(Values const& stored)> const& changesOf)
+Outcome<> Settings::change(std::function<Changes(Values const& stored)> const& changesOf)
 {
     std::vector<std::string> changed;
     std::unique_lock guard(writing_);
     readOthers(changed);
     auto outcome = store(changesOf(stored_), changed);
     guard.unlock();
-    listeners.tell(changed);
+    listeners_.tell(changed);
     return outcome;
 }
 
-Outcome<> Settings::State::write(std::vector<Item> const& items)
-{
-    return change([&items](Values const& stored) {
-        Values wanted;
-        for (auto const& [key, value] : items) {
-            wanted.insert_or_assign(key, value);
-        }
-        Changes changes;
-        for (auto const& [key, value] : wanted) {
-            auto const found = stored.find(key);
-            if (found == stored.end() || found->second != value) {
-                changes.push_back({key, value});
-            }
-        }
-        return changes;
-    });
-}
-
-Outcome<> Settings::State::resetUserSettings()
+Outcome<> Settings::resetUserSettings()
 {
     return change([](Values const& stored) {
         Changes changes;
@@ -213,66 +185,14 @@ Outcome<> Settings::State::resetUserSettings()
     });
 }
 
-void Settings::State::report(std::string_view key, std::string_view value)
-{
-    {
-        std::unique_lock const guard(values_);
-        auto& standing = standards_[std::string(key)];
-        if (standing == value) {
-            return;
-        }
-        standing = value;
-    }
-    listeners.tell({std::string(key)});
-}
-
-void Settings::State::refresh()
+void Settings::refresh()
 {
     std::vector<std::string> changed;
     {
         std::lock_guard const guard(writing_);
         readOthers(changed);
     }
-    listeners.tell(changed);
-}
-
-Settings::Settings(std::unique_ptr<ConfigurationStore> store, Configuration const& configuration)
-    : state_(std::make_unique<State>(std::move(store), configuration))
-{}
-
-Settings::~Settings() = default;
-
-std::string Settings::text(std::string_view key) const
-{
-    return state_->text(key);
-}
-
-bool Settings::flag(std::string_view key) const
-{
-    return state_->text(key) == "true";
-}
-
-int Settings::number(std::string_view key) const
-{
-    auto const value = state_->text(key);
-    int number = 0;
-    std::from_chars(value.data(), value.data() + value.size(), number);
-    return number;
-}
-
-std::vector<Settings::Item> Settings::all() const
-{
-    auto const stored = state_->stored();
-    std::vector<Item> items;
-    for (auto const& row : kSettingRows) {
-        if (!isFamily(row)) {
-            items.emplace_back(row.name, text(row.name));
-            continue;
-        }
-        std::copy_if(stored.begin(), stored.end(), std::back_inserter(items),
-                     [&row](auto const& item) { return findSettingRow(item.first) == &row; });
-    }
-    return items;
+    listeners_.tell(changed);
 }
 
 Outcome<> Settings::set(std::string_view key, std::string_view value)
@@ -282,76 +202,39 @@ Outcome<> Settings::set(std::string_view key, std::string_view value)
 
 Outcome<> Settings::setAll(std::vector<Item> const& items)
 {
-    std::vector<Item> normal;
+    Values wanted;
     for (auto const& [key, value] : items) {
         auto checked = checkChange(key, value);
         if (!checked) {
             return tl::unexpected(std::move(checked.error()));
         }
-        normal.emplace_back(key, *std::move(checked));
+        wanted.insert_or_assign(key, *std::move(checked));
     }
-    return state_->write(normal);
-}
-
-void Settings::report(std::string_view key, std::string_view value)
-{
-    auto const* row = findSettingRow(key);
-    if (row == nullptr || row->access != SettingAccess::kReadOnly) {
-        log(kLogFailure, kSettingsComponent, "not reported: \"{}\" is not a read-only setting", key);
-        return;
-    }
-    state_->report(key, value);
-}
-
-Outcome<> Settings::resetUserSettings()
-{
-    return state_->resetUserSettings();
-}
-
-int Settings::apply(ManageableData& data, bool changed)
-{
-    if (changed) {
-        return 1;
-    }
-    auto const outcome = setAll(itemsOf(data));
-    if (!outcome) {
-        reportRefusal(kSettingsComponent, outcome.error());
-    }
-    return outcome ? 1 : 0;
-}
-
-void Settings::refresh()
-{
-    state_->refresh();
+    return change([&wanted](Values const& stored) {
+        Changes changes;
+        for (auto const& [key, value] : wanted) {
+            auto const found = stored.find(key);
+            if (found == stored.end() || found->second != value) {
+                changes.push_back({key, value});
+            }
+        }
+        return changes;
+    });
 }
 
 Settings::ListenerId Settings::listenToKey(std::string_view key, Listener listener)
 {
-    return state_->listeners.addForKey(key, std::move(listener));
+    return listeners_.add(SettingListeners::By::kKey, key, std::move(listener));
 }
 
 Settings::ListenerId Settings::listenToTag(std::string_view tag, Listener listener)
 {
-    return state_->listeners.addForTag(tag, std::move(listener));
+    return listeners_.add(SettingListeners::By::kTag, tag, std::move(listener));
 }
 
 void Settings::endListening(ListenerId id)
 {
-    state_->listeners.remove(id);
-}
-
-std::vector<Settings::Item> itemsOf(ManageableData const& data)
-{
-    DxlCollection ids;
-    data.getRootIds(ids);
-    std::vector<Settings::Item> items;
-    for (std::size_t row = 0; row < ids.size(); ++row) {
-        auto key = ids.value(row, ManageableData::kRootId);
-        std::string value;
-        data.interogate(key, "", value);
-        items.emplace_back(std::move(key), std::move(value));
-    }
-    return items;
+    listeners_.remove(id);
 }
 
 }  // namespace telephone

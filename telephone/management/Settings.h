@@ -7,22 +7,22 @@
 // Normally: settings.set("cfu-activated", "true") writes, puts the value into force, tells the listeners and returns.
 #pragma once
 
-#include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
+#include <shared_mutex>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "telephone/base/Refusal.h"
+#include "telephone/management/ConfigurationStore.h"
+#include "telephone/management/SettingListeners.h"
 #include "telephone/management/SettingRows.h"
-
-class ManageableData;
 
 namespace telephone {
 
-class ConfigurationStore;
 struct Configuration;
 
 class Settings
@@ -30,16 +30,13 @@ class Settings
 public:
     using Item = std::pair<std::string, std::string>;  // key, value
     // Receives the changed keys. Read their values with the getters: another thread may have changed them again.
-    using Listener = std::function<void(std::vector<std::string> const& keys)>;
-    using ListenerId = std::uint64_t;
+    using Listener = SettingListeners::Listener;
+    using ListenerId = SettingListeners::Id;
 
     // Puts the stored values into force. The configuration gives the standard values of "server-based-features",
     // "server-type", "forwarding-privacy" and "dial-restriction-mode". Throws std::runtime_error if the store cannot be
     // read.
     Settings(std::unique_ptr<ConfigurationStore> store, Configuration const& configuration);
-    ~Settings();
-    Settings(Settings const&) = delete;
-    Settings& operator=(Settings const&) = delete;
 
     // The value in force: the stored value, else the standard value; "" for an unknown key.
     std::string text(std::string_view key) const;
@@ -55,14 +52,8 @@ public:
     [[nodiscard]] Outcome<> set(std::string_view key, std::string_view value);
     // Sets all items or none.
     [[nodiscard]] Outcome<> setAll(std::vector<Item> const& items);
-    // Puts a read-only value that the telephone itself determines ("interface-status") into force. It is never stored.
-    void report(std::string_view key, std::string_view value);
     // Returns every user setting to its standard value; administrator settings stay.
     [[nodiscard]] Outcome<> resetUserSettings();
-
-    // Implements CSfi::ApplyManageableData: sets all items or none. `changed`: the items come from the
-    // store and are in force already. 0: refused; the refusal is reported.
-    int apply(ManageableData& data, bool changed);
 
     // Puts values that another program wrote into the store file into force.
     void refresh();
@@ -76,11 +67,25 @@ public:
     void endListening(ListenerId id);
 
 private:
-    class State;
-    std::unique_ptr<State> state_;
-};
+    using Values = ConfigurationStore::Values;
+    using Changes = std::vector<ConfigurationStore::Change>;
 
-// The items of management data, in their order.
-std::vector<Settings::Item> itemsOf(ManageableData const& data);
+    // With values_ held.
+    std::string inForce(std::string_view key) const;
+    // Stores the changes that `changesOf` makes of the stored values, then tells the listeners.
+    Outcome<> change(std::function<Changes(Values const& stored)> const& changesOf);
+    // With writing_ held. Each appends the keys whose value in force has changed.
+    void takeOver(Values values, std::vector<std::string>& changed);
+    Outcome<> store(Changes const& changes, std::vector<std::string>& changed);
+    void readOthers(std::vector<std::string>& changed);
+
+    std::unique_ptr<ConfigurationStore> const store_;
+    mutable std::shared_mutex values_;  // guards stored_; never held during file access
+    std::mutex writing_;                // guards the store; taken before values_
+    bool stale_ = false;                // another program's changes could not be read yet
+    Values const standards_;
+    Values stored_;
+    SettingListeners listeners_;
+};
 
 }  // namespace telephone

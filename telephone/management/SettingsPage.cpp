@@ -47,7 +47,7 @@ std::string settingsPage()
                             row.meaning);
     }
     page += "\nA reset of the user's data restores the standard values of user settings; administrator settings stay.\n"
-            "Read-only settings come from the configuration file or are reported by the telephone itself.\n";
+            "Read-only settings come from the configuration file.\n";
     return page;
 }
 

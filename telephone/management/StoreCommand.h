@@ -10,29 +10,13 @@
 
 namespace telephone {
 
-class Settings;
+// Exit statuses.
+constexpr int kStoreDone = 0;
+constexpr int kStoreRefused = 1;  // unknown key, wrong value, unusable store: the reason is on `err`
+constexpr int kStoreUsage = 2;
 
-class StoreCommand
-{
-public:
-    static constexpr int kDone = 0;
-    static constexpr int kRefused = 1;  // unknown key, wrong value, unusable store: the reason is on `err`
-    static constexpr int kUsage = 2;
-
-    StoreCommand(Configuration configuration, std::ostream& out, std::ostream& err);
-
-    // `arguments`: the words after "store" on the command line. Returns the exit status.
-    int run(std::vector<std::string> const& arguments);
-
-private:
-    int list(Settings const& settings);
-    int get(Settings const& settings, std::string const& key);
-    int set(Settings& settings, std::string const& key, std::string const& value);
-    int refuse(std::string const& reason);
-
-    Configuration configuration_;
-    std::ostream& out_;
-    std::ostream& err_;
-};
+// arguments: the words after "store" on the command line. Returns the exit status.
+int runStoreCommand(std::vector<std::string> const& arguments, Configuration const& configuration, std::ostream& out,
+                    std::ostream& err);
 
 }  // namespace telephone

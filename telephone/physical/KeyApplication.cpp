@@ -26,36 +26,9 @@ bool dials(PhoneKey const& key)
 
 bool isCurrent(CallSnapshot const& call)
 {
-    switch (lineStateOf(call)) {
-    case eLineStateDialling:
-    case eLineStateRemoteRinging:
-    case eLineStateActive:
-    case eLineStateConference:
-        return true;
-    case eLineStateUnknown:
-    case eLineStateIdle:
-    case eLineStateRinging:
-    case eLineStateDSSBusy:
-    case eLineStateHold:
-    case eLineStateHoldConsult:
-    case eLineStateHoldElsewhere:
-    case eLineStateActiveElsewhere:
-    case eLineStateConferenceHoldElsewhere:
-    case eLineStateRingingElsewhere:
-    case eLineStateOutOfService:
-    case eLineStateSelected:
-    case eLineStateReserved:
-        return false;
-    }
-    return false;
-}
-
-template <typename Predicate>
-std::optional<CallSnapshot> firstCall(PhoneCalls const& calls, Predicate matches)
-{
-    auto const all = calls.calls();
-    auto const found = std::find_if(all.begin(), all.end(), matches);
-    return found == all.end() ? std::nullopt : std::optional(*found);
+    auto const state = lineStateOf(call);
+    return state == eLineStateDialling || state == eLineStateRemoteRinging || state == eLineStateActive ||
+           state == eLineStateConference;
 }
 
 }  // namespace
@@ -247,7 +220,7 @@ Outcome<> KeyApplication::goOnHook()
 
 std::optional<CallSnapshot> KeyApplication::alertingCall() const
 {
-    return firstCall(calls_, [this](CallSnapshot const& call) {
+    return firstCall(calls_.calls(), [this](CallSnapshot const& call) {
         auto const* const line = lines_.byNumber(call.line.recordLine);
         return isRinging(call) && !(line != nullptr && line->alertsOnKeysetOnly(call.callID));
     });
@@ -255,7 +228,7 @@ std::optional<CallSnapshot> KeyApplication::alertingCall() const
 
 std::optional<CallSnapshot> KeyApplication::currentCall() const
 {
-    return firstCall(calls_, isCurrent);
+    return firstCall(calls_.calls(), isCurrent);
 }
 
 // A call that is ringing here is deflected to the party. Otherwise, in this order: a transfer that was chosen, picking

@@ -34,10 +34,8 @@ public:
     KeyApplication(KeyApplication const&) = delete;
     KeyApplication& operator=(KeyApplication const&) = delete;
 
-    // The loaded service, once it is initialised; null before it ends. Keys work in between.
+    // The service, once it is initialised; null before it ends. Keys work in between.
     void setService(Executable* service) { service_.set(service); }
-    // The next direct-station or busy-lamp key transfers the current call.
-    void setTransferMode(bool on);
 
     void keyPressed(PhoneKey const& key) override;
     void hookChanged(bool up) override;
@@ -56,6 +54,8 @@ private:
     Outcome<> headsetPressed(PhoneKey const& key);
     Outcome<> releasePressed(PhoneKey const& key);
     Outcome<> transferPressed(PhoneKey const& key);
+    // The next direct-station or busy-lamp key transfers the current call.
+    void setTransferMode(bool on);
     bool takeTransferMode();
 
     // Answers the ringing call, else seizes a line unless one is in use.

@@ -47,14 +47,14 @@ static_assert(kLineLamps.size() == 17, "every line state has a lamp");
 constexpr Lamp kOff{};
 constexpr Lamp kOn{lampSteady, lampRed};
 
-}  // namespace
-
 Lamp lampOfLine(ELineState state)
 {
     auto const row = std::find_if(kLineLamps.begin(), kLineLamps.end(),
                                   [state](LineLampRow const& each) { return each.state == state; });
     return row == kLineLamps.end() ? kOff : row->lamp;
 }
+
+}  // namespace
 
 KeyLamps::KeyLamps(PhysicalInterface& keys, Lines& lines, PhoneCalls& calls, Settings& settings)
     : keys_(keys)

@@ -24,9 +24,6 @@ namespace telephone {
 class Lines;
 class PhoneCalls;
 
-// The lamp of a line key.
-Lamp lampOfLine(ELineState state);
-
 class KeyLamps final : public LineListener, public CallObserver
 {
 public:

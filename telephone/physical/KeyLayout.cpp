@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <optional>
 #include <stdexcept>
 
 namespace telephone {
@@ -99,10 +100,9 @@ std::string KeyLayout::range() const
     return std::to_string(keys_.front().number()) + " to " + std::to_string(keys_.back().number());
 }
 
-std::vector<KeyFunctionRow> const& keyFunctionRows()
+std::span<KeyFunctionRow const> keyFunctionRows()
 {
-    static std::vector<KeyFunctionRow> const rows(kFunctions.begin(), kFunctions.end());
-    return rows;
+    return kFunctions;
 }
 
 }  // namespace telephone

@@ -1,7 +1,7 @@
 // The keys of the telephone and their functions, from the configuration. Never changes; any thread.
 #pragma once
 
-#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -51,7 +51,7 @@ private:
     std::vector<PhoneKey> keys_;  // in ascending order of numbers
 };
 
-// The rows of all functions, for help and documentation.
-std::vector<KeyFunctionRow> const& keyFunctionRows();
+// The rows of all functions.
+std::span<KeyFunctionRow const> keyFunctionRows();
 
 }  // namespace telephone

@@ -9,7 +9,6 @@
 #include "platform/physical/functionalEventObserver.h"
 #include "platform/physical/physicalEventObserver.h"
 #include "telephone/framework/Refusals.h"
-#include "telephone/management/Settings.h"
 #include "telephone/physical/LogComponent.h"
 
 namespace telephone {
@@ -56,7 +55,7 @@ bool isPhysicalGroup(PhysDefs::SubscriptionGrp const& group)
 
 bool isFunctionGroup(PhysDefs::SubscriptionGrp const& group)
 {
-    auto const& rows = keyFunctionRows();
+    auto const rows = keyFunctionRows();
     return group.kind == kFunctionKind && std::any_of(rows.begin(), rows.end(), [&group](KeyFunctionRow const& row) {
                return row.functional && row.function == group.identifier;
            });
@@ -92,10 +91,9 @@ bool addSubscription(Subscribers& subscribers, Observer* observer, std::vector<P
 
 }  // namespace
 
-PhysicalInterface::PhysicalInterface(Configuration const& configuration, Settings& settings)
+PhysicalInterface::PhysicalInterface(Configuration const& configuration)
     : layout_(configuration)
     , lamps_(layout_)
-    , settings_(settings)
     , queue_("the keys", kQueuedEvents)
 {
     lamps_.onChange([this](int lamp, Lamp const& now) { lampChanged(lamp, now); });
@@ -218,11 +216,6 @@ Outcome<> PhysicalInterface::plug(std::string const& plug, bool in)
             application->plugChanged(plug, in);
         }
     });
-}
-
-Outcome<> PhysicalInterface::setLocked(bool locked)
-{
-    return settings_.set(SettingNames::kPhoneLocked, locked ? "true" : "false");
 }
 
 std::optional<std::string> PhysicalInterface::lampMode(std::string const& lamp) const

@@ -1,8 +1,8 @@
 // The telephone's keys, hook switch, plugs and lamps. Registered with the framework as "PhysicalInterfaceServiceIfc".
 //
-// What a person does arrives through press, release, hook and plug, from the console or a script, on any thread. It is
-// queued, and one thread delivers it first to the subscribers and then to the key application, in order and with no
-// lock held. Nobody waits for that; up to kQueuedEvents can be queued.
+// A person's actions arrive through press, release, hook and plug, from the console or a script, on any thread. They
+// are queued, up to kQueuedEvents; one thread delivers each first to the subscribers and then to the key application,
+// in order and with no lock held. The caller does not wait for the delivery.
 //
 // Subscriptions:
 //
@@ -29,13 +29,11 @@
 #include "platform/physical/PhysicalInterfaceServiceIfc.h"
 #include "telephone/base/Refusal.h"
 #include "telephone/configuration/Configuration.h"
-#include "telephone/lines/WorkQueue.h"
+#include "telephone/framework/WorkQueue.h"
 #include "telephone/physical/KeyLayout.h"
 #include "telephone/physical/LampBoard.h"
 
 namespace telephone {
-
-class Settings;
 
 // The key application. Called on the thread of the keys with no lock held.
 class KeyHandler
@@ -54,12 +52,12 @@ class PhysicalInterface final : public Executable, public PhysicalInterfaceServi
 public:
     static constexpr std::size_t kQueuedEvents = 20000;
 
-    // Throws std::runtime_error for an invalid layout (see KeyLayout). The settings outlive it.
-    PhysicalInterface(Configuration const& configuration, Settings& settings);
+    // Throws std::runtime_error for an invalid layout (see KeyLayout).
+    explicit PhysicalInterface(Configuration const& configuration);
     ~PhysicalInterface() override;
 
     void init(Context& /*context*/) override {}
-    // Ends the thread and drops what is queued. Everything is refused from then on.
+    // Ends the thread and drops the queued events. Everything is refused from then on.
     void shutdown() override;
 
     // --- PhysicalInterfaceServiceIfc
@@ -72,7 +70,7 @@ public:
     PhysDefs::plugStatus getHeadsetJackStatus() override;
     void forwardingCleared() override;
 
-    // --- what a person does
+    // --- actions of a person
     // key: its number, label or function.
     [[nodiscard]] Outcome<> press(std::string const& key);
     [[nodiscard]] Outcome<> release(std::string const& key);
@@ -80,10 +78,8 @@ public:
     [[nodiscard]] Outcome<> hook(bool up);
     // plug: "headset", "handset" or "line".
     [[nodiscard]] Outcome<> plug(std::string const& plug, bool in);
-    // The setting "phone-locked".
-    [[nodiscard]] Outcome<> setLocked(bool locked);
 
-    // --- what a person sees
+    // --- the display
     KeyLayout const& layout() const { return layout_; }
     LampBoard& lampBoard() { return lamps_; }
     // The mode of a lamp as a word (see LampBoard::lamp); nothing when there is no such lamp.
@@ -94,7 +90,7 @@ public:
 
     // Before the first press. Null removes the handler and waits until it is no longer called.
     void setKeyHandler(KeyHandler* handler);
-    // Waits until everything done before has been handled.
+    // Waits until all earlier actions have been delivered.
     void flush() { queue_.flush(); }
 
 private:
@@ -121,7 +117,6 @@ private:
 
     KeyLayout const layout_;
     LampBoard lamps_;
-    Settings& settings_;
     mutable std::mutex mutex_;
     std::set<int> pressed_;
     Subscribers<physicalEventObserver> physical_;

@@ -109,7 +109,7 @@ Outcome<int> runWatch(CommandLine const& line, StopSignal const& stop)
 Outcome<int> runStore(CommandLine const& line)
 {
     return startConfiguration(line).map([&line](Configuration const& configuration) {
-        return StoreCommand(configuration, std::cout, std::cerr).run(line.words);
+        return runStoreCommand(line.words, configuration, std::cout, std::cerr);
     });
 }
 

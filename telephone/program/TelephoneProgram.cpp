@@ -24,13 +24,6 @@ namespace telephone {
 
 namespace {
 
-// A script needs no socket, so another telephone at the default path does not prevent it.
-bool needsSocket(CommandLine const& line, Configuration const& configuration)
-{
-    bool const plays = line.action == Action::kPlay || line.action == Action::kTour;
-    return !plays || !configuration.applications.path.empty();
-}
-
 using Server = std::unique_ptr<ApplicationServer>;
 
 // Null: another telephone has the socket, and this one does not need it.
@@ -43,8 +36,10 @@ Outcome<Server> openSocket(CommandLine const& line, Configuration const& configu
                                                    static_cast<std::size_t>(wanted.queuedMessages)};
         return ApplicationServer::open(settings, telephone.context(), telephone.requests());
     });
+    // A script needs no socket, so another telephone at the default path does not prevent it.
+    bool const plays = line.action == Action::kPlay || line.action == Action::kTour;
     bool const isTaken = !server && server.error().kind == RefusalKind::kAlreadyExists;
-    if (isTaken && !needsSocket(line, configuration)) {
+    if (isTaken && plays && wanted.path.empty()) {
         log(kLogInfo, "telephone", "no application socket: {}", server.error().reason);
         return Server();
     }
@@ -72,16 +67,12 @@ bool play(Conversation& conversation, CommandLine const& line)
 bool talk(Conversation& conversation, CommandLine const& line)
 {
     bool const onTerminal = isatty(STDIN_FILENO) == 1;
-    if (line.action == Action::kConsole) {
+    bool const succeeded = line.action == Action::kConsole || play(conversation, line);
+    bool const staysOpen = line.action == Action::kTour && onTerminal && !conversation.isStopped();
+    if (line.action == Action::kConsole || staysOpen) {
         if (onTerminal) {
             conversation.transcript().note("help lists the commands; Tab completes; quit ends");
         }
-        Console(conversation).run();
-        return true;
-    }
-    bool const succeeded = play(conversation, line);
-    if (line.action == Action::kTour && onTerminal && !conversation.isStopped()) {
-        conversation.transcript().note("help lists the commands; Tab completes; quit ends");
         Console(conversation).run();
     }
     return succeeded;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <chrono>
 #include <ctime>
 #include <utility>
@@ -25,32 +24,10 @@ namespace {
 constexpr std::string_view kComponent = "recording";
 constexpr std::chrono::milliseconds kWriteInterval{200};
 
-std::atomic<MediaRecordingService*> current{nullptr};
-
 // Whether the call has audio, or had it before a hold.
 bool hasAudio(CallSnapshot const& call)
 {
-    switch (call.state) {
-    case sfiCallStateConnected:
-    case sfiCallStateHeld:
-    case sfiCallStateRemotelyHeld:
-    case sfiCallStateHeldByBoth:
-    case sfiCallStateConference:
-        return true;
-    case sfiCallStateIdle:
-    case sfiCallStateDialling:
-    case sfiCallStateProceeding:
-    case sfiCallStateRemoteRinging:
-    case sfiCallStateIncoming:
-    case sfiCallStateRinging:
-    case sfiCallStateTransferring:
-    case sfiCallStateClearing:
-    case sfiCallStateBusy:
-    case sfiCallStateFailed:
-    case sfiCallStateAccepted:
-        return false;
-    }
-    return false;
+    return call.active() || call.state == sfiCallStateHeld || call.state == sfiCallStateHeldByBoth;
 }
 
 // The line as part of a file name.
@@ -97,14 +74,10 @@ CallRecorder::CallRecorder(RecordingConfiguration configuration, RecordableCalls
     , calls_(std::move(calls))
     , post_(std::move(post))
     , thread_([this] { run(); })
-{
-    current.store(this);
-}
+{}
 
 CallRecorder::~CallRecorder()
 {
-    MediaRecordingService* self = this;
-    current.compare_exchange_strong(self, nullptr);
     end([](auto const&) { return true; });
     {
         std::lock_guard const guard(mutex_);
@@ -272,12 +245,6 @@ void CallRecorder::callChanged(CallSnapshot const& now, CallSnapshot const* /*be
     }
 }
 
-std::vector<CallSnapshot> CallRecorder::recordedCalls() const
-{
-    std::lock_guard const guard(mutex_);
-    return listed();
-}
-
 std::vector<CallSnapshot> CallRecorder::listed() const
 {
     std::vector<CallSnapshot> calls;
@@ -369,6 +336,6 @@ void CallRecorder::complete(std::shared_ptr<CallRecording> const& recording)
 MediaRecordingService* MediaRecordingService::GetInstance()
 {
     static telephone::NoRecorder none;
-    auto* const recorder = telephone::current.load();
+    MediaRecordingService* const recorder = telephone::OnlyObject<telephone::CallRecorder>::get();
     return recorder == nullptr ? &none : recorder;
 }

@@ -19,10 +19,10 @@
 #include "platform/recording/MediaRecordingService.h"
 #include "telephone/base/Refusal.h"
 #include "telephone/calls/CallObserver.h"
+#include "telephone/calls/EventPoster.h"
 #include "telephone/configuration/Configuration.h"
+#include "telephone/framework/OnlyObject.h"
 #include "telephone/recording/CallRecording.h"
-
-class CommunicationsServiceEventIfc;
 
 namespace telephone {
 
@@ -45,13 +45,8 @@ RecordableCalls recordableCallsOf(Engine& engine)
 class CallRecorder : public MediaRecordingService, public CallObserver
 {
 public:
-    using Event = std::function<void(CommunicationsServiceEventIfc&)>;
-    using EventPoster = std::function<void(Event)>;
-
     CallRecorder(RecordingConfiguration configuration, RecordableCalls calls, EventPoster post);
     ~CallRecorder() override;
-    CallRecorder(CallRecorder const&) = delete;
-    CallRecorder& operator=(CallRecorder const&) = delete;
 
     // MediaRecordingService
     void init(Context& context, Executable* service, MgmtAgentIfc* agent,
@@ -63,9 +58,6 @@ public:
 
     // CallObserver
     void callChanged(CallSnapshot const& now, CallSnapshot const* before) override;
-
-    // The calls being recorded, in the order in which recording started.
-    std::vector<CallSnapshot> recordedCalls() const;
 
 private:
     using Recordings = std::vector<std::shared_ptr<CallRecording>>;
@@ -96,6 +88,7 @@ private:
     MgmtAgentIfc* agent_ = nullptr;
     Recordings recordings_;  // until their files are complete
     bool ends_ = false;
+    OnlyObject<CallRecorder> const only_{*this, "a recorder"};
     std::thread thread_;
 };
 

@@ -50,8 +50,6 @@ Outcome<std::shared_ptr<CallRecording>> CallRecording::create(CallSnapshot call,
     return std::shared_ptr<CallRecording>(new CallRecording(std::move(call), std::move(path), std::move(file)));
 }
 
-CallRecording::~CallRecording() = default;
-
 void CallRecording::onFrame(sip::AudioFrame const& heard, sip::AudioFrame const& sent)
 {
     std::lock_guard const guard(mutex_);
@@ -92,11 +90,6 @@ void CallRecording::discard()
 {
     close();
     ::unlink(path_.c_str());
-}
-
-void CallRecording::close()
-{
-    file_.reset();
 }
 
 }  // namespace telephone

@@ -27,20 +27,17 @@ public:
 
     // Creates the file, which must not exist yet.
     [[nodiscard]] static Outcome<std::shared_ptr<CallRecording>> create(CallSnapshot call, std::string path);
-    ~CallRecording() override;
-    CallRecording(CallRecording const&) = delete;
-    CallRecording& operator=(CallRecording const&) = delete;
 
     void onFrame(sip::AudioFrame const& heard, sip::AudioFrame const& sent) override;
     // Frames are ignored from now on. Any thread.
     void finish() { finished_ = true; }
     bool isFinished() const { return finished_; }
 
-    // Writes what is queued. False when the recording has finished, or has failed as outcome() says. The recorder's
+    // Writes the queued frames. False when the recording has finished, or has failed as outcome() says. The recorder's
     // thread.
     bool write();
     // Closes the file with a correct header. The recorder's thread.
-    void close();
+    void close() { file_.reset(); }
     // Closes and removes the file of a recording that never started.
     void discard();
     // The reason for which the recording ended before its call.

@@ -1,15 +1,12 @@
 #include "platform/recording/RecordingConfigManager.h"
 
-#include "platform/framework/SvcRTEContext.h"
 #include "telephone/management/LocalManagement.h"
 
 class RecordingConfigManager::State
 {
 public:
     explicit State(SvcRTEContext* context)
-        : management(context == nullptr
-                         ? nullptr
-                         : dynamic_cast<telephone::LocalManagement*>(context->findExecutable("LocalMgmtIfc")))
+        : management(telephone::LocalManagement::find(context))
     {}
 
     telephone::LocalManagement* const management;  // null without a store; recording is then enabled

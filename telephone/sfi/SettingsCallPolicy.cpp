@@ -33,7 +33,7 @@ bool SettingsCallPolicy::isUsersLine(std::string const& lineURI) const
     return primary != nullptr && lineURI == primary->address.lineURI;
 }
 
-// An appearance has those of its line.
+// An appearance has the features of its line.
 Line::serverFeaturesSettings SettingsCallPolicy::featuresOf(LineAddress const& place) const
 {
     auto const line = lines_.addressOf(place.lineNumber, 0);
@@ -74,8 +74,7 @@ bool SettingsCallPolicy::doNotDisturb(int lineNumber) const
         }
         // The telephone is in this state while any line is.
         if (lineNumber == 0) {
-            return std::any_of(doNotDisturb_.begin(), doNotDisturb_.end(),
-                               [](auto const& each) { return each.second; });
+            return std::ranges::any_of(doNotDisturb_, [](auto const& each) { return each.second; });
         }
     }
     auto const line = lines_.addressOf(lineNumber, 0);

@@ -1,8 +1,8 @@
-// The rules for incoming calls, as the settings hold them. The composition root makes it before the call engine, to
-// which it is the CallPolicy.
+// The rules for incoming calls from the settings. The composition root makes it before the call engine, which uses it
+// as its CallPolicy.
 //
-// The forwarding rules of the telephone are those of its present user: on a keyset of one line, else of the telephone's
-// own line. Every other line has the rules that were set on it.
+// The telephone's forwarding settings apply to the line of its present user, or without one to the primary line. Every
+// other line has the rules that were set on it.
 #pragma once
 
 #include <map>
@@ -28,7 +28,7 @@ public:
     int ringsBeforeNoReply() const override;
     bool doNotDisturb(int lineNumber) const override;
 
-    // Line number 0 is the whole telephone; switching it off ends the state of its lines, too. Any thread.
+    // Line number 0 is the whole telephone, whose change ends the state of each line. Any thread.
     void setDoNotDisturb(int lineNumber, bool on);
 
 private:

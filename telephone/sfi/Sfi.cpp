@@ -11,12 +11,6 @@
 
 namespace telephone {
 
-namespace {
-
-std::atomic<Sfi*> instance{nullptr};
-
-}  // namespace
-
 Sfi::Sfi(Parts const& parts)
     : engine_(parts.engine)
     , lines_(parts.lines)
@@ -25,14 +19,7 @@ Sfi::Sfi(Parts const& parts)
     , events_(parts.events)
     , timers_(parts.timers)
     , appearances_(parts.appearances)
-{
-    instance = this;
-}
-
-Sfi::~Sfi()
-{
-    instance = nullptr;
-}
+{}
 
 // --- life
 
@@ -222,24 +209,9 @@ sfiResult Sfi::SecurityChangeReinvite(sfiCallInfo* call, bool secure)
     return resultOf(engine_.established().changeSecurity(call->callID, secure));
 }
 
-void Sfi::Lock()
-{
-    engine_.lock();
-}
-
-void Sfi::Unlock()
-{
-    engine_.unlock();
-}
-
-SfiMCAMapper* Sfi::GetMCAMapper()
-{
-    return appearances_;
-}
-
 }  // namespace telephone
 
 CSfi* CSfi::GetInstance()
 {
-    return telephone::instance;
+    return telephone::OnlyObject<telephone::Sfi>::get();
 }

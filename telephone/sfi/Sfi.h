@@ -10,6 +10,7 @@
 
 #include "platform/sfi/CSfi.h"
 #include "telephone/calls/CallEngine.h"
+#include "telephone/framework/OnlyObject.h"
 
 namespace telephone {
 
@@ -34,9 +35,6 @@ public:
     };
 
     explicit Sfi(Parts const& parts);
-    ~Sfi();
-    Sfi(Sfi const&) = delete;
-    Sfi& operator=(Sfi const&) = delete;
 
     // --- life
     void Initialise(SvcRTEContext* context) override;
@@ -82,26 +80,26 @@ public:
     void SetHeadsetPlugged(bool plugged) override;
     void HandleKeyFunction(int keyFunction) override;
     void JackEvent() override;
-    void NotifyViewState(int view) override;
-    void TimerExpired(int timerId) override;
-    void SetPhysicalInterface(PhysicalInterfaceServiceIfc* physicalInterface) override;
-    void SetAuditoryDevice(AuditoryDeviceIfc* auditoryDevice) override;
+    void NotifyViewState(int) override {}                                // the call control has no display
+    void TimerExpired(int) override {}                                   // nor timers of this kind
+    void SetPhysicalInterface(PhysicalInterfaceServiceIfc*) override {}  // keys and lamps use the lines
+    void SetAuditoryDevice(AuditoryDeviceIfc* auditoryDevice) override { auditoryDevice_ = auditoryDevice; }
     int ApplyManageableData(ManageableData& data, bool changed) override;
     int GetHotWarmLineStatus(int lineID) override;
     int GetLineHeadsetOverride() override;
     sfiResult GetMessageWaitingIndicator(std::string const& phoneNumber, sfiMessageWaitingRecord& record) override;
     void SetAssociatedCalls(bool associated) override;
-    void Lock() override;
-    void Unlock() override;
+    void Lock() override { engine_.lock(); }
+    void Unlock() override { engine_.unlock(); }
     int StartTimer(int milliseconds) override;
     sfiResult SecurityChangeReinvite(sfiCallInfo* call, bool secure) override;
     void Start() override;
     void NotifyFPKAvailable() override;
     sfiResult SendUACSTAServerMessage(std::string& body) override;
-    SfiMCAMapper* GetMCAMapper() override;
+    SfiMCAMapper* GetMCAMapper() override { return appearances_; }
     void GetBluetoothLineURI(int device, std::string& lineURI, std::string& name) override;
     int GetDialRestrictionMode() override;
-    void setCFChangesPending(bool pending) override;
+    void setCFChangesPending(bool) override {}  // each forwarding rule is read when it applies
 
 private:
     sfiResult otherCallFeature(sfiCallInfo const& call, sfiFeature feature);
@@ -118,6 +116,7 @@ private:
     std::atomic<AuditoryDeviceIfc*> auditoryDevice_{nullptr};
     std::atomic<bool> ended_{false};
     int holdAsked_ = 0;  // the call whose hold was announced last; under the phone lock
+    OnlyObject<Sfi> const only_{*this, "call control"};
 };
 
 }  // namespace telephone

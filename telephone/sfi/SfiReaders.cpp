@@ -26,13 +26,13 @@ int number(std::string_view key)
 
 int forwardingOn(sfiForwardingType type)
 {
-    return enabled(kForwardingKeys[type].activated);
+    return enabled(findForwardingKeys(type)->activated);
 }
 
 void forwardingAddress(sfiForwardingType type, std::string& address)
 {
     auto const* readers = current.load();
-    address = readers == nullptr ? std::string() : readers->settings().text(kForwardingKeys[type].address);
+    address = readers == nullptr ? std::string() : readers->settings().text(findForwardingKeys(type)->address);
 }
 
 void serverAddress(std::string ServerConfiguration::*member, std::string& value)

@@ -1,5 +1,5 @@
-// What the free sfiGet... readers (platform/sfi/SfiConfiguration.h) read while it lives; without it they answer as for
-// a telephone without settings. The composition root owns the one object and makes it before the service is
+// The source of the free sfiGet... readers (platform/sfi/SfiConfiguration.h) while it lives; otherwise they answer as
+// for a telephone without settings. The composition root owns the one object and makes it before the service is
 // initialised.
 #pragma once
 

@@ -1,6 +1,7 @@
 #include "telephone/sfi/SfiResults.h"
 
 #include "telephone/framework/Refusals.h"
+#include "telephone/sfi/LogComponent.h"
 
 namespace telephone {
 
@@ -30,7 +31,7 @@ sfiResult callBackFailureOf(RefusalKind kind)
 
 sfiResult resultOf(Outcome<> const& outcome)
 {
-    return reportIfRefused("sfi", outcome) ? sfiFailure : sfiSuccess;
+    return reportIfRefused(kComponent, outcome) ? sfiFailure : sfiSuccess;
 }
 
 sfiResult callBackResultOf(Outcome<> const& outcome)

@@ -9,9 +9,10 @@
 #include "platform/physical/PhysDefs.h"
 #include "telephone/framework/EventDispatcher.h"
 #include "telephone/framework/Log.h"
+#include "telephone/framework/Refusals.h"
 #include "telephone/framework/TimerService.h"
 #include "telephone/lines/Lines.h"
-#include "telephone/management/Settings.h"
+#include "telephone/management/LocalManagement.h"
 #include "telephone/sfi/LogComponent.h"
 #include "telephone/sfi/SettingsCallPolicy.h"
 #include "telephone/sfi/Sfi.h"
@@ -137,9 +138,6 @@ void Sfi::JackEvent()
     log(kLogInfo, kComponent, "a jack was plugged or unplugged");
 }
 
-// The call control shows nothing.
-void Sfi::NotifyViewState(int) {}
-
 void Sfi::NotifyFPKAvailable()
 {
     log(kLogInfo, kComponent, "the programmable keys are available");
@@ -150,20 +148,9 @@ int Sfi::StartTimer(int milliseconds)
     return timers_.start(std::chrono::milliseconds(std::max(milliseconds, 0)));
 }
 
-// The call control has no timers of this kind.
-void Sfi::TimerExpired(int) {}
-
-// Keys and lamps reach the calls through the lines.
-void Sfi::SetPhysicalInterface(PhysicalInterfaceServiceIfc*) {}
-
-void Sfi::SetAuditoryDevice(AuditoryDeviceIfc* auditoryDevice)
-{
-    auditoryDevice_ = auditoryDevice;
-}
-
 int Sfi::ApplyManageableData(ManageableData& data, bool changed)
 {
-    return settings_.apply(data, changed);
+    return changed || !reportIfRefused(kComponent, settings_.setAll(itemsOf(data))) ? 1 : 0;
 }
 
 int Sfi::GetHotWarmLineStatus(int lineID)
@@ -188,8 +175,5 @@ void Sfi::GetBluetoothLineURI(int, std::string& lineURI, std::string& name)
     lineURI.clear();
     name.clear();
 }
-
-// Each forwarding rule is read when it applies.
-void Sfi::setCFChangesPending(bool) {}
 
 }  // namespace telephone

@@ -20,20 +20,14 @@ DialogList::Result DialogList::take(std::string const& document)
     }
     std::erase_if(dialogs_, [](DialogEntry const& entry) { return entry.state == DialogState::kTerminated; });
     for (auto& entry : info->dialogs) {
-        put(std::move(entry));
+        auto const known = std::ranges::find(dialogs_, entry.id, &DialogEntry::id);
+        if (known == dialogs_.end()) {
+            dialogs_.push_back(std::move(entry));
+        } else {
+            *known = std::move(entry);
+        }
     }
     return Result::kTaken;
-}
-
-void DialogList::put(DialogEntry entry)
-{
-    auto const known = std::find_if(dialogs_.begin(), dialogs_.end(),
-                                    [&entry](DialogEntry const& each) { return each.id == entry.id; });
-    if (known == dialogs_.end()) {
-        dialogs_.push_back(std::move(entry));
-    } else {
-        *known = std::move(entry);
-    }
 }
 
 }  // namespace telephone::sip

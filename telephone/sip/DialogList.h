@@ -29,8 +29,6 @@ public:
     std::vector<DialogEntry> const& dialogs() const { return dialogs_; }
 
 private:
-    void put(DialogEntry entry);
-
     std::optional<std::uint32_t> version_;
     std::vector<DialogEntry> dialogs_;
 };

@@ -23,7 +23,7 @@ std::string hex(Hash const& value)
 {
     constexpr std::string_view kDigits = "0123456789abcdef";
     std::string text;
-    for (const std::uint8_t byte : value) {
+    for (std::uint8_t const byte : value) {
         text += kDigits[byte >> 4];
         text += kDigits[byte & 15];
     }

@@ -119,7 +119,6 @@ Invitation readInvitation(sip_msg const& invite)
     invitation.diversions = diversionsOf(headers);
     invitation.replaces = Replaces::parse(headers.value("Replaces"));
     invitation.alertInfo = headers.value("Alert-Info");
-    invitation.callInfo = headers.value("Call-Info");
     invitation.resourcePriority = headers.value("Resource-Priority");
     invitation.referredBy = headers.value("Referred-By");
     invitation.answerAutomatically = asksForAutomaticAnswer(headers);

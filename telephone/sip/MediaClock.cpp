@@ -35,12 +35,12 @@ void MediaClock::remove(MediaClockListener& listener)
 
 void MediaClock::schedule()
 {
-    const std::uint64_t now = tmr_jiffies();
+    std::uint64_t const now = tmr_jiffies();
     next_ += kPeriod;
     if (next_ + kLongestLag < now) {
         next_ = now;
     }
-    const std::uint64_t wait = next_ > now ? next_ - now : 0;
+    std::uint64_t const wait = next_ > now ? next_ - now : 0;
     timer_.start(std::chrono::milliseconds(wait), [this] { beat(); });
 }
 

@@ -68,12 +68,6 @@ NotifierImpl::~NotifierImpl()
     notifier_.reset();
 }
 
-std::uint32_t NotifierImpl::expires() const
-{
-    pl const& value = transaction_.request().expires;
-    return value.p ? pl_u32(&value) : kUsualSubscription;
-}
-
 Outcome<> NotifierImpl::accept(std::string const& contentType)
 {
     std::lock_guard guard(element_->loop());

@@ -14,10 +14,7 @@ public:
 
     std::string const& event() const override { return event_; }
     std::string requestUri() const override { return text(transaction_.request().ruri); }
-    NameAddr from() const override { return nameAddrOf(transaction_.request().from); }
-    NameAddr to() const override { return nameAddrOf(transaction_.request().to); }
     Headers const& headers() const override { return headers_; }
-    std::uint32_t expires() const override;
     Outcome<> accept(std::string const& contentType) override;
     void reject(int status, std::string const& reason, Headers const& headers) override;
     void notify(std::string const& body, SubscriptionState state, std::string const& reason) override;

@@ -42,7 +42,7 @@ RegistrationImpl::RegistrationImpl(std::shared_ptr<Element> element, Account acc
     , asked_(account_.expires)
 {
     // Later, because the caller does not hold the registration yet.
-    due_.start(std::chrono::milliseconds(0), [this] { send(asked_); });
+    due_.start(std::chrono::milliseconds(0), [this] { send(); });
 }
 
 RegistrationImpl::~RegistrationImpl()
@@ -74,16 +74,16 @@ Outcome<> RegistrationImpl::prepare()
     return {};
 }
 
-void RegistrationImpl::send(std::uint32_t expires)
+void RegistrationImpl::send()
 {
     if (auto const prepared = prepare(); !prepared) {
         fail(503, prepared.error().reason);
         return;
     }
     request_->abandon();
-    auto const answered = [this, expires](int error, sip_msg const* message) { onAnswer(expires, error, message); };
+    auto const answered = [this](int error, sip_msg const* message) { onAnswer(error, message); };
     Headers const headers{{"Allow", kAllow}, {"Supported", kSupported}};
-    if (auto const started = request_->send("REGISTER", replyTail(headers, {}), expires, answered); !started) {
+    if (auto const started = request_->send("REGISTER", replyTail(headers, {}), asked_, answered); !started) {
         fail(503, started.error().reason);
         return;
     }
@@ -93,7 +93,7 @@ void RegistrationImpl::send(std::uint32_t expires)
     });
 }
 
-void RegistrationImpl::onAnswer(std::uint32_t asked, int error, sip_msg const* message)
+void RegistrationImpl::onAnswer(int error, sip_msg const* message)
 {
     silence_.cancel();
     if (error || !message) {
@@ -101,13 +101,13 @@ void RegistrationImpl::onAnswer(std::uint32_t asked, int error, sip_msg const* m
         return;
     }
     if (message->scode < 300) {
-        onAccepted(asked, *message);
+        onAccepted(*message);
         return;
     }
-    const std::uint32_t least = number(headerValue(*message, "Min-Expires"), 0);
+    std::uint32_t const least = number(headerValue(*message, "Min-Expires"), 0);
     if (message->scode == 423 && least > asked_) {
         asked_ = least;
-        send(asked_);
+        send();
         return;
     }
     fail(message->scode, text(message->reason));
@@ -115,7 +115,7 @@ void RegistrationImpl::onAnswer(std::uint32_t asked, int error, sip_msg const* m
 
 std::uint32_t RegistrationImpl::grantedBy(sip_msg const& message) const
 {
-    const std::uint32_t usual = number(text(message.expires), kUsualRegistration);
+    std::uint32_t const usual = number(text(message.expires), kUsualRegistration);
     for (auto const& value : headersOf(message).list("Contact")) {
         auto const contact = NameAddr::parse(value);
         if (contact && contact->uri == Uri::parse(request_->contact())) {
@@ -125,21 +125,16 @@ std::uint32_t RegistrationImpl::grantedBy(sip_msg const& message) const
     return number(text(message.expires), asked_);
 }
 
-void RegistrationImpl::onAccepted(std::uint32_t asked, sip_msg const& message)
+void RegistrationImpl::onAccepted(sip_msg const& message)
 {
     wait_ = account_.retryFirst;
-    if (asked == 0) {
-        registered_ = false;
-        observer_.onUnregistered(*this);
-        return;
-    }
-    const std::uint32_t granted = grantedBy(message);
+    std::uint32_t const granted = grantedBy(message);
     if (granted == 0) {
         fail(503, "the registrar granted 0 seconds");
         return;
     }
     registered_ = true;
-    due_.start(refreshAfter(granted), [this] { send(asked_); });
+    due_.start(refreshAfter(granted), [this] { send(); });
     observer_.onRegistered(*this, granted);
 }
 
@@ -149,25 +144,10 @@ void RegistrationImpl::fail(int status, std::string const& reason)
     element_->log(LogLevel::kWarning, "Registration of " + account_.addressOfRecord() +
                                           " failed: " + std::to_string(status) + " " + reason);
     if (!isPermanent(status)) {
-        due_.start(wait_, [this] { send(asked_); });
+        due_.start(wait_, [this] { send(); });
         wait_ = std::min(wait_ * 2, account_.retryMax);
     }
     observer_.onRegistrationFailed(*this, status, reason);
-}
-
-void RegistrationImpl::retry()
-{
-    std::lock_guard guard(element_->loop());
-    silence_.cancel();
-    wait_ = account_.retryFirst;
-    due_.start(std::chrono::milliseconds(0), [this] { send(asked_); });
-}
-
-void RegistrationImpl::unregister()
-{
-    std::lock_guard guard(element_->loop());
-    silence_.cancel();
-    due_.start(std::chrono::milliseconds(0), [this] { send(0); });
 }
 
 }  // namespace telephone::sip

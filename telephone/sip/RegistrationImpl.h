@@ -13,16 +13,11 @@ public:
     RegistrationImpl(std::shared_ptr<Element> element, Account account, RegistrationObserver& observer);
     ~RegistrationImpl() override;
 
-    Account const& account() const override { return account_; }
-    bool isRegistered() const override { return registered_; }
-    void retry() override;
-    void unregister() override;
-
 private:
     Outcome<> prepare();
-    void send(std::uint32_t expires);
-    void onAnswer(std::uint32_t asked, int error, sip_msg const* message);
-    void onAccepted(std::uint32_t asked, sip_msg const& message);
+    void send();
+    void onAnswer(int error, sip_msg const* message);
+    void onAccepted(sip_msg const& message);
     void fail(int status, std::string const& reason);
     std::uint32_t grantedBy(sip_msg const& message) const;
 

@@ -44,7 +44,6 @@ struct Invitation
     std::vector<Diversion> diversions;         // the most recent first
     std::optional<Replaces> replaces;
     std::string alertInfo;
-    std::string callInfo;
     std::string resourcePriority;  // RFC 4412
     std::string referredBy;
     // Answer-Mode: Auto (RFC 5373), answer-after or alert-autoanswer in Call-Info or Alert-Info.

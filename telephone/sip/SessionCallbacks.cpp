@@ -1,5 +1,4 @@
 // The stack's handlers of a session.
-#include "telephone/sip/EventLoop.h"
 #include "telephone/sip/InvitationReader.h"
 #include "telephone/sip/SessionImpl.h"
 #include "telephone/sip/TransferImpl.h"
@@ -49,7 +48,7 @@ void SessionImpl::learnDialog(sip_msg const& message)
             dialogId_.remoteTag = text(message.to.tag);
         }
     }
-    if (const std::string contact = contactOf(message); !contact.empty()) {
+    if (std::string const contact = contactOf(message); !contact.empty()) {
         remoteContact_ = contact;
     }
 }

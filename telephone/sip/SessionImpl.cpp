@@ -2,9 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
-#include <mutex>
 
-#include "telephone/sip/EventLoop.h"
 #include "telephone/sip/InvitationReader.h"
 
 namespace telephone::sip {
@@ -151,30 +149,6 @@ void SessionImpl::setObserver(SessionObserver* observer)
 {
     std::lock_guard guard(element_->loop());
     observer_ = observer;
-}
-
-SessionState SessionImpl::state() const
-{
-    std::lock_guard guard(element_->loop());
-    return state_;
-}
-
-DialogId SessionImpl::dialogId() const
-{
-    std::lock_guard guard(element_->loop());
-    return dialogId_;
-}
-
-NameAddr SessionImpl::remoteParty() const
-{
-    std::lock_guard guard(element_->loop());
-    return remoteParty_;
-}
-
-std::string SessionImpl::remoteContact() const
-{
-    std::lock_guard guard(element_->loop());
-    return remoteContact_;
 }
 
 std::string SessionImpl::localContact() const

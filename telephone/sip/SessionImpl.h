@@ -6,8 +6,10 @@
 #pragma once
 
 #include <deque>
+#include <mutex>
 
 #include "telephone/sip/Element.h"
+#include "telephone/sip/EventLoop.h"
 #include "telephone/sip/Referral.h"
 #include "telephone/sip/RtpStream.h"
 #include "telephone/sip/SdpNegotiation.h"
@@ -31,12 +33,12 @@ public:
     [[nodiscard]] bool begin();
 
     void setObserver(SessionObserver* observer) override;
-    SessionState state() const override;
+    SessionState state() const override { return locked(state_); }
     bool isOutgoing() const override { return outgoing_; }
     Invitation const& invitation() const override { return invitation_; }
-    DialogId dialogId() const override;
-    NameAddr remoteParty() const override;
-    std::string remoteContact() const override;
+    DialogId dialogId() const override { return locked(dialogId_); }
+    NameAddr remoteParty() const override { return locked(remoteParty_); }
+    std::string remoteContact() const override { return locked(remoteContact_); }
     std::string localContact() const override;
     bool supportsTelephoneEvents() const override;
     Outcome<> ring(Headers const& headers) override;
@@ -65,6 +67,14 @@ private:
         char key = 0;
         std::chrono::milliseconds duration{};
     };
+
+    // A copy made under the lock.
+    template <class Value>
+    Value locked(Value const& value) const
+    {
+        std::lock_guard const guard(element_->loop());
+        return value;
+    }
 
     std::string localTag() const override { return dialogId_.localTag; }
     void onReason(std::string const& reason) override { closingReason_ = reason; }

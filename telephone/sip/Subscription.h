@@ -43,12 +43,10 @@ public:
 
 struct SubscriptionRequest
 {
-    std::string target;   // URI
-    std::string event;    // package
-    std::string eventId;  // id parameter; empty: none
-    std::string accept;   // Accept header; empty: none
+    std::string target;  // URI
+    std::string event;   // package
+    std::string accept;  // Accept header; empty: none
     std::uint32_t expires = 3600;
-    Headers headers;
 };
 
 class Subscription
@@ -69,10 +67,7 @@ public:
 
     virtual std::string const& event() const = 0;
     virtual std::string requestUri() const = 0;
-    virtual NameAddr from() const = 0;
-    virtual NameAddr to() const = 0;
     virtual Headers const& headers() const = 0;
-    virtual std::uint32_t expires() const = 0;  // seconds requested; 0: a single NOTIFY
 
     // contentType: of the bodies that notify() will send. kWrongState: already answered; kUnavailable: the stack cannot
     // send.

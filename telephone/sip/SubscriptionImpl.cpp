@@ -61,17 +61,13 @@ Outcome<> SubscriptionImpl::start(Account const& account)
         return tl::unexpected(route.error());
     }
     makeCredentials(credentials_, account);
-    Headers headers = request_.headers;
-    if (!request_.accept.empty()) {
-        headers.add("Accept", request_.accept);
-    }
+    Headers const headers = request_.accept.empty() ? Headers{} : Headers{{"Accept", request_.accept}};
     char const* proxies[] = {route->proxy.c_str()};
     int const error = sipevent_subscribe(
         subscription_.out(), element_->eventSocket(), route->target.c_str(), route->fromNameOrNull(),
-        route->fromUri.c_str(), request_.event.c_str(), request_.eventId.empty() ? nullptr : request_.eventId.c_str(),
-        request_.expires, route->contactUser.c_str(), proxies, route->proxyCount(), answerChallenge, credentials_.get(),
-        true, nullptr, handlerOf<&SubscriptionImpl::onNotify>, handlerOf<&SubscriptionImpl::onClose>, this, "%s",
-        headers.format().c_str());
+        route->fromUri.c_str(), request_.event.c_str(), nullptr, request_.expires, route->contactUser.c_str(), proxies,
+        route->proxyCount(), answerChallenge, credentials_.get(), true, nullptr, handlerOf<&SubscriptionImpl::onNotify>,
+        handlerOf<&SubscriptionImpl::onClose>, this, "%s", headers.format().c_str());
     return sent(error, "SUBSCRIBE to " + request_.target);
 }
 

@@ -385,7 +385,7 @@ std::string userOf(std::string_view text)
 std::string targetUri(std::string_view dialled, std::string_view domain)
 {
     std::string_view const trimmed = trim(dialled);
-    for (const std::string_view scheme : {"sip:", "sips:", "tel:"}) {
+    for (std::string_view const scheme : {"sip:", "sips:", "tel:"}) {
         if (equalsIgnoringCase(trimmed.substr(0, scheme.size()), scheme)) {
             return std::string(trimmed);
         }

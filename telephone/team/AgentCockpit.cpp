@@ -2,6 +2,7 @@
 
 #include "telephone/framework/Refusals.h"
 #include "telephone/management/Settings.h"
+#include "telephone/team/LogComponent.h"
 
 namespace telephone {
 
@@ -12,7 +13,7 @@ std::string AgentCockpit::getEACockpitData(std::string const& item)
 
 bool AgentCockpit::setEACockpitData(std::string const& item, std::string const& value)
 {
-    return !reportIfRefused("agent cockpit", settings_.set(std::string(SettingNames::kCockpitPrefix) + item, value));
+    return !reportIfRefused(kComponent, settings_.set(std::string(SettingNames::kCockpitPrefix) + item, value));
 }
 
 }  // namespace telephone

@@ -1,7 +1,5 @@
 #include "telephone/team/FeatureToggles.h"
 
-#include <atomic>
-#include <stdexcept>
 #include <string>
 
 #include <spdlog/fmt/fmt.h>
@@ -9,14 +7,11 @@
 #include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/management/Settings.h"
+#include "telephone/team/LogComponent.h"
 
 namespace telephone {
 
 namespace {
-
-constexpr char const* kTogglesComponent = "feature toggles";
-
-std::atomic<FeatureToggles*> theToggles{nullptr};
 
 std::string settingOf(int keyNumber)
 {
@@ -28,29 +23,19 @@ std::string settingOf(int keyNumber)
 FeatureToggles::FeatureToggles(KeyLayout const& layout, Settings& settings)
     : layout_(layout)
     , settings_(settings)
-{
-    FeatureToggles* none = nullptr;
-    if (!theToggles.compare_exchange_strong(none, this)) {
-        throw std::runtime_error("feature toggles already exist in this process");
-    }
-}
-
-FeatureToggles::~FeatureToggles()
-{
-    theToggles = nullptr;
-}
+{}
 
 void FeatureToggles::ftInitialise(PhysicalInterfaceServiceIfc* physicalInterface, LocalMgmtIfc* localMgmt,
                                   MgmtAgentIfc* /*agent*/)
 {
     if (physicalInterface == nullptr || localMgmt == nullptr) {
-        log(kLogWarning, kTogglesComponent, "the service found no {}", physicalInterface == nullptr ? "keys" : "store");
+        log(kLogWarning, kComponent, "the service found no {}", physicalInterface == nullptr ? "keys" : "store");
     }
 }
 
 void FeatureToggles::ftToggleKeyPressed(int keyNumber)
 {
-    reportIfRefused(kTogglesComponent, set(keyNumber, !isOn(keyNumber)));
+    reportIfRefused(kComponent, set(keyNumber, !isOn(keyNumber)));
 }
 
 bool FeatureToggles::isOn(int keyNumber) const
@@ -66,7 +51,7 @@ Outcome<> FeatureToggles::set(int keyNumber, bool on)
     }
     auto stored = settings_.set(settingOf(keyNumber), on ? "true" : "false");
     if (stored) {
-        log(kLogInfo, kTogglesComponent, "the feature of key {} is {}", keyNumber, on ? "on" : "off");
+        log(kLogInfo, kComponent, "the feature of key {} is {}", keyNumber, on ? "on" : "off");
     }
     return stored;
 }
@@ -75,5 +60,5 @@ Outcome<> FeatureToggles::set(int keyNumber, bool on)
 
 FeatureToggle* FeatureToggle::Instance()
 {
-    return telephone::theToggles.load();
+    return telephone::OnlyObject<telephone::FeatureToggles>::get();
 }

@@ -6,6 +6,7 @@
 
 #include "platform/team/FeatureToggle.h"
 #include "telephone/base/Refusal.h"
+#include "telephone/framework/OnlyObject.h"
 #include "telephone/physical/KeyLayout.h"
 
 namespace telephone {
@@ -16,9 +17,6 @@ class FeatureToggles final : public FeatureToggle
 {
 public:
     FeatureToggles(KeyLayout const& layout, Settings& settings);
-    ~FeatureToggles();
-    FeatureToggles(FeatureToggles const&) = delete;
-    FeatureToggles& operator=(FeatureToggles const&) = delete;
 
     void ftInitialise(PhysicalInterfaceServiceIfc* physicalInterface, LocalMgmtIfc* localMgmt,
                       MgmtAgentIfc* agent) override;
@@ -31,6 +29,7 @@ public:
 private:
     KeyLayout const& layout_;
     Settings& settings_;
+    OnlyObject<FeatureToggles> const only_{*this, "feature toggles"};
 };
 
 }  // namespace telephone

@@ -1,9 +1,7 @@
 #include "telephone/team/Keyset.h"
 
 #include <algorithm>
-#include <atomic>
 #include <mutex>
-#include <stdexcept>
 #include <tuple>
 #include <vector>
 
@@ -14,14 +12,11 @@
 #include "telephone/framework/Refusals.h"
 #include "telephone/lines/Lines.h"
 #include "telephone/management/Settings.h"
+#include "telephone/team/LogComponent.h"
 
 namespace telephone {
 
 namespace {
-
-constexpr char const* kKeysetComponent = "keyset";
-
-std::atomic<Keyset*> theKeyset{nullptr};
 
 bool isBefore(TelephoneLine const* left, TelephoneLine const* right)
 {
@@ -31,29 +26,25 @@ bool isBefore(TelephoneLine const* left, TelephoneLine const* right)
     return rank(*left) < rank(*right);
 }
 
-sfiResult resultOf(Outcome<> const& outcome)
+sfiResult resultOf(bool done)
 {
-    return reportIfRefused(kKeysetComponent, outcome) ? sfiFailure : sfiSuccess;
+    return done ? sfiSuccess : sfiFailure;
 }
 
 }  // namespace
 
-Keyset::Keyset(Lines& lines, PhoneCalls& calls, Settings& settings)
+Keyset::Keyset(Lines& lines, LineActions& actions, PhoneCalls& calls, Settings& settings)
     : lines_(lines)
+    , actions_(actions)
     , calls_(calls)
     , settings_(settings)
 {
-    Keyset* none = nullptr;
-    if (!theKeyset.compare_exchange_strong(none, this)) {
-        throw std::runtime_error("a keyset already exists in this process");
-    }
     lines_.addListener(*this);
 }
 
 Keyset::~Keyset()
 {
     lines_.removeListener(*this);
-    theKeyset = nullptr;
 }
 
 bool Keyset::isKeysetActive()
@@ -64,33 +55,28 @@ bool Keyset::isKeysetActive()
 void Keyset::setCommsSrv(SvcRTEContext* /*context*/, Executable* service)
 {
     if (service == nullptr) {
-        log(kLogWarning, kKeysetComponent, "the keyset has no communications service");
+        log(kLogWarning, kComponent, "the keyset has no communications service");
     }
 }
 
 void Keyset::init()
 {
-    log(kLogInfo, kKeysetComponent, "the keyset is {}", isKeysetActive() ? "active" : "not active: there is one line");
+    log(kLogInfo, kComponent, "the keyset is {}", isKeysetActive() ? "active" : "not active: there is one line");
 }
 
 sfiResult Keyset::answerCall(std::string const& lineURI)
 {
-    std::lock_guard const lock(calls_);
-    return resultOf(find(lineURI).and_then([this](TelephoneLine* line) { return lines_.actions().answer(*line); }));
+    return resultOf(act(lineURI, [this](TelephoneLine& line) { return actions_.answer(line); }));
 }
 
 void Keyset::makeCall(std::string const& lineURI)
 {
-    std::lock_guard const lock(calls_);
-    reportIfRefused(kKeysetComponent, find(lineURI).and_then([this](TelephoneLine* line) {
-        return lines_.seize(*line, eLineStateSelected);
-    }));
+    act(lineURI, [this](TelephoneLine& line) { return lines_.seize(line, eLineStateSelected); });
 }
 
 sfiResult Keyset::retrieveCall(std::string const& lineURI, int callID)
 {
-    std::lock_guard const lock(calls_);
-    return resultOf(find(lineURI).and_then([&](TelephoneLine* line) { return retrieve(*line, callID); }));
+    return resultOf(act(lineURI, [&](TelephoneLine& line) { return retrieve(line, callID); }));
 }
 
 Outcome<> Keyset::retrieve(TelephoneLine& line, int callID)
@@ -98,13 +84,13 @@ Outcome<> Keyset::retrieve(TelephoneLine& line, int callID)
     auto const& calls = line.calls();
     bool const isThere =
         std::any_of(calls.begin(), calls.end(), [callID](auto const& each) { return each.callID == callID; });
-    return isThere ? calls_.retrieve(callID) : lines_.actions().retrieve(line);
+    return isThere ? calls_.retrieve(callID) : actions_.retrieve(line);
 }
 
 void Keyset::callStateChanged(std::string const& lineURI, sfiCallState state, int callID, int /*reason*/)
 {
     if (state != sfiCallStateAccepted) {
-        log(kLogTrace, kKeysetComponent, "call {} on line {}: state {} follows from the call itself", callID, lineURI,
+        log(kLogTrace, kComponent, "call {} on line {}: state {} follows from the call itself", callID, lineURI,
             static_cast<int>(state));
         return;
     }
@@ -112,30 +98,29 @@ void Keyset::callStateChanged(std::string const& lineURI, sfiCallState state, in
     auto const call = calls_.call(callID);
     auto* const line = call && call->alerting() ? lines_.byNumber(call->line.recordLine) : nullptr;
     if (line == nullptr) {
-        reportRefusal(kKeysetComponent,
+        reportRefusal(kComponent,
                       {RefusalKind::kNotFound, fmt::format("no call {} is alerting on line {}", callID, lineURI)});
         return;
     }
     line->alertOnKeysetOnly(callID);
-    log(kLogTrace, kKeysetComponent, "call {} alerts on the keyset alone", callID);
+    log(kLogTrace, kComponent, "call {} alerts on the keyset alone", callID);
 }
 
 void Keyset::callIgnored(std::string const& lineURI)
 {
-    std::lock_guard const lock(calls_);
-    reportIfRefused(kKeysetComponent, find(lineURI).and_then([](TelephoneLine* line) { return line->silence(); }));
+    act(lineURI, [](TelephoneLine& line) { return line.silence(); });
 }
 
 void Keyset::callIsolation(std::string const& lineURI, bool on)
 {
     std::lock_guard const lock(calls_);
     auto const line = find(lineURI);
-    if (reportIfRefused(kKeysetComponent, line) || (!on && isolated_ != &(*line)->base())) {
+    if (reportIfRefused(kComponent, line) || (!on && isolated_ != &(*line)->base())) {
         return;
     }
     auto& base = (*line)->base();
     isolated_ = on ? &base : nullptr;
-    log(kLogInfo, kKeysetComponent, "line {} is {}", base.id(),
+    log(kLogInfo, kComponent, "line {} is {}", base.id(),
         on ? "isolated: other lines are not heard" : "no longer isolated");
     lines_.refresh();
 }
@@ -143,10 +128,10 @@ void Keyset::callIsolation(std::string const& lineURI, bool on)
 bool Keyset::changeMultiUser(std::string const& lineURI)
 {
     if (!isKeysetActive()) {
-        reportRefusal(kKeysetComponent, {RefusalKind::kNotSupported, "a single-line telephone has only one user"});
+        reportRefusal(kComponent, {RefusalKind::kNotSupported, "a single-line telephone has only one user"});
         return false;
     }
-    return !reportIfRefused(kKeysetComponent, find(lineURI).and_then([this](TelephoneLine* line) {
+    return !reportIfRefused(kComponent, find(lineURI).and_then([this](TelephoneLine* line) {
         return settings_.set(SettingNames::kCurrentMultiUser, line->base().id());
     }));
 }
@@ -169,7 +154,7 @@ bool Keyset::getImmediateRing()
 void Keyset::setImmediateRing(bool on, std::string& outcome)
 {
     auto const set = settings_.set(SettingNames::kImmediateRing, on ? "true" : "false");
-    if (reportIfRefused(kKeysetComponent, set)) {
+    if (reportIfRefused(kComponent, set)) {
         outcome = set.error().reason;
         return;
     }
@@ -196,10 +181,10 @@ void Keyset::handleButtonPressedEvent(PhysDefs::keyFunctionType function)
     if (function == PhysDefs::keyFunctionPreview) {
         showNextPreview();
     } else if (function == PhysDefs::keyFunctionIgnoreCall) {
-        reportIfRefused(kKeysetComponent, ignoreNext());
+        reportIfRefused(kComponent, ignoreNext());
     } else {
-        reportRefusal(kKeysetComponent, {RefusalKind::kNotSupported,
-                                         fmt::format("the keyset has no key function {}", static_cast<int>(function))});
+        reportRefusal(kComponent, {RefusalKind::kNotSupported,
+                                   fmt::format("the keyset has no key function {}", static_cast<int>(function))});
     }
 }
 
@@ -221,19 +206,16 @@ void Keyset::showNextPreview()
         preview_ = shown + 1 == ringing.end() ? nullptr : *(shown + 1);
     }
     if (preview_ == nullptr) {
-        log(kLogInfo, kKeysetComponent, "{}",
-            ringing.empty() ? "no preview: no call is ringing" : "the preview is over");
+        log(kLogInfo, kComponent, "{}", ringing.empty() ? "no preview: no call is ringing" : "the preview is over");
         return;
     }
     auto const call = preview_->callInState(eLineStateRinging);
-    log(kLogInfo, kKeysetComponent, "preview of line {}: call from {}", preview_->id(), call ? call->remoteURI : "");
+    log(kLogInfo, kComponent, "preview of line {}: call from {}", preview_->id(), call ? call->remoteURI : "");
 }
 
 void Keyset::initiateBCAOutgoingCall(std::string const& lineURI, std::string const& destination)
 {
-    std::lock_guard const lock(calls_);
-    reportIfRefused(kKeysetComponent,
-                    find(lineURI).and_then([&](TelephoneLine* line) { return makeBridgedCall(*line, destination); }));
+    act(lineURI, [&](TelephoneLine& line) { return makeBridgedCall(line, destination); });
 }
 
 Outcome<> Keyset::makeBridgedCall(TelephoneLine& line, std::string const& destination)
@@ -244,7 +226,7 @@ Outcome<> Keyset::makeBridgedCall(TelephoneLine& line, std::string const& destin
     }
     auto* const place = line.freePlace();
     made = place == nullptr ? refuse(RefusalKind::kLimit, fmt::format("line {} has no free appearance", line.id()))
-                            : lines_.actions().dial(*place, destination);
+                            : actions_.dial(*place, destination);
     if (!made) {
         lines_.release(line.base());
     }
@@ -259,24 +241,22 @@ bool Keyset::isSpoofedDummyLine(std::string const& lineURI)
 bool Keyset::dummyLine_reserve()
 {
     std::lock_guard const lock(calls_);
-    return !reportIfRefused(kKeysetComponent, lines_.lineForNewCall().and_then([this](TelephoneLine* line) {
+    return !reportIfRefused(kComponent, lines_.lineForNewCall().and_then([this](TelephoneLine* line) {
         return lines_.seize(*line, eLineStateSelected);
     }));
 }
 
 bool Keyset::reserveNextSCA(std::string const& lineURI)
 {
-    std::lock_guard const lock(calls_);
-    return !reportIfRefused(kKeysetComponent, find(lineURI).and_then([this](TelephoneLine* line) {
-        return lines_.seize(line->base(), eLineStateReserved);
-    }));
+    return act(lineURI, [this](TelephoneLine& line) { return lines_.seize(line.base(), eLineStateReserved); });
 }
 
 bool Keyset::unreserveLine(std::string const& lineURI)
 {
-    std::lock_guard const lock(calls_);
-    return !reportIfRefused(kKeysetComponent,
-                            find(lineURI).map([this](TelephoneLine* line) { lines_.release(line->base()); }));
+    return act(lineURI, [this](TelephoneLine& line) {
+        lines_.release(line.base());
+        return Outcome<>();
+    });
 }
 
 void Keyset::setIsInServiceInitiatedState(std::string const& lineURI, bool initiated)
@@ -284,7 +264,7 @@ void Keyset::setIsInServiceInitiatedState(std::string const& lineURI, bool initi
     if (initiated) {
         makeCall(lineURI);
     } else {
-        static_cast<void>(unreserveLine(lineURI));
+        unreserveLine(lineURI);
     }
 }
 
@@ -304,6 +284,13 @@ void Keyset::lineChanged(TelephoneLine& line, ELineState /*before*/)
 bool Keyset::mayBeHeard(TelephoneLine const& line) const
 {
     return line.isAudible() && (isolated_ == nullptr || isolated_ == &line);
+}
+
+bool Keyset::act(std::string const& lineURI, std::function<Outcome<>(TelephoneLine&)> const& action)
+{
+    std::lock_guard const lock(calls_);
+    return !reportIfRefused(kComponent,
+                            find(lineURI).and_then([&action](TelephoneLine* line) { return action(*line); }));
 }
 
 Outcome<TelephoneLine*> Keyset::find(std::string const& lineURI) const
@@ -328,5 +315,5 @@ std::vector<TelephoneLine*> Keyset::ringingLines() const
 
 TeamServiceKeyset* TeamServiceKeyset::Instance()
 {
-    return telephone::theKeyset.load();
+    return telephone::OnlyObject<telephone::Keyset>::get();
 }

@@ -5,15 +5,18 @@
 // the phone lock held and some without it; each takes the lock itself.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "platform/team/TeamServiceKeyset.h"
 #include "telephone/base/Refusal.h"
+#include "telephone/framework/OnlyObject.h"
 #include "telephone/lines/LineListener.h"
 
 namespace telephone {
 
+class LineActions;
 class Lines;
 class PhoneCalls;
 class Settings;
@@ -25,10 +28,8 @@ public:
     // A line identifier that stands for any free line: reserving it seizes the first idle line.
     static constexpr char const* kAnyLine = "anyLine";
 
-    Keyset(Lines& lines, PhoneCalls& calls, Settings& settings);
+    Keyset(Lines& lines, LineActions& actions, PhoneCalls& calls, Settings& settings);
     ~Keyset();
-    Keyset(Keyset const&) = delete;
-    Keyset& operator=(Keyset const&) = delete;
 
     bool isKeysetActive() override;
     void setCommsSrv(SvcRTEContext* context, Executable* service) override;
@@ -76,6 +77,8 @@ public:
     TelephoneLine* preview() const { return preview_; }
 
 private:
+    // Acts on a line with the lock held. False: refused; the refusal is reported.
+    bool act(std::string const& lineURI, std::function<Outcome<>(TelephoneLine&)> const& action);
     Outcome<TelephoneLine*> find(std::string const& lineURI) const;
     Outcome<> retrieve(TelephoneLine& line, int callID);
     Outcome<> makeBridgedCall(TelephoneLine& line, std::string const& destination);
@@ -84,10 +87,12 @@ private:
     void showNextPreview();
 
     Lines& lines_;
+    LineActions& actions_;
     PhoneCalls& calls_;
     Settings& settings_;
     TelephoneLine* isolated_ = nullptr;
     TelephoneLine* preview_ = nullptr;
+    OnlyObject<Keyset> const only_{*this, "a keyset"};
 };
 
 }  // namespace telephone

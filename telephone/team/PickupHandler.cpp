@@ -1,8 +1,6 @@
 #include "telephone/team/PickupHandler.h"
 
-#include <atomic>
 #include <mutex>
-#include <stdexcept>
 
 #include <spdlog/fmt/fmt.h>
 
@@ -10,42 +8,25 @@
 #include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/lines/Lines.h"
+#include "telephone/team/LogComponent.h"
 
 namespace telephone {
-
-namespace {
-
-constexpr char const* kPickupComponent = "pick-up";
-
-std::atomic<PickupHandler*> theHandler{nullptr};
-
-}  // namespace
 
 PickupHandler::PickupHandler(Lines const& lines, PhoneCalls& calls)
     : lines_(lines)
     , calls_(calls)
-{
-    PickupHandler* none = nullptr;
-    if (!theHandler.compare_exchange_strong(none, this)) {
-        throw std::runtime_error("a pick-up handler already exists in this process");
-    }
-}
-
-PickupHandler::~PickupHandler()
-{
-    theHandler = nullptr;
-}
+{}
 
 void PickupHandler::setCommsSrv(SvcRTEContext* /*context*/, Executable* service)
 {
     if (service == nullptr) {
-        log(kLogWarning, kPickupComponent, "there is no communications service");
+        log(kLogWarning, kComponent, "there is no communications service");
     }
 }
 
 sfiResult PickupHandler::directedPickupRequest(sfiCallInfo* call, std::string& target)
 {
-    return reportIfRefused(kPickupComponent, pickup(call, target)) ? sfiFailure : sfiSuccess;
+    return reportIfRefused(kComponent, pickup(call, target)) ? sfiFailure : sfiSuccess;
 }
 
 Outcome<> PickupHandler::pickup(sfiCallInfo const* call, std::string const& target)
@@ -65,5 +46,5 @@ Outcome<> PickupHandler::pickup(sfiCallInfo const* call, std::string const& targ
 
 DirectedPickupHandler* DirectedPickupHandler::Instance()
 {
-    return telephone::theHandler.load();
+    return telephone::OnlyObject<telephone::PickupHandler>::get();
 }

@@ -6,6 +6,7 @@
 
 #include "platform/team/DirectedPickupHandler.h"
 #include "telephone/base/Refusal.h"
+#include "telephone/framework/OnlyObject.h"
 
 namespace telephone {
 
@@ -16,9 +17,6 @@ class PickupHandler final : public DirectedPickupHandler
 {
 public:
     PickupHandler(Lines const& lines, PhoneCalls& calls);
-    ~PickupHandler();
-    PickupHandler(PickupHandler const&) = delete;
-    PickupHandler& operator=(PickupHandler const&) = delete;
 
     void setCommsSrv(SvcRTEContext* context, Executable* service) override;
     void Initialise() override {}
@@ -32,6 +30,7 @@ public:
 private:
     Lines const& lines_;
     PhoneCalls& calls_;
+    OnlyObject<PickupHandler> const only_{*this, "a pick-up handler"};
 };
 
 }  // namespace telephone

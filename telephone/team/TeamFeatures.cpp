@@ -1,7 +1,5 @@
 #include "telephone/team/TeamFeatures.h"
 
-#include <stdexcept>
-
 #include <spdlog/fmt/fmt.h>
 
 #include "CommunicationsServiceIfc.h"
@@ -14,36 +12,28 @@
 #include "telephone/physical/PhysicalInterface.h"
 #include "telephone/team/FeatureToggles.h"
 #include "telephone/team/Keyset.h"
+#include "telephone/team/LogComponent.h"
 #include "telephone/team/PickupHandler.h"
 
 namespace telephone {
 
 namespace {
 
-constexpr char const* kTeamComponent = "team features";
 constexpr ForwardingKeys const& kForwardAll = kForwardingKeys[sfiForwardUnconditional];
-
-std::atomic<TeamFeatures*> theFeatures{nullptr};
 
 }  // namespace
 
 TeamFeatures::TeamFeatures(Parts const& parts, std::string const& pushAddress)
     : parts_(parts)
-    , busyLamps_(parts.keys, parts.calls, parts.lines.actions())
+    , busyLamps_(parts.keys, parts.calls, parts.actions)
     , cockpit_(parts.settings)
     , push_(pushAddress)
     , queue_("the team features")
-{
-    TeamFeatures* none = nullptr;
-    if (!theFeatures.compare_exchange_strong(none, this)) {
-        throw std::runtime_error("team features already exist in this process");
-    }
-}
+{}
 
 TeamFeatures::~TeamFeatures()
 {
     stop();
-    theFeatures = nullptr;
 }
 
 void TeamFeatures::stop()
@@ -56,21 +46,21 @@ void TeamFeatures::stop()
 void TeamFeatures::setPhysicalInterface(PhysicalInterfaceServiceIfc* physicalInterface)
 {
     if (physicalInterface == nullptr) {
-        log(kLogWarning, kTeamComponent, "the service found no keys and lamps");
+        log(kLogWarning, kComponent, "the service found no keys and lamps");
     }
 }
 
 void TeamFeatures::setLocalMgmtInterface(LocalMgmtIfc* localMgmt)
 {
     if (localMgmt == nullptr) {
-        log(kLogWarning, kTeamComponent, "the service found no configuration store");
+        log(kLogWarning, kComponent, "the service found no configuration store");
     }
 }
 
 void TeamFeatures::setCertMgmtInterface(CertificateMgmtSvcIfc* certificateMgmt)
 {
     if (certificateMgmt == nullptr) {
-        log(kLogWarning, kTeamComponent, "the service found no certificate management");
+        log(kLogWarning, kComponent, "the service found no certificate management");
     }
 }
 
@@ -90,7 +80,7 @@ void TeamFeatures::Activate()
 void TeamFeatures::HandleButtonPressedEvent(int key, PhysDefs::keyFunctionType function, PhysDefs::actionType action)
 {
     if (action == PhysDefs::actionPressed) {
-        reportIfRefused(kTeamComponent, keyPressed(key, function));
+        reportIfRefused(kComponent, keyPressed(key, function));
     }
 }
 
@@ -114,7 +104,7 @@ Outcome<> TeamFeatures::keyPressed(int key, PhysDefs::keyFunctionType function)
 
 Outcome<> TeamFeatures::later(std::function<Outcome<>()> work)
 {
-    return queue_.post([work = std::move(work)] { reportIfRefused(kTeamComponent, work()); });
+    return queue_.post([work = std::move(work)] { reportIfRefused(kComponent, work()); });
 }
 
 Outcome<> TeamFeatures::switchForwarding(bool on, std::string const& destination)
@@ -174,15 +164,15 @@ Outcome<> TeamFeatures::dialVoiceMail()
 
 void TeamFeatures::processInvokeDOAction(int feature, int instanceId, bool on, std::string const& data)
 {
-    reportIfRefused(kTeamComponent, invoke(feature, instanceId, on, data));
+    reportIfRefused(kComponent, invoke(feature, instanceId, on, data));
 }
 
 void TeamFeatures::processInvokeDVAction(ZEBLocalFeaturesDefs::LF_NOTIFICATION_ID notification, int feature,
                                          int instanceId, ZEBLocalFeaturesDefs::eActionType action)
 {
-    log(kLogInfo, kTeamComponent, "feature {} of instance {}: notification {}, action {}", feature, instanceId,
+    log(kLogInfo, kComponent, "feature {} of instance {}: notification {}, action {}", feature, instanceId,
         static_cast<int>(notification), static_cast<int>(action));
-    reportIfRefused(kTeamComponent, act(feature, instanceId, action));
+    reportIfRefused(kComponent, act(feature, instanceId, action));
 }
 
 Outcome<> TeamFeatures::act(int feature, int instanceId, ZEBLocalFeaturesDefs::eActionType action)
@@ -227,38 +217,38 @@ Outcome<> TeamFeatures::invoke(int feature, int instanceId, bool on, std::string
 
 void TeamFeatures::callbackDOFeatureCallID(std::string const& callId, int instanceId)
 {
-    log(kLogInfo, kTeamComponent, "the feature of instance {} has made call {}", instanceId, callId);
+    log(kLogInfo, kComponent, "the feature of instance {} has made call {}", instanceId, callId);
 }
 
 // Called while the service writes to the store, so it writes only this value, on the same thread.
 void TeamFeatures::HandleForwardingAlternative(std::string const& destination)
 {
-    reportIfRefused(kTeamComponent, parts_.settings.set(SettingNames::kForwardingAlternative, destination));
+    reportIfRefused(kComponent, parts_.settings.set(SettingNames::kForwardingAlternative, destination));
 }
 
 sfiResult TeamFeatures::BLFPickupRequest(sfiCallInfo* call, std::string& target)
 {
-    return reportIfRefused(kTeamComponent, parts_.pickup.pickup(call, target)) ? sfiFailure : sfiSuccess;
+    return reportIfRefused(kComponent, parts_.pickup.pickup(call, target)) ? sfiFailure : sfiSuccess;
 }
 
 void TeamFeatures::blfKeyPressedFPK(int keyNumber, bool transfer)
 {
-    reportIfRefused(kTeamComponent, busyLamps_.pressed(keyNumber, transfer));
+    reportIfRefused(kComponent, busyLamps_.pressed(keyNumber, transfer));
 }
 
 void TeamFeatures::setDNDStatusForBLF(std::string const& blfLedControlURI, bool dndOn)
 {
-    reportIfRefused(kTeamComponent, busyLamps_.setDoNotDisturb(blfLedControlURI, dndOn));
+    reportIfRefused(kComponent, busyLamps_.setDoNotDisturb(blfLedControlURI, dndOn));
 }
 
 void TeamFeatures::sendURLPushRequest(std::string& url, std::string& data)
 {
-    reportIfRefused(kTeamComponent, push_.send(url, data));
+    reportIfRefused(kComponent, push_.send(url, data));
 }
 
 }  // namespace telephone
 
 TeamServiceFeatures* TeamServiceFeatures::Instance()
 {
-    return telephone::theFeatures.load();
+    return telephone::OnlyObject<telephone::TeamFeatures>::get();
 }

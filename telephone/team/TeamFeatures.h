@@ -2,7 +2,7 @@
 // requests and feature invocations.
 //
 // Owned by the composition root; TeamServiceFeatures::Instance() while it exists. Keys may be pressed with any lock
-// held: what they need from the service is done on a thread of its own, with no lock held.
+// held: their requests to the service run on a thread of their own, with no lock held.
 #pragma once
 
 #include <atomic>
@@ -11,8 +11,9 @@
 
 #include "platform/team/TeamServiceFeatures.h"
 #include "telephone/base/Refusal.h"
+#include "telephone/framework/OnlyObject.h"
+#include "telephone/framework/WorkQueue.h"
 #include "telephone/lines/LoadedService.h"
-#include "telephone/lines/WorkQueue.h"
 #include "telephone/team/AgentCockpit.h"
 #include "telephone/team/BusyLampFields.h"
 #include "telephone/team/UrlPush.h"
@@ -21,6 +22,7 @@ namespace telephone {
 
 class FeatureToggles;
 class Keyset;
+class LineActions;
 class Lines;
 class PartyWatch;
 class PhoneCalls;
@@ -34,6 +36,7 @@ public:
     struct Parts
     {
         Lines& lines;
+        LineActions& actions;
         PhoneCalls& calls;
         Keyset& keyset;
         FeatureToggles& toggles;
@@ -46,8 +49,6 @@ public:
     // The parts outlive it. pushAddress: see UrlPush, whose exceptions it passes on.
     TeamFeatures(Parts const& parts, std::string const& pushAddress);
     ~TeamFeatures();
-    TeamFeatures(TeamFeatures const&) = delete;
-    TeamFeatures& operator=(TeamFeatures const&) = delete;
 
     // Before the service ends: it is not called any more.
     void stop();
@@ -76,7 +77,7 @@ public:
     void sendURLPushRequest(std::string& url, std::string& data) override;
     EACockpitHandler* getEACockpitHandler() override { return &cockpit_; }
 
-    // Waits until everything that keys and actions asked for is done. Not with a lock held.
+    // Waits until all requests of keys and actions are done. Not with a lock held.
     void flush() { queue_.flush(); }
 
 private:
@@ -98,6 +99,7 @@ private:
     UrlPush push_;
     LoadedService service_;
     std::atomic<bool> active_{false};
+    OnlyObject<TeamFeatures> const only_{*this, "team features"};
     WorkQueue queue_;  // last: its thread uses all the others
 };
 

@@ -11,12 +11,12 @@
 
 #include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
+#include "telephone/team/LogComponent.h"
 
 namespace telephone {
 
 namespace {
 
-constexpr char const* kPushComponent = "push";
 constexpr std::string_view kScheme = "http://";
 constexpr std::chrono::seconds kTimeout{5};
 constexpr std::size_t kQueuedRequests = 1000;
@@ -97,14 +97,13 @@ void UrlPush::get(std::string const& target) const
     client.set_write_timeout(kTimeout);
     auto const answer = client.Get(target);
     if (!answer) {
-        reportRefusal(kPushComponent,
-                      {RefusalKind::kUnavailable,
-                       fmt::format("the push to {}:{} failed: {}", host_, port_, httplib::to_string(answer.error()))});
+        reportRefusal(kComponent, {RefusalKind::kUnavailable, fmt::format("the push to {}:{} failed: {}", host_, port_,
+                                                                          httplib::to_string(answer.error()))});
     } else if (answer->status < 200 || answer->status > 299) {
-        reportRefusal(kPushComponent, {RefusalKind::kUnavailable, fmt::format("the push to {}:{} was answered with {}",
-                                                                              host_, port_, answer->status)});
+        reportRefusal(kComponent, {RefusalKind::kUnavailable, fmt::format("the push to {}:{} was answered with {}",
+                                                                          host_, port_, answer->status)});
     } else {
-        log(kLogInfo, kPushComponent, "pushed to {}:{}: {}", host_, port_, answer->status);
+        log(kLogInfo, kComponent, "pushed to {}:{}: {}", host_, port_, answer->status);
     }
 }
 

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "telephone/base/Refusal.h"
-#include "telephone/lines/WorkQueue.h"
+#include "telephone/framework/WorkQueue.h"
 
 namespace telephone {
 

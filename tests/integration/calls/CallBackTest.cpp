@@ -138,7 +138,7 @@ TEST_F(CallBack, TwiceToOneParty_AnswersAlreadyExists)
     EXPECT_EQ(kindOf(phone_->engine().callBacks().set(1, sfiCallCompletionOnBusy)), RefusalKind::kAlreadyExists);
 }
 
-TEST_F(CallBack, BeyondTheLimit_AnswersToMany)
+TEST_F(CallBack, BeyondTheLimit_IsRefused)
 {
     callBusy(1, "111");
     callBusy(2, "112");
@@ -149,7 +149,7 @@ TEST_F(CallBack, BeyondTheLimit_AnswersToMany)
     EXPECT_EQ(kindOf(phone_->engine().callBacks().set(3, sfiCallCompletionOnBusy)), RefusalKind::kLimit);
 }
 
-TEST_F(CallBack, ToATelephoneThatIsNotThere_Fails)
+TEST_F(CallBack, ToAnAbsentTelephone_Fails)
 {
     callBusy(1, "111");
     exchange_.setBehaviour("111", std::nullopt);

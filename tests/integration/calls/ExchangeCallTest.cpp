@@ -1,5 +1,4 @@
-// One engine with two lines at the exchange: registration, the numbers with a behaviour, and what is done with two
-// calls.
+// Engines at the exchange: registration, the numbers with a behaviour, and operations on two calls.
 #include "ExchangePhones.h"
 
 namespace telephone::test {
@@ -27,7 +26,7 @@ protected:
     // A call to the echo, connected.
     void callEcho(int callID)
     {
-        const std::string id = std::to_string(callID);
+        std::string const id = std::to_string(callID);
         ASSERT_TRUE(engine().outgoing().make(1, 0, callID, "100"));
         ASSERT_TRUE(phone_.events().waitFor("state 4711 " + id + " Connected Normal 100"));
     }
@@ -190,8 +189,8 @@ TEST_F(AtTheExchange, Conference_JoinsBothAndTellsIt)
 
     phone_.expect({"retrieved 4711 1 100", "state 4711 1 Conference Normal 100", "state 4711 2 Conference Normal 100",
                    "success 4711 1 Conference", "conference 4711 1", "conference 4711 2"});
-    const std::string number = "sip:100@" + exchange_.hostPort();
-    const std::string own = "sip:4711@" + exchange_.hostPort();
+    std::string const number = "sip:100@" + exchange_.hostPort();
+    std::string const own = "sip:4711@" + exchange_.hostPort();
     EXPECT_EQ(phone_.events().lastDocument(),
               "<conference-info xmlns=\"urn:ietf:params:xml:ns:conference-info\" entity=\"" + own +
                   "\" state=\"full\" version=\"1\"><conference-state><user-count>3</user-count><active>true</active>"
@@ -232,6 +231,41 @@ TEST_F(AtTheExchange, ConferenceOnHold_IsHeldAndRetrievedAsAWhole)
     EXPECT_TRUE(eventually([this] {
         return engine().call(1)->state == sfiCallStateConference && engine().call(2)->state == sfiCallStateConference;
     }));
+}
+
+TEST_F(ThreePhones, AnswerAndClearAtTheSameTime_EndBothSides)
+{
+    ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1, "4722"));
+    ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 Ringing Normal 4711"));
+    ASSERT_TRUE(alice_.events().waitFor("state 4711 1 RemoteRinging Normal 4722"));
+
+    {
+        std::lock_guard const guard(eventLoop());
+        ASSERT_TRUE(bob_.engine().answer(1001));
+        ASSERT_TRUE(alice_.engine().clear(1));
+    }
+
+    EXPECT_TRUE(eventually([this] { return alice_.engine().calls().empty() && bob_.engine().calls().empty(); }));
+}
+
+TEST_F(ThreePhones, ConsultationWhoseFirstCallEndsDuringTheHold_GoesOn)
+{
+    connectAliceAndBob();
+    // The far end clears the call while the hold is under way.
+    ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 2, "4733", CallPurpose::kConsultation));
+    ASSERT_TRUE(bob_.engine().clear(1001));
+
+    EXPECT_TRUE(alice_.events().waitFor("state 4711 1 Idle Normal 4722"));
+    EXPECT_TRUE(carol_.events().waitFor("state 4733 1001 Ringing Normal 4711"));
+}
+
+TEST_F(ThreePhones, CallIdsOfIncomingCalls_GoUpAndAreNotUsedTwice)
+{
+    ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1, "4733"));
+    ASSERT_TRUE(carol_.events().waitFor("state 4733 1001 Ringing Normal 4711"));
+    ASSERT_TRUE(bob_.engine().outgoing().make(1, 0, 1, "4733"));
+
+    EXPECT_TRUE(carol_.events().waitFor("state 4733 1002 Ringing Normal 4722"));
 }
 
 }  // namespace telephone::test

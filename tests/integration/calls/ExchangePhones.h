@@ -1,4 +1,4 @@
-// Several telephones registered at one exchange, for tests of what happens between them.
+// Several telephones registered at one exchange.
 #pragma once
 
 #include <string>
@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include "EnginePhone.h"
 #include "telephone/exchange/Exchange.h"
+#include "tests/helpers/EnginePhone.h"
 
 namespace telephone::test {
 
@@ -38,7 +38,7 @@ protected:
         }
     }
 
-    // alice calls bob: 1 here, 1001 there; both connected and nothing left to read.
+    // alice calls bob: call 1 of alice, call 1001 of bob. Both are connected and have no unread event up to then.
     void connectAliceAndBob()
     {
         ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1, "4722"));
@@ -48,7 +48,7 @@ protected:
         ASSERT_TRUE(alice_.events().waitFor("state 4711 1 Connected Normal 4722"));
     }
 
-    // alice, who talks to bob, asks carol back: 2 at alice's, 1001 at carol's.
+    // alice, connected to bob, consults carol: call 2 of alice, call 1001 of carol.
     void consultCarol()
     {
         ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 2, "4733", CallPurpose::kConsultation));

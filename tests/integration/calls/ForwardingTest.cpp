@@ -1,4 +1,4 @@
-// Incoming calls that the telephone forwards or turns away by its rules.
+// Incoming calls that the telephone forwards or refuses by its rules.
 #include "ExchangePhones.h"
 
 namespace telephone::test {
@@ -8,13 +8,13 @@ class Forwarding : public ThreePhones
 protected:
     void setRule(sfiForwardingType type, std::string const& destination)
     {
-        const std::lock_guard guard(eventLoop());
+        std::lock_guard const guard(eventLoop());
         bob_.rules[type] = {true, destination};
     }
 
     void aliceCallsBob() { ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1, "4722")); }
 
-    // diverted: who diverted the call, and why.
+    // diverted: the diverting party and the reason.
     void expectAtCarol(std::string const& diverted)
     {
         carol_.expect({"incoming 4733 1001 4711 - 1 " + diverted, "state 4733 1001 Ringing Normal 4711"});
@@ -76,7 +76,7 @@ TEST_F(Forwarding, OnBusy_MovesTheSecondCall)
     expectAtCarol("4722 2");
 }
 
-TEST_F(Forwarding, OnNoReply_MovesTheCallWhenTheTimeIsUp)
+TEST_F(Forwarding, OnNoReply_MovesTheCallWhenTheTimerExpires)
 {
     EnginePhone::Options options = phoneAt(exchange_, {"4744"});
     options.engine.ringTime = std::chrono::milliseconds(50);
@@ -84,7 +84,7 @@ TEST_F(Forwarding, OnNoReply_MovesTheCallWhenTheTimeIsUp)
     dave.expect({"registration 4744 0 yes 0"});
     dave.rings = 2;
     {
-        const std::lock_guard guard(eventLoop());
+        std::lock_guard const guard(eventLoop());
         dave.rules[sfiForwardNoReply] = {true, "4733"};
     }
 
@@ -103,7 +103,7 @@ TEST_F(Forwarding, AnsweredInTime_StaysHere)
     dave.expect({"registration 4744 0 yes 0"});
     dave.rings = 1;
     {
-        const std::lock_guard guard(eventLoop());
+        std::lock_guard const guard(eventLoop());
         dave.rules[sfiForwardNoReply] = {true, "4733"};
     }
     ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1, "4744"));

@@ -5,8 +5,8 @@
 
 #include <unistd.h>
 
-#include "ChildProcess.h"
-#include "EnginePhone.h"
+#include "tests/helpers/ChildProcess.h"
+#include "tests/helpers/EnginePhone.h"
 
 namespace telephone::test {
 
@@ -68,7 +68,7 @@ request_route {
 class Kamailio : public ::testing::Test
 {
 protected:
-    const std::filesystem::path folder_ =
+    std::filesystem::path const folder_ =
         std::filesystem::temp_directory_path() / ("registrar-" + std::to_string(::getpid()));
     int const port_ = freeUdpPort();
     std::unique_ptr<ChildProcess> server_;
@@ -88,7 +88,7 @@ protected:
 
     void start()
     {
-        const std::string address = "udp:127.0.0.1:" + std::to_string(port_);
+        std::string const address = "udp:127.0.0.1:" + std::to_string(port_);
         server_ = std::make_unique<ChildProcess>(
             "kamailio",
             std::vector<std::string>{"-f", folder_ / "registrar.cfg", "-DD", "-E", "-m", "64", "-M", "4", "-l", address,

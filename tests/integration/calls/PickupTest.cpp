@@ -1,4 +1,4 @@
-// Calls that ring at one telephone and are taken at another.
+// Calls that ring at one telephone and are picked up at another.
 #include "ExchangePhones.h"
 
 namespace telephone::test {
@@ -6,7 +6,7 @@ namespace telephone::test {
 class Pickup : public ThreePhones
 {
 protected:
-    // alice calls bob, who lets it ring.
+    // alice calls bob, who does not answer.
     void ringBob()
     {
         ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1, "4722"));
@@ -27,14 +27,14 @@ TEST_F(Pickup, DirectedPickupByTheDialogPackage_TakesTheCall)
     bob_.expect({"missed 4722 1001 4711 NoAnswer - 0", "state 4722 1001 Idle Cancelled 4711"});
 }
 
-TEST_F(Pickup, DirectedPickup_ShowsWhoWasCalledByWhom)
+TEST_F(Pickup, DirectedPickup_ShowsTheCallerAndTheCalled)
 {
     ringBob();
 
     ASSERT_TRUE(carol_.engine().pickups().directed(1, 0, 5, "4722"));
     ASSERT_TRUE(carol_.events().waitFor("state 4733 5 Connected Normal 4711"));
 
-    const sfiReplacesDisplay display = carol_.events().lastReplaces();
+    sfiReplacesDisplay const display = carol_.events().lastReplaces();
     EXPECT_EQ(display.called, "sip:4722@" + exchange_.hostPort());
     EXPECT_EQ(display.calling, "sip:4711@" + exchange_.hostPort());
 }

@@ -1,4 +1,4 @@
-// What the telephone has with its call server beside calls: waiting messages, computer-telephony bodies.
+// Services of the call server beside calls: waiting messages and computer-telephony bodies.
 #include "ExchangePhones.h"
 
 namespace telephone::test {
@@ -69,7 +69,7 @@ TEST_F(Server, CstaRequest_IsAnsweredAndItsEchoTold)
 
     ASSERT_TRUE(phone_->engine().server().send("4712", "<GetDoNotDisturb/>"));
 
-    const std::vector<std::string> events = phone_->events().next(2);
+    std::vector<std::string> const events = phone_->events().next(2);
     EXPECT_EQ(std::count(events.begin(), events.end(), "csta-response 4712 1"), 1);
     EXPECT_EQ(std::count(events.begin(), events.end(), "csta 4712"), 1);
 }

@@ -1,9 +1,8 @@
-// The engine against SIPp's built-in scenarios: a hundred calls each way, none failed, and a peer that is killed.
-#include <filesystem>
-#include <set>
+// The engine against SIPp's built-in scenarios: a hundred calls each way, and a peer that is killed.
+#include <deque>
 
-#include "ChildProcess.h"
-#include "EnginePhone.h"
+#include "tests/helpers/ChildProcess.h"
+#include "tests/helpers/EnginePhone.h"
 
 namespace telephone::test {
 
@@ -11,7 +10,8 @@ namespace {
 
 constexpr int kCalls = 100;
 
-// Answers what rings, as an application would.
+// Answers the calls that ring, one after the other: SIPp's scenario does not expect that a call is put on hold for the
+// answer to the next one.
 class Answerer final : public CallObserver
 {
 public:
@@ -24,11 +24,18 @@ public:
 
     void callChanged(CallSnapshot const& now, CallSnapshot const*) override
     {
-        if (now.state == sfiCallStateRinging) {
-            eventLoop().post([this, callID = now.callID] { engine_.answer(callID); });
-        }
         connected_ += now.state == sfiCallStateConnected ? 1 : 0;
         failed_ += now.state == sfiCallStateFailed ? 1 : 0;
+        if (now.state == sfiCallStateRinging) {
+            ringing_.push_back(now.callID);
+        } else if (now.ended() && now.callID == answered_) {
+            answered_ = 0;
+        }
+        if (answered_ == 0 && !ringing_.empty()) {
+            answered_ = ringing_.front();
+            ringing_.pop_front();
+            eventLoop().post([this, callID = answered_] { failed_ += engine_.answer(callID) ? 0 : 1; });
+        }
     }
 
     int connected() const { return read(connected_); }
@@ -37,11 +44,13 @@ public:
 private:
     static int read(int const& value)
     {
-        const std::lock_guard guard(eventLoop());
+        std::lock_guard const guard(eventLoop());
         return value;
     }
 
     CallEngine& engine_;
+    std::deque<int> ringing_;
+    int answered_ = 0;
     int connected_ = 0;
     int failed_ = 0;
 };
@@ -50,7 +59,7 @@ class Sipp : public ::testing::Test
 {
 protected:
     EnginePhone phone_{EnginePhone::Options{}};
-    const std::string folder_ = ::testing::TempDir();
+    std::string const folder_ = ::testing::TempDir();
     int const port_ = freeUdpPort();
 
     std::vector<std::string> common() const
@@ -80,16 +89,16 @@ TEST_F(Sipp, HundredCallsToTheTelephone_NoneFails)
     EXPECT_EQ(sipp.wait(std::chrono::seconds(45)), 0);
     EXPECT_TRUE(eventually([this] { return phone_.engine().calls().empty(); }));
     EXPECT_EQ(answerer.failed(), 0);
-    EXPECT_GE(answerer.connected(), 1);
+    EXPECT_EQ(answerer.connected(), kCalls);
 }
 
 TEST_F(Sipp, HundredCallsFromTheTelephone_NoneFails)
 {
     ChildProcess sipp("sipp", with({"-sn", "uas", "-m", std::to_string(kCalls), "-timeout", "40"}), folder_);
-    const std::string target = "sip:service@127.0.0.1:" + std::to_string(port_);
+    std::string const target = "sip:service@127.0.0.1:" + std::to_string(port_);
 
     for (int callID = 1; callID <= kCalls; ++callID) {
-        const std::string id = std::to_string(callID);
+        std::string const id = std::to_string(callID);
         ASSERT_TRUE(phone_.engine().outgoing().make(1, 0, callID, target));
         ASSERT_TRUE(phone_.events().waitFor("state 4711 " + id + " Connected Normal service"));
         ASSERT_TRUE(phone_.engine().clear(callID));
@@ -105,7 +114,7 @@ TEST_F(Sipp, PeerKilledInMidCall_AnUnansweredHoldEndsTheCall)
     options.engine.reinviteTimeout = std::chrono::milliseconds(300);
     EnginePhone phone(options);
     ChildProcess sipp("sipp", with({"-sn", "uas"}), folder_);
-    const std::string target = "sip:service@127.0.0.1:" + std::to_string(port_);
+    std::string const target = "sip:service@127.0.0.1:" + std::to_string(port_);
     ASSERT_TRUE(phone.engine().outgoing().make(1, 0, 1, target));
     ASSERT_TRUE(phone.events().waitFor("state 4711 1 Connected Normal service"));
 
@@ -122,7 +131,7 @@ TEST_F(Sipp, PeerKilledInMidCall_AConsultationGoesOnWithoutIt)
     options.engine.reinviteTimeout = std::chrono::milliseconds(300);
     EnginePhone phone(options);
     ChildProcess sipp("sipp", with({"-sn", "uas"}), folder_);
-    const std::string target = "sip:service@127.0.0.1:" + std::to_string(port_);
+    std::string const target = "sip:service@127.0.0.1:" + std::to_string(port_);
     ASSERT_TRUE(phone.engine().outgoing().make(1, 0, 1, target));
     ASSERT_TRUE(phone.events().waitFor("state 4711 1 Connected Normal service"));
     sipp.kill();
@@ -137,7 +146,7 @@ TEST_F(Sipp, PeerKilledInMidCall_AConsultationGoesOnWithoutIt)
 TEST_F(Sipp, PeerKilledInMidCall_ClearEndsTheCallAtOnce)
 {
     ChildProcess sipp("sipp", with({"-sn", "uas"}), folder_);
-    const std::string target = "sip:service@127.0.0.1:" + std::to_string(port_);
+    std::string const target = "sip:service@127.0.0.1:" + std::to_string(port_);
     ASSERT_TRUE(phone_.engine().outgoing().make(1, 0, 1, target));
     ASSERT_TRUE(phone_.events().waitFor("state 4711 1 Connected Normal service"));
     sipp.kill();

@@ -1,4 +1,4 @@
-// Transfer between three telephones: who transfers, who is transferred, and whom to.
+// Transfer between three telephones.
 #include "ExchangePhones.h"
 
 namespace telephone::test {
@@ -56,7 +56,7 @@ TEST_F(TransferOfThree, AttendedTransferEndsEachCallOfTheTransferrerOnce)
     ASSERT_TRUE(alice_.engine().joined().attendedTransfer(1));
     ASSERT_TRUE(eventually([this] { return alice_.engine().calls().empty(); }));
 
-    const std::vector<std::string> events = alice_.events().rest();
+    std::vector<std::string> const events = alice_.events().rest();
     EXPECT_EQ(std::count(events.begin(), events.end(), "state 4711 1 Idle Transferred 4722"), 1);
     EXPECT_EQ(std::count(events.begin(), events.end(), "state 4711 2 Idle Transferred 4733"), 1);
 }

@@ -90,7 +90,7 @@ TEST_F(EventPackages, DialogsOfANumber_FollowItsCalls)
     ASSERT_TRUE(caller.waitFor("progress 180")) << caller.events();
 
     EXPECT_TRUE(watcher.waitUntil([&] { return hasOneDialog(watcher, sip::DialogState::kEarly); }));
-    const sip::DialogEntry entry = lastDialogs(watcher).dialogs.at(0);
+    sip::DialogEntry const entry = lastDialogs(watcher).dialogs.at(0);
     EXPECT_TRUE(entry.recipient);
     EXPECT_TRUE(entry.dialog.matches(call.dialogId().replaces()));
     EXPECT_EQ("sip:4712@" + caller.agent->hostPort(), entry.remote.target);
@@ -106,7 +106,7 @@ TEST_F(EventPackages, RingingDialog_CanBePickedUpByReplaces)
     watcher.subscribe(at("102"), "dialog", "application/dialog-info+xml");
     caller.call(at("102"));
     ASSERT_TRUE(watcher.waitUntil([&] { return hasOneDialog(watcher, sip::DialogState::kEarly); }));
-    const sip::DialogId ringing = lastDialogs(watcher).dialogs.at(0).dialog;
+    sip::DialogId const ringing = lastDialogs(watcher).dialogs.at(0).dialog;
 
     watcher.call(at("102"), [&ringing](sip::CallRequest& request) {
         request.replaces = sip::Replaces{ringing.callId, ringing.localTag, ringing.remoteTag, true};

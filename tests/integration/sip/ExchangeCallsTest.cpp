@@ -148,8 +148,8 @@ TEST_F(ExchangeCalls, NumberThatWasRegistered_IsTemporarilyUnavailable)
     SipPeer other(loop, "4712");
     other.registerAt(exchange.hostPort());
     ASSERT_TRUE(other.waitFor("registered 3600"));
-    other.registration->unregister();
-    ASSERT_TRUE(other.waitFor("unregistered"));
+    other.registration.reset();
+    ASSERT_TRUE(other.waitUntil([this] { return !exchange.isRegistered("4712"); }));
 
     phone.call(at("4712"));
 

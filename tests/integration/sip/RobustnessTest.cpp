@@ -23,7 +23,7 @@ public:
         far.sin_family = AF_INET;
         far.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         far.sin_port = htons(port);
-        const timeval patience{3, 0};
+        timeval const patience{3, 0};
         ::setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
         connected_ = ::connect(socket_, reinterpret_cast<sockaddr const*>(&far), sizeof far) == 0;
         socklen_t size = sizeof near_;
@@ -37,7 +37,7 @@ public:
     std::string receive()
     {
         std::array<char, 4096> buffer{};
-        const ssize_t size = ::recv(socket_, buffer.data(), buffer.size(), 0);
+        ssize_t const size = ::recv(socket_, buffer.data(), buffer.size(), 0);
         return size > 0 ? std::string(buffer.data(), static_cast<std::size_t>(size)) : std::string();
     }
     std::string ask(std::string const& data)
@@ -58,7 +58,7 @@ protected:
     std::string request(std::string const& method, std::string const& user, std::string const& extra = {},
                         std::string const& body = {})
     {
-        const std::string number = std::to_string(++count_);
+        std::string const number = std::to_string(++count_);
         return method + " sip:" + user + "@" + exchange.hostPort() + " SIP/2.0\r\nVia: SIP/2.0/UDP " + peer.address() +
                ";branch=z9hG4bKraw" + number + ";rport\r\nMax-Forwards: 70\r\nFrom: <sip:raw@" + peer.address() +
                ">;tag=t" + number + "\r\nTo: <sip:" + user + "@" + exchange.hostPort() + ">\r\nCall-ID: raw" + number +
@@ -80,7 +80,7 @@ protected:
 TEST_F(Robustness, GarbageOnUdp_HurtsNothing)
 {
     std::mt19937 random(4711);
-    const std::string seed =
+    std::string const seed =
         request("INVITE", "100", "Content-Type: application/sdp\r\n", "v=0\r\no=- 1 1 IN IP4 x\r\n");
 
     for (int i = 0; i < 2000; ++i) {
@@ -114,7 +114,7 @@ TEST_F(Robustness, GarbageOnTcp_HurtsNothing)
 
 TEST_F(Robustness, Options_AreAnsweredWithWhatIsSupported)
 {
-    const std::string answer = peer.ask(request("OPTIONS", "100"));
+    std::string const answer = peer.ask(request("OPTIONS", "100"));
 
     EXPECT_EQ("SIP/2.0 200 OK", firstLine(answer));
     EXPECT_NE(std::string::npos,
@@ -124,7 +124,7 @@ TEST_F(Robustness, Options_AreAnsweredWithWhatIsSupported)
 
 TEST_F(Robustness, RequiredExtensionThatIsNotThere_IsABadExtension)
 {
-    const std::string answer = peer.ask(request("INVITE", "100", "Require: 100rel, replaces\r\n"));
+    std::string const answer = peer.ask(request("INVITE", "100", "Require: 100rel, replaces\r\n"));
 
     EXPECT_EQ("SIP/2.0 420 Bad Extension", firstLine(answer));
     EXPECT_NE(std::string::npos, answer.find("Unsupported: 100rel\r\n"));
@@ -162,7 +162,7 @@ TEST_F(Robustness, InviteWithoutSdp_IsAnsweredWithAnOffer)
 {
     EXPECT_EQ("SIP/2.0 100 Trying", firstLine(peer.ask(request("INVITE", "100"))));
     EXPECT_EQ("SIP/2.0 180 Ringing", firstLine(peer.receive()));
-    const std::string answer = peer.receive();
+    std::string const answer = peer.receive();
 
     EXPECT_EQ("SIP/2.0 200 OK", firstLine(answer));
     EXPECT_NE(std::string::npos, answer.find("m=audio "));

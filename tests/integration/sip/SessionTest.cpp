@@ -31,8 +31,8 @@ TEST_F(Sessions, EstablishedCall_HasTheSameDialogAtBothEnds)
 {
     sip::Session& call = connect();
 
-    const sip::DialogId here = call.dialogId();
-    const sip::DialogId there = second.session().dialogId();
+    sip::DialogId const here = call.dialogId();
+    sip::DialogId const there = second.session().dialogId();
     EXPECT_EQ(here.callId, there.callId);
     EXPECT_EQ(here.localTag, there.remoteTag);
     EXPECT_EQ(here.remoteTag, there.localTag);

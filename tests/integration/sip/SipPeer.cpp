@@ -229,7 +229,7 @@ void SipPeer::onTransferProgress(sip::Session&, int status, std::string const&, 
 void SipPeer::onClosed(sip::Session&, sip::Closing const& closing)
 {
     lastClosing = closing;
-    const std::string status = closing.status ? " " + std::to_string(closing.status) : "";
+    std::string const status = closing.status ? " " + std::to_string(closing.status) : "";
     note(std::string("closed ") + nameOf(closing.cause) + status);
 }
 
@@ -241,11 +241,6 @@ void SipPeer::onRegistered(sip::Registration&, unsigned expires)
 void SipPeer::onRegistrationFailed(sip::Registration&, int status, std::string const&)
 {
     note("unregistered " + std::to_string(status));
-}
-
-void SipPeer::onUnregistered(sip::Registration&)
-{
-    note("unregistered");
 }
 
 void SipPeer::onNotify(sip::Subscription&, sip::Notification const& notification)

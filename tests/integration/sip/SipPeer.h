@@ -79,7 +79,6 @@ private:
     void onClosed(sip::Session&, sip::Closing const& closing) override;
     void onRegistered(sip::Registration&, unsigned expires) override;
     void onRegistrationFailed(sip::Registration&, int status, std::string const&) override;
-    void onUnregistered(sip::Registration&) override;
     void onNotify(sip::Subscription&, sip::Notification const& notification) override;
     void onTerminated(sip::Subscription&, int status, std::string const& reason) override;
 

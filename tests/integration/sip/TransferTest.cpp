@@ -57,7 +57,7 @@ TEST_F(Transfers, TransferAskedOfATelephone_IsOfferedToItsObserver)
     sip::Session& call = first.call("sip:4712@" + second.agent->hostPort());
     ASSERT_TRUE(first.waitFor("established"));
     ASSERT_TRUE(second.waitFor("established"));
-    const sip::Replaces replaced{"some call@x", "to%1", "from", false};
+    sip::Replaces const replaced{"some call@x", "to%1", "from", false};
 
     EXPECT_TRUE(call.transfer("sip:4713@127.0.0.1:5099;transport=tcp", replaced));
 

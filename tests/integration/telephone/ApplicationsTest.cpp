@@ -1,4 +1,4 @@
-// Applications at the socket of a running telephone, and the commands that speak to it.
+// Applications at the socket of a running telephone, and the commands that use this socket.
 #include <thread>
 
 #include <gtest/gtest.h>

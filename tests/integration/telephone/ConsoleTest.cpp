@@ -1,4 +1,4 @@
-// The console, from a pipe.
+// The console with input from a pipe.
 #include <gtest/gtest.h>
 
 #include "RunningTelephone.h"

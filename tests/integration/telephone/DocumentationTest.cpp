@@ -1,4 +1,4 @@
-// What README.md and docs/ tell people to type, typed.
+// Runs what README.md and docs/ tell people to type.
 #include <fstream>
 #include <functional>
 #include <map>
@@ -17,7 +17,7 @@ std::string read(std::string const& file)
     return {std::istreambuf_iterator<char>(input), std::istreambuf_iterator<char>()};
 }
 
-// The lines of a page's code blocks that begin with that text, without it and without a comment.
+// The lines of a page's code blocks that begin with a text, without this text and without comments.
 std::vector<std::string> typedLines(std::string const& page, std::string const& beginning)
 {
     std::vector<std::string> lines;
@@ -32,6 +32,20 @@ std::vector<std::string> typedLines(std::string const& page, std::string const& 
         }
     }
     return lines;
+}
+
+// The files that a page links to; not places within a page, nor the web.
+std::vector<std::string> linkedFiles(std::string const& page)
+{
+    std::vector<std::string> files;
+    for (std::size_t at = 0; (at = page.find("](", at)) != std::string::npos; ++at) {
+        std::string const link = page.substr(at + 2, page.find(')', at) - at - 2);
+        std::string const file = link.substr(0, link.find('#'));
+        if (!file.empty() && file.find("://") == std::string::npos) {
+            files.push_back(file);
+        }
+    }
+    return files;
 }
 
 std::vector<std::string> words(std::string const& line)
@@ -54,31 +68,29 @@ void expectWell(Ended const& result)
     EXPECT_EQ(result.status, 0) << result.output;
 }
 
-// Runs until it has said that, then is ended.
-void expectToServe(std::string const& arguments, std::string const& says)
+// Runs a command until it prints a text, then ends it.
+void expectToPrint(std::string const& socket, std::string const& arguments, std::string const& text)
 {
-    TemporaryFolder const folder;
-    std::vector<std::string> command{TELEPHONE, "--socket", folder.file("socket")};
+    std::vector<std::string> command{TELEPHONE, "--socket", socket};
     for (std::string const& each : words(arguments)) {
         command.push_back(each);
     }
     Process process(command);
-    process.readUntil(says);
+    process.readUntil(text);
     process.signal(SIGTERM);
     EXPECT_EQ(process.wait(), 0) << process.output();
+}
+
+void expectToServe(std::string const& arguments, std::string const& says)
+{
+    TemporaryFolder const folder;
+    expectToPrint(folder.file("socket"), arguments, says);
 }
 
 void expectOfARunningTelephone(std::string const& arguments, std::string const& says)
 {
     RunningTelephone telephone;
-    std::vector<std::string> command{TELEPHONE, "--socket", telephone.socket()};
-    for (std::string const& each : words(arguments)) {
-        command.push_back(each);
-    }
-    Process process(command);
-    process.readUntil(says);
-    process.signal(SIGTERM);
-    EXPECT_EQ(process.wait(), 0) << process.output();
+    expectToPrint(telephone.socket(), arguments, says);
 }
 
 void expectTour()
@@ -103,7 +115,7 @@ void expectStore()
     EXPECT_NE(result.output.find("agent-state"), std::string::npos) << result.output;
 }
 
-// Every command that README may show, and how it is tried.
+// Every command that README.md may show, and how to run it.
 std::map<std::string, std::function<void()>> const kCommands{
     {"", expectTour},
     {"console", [] { expectConsole(""); }},
@@ -158,6 +170,7 @@ TEST(Documentation, ConsoleLinesOfTheLifeOfACall_Work)
     Ended const result = run({TELEPHONE, "play", "-"}, lines + "wait CallRetrievedEvent\n");
 
     expectWell(result);
+    EXPECT_NE(result.output.find("\nINVITE sip:100@"), std::string::npos) << result.output;
 }
 
 TEST(Documentation, ScriptOfTheTestingPage_Holds)
@@ -173,12 +186,17 @@ TEST(Documentation, ScriptOfTheTestingPage_Holds)
 
 TEST(Documentation, PagesThatAreLinkedTo_Exist)
 {
-    for (char const* const page : {"README.md", "docs/architecture.md"}) {
-        std::string const text = read(page);
-        std::string const folder = std::string(page).rfind("docs/", 0) == 0 ? "docs/" : "";
-        for (std::size_t at = 0; (at = text.find("](", at)) != std::string::npos; ++at) {
-            std::string const link = text.substr(at + 2, text.find(')', at) - at - 2);
-            EXPECT_TRUE(std::filesystem::exists(PROJECT "/" + folder + link)) << page << ": " << link;
+    std::vector<std::string> pages{"README.md"};
+    for (auto const& entry : std::filesystem::directory_iterator(PROJECT "/docs")) {
+        if (entry.path().extension() == ".md") {
+            pages.push_back("docs/" + entry.path().filename().string());
+        }
+    }
+    EXPECT_GE(pages.size(), 11U);
+    for (std::string const& page : pages) {
+        for (std::string const& link : linkedFiles(read(page))) {
+            auto const folder = std::filesystem::path(PROJECT "/" + page).parent_path();
+            EXPECT_TRUE(std::filesystem::exists(folder / link)) << page << ": " << link;
         }
     }
 }

@@ -1,4 +1,4 @@
-// Start and end of the program.
+// The start and the end of the program.
 #include <fstream>
 
 #include <gtest/gtest.h>

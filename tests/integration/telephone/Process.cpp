@@ -134,7 +134,7 @@ int Process::wait()
     using namespace std::chrono_literals;
     auto const deadline = std::chrono::steady_clock::now() + kDeadline;
     while (!ended_ && std::chrono::steady_clock::now() < deadline) {
-        // Output that nobody reads would keep the program from ending.
+        // Unread output would keep the program from ending.
         if (!read(std::chrono::steady_clock::now() + 20ms)) {
             std::this_thread::yield();
         }

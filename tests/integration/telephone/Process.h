@@ -1,5 +1,4 @@
-// A program that a test runs: its input and output are pipes, it is ended by its process id at the latest with the
-// test.
+// A program that a test runs, with pipes as its input and output. The destructor kills it if it still runs.
 #pragma once
 
 #include <chrono>
@@ -13,8 +12,8 @@ class Process
 public:
     static constexpr std::chrono::seconds kDeadline{60};
 
-    // Runs a program with its arguments; standard error goes where standard output goes. More of the environment is
-    // given as NAME=value. Throws std::runtime_error where it cannot be started.
+    // Runs a program with its arguments, and with additions NAME=value to the environment. Standard error goes where
+    // standard output goes. Throws std::runtime_error if the program cannot be started.
     explicit Process(std::vector<std::string> const& command, std::vector<std::string> const& environment = {});
     ~Process();
     Process(Process const&) = delete;
@@ -22,19 +21,19 @@ public:
 
     void write(std::string const& text);
     void endInput();
-    // All output so far once it holds the text, from where the last one was found on. Fails the test at the deadline,
-    // or when the program has ended without it; then the output is empty.
+    // Reads until the text comes, after the one found last, and returns all output so far. Fails the test at the
+    // deadline and at the end of the program, and returns nothing then.
     std::string readUntil(std::string const& text);
     // The rest of the output, up to the end of the program.
     std::string readAll();
     void signal(int number);
-    // The exit status once it has ended, 128 and the signal where it was ended by one; -1 at the deadline.
+    // Waits for the end. The exit status; 128 plus the signal that ended the program; -1 at the deadline.
     int wait();
     [[nodiscard]] pid_t id() const { return id_; }
     [[nodiscard]] std::string const& output() const { return output_; }
 
 private:
-    // More output; false at its end or the deadline.
+    // Reads more output; false at its end or the deadline.
     bool read(std::chrono::steady_clock::time_point deadline);
 
     pid_t id_ = -1;
@@ -46,7 +45,7 @@ private:
     int status_ = -1;
 };
 
-// Runs a program to its end with that input.
+// Runs a program to its end.
 struct Ended
 {
     int status;

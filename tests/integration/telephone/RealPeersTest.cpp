@@ -1,4 +1,4 @@
-// Call servers and far ends that others wrote: Kamailio as registrar and proxy, SIPp as caller and called.
+// Third-party call servers and far ends: Kamailio as registrar and proxy, SIPp as caller and called party.
 #include <atomic>
 #include <fstream>
 #include <sstream>
@@ -15,7 +15,7 @@
 
 namespace {
 
-// A port that nothing uses now, on UDP and TCP.
+// A port that is free on UDP and TCP.
 int freePort()
 {
     for (int attempt = 0; attempt < 100; ++attempt) {
@@ -126,7 +126,7 @@ std::string callIdOf(std::string const& event)
 constexpr int kIdle = 0;
 constexpr int kConnected = 6;
 
-// Answers every call that comes, until it is told to end.
+// Answers every call until it is ended.
 class Answering
 {
 public:

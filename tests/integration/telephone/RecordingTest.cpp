@@ -1,4 +1,4 @@
-// A call that is recorded: both directions on real RTP, in a file with two channels.
+// Records a call: both directions of real RTP, in a file with two channels.
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
@@ -18,7 +18,7 @@ std::string wholeFile(std::filesystem::path const& path)
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// The largest sample of a channel, 0 the left one; a 16-bit file of two channels with a header of 44 bytes.
+// The largest sample of a channel (0: left) in a 16-bit file with two channels and a header of 44 bytes.
 int loudest(std::string const& wav, std::size_t channel)
 {
     int most = 0;

@@ -1,4 +1,4 @@
-// A telephone that serves applications in a process of its own, at a socket of its own.
+// A telephone that serves applications, with its own process and socket.
 #pragma once
 
 #include <csignal>
@@ -44,7 +44,7 @@ public:
         : client_(telephone::ApplicationClient::connect(socket).value())
     {}
 
-    // The answer; nothing: it is none of those that are answered.
+    // The answer; nothing: the request has none.
     std::optional<std::string> request(std::string const& text)
     {
         EXPECT_TRUE(client_.send(text));
@@ -64,7 +64,7 @@ public:
         return std::nullopt;
     }
 
-    // The next event that holds the text; the ones before are passed over.
+    // The next event that contains the text; earlier ones are skipped.
     std::string event(std::string const& text)
     {
         while (true) {

@@ -1,4 +1,4 @@
-// Scripts that do not hold, and what the program then says; the ones that hold are tests of their own.
+// Scripts that fail, and the messages of the program. Each script that succeeds is a test of its own.
 #include <fstream>
 
 #include <gtest/gtest.h>

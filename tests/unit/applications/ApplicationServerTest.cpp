@@ -3,7 +3,6 @@
 #include <filesystem>
 #include <fstream>
 #include <future>
-#include <set>
 
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -77,7 +76,7 @@ public:
         return all;
     }
     void endSending() { shutdown(socket_.get(), SHUT_WR); }
-    void vanish() { socket_.close(); }
+    void vanish() { socket_ = FileDescriptor(); }
 
 private:
     FileDescriptor socket_;
@@ -257,7 +256,7 @@ TEST_F(ApplicationServerTest, ApplicationThatDidNotSubscribe_HearsNoEvents)
     application.receiveUntil(2);
 
     telephone_.held(1);
-    telephone_.dispatcher.flush();
+    telephone_.dispatcher.stop();
     application.send(bytes({"b"}));
 
     EXPECT_EQ(application.receiveUntil(2), bytes({"answer\nsfiSuccess", "finished\n"}));
@@ -290,7 +289,6 @@ TEST_F(ApplicationServerTest, ApplicationThatNeverReads_LosesEventsAndHoldsUpNob
 
     EXPECT_TRUE(lastRead.get());
     // What it finds when it reads at last ends with the last event, and numbers are missing before.
-    std::set<int> numbers;
     std::string all;
     std::string const last = "event " + std::to_string(kEvents) + "\n";
     while (all.find(last) == std::string::npos) {

@@ -1,4 +1,4 @@
-// What a configuration file may say, and what is said of one that is wrong.
+// The contents of a configuration file, and the refusals of a wrong one.
 #include "telephone/configuration/ConfigurationFile.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// A telephone for the console's tests: its controls note what was asked of them, its invoker answers as it is told.
+// A telephone for the console's tests. Its controls record their calls; its invoker gives the answers that a test sets.
 #pragma once
 
 #include <functional>
@@ -103,7 +103,7 @@ private:
     telephone::EventDispatcher& dispatcher_;
 };
 
-// A conversation with that telephone, and what it wrote.
+// A conversation with this telephone, and its transcript.
 class TalkingTelephone
 {
 public:

@@ -25,10 +25,7 @@ public:
 
     std::string const& event() const override { return event_; }
     std::string requestUri() const override { return "sip:102@127.0.0.1"; }
-    sip::NameAddr from() const override { return {}; }
-    sip::NameAddr to() const override { return {}; }
     sip::Headers const& headers() const override { return headers_; }
-    std::uint32_t expires() const override { return 3600; }
     Outcome<> accept(std::string const& contentType) override
     {
         if (!works_) {

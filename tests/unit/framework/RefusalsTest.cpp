@@ -68,6 +68,16 @@ TEST_F(RefusalsTest, Take_EmptiesTheCollector)
     EXPECT_EQ(collector.take(), std::vector<Refusal>{});
 }
 
+TEST_F(RefusalsTest, First_IsTheFirstReported_OrElseTheOneGiven)
+{
+    RefusalCollector collector;
+    EXPECT_EQ(collector.first(kFull).value(), kFull);
+    reportRefusal("calls", kNoCall);
+    reportRefusal("lines", kFull);
+
+    EXPECT_EQ(collector.first(kFull).value(), kNoCall);
+}
+
 TEST_F(RefusalsTest, NestedCollectors_TheInnermostCollects)
 {
     RefusalCollector outer;

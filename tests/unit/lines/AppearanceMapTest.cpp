@@ -53,7 +53,7 @@ TEST_F(AppearanceMapTest, Assignment_ToTheLineItself_TakesItsFirstFreeAppearance
     EXPECT_EQ(assign(3, 2), 2);
 }
 
-TEST_F(AppearanceMapTest, Assignment_ToNoVirtualLine_ChangesNothing)
+TEST_F(AppearanceMapTest, Assignment_ToAnUnknownVirtualLine_ChangesNothing)
 {
     EXPECT_EQ(assign(0, 1), 0);
     EXPECT_EQ(assign(1, 1), 0);
@@ -65,7 +65,7 @@ TEST_F(AppearanceMapTest, Assignment_ToNoVirtualLine_ChangesNothing)
     EXPECT_EQ(appearance, 6);
 }
 
-TEST_F(AppearanceMapTest, FirstFree_PassesOverAppearancesWithCalls_AndIsZeroWhenAllAreTaken)
+TEST_F(AppearanceMapTest, FirstFree_SkipsAppearancesWithCalls_AndIsZeroWhenAllAreTaken)
 {
     EXPECT_EQ(map_.findFirstFreeVirtualLine(3), 129);
     assign(129, 1);
@@ -85,7 +85,7 @@ TEST_F(AppearanceMapTest, AppearanceIsFree_WhenItsCallHasEnded)
     EXPECT_FALSE(isMapped(1));
 }
 
-TEST_F(AppearanceMapTest, MappingWhoseCallNeverCame_IsForgottenAfterTenSeconds)
+TEST_F(AppearanceMapTest, MappingWithoutACall_ExpiresAfterTenSeconds)
 {
     assign(129, 1);
     now_ += std::chrono::seconds(9);
@@ -95,7 +95,7 @@ TEST_F(AppearanceMapTest, MappingWhoseCallNeverCame_IsForgottenAfterTenSeconds)
     EXPECT_FALSE(isMapped(1));
 }
 
-TEST_F(AppearanceMapTest, MappingOfALivingCall_StaysForAsLongAsItLives)
+TEST_F(AppearanceMapTest, MappingOfACall_StaysUntilTheCallEnds)
 {
     assign(129, 1);
     map_.callBegan(1, 129);
@@ -114,7 +114,7 @@ TEST_F(AppearanceMapTest, ReservedAppearance_IsFirstForOutgoingCallsAndClosedToI
     EXPECT_EQ(map_.seizeForIncoming(4, 1003), 0);
 }
 
-TEST_F(AppearanceMapTest, Reservation_EndsWithTheCallItWasFor)
+TEST_F(AppearanceMapTest, Reservation_EndsWhenItsCallBegins)
 {
     map_.reserve(132);
     map_.callBegan(5, 132);

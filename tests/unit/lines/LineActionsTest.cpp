@@ -17,7 +17,7 @@ using testing::IsEmpty;
 class LineActionsTest : public LinesFixture
 {};
 
-TEST_F(LineActionsTest, KeyOfAnIdleLine_SelectsIt_AndOnlyThatOne)
+TEST_F(LineActionsTest, KeyOfAnIdleLine_SelectsThatLineAlone)
 {
     build();
     lines_->getLine("4711")->keyPressed();
@@ -106,7 +106,7 @@ TEST_F(LineActionsTest, WarmLine_DialsAfterItsDelay)
     EXPECT_THAT(calls_.takeAsked(), ElementsAre("make 4711 1001 103"));
 }
 
-TEST_F(LineActionsTest, WarmLine_ThatIsGivenBackInTime_DialsNothing)
+TEST_F(LineActionsTest, WarmLine_ReleasedInTime_DialsNothing)
 {
     configuration_.lines[0].hotWarmType = LineData::kWarmLine;
     configuration_.lines[0].hotWarmDigits = "103";
@@ -139,7 +139,7 @@ TEST_F(LineActionsTest, DirectStationKey_ActsByItsContext)
                                                 "consult 4711 1003 102", "transfer 7 102", "transfer 7 55"));
 }
 
-TEST_F(LineActionsTest, DirectStationKey_WithoutTheCallItNeeds_DoesNothing)
+TEST_F(LineActionsTest, DirectStationKey_WithoutTheNecessaryCall_IsRefused)
 {
     configuration_.keys = {{3, "dss", "102", "", false}};
     auto& station = *build().getDSSLineForFPK(3);
@@ -151,7 +151,7 @@ TEST_F(LineActionsTest, DirectStationKey_WithoutTheCallItNeeds_DoesNothing)
     EXPECT_THAT(calls_.takeAsked(), IsEmpty());
 }
 
-TEST_F(LineActionsTest, DirectStationKey_ThatOnlyShows_NeverActs)
+TEST_F(LineActionsTest, MonitorOnlyStationKey_NeverActs)
 {
     configuration_.keys = {{3, "dss", "102", "", true}, {4, "dss", "4712", "", true}};
     auto& lines = build();

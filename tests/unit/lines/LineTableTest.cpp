@@ -10,7 +10,7 @@ namespace {
 class LineTableTest : public LinesFixture
 {};
 
-TEST_F(LineTableTest, Construction_OfTwoLinesOfOneNumber_SaysWhich)
+TEST_F(LineTableTest, Construction_WithADuplicateLineNumber_NamesTheLine)
 {
     configuration_.lines[1].number = 1;
     try {
@@ -21,7 +21,7 @@ TEST_F(LineTableTest, Construction_OfTwoLinesOfOneNumber_SaysWhich)
     }
 }
 
-TEST_F(LineTableTest, Construction_OfTooManyAppearances_SaysHowManyThereCanBe)
+TEST_F(LineTableTest, Construction_WithTooManyAppearances_StatesTheLimit)
 {
     configuration_.lines[2].appearances = 128;
     EXPECT_THROW(build(), std::runtime_error);
@@ -38,7 +38,7 @@ TEST_F(LineTableTest, AddressOf_OnAKeyset_KnowsLinesAndVirtualLinesOnly)
     EXPECT_EQ(table_->addressOf(3, 0), (LineAddress{3, 3, 0, "4713"}));
 }
 
-TEST_F(LineTableTest, UserOfARequest_IsTheLinesUserOrElseItsIdentifier)
+TEST_F(LineTableTest, UserOfARequest_IsTheUserOfALineOrItsIdentifier)
 {
     configuration_.lines[0].user = "anna";
     configuration_.lines[1].user = "4711";
@@ -50,7 +50,7 @@ TEST_F(LineTableTest, UserOfARequest_IsTheLinesUserOrElseItsIdentifier)
     EXPECT_EQ(table_->lineOfUser("nobody"), std::nullopt);
 }
 
-TEST_F(LineTableTest, Accounts_AreThoseOfTheLinesByRisingNumber)
+TEST_F(LineTableTest, Accounts_AreInTheOrderOfTheLineNumbers)
 {
     configuration_.lines[0].number = 9;
     configuration_.lines[0].registers = true;

@@ -1,4 +1,4 @@
-// The lines of a telephone without a SIP stack: two plain lines, one with three appearances, and what a test adds.
+// The lines of a telephone without a SIP stack: two plain lines, one with three appearances, and the keys of a test.
 #pragma once
 
 #include <memory>

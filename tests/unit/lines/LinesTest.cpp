@@ -29,7 +29,7 @@ TEST_F(LinesTest, GetLine_KnowsIdentifiersAddressesAndAppearances)
     EXPECT_EQ(lines.getLine("4713#2")->getLineData()->getURI(), "4713#2");
 }
 
-TEST_F(LinesTest, GetLine_OfNoLine_IsNull)
+TEST_F(LinesTest, GetLine_OfAnUnknownLine_IsNull)
 {
     auto& lines = build();
 
@@ -50,7 +50,7 @@ TEST_F(LinesTest, Instance_IsTheOneLineManager)
     EXPECT_EQ(LineManager::Instance(), &lines);
 }
 
-TEST_F(LinesTest, OnlyALineOfSeveralAppearances_IsAMultiCallAppearanceLine)
+TEST_F(LinesTest, OnlyALineWithSeveralAppearances_IsAMultiCallAppearanceLine)
 {
     auto& lines = build();
 
@@ -71,7 +71,7 @@ TEST_F(LinesTest, Keyset_HasAKeysetTypeAndItsDevices)
     EXPECT_THAT(devices, ElementsAre("before", "<prime:4711>", "<prime:4712>", "<prime:4713>"));
 }
 
-TEST_F(LinesTest, SingleLineTelephone_HasNoKeysetTypeAndTakesLineZeroAsItsLine)
+TEST_F(LinesTest, SingleLineTelephone_HasNoKeysetType_AndLineZeroIsItsLine)
 {
     configuration_.keyset = false;
     configuration_.lines.resize(1);
@@ -107,7 +107,7 @@ TEST_F(LinesTest, Keys_LeadToTheirLines)
     EXPECT_EQ(lines.getFPKforUri("4799"), -1);
 }
 
-TEST_F(LinesTest, PartyOfADirectStationKey_IsALineWithoutNumber)
+TEST_F(LinesTest, PartyOfADirectStationKey_IsALineWithoutANumber)
 {
     configuration_.keys = {{3, "dss", "102", "Desk", true}};
     auto& lines = build();
@@ -122,7 +122,7 @@ TEST_F(LinesTest, PartyOfADirectStationKey_IsALineWithoutNumber)
     EXPECT_EQ(line->getLineData()->getPrimary(), 0);
 }
 
-TEST_F(LinesTest, LineData_IsTheConfigurationOfTheLine)
+TEST_F(LinesTest, LineData_ComesFromTheConfigurationOfTheLine)
 {
     auto& line = configuration_.lines[1];
     line.description = "Lab";
@@ -175,7 +175,7 @@ TEST_F(LinesTest, FeaturesOfALine_AreKeptInTheStore)
     EXPECT_EQ(settings_->text("line/4712/do-not-disturb"), "true");
 }
 
-TEST_F(LinesTest, LocalHeldLine_IsTheFirstWithACallOnHold)
+TEST_F(LinesTest, LocalHeldLine_IsTheFirstLineWithACallOnHold)
 {
     build();
     EXPECT_EQ(lines_->getLocalHeldLine(), "");
@@ -186,7 +186,7 @@ TEST_F(LinesTest, LocalHeldLine_IsTheFirstWithACallOnHold)
     EXPECT_EQ(lines_->getLine(lines_->getLocalHeldLine())->getLineID(), 130);
 }
 
-TEST_F(LinesTest, LocallyIdleLine_IsThereWhileAnAppearanceHasNoCall)
+TEST_F(LinesTest, LocallyIdleLine_ExistsWhileAnAppearanceHasNoCall)
 {
     build();
     change(1, 1, sfiCallStateConnected);
@@ -231,7 +231,7 @@ public:
     void shutdown() override {}
 };
 
-TEST_F(LinesTest, Observer_HearsOfEachChangeInOrder_AndOfTheOverviewAgain)
+TEST_F(LinesTest, Observer_ReceivesEachChangeInOrder_AndTheOverviewOnRequest)
 {
     build();
     Observer observer;

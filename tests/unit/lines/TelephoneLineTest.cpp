@@ -74,7 +74,7 @@ TEST_F(TelephoneLineTest, LineThatRegisters_IsOutOfServiceUntilItIsRegistered)
     EXPECT_EQ(stateOf("4711"), eLineStateOutOfService);
 }
 
-TEST_F(TelephoneLineTest, LineOfAppearances_ShowsTheMostPressingOfThem)
+TEST_F(TelephoneLineTest, LineWithAppearances_ShowsTheirMostPressingState)
 {
     build();
     change(129, 1, sfiCallStateHeld);
@@ -111,7 +111,7 @@ WatchedParty party(PartyStatus status)
     return watched;
 }
 
-TEST_F(TelephoneLineTest, SharedLine_ShowsWhatOtherTelephonesDoOnIt)
+TEST_F(TelephoneLineTest, SharedLine_ShowsTheCallsOfOtherTelephones)
 {
     configuration_.lines[1].sharedLineType = LineData::kSharedLine;
     build();
@@ -158,7 +158,7 @@ TEST_F(TelephoneLineTest, LineInUseElsewhere_IsNotSeized)
     EXPECT_FALSE(Utility::bridgeCall(nullptr));
 }
 
-TEST_F(TelephoneLineTest, NoticesOfASharedLine_AreOwnCallsWhileThereIsOneHere)
+TEST_F(TelephoneLineTest, NoticesOfASharedLine_AreIgnoredDuringALocalCall)
 {
     configuration_.lines[1].sharedLineType = LineData::kSharedLine;
     build();

@@ -5,7 +5,7 @@
 namespace telephone {
 namespace {
 
-TEST(UtilityTest, BusyStates_AreThoseThatCarryACall_ButNotTheHoldForAConsultation)
+TEST(UtilityTest, BusyStates_AreThoseWithACall_ExceptHoldForAConsultation)
 {
     for (auto const state :
          {eLineStateDialling, eLineStateRemoteRinging, eLineStateRinging, eLineStateActive, eLineStateDSSBusy,

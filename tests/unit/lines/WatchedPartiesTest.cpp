@@ -47,7 +47,7 @@ TEST_F(WatchedPartiesTest, Party_IsUnknownAtFirst_AndIdleWithoutDialogs)
     EXPECT_EQ(party().status, PartyStatus::kIdle);
 }
 
-TEST_F(WatchedPartiesTest, CallToTheParty_RingsAndIsThenSpokenIn)
+TEST_F(WatchedPartiesTest, CallToTheParty_RingsThenIsBusy)
 {
     dialogs_.take(document(1, "full", dialog("a", "recipient", "early")));
     EXPECT_EQ(party().status, PartyStatus::kRinging);
@@ -67,20 +67,20 @@ TEST_F(WatchedPartiesTest, CallToTheParty_RingsAndIsThenSpokenIn)
     EXPECT_EQ(party().status, PartyStatus::kIdle);
 }
 
-TEST_F(WatchedPartiesTest, CallThatThePartyMakes_IsBusyFromTheStart)
+TEST_F(WatchedPartiesTest, CallFromTheParty_IsBusyFromTheStart)
 {
     dialogs_.take(document(1, "full", dialog("a", "initiator", "early")));
     EXPECT_EQ(party().status, PartyStatus::kBusy);
 }
 
-TEST_F(WatchedPartiesTest, CallThatRings_ShowsBesideOneThatIsSpokenIn)
+TEST_F(WatchedPartiesTest, RingingCall_TakesPrecedenceOverAnActiveOne)
 {
     dialogs_.take(document(1, "full", dialog("a", "recipient", "early") + dialog("b", "initiator", "confirmed")));
     EXPECT_EQ(party().status, PartyStatus::kRinging);
     EXPECT_EQ(party().dialog->replaces.callId, "call-a");
 }
 
-TEST_F(WatchedPartiesTest, CallOnHold_IsHeld_UnlessAnotherIsSpokenIn)
+TEST_F(WatchedPartiesTest, CallOnHold_ShowsUnlessAnotherIsActive)
 {
     dialogs_.take(document(1, "full", dialog("a", "initiator", "confirmed", "no")));
     EXPECT_EQ(party().status, PartyStatus::kHolding);
@@ -91,7 +91,7 @@ TEST_F(WatchedPartiesTest, CallOnHold_IsHeld_UnlessAnotherIsSpokenIn)
     EXPECT_EQ(party().dialog->replaces.callId, "call-b");
 }
 
-TEST_F(WatchedPartiesTest, NoticesThatComeLateOrTwice_ChangeNothing)
+TEST_F(WatchedPartiesTest, LateOrRepeatedNotices_ChangeNothing)
 {
     dialogs_.take(document(5, "full", dialog("a", "recipient", "confirmed")));
     EXPECT_EQ(dialogs_.take(document(4, "full", "")), Result::kOutdated);
@@ -99,7 +99,7 @@ TEST_F(WatchedPartiesTest, NoticesThatComeLateOrTwice_ChangeNothing)
     EXPECT_EQ(party().status, PartyStatus::kBusy);
 }
 
-TEST_F(WatchedPartiesTest, WholeState_ForgetsDialogsThatItDoesNotName)
+TEST_F(WatchedPartiesTest, FullState_RemovesDialogsThatItDoesNotName)
 {
     dialogs_.take(document(1, "full", dialog("a", "recipient", "early")));
     dialogs_.take(document(2, "full", ""));

@@ -1,4 +1,4 @@
-// The store on real files: what is refused at the start, and what becomes of values when the file is locked, full,
+// The store on real files: refusals at the start, and the fate of values when the file is locked, full,
 // read-only or gone.
 #include "telephone/management/ConfigurationStore.h"
 
@@ -77,7 +77,7 @@ TEST_F(ConfigurationStoreTest, NewStore_LeavesNoOtherFileBehind)
     EXPECT_EQ(names, std::vector<std::string>{"store.db"});
 }
 
-TEST_F(ConfigurationStoreTest, ForeignText_IsRefusedAndLeftAlone)
+TEST_F(ConfigurationStoreTest, ForeignText_IsRefusedAndLeftUnchanged)
 {
     EXPECT_EQ(
         errorOfContent("my thesis"),
@@ -86,7 +86,7 @@ TEST_F(ConfigurationStoreTest, ForeignText_IsRefusedAndLeftAlone)
             "new one, or name another file in store.path");
 }
 
-TEST_F(ConfigurationStoreTest, DatabaseOfAnotherProgram_IsRefusedAndLeftAlone)
+TEST_F(ConfigurationStoreTest, DatabaseOfAnotherProgram_IsRefusedAndLeftUnchanged)
 {
     {
         auto const connection = connect();
@@ -98,7 +98,7 @@ TEST_F(ConfigurationStoreTest, DatabaseOfAnotherProgram_IsRefusedAndLeftAlone)
                   "\" is the database of another program and was left unchanged: name another file in store.path");
 }
 
-TEST_F(ConfigurationStoreTest, StoreOfANewerTelephone_IsRefusedAndLeftAlone)
+TEST_F(ConfigurationStoreTest, StoreOfANewerTelephone_IsRefusedAndLeftUnchanged)
 {
     auto content = contentOfAStore();
     content[63] = 2;  // user_version, big-endian at 60
@@ -109,7 +109,7 @@ TEST_F(ConfigurationStoreTest, StoreOfANewerTelephone_IsRefusedAndLeftAlone)
                   "it, or name another file in store.path");
 }
 
-TEST_F(ConfigurationStoreTest, DamagedPages_AreRefusedAndLeftAlone)
+TEST_F(ConfigurationStoreTest, DamagedPages_AreRefusedAndLeftUnchanged)
 {
     auto content = contentOfAStore();
     ASSERT_GT(content.size(), 3U * 4096U);
@@ -123,7 +123,7 @@ TEST_F(ConfigurationStoreTest, DamagedPages_AreRefusedAndLeftAlone)
                   "another file in store.path");
 }
 
-TEST_F(ConfigurationStoreTest, TruncatedStore_IsRefusedAndLeftAlone)
+TEST_F(ConfigurationStoreTest, TruncatedStore_IsRefusedAndLeftUnchanged)
 {
     auto const content = contentOfAStore();
 
@@ -151,7 +151,7 @@ TEST_F(ConfigurationStoreTest, FolderInsteadOfFile_IsRefused)
     EXPECT_EQ(errorOf(folder.path()), "store \"" + folder.path() + "\" is not a file: name another one in store.path");
 }
 
-TEST_F(ConfigurationStoreTest, StoredValueThatCantBeUsed_ReadsAsTheStandardOne)
+TEST_F(ConfigurationStoreTest, UnusableStoredValue_ReadsAsTheStandardValue)
 {
     open();
     {
@@ -200,7 +200,7 @@ TEST_F(ConfigurationStoreTest, StoreLockedAtTheStart_IsNamed)
 
 TEST_F(ConfigurationStoreTest, StoreAtItsLimit_RefusesAndKeepsTheValues)
 {
-    ConfigurationStore::Limits limits;
+    StoreLimits limits;
     limits.pages = 8;
     auto const settings = open(storePath(), limits);
     int accepted = 0;
@@ -260,7 +260,7 @@ TEST_F(ConfigurationStoreTest, RemovedStore_RefusesAndKeepsTheValue)
     EXPECT_EQ(settings->text("cfu-address"), "1");
 }
 
-TEST_F(ConfigurationStoreTest, ReplacedStore_RefusesAndLeavesTheNewOneAlone)
+TEST_F(ConfigurationStoreTest, ReplacedStore_RefusesAndLeavesTheNewOneUnchanged)
 {
     auto const settings = open();
     EXPECT_TRUE(settings->set("cfu-address", "1"));
@@ -306,7 +306,7 @@ TEST_F(ConfigurationStoreTest, StoreThatBecomesReadOnly_RefusesAndKeepsTheValue)
     EXPECT_TRUE(settings->set("cfu-address", "2"));
 }
 
-TEST_F(ConfigurationStoreTest, ValueOfAnotherProgram_ComesIntoForceAndIsHeard)
+TEST_F(ConfigurationStoreTest, ValueOfAnotherProgram_ComesIntoForceAndReachesListeners)
 {
     auto const settings = open();
     std::vector<std::string> heard;
@@ -319,7 +319,7 @@ TEST_F(ConfigurationStoreTest, ValueOfAnotherProgram_ComesIntoForceAndIsHeard)
     EXPECT_EQ(heard, std::vector<std::string>{"cfu-address"});
 }
 
-TEST_F(ConfigurationStoreTest, Watcher_TakesOverWhatAnotherProgramWrites)
+TEST_F(ConfigurationStoreTest, Watcher_TakesOverValuesOfAnotherProgram)
 {
     auto const settings = open();
     StoreWatcher const watcher(*settings, 5ms);
@@ -333,7 +333,7 @@ TEST_F(ConfigurationStoreTest, Watcher_TakesOverWhatAnotherProgramWrites)
     EXPECT_EQ(settings->text("cfu-address"), "102");
 }
 
-TEST_F(ConfigurationStoreTest, OwnWrite_KeepsWhatAnotherProgramWroteBefore)
+TEST_F(ConfigurationStoreTest, OwnWrite_KeepsEarlierValuesOfAnotherProgram)
 {
     auto const settings = open();
     EXPECT_TRUE(open()->set("cfu-address", "102"));

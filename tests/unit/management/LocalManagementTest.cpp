@@ -1,21 +1,22 @@
-// The store as the framework's services see it: management data in, notices out, and the SIP configuration manager.
+// The store as the framework's services see it: management data, notices of changes, and the SIP configuration manager.
 #include "telephone/management/LocalManagement.h"
 
 #include <algorithm>
+#include <filesystem>
 
 #include "ManagementDoubles.h"
 #include "StoreFixture.h"
 #include "platform/management/ManageableData.h"
 #include "platform/management/MgmtAgentIfc.h"
-#include "platform/management/QoraTags.h"
 #include "platform/management/SIPConfigManager.h"
+#include "telephone/framework/Refusals.h"
 
 namespace telephone {
 namespace {
 
 using Items = std::vector<Settings::Item>;
 
-// As the service: filters what it is handed and gives it to the call control, which stores it.
+// As the service does: filters the data and passes them to the call control, which stores them.
 class FilteringAgent : public MgmtAgentIfc
 {
 public:
@@ -29,14 +30,10 @@ public:
             data.removeRootId(refused);
         }
         handed = itemsOf(data);
-        return handed.empty() ? 0 : settings_.apply(data, false);
+        return handed.empty() || reportIfRefused("agent", settings_.setAll(handed)) ? 0 : 1;
     }
     int getData(ManageableData&) override { return 0; }
-    void manageableDataChanged(ManageableData& data) override
-    {
-        notices.push_back(itemsOf(data));
-        settings_.apply(data, true);
-    }
+    void manageableDataChanged(ManageableData& data) override { notices.push_back(itemsOf(data)); }
     void resetUserData() override {}
 
     std::vector<std::string> refusedIds;
@@ -82,7 +79,7 @@ TEST_F(LocalManagementTest, DataWithoutItems_IsRefused)
     EXPECT_EQ(management.setManageableData(data), 0);
 }
 
-TEST_F(LocalManagementTest, AgentRegisteredForATag_HearsItsChangesOnly)
+TEST_F(LocalManagementTest, AgentRegisteredForATag_ReceivesOnlyItsChanges)
 {
     management.registerForTag(&agent, "forwarding");
     auto data = dataOf({{"cfu-address", "102"}, {"call-dnd-activated", "true"}});
@@ -90,16 +87,6 @@ TEST_F(LocalManagementTest, AgentRegisteredForATag_HearsItsChangesOnly)
     EXPECT_NE(management.setManageableData(data), 0);
 
     EXPECT_EQ(agent.notices, (std::vector<Items>{{{"cfu-address", "102"}}}));
-}
-
-TEST_F(LocalManagementTest, ReportedStatus_ReachesTheAgentOfItsTag)
-{
-    management.registerForTag(&agent, QoraTags::INTERFACE_STATUS);
-    management.registerForTag(&agent, QoraTags::WLAN_LINK_STATUS);
-
-    settings->report("wlan-link-status", "connected");
-
-    EXPECT_EQ(agent.notices, (std::vector<Items>{{{"wlan-link-status", "connected"}}}));
 }
 
 TEST_F(LocalManagementTest, NullAgentOrTag_IsIgnored)
@@ -113,7 +100,7 @@ TEST_F(LocalManagementTest, NullAgentOrTag_IsIgnored)
     EXPECT_TRUE(agent.notices.empty());
 }
 
-TEST_F(LocalManagementTest, ForgottenAgent_HearsNothing)
+TEST_F(LocalManagementTest, ForgottenAgent_ReceivesNothing)
 {
     management.registerForTag(&agent, "forwarding");
     management.forgetAgent(&agent);
@@ -144,7 +131,7 @@ TEST_F(LocalManagementTest, OfferedData_GoesThroughTheAgentIntoTheStore)
     EXPECT_EQ(open()->text("cfu-address"), "102");
 }
 
-TEST_F(LocalManagementTest, OfferedData_LosesWhatTheAgentTakesOut)
+TEST_F(LocalManagementTest, OfferedData_LoseTheItemsThatTheAgentRemoves)
 {
     SIPConfigManager const manager(&context, &agent);
     agent.refusedIds = {"cfu-address"};
@@ -155,14 +142,22 @@ TEST_F(LocalManagementTest, OfferedData_LosesWhatTheAgentTakesOut)
     EXPECT_EQ(settings->text("cfu-ext-address"), "103");
 }
 
-TEST_F(LocalManagementTest, OfferedDataThatTheAgentRefuses_IsNamed)
+TEST_F(LocalManagementTest, OfferedDataThatTheAgentRefuses_AreRefusedWithAReason)
 {
     SIPConfigManager const manager(&context, &agent);
     agent.refusedIds = {"cfu-address"};
 
     EXPECT_EQ(management.offerManagementData({{"cfu-address", "102"}}).error().reason,
-              "the service refused the data: the call server controls these settings, or the store refused them; the "
-              "log says which");
+              "the service refused the data: the call server controls these settings");
+}
+
+TEST_F(LocalManagementTest, OfferedDataThatTheStoreRefuses_GetTheReasonOfTheStore)
+{
+    SIPConfigManager const manager(&context, &agent);
+    std::filesystem::permissions(storePath(), std::filesystem::perms::owner_read);
+
+    EXPECT_EQ(management.offerManagementData({{"cfu-address", "102"}}).error().reason,
+              "the store \"" + storePath() + "\" is read-only: give this user the right to write it");
 }
 
 TEST_F(LocalManagementTest, WrongOfferedData_IsRefusedBeforeTheAgentSeesIt)
@@ -215,7 +210,7 @@ TEST_F(LocalManagementTest, ManagerAskedForUnknownItems_AnswersZero)
     EXPECT_EQ(manager.getData(data), 0);
 }
 
-TEST_F(LocalManagementTest, ManagerReset_TakesBackTheUsersSettings)
+TEST_F(LocalManagementTest, ManagerReset_RestoresTheUserSettings)
 {
     SIPConfigManager manager(&context, &agent);
     EXPECT_TRUE(settings->setAll({{"cfu-address", "102"}, {"call-dnd-enabled", "false"}}));
@@ -226,7 +221,7 @@ TEST_F(LocalManagementTest, ManagerReset_TakesBackTheUsersSettings)
     EXPECT_FALSE(open()->flag("call-dnd-enabled"));
 }
 
-TEST_F(LocalManagementTest, ManagerInitialised_TakesOverWhatOthersWrote)
+TEST_F(LocalManagementTest, ManagerInitialised_TakesOverValuesOfOtherPrograms)
 {
     SIPConfigManager manager(&context, &agent);
     EXPECT_TRUE(open()->set("cfu-address", "102"));
@@ -236,7 +231,7 @@ TEST_F(LocalManagementTest, ManagerInitialised_TakesOverWhatOthersWrote)
     EXPECT_EQ(settings->text("cfu-address"), "102");
 }
 
-TEST(SIPConfigManagerAlone, WithoutAStore_AnswersNothingAndDoesNoHarm)
+TEST(SIPConfigManagerAlone, WithoutAStore_AnswersZero)
 {
     SvcRTEContext empty;
     for (auto* const context : {static_cast<SvcRTEContext*>(nullptr), &empty}) {

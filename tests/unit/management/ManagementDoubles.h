@@ -1,5 +1,4 @@
-// What stands around the store in tests: management data as others hand it over, and a framework that knows the local
-// management alone.
+// The surroundings of the store in tests: management data, and a framework that knows the local management alone.
 #pragma once
 
 #include <string>
@@ -7,7 +6,7 @@
 
 #include "platform/framework/SvcRTEContext.h"
 #include "platform/management/ManageableData.h"
-#include "telephone/management/Settings.h"
+#include "telephone/management/LocalManagement.h"
 
 namespace telephone {
 
@@ -15,10 +14,7 @@ inline ManageableData dataOf(std::vector<Settings::Item> const& items)
 {
     ManageableData data;
     for (auto const& [key, value] : items) {
-        DataNode node;
-        node.setValue(value.c_str());
-        data.setRootId(key, nullptr);
-        data.populate(key, node);
+        putItem(data, key, value);
     }
     return data;
 }

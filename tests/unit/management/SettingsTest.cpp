@@ -1,4 +1,4 @@
-// Values by key: what reads as what, what is refused with which words, who hears of a change.
+// Values by key: reading, refusals with their reasons, and listeners to changes.
 #include "telephone/management/Settings.h"
 
 #include <atomic>
@@ -136,14 +136,14 @@ TEST_F(SettingsTest, OneRefusedItem_RefusesAllItems)
     EXPECT_EQ(settings->text("cfu-address"), "");
 }
 
-TEST_F(SettingsTest, KeyTwiceInOneWrite_TheLastValueCounts)
+TEST_F(SettingsTest, KeyTwiceInOneWrite_TakesTheLastValue)
 {
     EXPECT_TRUE(settings->setAll({{"cfu-address", "100"}, {"cfu-address", "101"}}));
 
     EXPECT_EQ(settings->text("cfu-address"), "101");
 }
 
-TEST_F(SettingsTest, Families_HoldAnyKeyOfTheirs)
+TEST_F(SettingsTest, Families_ContainEveryKeyWithTheirPrefix)
 {
     EXPECT_TRUE(settings->set("agent-cockpit/queue", "support"));
     EXPECT_TRUE(settings->set("line/4712/cfu-address", "100"));
@@ -156,7 +156,7 @@ TEST_F(SettingsTest, Families_HoldAnyKeyOfTheirs)
     EXPECT_EQ(allUnder("line/4712/", *settings), (std::vector<Settings::Item>{{"line/4712/cfu-address", "100"}}));
 }
 
-TEST_F(SettingsTest, Listener_HearsItsKeyAfterTheWrite)
+TEST_F(SettingsTest, Listener_ReceivesItsKeyAfterTheWrite)
 {
     std::vector<std::string> heard;
     settings->listenToKey("cfu-address", [&](Keys const& keys) {
@@ -172,7 +172,7 @@ TEST_F(SettingsTest, Listener_HearsItsKeyAfterTheWrite)
     EXPECT_EQ(heard, (Keys{"cfu-address=2"}));
 }
 
-TEST_F(SettingsTest, TagListener_HearsAllKeysOfOneWriteAtOnce)
+TEST_F(SettingsTest, TagListener_ReceivesAllKeysOfOneWriteAtOnce)
 {
     std::vector<Keys> heard;
     settings->listenToTag("forwarding", [&heard](Keys const& keys) { heard.push_back(keys); });
@@ -183,7 +183,7 @@ TEST_F(SettingsTest, TagListener_HearsAllKeysOfOneWriteAtOnce)
     EXPECT_EQ(heard[0], (Keys{"cfu-activated", "cfu-address"}));
 }
 
-TEST_F(SettingsTest, PrefixListener_HearsTheFamily)
+TEST_F(SettingsTest, PrefixListener_ReceivesTheFamily)
 {
     Keys heard;
     settings->listenToKey("agent-cockpit/", [&heard](Keys const& keys) { heard = keys; });
@@ -193,7 +193,7 @@ TEST_F(SettingsTest, PrefixListener_HearsTheFamily)
     EXPECT_EQ(heard, (Keys{"agent-cockpit/queue"}));
 }
 
-TEST_F(SettingsTest, RefusedValue_TellsNobody)
+TEST_F(SettingsTest, RefusedValue_ReachesNoListener)
 {
     int heard = 0;
     settings->listenToTag("forwarding", [&heard](Keys const&) { ++heard; });
@@ -217,7 +217,7 @@ TEST_F(SettingsTest, Listener_MaySetAndReadAndLeave)
     EXPECT_EQ(settings->text("cfu-address"), "from the listener");
 }
 
-TEST_F(SettingsTest, ListenerThatThrows_DoesNotKeepOthersFromHearing)
+TEST_F(SettingsTest, ListenerThatThrows_DoesNotAffectOthers)
 {
     int heard = 0;
     settings->listenToKey("cfu-address", [](Keys const&) { throw std::runtime_error("broken"); });
@@ -277,27 +277,7 @@ TEST_F(SettingsTest, EndListening_WaitsForARunningListener)
     releaser.join();
 }
 
-TEST_F(SettingsTest, ReportedValue_IsInForceHeardAndNotStored)
-{
-    Keys heard;
-    settings->listenToTag("interface-status", [&heard](Keys const& keys) { heard = keys; });
-
-    settings->report("interface-status", "up");
-
-    EXPECT_EQ(settings->text("interface-status"), "up");
-    EXPECT_EQ(heard, (Keys{"interface-status"}));
-}
-
-TEST_F(SettingsTest, ReportOfAWritableSetting_IsIgnored)
-{
-    settings->report("cfu-address", "1");
-    settings->report("no-such-key", "1");
-
-    EXPECT_EQ(settings->text("cfu-address"), "");
-    EXPECT_EQ(settings->text("no-such-key"), "");
-}
-
-TEST_F(SettingsTest, Reset_TakesBackTheUsersSettingsAndKeepsTheAdministrators)
+TEST_F(SettingsTest, Reset_RestoresUserSettings_AndKeepsAdministratorSettings)
 {
     EXPECT_TRUE(settings->setAll(
         {{"cfu-activated", "true"}, {"cfu-address", "1"}, {"call-dnd-enabled", "false"}, {"line/4712/dnd", "true"}}));
@@ -311,34 +291,6 @@ TEST_F(SettingsTest, Reset_TakesBackTheUsersSettingsAndKeepsTheAdministrators)
     EXPECT_TRUE(allUnder("line/", *settings).empty());
     EXPECT_FALSE(settings->flag("call-dnd-enabled"));
     EXPECT_EQ(heard, (Keys{"cfu-activated", "cfu-address"}));
-}
-
-TEST_F(SettingsTest, ManagementDataHandedOver_IsStored)
-{
-    auto data = dataOf({{"cfu-address", "100"}, {"cfu-activated", "true"}});
-
-    EXPECT_EQ(settings->apply(data, false), 1);
-
-    EXPECT_EQ(settings->text("cfu-address"), "100");
-    EXPECT_TRUE(settings->flag("cfu-activated"));
-}
-
-TEST_F(SettingsTest, ManagementDataWithARefusedItem_IsRefusedWhole)
-{
-    auto data = dataOf({{"cfu-address", "100"}, {"coffee", "strong"}});
-
-    EXPECT_EQ(settings->apply(data, false), 0);
-
-    EXPECT_EQ(settings->text("cfu-address"), "");
-}
-
-TEST_F(SettingsTest, NoticeOfTheStore_WritesNothing)
-{
-    auto data = dataOf({{"cfu-address", "stale"}});
-
-    EXPECT_EQ(settings->apply(data, true), 1);
-
-    EXPECT_EQ(settings->text("cfu-address"), "");
 }
 
 TEST_F(SettingsTest, ManyThreads_SetAndReadAndListen)

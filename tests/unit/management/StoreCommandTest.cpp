@@ -18,7 +18,7 @@ protected:
     {
         out.str({});
         err.str({});
-        return StoreCommand(configuration, out, err).run(arguments);
+        return runStoreCommand(arguments, configuration, out, err);
     }
 
     Configuration configuration = Configuration::standard();
@@ -57,7 +57,7 @@ TEST_F(StoreCommandTest, List_HasEveryKeyWithItsValue)
     EXPECT_NE(out.str().find("\nserver-type = 0\n"), std::string::npos);
 }
 
-TEST_F(StoreCommandTest, RefusedValue_IsSaidWithTheReason)
+TEST_F(StoreCommandTest, RefusedValue_IsReportedWithTheReason)
 {
     EXPECT_EQ(run({"set", "cfnr-delay", "soon"}), 1);
     EXPECT_EQ(err.str(), "telephone store: \"cfnr-delay\" takes a number from 0 to 99, not \"soon\"\n");
@@ -68,7 +68,7 @@ TEST_F(StoreCommandTest, RefusedValue_IsSaidWithTheReason)
     EXPECT_EQ(out.str(), "");
 }
 
-TEST_F(StoreCommandTest, ReadingAStoreThatDoesNotExist_MakesNone)
+TEST_F(StoreCommandTest, ReadingAMissingStore_DoesNotCreateIt)
 {
     EXPECT_EQ(run({"list"}), 1);
 

@@ -1,4 +1,4 @@
-// What was answered survives the end of the process right after the answer.
+// An answered write survives the end of the process right after the answer.
 #include <array>
 
 #include <signal.h>
@@ -40,7 +40,7 @@ protected:
     }
 };
 
-TEST_F(StoreDurability, AcceptedValue_SurvivesKillRightAfterTheAnswer_AHundredTimes)
+TEST_F(StoreDurability, AcceptedValue_SurvivesAKillRightAfterTheAnswer_AHundredTimes)
 {
     open();
     for (int round = 0; round < 100; ++round) {

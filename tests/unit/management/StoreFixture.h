@@ -17,9 +17,7 @@ class StoreFixture : public testing::Test
 {
 protected:
     std::string storePath() const { return folder.file("store.db"); }
-    static std::unique_ptr<telephone::Settings>
-    open(std::string const& path,
-         telephone::ConfigurationStore::Limits const& limits = telephone::ConfigurationStore::Limits())
+    static std::unique_ptr<telephone::Settings> open(std::string const& path, telephone::StoreLimits const& limits = {})
     {
         return std::make_unique<telephone::Settings>(telephone::ConfigurationStore::open(path, limits).value(),
                                                      telephone::Configuration::standard());

@@ -25,13 +25,13 @@ TEST_F(KeyApplicationTest, LineKey_GoesThroughTheService)
     EXPECT_EQ(lamp("1"), "steady");
 }
 
-TEST_F(KeyApplicationTest, StationKey_TakesItsContextFromTheCallsThereAre)
+TEST_F(KeyApplicationTest, StationKey_TakesItsContextFromTheCalls)
 {
     buildKeys();
     press(4);
     changeCall(1, 5, sfiCallStateConnected);
     press(4);
-    application_->setTransferMode(true);
+    press(14);
     press(4);
     press(4);
     changeCall(1, 5, sfiCallStateIdle);
@@ -42,14 +42,14 @@ TEST_F(KeyApplicationTest, StationKey_TakesItsContextFromTheCallsThereAre)
                                                   "dss 4 context 1 ", "dss 4 context 3 4713#2"));
 }
 
-TEST_F(KeyApplicationTest, StationKey_WhosePartyIsCalled_PicksUp)
+TEST_F(KeyApplicationTest, StationKey_OfARingingParty_PicksUp)
 {
     buildKeys();
     WatchedParty party;
     party.status = PartyStatus::kRinging;
     {
         std::lock_guard const lock(calls_);
-        lines_->stations().front()->setParty(party);
+        dynamic_cast<DssLine&>(*lines_->getDSSLineForFPK(4)).setParty(party);
     }
     EXPECT_EQ(lamp("4"), "flashing");
     press(4);
@@ -57,7 +57,7 @@ TEST_F(KeyApplicationTest, StationKey_WhosePartyIsCalled_PicksUp)
     EXPECT_THAT(service_.takeNoted(), ElementsAre("dss 4 context 4 "));
 }
 
-TEST_F(KeyApplicationTest, BusyLampKey_TellsWhetherATransferWasChosen)
+TEST_F(KeyApplicationTest, BusyLampKey_PassesOnTheTransferMode)
 {
     buildKeys();
     press(5);
@@ -84,7 +84,7 @@ TEST_F(KeyApplicationTest, ToggleAndMuteKeys_GoThroughTheService)
     EXPECT_THAT(service_.takeNoted(), ElementsAre("toggle 11", "mute", "unmute"));
 }
 
-TEST_F(KeyApplicationTest, HookUp_AnswersTheCallThatRings)
+TEST_F(KeyApplicationTest, HookUp_AnswersTheRingingCall)
 {
     buildKeys();
     offer(2, 1001);
@@ -93,7 +93,7 @@ TEST_F(KeyApplicationTest, HookUp_AnswersTheCallThatRings)
     EXPECT_THAT(service_.takeNoted(), ElementsAre("answer 4712 1001"));
 }
 
-TEST_F(KeyApplicationTest, HookUp_WithoutACall_SeizesThePrimaryLine_AndDownGivesItBack)
+TEST_F(KeyApplicationTest, HookUp_WithoutACall_SeizesThePrimaryLine_AndDownReleasesIt)
 {
     buildKeys();
     hook(true);
@@ -114,7 +114,7 @@ TEST_F(KeyApplicationTest, HookUp_WhileThePrimaryLineIsInUse_SeizesAnother)
     EXPECT_EQ(stateOf("4711"), eLineStateHold);
 }
 
-TEST_F(KeyApplicationTest, HookDown_ClearsTheCallThatSpeaks_NotTheOneOnHold)
+TEST_F(KeyApplicationTest, HookDown_ClearsTheActiveCall_NotTheOneOnHold)
 {
     buildKeys();
     changeCall(1, 5, sfiCallStateHeld);
@@ -125,7 +125,7 @@ TEST_F(KeyApplicationTest, HookDown_ClearsTheCallThatSpeaks_NotTheOneOnHold)
     EXPECT_THAT(service_.takeNoted(), ElementsAre("clear 4712 6 1"));
 }
 
-TEST_F(KeyApplicationTest, ReleaseKey_ClearsTheCallThatDials)
+TEST_F(KeyApplicationTest, ReleaseKey_ClearsTheDiallingCall)
 {
     buildKeys();
     changeCall(1, 5, sfiCallStateDialling);
@@ -152,7 +152,7 @@ TEST_F(KeyApplicationTest, HeadsetKey_IsAHookSwitch_WhileAHeadsetIsPlugged)
     EXPECT_THAT(service_.takeNoted(), ElementsAre("answer 4711 1001", "clear 4711 1001 1"));
 }
 
-TEST_F(KeyApplicationTest, KeysWithoutAService_DoNothing)
+TEST_F(KeyApplicationTest, KeysWithoutAService_AreRefused)
 {
     buildKeys();
     application_->setService(nullptr);
@@ -194,19 +194,19 @@ public:
     void queryNumberFlag(std::string const&, std::string&) override {}
 };
 
-TEST_F(KeyApplicationTest, LockedPhone_TakesOnlyKeysThatDialAPermittedNumber)
+TEST_F(KeyApplicationTest, LockedPhone_AcceptsOnlyKeysThatDialAPermittedNumber)
 {
     buildKeys();
     PermitsStation analysis;
     lines_->setDigitAnalysisService(&analysis);
-    EXPECT_TRUE(physical_->setLocked(true));
+    EXPECT_TRUE(settings_->set("phone-locked", "true"));
     for (int const key : {1, 4, 5, 9, 11, 12}) {
         press(key);
     }
     EXPECT_THAT(service_.takeNoted(), ElementsAre("dss 4 context 0 "));
     EXPECT_EQ(stateOf("4711"), eLineStateIdle);
 
-    EXPECT_TRUE(physical_->setLocked(false));
+    EXPECT_TRUE(settings_->set("phone-locked", "false"));
     press(1);
     EXPECT_THAT(service_.takeNoted(), ElementsAre("line key 1"));
 }
@@ -214,7 +214,7 @@ TEST_F(KeyApplicationTest, LockedPhone_TakesOnlyKeysThatDialAPermittedNumber)
 TEST_F(KeyApplicationTest, LockedPhone_StillAnswersByTheHookSwitch)
 {
     buildKeys();
-    EXPECT_TRUE(physical_->setLocked(true));
+    EXPECT_TRUE(settings_->set("phone-locked", "true"));
     offer(1, 1001);
     hook(true);
 

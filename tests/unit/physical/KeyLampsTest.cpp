@@ -41,7 +41,7 @@ TEST_F(KeyLampsTest, HoldLamp_FlashesWhileACallIsOnHold)
     EXPECT_EQ(lamp("hold"), "off");
 }
 
-TEST_F(KeyLampsTest, HoldLamp_ThatAnApplicationSet_StaysUntilSomethingIsHeldOrNotAnyMore)
+TEST_F(KeyLampsTest, HoldLamp_SetByAnApplication_StaysUntilAHoldBeginsOrEnds)
 {
     buildKeys();
     physical_->setLamp(10, PhysDefs::lampSteady, PhysDefs::lampGreen, 0);

@@ -7,7 +7,7 @@
 namespace telephone {
 namespace {
 
-TEST(KeyLayoutTest, Layout_OfAnUnknownFunctionOrTwoKeysOfANumber_IsRefused)
+TEST(KeyLayoutTest, Layout_WithAnUnknownFunctionOrADuplicateNumber_IsRefused)
 {
     Configuration configuration;
     configuration.keys = {{1, "fly", "", "", false}};
@@ -16,7 +16,7 @@ TEST(KeyLayoutTest, Layout_OfAnUnknownFunctionOrTwoKeysOfANumber_IsRefused)
     EXPECT_THROW(KeyLayout{configuration}, std::runtime_error);
 }
 
-TEST(KeyLayoutTest, Layout_WithoutKeys_HasNone)
+TEST(KeyLayoutTest, Layout_WithoutKeys_IsEmpty)
 {
     KeyLayout const layout{Configuration{}};
     EXPECT_EQ(layout.find(1), nullptr);

@@ -38,7 +38,7 @@ protected:
     void buildKeys()
     {
         build();
-        physical_ = std::make_unique<PhysicalInterface>(configuration_, *settings_);
+        physical_ = std::make_unique<PhysicalInterface>(configuration_);
         lamps_ = std::make_unique<KeyLamps>(*physical_, *lines_, calls_, *settings_);
         application_ = std::make_unique<KeyApplication>(*physical_, *lamps_, *lines_, calls_, *settings_);
         playService();

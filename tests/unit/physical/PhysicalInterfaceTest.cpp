@@ -20,7 +20,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using namespace std::chrono_literals;
 
-// What it subscribes to is what the service subscribes to.
+// Subscribes as the service does.
 class Subscriber final : public physicalEventObserver, public functionalEventObserver
 {
 public:
@@ -88,8 +88,7 @@ class PhysicalInterfaceTest : public testing::Test
 protected:
     PhysicalInterfaceTest()
         : configuration_(Configuration::standard())
-        , settings_(ConfigurationStore::open({}).value(), configuration_)
-        , keys_(configuration_, settings_)
+        , keys_(configuration_)
     {}
     ~PhysicalInterfaceTest() override { keys_.shutdown(); }
 
@@ -100,13 +99,12 @@ protected:
     }
 
     Configuration configuration_;
-    Settings settings_;
     PhysicalInterface keys_;
     Subscriber subscriber_;
     Handler handler_;
 };
 
-TEST_F(PhysicalInterfaceTest, Subscriber_HearsFirstThatTheKeysCanBeUsed)
+TEST_F(PhysicalInterfaceTest, Subscriber_IsFirstToldThatTheKeysAreReady)
 {
     subscriber_.subscribeTo(keys_);
     EXPECT_THAT(seen(), ElementsAre("available"));
@@ -153,7 +151,7 @@ TEST_F(PhysicalInterfaceTest, OtherKeys_BelongToTheKeyApplication)
     keys_.setKeyHandler(nullptr);
 }
 
-TEST_F(PhysicalInterfaceTest, KeyOutsideTheLayout_IsRefusedWithWhatThereIs)
+TEST_F(PhysicalInterfaceTest, KeyOutsideTheLayout_IsRefusedWithTheRangeOfTheLayout)
 {
     EXPECT_EQ(reasonOf(keys_.press("0")), "there is no key \"0\"; the layout has 1 to 15");
     EXPECT_EQ(reasonOf(keys_.press("16")), "there is no key \"16\"; the layout has 1 to 15");
@@ -192,7 +190,7 @@ TEST_F(PhysicalInterfaceTest, HookAndPlugs_ReachTheirSubscribers)
     keys_.setKeyHandler(nullptr);
 }
 
-TEST_F(PhysicalInterfaceTest, SubscriptionToNothingKnown_IsRefused)
+TEST_F(PhysicalInterfaceTest, SubscriptionWithoutAKnownEvent_IsRefused)
 {
     std::vector<PhysDefs::SubscriptionGrp> unknown{PhysDefs::KeyGrpButtonEvents(99, 1),
                                                    PhysDefs::FunctionalEventSubscription(57, 5)};
@@ -205,7 +203,7 @@ TEST_F(PhysicalInterfaceTest, SubscriptionToNothingKnown_IsRefused)
     EXPECT_FALSE(keys_.subscribeFunctionalEvents(&subscriber_, unknown));
 }
 
-TEST_F(PhysicalInterfaceTest, Lamps_AreSetByNumber_AndSeenByKeyLabelAndName)
+TEST_F(PhysicalInterfaceTest, Lamps_AreSetByNumber_AndReadByKeyLabelAndName)
 {
     keys_.setLamp(10, PhysDefs::lampFlashing, PhysDefs::lampGreen, 0);
     keys_.setLamp(69, PhysDefs::lampFluttering, PhysDefs::lampAmber, 0);
@@ -247,10 +245,10 @@ TEST_F(PhysicalInterfaceTest, LampRows_NameEachLampOnce)
                     "     SecondAlert                   flashing  amber"));
 }
 
-TEST_F(PhysicalInterfaceTest, KeyRows_SayWhatEachKeyDoes)
+TEST_F(PhysicalInterfaceTest, KeyRows_ShowTheFunctionOfEachKey)
 {
     configuration_.keys[2].monitorOnly = true;
-    PhysicalInterface keys(configuration_, settings_);
+    PhysicalInterface keys(configuration_);
     auto const rows = keys.keyRows();
 
     ASSERT_EQ(rows.size(), 15U);
@@ -260,7 +258,7 @@ TEST_F(PhysicalInterfaceTest, KeyRows_SayWhatEachKeyDoes)
     keys.shutdown();
 }
 
-TEST_F(PhysicalInterfaceTest, LampEvents_ReachWhoSubscribesToLamps)
+TEST_F(PhysicalInterfaceTest, LampEvents_ReachSubscribersToLamps)
 {
     std::vector<PhysDefs::SubscriptionGrp> lamps{PhysDefs::ActionGrp(2, 4)};
     ASSERT_TRUE(keys_.subscribePhysicalEvents(&subscriber_, lamps));
@@ -271,19 +269,11 @@ TEST_F(PhysicalInterfaceTest, LampEvents_ReachWhoSubscribesToLamps)
     EXPECT_THAT(seen(), ElementsAre("lamp 10 1 2", "lamp 10 0 0"));
 }
 
-TEST_F(PhysicalInterfaceTest, ForwardingCleared_PutsItsLampsOut)
+TEST_F(PhysicalInterfaceTest, ForwardingCleared_SwitchesItsLampsOff)
 {
     keys_.lampBoard().setKey(5, {PhysDefs::lampSteady, PhysDefs::lampAmber});
     keys_.forwardingCleared();
     EXPECT_EQ(keys_.lampMode("forwarding"), "off");
-}
-
-TEST_F(PhysicalInterfaceTest, Lock_IsASetting)
-{
-    EXPECT_TRUE(keys_.setLocked(true));
-    EXPECT_TRUE(settings_.flag("phone-locked"));
-    EXPECT_TRUE(keys_.setLocked(false));
-    EXPECT_FALSE(settings_.flag("phone-locked"));
 }
 
 // Four people press at once, far more than a thousand times a second: nothing is lost and each one's order is kept.

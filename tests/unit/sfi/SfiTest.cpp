@@ -12,10 +12,11 @@
 #include "telephone/lines/LineTable.h"
 #include "telephone/lines/Lines.h"
 #include "telephone/management/ConfigurationStore.h"
+#include "telephone/management/LocalManagement.h"
 #include "telephone/management/Settings.h"
 #include "telephone/sfi/SettingsCallPolicy.h"
-#include "tests/integration/calls/EnginePhone.h"
-#include "tests/integration/calls/EventRecorder.h"
+#include "tests/helpers/EnginePhone.h"
+#include "tests/helpers/EventRecorder.h"
 
 namespace telephone::test {
 
@@ -91,7 +92,7 @@ protected:
     // A call to one of bob's lines, connected.
     void connect(int callID, std::string const& line, bool flags = true)
     {
-        const std::string id = std::to_string(callID);
+        std::string const id = std::to_string(callID);
         ASSERT_EQ(make(callID, bob_.uri(line), flags), sfiSuccess);
         ASSERT_TRUE(recorder_.waitFor("state 4711 " + id + " RemoteRinging Normal " + line));
         for (CallSnapshot const& call : bob_.engine().calls()) {
@@ -105,7 +106,7 @@ protected:
     sfiResult hold(int callID, int feature, bool manual)
     {
         sfiCallInfo call = record(1, callID);
-        const std::lock_guard guard(engine_);
+        std::lock_guard const guard(engine_);
         sfi_.SetManualHoldIndication(&call, manual);
         return sfi_.CallFeature(&call, static_cast<sfiFeature>(feature), "", 1);
     }
@@ -272,14 +273,32 @@ TEST_F(SfiTest, Timer_ExpiresAtTheService)
 TEST_F(SfiTest, ManageableData_IsStored)
 {
     ManageableData data;
-    DataNode value;
-    value.setValue("true");
-    data.setRootId("phone-locked", nullptr);
-    data.populate("phone-locked", value);
+    putItem(data, "phone-locked", "true");
 
-    EXPECT_NE(sfi_.ApplyManageableData(data, false), 0);
+    EXPECT_EQ(sfi_.ApplyManageableData(data, false), 1);
 
     EXPECT_TRUE(sfi_.IsPhoneLocked());
+}
+
+TEST_F(SfiTest, ManageableDataWithARefusedItem_IsRefusedWhole)
+{
+    ManageableData data;
+    putItem(data, "phone-locked", "true");
+    putItem(data, "coffee", "strong");
+
+    EXPECT_EQ(sfi_.ApplyManageableData(data, false), 0);
+
+    EXPECT_FALSE(sfi_.IsPhoneLocked());
+}
+
+TEST_F(SfiTest, NoticeOfTheStore_WritesNothing)
+{
+    ManageableData data;
+    putItem(data, "phone-locked", "true");
+
+    EXPECT_EQ(sfi_.ApplyManageableData(data, true), 1);
+
+    EXPECT_FALSE(sfi_.IsPhoneLocked());
 }
 
 TEST_F(SfiTest, MessageWaitingThatIsNotKnown_LeavesTheRecordAsItIs)

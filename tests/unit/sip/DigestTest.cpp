@@ -23,9 +23,9 @@ std::string credentials(std::string const& nonce, std::string const& response)
 
 TEST(Digest, Challenge_NamesTheRealmAndANewNonceEachTime)
 {
-    const DigestServer server("pbx");
+    DigestServer const server("pbx");
 
-    const std::string first = server.challenge();
+    std::string const first = server.challenge();
 
     EXPECT_EQ(0U, first.find("Digest realm=\"pbx\", nonce=\""));
     EXPECT_NE(std::string::npos, first.find("qop=\"auth\", algorithm=MD5"));
@@ -36,7 +36,7 @@ TEST(Digest, Challenge_NamesTheRealmAndANewNonceEachTime)
 
 TEST(Digest, NothingOrAnotherRealm_IsNoCredentials)
 {
-    const DigestServer server("pbx");
+    DigestServer const server("pbx");
 
     EXPECT_EQ(Verdict::kNoCredentials, server.judge("REGISTER", "", passwordOf).verdict);
     EXPECT_EQ(Verdict::kNoCredentials, server.judge("REGISTER", "Basic abc", passwordOf).verdict);
@@ -50,7 +50,7 @@ TEST(Digest, NothingOrAnotherRealm_IsNoCredentials)
 // MD5 of "4711:pbx:secret", ":someNonce:", MD5 of "REGISTER:sip:pbx", worked out with the md5sum command.
 TEST(Digest, RightAnswerToANonceThatIsNotOurs_IsStale)
 {
-    const DigestServer server("pbx");
+    DigestServer const server("pbx");
 
     auto const result =
         server.judge("REGISTER", credentials("someNonce", "d5cb5629ec43959d1312087c347b62b3"), passwordOf);
@@ -61,7 +61,7 @@ TEST(Digest, RightAnswerToANonceThatIsNotOurs_IsStale)
 
 TEST(Digest, WrongAnswer_IsWrong)
 {
-    const DigestServer server("pbx");
+    DigestServer const server("pbx");
 
     EXPECT_EQ(
         Verdict::kWrong,

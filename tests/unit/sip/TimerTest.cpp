@@ -29,7 +29,7 @@ TEST_F(TimerTest, Timers_ExpireInTheOrderOfTheirTimesAndOfTheirStart)
 
     auto const deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
     auto const count = [&] {
-        const std::lock_guard guard(loop);
+        std::lock_guard const guard(loop);
         return expired.size();
     };
     while (count() < kCount - 1 && std::chrono::steady_clock::now() < deadline) {

@@ -21,7 +21,7 @@ TEST_F(KeysetTest, Instances_AreTheOnesThatLive)
     EXPECT_EQ(FeatureToggle::Instance(), toggles_.get());
 }
 
-TEST_F(KeysetTest, Keyset_IsActiveOnATelephoneOfSeveralLinesOnly)
+TEST_F(KeysetTest, Keyset_IsActiveOnATelephoneWithSeveralLines)
 {
     buildTeam();
     EXPECT_TRUE(keyset_->isKeysetActive());
@@ -39,7 +39,7 @@ TEST_F(KeysetTest, Keyset_OfASingleLineTelephone_IsNotActive)
     EXPECT_FALSE(keyset_->changeMultiUser("4711"));
 }
 
-TEST_F(KeysetTest, AnswerCall_AnswersWhatRingsOnTheLine)
+TEST_F(KeysetTest, AnswerCall_AnswersTheCallRingingOnTheLine)
 {
     buildTeam();
     offer(130, 1001);
@@ -52,7 +52,7 @@ TEST_F(KeysetTest, AnswerCall_AnswersWhatRingsOnTheLine)
     EXPECT_THAT(calls_.takeAsked(), ElementsAre("answer 1001", "answer 1001"));
 }
 
-TEST_F(KeysetTest, RetrieveCall_TakesTheCallItNames_ElseTheOneOnHold)
+TEST_F(KeysetTest, RetrieveCall_RetrievesTheNamedCall_OrElseTheOneOnHold)
 {
     buildTeam();
     changeCall(1, 5, sfiCallStateHeld);
@@ -64,7 +64,7 @@ TEST_F(KeysetTest, RetrieveCall_TakesTheCallItNames_ElseTheOneOnHold)
     EXPECT_THAT(calls_.takeAsked(), ElementsAre("retrieve 5", "retrieve 5"));
 }
 
-TEST_F(KeysetTest, MakeCall_SelectsTheLine_AndUnreserveGivesItBack)
+TEST_F(KeysetTest, MakeCall_SelectsTheLine_AndUnreserveReleasesIt)
 {
     buildTeam();
     keyset_->makeCall("4712");
@@ -94,7 +94,7 @@ TEST_F(KeysetTest, ReserveNextAppearance_IsUsedByTheNextCall)
     EXPECT_EQ(lines_->getLine("4713")->getChildBCALineIdReservedForConsultationCall(), 0);
 }
 
-TEST_F(KeysetTest, ReserveNextAppearance_OfALineThatIsFull_Fails)
+TEST_F(KeysetTest, ReserveNextAppearance_OfAFullLine_Fails)
 {
     buildTeam();
     changeCall(1, 1, sfiCallStateConnected);
@@ -107,7 +107,7 @@ TEST_F(KeysetTest, ReserveNextAppearance_OfALineThatIsFull_Fails)
     EXPECT_FALSE(keyset_->reserveNextSCA("4799"));
 }
 
-TEST_F(KeysetTest, BridgedOutgoingCall_ReservesAndDials_OrGivesTheLineBack)
+TEST_F(KeysetTest, BridgedOutgoingCall_ReservesAndDials_OrReleasesTheLine)
 {
     buildTeam();
     keyset_->initiateBCAOutgoingCall("4713", "103");
@@ -120,7 +120,7 @@ TEST_F(KeysetTest, BridgedOutgoingCall_ReservesAndDials_OrGivesTheLineBack)
     EXPECT_THAT(calls_.takeAsked(), ElementsAre("make 4712 1002 103"));
 }
 
-TEST_F(KeysetTest, AnyLine_StandsForTheFirstThatIsFree)
+TEST_F(KeysetTest, AnyLine_StandsForTheFirstFreeLine)
 {
     buildTeam();
     EXPECT_TRUE(keyset_->isSpoofedDummyLine("anyLine"));
@@ -132,7 +132,7 @@ TEST_F(KeysetTest, AnyLine_StandsForTheFirstThatIsFree)
     EXPECT_EQ(stateOf("4712"), eLineStateSelected);
 }
 
-TEST_F(KeysetTest, IncomingCallPriority_CountsTheLinesThatRing_PrimaryFirst_IgnoredLast)
+TEST_F(KeysetTest, IncomingCallPriority_RanksRingingLines_PrimaryFirst_IgnoredLast)
 {
     buildTeam();
     EXPECT_EQ(keyset_->getIncomingCallPriority("4711"), 0);
@@ -160,7 +160,7 @@ TEST_F(KeysetTest, MultiUser_IsThePrimaryLineUntilAnotherIsChosen)
     EXPECT_EQ(keyset_->getCurrentMultiUser(), "4713");
 }
 
-TEST_F(KeysetTest, ServiceInitiatedLine_IsSelectedAsLongAsItIsSo)
+TEST_F(KeysetTest, ServiceInitiatedLine_StaysSelectedWhileInitiated)
 {
     buildTeam();
     keyset_->setIsInServiceInitiatedState("4712", true);
@@ -170,7 +170,7 @@ TEST_F(KeysetTest, ServiceInitiatedLine_IsSelectedAsLongAsItIsSo)
     keyset_->setIsInServiceInitiatedState("4799", true);
 }
 
-TEST_F(KeysetTest, PreviewKey_ShowsOneCallAfterTheOther_AndIgnoreSilencesTheOneShown)
+TEST_F(KeysetTest, PreviewKey_StepsThroughTheCalls_AndIgnoreSilencesTheOneShown)
 {
     buildTeam();
     offer(1, 1001);

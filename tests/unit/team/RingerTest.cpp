@@ -10,7 +10,7 @@ namespace {
 class RingerTest : public TeamFixture
 {};
 
-TEST_F(RingerTest, CallOnTheKeysetOnly_AlertsByItsLampAlone_AsLongAsItAlerts)
+TEST_F(RingerTest, CallOnTheKeysetOnly_AlertsByItsLampAlone)
 {
     buildTeam();
     offer(1, 1001);
@@ -44,7 +44,7 @@ TEST_F(RingerTest, CallOnTheKeysetOnly_LeavesTheOtherCallsOfItsLineAudible)
     EXPECT_FALSE(bell_.isRinging());
 }
 
-TEST_F(RingerTest, Telephone_RingsWhileACallIsToBeHeard)
+TEST_F(RingerTest, Telephone_RingsWhileACallIsAudible)
 {
     configuration_.lines[1].ring = 0;
     buildTeam();
@@ -60,7 +60,7 @@ TEST_F(RingerTest, Telephone_RingsWhileACallIsToBeHeard)
     EXPECT_FALSE(bell_.isRinging());
 }
 
-TEST_F(RingerTest, IsolatedLine_IsTheOnlyOneThatIsHeard)
+TEST_F(RingerTest, IsolatedLine_IsTheOnlyAudibleOne)
 {
     buildTeam();
     keyset_->callIsolation("4712", true);
@@ -72,7 +72,7 @@ TEST_F(RingerTest, IsolatedLine_IsTheOnlyOneThatIsHeard)
     EXPECT_TRUE(bell_.isRinging());
 }
 
-TEST_F(RingerTest, RingDelay_IsWaitedFor_UnlessImmediateRingIsOn)
+TEST_F(RingerTest, RingDelay_Applies_UnlessImmediateRingIsOn)
 {
     configuration_.lines[0].ringDelay = 1;
     buildTeam();

@@ -36,7 +36,7 @@ TEST_F(TeamFeaturesTest, ForwardingKey_SwitchesTheServicesForwarding)
     EXPECT_THAT(service_.takeNoted(), ElementsAre("forward"));
 }
 
-TEST_F(TeamFeaturesTest, ForwardingKey_WithADestinationOfItsOwn_UsesThat_AndSwitchesOffAgain)
+TEST_F(TeamFeaturesTest, ForwardingKey_WithItsOwnDestination_UsesIt_AndSwitchesOffAgain)
 {
     configuration_.keys[6].target = "103";
     buildTeam();
@@ -65,7 +65,7 @@ TEST_F(TeamFeaturesTest, DoNotDisturbKey_SwitchesTheServicesDoNotDisturb)
     features_->flush();
 }
 
-TEST_F(TeamFeaturesTest, BusyLampField_ShowsItsParty)
+TEST_F(TeamFeaturesTest, BusyLampField_ShowsTheStateOfItsParty)
 {
     buildTeam();
     std::lock_guard const lock(calls_);
@@ -106,7 +106,7 @@ TEST_F(TeamFeaturesTest, BusyLampField_CallsPicksUpConsultsAndTransfers)
                 ElementsAre("make 4711 1001 103", "pickup 4711 1002 103", "consult 4711 1003 103", "transfer 5 103"));
 }
 
-TEST_F(TeamFeaturesTest, BusyLampField_ThatOnlyShows_NeverActs)
+TEST_F(TeamFeaturesTest, MonitorOnlyBusyLampField_NeverActs)
 {
     configuration_.keys[4].monitorOnly = true;
     buildTeam();
@@ -131,7 +131,7 @@ TEST_F(TeamFeaturesTest, PickupRequests_NameTheCallAndItsLine)
     EXPECT_THAT(calls_.takeAsked(), IsEmpty());
 }
 
-TEST_F(TeamFeaturesTest, ToggleKey_SwitchesItsFeatureAndLamp)
+TEST_F(TeamFeaturesTest, ToggleKey_TogglesItsFeatureAndLamp)
 {
     buildTeam();
     toggles_->ftToggleKeyPressed(11);
@@ -146,7 +146,7 @@ TEST_F(TeamFeaturesTest, ToggleKey_SwitchesItsFeatureAndLamp)
     EXPECT_FALSE(settings_->flag("feature-toggle/99"));
 }
 
-TEST_F(TeamFeaturesTest, FeatureActions_SwitchWhatTheKeysSwitch)
+TEST_F(TeamFeaturesTest, FeatureActions_SwitchTheSameFeaturesAsTheKeys)
 {
     buildTeam();
     EXPECT_CALL(service_, setDoNotDisturb("4711", true)).Times(2).WillRepeatedly(Return(sfiSuccess));

@@ -57,13 +57,15 @@ protected:
     void buildTeam()
     {
         buildKeys();
-        keyset_ = std::make_unique<Keyset>(*lines_, calls_, *settings_);
+        keyset_ = std::make_unique<Keyset>(*lines_, lines_->actions(), calls_, *settings_);
         ringer_ = std::make_unique<Ringer>(*lines_, calls_, timers_, *keyset_, bell_);
         ringer_->start();
         pickup_ = std::make_unique<PickupHandler>(*lines_, calls_);
         toggles_ = std::make_unique<FeatureToggles>(physical_->layout(), *settings_);
-        features_ = std::make_unique<TeamFeatures>(
-            TeamFeatures::Parts{*lines_, calls_, *keyset_, *toggles_, *pickup_, *physical_, *settings_, watch_}, "");
+        features_ =
+            std::make_unique<TeamFeatures>(TeamFeatures::Parts{*lines_, lines_->actions(), calls_, *keyset_, *toggles_,
+                                                               *pickup_, *physical_, *settings_, watch_},
+                                           "");
         features_->setCommsSrv(nullptr, &service_);
         features_->Activate();
     }

@@ -54,7 +54,7 @@ private:
     std::string received_;
 };
 
-TEST(UrlPushTest, Request_ReachesTheConfiguredAddress_WithEveryCharacterItHad)
+TEST(UrlPushTest, Request_ReachesTheConfiguredAddressUnaltered)
 {
     Receiver receiver;
     UrlPush push(receiver.address());
@@ -79,13 +79,13 @@ TEST(UrlPushTest, Address_OfAnotherMachineOrKind_IsRefused)
     }
 }
 
-TEST(UrlPushTest, Target_EscapesWhatAQueryCannotHold)
+TEST(UrlPushTest, Target_EscapesCharactersThatAQueryCannotContain)
 {
     EXPECT_EQ(UrlPush::target("/p", "a b", "\xC3\xA4"), "/p?url=a%20b&data=%C3%A4");
     EXPECT_EQ(UrlPush::target("/p?x=1", "-._~", ""), "/p?x=1&url=-._~&data=");
 }
 
-TEST(UrlPushTest, End_WhileNobodyAnswers_DoesNotHang)
+TEST(UrlPushTest, End_WhileTheServerDoesNotAnswer_DoesNotHang)
 {
     UrlPush push("http://127.0.0.1:1/nobody");
     for (int request = 0; request < 100; ++request) {

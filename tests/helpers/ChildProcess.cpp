@@ -41,7 +41,7 @@ ChildProcess::ChildProcess(std::string const& program, std::vector<std::string> 
 
 ChildProcess::~ChildProcess()
 {
-    // Asked first, so that it can end its own children.
+    // A request first, so that it can end its own children.
     if (isRunning()) {
         ::kill(process_, SIGTERM);
         wait(std::chrono::seconds(5));
@@ -82,18 +82,24 @@ void ChildProcess::kill()
 
 int freeUdpPort()
 {
-    int const probe = ::socket(AF_INET, SOCK_DGRAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    auto* const name = reinterpret_cast<sockaddr*>(&address);
-    bool const bound = ::bind(probe, name, length) == 0 && ::getsockname(probe, name, &length) == 0;
-    ::close(probe);
-    if (!bound) {
-        throw std::runtime_error("no free port");
+    constexpr int kFirst = 10000;
+    constexpr int kCount = 20000;
+    static int const offset = static_cast<int>(::getpid()) * 64;
+    static int tried = 0;
+    while (tried < kCount) {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        int const port = kFirst + (offset + tried++) % kCount;
+        address.sin_port = htons(static_cast<std::uint16_t>(port));
+        int const probe = ::socket(AF_INET, SOCK_DGRAM, 0);
+        bool const bound = ::bind(probe, reinterpret_cast<sockaddr const*>(&address), sizeof address) == 0;
+        ::close(probe);
+        if (bound) {
+            return port;
+        }
     }
-    return ntohs(address.sin_port);
+    throw std::runtime_error("no free port");
 }
 
 }  // namespace telephone::test

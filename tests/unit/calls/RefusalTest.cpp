@@ -1,5 +1,5 @@
-// Operations that cannot be done: each answers a failure, and no event follows.
-#include "EnginePhone.h"
+// Operations that are refused: each returns its refusal, and no event follows.
+#include "tests/helpers/EnginePhone.h"
 
 namespace telephone::test {
 
@@ -38,13 +38,13 @@ TEST_F(Refusal, CallIdInUse)
     EXPECT_FALSE(engine().pickups().group(1, 0, 1));
 }
 
-TEST_F(Refusal, CallIdThatIsNone)
+TEST_F(Refusal, CallIdBelowOne)
 {
     EXPECT_FALSE(engine().outgoing().make(1, 0, 0, bob_.uri()));
     EXPECT_FALSE(engine().outgoing().make(1, 0, -1, bob_.uri()));
 }
 
-TEST_F(Refusal, DestinationThatIsNone)
+TEST_F(Refusal, MalformedDestination)
 {
     EXPECT_FALSE(engine().outgoing().make(1, 0, 1, ""));
     EXPECT_FALSE(engine().outgoing().make(1, 0, 1, "sip:"));
@@ -81,7 +81,7 @@ TEST_F(Refusal, CallThatIsNotConnected)
     EXPECT_FALSE(engine().established().changeSecurity(1, false));
 }
 
-TEST_F(Refusal, DigitsThatAreNone)
+TEST_F(Refusal, InvalidDigits)
 {
     ring();
 
@@ -89,7 +89,7 @@ TEST_F(Refusal, DigitsThatAreNone)
     EXPECT_FALSE(engine().established().sendDigits(1, "12x"));
 }
 
-TEST_F(Refusal, RefusalThatIsNone)
+TEST_F(Refusal, UnknownReason)
 {
     ring();
     ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 Ringing Normal 4711"));

@@ -1,23 +1,23 @@
-// What an INVITE says about its call, as the events carry it; and what a far end does that few telephones do.
-#include "EnginePhone.h"
+// The contents of an INVITE in the events, and requests that few telephones send.
+#include "tests/helpers/EnginePhone.h"
 
 namespace telephone::test {
 
 namespace {
 
-// A far end of the adapter itself, which sends what the test wants.
+// A bare user agent, which sends what the test asks for.
 class Peer final : public sip::UserAgentObserver, public sip::SessionObserver
 {
 public:
     ~Peer() override
     {
-        const std::lock_guard guard(eventLoop());
+        std::lock_guard const guard(eventLoop());
         session_.reset();
     }
 
     bool call(std::string const& target, sip::Headers const& headers)
     {
-        const std::lock_guard guard(eventLoop());
+        std::lock_guard const guard(eventLoop());
         sip::CallRequest request;
         request.account.user = "9000";
         request.account.displayName = "Nina Nine";
@@ -33,13 +33,13 @@ public:
 
     bool info(sip::Content const& content)
     {
-        const std::lock_guard guard(eventLoop());
+        std::lock_guard const guard(eventLoop());
         return session_->sendInfo(content).has_value();
     }
 
     std::string digits() const
     {
-        const std::lock_guard guard(eventLoop());
+        std::lock_guard const guard(eventLoop());
         return digits_;
     }
 
@@ -84,7 +84,7 @@ TEST_F(Invitation, CallerWithAName_IsShownWithIt)
     phone_.expect({"incoming 4711 1001 9000 Nina Nine 2 - 0"});
 }
 
-TEST_F(Invitation, DivertedCall_NamesWhoDivertedItAndWhy)
+TEST_F(Invitation, DivertedCall_NamesTheDivertingPartyAndTheReason)
 {
     ASSERT_TRUE(peer_.call(phone_.uri(), {{"Diversion", "<sip:4799@example.org>;reason=user-busy"}}));
 
@@ -150,7 +150,7 @@ TEST_F(Invitation, SecurityChangeToPlain_RenewsTheMediaAndTellsIt)
     phone_.expect({"security 4711 1001 1"});
 }
 
-TEST_F(Invitation, ReplacesOfACallThatIsNot_IsRefused)
+TEST_F(Invitation, ReplacesOfAnUnknownCall_IsRefused)
 {
     ASSERT_TRUE(peer_.call(phone_.uri(), {{"Replaces", "no-such@call;to-tag=1;from-tag=2"}}));
 

@@ -1,4 +1,4 @@
-// Plain lines without a model behind them: number 1 and up, in the order given.
+// Plain lines, numbered from 1 in the order in which they are added.
 #pragma once
 
 #include <string>

@@ -1,5 +1,5 @@
-// Two engines that call each other directly: a call's whole life, its events in order.
-#include "EnginePhone.h"
+// Two engines that call each other directly: the life of a call and its events in order.
+#include "tests/helpers/EnginePhone.h"
 
 namespace telephone::test {
 
@@ -15,7 +15,7 @@ protected:
     {
         ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, callID, bob_.uri()));
         bob_.expect({"incoming 4722 1001 4711 - 2 - 0", "state 4722 1001 Ringing Normal 4711"});
-        const std::string id = std::to_string(callID);
+        std::string const id = std::to_string(callID);
         alice_.expect({"state 4711 " + id + " Dialling Normal 4722", "state 4711 " + id + " Proceeding Normal 4722",
                        "state 4711 " + id + " RemoteRinging Normal 4722"});
         ASSERT_TRUE(bob_.engine().answer(1001));
@@ -99,7 +99,7 @@ TEST_F(TwoPhones, HoldOfBothAtOnce_SettlesInSpiteOfGlare)
     connect(1);
 
     {
-        const std::lock_guard guard(eventLoop());
+        std::lock_guard const guard(eventLoop());
         ASSERT_TRUE(alice_.engine().established().hold(1));
         ASSERT_TRUE(bob_.engine().established().hold(1001));
     }

@@ -1,4 +1,4 @@
-#include "telephone/lines/WorkQueue.h"
+#include "telephone/framework/WorkQueue.h"
 
 #include <exception>
 #include <utility>

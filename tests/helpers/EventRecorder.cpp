@@ -141,7 +141,7 @@ std::string number(int value)
 EventPoster EventRecorder::poster()
 {
     return [this](Event event) {
-        const std::lock_guard guard(mutex_);
+        std::lock_guard const guard(mutex_);
         queue_.push_back(std::move(event));
         posted_.notify_all();
     };
@@ -180,7 +180,7 @@ bool EventRecorder::waitFor(std::string const& line, std::vector<std::string>* s
     auto const end = std::chrono::steady_clock::now() + kDeadline;
     for (;;) {
         auto const left = std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
-        const std::string came = next(std::max(left, std::chrono::milliseconds(0)));
+        std::string const came = next(std::max(left, std::chrono::milliseconds(0)));
         if (came == line) {
             return true;
         }

@@ -1,4 +1,4 @@
-// Writes each event of an engine as one short line of text, so that tests can say literally what they expect. Events
+// Writes each event of an engine as one short line of text, which tests compare literally. Events
 // are delivered by the thread that waits for them, with no lock held.
 #pragma once
 
@@ -19,7 +19,7 @@ class EventRecorder final : private CommunicationsServiceEventIfc
 public:
     static constexpr std::chrono::seconds kDeadline{8};
 
-    // What the line of an incoming call leaves out.
+    // The part of an incoming call that its line omits.
     struct Alert
     {
         std::string uri;
@@ -32,11 +32,11 @@ public:
 
     // The next event; "nothing came" after the deadline.
     std::string next(std::chrono::milliseconds deadline = kDeadline);
-    // The next so many events.
+    // That many next events.
     std::vector<std::string> next(std::size_t count);
-    // Skips events until that one comes; false after the deadline. What was skipped is in `skipped`.
+    // Skips events until that one arrives; false after the deadline. `skipped` receives the others.
     bool waitFor(std::string const& line, std::vector<std::string>* skipped = nullptr);
-    // What has come and was not read.
+    // The events that were not read yet.
     std::vector<std::string> rest();
     // The XML of the last conferenceStatusEvent, the body of the last CSTA event.
     std::string const& lastDocument() const { return lastDocument_; }

@@ -1,4 +1,4 @@
-// A program that a test starts, and ends by its process id at the latest when the object goes.
+// A program that a test starts. The destructor ends it.
 #pragma once
 
 #include <chrono>
@@ -11,14 +11,14 @@ namespace telephone::test {
 class ChildProcess
 {
 public:
-    // folder: where it runs; its output goes nowhere.
+    // folder: its working directory. Its output is discarded.
     ChildProcess(std::string const& program, std::vector<std::string> const& arguments, std::string const& folder);
     ~ChildProcess();
     ChildProcess(ChildProcess const&) = delete;
     ChildProcess& operator=(ChildProcess const&) = delete;
 
     bool isRunning();
-    // Its exit status; nothing when it still runs after the deadline.
+    // Its exit status; nothing if it is still running at the deadline.
     std::optional<int> wait(std::chrono::seconds deadline);
     void kill();
 
@@ -27,7 +27,8 @@ private:
     std::optional<int> status_;
 };
 
-// A UDP port of the loopback address that nobody uses now.
+// A free UDP port of the loopback address, below those that the kernel chooses for sockets without one, and another one
+// for each call and process: no other test takes it before it is bound.
 int freeUdpPort();
 
 }  // namespace telephone::test

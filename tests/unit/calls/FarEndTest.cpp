@@ -1,15 +1,15 @@
-// Far ends and servers that go away: every call ends here all the same, once.
+// Far ends that do not answer, go away or have nothing in common with this telephone.
 #include <arpa/inet.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include "ExchangePhones.h"
+#include "tests/helpers/EnginePhone.h"
 
 namespace telephone::test {
 
 namespace {
 
-// A UDP port that takes everything and answers nothing.
+// A UDP port that receives everything and answers nothing.
 class SilentPort
 {
 public:
@@ -104,41 +104,6 @@ TEST(CallToOneself, RingsAndIsAnswered)
         return alice.engine().call(1)->state == sfiCallStateConnected &&
                alice.engine().call(1001)->state == sfiCallStateConnected;
     }));
-}
-
-TEST_F(ThreePhones, AnswerAndClearAtTheSameTime_EndBothSides)
-{
-    ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1, "4722"));
-    ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 Ringing Normal 4711"));
-    ASSERT_TRUE(alice_.events().waitFor("state 4711 1 RemoteRinging Normal 4722"));
-
-    {
-        const std::lock_guard guard(eventLoop());
-        ASSERT_TRUE(bob_.engine().answer(1001));
-        ASSERT_TRUE(alice_.engine().clear(1));
-    }
-
-    EXPECT_TRUE(eventually([this] { return alice_.engine().calls().empty() && bob_.engine().calls().empty(); }));
-}
-
-TEST_F(ThreePhones, ConsultationWhoseHoldIsRefused_Fails)
-{
-    connectAliceAndBob();
-    // What bob holds at the same time makes it glare; here the whole far end goes while the hold is under way.
-    ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 2, "4733", CallPurpose::kConsultation));
-    ASSERT_TRUE(bob_.engine().clear(1001));
-
-    EXPECT_TRUE(alice_.events().waitFor("state 4711 1 Idle Normal 4722"));
-    EXPECT_TRUE(carol_.events().waitFor("state 4733 1001 Ringing Normal 4711"));
-}
-
-TEST_F(ThreePhones, CallIdsOfIncomingCalls_GoUpAndAreNotUsedTwice)
-{
-    ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1, "4733"));
-    ASSERT_TRUE(carol_.events().waitFor("state 4733 1001 Ringing Normal 4711"));
-    ASSERT_TRUE(bob_.engine().outgoing().make(1, 0, 1, "4733"));
-
-    EXPECT_TRUE(carol_.events().waitFor("state 4733 1002 Ringing Normal 4722"));
 }
 
 }  // namespace telephone::test

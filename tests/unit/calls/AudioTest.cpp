@@ -1,13 +1,13 @@
-// What is heard: tones, mute, hold, taps, digits and the mix of a conference, measured on real RTP.
+// The audio of calls on real RTP: tones, mute, hold, taps, digits and the mix of a conference.
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <numbers>
 
-#include "ExchangePhones.h"
 #include "telephone/media/ToneSource.h"
 #include "telephone/media/WavSource.h"
 #include "telephone/media/WavWriter.h"
+#include "tests/helpers/EnginePhone.h"
 
 namespace telephone::test {
 
@@ -55,11 +55,11 @@ public:
 
 bool hears(Ear const& ear, double frequency)
 {
-    const std::lock_guard guard(eventLoop());
+    std::lock_guard const guard(eventLoop());
     return shareOf(frequency, ear.last) > 0.1;
 }
 
-// A sound file of one tone, for a telephone that can be told apart.
+// A sound file of one tone, by which a telephone is recognised.
 std::string toneFile(double frequency)
 {
     auto const path = std::filesystem::temp_directory_path() / ("tone-" + std::to_string(::getpid()) + '-' +
@@ -74,11 +74,11 @@ std::string toneFile(double frequency)
     return path;
 }
 
-// Three telephones that say 400, 800 and 1200 Hz: whole periods in a frame, and in the file.
+// Three telephones that send 400, 800 and 1200 Hz, whole periods in a frame and in the file.
 class Sound : public ::testing::Test
 {
 protected:
-    const std::string files_[3]{toneFile(400), toneFile(800), toneFile(1200)};
+    std::string const files_[3]{toneFile(400), toneFile(800), toneFile(1200)};
     EnginePhone alice_{saying(files_[0], "4711")};
     EnginePhone bob_{saying(files_[1], "4722")};
     EnginePhone carol_{saying(files_[2], "4733")};
@@ -99,7 +99,7 @@ protected:
         }
     }
 
-    // alice calls somebody, whose first call it is.
+    // alice makes the first call of another telephone.
     void connect(EnginePhone& called, int callID)
     {
         ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, callID, called.uri()));
@@ -132,7 +132,7 @@ TEST_F(Sound, MicrophoneMute_SendsSilence)
 
     EXPECT_TRUE(alice_.engine().list().microphoneMute());
     EXPECT_TRUE(eventually([this] {
-        const std::lock_guard guard(eventLoop());
+        std::lock_guard const guard(eventLoop());
         return ears_[1].silent >= 10;
     }));
     alice_.engine().list().setMicrophoneMute(false);
@@ -148,7 +148,7 @@ TEST_F(Sound, HeldCall_HearsNothing)
     ASSERT_TRUE(alice_.engine().established().hold(1));
 
     EXPECT_TRUE(eventually([this] {
-        const std::lock_guard guard(eventLoop());
+        std::lock_guard const guard(eventLoop());
         return ears_[1].silent >= 10;
     }));
     ASSERT_TRUE(alice_.engine().established().retrieve(1));
@@ -183,7 +183,7 @@ TEST_F(Sound, ConferenceThatIsMuted_StillConnectsTheOthers)
     EXPECT_TRUE(eventually([this] { return !hears(ears_[1], 400) && hears(ears_[1], 1200); }));
 }
 
-TEST_F(Sound, ConferencePartyThatLeft_IsHeardNoMore)
+TEST_F(Sound, ConferencePartyThatLeft_IsNoLongerHeard)
 {
     connect(bob_, 1);
     connect(carol_, 2);
@@ -196,7 +196,7 @@ TEST_F(Sound, ConferencePartyThatLeft_IsHeardNoMore)
     EXPECT_TRUE(eventually([this] { return hears(ears_[1], 400) && !hears(ears_[1], 1200); }));
 }
 
-TEST_F(Sound, RemovedTap_HearsNothingMore)
+TEST_F(Sound, RemovedTap_HearsNothing)
 {
     connect(bob_, 1);
     ASSERT_TRUE(alice_.engine().list().addTap(1, ears_[0]));
@@ -206,7 +206,7 @@ TEST_F(Sound, RemovedTap_HearsNothingMore)
     int const frames = ears_[0].frames;
     ASSERT_TRUE(bob_.engine().list().addTap(1001, ears_[1]));
     ASSERT_TRUE(eventually([this] {
-        const std::lock_guard guard(eventLoop());
+        std::lock_guard const guard(eventLoop());
         return ears_[1].frames > 10;
     }));
 
@@ -233,7 +233,7 @@ TEST(Heard, IsWrittenToAFile)
         ASSERT_TRUE(alice.engine().list().addTap(1, ear));
         ASSERT_TRUE(eventually([&ear] { return hears(ear, ToneSource::kFrequency); }));
         ASSERT_TRUE(eventually([&ear] {
-            const std::lock_guard guard(eventLoop());
+            std::lock_guard const guard(eventLoop());
             return ear.frames > 20;
         }));
     }
@@ -247,7 +247,7 @@ TEST(Heard, IsWrittenToAFile)
     std::filesystem::remove(path);
 }
 
-TEST(Sources, FileThatIsNone_IsRefusedWithItsName)
+TEST(Sources, FileThatCannotBeRead_IsRefusedWithItsName)
 {
     EnginePhone::Options options;
     options.engine.audioSource = "/nowhere/at-all.wav";

@@ -48,9 +48,9 @@ public:
     EventRecorder& events() { return events_; }
     // Address at which a line can be called directly.
     std::string uri(std::string const& line = {}) const;
-    // Whether a call is offered or rings here.
+    // Whether a call is offered or ringing here.
     bool alerts() const;
-    // The next events, exactly these.
+    // Checks that the next events are exactly these.
     void expect(std::vector<std::string> const& lines);
 
     std::map<sfiForwardingType, ForwardingRule> rules;  // under the phone lock
