@@ -82,12 +82,9 @@ Outcome<> checkWord(RequestParameter const& parameter, std::string_view value)
     if (parameter.values == nullptr || parameter.values->findWord(value) != nullptr) {
         return {};
     }
-    std::vector<std::string_view> words;
-    for (auto const& each : *parameter.values) {
-        words.push_back(each.word);
-    }
     return bad(std::string(parameter.tag) + " " + quoted(value) + " is not a word of " +
-               std::string(parameter.values->name) + suggestion(value, words));
+               std::string(parameter.values->name) +
+               suggestion(value, namesOf(*parameter.values, &EnumerationValue::word)));
 }
 
 Outcome<> checkValue(RequestParameter const& parameter, std::string_view value)
@@ -114,11 +111,8 @@ Outcome<> checkParameter(RequestDescription const& request, Element const& eleme
     std::string const what = std::string(request.name) + " has ";
     RequestParameter const* const parameter = findParameter(request, element.name);
     if (parameter == nullptr || parameter->kind == RequestParameterKind::body) {
-        std::vector<std::string_view> tags;
-        for (auto const& each : request.parameters) {
-            tags.push_back(each.tag);
-        }
-        return bad(what + "no parameter " + std::string(element.name) + suggestion(element.name, tags));
+        return bad(what + "no parameter " + std::string(element.name) +
+                   suggestion(element.name, namesOf(request.parameters, &RequestParameter::tag)));
     }
     if (std::find(present.begin(), present.end(), element.name) != present.end()) {
         return bad(what + "the parameter " + std::string(element.name) + " twice; the first one counts");
@@ -151,11 +145,8 @@ Outcome<RequestDescription const*> findMethod(std::string_view& text)
     if (RequestDescription const* const request = findRequestDescription(method->value)) {
         return request;
     }
-    std::vector<std::string_view> names;
-    for (auto const& each : kRequestDescriptions) {
-        names.push_back(each.name);
-    }
-    return bad("there is no request " + std::string(method->value) + suggestion(method->value, names));
+    return bad("there is no request " + std::string(method->value) +
+               suggestion(method->value, namesOf(kRequestDescriptions, &RequestDescription::name)));
 }
 
 // --- events

@@ -340,10 +340,7 @@ Outcome<std::string> ProtocolDescription::describe(std::string_view name) const
 
 std::vector<std::string_view> ProtocolDescription::names() const
 {
-    std::vector<std::string_view> names;
-    for (auto const& request : kRequestDescriptions) {
-        names.push_back(request.name);
-    }
+    std::vector<std::string_view> names = namesOf(kRequestDescriptions, &RequestDescription::name);
     for (auto const& event : kEventDescriptions) {
         names.push_back(event.method.empty() ? event.operation : event.method);
     }
@@ -353,7 +350,7 @@ std::vector<std::string_view> ProtocolDescription::names() const
     forEachElement([&names](std::string const& /*where*/, auto const& element) { names.push_back(element.tag); });
     for (auto const* const enumeration : kEnumerations) {
         names.push_back(enumeration->name);
-        auto const values = namesOfValues(*enumeration);
+        auto const values = namesOf(*enumeration, &EnumerationValue::name);
         names.insert(names.end(), values.begin(), values.end());
     }
     std::sort(names.begin(), names.end());

@@ -59,7 +59,7 @@ Outcome<EnumerationValue const*> findValue(Enumeration const& enumeration, std::
     }
     return refuse(RefusalKind::kBadInput, "\"" + std::string(typed) + "\" is not a value of " +
                                               std::string(enumeration.name) +
-                                              suggestion(typed, namesOfValues(enumeration)));
+                                              suggestion(typed, namesOf(enumeration, &EnumerationValue::name)));
 }
 
 std::string textOfValue(Enumeration const& enumeration, EnumerationValue const& value)
@@ -73,15 +73,6 @@ std::optional<long long> wholeNumber(std::string_view text)
     auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     bool const isWhole = error == std::errc() && end == text.data() + text.size();
     return isWhole ? std::optional(number) : std::nullopt;
-}
-
-std::vector<std::string_view> namesOfValues(Enumeration const& enumeration)
-{
-    std::vector<std::string_view> names;
-    for (auto const& value : enumeration) {
-        names.push_back(value.name);
-    }
-    return names;
 }
 
 }  // namespace telephone

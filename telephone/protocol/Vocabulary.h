@@ -5,7 +5,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "CommunicationsServiceEnumerations.h"
 #include "telephone/base/Refusal.h"
@@ -28,8 +27,5 @@ std::string textOfValue(Enumeration const& enumeration, EnumerationValue const& 
 
 // The number that a text consists of; nothing if it has other characters or is out of range.
 std::optional<long long> wholeNumber(std::string_view text);
-
-// The names of an enumeration's values, for completion.
-std::vector<std::string_view> namesOfValues(Enumeration const& enumeration);
 
 }  // namespace telephone
