@@ -8,8 +8,6 @@ namespace telephone {
 
 namespace {
 
-constexpr char const* kVersion = "telephone 1.0.0";
-
 constexpr char const* kFooter =
     "Without a command: the console.\n"
     "A request is written as METHOD Tag=value ..., or in full: '<Method>GetDevices</Method>'.";
@@ -50,6 +48,10 @@ void addCommands(CLI::App& app, CommandLine& line)
     store->add_option("WORDS", line.words, "list | get KEY | set KEY VALUE");
     // A value may begin with a minus sign.
     store->allow_extras(false);
+    CLI::App* const describe = add(app, line, Action::kDescribe, "describe", "Explains the protocol, or a name of it");
+    CLI::Option* const name =
+        describe->add_option("NAME", line.words, "Request, event, enumeration, element or value; without: an overview");
+    describe->add_flag("--json", line.json, "Everything, as JSON")->excludes(name);
     app.require_subcommand(0, 1);
 }
 
@@ -60,7 +62,7 @@ std::optional<CommandLine> CommandLine::read(int count, char const* const* argum
     CommandLine line;
     CLI::App app{"Reference telephone of the SIP communications service", "telephone"};
     app.footer(kFooter);
-    app.set_version_flag("--version", kVersion);
+    app.set_version_flag("--version", std::string("telephone ") + kTelephoneVersion);
     addOptions(app, line);
     addCommands(app, line);
     try {

@@ -17,7 +17,10 @@ enum class Action
     kRequest,
     kWatch,
     kStore,
+    kDescribe,
 };
+
+constexpr char const* kTelephoneVersion = "1.0.0";
 
 struct CommandLine
 {
@@ -30,7 +33,8 @@ struct CommandLine
     bool withoutExchange = false;
     int port = 0;                    // of the exchange without a telephone; 0: the configured one
     std::string script;              // to play; "-": standard input
-    std::vector<std::string> words;  // of a request or a store command
+    std::vector<std::string> words;  // of a request or a store command, or the name to describe
+    bool json = false;               // describe as JSON
 
     // Nothing: the program ends at once with the exit status, after --help or after a mistake, which is on standard
     // error.

@@ -17,5 +17,7 @@ class StopSignal;
 [[nodiscard]] Outcome<int> runRequest(CommandLine const& line, StopSignal const& stop);
 [[nodiscard]] Outcome<int> runWatch(CommandLine const& line, StopSignal const& stop);
 [[nodiscard]] Outcome<int> runStore(CommandLine const& line);
+// The description of the protocol; needs no telephone.
+[[nodiscard]] Outcome<int> runDescribe(CommandLine const& line);
 
 }  // namespace telephone

@@ -24,6 +24,8 @@ telephone::Outcome<int> run(telephone::CommandLine const& line, telephone::StopS
         return telephone::runWatch(line, stop);
     case Action::kStore:
         return telephone::runStore(line);
+    case Action::kDescribe:
+        return telephone::runDescribe(line);
     }
     return 1;
 }

@@ -123,6 +123,7 @@ std::map<std::string, std::function<void()>> const kCommands{
     {"serve", [] { expectToServe("serve", "applications can connect at"); }},
     {"request GetServiceState", [] { expectOfARunningTelephone("request GetServiceState", "sfiSuccess,"); }},
     {"watch", [] { expectOfARunningTelephone("watch", "watching\n"); }},
+    {"describe HoldCall", [] { expectWell(runWith("describe HoldCall")); }},
     {"exchange", [] { expectToServe("exchange", "199"); }},
     {"--config FILE store list", expectStore},
     {"--config docs/example.toml console", [] { expectConsole("--config " PROJECT "/docs/example.toml"); }},

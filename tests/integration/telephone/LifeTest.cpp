@@ -108,8 +108,8 @@ TEST(Life, HelpAndVersion_EndWithZero)
     EXPECT_EQ(run({TELEPHONE, "--version"}).output, "telephone 1.0.0\n");
     Ended const help = run({TELEPHONE, "--help"});
     EXPECT_EQ(help.status, 0);
-    for (char const* const command :
-         {"console", "tour", "play", "serve", "exchange", "request", "watch", "store", "--config", "--no-exchange"}) {
+    for (char const* const command : {"console", "tour", "play", "serve", "exchange", "request", "watch", "store",
+                                      "describe", "--config", "--no-exchange"}) {
         EXPECT_NE(help.output.find(command), std::string::npos) << command;
     }
 }

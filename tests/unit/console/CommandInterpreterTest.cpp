@@ -108,7 +108,7 @@ TEST_F(CommandInterpreterTest, HelpForARequest_TellsItsParametersAndAnswer)
 {
     EXPECT_TRUE(interpreter_.run("help GetDoNotDisturb"));
 
-    EXPECT_EQ(telephone_.written, "GetDoNotDisturb: Asks for do-not-disturb.\n"
+    EXPECT_EQ(telephone_.written, "GetDoNotDisturb: Asks whether do-not-disturb is on.\n"
                                   "  deviceID=                   text; missing: empty\n"
                                   "  answer: ...,true|false\n");
 }

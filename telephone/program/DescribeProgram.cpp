@@ -1,0 +1,33 @@
+#include <iostream>
+
+#include "telephone/console/Words.h"
+#include "telephone/program/Programs.h"
+#include "telephone/protocol/ProtocolDescription.h"
+
+namespace telephone {
+
+namespace {
+
+Outcome<std::string> textOf(CommandLine const& line)
+{
+    ProtocolDescription const description(kTelephoneVersion);
+    if (line.json) {
+        return description.json();
+    }
+    if (line.words.empty()) {
+        return description.overview();
+    }
+    return description.describe(joinWords(line.words));
+}
+
+}  // namespace
+
+Outcome<int> runDescribe(CommandLine const& line)
+{
+    return textOf(line).map([](std::string const& text) {
+        std::cout << text;
+        return 0;
+    });
+}
+
+}  // namespace telephone
