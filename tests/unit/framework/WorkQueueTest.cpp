@@ -25,9 +25,9 @@ TEST(WorkQueueTest, Work_IsDoneInOrder)
 
 TEST(WorkQueueTest, FullQueue_RefusesMoreWork)
 {
-    WorkQueue queue("the tests", 1);
     std::promise<void> begun;
     std::promise<void> end;
+    WorkQueue queue("the tests", 1);
     EXPECT_TRUE(queue.post([&] {
         begun.set_value();
         end.get_future().wait();
