@@ -1,0 +1,113 @@
+// The telephone at one moment, as plain values, and as the JSON object that "state" answers. States are the words of
+// the protocol's enumerations. The telephone fills it in (StateReader); the console's tables and the reasons of
+// requests are made from it, too.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace telephone {
+
+struct PartyState
+{
+    std::string address;  // SIP address or number; empty: not known
+    std::string name;     // as the far end claims; may be empty
+};
+
+struct ForwardingState
+{
+    int type = 0;      // a value of ForwardingType
+    std::string name;  // its word: "busy, external"
+    bool active = false;
+    std::string destination;
+};
+
+struct CallStatus
+{
+    int id = 0;
+    std::string line;     // the line itself, "4711", also for a call on an appearance
+    std::string place;    // as events name it: the line, or its appearance, "4711#2"
+    int appearance = 0;   // 0: a line without appearances
+    std::string state;    // a word of CallState
+    int stateNumber = 0;  // its value
+    std::string reason;   // a word of Reason; "normal" until the call has ended otherwise
+    bool incoming = false;
+    PartyState party;                             // the far end
+    std::vector<PartyState> conference;           // the others in the conference that the server reports
+    std::chrono::system_clock::time_point since;  // in this state
+    std::chrono::system_clock::time_point began;
+    bool heldHere = false;  // by this telephone
+    bool heldByFarEnd = false;
+    bool heldForConsultation = false;
+    bool inConference = false;
+    bool secure = false;
+    bool recording = false;
+    bool callBackPossible = false;
+};
+
+struct MessageCountState
+{
+    bool waiting = false;
+    int unread = 0;
+    int read = 0;
+};
+
+struct LineStatus
+{
+    std::string id;
+    int number = 0;            // of the line, or the virtual number of an appearance
+    std::string registration;  // "registered", "not registered", "peer to peer"
+    std::string state;         // a word: "idle", "ringing", "on hold", ...
+    bool primary = false;
+    bool selected = false;  // seized: the next digits dial on it
+    bool doNotDisturb = false;
+    std::vector<ForwardingState> forwarding;    // rules with a destination or in force
+    std::string agent;                          // a word of AgentState
+    bool rings = true;                          // false: its calls are silent
+    int ringDelay = 0;                          // seconds
+    std::optional<MessageCountState> messages;  // nothing: the mailbox has not reported yet, or there is none
+    std::vector<LineStatus> appearances;        // only id, number, state and selected are meant
+};
+
+struct LampState
+{
+    std::string mode = "off";     // "off", "steady", "flashing", "fluttering"
+    std::string colour = "none";  // "red", "green", "amber"
+};
+
+struct KeyState
+{
+    int number = 0;  // 0: a lamp outside the keys
+    std::string function;
+    std::string target;  // line, number or toggle
+    std::string label;
+    LampState lamp;
+};
+
+struct TelephoneState
+{
+    std::string start;        // id of this start of the telephone
+    std::uint64_t event = 0;  // every event up to this one is contained
+    std::chrono::system_clock::time_point time;
+    std::string domain;   // of the telephone's own numbers, "127.0.0.1:5060"
+    bool ready = false;   // activated, and each line is registered or was refused
+    std::string service;  // a word of ServiceState
+    std::vector<LineStatus> lines;
+    std::vector<CallStatus> calls;     // also calls that are over as long as a call-back can be set on them
+    std::vector<KeyState> keys;        // with the two lamps outside the keys, last
+    bool hookUp = false;               // the handset is lifted
+    std::vector<std::string> plugged;  // of "headset", "handset", "line"
+    bool muted = false;
+    bool locked = false;
+    std::string store;          // file of the settings; empty: in memory
+    bool storeWritable = true;  // false: the last write failed
+};
+
+// {"start":"k3f9","event":17,"time":"2026-03-01T12:00:00.000Z","ready":true,"service":"in service","lines":[...],...};
+// docs/protocol.schema.json describes it under "state".
+std::string stateJson(TelephoneState const& state);
+
+}  // namespace telephone
