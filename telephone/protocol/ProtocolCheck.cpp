@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "telephone/base/Names.h"
+#include "telephone/protocol/MessageText.h"
 #include "telephone/protocol/Phrases.h"
 #include "telephone/protocol/Vocabulary.h"
 
@@ -21,35 +22,6 @@ tl::unexpected<Refusal> bad(std::string reason)
 std::string quoted(std::string_view text)
 {
     return "\"" + std::string(text) + "\"";
-}
-
-std::string tagOf(std::string_view name, char const* slash = "")
-{
-    return "<" + std::string(slash) + std::string(name) + ">";
-}
-
-struct Element
-{
-    std::string_view name;
-    std::string_view value;
-};
-
-// Takes the element at the beginning of the text; nothing where the text does not begin with a whole one.
-std::optional<Element> takeElement(std::string_view& text)
-{
-    auto const nameEnd = text.find('>');
-    if (text.empty() || text.front() != '<' || nameEnd == std::string_view::npos) {
-        return std::nullopt;
-    }
-    std::string_view const name = text.substr(1, nameEnd - 1);
-    std::string const closing = tagOf(name, "/");
-    auto const valueEnd = text.find(closing, nameEnd + 1);
-    if (valueEnd == std::string_view::npos) {
-        return std::nullopt;
-    }
-    Element const element{name, text.substr(nameEnd + 1, valueEnd - nameEnd - 1)};
-    text.remove_prefix(valueEnd + closing.size());
-    return element;
 }
 
 // --- requests
@@ -105,7 +77,7 @@ Outcome<> checkValue(RequestParameter const& parameter, std::string_view value)
     return {};
 }
 
-Outcome<> checkParameter(RequestDescription const& request, Element const& element,
+Outcome<> checkParameter(RequestDescription const& request, TextElement const& element,
                          std::vector<std::string_view>& present)
 {
     std::string const what = std::string(request.name) + " has ";
