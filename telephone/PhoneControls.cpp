@@ -5,7 +5,7 @@
 #include "MediaRecordingServiceIfc.h"
 #include "platform/framework/Executable.h"
 #include "telephone/calls/CallEngine.h"
-#include "telephone/console/EventPattern.h"
+#include "telephone/access/EventPattern.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/lines/LineStates.h"

@@ -4,7 +4,7 @@
 
 #include <future>
 
-#include "telephone/console/TelephoneControls.h"
+#include "telephone/access/TelephoneControls.h"
 
 class Executable;
 class MediaRecordingServiceIfc;

@@ -25,7 +25,8 @@ void EventDispatcher::post(Event event)
         return;
     }
     queue_.push_back(std::move(event));
-    posted_.notify_one();
+    ++posted_;
+    queued_.notify_one();
 }
 
 bool EventDispatcher::subscribe(Executable* subscriber)
@@ -63,7 +64,7 @@ void EventDispatcher::stop()
     {
         std::lock_guard const lock(mutex_);
         stopped_ = true;
-        posted_.notify_one();
+        queued_.notify_one();
     }
     if (thread_.joinable()) {
         thread_.join();
@@ -74,12 +75,13 @@ void EventDispatcher::run()
 {
     std::unique_lock lock(mutex_);
     while (true) {
-        posted_.wait(lock, [&] { return stopped_ || !queue_.empty(); });
+        queued_.wait(lock, [&] { return stopped_ || !queue_.empty(); });
         if (queue_.empty()) {
             return;
         }
         Event const event = std::move(queue_.front());
         queue_.pop_front();
+        ++delivering_;
         deliver(event, lock);
     }
 }

@@ -4,7 +4,7 @@
 #include "telephone/CallServer.h"
 #include "telephone/applications/ApplicationClient.h"
 #include "telephone/applications/SocketPath.h"
-#include "telephone/console/RequestShorthand.h"
+#include "telephone/access/RequestShorthand.h"
 #include "telephone/exchange/Exchange.h"
 #include "telephone/framework/StopSignal.h"
 #include "telephone/management/StoreCommand.h"

@@ -1,4 +1,4 @@
-#include "telephone/console/EventPattern.h"
+#include "telephone/access/EventPattern.h"
 
 #include <algorithm>
 #include <array>
@@ -6,8 +6,8 @@
 #include <spdlog/fmt/fmt.h>
 
 #include "platform/sfi/SfiTypes.h"
+#include "telephone/access/RequestShorthand.h"
 #include "telephone/base/Names.h"
-#include "telephone/console/RequestShorthand.h"
 
 namespace telephone {
 

@@ -1,4 +1,4 @@
-#include "telephone/console/RequestShorthand.h"
+#include "telephone/access/RequestShorthand.h"
 
 #include <gtest/gtest.h>
 
