@@ -1,14 +1,11 @@
 // The description as JSON.
-#include <nlohmann/json.hpp>
-
+#include "telephone/protocol/JsonText.h"
 #include "telephone/protocol/Phrases.h"
 #include "telephone/protocol/ProtocolDescription.h"
 
 namespace telephone {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 constexpr int kFormat = 1;
 
