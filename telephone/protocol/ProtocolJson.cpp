@@ -1,14 +1,11 @@
 // The description as JSON.
-#include <nlohmann/json.hpp>
-
+#include "telephone/protocol/JsonText.h"
 #include "telephone/protocol/Phrases.h"
 #include "telephone/protocol/ProtocolDescription.h"
 
 namespace telephone {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 
 // Absent where there is nothing to say, so that a reader sees what is there.
