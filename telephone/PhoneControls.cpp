@@ -5,13 +5,13 @@
 #include "MediaRecordingServiceIfc.h"
 #include "platform/framework/Executable.h"
 #include "telephone/calls/CallEngine.h"
-#include "telephone/access/EventPattern.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/lines/LineStates.h"
 #include "telephone/lines/Lines.h"
 #include "telephone/management/LocalManagement.h"
 #include "telephone/physical/PhysicalInterface.h"
+#include "telephone/protocol/Vocabulary.h"
 
 namespace telephone {
 
@@ -32,8 +32,9 @@ std::string rowOf(TelephoneLine const& line, bool registered)
 std::string rowOf(CallSnapshot const& call)
 {
     std::string const name = call.remoteName.empty() ? "" : " \"" + call.remoteName + "\"";
-    return fmt::format("{:<6} line {:<8} {:<14} {} {}{}", call.callID, call.line.lineURI, callStateName(call.state),
-                       call.incoming ? "from" : "to", call.remoteURI, name);
+    return fmt::format("{:<6} line {:<8} {:<14} {} {}{}", call.callID, call.line.lineURI,
+                       nameOfValue(enumerations::kCallState, call.state), call.incoming ? "from" : "to", call.remoteURI,
+                       name);
 }
 
 }  // namespace

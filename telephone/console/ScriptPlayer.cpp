@@ -10,6 +10,7 @@
 #include "telephone/access/TelephoneControls.h"
 #include "telephone/base/Names.h"
 #include "telephone/console/Transcript.h"
+#include "telephone/protocol/Vocabulary.h"
 
 namespace telephone {
 
@@ -20,7 +21,6 @@ using namespace std::chrono_literals;
 constexpr double kUsualSeconds = 10;
 constexpr auto kLampPoll = 10ms;
 constexpr std::size_t kMostShown = 20;
-constexpr std::array<std::string_view, 4> kLampModes{"off", "steady", "flashing", "fluttering"};
 
 bool isSecondsUnit(std::string const& word)
 {
@@ -203,16 +203,16 @@ Outcome<> ScriptPlayer::expectAnswer(Words const& words)
 Outcome<> ScriptPlayer::expectLamp(Words const& words)
 {
     return splitTime(words).and_then([this](TimedStep const& step) -> Outcome<> {
-        bool const isComplete = step.words.size() == 4 &&
-                                std::find(kLampModes.begin(), kLampModes.end(), step.words[3]) != kLampModes.end();
-        if (!isComplete) {
+        if (step.words.size() != 4) {
             return usage("expect lamp KEY off|steady|flashing|fluttering [within SECONDS]");
         }
-        return waitForLamp(step.words[2], step.words[3], after(step.seconds.value_or(kUsualSeconds)));
+        return findValue(enumerations::kLampMode, step.words[3]).and_then([&](EnumerationValue const* mode) {
+            return waitForLamp(step.words[2], mode->name, after(step.seconds.value_or(kUsualSeconds)));
+        });
     });
 }
 
-Outcome<> ScriptPlayer::waitForLamp(std::string const& lamp, std::string const& mode,
+Outcome<> ScriptPlayer::waitForLamp(std::string const& lamp, std::string_view mode,
                                     Conversation::Clock::time_point deadline)
 {
     while (true) {

@@ -50,7 +50,7 @@ private:
 
     Outcome<> beforeRequest();
     void noteResult(Conversation::Result const& result);
-    Outcome<> waitForLamp(std::string const& lamp, std::string const& mode, Conversation::Clock::time_point deadline);
+    Outcome<> waitForLamp(std::string const& lamp, std::string_view mode, Conversation::Clock::time_point deadline);
     Outcome<> waitForEvent(EventPattern const& pattern, Conversation::Clock::time_point deadline);
     Outcome<> waitForNone(EventPattern const& pattern, Conversation::Clock::time_point deadline);
     void remember(std::string const& event, std::string_view method);

@@ -10,6 +10,7 @@
 #include "platform/physical/physicalEventObserver.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/physical/LogComponent.h"
+#include "telephone/protocol/Vocabulary.h"
 
 namespace telephone {
 
@@ -221,7 +222,7 @@ Outcome<> PhysicalInterface::plug(std::string const& plug, bool in)
 std::optional<std::string> PhysicalInterface::lampMode(std::string const& lamp) const
 {
     auto const found = lamps_.lamp(lamp);
-    return found ? std::optional(std::string(lampModeName(found->mode))) : std::nullopt;
+    return found ? std::optional(nameOfValue(enumerations::kLampMode, found->mode)) : std::nullopt;
 }
 
 std::vector<std::string> PhysicalInterface::keyRows() const
@@ -244,7 +245,8 @@ std::vector<std::string> PhysicalInterface::lampRows() const
         auto const number = row.key == 0 ? std::string() : std::to_string(row.key);
         auto const colour =
             row.lamp.mode == PhysDefs::lampOff ? "" : fmt::format("  {}", lampColourName(row.lamp.colour));
-        rows.push_back(fmt::format("{:>3}  {:<28}  {}{}", number, row.name, lampModeName(row.lamp.mode), colour));
+        rows.push_back(fmt::format("{:>3}  {:<28}  {}{}", number, row.name,
+                                   nameOfValue(enumerations::kLampMode, row.lamp.mode), colour));
     }
     return rows;
 }

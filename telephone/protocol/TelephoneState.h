@@ -62,7 +62,7 @@ struct LineStatus
     std::string id;
     int number = 0;            // of the line, or the virtual number of an appearance
     std::string registration;  // "registered", "not registered", "peer to peer"
-    std::string state;         // a word: "idle", "ringing", "on hold", ...
+    std::string state;         // a word: "idle", "ringing", "held", ...
     bool primary = false;
     bool selected = false;  // seized: the next digits dial on it
     bool doNotDisturb = false;

@@ -149,6 +149,9 @@ TEST_F(ScriptPlayerTest, ExpectLamp_ComparesItsMode)
     EXPECT_TRUE(play("expect lamp 1 off\n"));
     EXPECT_EQ(failureOf("expect lamp 1 steady within 0\n"),
               "error    test.script:1: expect lamp 1 steady within 0: it is off");
+    EXPECT_EQ(failureOf("expect lamp 1 flashng\n"),
+              "error    test.script:1: expect lamp 1 flashng: \"flashng\" is not a value of LampMode (did you mean "
+              "flashing?)");
     EXPECT_EQ(failureOf("expect lamp 7 steady\n"), "error    test.script:1: expect lamp 7 steady: no lamp 7");
 }
 
