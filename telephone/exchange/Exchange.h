@@ -66,9 +66,13 @@ public:
     std::size_t callCount() const;
     // Subscribers of a number, for the event package "dialog" or "message-summary".
     std::size_t watcherCount(std::string const& number, std::string const& event) const;
-    // Calls a registered number or a SIP URI from one of its own numbers, which echoes until the far end hangs up.
-    // kBadInput: the target is not a SIP URI; kUnavailable: the stack cannot send.
-    [[nodiscard]] Outcome<> callNumber(std::string const& from, std::string const& to);
+    // Calls the latest telephone of a registered number. The caller may be any other number, also an unknown one, and
+    // echoes until the far end hangs up; a call that is not answered ends after ExchangeConfig::longestRinging.
+    // displayName: of the caller, UTF-8, at most 255 bytes; may be empty.
+    // kBadInput: a malformed number or name, or a number that calls itself; kNotFound: the called number is not
+    // registered; kUnavailable: the stack cannot send.
+    [[nodiscard]] Outcome<> callNumber(std::string const& from, std::string const& to,
+                                       std::string const& displayName = {});
 
 private:
     // No request must be handled before the last member is made.
