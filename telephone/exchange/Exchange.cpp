@@ -12,6 +12,7 @@ namespace telephone::exchange {
 namespace {
 
 constexpr int kBusyHere = 486;
+constexpr unsigned kMostMessages = 9999;
 constexpr std::size_t kLongestNumber = 64;
 constexpr std::size_t kLongestName = 255;
 
@@ -47,6 +48,14 @@ Outcome<> checkName(std::string_view name)
     auto const isControl = [](unsigned char each) { return each < 0x20 || each == 0x7f; };
     if (std::ranges::any_of(name, isControl)) {
         return refuse(RefusalKind::kBadInput, "the caller's name must not contain control characters");
+    }
+    return {};
+}
+
+Outcome<> checkCounts(sip::MessageCounts const& counts)
+{
+    if (std::max({counts.fresh, counts.old, counts.urgentFresh, counts.urgentOld}) > kMostMessages) {
+        return refuse(RefusalKind::kBadInput, "the number of messages must be 0 to 9999");
     }
     return {};
 }
@@ -112,10 +121,18 @@ void Exchange::setBehaviour(std::string const& number, std::optional<NumberBehav
     dialogsChanged(number);
 }
 
-void Exchange::setMessages(std::string const& number, sip::MessageCounts const& counts, bool unsolicited)
+Outcome<> Exchange::setMessages(std::string const& number, sip::MessageCounts const& counts, bool unsolicited)
 {
     std::lock_guard guard(loop_);
-    messages_.set(number, counts, unsolicited);
+    return checkNumber("the number", number)
+        .and_then([&counts] { return checkCounts(counts); })
+        .and_then([&]() -> Outcome<> {
+            if (!registrar_.knows(number)) {
+                return refuse(RefusalKind::kNotFound, number + " has not registered with the exchange");
+            }
+            messages_.set(number, counts, unsolicited);
+            return {};
+        });
 }
 
 std::vector<std::string> Exchange::contactsOf(std::string const& number) const

@@ -55,9 +55,11 @@ public:
     // the number are notified.
     void setBehaviour(std::string const& number, std::optional<NumberBehaviour> const& behaviour);
 
-    // Sets the number of waiting messages and notifies the subscribers. unsolicited: also notifies the number's
-    // telephones.
-    void setMessages(std::string const& number, sip::MessageCounts const& counts, bool unsolicited = false);
+    // Sets the number of waiting messages, 0 to 9999 of each kind, and notifies the subscribers. unsolicited: also
+    // notifies the number's telephones. kBadInput: a count is out of range; kNotFound: the number is neither configured
+    // nor has it ever registered.
+    [[nodiscard]] Outcome<> setMessages(std::string const& number, sip::MessageCounts const& counts,
+                                        bool unsolicited = false);
 
     bool isRegistered(std::string const& number) const { return !contactsOf(number).empty(); }
     // The latest registration first.
