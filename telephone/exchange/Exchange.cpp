@@ -135,6 +135,13 @@ Outcome<> Exchange::setMessages(std::string const& number, sip::MessageCounts co
         });
 }
 
+void Exchange::setRegistrarAnswers(bool answers)
+{
+    std::lock_guard guard(loop_);
+    registrar_.setAnswers(answers);
+    agent_->log(sip::LogLevel::kInfo, answers ? "the registrar answers" : "the registrar no longer answers");
+}
+
 std::vector<std::string> Exchange::contactsOf(std::string const& number) const
 {
     std::lock_guard guard(loop_);

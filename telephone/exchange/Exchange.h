@@ -61,6 +61,11 @@ public:
     [[nodiscard]] Outcome<> setMessages(std::string const& number, sip::MessageCounts const& counts,
                                         bool unsolicited = false);
 
+    // Switches the registrar off, and on again. While it is off, the exchange simulates one whose registrar has failed
+    // but which still routes calls: REGISTER is not answered, and present registrations last until they expire. A
+    // telephone notices when it next registers.
+    void setRegistrarAnswers(bool answers);
+
     bool isRegistered(std::string const& number) const { return !contactsOf(number).empty(); }
     // The latest registration first.
     std::vector<std::string> contactsOf(std::string const& number) const;
