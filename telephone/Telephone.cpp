@@ -125,7 +125,7 @@ struct Telephone::Parts
     // The lines first: the others read their states.
     std::array<CallObserver*, 5> const observers{&lines, &lamps, &parties, &recorder, &registrations};
     std::promise<void> keysUsable;  // set when the service has subscribed to the keys
-    PhoneControls controls{engine, lines, physical, management, keysUsable.get_future()};
+    PhoneControls controls{engine, lines, physical, management, exchange.get(), keysUsable.get_future()};
 
     ServiceLibrary library;
     std::unique_ptr<Service> service = library.createService();

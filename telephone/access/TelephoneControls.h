@@ -35,10 +35,12 @@ public:
     [[nodiscard]] virtual Outcome<> lock(bool locked) = 0;
     // Switches the service's recording of a line's calls.
     [[nodiscard]] virtual Outcome<> record(std::string const& line, bool on) = 0;
-    // The built-in exchange: calls a number of ours, counts the messages in its mailbox, silences its registrar.
-    // Refused when the telephone runs without the exchange.
+    // The built-in exchange; refused without one. Rings a registered number as if `from`, any other number, called; the
+    // name may be empty.
     [[nodiscard]] virtual Outcome<> call(std::string const& to, std::string const& from, std::string const& name) = 0;
+    // Sets the voice messages that wait for a number, 0 to 9999 of each kind.
     [[nodiscard]] virtual Outcome<> setMessages(std::string const& number, int fresh, int old) = 0;
+    // Whether its registrar answers; while off, registrations last until they expire.
     [[nodiscard]] virtual Outcome<> setRegistrar(bool on) = 0;
     // "off", "steady", "flashing" or "fluttering"; nothing for an unknown lamp.
     virtual std::optional<std::string> lampMode(std::string const& lamp) = 0;
