@@ -2,7 +2,9 @@
 // as frames, HTTP as JSON, the console as readable lines.
 #pragma once
 
+#include <array>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string_view>
@@ -21,6 +23,12 @@ enum class MessageKind
     kGap,       // events that are no longer kept; JSON
     kState,     // the state of the telephone after a gap; JSON
 };
+
+// Indexed by the kind: the word for it in every encoding.
+constexpr std::array<std::string_view, 9> kMessageKindNames{
+    "request", "answer", "event", "finished", "error", "result", "reason", "gap", "state",
+};
+static_assert(kMessageKindNames.size() == static_cast<std::size_t>(MessageKind::kState) + 1);
 
 struct Message
 {

@@ -55,13 +55,13 @@ TEST_F(Completion, AfterAParameter_ItsValues)
 {
     EXPECT_EQ(of("HoldCall Line="), (Texts{"Line=4711", "Line=4711#1"}));
     EXPECT_EQ(of("HoldCall Line=4711 CallID=1"), Texts{"CallID=1001"});
-    EXPECT_EQ(of("SetServiceState State=sfiServiceO"), Texts{"State=sfiServiceOutOfService"});
+    EXPECT_EQ(of("SetServiceState state=sfiServiceO"), Texts{"state=sfiServiceOutOfService"});
 }
 
 TEST_F(Completion, AfterHelp_EveryName)
 {
     EXPECT_EQ(of("help CallH"), Texts{"CallHeldEvent"});
-    EXPECT_EQ(of("help HoldC"), Texts{"HoldCall"});
+    EXPECT_EQ(of("help HoldC"), (Texts{"HoldCall", "HoldCallReason"}));
 }
 
 TEST_F(Completion, AfterACommand_ItsWordsAndValues)

@@ -112,5 +112,5 @@ TEST(EventMethods, NamesAsTyped_BecomeTheServicesOwn)
 {
     EXPECT_EQ(eventMethods({"callheld", "CallStateChangeEvent"}).value(),
               (std::vector<std::string>{"CallHeldEvent", "CallStateChangeEvent"}));
-    EXPECT_EQ(eventMethods({"CallHeldd"}).error().reason, "no event CallHeldd (did you mean CallHeldEvent?)");
+    EXPECT_EQ(eventMethods({"CallHeldEvnt"}).error().reason, "no event CallHeldEvnt (did you mean CallHeldEvent?)");
 }
