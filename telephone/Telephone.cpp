@@ -1,6 +1,7 @@
 #include "telephone/Telephone.h"
 
 #include <array>
+#include <atomic>
 #include <future>
 #include <set>
 #include <stdexcept>
@@ -12,6 +13,7 @@
 #include "telephone/CallServer.h"
 #include "telephone/PhoneControls.h"
 #include "telephone/RegistrationWait.h"
+#include "telephone/StateReader.h"
 #include "telephone/calls/CallEngine.h"
 #include "telephone/configuration/Configuration.h"
 #include "telephone/exchange/Exchange.h"
@@ -107,6 +109,7 @@ struct Telephone::Parts
     SettingsCallPolicy policy{settings, lineTable};
     CallEngine engine{loop, engineOf(configuration), lineTable, policy,
                       [this](Event event) { events.post(std::move(event)); }};
+    ServerAddress const server = serverAddressOf(configuration, exchange != nullptr, engine.userAgent().hostPort());
     Lines lines{lineTable, configuration, settings, engine, timers};
     RegistrationWait registrations;
     PhysicalInterface physical{configuration};
@@ -125,6 +128,10 @@ struct Telephone::Parts
     // The lines first: the others read their states.
     std::array<CallObserver*, 5> const observers{&lines, &lamps, &parties, &recorder, &registrations};
     std::promise<void> keysUsable;  // set when the service has subscribed to the keys
+    std::atomic<bool> ready{false};
+    StateReader const reader{{engine, lines, policy, recorder, physical, settings},
+                             {"", server.domain, configuration.store.path, [] { return std::uint64_t{0}; },
+                              [this] { return ready.load(); }}};
     PhoneControls controls{engine, lines, physical, management, keysUsable.get_future()};
 
     ServiceLibrary library;
@@ -139,7 +146,7 @@ Telephone::Parts::Parts(Configuration given, std::string const& libraryFile)
     , configuration(valueOrThrow(withServer(std::move(given), exchange.get())))
     , library(libraryFile)
 {
-    lineTable.setServer(serverAddressOf(configuration, exchange != nullptr, engine.userAgent().hostPort()));
+    lineTable.setServer(server);
     registerExecutables();
     for (CallObserver* const each : observers) {
         engine.addObserver(*each);
@@ -191,6 +198,7 @@ void Telephone::Parts::end()
         return;
     }
     running = false;
+    ready = false;
     keys.setService(nullptr);
     controls.setService(nullptr);
     physical.shutdown();
@@ -241,12 +249,18 @@ Outcome<> Telephone::activate()
     if (!parts_->registrations.wait(kRegistrationTime)) {
         log(kLogWarning, kComponent, "the registrar does not answer; the lines keep trying to register");
     }
+    parts_->ready = true;
     return {};
 }
 
 void Telephone::stop()
 {
     parts_->end();
+}
+
+TelephoneState Telephone::state() const
+{
+    return parts_->reader.read();
 }
 
 TelephoneContext& Telephone::context()

@@ -19,6 +19,7 @@ class RequestRunner;
 class TelephoneContext;
 class TelephoneControls;
 struct Configuration;
+struct TelephoneState;
 
 class Telephone
 {
@@ -36,6 +37,9 @@ public:
     [[nodiscard]] Outcome<> activate();
     // Ends calls and registrations, then the service. Close channels before.
     void stop();
+
+    // Everything about the telephone at this moment. Any thread; takes the phone lock.
+    [[nodiscard]] TelephoneState state() const;
 
     TelephoneContext& context();
     RequestRunner& requests();
