@@ -4,6 +4,7 @@
 
 #include "MediaRecordingServiceIfc.h"
 #include "platform/framework/Executable.h"
+#include "telephone/StateReader.h"
 #include "telephone/calls/CallEngine.h"
 #include "telephone/exchange/Exchange.h"
 #include "telephone/framework/Log.h"
@@ -44,6 +45,11 @@ PhysicalInterface& PhoneControls::usable()
 {
     keysUsable_.wait_for(kLongestStart);
     return physical_;
+}
+
+TelephoneState PhoneControls::state()
+{
+    return reader_.read();
 }
 
 TelephoneControls::Rows PhoneControls::lines()

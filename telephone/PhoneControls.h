@@ -15,6 +15,7 @@ class CallEngine;
 class Lines;
 class LocalManagement;
 class PhysicalInterface;
+class StateReader;
 namespace exchange {
 class Exchange;
 }
@@ -25,11 +26,12 @@ public:
     // `exchange` is null in a telephone without one. `keysUsable` becomes ready when the service has subscribed to the
     // keys; operations on keys wait for it.
     PhoneControls(CallEngine& engine, Lines& lines, PhysicalInterface& physical, LocalManagement& management,
-                  exchange::Exchange* exchange, std::shared_future<void> keysUsable)
+                  StateReader const& reader, exchange::Exchange* exchange, std::shared_future<void> keysUsable)
         : engine_(engine)
         , lines_(lines)
         , physical_(physical)
         , management_(management)
+        , reader_(reader)
         , exchange_(exchange)
         , keysUsable_(std::move(keysUsable))
     {}
@@ -37,6 +39,7 @@ public:
     // The service that records calls; set before anything is recorded.
     void setService(Executable* service);
 
+    TelephoneState state() override;
     Rows lines() override;
     Rows calls() override;
     Rows keys() override;
@@ -64,6 +67,7 @@ private:
     Lines& lines_;
     PhysicalInterface& physical_;
     LocalManagement& management_;
+    StateReader const& reader_;
     exchange::Exchange* exchange_;
     MediaRecordingServiceIfc* recording_ = nullptr;
     std::shared_future<void> const keysUsable_;

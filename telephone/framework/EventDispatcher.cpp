@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <exception>
+#include <random>
+#include <string_view>
 
 #include "CommunicationsServiceEventIfc.h"
 #include "platform/framework/Executable.h"
@@ -9,8 +11,26 @@
 
 namespace telephone {
 
+namespace {
+
+constexpr std::size_t kStartLength = 8;
+
+std::string randomStart()
+{
+    constexpr std::string_view kLetters = "abcdefghijkmnpqrstuvwxyz23456789";
+    std::random_device device;
+    std::string start;
+    for (std::size_t i = 0; i < kStartLength; ++i) {
+        start += kLetters[device() % kLetters.size()];
+    }
+    return start;
+}
+
+}  // namespace
+
 EventDispatcher::EventDispatcher()
-    : thread_([this] { run(); })
+    : start_(randomStart())
+    , thread_([this] { run(); })
 {}
 
 EventDispatcher::~EventDispatcher()

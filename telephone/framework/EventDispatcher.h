@@ -15,6 +15,7 @@
 #include <deque>
 #include <functional>
 #include <mutex>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -44,6 +45,8 @@ public:
     // delivery itself makes this call.
     void unsubscribe(Executable* subscriber);
 
+    // The id of this start of the telephone: eight letters and digits, different at each start.
+    [[nodiscard]] std::string const& start() const { return start_; }
     // The number of the latest event posted; 0 before the first. Any thread.
     [[nodiscard]] std::uint64_t posted() const { return posted_; }
     // The number of the event that is being delivered; on the dispatcher's thread.
@@ -64,6 +67,7 @@ private:
     void run();
     void deliver(Event const& event, std::unique_lock<std::mutex>& lock);
 
+    std::string const start_;
     std::mutex mutex_;
     std::condition_variable queued_;
     std::condition_variable delivered_;

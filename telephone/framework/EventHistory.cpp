@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <random>
 #include <stdexcept>
 #include <utility>
 
@@ -16,18 +15,6 @@ namespace telephone {
 namespace {
 
 constexpr char const* kHistoryChannel = "history";
-constexpr std::size_t kStartLength = 8;
-
-std::string randomStart()
-{
-    constexpr std::string_view kLetters = "abcdefghijkmnpqrstuvwxyz23456789";
-    std::random_device device;
-    std::string start;
-    for (std::size_t i = 0; i < kStartLength; ++i) {
-        start += kLetters[device() % kLetters.size()];
-    }
-    return start;
-}
 
 }  // namespace
 
@@ -36,7 +23,6 @@ EventHistory::EventHistory(TelephoneContext& context, RequestRunner& requests, E
     : context_(context)
     , dispatcher_(dispatcher)
     , kept_(std::max<std::size_t>(kept, 1))
-    , start_(randomStart())
     , channel_(context.openChannel(kHistoryChannel, 1, [this] { take(); }))
 {
     if (requests.run(*channel_, "<Method>Subscribe</Method>").answer != "sfiSuccess") {
@@ -67,6 +53,11 @@ void EventHistory::take()
     for (auto const& [id, listener] : listeners_) {
         listener();
     }
+}
+
+std::string const& EventHistory::start() const
+{
+    return dispatcher_.start();
 }
 
 std::uint64_t EventHistory::latest() const

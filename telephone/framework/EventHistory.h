@@ -53,8 +53,8 @@ public:
     EventHistory(EventHistory const&) = delete;
     EventHistory& operator=(EventHistory const&) = delete;
 
-    // Eight letters and digits, different at each start.
-    [[nodiscard]] std::string const& start() const { return start_; }
+    // The id of this start.
+    [[nodiscard]] std::string const& start() const;
     // The number of the latest event, which may still be on its way here; 0 before the first.
     [[nodiscard]] std::uint64_t latest() const;
     // At most `most` events, the oldest first.
@@ -71,7 +71,6 @@ private:
     TelephoneContext& context_;
     EventDispatcher const& dispatcher_;
     std::size_t const kept_;
-    std::string const start_;
     mutable std::mutex mutex_;
     std::deque<std::shared_ptr<PastEvent const>> events_;
     std::uint64_t forgotten_ = 0;  // number of the latest event that is no longer kept

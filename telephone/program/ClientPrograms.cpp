@@ -2,9 +2,9 @@
 #include <iostream>
 
 #include "telephone/CallServer.h"
+#include "telephone/access/RequestShorthand.h"
 #include "telephone/applications/ApplicationClient.h"
 #include "telephone/applications/SocketPath.h"
-#include "telephone/access/RequestShorthand.h"
 #include "telephone/exchange/Exchange.h"
 #include "telephone/framework/StopSignal.h"
 #include "telephone/management/StoreCommand.h"

@@ -96,7 +96,7 @@ struct TelephoneState
     std::uint64_t event = 0;  // every event up to this one is contained
     std::chrono::system_clock::time_point time;
     std::string domain;   // of the telephone's own numbers, "127.0.0.1:5060"
-    bool ready = false;   // activated, and each line is registered or was refused
+    bool ready = false;   // activated, and the first registrations have been waited for
     std::string service;  // a word of ServiceState
     std::vector<LineStatus> lines;
     std::vector<CallStatus> calls;     // the latest begun last, after those that are over
