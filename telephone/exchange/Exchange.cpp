@@ -43,7 +43,7 @@ Outcome<> checkNumber(std::string const& which, std::string_view number)
 Outcome<> checkName(std::string_view name)
 {
     if (name.size() > kLongestName) {
-        return refuse(RefusalKind::kBadInput, "the caller's name must have at most 255 bytes");
+        return refuse(RefusalKind::kBadInput, "the caller's name must not be longer than 255 bytes");
     }
     auto const isControl = [](unsigned char each) { return each < 0x20 || each == 0x7f; };
     if (std::ranges::any_of(name, isControl)) {

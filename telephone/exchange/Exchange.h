@@ -56,8 +56,9 @@ public:
     void setBehaviour(std::string const& number, std::optional<NumberBehaviour> const& behaviour);
 
     // Sets the number of waiting messages, 0 to 9999 of each kind, and notifies the subscribers. unsolicited: also
-    // notifies the number's telephones. kBadInput: a count is out of range; kNotFound: the number is neither configured
-    // nor has it ever registered.
+    // notifies the number's telephones.
+    // kBadInput: a malformed number, or a count out of range; kNotFound: the number is neither configured nor has it
+    // ever registered.
     [[nodiscard]] Outcome<> setMessages(std::string const& number, sip::MessageCounts const& counts,
                                         bool unsolicited = false);
 

@@ -281,7 +281,7 @@ TEST_F(ExchangeCalls, CallThatCannotBeMade_IsRefusedWithItsReason)
               reasonOf("555", "sip:4711@127.0.0.1"));
     EXPECT_EQ("the caller's name must not contain control characters", reasonOf("555", "4711", "An\x1b[31mn"));
     EXPECT_EQ("the caller's name must not contain control characters", reasonOf("555", "4711", "Ann\x7f"));
-    EXPECT_EQ("the caller's name must have at most 255 bytes", reasonOf("555", "4711", std::string(256, 'A')));
+    EXPECT_EQ("the caller's name must not be longer than 255 bytes", reasonOf("555", "4711", std::string(256, 'A')));
     EXPECT_EQ(0U, exchange.callCount());
     EXPECT_EQ("called", reasonOf(std::string(64, '5'), "4711", std::string(255, 'A')));
     EXPECT_TRUE(phone.waitFor("established")) << phone.events();
