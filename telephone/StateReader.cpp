@@ -157,8 +157,11 @@ CallStatus StateReader::statusOf(CallSnapshot const& call) const
 std::vector<PartyState> StateReader::conferenceOf(CallSnapshot const& call) const
 {
     std::vector<PartyState> others;
+    if (!call.inConference) {
+        return others;
+    }
     for (CallSnapshot const& each : parts_.engine.calls()) {
-        if (call.inConference && each.inConference && each.callID != call.callID) {
+        if (each.inConference && each.callID != call.callID) {
             others.push_back({each.remoteURI, each.remoteName});
         }
     }
