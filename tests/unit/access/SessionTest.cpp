@@ -194,7 +194,7 @@ TEST_F(SessionTest, EventsOfAnotherStart_BeginWithAGap)
 
     (void)replies("events after 1 of elsewhere");
 
-    EXPECT_EQ(events().substr(0, 37), "gap {\"first\":1,\"last\":1}\nstate 1 {\"s");
+    EXPECT_EQ(events().substr(0, 36), "gap {\"first\":1,\"last\":1}\nstate 1 {\"s");
 }
 
 TEST_F(SessionTest, WrongSelection_IsRefused)

@@ -101,7 +101,8 @@ TEST_F(ScriptPlayerTest, Values_AreReplacedInRequestsAsTheyStand)
 {
     holdCalls();
 
-    EXPECT_TRUE(play("HoldCall Line=4711 CallID=1\nwait callHeld\n<Method>RetrieveCall</Method><Line>{line}</Line><CallID>1</CallID>\n"));
+    EXPECT_TRUE(play("HoldCall Line=4711 CallID=1\nwait "
+                     "callHeld\n<Method>RetrieveCall</Method><Line>{line}</Line><CallID>1</CallID>\n"));
 
     EXPECT_EQ(telephone_.invoker.requests.back(), "<Method>RetrieveCall</Method><Line>4711</Line><CallID>1</CallID>");
 }
