@@ -76,11 +76,7 @@ void Session::handle(Words const& words, MessageSink const& sink)
         auto const request = requestText(words);
         return request ? handleRequest(*request, sink) : sendError(sink, request.error());
     }
-    auto names = requestNames();
-    auto const commands = commandNames();
-    names.insert(names.end(), commands.begin(), commands.end());
-    sendError(sink, {RefusalKind::kNotFound, fmt::format("no request or command {}{}; help lists them", words.front(),
-                                                         suggestion(words.front(), names))});
+    sendError(sink, unknownWord(words.front()).value());
 }
 
 void Session::handleRequest(std::string_view text, MessageSink const& sink)
