@@ -4,14 +4,16 @@
 
 #include "MediaRecordingServiceIfc.h"
 #include "platform/framework/Executable.h"
+#include "telephone/StateReader.h"
 #include "telephone/calls/CallEngine.h"
-#include "telephone/console/EventPattern.h"
+#include "telephone/exchange/Exchange.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/lines/LineStates.h"
 #include "telephone/lines/Lines.h"
 #include "telephone/management/LocalManagement.h"
 #include "telephone/physical/PhysicalInterface.h"
+#include "telephone/protocol/Vocabulary.h"
 
 namespace telephone {
 
@@ -32,8 +34,9 @@ std::string rowOf(TelephoneLine const& line, bool registered)
 std::string rowOf(CallSnapshot const& call)
 {
     std::string const name = call.remoteName.empty() ? "" : " \"" + call.remoteName + "\"";
-    return fmt::format("{:<6} line {:<8} {:<14} {} {}{}", call.callID, call.line.lineURI, callStateName(call.state),
-                       call.incoming ? "from" : "to", call.remoteURI, name);
+    return fmt::format("{:<6} line {:<8} {:<14} {} {}{}", call.callID, call.line.lineURI,
+                       nameOfValue(enumerations::kCallState, call.state), call.incoming ? "from" : "to", call.remoteURI,
+                       name);
 }
 
 }  // namespace
@@ -42,6 +45,11 @@ PhysicalInterface& PhoneControls::usable()
 {
     keysUsable_.wait_for(kLongestStart);
     return physical_;
+}
+
+TelephoneState PhoneControls::state()
+{
+    return reader_.read();
 }
 
 TelephoneControls::Rows PhoneControls::lines()
@@ -115,6 +123,33 @@ Outcome<> PhoneControls::record(std::string const& line, bool on)
     bool const done = on ? recording_->activateRecording(line) : recording_->deactivateRecording(line);
     return done ? Outcome<>()
                 : collector.first({RefusalKind::kWrongState, "the service refused to start or stop the recording"});
+}
+
+Outcome<exchange::Exchange*> PhoneControls::builtInExchange() const
+{
+    if (exchange_ == nullptr) {
+        return refuse(RefusalKind::kNotSupported, "this telephone runs without the built-in exchange");
+    }
+    return exchange_;
+}
+
+Outcome<> PhoneControls::call(std::string const& to, std::string const& from, std::string const& name)
+{
+    return builtInExchange().and_then([&](exchange::Exchange* found) { return found->callNumber(from, to, name); });
+}
+
+Outcome<> PhoneControls::setMessages(std::string const& number, int fresh, int old)
+{
+    // A negative count becomes one that is too large.
+    sip::MessageCounts const counts{static_cast<unsigned>(fresh), static_cast<unsigned>(old), 0, 0};
+    // Unsolicited: for a telephone that is configured not to subscribe. One that has subscribed ignores the repetition.
+    return builtInExchange().and_then(
+        [&](exchange::Exchange* found) { return found->setMessages(number, counts, true); });
+}
+
+Outcome<> PhoneControls::setRegistrar(bool on)
+{
+    return builtInExchange().map([on](exchange::Exchange* found) { found->setRegistrarAnswers(on); });
 }
 
 std::optional<std::string> PhoneControls::lampMode(std::string const& lamp)

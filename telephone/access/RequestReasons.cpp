@@ -146,12 +146,6 @@ std::string unknownLineIfNamed(RequestCase const& request, Rule const& rule)
     return request.word(rule.tag).empty() ? std::string() : unknownLine(request, rule);
 }
 
-bool isOver(CallStatus const& call)
-{
-    return call.stateNumber == sfiCallStateIdle || call.stateNumber == sfiCallStateBusy ||
-           call.stateNumber == sfiCallStateFailed;
-}
-
 struct CallSearch
 {
     bool alsoEnded = false;  // those on which a call-back can be set
@@ -163,7 +157,7 @@ std::vector<std::string> callIds(TelephoneState const& state, CallSearch const& 
     std::vector<std::string> ids;
     for (auto const& call : state.calls) {
         bool const isThere = search.place.empty() || call.line == search.place || call.place == search.place;
-        if (isThere && (search.alsoEnded || !isOver(call))) {
+        if (isThere && (search.alsoEnded || !call.over)) {
             ids.push_back(std::to_string(call.id));
         }
     }
@@ -221,9 +215,10 @@ std::string unknownCallOfLine(RequestCase const& request, Rule const& rule)
     return missingCall(request, rule, {false, place});
 }
 
+// The telephone remembers more calls than the state shows: those that allow no call-back.
 std::string unknownAttempt(RequestCase const& request, Rule const& rule)
 {
-    return request.failed() ? missingCall(request, rule, {true, {}}) : std::string();
+    return request.met(RefusalKind::kNotFound) ? missingCall(request, rule, {true, {}}) : std::string();
 }
 
 // --- numbers and words

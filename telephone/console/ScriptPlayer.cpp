@@ -6,10 +6,11 @@
 
 #include <spdlog/fmt/fmt.h>
 
+#include "telephone/access/RequestShorthand.h"
+#include "telephone/access/TelephoneControls.h"
 #include "telephone/base/Names.h"
-#include "telephone/console/RequestShorthand.h"
-#include "telephone/console/TelephoneControls.h"
 #include "telephone/console/Transcript.h"
+#include "telephone/protocol/Vocabulary.h"
 
 namespace telephone {
 
@@ -20,7 +21,6 @@ using namespace std::chrono_literals;
 constexpr double kUsualSeconds = 10;
 constexpr auto kLampPoll = 10ms;
 constexpr std::size_t kMostShown = 20;
-constexpr std::array<std::string_view, 4> kLampModes{"off", "steady", "flashing", "fluttering"};
 
 bool isSecondsUnit(std::string const& word)
 {
@@ -107,7 +107,7 @@ Outcome<> ScriptPlayer::playLine(std::string const& line)
     conversation_.takeEvents();
     std::string_view const text = trimmed(line);
     if (isRequestText(text)) {
-        return replaced(std::string(text)).and_then([this](std::string const& request) { return send(request); });
+        return replaced(std::string(text)).and_then([this](std::string const& request) { return run(request); });
     }
     return splitWords(text)
         .and_then([this](Words const& words) { return replaced(words); })
@@ -141,16 +141,18 @@ ScriptPlayer::Step ScriptPlayer::findStep(Words const& words)
     return nullptr;
 }
 
-Outcome<> ScriptPlayer::send(std::string const& request)
+Outcome<> ScriptPlayer::run(std::string const& request)
 {
-    return beforeRequest().map([&] { noteResult(conversation_.interpreter().send(request)); });
+    return beforeRequest()
+        .and_then([&] { return conversation_.run(request); })
+        .map([this](Conversation::Result const& result) { noteResult(result); });
 }
 
 Outcome<> ScriptPlayer::run(Words const& words)
 {
     return beforeRequest()
-        .and_then([&] { return conversation_.interpreter().run(words); })
-        .map([this](CommandInterpreter::Result const& result) { noteResult(result); });
+        .and_then([&] { return conversation_.run(words); })
+        .map([this](Conversation::Result const& result) { noteResult(result); });
 }
 
 Outcome<> ScriptPlayer::beforeRequest()
@@ -162,10 +164,10 @@ Outcome<> ScriptPlayer::beforeRequest()
     });
 }
 
-void ScriptPlayer::noteResult(CommandInterpreter::Result const& result)
+void ScriptPlayer::noteResult(Conversation::Result const& result)
 {
-    quit_ = result.kind == CommandInterpreter::Kind::kQuit;
-    if (result.kind != CommandInterpreter::Kind::kRequest) {
+    quit_ = result.isOver;
+    if (!result.isRequest) {
         return;
     }
     conversation_.noteRequest();
@@ -201,16 +203,16 @@ Outcome<> ScriptPlayer::expectAnswer(Words const& words)
 Outcome<> ScriptPlayer::expectLamp(Words const& words)
 {
     return splitTime(words).and_then([this](TimedStep const& step) -> Outcome<> {
-        bool const isComplete = step.words.size() == 4 &&
-                                std::find(kLampModes.begin(), kLampModes.end(), step.words[3]) != kLampModes.end();
-        if (!isComplete) {
+        if (step.words.size() != 4) {
             return usage("expect lamp KEY off|steady|flashing|fluttering [within SECONDS]");
         }
-        return waitForLamp(step.words[2], step.words[3], after(step.seconds.value_or(kUsualSeconds)));
+        return findValue(enumerations::kLampMode, step.words[3]).and_then([&](EnumerationValue const* mode) {
+            return waitForLamp(step.words[2], mode->name, after(step.seconds.value_or(kUsualSeconds)));
+        });
     });
 }
 
-Outcome<> ScriptPlayer::waitForLamp(std::string const& lamp, std::string const& mode,
+Outcome<> ScriptPlayer::waitForLamp(std::string const& lamp, std::string_view mode,
                                     Conversation::Clock::time_point deadline)
 {
     while (true) {

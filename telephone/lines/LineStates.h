@@ -29,7 +29,8 @@ std::optional<CallSnapshot> firstCall(std::vector<CallSnapshot> const& calls, Pr
 // The state that a line shows when both apply: ringing and active calls take precedence over waiting ones.
 ELineState morePressing(ELineState left, ELineState right);
 
-// "idle", "ringing", ... as the console prints it.
+// "idle", "remote ringing", "held elsewhere": what people read. Line states are not sent, so they have no enumeration
+// in the protocol; where a state means the same as a CallState, it has its name.
 char const* lineStateName(ELineState state);
 
 }  // namespace telephone

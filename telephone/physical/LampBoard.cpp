@@ -20,25 +20,14 @@ constexpr std::array kNumberedLamps{
     NumberedLamp{"SecondAlert", PhysDefs::kLampSecondAlert},
 };
 
-constexpr std::array<std::string_view, 4> kModes{"off", "steady", "flashing", "fluttering"};
 constexpr std::array<std::string_view, 4> kColours{"none", "red", "green", "amber"};
-
-template <std::size_t size>
-std::string_view nameIn(std::array<std::string_view, size> const& names, int value)
-{
-    return value >= 0 && value < static_cast<int>(size) ? names[static_cast<std::size_t>(value)] : "unknown";
-}
 
 }  // namespace
 
-std::string_view lampModeName(PhysDefs::lampMode mode)
-{
-    return nameIn(kModes, mode);
-}
-
 std::string_view lampColourName(PhysDefs::lampColour colour)
 {
-    return nameIn(kColours, colour);
+    return colour >= 0 && colour < static_cast<int>(kColours.size()) ? kColours[static_cast<std::size_t>(colour)]
+                                                                     : "unknown";
 }
 
 LampBoard::LampBoard(KeyLayout const& layout)

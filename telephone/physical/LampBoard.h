@@ -34,8 +34,7 @@ struct LampRow
     Lamp lamp;
 };
 
-// "off", "steady", "flashing", "fluttering"; "red", "green", "amber", or "none".
-std::string_view lampModeName(PhysDefs::lampMode mode);
+// "red", "green", "amber", or "none".
 std::string_view lampColourName(PhysDefs::lampColour colour);
 
 class LampBoard

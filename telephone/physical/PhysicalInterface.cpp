@@ -10,6 +10,7 @@
 #include "platform/physical/physicalEventObserver.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/physical/LogComponent.h"
+#include "telephone/protocol/Vocabulary.h"
 
 namespace telephone {
 
@@ -220,10 +221,21 @@ Outcome<> PhysicalInterface::plug(std::string const& plug, bool in)
     });
 }
 
+std::vector<std::string> PhysicalInterface::plugged() const
+{
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < kPlugs.size(); ++i) {
+        if (plugged_[i]) {
+            names.emplace_back(kPlugs[i].name);
+        }
+    }
+    return names;
+}
+
 std::optional<std::string> PhysicalInterface::lampMode(std::string const& lamp) const
 {
     auto const found = lamps_.lamp(lamp);
-    return found ? std::optional(std::string(lampModeName(found->mode))) : std::nullopt;
+    return found ? std::optional(nameOfValue(enumerations::kLampMode, found->mode)) : std::nullopt;
 }
 
 std::vector<std::string> PhysicalInterface::keyRows() const
@@ -246,7 +258,8 @@ std::vector<std::string> PhysicalInterface::lampRows() const
         auto const number = row.key == 0 ? std::string() : std::to_string(row.key);
         auto const colour =
             row.lamp.mode == PhysDefs::lampOff ? "" : fmt::format("  {}", lampColourName(row.lamp.colour));
-        rows.push_back(fmt::format("{:>3}  {:<28}  {}{}", number, row.name, lampModeName(row.lamp.mode), colour));
+        rows.push_back(fmt::format("{:>3}  {:<28}  {}{}", number, row.name,
+                                   nameOfValue(enumerations::kLampMode, row.lamp.mode), colour));
     }
     return rows;
 }

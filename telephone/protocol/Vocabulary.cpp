@@ -45,7 +45,10 @@ EnumerationValue const* lookUpValue(Enumeration const& enumeration, std::string_
     if (EnumerationValue const* const found = valueIn(enumeration, typed)) {
         return found;
     }
-    std::string const letters = withoutSeparators(typed);
+    std::string letters = withoutSeparators(typed);
+    if (std::string const prefix = "sfi" + std::string(enumeration.name); beginsIgnoringCase(letters, prefix)) {
+        letters.erase(0, prefix.size());
+    }
     auto const* const found = std::find_if(enumeration.begin(), enumeration.end(), [&](auto const& value) {
         return equalIgnoringCase(withoutSeparators(value.name), letters) || equalIgnoringCase(value.word, typed);
     });

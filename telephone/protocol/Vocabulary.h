@@ -17,7 +17,8 @@ std::string nameOfValue(Enumeration const& enumeration, std::string_view value);
 std::string nameOfValue(Enumeration const& enumeration, int value);
 
 // The value that a person means: its name, its number or the word that messages carry. Capitals do not matter, nor do
-// blanks and hyphens: remoteRinging is remote ringing. Null if there is none.
+// blanks, hyphens and the enumeration's own name: remoteRinging and sfiCallStateRemoteRinging are remote ringing. Null
+// if there is none.
 EnumerationValue const* lookUpValue(Enumeration const& enumeration, std::string_view typed);
 // The same; if there is none, refused with the nearest name.
 [[nodiscard]] Outcome<EnumerationValue const*> findValue(Enumeration const& enumeration, std::string_view typed);

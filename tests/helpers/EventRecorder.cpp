@@ -2,122 +2,12 @@
 
 #include <utility>
 
+#include "telephone/protocol/Vocabulary.h"
 #include "telephone/sip/Uri.h"
 
 namespace telephone::test {
 
 namespace {
-
-char const* nameOf(sfiCallState state)
-{
-    switch (state) {
-    case sfiCallStateIdle:
-        return "Idle";
-    case sfiCallStateDialling:
-        return "Dialling";
-    case sfiCallStateProceeding:
-        return "Proceeding";
-    case sfiCallStateRemoteRinging:
-        return "RemoteRinging";
-    case sfiCallStateIncoming:
-        return "Incoming";
-    case sfiCallStateRinging:
-        return "Ringing";
-    case sfiCallStateConnected:
-        return "Connected";
-    case sfiCallStateHeld:
-        return "Held";
-    case sfiCallStateRemotelyHeld:
-        return "RemotelyHeld";
-    case sfiCallStateHeldByBoth:
-        return "HeldByBoth";
-    case sfiCallStateConference:
-        return "Conference";
-    case sfiCallStateTransferring:
-        return "Transferring";
-    case sfiCallStateClearing:
-        return "Clearing";
-    case sfiCallStateBusy:
-        return "Busy";
-    case sfiCallStateFailed:
-        return "Failed";
-    case sfiCallStateAccepted:
-        return "Accepted";
-    }
-    return "?";
-}
-
-char const* nameOf(sfiReason reason)
-{
-    switch (reason) {
-    case sfiReasonNormal:
-        return "Normal";
-    case sfiReasonBusy:
-        return "Busy";
-    case sfiReasonNoAnswer:
-        return "NoAnswer";
-    case sfiReasonNotFound:
-        return "NotFound";
-    case sfiReasonRefused:
-        return "Refused";
-    case sfiReasonUnavailable:
-        return "Unavailable";
-    case sfiReasonTimeout:
-        return "Timeout";
-    case sfiReasonCancelled:
-        return "Cancelled";
-    case sfiReasonForwarded:
-        return "Forwarded";
-    case sfiReasonServerFailure:
-        return "ServerFailure";
-    case sfiReasonUnauthorised:
-        return "Unauthorised";
-    case sfiReasonAnsweredElsewhere:
-        return "AnsweredElsewhere";
-    case sfiReasonTransferred:
-        return "Transferred";
-    case sfiReasonPickedUp:
-        return "PickedUp";
-    case sfiReasonNotAcceptable:
-        return "NotAcceptable";
-    }
-    return "?";
-}
-
-char const* nameOf(sfiFeature feature)
-{
-    switch (feature) {
-    case sfiFeatureAlternate:
-        return "Alternate";
-    case sfiFeatureDeflect:
-        return "Deflect";
-    case sfiFeatureBlindTransfer:
-        return "BlindTransfer";
-    case sfiFeatureConference:
-        return "Conference";
-    case sfiFeatureAttendedTransfer:
-        return "AttendedTransfer";
-    case sfiFeatureHold:
-        return "Hold";
-    case sfiFeatureConsultationHold:
-        return "ConsultationHold";
-    case sfiFeatureRetrieve:
-        return "Retrieve";
-    case sfiFeatureDirectedPickup:
-        return "DirectedPickup";
-    case sfiFeatureGroupPickup:
-        return "GroupPickup";
-    case sfiFeatureCallBackOnNoReply:
-        return "CallBackOnNoReply";
-    case sfiFeatureCallBackOnBusy:
-        return "CallBackOnBusy";
-    case sfiFeatureSecurityChange:
-        return "SecurityChange";
-    case sfiFeatureDigits:
-        return "Digits";
-    }
-    return "?";
-}
 
 std::string join(std::initializer_list<std::string> words)
 {
@@ -160,6 +50,7 @@ std::string EventRecorder::next(std::chrono::milliseconds deadline)
     }
     line_.clear();
     event(*this);
+    textCheck_.check(event);
     return line_;
 }
 
@@ -212,7 +103,8 @@ void EventRecorder::callStateChange(std::string const& lineURI, int callID, sfiC
 {
     lastReplaces_ = *replaces;
     lastSendOptions_ = sendOptions;
-    line_ = join({"state", lineURI, number(callID), nameOf(state), nameOf(reason), sip::userOf(uri)});
+    line_ = join({"state", lineURI, number(callID), nameOfValue(enumerations::kCallState, state),
+                  nameOfValue(enumerations::kReason, reason), sip::userOf(uri)});
 }
 
 void EventRecorder::registrationStateChange(std::string const& lineURI, int callID, bool registered,
@@ -251,12 +143,12 @@ void EventRecorder::callRetrieved(std::string const& lineURI, int callID, std::s
 
 void EventRecorder::featureSuccess(std::string const& lineURI, int callID, sfiFeature feature)
 {
-    line_ = join({"success", lineURI, number(callID), nameOf(feature)});
+    line_ = join({"success", lineURI, number(callID), nameOfValue(enumerations::kFeature, feature)});
 }
 
 void EventRecorder::featureFailed(std::string const& lineURI, int callID, sfiFeature feature, sfiFeatureFailure failure)
 {
-    line_ = join({"failed", lineURI, number(callID), nameOf(feature), number(failure)});
+    line_ = join({"failed", lineURI, number(callID), nameOfValue(enumerations::kFeature, feature), number(failure)});
 }
 
 void EventRecorder::remoteEndpointDetailsChanged(std::string const& lineURI, int callID, std::string const& uri,
@@ -269,8 +161,8 @@ void EventRecorder::incomingCallMissed(std::string const& lineURI, int callID, s
                                        std::string const&, sfiReason reason, std::string const& diversionURI,
                                        std::string const&, sfiForwardReason diversionReason)
 {
-    line_ = join({"missed", lineURI, number(callID), sip::userOf(uri), nameOf(reason), sip::userOf(diversionURI),
-                  number(diversionReason)});
+    line_ = join({"missed", lineURI, number(callID), sip::userOf(uri), nameOfValue(enumerations::kReason, reason),
+                  sip::userOf(diversionURI), number(diversionReason)});
 }
 
 void EventRecorder::callForwarded(std::string const& lineURI, int callID, std::string const& callingParty,

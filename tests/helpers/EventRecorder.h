@@ -1,5 +1,6 @@
-// Writes each event of an engine as one short line of text, which tests compare literally. Events
-// are delivered by the thread that waits for them, with no lock held.
+// Writes each event of an engine as one short line of text, which tests compare literally; states, reasons and features
+// have the names of the protocol's vocabulary. An event whose text contradicts the description of the protocol fails
+// the test. Events are delivered by the thread that waits for them, with no lock held.
 #pragma once
 
 #include <chrono>
@@ -10,6 +11,7 @@
 #include <vector>
 
 #include "CommunicationsServiceEventIfc.h"
+#include "EventTextCheck.h"
 #include "telephone/calls/CallEngine.h"
 
 namespace telephone::test {
@@ -107,6 +109,7 @@ private:
     Alert lastAlert_;
     sfiSendOptions lastSendOptions_ = sfiSendOptionsNone;
     sfiReplacesDisplay lastReplaces_{};
+    EventTextCheck textCheck_;
 };
 
 }  // namespace telephone::test

@@ -33,7 +33,7 @@ protected:
     void callBusy(int callID, std::string const& number)
     {
         ASSERT_TRUE(phone_->engine().outgoing().make(1, 0, callID, number));
-        ASSERT_TRUE(phone_->events().waitFor("state 4711 " + std::to_string(callID) + " Busy Busy " + number));
+        ASSERT_TRUE(phone_->events().waitFor("state 4711 " + std::to_string(callID) + " busy busy " + number));
     }
 };
 
@@ -47,7 +47,7 @@ TEST_F(CallBack, OnBusy_IsReadyWhenThePartyIsFree)
 
     phone_->expect({"completion 4711 111 1 1 1"});
     ASSERT_TRUE(phone_->engine().outgoing().make(1, 0, 2, "111"));
-    phone_->expect({"state 4711 2 Dialling Normal 111", "completion 4711 111 1 3 1"});
+    phone_->expect({"state 4711 2 dialling normal 111", "completion 4711 111 1 3 1"});
 }
 
 TEST_F(CallBack, OnBusyOfARegisteredPhone_IsReadyWhenItsCallEnds)
@@ -55,11 +55,11 @@ TEST_F(CallBack, OnBusyOfARegisteredPhone_IsReadyWhenItsCallEnds)
     EnginePhone bob(phoneAt(exchange_, {"4722"}));
     ASSERT_TRUE(bob.events().waitFor("registration 4722 0 yes 0"));
     ASSERT_TRUE(bob.engine().outgoing().make(1, 0, 1, "100"));
-    ASSERT_TRUE(bob.events().waitFor("state 4722 1 Connected Normal 100"));
+    ASSERT_TRUE(bob.events().waitFor("state 4722 1 connected normal 100"));
     ASSERT_TRUE(phone_->engine().outgoing().make(1, 0, 1, "4722"));
-    ASSERT_TRUE(bob.events().waitFor("state 4722 1001 Ringing Normal 4711"));
+    ASSERT_TRUE(bob.events().waitFor("state 4722 1001 ringing normal 4711"));
     ASSERT_TRUE(bob.engine().incoming().reject(1001, sfiRefuseCallBusy));
-    ASSERT_TRUE(phone_->events().waitFor("state 4711 1 Busy Busy 4722"));
+    ASSERT_TRUE(phone_->events().waitFor("state 4711 1 busy busy 4722"));
 
     ASSERT_TRUE(phone_->engine().callBacks().set(1, sfiCallCompletionOnBusy));
     phone_->expect({"completion 4711 4722 1 0 1"});
@@ -74,15 +74,15 @@ TEST_F(CallBack, OnNoReply_IsReadyAfterThePartyHasHadACall)
     EnginePhone bob(phoneAt(exchange_, {"4722"}));
     ASSERT_TRUE(bob.events().waitFor("registration 4722 0 yes 0"));
     ASSERT_TRUE(phone_->engine().outgoing().make(1, 0, 1, "4722"));
-    ASSERT_TRUE(phone_->events().waitFor("state 4711 1 RemoteRinging Normal 4722"));
+    ASSERT_TRUE(phone_->events().waitFor("state 4711 1 remote ringing normal 4722"));
     ASSERT_TRUE(phone_->engine().callBacks().set(1, sfiCallCompletionOnNoReply));
     phone_->expect({"completion 4711 4722 0 0 1"});
     ASSERT_TRUE(phone_->engine().clear(1));
-    phone_->expect({"state 4711 1 Idle Cancelled 4722"});
+    phone_->expect({"state 4711 1 idle cancelled 4722"});
     EXPECT_EQ(phone_->events().next(std::chrono::milliseconds(200)), "nothing came");
 
     ASSERT_TRUE(bob.engine().outgoing().make(1, 0, 1, "100"));
-    ASSERT_TRUE(bob.events().waitFor("state 4722 1 Connected Normal 100"));
+    ASSERT_TRUE(bob.events().waitFor("state 4722 1 connected normal 100"));
     EXPECT_EQ(phone_->events().next(std::chrono::milliseconds(200)), "nothing came");
     ASSERT_TRUE(bob.engine().clear(1));
 
@@ -125,7 +125,7 @@ TEST_F(CallBack, ForAnUnknownCall_AnswersNoCallInfo)
 TEST_F(CallBack, OnBusyForACallThatRings_AnswersInvalidState)
 {
     ASSERT_TRUE(phone_->engine().outgoing().make(1, 0, 1, "102"));
-    ASSERT_TRUE(phone_->events().waitFor("state 4711 1 RemoteRinging Normal 102"));
+    ASSERT_TRUE(phone_->events().waitFor("state 4711 1 remote ringing normal 102"));
 
     EXPECT_EQ(kindOf(phone_->engine().callBacks().set(1, sfiCallCompletionOnBusy)), RefusalKind::kWrongState);
 }

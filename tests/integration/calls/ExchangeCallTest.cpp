@@ -28,7 +28,7 @@ protected:
     {
         std::string const id = std::to_string(callID);
         ASSERT_TRUE(engine().outgoing().make(1, 0, callID, "100"));
-        ASSERT_TRUE(phone_.events().waitFor("state 4711 " + id + " Connected Normal 100"));
+        ASSERT_TRUE(phone_.events().waitFor("state 4711 " + id + " connected normal 100"));
     }
 };
 
@@ -79,7 +79,7 @@ TEST_F(AtTheExchange, BusyNumber_EndsBusy)
 {
     ASSERT_TRUE(engine().outgoing().make(1, 0, 1, "101"));
 
-    phone_.expect({"state 4711 1 Dialling Normal 101", "state 4711 1 Busy Busy 101"});
+    phone_.expect({"state 4711 1 dialling normal 101", "state 4711 1 busy busy 101"});
     EXPECT_FALSE(engine().call(1));
 }
 
@@ -87,14 +87,14 @@ TEST_F(AtTheExchange, DecliningNumber_EndsRefused)
 {
     ASSERT_TRUE(engine().outgoing().make(1, 0, 1, "104"));
 
-    phone_.expect({"state 4711 1 Dialling Normal 104", "state 4711 1 Failed Refused 104"});
+    phone_.expect({"state 4711 1 dialling normal 104", "state 4711 1 failed refused 104"});
 }
 
 TEST_F(AtTheExchange, UnknownNumber_EndsNotFound)
 {
     ASSERT_TRUE(engine().outgoing().make(1, 0, 1, "555"));
 
-    phone_.expect({"state 4711 1 Dialling Normal 555", "state 4711 1 Failed NotFound 555"});
+    phone_.expect({"state 4711 1 dialling normal 555", "state 4711 1 failed not found 555"});
 }
 
 TEST_F(AtTheExchange, NumberThatHangsUp_EndsIdle)
@@ -105,8 +105,8 @@ TEST_F(AtTheExchange, NumberThatHangsUp_EndsIdle)
 
     ASSERT_TRUE(engine().outgoing().make(1, 0, 1, "110"));
 
-    ASSERT_TRUE(phone_.events().waitFor("state 4711 1 Connected Normal 110"));
-    phone_.expect({"state 4711 1 Idle Normal 110"});
+    ASSERT_TRUE(phone_.events().waitFor("state 4711 1 connected normal 110"));
+    phone_.expect({"state 4711 1 idle normal 110"});
 }
 
 TEST_F(AtTheExchange, NumberThatHolds_IsSeenRemotelyHeld)
@@ -118,18 +118,18 @@ TEST_F(AtTheExchange, NumberThatHolds_IsSeenRemotelyHeld)
 
     ASSERT_TRUE(engine().outgoing().make(1, 0, 1, "110"));
 
-    ASSERT_TRUE(phone_.events().waitFor("state 4711 1 Connected Normal 110"));
-    phone_.expect({"state 4711 1 RemotelyHeld Normal 110", "state 4711 1 Connected Normal 110"});
+    ASSERT_TRUE(phone_.events().waitFor("state 4711 1 connected normal 110"));
+    phone_.expect({"state 4711 1 remotely held normal 110", "state 4711 1 connected normal 110"});
 }
 
 TEST_F(AtTheExchange, NumberThatCallsBack_ComesIn)
 {
     ASSERT_TRUE(engine().outgoing().make(1, 0, 1, "199"));
 
-    ASSERT_TRUE(phone_.events().waitFor("state 4711 1 Idle Normal 199"));
-    phone_.expect({"incoming 4711 1001 199 - 1 - 0", "state 4711 1001 Ringing Normal 199"});
+    ASSERT_TRUE(phone_.events().waitFor("state 4711 1 idle normal 199"));
+    phone_.expect({"incoming 4711 1001 199 - 1 - 0", "state 4711 1001 ringing normal 199"});
     ASSERT_TRUE(engine().answer(1001));
-    phone_.expect({"state 4711 1001 Connected Normal 199"});
+    phone_.expect({"state 4711 1001 connected normal 199"});
 }
 
 TEST_F(AtTheExchange, Consultation_HoldsTheFirstCall)
@@ -138,8 +138,8 @@ TEST_F(AtTheExchange, Consultation_HoldsTheFirstCall)
 
     ASSERT_TRUE(engine().outgoing().make(1, 0, 2, "100", CallPurpose::kConsultation));
 
-    phone_.expect({"state 4711 2 Dialling Normal 100", "held 4711 1"});
-    ASSERT_TRUE(phone_.events().waitFor("state 4711 2 Connected Normal 100"));
+    phone_.expect({"state 4711 2 dialling normal 100", "held 4711 1"});
+    ASSERT_TRUE(phone_.events().waitFor("state 4711 2 connected normal 100"));
     EXPECT_TRUE(engine().call(1)->heldForConsultation);
     EXPECT_TRUE(engine().call(2)->consultation);
 }
@@ -152,21 +152,21 @@ TEST_F(AtTheExchange, Alternate_ExchangesTheTwoCalls)
 
     ASSERT_TRUE(engine().established().alternate(1));
 
-    phone_.expect({"held 4711 2", "retrieved 4711 1 100", "success 4711 1 Alternate"});
+    phone_.expect({"held 4711 2", "retrieved 4711 1 100", "success 4711 1 alternate"});
     EXPECT_EQ(engine().activeCall()->callID, 1);
     ASSERT_TRUE(engine().established().alternate(1));
-    phone_.expect({"held 4711 1", "retrieved 4711 2 100", "success 4711 2 Alternate"});
+    phone_.expect({"held 4711 1", "retrieved 4711 2 100", "success 4711 2 alternate"});
 }
 
 TEST_F(AtTheExchange, AnswerOfASecondCall_HoldsTheFirst)
 {
     callEcho(1);
     ASSERT_TRUE(exchange_.callNumber("100", "4712"));
-    phone_.expect({"incoming 4712 1001 100 - 1 - 0", "state 4712 1001 Ringing Normal 100"});
+    phone_.expect({"incoming 4712 1001 100 - 1 - 0", "state 4712 1001 ringing normal 100"});
 
     ASSERT_TRUE(engine().answer(1001));
 
-    phone_.expect({"held 4711 1", "state 4712 1001 Connected Normal 100"});
+    phone_.expect({"held 4711 1", "state 4712 1001 connected normal 100"});
 }
 
 TEST_F(AtTheExchange, SecondCallOnALineWithAssociatedCalls_IsTold)
@@ -176,7 +176,7 @@ TEST_F(AtTheExchange, SecondCallOnALineWithAssociatedCalls_IsTold)
 
     ASSERT_TRUE(exchange_.callNumber("100", "4711"));
 
-    phone_.expect({"incoming 4711 1001 100 - 1 - 0", "associated 4711 1 1001", "state 4711 1001 Ringing Normal 100"});
+    phone_.expect({"incoming 4711 1001 100 - 1 - 0", "associated 4711 1 1001", "state 4711 1001 ringing normal 100"});
 }
 
 TEST_F(AtTheExchange, Conference_JoinsBothAndTellsIt)
@@ -187,8 +187,8 @@ TEST_F(AtTheExchange, Conference_JoinsBothAndTellsIt)
 
     ASSERT_TRUE(engine().joined().conference(1));
 
-    phone_.expect({"retrieved 4711 1 100", "state 4711 1 Conference Normal 100", "state 4711 2 Conference Normal 100",
-                   "success 4711 1 Conference", "conference 4711 1", "conference 4711 2"});
+    phone_.expect({"retrieved 4711 1 100", "state 4711 1 conference normal 100", "state 4711 2 conference normal 100",
+                   "success 4711 1 conference", "conference 4711 1", "conference 4711 2"});
     std::string const number = "sip:100@" + exchange_.hostPort();
     std::string const own = "sip:4711@" + exchange_.hostPort();
     EXPECT_EQ(phone_.events().lastDocument(),
@@ -212,8 +212,8 @@ TEST_F(AtTheExchange, ConferencePartyThatLeaves_LeavesAnOrdinaryCall)
 
     ASSERT_TRUE(engine().clear(2));
 
-    phone_.expect({"state 4711 2 Idle Normal 100", "conference 4711 1", "party 4711 1 100 1 0",
-                   "state 4711 1 Connected Normal 100"});
+    phone_.expect({"state 4711 2 idle normal 100", "conference 4711 1", "party 4711 1 100 1 0",
+                   "state 4711 1 connected normal 100"});
 }
 
 TEST_F(AtTheExchange, ConferenceOnHold_IsHeldAndRetrievedAsAWhole)
@@ -236,8 +236,8 @@ TEST_F(AtTheExchange, ConferenceOnHold_IsHeldAndRetrievedAsAWhole)
 TEST_F(ThreePhones, AnswerAndClearAtTheSameTime_EndBothSides)
 {
     ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1, "4722"));
-    ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 Ringing Normal 4711"));
-    ASSERT_TRUE(alice_.events().waitFor("state 4711 1 RemoteRinging Normal 4722"));
+    ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 ringing normal 4711"));
+    ASSERT_TRUE(alice_.events().waitFor("state 4711 1 remote ringing normal 4722"));
 
     {
         std::lock_guard const guard(eventLoop());
@@ -255,17 +255,17 @@ TEST_F(ThreePhones, ConsultationWhoseFirstCallEndsDuringTheHold_GoesOn)
     ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 2, "4733", CallPurpose::kConsultation));
     ASSERT_TRUE(bob_.engine().clear(1001));
 
-    EXPECT_TRUE(alice_.events().waitFor("state 4711 1 Idle Normal 4722"));
-    EXPECT_TRUE(carol_.events().waitFor("state 4733 1001 Ringing Normal 4711"));
+    EXPECT_TRUE(alice_.events().waitFor("state 4711 1 idle normal 4722"));
+    EXPECT_TRUE(carol_.events().waitFor("state 4733 1001 ringing normal 4711"));
 }
 
 TEST_F(ThreePhones, CallIdsOfIncomingCalls_GoUpAndAreNotUsedTwice)
 {
     ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1, "4733"));
-    ASSERT_TRUE(carol_.events().waitFor("state 4733 1001 Ringing Normal 4711"));
+    ASSERT_TRUE(carol_.events().waitFor("state 4733 1001 ringing normal 4711"));
     ASSERT_TRUE(bob_.engine().outgoing().make(1, 0, 1, "4733"));
 
-    EXPECT_TRUE(carol_.events().waitFor("state 4733 1002 Ringing Normal 4722"));
+    EXPECT_TRUE(carol_.events().waitFor("state 4733 1002 ringing normal 4722"));
 }
 
 }  // namespace telephone::test

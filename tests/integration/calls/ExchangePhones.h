@@ -42,21 +42,21 @@ protected:
     void connectAliceAndBob()
     {
         ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1, "4722"));
-        ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 Ringing Normal 4711"));
+        ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 ringing normal 4711"));
         ASSERT_TRUE(bob_.engine().answer(1001));
-        ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 Connected Normal 4711"));
-        ASSERT_TRUE(alice_.events().waitFor("state 4711 1 Connected Normal 4722"));
+        ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 connected normal 4711"));
+        ASSERT_TRUE(alice_.events().waitFor("state 4711 1 connected normal 4722"));
     }
 
     // alice, connected to bob, consults carol: call 2 of alice, call 1001 of carol.
     void consultCarol()
     {
         ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 2, "4733", CallPurpose::kConsultation));
-        ASSERT_TRUE(carol_.events().waitFor("state 4733 1001 Ringing Normal 4711"));
-        ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 RemotelyHeld Normal 4711"));
+        ASSERT_TRUE(carol_.events().waitFor("state 4733 1001 ringing normal 4711"));
+        ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 remotely held normal 4711"));
         ASSERT_TRUE(carol_.engine().answer(1001));
-        ASSERT_TRUE(carol_.events().waitFor("state 4733 1001 Connected Normal 4711"));
-        ASSERT_TRUE(alice_.events().waitFor("state 4711 2 Connected Normal 4733"));
+        ASSERT_TRUE(carol_.events().waitFor("state 4733 1001 connected normal 4711"));
+        ASSERT_TRUE(alice_.events().waitFor("state 4711 2 connected normal 4733"));
     }
 };
 

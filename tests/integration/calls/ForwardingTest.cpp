@@ -17,7 +17,7 @@ protected:
     // diverted: the diverting party and the reason.
     void expectAtCarol(std::string const& diverted)
     {
-        carol_.expect({"incoming 4733 1001 4711 - 1 " + diverted, "state 4733 1001 Ringing Normal 4711"});
+        carol_.expect({"incoming 4733 1001 4711 - 1 " + diverted, "state 4733 1001 ringing normal 4711"});
     }
 };
 
@@ -48,7 +48,7 @@ TEST_F(Forwarding, UnconditionalExternal_LeavesInternalCallersAlone)
 
     aliceCallsBob();
 
-    bob_.expect({"incoming 4722 1001 4711 - 1 - 0", "state 4722 1001 Ringing Normal 4711"});
+    bob_.expect({"incoming 4722 1001 4711 - 1 - 0", "state 4722 1001 ringing normal 4711"});
 }
 
 TEST_F(Forwarding, UnconditionalExternal_MovesCallersOfAnotherDomain)
@@ -61,14 +61,14 @@ TEST_F(Forwarding, UnconditionalExternal_MovesCallersOfAnotherDomain)
     ASSERT_TRUE(outside.engine().outgoing().make(1, 0, 1, bob_.uri()));
 
     bob_.expect({"forwarded 4722 1001 9000 4733 1"});
-    carol_.expect({"incoming 4733 1001 9000 - 2 4722 1", "state 4733 1001 Ringing Normal 9000"});
+    carol_.expect({"incoming 4733 1001 9000 - 2 4722 1", "state 4733 1001 ringing normal 9000"});
 }
 
 TEST_F(Forwarding, OnBusy_MovesTheSecondCall)
 {
     setRule(sfiForwardBusy, "4733");
     ASSERT_TRUE(bob_.engine().outgoing().make(1, 0, 1, "100"));
-    ASSERT_TRUE(bob_.events().waitFor("state 4722 1 Connected Normal 100"));
+    ASSERT_TRUE(bob_.events().waitFor("state 4722 1 connected normal 100"));
 
     aliceCallsBob();
 
@@ -90,8 +90,8 @@ TEST_F(Forwarding, OnNoReply_MovesTheCallWhenTheTimerExpires)
 
     ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1, "4744"));
 
-    dave.expect({"incoming 4744 1001 4711 - 1 - 0", "state 4744 1001 Ringing Normal 4711",
-                 "state 4744 1001 Idle Forwarded 4711", "forwarded 4744 1001 4711 4733 3"});
+    dave.expect({"incoming 4744 1001 4711 - 1 - 0", "state 4744 1001 ringing normal 4711",
+                 "state 4744 1001 idle forwarded 4711", "forwarded 4744 1001 4711 4733 3"});
     expectAtCarol("4744 3");
 }
 
@@ -107,11 +107,11 @@ TEST_F(Forwarding, AnsweredInTime_StaysHere)
         dave.rules[sfiForwardNoReply] = {true, "4733"};
     }
     ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1, "4744"));
-    ASSERT_TRUE(dave.events().waitFor("state 4744 1001 Ringing Normal 4711"));
+    ASSERT_TRUE(dave.events().waitFor("state 4744 1001 ringing normal 4711"));
 
     ASSERT_TRUE(dave.engine().answer(1001));
 
-    dave.expect({"state 4744 1001 Connected Normal 4711"});
+    dave.expect({"state 4744 1001 connected normal 4711"});
     EXPECT_EQ(dave.events().next(std::chrono::milliseconds(400)), "nothing came");
 }
 
@@ -122,7 +122,7 @@ TEST_F(Forwarding, ByTheServer_IsNotDoneHere)
 
     aliceCallsBob();
 
-    bob_.expect({"incoming 4722 1001 4711 - 1 - 0", "state 4722 1001 Ringing Normal 4711"});
+    bob_.expect({"incoming 4722 1001 4711 - 1 - 0", "state 4722 1001 ringing normal 4711"});
 }
 
 TEST_F(Forwarding, ToNowhere_IsNotDone)
@@ -131,7 +131,7 @@ TEST_F(Forwarding, ToNowhere_IsNotDone)
 
     aliceCallsBob();
 
-    bob_.expect({"incoming 4722 1001 4711 - 1 - 0", "state 4722 1001 Ringing Normal 4711"});
+    bob_.expect({"incoming 4722 1001 4711 - 1 - 0", "state 4722 1001 ringing normal 4711"});
 }
 
 TEST_F(Forwarding, ToItself_IsNotDone)
@@ -140,7 +140,7 @@ TEST_F(Forwarding, ToItself_IsNotDone)
 
     aliceCallsBob();
 
-    bob_.expect({"incoming 4722 1001 4711 - 1 - 0", "state 4722 1001 Ringing Normal 4711"});
+    bob_.expect({"incoming 4722 1001 4711 - 1 - 0", "state 4722 1001 ringing normal 4711"});
 }
 
 TEST_F(Forwarding, DoNotDisturb_RefusesAndTellsTheMissedCall)
@@ -149,9 +149,9 @@ TEST_F(Forwarding, DoNotDisturb_RefusesAndTellsTheMissedCall)
 
     aliceCallsBob();
 
-    bob_.expect({"missed 4722 1001 4711 Busy - 0"});
-    alice_.expect({"state 4711 1 Dialling Normal 4722"});
-    EXPECT_TRUE(alice_.events().waitFor("state 4711 1 Busy Busy 4722"));
+    bob_.expect({"missed 4722 1001 4711 busy - 0"});
+    alice_.expect({"state 4711 1 dialling normal 4722"});
+    EXPECT_TRUE(alice_.events().waitFor("state 4711 1 busy busy 4722"));
 }
 
 TEST_F(Forwarding, DoNotDisturbAsUnavailable_AnswersThat)
@@ -164,8 +164,8 @@ TEST_F(Forwarding, DoNotDisturbAsUnavailable_AnswersThat)
 
     ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1, "4744"));
 
-    dave.expect({"missed 4744 1001 4711 Unavailable - 0"});
-    EXPECT_TRUE(alice_.events().waitFor("state 4711 1 Failed Unavailable 4744"));
+    dave.expect({"missed 4744 1001 4711 unavailable - 0"});
+    EXPECT_TRUE(alice_.events().waitFor("state 4711 1 failed unavailable 4744"));
 }
 
 TEST_F(Forwarding, OutOfService_RefusesCallsBothWays)
@@ -175,7 +175,7 @@ TEST_F(Forwarding, OutOfService_RefusesCallsBothWays)
     EXPECT_FALSE(bob_.engine().outgoing().make(1, 0, 1, "100"));
     ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1, bob_.uri()));
 
-    EXPECT_TRUE(alice_.events().waitFor("state 4711 1 Failed Unavailable 4722"));
+    EXPECT_TRUE(alice_.events().waitFor("state 4711 1 failed unavailable 4722"));
     bob_.expect({"registration 4722 0 no 4"});
 }
 

@@ -121,17 +121,17 @@ TEST_F(Kamailio, CallThroughTheProxy_IsMadeHeldRetrievedAndCleared)
     ASSERT_TRUE(isRegistered(bob));
 
     ASSERT_TRUE(alice.engine().outgoing().make(1, 0, 1, "4722"));
-    ASSERT_TRUE(bob.events().waitFor("state 4722 1001 Ringing Normal 4711"));
+    ASSERT_TRUE(bob.events().waitFor("state 4722 1001 ringing normal 4711"));
     ASSERT_TRUE(bob.engine().answer(1001));
-    ASSERT_TRUE(alice.events().waitFor("state 4711 1 Connected Normal 4722"));
+    ASSERT_TRUE(alice.events().waitFor("state 4711 1 connected normal 4722"));
     ASSERT_TRUE(alice.engine().established().hold(1));
     ASSERT_TRUE(alice.events().waitFor("held 4711 1"));
-    EXPECT_TRUE(bob.events().waitFor("state 4722 1001 RemotelyHeld Normal 4711"));
+    EXPECT_TRUE(bob.events().waitFor("state 4722 1001 remotely held normal 4711"));
     ASSERT_TRUE(alice.engine().established().retrieve(1));
-    EXPECT_TRUE(bob.events().waitFor("state 4722 1001 Connected Normal 4711"));
+    EXPECT_TRUE(bob.events().waitFor("state 4722 1001 connected normal 4711"));
     ASSERT_TRUE(bob.engine().clear(1001));
 
-    EXPECT_TRUE(alice.events().waitFor("state 4711 1 Idle Normal 4722"));
+    EXPECT_TRUE(alice.events().waitFor("state 4711 1 idle normal 4722"));
 }
 
 TEST_F(Kamailio, WrongPassword_IsRefused)
@@ -145,7 +145,7 @@ TEST_F(Kamailio, WrongPassword_IsRefused)
 
     bob.expect({"registration 4722 0 no 1"});
     ASSERT_TRUE(alice.engine().outgoing().make(1, 0, 1, "4722"));
-    EXPECT_TRUE(alice.events().waitFor("state 4711 1 Failed NotFound 4722"));
+    EXPECT_TRUE(alice.events().waitFor("state 4711 1 failed not found 4722"));
 }
 
 TEST_F(Kamailio, RegistrarThatGoesAwayAndReturns_IsFoundAgain)

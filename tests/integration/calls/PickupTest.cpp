@@ -10,8 +10,8 @@ protected:
     void ringBob()
     {
         ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1, "4722"));
-        ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 Ringing Normal 4711"));
-        ASSERT_TRUE(alice_.events().waitFor("state 4711 1 RemoteRinging Normal 4722"));
+        ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 ringing normal 4711"));
+        ASSERT_TRUE(alice_.events().waitFor("state 4711 1 remote ringing normal 4722"));
     }
 };
 
@@ -21,10 +21,10 @@ TEST_F(Pickup, DirectedPickupByTheDialogPackage_TakesTheCall)
 
     ASSERT_TRUE(carol_.engine().pickups().directed(1, 0, 5, "4722"));
 
-    carol_.expect({"state 4733 5 Dialling Normal 4722", "pickup 4733 5 4711 -", "state 4733 5 Connected Normal 4711",
-                   "success 4733 5 DirectedPickup"});
-    alice_.expect({"party 4711 1 4733 0 0", "state 4711 1 Connected Normal 4733"});
-    bob_.expect({"missed 4722 1001 4711 NoAnswer - 0", "state 4722 1001 Idle Cancelled 4711"});
+    carol_.expect({"state 4733 5 dialling normal 4722", "pickup 4733 5 4711 -", "state 4733 5 connected normal 4711",
+                   "success 4733 5 directed pickup"});
+    alice_.expect({"party 4711 1 4733 0 0", "state 4711 1 connected normal 4733"});
+    bob_.expect({"missed 4722 1001 4711 no answer - 0", "state 4722 1001 idle cancelled 4711"});
 }
 
 TEST_F(Pickup, DirectedPickup_ShowsTheCallerAndTheCalled)
@@ -32,7 +32,7 @@ TEST_F(Pickup, DirectedPickup_ShowsTheCallerAndTheCalled)
     ringBob();
 
     ASSERT_TRUE(carol_.engine().pickups().directed(1, 0, 5, "4722"));
-    ASSERT_TRUE(carol_.events().waitFor("state 4733 5 Connected Normal 4711"));
+    ASSERT_TRUE(carol_.events().waitFor("state 4733 5 connected normal 4711"));
 
     sfiReplacesDisplay const display = carol_.events().lastReplaces();
     EXPECT_EQ(display.called, "sip:4722@" + exchange_.hostPort());
@@ -44,7 +44,7 @@ TEST_F(Pickup, DirectedPickupWhereNothingRings_Fails)
     ASSERT_TRUE(carol_.engine().pickups().directed(1, 0, 5, "4722"));
 
     carol_.expect(
-        {"state 4733 5 Dialling Normal 4722", "failed 4733 5 DirectedPickup 4", "state 4733 5 Failed NotFound 4722"});
+        {"state 4733 5 dialling normal 4722", "failed 4733 5 directed pickup 4", "state 4733 5 failed not found 4722"});
 }
 
 TEST_F(Pickup, DirectedPickupThatIsGivenUp_EndsIdle)
@@ -53,7 +53,7 @@ TEST_F(Pickup, DirectedPickupThatIsGivenUp_EndsIdle)
 
     ASSERT_TRUE(carol_.engine().clear(5));
 
-    carol_.expect({"state 4733 5 Dialling Normal 4722", "state 4733 5 Idle Cancelled 4722"});
+    carol_.expect({"state 4733 5 dialling normal 4722", "state 4733 5 idle cancelled 4722"});
 }
 
 TEST_F(Pickup, PickupNumber_TakesTheCall)
@@ -62,9 +62,9 @@ TEST_F(Pickup, PickupNumber_TakesTheCall)
 
     ASSERT_TRUE(carol_.engine().outgoing().make(1, 0, 5, "*974722"));
 
-    EXPECT_TRUE(carol_.events().waitFor("success 4733 5 DirectedPickup"));
-    EXPECT_TRUE(alice_.events().waitFor("state 4711 1 Connected Normal 4722"));
-    EXPECT_TRUE(bob_.events().waitFor("state 4722 1001 Idle Cancelled 4711"));
+    EXPECT_TRUE(carol_.events().waitFor("success 4733 5 directed pickup"));
+    EXPECT_TRUE(alice_.events().waitFor("state 4711 1 connected normal 4722"));
+    EXPECT_TRUE(bob_.events().waitFor("state 4722 1001 idle cancelled 4711"));
 }
 
 TEST_F(Pickup, GroupPickup_TakesTheCall)
@@ -73,8 +73,8 @@ TEST_F(Pickup, GroupPickup_TakesTheCall)
 
     ASSERT_TRUE(carol_.engine().pickups().group(1, 0, 5));
 
-    EXPECT_TRUE(carol_.events().waitFor("success 4733 5 GroupPickup"));
-    EXPECT_TRUE(bob_.events().waitFor("state 4722 1001 Idle Cancelled 4711"));
+    EXPECT_TRUE(carol_.events().waitFor("success 4733 5 group pickup"));
+    EXPECT_TRUE(bob_.events().waitFor("state 4722 1001 idle cancelled 4711"));
 }
 
 TEST_F(Pickup, GroupPickupWithNothingToPickUp_Fails)
@@ -82,7 +82,7 @@ TEST_F(Pickup, GroupPickupWithNothingToPickUp_Fails)
     ASSERT_TRUE(carol_.engine().pickups().group(1, 0, 5));
 
     std::vector<std::string> skipped;
-    EXPECT_TRUE(carol_.events().waitFor("failed 4733 5 GroupPickup 2", &skipped)) << ::testing::PrintToString(skipped);
+    EXPECT_TRUE(carol_.events().waitFor("failed 4733 5 group pickup 2", &skipped)) << ::testing::PrintToString(skipped);
 }
 
 }  // namespace telephone::test

@@ -53,7 +53,7 @@ TEST(Console, CallByHand_ShowsRequestAnswerAndEvents)
         << result.output;
     EXPECT_NE(result.output.find("1      line 4711     held           to sip:100@127.0.0.1:"), std::string::npos)
         << result.output;
-    EXPECT_NE(result.output.find("4711     number 1    on hold          registered, primary\n"), std::string::npos)
+    EXPECT_NE(result.output.find("4711     number 1    held             registered, primary\n"), std::string::npos)
         << result.output;
 }
 

@@ -15,13 +15,12 @@ namespace {
 
 using Reasons = std::vector<std::string>;
 
-CallStatus call(int id, std::string const& line, int state = 6)
+CallStatus call(int id, std::string const& line)
 {
     CallStatus call;
     call.id = id;
     call.line = line;
     call.place = line;
-    call.stateNumber = state;
     return call;
 }
 
@@ -81,7 +80,7 @@ protected:
 
 TEST_F(RequestReasons, SampleOfEveryRequest_ThatSucceeds_HasNone)
 {
-    state_.calls.push_back(call(1001, "4711", 5));
+    state_.calls.push_back(call(1001, "4711"));
     for (auto const& description : kRequestDescriptions) {
         EXPECT_EQ(accepted(sampleOf(description)), Reasons()) << description.name;
     }
@@ -159,14 +158,15 @@ TEST_F(RequestReasons, MissingCall_NamesTheCalls)
 
 TEST_F(RequestReasons, CallThatIsOver_IsUnknownExceptForACallBack)
 {
-    state_.calls = {call(2, "4711"), call(4, "4711", 13)};
+    state_.calls = {call(2, "4711"), call(4, "4711")};
+    state_.calls[1].over = true;
 
     EXPECT_EQ(refused(request("HoldCall", "<Line>4711</Line><CallID>4</CallID>")),
               Reasons{"line 4711 has no call 4; it has call 2"});
-    Refusal const state{RefusalKind::kWrongState, "call 4 allows no call-back: its party does not ring"};
+    Refusal const state{RefusalKind::kWrongState, "call 9 allows no call-back: its party does not ring"};
     for (char const* const method : {"ActivateCallbackRinging", "ActivateCallbackBusy"}) {
-        EXPECT_EQ(of(request(method, "<CallID>4</CallID>"), "sfiFailureCallBackInvalidState", {state}),
-                  Reasons{"call 4 allows no call-back: its party does not ring"});
+        EXPECT_EQ(of(request(method, "<CallID>9</CallID>"), "sfiFailureCallBackInvalidState", {state}),
+                  Reasons{"call 9 allows no call-back: its party does not ring"});
         EXPECT_EQ(of(request(method, "<Line>4711</Line><CallID>7</CallID>"), "sfiFailureCallBackNoCallInfo",
                      {{RefusalKind::kNotFound, "there is no call 7"}}),
                   Reasons{"line 4711 has no call 7; it has calls 2 and 4"});
@@ -192,7 +192,7 @@ TEST_F(RequestReasons, AcceptCallWithoutAutoAnswer_OfAnUnknownCall_HasOneAlthoug
 TEST_F(RequestReasons, AcceptCallWithoutAutoAnswer_OnATelephoneOfOneLine_DoesNothing)
 {
     state_ = oneLine();
-    state_.calls = {call(1001, "4711", 5)};
+    state_.calls = {call(1001, "4711")};
 
     EXPECT_EQ(accepted(request("AcceptCall", "<CallID>1001</CallID>")),
               Reasons{"AcceptCall without AutoAnswer 0 does nothing on a telephone of one line"});

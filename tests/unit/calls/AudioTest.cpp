@@ -227,9 +227,9 @@ TEST(Heard, IsWrittenToAFile)
         EnginePhone alice(listening);
         Ear ear;
         ASSERT_TRUE(alice.engine().outgoing().make(1, 0, 1, bob.uri()));
-        ASSERT_TRUE(bob.events().waitFor("state 4722 1001 Ringing Normal 4711"));
+        ASSERT_TRUE(bob.events().waitFor("state 4722 1001 ringing normal 4711"));
         ASSERT_TRUE(bob.engine().answer(1001));
-        ASSERT_TRUE(alice.events().waitFor("state 4711 1 Connected Normal 4722"));
+        ASSERT_TRUE(alice.events().waitFor("state 4711 1 connected normal 4722"));
         ASSERT_TRUE(alice.engine().list().addTap(1, ear));
         ASSERT_TRUE(eventually([&ear] { return hears(ear, ToneSource::kFrequency); }));
         ASSERT_TRUE(eventually([&ear] {

@@ -14,13 +14,13 @@ protected:
     void connect(int callID)
     {
         ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, callID, bob_.uri()));
-        bob_.expect({"incoming 4722 1001 4711 - 2 - 0", "state 4722 1001 Ringing Normal 4711"});
+        bob_.expect({"incoming 4722 1001 4711 - 2 - 0", "state 4722 1001 ringing normal 4711"});
         std::string const id = std::to_string(callID);
-        alice_.expect({"state 4711 " + id + " Dialling Normal 4722", "state 4711 " + id + " Proceeding Normal 4722",
-                       "state 4711 " + id + " RemoteRinging Normal 4722"});
+        alice_.expect({"state 4711 " + id + " dialling normal 4722", "state 4711 " + id + " proceeding normal 4722",
+                       "state 4711 " + id + " remote ringing normal 4722"});
         ASSERT_TRUE(bob_.engine().answer(1001));
-        alice_.expect({"state 4711 " + id + " Connected Normal 4722"});
-        bob_.expect({"state 4722 1001 Connected Normal 4711"});
+        alice_.expect({"state 4711 " + id + " connected normal 4722"});
+        bob_.expect({"state 4722 1001 connected normal 4711"});
     }
 };
 
@@ -37,8 +37,8 @@ TEST_F(TwoPhones, ClearByTheCaller_EndsBothSides)
 
     ASSERT_TRUE(alice_.engine().clear(1));
 
-    alice_.expect({"state 4711 1 Idle Normal 4722"});
-    bob_.expect({"state 4722 1001 Idle Normal 4711"});
+    alice_.expect({"state 4711 1 idle normal 4722"});
+    bob_.expect({"state 4722 1001 idle normal 4711"});
     EXPECT_TRUE(alice_.engine().calls().empty());
     EXPECT_TRUE(bob_.engine().calls().empty());
 }
@@ -49,20 +49,20 @@ TEST_F(TwoPhones, ClearByTheCalled_EndsBothSides)
 
     ASSERT_TRUE(bob_.engine().clear(1001));
 
-    alice_.expect({"state 4711 1 Idle Normal 4722"});
-    bob_.expect({"state 4722 1001 Idle Normal 4711"});
+    alice_.expect({"state 4711 1 idle normal 4722"});
+    bob_.expect({"state 4722 1001 idle normal 4711"});
 }
 
 TEST_F(TwoPhones, ClearBeforeTheAnswer_IsMissedByTheCalled)
 {
     ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 7, bob_.uri()));
-    ASSERT_TRUE(alice_.events().waitFor("state 4711 7 RemoteRinging Normal 4722"));
+    ASSERT_TRUE(alice_.events().waitFor("state 4711 7 remote ringing normal 4722"));
 
     ASSERT_TRUE(alice_.engine().clear(7));
 
-    alice_.expect({"state 4711 7 Idle Cancelled 4722"});
-    bob_.expect({"incoming 4722 1001 4711 - 2 - 0", "state 4722 1001 Ringing Normal 4711",
-                 "missed 4722 1001 4711 NoAnswer - 0", "state 4722 1001 Idle Cancelled 4711"});
+    alice_.expect({"state 4711 7 idle cancelled 4722"});
+    bob_.expect({"incoming 4722 1001 4711 - 2 - 0", "state 4722 1001 ringing normal 4711",
+                 "missed 4722 1001 4711 no answer - 0", "state 4722 1001 idle cancelled 4711"});
 }
 
 TEST_F(TwoPhones, HoldAndRetrieve_AreSeenByBoth)
@@ -71,11 +71,11 @@ TEST_F(TwoPhones, HoldAndRetrieve_AreSeenByBoth)
 
     ASSERT_TRUE(alice_.engine().established().hold(1));
     alice_.expect({"held 4711 1"});
-    bob_.expect({"state 4722 1001 RemotelyHeld Normal 4711"});
+    bob_.expect({"state 4722 1001 remotely held normal 4711"});
     ASSERT_TRUE(alice_.engine().established().retrieve(1));
 
     alice_.expect({"retrieved 4711 1 4722"});
-    bob_.expect({"state 4722 1001 Connected Normal 4711"});
+    bob_.expect({"state 4722 1001 connected normal 4711"});
 }
 
 TEST_F(TwoPhones, HoldFromBothSides_EndsHeldByBoth)
@@ -83,15 +83,15 @@ TEST_F(TwoPhones, HoldFromBothSides_EndsHeldByBoth)
     connect(1);
     ASSERT_TRUE(alice_.engine().established().hold(1));
     alice_.expect({"held 4711 1"});
-    bob_.expect({"state 4722 1001 RemotelyHeld Normal 4711"});
+    bob_.expect({"state 4722 1001 remotely held normal 4711"});
 
     ASSERT_TRUE(bob_.engine().established().hold(1001));
 
     bob_.expect({"held 4722 1001"});
-    alice_.expect({"state 4711 1 HeldByBoth Normal 4722"});
+    alice_.expect({"state 4711 1 held by both normal 4722"});
     EXPECT_EQ(bob_.engine().call(1001)->state, sfiCallStateHeldByBoth);
     ASSERT_TRUE(alice_.engine().established().retrieve(1));
-    alice_.expect({"retrieved 4711 1 4722", "state 4711 1 RemotelyHeld Normal 4722"});
+    alice_.expect({"retrieved 4711 1 4722", "state 4711 1 remotely held normal 4722"});
 }
 
 TEST_F(TwoPhones, HoldOfBothAtOnce_SettlesInSpiteOfGlare)

@@ -46,7 +46,7 @@ TEST(SilentFarEnd, CallToIt_CanBeCleared)
 
     ASSERT_TRUE(alice.engine().clear(1));
 
-    alice.expect({"state 4711 1 Dialling Normal nobody", "state 4711 1 Idle Cancelled nobody"});
+    alice.expect({"state 4711 1 dialling normal nobody", "state 4711 1 idle cancelled nobody"});
     EXPECT_TRUE(alice.engine().calls().empty());
 }
 
@@ -55,13 +55,13 @@ TEST(DeadFarEnd, ConnectedCall_CanBeCleared)
     EnginePhone alice(EnginePhone::optionsOf("4711"));
     auto bob = std::make_unique<EnginePhone>(EnginePhone::optionsOf("4722"));
     ASSERT_TRUE(alice.engine().outgoing().make(1, 0, 1, bob->uri()));
-    ASSERT_TRUE(bob->events().waitFor("state 4722 1001 Ringing Normal 4711"));
+    ASSERT_TRUE(bob->events().waitFor("state 4722 1001 ringing normal 4711"));
     ASSERT_TRUE(bob->engine().answer(1001));
-    ASSERT_TRUE(alice.events().waitFor("state 4711 1 Connected Normal 4722"));
+    ASSERT_TRUE(alice.events().waitFor("state 4711 1 connected normal 4722"));
 
     bob.reset();
 
-    alice.expect({"state 4711 1 Idle Normal 4722"});
+    alice.expect({"state 4711 1 idle normal 4722"});
 }
 
 TEST(NoCommonMedia, CallFromSuchAFarEnd_IsRefusedWith488)
@@ -75,7 +75,7 @@ TEST(NoCommonMedia, CallFromSuchAFarEnd_IsRefusedWith488)
 
     ASSERT_TRUE(alice.engine().outgoing().make(1, 0, 1, bob.uri()));
 
-    EXPECT_TRUE(alice.events().waitFor("state 4711 1 Failed NotAcceptable 4722"));
+    EXPECT_TRUE(alice.events().waitFor("state 4711 1 failed not acceptable 4722"));
     EXPECT_TRUE(bob.engine().calls().empty());
 }
 
@@ -88,7 +88,7 @@ TEST(UnknownUser, OfAPeer_IsNotFound)
 
     ASSERT_TRUE(alice.engine().outgoing().make(1, 0, 1, other));
 
-    alice.expect({"state 4711 1 Dialling Normal 9999", "state 4711 1 Failed NotFound 9999"});
+    alice.expect({"state 4711 1 dialling normal 9999", "state 4711 1 failed not found 9999"});
     EXPECT_TRUE(bob.events().rest().empty());
 }
 

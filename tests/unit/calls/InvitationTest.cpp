@@ -69,9 +69,9 @@ protected:
     void connect()
     {
         ASSERT_TRUE(peer_.call(phone_.uri(), {}));
-        ASSERT_TRUE(phone_.events().waitFor("state 4711 1001 Ringing Normal 9000"));
+        ASSERT_TRUE(phone_.events().waitFor("state 4711 1001 ringing normal 9000"));
         ASSERT_TRUE(phone_.engine().answer(1001));
-        ASSERT_TRUE(phone_.events().waitFor("state 4711 1001 Connected Normal 9000"));
+        ASSERT_TRUE(phone_.events().waitFor("state 4711 1001 connected normal 9000"));
     }
 };
 
@@ -88,7 +88,7 @@ TEST_F(Invitation, DivertedCall_NamesTheDivertingPartyAndTheReason)
 {
     ASSERT_TRUE(peer_.call(phone_.uri(), {{"Diversion", "<sip:4799@example.org>;reason=user-busy"}}));
 
-    phone_.expect({"incoming 4711 1001 9000 Nina Nine 2 4799 2", "state 4711 1001 Ringing Normal 9000"});
+    phone_.expect({"incoming 4711 1001 9000 Nina Nine 2 4799 2", "state 4711 1001 ringing normal 9000"});
     EXPECT_TRUE(phone_.engine().incoming().reject(1001, sfiRefuseCallDecline));
 }
 
@@ -109,7 +109,7 @@ TEST_F(Invitation, AutomaticAnswer_IsLeftToTheApplication)
 {
     ASSERT_TRUE(peer_.call(phone_.uri(), {{"Answer-Mode", "Auto"}}));
 
-    phone_.expect({"incoming 4711 1001 9000 Nina Nine 2 - 0", "state 4711 1001 Ringing Normal 9000"});
+    phone_.expect({"incoming 4711 1001 9000 Nina Nine 2 - 0", "state 4711 1001 ringing normal 9000"});
     EXPECT_TRUE(phone_.events().lastAlert().automatic);
     EXPECT_EQ(phone_.events().next(std::chrono::milliseconds(100)), "nothing came");
 }

@@ -17,7 +17,7 @@ protected:
     void ring()
     {
         ASSERT_TRUE(engine().outgoing().make(1, 0, 1, bob_.uri()));
-        ASSERT_TRUE(alice_.events().waitFor("state 4711 1 RemoteRinging Normal 4722"));
+        ASSERT_TRUE(alice_.events().waitFor("state 4711 1 remote ringing normal 4722"));
     }
 };
 
@@ -103,7 +103,7 @@ TEST_F(Refusal, InvalidDigits)
 TEST_F(Refusal, UnknownReason)
 {
     ring();
-    ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 Ringing Normal 4711"));
+    ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 ringing normal 4711"));
 
     EXPECT_FALSE(bob_.engine().incoming().reject(1001, static_cast<sfiRefuseCall>(-1)));
 
@@ -113,9 +113,9 @@ TEST_F(Refusal, UnknownReason)
 TEST_F(Refusal, SecureAudio)
 {
     ring();
-    ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 Ringing Normal 4711"));
+    ASSERT_TRUE(bob_.events().waitFor("state 4722 1001 ringing normal 4711"));
     ASSERT_TRUE(bob_.engine().answer(1001));
-    ASSERT_TRUE(alice_.events().waitFor("state 4711 1 Connected Normal 4722"));
+    ASSERT_TRUE(alice_.events().waitFor("state 4711 1 connected normal 4722"));
 
     EXPECT_FALSE(engine().established().changeSecurity(1, true));
 }
@@ -132,12 +132,12 @@ TEST(CallLimit, IsKeptBothWays)
     EnginePhone alice(options);
     EnginePhone bob(EnginePhone::optionsOf("4722"));
     ASSERT_TRUE(alice.engine().outgoing().make(1, 0, 1, bob.uri()));
-    ASSERT_TRUE(alice.events().waitFor("state 4711 1 RemoteRinging Normal 4722"));
+    ASSERT_TRUE(alice.events().waitFor("state 4711 1 remote ringing normal 4722"));
 
     EXPECT_FALSE(alice.engine().outgoing().make(1, 0, 2, bob.uri()));
     ASSERT_TRUE(bob.engine().outgoing().make(1, 0, 1, alice.uri()));
 
-    EXPECT_TRUE(bob.events().waitFor("state 4722 1 Busy Busy 4711"));
+    EXPECT_TRUE(bob.events().waitFor("state 4722 1 busy busy 4711"));
 }
 
 TEST(Inactive, Telephone_TakesAndMakesNoCalls)
@@ -149,7 +149,7 @@ TEST(Inactive, Telephone_TakesAndMakesNoCalls)
     EXPECT_FALSE(alice.engine().outgoing().make(1, 0, 1, bob.uri()));
     ASSERT_TRUE(bob.engine().outgoing().make(1, 0, 1, alice.uri()));
 
-    EXPECT_TRUE(bob.events().waitFor("state 4722 1 Failed Unavailable 4711"));
+    EXPECT_TRUE(bob.events().waitFor("state 4722 1 failed unavailable 4711"));
 }
 
 TEST(Deactivate, WithCalls_EndsThem)
@@ -157,14 +157,14 @@ TEST(Deactivate, WithCalls_EndsThem)
     EnginePhone alice(EnginePhone::optionsOf("4711"));
     EnginePhone bob(EnginePhone::optionsOf("4722"));
     ASSERT_TRUE(alice.engine().outgoing().make(1, 0, 1, bob.uri()));
-    ASSERT_TRUE(bob.events().waitFor("state 4722 1001 Ringing Normal 4711"));
+    ASSERT_TRUE(bob.events().waitFor("state 4722 1001 ringing normal 4711"));
     ASSERT_TRUE(bob.engine().answer(1001));
-    ASSERT_TRUE(alice.events().waitFor("state 4711 1 Connected Normal 4722"));
+    ASSERT_TRUE(alice.events().waitFor("state 4711 1 connected normal 4722"));
 
     alice.engine().deactivate();
 
-    alice.expect({"state 4711 1 Idle Normal 4722"});
-    EXPECT_TRUE(bob.events().waitFor("state 4722 1001 Idle Normal 4711"));
+    alice.expect({"state 4711 1 idle normal 4722"});
+    EXPECT_TRUE(bob.events().waitFor("state 4722 1001 idle normal 4711"));
 }
 
 struct RefusalCase
@@ -181,20 +181,20 @@ TEST_P(RefuseWith, TellsTheCallerWhy)
     EnginePhone alice(EnginePhone::optionsOf("4711"));
     EnginePhone bob(EnginePhone::optionsOf("4722"));
     ASSERT_TRUE(alice.engine().outgoing().make(1, 0, 1, bob.uri()));
-    ASSERT_TRUE(bob.events().waitFor("state 4722 1001 Ringing Normal 4711"));
+    ASSERT_TRUE(bob.events().waitFor("state 4722 1001 ringing normal 4711"));
 
     ASSERT_TRUE(bob.engine().incoming().reject(1001, GetParam().reason));
 
-    bob.expect({"state 4722 1001 Idle Refused 4711"});
+    bob.expect({"state 4722 1001 idle refused 4711"});
     EXPECT_TRUE(alice.events().waitFor(GetParam().expected));
 }
 
 INSTANTIATE_TEST_SUITE_P(Reasons, RefuseWith,
-                         ::testing::Values(RefusalCase{sfiRefuseCallBusy, "state 4711 1 Busy Busy 4722"},
-                                           RefusalCase{sfiRefuseCallDecline, "state 4711 1 Failed Refused 4722"},
+                         ::testing::Values(RefusalCase{sfiRefuseCallBusy, "state 4711 1 busy busy 4722"},
+                                           RefusalCase{sfiRefuseCallDecline, "state 4711 1 failed refused 4722"},
                                            RefusalCase{sfiRefuseCallUnavailable,
-                                                       "state 4711 1 Failed Unavailable 4722"},
-                                           RefusalCase{sfiRefuseCallNotFound, "state 4711 1 Failed NotFound 4722"},
-                                           RefusalCase{sfiRefuseCallForbidden, "state 4711 1 Failed Refused 4722"}));
+                                                       "state 4711 1 failed unavailable 4722"},
+                                           RefusalCase{sfiRefuseCallNotFound, "state 4711 1 failed not found 4722"},
+                                           RefusalCase{sfiRefuseCallForbidden, "state 4711 1 failed refused 4722"}));
 
 }  // namespace telephone::test

@@ -47,6 +47,7 @@ TEST(Vocabulary, FindValue_TakesNumberNameAndWord)
     EXPECT_EQ(numberOf(enumerations::kCallState, "remote ringing"), 3);
     EXPECT_EQ(numberOf(enumerations::kCallState, "remoteRinging"), 3);
     EXPECT_EQ(numberOf(enumerations::kCallState, "REMOTE-RINGING"), 3);
+    EXPECT_EQ(numberOf(enumerations::kCallState, "sfiCallStateRemoteRinging"), 3);
     EXPECT_EQ(numberOf(enumerations::kForwardReason, "do not disturb"), 5);
     EXPECT_EQ(numberOf(enumerations::kAgentState, "ready"), 3);
     EXPECT_EQ(numberOf(enumerations::kResult, "sfifailure"), 0);

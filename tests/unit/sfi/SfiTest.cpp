@@ -95,13 +95,13 @@ protected:
     {
         std::string const id = std::to_string(callID);
         ASSERT_EQ(make(callID, bob_.uri(line), flags), sfiSuccess);
-        ASSERT_TRUE(recorder_.waitFor("state 4711 " + id + " RemoteRinging Normal " + line));
+        ASSERT_TRUE(recorder_.waitFor("state 4711 " + id + " remote ringing normal " + line));
         for (CallSnapshot const& call : bob_.engine().calls()) {
             if (call.alerting()) {
                 ASSERT_TRUE(bob_.engine().answer(call.callID));
             }
         }
-        ASSERT_TRUE(recorder_.waitFor("state 4711 " + id + " Connected Normal " + line));
+        ASSERT_TRUE(recorder_.waitFor("state 4711 " + id + " connected normal " + line));
     }
 
     sfiResult hold(int callID, int feature, bool manual)
@@ -183,7 +183,7 @@ TEST_F(SfiTest, AlternateWithCallIdZero_ExchangesTheCalls)
 
     ASSERT_EQ(sfi_.CallFeature(&call, sfiFeatureAlternate, nullptr, 1), sfiSuccess);
 
-    EXPECT_TRUE(recorder_.waitFor("success 4711 1 Alternate"));
+    EXPECT_TRUE(recorder_.waitFor("success 4711 1 alternate"));
 }
 
 TEST_F(SfiTest, FeatureWithoutDestination_JoinsAConference)
@@ -194,7 +194,7 @@ TEST_F(SfiTest, FeatureWithoutDestination_JoinsAConference)
 
     ASSERT_EQ(sfi_.CallFeature(&call, static_cast<sfiFeature>(-1), nullptr, 1), sfiSuccess);
 
-    EXPECT_TRUE(recorder_.waitFor("success 4711 1 Conference"));
+    EXPECT_TRUE(recorder_.waitFor("success 4711 1 conference"));
 }
 
 TEST_F(SfiTest, AttendedTransferFeature_TransfersToTheOtherCall)
@@ -205,7 +205,7 @@ TEST_F(SfiTest, AttendedTransferFeature_TransfersToTheOtherCall)
 
     ASSERT_EQ(sfi_.CallFeature(&call, sfiFeatureAttendedTransfer, nullptr, 1), sfiSuccess);
 
-    EXPECT_TRUE(recorder_.waitFor("success 4711 1 AttendedTransfer"));
+    EXPECT_TRUE(recorder_.waitFor("success 4711 1 attended transfer"));
 }
 
 TEST_F(SfiTest, UnknownLine_IsRefused)
@@ -239,8 +239,8 @@ TEST_F(SfiTest, DoNotDisturb_RefusesCalls)
 
     ASSERT_TRUE(bob_.engine().outgoing().make(1, 0, 1, uri("4711")));
 
-    EXPECT_TRUE(recorder_.waitFor("missed 4711 1001 4722 Busy - 0"));
-    EXPECT_TRUE(bob_.events().waitFor("state 4722 1 Busy Busy 4711"));
+    EXPECT_TRUE(recorder_.waitFor("missed 4711 1001 4722 busy - 0"));
+    EXPECT_TRUE(bob_.events().waitFor("state 4722 1 busy busy 4711"));
 }
 
 TEST_F(SfiTest, ForwardingOfTheStore_ForwardsTheOwnLineAlone)
@@ -251,7 +251,7 @@ TEST_F(SfiTest, ForwardingOfTheStore_ForwardsTheOwnLineAlone)
     EXPECT_TRUE(recorder_.waitFor("forwarded 4711 1001 4722 4723 1"));
     ASSERT_TRUE(bob_.engine().outgoing().make(1, 0, 2, uri("4712")));
 
-    EXPECT_TRUE(recorder_.waitFor("state 4712 1002 Ringing Normal 4722"));
+    EXPECT_TRUE(recorder_.waitFor("state 4712 1002 ringing normal 4722"));
 }
 
 TEST_F(SfiTest, ServiceState_IsKept)

@@ -1,60 +1,19 @@
-#include "telephone/console/EventPattern.h"
+#include "telephone/access/EventPattern.h"
 
 #include <algorithm>
 #include <array>
 
 #include <spdlog/fmt/fmt.h>
 
-#include "platform/sfi/SfiTypes.h"
+#include "telephone/access/RequestShorthand.h"
 #include "telephone/base/Names.h"
-#include "telephone/console/RequestShorthand.h"
+#include "telephone/protocol/Vocabulary.h"
 
 namespace telephone {
 
 namespace {
 
-struct StateName
-{
-    int state;
-    std::string_view name;
-};
-
-constexpr std::array<StateName, 16> kStateNames{{
-    {sfiCallStateIdle, "idle"},
-    {sfiCallStateDialling, "dialling"},
-    {sfiCallStateProceeding, "proceeding"},
-    {sfiCallStateRemoteRinging, "remoteRinging"},
-    {sfiCallStateIncoming, "incoming"},
-    {sfiCallStateRinging, "ringing"},
-    {sfiCallStateConnected, "connected"},
-    {sfiCallStateHeld, "held"},
-    {sfiCallStateRemotelyHeld, "remotelyHeld"},
-    {sfiCallStateHeldByBoth, "heldByBoth"},
-    {sfiCallStateConference, "conference"},
-    {sfiCallStateTransferring, "transferring"},
-    {sfiCallStateClearing, "clearing"},
-    {sfiCallStateBusy, "busy"},
-    {sfiCallStateFailed, "failed"},
-    {sfiCallStateAccepted, "accepted"},
-}};
-
 constexpr std::array<std::string_view, 4> kLineTags{"LineID", "lineURI", "deviceId", "Line"};
-
-constexpr std::string_view kStatePrefix = "sfiCallState";
-
-std::string stateNumber(std::string const& value)
-{
-    std::string_view name = value;
-    if (name.starts_with(kStatePrefix)) {
-        name.remove_prefix(kStatePrefix.size());
-    }
-    for (StateName const& each : kStateNames) {
-        if (equalIgnoringCase(each.name, name)) {
-            return std::to_string(each.state);
-        }
-    }
-    return value;
-}
 
 std::string flagNumber(std::string const& value)
 {
@@ -62,6 +21,21 @@ std::string flagNumber(std::string const& value)
         return "1";
     }
     return equalIgnoringCase(value, "false") ? "0" : value;
+}
+
+// The value as an event carries it. The service passes every number on, so a number needs no name.
+Outcome<std::string> carriedValue(EventElement const& element, std::string const& typed)
+{
+    if (element.kind == EventElementKind::flag) {
+        return flagNumber(typed);
+    }
+    bool const isNumber = element.kind == EventElementKind::integer && wholeNumber(typed);
+    if (element.values == nullptr || isNumber) {
+        return typed;
+    }
+    return findValue(*element.values, typed).map([&](EnumerationValue const* value) {
+        return textOfValue(*element.values, *value);
+    });
 }
 
 bool namesLine(std::string_view tag)
@@ -125,11 +99,9 @@ Outcome<> EventPattern::require(std::string const& name, std::string const& valu
 {
     for (EventElement const& each : event_->elements) {
         if (isMeant(each, name)) {
-            bool const isFlag = each.kind == EventElementKind::flag;
-            required_.push_back({std::string(each.tag), each.tag == "CallState" ? stateNumber(value)
-                                                        : isFlag                ? flagNumber(value)
-                                                                                : value});
-            return {};
+            return carriedValue(each, value).map([&](std::string const& carried) {
+                required_.push_back({std::string(each.tag), carried});
+            });
         }
     }
     auto const tags = namesOf(event_->elements, &EventElement::tag);
@@ -143,13 +115,6 @@ bool EventPattern::matches(std::string_view event) const
     return elementValue(event, "Method") == event_->method &&
            std::all_of(required_.begin(), required_.end(),
                        [&](Assignment const& each) { return elementValue(event, each.name) == each.value; });
-}
-
-std::string_view callStateName(int state)
-{
-    auto const found = std::find_if(kStateNames.begin(), kStateNames.end(),
-                                    [&](StateName const& each) { return each.state == state; });
-    return found == kStateNames.end() ? std::string_view() : found->name;
 }
 
 }  // namespace telephone

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "CommunicationsServiceEvents.h"
-#include "telephone/console/Words.h"
+#include "telephone/access/Words.h"
 
 namespace telephone {
 
@@ -19,9 +19,9 @@ std::vector<std::string_view> eventNames();
 class EventPattern
 {
 public:
-    // From "CallHeldEvent LineID=4711 CallID=1", the words from `first` on. A call state may be a name
-    // (CallState=connected), a flag true or false, and the line of any event may be called Line. Refused for an unknown
-    // event or element.
+    // From "CallHeldEvent LineID=4711 CallID=1", the words from `first` on. A value that has a name may be written so
+    // (CallState="remote ringing", Reason=busy), a flag true or false, and the line of any event may be called Line.
+    // Refused for an unknown event, element or name.
     [[nodiscard]] static Outcome<EventPattern> parse(Words const& words, std::size_t first);
 
     [[nodiscard]] bool matches(std::string_view event) const;
@@ -36,8 +36,5 @@ private:
     EventDescription const* event_;
     std::vector<Assignment> required_;
 };
-
-// The name of a call state, as CallState=... takes it; empty for an unknown number.
-std::string_view callStateName(int state);
 
 }  // namespace telephone

@@ -1,4 +1,4 @@
-#include "telephone/console/EventPattern.h"
+#include "telephone/access/EventPattern.h"
 
 #include <gtest/gtest.h>
 
@@ -46,6 +46,47 @@ TEST(EventPattern, CallState_MayBeWrittenByName)
         EXPECT_TRUE(pattern("CallStateChangeEvent CallState=" + std::string(value)).matches(kConnected)) << value;
     }
     EXPECT_FALSE(pattern("CallStateChangeEvent CallState=held").matches(kConnected));
+}
+
+TEST(EventPattern, NameOfSeveralWords_MayBeQuotedOrRunTogether)
+{
+    constexpr char const* kRinging =
+        "<Method>CallStateChangeEvent</Method><LineID>4711</LineID><CallID>1</CallID><CallState>3</CallState>";
+    for (char const* const value : {"\"remote ringing\"", "remoteRinging", "remote-ringing", "3"}) {
+        EXPECT_TRUE(pattern("CallStateChangeEvent CallState=" + std::string(value)).matches(kRinging)) << value;
+    }
+}
+
+TEST(EventPattern, Name_MeansTheValueOfTheEventsOwnEnumeration)
+{
+    EXPECT_TRUE(pattern("CallForwardedEvent Reason=busy")
+                    .matches("<Method>CallForwardedEvent</Method>"
+                             "<Reason>2</Reason>"));
+    EXPECT_TRUE(pattern("CallStateChangeEvent Reason=busy")
+                    .matches("<Method>CallStateChangeEvent</Method>"
+                             "<Reason>1</Reason>"));
+    EXPECT_TRUE(pattern("AgentStateEvent agentState=\"logged on\"")
+                    .matches("<Method>AgentStateEvent</Method><agentState>loggedOn</agentState>"));
+}
+
+TEST(EventPattern, NumberWithoutName_IsTakenAsItStands)
+{
+    EXPECT_TRUE(pattern("CallStateChangeEvent CallState=15")
+                    .matches("<Method>CallStateChangeEvent</Method>"
+                             "<CallState>15</CallState>"));
+    EXPECT_TRUE(pattern("FeatureFailedEvent Feature=77")
+                    .matches("<Method>FeatureFailedEvent</Method>"
+                             "<Feature>77</Feature>"));
+}
+
+TEST(EventPattern, UnknownValue_IsRefusedWithTheNearestName)
+{
+    EXPECT_EQ(refusalOfPattern("CallStateChangeEvent CallState=remoteRining"),
+              "\"remoteRining\" is not a value of CallState (did you mean remote ringing?)");
+    EXPECT_EQ(refusalOfPattern("CallForwardedEvent Reason=deflectd"),
+              "\"deflectd\" is not a value of ForwardReason (did you mean deflected?)");
+    EXPECT_EQ(refusalOfPattern("AgentStateEvent agentState=readi"),
+              "\"readi\" is not a value of AgentState (did you mean ready?)");
 }
 
 TEST(EventPattern, Flag_MayBeWrittenAsWord)
