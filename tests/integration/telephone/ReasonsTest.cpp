@@ -1,5 +1,7 @@
 // Requests that succeed or fail surprisingly, each with the sentence that says why.
 #include <filesystem>
+#include <fstream>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,128 +13,119 @@ namespace {
 
 using Reasons = std::vector<std::string>;
 
-// The standard telephone is a keyset with the lines 4711 and 4712.
+// The standard telephone is a keyset with the lines 4711 and 4712; a test may add to its configuration.
 class ReasonsTest : public testing::Test
 {
 protected:
-    explicit ReasonsTest(std::vector<std::string> const& options = {})
-        : telephone_(options)
+    explicit ReasonsTest(std::string const& configuration = {})
     {
-        application_.command("reasons on");
-        application_.request(method("Subscribe"));
+        std::ofstream(file()) << configuration << "\n[store]\npath = \"" << store() << "\"\n";
+        telephone_.emplace(std::vector<std::string>{"--config", file()});
+        application_.emplace(telephone_->socket());
+        application_->command("reasons on");
+        application_->request(method("Subscribe"));
     }
 
-    void connect(int call)
-    {
-        ASSERT_EQ(application_.request(method("OutgoingCallMakeRequest", "<Line>4711</Line><CallID>" +
-                                                                             std::to_string(call) +
-                                                                             "</CallID><Destination>100</Destination>")),
-                  "sfiSuccess");
-        ASSERT_EQ(application_.reasons(), Reasons());
-        application_.event("<CallState>6</CallState>");
-    }
+    std::string file() const { return folder_.file("telephone.toml"); }
+    std::string store() const { return folder_.file("store"); }
 
-    RunningTelephone telephone_;
-    Application application_{telephone_.socket()};
+    std::optional<std::string> request(std::string const& name, std::string const& elements)
+    {
+        return application_->request(method(name, elements));
+    }
+    Reasons reasons() const { return application_->reasons(); }
+
+    TemporaryFolder const folder_;
+    std::optional<RunningTelephone> telephone_;
+    std::optional<Application> application_;
 };
 
 class OneLineReasonsTest : public ReasonsTest
 {
 protected:
     OneLineReasonsTest()
-        : ReasonsTest({"--config", PROJECT "/tests/integration/telephone/one-line.toml"})
+        : ReasonsTest("keyset = false")
     {}
-};
-
-class StoredReasonsTest : public testing::Test
-{
-protected:
-    TemporaryFolder folder_;
 };
 
 }  // namespace
 
 TEST_F(ReasonsTest, HoldCall_OfACallThatDoesNotExist)
 {
-    connect(2);
+    ASSERT_EQ(request("OutgoingCallMakeRequest", "<Line>4711</Line><CallID>2</CallID><Destination>100</Destination>"),
+              "sfiSuccess");
+    ASSERT_EQ(reasons(), Reasons());
+    application_->event("<CallState>6</CallState>");
 
-    EXPECT_EQ(application_.request(method("HoldCall", "<Line>4711</Line><CallID>7</CallID>")), "sfiFailure");
-    EXPECT_EQ(application_.reasons(), Reasons{"line 4711 has no call 7; it has call 2"});
+    EXPECT_EQ(request("HoldCall", "<Line>4711</Line><CallID>7</CallID>"), "sfiFailure");
+    EXPECT_EQ(reasons(), Reasons{"line 4711 has no call 7; it has call 2"});
 
-    EXPECT_EQ(application_.request(method("HoldCall", "<Line>4711</Line><CallID>2</CallID>")), "sfiSuccess");
-    EXPECT_EQ(application_.reasons(), Reasons());
+    EXPECT_EQ(request("HoldCall", "<Line>4711</Line><CallID>2</CallID>"), "sfiSuccess");
+    EXPECT_EQ(reasons(), Reasons());
 }
 
 TEST_F(ReasonsTest, RetrieveCall_OfACallThatDoesNotExist_SucceedsOnAKeyset)
 {
-    EXPECT_EQ(application_.request(method("RetrieveCall", "<Line>4711</Line><CallID>7</CallID>")), "sfiSuccess");
-    EXPECT_EQ(application_.reasons(), Reasons{"line 4711 has no call 7; the telephone has no calls"});
+    EXPECT_EQ(request("RetrieveCall", "<Line>4711</Line><CallID>7</CallID>"), "sfiSuccess");
+    EXPECT_EQ(reasons(), Reasons{"line 4711 has no call 7; the telephone has no calls"});
 }
 
 TEST_F(ReasonsTest, AcceptCall_WithoutAutoAnswerOfACallThatDoesNotExist_Succeeds)
 {
-    EXPECT_EQ(application_.request(method("AcceptCall", "<Line>4711</Line><CallID>7</CallID>")), "sfiSuccess");
-    EXPECT_EQ(application_.reasons(), Reasons{"line 4711 has no call 7; the telephone has no calls"});
+    EXPECT_EQ(request("AcceptCall", "<Line>4711</Line><CallID>7</CallID>"), "sfiSuccess");
+    EXPECT_EQ(reasons(), Reasons{"line 4711 has no call 7; the telephone has no calls"});
 }
 
 TEST_F(ReasonsTest, ForwardingType_ThatDoesNotExist_Succeeds)
 {
-    EXPECT_EQ(application_.request(method(
-                  "setForwardingConfiguration", "<Line>4711</Line><fwType>99</fwType><status>1</status><uri>102</uri>")),
-              "sfiSuccess");
-    EXPECT_EQ(application_.reasons(), Reasons{"there is no forwarding type 99 (0 to 9)"});
+    EXPECT_EQ(
+        request("setForwardingConfiguration", "<Line>4711</Line><fwType>99</fwType><status>1</status><uri>102</uri>"),
+        "sfiSuccess");
+    EXPECT_EQ(reasons(), Reasons{"there is no forwarding type 99 (0 to 9)"});
 }
 
 TEST_F(ReasonsTest, SettingOfALineThatDoesNotExist_Succeeds)
 {
-    EXPECT_EQ(application_.request(method("SetDoNotDisturb", "<Line>9999</Line><doNotDisturbOn>1</doNotDisturbOn>")),
-              "sfiSuccess");
-    EXPECT_EQ(application_.reasons(), Reasons{"there is no line 9999; the lines are 4711 and 4712"});
+    EXPECT_EQ(request("SetDoNotDisturb", "<Line>9999</Line><doNotDisturbOn>1</doNotDisturbOn>"), "sfiSuccess");
+    EXPECT_EQ(reasons(), Reasons{"there is no line 9999; the lines are 4711 and 4712"});
 }
 
 TEST_F(ReasonsTest, ServiceState_ThatDoesNotExist_EndsTheService)
 {
-    EXPECT_EQ(application_.request(method("SetServiceState", "<state>inService</state>")), "sfiSuccess");
-    EXPECT_EQ(application_.reasons(),
+    EXPECT_EQ(request("SetServiceState", "<state>inService</state>"), "sfiSuccess");
+    EXPECT_EQ(reasons(),
               Reasons{"there is no service state \"inService\" (sfiServiceInService, sfiServiceOutOfService and "
                       "sfiServiceDoNotDisturb): the telephone is out of service now"});
 
-    EXPECT_EQ(application_.request(method("OutgoingCallMakeRequest",
-                                          "<Line>4711</Line><CallID>1</CallID><Destination>100</Destination>")),
+    EXPECT_EQ(request("OutgoingCallMakeRequest", "<Line>4711</Line><CallID>1</CallID><Destination>100</Destination>"),
               "sfiFailure");
-    EXPECT_EQ(application_.reasons(), Reasons{"the telephone is out of service"});
+    EXPECT_EQ(reasons(), Reasons{"the telephone is out of service"});
 }
 
 TEST_F(ReasonsTest, CallWhileLocked)
 {
-    application_.command("lock");
+    application_->command("lock");
 
-    EXPECT_EQ(application_.request(method("OutgoingCallMakeRequest",
-                                          "<Line>4711</Line><CallID>1</CallID><Destination>100</Destination>")),
+    EXPECT_EQ(request("OutgoingCallMakeRequest", "<Line>4711</Line><CallID>1</CallID><Destination>100</Destination>"),
               "sfiFailure");
-    EXPECT_EQ(application_.reasons(), Reasons{"\"100\" cannot be dialled while the telephone is locked"});
+    EXPECT_EQ(reasons(), Reasons{"\"100\" cannot be dialled while the telephone is locked"});
 }
 
 TEST_F(OneLineReasonsTest, AcceptCall_WithoutAutoAnswer_DoesNothing)
 {
-    EXPECT_EQ(application_.request(method("AcceptCall", "<CallID>7</CallID>")), "sfiSuccess");
-    EXPECT_EQ(application_.reasons(), (Reasons{"there is no call 7; the telephone has no calls",
-                                               "AcceptCall without AutoAnswer 0 does nothing on a telephone of one "
-                                               "line"}));
+    EXPECT_EQ(request("AcceptCall", "<CallID>7</CallID>"), "sfiSuccess");
+    EXPECT_EQ(reasons(), (Reasons{"there is no call 7; the telephone has no calls",
+                                  "AcceptCall without AutoAnswer 0 does nothing on a telephone of one "
+                                  "line"}));
 }
 
-TEST_F(StoredReasonsTest, ForwardingRule_ThatCannotBeStored_Succeeds)
+TEST_F(ReasonsTest, ForwardingRule_ThatCannotBeStored_Succeeds)
 {
-    std::string const store = folder_.file("store");
-    RunningTelephone telephone({"--store", store});
-    Application application(telephone.socket());
-    application.command("reasons on");
-    std::filesystem::remove(store);
+    std::filesystem::remove(store());
 
-    EXPECT_EQ(application.request(method("setForwardingConfiguration",
-                                         "<Line>4711</Line><fwType>0</fwType><status>1</status><uri>102</uri>")),
-              "sfiSuccess");
-    EXPECT_EQ(application.reasons(),
-              Reasons{"the forwarding rule was not kept, because the store \"" + store +
-                      "\" was removed or replaced while the telephone was running: restart the telephone"});
+    EXPECT_EQ(
+        request("setForwardingConfiguration", "<Line>4711</Line><fwType>0</fwType><status>1</status><uri>102</uri>"),
+        "sfiSuccess");
+    EXPECT_EQ(reasons(), Reasons{"the forwarding rule was not kept, because the store \"" + store() +
+                                 "\" was removed or replaced while the telephone was running: restart the telephone"});
 }
