@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <limits>
+#include <utility>
 
 #include "platform/framework/Invoker.h"
 #include "platform/framework/InvokerResponse.h"
@@ -47,11 +48,19 @@ RequestRunner::RequestRunner(Executable& service, Invoker& invoker)
     , invoker_(invoker)
 {}
 
+void RequestRunner::watch(Watcher watcher)
+{
+    watcher_ = std::move(watcher);
+}
+
 RequestRunner::Reply RequestRunner::run(Channel const& channel, std::string_view request)
 {
     if (request.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
         log(kLogFailure, "requests", "a request of {} bytes is refused", request.size());
         return {kFailure, true, {}};
+    }
+    if (watcher_) {
+        watcher_(request);
     }
     Reply reply;
     RefusalCollector refusals;

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "telephone/program/TrafficCheck.h"
+
 namespace telephone {
 
 enum class Action
@@ -31,6 +33,7 @@ struct CommandLine
     std::string logFile;
     std::optional<int> logLevel;
     bool withoutExchange = false;
+    CheckedTraffic checked = CheckedTraffic::kNone;
     int port = 0;                    // of the exchange without a telephone; 0: the configured one
     std::string script;              // to play; "-": standard input
     std::vector<std::string> words;  // of a request or a store command, or the name to describe

@@ -163,7 +163,8 @@ class Application:
 
 
 class Telephone:
-    """A telephone in a process and a folder of its own, serving applications."""
+    """A telephone in a process and a folder of its own, serving applications. It ends at the first message that
+    contradicts the description of the protocol, which fails the test."""
 
     def __init__(self, configuration="", environment=None, prefix=(), options=(), level=4, in_folder=False):
         self.applications = []
@@ -179,8 +180,9 @@ class Telephone:
                    "--config", str(self.path / "telephone.toml"), "--socket", self.socket,
                    "--log-level", str(level), *options, "serve"]
         self.output = open(self.log, "wb")
+        environment = {"TELEPHONE_CHECK": "all", **os.environ, **(environment or {})}
         self.process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=self.output,
-                                        stderr=subprocess.STDOUT, env={**os.environ, **(environment or {})},
+                                        stderr=subprocess.STDOUT, env=environment,
                                         cwd=self.path if in_folder else None)
         try:
             until(lambda: self.process.poll() is not None or "applications can connect" in self.text(), 30,
