@@ -142,6 +142,11 @@ class Application:
     def wait_state(self, call, state, seconds=20):
         return self.wait("CallStateChangeEvent", seconds, CallID=call, CallState=state)
 
+    def settle(self, seconds=0.3):
+        """Receives until nothing has arrived for that time."""
+        while self.message(seconds) is not None:
+            pass
+
     def is_over(self, call):
         return any(self.find("CallStateChangeEvent", CallID=call, CallState=state) for state in OVER)
 
