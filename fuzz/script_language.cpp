@@ -5,7 +5,7 @@
 #include "FuzzInput.h"
 #include "telephone/console/Completion.h"
 #include "telephone/console/ScriptPlayer.h"
-#include "telephone/console/Words.h"
+#include "telephone/access/Words.h"
 #include "tests/unit/console/ConsoleDoubles.h"
 
 namespace {

@@ -4,7 +4,9 @@
 
 #include "MediaRecordingServiceIfc.h"
 #include "platform/framework/Executable.h"
+#include "telephone/StateReader.h"
 #include "telephone/calls/CallEngine.h"
+#include "telephone/exchange/Exchange.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/lines/LineStates.h"
@@ -43,6 +45,11 @@ PhysicalInterface& PhoneControls::usable()
 {
     keysUsable_.wait_for(kLongestStart);
     return physical_;
+}
+
+TelephoneState PhoneControls::state()
+{
+    return reader_.read();
 }
 
 TelephoneControls::Rows PhoneControls::lines()
@@ -116,6 +123,33 @@ Outcome<> PhoneControls::record(std::string const& line, bool on)
     bool const done = on ? recording_->activateRecording(line) : recording_->deactivateRecording(line);
     return done ? Outcome<>()
                 : collector.first({RefusalKind::kWrongState, "the service refused to start or stop the recording"});
+}
+
+Outcome<exchange::Exchange*> PhoneControls::builtInExchange() const
+{
+    if (exchange_ == nullptr) {
+        return refuse(RefusalKind::kNotSupported, "this telephone runs without the built-in exchange");
+    }
+    return exchange_;
+}
+
+Outcome<> PhoneControls::call(std::string const& to, std::string const& from, std::string const& name)
+{
+    return builtInExchange().and_then([&](exchange::Exchange* found) { return found->callNumber(from, to, name); });
+}
+
+Outcome<> PhoneControls::setMessages(std::string const& number, int fresh, int old)
+{
+    // A negative count becomes one that is too large.
+    sip::MessageCounts const counts{static_cast<unsigned>(fresh), static_cast<unsigned>(old), 0, 0};
+    // Unsolicited: for a telephone that is configured not to subscribe. One that has subscribed ignores the repetition.
+    return builtInExchange().and_then(
+        [&](exchange::Exchange* found) { return found->setMessages(number, counts, true); });
+}
+
+Outcome<> PhoneControls::setRegistrar(bool on)
+{
+    return builtInExchange().map([on](exchange::Exchange* found) { found->setRegistrarAnswers(on); });
 }
 
 std::optional<std::string> PhoneControls::lampMode(std::string const& lamp)

@@ -4,7 +4,7 @@
 
 #include <future>
 
-#include "telephone/console/TelephoneControls.h"
+#include "telephone/access/TelephoneControls.h"
 
 class Executable;
 class MediaRecordingServiceIfc;
@@ -15,23 +15,31 @@ class CallEngine;
 class Lines;
 class LocalManagement;
 class PhysicalInterface;
+class StateReader;
+namespace exchange {
+class Exchange;
+}
 
 class PhoneControls : public TelephoneControls
 {
 public:
-    // `keysUsable` becomes ready when the service has subscribed to the keys; operations on keys wait for it.
+    // `exchange` is null in a telephone without one. `keysUsable` becomes ready when the service has subscribed to the
+    // keys; operations on keys wait for it.
     PhoneControls(CallEngine& engine, Lines& lines, PhysicalInterface& physical, LocalManagement& management,
-                  std::shared_future<void> keysUsable)
+                  StateReader const& reader, exchange::Exchange* exchange, std::shared_future<void> keysUsable)
         : engine_(engine)
         , lines_(lines)
         , physical_(physical)
         , management_(management)
+        , reader_(reader)
+        , exchange_(exchange)
         , keysUsable_(std::move(keysUsable))
     {}
 
     // The service that records calls; set before anything is recorded.
     void setService(Executable* service);
 
+    TelephoneState state() override;
     Rows lines() override;
     Rows calls() override;
     Rows keys() override;
@@ -42,6 +50,9 @@ public:
     Outcome<> plug(std::string const& plug, bool in) override;
     Outcome<> lock(bool locked) override;
     Outcome<> record(std::string const& line, bool on) override;
+    Outcome<> call(std::string const& to, std::string const& from, std::string const& name) override;
+    Outcome<> setMessages(std::string const& number, int fresh, int old) override;
+    Outcome<> setRegistrar(bool on) override;
     std::optional<std::string> lampMode(std::string const& lamp) override;
     Rows settings() override;
     std::optional<std::string> setting(std::string const& key) override;
@@ -50,11 +61,14 @@ public:
 private:
     // The physical interface, once its keys are usable.
     PhysicalInterface& usable();
+    Outcome<exchange::Exchange*> builtInExchange() const;
 
     CallEngine& engine_;
     Lines& lines_;
     PhysicalInterface& physical_;
     LocalManagement& management_;
+    StateReader const& reader_;
+    exchange::Exchange* exchange_;
     MediaRecordingServiceIfc* recording_ = nullptr;
     std::shared_future<void> const keysUsable_;
 };

@@ -1,6 +1,7 @@
 #include "telephone/Telephone.h"
 
 #include <array>
+#include <atomic>
 #include <future>
 #include <set>
 #include <stdexcept>
@@ -12,10 +13,14 @@
 #include "telephone/CallServer.h"
 #include "telephone/PhoneControls.h"
 #include "telephone/RegistrationWait.h"
+#include "telephone/StateReader.h"
+#include "telephone/access/Commands.h"
+#include "telephone/base/Version.h"
 #include "telephone/calls/CallEngine.h"
 #include "telephone/configuration/Configuration.h"
 #include "telephone/exchange/Exchange.h"
 #include "telephone/framework/EventDispatcher.h"
+#include "telephone/framework/EventHistory.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/RequestRunner.h"
 #include "telephone/framework/ServiceLibrary.h"
@@ -107,6 +112,7 @@ struct Telephone::Parts
     SettingsCallPolicy policy{settings, lineTable};
     CallEngine engine{loop, engineOf(configuration), lineTable, policy,
                       [this](Event event) { events.post(std::move(event)); }};
+    ServerAddress const server = serverAddressOf(configuration, exchange != nullptr, engine.userAgent().hostPort());
     Lines lines{lineTable, configuration, settings, engine, timers};
     RegistrationWait registrations;
     PhysicalInterface physical{configuration};
@@ -125,12 +131,18 @@ struct Telephone::Parts
     // The lines first: the others read their states.
     std::array<CallObserver*, 5> const observers{&lines, &lamps, &parties, &recorder, &registrations};
     std::promise<void> keysUsable;  // set when the service has subscribed to the keys
-    PhoneControls controls{engine, lines, physical, management, keysUsable.get_future()};
+    std::atomic<bool> ready{false};
+    StateReader const reader{{engine, lines, policy, recorder, physical, settings},
+                             {events.start(), server.domain, configuration.store.path,
+                              [this] { return events.posted(); }, [this] { return ready.load(); }}};
+    PhoneControls controls{engine, lines, physical, management, reader, exchange.get(), keysUsable.get_future()};
 
     ServiceLibrary library;
     std::unique_ptr<Service> service = library.createService();
     std::unique_ptr<Invoker> invoker = library.createInvoker();
     RequestRunner requests{*service, *invoker};
+    std::unique_ptr<EventHistory> history;  // from the service's initialisation on
+    ProtocolDescription const description{kTelephoneVersion, commandDescriptions()};
     bool running = false;
 };
 
@@ -139,7 +151,7 @@ Telephone::Parts::Parts(Configuration given, std::string const& libraryFile)
     , configuration(valueOrThrow(withServer(std::move(given), exchange.get())))
     , library(libraryFile)
 {
-    lineTable.setServer(serverAddressOf(configuration, exchange != nullptr, engine.userAgent().hostPort()));
+    lineTable.setServer(server);
     registerExecutables();
     for (CallObserver* const each : observers) {
         engine.addObserver(*each);
@@ -168,6 +180,8 @@ void Telephone::Parts::begin()
     service->init(context);
     timers.start(kSubscriptionTime, [this] { keysUsable.set_value(); });
     invoker->initInvoker(&context);
+    auto const kept = static_cast<std::size_t>(configuration.applications.keptEvents);
+    history = std::make_unique<EventHistory>(context, requests, events, kept);
     keys.setService(service.get());
     controls.setService(service.get());
     lamps.start();
@@ -191,6 +205,7 @@ void Telephone::Parts::end()
         return;
     }
     running = false;
+    ready = false;
     keys.setService(nullptr);
     controls.setService(nullptr);
     physical.shutdown();
@@ -241,6 +256,7 @@ Outcome<> Telephone::activate()
     if (!parts_->registrations.wait(kRegistrationTime)) {
         log(kLogWarning, kComponent, "the registrar does not answer; the lines keep trying to register");
     }
+    parts_->ready = true;
     return {};
 }
 
@@ -249,19 +265,14 @@ void Telephone::stop()
     parts_->end();
 }
 
-TelephoneContext& Telephone::context()
+TelephoneState Telephone::state() const
 {
-    return parts_->context;
+    return parts_->reader.read();
 }
 
-RequestRunner& Telephone::requests()
+SessionServices Telephone::sessions(std::function<void()> end)
 {
-    return parts_->requests;
-}
-
-TelephoneControls& Telephone::controls()
-{
-    return parts_->controls;
+    return {parts_->context, parts_->requests, *parts_->history, parts_->controls, parts_->description, std::move(end)};
 }
 
 }  // namespace telephone

@@ -2,23 +2,22 @@
 // can have one.
 //
 //     Telephone telephone(configuration, library);
-//     ... open channels: they miss no event ...
+//     Session session("console", telephone.sessions(end), 1000, wake);   // misses no event
 //     telephone.activate();          // lines register; requests can be made
-//     ... telephone.requests().run(channel, text) ...
+//     session.handle(text, sink);
 //     telephone.stop();
 #pragma once
 
 #include <memory>
 #include <string>
 
+#include "telephone/access/Session.h"
 #include "telephone/base/Refusal.h"
 
 namespace telephone {
 
-class RequestRunner;
-class TelephoneContext;
-class TelephoneControls;
 struct Configuration;
+struct TelephoneState;
 
 class Telephone
 {
@@ -34,12 +33,14 @@ public:
     // Activates the service and waits until each line is registered, or its registration was refused. Waits at most a
     // few seconds for a registrar that does not answer; the lines keep trying. Refused if the service refuses.
     [[nodiscard]] Outcome<> activate();
-    // Ends calls and registrations, then the service. Close channels before.
+    // Ends calls and registrations, then the service. End sessions before.
     void stop();
 
-    TelephoneContext& context();
-    RequestRunner& requests();
-    TelephoneControls& controls();
+    // Everything about the telephone at this moment. Any thread; takes the phone lock.
+    [[nodiscard]] TelephoneState state() const;
+
+    // What sessions need; `end` is what the command quit does.
+    SessionServices sessions(std::function<void()> end);
 
 private:
     struct Parts;

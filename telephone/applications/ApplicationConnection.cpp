@@ -6,19 +6,14 @@
 #include <sys/socket.h>
 
 #include "telephone/applications/ApplicationProtocol.h"
-#include "telephone/framework/Channel.h"
 #include "telephone/framework/Log.h"
-#include "telephone/framework/RequestRunner.h"
 
 namespace telephone {
 
-using Kind = ApplicationMessageKind;
-
-ApplicationConnection::ApplicationConnection(FileDescriptor socket, std::shared_ptr<Channel> channel,
-                                             RequestRunner& runner)
+ApplicationConnection::ApplicationConnection(FileDescriptor socket, std::unique_ptr<Session> session)
     : socket_(std::move(socket))
-    , channel_(std::move(channel))
-    , runner_(runner)
+    , session_(std::move(session))
+    , sink_([this](Message const& message) { appendMessage(output_, message); })
 {}
 
 void ApplicationConnection::receive()
@@ -42,7 +37,8 @@ void ApplicationConnection::handleRequests()
     while (!isFull() && (end = input_.find(kMessageEnd, searched_)) != std::string::npos) {
         checkLength(end - handled);
         if (!skipping_) {
-            handle(std::string_view(input_).substr(handled, end - handled));
+            // The NUL behind the message is part of the input.
+            session_->handle(std::string_view(input_).substr(handled, end - handled), sink_);
         }
         skipping_ = false;
         handled = searched_ = end + 1;
@@ -54,7 +50,7 @@ void ApplicationConnection::handleRequests()
     }
     checkLength(input_.size());
     if (ended_ && !input_.empty() && !skipping_) {
-        appendMessage(output_, Kind::kError, "the last request has no end (a NUL byte); not handled");
+        sink_({MessageKind::kError, "the last request has no end (a NUL byte); not handled"});
     }
     if (ended_ || skipping_) {
         input_.clear();
@@ -68,19 +64,7 @@ void ApplicationConnection::checkLength(std::size_t length)
         return;
     }
     skipping_ = true;
-    appendMessage(output_, Kind::kError,
-                  "the request is longer than " + std::to_string(kLongestRequest) + " bytes; skipped");
-}
-
-void ApplicationConnection::handle(std::string_view request)
-{
-    RequestRunner::Reply const reply = runner_.run(*channel_, request);
-    if (reply.answer) {
-        appendMessage(output_, Kind::kAnswer, *reply.answer);
-    }
-    if (reply.finished) {
-        appendMessage(output_, Kind::kFinished, {});
-    }
+    sink_({MessageKind::kError, "the request is longer than " + std::to_string(kLongestRequest) + " bytes; skipped"});
 }
 
 void ApplicationConnection::send()
@@ -100,14 +84,7 @@ void ApplicationConnection::send()
 
 void ApplicationConnection::collectEvents()
 {
-    while (!isFull()) {
-        auto const events = channel_->take(kEventsAtOnce);
-        if (events.empty()) {
-            return;
-        }
-        for (NumberedEvent const& event : events) {
-            appendMessage(output_, Kind::kEvent, event.text, event.number);
-        }
+    while (!isFull() && session_->takeEvents(kEventsAtOnce, sink_)) {
     }
 }
 

@@ -11,17 +11,15 @@
 
 #include <sys/epoll.h>
 
+#include "telephone/access/Session.h"
 #include "telephone/framework/FileDescriptor.h"
 
 namespace telephone {
 
-class Channel;
-class RequestRunner;
-
 class ApplicationConnection
 {
 public:
-    ApplicationConnection(FileDescriptor socket, std::shared_ptr<Channel> channel, RequestRunner& runner);
+    ApplicationConnection(FileDescriptor socket, std::unique_ptr<Session> session);
 
     // Reads once, handles every complete request and sends all answers with one write.
     void receive();
@@ -36,7 +34,7 @@ public:
     // Notes the events for which the socket is polled; false if they are unchanged.
     bool changeInterest(std::uint32_t interest) { return std::exchange(interest_, interest) != interest; }
     [[nodiscard]] int descriptor() const { return socket_.get(); }
-    [[nodiscard]] std::shared_ptr<Channel> const& channel() const { return channel_; }
+    [[nodiscard]] Session const& session() const { return *session_; }
 
 private:
     static constexpr std::size_t kReadSize = std::size_t{64} * 1024;
@@ -47,16 +45,14 @@ private:
     [[nodiscard]] bool isFull() const { return waiting() >= kMostOutput; }
     // Handles complete requests until too many answers wait.
     void handleRequests();
-    // The request is part of the input: a NUL follows it.
-    void handle(std::string_view request);
     // Starts to skip a request that is too long.
     void checkLength(std::size_t length);
     void collectEvents();
     void write();
 
     FileDescriptor socket_;
-    std::shared_ptr<Channel> channel_;
-    RequestRunner& runner_;
+    std::unique_ptr<Session> session_;
+    MessageSink const sink_;    // appends to the output
     std::string input_;         // received and not handled yet
     std::size_t searched_ = 0;  // bytes of the input known not to end the next request
     bool skipping_ = false;     // inside a request that is too long

@@ -2,10 +2,14 @@
 //
 // Applications send requests. The telephone's messages have a first line with their kind, then a text.
 //
-//     answer\nsfiSuccess\0            the answer to a request; requests are answered in their order
-//     finished\n\0                    a request is done; follows its answer, or stands alone if it has none
-//     event 7\n<Method>...\0          the application's seventh event; a gap in the numbers: events were dropped
-//     error\nreason for a person\0    the telephone could not accept the input
+//     answer\nsfiSuccess\0            the answer to a request; requests and commands are answered in their order
+//     reason\na sentence\0            why the request was refused or did nothing; after its answer
+//     finished\n\0                    a request is done; after its answer and reasons, or alone if it has none
+//     event 7\n<Method>...\0          an event and its number
+//     result\ntext or JSON\0          of a command
+//     error\na sentence\0             the input was refused before it reached the service
+//     gap\n{"first":1,"last":9}\0     events that are no longer kept; the state follows
+//     state\n{...}\0                  the telephone after a gap
 #pragma once
 
 #include <cstddef>
@@ -14,31 +18,25 @@
 #include <string>
 #include <string_view>
 
+#include "telephone/access/Message.h"
+
 namespace telephone {
 
 constexpr char kMessageEnd = '\0';
 // The longest accepted request, in bytes without its NUL. A longer one is skipped and answered with an error.
 constexpr std::size_t kLongestRequest = std::size_t{4} * 1024 * 1024;
 
-enum class ApplicationMessageKind
-{
-    kAnswer,
-    kEvent,
-    kFinished,
-    kError,
-};
-
 struct ApplicationMessage
 {
-    ApplicationMessageKind kind = ApplicationMessageKind::kError;
+    MessageKind kind = MessageKind::kError;
     std::uint64_t number = 0;  // of an event
     std::string text;
 };
 
-// Appends one message with its NUL. The number is that of an event.
-void appendMessage(std::string& output, ApplicationMessageKind kind, std::string_view text, std::uint64_t number = 0);
+// Appends one message with its NUL; nothing for a request, which only the console shows.
+void appendMessage(std::string& output, Message const& message);
 
-// Parses a message without its NUL; nothing: not one of the four kinds.
+// Parses a message without its NUL; nothing: a telephone does not send this.
 std::optional<ApplicationMessage> parseApplicationMessage(std::string_view message);
 
 }  // namespace telephone

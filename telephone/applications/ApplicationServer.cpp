@@ -12,9 +12,7 @@
 #include "telephone/applications/ApplicationConnection.h"
 #include "telephone/applications/ApplicationProtocol.h"
 #include "telephone/applications/SocketPath.h"
-#include "telephone/framework/Channel.h"
 #include "telephone/framework/Log.h"
-#include "telephone/framework/TelephoneContext.h"
 
 namespace telephone {
 
@@ -27,20 +25,17 @@ constexpr int kPauseWithoutDescriptors = 100;  // milliseconds
 
 }  // namespace
 
-Outcome<std::unique_ptr<ApplicationServer>> ApplicationServer::open(Settings settings, TelephoneContext& context,
-                                                                    RequestRunner& runner)
+Outcome<std::unique_ptr<ApplicationServer>> ApplicationServer::open(Settings settings, SessionServices const& services)
 {
     return listenAt(settings.path).map([&](FileDescriptor listener) {
         return std::unique_ptr<ApplicationServer>(
-            new ApplicationServer(std::move(settings), std::move(listener), context, runner));
+            new ApplicationServer(std::move(settings), std::move(listener), services));
     });
 }
 
-ApplicationServer::ApplicationServer(Settings settings, FileDescriptor listener, TelephoneContext& context,
-                                     RequestRunner& runner)
+ApplicationServer::ApplicationServer(Settings settings, FileDescriptor listener, SessionServices services)
     : settings_(std::move(settings))
-    , context_(context)
-    , runner_(runner)
+    , services_(std::move(services))
     , listener_(std::move(listener))
     , poll_(epoll_create1(EPOLL_CLOEXEC))
     , lastId_(kWakeUp)
@@ -132,17 +127,17 @@ void ApplicationServer::accept()
         return refuse(std::move(socket));
     }
     Id const id = ++lastId_;
-    auto channel = context_.openChannel("application-" + std::to_string(id - kWakeUp), settings_.queuedEvents,
-                                        [this, id] { eventsCame(id); });
+    auto session = std::make_unique<Session>("application-" + std::to_string(id - kWakeUp), services_,
+                                             settings_.queuedEvents, [this, id] { eventsCame(id); });
     watch(socket.get(), id, EPOLLIN, true);
-    connections_.emplace(id, std::make_unique<ApplicationConnection>(std::move(socket), std::move(channel), runner_));
+    connections_.emplace(id, std::make_unique<ApplicationConnection>(std::move(socket), std::move(session)));
 }
 
 void ApplicationServer::refuse(FileDescriptor socket)
 {
     log(kLogWarning, "applications", "an application is refused: {} are already connected", connections_.size());
     std::string message;
-    appendMessage(message, ApplicationMessageKind::kError, "too many applications are connected");
+    appendMessage(message, {MessageKind::kError, "too many applications are connected"});
     [[maybe_unused]] ssize_t const sent =
         send(socket.get(), message.data(), message.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
 }
@@ -184,12 +179,11 @@ void ApplicationServer::close(Id id)
     auto const found = connections_.find(id);
     std::unique_ptr<ApplicationConnection> const connection = std::move(found->second);
     connections_.erase(found);
-    std::uint64_t const dropped = connection->channel()->dropped();
+    std::uint64_t const dropped = connection->session().dropped();
     if (dropped > 0) {
-        log(kLogWarning, "applications", "{} did not read: {} events were dropped", connection->channel()->name(),
+        log(kLogWarning, "applications", "{} did not read: {} events were dropped", connection->session().name(),
             dropped);
     }
-    context_.closeChannel(connection->channel());
 }
 
 }  // namespace telephone

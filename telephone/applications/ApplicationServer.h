@@ -2,7 +2,7 @@
 // the form of ApplicationProtocol.h. A single thread reads, runs the requests and writes; it never waits for an
 // application that does not read.
 //
-//     auto server = ApplicationServer::open({path, 256, 20000}, context, runner);   // applications can connect now
+//     auto server = ApplicationServer::open({path, 256, 20000}, services);   // applications can connect now
 #pragma once
 
 #include <cstddef>
@@ -14,6 +14,7 @@
 #include <thread>
 #include <vector>
 
+#include "telephone/access/Session.h"
 #include "telephone/base/Refusal.h"
 #include "telephone/framework/FileDescriptor.h"
 #include "telephone/framework/WakeUp.h"
@@ -21,8 +22,6 @@
 namespace telephone {
 
 class ApplicationConnection;
-class RequestRunner;
-class TelephoneContext;
 
 class ApplicationServer
 {
@@ -35,8 +34,8 @@ public:
     };
 
     // Refused as listenAt.
-    [[nodiscard]] static Outcome<std::unique_ptr<ApplicationServer>> open(Settings settings, TelephoneContext& context,
-                                                                          RequestRunner& runner);
+    [[nodiscard]] static Outcome<std::unique_ptr<ApplicationServer>> open(Settings settings,
+                                                                          SessionServices const& services);
     // Ends every connection and removes the socket.
     ~ApplicationServer();
     ApplicationServer(ApplicationServer const&) = delete;
@@ -47,7 +46,7 @@ public:
 private:
     using Id = std::uint64_t;
 
-    ApplicationServer(Settings settings, FileDescriptor listener, TelephoneContext& context, RequestRunner& runner);
+    ApplicationServer(Settings settings, FileDescriptor listener, SessionServices services);
 
     void watch(int descriptor, Id id, std::uint32_t events, bool isNew);
     void run();
@@ -61,8 +60,7 @@ private:
     void close(Id id);
 
     Settings const settings_;
-    TelephoneContext& context_;
-    RequestRunner& runner_;
+    SessionServices const services_;
     FileDescriptor listener_;
     FileDescriptor poll_;
     WakeUp wakeUp_;

@@ -26,6 +26,7 @@ Call::Call(Surroundings const& surroundings, int callID, LineAddress line, bool 
     now_.callID = callID;
     now_.line = std::move(line);
     now_.incoming = incoming;
+    now_.began = now_.since = std::chrono::system_clock::now();
 }
 
 Call::~Call()

@@ -180,6 +180,9 @@ void Call::update(Change change)
 {
     CallSnapshot const before = now_;
     change(now_);
+    if (now_.state != before.state) {
+        now_.since = std::chrono::system_clock::now();
+    }
     updateVoice();
     if (!(now_ == before)) {
         host_.callChanged(*this, before);

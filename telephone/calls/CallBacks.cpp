@@ -65,6 +65,27 @@ bool CallBacks::isPossible(Call const& call) const
     return !call.snapshot().incoming && inState && !isFull() && !isWaitingFor(call.target());
 }
 
+bool CallBacks::allows(Attempt const& attempt, sfiCallCompletionType type)
+{
+    return type == sfiCallCompletionOnBusy ? attempt.busy : attempt.rang && !attempt.busy;
+}
+
+std::vector<CallSnapshot> CallBacks::endedAndPossible() const
+{
+    std::vector<CallSnapshot> calls;
+    if (isFull() || !availability_.whenActive()) {
+        return calls;
+    }
+    for (Attempt const& each : attempts_) {
+        bool const allowed = allows(each, sfiCallCompletionOnBusy) || allows(each, sfiCallCompletionOnNoReply);
+        // A present call of the same id hides it.
+        if (allowed && !isWaitingFor(each.target) && calls_.find(each.call.callID) == nullptr) {
+            calls.push_back(each.call);
+        }
+    }
+    return calls;
+}
+
 Outcome<> CallBacks::set(int callID, sfiCallCompletionType type)
 {
     std::lock_guard const guard(agent_.loop());
@@ -72,12 +93,12 @@ Outcome<> CallBacks::set(int callID, sfiCallCompletionType type)
     if (!wanted) {
         return tl::unexpected(wanted.error());
     }
-    bool const onBusy = type == sfiCallCompletionOnBusy;
-    if (onBusy ? !wanted->busy : !wanted->rang || wanted->busy) {
-        return refuse(RefusalKind::kWrongState, fmt::format("call {} allows no call-back: its party {}", callID,
-                                                            onBusy ? "is not busy" : "does not ring"));
+    if (!allows(*wanted, type)) {
+        return refuse(RefusalKind::kWrongState,
+                      fmt::format("call {} allows no call-back: its party {}", callID,
+                                  type == sfiCallCompletionOnBusy ? "is not busy" : "does not ring"));
     }
-    auto line = lines_.accountOfLine(wanted->lineNumber);
+    auto line = lines_.accountOfLine(wanted->call.line.lineNumber);
     if (auto const active = availability_.whenActive(); !active || !line) {
         return refuse(RefusalKind::kUnavailable, active ? line.error().reason : active.error().reason);
     }
@@ -94,10 +115,10 @@ Outcome<> CallBacks::set(int callID, sfiCallCompletionType type)
 Outcome<CallBacks::Attempt> CallBacks::attempt(int callID) const
 {
     if (Call const* const call = calls_.find(callID)) {
-        return Attempt{callID, call->line().lineNumber, call->target(), false,
-                       call->state() == sfiCallStateRemoteRinging};
+        return Attempt{call->snapshot(), call->target(), false, call->state() == sfiCallStateRemoteRinging};
     }
-    auto const ended = std::ranges::find(attempts_, callID, &Attempt::callID);
+    auto const ended =
+        std::ranges::find_if(attempts_, [callID](Attempt const& each) { return each.call.callID == callID; });
     if (ended == attempts_.end()) {
         return noSuchCall(callID);
     }
@@ -155,9 +176,8 @@ void CallBacks::follow(Call const& call, CallSnapshot const& before)
     if (!now.ended() || now.incoming || call.target().empty()) {
         return;
     }
-    std::erase_if(attempts_, [&now](Attempt const& each) { return each.callID == now.callID; });
-    attempts_.push_back({now.callID, now.line.lineNumber, call.target(), now.state == sfiCallStateBusy,
-                         before.state == sfiCallStateRemoteRinging});
+    std::erase_if(attempts_, [&now](Attempt const& each) { return each.call.callID == now.callID; });
+    attempts_.push_back({now, call.target(), now.state == sfiCallStateBusy, before.state == sfiCallStateRemoteRinging});
     if (attempts_.size() > kRemembered) {
         attempts_.pop_front();
     }

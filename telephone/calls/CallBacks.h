@@ -45,6 +45,8 @@ public:
 
     // --- lock held
     bool isPossible(Call const& call) const;
+    // The calls that are over and for which a call-back can be set, the latest last.
+    std::vector<CallSnapshot> endedAndPossible() const;
     // A call to that target, which completes a call-back to it.
     void called(std::string const& target);
     // Remembers calls that end, because a call-back to their party may be requested afterwards.
@@ -55,8 +57,7 @@ private:
     // A call that did not succeed.
     struct Attempt
     {
-        int callID = 0;
-        int lineNumber = 0;
+        CallSnapshot call;
         std::string target;  // URI
         bool busy = false;
         bool rang = false;
@@ -77,6 +78,7 @@ private:
     };
 
     Outcome<Attempt> attempt(int callID) const;
+    static bool allows(Attempt const& attempt, sfiCallCompletionType type);
     Outcome<> begin(int callID, LineAccount line, std::string const& target, sfiCallCompletionType type);
     void followDialogs(Entry& entry, std::vector<sip::DialogEntry> const& dialogs);
     void fail(Entry const& entry, sfiCallCompletionFailureType failure);

@@ -1,6 +1,7 @@
 // A call at one moment, as a plain value.
 #pragma once
 
+#include <chrono>
 #include <string>
 
 #include "platform/sfi/SfiTypes.h"
@@ -24,6 +25,8 @@ struct CallSnapshot
     bool consultation = false;         // another call was held for this one
     bool inConference = false;
     bool secure = false;
+    std::chrono::system_clock::time_point began;
+    std::chrono::system_clock::time_point since;  // in this state
 
     // Over: the call id is free again.
     bool ended() const { return state == sfiCallStateIdle || state == sfiCallStateBusy || state == sfiCallStateFailed; }

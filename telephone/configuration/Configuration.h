@@ -105,6 +105,7 @@ struct ApplicationSocketConfiguration
     std::string path;  // empty: in the run folder
     int maximumApplications = 256;
     int queuedMessages = 20000;  // for an application that does not read; then the oldest is dropped
+    int keptEvents = 20000;      // for applications that come back
 };
 
 struct StoreConfiguration

@@ -126,6 +126,7 @@ inline constexpr auto kApplications = std::to_array<ConfigurationField<Applicati
     {"path",                &ApplicationSocketConfiguration::path,  "UNIX socket for applications; empty: the default path (docs/porting.md)"},
     {"maximum",             &ApplicationSocketConfiguration::maximumApplications, "applications at once", {}, 1, 10000},
     {"queued-messages",     &ApplicationSocketConfiguration::queuedMessages, "messages kept for an application that does not read", {}, 1, 10000000},
+    {"kept-events",         &ApplicationSocketConfiguration::keptEvents, "events kept for applications that come back", {}, 1, 10000000},
 });
 
 inline constexpr auto kStore = std::to_array<ConfigurationField<StoreConfiguration>>({

@@ -14,7 +14,8 @@
 #include <readline/history.h>
 #include <readline/readline.h>
 
-#include "telephone/console/Completion.h"
+#include "telephone/access/Completion.h"
+#include "telephone/access/TelephoneControls.h"
 #include "telephone/console/Transcript.h"
 
 namespace telephone {
@@ -30,7 +31,7 @@ Console* current = nullptr;
 char** complete(char const* /*word*/, int /*start*/, int end)
 {
     rl_attempted_completion_over = 1;
-    auto const found = completions(std::string_view(rl_line_buffer, static_cast<std::size_t>(end)));
+    auto const found = current->completionsOf(std::string_view(rl_line_buffer, static_cast<std::size_t>(end)));
     if (found.empty()) {
         return nullptr;
     }
@@ -120,6 +121,17 @@ void Console::lineTyped(char* line)
     current->conversation_.transcript().writeTo(printBesidePrompt);
 }
 
+std::vector<std::string> Console::completionsOf(std::string_view line)
+{
+    TelephoneControls& telephone = conversation_.controls();
+    std::vector<std::string> settings;
+    for (std::string const& row : telephone.settings()) {
+        settings.push_back(row.substr(0, row.find(' ')));
+    }
+    TelephoneState const state = telephone.state();
+    return completions(line, {state, settings, conversation_.session().services().description});
+}
+
 void Console::runPipe()
 {
     std::string pending;
@@ -164,12 +176,12 @@ bool Console::waitForInput()
 
 void Console::runLine(std::string const& line)
 {
-    auto const result = conversation_.interpreter().run(line);
+    auto const result = conversation_.run(line);
     if (!result) {
         conversation_.transcript().error(result.error().reason);
         return;
     }
-    over_ = result->kind == CommandInterpreter::Kind::kQuit;
+    over_ = result->isOver;
     conversation_.noteRequest();
 }
 

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "telephone/console/Conversation.h"
 
@@ -19,6 +21,8 @@ public:
     // Returns at quit, at the end of the input, or on the stop signal. A refused line is printed and has no other
     // effect; scripts are for what must succeed.
     void run();
+    // For the Tab key.
+    std::vector<std::string> completionsOf(std::string_view line);
 
 private:
     void runTerminal();

@@ -3,14 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <stdexcept>
+#include <utility>
 
 #include <poll.h>
 
 #include "telephone/console/Transcript.h"
-#include "telephone/framework/Channel.h"
-#include "telephone/framework/RequestRunner.h"
-#include "telephone/framework/TelephoneContext.h"
 
 namespace telephone {
 
@@ -25,45 +22,97 @@ constexpr auto kLongestUnrest = 1000ms;
 
 }  // namespace
 
-Conversation::Conversation(std::string const& name, TelephoneContext& context, RequestRunner& runner,
-                           TelephoneControls& controls, Transcript& transcript, int stop)
-    : context_(context)
-    , controls_(controls)
-    , transcript_(transcript)
+Conversation::Conversation(std::string const& name, SessionServices services, Transcript& transcript, int stop)
+    : transcript_(transcript)
     , stop_(stop)
-    , channel_(context.openChannel(name, kQueuedEvents, [this] { wakeUp_.signal(); }))
-    , interpreter_(*channel_, runner, controls, transcript)
+    , session_(name, withEnd(std::move(services)), kQueuedEvents, [this] { wakeUp_.signal(); })
 {
-    auto const reply = runner.run(*channel_, "<Method>Subscribe</Method>");
-    if (reply.answer != "sfiSuccess") {
-        context_.closeChannel(channel_);
-        throw std::runtime_error("the service refuses a subscription to its events; the log says why");
+    session_.options() = {true, true};
+    session_.follow({session_.services().history.latest(), {}, {}});
+}
+
+SessionServices Conversation::withEnd(SessionServices services)
+{
+    services.end = [this] { quit_ = true; };
+    return services;
+}
+
+Outcome<Conversation::Result> Conversation::run(std::string const& line)
+{
+    std::string const text(trimmed(line));
+    if (text.empty() || text.front() == '#') {
+        return Result{};
+    }
+    return run([&](MessageSink const& sink) { session_.handle(text, sink); });
+}
+
+Outcome<Conversation::Result> Conversation::run(Words const& words)
+{
+    return run([&](MessageSink const& sink) { session_.handle(words, sink); });
+}
+
+Outcome<Conversation::Result> Conversation::run(std::function<void(MessageSink const&)> const& handle)
+{
+    Outcome<Result> result = Result{};
+    handle([&](Message const& message) { show(message, result); });
+    if (result) {
+        result->isOver = quit_;
+    }
+    return result;
+}
+
+void Conversation::show(Message const& message, Outcome<Result>& result)
+{
+    switch (message.kind) {
+    case MessageKind::kRequest:
+        transcript_.request(message.text);
+        break;
+    case MessageKind::kAnswer:
+        result->answer = message.text;
+        transcript_.answer(result->answer);
+        break;
+    case MessageKind::kFinished:
+        result->isRequest = true;
+        if (!result->answer) {
+            transcript_.answer(std::nullopt);
+        }
+        break;
+    case MessageKind::kError:
+        result = refuse(RefusalKind::kBadInput, std::string(message.text));
+        break;
+    case MessageKind::kResult:
+        if (!message.text.empty()) {
+            transcript_.note(message.text);
+        }
+        break;
+    case MessageKind::kReason:
+        transcript_.reason(message.text);
+        break;
+    case MessageKind::kEvent:
+    case MessageKind::kGap:
+    case MessageKind::kState:
+        break;
     }
 }
 
-Conversation::~Conversation()
+void Conversation::showEvent(Message const& message)
 {
-    context_.closeChannel(channel_);
+    std::string const text(message.text);
+    transcript_.event(message.number, text);
+    if (listener_ && message.kind == MessageKind::kEvent) {
+        listener_(text);
+    }
 }
 
 bool Conversation::takeEvents()
 {
     wakeUp_.clear();
     bool some = false;
-    while (true) {
-        auto const events = channel_->take(kEventsAtOnce);
-        if (events.empty()) {
-            return some;
-        }
+    while (session_.takeEvents(kEventsAtOnce, [this](Message const& message) { showEvent(message); })) {
         some = true;
         lastActivity_ = Clock::now();
-        for (NumberedEvent const& each : events) {
-            transcript_.event(each.number, each.text);
-            if (listener_) {
-                listener_(each.text);
-            }
-        }
     }
+    return some;
 }
 
 bool Conversation::waitForEvents(Clock::time_point deadline)

@@ -1,18 +1,18 @@
-// A person or script using the telephone: a channel that receives every event, and the interpreter of their lines. Made
-// before the telephone is activated, so that no event is missed; used on one thread.
+// A person or script using the telephone: a session whose replies and events are written to a transcript. Made before
+// the telephone is activated, so that no event is missed; used on one thread.
 #pragma once
 
 #include <chrono>
 #include <functional>
-#include <memory>
+#include <optional>
 #include <string>
 
-#include "telephone/console/CommandInterpreter.h"
+#include "telephone/access/Session.h"
 #include "telephone/framework/WakeUp.h"
 
 namespace telephone {
 
-class TelephoneContext;
+class Transcript;
 
 class Conversation
 {
@@ -20,17 +20,27 @@ public:
     using Clock = std::chrono::steady_clock;
     using Listener = std::function<void(std::string const& event)>;
 
-    // Subscribes to events. `stop` is a descriptor that becomes readable when the program must end. Throws
-    // std::runtime_error if the service refuses the subscription.
-    Conversation(std::string const& name, TelephoneContext& context, RequestRunner& runner, TelephoneControls& controls,
-                 Transcript& transcript, int stop);
-    ~Conversation();
+    // What became of a line.
+    struct Result
+    {
+        bool isRequest = false;
+        std::optional<std::string> answer;  // of a request; nothing: it is never answered
+        bool isOver = false;                // the line was quit
+    };
+
+    // Follows the events; requests are strict and explained. `stop` is a descriptor that becomes readable when the
+    // program must end.
+    Conversation(std::string const& name, SessionServices services, Transcript& transcript, int stop);
     Conversation(Conversation const&) = delete;
     Conversation& operator=(Conversation const&) = delete;
 
-    [[nodiscard]] CommandInterpreter& interpreter() { return interpreter_; }
-    [[nodiscard]] TelephoneControls& controls() { return controls_; }
+    [[nodiscard]] TelephoneControls& controls() { return session_.services().telephone; }
     [[nodiscard]] Transcript& transcript() { return transcript_; }
+    [[nodiscard]] Session& session() { return session_; }
+
+    // Runs a line: a request, a command, a comment or nothing. Its replies are in the transcript; a refusal is not.
+    [[nodiscard]] Outcome<Result> run(std::string const& line);
+    [[nodiscard]] Outcome<Result> run(Words const& words);
 
     // The listener receives every event after it was written to the transcript.
     void listen(Listener listener) { listener_ = std::move(listener); }
@@ -49,13 +59,16 @@ public:
     [[nodiscard]] int stopDescriptor() const { return stop_; }
 
 private:
-    TelephoneContext& context_;
-    TelephoneControls& controls_;
+    [[nodiscard]] SessionServices withEnd(SessionServices services);
+    [[nodiscard]] Outcome<Result> run(std::function<void(MessageSink const&)> const& handle);
+    void show(Message const& message, Outcome<Result>& result);
+    void showEvent(Message const& message);
+
     Transcript& transcript_;
     int const stop_;
     WakeUp wakeUp_;
-    std::shared_ptr<Channel> channel_;
-    CommandInterpreter interpreter_;
+    bool quit_ = false;
+    Session session_;
     Listener listener_;
     Clock::time_point lastActivity_ = Clock::now();
 };

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "telephone/console/EventPattern.h"
+#include "telephone/access/EventPattern.h"
 
 namespace telephone {
 

@@ -6,9 +6,9 @@
 
 #include <spdlog/fmt/fmt.h>
 
+#include "telephone/access/RequestShorthand.h"
+#include "telephone/access/TelephoneControls.h"
 #include "telephone/base/Names.h"
-#include "telephone/console/RequestShorthand.h"
-#include "telephone/console/TelephoneControls.h"
 #include "telephone/console/Transcript.h"
 #include "telephone/protocol/Vocabulary.h"
 
@@ -107,7 +107,7 @@ Outcome<> ScriptPlayer::playLine(std::string const& line)
     conversation_.takeEvents();
     std::string_view const text = trimmed(line);
     if (isRequestText(text)) {
-        return replaced(std::string(text)).and_then([this](std::string const& request) { return send(request); });
+        return replaced(std::string(text)).and_then([this](std::string const& request) { return run(request); });
     }
     return splitWords(text)
         .and_then([this](Words const& words) { return replaced(words); })
@@ -141,16 +141,18 @@ ScriptPlayer::Step ScriptPlayer::findStep(Words const& words)
     return nullptr;
 }
 
-Outcome<> ScriptPlayer::send(std::string const& request)
+Outcome<> ScriptPlayer::run(std::string const& request)
 {
-    return beforeRequest().map([&] { noteResult(conversation_.interpreter().send(request)); });
+    return beforeRequest()
+        .and_then([&] { return conversation_.run(request); })
+        .map([this](Conversation::Result const& result) { noteResult(result); });
 }
 
 Outcome<> ScriptPlayer::run(Words const& words)
 {
     return beforeRequest()
-        .and_then([&] { return conversation_.interpreter().run(words); })
-        .map([this](CommandInterpreter::Result const& result) { noteResult(result); });
+        .and_then([&] { return conversation_.run(words); })
+        .map([this](Conversation::Result const& result) { noteResult(result); });
 }
 
 Outcome<> ScriptPlayer::beforeRequest()
@@ -162,10 +164,10 @@ Outcome<> ScriptPlayer::beforeRequest()
     });
 }
 
-void ScriptPlayer::noteResult(CommandInterpreter::Result const& result)
+void ScriptPlayer::noteResult(Conversation::Result const& result)
 {
-    quit_ = result.kind == CommandInterpreter::Kind::kQuit;
-    if (result.kind != CommandInterpreter::Kind::kRequest) {
+    quit_ = result.isOver;
+    if (!result.isRequest) {
         return;
     }
     conversation_.noteRequest();

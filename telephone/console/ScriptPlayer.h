@@ -39,7 +39,7 @@ private:
     static Step findStep(Words const& words);
 
     Outcome<> playLine(std::string const& line);
-    Outcome<> send(std::string const& request);
+    Outcome<> run(std::string const& request);
     Outcome<> run(Words const& words);
     Outcome<> expectAnswer(Words const& words);
     Outcome<> expectLamp(Words const& words);
@@ -49,7 +49,7 @@ private:
     Outcome<> pause(Words const& words);
 
     Outcome<> beforeRequest();
-    void noteResult(CommandInterpreter::Result const& result);
+    void noteResult(Conversation::Result const& result);
     Outcome<> waitForLamp(std::string const& lamp, std::string_view mode, Conversation::Clock::time_point deadline);
     Outcome<> waitForEvent(EventPattern const& pattern, Conversation::Clock::time_point deadline);
     Outcome<> waitForNone(EventPattern const& pattern, Conversation::Clock::time_point deadline);

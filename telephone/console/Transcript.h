@@ -24,6 +24,8 @@ public:
     void request(std::string_view text) { mark("request", text); }
     // The end of a request, with its answer if it has one.
     void answer(std::optional<std::string> const& text) { mark(text ? "answer" : "finished", text.value_or("")); }
+    // Why the request was refused or did nothing.
+    void reason(std::string_view text) { mark("reason", text); }
     void event(std::uint64_t number, std::string_view text) { mark("event " + std::to_string(number), text); }
     void error(std::string_view text) { mark("error", text); }
     // An unmarked text of the console itself; it may have several lines.

@@ -1,5 +1,6 @@
 #include "telephone/exchange/Exchange.h"
 
+#include <algorithm>
 #include <mutex>
 #include <string_view>
 
@@ -11,6 +12,9 @@ namespace telephone::exchange {
 namespace {
 
 constexpr int kBusyHere = 486;
+constexpr unsigned kMostMessages = 9999;
+constexpr std::size_t kLongestNumber = 64;
+constexpr std::size_t kLongestName = 255;
 
 sip::UserAgentConfig agentConfig(ExchangeConfig const& config)
 {
@@ -22,6 +26,38 @@ sip::UserAgentConfig agentConfig(ExchangeConfig const& config)
         own.log = [log = config.log](sip::LogLevel level, std::string const& line) { log(level, "exchange: " + line); };
     }
     return own;
+}
+
+// which: names the number in the refusal.
+Outcome<> checkNumber(std::string const& which, std::string_view number)
+{
+    constexpr std::string_view kAllowed =
+        "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz+-._*#";  // ASCII, whatever the locale
+    if (number.empty() || number.size() > kLongestNumber ||
+        number.find_first_not_of(kAllowed) != std::string_view::npos) {
+        return refuse(RefusalKind::kBadInput, which + " must consist of 1 to 64 letters, digits, and + - . _ * #");
+    }
+    return {};
+}
+
+Outcome<> checkName(std::string_view name)
+{
+    if (name.size() > kLongestName) {
+        return refuse(RefusalKind::kBadInput, "the caller's name must not be longer than 255 bytes");
+    }
+    auto const isControl = [](unsigned char each) { return each < 0x20 || each == 0x7f; };
+    if (std::ranges::any_of(name, isControl)) {
+        return refuse(RefusalKind::kBadInput, "the caller's name must not contain control characters");
+    }
+    return {};
+}
+
+Outcome<> checkCounts(sip::MessageCounts const& counts)
+{
+    if (std::max({counts.fresh, counts.old, counts.urgentFresh, counts.urgentOld}) > kMostMessages) {
+        return refuse(RefusalKind::kBadInput, "the number of messages must be 0 to 9999");
+    }
+    return {};
 }
 
 }  // namespace
@@ -43,7 +79,7 @@ Exchange::Exchange(sip::EventLoop& loop, ExchangeConfig config, std::lock_guard<
                             dialogsChanged(number);
                             pickups_.check(number);
                         })
-    , calls_(*agent_, registrar_, deferred_, [this](std::string const& number) { dialogsChanged(number); })
+    , calls_(config_, *agent_, registrar_, deferred_, [this](std::string const& number) { dialogsChanged(number); })
     , pickups_(loop, calls_, registrar_, telephoneDialogs_, deferred_,
                [this](std::string const& number) { updateFollowing(number); })
 {
@@ -85,10 +121,25 @@ void Exchange::setBehaviour(std::string const& number, std::optional<NumberBehav
     dialogsChanged(number);
 }
 
-void Exchange::setMessages(std::string const& number, sip::MessageCounts const& counts, bool unsolicited)
+Outcome<> Exchange::setMessages(std::string const& number, sip::MessageCounts const& counts, bool unsolicited)
 {
     std::lock_guard guard(loop_);
-    messages_.set(number, counts, unsolicited);
+    return checkNumber("the number", number)
+        .and_then([&counts] { return checkCounts(counts); })
+        .and_then([&]() -> Outcome<> {
+            if (!registrar_.knows(number)) {
+                return refuse(RefusalKind::kNotFound, number + " has not registered with the exchange");
+            }
+            messages_.set(number, counts, unsolicited);
+            return {};
+        });
+}
+
+void Exchange::setRegistrarAnswers(bool answers)
+{
+    std::lock_guard guard(loop_);
+    registrar_.setAnswers(answers);
+    agent_->log(sip::LogLevel::kInfo, answers ? "the registrar answers" : "the registrar no longer answers");
 }
 
 std::vector<std::string> Exchange::contactsOf(std::string const& number) const
@@ -109,18 +160,30 @@ std::size_t Exchange::watcherCount(std::string const& number, std::string const&
     return event == sip::kDialogEvent ? dialogWatchers_.count(number) : messages_.watcherCount(number);
 }
 
-Outcome<> Exchange::callNumber(std::string const& from, std::string const& to)
+Outcome<> Exchange::callNumber(std::string const& from, std::string const& to, std::string const& displayName)
 {
     std::lock_guard guard(loop_);
-    return calls_.callOut(from, sip::targetUri(to, hostPort()));
+    return checkNumber("the caller's number", from)
+        .and_then([&to] { return checkNumber("the number to call", to); })
+        .and_then([&displayName] { return checkName(displayName); })
+        .and_then([&]() -> Outcome<> {
+            if (from == to) {
+                return refuse(RefusalKind::kBadInput, to + " cannot call itself");
+            }
+            auto const contacts = registrar_.contactsOf(to);
+            if (contacts.empty()) {
+                return refuse(RefusalKind::kNotFound, to + " is not registered with the exchange");
+            }
+            return calls_.callOut(from, {.target = contacts.front(), .displayName = displayName});
+        });
 }
 
 // --- calls
 
 bool Exchange::knowsUser(std::string const& user)
 {
-    return user.empty() || behaviourOf(user) || registrar_.knows(user) || user.starts_with(kDirectedPickup) ||
-           user == kGroupPickup;
+    return user.empty() || behaviourOf(user) || registrar_.knows(user) || calls_.isInCall(user) ||
+           user.starts_with(kDirectedPickup) || user == kGroupPickup;
 }
 
 void Exchange::onIncomingCall(std::unique_ptr<sip::Session> session)
@@ -164,7 +227,7 @@ void Exchange::onTransferRequested(std::unique_ptr<sip::Transfer> transfer)
 {
     std::string const number = transfer->to().uri.user;
     if (!closed_ && behaviourOf(number)) {
-        calls_.transfer(number, std::move(transfer));
+        calls_.transfer(number, {}, std::move(transfer));
     }
 }
 

@@ -55,9 +55,17 @@ public:
     // the number are notified.
     void setBehaviour(std::string const& number, std::optional<NumberBehaviour> const& behaviour);
 
-    // Sets the number of waiting messages and notifies the subscribers. unsolicited: also notifies the number's
-    // telephones.
-    void setMessages(std::string const& number, sip::MessageCounts const& counts, bool unsolicited = false);
+    // Sets the number of waiting messages, 0 to 9999 of each kind, and notifies the subscribers. unsolicited: also
+    // notifies the number's telephones.
+    // kBadInput: a malformed number, or a count out of range; kNotFound: the number is neither configured nor has it
+    // ever registered.
+    [[nodiscard]] Outcome<> setMessages(std::string const& number, sip::MessageCounts const& counts,
+                                        bool unsolicited = false);
+
+    // Switches the registrar off, and on again. While it is off, the exchange simulates one whose registrar has failed
+    // but which still routes calls: REGISTER is not answered, and present registrations last until they expire. A
+    // telephone notices when it next registers.
+    void setRegistrarAnswers(bool answers);
 
     bool isRegistered(std::string const& number) const { return !contactsOf(number).empty(); }
     // The latest registration first.
@@ -66,9 +74,13 @@ public:
     std::size_t callCount() const;
     // Subscribers of a number, for the event package "dialog" or "message-summary".
     std::size_t watcherCount(std::string const& number, std::string const& event) const;
-    // Calls a registered number or a SIP URI from one of its own numbers, which echoes until the far end hangs up.
-    // kBadInput: the target is not a SIP URI; kUnavailable: the stack cannot send.
-    [[nodiscard]] Outcome<> callNumber(std::string const& from, std::string const& to);
+    // Calls the latest telephone of a registered number. The caller may be any other number, also an unknown one, and
+    // echoes until the far end hangs up; a call that is not answered ends after ExchangeConfig::longestRinging.
+    // displayName: of the caller, UTF-8, at most 255 bytes; may be empty.
+    // kBadInput: a malformed number or name, or a number that calls itself; kNotFound: the called number is not
+    // registered; kUnavailable: the stack cannot send.
+    [[nodiscard]] Outcome<> callNumber(std::string const& from, std::string const& to,
+                                       std::string const& displayName = {});
 
 private:
     // No request must be handled before the last member is made.

@@ -17,11 +17,12 @@ std::string nextId()
 }  // namespace
 
 ExchangeCall::ExchangeCall(sip::UserAgent& agent, ExchangeCallObserver& observer, std::string number,
-                           NumberBehaviour const& behaviour)
+                           NumberBehaviour const& behaviour, milliseconds longestRinging)
     : agent_(agent)
     , observer_(observer)
     , number_(std::move(number))
     , behaviour_(behaviour)
+    , longestRinging_(longestRinging)
     , id_(nextId())
     , step_(agent.loop())
     , hangUpTimer_(agent.loop())
@@ -75,15 +76,16 @@ void ExchangeCall::takeFor(std::unique_ptr<sip::Session> session, ExchangeCall& 
     outgoing.waitsForPartner_ = true;
 }
 
-Outcome<> ExchangeCall::dial(std::string const& target, std::optional<sip::Replaces> const& replaces,
-                             std::string const& referredBy, std::unique_ptr<sip::Transfer> requestedBy)
+Outcome<> ExchangeCall::dial(Dialling dialling)
 {
-    transfer_ = std::move(requestedBy);
+    displayName_ = std::move(dialling.displayName);
+    transfer_ = std::move(dialling.requestedBy);
     sip::CallRequest request;
     request.account = accountOf(agent_, number_);
-    request.target = target;
-    request.replaces = replaces;
-    request.referredBy = referredBy;
+    request.account.displayName = displayName_;
+    request.target = std::move(dialling.target);
+    request.replaces = std::move(dialling.replaces);
+    request.referredBy = std::move(dialling.referredBy);
     auto session = agent_.call(request, *this);
     if (!session) {
         notifyTransfer(503, "Service Unavailable");
@@ -92,6 +94,7 @@ Outcome<> ExchangeCall::dial(std::string const& target, std::optional<sip::Repla
     }
     session_ = std::move(*session);
     session_->audio().setEcho(true);
+    step_.start(longestRinging_, [this] { giveUp(); });
     observer_.callChanged(*this);
     return {};
 }
@@ -116,6 +119,14 @@ void ExchangeCall::proceed()
     if (behaviour_.holdAfter > milliseconds(0)) {
         step_.start(behaviour_.holdAfter, [this] { modify(sip::Direction::kSendOnly); });
     }
+}
+
+// Nobody has answered. SIP itself sets no limit once the far end rings.
+void ExchangeCall::giveUp()
+{
+    agent_.log(sip::LogLevel::kInfo, "call from " + number_ + " is not answered");
+    notifyTransfer(408, "Request Timeout");
+    hangUp();
 }
 
 void ExchangeCall::hangUp()
@@ -224,6 +235,7 @@ void ExchangeCall::onProgress(sip::Session&, sip::Response const& response, bool
 void ExchangeCall::onEstablished(sip::Session&)
 {
     answered_ = true;
+    step_.cancel();
     notifyTransfer(200, "OK");
     observer_.callChanged(*this);
     if (auto const replaced = replaced_.lock()) {

@@ -32,11 +32,22 @@ public:
                                    std::string const& contact) = 0;
 };
 
+// A call to make.
+struct Dialling
+{
+    std::string target;                          // URI
+    std::string displayName = {};                // of the caller; may be empty
+    std::optional<sip::Replaces> replaces = {};  // the call at the target that it replaces
+    std::string referredBy = {};
+    std::unique_ptr<sip::Transfer> requestedBy = {};  // told the progress; null: no transfer
+};
+
 class ExchangeCall final : private sip::SessionObserver
 {
 public:
+    // longestRinging: after this time, an outgoing call that is not answered ends.
     ExchangeCall(sip::UserAgent& agent, ExchangeCallObserver& observer, std::string number,
-                 NumberBehaviour const& behaviour);
+                 NumberBehaviour const& behaviour, milliseconds longestRinging);
     ~ExchangeCall() override;
 
     // --- beginnings
@@ -46,13 +57,14 @@ public:
     void takeInsteadOf(std::unique_ptr<sip::Session> session, ExchangeCall& replaced);
     // Answers both this call and the ringing one, and connects them.
     void pickUp(std::unique_ptr<sip::Session> session, ExchangeCall& ringing);
-    // Calls out. The transfer that requested the call, if any, is told its progress. A call that refuses has ended.
-    [[nodiscard]] Outcome<> dial(std::string const& target, std::optional<sip::Replaces> const& replaces,
-                                 std::string const& referredBy, std::unique_ptr<sip::Transfer> requestedBy);
+    // Calls out. A call that refuses has ended.
+    [[nodiscard]] Outcome<> dial(Dialling dialling);
     // Takes a call, which is answered and connected once the outgoing one is answered.
     void takeFor(std::unique_ptr<sip::Session> session, ExchangeCall& outgoing);
 
     std::string const& number() const { return number_; }
+    // With which it called out.
+    std::string const& displayName() const { return displayName_; }
     bool isEnded() const { return ended_; }
     bool hasSession() const { return session_ != nullptr; }
     bool isRinging() const;
@@ -63,6 +75,7 @@ private:
     void adopt(std::unique_ptr<sip::Session> session);
     void answer();
     void proceed();
+    void giveUp();
     void hangUp();
     void end();
     void connect(ExchangeCall& other);
@@ -80,7 +93,9 @@ private:
     sip::UserAgent& agent_;
     ExchangeCallObserver& observer_;
     std::string number_;
+    std::string displayName_;
     NumberBehaviour behaviour_;
+    milliseconds longestRinging_;
     std::string id_;
     std::unique_ptr<sip::Session> session_;
     sip::Timer step_;

@@ -6,9 +6,10 @@
 
 namespace telephone::exchange {
 
-ExchangeCalls::ExchangeCalls(sip::UserAgent& agent, Registrar const& registrar, DeferredWork& deferred,
-                             std::function<void(std::string const& number)> changed)
-    : agent_(agent)
+ExchangeCalls::ExchangeCalls(ExchangeConfig const& config, sip::UserAgent& agent, Registrar const& registrar,
+                             DeferredWork& deferred, std::function<void(std::string const& number)> changed)
+    : config_(config)
+    , agent_(agent)
     , registrar_(registrar)
     , deferred_(deferred)
     , changed_(std::move(changed))
@@ -16,7 +17,7 @@ ExchangeCalls::ExchangeCalls(sip::UserAgent& agent, Registrar const& registrar, 
 
 ExchangeCall& ExchangeCalls::add(std::string const& number, NumberBehaviour const& behaviour)
 {
-    calls_.push_back(std::make_unique<ExchangeCall>(agent_, *this, number, behaviour));
+    calls_.push_back(std::make_unique<ExchangeCall>(agent_, *this, number, behaviour, config_.longestRinging));
     return *calls_.back();
 }
 
@@ -54,12 +55,11 @@ std::string ExchangeCalls::resolve(std::string const& target) const
     return contacts.empty() ? target : contacts.front();
 }
 
-Outcome<> ExchangeCalls::callOut(std::string const& from, std::string const& target,
-                                 std::optional<sip::Replaces> const& replaces, std::string const& referredBy,
-                                 std::unique_ptr<sip::Transfer> requestedBy)
+Outcome<> ExchangeCalls::callOut(std::string const& from, Dialling dialling)
 {
+    dialling.target = resolve(dialling.target);
     ExchangeCall& call = add(from, kAnswering);
-    auto const dialled = call.dial(resolve(target), replaces, referredBy, std::move(requestedBy));
+    auto const dialled = call.dial(std::move(dialling));
     if (!dialled) {
         callEnded(call);
     }
@@ -73,7 +73,7 @@ void ExchangeCalls::pickUpRemote(std::unique_ptr<sip::Session> picker, std::stri
     sip::Replaces replaces = ringing.dialog.replaces();
     replaces.earlyOnly = true;
     ExchangeCall& outgoing = add(number, kAnswering);
-    if (auto const dialled = outgoing.dial(resolve(target), replaces, {}, nullptr); !dialled) {
+    if (auto const dialled = outgoing.dial({.target = resolve(target), .replaces = replaces}); !dialled) {
         logRefusal(agent_, "pick-up of " + number, dialled);
         callEnded(outgoing);
         picker->reject(480, "Nothing to pick up");
@@ -82,14 +82,17 @@ void ExchangeCalls::pickUpRemote(std::unique_ptr<sip::Session> picker, std::stri
     add(number, kAnswering).takeFor(std::move(picker), outgoing);
 }
 
-void ExchangeCalls::transfer(std::string const& number, std::unique_ptr<sip::Transfer> transfer)
+void ExchangeCalls::transfer(std::string const& number, std::string const& displayName,
+                             std::unique_ptr<sip::Transfer> transfer)
 {
     auto result = transfer->accept();
     if (result) {
-        std::string const target = transfer->target();
-        auto const replaces = transfer->replaces();
-        std::string const referredBy = transfer->referredBy();
-        result = callOut(number, target, replaces, referredBy, std::move(transfer));
+        Dialling dialling{.target = transfer->target(),
+                          .displayName = displayName,
+                          .replaces = transfer->replaces(),
+                          .referredBy = transfer->referredBy()};
+        dialling.requestedBy = std::move(transfer);
+        result = callOut(number, std::move(dialling));
     }
     logRefusal(agent_, "transfer of a call of " + number, result);
 }
@@ -103,6 +106,12 @@ std::vector<sip::DialogEntry> ExchangeCalls::dialogsOf(std::string const& number
         }
     }
     return dialogs;
+}
+
+bool ExchangeCalls::isInCall(std::string const& number) const
+{
+    return std::ranges::any_of(calls_,
+                               [&number](auto const& call) { return call->number() == number && !call->isEnded(); });
 }
 
 std::size_t ExchangeCalls::count() const
@@ -132,7 +141,7 @@ void ExchangeCalls::callEnded(ExchangeCall& call)
 
 void ExchangeCalls::transferRequested(ExchangeCall const& call, std::unique_ptr<sip::Transfer> requested)
 {
-    transfer(call.number(), std::move(requested));
+    transfer(call.number(), call.displayName(), std::move(requested));
 }
 
 void ExchangeCalls::callBackRequested(std::string const& number, sip::NameAddr const& caller,
@@ -140,7 +149,7 @@ void ExchangeCalls::callBackRequested(std::string const& number, sip::NameAddr c
 {
     auto const registered = registrar_.contactsOf(caller.uri.user);
     deferred_.add([this, number, target = registered.empty() ? contact : registered.front()] {
-        logRefusal(agent_, "call-back of " + number, callOut(number, target));
+        logRefusal(agent_, "call-back of " + number, callOut(number, {.target = target}));
     });
 }
 

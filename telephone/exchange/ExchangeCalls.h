@@ -18,8 +18,8 @@ class ExchangeCalls final : public ExchangeCallObserver
 {
 public:
     // changed: a call of the number began, rang, was answered or ended.
-    ExchangeCalls(sip::UserAgent& agent, Registrar const& registrar, DeferredWork& deferred,
-                  std::function<void(std::string const& number)> changed);
+    ExchangeCalls(ExchangeConfig const& config, sip::UserAgent& agent, Registrar const& registrar,
+                  DeferredWork& deferred, std::function<void(std::string const& number)> changed);
 
     ExchangeCall& add(std::string const& number, NumberBehaviour const& behaviour);
     // Null if there is none.
@@ -27,16 +27,15 @@ public:
     ExchangeCall* findRinging(std::string const& number) const;  // an empty number: any
     // Puts a new call in the place of one in the list.
     void replace(std::unique_ptr<sip::Session> session, ExchangeCall& present);
-    // Calls from a number; the transfer that requested the call, if any, is told its progress.
-    [[nodiscard]] Outcome<> callOut(std::string const& from, std::string const& target,
-                                    std::optional<sip::Replaces> const& replaces = std::nullopt,
-                                    std::string const& referredBy = {},
-                                    std::unique_ptr<sip::Transfer> requestedBy = nullptr);
+    // Calls from a number; a target that is a number here is called at its telephone.
+    [[nodiscard]] Outcome<> callOut(std::string const& from, Dialling dialling);
     // Replaces the ringing call of a telephone by a call of the picker, who is answered once that has succeeded.
     void pickUpRemote(std::unique_ptr<sip::Session> picker, std::string const& number, sip::DialogEntry const& ringing);
-    void transfer(std::string const& number, std::unique_ptr<sip::Transfer> transfer);
+    // Makes the call that a transfer requests of a number.
+    void transfer(std::string const& number, std::string const& displayName, std::unique_ptr<sip::Transfer> transfer);
 
     std::vector<sip::DialogEntry> dialogsOf(std::string const& number) const;
+    bool isInCall(std::string const& number) const;
     std::size_t count() const;  // without ended ones
     void clear();
 
@@ -48,6 +47,7 @@ private:
 
     std::string resolve(std::string const& target) const;
 
+    ExchangeConfig const& config_;
     sip::UserAgent& agent_;
     Registrar const& registrar_;
     DeferredWork& deferred_;

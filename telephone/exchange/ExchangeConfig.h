@@ -26,6 +26,7 @@ struct ExchangeConfig
     std::optional<std::string> anyPassword = "secret";  // password of all other numbers; none: they cannot register
     std::uint32_t longestExpires = 3600;                // upper limit of a registration, in seconds
     std::chrono::seconds nonceLifetime{300};
+    std::chrono::milliseconds longestRinging{180000};  // of a call from one of its numbers, which then ends unanswered
     sip::Logger log;
 };
 

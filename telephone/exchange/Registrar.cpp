@@ -88,6 +88,10 @@ bool Registrar::authenticate(sip::IncomingRequest& request, std::string const& n
 
 void Registrar::handle(sip::IncomingRequest& request)
 {
+    if (!answers_) {
+        request.ignore();
+        return;
+    }
     std::string const number = request.to().uri.user;
     if (number.empty()) {
         request.reply(404, "Not Found");

@@ -22,6 +22,8 @@ public:
     Registrar(ExchangeConfig const& config, std::function<void(std::string const& number)> changed);
 
     void handle(sip::IncomingRequest& request);
+    // Whether requests are answered (true at first) or ignored.
+    void setAnswers(bool answers) { answers_ = answers; }
     // URIs of all current contacts, the latest first.
     std::vector<std::string> contactsOf(std::string const& number) const;
     std::vector<std::string> registeredNumbers() const;
@@ -48,6 +50,7 @@ private:
     sip::DigestServer digest_;
     std::function<void(std::string const& number)> changed_;
     std::map<std::string, std::vector<Binding>> bindings_;
+    bool answers_ = true;
 };
 
 }  // namespace telephone::exchange

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <exception>
+#include <random>
+#include <string_view>
 
 #include "CommunicationsServiceEventIfc.h"
 #include "platform/framework/Executable.h"
@@ -9,8 +11,26 @@
 
 namespace telephone {
 
+namespace {
+
+constexpr std::size_t kStartLength = 8;
+
+std::string randomStart()
+{
+    constexpr std::string_view kLetters = "abcdefghijkmnpqrstuvwxyz23456789";
+    std::random_device device;
+    std::string start;
+    for (std::size_t i = 0; i < kStartLength; ++i) {
+        start += kLetters[device() % kLetters.size()];
+    }
+    return start;
+}
+
+}  // namespace
+
 EventDispatcher::EventDispatcher()
-    : thread_([this] { run(); })
+    : start_(randomStart())
+    , thread_([this] { run(); })
 {}
 
 EventDispatcher::~EventDispatcher()
@@ -25,7 +45,8 @@ void EventDispatcher::post(Event event)
         return;
     }
     queue_.push_back(std::move(event));
-    posted_.notify_one();
+    ++posted_;
+    queued_.notify_one();
 }
 
 bool EventDispatcher::subscribe(Executable* subscriber)
@@ -63,7 +84,7 @@ void EventDispatcher::stop()
     {
         std::lock_guard const lock(mutex_);
         stopped_ = true;
-        posted_.notify_one();
+        queued_.notify_one();
     }
     if (thread_.joinable()) {
         thread_.join();
@@ -74,12 +95,13 @@ void EventDispatcher::run()
 {
     std::unique_lock lock(mutex_);
     while (true) {
-        posted_.wait(lock, [&] { return stopped_ || !queue_.empty(); });
+        queued_.wait(lock, [&] { return stopped_ || !queue_.empty(); });
         if (queue_.empty()) {
             return;
         }
         Event const event = std::move(queue_.front());
         queue_.pop_front();
+        ++delivering_;
         deliver(event, lock);
     }
 }

@@ -4,12 +4,18 @@
 // Events are delivered in the order of posting, to the subscribers of that moment, with no lock held: a subscriber may
 // call any operation of the service. A slow subscriber delays the events of the others but never blocks `post`, so a
 // subscriber that may be slow keeps a queue of its own (see Channel).
+//
+// Events are numbered from 1 in the order of posting. What was changed before `posted` was read is contained in the
+// events up to that number.
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
+#include <cstdint>
 #include <deque>
 #include <functional>
 #include <mutex>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -39,6 +45,13 @@ public:
     // delivery itself makes this call.
     void unsubscribe(Executable* subscriber);
 
+    // The id of this start of the telephone: eight letters and digits, different at each start.
+    [[nodiscard]] std::string const& start() const { return start_; }
+    // The number of the latest event posted; 0 before the first. Any thread.
+    [[nodiscard]] std::uint64_t posted() const { return posted_; }
+    // The number of the event that is being delivered; on the dispatcher's thread.
+    [[nodiscard]] std::uint64_t delivering() const { return delivering_; }
+
     // Delivers the queued events and ends the thread. The destructor calls it.
     void stop();
 
@@ -54,10 +67,13 @@ private:
     void run();
     void deliver(Event const& event, std::unique_lock<std::mutex>& lock);
 
+    std::string const start_;
     std::mutex mutex_;
-    std::condition_variable posted_;
+    std::condition_variable queued_;
     std::condition_variable delivered_;
     std::deque<Event> queue_;
+    std::atomic<std::uint64_t> posted_{0};
+    std::uint64_t delivering_ = 0;
     std::vector<Subscriber> subscribers_;
     Executable* receiving_ = nullptr;  // the subscriber being called
     bool stopped_ = false;

@@ -7,6 +7,7 @@
 #include <poll.h>
 #include <pthread.h>
 #include <sys/signalfd.h>
+#include <unistd.h>
 
 namespace telephone {
 
@@ -32,6 +33,11 @@ void StopSignal::wait() const
     pollfd waited{signals_.get(), POLLIN, 0};
     while (poll(&waited, 1, kForever) < 0) {
     }
+}
+
+void StopSignal::raise() const
+{
+    kill(getpid(), SIGTERM);
 }
 
 bool StopSignal::isRaised() const

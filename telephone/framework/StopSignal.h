@@ -15,6 +15,8 @@ public:
     [[nodiscard]] int descriptor() const { return signals_.get(); }
     [[nodiscard]] bool isRaised() const;
     void wait() const;
+    // As a signal does. Any thread.
+    void raise() const;
 
 private:
     FileDescriptor signals_;

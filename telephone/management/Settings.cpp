@@ -146,6 +146,7 @@ Outcome<> Settings::store(Changes const& changes, std::vector<std::string>& chan
         return {};
     }
     auto written = store_->write(changes);
+    writable_ = written.has_value();
     if (!written) {
         return written;
     }

@@ -7,6 +7,7 @@
 // Normally: settings.set("cfu-activated", "true") writes, puts the value into force, tells the listeners and returns.
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -55,6 +56,9 @@ public:
     // Returns every user setting to its standard value; administrator settings stay.
     [[nodiscard]] Outcome<> resetUserSettings();
 
+    // Whether the last write reached the disk; true before the first.
+    [[nodiscard]] bool isWritable() const { return writable_; }
+
     // Puts values that another program wrote into the store file into force.
     void refresh();
 
@@ -83,6 +87,7 @@ private:
     mutable std::shared_mutex values_;  // guards stored_; never held during file access
     std::mutex writing_;                // guards the store; taken before values_
     bool stale_ = false;                // another program's changes could not be read yet
+    std::atomic<bool> writable_{true};
     Values const standards_;
     Values stored_;
     SettingListeners listeners_;

@@ -219,6 +219,17 @@ Outcome<> PhysicalInterface::plug(std::string const& plug, bool in)
     });
 }
 
+std::vector<std::string> PhysicalInterface::plugged() const
+{
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < kPlugs.size(); ++i) {
+        if (plugged_[i]) {
+            names.emplace_back(kPlugs[i].name);
+        }
+    }
+    return names;
+}
+
 std::optional<std::string> PhysicalInterface::lampMode(std::string const& lamp) const
 {
     auto const found = lamps_.lamp(lamp);

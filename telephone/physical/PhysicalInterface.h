@@ -79,6 +79,10 @@ public:
     // plug: "headset", "handset" or "line".
     [[nodiscard]] Outcome<> plug(std::string const& plug, bool in);
 
+    [[nodiscard]] bool isHookUp() const { return hookUp_; }
+    // "headset", "handset" or "line", for each that is plugged in.
+    [[nodiscard]] std::vector<std::string> plugged() const;
+
     // --- the display
     KeyLayout const& layout() const { return layout_; }
     LampBoard& lampBoard() { return lamps_; }

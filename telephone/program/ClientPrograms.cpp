@@ -2,9 +2,9 @@
 #include <iostream>
 
 #include "telephone/CallServer.h"
+#include "telephone/access/RequestShorthand.h"
 #include "telephone/applications/ApplicationClient.h"
 #include "telephone/applications/SocketPath.h"
-#include "telephone/console/RequestShorthand.h"
 #include "telephone/exchange/Exchange.h"
 #include "telephone/framework/StopSignal.h"
 #include "telephone/management/StoreCommand.h"
@@ -49,13 +49,13 @@ Outcome<int> printReply(ApplicationClient& client, StopSignal const& stop)
             return ended("the telephone has ended before it answered");
         }
         auto const& [kind, number, text] = **message;
-        if (kind == ApplicationMessageKind::kFinished) {
+        if (kind == MessageKind::kFinished) {
             return failed ? 1 : 0;
         }
-        if (kind == ApplicationMessageKind::kAnswer) {
+        if (kind == MessageKind::kAnswer) {
             std::cout << text << std::endl;
         }
-        if (kind == ApplicationMessageKind::kError) {
+        if (kind == MessageKind::kError) {
             return ended(text.c_str());
         }
         failed = failed || text.starts_with("sfiFailure");
@@ -73,13 +73,13 @@ Outcome<int> printEvents(ApplicationClient& client, StopSignal const& stop)
             return stop.isRaised() ? Outcome<int>(0) : ended("the telephone has ended");
         }
         auto const& [kind, number, text] = **message;
-        if (kind == ApplicationMessageKind::kError || text == "sfiFailure") {
+        if (kind == MessageKind::kError || text == "sfiFailure") {
             return refuse(RefusalKind::kUnavailable, "the telephone refuses a subscription to its events: " + text);
         }
-        if (kind == ApplicationMessageKind::kEvent) {
+        if (kind == MessageKind::kEvent) {
             std::cout << number << " " << text << std::endl;
         }
-        if (kind == ApplicationMessageKind::kAnswer) {
+        if (kind == MessageKind::kAnswer) {
             std::cerr << "watching" << std::endl;
         }
         if (!std::cout) {

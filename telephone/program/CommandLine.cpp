@@ -4,6 +4,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "telephone/base/Version.h"
+
 namespace telephone {
 
 namespace {

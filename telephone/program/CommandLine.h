@@ -22,8 +22,6 @@ enum class Action
     kDescribe,
 };
 
-constexpr char const* kTelephoneVersion = "1.0.0";
-
 struct CommandLine
 {
     Action action = Action::kConsole;

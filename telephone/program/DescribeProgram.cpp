@@ -1,6 +1,7 @@
 #include <iostream>
 
-#include "telephone/console/Words.h"
+#include "telephone/access/Commands.h"
+#include "telephone/base/Version.h"
 #include "telephone/program/Programs.h"
 #include "telephone/protocol/ProtocolDescription.h"
 
@@ -10,7 +11,7 @@ namespace {
 
 Outcome<std::string> textOf(CommandLine const& line)
 {
-    ProtocolDescription const description(kTelephoneVersion);
+    ProtocolDescription const description(kTelephoneVersion, commandDescriptions());
     if (line.json) {
         return description.json();
     }

@@ -29,14 +29,15 @@ namespace {
 using Server = std::unique_ptr<ApplicationServer>;
 
 // Null: another telephone has the socket, and this one does not need it.
-Outcome<Server> openSocket(CommandLine const& line, Configuration const& configuration, Telephone& telephone)
+Outcome<Server> openSocket(CommandLine const& line, Configuration const& configuration, Telephone& telephone,
+                           StopSignal const& stop)
 {
     ApplicationSocketConfiguration const& wanted = configuration.applications;
     auto const path = wanted.path.empty() ? standardSocketPath() : wanted.path;
     auto server = path.and_then([&](std::string const& socket) {
         ApplicationServer::Settings const settings{socket, static_cast<std::size_t>(wanted.maximumApplications),
                                                    static_cast<std::size_t>(wanted.queuedMessages)};
-        return ApplicationServer::open(settings, telephone.context(), telephone.requests());
+        return ApplicationServer::open(settings, telephone.sessions([&stop] { stop.raise(); }));
     });
     // A script needs no socket, so another telephone at the default path does not prevent it.
     bool const plays = line.action == Action::kPlay || line.action == Action::kTour;
@@ -92,7 +93,7 @@ Outcome<int> serve(CommandLine const& line, Configuration const& configuration, 
                    StopSignal const& stop)
 {
     return telephone.activate()
-        .and_then([&] { return openSocket(line, configuration, telephone); })
+        .and_then([&] { return openSocket(line, configuration, telephone, stop); })
         .map([&stop](Server const& server) {
             std::cout << "applications can connect at " << server->path() << std::endl;
             stop.wait();
@@ -104,9 +105,8 @@ Outcome<int> converse(CommandLine const& line, Configuration const& configuratio
                       StopSignal const& stop)
 {
     Transcript transcript(printLine);
-    Conversation conversation("console", telephone.context(), telephone.requests(), telephone.controls(), transcript,
-                              stop.descriptor());
-    auto const server = openSocket(line, configuration, telephone);
+    Conversation conversation("console", telephone.sessions(nullptr), transcript, stop.descriptor());
+    auto const server = openSocket(line, configuration, telephone, stop);
     if (!server) {
         return tl::unexpected(server.error());
     }

@@ -14,6 +14,9 @@
 
 namespace telephone {
 
+// Of the messages and their description; higher when an application may have to change.
+constexpr int kProtocolVersion = 1;
+
 // A command of the telephone itself ("press KEY"), which is not a request of the protocol.
 struct CommandDescription
 {

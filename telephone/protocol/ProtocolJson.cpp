@@ -1,6 +1,5 @@
 // The description as JSON.
-#include <nlohmann/json.hpp>
-
+#include "telephone/protocol/JsonText.h"
 #include "telephone/protocol/Phrases.h"
 #include "telephone/protocol/ProtocolDescription.h"
 
@@ -8,9 +7,6 @@ namespace telephone {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
-constexpr int kFormat = 1;
 
 // Absent where there is nothing to say, so that a reader sees what is there.
 void addText(Json& object, char const* key, std::string_view text)
@@ -165,7 +161,7 @@ Json jsonOf(EventDescription const& event)
 
 std::string ProtocolDescription::json() const
 {
-    Json document{{"protocol", "CommunicationsServiceProtocol"}, {"format", kFormat}, {"telephone", version_}};
+    Json document{{"protocol", "CommunicationsServiceProtocol"}, {"format", kProtocolVersion}, {"telephone", version_}};
     for (char const* const list : {"requests", "events", "enumerations", "commands"}) {
         document[list] = Json::array();
     }

@@ -33,13 +33,14 @@ struct CallStatus
     int appearance = 0;   // 0: a line without appearances
     std::string state;    // a word of CallState
     int stateNumber = 0;  // its value
+    bool over = false;    // listed only because a call-back can still be set on it
     std::string reason;   // a word of Reason; "normal" until the call has ended otherwise
     bool incoming = false;
     PartyState party;                             // the far end
-    std::vector<PartyState> conference;           // the others in the conference that the server reports
+    std::vector<PartyState> conference;           // the other parties in its conference
     std::chrono::system_clock::time_point since;  // in this state
     std::chrono::system_clock::time_point began;
-    bool heldHere = false;  // by this telephone
+    bool heldHere = false;  // by this telephone, or the hold is under way
     bool heldByFarEnd = false;
     bool heldForConsultation = false;
     bool inConference = false;
@@ -51,6 +52,7 @@ struct CallStatus
 struct MessageCountState
 {
     bool waiting = false;
+    bool counted = false;  // false: the mailbox does not say how many
     int unread = 0;
     int read = 0;
 };
@@ -67,7 +69,7 @@ struct LineStatus
     std::vector<ForwardingState> forwarding;    // rules with a destination or in force
     std::string agent;                          // a word of AgentState
     bool rings = true;                          // false: its calls are silent
-    int ringDelay = 0;                          // seconds
+    int ringDelay = 0;                          // seconds, as configured
     std::optional<MessageCountState> messages;  // nothing: the mailbox has not reported yet, or there is none
     std::vector<LineStatus> appearances;        // only id, number, state and selected are meant
 };
@@ -84,6 +86,7 @@ struct KeyState
     std::string function;
     std::string target;  // line, number or toggle
     std::string label;
+    bool showsOnly = false;  // pressing it does nothing
     LampState lamp;
 };
 
@@ -93,10 +96,10 @@ struct TelephoneState
     std::uint64_t event = 0;  // every event up to this one is contained
     std::chrono::system_clock::time_point time;
     std::string domain;   // of the telephone's own numbers, "127.0.0.1:5060"
-    bool ready = false;   // activated, and each line is registered or was refused
+    bool ready = false;   // activated, and the first registrations have been waited for
     std::string service;  // a word of ServiceState
     std::vector<LineStatus> lines;
-    std::vector<CallStatus> calls;     // also calls that are over as long as a call-back can be set on them
+    std::vector<CallStatus> calls;     // the latest begun last, after those that are over
     std::vector<KeyState> keys;        // with the two lamps outside the keys, last
     bool hookUp = false;               // the handset is lifted
     std::vector<std::string> plugged;  // of "headset", "handset", "line"
@@ -106,8 +109,9 @@ struct TelephoneState
     bool storeWritable = true;  // false: the last write failed
 };
 
-// {"start":"k3f9","event":17,"time":"2026-03-01T12:00:00.000Z","ready":true,"service":"in service","lines":[...],...};
-// docs/protocol.schema.json describes it under "state".
+// {"start":"k3f9","event":17,"time":"2026-03-01T12:00:00.000Z",...,"lines":[...],"calls":[...],...} on one line;
+// docs/state.schema.json describes it. Every member is always there: null means that there is none, or that it is not
+// known. Times are in UTC.
 std::string stateJson(TelephoneState const& state);
 
 }  // namespace telephone

@@ -4,6 +4,7 @@
 #include <array>
 #include <chrono>
 #include <ctime>
+#include <iterator>
 #include <utility>
 
 #include <sys/stat.h>
@@ -254,6 +255,14 @@ std::vector<CallSnapshot> CallRecorder::listed() const
         }
     }
     return calls;
+}
+
+std::vector<int> CallRecorder::recordedCalls() const
+{
+    std::lock_guard const guard(mutex_);
+    std::vector<int> ids;
+    std::ranges::transform(listed(), std::back_inserter(ids), &CallSnapshot::callID);
+    return ids;
 }
 
 void CallRecorder::sendStatus(CallSnapshot const& call, bool recorded)

@@ -56,6 +56,9 @@ public:
     bool deactivateRecording(std::string const& lineURI) override;
     void dataChangedEvent(ManageableData& data) override;
 
+    // The ids of the calls that are being recorded.
+    std::vector<int> recordedCalls() const;
+
     // CallObserver
     void callChanged(CallSnapshot const& now, CallSnapshot const* before) override;
 

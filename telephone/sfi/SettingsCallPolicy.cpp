@@ -48,8 +48,11 @@ ForwardingRule SettingsCallPolicy::forwarding(int lineNumber, sfiForwardingType 
     }
     if (isUsersLine(line->lineURI)) {
         ForwardingKeys const* const keys = findForwardingKeys(type);
-        return keys == nullptr ? ForwardingRule{}
-                               : ForwardingRule{settings_.flag(keys->activated), settings_.text(keys->address)};
+        if (keys == nullptr) {
+            std::string const alternative = settings_.text(SettingNames::kForwardingAlternative);
+            return {!alternative.empty(), alternative};
+        }
+        return {settings_.flag(keys->activated), settings_.text(keys->address)};
     }
     auto const rules = featuresOf(*line).forwarding;
     auto const rule = rules.find(type);

@@ -27,4 +27,10 @@ void IncomingRequestImpl::reply(int status, std::string const& reason, Headers c
     transaction_.answer(status, reason, headers, content);
 }
 
+void IncomingRequestImpl::ignore()
+{
+    std::lock_guard guard(loop_);
+    transaction_.handOver();
+}
+
 }  // namespace telephone::sip

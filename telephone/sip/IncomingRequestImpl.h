@@ -20,6 +20,7 @@ public:
     Headers const& headers() const override { return headers_; }
     Content const& content() const override { return content_; }
     void reply(int status, std::string const& reason, Headers const& headers, Content const& content) override;
+    void ignore() override;
 
 private:
     EventLoop& loop_;

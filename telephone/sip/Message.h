@@ -115,6 +115,8 @@ public:
     // Answers with a status from 200 to 699. Ignored, and logged, once the request is answered.
     virtual void reply(int status, std::string const& reason, Headers const& headers = {},
                        Content const& content = {}) = 0;
+    // Leaves the request unanswered, as if it had been lost; a retransmission is a new request.
+    virtual void ignore() = 0;
 };
 
 // The final response to a request of ours; 408 without an answer, 503 if the request could not be sent.

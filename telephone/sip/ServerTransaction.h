@@ -22,7 +22,7 @@ public:
     bool isOpen() const { return !answered_; }
     // Sends a response, 100 to 699. Once the request is answered, it only logs.
     void answer(int status, std::string const& reason, Headers const& headers = {}, Content const& content = {});
-    // Leaves the answer to one of the stack's own functions.
+    // Leaves the answer to one of the stack's own functions, or to nobody.
     void handOver();
 
 private:

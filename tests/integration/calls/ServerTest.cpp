@@ -28,7 +28,7 @@ TEST_F(Server, MessageSummary_IsToldAtOnceAndAtEachChange)
     start(true);
     phone_->expect({"messages 4711 1 0 0 0 0 1 2 0 600", "messages 4712 1 0 0 0 0 1 2 0 600"});
 
-    exchange_.setMessages("4712", {2, 8, 0, 2});
+    ASSERT_TRUE(exchange_.setMessages("4712", {2, 8, 0, 2}));
 
     phone_->expect({"messages 4712 1 2 8 0 2 1 2 1 600"});
     auto const record = phone_->engine().messages().of("4712");
@@ -44,11 +44,11 @@ TEST_F(Server, MessageSummaryThatChangesNothing_IsNotToldAgain)
     start(true);
     phone_->events().next(2);
 
-    exchange_.setMessages("4712", {1, 0, 0, 0});
+    ASSERT_TRUE(exchange_.setMessages("4712", {1, 0, 0, 0}));
     phone_->expect({"messages 4712 1 1 0 0 0 1 2 1 600"});
-    exchange_.setMessages("4712", {1, 0, 0, 0}, true);
+    ASSERT_TRUE(exchange_.setMessages("4712", {1, 0, 0, 0}, true));
     EXPECT_EQ(phone_->events().next(std::chrono::milliseconds(200)), "nothing came");
-    exchange_.setMessages("4712", {0, 1, 0, 0});
+    ASSERT_TRUE(exchange_.setMessages("4712", {0, 1, 0, 0}));
 
     phone_->expect({"messages 4712 1 0 1 0 0 1 2 0 600"});
 }
@@ -58,7 +58,7 @@ TEST_F(Server, UnsolicitedMessageSummary_IsTold)
     start(false);
     EXPECT_FALSE(phone_->engine().messages().of("4711"));
 
-    exchange_.setMessages("4711", {3, 0, 0, 0}, true);
+    ASSERT_TRUE(exchange_.setMessages("4711", {3, 0, 0, 0}, true));
 
     phone_->expect({"messages 4711 1 3 0 0 0 1 2 1 600"});
 }

@@ -48,6 +48,33 @@ TEST_F(TransferOfThree, AttendedTransfer_ConnectsTheOtherTwo)
     carol_.expect({"state 4733 1001 idle normal 4722"});
 }
 
+TEST_F(TransferOfThree, BlindTransferOfACallFromTheExchange_KeepsTheCallersName)
+{
+    ASSERT_TRUE(exchange_.callNumber("555", "4711", "Ann"));
+    alice_.expect({"incoming 4711 1001 555 Ann 1 - 0", "state 4711 1001 ringing normal 555"});
+    ASSERT_TRUE(alice_.engine().answer(1001));
+    ASSERT_TRUE(alice_.events().waitFor("state 4711 1001 connected normal 555"));
+
+    ASSERT_TRUE(alice_.engine().blindTransfer(1001, "4733"));
+
+    carol_.expect({"incoming 4733 1001 555 Ann 1 - 0", "state 4733 1001 ringing normal 555"});
+}
+
+TEST_F(TransferOfThree, AttendedTransferToANumberThatOnlyCalled_ConnectsTheOtherTwo)
+{
+    connectAliceAndBob();
+    ASSERT_TRUE(exchange_.callNumber("555", "4711"));
+    ASSERT_TRUE(alice_.events().waitFor("state 4711 1001 ringing normal 555"));
+    ASSERT_TRUE(alice_.engine().answer(1001));
+    ASSERT_TRUE(alice_.events().waitFor("state 4711 1001 connected normal 555"));
+
+    ASSERT_TRUE(alice_.engine().joined().attendedTransfer(1));
+
+    EXPECT_TRUE(bob_.events().waitFor("state 4722 1001 connected normal 555"));
+    EXPECT_TRUE(alice_.events().waitFor("success 4711 1 attended transfer"));
+    EXPECT_TRUE(eventually([this] { return alice_.engine().calls().empty() && exchange_.callCount() == 1; }));
+}
+
 TEST_F(TransferOfThree, AttendedTransferEndsEachCallOfTheTransferrerOnce)
 {
     connectAliceAndBob();

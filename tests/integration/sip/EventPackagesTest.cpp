@@ -24,19 +24,19 @@ protected:
 TEST_F(EventPackages, MessageSummary_IsToldAtOnceAndAtEachChange)
 {
     SipPeer phone(loop);
-    exchange.setMessages("4711", {1, 2, 0, 0});
 
     phone.subscribe(at("4711"), "message-summary", "application/simple-message-summary");
     phone.registerAt(exchange.hostPort());
     ASSERT_TRUE(phone.waitFor("registered 3600"));
     EXPECT_FALSE(phone.waitFor("notify message-summary", 0ms)) << "nobody has that number yet";
+    ASSERT_TRUE(exchange.setMessages("4711", {1, 2, 0, 0}));
     phone.subscribe(at("4711"), "message-summary", "application/simple-message-summary");
 
     ASSERT_TRUE(phone.waitFor("notify message-summary")) << phone.events();
     EXPECT_EQ("Messages-Waiting: yes\r\nMessage-Account: sip:4711@" + exchange.hostPort() +
                   "\r\nVoice-Message: 1/2 (0/0)\r\n",
               phone.notifications.back().content.body);
-    exchange.setMessages("4711", {0, 3, 0, 1});
+    ASSERT_TRUE(exchange.setMessages("4711", {0, 3, 0, 1}));
     ASSERT_TRUE(phone.waitFor("notify message-summary")) << phone.events();
     auto const summary = sip::MessageSummary::parse(phone.notifications.back().content.body);
     ASSERT_TRUE(summary);
@@ -50,10 +50,44 @@ TEST_F(EventPackages, UnsolicitedMessageSummary_ReachesTheRegisteredTelephone)
     phone.registerAt(exchange.hostPort());
     ASSERT_TRUE(phone.waitFor("registered 3600"));
 
-    exchange.setMessages("4711", {5, 0, 0, 0}, true);
+    ASSERT_TRUE(exchange.setMessages("4711", {5, 0, 0, 0}, true));
 
     EXPECT_TRUE(phone.waitFor("unsolicited message-summary")) << phone.events();
     EXPECT_TRUE(sip::MessageSummary::parse(phone.notifications.back().content.body)->waiting);
+}
+
+TEST_F(EventPackages, MessagesOfANumberThatNeverRegistered_AreRefused)
+{
+    auto const set = exchange.setMessages("4711", {1, 0, 0, 0});
+
+    ASSERT_FALSE(set);
+    EXPECT_EQ((Refusal{RefusalKind::kNotFound, "4711 has not registered with the exchange"}), set.error());
+}
+
+TEST_F(EventPackages, MessagesOfAMalformedNumber_AreRefused)
+{
+    auto const set = exchange.setMessages("47 11", {1, 0, 0, 0});
+
+    ASSERT_FALSE(set);
+    EXPECT_EQ((Refusal{RefusalKind::kBadInput, "the number must consist of 1 to 64 letters, digits, and + - . _ * #"}),
+              set.error());
+}
+
+TEST_F(EventPackages, MessageCounts_AreAtMost9999)
+{
+    SipPeer phone(loop);
+    phone.registerAt(exchange.hostPort());
+    ASSERT_TRUE(phone.waitFor("registered 3600"));
+
+    auto const tooMany = exchange.setMessages("4711", {9999, 10000, 0, 0}, true);
+    EXPECT_TRUE(exchange.setMessages("4711", {9999, 9998, 0, 0}, true));
+
+    ASSERT_FALSE(tooMany);
+    EXPECT_EQ((Refusal{RefusalKind::kBadInput, "the number of messages must be 0 to 9999"}), tooMany.error());
+    ASSERT_TRUE(phone.waitFor("unsolicited message-summary")) << phone.events();
+    EXPECT_EQ("Messages-Waiting: yes\r\nMessage-Account: sip:4711@" + exchange.hostPort() +
+                  "\r\nVoice-Message: 9999/9998 (0/0)\r\n",
+              phone.notifications.front().content.body);
 }
 
 TEST_F(EventPackages, EndOfASubscription_IsSeenByTheExchange)

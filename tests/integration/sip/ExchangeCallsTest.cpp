@@ -1,4 +1,4 @@
-// A call to every number of the exchange.
+// Calls to every number of the exchange, and calls that the exchange makes.
 #include "SipFixture.h"
 
 namespace telephone::test {
@@ -178,6 +178,112 @@ TEST_F(ExchangeCalls, ChangedBehaviour_HoldsForTheNextCall)
 
     phone.call(at("101"));
 
+    EXPECT_TRUE(phone.waitFor("established")) << phone.events();
+}
+
+TEST_F(ExchangeCalls, CallFromAnyNumber_RingsWithItsNameAndEchoes)
+{
+    SipPeer phone(loop);
+    phone.registerAt(exchange.hostPort());
+    ASSERT_TRUE(phone.waitFor("registered 3600"));
+
+    ASSERT_TRUE(exchange.callNumber("555", "4711", "Ann"));
+
+    ASSERT_TRUE(phone.waitFor("called")) << phone.events();
+    EXPECT_EQ("Ann", phone.lastInvitation.from.displayName);
+    EXPECT_EQ("sip:555@" + exchange.hostPort(), phone.lastInvitation.from.uri.format());
+    EXPECT_TRUE(phone.waitFor("established")) << phone.events();
+    EXPECT_EQ(1U, exchange.callCount());
+    phone.session().hangUp();
+    EXPECT_TRUE(phone.waitUntil([this] { return exchange.callCount() == 0; }));
+}
+
+TEST_F(ExchangeCalls, NameWithQuotesAndUmlauts_ArrivesUnchanged)
+{
+    SipPeer phone(loop);
+    phone.registerAt(exchange.hostPort());
+    ASSERT_TRUE(phone.waitFor("registered 3600"));
+
+    ASSERT_TRUE(exchange.callNumber("+49*555#", "4711", "J\u00f6rg \"the \\ boss\" <sip:1@2>"));
+
+    ASSERT_TRUE(phone.waitFor("called")) << phone.events();
+    EXPECT_EQ("J\u00f6rg \"the \\ boss\" <sip:1@2>", phone.lastInvitation.from.displayName);
+    EXPECT_EQ("+49*555#", phone.lastInvitation.from.uri.user);
+}
+
+TEST_F(ExchangeCalls, CallThatTheTelephoneRefuses_Ends)
+{
+    SipPeer phone(loop);
+    phone.whenCalled = [](SipPeer&, sip::Session& session) {
+        EXPECT_TRUE(session.ring());
+        session.reject(486, "Busy Here");
+    };
+    phone.registerAt(exchange.hostPort());
+    ASSERT_TRUE(phone.waitFor("registered 3600"));
+
+    ASSERT_TRUE(exchange.callNumber("555", "4711"));
+
+    ASSERT_TRUE(phone.waitFor("called")) << phone.events();
+    EXPECT_EQ("", phone.lastInvitation.from.displayName);
+    EXPECT_TRUE(phone.waitUntil([this] { return exchange.callCount() == 0; }));
+}
+
+TEST_F(SipTest, CallThatIsNeverAnswered_IsCancelledAfterTheLongestRinging)
+{
+    exchange::ExchangeConfig config;
+    config.longestRinging = 200ms;
+    exchange::Exchange exchange(loop, config);
+    SipPeer phone(loop);
+    phone.whenCalled = [](SipPeer&, sip::Session& session) { EXPECT_TRUE(session.ring()); };
+    phone.registerAt(exchange.hostPort());
+    ASSERT_TRUE(phone.waitFor("registered 3600"));
+
+    ASSERT_TRUE(exchange.callNumber("555", "4711"));
+
+    EXPECT_TRUE(phone.waitFor("closed cancelled")) << phone.events();
+    EXPECT_EQ(0U, exchange.callCount());
+}
+
+TEST_F(SipTest, AnsweredCall_OutlastsTheLongestRinging)
+{
+    exchange::ExchangeConfig config;
+    config.longestRinging = 200ms;
+    exchange::Exchange exchange(loop, config);
+    SipPeer phone(loop);
+    phone.registerAt(exchange.hostPort());
+    ASSERT_TRUE(phone.waitFor("registered 3600"));
+
+    ASSERT_TRUE(exchange.callNumber("555", "4711"));
+
+    ASSERT_TRUE(phone.waitFor("established")) << phone.events();
+    EXPECT_FALSE(phone.waitFor("closed remote", 400ms)) << phone.events();
+    EXPECT_EQ(1U, exchange.callCount());
+}
+
+TEST_F(ExchangeCalls, CallThatCannotBeMade_IsRefusedWithItsReason)
+{
+    SipPeer phone(loop);
+    phone.registerAt(exchange.hostPort());
+    ASSERT_TRUE(phone.waitFor("registered 3600"));
+    auto const reasonOf = [this](std::string const& from, std::string const& to, std::string const& name = {}) {
+        auto const called = exchange.callNumber(from, to, name);
+        return called ? "called" : called.error().reason;
+    };
+
+    EXPECT_EQ("4712 is not registered with the exchange", reasonOf("555", "4712"));
+    EXPECT_EQ("100 is not registered with the exchange", reasonOf("555", "100"));
+    EXPECT_EQ("4711 cannot call itself", reasonOf("4711", "4711"));
+    EXPECT_EQ("the caller's number must consist of 1 to 64 letters, digits, and + - . _ * #", reasonOf("", "4711"));
+    EXPECT_EQ("the caller's number must consist of 1 to 64 letters, digits, and + - . _ * #", reasonOf("5\n5", "4711"));
+    EXPECT_EQ("the caller's number must consist of 1 to 64 letters, digits, and + - . _ * #",
+              reasonOf(std::string(65, '5'), "4711"));
+    EXPECT_EQ("the number to call must consist of 1 to 64 letters, digits, and + - . _ * #",
+              reasonOf("555", "sip:4711@127.0.0.1"));
+    EXPECT_EQ("the caller's name must not contain control characters", reasonOf("555", "4711", "An\x1b[31mn"));
+    EXPECT_EQ("the caller's name must not contain control characters", reasonOf("555", "4711", "Ann\x7f"));
+    EXPECT_EQ("the caller's name must not be longer than 255 bytes", reasonOf("555", "4711", std::string(256, 'A')));
+    EXPECT_EQ(0U, exchange.callCount());
+    EXPECT_EQ("called", reasonOf(std::string(64, '5'), "4711", std::string(255, 'A')));
     EXPECT_TRUE(phone.waitFor("established")) << phone.events();
 }
 

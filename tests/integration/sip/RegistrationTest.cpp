@@ -126,6 +126,41 @@ TEST_F(SipTest, RegistrarThatGoesAwayAndReturns_IsFoundAgain)
     EXPECT_TRUE(phone.waitUntil([&exchange] { return exchange->isRegistered("4711"); })) << phone.events();
 }
 
+TEST_F(Registration, RegistrarThatIsSwitchedOff_KeepsBindingsAndCallsButAnswersNobody)
+{
+    auto const impatient = [](sip::Account& account) {
+        account.answerTimeout = 200ms;
+        account.retryFirst = 50ms;
+    };
+    SipPeer phone(loop);
+    SipPeer late(loop, "4712");
+    phone.registerAt(exchange.hostPort());
+    ASSERT_TRUE(phone.waitFor("registered 3600")) << phone.events();
+
+    exchange.setRegistrarAnswers(false);
+    late.registerAt(exchange.hostPort(), "secret", impatient);
+
+    EXPECT_TRUE(late.waitFor("unregistered 408")) << late.events();
+    EXPECT_FALSE(exchange.isRegistered("4712"));
+    EXPECT_TRUE(exchange.isRegistered("4711"));
+    EXPECT_TRUE(exchange.callNumber("555", "4711"));
+    EXPECT_TRUE(phone.waitFor("established")) << phone.events();
+    exchange.setRegistrarAnswers(true);
+    EXPECT_TRUE(late.waitFor("registered 3600")) << late.events();
+}
+
+TEST_F(Registration, BindingThatExpiresWhileTheRegistrarIsOff_Ends)
+{
+    SipPeer phone(loop);
+    phone.registerAt(exchange.hostPort(), "secret", [](sip::Account& account) { account.expires = 1; });
+    ASSERT_TRUE(phone.waitFor("registered 1")) << phone.events();
+
+    exchange.setRegistrarAnswers(false);
+
+    EXPECT_TRUE(exchange.isRegistered("4711"));
+    EXPECT_TRUE(phone.waitUntil([this] { return !exchange.isRegistered("4711"); }));
+}
+
 TEST_F(SipTest, ListedUsersOnly_OthersAreForbidden)
 {
     exchange::ExchangeConfig config;

@@ -112,6 +112,17 @@ TEST_F(Robustness, GarbageOnTcp_HurtsNothing)
     expectAlive();
 }
 
+TEST_F(Robustness, RegisterWhileTheRegistrarIsOff_GetsNoAnswerAtAll)
+{
+    exchange.setRegistrarAnswers(false);
+    peer.send(request("REGISTER", "4711"));
+    EXPECT_EQ("SIP/2.0 200 OK", firstLine(peer.ask(request("OPTIONS", "100")))) << "the first answer to arrive";
+
+    exchange.setRegistrarAnswers(true);
+
+    EXPECT_EQ("SIP/2.0 401 Unauthorized", firstLine(peer.ask(request("REGISTER", "4711"))));
+}
+
 TEST_F(Robustness, Options_AreAnsweredWithWhatIsSupported)
 {
     std::string const answer = peer.ask(request("OPTIONS", "100"));

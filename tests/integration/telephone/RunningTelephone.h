@@ -50,13 +50,13 @@ public:
         EXPECT_TRUE(client_.send(text));
         std::optional<std::string> answer;
         while (auto const message = client_.receive().value()) {
-            if (message->kind == telephone::ApplicationMessageKind::kFinished) {
+            if (message->kind == telephone::MessageKind::kFinished) {
                 return answer;
             }
-            if (message->kind == telephone::ApplicationMessageKind::kAnswer) {
+            if (message->kind == telephone::MessageKind::kAnswer) {
                 answer = message->text;
             }
-            if (message->kind == telephone::ApplicationMessageKind::kEvent) {
+            if (message->kind == telephone::MessageKind::kEvent) {
                 events_.push_back(message->text);
             }
         }
@@ -79,7 +79,7 @@ public:
                 ADD_FAILURE() << "the telephone has gone";
                 return {};
             }
-            if (message->kind == telephone::ApplicationMessageKind::kEvent) {
+            if (message->kind == telephone::MessageKind::kEvent) {
                 events_.push_back(message->text);
             }
         }

@@ -11,7 +11,7 @@
 
 #include "telephone/applications/ApplicationClient.h"
 #include "telephone/applications/SocketPath.h"
-#include "tests/unit/console/ConsoleDoubles.h"
+#include "tests/unit/access/TelephoneDouble.h"
 
 using namespace telephone;
 
@@ -104,7 +104,7 @@ protected:
 
     Outcome<std::unique_ptr<ApplicationServer>> open(ApplicationServer::Settings const& settings)
     {
-        return ApplicationServer::open(settings, telephone_.context, telephone_.runner);
+        return ApplicationServer::open(settings, telephone_.services());
     }
 
     void subscribe(RawApplication& application)
@@ -115,7 +115,7 @@ protected:
 
     Folder folder_;
     std::string const path_ = folder_.file("socket");
-    TalkingTelephone telephone_;
+    TelephoneDouble telephone_;
     std::unique_ptr<ApplicationServer> server_;
 };
 
@@ -416,13 +416,13 @@ TEST_F(ApplicationServerTest, Client_TellsAnswersFromEvents)
     auto client = ApplicationClient::connect(path_).value();
     ASSERT_TRUE(client.send("<Method>Subscribe</Method>"));
     ASSERT_EQ(client.receive().value()->text, "sfiSuccess");
-    ASSERT_EQ(client.receive().value()->kind, ApplicationMessageKind::kFinished);
+    ASSERT_EQ(client.receive().value()->kind, MessageKind::kFinished);
 
     telephone_.held(7);
 
     auto const event = client.receive().value();
     ASSERT_TRUE(event);
-    EXPECT_EQ(event->kind, ApplicationMessageKind::kEvent);
+    EXPECT_EQ(event->kind, MessageKind::kEvent);
     EXPECT_EQ(event->number, 1U);
     EXPECT_EQ(event->text, "<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>7</CallID>");
     server_.reset();

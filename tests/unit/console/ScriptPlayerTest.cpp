@@ -59,21 +59,21 @@ TEST_F(ScriptPlayerTest, ExpectAnswer_OfSeveralWords_Holds)
 {
     telephone_.invoker.answer = [](std::string const&) { return "UACSTA message is sent."; };
 
-    EXPECT_TRUE(play("SendUACSTAServerMessage Line=4711\nexpect answer UACSTA message is sent.\n"));
+    EXPECT_TRUE(play("SendUACSTAServerMessage Line=4711 Body=x\nexpect answer UACSTA message is sent.\n"));
 }
 
 TEST_F(ScriptPlayerTest, ExpectAnswer_OfAnotherAnswer_FailsWithLineAndAnswer)
 {
     telephone_.invoker.answer = [](std::string const&) { return "sfiFailure"; };
 
-    EXPECT_EQ(failureOf("# one\nHoldCall Line=1\nexpect answer sfiSuccess\nsay never reached\n"),
+    EXPECT_EQ(failureOf("# one\nHoldCall Line=1 CallID=1\nexpect answer sfiSuccess\nsay never reached\n"),
               "error    test.script:3: expect answer sfiSuccess: the answer was sfiFailure");
     EXPECT_EQ(telephone_.written.find("never reached"), std::string::npos);
 }
 
 TEST_F(ScriptPlayerTest, ExpectAnswer_OfAPartOfAWord_Fails)
 {
-    EXPECT_EQ(failureOf("HoldCall Line=1\nexpect answer sfi\n"),
+    EXPECT_EQ(failureOf("HoldCall Line=1 CallID=1\nexpect answer sfi\n"),
               "error    test.script:2: expect answer sfi: the answer was sfiSuccess");
 }
 
@@ -82,7 +82,7 @@ TEST_F(ScriptPlayerTest, ExpectAnswer_WithoutRequestOrAnswer_Fails)
     EXPECT_EQ(failureOf("expect answer sfiSuccess\n"),
               "error    test.script:1: expect answer sfiSuccess: no request was sent before");
     telephone_.invoker.answer = [](std::string const&) { return ""; };
-    EXPECT_EQ(failureOf("callbackDOFeatureCallID\nexpect answer sfiSuccess\n"),
+    EXPECT_EQ(failureOf("callbackDOFeatureCallID CallID=1 instanceId=2\nexpect answer sfiSuccess\n"),
               "error    test.script:2: expect answer sfiSuccess: the request has no answer");
 }
 
@@ -101,9 +101,9 @@ TEST_F(ScriptPlayerTest, Values_AreReplacedInRequestsAsTheyStand)
 {
     holdCalls();
 
-    EXPECT_TRUE(play("HoldCall\nwait callHeld\n<Method>RetrieveCall</Method><Line>{line}</Line>\n"));
+    EXPECT_TRUE(play("HoldCall Line=4711 CallID=1\nwait callHeld\n<Method>RetrieveCall</Method><Line>{line}</Line><CallID>1</CallID>\n"));
 
-    EXPECT_EQ(telephone_.invoker.requests.back(), "<Method>RetrieveCall</Method><Line>4711</Line>");
+    EXPECT_EQ(telephone_.invoker.requests.back(), "<Method>RetrieveCall</Method><Line>4711</Line><CallID>1</CallID>");
 }
 
 TEST_F(ScriptPlayerTest, Value_ThatNoEventHad_IsRefused)
@@ -116,7 +116,7 @@ TEST_F(ScriptPlayerTest, Wait_ForAnEventThatDoesNotCome_FailsWithWhatCame)
 {
     holdCalls();
 
-    EXPECT_EQ(failureOf("HoldCall\nwait CallRetrievedEvent within 0.2\n"),
+    EXPECT_EQ(failureOf("HoldCall Line=4711 CallID=1\nwait CallRetrievedEvent within 0.2\n"),
               "error    test.script:2: wait CallRetrievedEvent within 0.2: it did not come; came instead: "
               "<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>1</CallID>");
 }
@@ -131,7 +131,7 @@ TEST_F(ScriptPlayerTest, Never_OfAnEventThatComes_Fails)
 {
     holdCalls();
 
-    EXPECT_EQ(failureOf("HoldCall\nnever CallHeldEvent within 5\n"),
+    EXPECT_EQ(failureOf("HoldCall Line=4711 CallID=1\nnever CallHeldEvent within 5\n"),
               "error    test.script:2: never CallHeldEvent within 5: it came: "
               "<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>1</CallID>");
 }
@@ -140,8 +140,8 @@ TEST_F(ScriptPlayerTest, Never_OfAnEventThatDoesNotCome_Holds)
 {
     holdCalls();
 
-    EXPECT_TRUE(play("HoldCall\nwait CallHeldEvent\nnever CallHeldEvent within 0.05\n"));
-    EXPECT_TRUE(play("HoldCall\nnever CallHeldEvent CallID=2 within 0.05\n"));
+    EXPECT_TRUE(play("HoldCall Line=4711 CallID=1\nwait CallHeldEvent\nnever CallHeldEvent within 0.05\n"));
+    EXPECT_TRUE(play("HoldCall Line=4711 CallID=1\nnever CallHeldEvent CallID=2 within 0.05\n"));
 }
 
 TEST_F(ScriptPlayerTest, ExpectLamp_ComparesItsMode)

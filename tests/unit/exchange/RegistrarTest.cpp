@@ -27,8 +27,10 @@ public:
         replied = status;
         replyHeaders = headers;
     }
+    void ignore() override { ignored = true; }
 
     int replied = 0;
+    bool ignored = false;
     sip::Headers replyHeaders;
 
 private:
@@ -82,6 +84,23 @@ TEST_F(RegistrarTest, AddressWithoutUser_IsNotFound)
     registrar.handle(request);
 
     EXPECT_EQ(request.replied, 404);
+}
+
+TEST_F(RegistrarTest, SwitchedOff_IgnoresRequestsUntilItIsOnAgain)
+{
+    Registrar registrar = makeRegistrar();
+    FakeRegister first("4711", {{"Contact", "<sip:4711@127.0.0.1:5080>"}});
+    FakeRegister second("4711", {{"Contact", "<sip:4711@127.0.0.1:5080>"}});
+
+    registrar.setAnswers(false);
+    registrar.handle(first);
+    registrar.setAnswers(true);
+    registrar.handle(second);
+
+    EXPECT_TRUE(first.ignored);
+    EXPECT_EQ(first.replied, 0);
+    EXPECT_FALSE(second.ignored);
+    EXPECT_EQ(second.replied, 401);
 }
 
 TEST_F(RegistrarTest, ConfiguredNumber_IsKnownBeforeItRegisters)

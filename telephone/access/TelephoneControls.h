@@ -1,5 +1,5 @@
 // The telephone as a person uses it, beside the requests of applications: keys, lamps, plugs and settings.
-// PhoneControls implements it; the console and the script player call it on their thread.
+// PhoneControls implements it; sessions call it on their threads.
 #pragma once
 
 #include <optional>
@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "telephone/base/Refusal.h"
+#include "telephone/protocol/TelephoneState.h"
 
 namespace telephone {
 
@@ -16,6 +17,9 @@ public:
     using Rows = std::vector<std::string>;
 
     virtual ~TelephoneControls() = default;
+
+    // Everything, at one moment.
+    virtual TelephoneState state() = 0;
 
     // One text for each row, without a line end.
     virtual Rows lines() = 0;
@@ -31,6 +35,13 @@ public:
     [[nodiscard]] virtual Outcome<> lock(bool locked) = 0;
     // Switches the service's recording of a line's calls.
     [[nodiscard]] virtual Outcome<> record(std::string const& line, bool on) = 0;
+    // The built-in exchange; refused without one. Rings a registered number as if `from`, any other number, called; the
+    // name may be empty.
+    [[nodiscard]] virtual Outcome<> call(std::string const& to, std::string const& from, std::string const& name) = 0;
+    // Sets the voice messages that wait for a number, 0 to 9999 of each kind.
+    [[nodiscard]] virtual Outcome<> setMessages(std::string const& number, int fresh, int old) = 0;
+    // Whether its registrar answers; while off, registrations last until they expire.
+    [[nodiscard]] virtual Outcome<> setRegistrar(bool on) = 0;
     // "off", "steady", "flashing" or "fluttering"; nothing for an unknown lamp.
     virtual std::optional<std::string> lampMode(std::string const& lamp) = 0;
 

@@ -1,12 +1,12 @@
-#include "telephone/console/EventPattern.h"
+#include "telephone/access/EventPattern.h"
 
 #include <algorithm>
 #include <array>
 
 #include <spdlog/fmt/fmt.h>
 
+#include "telephone/access/RequestShorthand.h"
 #include "telephone/base/Names.h"
-#include "telephone/console/RequestShorthand.h"
 #include "telephone/protocol/Vocabulary.h"
 
 namespace telephone {

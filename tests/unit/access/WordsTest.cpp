@@ -1,4 +1,4 @@
-#include "telephone/console/Words.h"
+#include "telephone/access/Words.h"
 
 #include <gtest/gtest.h>
 

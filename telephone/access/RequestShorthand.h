@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "CommunicationsServiceRequests.h"
-#include "telephone/console/Words.h"
+#include "telephone/access/Words.h"
 
 namespace telephone {
 

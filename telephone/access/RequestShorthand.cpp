@@ -1,4 +1,4 @@
-#include "telephone/console/RequestShorthand.h"
+#include "telephone/access/RequestShorthand.h"
 
 #include <spdlog/fmt/fmt.h>
 
@@ -52,7 +52,7 @@ Outcome<> append(RequestDescription const& request, std::string const& word, std
 
 bool isRequestText(std::string_view line)
 {
-    return line.starts_with('<') || line == kSignallingEvent || line.starts_with("SigEvent:");
+    return line.starts_with('<') || line.starts_with(kSignallingEvent);
 }
 
 RequestDescription const* findRequest(std::string_view name)

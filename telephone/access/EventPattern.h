@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "CommunicationsServiceEvents.h"
-#include "telephone/console/Words.h"
+#include "telephone/access/Words.h"
 
 namespace telephone {
 

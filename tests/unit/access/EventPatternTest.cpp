@@ -1,4 +1,4 @@
-#include "telephone/console/EventPattern.h"
+#include "telephone/access/EventPattern.h"
 
 #include <gtest/gtest.h>
 

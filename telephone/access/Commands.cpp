@@ -1,0 +1,209 @@
+#include "telephone/access/Commands.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include <spdlog/fmt/fmt.h>
+
+#include "telephone/access/Session.h"
+#include "telephone/access/TelephoneControls.h"
+#include "telephone/base/Names.h"
+#include "telephone/framework/EventHistory.h"
+#include "telephone/framework/Log.h"
+
+namespace telephone {
+
+namespace {
+
+using Answer = Outcome<std::string>;
+using Given = Arguments const;
+
+Answer done(Outcome<> const& outcome)
+{
+    return outcome.map([] { return std::string(); });
+}
+
+Answer rows(std::vector<std::string> const& lines, char const* otherwise = "")
+{
+    return lines.empty() ? std::string(otherwise) : fmt::format("{}", fmt::join(lines, "\n"));
+}
+
+Outcome<std::uint64_t> numberOf(std::string const& word, std::uint64_t most)
+{
+    std::uint64_t number = 0;
+    auto const [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
+    if (error != std::errc() || end != word.data() + word.size() || number > most) {
+        return refuse(RefusalKind::kBadInput, fmt::format("\"{}\" is not a number from 0 to {}", word, most));
+    }
+    return number;
+}
+
+std::vector<std::string> listOf(std::optional<std::string> const& names)
+{
+    std::vector<std::string> list;
+    std::string_view rest = names ? std::string_view(*names) : std::string_view();
+    while (!rest.empty()) {
+        auto const comma = std::min(rest.find(','), rest.size());
+        if (comma > 0) {
+            list.emplace_back(rest.substr(0, comma));
+        }
+        rest.remove_prefix(std::min(rest.size(), comma + 1));
+    }
+    return list;
+}
+
+Answer help(Session& session, Given& given)
+{
+    if (given[0]) {
+        return session.services().description.describe(*given[0]);
+    }
+    std::string text = "Requests are written in full (<Method>GetDevices</Method>) or short, with Tab for completion:\n"
+                       "  OutgoingCallMakeRequest Line=4711 CallID=1 Destination=100\n"
+                       "help HoldCall explains the request, help CallHeldEvent the event. Commands:";
+    for (Command const& each : commands()) {
+        text += fmt::format("\n  {:<48} {}", usageOf(each), each.meaning);
+    }
+    return text;
+}
+
+// Events after a number of this start, or the present one.
+Answer followEvents(Session& session, Given& given)
+{
+    EventHistory const& history = session.services().history;
+    EventSelection selection{history.latest(), {}, listOf(given[3])};
+    if (given[0]) {
+        auto const number = numberOf(*given[0], INT64_MAX);
+        if (!number) {
+            return tl::unexpected(number.error());
+        }
+        bool const isOfAnotherStart = given[1] && *given[1] != history.start();
+        selection.after = isOfAnotherStart ? UINT64_MAX : *number;
+    }
+    return eventMethods(listOf(given[2])).map([&](std::vector<std::string> const& names) {
+        selection.names = names;
+        std::uint64_t const after = selection.after;
+        session.follow(std::move(selection));
+        return fmt::format(R"({{"start":"{}","after":{}}})", history.start(), after);
+    });
+}
+
+Answer changeLogLevel(std::string const& level)
+{
+    constexpr std::uint64_t kMostLogLevel = 6;
+    return numberOf(level, kMostLogLevel).map([](std::uint64_t number) {
+        setLogLevel(static_cast<int>(number));
+        return std::string();
+    });
+}
+
+Answer setMessages(Session& session, Given& given)
+{
+    constexpr std::uint64_t kMostMessages = 9999;
+    auto const fresh = numberOf(*given[1], kMostMessages);
+    auto const old = numberOf(*given[2], kMostMessages);
+    if (!fresh || !old) {
+        return tl::unexpected((fresh ? old : fresh).error());
+    }
+    return done(session.services().telephone.setMessages(*given[0], static_cast<int>(*fresh), static_cast<int>(*old)));
+}
+
+bool isOn(std::optional<std::string> const& word)
+{
+    return word == "on";
+}
+
+TelephoneControls& telephoneOf(Session& session)
+{
+    return session.services().telephone;
+}
+
+// clang-format off
+constexpr std::array kTable{
+    Command{"help",       "[NAME]",                   "this list; or the meaning of a request, an event, a command or a value", help},
+    Command{"hello",      "[NAME]",                   "who the telephone is, and whether it is ready, as JSON; NAME is yours in its log", [](Session& s, Given& g) { return s.hello(g[0]); }},
+    Command{"describe",   "[NAME]",                   "the protocol; or one name of it, as help",          [](Session& s, Given& g) -> Answer { auto const& d = s.services().description; return g[0] ? d.describe(*g[0]) : d.overview(); }},
+    Command{"describe json", "",                      "the whole protocol as JSON",                         [](Session& s, Given&) -> Answer { return s.services().description.json(); }},
+    Command{"state",      "",                         "the telephone at this moment, as JSON",              [](Session& s, Given&) -> Answer { return stateJson(telephoneOf(s).state()); }},
+    Command{"events",     "[after NUMBER] [of START] [only EVENTS] [line LINES]", "events, numbered across the telephone, after a number or from now on; names and lines are separated by commas", followEvents},
+    Command{"events off", "",                         "no more events",                                     [](Session& s, Given&) -> Answer { s.unfollow(); return std::string(); }},
+    Command{"reasons",    "on|off",                   "a sentence beside the answer to each request that was refused or did nothing", [](Session& s, Given& g) -> Answer { s.options().reasons = isOn(g[0]); return std::string(); }},
+    Command{"strict",     "on|off",                   "refuses requests with unknown names and wrong values, which the service would guess at", [](Session& s, Given& g) -> Answer { s.options().strict = isOn(g[0]); return std::string(); }},
+    Command{"lines",      "",                         "the lines and their states",                         [](Session& s, Given&) { return rows(telephoneOf(s).lines()); }},
+    Command{"calls",      "",                         "the calls and their states",                         [](Session& s, Given&) { return rows(telephoneOf(s).calls(), "no calls"); }},
+    Command{"keys",       "",                         "the keys of the telephone",                          [](Session& s, Given&) { return rows(telephoneOf(s).keys()); }},
+    Command{"lamps",      "",                         "the lamps and their modes",                          [](Session& s, Given&) { return rows(telephoneOf(s).lamps()); }},
+    Command{"press",      "KEY",                      "presses a key, named by number, label or function",  [](Session& s, Given& g) { return done(telephoneOf(s).press(*g[0])); }},
+    Command{"release",    "KEY",                      "releases a key",                                     [](Session& s, Given& g) { return done(telephoneOf(s).release(*g[0])); }},
+    Command{"hook",       "up|down",                  "lifts or replaces the handset",                      [](Session& s, Given& g) { return done(telephoneOf(s).hook(g[0] == "up")); }},
+    Command{"plug",       "headset|handset|line [out]", "plugs a device in, or unplugs it",                 [](Session& s, Given& g) { return done(telephoneOf(s).plug(*g[0], !g[1])); }},
+    Command{"unplug",     "headset|handset|line",     "unplugs a device",                                   [](Session& s, Given& g) { return done(telephoneOf(s).plug(*g[0], false)); }},
+    Command{"lock",       "",                         "locks the telephone: only permitted numbers can be called", [](Session& s, Given&) { return done(telephoneOf(s).lock(true)); }},
+    Command{"unlock",     "",                         "unlocks the telephone",                              [](Session& s, Given&) { return done(telephoneOf(s).lock(false)); }},
+    Command{"record",     "on|off LINE",              "starts or stops recording the calls of a line",      [](Session& s, Given& g) { return done(telephoneOf(s).record(*g[1], isOn(g[0]))); }},
+    Command{"call",       "LINE from NUMBER [name NAME]", "a call from a number of the exchange to a line",  [](Session& s, Given& g) { return done(telephoneOf(s).call(*g[0], *g[1], g[2].value_or(""))); }},
+    Command{"message",    "LINE new COUNT old COUNT", "messages in a line's mailbox at the exchange",       setMessages},
+    Command{"registrar",  "on|off",                   "the exchange's registrar answers, or is silent",     [](Session& s, Given& g) { return done(telephoneOf(s).setRegistrar(isOn(g[0]))); }},
+    Command{"store list", "",                         "the settings in the configuration store",            [](Session& s, Given&) { return rows(telephoneOf(s).settings()); }},
+    Command{"store get",  "SETTING",                  "one setting",                                        [](Session& s, Given& g) -> Answer { auto const value = telephoneOf(s).setting(*g[0]); return value ? Answer(*g[0] + " = " + *value) : refuse(RefusalKind::kNotFound, "no setting " + *g[0]); }},
+    Command{"store set",  "SETTING VALUE",            "changes a setting",                                  [](Session& s, Given& g) { return done(telephoneOf(s).set(*g[0], *g[1])); }},
+    Command{"log",        "LEVEL",                    "0 (nothing) to 6 (every request and SIP message); 4 is usual", [](Session&, Given& g) { return changeLogLevel(*g[0]); }},
+    Command{"say",        "[TEXT...]",                "the text as the result, for scripts",                [](Session&, Given& g) -> Answer { return g[0].value_or(""); }},
+    Command{"quit",       "",                         "ends the telephone",                                 [](Session& s, Given&) -> Answer { s.services().end(); return std::string(); }},
+};
+// clang-format on
+
+}  // namespace
+
+std::span<Command const> commands()
+{
+    return kTable;
+}
+
+std::size_t wordsInName(Command const& command)
+{
+    return command.name.find(' ') == std::string_view::npos ? 1 : 2;
+}
+
+Command const* findCommand(Words const& words)
+{
+    Command const* found = nullptr;
+    for (Command const& each : kTable) {
+        std::size_t const count = wordsInName(each);
+        std::string const begin = words.size() < count ? "" : count == 1 ? words[0] : words[0] + " " + words[1];
+        if (equalIgnoringCase(begin, each.name) && (found == nullptr || count > wordsInName(*found))) {
+            found = &each;
+        }
+    }
+    return found;
+}
+
+std::string usageOf(Command const& command)
+{
+    return std::string(command.name).append(command.arguments.empty() ? "" : " ").append(command.arguments);
+}
+
+Outcome<std::string> runCommand(Session& session, Command const& command, Words const& words)
+{
+    auto const arguments = CommandSyntax(command.arguments).parse(words, wordsInName(command));
+    if (!arguments) {
+        return refuse(RefusalKind::kBadInput,
+                      fmt::format("{}; write it as: {}", arguments.error().reason, usageOf(command)));
+    }
+    return command.handler(session, *arguments);
+}
+
+std::vector<CommandDescription> commandDescriptions()
+{
+    std::vector<CommandDescription> descriptions;
+    for (Command const& each : kTable) {
+        descriptions.push_back({std::string(each.name), std::string(each.arguments), std::string(each.meaning)});
+    }
+    return descriptions;
+}
+
+std::vector<std::string_view> commandNames()
+{
+    return namesOf(kTable, &Command::name);
+}
+
+}  // namespace telephone

@@ -1,0 +1,169 @@
+#include "telephone/access/Session.h"
+
+#include <utility>
+
+#include <spdlog/fmt/fmt.h>
+
+#include "telephone/access/Commands.h"
+#include "telephone/access/RequestShorthand.h"
+#include "telephone/access/TelephoneControls.h"
+#include "telephone/base/Names.h"
+#include "telephone/base/Version.h"
+#include "telephone/framework/Channel.h"
+#include "telephone/framework/Log.h"
+#include "telephone/framework/RequestRunner.h"
+#include "telephone/framework/TelephoneContext.h"
+#include "telephone/protocol/MessageText.h"
+#include "telephone/protocol/ProtocolCheck.h"
+#include "telephone/protocol/ProtocolDescription.h"
+
+namespace telephone {
+
+namespace {
+
+constexpr char const* kSessionComponent = "applications";
+constexpr std::size_t kLongestName = 40;
+
+void sendError(MessageSink const& sink, Refusal const& refusal)
+{
+    sink({MessageKind::kError, refusal.reason});
+}
+
+}  // namespace
+
+Session::Session(std::string name, SessionServices services, std::size_t queuedEvents, std::function<void()> wake)
+    : services_(std::move(services))
+    , wake_(std::move(wake))
+    , label_(std::move(name))
+    , channel_(services_.context.openChannel(label_, queuedEvents, [this] { this->wake(); }))
+{}
+
+Session::~Session()
+{
+    unfollow();
+    services_.context.closeChannel(channel_);
+}
+
+void Session::wake()
+{
+    if (!woken_.exchange(true)) {
+        wake_();
+    }
+}
+
+void Session::handle(std::string_view text, MessageSink const& sink)
+{
+    if (isRequestText(text)) {
+        return handleRequest(text, sink);
+    }
+    auto const words = splitWords(text);
+    if (!words) {
+        return sendError(sink, words.error());
+    }
+    handle(*words, sink);
+}
+
+void Session::handle(Words const& words, MessageSink const& sink)
+{
+    if (words.empty()) {
+        return sendError(sink, {RefusalKind::kBadInput, "the message is empty"});
+    }
+    if (Command const* const command = findCommand(words)) {
+        auto const result = runCommand(*this, *command, words);
+        return result ? sink({MessageKind::kResult, *result}) : sendError(sink, result.error());
+    }
+    if (findRequest(words.front()) != nullptr) {
+        auto const request = requestText(words);
+        return request ? handleRequest(*request, sink) : sendError(sink, request.error());
+    }
+    auto names = requestNames();
+    auto const commands = commandNames();
+    names.insert(names.end(), commands.begin(), commands.end());
+    sendError(sink, {RefusalKind::kNotFound, fmt::format("no request or command {}{}; help lists them", words.front(),
+                                                         suggestion(words.front(), names))});
+}
+
+void Session::handleRequest(std::string_view text, MessageSink const& sink)
+{
+    if (auto const checked = options_.strict ? checkRequest(text) : Outcome<>(); !checked) {
+        return sendError(sink, checked.error());
+    }
+    sink({MessageKind::kRequest, text});
+    RequestRunner::Reply const reply = services_.requests.run(*channel_, text);
+    if (reply.answer) {
+        sink({MessageKind::kAnswer, *reply.answer});
+    }
+    if (reply.answer == "sfiFailure") {
+        noteUnknown(text);
+    }
+    for (Refusal const& each : reply.refusals) {
+        if (options_.reasons) {
+            sink({MessageKind::kReason, each.reason});
+        }
+    }
+    if (reply.finished) {
+        sink({MessageKind::kFinished, {}});
+    }
+}
+
+void Session::noteUnknown(std::string_view request) const
+{
+    auto const method = takeElement(request);
+    if (method && method->name == "Method" && findRequestDescription(method->value) == nullptr) {
+        log(kLogWarning, kSessionComponent, "{} sent an unknown request: {}{}", label_, method->value,
+            suggestion(method->value, requestNames()));
+    }
+}
+
+bool Session::takeEvents(std::size_t most, MessageSink const& sink)
+{
+    woken_ = false;
+    if (usesHistory_) {
+        channel_->take(most);
+        auto const state = [this] {
+            TelephoneState const now = services_.telephone.state();
+            return EventSubscription::State{now.event, stateJson(now)};
+        };
+        return subscription_ && subscription_->take(most, state, sink);
+    }
+    auto const events = channel_->take(most);
+    for (NumberedEvent const& event : events) {
+        sink({MessageKind::kEvent, event.text, event.number});
+    }
+    return !events.empty();
+}
+
+std::uint64_t Session::dropped() const
+{
+    return usesHistory_ ? 0 : channel_->dropped();
+}
+
+Outcome<std::string> Session::hello(std::optional<std::string> const& name)
+{
+    if (name && name->size() > kLongestName) {
+        return refuse(RefusalKind::kBadInput, fmt::format("a name has at most {} bytes", kLongestName));
+    }
+    label_ = name.value_or(label_);
+    TelephoneState const state = services_.telephone.state();
+    return fmt::format(R"({{"telephone":"{}","version":"{}","protocol":{},"start":"{}","ready":{},"domain":"{}"}})",
+                       kTelephoneName, kTelephoneVersion, kProtocolVersion, state.start, state.ready, state.domain);
+}
+
+void Session::follow(EventSelection selection)
+{
+    unfollow();
+    usesHistory_ = true;
+    subscription_.emplace(services_.history, std::move(selection));
+    listener_ = services_.history.listen([this] { wake(); });
+    wake();
+}
+
+void Session::unfollow()
+{
+    if (subscription_) {
+        services_.history.endListening(listener_);
+        subscription_.reset();
+    }
+}
+
+}  // namespace telephone

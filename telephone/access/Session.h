@@ -1,0 +1,97 @@
+// One person or program that uses the telephone: sends requests and commands, receives events. Each console, script,
+// application connection and HTTP request has a session, which does everything but the transport.
+//
+// One thread uses a session; `wake` alone is called on another. Events come in one of two ways: by the request
+// Subscribe, as the framework delivers them to every application, numbered for this session alone; or by the command
+// `events`, numbered across the telephone, so that none is lost when the application was away. Once `events` was used,
+// those of Subscribe are no longer passed on.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "telephone/access/EventSubscription.h"
+#include "telephone/access/Message.h"
+#include "telephone/access/Words.h"
+
+namespace telephone {
+
+class Channel;
+class ProtocolDescription;
+class RequestRunner;
+class TelephoneContext;
+class TelephoneControls;
+struct Command;
+
+// What the sessions of a telephone share. All of it outlives them.
+struct SessionServices
+{
+    TelephoneContext& context;
+    RequestRunner& requests;
+    EventHistory& history;
+    TelephoneControls& telephone;
+    ProtocolDescription const& description;
+    std::function<void()> end;  // the command quit
+};
+
+class Session
+{
+public:
+    struct Options
+    {
+        bool strict = false;   // requests are checked before they reach the service
+        bool reasons = false;  // answers are explained
+    };
+
+    // The name is unique at every moment; it is the name of the session's channel. `wake` is called on any thread after
+    // events came; it must not block. `queuedEvents` limits those of Subscribe.
+    Session(std::string name, SessionServices services, std::size_t queuedEvents, std::function<void()> wake);
+    ~Session();
+    Session(Session const&) = delete;
+    Session& operator=(Session const&) = delete;
+
+    // Handles a request, in full or short, or a command, and passes the replies to the sink: to a request its answer,
+    // the reasons and the end; to a command its result; or an error. A NUL must follow the text.
+    void handle(std::string_view text, MessageSink const& sink);
+    // The same for a line that was split into words already.
+    void handle(Words const& words, MessageSink const& sink);
+
+    // Passes the events that came to the sink, at most `most`. False: none is left.
+    bool takeEvents(std::size_t most, MessageSink const& sink);
+    // Events that were dropped because the session did not take them.
+    [[nodiscard]] std::uint64_t dropped() const;
+
+    [[nodiscard]] std::string const& name() const { return label_; }
+    [[nodiscard]] Options& options() { return options_; }
+    [[nodiscard]] SessionServices const& services() const { return services_; }
+
+    // --- commands
+    // Identifies the telephone, as JSON. The name, if given, replaces that of the session in the log; refused if it is
+    // longer than 40 bytes.
+    [[nodiscard]] Outcome<std::string> hello(std::optional<std::string> const& name);
+    void follow(EventSelection selection);
+    void unfollow();
+
+private:
+    void handleRequest(std::string_view text, MessageSink const& sink);
+    // Logs a request with an unknown method, which the service answers like any failure.
+    void noteUnknown(std::string_view request) const;
+    void wake();
+
+    SessionServices const services_;
+    std::function<void()> const wake_;
+    std::string label_;
+    Options options_;
+    std::shared_ptr<Channel> const channel_;
+    bool usesHistory_ = false;
+    std::optional<EventSubscription> subscription_;
+    EventHistory::ListenerId listener_ = 0;
+    std::atomic<bool> woken_{false};  // and has not taken events since
+};
+
+}  // namespace telephone

@@ -1,0 +1,24 @@
+// How the telephone writes JSON on one line, as the state and events are sent. For the files of this module.
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <string_view>
+
+#include <nlohmann/json.hpp>
+
+namespace telephone {
+
+using Json = nlohmann::ordered_json;
+
+// One line of ASCII: other characters are escaped, so that nothing from the network can control a terminal, and what is
+// not UTF-8 becomes U+FFFD.
+std::string lineOf(Json const& value);
+
+// Null for an empty text.
+Json textOrNull(std::string_view text);
+
+// "2026-03-01T12:00:00.000Z".
+std::string timeText(std::chrono::system_clock::time_point time);
+
+}  // namespace telephone

@@ -1,0 +1,204 @@
+#include "telephone/access/Session.h"
+
+#include <gtest/gtest.h>
+#include <poll.h>
+
+#include "TelephoneDouble.h"
+#include "telephone/framework/Refusals.h"
+#include "telephone/framework/WakeUp.h"
+
+using namespace telephone;
+
+namespace {
+
+constexpr char const* kKinds[] = {"request", "answer", "event", "finished", "error",
+                                  "result",  "reason", "gap",   "state"};
+
+class SessionTest : public testing::Test
+{
+protected:
+    // The replies to a text, "kind text" each.
+    std::string replies(std::string const& text)
+    {
+        written_.clear();
+        session_.handle(text, sink());
+        return written_;
+    }
+
+    // The next events that come.
+    std::string events()
+    {
+        written_.clear();
+        pollfd query{woken_.descriptor(), POLLIN, 0};
+        while (written_.empty() && poll(&query, 1, 10000) == 1) {
+            woken_.clear();
+            while (session_.takeEvents(10, sink())) {
+            }
+        }
+        return written_;
+    }
+
+    MessageSink sink()
+    {
+        return [this](Message const& each) {
+            written_ += kKinds[static_cast<int>(each.kind)];
+            written_ += each.number == 0 ? "" : " " + std::to_string(each.number);
+            written_ += " " + std::string(each.text) + "\n";
+        };
+    }
+
+    TelephoneDouble telephone_;
+    WakeUp woken_;
+    Session session_{"application-1", telephone_.services(), 100, [this] { woken_.signal(); }};
+    std::string written_;
+};
+
+}  // namespace
+
+TEST_F(SessionTest, FullRequest_IsSentUnchangedAndAnswered)
+{
+    EXPECT_EQ(replies("<Method>holdcall</Method> # no comment"), "request <Method>holdcall</Method> # no comment\n"
+                                                                 "answer sfiSuccess\n"
+                                                                 "finished \n");
+}
+
+TEST_F(SessionTest, ShortRequest_IsSentInFull)
+{
+    EXPECT_EQ(replies("HoldCall Line=4711 CallID=1"),
+              "request <Method>HoldCall</Method><Line>4711</Line><CallID>1</CallID>\n"
+              "answer sfiSuccess\n"
+              "finished \n");
+}
+
+TEST_F(SessionTest, RequestWithoutAnswer_IsOnlyFinished)
+{
+    telephone_.invoker.answer = [](std::string const&) { return ""; };
+
+    EXPECT_EQ(replies("<Method>callbackDOFeatureCallID</Method>"), "request <Method>callbackDOFeatureCallID</Method>\n"
+                                                                   "finished \n");
+}
+
+TEST_F(SessionTest, Reasons_FollowTheAnswerWhenTheyAreOn)
+{
+    telephone_.invoker.answer = [](std::string const&) {
+        reportRefusal("test", {RefusalKind::kNotFound, "line 4711 has no call 7"});
+        return "sfiFailure";
+    };
+    std::string const request = "<Method>HoldCall</Method><Line>4711</Line><CallID>7</CallID>";
+    EXPECT_EQ(replies(request), "request " + request + "\nanswer sfiFailure\nfinished \n");
+
+    EXPECT_EQ(replies("reasons on"), "result \n");
+    EXPECT_EQ(replies(request),
+              "request " + request + "\nanswer sfiFailure\nreason line 4711 has no call 7\nfinished \n");
+}
+
+TEST_F(SessionTest, StrictSession_RefusesBeforeTheService)
+{
+    EXPECT_EQ(replies("strict on"), "result \n");
+
+    EXPECT_EQ(replies("<Method>HoldCal</Method>"), "error there is no request HoldCal (did you mean HoldCall?)\n");
+    EXPECT_TRUE(telephone_.invoker.requests.empty());
+
+    EXPECT_EQ(replies("strict off"), "result \n");
+    EXPECT_EQ(replies("<Method>HoldCal</Method>"), "request <Method>HoldCal</Method>\nanswer sfiSuccess\nfinished \n");
+}
+
+TEST_F(SessionTest, Commands_ReachTheTelephone)
+{
+    for (char const* const line :
+         {"press 1", "release 1", "hook up", "hook down", "plug headset", "plug headset out", "unplug headset", "lock",
+          "unlock", "record on 4711", "record off 4711", "store set agent-state \"not ready\"",
+          "call 4711 from 555 name \"Ann B\"", "call 4711 from 555", "message 4711 new 3 old 1", "registrar off"}) {
+        EXPECT_EQ(replies(line), "result \n") << line;
+    }
+
+    EXPECT_EQ(telephone_.controls.asked,
+              (std::vector<std::string>{"press 1", "release 1", "hook up", "hook down", "plug headset in",
+                                        "plug headset out", "plug headset out", "lock", "unlock", "record on 4711",
+                                        "record off 4711", "set agent-state not ready", "call 4711 from 555 name Ann B",
+                                        "call 4711 from 555 name ", "messages 4711 3 1", "registrar off"}));
+}
+
+TEST_F(SessionTest, Lists_AreResults)
+{
+    EXPECT_EQ(replies("lines"), "result 4711 idle\n");
+    EXPECT_EQ(replies("calls"), "result no calls\n");
+    EXPECT_EQ(replies("store list"), "result agent-state = ready\n");
+    EXPECT_EQ(replies("store get agent-state"), "result agent-state = ready\n");
+    EXPECT_EQ(replies("say hi there"), "result hi there\n");
+}
+
+TEST_F(SessionTest, WrongLines_AreErrorsWithAHint)
+{
+    EXPECT_EQ(replies("HoldCal Line=4711"),
+              "error no request or command HoldCal (did you mean HoldCall?); help lists them\n");
+    EXPECT_EQ(replies("hepl"), "error no request or command hepl (did you mean help?); help lists them\n");
+    EXPECT_EQ(replies("xyzzy"), "error no request or command xyzzy; help lists them\n");
+    EXPECT_EQ(replies("press"), "error KEY is missing; write it as: press KEY\n");
+    EXPECT_EQ(replies("press 99"), "error no key 99\n");
+    EXPECT_EQ(replies("hook off"), "error \"off\" is not up or down; write it as: hook up|down\n");
+    EXPECT_EQ(replies("log 7"), "error \"7\" is not a number from 0 to 6\n");
+    EXPECT_EQ(replies("message 4711 new many old 1"), "error \"many\" is not a number from 0 to 9999\n");
+    EXPECT_EQ(replies("store get x"), "error no setting x\n");
+    EXPECT_EQ(replies(""), "error the message is empty\n");
+    EXPECT_EQ(replies("say \"hi"), "error a quote \" is not closed\n");
+}
+
+TEST_F(SessionTest, Quit_EndsTheTelephone)
+{
+    EXPECT_EQ(replies("quit"), "result \n");
+
+    EXPECT_EQ(telephone_.ends, 1);
+}
+
+TEST_F(SessionTest, Hello_IdentifiesTheTelephone)
+{
+    telephone_.controls.present.start = "abc";
+    telephone_.controls.present.ready = true;
+    telephone_.controls.present.domain = "127.0.0.1:5060";
+
+    EXPECT_EQ(replies("hello dialler"),
+              R"(result {"telephone":"reference telephone","version":"1.0.0","protocol":1,"start":"abc","ready":true,)"
+              R"("domain":"127.0.0.1:5060"})"
+              "\n");
+    EXPECT_EQ(session_.name(), "dialler");
+    EXPECT_EQ(replies("hello " + std::string(41, 'x')), "error a name has at most 40 bytes\n");
+}
+
+TEST_F(SessionTest, Subscribe_NumbersTheSessionsOwnEvents)
+{
+    EXPECT_EQ(replies("<Method>Subscribe</Method>"),
+              "request <Method>Subscribe</Method>\nanswer sfiSuccess\nfinished \n");
+    telephone_.held(2);
+
+    EXPECT_EQ(events(), "event 1 <Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>2</CallID>\n");
+}
+
+TEST_F(SessionTest, Events_AreNumberedAcrossTheTelephone)
+{
+    telephone_.held(1);
+    std::string const start = telephone_.history->start();
+
+    EXPECT_EQ(replies("events after 0 of " + start), "result {\"start\":\"" + start + "\",\"after\":0}\n");
+    EXPECT_EQ(events(), "event 1 <Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>1</CallID>\n");
+    EXPECT_EQ(replies("events after 1"), "result {\"start\":\"" + start + "\",\"after\":1}\n");
+    telephone_.held(2);
+    EXPECT_EQ(replies("events off"), "result \n");
+    EXPECT_FALSE(session_.takeEvents(10, sink()));
+}
+
+TEST_F(SessionTest, EventsOfAnotherStart_BeginWithAGap)
+{
+    telephone_.controls.present.event = 1;
+    telephone_.held(1);
+
+    (void)replies("events after 1 of elsewhere");
+
+    EXPECT_EQ(events().substr(0, 37), "gap {\"first\":1,\"last\":1}\nstate 1 {\"s");
+}
+
+TEST_F(SessionTest, WrongSelection_IsRefused)
+{
+    EXPECT_EQ(replies("events only CallHeldEvnt"), "error no event CallHeldEvnt (did you mean CallHeldEvent?)\n");
+    EXPECT_EQ(replies("events after now"), "error \"now\" is not a number from 0 to 9223372036854775807\n");
+}

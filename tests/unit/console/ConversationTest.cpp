@@ -1,0 +1,80 @@
+#include "telephone/console/Conversation.h"
+
+#include <gtest/gtest.h>
+
+#include "ConsoleDoubles.h"
+
+using namespace telephone;
+
+namespace {
+
+class ConversationTest : public testing::Test
+{
+protected:
+    std::string refusalOf(std::string const& line)
+    {
+        auto const result = conversation_.run(line);
+        return result ? "accepted" : result.error().reason;
+    }
+
+    TalkingTelephone telephone_;
+    Conversation& conversation_ = *telephone_.conversation;
+};
+
+}  // namespace
+
+TEST_F(ConversationTest, ShortRequest_IsSentAndAnswered)
+{
+    auto const result = conversation_.run("HoldCall Line=4711 CallID=1").value();
+
+    EXPECT_TRUE(result.isRequest);
+    EXPECT_EQ(result.answer, "sfiSuccess");
+    EXPECT_EQ(telephone_.invoker.requests,
+              std::vector<std::string>{"<Method>HoldCall</Method><Line>4711</Line><CallID>1</CallID>"});
+    EXPECT_EQ(telephone_.written, "request  <Method>HoldCall</Method><Line>4711</Line><CallID>1</CallID>\n"
+                                  "answer   sfiSuccess\n");
+}
+
+TEST_F(ConversationTest, RequestWithoutAnswer_IsShownAsFinished)
+{
+    telephone_.invoker.answer = [](std::string const&) { return ""; };
+
+    auto const result = conversation_.run("callbackDOFeatureCallID CallID=1 instanceId=2").value();
+
+    EXPECT_EQ(result.answer, std::nullopt);
+    EXPECT_EQ(telephone_.written,
+              "request  <Method>callbackDOFeatureCallID</Method><CallID>1</CallID><instanceId>2</instanceId>\n"
+              "finished \n");
+}
+
+TEST_F(ConversationTest, Answer_WithControlCharacters_IsWrittenHarmlessly)
+{
+    telephone_.invoker.answer = [](std::string const&) { return std::string("a\x1b[2Jb\n"); };
+
+    EXPECT_TRUE(conversation_.run("GetDevices"));
+
+    EXPECT_EQ(telephone_.written, "request  <Method>GetDevices</Method>\nanswer   a\\x1b[2Jb\\x0a\n");
+}
+
+TEST_F(ConversationTest, WrongLine_IsRefusedAndNotWritten)
+{
+    EXPECT_EQ(refusalOf("hook off"), "\"off\" is not up or down; write it as: hook up|down");
+    EXPECT_EQ(refusalOf("HoldCall Line=4711"), "HoldCall lacks CallID, which is read as -1");
+
+    EXPECT_EQ(telephone_.written, "");
+}
+
+TEST_F(ConversationTest, ResultOfACommand_IsWritten)
+{
+    EXPECT_TRUE(conversation_.run("lines"));
+    EXPECT_TRUE(conversation_.run("press 1"));
+
+    EXPECT_EQ(telephone_.written, "4711 idle\n");
+}
+
+TEST_F(ConversationTest, EmptyLineCommentAndQuit_AreToldApart)
+{
+    EXPECT_FALSE(conversation_.run("   ")->isOver);
+    EXPECT_FALSE(conversation_.run("# comment")->isRequest);
+    EXPECT_TRUE(conversation_.run("quit")->isOver);
+}
