@@ -326,7 +326,7 @@ inline constexpr EventDescription kRows[] = {
         "Sent for every CSTA document that arrives, inside a call or outside."},
     {"conferenceStatusEvent", "conferenceStatusEvent", "conference", telephone,
         {{kCutLineID, kCallID,
-          {"XMLContent", text, none, "XML document (RFC 4575)", "Who is in the conference, and who is on hold."}}},
+          {"XMLContent", text, none, "XML document (RFC 4575)", "The parties in the conference, and which of them are on hold."}}},
         "The parties of a conference have changed.",
         "Sent for both calls when a conference begins, and for the call that stays when it ends."},
     {"callCompletionEvent", "callCompletionEvent", "call-back", telephone,

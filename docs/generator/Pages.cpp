@@ -41,6 +41,10 @@ A text that begins with `SigEvent:` is a notice of the signalling component: it 
 `/tmp/telephone-UID/telephone.socket` with the number of the user, or the path that the configuration names. By hand:
 `telephone request HoldCall Line=4711 CallID=2`. `telephone describe HoldCall` prints the same as this page.
 
+**Exchanges.** Each section ends with an exchange that a telephone recorded, and says what there was before it. Shown are
+the request, its answer, and the events that this application received until nothing more came. 100 answers, 101 is busy,
+102 rings and does not answer. [exchanges.json](exchanges.json) has them for programs.
+
 "This telephone" is the reference telephone. The file `tests/golden/requests.json` has the exact texts of each request, and
 [protocol.json](protocol.json) has the contents of this page for programs.
 )";
@@ -151,7 +155,19 @@ std::string eventsOf(RequestDescription const& request)
     return text.empty() ? "none" : text;
 }
 
-std::string sectionOf(RequestDescription const& request)
+std::string blockOf(Exchange const& exchange)
+{
+    std::string text = "```\nrequest  " + exchange.request + "\n";
+    if (exchange.answer) {
+        text += "answer   " + *exchange.answer + "\n";
+    }
+    for (auto const& event : exchange.events) {
+        text += "event    " + event + "\n";
+    }
+    return text + "```\n";
+}
+
+std::string sectionOf(RequestDescription const& request, Exchange const& exchange)
 {
     std::string text = "\n## " + std::string(request.name) + "\n\n" + std::string(request.meaning) + "\n\n";
     text += tableOf(request.parameters);
@@ -165,7 +181,7 @@ std::string sectionOf(RequestDescription const& request)
     if (request.answerElements.size() > 0) {
         text += "In the answer:\n\n" + tableOf(request.answerElements);
     }
-    return text + "```\n" + sampleOf(request) + "\n```\n";
+    return text + "A recorded exchange. " + plain(exchange.before) + "\n\n" + blockOf(exchange);
 }
 
 std::string sectionOf(EventDescription const& event)
@@ -190,12 +206,12 @@ std::string sectionOf(Enumeration const& enumeration)
 
 }  // namespace
 
-std::string requestsPage()
+std::string requestsPage(std::vector<Exchange> const& exchanges)
 {
     std::string page(kRequestsHead);
     page += "\nThere are " + std::to_string(kRequestCount) + " requests.\n";
-    for (auto const& request : kRequestDescriptions) {
-        page += sectionOf(request);
+    for (std::size_t i = 0; i < kRequestCount; ++i) {
+        page += sectionOf(kRequestDescriptions[i], exchanges.at(i));
     }
     return page;
 }

@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <limits>
+#include <utility>
 
 #include <spdlog/fmt/fmt.h>
 
@@ -48,8 +49,16 @@ RequestRunner::RequestRunner(Executable& service, Invoker& invoker)
     , invoker_(invoker)
 {}
 
+void RequestRunner::watch(Watcher watcher)
+{
+    watcher_ = std::move(watcher);
+}
+
 RequestRunner::Reply RequestRunner::run(Channel const& channel, std::string_view request)
 {
+    if (watcher_) {
+        watcher_(request);
+    }
     Reply reply;
     RefusalCollector refusals;
     if (request.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {

@@ -2,6 +2,7 @@
 // run on several threads at once.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -26,7 +27,13 @@ public:
         std::vector<Refusal> refusals;      // reported on this thread while the request ran
     };
 
+    // Called with each request before it runs, on the thread that runs it.
+    using Watcher = std::function<void(std::string_view request)>;
+
     RequestRunner(Executable& service, Invoker& invoker);
+
+    // Sets the watcher, or removes it. While no request runs.
+    void watch(Watcher watcher);
 
     // Runs a request on behalf of a channel and returns when it is done. A NUL must follow its text. Never throws: if
     // the request cannot be run, the answer is "sfiFailure" and a refusal says why.
@@ -35,6 +42,7 @@ public:
 private:
     Executable& service_;
     Invoker& invoker_;
+    Watcher watcher_;
 };
 
 }  // namespace telephone

@@ -22,6 +22,14 @@ CLI::App* add(CLI::App& app, CommandLine& line, Action action, char const* name,
     return command;
 }
 
+CheckedTraffic checkedTraffic(std::string const& word)
+{
+    if (word == "all") {
+        return CheckedTraffic::kAll;
+    }
+    return word == "events" ? CheckedTraffic::kEvents : CheckedTraffic::kNone;
+}
+
 void addOptions(CLI::App& app, CommandLine& line)
 {
     app.add_option("-c,--config", line.configuration, "Configuration file (docs/configuration.md)")
@@ -32,6 +40,12 @@ void addOptions(CLI::App& app, CommandLine& line)
         ->check(CLI::Range(0, 6));
     app.add_option("--log-file", line.logFile, "File of the log; default: standard error");
     app.add_flag("--no-exchange", line.withoutExchange, "Start without the built-in exchange");
+    app.add_option_function<std::string>(
+           "--check", [&line](std::string const& word) { line.checked = checkedTraffic(word); },
+           "End with status 4 at the first message that contradicts the description of the protocol: events, or all "
+           "(requests, too); default: none")
+        ->envname("TELEPHONE_CHECK")
+        ->check(CLI::IsMember({"none", "events", "all"}));
 }
 
 void addCommands(CLI::App& app, CommandLine& line)

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "telephone/program/TrafficCheck.h"
+
 namespace telephone {
 
 enum class Action
@@ -29,6 +31,7 @@ struct CommandLine
     std::string logFile;
     std::optional<int> logLevel;
     bool withoutExchange = false;
+    CheckedTraffic checked = CheckedTraffic::kNone;
     int port = 0;                    // of the exchange without a telephone; 0: the configured one
     std::string script;              // to play; "-": standard input
     std::string junit;               // file for the result of a script; empty: none

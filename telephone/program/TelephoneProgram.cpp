@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <fstream>
 #include <iostream>
+#include <optional>
 #include <sstream>
 
 #include <spdlog/fmt/fmt.h>
@@ -21,6 +22,7 @@
 #include "telephone/framework/StopSignal.h"
 #include "telephone/program/Programs.h"
 #include "telephone/program/StartConfiguration.h"
+#include "telephone/program/TrafficCheck.h"
 
 namespace telephone {
 
@@ -135,6 +137,10 @@ Outcome<int> runTelephone(CommandLine const& line, StopSignal const& stop)
     return startConfiguration(line).and_then([&](Configuration const& configuration) {
         return ServiceLibrary::find(line.library).and_then([&](std::string const& library) {
             Telephone telephone(configuration, library);
+            std::optional<TrafficCheck> check;
+            if (line.checked != CheckedTraffic::kNone) {
+                check.emplace(telephone, line.checked);
+            }
             bool const serves = line.action == Action::kServe;
             return serves ? serve(line, configuration, telephone, stop)
                           : converse(line, configuration, telephone, stop);

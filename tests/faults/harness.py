@@ -142,6 +142,11 @@ class Application:
     def wait_state(self, call, state, seconds=20):
         return self.wait("CallStateChangeEvent", seconds, CallID=call, CallState=state)
 
+    def settle(self, seconds=0.3):
+        """Receives until nothing has arrived for that time."""
+        while self.message(seconds) is not None:
+            pass
+
     def is_over(self, call):
         return any(self.find("CallStateChangeEvent", CallID=call, CallState=state) for state in OVER)
 
@@ -163,7 +168,8 @@ class Application:
 
 
 class Telephone:
-    """A telephone in a process and a folder of its own, serving applications."""
+    """A telephone in a process and a folder of its own, serving applications. It ends at the first message that
+    contradicts the description of the protocol, which fails the test."""
 
     def __init__(self, configuration="", environment=None, prefix=(), options=(), level=4, in_folder=False):
         self.applications = []
@@ -179,8 +185,9 @@ class Telephone:
                    "--config", str(self.path / "telephone.toml"), "--socket", self.socket,
                    "--log-level", str(level), *options, "serve"]
         self.output = open(self.log, "wb")
+        environment = {"TELEPHONE_CHECK": "all", **os.environ, **(environment or {})}
         self.process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=self.output,
-                                        stderr=subprocess.STDOUT, env={**os.environ, **(environment or {})},
+                                        stderr=subprocess.STDOUT, env=environment,
                                         cwd=self.path if in_folder else None)
         try:
             until(lambda: self.process.poll() is not None or "applications can connect" in self.text(), 30,

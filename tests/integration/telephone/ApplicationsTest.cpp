@@ -26,13 +26,14 @@ TEST(Applications, RequestThatIsNeverAnswered_IsFinished)
     RunningTelephone telephone;
     Application application(telephone.socket());
 
-    EXPECT_EQ(application.request(method("callbackDOFeatureCallID", "<CallID>1</CallID>")), std::nullopt);
+    EXPECT_EQ(application.request(method("callbackDOFeatureCallID", "<CallID>1</CallID><instanceId>1</instanceId>")),
+              std::nullopt);
     EXPECT_EQ(application.request("SigEvent:abc"), std::nullopt);
 }
 
 TEST(Applications, BadRequests_AreAnsweredWithFailure)
 {
-    RunningTelephone telephone;
+    RunningTelephone telephone({"--check", "events"});
     Application application(telephone.socket());
     std::string binary;
     for (int byte = 1; byte < 256; ++byte) {
@@ -62,7 +63,9 @@ TEST(Applications, ManyAtOnce_EachGetItsOwnAnswers)
                     EXPECT_EQ(application.request(method("GetDoNotDisturb", "<deviceID>4711</deviceID>")),
                               "sfiSuccess,false");
                 } else {
-                    EXPECT_EQ(application.request(method("getManualHoldIndication", "<Line>4711</Line>")), "false");
+                    EXPECT_EQ(
+                        application.request(method("getManualHoldIndication", "<Line>4711</Line><CallID>1</CallID>")),
+                        "false");
                 }
             }
         });

@@ -5,10 +5,10 @@
 
 namespace {
 
-Ended console(std::string const& lines)
+Ended console(std::string const& lines, std::string const& checked = "all")
 {
     TemporaryFolder const folder;
-    return run({TELEPHONE, "--log-level", "0", "--socket", folder.file("socket")}, lines);
+    return run({TELEPHONE, "--log-level", "0", "--check", checked, "--socket", folder.file("socket")}, lines);
 }
 
 }  // namespace
@@ -115,7 +115,7 @@ TEST(Console, LogLevelSix_ShowsSipMessagesUntilTheLevelIsLowered)
 
 TEST(Console, LineOfAMegabyte_IsTaken)
 {
-    Ended const result = console("<Method>" + std::string(1 << 20, 'x') + "</Method>\nsay still here\n");
+    Ended const result = console("<Method>" + std::string(1 << 20, 'x') + "</Method>\nsay still here\n", "events");
 
     EXPECT_EQ(result.status, 0);
     EXPECT_NE(result.output.find("answer   sfiFailure\nstill here\n"), std::string::npos);

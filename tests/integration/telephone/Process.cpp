@@ -20,6 +20,7 @@ void runInChild(std::vector<std::string> const& command, std::vector<std::string
     dup2(input, STDIN_FILENO);
     dup2(output, STDOUT_FILENO);
     dup2(output, STDERR_FILENO);
+    setenv("TELEPHONE_CHECK", "all", 0);
     for (std::string const& each : environment) {
         putenv(const_cast<char*>(each.c_str()));
     }
@@ -60,7 +61,11 @@ Process::~Process()
     endInput();
     if (!ended_) {
         kill(id_, SIGKILL);
-        waitpid(id_, nullptr, 0);
+        waitpid(id_, &status_, 0);
+        status_ = WIFEXITED(status_) ? WEXITSTATUS(status_) : 0;
+    }
+    if (status_ == kContradiction && !isExpected_) {
+        ADD_FAILURE() << "a message contradicts the description of the protocol:\n" << readAll();
     }
     close(outputEnd_);
 }
@@ -131,6 +136,7 @@ void Process::signal(int number)
 
 int Process::wait()
 {
+    isExpected_ = true;
     using namespace std::chrono_literals;
     auto const deadline = std::chrono::steady_clock::now() + kDeadline;
     while (!ended_ && std::chrono::steady_clock::now() < deadline) {

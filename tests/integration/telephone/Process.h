@@ -1,4 +1,7 @@
 // A program that a test runs, with pipes as its input and output. The destructor kills it if it still runs.
+//
+// A telephone checks all its traffic and ends at the first message that contradicts the description of the protocol;
+// the destructor then fails the test. A test that sends wrong requests starts it with --check events.
 #pragma once
 
 #include <chrono>
@@ -33,6 +36,8 @@ public:
     [[nodiscard]] std::string const& output() const { return output_; }
 
 private:
+    static constexpr int kContradiction = 4;  // exit status of a telephone that found one
+
     // Reads more output; false at its end or the deadline.
     bool read(std::chrono::steady_clock::time_point deadline);
 
@@ -43,6 +48,7 @@ private:
     std::size_t found_ = 0;
     bool ended_ = false;
     int status_ = -1;
+    bool isExpected_ = false;  // the test waited for the status, and compares it itself
 };
 
 // Runs a program to its end.

@@ -1,0 +1,42 @@
+// Compares all traffic of a running telephone with the description of the protocol, for its own tests and for the tests
+// of applications (--check). A contradiction ends the program at once, so that no test can miss it: the reason and the
+// text are on standard error, and the exit status is 4.
+//
+// runTelephone owns it. It receives every event, like an application, on the thread of the events; requests are
+// checked on the thread that runs them.
+#pragma once
+
+#include <memory>
+
+namespace telephone {
+
+class Channel;
+class Telephone;
+
+enum class CheckedTraffic
+{
+    kNone,
+    kEvents,  // what the telephone sends
+    kAll,     // and what it receives
+};
+
+class TrafficCheck
+{
+public:
+    static constexpr int kExitStatus = 4;
+
+    // Before the telephone is activated, so that no event is missed. Throws std::runtime_error if the service refuses
+    // the subscription to its events.
+    TrafficCheck(Telephone& telephone, CheckedTraffic checked);
+    ~TrafficCheck();
+    TrafficCheck(TrafficCheck const&) = delete;
+    TrafficCheck& operator=(TrafficCheck const&) = delete;
+
+private:
+    void checkEvents();
+
+    Telephone& telephone_;
+    std::shared_ptr<Channel> channel_;
+};
+
+}  // namespace telephone

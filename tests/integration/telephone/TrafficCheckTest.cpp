@@ -1,0 +1,65 @@
+// The telephone that checks its own traffic.
+#include <fstream>
+
+#include <gtest/gtest.h>
+
+#include "RunningTelephone.h"
+
+namespace {
+
+constexpr int kContradiction = 4;
+
+std::string lastLine(std::string const& output)
+{
+    auto const end = output.find_last_not_of('\n');
+    return output.substr(output.rfind('\n', end) + 1, end - output.rfind('\n', end));
+}
+
+}  // namespace
+
+TEST(TrafficCheck, WrongRequest_EndsTheTelephone)
+{
+    Ended const result =
+        run({TELEPHONE, "--check", "all", "play", "-"}, "<Method>HoldCall</Method><Lien>4711</Lien>\n");
+
+    EXPECT_EQ(result.status, kContradiction);
+    EXPECT_EQ(lastLine(result.output), "telephone: check: HoldCall has no parameter Lien (did you mean Line?): "
+                                       "<Method>HoldCall</Method><Lien>4711</Lien>");
+}
+
+TEST(TrafficCheck, WrongRequest_IsAnsweredWhereOnlyEventsAreChecked)
+{
+    Ended const result =
+        run({TELEPHONE, "--check", "events", "play", "-"}, "<Method>HoldCall</Method><Lien>4711</Lien>\n");
+
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(lastLine(result.output), "answer   sfiFailure");
+}
+
+// Nothing else makes a telephone send a wrong event: a caller whose name contains an element.
+TEST(TrafficCheck, EventWithAnUnknownElement_EndsTheTelephone)
+{
+    TemporaryFolder const folder;
+    std::string const file = folder.file("telephone.toml");
+    std::ofstream(file) << "[[line]]\nid = \"4711\"\ndisplay-name = \"Ann</Name><Age>7</Age>\"\n"
+                           "[[line]]\nid = \"4712\"\n";
+
+    Ended const result = run({TELEPHONE, "--config", file, "--log-level", "0", "--check", "events", "play", "-"},
+                             "OutgoingCallMakeRequest Line=4711 CallID=1 Destination=4712\npause 20\n");
+
+    EXPECT_EQ(result.status, kContradiction);
+    EXPECT_EQ(lastLine(result.output)
+                  .rfind("telephone: check: IncomingCallEvent lacks AlertInformation_AlertURI in its "
+                         "place: <Method>IncomingCallEvent</Method><LineID>4712</LineID>",
+                         0),
+              0U)
+        << result.output;
+}
+
+TEST(TrafficCheck, UnknownChoice_IsRefused)
+{
+    Ended const result = run({TELEPHONE, "--check", "evnts", "play", "-"});
+
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.output, "--check: evnts not in {none,events,all}\nRun with --help for more information.\n");
+}
