@@ -3,9 +3,9 @@
 #include <sstream>
 
 #include "FuzzInput.h"
+#include "telephone/access/Words.h"
 #include "telephone/console/Completion.h"
 #include "telephone/console/ScriptPlayer.h"
-#include "telephone/access/Words.h"
 #include "tests/unit/console/ConsoleDoubles.h"
 
 namespace {

@@ -4,7 +4,9 @@
 #include <mutex>
 #include <utility>
 
+#include "platform/sfi/CSfi.h"
 #include "telephone/calls/CallEngine.h"
+#include "telephone/lines/Accounts.h"
 #include "telephone/lines/LineStates.h"
 #include "telephone/lines/Lines.h"
 #include "telephone/management/Settings.h"
@@ -30,6 +32,7 @@ TelephoneState StateReader::read() const
     state.time = std::chrono::system_clock::now();
     state.domain = whole_.domain;
     state.ready = whole_.isReady();
+    state.keyset = parts_.lines.isKeyset();
     state.service = nameOfValue(enumerations::kServiceState, parts_.engine.serviceState());
     state.lines = lines();
     state.calls = calls();
@@ -38,6 +41,7 @@ TelephoneState StateReader::read() const
     state.plugged = parts_.physical.plugged();
     state.muted = parts_.engine.list().microphoneMute();
     state.locked = parts_.settings.flag(SettingNames::kPhoneLocked);
+    state.barred = parts_.settings.number(SettingNames::kDialRestriction) == CSfi::kDialBarred;
     state.store = whole_.store;
     state.storeWritable = parts_.settings.isWritable();
     return state;
@@ -52,6 +56,7 @@ std::vector<LineStatus> StateReader::lines() const
     for (TelephoneLine* const line : parts_.lines.lines()) {
         LineStatus& status = lines.emplace_back(statusOf(*line));
         int const number = line->place().lineNumber;
+        status.user = userOfLine(line->configuration());
         status.registration = registrationOf(*line);
         status.primary = line->configuration().primary;
         status.doNotDisturb = parts_.policy.doNotDisturb(number);
@@ -157,8 +162,11 @@ CallStatus StateReader::statusOf(CallSnapshot const& call) const
 std::vector<PartyState> StateReader::conferenceOf(CallSnapshot const& call) const
 {
     std::vector<PartyState> others;
+    if (!call.inConference) {
+        return others;
+    }
     for (CallSnapshot const& each : parts_.engine.calls()) {
-        if (call.inConference && each.inConference && each.callID != call.callID) {
+        if (each.inConference && each.callID != call.callID) {
             others.push_back({each.remoteURI, each.remoteName});
         }
     }

@@ -265,11 +265,6 @@ void Telephone::stop()
     parts_->end();
 }
 
-TelephoneState Telephone::state() const
-{
-    return parts_->reader.read();
-}
-
 SessionServices Telephone::sessions(std::function<void()> end)
 {
     return {parts_->context, parts_->requests, *parts_->history, parts_->controls, parts_->description, std::move(end)};

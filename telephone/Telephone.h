@@ -17,7 +17,6 @@
 namespace telephone {
 
 struct Configuration;
-struct TelephoneState;
 
 class Telephone
 {
@@ -35,9 +34,6 @@ public:
     [[nodiscard]] Outcome<> activate();
     // Ends calls and registrations, then the service. End sessions before.
     void stop();
-
-    // Everything about the telephone at this moment. Any thread; takes the phone lock.
-    [[nodiscard]] TelephoneState state() const;
 
     // What sessions need; `end` is what the command quit does.
     SessionServices sessions(std::function<void()> end);

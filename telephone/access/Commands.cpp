@@ -5,6 +5,7 @@
 
 #include <spdlog/fmt/fmt.h>
 
+#include "telephone/access/RequestShorthand.h"
 #include "telephone/access/Session.h"
 #include "telephone/access/TelephoneControls.h"
 #include "telephone/base/Names.h"
@@ -182,14 +183,30 @@ std::string usageOf(Command const& command)
     return std::string(command.name).append(command.arguments.empty() ? "" : " ").append(command.arguments);
 }
 
-Outcome<std::string> runCommand(Session& session, Command const& command, Words const& words)
+Outcome<Arguments> parseArguments(Command const& command, Words const& words)
 {
-    auto const arguments = CommandSyntax(command.arguments).parse(words, wordsInName(command));
+    auto arguments = CommandSyntax(command.arguments).parse(words, wordsInName(command));
     if (!arguments) {
         return refuse(RefusalKind::kBadInput,
                       fmt::format("{}; write it as: {}", arguments.error().reason, usageOf(command)));
     }
-    return command.handler(session, *arguments);
+    return arguments;
+}
+
+Outcome<std::string> runCommand(Session& session, Command const& command, Words const& words)
+{
+    return parseArguments(command, words).and_then([&](Arguments const& arguments) {
+        return command.handler(session, arguments);
+    });
+}
+
+tl::unexpected<Refusal> unknownWord(std::string const& word)
+{
+    auto names = requestNames();
+    auto const own = commandNames();
+    names.insert(names.end(), own.begin(), own.end());
+    return refuse(RefusalKind::kNotFound,
+                  fmt::format("no request or command {}{}; help lists them", word, suggestion(word, names)));
 }
 
 std::vector<CommandDescription> commandDescriptions()

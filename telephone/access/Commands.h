@@ -35,8 +35,14 @@ std::size_t wordsInName(Command const& command);
 // "store get KEY".
 std::string usageOf(Command const& command);
 
-// Runs the command that the words begin with. Refused for wrong arguments, saying how it is written.
+// The arguments of the command that the words begin with. Refused for wrong ones, saying how it is written.
+[[nodiscard]] Outcome<Arguments> parseArguments(Command const& command, Words const& words);
+
+// Runs the command that the words begin with. Refused as parseArguments, and by the command itself.
 [[nodiscard]] Outcome<std::string> runCommand(Session& session, Command const& command, Words const& words);
+
+// The refusal of a line that begins with neither a request nor a command.
+tl::unexpected<Refusal> unknownWord(std::string const& word);
 
 // The table as the description of the protocol contains it.
 std::vector<CommandDescription> commandDescriptions();

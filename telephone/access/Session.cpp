@@ -5,13 +5,13 @@
 #include <spdlog/fmt/fmt.h>
 
 #include "telephone/access/Commands.h"
+#include "telephone/access/RequestReasons.h"
 #include "telephone/access/RequestShorthand.h"
 #include "telephone/access/TelephoneControls.h"
 #include "telephone/base/Names.h"
 #include "telephone/base/Version.h"
 #include "telephone/framework/Channel.h"
 #include "telephone/framework/Log.h"
-#include "telephone/framework/RequestRunner.h"
 #include "telephone/framework/TelephoneContext.h"
 #include "telephone/protocol/MessageText.h"
 #include "telephone/protocol/ProtocolCheck.h"
@@ -76,11 +76,7 @@ void Session::handle(Words const& words, MessageSink const& sink)
         auto const request = requestText(words);
         return request ? handleRequest(*request, sink) : sendError(sink, request.error());
     }
-    auto names = requestNames();
-    auto const commands = commandNames();
-    names.insert(names.end(), commands.begin(), commands.end());
-    sendError(sink, {RefusalKind::kNotFound, fmt::format("no request or command {}{}; help lists them", words.front(),
-                                                         suggestion(words.front(), names))});
+    sendError(sink, unknownWord(words.front()).value());
 }
 
 void Session::handleRequest(std::string_view text, MessageSink const& sink)
@@ -96,13 +92,25 @@ void Session::handleRequest(std::string_view text, MessageSink const& sink)
     if (reply.answer == "sfiFailure") {
         noteUnknown(text);
     }
-    for (Refusal const& each : reply.refusals) {
-        if (options_.reasons) {
-            sink({MessageKind::kReason, each.reason});
-        }
+    if (options_.reasons) {
+        sendReasons(text, reply, sink);
     }
     if (reply.finished) {
         sink({MessageKind::kFinished, {}});
+    }
+}
+
+void Session::sendReasons(std::string_view request, RequestRunner::Reply const& reply, MessageSink const& sink) const
+{
+    std::optional<TelephoneState> state;
+    auto const readOnce = [this, &state]() -> TelephoneState const& {
+        if (!state) {
+            state = services_.telephone.state();
+        }
+        return *state;
+    };
+    for (std::string const& reason : reasonsOf(request, reply, readOnce)) {
+        sink({MessageKind::kReason, reason});
     }
 }
 

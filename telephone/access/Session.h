@@ -18,12 +18,12 @@
 #include "telephone/access/EventSubscription.h"
 #include "telephone/access/Message.h"
 #include "telephone/access/Words.h"
+#include "telephone/framework/RequestRunner.h"
 
 namespace telephone {
 
 class Channel;
 class ProtocolDescription;
-class RequestRunner;
 class TelephoneContext;
 class TelephoneControls;
 struct Command;
@@ -79,6 +79,7 @@ public:
 
 private:
     void handleRequest(std::string_view text, MessageSink const& sink);
+    void sendReasons(std::string_view request, RequestRunner::Reply const& reply, MessageSink const& sink) const;
     // Logs a request with an unknown method, which the service answers like any failure.
     void noteUnknown(std::string_view request) const;
     void wake();

@@ -24,6 +24,13 @@ bool sameParty(std::string const& left, std::string const& right)
     return one && other && one->formatAddressOfRecord() == other->formatAddressOfRecord();
 }
 
+std::string noCallBack(int callID, std::string const& target)
+{
+    return !target.empty() ? fmt::format("no such call-back to \"{}\" is set", target)
+           : callID > 0    ? fmt::format("no such call-back is set for call {}", callID)
+                           : "no such call-back is set";
+}
+
 bool isOfType(sfiCallCompletionType type, sfiCancelCallBackType wanted)
 {
     switch (wanted) {
@@ -165,7 +172,7 @@ Outcome<> CallBacks::cancel(int callID, std::string const& target, sfiCancelCall
         return true;
     });
     if (cancelled == 0) {
-        return refuse(RefusalKind::kNotFound, fmt::format("there is no call-back for call {} \"{}\"", callID, target));
+        return refuse(RefusalKind::kNotFound, noCallBack(callID, target));
     }
     return {};
 }

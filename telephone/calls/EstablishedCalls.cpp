@@ -32,6 +32,10 @@ EstablishedCalls::EstablishedCalls(sip::EventLoop& loop, CallList& calls, LineDi
 Outcome<> EstablishedCalls::hold(int callID, sfiFeature feature)
 {
     return calls_.with(callID, [this, feature](Call& call) {
+        if (call.snapshot().held) {
+            reportRefusal(kComponent,
+                          {RefusalKind::kAlreadyExists, fmt::format("call {} is on hold already", call.id())});
+        }
         // A conference is held and retrieved as a whole.
         Call* const other = calls_.otherInConference(call);
         auto held = call.hold(feature);
@@ -86,9 +90,9 @@ void EstablishedCalls::setHeldByHand(int callID, bool byHand)
 Outcome<> EstablishedCalls::alternate(int recordLine)
 {
     std::lock_guard const guard(loop_);
-    auto const place = lines_.addressOf(recordLine, 0);
+    auto const place = lines_.placeOf(recordLine, 0);
     if (!place) {
-        return refuse(RefusalKind::kNotFound, fmt::format("there is no line {}", recordLine));
+        return tl::unexpected(place.error());
     }
     auto held = std::find_if(holdOrder_.rbegin(), holdOrder_.rend(), [this, &place](int callID) {
         Call const* const call = calls_.find(callID);

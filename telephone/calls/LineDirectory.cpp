@@ -6,6 +6,16 @@
 
 namespace telephone {
 
+// The service numbers an unknown line 0.
+Outcome<LineAddress> LineDirectory::placeOf(int recordLine, int appearance) const
+{
+    if (auto place = addressOf(recordLine, appearance)) {
+        return *std::move(place);
+    }
+    return refuse(RefusalKind::kNotFound, recordLine == 0 ? "the request names no line of this telephone"
+                                                          : fmt::format("there is no line {}", recordLine));
+}
+
 Outcome<LineAccount> LineDirectory::accountOfLine(int lineNumber) const
 {
     for (LineAccount& line : accounts()) {

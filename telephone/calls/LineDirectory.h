@@ -45,6 +45,8 @@ public:
     // Takes a place on a line for an incoming call; nothing: all appearances are in use.
     virtual std::optional<LineAddress> seizeForIncoming(int lineNumber, int callID) = 0;
 
+    // As addressOf, or why there is no such place.
+    [[nodiscard]] Outcome<LineAddress> placeOf(int recordLine, int appearance) const;
     [[nodiscard]] Outcome<LineAccount> accountOfLine(int lineNumber) const;
     // The URI to call for a number or address, dialled on that line.
     [[nodiscard]] Outcome<std::string> targetFrom(int lineNumber, std::string const& destination) const;

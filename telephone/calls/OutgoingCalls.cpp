@@ -46,9 +46,9 @@ Outcome<OutgoingCalls::Draft> OutgoingCalls::draft(int recordLine, int appearanc
     if (auto const may = mayBegin(callID); !may) {
         return tl::unexpected(may.error());
     }
-    auto const place = lines_.addressOf(recordLine, appearance);
+    auto const place = lines_.placeOf(recordLine, appearance);
     if (!place) {
-        return refuse(RefusalKind::kNotFound, fmt::format("there is no line {}", recordLine));
+        return tl::unexpected(place.error());
     }
     auto line = lines_.accountOfLine(place->lineNumber);
     if (!line) {

@@ -1,6 +1,7 @@
 #include "telephone/console/Console.h"
 
 #include <poll.h>
+#include <termios.h>
 #include <unistd.h>
 
 // readline requires FILE to be declared.
@@ -11,11 +12,11 @@
 #include <memory>
 #include <vector>
 
-#include <readline/history.h>
 #include <readline/readline.h>
 
 #include "telephone/access/Completion.h"
 #include "telephone/access/TelephoneControls.h"
+#include "telephone/console/LineHistory.h"
 #include "telephone/console/Transcript.h"
 
 namespace telephone {
@@ -24,6 +25,7 @@ namespace {
 
 constexpr char const* kPrompt = "telephone> ";
 constexpr int kForever = -1;
+constexpr int kCtrlC = 3;
 
 // readline's callbacks have no argument, so there can be only one console.
 Console* current = nullptr;
@@ -61,6 +63,27 @@ void printBesidePrompt(std::string const& line)
     rl_redisplay();
 }
 
+// While a line is typed, Ctrl-C is a key. While it runs, Ctrl-C ends the telephone.
+void prepareTerminal(int meta)
+{
+    rl_prep_terminal(meta);
+    termios terminal{};
+    if (tcgetattr(STDIN_FILENO, &terminal) == 0) {
+        terminal.c_cc[VINTR] = _POSIX_VDISABLE;
+        tcsetattr(STDIN_FILENO, TCSADRAIN, &terminal);
+    }
+}
+
+int dropLine(int /*count*/, int /*key*/)
+{
+    bool const isEmpty = rl_end == 0;
+    std::printf("^C\n%s", isEmpty ? "quit ends the telephone\n" : "");
+    rl_replace_line("", 0);
+    rl_on_new_line();
+    rl_redisplay();
+    return 0;
+}
+
 void print(std::string const& line)
 {
     std::printf("%s\n", line.c_str());
@@ -80,13 +103,13 @@ Console::~Console()
     current = nullptr;
 }
 
-void Console::run()
+bool Console::run()
 {
-    if (isatty(STDIN_FILENO) == 1 && isatty(STDOUT_FILENO) == 1) {
-        runTerminal();
-    } else {
-        runPipe();
+    if (isatty(STDIN_FILENO) != 1 || isatty(STDOUT_FILENO) != 1) {
+        return runPipe();
     }
+    runTerminal();
+    return true;
 }
 
 void Console::runTerminal()
@@ -94,6 +117,9 @@ void Console::runTerminal()
     rl_attempted_completion_function = complete;
     rl_completer_word_break_characters = " \t";
     rl_catch_signals = 0;
+    rl_prep_term_function = prepareTerminal;
+    rl_bind_key(kCtrlC, dropLine);
+    LineHistory history;
     rl_callback_handler_install(kPrompt, &Console::lineTyped);
     conversation_.transcript().writeTo(printBesidePrompt);
     while (!over_ && waitForInput()) {
@@ -111,9 +137,7 @@ void Console::lineTyped(char* line)
         current->over_ = true;
         return;
     }
-    if (*line != '\0') {
-        add_history(line);
-    }
+    LineHistory::add(line);
     // The prompt is not shown while a line runs, so its output needs no redrawing.
     current->conversation_.transcript().writeTo(print);
     current->runLine(line);
@@ -132,8 +156,9 @@ std::vector<std::string> Console::completionsOf(std::string_view line)
     return completions(line, {state, settings, conversation_.session().services().description});
 }
 
-void Console::runPipe()
+bool Console::runPipe()
 {
+    bool succeeded = true;
     std::string pending;
     conversation_.settle();
     while (!over_ && waitForInput()) {
@@ -148,11 +173,12 @@ void Console::runPipe()
         while (!over_ && (end = pending.find('\n')) != std::string::npos) {
             std::string const line = pending.substr(0, end);
             pending.erase(0, end + 1);
-            runLine(line);
+            succeeded = runLine(line) && succeeded;
             conversation_.settle();
         }
         over_ = over_ || ended;
     }
+    return succeeded;
 }
 
 bool Console::waitForInput()
@@ -174,15 +200,16 @@ bool Console::waitForInput()
     }
 }
 
-void Console::runLine(std::string const& line)
+bool Console::runLine(std::string const& line)
 {
     auto const result = conversation_.run(line);
     if (!result) {
         conversation_.transcript().error(result.error().reason);
-        return;
+        return false;
     }
     over_ = result->isOver;
     conversation_.noteRequest();
+    return true;
 }
 
 }  // namespace telephone

@@ -2,14 +2,17 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
+#include <utility>
 
 #include <spdlog/fmt/fmt.h>
 
+#include "telephone/access/Commands.h"
 #include "telephone/access/RequestShorthand.h"
 #include "telephone/access/TelephoneControls.h"
 #include "telephone/base/Names.h"
+#include "telephone/console/Placeholders.h"
 #include "telephone/console/Transcript.h"
+#include "telephone/protocol/ProtocolCheck.h"
 #include "telephone/protocol/Vocabulary.h"
 
 namespace telephone {
@@ -65,6 +68,23 @@ Outcome<TimedStep> splitTime(Words const& words)
     return secondsOf(rest[0]).map([&](double seconds) { return TimedStep{{words.begin(), found}, seconds}; });
 }
 
+double secondsSince(Conversation::Clock::time_point start)
+{
+    return std::chrono::duration<double>(Conversation::Clock::now() - start).count();
+}
+
+std::string describe(std::string const& name, int number, std::string const& line, Refusal const& refusal)
+{
+    return fmt::format("{}:{}: {}: {}", name, number, line, refusal.reason);
+}
+
+// The words of a step whose value cannot be checked before it runs.
+Words withoutPlaceholders(Words words)
+{
+    std::erase_if(words, [](std::string const& word) { return splitAssignment(word) && hasPlaceholder(word); });
+    return words;
+}
+
 // Compares the whole answer, or its beginning up to a comma or the first element.
 bool answers(std::string const& answer, std::string const& expected)
 {
@@ -84,19 +104,76 @@ ScriptPlayer::~ScriptPlayer()
     conversation_.listen(nullptr);
 }
 
-bool ScriptPlayer::play(std::istream& script, std::string const& name)
+ScriptResult ScriptPlayer::play(std::istream& script, std::string const& name)
 {
-    std::string line;
-    for (int number = 1; !quit_ && std::getline(script, line); ++number) {
-        if (auto const played = playLine(line); !played) {
-            conversation_.takeEvents();
-            conversation_.transcript().error(
-                fmt::format("{}:{}: {}: {}", name, number, trimmed(line), played.error().reason));
-            return false;
+    std::vector<Line> lines;
+    std::string text;
+    for (int number = 1; std::getline(script, text); ++number) {
+        if (std::string const line(trimmed(text)); !line.empty() && line.front() != '#') {
+            lines.push_back({number, line});
         }
     }
+    ScriptResult result{0, 0, check(lines, name)};
+    auto const start = Conversation::Clock::now();
+    for (auto line = lines.begin(); result.passed() && !quit_ && line != lines.end(); ++line) {
+        if (auto const played = playLine(line->text)) {
+            ++result.steps;
+        } else {
+            result.failures.push_back(describe(name, line->number, line->text, played.error()));
+        }
+    }
+    result.seconds = secondsSince(start);
     conversation_.takeEvents();
-    return true;
+    for (std::string const& each : result.failures) {
+        conversation_.transcript().error(each);
+    }
+    return result;
+}
+
+std::vector<std::string> ScriptPlayer::check(std::vector<Line> const& lines, std::string const& name)
+{
+    std::vector<std::string> mistakes;
+    bool isStrict = conversation_.session().options().strict;
+    for (Line const& line : lines) {
+        if (auto const checked = checkLine(line.text, isStrict); !checked) {
+            mistakes.push_back(describe(name, line.number, line.text, checked.error()));
+        }
+    }
+    return mistakes;
+}
+
+Outcome<> ScriptPlayer::checkLine(std::string const& line, bool& isStrict)
+{
+    if (isRequestText(line)) {
+        return checkRequestText(line, isStrict);
+    }
+    return splitWords(line).and_then([&](Words const& words) -> Outcome<> {
+        Step const step = findStep(words);
+        if (step != nullptr) {
+            return (this->*step)(withoutPlaceholders(words)).map([](Action const&) {});
+        }
+        return checkCommand(words, isStrict);
+    });
+}
+
+Outcome<> ScriptPlayer::checkRequestText(std::string const& request, bool isStrict) const
+{
+    bool const isChecked = isStrict && !hasPlaceholder(request);
+    return isChecked ? checkRequest(request) : Outcome<>();
+}
+
+// A line that is not a step.
+Outcome<> ScriptPlayer::checkCommand(Words const& words, bool& isStrict) const
+{
+    if (Command const* const command = findCommand(words)) {
+        return parseArguments(*command, words).map([&](Arguments const& arguments) {
+            isStrict = command->name == "strict" ? arguments[0] == "on" : isStrict;
+        });
+    }
+    if (findRequest(words.front()) == nullptr) {
+        return unknownWord(words.front());
+    }
+    return requestText(words).and_then([&](std::string const& request) { return checkRequestText(request, isStrict); });
 }
 
 Outcome<> ScriptPlayer::playLine(std::string const& line)
@@ -105,19 +182,23 @@ Outcome<> ScriptPlayer::playLine(std::string const& line)
         return stopped;
     }
     conversation_.takeEvents();
-    std::string_view const text = trimmed(line);
-    if (isRequestText(text)) {
-        return replaced(std::string(text)).and_then([this](std::string const& request) { return run(request); });
+    if (isRequestText(line)) {
+        return replaced(line).and_then([this](std::string const& request) { return run(request); });
     }
-    return splitWords(text)
+    return splitWords(line)
         .and_then([this](Words const& words) { return replaced(words); })
-        .and_then([this](Words const& words) {
-            if (words.empty()) {
-                return Outcome<>();
-            }
+        .and_then([&](Words const& words) {
             Step const step = findStep(words);
-            return step == nullptr ? run(words) : (this->*step)(words);
+            return step == nullptr ? run(words) : play(step, words, line);
         });
+}
+
+Outcome<> ScriptPlayer::play(Step step, Words const& words, std::string const& line)
+{
+    auto const start = Conversation::Clock::now();
+    return (this->*step)(words).and_then([](Action const& action) { return action(); }).map([&] {
+        conversation_.transcript().step(line, secondsSince(start));
+    });
 }
 
 ScriptPlayer::Step ScriptPlayer::findStep(Words const& words)
@@ -175,7 +256,7 @@ void ScriptPlayer::noteResult(Conversation::Result const& result)
     answer_ = result.answer;
 }
 
-Outcome<> ScriptPlayer::expect(Words const& words)
+Outcome<ScriptPlayer::Action> ScriptPlayer::expect(Words const& words)
 {
     if (words.size() > 1 && equalIgnoringCase(words[1], "lamp")) {
         return expectLamp(words);
@@ -183,10 +264,10 @@ Outcome<> ScriptPlayer::expect(Words const& words)
     if (words.size() < 3 || !equalIgnoringCase(words[1], "answer")) {
         return usage("expect answer WORD, or expect lamp KEY MODE [within SECONDS]");
     }
-    return expectAnswer(words);
+    return [this, expected = joinWords(words, 2)] { return compareAnswer(expected); };
 }
 
-Outcome<> ScriptPlayer::expectAnswer(Words const& words)
+Outcome<> ScriptPlayer::compareAnswer(std::string const& expected) const
 {
     if (!hasRequest_) {
         return failure("no request was sent before");
@@ -194,21 +275,26 @@ Outcome<> ScriptPlayer::expectAnswer(Words const& words)
     if (!answer_) {
         return failure("the request has no answer");
     }
-    if (!answers(*answer_, joinWords(words, 2))) {
-        return failure("the answer was " + *answer_);
-    }
-    return {};
+    return answers(*answer_, expected) ? Outcome<>() : failure("the answer was " + *answer_);
 }
 
-Outcome<> ScriptPlayer::expectLamp(Words const& words)
+Outcome<ScriptPlayer::Action> ScriptPlayer::expectLamp(Words const& words)
 {
-    return splitTime(words).and_then([this](TimedStep const& step) -> Outcome<> {
+    return splitTime(words).and_then([this](TimedStep const& step) -> Outcome<Action> {
         if (step.words.size() != 4) {
             return usage("expect lamp KEY off|steady|flashing|fluttering [within SECONDS]");
         }
-        return findValue(enumerations::kLampMode, step.words[3]).and_then([&](EnumerationValue const* mode) {
-            return waitForLamp(step.words[2], mode->name, after(step.seconds.value_or(kUsualSeconds)));
-        });
+        auto const mode = findValue(enumerations::kLampMode, step.words[3]);
+        if (!mode) {
+            return tl::unexpected(mode.error());
+        }
+        if (!conversation_.controls().lampMode(step.words[2])) {
+            return refuse(RefusalKind::kNotFound, "no lamp " + step.words[2]);
+        }
+        double const seconds = step.seconds.value_or(kUsualSeconds);
+        return [this, lamp = step.words[2], name = (*mode)->name, seconds] {
+            return waitForLamp(lamp, name, after(seconds));
+        };
     });
 }
 
@@ -233,11 +319,12 @@ Outcome<> ScriptPlayer::waitForLamp(std::string const& lamp, std::string_view mo
     }
 }
 
-Outcome<> ScriptPlayer::wait(Words const& words)
+Outcome<ScriptPlayer::Action> ScriptPlayer::wait(Words const& words)
 {
     return splitTime(words).and_then([this](TimedStep const& step) {
-        return EventPattern::parse(step.words, 1).and_then([&](EventPattern const& pattern) {
-            return waitForEvent(pattern, after(step.seconds.value_or(kUsualSeconds)));
+        double const seconds = step.seconds.value_or(kUsualSeconds);
+        return EventPattern::parse(step.words, 1).map([this, seconds](EventPattern const& pattern) -> Action {
+            return [this, seconds, pattern] { return waitForEvent(pattern, after(seconds)); };
         });
     });
 }
@@ -260,14 +347,15 @@ Outcome<> ScriptPlayer::waitForEvent(EventPattern const& pattern, Conversation::
     return {};
 }
 
-Outcome<> ScriptPlayer::never(Words const& words)
+Outcome<ScriptPlayer::Action> ScriptPlayer::never(Words const& words)
 {
-    return splitTime(words).and_then([this](TimedStep const& step) -> Outcome<> {
+    return splitTime(words).and_then([this](TimedStep const& step) -> Outcome<Action> {
         if (!step.seconds) {
             return usage("never EVENT within SECONDS");
         }
-        return EventPattern::parse(step.words, 1).and_then([&](EventPattern const& pattern) {
-            return waitForNone(pattern, after(*step.seconds));
+        double const seconds = *step.seconds;
+        return EventPattern::parse(step.words, 1).map([this, seconds](EventPattern const& pattern) -> Action {
+            return [this, seconds, pattern] { return waitForNone(pattern, after(seconds)); };
         });
     });
 }
@@ -284,20 +372,23 @@ Outcome<> ScriptPlayer::waitForNone(EventPattern const& pattern, Conversation::C
     return event == nullptr ? Outcome<>() : failure("it came: " + *event);
 }
 
-Outcome<> ScriptPlayer::pause(Words const& words)
+Outcome<ScriptPlayer::Action> ScriptPlayer::pause(Words const& words)
 {
     bool const isDuration = words.size() == 2 || (words.size() == 3 && isSecondsUnit(words[2]));
     if (!isDuration) {
         return usage("pause SECONDS");
     }
-    return secondsOf(words[1]).and_then([this](double seconds) {
-        auto const deadline = after(seconds);
-        auto stopped = checkStop();
-        while (stopped && (conversation_.waitForEvents(deadline) || Conversation::Clock::now() < deadline)) {
-            stopped = checkStop();
-        }
-        return stopped;
-    });
+    return secondsOf(words[1]).map(
+        [this](double seconds) -> Action { return [this, seconds] { return rest(after(seconds)); }; });
+}
+
+Outcome<> ScriptPlayer::rest(Conversation::Clock::time_point deadline)
+{
+    auto stopped = checkStop();
+    while (stopped && (conversation_.waitForEvents(deadline) || Conversation::Clock::now() < deadline)) {
+        stopped = checkStop();
+    }
+    return stopped;
 }
 
 void ScriptPlayer::remember(std::string const& event, std::string_view method)
@@ -321,24 +412,7 @@ std::optional<std::string> ScriptPlayer::rememberedValue(std::string_view tag) c
 
 Outcome<std::string> ScriptPlayer::replaced(std::string text) const
 {
-    std::size_t start = 0;
-    while ((start = text.find('{', start)) != std::string::npos) {
-        auto const end = text.find('}', start);
-        if (end == std::string::npos) {
-            return text;
-        }
-        std::string const tag = text.substr(start + 1, end - start - 1);
-        bool const isTag = !tag.empty() && std::all_of(tag.begin(), tag.end(), [](unsigned char letter) {
-            return std::isalnum(letter) != 0 || letter == '_';
-        });
-        auto const value = isTag ? rememberedValue(tag) : std::nullopt;
-        if (isTag && !value) {
-            return refuse(RefusalKind::kWrongState, "no earlier wait took an event with an element " + tag);
-        }
-        text.replace(start, end - start + 1, value ? *value : text.substr(start, end - start + 1));
-        start += value ? value->size() : 1;
-    }
-    return text;
+    return replacePlaceholders(std::move(text), [this](std::string_view tag) { return rememberedValue(tag); });
 }
 
 Outcome<Words> ScriptPlayer::replaced(Words words) const

@@ -9,19 +9,33 @@
 //     expect lamp 1 flashing within 2
 //     pause 0.5
 //
-// A step that fails ends the script. A request is sent once the telephone is at rest, a tenth of a second after the
-// last request and event: a person would be no faster.
+// The whole script is checked before its first step. A step that fails ends the script. A request is sent once the
+// telephone is at rest, a tenth of a second after the last request and event: a person would be no faster.
 #pragma once
 
+#include <functional>
 #include <istream>
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "telephone/console/Conversation.h"
 #include "telephone/console/EventJournal.h"
 
 namespace telephone {
+
+// How a script went.
+struct ScriptResult
+{
+    int steps = 0;       // that succeeded
+    double seconds = 0;  // from the first step to the last
+    // What is wrong, with the script's name and line: every mistake that the check found, or the step that failed.
+    // Empty: the script passed.
+    std::vector<std::string> failures;
+
+    [[nodiscard]] bool passed() const { return failures.empty(); }
+};
 
 class ScriptPlayer
 {
@@ -29,30 +43,44 @@ public:
     explicit ScriptPlayer(Conversation& conversation);
     ~ScriptPlayer();
 
-    // True if every step succeeded. The first failure is written to the transcript, with the script's name and the
-    // line.
-    bool play(std::istream& script, std::string const& name);
+    // Failures are written to the transcript, too.
+    ScriptResult play(std::istream& script, std::string const& name);
 
 private:
-    using Step = Outcome<> (ScriptPlayer::*)(Words const&);
+    struct Line
+    {
+        int number;
+        std::string text;
+    };
+    using Action = std::function<Outcome<>()>;
+    // Reads the words of a step. Refused if they are wrong.
+    using Step = Outcome<Action> (ScriptPlayer::*)(Words const&);
 
     static Step findStep(Words const& words);
 
+    // --- before the first step
+    std::vector<std::string> check(std::vector<Line> const& lines, std::string const& name);
+    [[nodiscard]] Outcome<> checkLine(std::string const& line, bool& isStrict);
+    [[nodiscard]] Outcome<> checkRequestText(std::string const& request, bool isStrict) const;
+    [[nodiscard]] Outcome<> checkCommand(Words const& words, bool& isStrict) const;
+
     Outcome<> playLine(std::string const& line);
+    Outcome<> play(Step step, Words const& words, std::string const& line);
     Outcome<> run(std::string const& request);
     Outcome<> run(Words const& words);
-    Outcome<> expectAnswer(Words const& words);
-    Outcome<> expectLamp(Words const& words);
-    Outcome<> expect(Words const& words);
-    Outcome<> wait(Words const& words);
-    Outcome<> never(Words const& words);
-    Outcome<> pause(Words const& words);
+    Outcome<Action> expect(Words const& words);
+    Outcome<Action> expectLamp(Words const& words);
+    Outcome<Action> wait(Words const& words);
+    Outcome<Action> never(Words const& words);
+    Outcome<Action> pause(Words const& words);
 
     Outcome<> beforeRequest();
     void noteResult(Conversation::Result const& result);
+    Outcome<> compareAnswer(std::string const& expected) const;
     Outcome<> waitForLamp(std::string const& lamp, std::string_view mode, Conversation::Clock::time_point deadline);
     Outcome<> waitForEvent(EventPattern const& pattern, Conversation::Clock::time_point deadline);
     Outcome<> waitForNone(EventPattern const& pattern, Conversation::Clock::time_point deadline);
+    Outcome<> rest(Conversation::Clock::time_point deadline);
     void remember(std::string const& event, std::string_view method);
     [[nodiscard]] Outcome<std::string> replaced(std::string text) const;
     [[nodiscard]] Outcome<Words> replaced(Words words) const;

@@ -35,6 +35,11 @@ void Transcript::mark(std::string_view mark, std::string_view text)
     writer_(fmt::format("{:<8} {}", mark, printable(text)));
 }
 
+void Transcript::step(std::string_view text, double seconds)
+{
+    mark("passed", fmt::format("{}  {:.3f} s", text, seconds));
+}
+
 void Transcript::note(std::string_view text)
 {
     while (true) {

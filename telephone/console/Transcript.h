@@ -28,6 +28,8 @@ public:
     void reason(std::string_view text) { mark("reason", text); }
     void event(std::uint64_t number, std::string_view text) { mark("event " + std::to_string(number), text); }
     void error(std::string_view text) { mark("error", text); }
+    // A step of a script that succeeded, and how long it took.
+    void step(std::string_view text, double seconds);
     // An unmarked text of the console itself; it may have several lines.
     void note(std::string_view text);
     void rows(std::vector<std::string> const& rows);

@@ -49,19 +49,17 @@ void EventDispatcher::post(Event event)
     queued_.notify_one();
 }
 
-bool EventDispatcher::subscribe(Executable* subscriber)
+Outcome<> EventDispatcher::subscribe(Executable* subscriber)
 {
     auto* events = dynamic_cast<CommunicationsServiceEventIfc*>(subscriber);
     if (events == nullptr) {
-        log(kLogWarning, "events", "subscription refused: {}",
-            subscriber == nullptr ? "no subscriber" : "the subscriber has no event interface");
-        return false;
+        return refuse(RefusalKind::kBadInput, "the subscriber has no interface for events");
     }
     std::lock_guard const lock(mutex_);
     if (!isSubscribed(subscriber)) {
         subscribers_.push_back({subscriber, events});
     }
-    return true;
+    return {};
 }
 
 void EventDispatcher::unsubscribe(Executable* subscriber)

@@ -19,6 +19,8 @@
 #include <thread>
 #include <vector>
 
+#include "telephone/base/Refusal.h"
+
 class CommunicationsServiceEventIfc;
 class Executable;
 
@@ -38,9 +40,9 @@ public:
     // Queues an event. Any thread, with any lock held; never waits for a subscriber. Does nothing after stop.
     void post(Event event);
 
-    // Adds a subscriber to all events posted from now on. False if the executable is null or has no event interface. A
-    // second subscription succeeds and changes nothing.
-    bool subscribe(Executable* subscriber);
+    // Adds a subscriber to all events posted from now on. Refused if the executable is null or has no event interface.
+    // A second subscription succeeds and changes nothing.
+    [[nodiscard]] Outcome<> subscribe(Executable* subscriber);
     // Removes a subscriber. It is not called after the return: unsubscribe waits for a delivery in progress, unless the
     // delivery itself makes this call.
     void unsubscribe(Executable* subscriber);

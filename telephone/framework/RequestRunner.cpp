@@ -4,10 +4,11 @@
 #include <limits>
 #include <utility>
 
+#include <spdlog/fmt/fmt.h>
+
 #include "platform/framework/Invoker.h"
 #include "platform/framework/InvokerResponse.h"
 #include "telephone/framework/Channel.h"
-#include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
 
 namespace telephone {
@@ -55,21 +56,22 @@ void RequestRunner::watch(Watcher watcher)
 
 RequestRunner::Reply RequestRunner::run(Channel const& channel, std::string_view request)
 {
-    if (request.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
-        log(kLogFailure, "requests", "a request of {} bytes is refused", request.size());
-        return {kFailure, true, {}};
-    }
     if (watcher_) {
         watcher_(request);
     }
     Reply reply;
     RefusalCollector refusals;
+    if (request.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
+        reportRefusal("requests", {RefusalKind::kLimit, fmt::format("a request of {} bytes is too long: {} are allowed",
+                                                                    request.size(), std::numeric_limits<int>::max())});
+        return {kFailure, true, refusals.take()};
+    }
     Response response(channel.name(), reply);
     try {
         invoker_.handleMessage(&service_, request.data(), static_cast<int>(request.size()), &response);
     } catch (std::exception const& error) {
-        log(kLogFailure, "requests", "a request failed: {}", error.what());
-        return {kFailure, true, {}};
+        reportRefusal("requests", {RefusalKind::kUnavailable, fmt::format("the request failed: {}", error.what())});
+        return {kFailure, true, refusals.take()};
     }
     reply.refusals = refusals.take();
     return reply;

@@ -36,7 +36,7 @@ public:
     void watch(Watcher watcher);
 
     // Runs a request on behalf of a channel and returns when it is done. A NUL must follow its text. Never throws: if
-    // the request cannot be run, the answer is "sfiFailure" and the log says why.
+    // the request cannot be run, the answer is "sfiFailure" and a refusal says why.
     Reply run(Channel const& channel, std::string_view request);
 
 private:

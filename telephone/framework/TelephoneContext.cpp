@@ -2,10 +2,12 @@
 
 #include <utility>
 
+#include <spdlog/fmt/fmt.h>
+
 #include "platform/framework/Proxy.h"
 #include "telephone/framework/Channel.h"
 #include "telephone/framework/EventDispatcher.h"
-#include "telephone/framework/Log.h"
+#include "telephone/framework/Refusals.h"
 
 namespace telephone {
 
@@ -78,7 +80,8 @@ Proxy* TelephoneContext::findProxy(std::string const& interfaceName, std::string
     std::lock_guard const lock(mutex_);
     auto const found = channels_.find(channelName);
     if (interfaceName != kEventInterface || found == channels_.end() || !makeProxy_) {
-        log(kLogWarning, "framework", "no proxy for {} on channel \"{}\"", interfaceName, channelName);
+        reportRefusal("framework", {RefusalKind::kNotFound,
+                                    fmt::format("channel \"{}\" has no proxy for {}", channelName, interfaceName)});
         return nullptr;
     }
     auto& [channel, proxy] = found->second;

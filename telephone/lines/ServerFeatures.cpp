@@ -61,7 +61,9 @@ Outcome<> ServerFeatures::setDoNotDisturb(bool on)
 Outcome<> ServerFeatures::setForwarding(sfiForwardingType type, Line::singleCFSetting const& rule)
 {
     if (type < sfiForwardUnconditional || type > sfiForwardAlternative) {
-        return refuse(RefusalKind::kBadInput, fmt::format("there is no forwarding type {}", static_cast<int>(type)));
+        return refuse(RefusalKind::kBadInput,
+                      fmt::format("there is no forwarding type {} ({} to {})", static_cast<int>(type),
+                                  static_cast<int>(sfiForwardUnconditional), static_cast<int>(sfiForwardAlternative)));
     }
     return settings_.set(prefix_ + kForwarding + std::to_string(type), textOf(rule));
 }

@@ -138,7 +138,9 @@ bool PhysicalInterface::subscribeFunctionalEvents(functionalEventObserver* obser
 void PhysicalInterface::setLamp(int lamp, int mode, int colour, int /*option*/)
 {
     if (mode < PhysDefs::lampOff || mode > PhysDefs::lampFluttering) {
-        reportRefusal(kComponent, {RefusalKind::kBadInput, fmt::format("lamp {} has no mode {}", lamp, mode)});
+        reportRefusal(kComponent, {RefusalKind::kBadInput, fmt::format("there is no lamp mode {} ({} to {})", mode,
+                                                                       static_cast<int>(PhysDefs::lampOff),
+                                                                       static_cast<int>(PhysDefs::lampFluttering))});
         return;
     }
     bool const isColour = colour >= PhysDefs::lampNoColour && colour <= PhysDefs::lampAmber;

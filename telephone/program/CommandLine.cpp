@@ -54,6 +54,7 @@ void addCommands(CLI::App& app, CommandLine& line)
     add(app, line, Action::kTour, "tour", "Demonstration of the telephone, then the console on a terminal");
     CLI::App* const play = add(app, line, Action::kPlay, "play", "Telephone that plays a script and ends");
     play->add_option("FILE", line.script, "Script; - is standard input")->required();
+    play->add_option("--junit", line.junit, "File for the result, as JUnit XML");
     add(app, line, Action::kServe, "serve", "Telephone for applications only, until a signal ends it");
     CLI::App* const exchange = add(app, line, Action::kExchange, "exchange", "The exchange without a telephone");
     exchange->add_option("--port", line.port, "Its port; 0: any free one")->check(CLI::Range(0, 65535));

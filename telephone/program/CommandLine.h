@@ -34,6 +34,7 @@ struct CommandLine
     CheckedTraffic checked = CheckedTraffic::kNone;
     int port = 0;                    // of the exchange without a telephone; 0: the configured one
     std::string script;              // to play; "-": standard input
+    std::string junit;               // file for the result of a script; empty: none
     std::vector<std::string> words;  // of a request or a store command, or the name to describe
     bool json = false;               // describe as JSON
 

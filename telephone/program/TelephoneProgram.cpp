@@ -5,6 +5,7 @@
 #include <optional>
 #include <sstream>
 
+#include <spdlog/fmt/fmt.h>
 #include <unistd.h>
 
 #include "Tour.h"
@@ -14,6 +15,7 @@
 #include "telephone/console/Console.h"
 #include "telephone/console/Conversation.h"
 #include "telephone/console/ScriptPlayer.h"
+#include "telephone/console/ScriptReport.h"
 #include "telephone/console/Transcript.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/ServiceLibrary.h"
@@ -49,36 +51,49 @@ Outcome<Server> openSocket(CommandLine const& line, Configuration const& configu
     return server;
 }
 
-bool play(Conversation& conversation, CommandLine const& line)
+Outcome<bool> play(Conversation& conversation, CommandLine const& line)
 {
-    ScriptPlayer player(conversation);
-    if (line.action == Action::kTour) {
-        std::istringstream tour(kTourScript);
-        return player.play(tour, "tour");
+    std::string const name = line.script == "-" ? "standard input" : line.script;
+    std::ifstream file;
+    if (line.script != "-") {
+        file.open(line.script);
     }
-    if (line.script == "-") {
-        return player.play(std::cin, "standard input");
+    if (!file) {
+        return refuse(RefusalKind::kNotFound, line.script + ": cannot be read");
     }
-    std::ifstream script(line.script);
-    if (!script) {
-        conversation.transcript().error(line.script + ": cannot be read");
-        return false;
+    ScriptResult const result = ScriptPlayer(conversation).play(line.script == "-" ? std::cin : file, name);
+    if (result.passed()) {
+        conversation.transcript().note(fmt::format("passed: {} steps in {:.1f} s", result.steps, result.seconds));
     }
-    return player.play(script, line.script);
+    return (line.junit.empty() ? Outcome<>() : writeJUnit(result, name, line.junit)).map([&result] {
+        return result.passed();
+    });
 }
 
-bool talk(Conversation& conversation, CommandLine const& line)
+// True if nothing was refused.
+bool openConsole(Conversation& conversation)
 {
-    bool const onTerminal = isatty(STDIN_FILENO) == 1;
-    bool const succeeded = line.action == Action::kConsole || play(conversation, line);
-    bool const staysOpen = line.action == Action::kTour && onTerminal && !conversation.isStopped();
-    if (line.action == Action::kConsole || staysOpen) {
-        if (onTerminal) {
-            conversation.transcript().note("help lists the commands; Tab completes; quit ends");
-        }
-        Console(conversation).run();
+    if (isatty(STDIN_FILENO) == 1) {
+        conversation.transcript().note("help lists the commands; Tab completes; quit ends");
     }
-    return succeeded;
+    return Console(conversation).run();
+}
+
+bool tour(Conversation& conversation)
+{
+    std::istringstream script(kTourScript);
+    bool const passed = ScriptPlayer(conversation).play(script, "tour").passed();
+    bool const staysOpen = isatty(STDIN_FILENO) == 1 && !conversation.isStopped();
+    return passed && (!staysOpen || openConsole(conversation));
+}
+
+// True if everything succeeded.
+Outcome<bool> talk(Conversation& conversation, CommandLine const& line)
+{
+    if (line.action == Action::kPlay) {
+        return play(conversation, line);
+    }
+    return line.action == Action::kTour ? tour(conversation) : openConsole(conversation);
 }
 
 void printLine(std::string const& text)
@@ -110,7 +125,9 @@ Outcome<int> converse(CommandLine const& line, Configuration const& configuratio
     if (!server) {
         return tl::unexpected(server.error());
     }
-    return telephone.activate().map([&] { return talk(conversation, line) ? 0 : 1; });
+    return telephone.activate().and_then([&] { return talk(conversation, line); }).map([](bool succeeded) {
+        return succeeded ? 0 : 1;
+    });
 }
 
 }  // namespace

@@ -35,18 +35,21 @@ RequestParameter const* findParameter(RequestDescription const& request, std::st
 
 Outcome<> checkNumber(RequestParameter const& parameter, std::string_view value)
 {
-    std::string const what = std::string(parameter.tag) + " " + quoted(value);
-    auto const number = wholeNumber(value);
-    if (!number) {
-        return bad(what + " is not a number");
-    }
-    bool const isInRange = *number >= -RequestRange::kNoLimit && *number <= RequestRange::kNoLimit &&
-                           parameter.range.holds(static_cast<int>(*number));
+    return wholeNumber(value) ? Outcome<>()
+                              : bad(std::string(parameter.tag) + " " + quoted(value) + " is not a number");
+}
+
+Outcome<> checkRange(RequestParameter const& parameter, std::string_view value)
+{
+    auto const number = parameter.kind == RequestParameterKind::integer ? wholeNumber(value) : std::nullopt;
+    bool const isInRange = !number || (*number >= -RequestRange::kNoLimit && *number <= RequestRange::kNoLimit &&
+                                       parameter.range.holds(static_cast<int>(*number)));
     if (isInRange) {
         return {};
     }
     std::string const range = rangeText(parameter.range);
-    return bad(what + " is out of range" + (range.empty() ? "" : " (" + range + ")"));
+    return bad(std::string(parameter.tag) + " " + quoted(value) + " is out of range" +
+               (range.empty() ? "" : " (" + range + ")"));
 }
 
 Outcome<> checkWord(RequestParameter const& parameter, std::string_view value)
@@ -77,32 +80,53 @@ Outcome<> checkValue(RequestParameter const& parameter, std::string_view value)
     return {};
 }
 
-Outcome<> checkParameter(RequestDescription const& request, TextElement const& element,
-                         std::vector<std::string_view>& present)
+// What is in a request, read as far as it is well formed.
+struct RequestReading
 {
+    RequestDescription const* request;
+    std::vector<TextElement> elements;  // each a parameter of the request
+    bool hasBody = false;
+
+    bool has(std::string_view tag) const
+    {
+        return std::any_of(elements.begin(), elements.end(), [tag](auto const& each) { return each.name == tag; });
+    }
+};
+
+Outcome<> checkElement(RequestReading const& reading, TextElement const& element)
+{
+    RequestDescription const& request = *reading.request;
     std::string const what = std::string(request.name) + " has ";
     RequestParameter const* const parameter = findParameter(request, element.name);
     if (parameter == nullptr || parameter->kind == RequestParameterKind::body) {
         return bad(what + "no parameter " + std::string(element.name) +
                    suggestion(element.name, namesOf(request.parameters, &RequestParameter::tag)));
     }
-    if (std::find(present.begin(), present.end(), element.name) != present.end()) {
+    if (reading.has(element.name)) {
         return bad(what + "the parameter " + std::string(element.name) + " twice; the first one counts");
     }
-    present.push_back(element.name);
     return checkValue(*parameter, element.value);
 }
 
-// The parameters that a request must have and does not.
-Outcome<> checkPresence(RequestDescription const& request, std::vector<std::string_view> const& present, bool hasBody)
+Outcome<> checkRanges(RequestReading const& reading)
 {
-    for (auto const& parameter : request.parameters) {
-        bool const isThere = parameter.kind == RequestParameterKind::body
-                                 ? hasBody
-                                 : std::find(present.begin(), present.end(), parameter.tag) != present.end();
+    for (auto const& element : reading.elements) {
+        if (auto checked = checkRange(*findParameter(*reading.request, element.name), element.value); !checked) {
+            return checked;
+        }
+    }
+    return {};
+}
+
+// The parameters that a request must have and does not.
+Outcome<> checkPresence(RequestReading const& reading)
+{
+    for (auto const& parameter : reading.request->parameters) {
+        bool const isThere =
+            parameter.kind == RequestParameterKind::body ? reading.hasBody : reading.has(parameter.tag);
         if (parameter.need == RequestNeed::required && !isThere) {
-            return bad(std::string(request.name) + " lacks " + std::string(parameter.tag) + ", which is read as " +
-                       std::string(missingValue(parameter.kind)));
+            return bad(std::string(reading.request->name) + " lacks " + std::string(parameter.tag) +
+                       ", which is read as " + std::string(missingValue(parameter.kind)));
         }
     }
     return {};
@@ -121,9 +145,45 @@ Outcome<RequestDescription const*> findMethod(std::string_view& text)
                suggestion(method->value, namesOf(kRequestDescriptions, &RequestDescription::name)));
 }
 
+bool takesBody(RequestDescription const& request)
+{
+    return std::any_of(request.parameters.begin(), request.parameters.end(),
+                       [](auto const& parameter) { return parameter.kind == RequestParameterKind::body; });
+}
+
+Outcome<RequestReading> readRequest(std::string_view text)
+{
+    auto const request = findMethod(text);
+    if (!request) {
+        return tl::make_unexpected(request.error());
+    }
+    RequestReading reading{*request, {}};
+    while (!text.empty()) {
+        if (takesBody(**request) && reading.has("Line")) {
+            reading.hasBody = true;
+            return reading;
+        }
+        auto const element = takeElement(text);
+        if (!element) {
+            return bad(quoted(text.substr(0, 40)) + " is not an element with a closing tag");
+        }
+        if (auto const checked = checkElement(reading, *element); !checked) {
+            return tl::make_unexpected(checked.error());
+        }
+        reading.elements.push_back(*element);
+    }
+    return reading;
+}
+
+// A notice of the signalling component is not a request.
+bool isNotice(std::string_view text)
+{
+    return text.substr(0, 8) == "SigEvent";
+}
+
 // --- events
 
-Outcome<> checkElement(EventElement const& element, std::string_view value)
+Outcome<> checkEventElement(EventElement const& element, std::string_view value)
 {
     bool const isNumber = element.kind == EventElementKind::integer || element.kind == EventElementKind::count;
     if (isNumber && !wholeNumber(value)) {
@@ -143,31 +203,20 @@ Outcome<> checkElement(EventElement const& element, std::string_view value)
 
 Outcome<> checkRequest(std::string_view text)
 {
-    if (text.substr(0, 8) == "SigEvent") {
+    if (isNotice(text)) {
         return {};
     }
-    auto const request = findMethod(text);
-    if (!request) {
-        return tl::make_unexpected(request.error());
+    auto const reading = readRequest(text);
+    if (!reading) {
+        return tl::make_unexpected(reading.error());
     }
-    auto const& parameters = (*request)->parameters;
-    bool const takesBody = std::any_of(parameters.begin(), parameters.end(), [](auto const& parameter) {
-        return parameter.kind == RequestParameterKind::body;
-    });
-    std::vector<std::string_view> present;
-    while (!text.empty()) {
-        if (takesBody && std::find(present.begin(), present.end(), "Line") != present.end()) {
-            return checkPresence(**request, present, true);
-        }
-        auto const element = takeElement(text);
-        if (!element) {
-            return bad(quoted(text.substr(0, 40)) + " is not an element with a closing tag");
-        }
-        if (auto const checked = checkParameter(**request, *element, present); !checked) {
-            return checked;
-        }
-    }
-    return checkPresence(**request, present, false);
+    auto const inRange = checkRanges(*reading);
+    return inRange ? checkPresence(*reading) : inRange;
+}
+
+Outcome<> checkForm(std::string_view text)
+{
+    return isNotice(text) ? Outcome<>() : readRequest(text).map([](RequestReading const&) {});
 }
 
 Outcome<> checkEvent(std::string_view text)
@@ -186,7 +235,7 @@ Outcome<> checkEvent(std::string_view text)
         if (!element || element->name != expected.tag) {
             return bad(std::string(event->method) + " lacks " + std::string(expected.tag) + " in its place");
         }
-        if (auto const checked = checkElement(expected, element->value); !checked) {
+        if (auto const checked = checkEventElement(expected, element->value); !checked) {
             return checked;
         }
     }

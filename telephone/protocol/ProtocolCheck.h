@@ -14,6 +14,10 @@ namespace telephone {
 // ("SigEvent...") is not a request and passes.
 [[nodiscard]] Outcome<> checkRequest(std::string_view text);
 
+// The part of checkRequest that matters to a request which has succeeded all the same: that the service could use what
+// is in it. Parameters may be missing, and numbers out of their range.
+[[nodiscard]] Outcome<> checkForm(std::string_view text);
+
 // An event as the service sends it: its method exists, all its elements are there in their order and nothing else,
 // numbers are numbers, and values have a name.
 [[nodiscard]] Outcome<> checkEvent(std::string_view text);

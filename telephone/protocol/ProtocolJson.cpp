@@ -7,7 +7,6 @@ namespace telephone {
 
 namespace {
 
-
 // Absent where there is nothing to say, so that a reader sees what is there.
 void addText(Json& object, char const* key, std::string_view text)
 {

@@ -60,6 +60,7 @@ struct MessageCountState
 struct LineStatus
 {
     std::string id;
+    std::string user;          // of its SIP address, by which requests may name the line too
     int number = 0;            // of the line, or the virtual number of an appearance
     std::string registration;  // "registered", "not registered", "peer to peer"
     std::string state;         // a word: "idle", "ringing", "held", ...
@@ -95,6 +96,7 @@ struct TelephoneState
     std::string start;        // id of this start of the telephone
     std::uint64_t event = 0;  // every event up to this one is contained
     std::chrono::system_clock::time_point time;
+    bool keyset = true;   // false: a telephone of one line, which requests need not name
     std::string domain;   // of the telephone's own numbers, "127.0.0.1:5060"
     bool ready = false;   // activated, and the first registrations have been waited for
     std::string service;  // a word of ServiceState
@@ -105,6 +107,7 @@ struct TelephoneState
     std::vector<std::string> plugged;  // of "headset", "handset", "line"
     bool muted = false;
     bool locked = false;
+    bool barred = false;        // outgoing calls are: the setting dial-restriction-mode is 4
     std::string store;          // file of the settings; empty: in memory
     bool storeWritable = true;  // false: the last write failed
 };

@@ -63,9 +63,7 @@ void Sfi::Start()
 
 sfiResult Sfi::Subscribe(Executable* subscriber)
 {
-    return resultOf(events_.subscribe(subscriber)
-                        ? Outcome<>()
-                        : refuse(RefusalKind::kBadInput, "the subscriber is not a receiver of events"));
+    return resultOf(events_.subscribe(subscriber));
 }
 
 // --- calls
@@ -112,12 +110,12 @@ sfiResult Sfi::CallRefuse(sfiCallInfo* call, sfiRefuseCall reason)
 sfiResult Sfi::CallFeature(sfiCallInfo* call, sfiFeature feature, char const* destination, int)
 {
     std::lock_guard const guard(engine_);
-    int const holdAsked = std::exchange(holdAsked_, 0);
+    auto const holdAsked = std::exchange(holdAsked_, std::nullopt);
     if (destination == nullptr) {
         return otherCallFeature(*call, feature);
     }
     // A hold is recognised by its announcement, whatever feature the application names.
-    if (*destination == '\0' && holdAsked == call->callID && holdAsked != 0) {
+    if (*destination == '\0' && holdAsked == call->callID) {
         return resultOf(engine_.established().hold(call->callID, feature < 0 ? sfiFeatureHold : feature));
     }
     if (feature == sfiFeatureDeflect) {

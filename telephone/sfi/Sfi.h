@@ -6,6 +6,7 @@
 #pragma once
 
 #include <atomic>
+#include <optional>
 #include <string>
 
 #include "platform/sfi/CSfi.h"
@@ -115,7 +116,7 @@ private:
     SfiMCAMapper* appearances_;
     std::atomic<AuditoryDeviceIfc*> auditoryDevice_{nullptr};
     std::atomic<bool> ended_{false};
-    int holdAsked_ = 0;  // the call whose hold was announced last; under the phone lock
+    std::optional<int> holdAsked_;  // the call whose hold was announced last; under the phone lock
     OnlyObject<Sfi> const only_{*this, "call control"};
 };
 

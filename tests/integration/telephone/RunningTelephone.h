@@ -49,6 +49,7 @@ public:
     {
         EXPECT_TRUE(client_.send(text));
         std::optional<std::string> answer;
+        reasons_.clear();
         while (auto const message = client_.receive().value()) {
             if (message->kind == telephone::MessageKind::kFinished) {
                 return answer;
@@ -56,12 +57,34 @@ public:
             if (message->kind == telephone::MessageKind::kAnswer) {
                 answer = message->text;
             }
+            if (message->kind == telephone::MessageKind::kReason) {
+                reasons_.push_back(message->text);
+            }
             if (message->kind == telephone::MessageKind::kEvent) {
                 events_.push_back(message->text);
             }
         }
         ADD_FAILURE() << "the telephone has gone";
         return std::nullopt;
+    }
+
+    // Of the latest request, if they were switched on.
+    std::vector<std::string> const& reasons() const { return reasons_; }
+
+    // The result of a command of the telephone.
+    std::string command(std::string const& text)
+    {
+        EXPECT_TRUE(client_.send(text));
+        while (auto const message = client_.receive().value()) {
+            if (message->kind == telephone::MessageKind::kEvent) {
+                events_.push_back(message->text);
+                continue;
+            }
+            EXPECT_EQ(message->kind, telephone::MessageKind::kResult) << message->text;
+            return message->text;
+        }
+        ADD_FAILURE() << "the telephone has gone";
+        return {};
     }
 
     // The next event that contains the text; earlier ones are skipped.
@@ -87,6 +110,7 @@ public:
 
 private:
     telephone::ApplicationClient client_;
+    std::vector<std::string> reasons_;
     std::vector<std::string> events_;
     std::size_t taken_ = 0;
 };

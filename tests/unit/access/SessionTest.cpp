@@ -81,15 +81,17 @@ TEST_F(SessionTest, RequestWithoutAnswer_IsOnlyFinished)
 TEST_F(SessionTest, Reasons_FollowTheAnswerWhenTheyAreOn)
 {
     telephone_.invoker.answer = [](std::string const&) {
-        reportRefusal("test", {RefusalKind::kNotFound, "line 4711 has no call 7"});
+        reportRefusal("test", {RefusalKind::kNotFound, "there is no call 7"});
         return "sfiFailure";
     };
     std::string const request = "<Method>HoldCall</Method><Line>4711</Line><CallID>7</CallID>";
     EXPECT_EQ(replies(request), "request " + request + "\nanswer sfiFailure\nfinished \n");
 
     EXPECT_EQ(replies("reasons on"), "result \n");
-    EXPECT_EQ(replies(request),
-              "request " + request + "\nanswer sfiFailure\nreason line 4711 has no call 7\nfinished \n");
+    telephone_.controls.present.lines.emplace_back().id = "4711";
+    EXPECT_EQ(replies(request), "request " + request +
+                                    "\nanswer sfiFailure\nreason line 4711 has no call 7; the telephone has no "
+                                    "calls\nfinished \n");
 }
 
 TEST_F(SessionTest, StrictSession_RefusesBeforeTheService)
@@ -194,7 +196,7 @@ TEST_F(SessionTest, EventsOfAnotherStart_BeginWithAGap)
 
     (void)replies("events after 1 of elsewhere");
 
-    EXPECT_EQ(events().substr(0, 37), "gap {\"first\":1,\"last\":1}\nstate 1 {\"s");
+    EXPECT_EQ(events().substr(0, 36), "gap {\"first\":1,\"last\":1}\nstate 1 {\"s");
 }
 
 TEST_F(SessionTest, WrongSelection_IsRefused)

@@ -25,9 +25,10 @@ protected:
 
 TEST_F(Refusal, UnknownLine)
 {
-    EXPECT_FALSE(engine().outgoing().make(0, 0, 1, bob_.uri()));
-    EXPECT_FALSE(engine().outgoing().make(9, 0, 1, bob_.uri()));
-    EXPECT_FALSE(engine().established().alternate(0));
+    EXPECT_EQ(engine().outgoing().make(0, 0, 1, bob_.uri()).error().reason,
+              "the request names no line of this telephone");
+    EXPECT_EQ(engine().outgoing().make(9, 0, 1, bob_.uri()).error().reason, "there is no line 9");
+    EXPECT_EQ(engine().established().alternate(0).error().reason, "the request names no line of this telephone");
 }
 
 TEST_F(Refusal, CallIdInUse)
@@ -65,6 +66,16 @@ TEST_F(Refusal, CallThatDoesNotExist)
     EXPECT_FALSE(engine().joined().conference(7));
     EXPECT_FALSE(engine().established().sendDigits(7, "1"));
     EXPECT_FALSE(engine().established().changeSecurity(7, false));
+}
+
+TEST_F(Refusal, CallBackThatIsNotSet)
+{
+    auto const cancel = [this](int callID, std::string const& target) {
+        return engine().callBacks().cancel(callID, target, sfiCancelCallBackAll, true).error().reason;
+    };
+    EXPECT_EQ(cancel(7, "100"), "no such call-back to \"100\" is set");
+    EXPECT_EQ(cancel(7, ""), "no such call-back is set for call 7");
+    EXPECT_EQ(cancel(-1, ""), "no such call-back is set");
 }
 
 TEST_F(Refusal, CallThatIsNotConnected)

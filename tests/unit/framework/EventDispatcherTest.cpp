@@ -70,8 +70,8 @@ TEST(EventDispatcher, Subscribe_WithoutEventInterface_IsRefused)
     EventDispatcher dispatcher;
     ExecutableDouble notASubscriber;
 
-    EXPECT_FALSE(dispatcher.subscribe(&notASubscriber));
-    EXPECT_FALSE(dispatcher.subscribe(nullptr));
+    EXPECT_EQ(dispatcher.subscribe(&notASubscriber).error().reason, "the subscriber has no interface for events");
+    EXPECT_EQ(dispatcher.subscribe(nullptr).error().reason, "the subscriber has no interface for events");
 }
 
 TEST(EventDispatcher, Unsubscribe_WhileDelivering_WaitsForTheDelivery)
@@ -86,7 +86,7 @@ TEST(EventDispatcher, Unsubscribe_WhileDelivering_WaitsForTheDelivery)
         leave.get_future().wait();
         left = true;
     };
-    dispatcher.subscribe(&subscriber);
+    ASSERT_TRUE(dispatcher.subscribe(&subscriber));
     postHeld(dispatcher, 1);
     entered.get_future().wait();
 
@@ -107,7 +107,7 @@ TEST(EventDispatcher, Unsubscribe_FromWithinItsEvent_DoesNotWaitForItself)
     EventDispatcher dispatcher;
     Subscriber subscriber;
     subscriber.onHeld = [&](int) { dispatcher.unsubscribe(&subscriber); };
-    dispatcher.subscribe(&subscriber);
+    ASSERT_TRUE(dispatcher.subscribe(&subscriber));
 
     postHeld(dispatcher, 1);
     postHeld(dispatcher, 2);
@@ -128,7 +128,7 @@ TEST(EventDispatcher, Post_FromWithinAnEvent_IsDeliveredAfterIt)
             second.set_value();
         }
     };
-    dispatcher.subscribe(&subscriber);
+    ASSERT_TRUE(dispatcher.subscribe(&subscriber));
 
     postHeld(dispatcher, 1);
     second.get_future().wait();
@@ -143,8 +143,8 @@ TEST(EventDispatcher, Subscriber_ThatThrows_DoesNotStopTheOthers)
     Subscriber failing;
     Subscriber other;
     failing.onHeld = [](int) { throw std::runtime_error("a failing subscriber"); };
-    dispatcher.subscribe(&failing);
-    dispatcher.subscribe(&other);
+    ASSERT_TRUE(dispatcher.subscribe(&failing));
+    ASSERT_TRUE(dispatcher.subscribe(&other));
 
     postHeld(dispatcher, 1);
     dispatcher.stop();
@@ -158,7 +158,7 @@ TEST(EventDispatcher, Post_FromManyThreads_KeepsEachThreadsOrder)
     constexpr int kEvents = 500;
     EventDispatcher dispatcher;
     Subscriber subscriber;
-    dispatcher.subscribe(&subscriber);
+    ASSERT_TRUE(dispatcher.subscribe(&subscriber));
 
     std::vector<std::thread> threads;
     for (int thread = 0; thread < kThreads; ++thread) {
@@ -186,7 +186,7 @@ TEST(EventDispatcher, Post_AfterStop_DoesNothing)
 {
     EventDispatcher dispatcher;
     Subscriber subscriber;
-    dispatcher.subscribe(&subscriber);
+    ASSERT_TRUE(dispatcher.subscribe(&subscriber));
     dispatcher.stop();
 
     postHeld(dispatcher, 1);

@@ -95,6 +95,7 @@ TEST_F(RequestRunnerTest, Run_OfAnInvokerThatThrows_IsAnsweredWithFailure)
 
     EXPECT_EQ(outcome.answer, "sfiFailure");
     EXPECT_TRUE(outcome.finished);
+    EXPECT_EQ(outcome.refusals, (std::vector<Refusal>{{RefusalKind::kUnavailable, "the request failed: a null text"}}));
 }
 
 TEST_F(RequestRunnerTest, Run_CollectsTheRefusalsOfTheRequest)

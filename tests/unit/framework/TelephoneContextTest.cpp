@@ -5,6 +5,7 @@
 #include "FrameworkDoubles.h"
 #include "telephone/framework/Channel.h"
 #include "telephone/framework/EventDispatcher.h"
+#include "telephone/framework/Refusals.h"
 
 using namespace telephone;
 
@@ -71,10 +72,21 @@ TEST_F(TelephoneContextTest, OpenChannel_OfATakenName_IsRefused)
     EXPECT_EQ(context_.openChannel("console", 10, {}), nullptr);
 }
 
+TEST_F(TelephoneContextTest, ProxyOfAnUnknownChannel_IsRefused)
+{
+    RefusalCollector refusals;
+
+    EXPECT_EQ(context_.findProxy(kInterface, "nobody"), nullptr);
+
+    EXPECT_EQ(refusals.take(),
+              (std::vector<Refusal>{
+                  {RefusalKind::kNotFound, "channel \"nobody\" has no proxy for CommunicationsServiceEventIfc"}}));
+}
+
 TEST_F(TelephoneContextTest, Event_ReachesTheChannelThroughItsProxy)
 {
     auto const channel = context_.openChannel("console", 10, {});
-    dispatcher_.subscribe(context_.findProxy(kInterface, "console"));
+    ASSERT_TRUE(dispatcher_.subscribe(context_.findProxy(kInterface, "console")));
 
     dispatcher_.post([](CommunicationsServiceEventIfc& events) { events.callHeld("4711", 1); });
     dispatcher_.stop();
@@ -87,7 +99,7 @@ TEST_F(TelephoneContextTest, Event_ReachesTheChannelThroughItsProxy)
 TEST_F(TelephoneContextTest, CloseChannel_EndsItsSubscription)
 {
     auto const channel = context_.openChannel("console", 10, {});
-    dispatcher_.subscribe(context_.findProxy(kInterface, "console"));
+    ASSERT_TRUE(dispatcher_.subscribe(context_.findProxy(kInterface, "console")));
 
     context_.closeChannel(channel);
     dispatcher_.post([](CommunicationsServiceEventIfc& events) { events.callHeld("4711", 1); });

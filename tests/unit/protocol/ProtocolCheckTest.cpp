@@ -94,6 +94,16 @@ TEST(ProtocolCheck, Body_MayBeAnything)
     EXPECT_EQ(request("<Method>SendCSTARequest</Method><Line>4711</Line>no <XML at all"), "fine");
 }
 
+TEST(ProtocolCheck, Form_OfARequest_LetsParametersBeMissingOrOutOfRange)
+{
+    EXPECT_EQ(reasonOf(checkForm("<Method>HoldCall</Method>")), "fine");
+    EXPECT_EQ(reasonOf(checkForm("<Method>HoldCall</Method><HoldCallReason>99</HoldCallReason>")), "fine");
+    EXPECT_EQ(reasonOf(checkForm("SigEvent:anything")), "fine");
+    EXPECT_EQ(reasonOf(checkForm("<Method>HoldCall</Method><CallID>one</CallID>")), "CallID \"one\" is not a number");
+    EXPECT_EQ(reasonOf(checkForm("<Method>HoldCall</Method><CallId>1</CallId>")),
+              "HoldCall has no parameter CallId (did you mean CallID?)");
+}
+
 TEST(ProtocolCheck, Event_OfItsElementsInOrder_IsFine)
 {
     EXPECT_EQ(event("<Method>DevicesChangedEvent</Method>"), "fine");

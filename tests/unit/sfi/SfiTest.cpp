@@ -8,6 +8,7 @@
 #include "platform/management/ManageableData.h"
 #include "telephone/configuration/Configuration.h"
 #include "telephone/framework/EventDispatcher.h"
+#include "telephone/framework/Refusals.h"
 #include "telephone/framework/TimerService.h"
 #include "telephone/lines/LineTable.h"
 #include "telephone/lines/Lines.h"
@@ -133,6 +134,26 @@ TEST_F(SfiTest, HoldWithAnyReason_Holds)
     ASSERT_EQ(hold(1, sfiFeatureDeflect, false), sfiSuccess);
     EXPECT_TRUE(recorder_.waitFor("held 4711 1"));
     EXPECT_EQ(sfi_.GetManualHoldIndication(&call), 0);
+}
+
+TEST_F(SfiTest, HoldOfAHeldCall_SucceedsAndIsReported)
+{
+    connect(1, "4722");
+    ASSERT_EQ(hold(1, sfiFeatureHold, true), sfiSuccess);
+    RefusalCollector refusals;
+
+    EXPECT_EQ(hold(1, sfiFeatureHold, true), sfiSuccess);
+
+    EXPECT_EQ(refusals.take(), (std::vector<Refusal>{{RefusalKind::kAlreadyExists, "call 1 is on hold already"}}));
+}
+
+TEST_F(SfiTest, HoldOfCallZero_IsRefusedAsUnknown)
+{
+    RefusalCollector refusals;
+
+    EXPECT_EQ(hold(0, sfiFeatureHold, true), sfiFailure);
+
+    EXPECT_EQ(refusals.take(), (std::vector<Refusal>{{RefusalKind::kNotFound, "there is no call 0"}}));
 }
 
 TEST_F(SfiTest, EmptyDestinationWithoutAHoldIndication_IsRefused)

@@ -1,0 +1,156 @@
+#include "telephone/display/StateTables.h"
+
+#include <gtest/gtest.h>
+
+#include "DisplayTexts.h"
+
+namespace telephone {
+namespace {
+
+using test::at;
+
+LineStatus lineOf(std::string id, std::string state)
+{
+    LineStatus line;
+    line.id = std::move(id);
+    line.registration = "registered";
+    line.state = std::move(state);
+    return line;
+}
+
+CallStatus callOf(int id, std::string place, std::string state, std::string address)
+{
+    CallStatus call;
+    call.id = id;
+    call.place = std::move(place);
+    call.state = std::move(state);
+    call.reason = "normal";
+    call.party.address = std::move(address);
+    return call;
+}
+
+// The telephone of the examples: a call is ringing on 4711, one is held on 4712.
+TelephoneState exampleState()
+{
+    TelephoneState state;
+    state.time = at("12:00:04.500");
+    state.lines = {lineOf("4711", "ringing"), lineOf("4712", "held")};
+    state.lines[0].primary = true;
+    state.calls = {callOf(1001, "4711", "ringing", "sip:4713@127.0.0.1:5060"),
+                   callOf(1, "4712", "held", "sip:100@127.0.0.1:5060")};
+    state.calls[0].incoming = true;
+    state.calls[0].party.name = "<script>alert(1)</script>";
+    state.calls[0].since = at("12:00:02.000");
+    state.calls[1].since = at("12:00:00.000");
+    state.calls[1].heldHere = true;
+    state.keys = {{1, "line", "4711", "4711", false, {"flashing", "green"}},
+                  {2, "line", "4712", "4712", false, {"fluttering", "green"}},
+                  {3, "dss", "4712", "Desk 4712", false, {"fluttering", "green"}},
+                  {4, "blf", "4713", "Watch 4713", false, {"steady", "red"}},
+                  {5, "forwarding", "", "Forward", false, {"off", "none"}},
+                  {7, "hold", "", "Hold", false, {"flashing", "green"}},
+                  {0, "SecondAlert", "", "", false, {"off", "none"}}};
+    return state;
+}
+
+TEST(StateTables, Lines_HaveTheirStatesAndRegistrations)
+{
+    EXPECT_EQ(lineRows(exampleState(), test::options()), (TableRows{
+                                                             "4711     ringing           registered, primary",
+                                                             "4712     held              registered",
+                                                         }));
+}
+
+TEST(StateTables, Lines_SayWhatIsSetForThem)
+{
+    TelephoneState state;
+    state.lines = {lineOf("4711", "idle")};
+    LineStatus& line = state.lines[0];
+    line.registration = "not registered";
+    line.doNotDisturb = true;
+    line.forwarding = {{3, "busy", true, "sip:102@127.0.0.1:5060"}, {0, "unconditional", false, "sip:100@127.0.0.1"}};
+    line.agent = "ready";
+    line.ringDelay = 3;
+    line.messages = MessageCountState{true, true, 2, 1};
+    line.appearances = {lineOf("4711#1", "selected")};
+    line.appearances[0].registration.clear();
+    line.appearances[0].selected = true;
+    EXPECT_EQ(lineRows(state, test::options()),
+              (TableRows{
+                  "4711     idle              not registered, do-not-disturb, forwards busy to 102, agent ready, rings "
+                  "after 3 s, 2 new messages",
+                  "4711#1   selected          selected",
+              }));
+}
+
+TEST(StateTables, Calls_HaveTheirPartiesAndAges)
+{
+    EXPECT_EQ(callRows(exampleState(), test::options()),
+              (TableRows{
+                  R"(4711     1001  ringing           from "<script>alert(1)</script>" 4713, 0:02)",
+                  "4712     1     held              to 100, 0:04",
+              }));
+}
+
+TEST(StateTables, Calls_SayWhatIsSpecial)
+{
+    TelephoneState state;
+    state.time = at("13:02:05.000");
+    state.calls = {callOf(2, "4711#2", "conference", "sip:100@127.0.0.1:5060"), callOf(3, "4711", "failed", "")};
+    state.calls[0].since = at("12:00:02.000");
+    state.calls[0].conference = {{"sip:100@127.0.0.1:5060", ""}, {"sip:4712@example.com", "Alice Example"}};
+    state.calls[0].recording = true;
+    state.calls[1].since = at("13:02:05.000");
+    state.calls[1].reason = "not found";
+    state.calls[1].over = true;
+    EXPECT_EQ(callRows(state, test::options()),
+              (TableRows{
+                  "4711#2   2     conference        to 100, 1:02:03, with \"Alice Example\" 4712@example.com, being "
+                  "recorded",
+                  "4711     3     failed            to unknown, 0:00, not found, over",
+              }));
+}
+
+TEST(StateTables, Lamps_AreDrawn)
+{
+    EXPECT_EQ(lampRows(exampleState(), test::options()),
+              (TableRows{
+                  R"(  1  line        "4711"             [==  ==] G  flashing green     ringing)",
+                  R"(  2  line        "4712"             [= = = ] G  fluttering green   held)",
+                  R"(  3  dss         "Desk 4712"        [= = = ] G  fluttering green   held)",
+                  R"(  4  blf         "Watch 4713"       [======] R  steady red         busy)",
+                  R"(  5  forwarding  "Forward"          [      ]    off)",
+                  R"(  7  hold        "Hold"             [==  ==] G  flashing green     1 call held)",
+                  R"(     SecondAlert                    [      ]    off)",
+              }));
+}
+
+TEST(StateTables, Lamps_TellALineOutOfServiceFromAnIdleOne)
+{
+    TelephoneState state;
+    state.lines = {lineOf("4711", "idle"), lineOf("4712", "idle")};
+    state.lines[1].registration = "not registered";
+    state.keys = {{1, "line", "4711", "4711", false, {}}, {2, "line", "4712", "4712", false, {}}};
+    EXPECT_EQ(lampRows(state, test::options()),
+              (TableRows{
+                  R"(  1  line        "4711"             [      ]    off)",
+                  R"(  2  line        "4712"             [      ]    off                not registered)",
+              }));
+}
+
+TEST(StateTables, Keys_HaveFunctionLabelAndTarget)
+{
+    TelephoneState state = exampleState();
+    state.keys[3].showsOnly = true;
+    EXPECT_EQ(keyRows(state, test::options()), (TableRows{
+                                                   R"(  1  line        "4711"             4711)",
+                                                   R"(  2  line        "4712"             4712)",
+                                                   R"(  3  dss         "Desk 4712"        4712)",
+                                                   R"(  4  blf         "Watch 4713"       4713, shows only)",
+                                                   R"(  5  forwarding  "Forward")",
+                                                   R"(  7  hold        "Hold")",
+                                               }));
+}
+
+}  // namespace
+}  // namespace telephone
