@@ -9,12 +9,6 @@ namespace {
 
 constexpr int kContradiction = 4;
 
-std::string lastLine(std::string const& output)
-{
-    auto const end = output.find_last_not_of('\n');
-    return output.substr(output.rfind('\n', end) + 1, end - output.rfind('\n', end));
-}
-
 }  // namespace
 
 TEST(TrafficCheck, WrongRequest_EndsTheTelephone)
