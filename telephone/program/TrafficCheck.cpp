@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <iostream>
+#include <utility>
 
 #include "telephone/framework/RequestRunner.h"
 #include "telephone/protocol/ProtocolCheck.h"
@@ -22,27 +23,26 @@ void require(Outcome<> const& checked, std::string_view text)
 
 }  // namespace
 
-TrafficCheck::TrafficCheck(SessionServices const& services, CheckedTraffic checked)
-    : requests_(services.requests)
-    , history_(services.history)
-    , listener_(services.history.listen([this] { checkEvents(); }))
+TrafficCheck::TrafficCheck(SessionServices services, CheckedTraffic checked)
+    : services_(std::move(services))
+    , listener_(services_.history.listen([this] { checkEvents(); }))
 {
     if (checked == CheckedTraffic::kAll) {
-        requests_.watch([](std::string_view request) { require(checkRequest(request), request); });
+        services_.requests.watch([](std::string_view request) { require(checkRequest(request), request); });
     }
 }
 
 TrafficCheck::~TrafficCheck()
 {
-    requests_.watch(nullptr);
-    history_.endListening(listener_);
+    services_.requests.watch(nullptr);
+    services_.history.endListening(listener_);
 }
 
 void TrafficCheck::checkEvents()
 {
-    for (auto const& event : history_.after(checked_, kEventsAtOnce).events) {
-        require(checkEvent(event->text), event->text);
-        checked_ = event->number;
+    for (auto const& each : services_.history.after(checked_, kEventsAtOnce).events) {
+        checked_ = each->number;
+        require(checkEvent(each->text), each->text);
     }
 }
 

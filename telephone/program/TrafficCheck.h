@@ -2,13 +2,13 @@
 // of applications (--check). A contradiction ends the program at once, so that no test can miss it: the reason and the
 // text are on standard error, and the exit status is 4.
 //
-// runTelephone owns it. Events are checked on the thread that delivers them, requests on the thread that runs them.
+// runTelephone owns it. It reads the event history on the thread of the events; requests are checked on the thread that
+// runs them.
 #pragma once
 
 #include <cstdint>
 
 #include "telephone/access/Session.h"
-#include "telephone/framework/EventHistory.h"
 
 namespace telephone {
 
@@ -24,8 +24,8 @@ class TrafficCheck
 public:
     static constexpr int kExitStatus = 4;
 
-    // Before the telephone is activated.
-    TrafficCheck(SessionServices const& services, CheckedTraffic checked);
+    // Before the telephone is activated, so that no event is missed.
+    TrafficCheck(SessionServices services, CheckedTraffic checked);
     ~TrafficCheck();
     TrafficCheck(TrafficCheck const&) = delete;
     TrafficCheck& operator=(TrafficCheck const&) = delete;
@@ -33,10 +33,9 @@ public:
 private:
     void checkEvents();
 
-    RequestRunner& requests_;
-    EventHistory& history_;
+    SessionServices const services_;
     std::uint64_t checked_ = 0;  // number of the latest event that was checked
-    EventHistory::ListenerId listener_;
+    EventHistory::ListenerId const listener_;
 };
 
 }  // namespace telephone

@@ -191,7 +191,6 @@ TEST_F(SessionTest, Events_AreNumberedAcrossTheTelephone)
 
 TEST_F(SessionTest, EventsOfAnotherStart_BeginWithAGap)
 {
-    telephone_.controls.present.event = 1;
     telephone_.held(1);
 
     (void)replies("events after 1 of elsewhere");
