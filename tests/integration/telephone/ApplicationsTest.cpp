@@ -41,7 +41,7 @@ TEST(Applications, BadRequests_AreAnsweredWithFailure)
     }
 
     for (std::string const& each :
-         {std::string(), binary, std::string("<Method>HoldCall"), method(std::string(1 << 20, 'x')),
+         {"<" + binary, std::string("<Method>HoldCall"), method(std::string(1 << 20, 'x')),
           method("HoldCall", "<Line>" + std::string(1 << 20, 'x') + "</Line>")}) {
         EXPECT_EQ(application.request(each), "sfiFailure");
     }
