@@ -117,10 +117,10 @@ TEST(Scripts, SignalBeforeTheEndOfAScript_EndsTheTelephone)
 
 TEST(Scripts, Mistakes_AreAllReportedBeforeTheFirstStep)
 {
-    Ended const result = run({TELEPHONE, "--log-level", "0", "play", "-"},
-                             "OutgoingCallMakeRequest Line=4711 CallID=1 Destination=100\n"
-                             "wait CallStateChangeEvent CallState=conected\n"
-                             "hoold up\n");
+    Ended const result =
+        run({TELEPHONE, "--log-level", "0", "play", "-"}, "OutgoingCallMakeRequest Line=4711 CallID=1 Destination=100\n"
+                                                          "wait CallStateChangeEvent CallState=conected\n"
+                                                          "hoold up\n");
 
     EXPECT_EQ(result.status, 1);
     EXPECT_NE(result.output.find("standard input:2: wait CallStateChangeEvent CallState=conected: \"conected\" is not "
