@@ -120,9 +120,9 @@ TelephoneControls& telephoneOf(Session& session)
 
 // clang-format off
 constexpr std::array kTable{
-    Command{"help",       "[NAME]",                   "this list; or the meaning of a request, an event, a command or a value", help},
+    Command{"help",       "[NAME...]",                "this list; or the meaning of a request, an event, a command or a value", help},
     Command{"hello",      "[NAME]",                   "who the telephone is, and whether it is ready, as JSON; NAME is yours in its log", [](Session& s, Given& g) { return s.hello(g[0]); }},
-    Command{"describe",   "[NAME]",                   "the protocol; or one name of it, as help",          [](Session& s, Given& g) -> Answer { auto const& d = s.services().description; return g[0] ? d.describe(*g[0]) : d.overview(); }},
+    Command{"describe",   "[NAME...]",                "the protocol; or one name of it, as help",          [](Session& s, Given& g) -> Answer { auto const& d = s.services().description; return g[0] ? d.describe(*g[0]) : d.overview(); }},
     Command{"describe json", "",                      "the whole protocol as JSON",                         [](Session& s, Given&) -> Answer { return s.services().description.json(); }},
     Command{"state",      "",                         "the telephone at this moment, as JSON",              [](Session& s, Given&) -> Answer { return stateJson(telephoneOf(s).state()); }},
     Command{"events",     "[after NUMBER] [of START] [only EVENTS] [line LINES]", "events, numbered across the telephone, after a number or from now on; names and lines are separated by commas", followEvents},

@@ -172,7 +172,7 @@ Outcome<int> runTelephone(CommandLine const& line, StopSignal const& stop)
             Telephone telephone(configuration, library);
             std::optional<TrafficCheck> check;
             if (line.checked != CheckedTraffic::kNone) {
-                check.emplace(telephone, line.checked);
+                check.emplace(telephone.sessions(nullptr), line.checked);
             }
             bool const serves = line.action == Action::kServe;
             return serves ? serve(line, configuration, telephone, stop)

@@ -2,19 +2,16 @@
 
 #include <cstdlib>
 #include <iostream>
-#include <stdexcept>
+#include <utility>
 
-#include "telephone/Telephone.h"
-#include "telephone/framework/Channel.h"
 #include "telephone/framework/RequestRunner.h"
-#include "telephone/framework/TelephoneContext.h"
 #include "telephone/protocol/ProtocolCheck.h"
 
 namespace telephone {
 
 namespace {
 
-constexpr std::size_t kQueuedEvents = 1000;
+constexpr std::size_t kEventsAtOnce = 1000;
 
 void require(Outcome<> const& checked, std::string_view text)
 {
@@ -26,30 +23,26 @@ void require(Outcome<> const& checked, std::string_view text)
 
 }  // namespace
 
-TrafficCheck::TrafficCheck(Telephone& telephone, CheckedTraffic checked)
-    : telephone_(telephone)
-    , channel_(telephone.context().openChannel("check", kQueuedEvents, [this] { checkEvents(); }))
+TrafficCheck::TrafficCheck(SessionServices services, CheckedTraffic checked)
+    : services_(std::move(services))
+    , listener_(services_.history.listen([this] { checkEvents(); }))
 {
-    auto const reply = telephone.requests().run(*channel_, "<Method>Subscribe</Method>");
-    if (reply.answer != "sfiSuccess") {
-        telephone.context().closeChannel(channel_);
-        throw std::runtime_error("the service refuses the check a subscription to its events; the log says why");
-    }
     if (checked == CheckedTraffic::kAll) {
-        telephone.requests().watch([](std::string_view request) { require(checkRequest(request), request); });
+        services_.requests.watch([](std::string_view request) { require(checkRequest(request), request); });
     }
 }
 
 TrafficCheck::~TrafficCheck()
 {
-    telephone_.requests().watch(nullptr);
-    telephone_.context().closeChannel(channel_);
+    services_.requests.watch(nullptr);
+    services_.history.endListening(listener_);
 }
 
 void TrafficCheck::checkEvents()
 {
-    for (NumberedEvent const& each : channel_->take(kQueuedEvents)) {
-        require(checkEvent(each.text), each.text);
+    for (auto const& each : services_.history.after(checked_, kEventsAtOnce).events) {
+        checked_ = each->number;
+        require(checkEvent(each->text), each->text);
     }
 }
 

@@ -2,16 +2,15 @@
 // of applications (--check). A contradiction ends the program at once, so that no test can miss it: the reason and the
 // text are on standard error, and the exit status is 4.
 //
-// runTelephone owns it. It receives every event, like an application, on the thread of the events; requests are
-// checked on the thread that runs them.
+// runTelephone owns it. It reads the event history on the thread of the events; requests are checked on the thread that
+// runs them.
 #pragma once
 
-#include <memory>
+#include <cstdint>
+
+#include "telephone/access/Session.h"
 
 namespace telephone {
-
-class Channel;
-class Telephone;
 
 enum class CheckedTraffic
 {
@@ -25,9 +24,8 @@ class TrafficCheck
 public:
     static constexpr int kExitStatus = 4;
 
-    // Before the telephone is activated, so that no event is missed. Throws std::runtime_error if the service refuses
-    // the subscription to its events.
-    TrafficCheck(Telephone& telephone, CheckedTraffic checked);
+    // Before the telephone is activated, so that no event is missed.
+    TrafficCheck(SessionServices services, CheckedTraffic checked);
     ~TrafficCheck();
     TrafficCheck(TrafficCheck const&) = delete;
     TrafficCheck& operator=(TrafficCheck const&) = delete;
@@ -35,8 +33,9 @@ public:
 private:
     void checkEvents();
 
-    Telephone& telephone_;
-    std::shared_ptr<Channel> channel_;
+    SessionServices const services_;
+    std::uint64_t checked_ = 0;  // number of the latest event that was checked
+    EventHistory::ListenerId const listener_;
 };
 
 }  // namespace telephone

@@ -13,12 +13,6 @@ Ended play(std::string const& script)
     return run({TELEPHONE, "--log-level", "0", "play", "-"}, script);
 }
 
-std::string lastLine(std::string const& output)
-{
-    auto const end = output.find_last_not_of('\n');
-    return output.substr(output.rfind('\n', end) + 1, end - output.rfind('\n', end));
-}
-
 }  // namespace
 
 TEST(Scripts, EveryRequest_IsInTheScriptOfAllRequests)

@@ -20,7 +20,17 @@
 class ControlsDouble : public telephone::TelephoneControls
 {
 public:
-    telephone::TelephoneState state() override { return present; }
+    explicit ControlsDouble(telephone::EventDispatcher const& dispatcher)
+        : dispatcher_(dispatcher)
+    {}
+
+    // `present`, with the number of the latest event.
+    telephone::TelephoneState state() override
+    {
+        telephone::TelephoneState now = present;
+        now.event = dispatcher_.posted();
+        return now;
+    }
     Rows lines() override { return {"4711 idle"}; }
     Rows calls() override { return {}; }
     Rows keys() override { return {"1 line 4711"}; }
@@ -73,6 +83,8 @@ private:
         }
         return {};
     }
+
+    telephone::EventDispatcher const& dispatcher_;
 };
 
 // Subscribes as the service does, and answers every other request by `answer`.
@@ -143,7 +155,7 @@ public:
     InvokerDouble invoker{context, dispatcher};
     ExecutableDouble service;
     telephone::RequestRunner runner{service, invoker};
-    ControlsDouble controls;
+    ControlsDouble controls{dispatcher};
     telephone::ProtocolDescription description{"1.2.3", telephone::commandDescriptions()};
     std::unique_ptr<telephone::EventHistory> history;
     int ends = 0;  // how often a session wanted to end the telephone

@@ -11,6 +11,7 @@
 
 #include "telephone/applications/ApplicationClient.h"
 #include "telephone/applications/SocketPath.h"
+#include "telephone/framework/Refusals.h"
 #include "tests/unit/access/TelephoneDouble.h"
 
 using namespace telephone;
@@ -51,11 +52,14 @@ public:
             sent += static_cast<std::size_t>(count);
         }
     }
-    // What one read brings; empty at the end.
+    // What one read brings; empty at the end, and if nothing comes.
     std::string receive()
     {
         pollfd waited{socket_.get(), POLLIN, 0};
-        EXPECT_EQ(poll(&waited, 1, kDeadline), 1);
+        if (poll(&waited, 1, kDeadline) != 1) {
+            ADD_FAILURE() << "the telephone sends nothing";
+            return {};
+        }
         std::string bytes(1 << 20, '\0');
         ssize_t const count = recv(socket_.get(), bytes.data(), bytes.size(), 0);
         bytes.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
@@ -82,13 +86,20 @@ private:
     FileDescriptor socket_;
 };
 
-std::string bytes(std::initializer_list<char const*> messages)
+std::string bytes(std::initializer_list<std::string> messages)
 {
     std::string all;
-    for (char const* const each : messages) {
-        all += each + std::string(1, '\0');
+    for (std::string const& each : messages) {
+        all += each + '\0';
     }
     return all;
+}
+
+// The message of a numbered event of TelephoneDouble::held.
+std::string heldEvent(int number)
+{
+    std::string const text = std::to_string(number);
+    return "event " + text + "\n<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>" + text + "</CallID>";
 }
 
 class ApplicationServerTest : public testing::Test
@@ -155,10 +166,10 @@ TEST_F(ApplicationServerTest, ManyRequestsInOneWrite_AreAnsweredInOneRead)
     telephone_.invoker.answer = [](std::string const& request) { return "to " + request; };
     RawApplication application(path_);
 
-    application.send(bytes({"a", "b", "c"}));
+    application.send(bytes({"<a>", "<b>", "<c>"}));
 
     EXPECT_EQ(application.receive(),
-              bytes({"answer\nto a", "finished\n", "answer\nto b", "finished\n", "answer\nto c", "finished\n"}));
+              bytes({"answer\nto <a>", "finished\n", "answer\nto <b>", "finished\n", "answer\nto <c>", "finished\n"}));
 }
 
 TEST_F(ApplicationServerTest, RequestInPieces_IsHandledWhenItsEndComes)
@@ -173,14 +184,14 @@ TEST_F(ApplicationServerTest, RequestInPieces_IsHandledWhenItsEndComes)
     EXPECT_EQ(telephone_.invoker.requests, std::vector<std::string>{"<Method>GetDevices</Method>"});
 }
 
-TEST_F(ApplicationServerTest, EmptyRequest_ReachesTheService)
+TEST_F(ApplicationServerTest, EmptyMessage_IsAnErrorAndTheNextIsHandled)
 {
     RawApplication application(path_);
 
-    application.send(std::string(1, '\0'));
+    application.send(bytes({"", "<a>"}));
 
-    EXPECT_EQ(application.receiveUntil(2), bytes({"answer\nsfiSuccess", "finished\n"}));
-    EXPECT_EQ(telephone_.invoker.requests, std::vector<std::string>{""});
+    EXPECT_EQ(application.receiveUntil(3), bytes({"error\nthe message is empty", "answer\nsfiSuccess", "finished\n"}));
+    EXPECT_EQ(telephone_.invoker.requests, std::vector<std::string>{"<a>"});
 }
 
 TEST_F(ApplicationServerTest, RequestOfOneMegabyte_IsHandled)
@@ -198,17 +209,17 @@ TEST_F(ApplicationServerTest, RequestThatIsTooLong_IsRefusedAndTheNextIsHandled)
 {
     RawApplication application(path_);
 
-    application.send(std::string(4 * 1024 * 1024 + 1, 'x') + '\0' + bytes({"next"}));
+    application.send(std::string(4 * 1024 * 1024 + 1, 'x') + '\0' + bytes({"<next>"}));
 
     EXPECT_EQ(application.receiveUntil(3),
               bytes({"error\nthe request is longer than 4194304 bytes; skipped", "answer\nsfiSuccess", "finished\n"}));
-    EXPECT_EQ(telephone_.invoker.requests, std::vector<std::string>{"next"});
+    EXPECT_EQ(telephone_.invoker.requests, std::vector<std::string>{"<next>"});
 }
 
 TEST_F(ApplicationServerTest, BinaryRequest_ReachesTheServiceUnchanged)
 {
     RawApplication application(path_);
-    std::string binary;
+    std::string binary = "<";
     for (int byte = 1; byte < 256; ++byte) {
         binary += static_cast<char>(byte);
     }
@@ -252,12 +263,12 @@ TEST_F(ApplicationServerTest, Events_AreNumberedForEachApplication)
 TEST_F(ApplicationServerTest, ApplicationThatDidNotSubscribe_HearsNoEvents)
 {
     RawApplication application(path_);
-    application.send(bytes({"a"}));
+    application.send(bytes({"<a>"}));
     application.receiveUntil(2);
 
     telephone_.held(1);
     telephone_.dispatcher.stop();
-    application.send(bytes({"b"}));
+    application.send(bytes({"<b>"}));
 
     EXPECT_EQ(application.receiveUntil(2), bytes({"answer\nsfiSuccess", "finished\n"}));
 }
@@ -300,20 +311,170 @@ TEST_F(ApplicationServerTest, ApplicationThatNeverReads_LosesEventsAndHoldsUpNob
     EXPECT_LT(std::count(all.begin(), all.end(), '\0'), kEvents);
 }
 
+TEST_F(ApplicationServerTest, Commands_AreAnsweredWithAResultOrAnErrorInTheirOrder)
+{
+    RawApplication application(path_);
+
+    application.send(bytes({"lines", "press 1", "press 99", "press", "<a>", "HoldCall Line=4711 CallID=1", "hepl"}));
+
+    EXPECT_EQ(
+        application.receiveUntil(9),
+        bytes({"result\n4711 idle", "result\n", "error\nno key 99", "error\nKEY is missing; write it as: press KEY",
+               "answer\nsfiSuccess", "finished\n", "answer\nsfiSuccess", "finished\n",
+               "error\nno request or command hepl (did you mean help?); help lists them"}));
+    EXPECT_EQ(telephone_.invoker.requests,
+              (std::vector<std::string>{"<a>", "<Method>HoldCall</Method><Line>4711</Line><CallID>1</CallID>"}));
+}
+
+TEST_F(ApplicationServerTest, Hello_IdentifiesTheTelephone)
+{
+    telephone_.controls.present.start = "abc";
+    telephone_.controls.present.domain = "127.0.0.1:5060";
+    RawApplication application(path_);
+
+    application.send(bytes({"hello dialler"}));
+
+    EXPECT_EQ(application.receiveUntil(1),
+              bytes({"result\n"
+                     R"({"telephone":"reference telephone","version":"1.0.0","protocol":1,"start":"abc",)"
+                     R"("ready":false,"domain":"127.0.0.1:5060"})"}));
+}
+
+TEST_F(ApplicationServerTest, Reasons_ComeBetweenTheAnswerAndTheEndOfTheRequest)
+{
+    telephone_.invoker.answer = [](std::string const&) {
+        reportRefusal("test", {RefusalKind::kNotFound, "line 4711 has no call 7"});
+        reportRefusal("test", {RefusalKind::kUnavailable, "the disk is full"});
+        return "sfiFailure";
+    };
+    RawApplication application(path_);
+    RawApplication other(path_);
+
+    application.send(bytes({"reasons on", "<Method>HoldCall</Method>"}));
+    other.send(bytes({"<Method>HoldCall</Method>"}));
+
+    EXPECT_EQ(application.receiveUntil(5), bytes({"result\n", "answer\nsfiFailure", "reason\nline 4711 has no call 7",
+                                                  "reason\nthe disk is full", "finished\n"}));
+    EXPECT_EQ(other.receiveUntil(2), bytes({"answer\nsfiFailure", "finished\n"}));
+}
+
+TEST_F(ApplicationServerTest, Strictness_IsOfOneConnectionAndOffAtFirst)
+{
+    RawApplication strict(path_);
+    RawApplication other(path_);
+
+    strict.send(bytes({"strict on", "<Method>HoldCal</Method>"}));
+    other.send(bytes({"<Method>HoldCal</Method>"}));
+
+    EXPECT_EQ(strict.receiveUntil(2),
+              bytes({"result\n", "error\nthere is no request HoldCal (did you mean HoldCall?)"}));
+    EXPECT_EQ(other.receiveUntil(2), bytes({"answer\nsfiSuccess", "finished\n"}));
+}
+
+TEST_F(ApplicationServerTest, Quit_IsAnsweredAndEndsTheTelephone)
+{
+    RawApplication application(path_);
+
+    application.send(bytes({"quit"}));
+
+    EXPECT_EQ(application.receiveUntil(1), bytes({"result\n"}));
+    EXPECT_EQ(telephone_.ends, 1);
+}
+
+TEST_F(ApplicationServerTest, EventsAfterANumber_BeginBehindItAndGoOn)
+{
+    for (int call = 1; call <= 3; ++call) {
+        telephone_.held(call);
+    }
+    RawApplication application(path_);
+
+    application.send(bytes({"events after 1"}));
+
+    std::string const start = telephone_.dispatcher.start();
+    EXPECT_EQ(application.receiveUntil(3),
+              bytes({"result\n{\"start\":\"" + start + "\",\"after\":1}", heldEvent(2), heldEvent(3)}));
+    telephone_.held(4);
+    EXPECT_EQ(application.receiveUntil(1), bytes({heldEvent(4)}));
+}
+
+TEST_F(ApplicationServerTest, EventsNoLongerKept_AreAGapThenTheStateThenWhatFollows)
+{
+    RawApplication reader(path_);
+    subscribe(reader);
+    for (int call = 1; call <= 150; ++call) {
+        telephone_.held(call);
+    }
+    reader.receiveUntil(150);
+    RawApplication late(path_);
+
+    late.send(bytes({"events after 10"}));
+
+    std::string const received = late.receiveUntil(3);
+    std::string const gap = bytes({"gap\n"
+                                   R"({"first":11,"last":150})"});
+    auto const at = received.find(gap);
+    ASSERT_NE(at, std::string::npos) << received;
+    EXPECT_EQ(received.substr(at + gap.size(), 6), "state\n");
+    EXPECT_NE(received.find(R"("event":150,)"), std::string::npos) << received;
+    telephone_.held(151);
+    EXPECT_EQ(late.receiveUntil(1), bytes({heldEvent(151)}));
+}
+
+TEST_F(ApplicationServerTest, ApplicationThatReadsTooLate_GetsAGapAndTheStateForWhatItMissed)
+{
+    constexpr std::uint64_t kEvents = 60000;
+    RawApplication deaf(path_);
+    deaf.send(bytes({"events"}));
+    deaf.receiveUntil(1);
+
+    for (std::uint64_t call = 1; call <= kEvents; ++call) {
+        telephone_.held(static_cast<int>(call));
+    }
+
+    // Each message continues where the one before it ended.
+    std::uint64_t position = 0;
+    int gaps = 0;
+    for (std::string pending; position < kEvents;) {
+        std::string const some = deaf.receive();
+        ASSERT_FALSE(some.empty());
+        pending += some;
+        std::size_t begin = 0;
+        for (std::size_t end = 0; (end = pending.find('\0', begin)) != std::string::npos; begin = end + 1) {
+            auto const message = parseApplicationMessage(pending.substr(begin, end - begin));
+            ASSERT_TRUE(message);
+            if (message->kind == MessageKind::kEvent) {
+                ASSERT_EQ(message->number, ++position);
+            } else if (message->kind == MessageKind::kGap) {
+                ++gaps;
+                unsigned long long first = 0;
+                unsigned long long last = 0;
+                ASSERT_EQ(std::sscanf(message->text.c_str(), R"({"first":%llu,"last":%llu})", &first, &last), 2);
+                ASSERT_EQ(first, position + 1);
+                position = last;
+            } else {
+                ASSERT_EQ(message->kind, MessageKind::kState);
+                ASSERT_NE(message->text.find("\"event\":" + std::to_string(position) + ","), std::string::npos);
+            }
+        }
+        pending.erase(0, begin);
+    }
+    EXPECT_GE(gaps, 1);
+}
+
 TEST_F(ApplicationServerTest, ApplicationThatSendsAndNeverReads_IsNotReadFromWithoutEnd)
 {
     telephone_.invoker.answer = [](std::string const&) { return std::string(10000, 'x'); };
     RawApplication deaf(path_);
     // Answers of 200 megabytes: the telephone must stop taking requests long before.
-    std::string requests(40000, 'a');
-    for (std::size_t i = 1; i < requests.size(); i += 2) {
-        requests[i] = '\0';
+    std::string requests;
+    for (int i = 0; i < 20000; ++i) {
+        requests += bytes({"<a>"});
     }
     auto sending = std::async(std::launch::async, [&] { deaf.send(requests); });
 
     RawApplication other(path_);
     for (int i = 0; i < 50; ++i) {
-        other.send(bytes({"b"}));
+        other.send(bytes({"<b>"}));
         ASSERT_EQ(other.receiveUntil(2).size(), bytes({"answer\n", "finished\n"}).size() + 10000);
     }
     EXPECT_EQ(deaf.receiveUntil(40000).size(), 20000U * (bytes({"answer\n", "finished\n"}).size() + 10000));
@@ -330,7 +491,7 @@ TEST_F(ApplicationServerTest, ApplicationThatVanishes_LeavesTheOthersAlone)
     }
     RawApplication application(path_);
 
-    application.send(bytes({"a"}));
+    application.send(bytes({"<a>"}));
 
     EXPECT_EQ(application.receiveUntil(2), bytes({"answer\nsfiSuccess", "finished\n"}));
 }
@@ -339,7 +500,7 @@ TEST_F(ApplicationServerTest, MoreApplicationsThanAllowed_AreRefused)
 {
     start(1);
     RawApplication first(path_);
-    first.send(bytes({"a"}));
+    first.send(bytes({"<a>"}));
     first.receiveUntil(2);
 
     RawApplication second(path_);
@@ -358,7 +519,7 @@ TEST_F(ApplicationServerTest, SecondTelephoneAtThePath_IsRefusedAndTheFirstStays
                                            " belongs to a running telephone: end it, or name another path with "
                                            "--socket"}));
     RawApplication application(path_);
-    application.send(bytes({"a"}));
+    application.send(bytes({"<a>"}));
     EXPECT_EQ(application.receiveUntil(2), bytes({"answer\nsfiSuccess", "finished\n"}));
 }
 
@@ -374,7 +535,7 @@ TEST_F(ApplicationServerTest, SocketOfADeadTelephone_IsReplaced)
     ASSERT_TRUE(server);
 
     RawApplication application(stale);
-    application.send(bytes({"a"}));
+    application.send(bytes({"<a>"}));
     EXPECT_EQ(application.receiveUntil(2), bytes({"answer\nsfiSuccess", "finished\n"}));
 }
 
@@ -402,7 +563,7 @@ TEST_F(ApplicationServerTest, PathThatIsTooLong_IsRefused)
 TEST_F(ApplicationServerTest, End_RemovesTheSocketAndEndsConnections)
 {
     RawApplication application(path_);
-    application.send(bytes({"a"}));
+    application.send(bytes({"<a>"}));
     application.receiveUntil(2);
 
     server_.reset();
