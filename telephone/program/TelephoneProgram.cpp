@@ -22,6 +22,7 @@
 #include "telephone/framework/Log.h"
 #include "telephone/framework/ServiceLibrary.h"
 #include "telephone/framework/StopSignal.h"
+#include "telephone/http/HttpServer.h"
 #include "telephone/program/Programs.h"
 #include "telephone/program/StartConfiguration.h"
 #include "telephone/program/TrafficCheck.h"
@@ -51,6 +52,32 @@ Outcome<Server> openSocket(CommandLine const& line, Configuration const& configu
         return Server();
     }
     return server;
+}
+
+// The ways in for other programs.
+struct Entrances
+{
+    Server socket;                     // null: another telephone has it
+    std::unique_ptr<HttpServer> http;  // null: not configured, or there is no socket
+};
+
+Outcome<Entrances> openEntrances(CommandLine const& line, Configuration const& configuration, Telephone& telephone,
+                                 StopSignal const& stop)
+{
+    return openSocket(line, configuration, telephone, stop).and_then([&](Server socket) -> Outcome<Entrances> {
+        if (configuration.http.address.empty()) {
+            return Entrances{std::move(socket), nullptr};
+        }
+        if (socket == nullptr) {
+            log(kLogInfo, "telephone", "no HTTP: its token is kept beside the application socket");
+            return Entrances{};
+        }
+        HttpServer::Settings const settings{configuration.http, socket->path() + ".token"};
+        return HttpServer::open(settings, telephone.sessions([&stop] { stop.raise(); }))
+            .map([&socket](std::unique_ptr<HttpServer> http) {
+                return Entrances{std::move(socket), std::move(http)};
+            });
+    });
 }
 
 // Standard input to its end. Refused if the program must end before.
@@ -138,9 +165,12 @@ Outcome<int> serve(CommandLine const& line, Configuration const& configuration, 
                    StopSignal const& stop)
 {
     return telephone.activate()
-        .and_then([&] { return openSocket(line, configuration, telephone, stop); })
-        .map([&stop](Server const& server) {
-            std::cout << "applications can connect at " << server->path() << std::endl;
+        .and_then([&] { return openEntrances(line, configuration, telephone, stop); })
+        .map([&stop](Entrances const& entrances) {
+            std::cout << "applications can connect at " << entrances.socket->path() << std::endl;
+            if (entrances.http != nullptr) {
+                std::cout << "HTTP: " << entrances.http->address() << std::endl;
+            }
             stop.wait();
             return 0;
         });
@@ -151,9 +181,12 @@ Outcome<int> converse(CommandLine const& line, Configuration const& configuratio
 {
     Transcript transcript(printLine);
     Conversation conversation("console", telephone.sessions(nullptr), transcript, stop.descriptor());
-    auto const server = openSocket(line, configuration, telephone, stop);
-    if (!server) {
-        return tl::unexpected(server.error());
+    auto const entrances = openEntrances(line, configuration, telephone, stop);
+    if (!entrances) {
+        return tl::unexpected(entrances.error());
+    }
+    if (entrances->http != nullptr) {
+        transcript.note("HTTP: " + entrances->http->address());
     }
     return telephone.activate().and_then([&] { return talk(conversation, line); }).map([](bool succeeded) {
         return succeeded ? 0 : 1;
