@@ -45,14 +45,14 @@ TEST(Applications, RequestThatIsNeverAnswered_IsFinished)
 
 TEST(Applications, BadRequests_AreAnsweredWithFailure)
 {
-    RunningTelephone telephone;
+    RunningTelephone telephone({"--check", "events"});
     Application application(telephone.socket());
     std::string binary = "<";
     for (int byte = 1; byte < 256; ++byte) {
         binary += static_cast<char>(byte);
     }
 
-    for (std::string const& each : {"<" + binary, std::string("<Method>HoldCall"), method(std::string(1 << 20, 'x')),
+    for (std::string const& each : {binary, std::string("<Method>HoldCall"), method(std::string(1 << 20, 'x')),
                                     method("HoldCall", "<Line>" + std::string(1 << 20, 'x') + "</Line>")}) {
         EXPECT_EQ(application.request(each), "sfiFailure");
     }
