@@ -1,5 +1,6 @@
 #include "telephone/http/EventStream.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -16,7 +17,7 @@ namespace telephone {
 namespace {
 
 constexpr std::size_t kEventsAtOnce = 256;
-constexpr int kLongestWait = 1000;  // milliseconds until a reader that has gone is noticed
+constexpr std::chrono::milliseconds kLongestWait{1000};  // until a reader that has gone is noticed
 
 std::string eventLines(std::uint64_t id, std::string_view name, std::string_view data)
 {
@@ -84,7 +85,8 @@ bool EventStream::waitForEvents() const
 {
     std::array<pollfd, 2> queries{pollfd{limits_.end.descriptor(), POLLIN, 0}, pollfd{came_.descriptor(), POLLIN, 0}};
     bool const mayWait = beginning_.empty() && !hasMore_;
-    poll(queries.data(), queries.size(), mayWait ? kLongestWait : 0);
+    auto const wait = mayWait ? std::min(kLongestWait, limits_.silence) : std::chrono::milliseconds(0);
+    poll(queries.data(), queries.size(), static_cast<int>(wait.count()));
     return queries[0].revents == 0;
 }
 

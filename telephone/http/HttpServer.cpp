@@ -27,14 +27,8 @@ constexpr char const* kHttpComponent = "http";
 constexpr std::size_t kLongestBody = std::size_t{4} * 1024 * 1024;
 constexpr std::size_t kRequestThreads = 32;  // beside those of the streams
 constexpr int kSendBuffer = 256 * 1024;      // bytes, of one connection
+constexpr int kWaitingConnections = 128;
 constexpr std::chrono::seconds kReadTimeout{5};
-
-void setSocketOptions(int socket)
-{
-    int const yes = 1;
-    setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof(yes));
-    setsockopt(socket, SOL_SOCKET, SO_SNDBUF, &kSendBuffer, sizeof(kSendBuffer));  // connections inherit it
-}
 
 int portOf(int socket)
 {
@@ -47,6 +41,23 @@ int portOf(int socket)
         return ntohs(reinterpret_cast<sockaddr_in const&>(address).sin_port);
     }
     return address.ss_family == AF_INET6 ? ntohs(reinterpret_cast<sockaddr_in6 const&>(address).sin6_port) : 0;
+}
+
+// Listens at an address; the port, or 0 if that is not possible. In place of the library's options, which let several
+// programs share the port.
+int listenAt(httplib::Server& server, HostPort const& place)
+{
+    int listener = -1;
+    server.set_socket_options([&listener](int socket) {
+        int const yes = 1;
+        setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof(yes));
+        setsockopt(socket, SOL_SOCKET, SO_SNDBUF, &kSendBuffer, sizeof(kSendBuffer));  // connections inherit it
+        listener = socket;
+    });
+    bool const isBound =
+        place.port == 0 ? server.bind_to_any_port(place.host) > 0 : server.bind_to_port(place.host, place.port);
+    // The library keeps five at most waiting; further ones would be slow to connect.
+    return isBound && ::listen(listener, kWaitingConnections) == 0 ? portOf(listener) : 0;
 }
 
 // Ends the connections at a port of this process. The HTTP library keeps their sockets to itself and would wait until
@@ -229,10 +240,8 @@ Outcome<std::unique_ptr<HttpServer>> HttpServer::open(Settings const& settings, 
     if (!server) {
         return tl::unexpected(server.error());
     }
-    (*server)->set_socket_options(setSocketOptions);
-    bool const isBound = place->port == 0 || (*server)->bind_to_port(place->host, place->port);
-    int const port = place->port == 0 ? (*server)->bind_to_any_port(place->host) : place->port;
-    if (!isBound || port <= 0) {
+    int const port = listenAt(**server, *place);
+    if (port == 0) {
         return refuse(RefusalKind::kUnavailable,
                       fmt::format("cannot listen at {} for HTTP: another program uses the port, or the address is not "
                                   "one of this machine",
