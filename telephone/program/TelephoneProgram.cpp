@@ -8,6 +8,7 @@
 
 #include <poll.h>
 #include <spdlog/fmt/fmt.h>
+#include <systemd/sd-daemon.h>
 #include <unistd.h>
 
 #include "Tour.h"
@@ -32,6 +33,8 @@ namespace telephone {
 namespace {
 
 using Server = std::unique_ptr<ApplicationServer>;
+
+constexpr int kKeepEnvironment = 0;  // of sd_notify
 
 // Null: another telephone has the socket, and this one does not need it.
 Outcome<Server> openSocket(CommandLine const& line, Configuration const& configuration, Telephone& telephone,
@@ -160,7 +163,8 @@ void printLine(std::string const& text)
     std::fflush(stdout);
 }
 
-// The socket appears once the telephone can make calls.
+// The socket appears once the telephone can make calls. A service manager that has started the program is told of this,
+// and of the end.
 Outcome<int> serve(CommandLine const& line, Configuration const& configuration, Telephone& telephone,
                    StopSignal const& stop)
 {
@@ -171,7 +175,9 @@ Outcome<int> serve(CommandLine const& line, Configuration const& configuration, 
             if (entrances.http != nullptr) {
                 std::cout << "HTTP: " << entrances.http->address() << std::endl;
             }
+            sd_notify(kKeepEnvironment, "READY=1");
             stop.wait();
+            sd_notify(kKeepEnvironment, "STOPPING=1");
             return 0;
         });
 }
