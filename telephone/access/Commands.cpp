@@ -77,6 +77,15 @@ Answer table(Session& session, TableRows (*rowsOf)(TelephoneState const&, Displa
     return rows(rowsOf(state, {.ownDomain = state.domain}), otherwise);
 }
 
+Answer showTags(Session& session, bool on)
+{
+    if (!session.options().raw) {
+        return refuse(RefusalKind::kNotSupported, "messages are written with their tags here already");
+    }
+    session.options().raw = on;
+    return std::string();
+}
+
 // Events after a number of this start, or the present one.
 Answer followEvents(Session& session, Given& given)
 {
@@ -139,6 +148,7 @@ constexpr std::array kTable{
     Command{"events off", "",                         "no more events",                                     [](Session& s, Given&) -> Answer { s.unfollow(); return std::string(); }},
     Command{"reasons",    "on|off",                   "a sentence beside the answer to each request that was refused or did nothing", [](Session& s, Given& g) -> Answer { s.options().reasons = isOn(g[0]); return std::string(); }},
     Command{"strict",     "on|off",                   "refuses requests with unknown names and wrong values, which the service would guess at", [](Session& s, Given& g) -> Answer { s.options().strict = isOn(g[0]); return std::string(); }},
+    Command{"raw",        "on|off",                   "on the console: messages with their tags, not in words", [](Session& s, Given& g) { return showTags(s, isOn(g[0])); }},
     Command{"lines",      "",                         "the lines and their states",                         [](Session& s, Given&) { return table(s, lineRows); }},
     Command{"calls",      "",                         "the calls and their states",                         [](Session& s, Given&) { return table(s, callRows, "no calls"); }},
     Command{"keys",       "",                         "the keys of the telephone",                          [](Session& s, Given&) { return table(s, keyRows); }},

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "telephone/console/Terminal.h"
 #include "telephone/program/TrafficCheck.h"
 
 namespace telephone {
@@ -22,6 +23,17 @@ enum class Action
     kDescribe,
 };
 
+// How what happens is written.
+struct OutputChoice
+{
+    bool raw = false;   // with the tags
+    bool json = false;  // also of the description of the protocol
+    ColourUse colour = ColourUse::kAuto;
+    bool addresses = false;  // as in DisplayOptions
+    bool date = false;
+    bool utc = false;
+};
+
 struct CommandLine
 {
     Action action = Action::kConsole;
@@ -36,7 +48,7 @@ struct CommandLine
     std::string script;              // to play; "-": standard input
     std::string junit;               // file for the result of a script; empty: none
     std::vector<std::string> words;  // of a request or a store command, or the name to describe
-    bool json = false;               // describe as JSON
+    OutputChoice output;
 
     // Nothing: the program ends at once with the exit status, after --help or after a mistake, which is on standard
     // error.

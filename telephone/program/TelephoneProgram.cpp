@@ -10,12 +10,14 @@
 
 #include "Tour.h"
 #include "telephone/Telephone.h"
+#include "telephone/access/TelephoneControls.h"
 #include "telephone/applications/ApplicationServer.h"
 #include "telephone/applications/SocketPath.h"
 #include "telephone/console/Console.h"
 #include "telephone/console/Conversation.h"
 #include "telephone/console/ScriptPlayer.h"
 #include "telephone/console/ScriptReport.h"
+#include "telephone/console/Terminal.h"
 #include "telephone/console/Transcript.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/ServiceLibrary.h"
@@ -29,6 +31,11 @@ namespace telephone {
 namespace {
 
 using Server = std::unique_ptr<ApplicationServer>;
+
+constexpr char const* kTourIntroduction =
+    "This telephone calls numbers of its own exchange, on this machine only, and draws each call as it progresses:\n"
+    "on the left what an application sends and is told, on the right what passes between telephone and far end.\n"
+    "Time runs downwards, in seconds. The tour takes about five.\n\n";
 
 // Null: another telephone has the socket, and this one does not need it.
 Outcome<Server> openSocket(CommandLine const& line, Configuration const& configuration, Telephone& telephone,
@@ -81,9 +88,16 @@ bool openConsole(Conversation& conversation)
 
 bool tour(Conversation& conversation)
 {
+    Transcript& transcript = conversation.transcript();
+    if (transcript.kind() == OutputKind::kDrawing) {
+        transcript.note(kTourIntroduction);
+    }
     std::istringstream script(kTourScript);
     bool const passed = ScriptPlayer(conversation).play(script, "tour").passed();
     bool const staysOpen = isatty(STDIN_FILENO) == 1 && !conversation.isStopped();
+    if (transcript.kind() == OutputKind::kDrawing) {
+        conversation.writeAs(OutputKind::kWords);
+    }
     return passed && (!staysOpen || openConsole(conversation));
 }
 
@@ -96,11 +110,33 @@ Outcome<bool> talk(Conversation& conversation, CommandLine const& line)
     return line.action == Action::kTour ? tour(conversation) : openConsole(conversation);
 }
 
-void printLine(std::string const& text)
+void printLine(std::FILE* file, std::string const& text)
 {
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    std::fputc('\n', stdout);
-    std::fflush(stdout);
+    std::fwrite(text.data(), 1, text.size(), file);
+    std::fputc('\n', file);
+    std::fflush(file);
+}
+
+OutputKind outputKind(CommandLine const& line)
+{
+    if (line.output.raw) {
+        return OutputKind::kTags;
+    }
+    if (line.output.json) {
+        return OutputKind::kJson;
+    }
+    return line.action == Action::kTour ? OutputKind::kDrawing : OutputKind::kWords;
+}
+
+DisplayOptions displayOptions(OutputChoice const& output, std::string ownDomain)
+{
+    DisplayOptions options;
+    options.ownDomain = std::move(ownDomain);
+    options.addresses = output.addresses;
+    options.date = output.date;
+    options.utc = output.utc;
+    fitToTerminal(options, output.colour);
+    return options;
 }
 
 // The socket appears once the telephone can make calls.
@@ -119,8 +155,11 @@ Outcome<int> serve(CommandLine const& line, Configuration const& configuration, 
 Outcome<int> converse(CommandLine const& line, Configuration const& configuration, Telephone& telephone,
                       StopSignal const& stop)
 {
-    Transcript transcript(printLine);
-    Conversation conversation("console", telephone.sessions(nullptr), transcript, stop.descriptor());
+    SessionServices const services = telephone.sessions(nullptr);
+    Transcript transcript([](std::string const& text) { printLine(stdout, text); },
+                          [](std::string const& text) { printLine(stderr, text); }, outputKind(line),
+                          displayOptions(line.output, services.telephone.state().domain));
+    Conversation conversation("console", services, transcript, stop.descriptor());
     auto const server = openSocket(line, configuration, telephone, stop);
     if (!server) {
         return tl::unexpected(server.error());

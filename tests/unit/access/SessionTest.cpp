@@ -151,6 +151,17 @@ TEST_F(SessionTest, TablesOfTheState_AreResults)
     EXPECT_EQ(replies("lamps"), "result   1  line                           [======] G  steady green       held\n");
 }
 
+TEST_F(SessionTest, Raw_IsAChoiceOnlyWhereMessagesCanBeShownInWords)
+{
+    EXPECT_EQ(replies("raw on"), "error messages are written with their tags here already\n");
+
+    session_.options().raw = false;
+    EXPECT_EQ(replies("raw on"), "result \n");
+    EXPECT_EQ(session_.options().raw, true);
+    EXPECT_EQ(replies("raw off"), "result \n");
+    EXPECT_EQ(session_.options().raw, false);
+}
+
 TEST_F(SessionTest, HelpWithAName_SaysWhatDescribeSays)
 {
     EXPECT_EQ(replies("help press"), replies("describe press"));
