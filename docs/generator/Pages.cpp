@@ -2,12 +2,28 @@
 
 #include <string_view>
 
+#include "telephone/access/Commands.h"
 #include "telephone/protocol/Phrases.h"
 #include "telephone/protocol/Vocabulary.h"
 
 namespace {
 
 using namespace telephone;
+
+constexpr std::string_view kCommandsHead = R"(# Commands
+
+<!-- Written by generate_docs from telephone/access/Commands.cpp. -->
+
+The telephone's own commands, beside the requests of the service. Every way in takes all of them: the console, scripts, the
+application socket (a message that begins with neither `<` nor `SigEvent`), HTTP (`POST /commands`), and the program for a
+running telephone (`telephone do press 3`). A command has a result, which may be empty, or is refused with a sentence.
+
+Capitals stand for a value, `|` for a choice, brackets for what may be left out. Quotes keep blanks in a value:
+`call 4711 from 555 name "Ann B"`.
+
+| Command | Meaning |
+|---|---|
+)";
 
 constexpr std::string_view kRequestsHead = R"(# Requests
 
@@ -227,6 +243,16 @@ std::string eventsPage()
             std::to_string(sent) + " of them are delivered.\n";
     for (auto const& event : kEventDescriptions) {
         page += sectionOf(event);
+    }
+    return page;
+}
+
+std::string commandsPage()
+{
+    std::string page(kCommandsHead);
+    for (CommandDescription const& command : commandDescriptions()) {
+        std::string const usage = command.name + (command.arguments.empty() ? "" : " ") + command.arguments;
+        page += "| `" + plain(usage) + "` | " + plain(command.help) + " |\n";
     }
     return page;
 }

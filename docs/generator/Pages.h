@@ -19,3 +19,4 @@ struct Exchange
 std::string requestsPage(std::vector<Exchange> const& exchanges);
 std::string eventsPage();
 std::string enumerationsPage();
+std::string commandsPage();

@@ -1,7 +1,7 @@
 // Writes the pages and the description that are generated from the tables.
 //
-//   generate_docs FOLDER          writes requests.md (with exchanges.json), events.md, enumerations.md and
-//                                 protocol.json
+//   generate_docs FOLDER          writes requests.md (with exchanges.json), events.md, enumerations.md, commands.md
+//                                 and protocol.json
 //   generate_docs --check FOLDER  compares them with the tables; exits with 1 when one differs
 #include <algorithm>
 #include <exception>
@@ -18,6 +18,8 @@
 
 #include "CommunicationsServiceRequests.h"
 #include "Pages.h"
+#include "telephone/access/Commands.h"
+#include "telephone/base/Version.h"
 #include "telephone/protocol/MessageText.h"
 #include "telephone/protocol/ProtocolDescription.h"
 
@@ -95,7 +97,9 @@ bool handlePages(std::string const& folder, bool (*handle)(std::string const& pa
         {"/requests.md", requestsPage(exchangesOf(folder + "/exchanges.json"))},
         {"/events.md", eventsPage()},
         {"/enumerations.md", enumerationsPage()},
-        {"/protocol.json", telephone::ProtocolDescription(TELEPHONE_VERSION).json()},
+        {"/commands.md", commandsPage()},
+        {"/protocol.json",
+         telephone::ProtocolDescription(telephone::kTelephoneVersion, telephone::commandDescriptions()).json()},
     };
     bool good = true;
     for (auto const& file : files) {

@@ -1,10 +1,11 @@
 // The commands console, tour, play and serve.
-#include <cstdio>
+#include <array>
 #include <fstream>
 #include <iostream>
 #include <optional>
 #include <sstream>
 
+#include <poll.h>
 #include <spdlog/fmt/fmt.h>
 #include <unistd.h>
 
@@ -17,11 +18,11 @@
 #include "telephone/console/Conversation.h"
 #include "telephone/console/ScriptPlayer.h"
 #include "telephone/console/ScriptReport.h"
-#include "telephone/console/Terminal.h"
 #include "telephone/console/Transcript.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/ServiceLibrary.h"
 #include "telephone/framework/StopSignal.h"
+#include "telephone/program/Output.h"
 #include "telephone/program/Programs.h"
 #include "telephone/program/StartConfiguration.h"
 #include "telephone/program/TrafficCheck.h"
@@ -58,17 +59,45 @@ Outcome<Server> openSocket(CommandLine const& line, Configuration const& configu
     return server;
 }
 
+// Standard input to its end. Refused if the program must end before.
+Outcome<std::string> readInput(int stop)
+{
+    std::string text;
+    while (true) {
+        std::array<pollfd, 2> waited{{{STDIN_FILENO, POLLIN, 0}, {stop, POLLIN, 0}}};
+        poll(waited.data(), waited.size(), -1);
+        if (waited[1].revents != 0) {
+            return refuse(RefusalKind::kUnavailable, "ended by a signal before the end of the script");
+        }
+        std::array<char, 4096> buffer;
+        ssize_t const count = read(STDIN_FILENO, buffer.data(), buffer.size());
+        if (count <= 0) {
+            return text;
+        }
+        text.append(buffer.data(), static_cast<std::size_t>(count));
+    }
+}
+
+Outcome<std::string> readScript(std::string const& name, int stop)
+{
+    if (name == "-") {
+        return readInput(stop);
+    }
+    std::ifstream file(name);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return file ? Outcome<std::string>(text.str()) : refuse(RefusalKind::kNotFound, name + ": cannot be read");
+}
+
 Outcome<bool> play(Conversation& conversation, CommandLine const& line)
 {
+    auto const text = readScript(line.script, conversation.stopDescriptor());
+    if (!text) {
+        return tl::unexpected(text.error());
+    }
     std::string const name = line.script == "-" ? "standard input" : line.script;
-    std::ifstream file;
-    if (line.script != "-") {
-        file.open(line.script);
-    }
-    if (!file) {
-        return refuse(RefusalKind::kNotFound, line.script + ": cannot be read");
-    }
-    ScriptResult const result = ScriptPlayer(conversation).play(line.script == "-" ? std::cin : file, name);
+    std::istringstream script(*text);
+    ScriptResult const result = ScriptPlayer(conversation).play(script, name);
     if (result.passed()) {
         conversation.transcript().note(fmt::format("passed: {} steps in {:.1f} s", result.steps, result.seconds));
     }
@@ -110,35 +139,6 @@ Outcome<bool> talk(Conversation& conversation, CommandLine const& line)
     return line.action == Action::kTour ? tour(conversation) : openConsole(conversation);
 }
 
-void printLine(std::FILE* file, std::string const& text)
-{
-    std::fwrite(text.data(), 1, text.size(), file);
-    std::fputc('\n', file);
-    std::fflush(file);
-}
-
-OutputKind outputKind(CommandLine const& line)
-{
-    if (line.output.raw) {
-        return OutputKind::kTags;
-    }
-    if (line.output.json) {
-        return OutputKind::kJson;
-    }
-    return line.action == Action::kTour ? OutputKind::kDrawing : OutputKind::kWords;
-}
-
-DisplayOptions displayOptions(OutputChoice const& output, std::string ownDomain)
-{
-    DisplayOptions options;
-    options.ownDomain = std::move(ownDomain);
-    options.addresses = output.addresses;
-    options.date = output.date;
-    options.utc = output.utc;
-    fitToTerminal(options, output.colour);
-    return options;
-}
-
 // The socket appears once the telephone can make calls.
 Outcome<int> serve(CommandLine const& line, Configuration const& configuration, Telephone& telephone,
                    StopSignal const& stop)
@@ -156,9 +156,7 @@ Outcome<int> converse(CommandLine const& line, Configuration const& configuratio
                       StopSignal const& stop)
 {
     SessionServices const services = telephone.sessions(nullptr);
-    Transcript transcript([](std::string const& text) { printLine(stdout, text); },
-                          [](std::string const& text) { printLine(stderr, text); }, outputKind(line),
-                          displayOptions(line.output, services.telephone.state().domain));
+    Transcript transcript = openTranscript(line, services.telephone.state().domain);
     Conversation conversation("console", services, transcript, stop.descriptor());
     auto const server = openSocket(line, configuration, telephone, stop);
     if (!server) {

@@ -165,3 +165,9 @@ Ended run(std::vector<std::string> const& command, std::string const& input)
     int const status = process.wait();
     return {status, process.readAll()};
 }
+
+std::string lastLine(std::string const& output)
+{
+    auto const end = output.find_last_not_of('\n');
+    return output.substr(output.rfind('\n', end) + 1, end - output.rfind('\n', end));
+}

@@ -58,3 +58,6 @@ struct Ended
     std::string output;
 };
 Ended run(std::vector<std::string> const& command, std::string const& input = {});
+
+// The last line of a program's output, without its end.
+std::string lastLine(std::string const& output);

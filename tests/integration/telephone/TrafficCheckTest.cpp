@@ -9,31 +9,28 @@ namespace {
 
 constexpr int kContradiction = 4;
 
-std::string lastLine(std::string const& output)
-{
-    auto const end = output.find_last_not_of('\n');
-    return output.substr(output.rfind('\n', end) + 1, end - output.rfind('\n', end));
-}
-
 }  // namespace
 
 TEST(TrafficCheck, WrongRequest_EndsTheTelephone)
 {
-    Ended const result =
-        run({TELEPHONE, "--check", "all", "play", "-"}, "<Method>HoldCall</Method><Lien>4711</Lien>\n");
+    RunningTelephone telephone({"--check", "all"});
+    auto client = telephone::ApplicationClient::connect(telephone.socket());
+    ASSERT_TRUE(client);
 
-    EXPECT_EQ(result.status, kContradiction);
-    EXPECT_EQ(lastLine(result.output), "telephone: check: HoldCall has no parameter Lien (did you mean Line?): "
-                                       "<Method>HoldCall</Method><Lien>4711</Lien>");
+    ASSERT_TRUE(client->send(method("HoldCall", "<Lien>4711</Lien>")));
+
+    EXPECT_EQ(telephone.process().wait(), kContradiction);
+    EXPECT_EQ(lastLine(telephone.process().output()),
+              "telephone: check: HoldCall has no parameter Lien (did you mean Line?): "
+              "<Method>HoldCall</Method><Lien>4711</Lien>");
 }
 
 TEST(TrafficCheck, WrongRequest_IsAnsweredWhereOnlyEventsAreChecked)
 {
-    Ended const result =
-        run({TELEPHONE, "--check", "events", "play", "-"}, "<Method>HoldCall</Method><Lien>4711</Lien>\n");
+    RunningTelephone telephone({"--check", "events"});
+    Application application(telephone.socket());
 
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(lastLine(result.output), "answer   sfiFailure");
+    EXPECT_EQ(application.request(method("HoldCall", "<Lien>4711</Lien>")), "sfiFailure");
 }
 
 // Nothing else makes a telephone send a wrong event: a caller whose name contains an element.

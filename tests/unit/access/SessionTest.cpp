@@ -205,6 +205,11 @@ TEST_F(SessionTest, WrongLines_AreErrorsWithAHint)
     EXPECT_EQ(replies("say \"hi"), "error a quote \" is not closed\n");
 }
 
+TEST_F(SessionTest, Describe_TakesAValueOfAnEnumeration)
+{
+    EXPECT_EQ(replies("describe CallState 6").substr(0, 29), "result CallState 6: connected");
+}
+
 TEST_F(SessionTest, Quit_EndsTheTelephone)
 {
     EXPECT_EQ(replies("quit"), "result \n");
