@@ -1,6 +1,5 @@
 // The commands console, tour, play and serve.
 #include <array>
-#include <cstdio>
 #include <fstream>
 #include <iostream>
 #include <optional>
@@ -13,6 +12,7 @@
 
 #include "Tour.h"
 #include "telephone/Telephone.h"
+#include "telephone/access/TelephoneControls.h"
 #include "telephone/applications/ApplicationServer.h"
 #include "telephone/applications/SocketPath.h"
 #include "telephone/console/Console.h"
@@ -24,6 +24,7 @@
 #include "telephone/framework/ServiceLibrary.h"
 #include "telephone/framework/StopSignal.h"
 #include "telephone/http/HttpServer.h"
+#include "telephone/program/Output.h"
 #include "telephone/program/Programs.h"
 #include "telephone/program/StartConfiguration.h"
 #include "telephone/program/TrafficCheck.h"
@@ -35,6 +36,10 @@ namespace {
 using Server = std::unique_ptr<ApplicationServer>;
 
 constexpr int kKeepEnvironment = 0;  // of sd_notify
+constexpr char const* kTourIntroduction =
+    "This telephone calls numbers of its own exchange, on this machine only, and draws each call as it progresses:\n"
+    "on the left what an application sends and is told, on the right what passes between telephone and far end.\n"
+    "Time runs downwards, in seconds. The tour takes about five.\n\n";
 
 // Null: another telephone has the socket, and this one does not need it.
 Outcome<Server> openSocket(CommandLine const& line, Configuration const& configuration, Telephone& telephone,
@@ -141,9 +146,16 @@ bool openConsole(Conversation& conversation)
 
 bool tour(Conversation& conversation)
 {
+    Transcript& transcript = conversation.transcript();
+    if (transcript.kind() == OutputKind::kDrawing) {
+        transcript.note(kTourIntroduction);
+    }
     std::istringstream script(kTourScript);
     bool const passed = ScriptPlayer(conversation).play(script, "tour").passed();
     bool const staysOpen = isatty(STDIN_FILENO) == 1 && !conversation.isStopped();
+    if (transcript.kind() == OutputKind::kDrawing) {
+        conversation.writeAs(OutputKind::kWords);
+    }
     return passed && (!staysOpen || openConsole(conversation));
 }
 
@@ -154,13 +166,6 @@ Outcome<bool> talk(Conversation& conversation, CommandLine const& line)
         return play(conversation, line);
     }
     return line.action == Action::kTour ? tour(conversation) : openConsole(conversation);
-}
-
-void printLine(std::string const& text)
-{
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    std::fputc('\n', stdout);
-    std::fflush(stdout);
 }
 
 // The socket appears once the telephone can make calls. A service manager that has started the program is told of this,
@@ -185,8 +190,9 @@ Outcome<int> serve(CommandLine const& line, Configuration const& configuration, 
 Outcome<int> converse(CommandLine const& line, Configuration const& configuration, Telephone& telephone,
                       StopSignal const& stop)
 {
-    Transcript transcript(printLine);
-    Conversation conversation("console", telephone.sessions(nullptr), transcript, stop.descriptor());
+    SessionServices const services = telephone.sessions(nullptr);
+    Transcript transcript = openTranscript(line, services.telephone.state().domain);
+    Conversation conversation("console", services, transcript, stop.descriptor());
     auto const entrances = openEntrances(line, configuration, telephone, stop);
     if (!entrances) {
         return tl::unexpected(entrances.error());
