@@ -1,10 +1,12 @@
 // The commands console, tour, play and serve.
+#include <array>
 #include <cstdio>
 #include <fstream>
 #include <iostream>
 #include <optional>
 #include <sstream>
 
+#include <poll.h>
 #include <spdlog/fmt/fmt.h>
 #include <unistd.h>
 
@@ -51,17 +53,45 @@ Outcome<Server> openSocket(CommandLine const& line, Configuration const& configu
     return server;
 }
 
+// Standard input to its end. Refused if the program must end before.
+Outcome<std::string> readInput(int stop)
+{
+    std::string text;
+    while (true) {
+        std::array<pollfd, 2> waited{{{STDIN_FILENO, POLLIN, 0}, {stop, POLLIN, 0}}};
+        poll(waited.data(), waited.size(), -1);
+        if (waited[1].revents != 0) {
+            return refuse(RefusalKind::kUnavailable, "ended by a signal before the end of the script");
+        }
+        std::array<char, 4096> buffer;
+        ssize_t const count = read(STDIN_FILENO, buffer.data(), buffer.size());
+        if (count <= 0) {
+            return text;
+        }
+        text.append(buffer.data(), static_cast<std::size_t>(count));
+    }
+}
+
+Outcome<std::string> readScript(std::string const& name, int stop)
+{
+    if (name == "-") {
+        return readInput(stop);
+    }
+    std::ifstream file(name);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return file ? Outcome<std::string>(text.str()) : refuse(RefusalKind::kNotFound, name + ": cannot be read");
+}
+
 Outcome<bool> play(Conversation& conversation, CommandLine const& line)
 {
+    auto const text = readScript(line.script, conversation.stopDescriptor());
+    if (!text) {
+        return tl::unexpected(text.error());
+    }
     std::string const name = line.script == "-" ? "standard input" : line.script;
-    std::ifstream file;
-    if (line.script != "-") {
-        file.open(line.script);
-    }
-    if (!file) {
-        return refuse(RefusalKind::kNotFound, line.script + ": cannot be read");
-    }
-    ScriptResult const result = ScriptPlayer(conversation).play(line.script == "-" ? std::cin : file, name);
+    std::istringstream script(*text);
+    ScriptResult const result = ScriptPlayer(conversation).play(script, name);
     if (result.passed()) {
         conversation.transcript().note(fmt::format("passed: {} steps in {:.1f} s", result.steps, result.seconds));
     }
