@@ -1,64 +1,61 @@
-// Sends any bytes to the application socket, in pieces of any size. Every request that ends with a NUL is handled once
-// and in order, and the answers equal those of a plain splitter.
+// Sends any bytes to the application socket, in pieces of any size. Every message that ends with a NUL is handled once
+// and in order: the application reads what a session says that receives the same messages one by one.
 #include <array>
 #include <memory>
-#include <vector>
 
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include "FuzzInput.h"
-#include "platform/framework/Executable.h"
-#include "platform/framework/FrameworkContext.h"
-#include "platform/framework/Invoker.h"
-#include "platform/framework/InvokerResponse.h"
 #include "telephone/applications/ApplicationConnection.h"
-#include "telephone/framework/Channel.h"
+#include "telephone/applications/ApplicationProtocol.h"
 #include "telephone/framework/FileDescriptor.h"
-#include "telephone/framework/RequestRunner.h"
+#include "tests/unit/access/TelephoneDouble.h"
 
 namespace {
-class NoService final : public Executable
-{
-public:
-    void init(Context& /*context*/) override {}
-    void shutdown() override {}
-};
+// Above this the connection stops in between to let the application read.
+constexpr std::size_t kMostOutput = std::size_t{512} * 1024;
 
-// Answers with the size of the request; does not answer a request that begins with "-".
-class SizeInvoker final : public Invoker
+TelephoneDouble& telephoneDouble()
 {
-public:
-    void handleMessage(Executable* /*service*/, char const* message, int length, InvokerResponse* response) override
-    {
-        if (message[0] != '-') {
-            auto const answer = std::to_string(length);
-            response->sendResponse(answer.c_str(), static_cast<int>(answer.size()));
-        }
-        response->finish();
-    }
-    void initInvoker(FrameworkContext* /*context*/) override {}
-};
-
-std::string expectedOutput(std::string const& input, bool ended)
-{
-    std::string output;
-    std::size_t start = 0;
-    for (std::size_t i = 0; i < input.size(); ++i) {
-        if (input[i] != '\0') {
-            continue;
-        }
-        if (input[start] != '-') {
-            output += "answer\n" + std::to_string(i - start) + std::string(1, '\0');
-        }
-        output += std::string("finished\n") + std::string(1, '\0');
-        start = i + 1;
-    }
-    if (ended && start < input.size()) {
-        output += std::string("error\nthe last request has no end (a NUL byte); not handled") + std::string(1, '\0');
-    }
-    return output;
+    static TelephoneDouble telephone;
+    telephone.invoker.answer = [](std::string const& request) { return std::to_string(request.size()); };
+    telephone.invoker.requests.clear();
+    telephone.controls.asked.clear();
+    return telephone;
 }
+
+// A session that is given the messages one by one.
+class PlainApplication
+{
+public:
+    void take(std::string const& piece)
+    {
+        input_ += piece;
+        std::size_t end = 0;
+        while ((end = input_.find('\0')) != std::string::npos) {
+            session_.handle(std::string(input_, 0, end), sink_);
+            input_.erase(0, end + 1);
+        }
+        while (session_.takeEvents(256, sink_)) {
+        }
+    }
+    void end()
+    {
+        if (!input_.empty()) {
+            sink_({telephone::MessageKind::kError, "the last request has no end (a NUL byte); not handled"});
+        }
+    }
+    [[nodiscard]] std::string const& output() const { return output_; }
+
+private:
+    std::string input_;
+    std::string output_;
+    telephone::MessageSink const sink_ = [this](telephone::Message const& message) {
+        telephone::appendMessage(output_, message);
+    };
+    telephone::Session session_{"plain", telephoneDouble().services(), 10, [] {}};
+};
 
 void readAll(int descriptor, std::string& output)
 {
@@ -78,20 +75,17 @@ int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
     std::array<int, 2> pair{};
     require(socketpair(AF_UNIX, SOCK_STREAM, 0, pair.data()) == 0, "no pair of sockets");
     telephone::FileDescriptor const application(pair[0]);
-    FrameworkContext context;
-    NoService service;
-    SizeInvoker invoker;
-    telephone::RequestRunner runner(service, invoker);
+    PlainApplication plain;
     telephone::ApplicationConnection connection(
-        telephone::FileDescriptor(pair[1]), std::make_shared<telephone::Channel>("fuzzer", context, 10, [] {}), runner);
+        telephone::FileDescriptor(pair[1]),
+        std::make_unique<telephone::Session>("fuzzer", telephoneDouble().services(), 10, [] {}));
 
     FuzzInput input(data, size);
     bool const ends = input.flag();
-    std::string sent;
     std::string received;
-    while (!input.isEmpty()) {
+    while (!input.isEmpty() && plain.output().size() < kMostOutput) {
         auto const piece = input.text();
-        sent += piece;
+        plain.take(piece);
         require(piece.empty() || send(application.get(), piece.data(), piece.size(), MSG_NOSIGNAL) ==
                                      static_cast<ssize_t>(piece.size()),
                 "a piece was not taken");
@@ -100,10 +94,11 @@ int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
     }
     if (ends) {
         shutdown(application.get(), SHUT_WR);
+        plain.end();
         connection.receive();
         readAll(application.get(), received);
         require(connection.isOver(), "the connection of an application that has ended stays open");
     }
-    requireEqual(received, expectedOutput(sent, ends), "what the application reads");
+    requireEqual(received, plain.output(), "what the application reads");
     return 0;
 }

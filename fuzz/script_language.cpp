@@ -3,8 +3,8 @@
 #include <sstream>
 
 #include "FuzzInput.h"
+#include "telephone/access/Completion.h"
 #include "telephone/access/Words.h"
-#include "telephone/console/Completion.h"
 #include "telephone/console/ScriptPlayer.h"
 #include "tests/unit/console/ConsoleDoubles.h"
 
@@ -36,8 +36,8 @@ std::string withoutWaiting(std::string const& line)
 // Runs the line as if typed: it succeeds, or is refused with a reason.
 void typeLine(TalkingTelephone& phone, std::string const& line)
 {
-    (void)telephone::completions(line);
-    auto const result = phone.conversation->interpreter().run(line);
+    (void)telephone::completions(line, {phone.controls.present, {}, phone.description});
+    auto const result = phone.conversation->run(line);
     require(result || !result.error().reason.empty(), "a refusal has no reason");
 }
 }  // namespace
@@ -61,7 +61,7 @@ int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
 
     std::istringstream played(script.str());
     telephone::ScriptPlayer player(*phone.conversation);
-    bool const held = player.play(played, "fuzz");
+    bool const held = player.play(played, "fuzz").passed();
     require(held || phone.written.find("fuzz:") != std::string::npos, "a script failed and nothing says where");
     for (auto const& request : phone.invoker.requests) {
         require(!request.empty(), "an empty request was sent");

@@ -4,6 +4,7 @@
 
 #include <spdlog/fmt/fmt.h>
 
+#include "telephone/protocol/MessageText.h"
 #include "telephone/protocol/Vocabulary.h"
 
 namespace telephone {
@@ -44,8 +45,7 @@ bool RequestCase::flag(std::string_view tag) const
 
 bool RequestCase::failed() const
 {
-    std::string_view const answer = reply_.answer ? std::string_view(*reply_.answer) : std::string_view();
-    return answer.starts_with("sfiFailure") || answer.starts_with("<sfiResult>sfiFailure");
+    return reply_.answer && reportsFailure(*reply_.answer);
 }
 
 bool RequestCase::succeeded() const

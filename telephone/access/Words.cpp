@@ -41,6 +41,16 @@ Outcome<std::string> takeWord(std::string_view& line)
     return word;
 }
 
+std::string quoted(std::string_view word)
+{
+    std::string text = "\"";
+    for (char const letter : word) {
+        text += letter == '"' || letter == '\\' ? "\\" : "";
+        text += letter;
+    }
+    return text + '"';
+}
+
 }  // namespace
 
 Outcome<Words> splitWords(std::string_view line)
@@ -67,6 +77,16 @@ std::string joinWords(Words const& words, std::size_t first)
         text += (i == first ? "" : " ") + words[i];
     }
     return text;
+}
+
+std::string quoteWords(Words const& words)
+{
+    std::string line;
+    for (std::string const& word : words) {
+        bool const isPlain = !word.empty() && word.find_first_of(" \t\r\n\"'#") == std::string::npos;
+        line += (line.empty() ? "" : " ") + (isPlain ? word : quoted(word));
+    }
+    return line;
 }
 
 std::optional<Assignment> splitAssignment(std::string const& word)

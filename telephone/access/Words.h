@@ -19,6 +19,9 @@ using Words = std::vector<std::string>;
 // The words from `first` on, separated by single blanks.
 std::string joinWords(Words const& words, std::size_t first = 0);
 
+// A line that splitWords splits into these words.
+std::string quoteWords(Words const& words);
+
 struct Assignment
 {
     std::string name;

@@ -11,14 +11,66 @@
 
 namespace telephone {
 
+namespace {
+
+// Adds a message to the reply that it belongs to. True: it was the last one.
+bool takeReply(ApplicationMessage& message, ApplicationReply& reply)
+{
+    switch (message.kind) {
+    case MessageKind::kAnswer:
+        reply.text = std::move(message.text);
+        return false;
+    case MessageKind::kReason:
+        reply.reasons.push_back(std::move(message.text));
+        return false;
+    case MessageKind::kResult:
+        reply.text = std::move(message.text);
+        return true;
+    case MessageKind::kFinished:
+        return true;
+    case MessageKind::kError:
+    case MessageKind::kRequest:
+    case MessageKind::kEvent:
+    case MessageKind::kGap:
+    case MessageKind::kState:
+        break;
+    }
+    return false;
+}
+
+}  // namespace
+
 Outcome<ApplicationClient> ApplicationClient::connect(std::string const& path)
 {
     return connectTo(path).map([](FileDescriptor socket) { return ApplicationClient(std::move(socket)); });
 }
 
-Outcome<> ApplicationClient::send(std::string_view request)
+Outcome<ApplicationReply> ApplicationClient::ask(std::string_view text, int stop)
 {
-    std::string const message = std::string(request) + kMessageEnd;
+    if (auto const sent = send(text); !sent) {
+        return tl::unexpected(sent.error());
+    }
+    ApplicationReply reply;
+    while (true) {
+        auto message = receive(stop);
+        if (!message) {
+            return tl::unexpected(message.error());
+        }
+        if (!*message) {
+            return refuse(RefusalKind::kUnavailable, "the telephone has ended before it answered");
+        }
+        if ((*message)->kind == MessageKind::kError) {
+            return refuse(RefusalKind::kBadInput, (*message)->text);
+        }
+        if (takeReply(**message, reply)) {
+            return reply;
+        }
+    }
+}
+
+Outcome<> ApplicationClient::send(std::string_view text)
+{
+    std::string const message = std::string(text) + kMessageEnd;
     std::size_t sent = 0;
     while (sent < message.size()) {
         ssize_t const count = ::send(socket_.get(), message.data() + sent, message.size() - sent, MSG_NOSIGNAL);

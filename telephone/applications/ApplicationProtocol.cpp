@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <charconv>
 
+#include "telephone/protocol/TimeText.h"
+
 namespace telephone {
 
 void appendMessage(std::string& output, Message const& message)
@@ -12,7 +14,9 @@ void appendMessage(std::string& output, Message const& message)
     }
     output += kMessageKindNames.at(static_cast<std::size_t>(message.kind));
     if (message.kind == MessageKind::kEvent) {
-        output += " " + std::to_string(message.number);
+        output += ' ';
+        output += std::to_string(message.number);
+        output += message.time == Message{}.time ? "" : " " + timeText(message.time);
     }
     output += '\n';
     // A NUL would end the message early, and the application would read the rest as another message.
@@ -33,9 +37,12 @@ std::optional<ApplicationMessage> parseApplicationMessage(std::string_view messa
         return std::nullopt;
     }
     auto const kind = static_cast<MessageKind>(name - kMessageKindNames.begin());
-    ApplicationMessage result{kind, 0, std::string(message.substr(lineEnd + 1))};
+    ApplicationMessage result{kind, 0, {}, std::string(message.substr(lineEnd + 1))};
     if (word.size() < head.size()) {
-        std::from_chars(head.data() + word.size() + 1, head.data() + head.size(), result.number);
+        char const* const end = head.data() + head.size();
+        auto const number = std::from_chars(head.data() + word.size() + 1, end, result.number);
+        bool const hasTime = number.ptr != end;
+        result.time = hasTime ? readTime({number.ptr + 1, end}).value_or(result.time) : result.time;
     }
     return result;
 }

@@ -14,9 +14,7 @@ namespace telephone {
 
 namespace {
 
-// Of every kind of failure; getForwardingConfiguration answers with an element.
-constexpr std::string_view kFailure = "sfiFailure";
-constexpr std::string_view kFailureElement = "<sfiResult>sfiFailure";
+constexpr std::string_view kFailure = "sfiFailure";  // the answer to a request that cannot be run
 
 struct DeviceKind
 {
@@ -111,8 +109,7 @@ AnswerWords answerWords(RequestDescription const* request, std::optional<std::st
     if (!answer) {
         return {"finished", false};
     }
-    bool const isFailure = answer->starts_with(kFailure) || answer->starts_with(kFailureElement);
-    return {request != nullptr ? wordsFor(*request, *answer, options) : resultWord(*answer), isFailure};
+    return {request != nullptr ? wordsFor(*request, *answer, options) : resultWord(*answer), reportsFailure(*answer)};
 }
 
 }  // namespace telephone

@@ -48,6 +48,16 @@ void addOptions(CLI::App& app, CommandLine& line)
         ->check(CLI::IsMember({"none", "events", "all"}));
 }
 
+void addWatch(CLI::App& app, CommandLine& line)
+{
+    CLI::App* const watch = add(app, line, Action::kWatch, "watch", "Prints the events of a running telephone");
+    watch->add_option("--line", line.lines, "Only events of these lines; 4711 includes 4711#2");
+    watch->add_option("--only", line.events, "Only these events, such as CallHeldEvent,CallRetrievedEvent");
+    watch->add_option("--after", line.after, "Begin with the event after this number");
+    CLI::Option* const raw = watch->add_flag("--raw", line.raw, "As the service writes them");
+    watch->add_flag("--json", line.json, "As JSON, one object a line")->excludes(raw);
+}
+
 void addCommands(CLI::App& app, CommandLine& line)
 {
     add(app, line, Action::kConsole, "console", "Telephone with a console (help lists its commands)");
@@ -58,9 +68,12 @@ void addCommands(CLI::App& app, CommandLine& line)
     add(app, line, Action::kServe, "serve", "Telephone for applications only, until a signal ends it");
     CLI::App* const exchange = add(app, line, Action::kExchange, "exchange", "The exchange without a telephone");
     exchange->add_option("--port", line.port, "Its port; 0: any free one")->check(CLI::Range(0, 65535));
+    CLI::App* const command = add(app, line, Action::kDo, "do", "Gives a command to a running telephone");
+    command->add_option("WORDS", line.words, "Command of the console: press 1, lines, state, ...")->required();
     CLI::App* const request = add(app, line, Action::kRequest, "request", "Sends a request to a running telephone");
     request->add_option("WORDS", line.words, "METHOD Tag=value ...")->required();
-    add(app, line, Action::kWatch, "watch", "Prints the events of a running telephone");
+    request->add_flag("--lenient", line.lenient, "Send it unchecked, as applications may");
+    addWatch(app, line);
     CLI::App* const store = add(app, line, Action::kStore, "store", "Reads and writes the configuration store");
     store->add_option("WORDS", line.words, "list | get KEY | set KEY VALUE");
     // A value may begin with a minus sign.

@@ -1,6 +1,7 @@
 // The telephone's command line.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,6 +17,7 @@ enum class Action
     kPlay,
     kServe,
     kExchange,
+    kDo,
     kRequest,
     kWatch,
     kStore,
@@ -32,11 +34,16 @@ struct CommandLine
     std::optional<int> logLevel;
     bool withoutExchange = false;
     CheckedTraffic checked = CheckedTraffic::kNone;
-    int port = 0;                    // of the exchange without a telephone; 0: the configured one
-    std::string script;              // to play; "-": standard input
-    std::string junit;               // file for the result of a script; empty: none
-    std::vector<std::string> words;  // of a request or a store command, or the name to describe
-    bool json = false;               // describe as JSON
+    int port = 0;                        // of the exchange without a telephone; 0: the configured one
+    std::string script;                  // to play; "-": standard input
+    std::string junit;                   // file for the result of a script; empty: none
+    std::vector<std::string> words;      // of a request or a command, or the name to describe
+    bool lenient = false;                // request: the telephone does not check it
+    bool json = false;                   // describe, watch: as JSON
+    bool raw = false;                    // watch: as the service writes
+    std::string lines;                   // watch: separated by commas; empty: all
+    std::string events;                  // watch: names, separated by commas; empty: all
+    std::optional<std::uint64_t> after;  // watch: begin with the event after this one; nothing: with the next one
 
     // Nothing: the program ends at once with the exit status, after --help or after a mistake, which is on standard
     // error.

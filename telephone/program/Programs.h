@@ -13,9 +13,11 @@ class StopSignal;
 [[nodiscard]] Outcome<int> runTelephone(CommandLine const& line, StopSignal const& stop);
 // The exchange without a telephone, until a signal ends it.
 [[nodiscard]] Outcome<int> runExchange(CommandLine const& line, StopSignal const& stop);
-// The clients of a running telephone, and the configuration store.
+// The clients of a running telephone.
+[[nodiscard]] Outcome<int> runDo(CommandLine const& line, StopSignal const& stop);
 [[nodiscard]] Outcome<int> runRequest(CommandLine const& line, StopSignal const& stop);
 [[nodiscard]] Outcome<int> runWatch(CommandLine const& line, StopSignal const& stop);
+// The configuration store.
 [[nodiscard]] Outcome<int> runStore(CommandLine const& line);
 // The description of the protocol; needs no telephone.
 [[nodiscard]] Outcome<int> runDescribe(CommandLine const& line);

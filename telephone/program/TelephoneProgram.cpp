@@ -1,17 +1,17 @@
 // The commands console, tour, play and serve.
+#include <array>
 #include <cstdio>
 #include <fstream>
 #include <iostream>
 #include <optional>
 #include <sstream>
 
+#include <poll.h>
 #include <spdlog/fmt/fmt.h>
 #include <unistd.h>
 
 #include "Tour.h"
 #include "telephone/Telephone.h"
-#include "telephone/applications/ApplicationServer.h"
-#include "telephone/applications/SocketPath.h"
 #include "telephone/console/Console.h"
 #include "telephone/console/Conversation.h"
 #include "telephone/console/ScriptPlayer.h"
@@ -20,7 +20,7 @@
 #include "telephone/framework/Log.h"
 #include "telephone/framework/ServiceLibrary.h"
 #include "telephone/framework/StopSignal.h"
-#include "telephone/http/HttpServer.h"
+#include "telephone/program/Entrances.h"
 #include "telephone/program/Programs.h"
 #include "telephone/program/StartConfiguration.h"
 #include "telephone/program/TrafficCheck.h"
@@ -29,66 +29,45 @@ namespace telephone {
 
 namespace {
 
-using Server = std::unique_ptr<ApplicationServer>;
-
-// Null: another telephone has the socket, and this one does not need it.
-Outcome<Server> openSocket(CommandLine const& line, Configuration const& configuration, Telephone& telephone,
-                           StopSignal const& stop)
+// Standard input to its end. Refused if the program must end before.
+Outcome<std::string> readInput(int stop)
 {
-    ApplicationSocketConfiguration const& wanted = configuration.applications;
-    auto const path = wanted.path.empty() ? standardSocketPath() : wanted.path;
-    auto server = path.and_then([&](std::string const& socket) {
-        ApplicationServer::Settings const settings{socket, static_cast<std::size_t>(wanted.maximumApplications),
-                                                   static_cast<std::size_t>(wanted.queuedMessages)};
-        return ApplicationServer::open(settings, telephone.sessions([&stop] { stop.raise(); }));
-    });
-    // A script needs no socket, so another telephone at the default path does not prevent it.
-    bool const plays = line.action == Action::kPlay || line.action == Action::kTour;
-    bool const isTaken = !server && server.error().kind == RefusalKind::kAlreadyExists;
-    if (isTaken && plays && wanted.path.empty()) {
-        log(kLogInfo, "telephone", "no application socket: {}", server.error().reason);
-        return Server();
+    std::string text;
+    while (true) {
+        std::array<pollfd, 2> waited{{{STDIN_FILENO, POLLIN, 0}, {stop, POLLIN, 0}}};
+        poll(waited.data(), waited.size(), -1);
+        if (waited[1].revents != 0) {
+            return refuse(RefusalKind::kUnavailable, "ended by a signal before the end of the script");
+        }
+        std::array<char, 4096> buffer;
+        ssize_t const count = read(STDIN_FILENO, buffer.data(), buffer.size());
+        if (count <= 0) {
+            return text;
+        }
+        text.append(buffer.data(), static_cast<std::size_t>(count));
     }
-    return server;
 }
 
-// The ways in for other programs.
-struct Entrances
+Outcome<std::string> readScript(std::string const& name, int stop)
 {
-    Server socket;                     // null: another telephone has it
-    std::unique_ptr<HttpServer> http;  // null: not configured, or there is no socket
-};
-
-Outcome<Entrances> openEntrances(CommandLine const& line, Configuration const& configuration, Telephone& telephone,
-                                 StopSignal const& stop)
-{
-    return openSocket(line, configuration, telephone, stop).and_then([&](Server socket) -> Outcome<Entrances> {
-        if (configuration.http.address.empty()) {
-            return Entrances{std::move(socket), nullptr};
-        }
-        if (socket == nullptr) {
-            log(kLogInfo, "telephone", "no HTTP: its token is kept beside the application socket");
-            return Entrances{};
-        }
-        HttpServer::Settings const settings{configuration.http, socket->path() + ".token"};
-        return HttpServer::open(settings, telephone.sessions([&stop] { stop.raise(); }))
-            .map([&socket](std::unique_ptr<HttpServer> http) {
-                return Entrances{std::move(socket), std::move(http)};
-            });
-    });
+    if (name == "-") {
+        return readInput(stop);
+    }
+    std::ifstream file(name);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return file ? Outcome<std::string>(text.str()) : refuse(RefusalKind::kNotFound, name + ": cannot be read");
 }
 
 Outcome<bool> play(Conversation& conversation, CommandLine const& line)
 {
+    auto const text = readScript(line.script, conversation.stopDescriptor());
+    if (!text) {
+        return tl::unexpected(text.error());
+    }
     std::string const name = line.script == "-" ? "standard input" : line.script;
-    std::ifstream file;
-    if (line.script != "-") {
-        file.open(line.script);
-    }
-    if (!file) {
-        return refuse(RefusalKind::kNotFound, line.script + ": cannot be read");
-    }
-    ScriptResult const result = ScriptPlayer(conversation).play(line.script == "-" ? std::cin : file, name);
+    std::istringstream script(*text);
+    ScriptResult const result = ScriptPlayer(conversation).play(script, name);
     if (result.passed()) {
         conversation.transcript().note(fmt::format("passed: {} steps in {:.1f} s", result.steps, result.seconds));
     }

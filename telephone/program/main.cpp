@@ -18,6 +18,8 @@ telephone::Outcome<int> run(telephone::CommandLine const& line, telephone::StopS
         return telephone::runTelephone(line, stop);
     case Action::kExchange:
         return telephone::runExchange(line, stop);
+    case Action::kDo:
+        return telephone::runDo(line, stop);
     case Action::kRequest:
         return telephone::runRequest(line, stop);
     case Action::kWatch:

@@ -2,6 +2,7 @@
 
 #include "telephone/protocol/JsonText.h"
 #include "telephone/protocol/MessageText.h"
+#include "telephone/protocol/TimeText.h"
 #include "telephone/protocol/Vocabulary.h"
 
 namespace telephone {

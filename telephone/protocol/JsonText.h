@@ -1,7 +1,6 @@
 // How the telephone writes JSON on one line, as the state and events are sent. For the files of this module.
 #pragma once
 
-#include <chrono>
 #include <string>
 #include <string_view>
 
@@ -17,8 +16,5 @@ std::string lineOf(Json const& value);
 
 // Null for an empty text.
 Json textOrNull(std::string_view text);
-
-// "2026-03-01T12:00:00.000Z".
-std::string timeText(std::chrono::system_clock::time_point time);
 
 }  // namespace telephone

@@ -10,6 +10,7 @@ namespace telephone {
 namespace {
 
 constexpr std::array<std::string_view, 4> kLineElements{"LineID", "lineURI", "deviceId"};
+constexpr std::array<std::string_view, 2> kResultElements{"sfiResult", "func_return_val"};
 constexpr std::array<std::string_view, 2> kCallElements{"CallID", "callId"};
 
 std::string opening(std::string_view tag)
@@ -54,7 +55,27 @@ std::optional<std::string_view> takeValue(std::string_view& text, EventElement c
     return value;
 }
 
+// "sfiFailure" of "sfiFailure,false" and of "<sfiResult>sfiFailure</sfiResult>..."; empty: there is none.
+std::string_view resultWordOf(std::string_view answer)
+{
+    if (!answer.starts_with('<')) {
+        return answer.substr(0, answer.find(','));
+    }
+    while (auto const element = takeElement(answer)) {
+        if (std::find(kResultElements.begin(), kResultElements.end(), element->name) != kResultElements.end()) {
+            return element->value;
+        }
+    }
+    return {};
+}
+
 }  // namespace
+
+bool reportsFailure(std::string_view answer)
+{
+    EnumerationValue const* const result = enumerations::kResult.findWord(resultWordOf(answer));
+    return result != nullptr && result->word != "sfiSuccess";
+}
 
 std::optional<TextElement> takeElement(std::string_view& text)
 {

@@ -1,4 +1,4 @@
-// Reads the texts of events and of the elements in them. Views into the given text. Pure functions.
+// Reads the texts of answers, of events and of the elements in them. Views into the given text. Pure functions.
 #pragma once
 
 #include <optional>
@@ -17,6 +17,10 @@ struct TextElement
 
 // Takes the element at the beginning of the text; nothing where the text does not begin with a whole one.
 std::optional<TextElement> takeElement(std::string_view& text);
+
+// Whether an answer says that its request failed: its result word, wherever it stands, is not sfiSuccess. An answer
+// without a result word ("false", a list of devices) does not.
+bool reportsFailure(std::string_view answer);
 
 struct EventValue
 {

@@ -5,6 +5,18 @@
 
 #include "RunningTelephone.h"
 
+namespace {
+
+// Runs one of the commands for a running telephone.
+Ended runAt(RunningTelephone const& telephone, std::string const& command, std::vector<std::string> const& words)
+{
+    std::vector<std::string> all{TELEPHONE, "--socket", telephone.socket(), command};
+    all.insert(all.end(), words.begin(), words.end());
+    return run(all);
+}
+
+}  // namespace
+
 TEST(Applications, RequestsAndEvents_OfACall)
 {
     RunningTelephone telephone;
@@ -33,18 +45,19 @@ TEST(Applications, RequestThatIsNeverAnswered_IsFinished)
 
 TEST(Applications, BadRequests_AreAnsweredWithFailure)
 {
-    RunningTelephone telephone({"--check", "events"});
+    RunningTelephone telephone;
     Application application(telephone.socket());
-    std::string binary;
+    std::string binary = "<";
     for (int byte = 1; byte < 256; ++byte) {
         binary += static_cast<char>(byte);
     }
 
-    for (std::string const& each :
-         {std::string(), binary, std::string("<Method>HoldCall"), method(std::string(1 << 20, 'x')),
-          method("HoldCall", "<Line>" + std::string(1 << 20, 'x') + "</Line>")}) {
+    for (std::string const& each : {"<" + binary, std::string("<Method>HoldCall"), method(std::string(1 << 20, 'x')),
+                                    method("HoldCall", "<Line>" + std::string(1 << 20, 'x') + "</Line>")}) {
         EXPECT_EQ(application.request(each), "sfiFailure");
     }
+    EXPECT_EQ(application.request(""), "error: the message is empty");
+    EXPECT_EQ(application.request("hold"), "error: no request or command hold; help lists them");
     EXPECT_EQ(application.request(method("GetServiceState")), "sfiSuccess,sfiServiceInService");
 }
 
@@ -108,42 +121,105 @@ TEST(Applications, OneThatDiesInTheMiddle_LeavesTheTelephoneAlone)
     EXPECT_EQ(application.request(method("GetServiceState")), "sfiSuccess,sfiServiceInService");
 }
 
-TEST(Applications, RequestCommand_PrintsTheAnswer)
+TEST(Applications, RequestCommand_PrintsTheAnswerAndFailsWithIt)
 {
     RunningTelephone telephone;
-    auto const request = [&](std::vector<std::string> words) {
-        words.insert(words.begin(), {TELEPHONE, "--socket", telephone.socket(), "request"});
-        return run(words);
-    };
 
-    Ended const state = request({"GetServiceState"});
-    EXPECT_EQ(state.output, "sfiSuccess,sfiServiceInService\n");
-    EXPECT_EQ(state.status, 0);
-    Ended const failing = request({"HoldCall", "Line=4711", "CallID=1"});
-    EXPECT_EQ(failing.output, "sfiFailure\n");
-    EXPECT_EQ(failing.status, 1);
-    Ended const whole = request({"<Method>GetServiceState</Method>"});
-    EXPECT_EQ(whole.output, "sfiSuccess,sfiServiceInService\n");
-    Ended const wrong = request({"HoldCal"});
-    EXPECT_EQ(wrong.output, "telephone: no request HoldCal (did you mean HoldCall?)\n");
+    for (auto const& [words, output, status] : std::vector<std::tuple<std::vector<std::string>, std::string, int>>{
+             {{"GetServiceState"}, "sfiSuccess,sfiServiceInService\n", 0},
+             {{"<Method>GetServiceState</Method>"}, "sfiSuccess,sfiServiceInService\n", 0},
+             {{"HoldCall", "Line=4711", "CallID=1"},
+              "line 4711 has no call 1; the telephone has no calls\nsfiFailure\n",
+              1},
+             {{"ActivateCallbackBusy", "CallID=1"},
+              "there is no call 1; the telephone has no calls\nsfiFailureCallBackNoCallInfo\n",
+              1},
+             {{"--lenient", "getForwardingConfiguration", "fwType=9"},
+              "there is no forwarding type 9 (0 to 8)\n<sfiResult>sfiFailure</sfiResult><status>0</status><uri></uri>"
+              "<cfnrRingCount>0</cfnrRingCount>\n",
+              1},
+             {{"getForwardingConfiguration", "fwType=9"}, "telephone: fwType \"9\" is out of range (0 to 8)\n", 1},
+             {{"HoldCal"}, "telephone: no request HoldCal (did you mean HoldCall?)\n", 1},
+             {{"<Method>HoldCal</Method>"}, "telephone: there is no request HoldCal (did you mean HoldCall?)\n", 1},
+             {{"--lenient", "<Method>HoldCal</Method>"},
+              "there is no request HoldCal (did you mean HoldCall?)\nsfiFailure\n",
+              1},
+             {{"--lenient", "setIsInServiceInitiatedState", "Line=4711", "IsInServiceInitiatedState=FALSE"}, "", 0},
+         }) {
+        Ended const result = runAt(telephone, "request", words);
+        EXPECT_EQ(result.output, output) << words.back();
+        EXPECT_EQ(result.status, status) << words.back();
+    }
+}
+
+TEST(Applications, DoCommand_PrintsTheResultAndFailsWithAReason)
+{
+    RunningTelephone telephone;
+
+    Ended const calls = runAt(telephone, "do", {"calls"});
+    EXPECT_EQ(calls.output, "no calls\n");
+    EXPECT_EQ(calls.status, 0);
+    Ended const said = runAt(telephone, "do", {"say", "a \"b\"  c"});
+    EXPECT_EQ(said.output, "a \"b\"  c\n");
+    Ended const pressed = runAt(telephone, "do", {"press", "1"});
+    EXPECT_EQ(pressed.output, "");
+    EXPECT_EQ(pressed.status, 0);
+    Ended const wrong = runAt(telephone, "do", {"press", "99"});
+    EXPECT_EQ(wrong.output, "telephone: there is no key \"99\"; the layout has 1 to 15\n");
     EXPECT_EQ(wrong.status, 1);
+    Ended const quit = runAt(telephone, "do", {"quit"});
+    EXPECT_EQ(quit.status, 0) << quit.output;
+    EXPECT_EQ(telephone.process().wait(), 0) << telephone.process().output();
 }
 
 TEST(Applications, WatchCommand_PrintsTheEventsUntilTheTelephoneEnds)
 {
     RunningTelephone telephone;
-    Process watch({TELEPHONE, "--socket", telephone.socket(), "watch"});
+    Process readable({TELEPHONE, "--socket", telephone.socket(), "watch"});
+    Process raw({TELEPHONE, "--socket", telephone.socket(), "watch", "--raw"});
+    readable.readUntil("watching\n");
+    raw.readUntil("watching\n");
     Application application(telephone.socket());
-    watch.readUntil("watching\n");
 
     application.request(method("SetDoNotDisturb", "<Line>4711</Line><doNotDisturbOn>1</doNotDisturbOn>"));
 
-    watch.readUntil("<Method>DoNotDisturbEvent</Method><deviceId>4711</deviceId><doNotDisturbOn>1</doNotDisturbOn>\n");
+    raw.readUntil(" <Method>DoNotDisturbEvent</Method><deviceId>4711</deviceId><doNotDisturbOn>1</doNotDisturbOn>\n");
+    readable.readUntil("4711           do-not-disturb");
     telephone.process().signal(SIGTERM);
 
     EXPECT_EQ(telephone.process().wait(), 0) << telephone.process().output();
-    EXPECT_EQ(watch.wait(), 1);
-    EXPECT_NE(watch.output().find("telephone: the telephone has ended\n"), std::string::npos) << watch.output();
+    for (Process* const watch : {&readable, &raw}) {
+        EXPECT_EQ(watch->wait(), 1);
+        EXPECT_NE(watch->output().find("telephone: the telephone has ended\n"), std::string::npos) << watch->output();
+    }
+}
+
+TEST(Applications, WatchCommand_SelectsEventsAndBeginsWithPastOnes)
+{
+    RunningTelephone telephone;
+    Application application(telephone.socket());
+    application.request(method("Subscribe"));
+    for (char const* const line : {"4712", "4711"}) {
+        application.request(
+            method("SetDoNotDisturb", "<Line>" + std::string(line) + "</Line><doNotDisturbOn>1</doNotDisturbOn>"));
+        application.event("<deviceId>" + std::string(line));
+    }
+
+    Process watch({TELEPHONE, "--socket", telephone.socket(), "watch", "--after", "0", "--only",
+                   "DoNotDisturb,CallHeldEvent", "--line", "4711", "--json"});
+
+    watch.readUntil("watching\n");
+    watch.readUntil("\n");
+    std::string const first = watch.output().substr(watch.output().find('{'));
+    EXPECT_NE(first.find(R"("name":"DoNotDisturbEvent","line":"4711","call":null,)"
+                         R"("elements":{"deviceId":"4711","doNotDisturbOn":true})"),
+              std::string::npos)
+        << first;
+    watch.signal(SIGTERM);
+    EXPECT_EQ(watch.wait(), 0);
+    Ended const wrong = runAt(telephone, "watch", {"--only", "CallHeldEvnt"});
+    EXPECT_EQ(wrong.output, "telephone: no event CallHeldEvnt (did you mean CallHeldEvent?)\n");
+    EXPECT_EQ(wrong.status, 1);
 }
 
 TEST(Applications, CommandsWithoutATelephone_SayHowToStartOne)

@@ -20,7 +20,7 @@ protected:
     explicit ReasonsTest(std::string const& configuration = {})
     {
         std::ofstream(file()) << configuration << "\n[store]\npath = \"" << store() << "\"\n";
-        telephone_.emplace(std::vector<std::string>{"--config", file()});
+        telephone_.emplace(std::vector<std::string>{"--config", file(), "--check", "events"});
         application_.emplace(telephone_->socket());
         application_->command("reasons on");
         application_->request(method("Subscribe"));

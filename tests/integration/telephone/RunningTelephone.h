@@ -44,7 +44,7 @@ public:
         : client_(telephone::ApplicationClient::connect(socket).value())
     {}
 
-    // The answer; nothing: the request has none.
+    // The answer; nothing: the request has none. "error: ..." if the telephone does not accept it.
     std::optional<std::string> request(std::string const& text)
     {
         EXPECT_TRUE(client_.send(text));
@@ -56,6 +56,9 @@ public:
             }
             if (message->kind == telephone::MessageKind::kAnswer) {
                 answer = message->text;
+            }
+            if (message->kind == telephone::MessageKind::kError) {
+                return "error: " + message->text;
             }
             if (message->kind == telephone::MessageKind::kReason) {
                 reasons_.push_back(message->text);

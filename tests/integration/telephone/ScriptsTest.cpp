@@ -100,7 +100,38 @@ TEST(Scripts, FileThatIsNotThere_EndsWithOne)
     Ended const result = run({TELEPHONE, "--log-level", "0", "play", "/no/such/file"});
 
     EXPECT_EQ(result.status, 1);
-    EXPECT_NE(result.output.find("error    /no/such/file: cannot be read\n"), std::string::npos) << result.output;
+    EXPECT_EQ(lastLine(result.output), "telephone: /no/such/file: cannot be read");
+}
+
+TEST(Scripts, SignalBeforeTheEndOfAScript_EndsTheTelephone)
+{
+    Process process({TELEPHONE, "--log-level", "0", "play", "-"});
+    process.write("say playing\n");
+    process.readUntil("registered");
+
+    process.signal(SIGTERM);
+
+    EXPECT_EQ(process.wait(), 1);
+    EXPECT_EQ(lastLine(process.output()), "telephone: ended by a signal before the end of the script");
+}
+
+TEST(Scripts, Mistakes_AreAllReportedBeforeTheFirstStep)
+{
+    Ended const result =
+        run({TELEPHONE, "--log-level", "0", "play", "-"}, "OutgoingCallMakeRequest Line=4711 CallID=1 Destination=100\n"
+                                                          "wait CallStateChangeEvent CallState=conected\n"
+                                                          "hoold up\n");
+
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.output.find("standard input:2: wait CallStateChangeEvent CallState=conected: \"conected\" is not "
+                                 "a value of CallState (did you mean connected?)\n"),
+              std::string::npos)
+        << result.output;
+    EXPECT_NE(result.output.find("standard input:3: hoold up: no request or command hoold (did you mean hook?); help "
+                                 "lists them\n"),
+              std::string::npos)
+        << result.output;
+    EXPECT_EQ(result.output.find("OutgoingCallMakeRequest"), std::string::npos) << result.output;
 }
 
 TEST(Scripts, Tour_ShowsWhatTheTelephoneCan)
@@ -128,6 +159,7 @@ TEST(Scripts, Signal_EndsAScriptAtOnce)
 {
     Process process({TELEPHONE, "--log-level", "0", "play", "-"});
     process.write("say playing\nwait CallHeldEvent within 600\n");
+    process.endInput();
     process.readUntil("playing\n");
 
     process.signal(SIGTERM);

@@ -32,6 +32,13 @@ TEST(Words, SplitWords_OpenQuote_IsRefused)
     EXPECT_EQ(splitWords("say \"hello").error().reason, "a quote \" is not closed");
 }
 
+TEST(Words, QuotedWords_AreSplitIntoTheSameWords)
+{
+    EXPECT_EQ(quoteWords({"call", "4711", "from", "555", "name", "Ann B"}), "call 4711 from 555 name \"Ann B\"");
+    Words const words{"say", "", "a\tb", R"(5" \ 'x')", "#1", "Line=4711#2"};
+    EXPECT_EQ(splitWords(quoteWords(words)), words);
+}
+
 TEST(Words, SplitAssignment_AtTheFirstSign)
 {
     auto const assignment = splitAssignment("Destination=sip:100@x;a=b");

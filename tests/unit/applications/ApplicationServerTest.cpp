@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 #include <future>
+#include <regex>
 
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -95,11 +96,18 @@ std::string bytes(std::initializer_list<std::string> messages)
     return all;
 }
 
+// The messages with every moment of an event as TIME.
+std::string timeless(std::string const& messages)
+{
+    static std::regex const moment("(event [0-9]+) [0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}[.][0-9]{3}Z");
+    return std::regex_replace(messages, moment, "$1 TIME");
+}
+
 // The message of a numbered event of TelephoneDouble::held.
 std::string heldEvent(int number)
 {
     std::string const text = std::to_string(number);
-    return "event " + text + "\n<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>" + text + "</CallID>";
+    return "event " + text + " TIME\n<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>" + text + "</CallID>";
 }
 
 class ApplicationServerTest : public testing::Test
@@ -350,11 +358,15 @@ TEST_F(ApplicationServerTest, Reasons_ComeBetweenTheAnswerAndTheEndOfTheRequest)
     RawApplication application(path_);
     RawApplication other(path_);
 
-    application.send(bytes({"reasons on", "<Method>HoldCall</Method>"}));
-    other.send(bytes({"<Method>HoldCall</Method>"}));
+    telephone_.controls.present.lines.emplace_back().id = "4711";
+    std::string const hold = "<Method>HoldCall</Method><Line>4711</Line><CallID>7</CallID>";
 
-    EXPECT_EQ(application.receiveUntil(5), bytes({"result\n", "answer\nsfiFailure", "reason\nline 4711 has no call 7",
-                                                  "reason\nthe disk is full", "finished\n"}));
+    application.send(bytes({"reasons on", hold}));
+    other.send(bytes({hold}));
+
+    EXPECT_EQ(application.receiveUntil(5),
+              bytes({"result\n", "answer\nsfiFailure", "reason\nline 4711 has no call 7; the telephone has no calls",
+                     "reason\nthe disk is full", "finished\n"}));
     EXPECT_EQ(other.receiveUntil(2), bytes({"answer\nsfiFailure", "finished\n"}));
 }
 
@@ -391,10 +403,10 @@ TEST_F(ApplicationServerTest, EventsAfterANumber_BeginBehindItAndGoOn)
     application.send(bytes({"events after 1"}));
 
     std::string const start = telephone_.dispatcher.start();
-    EXPECT_EQ(application.receiveUntil(3),
+    EXPECT_EQ(timeless(application.receiveUntil(3)),
               bytes({"result\n{\"start\":\"" + start + "\",\"after\":1}", heldEvent(2), heldEvent(3)}));
     telephone_.held(4);
-    EXPECT_EQ(application.receiveUntil(1), bytes({heldEvent(4)}));
+    EXPECT_EQ(timeless(application.receiveUntil(1)), bytes({heldEvent(4)}));
 }
 
 TEST_F(ApplicationServerTest, EventsNoLongerKept_AreAGapThenTheStateThenWhatFollows)
@@ -417,7 +429,7 @@ TEST_F(ApplicationServerTest, EventsNoLongerKept_AreAGapThenTheStateThenWhatFoll
     EXPECT_EQ(received.substr(at + gap.size(), 6), "state\n");
     EXPECT_NE(received.find(R"("event":150,)"), std::string::npos) << received;
     telephone_.held(151);
-    EXPECT_EQ(late.receiveUntil(1), bytes({heldEvent(151)}));
+    EXPECT_EQ(timeless(late.receiveUntil(1)), bytes({heldEvent(151)}));
 }
 
 TEST_F(ApplicationServerTest, ApplicationThatReadsTooLate_GetsAGapAndTheStateForWhatItMissed)
@@ -588,6 +600,24 @@ TEST_F(ApplicationServerTest, Client_TellsAnswersFromEvents)
     EXPECT_EQ(event->text, "<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>7</CallID>");
     server_.reset();
     EXPECT_FALSE(client.receive().value());
+}
+
+TEST_F(ApplicationServerTest, ClientAsks_ForAnswersReasonsAndResults)
+{
+    telephone_.invoker.answer = [](std::string const&) {
+        reportRefusal("test", {RefusalKind::kUnavailable, "the disk is full"});
+        return "sfiFailure";
+    };
+    auto client = ApplicationClient::connect(path_).value();
+
+    EXPECT_EQ(client.ask("lines").value().text, "4711 idle");
+    EXPECT_EQ(client.ask("reasons on").value().text, "");
+    auto const reply = client.ask("<Method>GetServiceState</Method>").value();
+    EXPECT_EQ(reply.text, "sfiFailure");
+    EXPECT_EQ(reply.reasons, std::vector<std::string>{"the disk is full"});
+    EXPECT_EQ(client.ask("press 99").error(), (Refusal{RefusalKind::kBadInput, "no key 99"}));
+    server_.reset();
+    EXPECT_EQ(client.ask("lines").error().kind, RefusalKind::kUnavailable);
 }
 
 TEST(ApplicationClient, WithoutATelephone_SaysHowToStartOne)

@@ -1,0 +1,18 @@
+#include "telephone/program/ClientConnection.h"
+
+#include "telephone/applications/SocketPath.h"
+#include "telephone/program/StartConfiguration.h"
+
+namespace telephone {
+
+Outcome<ApplicationClient> connectToTelephone(CommandLine const& line)
+{
+    return startConfiguration(line)
+        .and_then([](Configuration const& configuration) {
+            std::string const& path = configuration.applications.path;
+            return path.empty() ? standardSocketPath() : path;
+        })
+        .and_then([](std::string const& path) { return ApplicationClient::connect(path); });
+}
+
+}  // namespace telephone
