@@ -107,14 +107,12 @@ Json parametersOf(Route const& route)
 {
     Json parameters = Json::array();
     for (RouteParameter const& each : route.parameters) {
-        parameters.push_back({{"name", each.name},
-                              {"in", each.place},
-                              {"description", each.meaning},
-                              {"allowEmptyValue", true},
-                              {"schema", {{"type", "string"}}}});
-        if (each.place == "header") {
-            parameters.back().erase("allowEmptyValue");
+        Json parameter{{"name", each.name}, {"in", each.place}, {"description", each.meaning}};
+        if (each.type.empty()) {
+            parameter["allowEmptyValue"] = true;
         }
+        parameter["schema"] = {{"type", each.type.empty() ? "string" : each.type}};
+        parameters.push_back(std::move(parameter));
     }
     return parameters;
 }
