@@ -185,8 +185,10 @@ void handleRequest(HttpExchange& exchange)
     if (!text) {
         return answerError(exchange.response, 400, text.error().reason);
     }
-    bool const isStrict = !exchange.request.has_param("lenient");
-    Replies const replies = repliesOf(exchange, std::string_view(*text), {isStrict, true});
+    Session::Options options;
+    options.strict = !exchange.request.has_param("lenient");
+    options.reasons = true;
+    Replies const replies = repliesOf(exchange, std::string_view(*text), options);
     if (replies.error) {
         return answerError(exchange.response, 400, *replies.error);
     }

@@ -1,6 +1,5 @@
 // The commands console, tour, play and serve.
 #include <array>
-#include <cstdio>
 #include <fstream>
 #include <iostream>
 #include <optional>
@@ -8,10 +7,12 @@
 
 #include <poll.h>
 #include <spdlog/fmt/fmt.h>
+#include <systemd/sd-daemon.h>
 #include <unistd.h>
 
 #include "Tour.h"
 #include "telephone/Telephone.h"
+#include "telephone/access/TelephoneControls.h"
 #include "telephone/console/Console.h"
 #include "telephone/console/Conversation.h"
 #include "telephone/console/ScriptPlayer.h"
@@ -21,6 +22,7 @@
 #include "telephone/framework/ServiceLibrary.h"
 #include "telephone/framework/StopSignal.h"
 #include "telephone/program/Entrances.h"
+#include "telephone/program/Output.h"
 #include "telephone/program/Programs.h"
 #include "telephone/program/StartConfiguration.h"
 #include "telephone/program/TrafficCheck.h"
@@ -28,6 +30,12 @@
 namespace telephone {
 
 namespace {
+
+constexpr int kKeepEnvironment = 0;  // of sd_notify
+constexpr char const* kTourIntroduction =
+    "This telephone calls numbers of its own exchange, on this machine only, and draws each call as it progresses:\n"
+    "on the left what an application sends and is told, on the right what passes between telephone and far end.\n"
+    "Time runs downwards, in seconds. The tour takes about five.\n\n";
 
 // Standard input to its end. Refused if the program must end before.
 Outcome<std::string> readInput(int stop)
@@ -87,9 +95,16 @@ bool openConsole(Conversation& conversation)
 
 bool tour(Conversation& conversation)
 {
+    Transcript& transcript = conversation.transcript();
+    if (transcript.kind() == OutputKind::kDrawing) {
+        transcript.note(kTourIntroduction);
+    }
     std::istringstream script(kTourScript);
     bool const passed = ScriptPlayer(conversation).play(script, "tour").passed();
     bool const staysOpen = isatty(STDIN_FILENO) == 1 && !conversation.isStopped();
+    if (transcript.kind() == OutputKind::kDrawing) {
+        conversation.writeAs(OutputKind::kWords);
+    }
     return passed && (!staysOpen || openConsole(conversation));
 }
 
@@ -102,14 +117,8 @@ Outcome<bool> talk(Conversation& conversation, CommandLine const& line)
     return line.action == Action::kTour ? tour(conversation) : openConsole(conversation);
 }
 
-void printLine(std::string const& text)
-{
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    std::fputc('\n', stdout);
-    std::fflush(stdout);
-}
-
-// The socket appears once the telephone can make calls.
+// The socket appears once the telephone can make calls. A service manager that has started the program is told of this,
+// and of the end.
 Outcome<int> serve(CommandLine const& line, Configuration const& configuration, Telephone& telephone,
                    StopSignal const& stop)
 {
@@ -120,7 +129,9 @@ Outcome<int> serve(CommandLine const& line, Configuration const& configuration, 
             if (entrances.http != nullptr) {
                 std::cout << "HTTP: " << entrances.http->address() << std::endl;
             }
+            sd_notify(kKeepEnvironment, "READY=1");
             stop.wait();
+            sd_notify(kKeepEnvironment, "STOPPING=1");
             return 0;
         });
 }
@@ -128,8 +139,9 @@ Outcome<int> serve(CommandLine const& line, Configuration const& configuration, 
 Outcome<int> converse(CommandLine const& line, Configuration const& configuration, Telephone& telephone,
                       StopSignal const& stop)
 {
-    Transcript transcript(printLine);
-    Conversation conversation("console", telephone.sessions(nullptr), transcript, stop.descriptor());
+    SessionServices const services = telephone.sessions(nullptr);
+    Transcript transcript = openTranscript(line, services.telephone.state().domain);
+    Conversation conversation("console", services, transcript, stop.descriptor());
     auto const entrances = openEntrances(line, configuration, telephone, stop);
     if (!entrances) {
         return tl::unexpected(entrances.error());
