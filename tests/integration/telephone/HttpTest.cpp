@@ -81,7 +81,7 @@ TEST_F(HttpTelephone, LinesOfItsPage_Work)
     Ended const rest = shell(variables + blocks[4]);
     EXPECT_EQ(rest.status, 0) << rest.output;
     EXPECT_NE(rest.output.find("\"held_here\":true"), std::string::npos) << rest.output;
-    EXPECT_NE(rest.output.find("\n{\"result\":\"\"}\n{\"result\":\"1  "), std::string::npos) << rest.output;
+    EXPECT_NE(rest.output.find("\n{\"result\":\"\"}\n{\"result\":\"4711  "), std::string::npos) << rest.output;
     EXPECT_NE(rest.output.find("Puts a call on hold."), std::string::npos) << rest.output;
 }
 
