@@ -54,7 +54,7 @@ constexpr char const* kSchemas = R"({
     },
     "required": ["answer", "reasons", "finished"],
     "additionalProperties": false,
-    "examples": [{"answer": "sfiFailure", "reasons": ["line 4711 has no call 7"], "finished": true}]
+    "examples": [{"answer": "sfiFailure", "reasons": ["line 4711 has no call 7; it has call 1"], "finished": true}]
   },
   "CommandText": {
     "type": "string",
