@@ -193,6 +193,9 @@ private:
                 continue;
             }
             expect(shown);
+            if (testing::Test::HasFailure()) {
+                return;
+            }
             line[0] == '$' ? start(line.substr(2)) : program_->type(line.substr(2));
         }
         expect(shown);
