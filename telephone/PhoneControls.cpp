@@ -1,43 +1,18 @@
 #include "telephone/PhoneControls.h"
 
-#include <mutex>
-
 #include "MediaRecordingServiceIfc.h"
 #include "platform/framework/Executable.h"
 #include "telephone/StateReader.h"
-#include "telephone/calls/CallEngine.h"
 #include "telephone/exchange/Exchange.h"
-#include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
-#include "telephone/lines/LineStates.h"
-#include "telephone/lines/Lines.h"
 #include "telephone/management/LocalManagement.h"
 #include "telephone/physical/PhysicalInterface.h"
-#include "telephone/protocol/Vocabulary.h"
 
 namespace telephone {
 
 namespace {
 
 constexpr std::chrono::seconds kLongestStart{5};
-
-std::string rowOf(TelephoneLine const& line, bool registered)
-{
-    LineConfiguration const& configuration = line.configuration();
-    std::string_view const registration = registered                ? "registered"
-                                          : configuration.registers ? "not registered"
-                                                                    : "peer to peer";
-    return fmt::format("{:<8} number {:<4} {:<16} {}{}", line.id(), line.place().recordLine,
-                       lineStateName(line.state()), registration, configuration.primary ? ", primary" : "");
-}
-
-std::string rowOf(CallSnapshot const& call)
-{
-    std::string const name = call.remoteName.empty() ? "" : " \"" + call.remoteName + "\"";
-    return fmt::format("{:<6} line {:<8} {:<14} {} {}{}", call.callID, call.line.lineURI,
-                       nameOfValue(enumerations::kCallState, call.state), call.incoming ? "from" : "to", call.remoteURI,
-                       name);
-}
 
 }  // namespace
 
@@ -50,38 +25,6 @@ PhysicalInterface& PhoneControls::usable()
 TelephoneState PhoneControls::state()
 {
     return reader_.read();
-}
-
-TelephoneControls::Rows PhoneControls::lines()
-{
-    std::lock_guard const lock(engine_);
-    Rows rows;
-    for (TelephoneLine const* const line : lines_.lines()) {
-        rows.push_back(rowOf(*line, engine_.registrations().isRegistered(line->place().lineNumber)));
-        for (TelephoneLine const* const appearance : line->appearances()) {
-            rows.push_back("  " + rowOf(*appearance, engine_.registrations().isRegistered(line->place().lineNumber)));
-        }
-    }
-    return rows;
-}
-
-TelephoneControls::Rows PhoneControls::calls()
-{
-    Rows rows;
-    for (CallSnapshot const& call : engine_.calls()) {
-        rows.push_back(rowOf(call));
-    }
-    return rows;
-}
-
-TelephoneControls::Rows PhoneControls::keys()
-{
-    return physical_.keyRows();
-}
-
-TelephoneControls::Rows PhoneControls::lamps()
-{
-    return physical_.lampRows();
 }
 
 Outcome<> PhoneControls::press(std::string const& key)

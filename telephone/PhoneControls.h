@@ -11,8 +11,6 @@ class MediaRecordingServiceIfc;
 
 namespace telephone {
 
-class CallEngine;
-class Lines;
 class LocalManagement;
 class PhysicalInterface;
 class StateReader;
@@ -25,11 +23,9 @@ class PhoneControls : public TelephoneControls
 public:
     // `exchange` is null in a telephone without one. `keysUsable` becomes ready when the service has subscribed to the
     // keys; operations on keys wait for it.
-    PhoneControls(CallEngine& engine, Lines& lines, PhysicalInterface& physical, LocalManagement& management,
-                  StateReader const& reader, exchange::Exchange* exchange, std::shared_future<void> keysUsable)
-        : engine_(engine)
-        , lines_(lines)
-        , physical_(physical)
+    PhoneControls(PhysicalInterface& physical, LocalManagement& management, StateReader const& reader,
+                  exchange::Exchange* exchange, std::shared_future<void> keysUsable)
+        : physical_(physical)
         , management_(management)
         , reader_(reader)
         , exchange_(exchange)
@@ -40,10 +36,6 @@ public:
     void setService(Executable* service);
 
     TelephoneState state() override;
-    Rows lines() override;
-    Rows calls() override;
-    Rows keys() override;
-    Rows lamps() override;
     Outcome<> press(std::string const& key) override;
     Outcome<> release(std::string const& key) override;
     Outcome<> hook(bool up) override;
@@ -63,8 +55,6 @@ private:
     PhysicalInterface& usable();
     Outcome<exchange::Exchange*> builtInExchange() const;
 
-    CallEngine& engine_;
-    Lines& lines_;
     PhysicalInterface& physical_;
     LocalManagement& management_;
     StateReader const& reader_;

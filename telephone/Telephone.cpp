@@ -135,7 +135,7 @@ struct Telephone::Parts
     StateReader const reader{{engine, lines, policy, recorder, physical, settings},
                              {events.start(), server.domain, configuration.store.path,
                               [this] { return events.posted(); }, [this] { return ready.load(); }}};
-    PhoneControls controls{engine, lines, physical, management, reader, exchange.get(), keysUsable.get_future()};
+    PhoneControls controls{physical, management, reader, exchange.get(), keysUsable.get_future()};
 
     ServiceLibrary library;
     std::unique_ptr<Service> service = library.createService();

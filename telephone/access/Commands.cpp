@@ -9,6 +9,7 @@
 #include "telephone/access/Session.h"
 #include "telephone/access/TelephoneControls.h"
 #include "telephone/base/Names.h"
+#include "telephone/display/StateTables.h"
 #include "telephone/framework/EventHistory.h"
 #include "telephone/framework/Log.h"
 
@@ -53,18 +54,36 @@ std::vector<std::string> listOf(std::optional<std::string> const& names)
     return list;
 }
 
-Answer help(Session& session, Given& given)
+// Without a name, what the whole is about.
+Answer describeOr(Session& session, Given& given, std::string (*whole)(ProtocolDescription const&))
 {
-    if (given[0]) {
-        return session.services().description.describe(*given[0]);
+    ProtocolDescription const& description = session.services().description;
+    return given[0] ? description.describe(*given[0]) : whole(description);
+}
+
+std::string help(ProtocolDescription const& description)
+{
+    return "Requests are written in full (<Method>GetDevices</Method>) or short, with Tab for completion:\n"
+           "  OutgoingCallMakeRequest Line=4711 CallID=1 Destination=100\n"
+           "help HoldCall explains the request, help CallHeldEvent the event. Commands:\n" +
+           description.commandList();
+}
+
+// A table of the state: parties in the telephone's own domain are numbers.
+Answer table(Session& session, TableRows (*rowsOf)(TelephoneState const&, DisplayOptions const&),
+             char const* otherwise = "")
+{
+    TelephoneState const state = session.services().telephone.state();
+    return rows(rowsOf(state, {.ownDomain = state.domain}), otherwise);
+}
+
+Answer showTags(Session& session, bool on)
+{
+    if (!session.options().raw) {
+        return refuse(RefusalKind::kNotSupported, "messages are written with their tags here already");
     }
-    std::string text = "Requests are written in full (<Method>GetDevices</Method>) or short, with Tab for completion:\n"
-                       "  OutgoingCallMakeRequest Line=4711 CallID=1 Destination=100\n"
-                       "help HoldCall explains the request, help CallHeldEvent the event. Commands:";
-    for (Command const& each : commands()) {
-        text += fmt::format("\n  {:<48} {}", usageOf(each), each.meaning);
-    }
-    return text;
+    session.options().raw = on;
+    return std::string();
 }
 
 // Events after a number of this start, or the present one.
@@ -120,19 +139,20 @@ TelephoneControls& telephoneOf(Session& session)
 
 // clang-format off
 constexpr std::array kTable{
-    Command{"help",       "[NAME...]",                "this list; or the meaning of a request, an event, a command or a value", help},
+    Command{"help",       "[NAME...]",                "this list; or the meaning of a request, an event, a command or a value", [](Session& s, Given& g) { return describeOr(s, g, help); }},
     Command{"hello",      "[NAME]",                   "who the telephone is, and whether it is ready, as JSON; NAME is yours in its log", [](Session& s, Given& g) { return s.hello(g[0]); }},
-    Command{"describe",   "[NAME...]",                "the protocol; or one name of it, as help",          [](Session& s, Given& g) -> Answer { auto const& d = s.services().description; return g[0] ? d.describe(*g[0]) : d.overview(); }},
+    Command{"describe",   "[NAME...]",                "every name of the protocol; or the meaning of one", [](Session& s, Given& g) { return describeOr(s, g, [](auto const& d) { return d.overview(); }); }},
     Command{"describe json", "",                      "the whole protocol as JSON",                         [](Session& s, Given&) -> Answer { return s.services().description.json(); }},
     Command{"state",      "",                         "the telephone at this moment, as JSON",              [](Session& s, Given&) -> Answer { return stateJson(telephoneOf(s).state()); }},
     Command{"events",     "[after NUMBER] [of START] [only EVENTS] [line LINES]", "events, numbered across the telephone, after a number or from now on; names and lines are separated by commas", followEvents},
     Command{"events off", "",                         "no more events",                                     [](Session& s, Given&) -> Answer { s.unfollow(); return std::string(); }},
     Command{"reasons",    "on|off",                   "a sentence beside the answer to each request that was refused or did nothing", [](Session& s, Given& g) -> Answer { s.options().reasons = isOn(g[0]); return std::string(); }},
     Command{"strict",     "on|off",                   "refuses requests with unknown names and wrong values, which the service would guess at", [](Session& s, Given& g) -> Answer { s.options().strict = isOn(g[0]); return std::string(); }},
-    Command{"lines",      "",                         "the lines and their states",                         [](Session& s, Given&) { return rows(telephoneOf(s).lines()); }},
-    Command{"calls",      "",                         "the calls and their states",                         [](Session& s, Given&) { return rows(telephoneOf(s).calls(), "no calls"); }},
-    Command{"keys",       "",                         "the keys of the telephone",                          [](Session& s, Given&) { return rows(telephoneOf(s).keys()); }},
-    Command{"lamps",      "",                         "the lamps and their modes",                          [](Session& s, Given&) { return rows(telephoneOf(s).lamps()); }},
+    Command{"raw",        "on|off",                   "on the console: messages with their tags, not in words", [](Session& s, Given& g) { return showTags(s, isOn(g[0])); }},
+    Command{"lines",      "",                         "the lines and their states",                         [](Session& s, Given&) { return table(s, lineRows); }},
+    Command{"calls",      "",                         "the calls and their states",                         [](Session& s, Given&) { return table(s, callRows, "no calls"); }},
+    Command{"keys",       "",                         "the keys of the telephone",                          [](Session& s, Given&) { return table(s, keyRows); }},
+    Command{"lamps",      "",                         "the lamps and their modes",                          [](Session& s, Given&) { return table(s, lampRows); }},
     Command{"press",      "KEY",                      "presses a key, named by number, label or function",  [](Session& s, Given& g) { return done(telephoneOf(s).press(*g[0])); }},
     Command{"release",    "KEY",                      "releases a key",                                     [](Session& s, Given& g) { return done(telephoneOf(s).release(*g[0])); }},
     Command{"hook",       "up|down",                  "lifts or replaces the handset",                      [](Session& s, Given& g) { return done(telephoneOf(s).hook(g[0] == "up")); }},

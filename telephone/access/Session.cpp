@@ -23,6 +23,7 @@ namespace {
 
 constexpr char const* kSessionComponent = "applications";
 constexpr std::size_t kLongestName = 40;
+constexpr std::size_t kLongestLogged = 60;  // bytes of an unknown request's name
 
 void sendError(MessageSink const& sink, Refusal const& refusal)
 {
@@ -118,8 +119,9 @@ void Session::noteUnknown(std::string_view request) const
 {
     auto const method = takeElement(request);
     if (method && method->name == "Method" && findRequestDescription(method->value) == nullptr) {
-        log(kLogWarning, kSessionComponent, "{} sent an unknown request: {}{}", label_, method->value,
-            suggestion(method->value, requestNames()));
+        std::string_view const name = method->value.substr(0, kLongestLogged);
+        log(kLogWarning, kSessionComponent, "{} sent an unknown request: {}{}", label_, name,
+            suggestion(name, requestNames()));
     }
 }
 

@@ -21,12 +21,6 @@ public:
     // Everything, at one moment.
     virtual TelephoneState state() = 0;
 
-    // One text for each row, without a line end.
-    virtual Rows lines() = 0;
-    virtual Rows calls() = 0;
-    virtual Rows keys() = 0;
-    virtual Rows lamps() = 0;
-
     // A key is named by its number in the layout, its label or its function.
     [[nodiscard]] virtual Outcome<> press(std::string const& key) = 0;
     [[nodiscard]] virtual Outcome<> release(std::string const& key) = 0;

@@ -108,6 +108,13 @@ struct ApplicationSocketConfiguration
     int keptEvents = 20000;      // for applications that come back
 };
 
+struct HttpConfiguration
+{
+    std::string address;      // host:port, port 0: any free one; empty: off
+    std::string certificate;  // PEM files; both or neither, and both for an address that is not a loopback address
+    std::string key;
+};
+
 struct StoreConfiguration
 {
     std::string path;  // SQLite file; empty: in memory, for this run only
@@ -145,6 +152,7 @@ struct Configuration
     MediaConfiguration media;
     CallConfiguration calls;
     ApplicationSocketConfiguration applications;
+    HttpConfiguration http;
     StoreConfiguration store;
     RecordingConfiguration recording;
     PushConfiguration push;

@@ -129,6 +129,12 @@ inline constexpr auto kApplications = std::to_array<ConfigurationField<Applicati
     {"kept-events",         &ApplicationSocketConfiguration::keptEvents, "events kept for applications that come back", {}, 1, 10000000},
 });
 
+inline constexpr auto kHttp = std::to_array<ConfigurationField<HttpConfiguration>>({
+    {"address",             &HttpConfiguration::address,            "host:port for HTTP (docs/http.md), port 0: any free one; empty: off"},
+    {"certificate",         &HttpConfiguration::certificate,        "PEM file for HTTPS; an address other than this machine's own needs it"},
+    {"key",                 &HttpConfiguration::key,                "PEM file with the private key of the certificate"},
+});
+
 inline constexpr auto kStore = std::to_array<ConfigurationField<StoreConfiguration>>({
     {"path",                &StoreConfiguration::path,              "SQLite file of the settings; empty: in memory, for one run"},
 });
@@ -165,6 +171,7 @@ void forEachSection(Use use)
     use("media", &Configuration::media, fields::kMedia);
     use("calls", &Configuration::calls, fields::kCalls);
     use("applications", &Configuration::applications, fields::kApplications);
+    use("http", &Configuration::http, fields::kHttp);
     use("store", &Configuration::store, fields::kStore);
     use("recording", &Configuration::recording, fields::kRecording);
     use("push", &Configuration::push, fields::kPush);

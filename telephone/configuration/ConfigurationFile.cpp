@@ -205,6 +205,7 @@ private:
         places_.sip = placeOf(file.at_path("sip.address"));
         places_.server = placeOf(file.at_path("server.registrar"));
         places_.push = placeOf(file.at_path("push.address"));
+        places_.http = placeOf(file.at_path("http"));
     }
     static int placeOf(toml::node_view<toml::node const> node)
     {

@@ -8,6 +8,8 @@
 #include <arpa/inet.h>
 #include <spdlog/fmt/fmt.h>
 
+#include "telephone/configuration/HostPort.h"
+
 namespace telephone {
 
 namespace {
@@ -22,9 +24,10 @@ public:
 
     Outcome<> complete()
     {
-        return checkAddresses().and_then([this] { return completeLines(); }).and_then([this] {
-            return completeKeys();
-        });
+        return checkAddresses()
+            .and_then([this] { return checkHttp(); })
+            .and_then([this] { return completeLines(); })
+            .and_then([this] { return completeKeys(); });
     }
 
 private:
@@ -45,6 +48,27 @@ private:
         if (!push.empty() && (!push.starts_with("http://") || push.size() == 7)) {
             return places_.refusal(places_.push,
                                    fmt::format("push.address takes http://host:port/path, not \"{}\"", push));
+        }
+        return {};
+    }
+
+    Outcome<> checkHttp() const
+    {
+        auto const& [address, certificate, key] = configuration_.http;
+        auto const place = hostPortOf(address);
+        if (!address.empty() && !place) {
+            return places_.refusal(places_.http, fmt::format("http.address takes host:port, not \"{}\"", address));
+        }
+        if (certificate.empty() != key.empty()) {
+            return places_.refusal(places_.http,
+                                   fmt::format("http.{} is missing: HTTPS needs a certificate and its key",
+                                               key.empty() ? "key" : "certificate"));
+        }
+        if (place && certificate.empty() && !isLoopback(place->host)) {
+            return places_.refusal(places_.http,
+                                   fmt::format("http.address \"{}\" can be reached from other machines, so it needs "
+                                               "http.certificate and http.key; without them use 127.0.0.1",
+                                               address));
         }
         return {};
     }

@@ -21,6 +21,7 @@ struct ConfigurationPlaces
     int sip = 0;
     int server = 0;
     int push = 0;
+    int http = 0;
 
     // "desk.toml:2: <what is wrong>"
     [[nodiscard]] tl::unexpected<Refusal> refusal(int line, std::string_view what) const;

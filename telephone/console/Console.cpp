@@ -17,6 +17,7 @@
 #include "telephone/access/Completion.h"
 #include "telephone/access/TelephoneControls.h"
 #include "telephone/console/LineHistory.h"
+#include "telephone/console/Terminal.h"
 #include "telephone/console/Transcript.h"
 
 namespace telephone {
@@ -184,6 +185,7 @@ bool Console::runPipe()
 bool Console::waitForInput()
 {
     while (true) {
+        conversation_.transcript().fitTo(terminalWidth());
         conversation_.takeEvents();
         std::array<pollfd, 3> waited{{
             {STDIN_FILENO, POLLIN, 0},

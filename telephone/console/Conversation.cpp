@@ -27,7 +27,8 @@ Conversation::Conversation(std::string const& name, SessionServices services, Tr
     , stop_(stop)
     , session_(name, withEnd(std::move(services)), kQueuedEvents, [this] { wakeUp_.signal(); })
 {
-    session_.options() = {true, true};
+    session_.options() = {.strict = true, .reasons = true, .raw = {}};
+    writeAs(transcript.kind());
     session_.follow({session_.services().history.latest(), {}, {}});
 }
 
@@ -35,6 +36,13 @@ SessionServices Conversation::withEnd(SessionServices services)
 {
     services.end = [this] { quit_ = true; };
     return services;
+}
+
+void Conversation::writeAs(OutputKind kind)
+{
+    bool const hasChoice = kind == OutputKind::kWords || kind == OutputKind::kTags;
+    session_.options().raw = hasChoice ? std::optional(kind == OutputKind::kTags) : std::nullopt;
+    transcript_.setKind(kind);
 }
 
 Outcome<Conversation::Result> Conversation::run(std::string const& line)
@@ -54,40 +62,47 @@ Outcome<Conversation::Result> Conversation::run(Words const& words)
 Outcome<Conversation::Result> Conversation::run(std::function<void(MessageSink const&)> const& handle)
 {
     Outcome<Result> result = Result{};
-    handle([&](Message const& message) { show(message, result); });
+    OutputForm::Reply reply;
+    handle([&](Message const& message) { show(message, reply, result); });
+    if (result && result->isRequest) {
+        if (!reply.answer) {
+            noteEnd(reply);
+        }
+        result->answer = reply.answer;
+        transcript_.reply(reply);
+    }
     if (result) {
         result->isOver = quit_;
+    }
+    if (auto const raw = session_.options().raw) {
+        transcript_.setKind(*raw ? OutputKind::kTags : OutputKind::kWords);
     }
     return result;
 }
 
-void Conversation::show(Message const& message, Outcome<Result>& result)
+void Conversation::show(Message const& message, OutputForm::Reply& reply, Outcome<Result>& result)
 {
     switch (message.kind) {
     case MessageKind::kRequest:
-        transcript_.request(message.text);
+        transcript_.write(message);
+        result->isRequest = true;
+        reply.request = message.text;
+        sent_ = Clock::now();
         break;
     case MessageKind::kAnswer:
-        result->answer = message.text;
-        transcript_.answer(result->answer);
-        break;
-    case MessageKind::kFinished:
-        result->isRequest = true;
-        if (!result->answer) {
-            transcript_.answer(std::nullopt);
-        }
+        reply.answer = message.text;
+        noteEnd(reply);
         break;
     case MessageKind::kError:
         result = refuse(RefusalKind::kBadInput, std::string(message.text));
         break;
-    case MessageKind::kResult:
-        if (!message.text.empty()) {
-            transcript_.note(message.text);
-        }
-        break;
     case MessageKind::kReason:
-        transcript_.reason(message.text);
+        reply.reasons.emplace_back(message.text);
         break;
+    case MessageKind::kResult:
+        transcript_.write(message);
+        break;
+    case MessageKind::kFinished:
     case MessageKind::kEvent:
     case MessageKind::kGap:
     case MessageKind::kState:
@@ -95,12 +110,17 @@ void Conversation::show(Message const& message, Outcome<Result>& result)
     }
 }
 
+void Conversation::noteEnd(OutputForm::Reply& reply) const
+{
+    reply.took = Clock::now() - sent_;
+    reply.time = std::chrono::system_clock::now();
+}
+
 void Conversation::showEvent(Message const& message)
 {
-    std::string const text(message.text);
-    transcript_.event(message.number, text);
+    transcript_.write(message);
     if (listener_ && message.kind == MessageKind::kEvent) {
-        listener_(text);
+        listener_(std::string(message.text));
     }
 }
 

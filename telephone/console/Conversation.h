@@ -1,5 +1,6 @@
-// A person or script using the telephone: a session whose replies and events are written to a transcript. Made before
-// the telephone is activated, so that no event is missed; used on one thread.
+// A person or script using the telephone: a session whose replies and events are written to a transcript. A reply is
+// written once it is complete, so that its answer can say that something is to be explained. Made before the telephone
+// is activated, so that no event is missed; used on one thread.
 #pragma once
 
 #include <chrono>
@@ -8,6 +9,7 @@
 #include <string>
 
 #include "telephone/access/Session.h"
+#include "telephone/console/OutputForm.h"
 #include "telephone/framework/WakeUp.h"
 
 namespace telephone {
@@ -38,6 +40,9 @@ public:
     [[nodiscard]] Transcript& transcript() { return transcript_; }
     [[nodiscard]] Session& session() { return session_; }
 
+    // From now on the transcript is written like this. Between words and tags, the command `raw` chooses.
+    void writeAs(OutputKind kind);
+
     // Runs a line: a request, a command, a comment or nothing. Its replies are in the transcript; a refusal is not.
     [[nodiscard]] Outcome<Result> run(std::string const& line);
     [[nodiscard]] Outcome<Result> run(Words const& words);
@@ -61,7 +66,9 @@ public:
 private:
     [[nodiscard]] SessionServices withEnd(SessionServices services);
     [[nodiscard]] Outcome<Result> run(std::function<void(MessageSink const&)> const& handle);
-    void show(Message const& message, Outcome<Result>& result);
+    // The reply to the request under way is collected in the first.
+    void show(Message const& message, OutputForm::Reply& reply, Outcome<Result>& result);
+    void noteEnd(OutputForm::Reply& reply) const;
     void showEvent(Message const& message);
 
     Transcript& transcript_;
@@ -70,6 +77,7 @@ private:
     bool quit_ = false;
     Session session_;
     Listener listener_;
+    Clock::time_point sent_;  // the request under way
     Clock::time_point lastActivity_ = Clock::now();
 };
 

@@ -125,7 +125,7 @@ ScriptResult ScriptPlayer::play(std::istream& script, std::string const& name)
     result.seconds = secondsSince(start);
     conversation_.takeEvents();
     for (std::string const& each : result.failures) {
-        conversation_.transcript().error(each);
+        conversation_.transcript().failure(each);
     }
     return result;
 }
@@ -197,7 +197,7 @@ Outcome<> ScriptPlayer::play(Step step, Words const& words, std::string const& l
 {
     auto const start = Conversation::Clock::now();
     return (this->*step)(words).and_then([](Action const& action) { return action(); }).map([&] {
-        conversation_.transcript().step(line, secondsSince(start));
+        conversation_.transcript().step(line, Conversation::Clock::now() - start);
     });
 }
 

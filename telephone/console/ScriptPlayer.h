@@ -43,7 +43,7 @@ public:
     explicit ScriptPlayer(Conversation& conversation);
     ~ScriptPlayer();
 
-    // Failures are written to the transcript, too.
+    // What went wrong is written to the transcript, too.
     ScriptResult play(std::istream& script, std::string const& name);
 
 private:

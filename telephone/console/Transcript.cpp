@@ -1,61 +1,85 @@
 #include "telephone/console/Transcript.h"
 
-#include <spdlog/fmt/fmt.h>
+#include <utility>
+
+#include "telephone/display/SafeText.h"
 
 namespace telephone {
 
 namespace {
 
-std::string printable(std::string_view text)
+OutputForm::Time now()
 {
-    std::string result;
-    for (char const each : text) {
-        auto const byte = static_cast<unsigned char>(each);
-        bool const isControl = byte < 0x20 || byte == 0x7f;
-        result += isControl ? fmt::format("\\x{:02x}", byte) : std::string(1, each);
-    }
-    return result;
-}
-
-// Without the trailing blanks of padded columns.
-std::string row(std::string_view text)
-{
-    auto const last = text.find_last_not_of(' ');
-    return printable(text.substr(0, last == std::string_view::npos ? 0 : last + 1));
+    return std::chrono::system_clock::now();
 }
 
 }  // namespace
 
-Transcript::Transcript(Writer writer)
-    : writer_(std::move(writer))
+Transcript::Transcript(Writer output, Writer failures, OutputKind kind, DisplayOptions options)
+    : output_(std::move(output))
+    , failures_(std::move(failures))
+    , options_(std::move(options))
+    , kind_(kind)
+    , form_(OutputForm::make(kind, options_))
 {}
 
-void Transcript::mark(std::string_view mark, std::string_view text)
+void Transcript::setKind(OutputKind kind)
 {
-    writer_(fmt::format("{:<8} {}", mark, printable(text)));
-}
-
-void Transcript::step(std::string_view text, double seconds)
-{
-    mark("passed", fmt::format("{}  {:.3f} s", text, seconds));
-}
-
-void Transcript::note(std::string_view text)
-{
-    while (true) {
-        auto const end = text.find('\n');
-        writer_(row(text.substr(0, end)));
-        if (end == std::string_view::npos) {
-            return;
-        }
-        text.remove_prefix(end + 1);
+    if (kind != kind_) {
+        kind_ = kind;
+        form_ = OutputForm::make(kind, options_);
     }
 }
 
-void Transcript::rows(std::vector<std::string> const& rows)
+void Transcript::fitTo(std::size_t columns)
 {
-    for (std::string const& each : rows) {
-        writer_(row(each));
+    options_.width = columns;
+    form_->fitTo(columns);
+}
+
+void Transcript::write(Message const& message)
+{
+    OutputForm::Time const time = message.time == OutputForm::Time() ? now() : message.time;
+    switch (message.kind) {
+    case MessageKind::kRequest:
+        return put(form_->request(time, message.text));
+    case MessageKind::kEvent:
+        return put(form_->event(message.number, time, message.text));
+    case MessageKind::kError:
+        return put(form_->error(time, message.text));
+    case MessageKind::kResult:
+        return put(form_->result(time, message.text));
+    case MessageKind::kGap:
+        return put(form_->gap(time, message.text));
+    case MessageKind::kState:
+        return put(form_->state(time, message.text));
+    case MessageKind::kAnswer:
+    case MessageKind::kReason:
+    case MessageKind::kFinished:
+        // Together, as the reply.
+        return;
+    }
+}
+
+void Transcript::reply(OutputForm::Reply const& reply)
+{
+    put(form_->reply(reply));
+}
+
+void Transcript::failure(std::string_view sentence)
+{
+    failures_("error: " + (options_.ascii ? asciiText(safeText(sentence)) : safeText(sentence)));
+}
+
+void Transcript::step(std::string_view text, OutputForm::Duration took)
+{
+    put(form_->step(now(), text, took));
+}
+
+void Transcript::put(OutputForm::Lines const& lines) const
+{
+    for (std::string const& line : lines) {
+        output_(line);
     }
 }
 

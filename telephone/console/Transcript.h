@@ -1,13 +1,14 @@
-// Prints requests, answers and events, one marked line each. Control characters, which events may contain, are printed
-// as \xNN to protect the terminal.
+// Where everything that happens in a conversation is written: requests with their answers and reasons, events, results,
+// errors, and the steps of a script. Conversation fills it in; `telephone watch` does without one. One thread.
 #pragma once
 
-#include <cstdint>
 #include <functional>
-#include <optional>
+#include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
+
+#include "telephone/access/Message.h"
+#include "telephone/console/OutputForm.h"
 
 namespace telephone {
 
@@ -16,28 +17,35 @@ class Transcript
 public:
     using Writer = std::function<void(std::string const& line)>;
 
-    // The writer receives lines without their ends.
-    explicit Transcript(Writer writer);
-    // Changes the writer.
-    void writeTo(Writer writer) { writer_ = std::move(writer); }
+    // The writers receive lines without their ends; `failures` those that say what went wrong with a script.
+    Transcript(Writer output, Writer failures, OutputKind kind, DisplayOptions options);
 
-    void request(std::string_view text) { mark("request", text); }
-    // The end of a request, with its answer if it has one.
-    void answer(std::optional<std::string> const& text) { mark(text ? "answer" : "finished", text.value_or("")); }
-    // Why the request was refused or did nothing.
-    void reason(std::string_view text) { mark("reason", text); }
-    void event(std::uint64_t number, std::string_view text) { mark("event " + std::to_string(number), text); }
-    void error(std::string_view text) { mark("error", text); }
-    // A step of a script that succeeded, and how long it took.
-    void step(std::string_view text, double seconds);
-    // An unmarked text of the console itself; it may have several lines.
-    void note(std::string_view text);
-    void rows(std::vector<std::string> const& rows);
+    void writeTo(Writer output) { output_ = std::move(output); }
+    [[nodiscard]] OutputKind kind() const { return kind_; }
+    void setKind(OutputKind kind);
+    // The terminal has this many columns now.
+    void fitTo(std::size_t columns);
+
+    // A request, event, gap, state, result or error. A message without a time is of this moment.
+    void write(Message const& message);
+    void reply(OutputForm::Reply const& reply);
+    // The input was refused.
+    void error(std::string_view sentence) { write({MessageKind::kError, sentence}); }
+    // A script failed. Words in every form.
+    void failure(std::string_view sentence);
+    // A step of a script that succeeded.
+    void step(std::string_view text, OutputForm::Duration took);
+    // A text of the console itself; it may have several lines.
+    void note(std::string_view text) { write({MessageKind::kResult, text}); }
 
 private:
-    void mark(std::string_view mark, std::string_view text);
+    void put(OutputForm::Lines const& lines) const;
 
-    Writer writer_;
+    Writer output_;
+    Writer const failures_;
+    DisplayOptions options_;
+    OutputKind kind_;
+    std::unique_ptr<OutputForm> form_;
 };
 
 }  // namespace telephone

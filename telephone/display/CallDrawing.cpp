@@ -15,8 +15,10 @@ namespace telephone {
 namespace {
 
 constexpr std::size_t kTimeWidth = 9;
-constexpr std::size_t kApplicationWidth = 53;  // between the application and the telephone
-constexpr std::size_t kFarEndWidth = 34;       // between the telephone and the far end
+constexpr std::size_t kFullWidth = 99;
+constexpr std::size_t kLeastWidth = 75;
+constexpr std::size_t kFullFarEndWidth = 34;
+constexpr std::size_t kBars = 3;
 constexpr auto kShortestMeanwhile = std::chrono::milliseconds(100);
 
 struct Glyphs
@@ -71,12 +73,17 @@ std::string eventLabel(std::string_view method, MessageWords const& words)
 
 CallDrawing::CallDrawing(DisplayOptions options)
     : options_(std::move(options))
-{}
+{
+    std::size_t const width = options_.width == 0 ? kFullWidth : std::clamp(options_.width, kLeastWidth, kFullWidth);
+    // The far end has less to say, and gives up less.
+    farEndWidth_ = kFullFarEndWidth - (kFullWidth - width) / 4;
+    applicationWidth_ = width - kTimeWidth - kBars - farEndWidth_;
+}
 
 CallDrawing::Rows CallDrawing::heading() const
 {
     // Above the bars.
-    return {fmt::format("s   application{:44}telephone{:25}far end", "", "")};
+    return {fmt::format("s   {:{}}{:{}}far end", "application", applicationWidth_ + 2, "telephone", farEndWidth_)};
 }
 
 CallDrawing::Rows CallDrawing::request(Time time, std::string_view text)
@@ -137,21 +144,23 @@ CallDrawing::Rows CallDrawing::meanwhile(Time time) const
     Glyphs const& glyphs = glyphsFor(options_);
     Rows drawn;
     for (FarEnds::GoingOn const& each : farEnds_.goingOn()) {
-        std::string const text = centred(fmt::format("{} for {:.1f} s", each.text, seconds), kFarEndWidth,
+        std::string const text = centred(fmt::format("{} for {:.1f} s", each.text, seconds), farEndWidth_,
                                          each.isOnHold ? glyphs.onHold : glyphs.talk);
-        drawn.push_back(row("", arrow({}, kApplicationWidth), StyledText().add(text, Style::kDim)));
+        drawn.push_back(row("", arrow({}, applicationWidth_), StyledText().add(text, Style::kDim)));
     }
     return drawn;
 }
 
 std::string CallDrawing::row(Time time, Cell const& application, Cell const& farEnd)
 {
+    // An event may be older than the answer above it.
+    time = std::max(time, last_);
     first_ = first_.value_or(time);
     last_ = time;
     std::string text = fmt::format("{:7.3f}", std::chrono::duration<double>(time - *first_).count());
     std::string const shown = text == timeAbove_ ? "" : text;
     timeAbove_ = std::move(text);
-    return row(shown, arrow(application, kApplicationWidth), arrow(farEnd, kFarEndWidth));
+    return row(shown, arrow(application, applicationWidth_), arrow(farEnd, farEndWidth_));
 }
 
 std::string CallDrawing::row(std::string_view time, StyledText const& application, StyledText const& farEnd) const

@@ -6,7 +6,8 @@
 //              │◀──── event 5: dialling ─────────│─────── call to 100 ──────▶│
 //
 // The time is in seconds since the first row and stands where it changes. How long calls went on between two rows is
-// written between them. The drawing is 100 columns wide. One thread.
+// written between them. The drawing is 99 columns wide; on a narrower terminal, down to 75, the columns are narrower.
+// One thread.
 #pragma once
 
 #include <chrono>
@@ -66,6 +67,8 @@ private:
     [[nodiscard]] std::string centred(std::string_view text, std::size_t width, std::string_view filling) const;
 
     DisplayOptions options_;
+    std::size_t applicationWidth_;  // between the application and the telephone
+    std::size_t farEndWidth_;       // between the telephone and the far end
     FarEnds farEnds_;
     std::optional<Time> first_;
     Time last_;

@@ -23,6 +23,7 @@ struct Mark
 constexpr Mark kRequestMark{"→", ">"};
 constexpr Mark kAnswerMark{"←", "<"};
 constexpr Mark kReasonMark{"✕", "x"};
+constexpr Mark kStepMark{"✓", "+"};
 
 std::string markText(Mark const& mark, DisplayOptions const& options, char letter = '\0')
 {
@@ -84,14 +85,26 @@ std::string ReadableLines::answer(Time time, Answer const& answer)
     return begin(time, markText(kAnswerMark, options_, answer.letter), Style::kPlain, request.line, request.call)
         .cell(words.text, 0, words.isFailure ? Style::kMagenta : Style::kBold)
         .add(durationText(answer.took), Style::kDim)
-        .add(answer.nothingWasDone ? ", nothing was done" : "")
+        .add(answer.notAsAsked ? ", not as asked" : "")
         .line(options_);
 }
 
 std::string ReadableLines::reason(Time time, std::string_view line, std::string_view call, std::string_view sentence)
 {
+    // Whole, for whoever has to act on it.
+    DisplayOptions uncut = options_;
+    uncut.width = 0;
     return begin(time, markText(kReasonMark, options_), Style::kMagenta, safeWord(line), safeWord(call))
         .add(safeText(sentence), Style::kMagenta)
+        .line(uncut);
+}
+
+std::string ReadableLines::step(Time time, std::string_view text, std::chrono::steady_clock::duration took)
+{
+    return begin(time, markText(kStepMark, options_), Style::kPlain, "", "")
+        .cell("passed", kWhatWidth, Style::kBold)
+        .cell(safeText(text), 0)
+        .add(durationText(took), Style::kDim)
         .line(options_);
 }
 

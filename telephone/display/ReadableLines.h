@@ -4,8 +4,8 @@
 //     time         mark   line     call  what happened     the party, then what is not empty
 //
 // Each line stands alone, so that a search finds whole facts. The mark is the number of an event; → for a request, ←
-// for its answer, ✕ for a reason; "lamp"; or "gap". A text that is not of the protocol is written as it stands, made
-// safe for the terminal. One thread.
+// for its answer, ✕ for a reason, ✓ for a step of a script; "lamp"; or "gap". A text that is not of the protocol is
+// written as it stands, made safe for the terminal. One thread.
 //
 //     ReadableLines lines({.ownDomain = "127.0.0.1:5060"});
 //     std::cout << lines.event(17, now, text) << '\n';
@@ -51,12 +51,14 @@ public:
         std::string_view request;              // that it answers
         std::optional<std::string_view> text;  // nothing: the request ended without an answer
         std::chrono::steady_clock::duration took;
-        bool nothingWasDone = false;  // a success without an effect
-        char letter = '\0';           // that of the request
+        bool notAsAsked = false;  // a success that did nothing, or something else: a reason follows
+        char letter = '\0';       // that of the request
     };
     std::string answer(Time time, Answer const& answer);
-    // One sentence that explains the answer above it. Line and call may be empty.
+    // One sentence that explains the answer above it, never cut. Line and call may be empty.
     std::string reason(Time time, std::string_view line, std::string_view call, std::string_view sentence);
+    // A step of a script that succeeded.
+    std::string step(Time time, std::string_view text, std::chrono::steady_clock::duration took);
     // The key by its number, or by the name of a lamp outside the keys; the cause in words: "line 4711 ringing".
     std::string lamp(Time time, std::string_view key, LampState const& lamp, std::string_view cause);
     // The events from `first` to `last` cannot be retrieved any more.

@@ -80,9 +80,7 @@ std::vector<LampRow> LampBoard::lamps() const
     std::lock_guard const lock(mutex_);
     std::vector<LampRow> rows;
     for (auto const& key : layout_.keys()) {
-        auto const& label = key.configuration.label;
-        auto name = std::string(key.row->name) + (label.empty() ? "" : " \"" + label + "\"");
-        rows.push_back({key.number(), std::move(name), lamps_.at(slotOf(key))});
+        rows.push_back({key.number(), "", lamps_.at(slotOf(key))});
     }
     for (auto const& lamp : kNumberedLamps) {
         rows.push_back({0, std::string(lamp.name), lamps_.at(-lamp.number)});

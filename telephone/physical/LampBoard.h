@@ -30,7 +30,7 @@ struct Lamp
 struct LampRow
 {
     int key = 0;       // 0 for a lamp outside the keys
-    std::string name;  // the key's function and label, or the lamp's name
+    std::string name;  // of a lamp outside the keys
     Lamp lamp;
 };
 
@@ -56,6 +56,7 @@ public:
     // A lamp by the number, label or function of its key, or by its name, "Hold" or "SecondAlert". Nothing when there
     // is no such lamp.
     std::optional<Lamp> lamp(std::string const& name) const;
+    // Those of the keys in their order, then those outside the keys.
     std::vector<LampRow> lamps() const;
 
     // Replaces the listener. Before the keys are used.

@@ -238,32 +238,6 @@ std::optional<std::string> PhysicalInterface::lampMode(std::string const& lamp) 
     return found ? std::optional(nameOfValue(enumerations::kLampMode, found->mode)) : std::nullopt;
 }
 
-std::vector<std::string> PhysicalInterface::keyRows() const
-{
-    std::vector<std::string> rows;
-    for (auto const& key : layout_.keys()) {
-        auto const& configuration = key.configuration;
-        auto const label = configuration.label.empty() ? "" : "  \"" + configuration.label + "\"";
-        auto const target = configuration.target.empty() ? "" : "  " + configuration.target;
-        rows.push_back(fmt::format("{:>3}  {}{}{}{}", key.number(), key.row->name, target, label,
-                                   configuration.monitorOnly ? "  shows only" : ""));
-    }
-    return rows;
-}
-
-std::vector<std::string> PhysicalInterface::lampRows() const
-{
-    std::vector<std::string> rows;
-    for (auto const& row : lamps_.lamps()) {
-        auto const number = row.key == 0 ? std::string() : std::to_string(row.key);
-        auto const colour =
-            row.lamp.mode == PhysDefs::lampOff ? "" : fmt::format("  {}", lampColourName(row.lamp.colour));
-        rows.push_back(fmt::format("{:>3}  {:<28}  {}{}", number, row.name,
-                                   nameOfValue(enumerations::kLampMode, row.lamp.mode), colour));
-    }
-    return rows;
-}
-
 void PhysicalInterface::setKeyHandler(KeyHandler* handler)
 {
     {

@@ -88,9 +88,6 @@ public:
     LampBoard& lampBoard() { return lamps_; }
     // The mode of a lamp as a word (see LampBoard::lamp); nothing when there is no such lamp.
     std::optional<std::string> lampMode(std::string const& lamp) const;
-    // One text per row.
-    std::vector<std::string> keyRows() const;
-    std::vector<std::string> lampRows() const;
 
     // Before the first press. Null removes the handler and waits until it is no longer called.
     void setKeyHandler(KeyHandler* handler);

@@ -48,20 +48,45 @@ void addOptions(CLI::App& app, CommandLine& line)
         ->check(CLI::IsMember({"none", "events", "all"}));
 }
 
-void addWatch(CLI::App& app, CommandLine& line)
+ColourUse colourUse(std::string const& word)
+{
+    if (word == "always") {
+        return ColourUse::kAlways;
+    }
+    return word == "never" ? ColourUse::kNever : ColourUse::kAuto;
+}
+
+// Of the commands that write what happens.
+void addOutput(CLI::App& command, OutputChoice& output)
+{
+    CLI::Option* const raw = command.add_flag("--raw", output.raw, "What happens with its tags, not in words");
+    command.add_flag("--json", output.json, "What happens as JSON, one object a line")->excludes(raw);
+    command
+        .add_option_function<std::string>(
+            "--color", [&output](std::string const& word) { output.colour = colourUse(word); },
+            "auto (on a terminal, unless NO_COLOR is set), always or never")
+        ->check(CLI::IsMember({"auto", "always", "never"}));
+    command.add_flag("--addresses", output.addresses, "Parties as complete addresses");
+    command.add_flag("--date", output.date, "The day before the time");
+    command.add_flag("--utc", output.utc, "Times in UTC");
+}
+
+// Returns the command, for its output.
+CLI::App* addWatch(CLI::App& app, CommandLine& line)
 {
     CLI::App* const watch = add(app, line, Action::kWatch, "watch", "Prints the events of a running telephone");
     watch->add_option("--line", line.lines, "Only events of these lines; 4711 includes 4711#2");
     watch->add_option("--only", line.events, "Only these events, such as CallHeldEvent,CallRetrievedEvent");
     watch->add_option("--after", line.after, "Begin with the event after this number");
-    CLI::Option* const raw = watch->add_flag("--raw", line.raw, "As the service writes them");
-    watch->add_flag("--json", line.json, "As JSON, one object a line")->excludes(raw);
+    return watch;
 }
 
 void addCommands(CLI::App& app, CommandLine& line)
 {
-    add(app, line, Action::kConsole, "console", "Telephone with a console (help lists its commands)");
-    add(app, line, Action::kTour, "tour", "Demonstration of the telephone, then the console on a terminal");
+    CLI::App* const console =
+        add(app, line, Action::kConsole, "console", "Telephone with a console (help lists its commands)");
+    CLI::App* const tour =
+        add(app, line, Action::kTour, "tour", "Demonstration of the telephone, then the console on a terminal");
     CLI::App* const play = add(app, line, Action::kPlay, "play", "Telephone that plays a script and ends");
     play->add_option("FILE", line.script, "Script; - is standard input")->required();
     play->add_option("--junit", line.junit, "File for the result, as JUnit XML");
@@ -73,7 +98,7 @@ void addCommands(CLI::App& app, CommandLine& line)
     CLI::App* const request = add(app, line, Action::kRequest, "request", "Sends a request to a running telephone");
     request->add_option("WORDS", line.words, "METHOD Tag=value ...")->required();
     request->add_flag("--lenient", line.lenient, "Send it unchecked, as applications may");
-    addWatch(app, line);
+    CLI::App* const watch = addWatch(app, line);
     CLI::App* const store = add(app, line, Action::kStore, "store", "Reads and writes the configuration store");
     store->add_option("WORDS", line.words, "list | get KEY | set KEY VALUE");
     // A value may begin with a minus sign.
@@ -81,7 +106,10 @@ void addCommands(CLI::App& app, CommandLine& line)
     CLI::App* const describe = add(app, line, Action::kDescribe, "describe", "Explains the protocol, or a name of it");
     CLI::Option* const name =
         describe->add_option("NAME", line.words, "Request, event, enumeration, element or value; without: an overview");
-    describe->add_flag("--json", line.json, "Everything, as JSON")->excludes(name);
+    describe->add_flag("--json", line.output.json, "Everything, as JSON")->excludes(name);
+    for (CLI::App* const each : {console, tour, play, watch}) {
+        addOutput(*each, line.output);
+    }
     app.require_subcommand(0, 1);
 }
 

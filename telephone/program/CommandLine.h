@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "telephone/console/Terminal.h"
 #include "telephone/program/TrafficCheck.h"
 
 namespace telephone {
@@ -24,6 +25,17 @@ enum class Action
     kDescribe,
 };
 
+// How what happens is written.
+struct OutputChoice
+{
+    bool raw = false;   // with the tags
+    bool json = false;  // also of the description of the protocol
+    ColourUse colour = ColourUse::kAuto;
+    bool addresses = false;  // as in DisplayOptions
+    bool date = false;
+    bool utc = false;
+};
+
 struct CommandLine
 {
     Action action = Action::kConsole;
@@ -34,13 +46,12 @@ struct CommandLine
     std::optional<int> logLevel;
     bool withoutExchange = false;
     CheckedTraffic checked = CheckedTraffic::kNone;
-    int port = 0;                        // of the exchange without a telephone; 0: the configured one
-    std::string script;                  // to play; "-": standard input
-    std::string junit;                   // file for the result of a script; empty: none
-    std::vector<std::string> words;      // of a request or a command, or the name to describe
-    bool lenient = false;                // request: the telephone does not check it
-    bool json = false;                   // describe, watch: as JSON
-    bool raw = false;                    // watch: as the service writes
+    int port = 0;                    // of the exchange without a telephone; 0: the configured one
+    std::string script;              // to play; "-": standard input
+    std::string junit;               // file for the result of a script; empty: none
+    std::vector<std::string> words;  // of a request or a command, or the name to describe
+    bool lenient = false;            // request: the telephone does not check it
+    OutputChoice output;
     std::string lines;                   // watch: separated by commas; empty: all
     std::string events;                  // watch: names, separated by commas; empty: all
     std::optional<std::uint64_t> after;  // watch: begin with the event after this one; nothing: with the next one

@@ -12,7 +12,7 @@ namespace {
 Outcome<std::string> textOf(CommandLine const& line)
 {
     ProtocolDescription const description(kTelephoneVersion, commandDescriptions());
-    if (line.json) {
+    if (line.output.json) {
         return description.json();
     }
     if (line.words.empty()) {

@@ -1,6 +1,5 @@
 // The commands console, tour, play and serve.
 #include <array>
-#include <cstdio>
 #include <fstream>
 #include <iostream>
 #include <optional>
@@ -8,10 +7,12 @@
 
 #include <poll.h>
 #include <spdlog/fmt/fmt.h>
+#include <systemd/sd-daemon.h>
 #include <unistd.h>
 
 #include "Tour.h"
 #include "telephone/Telephone.h"
+#include "telephone/access/TelephoneControls.h"
 #include "telephone/applications/ApplicationServer.h"
 #include "telephone/applications/SocketPath.h"
 #include "telephone/console/Console.h"
@@ -22,6 +23,8 @@
 #include "telephone/framework/Log.h"
 #include "telephone/framework/ServiceLibrary.h"
 #include "telephone/framework/StopSignal.h"
+#include "telephone/http/HttpServer.h"
+#include "telephone/program/Output.h"
 #include "telephone/program/Programs.h"
 #include "telephone/program/StartConfiguration.h"
 #include "telephone/program/TrafficCheck.h"
@@ -31,6 +34,12 @@ namespace telephone {
 namespace {
 
 using Server = std::unique_ptr<ApplicationServer>;
+
+constexpr int kKeepEnvironment = 0;  // of sd_notify
+constexpr char const* kTourIntroduction =
+    "This telephone calls numbers of its own exchange, on this machine only, and draws each call as it progresses:\n"
+    "on the left what an application sends and is told, on the right what passes between telephone and far end.\n"
+    "Time runs downwards, in seconds. The tour takes about five.\n\n";
 
 // Null: another telephone has the socket, and this one does not need it.
 Outcome<Server> openSocket(CommandLine const& line, Configuration const& configuration, Telephone& telephone,
@@ -51,6 +60,32 @@ Outcome<Server> openSocket(CommandLine const& line, Configuration const& configu
         return Server();
     }
     return server;
+}
+
+// The ways in for other programs.
+struct Entrances
+{
+    Server socket;                     // null: another telephone has it
+    std::unique_ptr<HttpServer> http;  // null: not configured, or there is no socket
+};
+
+Outcome<Entrances> openEntrances(CommandLine const& line, Configuration const& configuration, Telephone& telephone,
+                                 StopSignal const& stop)
+{
+    return openSocket(line, configuration, telephone, stop).and_then([&](Server socket) -> Outcome<Entrances> {
+        if (configuration.http.address.empty()) {
+            return Entrances{std::move(socket), nullptr};
+        }
+        if (socket == nullptr) {
+            log(kLogInfo, "telephone", "no HTTP: its token is kept beside the application socket");
+            return Entrances{};
+        }
+        HttpServer::Settings const settings{configuration.http, socket->path() + ".token"};
+        return HttpServer::open(settings, telephone.sessions([&stop] { stop.raise(); }))
+            .map([&socket](std::unique_ptr<HttpServer> http) {
+                return Entrances{std::move(socket), std::move(http)};
+            });
+    });
 }
 
 // Standard input to its end. Refused if the program must end before.
@@ -111,9 +146,16 @@ bool openConsole(Conversation& conversation)
 
 bool tour(Conversation& conversation)
 {
+    Transcript& transcript = conversation.transcript();
+    if (transcript.kind() == OutputKind::kDrawing) {
+        transcript.note(kTourIntroduction);
+    }
     std::istringstream script(kTourScript);
     bool const passed = ScriptPlayer(conversation).play(script, "tour").passed();
     bool const staysOpen = isatty(STDIN_FILENO) == 1 && !conversation.isStopped();
+    if (transcript.kind() == OutputKind::kDrawing) {
+        conversation.writeAs(OutputKind::kWords);
+    }
     return passed && (!staysOpen || openConsole(conversation));
 }
 
@@ -126,22 +168,21 @@ Outcome<bool> talk(Conversation& conversation, CommandLine const& line)
     return line.action == Action::kTour ? tour(conversation) : openConsole(conversation);
 }
 
-void printLine(std::string const& text)
-{
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    std::fputc('\n', stdout);
-    std::fflush(stdout);
-}
-
-// The socket appears once the telephone can make calls.
+// The socket appears once the telephone can make calls. A service manager that has started the program is told of this,
+// and of the end.
 Outcome<int> serve(CommandLine const& line, Configuration const& configuration, Telephone& telephone,
                    StopSignal const& stop)
 {
     return telephone.activate()
-        .and_then([&] { return openSocket(line, configuration, telephone, stop); })
-        .map([&stop](Server const& server) {
-            std::cout << "applications can connect at " << server->path() << std::endl;
+        .and_then([&] { return openEntrances(line, configuration, telephone, stop); })
+        .map([&stop](Entrances const& entrances) {
+            std::cout << "applications can connect at " << entrances.socket->path() << std::endl;
+            if (entrances.http != nullptr) {
+                std::cout << "HTTP: " << entrances.http->address() << std::endl;
+            }
+            sd_notify(kKeepEnvironment, "READY=1");
             stop.wait();
+            sd_notify(kKeepEnvironment, "STOPPING=1");
             return 0;
         });
 }
@@ -149,11 +190,15 @@ Outcome<int> serve(CommandLine const& line, Configuration const& configuration, 
 Outcome<int> converse(CommandLine const& line, Configuration const& configuration, Telephone& telephone,
                       StopSignal const& stop)
 {
-    Transcript transcript(printLine);
-    Conversation conversation("console", telephone.sessions(nullptr), transcript, stop.descriptor());
-    auto const server = openSocket(line, configuration, telephone, stop);
-    if (!server) {
-        return tl::unexpected(server.error());
+    SessionServices const services = telephone.sessions(nullptr);
+    Transcript transcript = openTranscript(line, services.telephone.state().domain);
+    Conversation conversation("console", services, transcript, stop.descriptor());
+    auto const entrances = openEntrances(line, configuration, telephone, stop);
+    if (!entrances) {
+        return tl::unexpected(entrances.error());
+    }
+    if (entrances->http != nullptr) {
+        transcript.note("HTTP: " + entrances->http->address());
     }
     return telephone.activate().and_then([&] { return talk(conversation, line); }).map([](bool succeeded) {
         return succeeded ? 0 : 1;

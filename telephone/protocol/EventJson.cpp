@@ -43,6 +43,13 @@ Json jsonOf(EventValue const& value)
     return {{"value", std::move(plain)}, {"name", nameOfValue(*enumeration, value.value)}};
 }
 
+Json objectOrText(std::string_view text)
+{
+    constexpr bool kThrows = false;
+    Json const object = text.starts_with('{') ? Json::parse(text, nullptr, kThrows) : Json();
+    return object.is_object() ? object : Json(text);
+}
+
 }  // namespace
 
 std::string eventJson(std::uint64_t number, std::chrono::system_clock::time_point time, std::string_view text)
@@ -58,6 +65,16 @@ std::string eventJson(std::uint64_t number, std::chrono::system_clock::time_poin
         }
     }
     object["raw"] = text;
+    return lineOf(object);
+}
+
+std::string messageJson(std::string_view kind, std::optional<std::string_view> text,
+                        std::chrono::system_clock::time_point time, std::optional<double> seconds)
+{
+    Json object{{kind, text ? objectOrText(*text) : Json()}, {"time", timeText(time)}};
+    if (seconds) {
+        object["seconds"] = *seconds;
+    }
     return lineOf(object);
 }
 

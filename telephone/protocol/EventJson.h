@@ -1,8 +1,10 @@
-// An event as JSON, for applications that prefer names to numbers. Pure function.
+// Events and everything else that the telephone says as JSON, for applications that prefer names to numbers. Pure
+// functions.
 #pragma once
 
 #include <chrono>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -17,5 +19,13 @@ namespace telephone {
 // {"value":6,"name":"connected"}, everything else as text. "line" and "call" are null in an event without them. Of a
 // text that is not an event, "name" is null, and "raw" alone follows.
 std::string eventJson(std::uint64_t number, std::chrono::system_clock::time_point time, std::string_view text);
+
+// A message of another kind ("request", "answer", "reason", ...), with its time and, of what takes time, its duration:
+//
+//     {"answer":"sfiSuccess","time":"2026-03-01T12:00:00.000Z","seconds":0.001}
+//
+// A text that is a JSON object stays one. Without a text, null.
+std::string messageJson(std::string_view kind, std::optional<std::string_view> text,
+                        std::chrono::system_clock::time_point time, std::optional<double> seconds = {});
 
 }  // namespace telephone

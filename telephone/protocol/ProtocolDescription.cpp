@@ -309,6 +309,19 @@ std::string ProtocolDescription::overview() const
     return text;
 }
 
+std::string ProtocolDescription::commandList() const
+{
+    constexpr std::size_t kColumn = 32;
+    std::string text;
+    for (auto const& command : commands_) {
+        std::string const title = command.arguments.empty() ? command.name : command.name + " " + command.arguments;
+        bool const fits = title.size() + kIndent <= kColumn;
+        text += fits ? "" : std::string(kIndent, ' ') + title + "\n";
+        text += row(fits ? title : "", command.help, kColumn);
+    }
+    return text;
+}
+
 Outcome<std::string> ProtocolDescription::describe(std::string_view name) const
 {
     std::string text;

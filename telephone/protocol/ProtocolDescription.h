@@ -34,6 +34,9 @@ public:
     // Everything that can be described, one line each.
     [[nodiscard]] std::string overview() const;
 
+    // The commands with their meanings, in two columns of at most 100 characters together.
+    [[nodiscard]] std::string commandList() const;
+
     // Everything known under a name: a request, an event (also without "Event", or its operation), a command, an
     // enumeration, a parameter or element ("CallState"), a value of one ("CallState 6", "Reason busy") or a word
     // ("remote ringing"). Capitals do not matter. If a name has several meanings, all are described. An unknown name is

@@ -3,6 +3,7 @@ speak just enough SIP, and its process. Everything is on loopback, at ports chos
 condition and has a deadline.
 """
 
+import json
 import os
 import re
 import signal
@@ -64,6 +65,7 @@ class Application:
         self.input = b""
         self.events = []
         self.last_number = 0
+        self.last_time = None
         if subscribe:
             answer = self.request(request("Subscribe"))
             assert answer == "sfiSuccess", answer
@@ -92,7 +94,8 @@ class Application:
         whole, self.input = self.input.split(b"\0", 1)
         kind, text = whole.decode(errors="replace").split("\n", 1)
         if kind.startswith("event "):
-            number = int(kind[6:])
+            number = int(kind.split()[1])
+            self.last_time = kind.split()[2] if kind.count(" ") == 2 else None
             assert number > self.last_number, f"event {number} after {self.last_number}"
             self.last_number = number
             self.events.append(text)
@@ -113,6 +116,21 @@ class Application:
                 return answer
             elif message[0] == "error":
                 raise AssertionError(message[1])
+
+    def command(self, text, seconds=20):
+        """The result of a command of the telephone."""
+        self.send(text)
+        deadline = time.monotonic() + seconds
+        while True:
+            message = self.message(max(0.001, deadline - time.monotonic()))
+            assert message is not None, f"{text} has no result after {seconds} seconds"
+            if message[0] == "result":
+                return message[1]
+            assert message[0] == "event", message[1]
+
+    def latest_event(self):
+        """The number of the latest event, across the telephone."""
+        return json.loads(self.command("state"))["event"]
 
     def ask(self, method, seconds=20, **elements):
         return self.request(request(method, **elements), seconds)

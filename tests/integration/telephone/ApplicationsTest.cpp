@@ -45,19 +45,20 @@ TEST(Applications, RequestThatIsNeverAnswered_IsFinished)
 
 TEST(Applications, BadRequests_AreAnsweredWithFailure)
 {
-    RunningTelephone telephone;
+    RunningTelephone telephone({"--check", "events"});
     Application application(telephone.socket());
     std::string binary = "<";
     for (int byte = 1; byte < 256; ++byte) {
         binary += static_cast<char>(byte);
     }
 
-    for (std::string const& each : {"<" + binary, std::string("<Method>HoldCall"), method(std::string(1 << 20, 'x')),
+    for (std::string const& each : {binary, std::string("<Method>HoldCall"), method(std::string(1 << 20, 'x')),
                                     method("HoldCall", "<Line>" + std::string(1 << 20, 'x') + "</Line>")}) {
         EXPECT_EQ(application.request(each), "sfiFailure");
     }
     EXPECT_EQ(application.request(""), "error: the message is empty");
-    EXPECT_EQ(application.request("hold"), "error: no request or command hold; help lists them");
+    EXPECT_EQ(application.request("hold"),
+              "error: no request or command hold (did you mean HoldCall?); help lists them");
     EXPECT_EQ(application.request(method("GetServiceState")), "sfiSuccess,sfiServiceInService");
 }
 
@@ -123,7 +124,7 @@ TEST(Applications, OneThatDiesInTheMiddle_LeavesTheTelephoneAlone)
 
 TEST(Applications, RequestCommand_PrintsTheAnswerAndFailsWithIt)
 {
-    RunningTelephone telephone;
+    RunningTelephone telephone({"--check", "events"});
 
     for (auto const& [words, output, status] : std::vector<std::tuple<std::vector<std::string>, std::string, int>>{
              {{"GetServiceState"}, "sfiSuccess,sfiServiceInService\n", 0},
@@ -197,24 +198,13 @@ TEST(Applications, WatchCommand_PrintsTheEventsUntilTheTelephoneEnds)
 TEST(Applications, WatchCommand_SelectsEventsAndBeginsWithPastOnes)
 {
     RunningTelephone telephone;
-    Application application(telephone.socket());
-    application.request(method("Subscribe"));
-    for (char const* const line : {"4712", "4711"}) {
-        application.request(
-            method("SetDoNotDisturb", "<Line>" + std::string(line) + "</Line><doNotDisturbOn>1</doNotDisturbOn>"));
-        application.event("<deviceId>" + std::string(line));
-    }
 
+    // Both lines have registered before the telephone serves applications.
     Process watch({TELEPHONE, "--socket", telephone.socket(), "watch", "--after", "0", "--only",
-                   "DoNotDisturb,CallHeldEvent", "--line", "4711", "--json"});
+                   "RegistrationStateChange,CallHeldEvent", "--line", "4712", "--json"});
 
-    watch.readUntil("watching\n");
-    watch.readUntil("\n");
-    std::string const first = watch.output().substr(watch.output().find('{'));
-    EXPECT_NE(first.find(R"("name":"DoNotDisturbEvent","line":"4711","call":null,)"
-                         R"("elements":{"deviceId":"4711","doNotDisturbOn":true})"),
-              std::string::npos)
-        << first;
+    watch.readUntil(R"("name":"RegistrationStateChangeEvent","line":"4712","call":null,"elements":{"LineID":"4712",)");
+    EXPECT_EQ(watch.output().find("\"line\":\"4711\""), std::string::npos) << watch.output();
     watch.signal(SIGTERM);
     EXPECT_EQ(watch.wait(), 0);
     Ended const wrong = runAt(telephone, "watch", {"--only", "CallHeldEvnt"});

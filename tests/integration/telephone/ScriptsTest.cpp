@@ -105,9 +105,9 @@ TEST(Scripts, FileThatIsNotThere_EndsWithOne)
 
 TEST(Scripts, SignalBeforeTheEndOfAScript_EndsTheTelephone)
 {
-    Process process({TELEPHONE, "--log-level", "0", "play", "-"});
+    Process process({TELEPHONE, "--log-level", "4", "play", "-"});
     process.write("say playing\n");
-    process.readUntil("registered");
+    process.readUntil("4711 is registered");
 
     process.signal(SIGTERM);
 

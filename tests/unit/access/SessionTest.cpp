@@ -1,5 +1,7 @@
 #include "telephone/access/Session.h"
 
+#include <sstream>
+
 #include <gtest/gtest.h>
 #include <poll.h>
 
@@ -121,9 +123,66 @@ TEST_F(SessionTest, Commands_ReachTheTelephone)
                                         "call 4711 from 555 name ", "messages 4711 3 1", "registrar off"}));
 }
 
+TEST_F(SessionTest, TablesOfTheState_AreResults)
+{
+    LineStatus line;
+    line.id = "4711";
+    line.state = "held";
+    line.registration = "registered";
+    CallStatus call;
+    call.id = 2;
+    call.place = "4711";
+    call.state = "held";
+    call.party.address = "sip:100@127.0.0.1:5060";
+    KeyState key;
+    key.number = 1;
+    key.function = "line";
+    key.target = "4711";
+    key.lamp = {"steady", "green"};
+    TelephoneState& state = telephone_.controls.present;
+    state.domain = "127.0.0.1:5060";
+    state.lines = {line};
+    state.calls = {call};
+    state.keys = {key};
+
+    EXPECT_EQ(replies("lines"), "result 4711     held              registered\n");
+    EXPECT_EQ(replies("calls"), "result 4711     2     held              to 100, 0:00\n");
+    EXPECT_EQ(replies("keys"), "result   1  line                           4711\n");
+    EXPECT_EQ(replies("lamps"), "result   1  line                           [======] G  steady green       held\n");
+}
+
+TEST_F(SessionTest, Raw_IsAChoiceOnlyWhereMessagesCanBeShownInWords)
+{
+    EXPECT_EQ(replies("raw on"), "error messages are written with their tags here already\n");
+
+    session_.options().raw = false;
+    EXPECT_EQ(replies("raw on"), "result \n");
+    EXPECT_EQ(session_.options().raw, true);
+    EXPECT_EQ(replies("raw off"), "result \n");
+    EXPECT_EQ(session_.options().raw, false);
+}
+
+TEST_F(SessionTest, HelpWithAName_SaysWhatDescribeSays)
+{
+    EXPECT_EQ(replies("help press"), replies("describe press"));
+    EXPECT_EQ(replies("describe press"),
+              "result press: command\n  presses a key, named by number, label or function\n\n  Write   press KEY\n\n");
+}
+
+TEST_F(SessionTest, Help_ListsEveryCommandInAHundredColumns)
+{
+    std::istringstream list(replies("help"));
+    std::size_t commandLines = 0;
+    for (std::string line; std::getline(list, line);) {
+        EXPECT_LE(line.size(), 100U) << line;
+        commandLines += line.starts_with("  ") && line[2] != ' ' ? 1 : 0;
+    }
+    // And the sample of a request.
+    EXPECT_EQ(commandLines, commands().size() + 1);
+}
+
 TEST_F(SessionTest, Lists_AreResults)
 {
-    EXPECT_EQ(replies("lines"), "result 4711 idle\n");
     EXPECT_EQ(replies("calls"), "result no calls\n");
     EXPECT_EQ(replies("store list"), "result agent-state = ready\n");
     EXPECT_EQ(replies("store get agent-state"), "result agent-state = ready\n");

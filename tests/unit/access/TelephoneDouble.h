@@ -31,10 +31,6 @@ public:
         now.event = dispatcher_.posted();
         return now;
     }
-    Rows lines() override { return {"4711 idle"}; }
-    Rows calls() override { return {}; }
-    Rows keys() override { return {"1 line 4711"}; }
-    Rows lamps() override { return {"1 off"}; }
     telephone::Outcome<> press(std::string const& key) override { return note("press " + key); }
     telephone::Outcome<> release(std::string const& key) override { return note("release " + key); }
     telephone::Outcome<> hook(bool up) override { return note(up ? "hook up" : "hook down"); }

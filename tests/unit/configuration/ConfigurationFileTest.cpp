@@ -186,8 +186,41 @@ INSTANTIATE_TEST_SUITE_P(
         Wrong{"NoRegistrar", "[server]\nregistrar = \"10.0.0.1\"\n",
               "desk.toml:2: server.registrar takes sip:host:port, not \"10.0.0.1\""},
         Wrong{"NoPushAddress", "[push]\naddress = \"ftp://x\"\n",
-              "desk.toml:2: push.address takes http://host:port/path, not \"ftp://x\""}),
+              "desk.toml:2: push.address takes http://host:port/path, not \"ftp://x\""},
+        Wrong{"HttpWithoutPort", "[http]\naddress = \"127.0.0.1\"\n",
+              "desk.toml:1: http.address takes host:port, not \"127.0.0.1\""},
+        Wrong{"HttpPortTooHigh", "[http]\naddress = \"127.0.0.1:65536\"\n",
+              "desk.toml:1: http.address takes host:port, not \"127.0.0.1:65536\""},
+        Wrong{"HttpIpv6WithoutBrackets", "[http]\naddress = \"::1:80\"\n",
+              "desk.toml:1: http.address takes host:port, not \"::1:80\""},
+        Wrong{"HttpWithoutKey", "[http]\naddress = \"127.0.0.1:0\"\ncertificate = \"a.pem\"\n",
+              "desk.toml:1: http.key is missing: HTTPS needs a certificate and its key"},
+        Wrong{"HttpWithoutCertificate", "[http]\nkey = \"a.pem\"\n",
+              "desk.toml:1: http.certificate is missing: HTTPS needs a certificate and its key"},
+        Wrong{"HttpOpenToTheNetwork", "[http]\naddress = \"0.0.0.0:8080\"\n",
+              "desk.toml:1: http.address \"0.0.0.0:8080\" can be reached from other machines, so it needs "
+              "http.certificate and http.key; without them use 127.0.0.1"}),
     [](auto const& row) { return row.param.name; });
+
+TEST(ConfigurationFile, HttpOnThisMachine_NeedsNoCertificate)
+{
+    for (char const* const address : {"127.0.0.1:8080", "127.1.2.3:0", "localhost:80", "[::1]:8080"}) {
+        auto const text = "[http]\naddress = \"" + std::string(address) + "\"\n";
+        EXPECT_EQ(ConfigurationFile("desk.toml").parse(text).value().http.address, address);
+    }
+}
+
+TEST(ConfigurationFile, HttpOpenToTheNetwork_WithACertificateIsAccepted)
+{
+    auto const http = ConfigurationFile("desk.toml")
+                          .parse("[http]\naddress = \"0.0.0.0:443\"\ncertificate = \"c.pem\"\nkey = \"k.pem\"\n")
+                          .value()
+                          .http;
+
+    EXPECT_EQ(http.address, "0.0.0.0:443");
+    EXPECT_EQ(http.certificate, "c.pem");
+    EXPECT_EQ(http.key, "k.pem");
+}
 
 TEST(ConfigurationFile, BrokenSyntax_IsRefusedWithItsLine)
 {

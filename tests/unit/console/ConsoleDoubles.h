@@ -1,4 +1,4 @@
-// A conversation with a telephone double, and its transcript.
+// A conversation with a telephone double, and its transcript, with the tags.
 #pragma once
 
 #include <memory>
@@ -12,7 +12,11 @@ class TalkingTelephone : public TelephoneDouble
 {
 public:
     std::string written;
-    telephone::Transcript transcript{[this](std::string const& line) { written += line + "\n"; }};
+    std::string failures;
+    telephone::Transcript transcript{[this](std::string const& line) { written += line + "\n"; },
+                                     [this](std::string const& line) { failures += line + "\n"; },
+                                     telephone::OutputKind::kTags,
+                                     {}};
     telephone::WakeUp stop;
     std::unique_ptr<telephone::Conversation> conversation =
         std::make_unique<telephone::Conversation>("test", services(), transcript, stop.descriptor());

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "ConsoleDoubles.h"
+#include "telephone/framework/Refusals.h"
 
 using namespace telephone;
 
@@ -44,7 +45,7 @@ TEST_F(ConversationTest, RequestWithoutAnswer_IsShownAsFinished)
     EXPECT_EQ(result.answer, std::nullopt);
     EXPECT_EQ(telephone_.written,
               "request  <Method>callbackDOFeatureCallID</Method><CallID>1</CallID><instanceId>2</instanceId>\n"
-              "finished \n");
+              "finished\n");
 }
 
 TEST_F(ConversationTest, Answer_WithControlCharacters_IsWrittenHarmlessly)
@@ -66,10 +67,39 @@ TEST_F(ConversationTest, WrongLine_IsRefusedAndNotWritten)
 
 TEST_F(ConversationTest, ResultOfACommand_IsWritten)
 {
-    EXPECT_TRUE(conversation_.run("lines"));
+    EXPECT_TRUE(conversation_.run("calls"));
     EXPECT_TRUE(conversation_.run("press 1"));
 
-    EXPECT_EQ(telephone_.written, "4711 idle\n");
+    EXPECT_EQ(telephone_.written, "no calls\n");
+}
+
+TEST_F(ConversationTest, Raw_ChangesWhatIsWrittenFromThenOn)
+{
+    EXPECT_TRUE(conversation_.run("raw off"));
+    EXPECT_EQ(telephone_.transcript.kind(), OutputKind::kWords);
+    EXPECT_TRUE(conversation_.run("raw on"));
+    EXPECT_EQ(telephone_.transcript.kind(), OutputKind::kTags);
+}
+
+TEST_F(ConversationTest, Raw_IsRefusedWhereEverythingIsWrittenAsJson)
+{
+    conversation_.writeAs(OutputKind::kJson);
+
+    EXPECT_EQ(refusalOf("raw on"), "messages are written with their tags here already");
+}
+
+TEST_F(ConversationTest, Reply_HasItsReasonsBelowTheAnswer)
+{
+    telephone_.invoker.answer = [](std::string const&) {
+        reportRefusal("test", {RefusalKind::kNotFound, "the store is gone"});
+        return "sfiSuccess";
+    };
+
+    EXPECT_TRUE(conversation_.run("SetMicrophoneMute Status=1"));
+
+    EXPECT_EQ(telephone_.written, "request  <Method>SetMicrophoneMute</Method><Status>1</Status>\n"
+                                  "answer   sfiSuccess\n"
+                                  "reason   the store is gone\n");
 }
 
 TEST_F(ConversationTest, EmptyLineCommentAndQuit_AreToldApart)

@@ -19,13 +19,13 @@ protected:
         return ScriptPlayer(*telephone_.conversation).play(script, "test.script").passed();
     }
 
-    // The last line written, which tells what did not hold.
+    // The last failure, which tells what did not hold.
     std::string failureOf(std::string const& text)
     {
         EXPECT_FALSE(play(text)) << text;
-        std::string written = telephone_.written;
-        written.pop_back();
-        return written.substr(written.rfind('\n') + 1);
+        std::string failures = telephone_.failures;
+        failures.pop_back();
+        return failures.substr(failures.rfind('\n') + 1);
     }
 
     // The next HoldCall request is followed by its event.
@@ -67,23 +67,23 @@ TEST_F(ScriptPlayerTest, ExpectAnswer_OfAnotherAnswer_FailsWithLineAndAnswer)
     telephone_.invoker.answer = [](std::string const&) { return "sfiFailure"; };
 
     EXPECT_EQ(failureOf("# one\nHoldCall Line=1 CallID=1\nexpect answer sfiSuccess\nsay never reached\n"),
-              "error    test.script:3: expect answer sfiSuccess: the answer was sfiFailure");
+              "error: test.script:3: expect answer sfiSuccess: the answer was sfiFailure");
     EXPECT_EQ(telephone_.written.find("never reached"), std::string::npos);
 }
 
 TEST_F(ScriptPlayerTest, ExpectAnswer_OfAPartOfAWord_Fails)
 {
     EXPECT_EQ(failureOf("HoldCall Line=1 CallID=1\nexpect answer sfi\n"),
-              "error    test.script:2: expect answer sfi: the answer was sfiSuccess");
+              "error: test.script:2: expect answer sfi: the answer was sfiSuccess");
 }
 
 TEST_F(ScriptPlayerTest, ExpectAnswer_WithoutRequestOrAnswer_Fails)
 {
     EXPECT_EQ(failureOf("expect answer sfiSuccess\n"),
-              "error    test.script:1: expect answer sfiSuccess: no request was sent before");
+              "error: test.script:1: expect answer sfiSuccess: no request was sent before");
     telephone_.invoker.answer = [](std::string const&) { return ""; };
     EXPECT_EQ(failureOf("callbackDOFeatureCallID CallID=1 instanceId=2\nexpect answer sfiSuccess\n"),
-              "error    test.script:2: expect answer sfiSuccess: the request has no answer");
+              "error: test.script:2: expect answer sfiSuccess: the request has no answer");
 }
 
 TEST_F(ScriptPlayerTest, Wait_ForAnEventThatComes_HoldsAndGivesItsValues)
@@ -109,7 +109,7 @@ TEST_F(ScriptPlayerTest, Values_AreReplacedInRequestsAsTheyStand)
 
 TEST_F(ScriptPlayerTest, Value_ThatNoEventHad_IsRefused)
 {
-    EXPECT_EQ(failureOf("AnswerCall CallID={CallID}\n"), "error    test.script:1: AnswerCall CallID={CallID}: "
+    EXPECT_EQ(failureOf("AnswerCall CallID={CallID}\n"), "error: test.script:1: AnswerCall CallID={CallID}: "
                                                          "no earlier wait took an event with an element CallID");
 }
 
@@ -118,14 +118,14 @@ TEST_F(ScriptPlayerTest, Wait_ForAnEventThatDoesNotCome_FailsWithWhatCame)
     holdCalls();
 
     EXPECT_EQ(failureOf("HoldCall Line=4711 CallID=1\nwait CallRetrievedEvent within 0.2\n"),
-              "error    test.script:2: wait CallRetrievedEvent within 0.2: it did not come; came instead: "
+              "error: test.script:2: wait CallRetrievedEvent within 0.2: it did not come; came instead: "
               "<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>1</CallID>");
 }
 
 TEST_F(ScriptPlayerTest, Wait_WithNothing_FailsSayingSo)
 {
     EXPECT_EQ(failureOf("wait CallHeldEvent within 0\n"),
-              "error    test.script:1: wait CallHeldEvent within 0: it did not come; nothing else came");
+              "error: test.script:1: wait CallHeldEvent within 0: it did not come; nothing else came");
 }
 
 TEST_F(ScriptPlayerTest, Never_OfAnEventThatComes_Fails)
@@ -133,7 +133,7 @@ TEST_F(ScriptPlayerTest, Never_OfAnEventThatComes_Fails)
     holdCalls();
 
     EXPECT_EQ(failureOf("HoldCall Line=4711 CallID=1\nnever CallHeldEvent within 5\n"),
-              "error    test.script:2: never CallHeldEvent within 5: it came: "
+              "error: test.script:2: never CallHeldEvent within 5: it came: "
               "<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>1</CallID>");
 }
 
@@ -149,27 +149,27 @@ TEST_F(ScriptPlayerTest, ExpectLamp_ComparesItsMode)
 {
     EXPECT_TRUE(play("expect lamp 1 off\n"));
     EXPECT_EQ(failureOf("expect lamp 1 steady within 0\n"),
-              "error    test.script:1: expect lamp 1 steady within 0: it is off");
+              "error: test.script:1: expect lamp 1 steady within 0: it is off");
     EXPECT_EQ(failureOf("expect lamp 1 flashng\n"),
-              "error    test.script:1: expect lamp 1 flashng: \"flashng\" is not a value of LampMode (did you mean "
+              "error: test.script:1: expect lamp 1 flashng: \"flashng\" is not a value of LampMode (did you mean "
               "flashing?)");
-    EXPECT_EQ(failureOf("expect lamp 7 steady\n"), "error    test.script:1: expect lamp 7 steady: no lamp 7");
+    EXPECT_EQ(failureOf("expect lamp 7 steady\n"), "error: test.script:1: expect lamp 7 steady: no lamp 7");
 }
 
 TEST_F(ScriptPlayerTest, WrongSteps_AreRefusedWithTheirForm)
 {
     EXPECT_EQ(failureOf("expect sfiSuccess\n"),
-              "error    test.script:1: expect sfiSuccess: write it as: expect answer WORD, or expect lamp KEY MODE "
+              "error: test.script:1: expect sfiSuccess: write it as: expect answer WORD, or expect lamp KEY MODE "
               "[within SECONDS]");
     EXPECT_EQ(failureOf("wait CallHoldEvent\n"),
-              "error    test.script:1: wait CallHoldEvent: no event CallHoldEvent (did you mean CallHeldEvent?)");
+              "error: test.script:1: wait CallHoldEvent: no event CallHoldEvent (did you mean CallHeldEvent?)");
     EXPECT_EQ(
         failureOf("wait CallHeldEvent within soon\n"),
-        "error    test.script:1: wait CallHeldEvent within soon: \"soon\" is not a number of seconds from 0 to 86400");
+        "error: test.script:1: wait CallHeldEvent within soon: \"soon\" is not a number of seconds from 0 to 86400");
     EXPECT_EQ(failureOf("never CallHeldEvent\n"),
-              "error    test.script:1: never CallHeldEvent: write it as: never EVENT within SECONDS");
-    EXPECT_EQ(failureOf("pause\n"), "error    test.script:1: pause: write it as: pause SECONDS");
-    EXPECT_EQ(failureOf("jump\n"), "error    test.script:1: jump: no request or command jump; help lists them");
+              "error: test.script:1: never CallHeldEvent: write it as: never EVENT within SECONDS");
+    EXPECT_EQ(failureOf("pause\n"), "error: test.script:1: pause: write it as: pause SECONDS");
+    EXPECT_EQ(failureOf("jump\n"), "error: test.script:1: jump: no request or command jump; help lists them");
 }
 
 TEST_F(ScriptPlayerTest, Quit_EndsTheScriptWell)
@@ -182,7 +182,7 @@ TEST_F(ScriptPlayerTest, Stop_EndsAWait)
     telephone_.stop.signal();
 
     EXPECT_EQ(failureOf("wait CallHeldEvent within 60\n"),
-              "error    test.script:1: wait CallHeldEvent within 60: ended by a signal");
+              "error: test.script:1: wait CallHeldEvent within 60: ended by a signal");
 }
 
 TEST_F(ScriptPlayerTest, SecondsWithUnit_AreTaken)

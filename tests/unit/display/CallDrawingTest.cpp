@@ -238,5 +238,33 @@ TEST(CallDrawing, TextsTooLongOrHarmful_KeepTheColumns)
 )");
 }
 
+TEST(CallDrawing, NarrowTerminal_HasNarrowerColumns)
+{
+    DisplayOptions options = test::options();
+    options.width = 80;
+    Drawing drawing(options);
+    drawing.heading();
+    drawing.request("12:00:00.000", request("OutgoingCallMakeRequest", "1", "100"));
+    drawing.state(5, "12:00:00.000", "1", k100, "1");
+    EXPECT_EQ(drawing.rows(), R"(
+s   application                             telephone                     far end
+  0.000  │──── OutgoingCallMakeRequest 100 ────▶│                              │
+         │◀────────────── success ──────────────│                              │
+         │◀───────── event 5: dialling ─────────│──────── call to 100 ────────▶│
+)");
+}
+
+TEST(CallDrawing, EventOlderThanTheAnswerAboveIt_HasNoEarlierTime)
+{
+    Drawing drawing(test::options());
+    drawing.request("12:00:00.003", request("HoldCall", "1"));
+    drawing.event(5, "12:00:00.002", "CallHeldEvent", {{"CallID", "1"}});
+    EXPECT_EQ(drawing.rows(), R"(
+  0.000  │───────────────── HoldCall, call 1 ─────────────────▶│                                  │
+         │◀───────────────────── success ──────────────────────│                                  │
+         │◀────────────────── event 5: held ───────────────────│─────── hold the far end ────────▶│
+)");
+}
+
 }  // namespace
 }  // namespace telephone

@@ -87,12 +87,12 @@ TEST(ReadableAnswers, Answer_IsAWordAndTheTimeItTook)
               "12:00:00.000     ←           7     too many call-backs  1.2 s");
 }
 
-TEST(ReadableAnswers, SuccessWithoutAnEffect_SaysSo)
+TEST(ReadableAnswers, SuccessThatIsExplained_IsNotAsAsked)
 {
     EXPECT_EQ(
         answerLine("23:57:55.361", {"<Method>setForwardingConfiguration</Method><Line>4711</Line><fwType>99</fwType>",
                                     "sfiSuccess", microseconds(100), true}),
-        "23:57:55.361     ←  4711           success  <1 ms, nothing was done");
+        "23:57:55.361     ←  4711           success  <1 ms, not as asked");
 }
 
 TEST(ReadableAnswers, Answer_WithAValue_SaysItInWords)

@@ -219,43 +219,21 @@ TEST_F(PhysicalInterfaceTest, Lamps_AreSetByNumber_AndReadByKeyLabelAndName)
     EXPECT_EQ(keys_.lampMode("nothing"), std::nullopt);
 }
 
-TEST_F(PhysicalInterfaceTest, LampRows_NameEachLampOnce)
+TEST_F(PhysicalInterfaceTest, Lamps_AreThoseOfTheKeysAndTwoMore)
 {
     keys_.setLamp(69, PhysDefs::lampFlashing, PhysDefs::lampAmber, 0);
     keys_.lampBoard().setKey(1, {PhysDefs::lampSteady, PhysDefs::lampGreen});
+    auto const lamps = keys_.lampBoard().lamps();
 
-    EXPECT_THAT(keys_.lampRows(),
-                ElementsAre(                                               //
-                    "  1  line \"4711\"                   steady  green",  //
-                    "  2  line \"4712\"                   off",            //
-                    "  3  dss \"Desk 4712\"               off",            //
-                    "  4  blf \"Watch 102\"               off",            //
-                    "  5  forwarding \"Forward\"          off",            //
-                    "  6  dnd \"Do not disturb\"          off",            //
-                    "  7  hold \"Hold\"                   off",            //
-                    "  8  mute \"Mute\"                   off",            //
-                    "  9  headset \"Headset\"             off",            //
-                    " 10  messages \"Messages\"           off",            //
-                    " 11  toggle \"Feature 1\"            off",            //
-                    " 12  release \"Release\"             off",            //
-                    " 13  preview \"Preview\"             off",            //
-                    " 14  ignore \"Ignore\"               off",            //
-                    " 15  transfer \"Transfer\"           off",            //
-                    "     Hold                          off",              //
-                    "     SecondAlert                   flashing  amber"));
-}
-
-TEST_F(PhysicalInterfaceTest, KeyRows_ShowTheFunctionOfEachKey)
-{
-    configuration_.keys[2].monitorOnly = true;
-    PhysicalInterface keys(configuration_);
-    auto const rows = keys.keyRows();
-
-    ASSERT_EQ(rows.size(), 15U);
-    EXPECT_EQ(rows[0], "  1  line  4711  \"4711\"");
-    EXPECT_EQ(rows[2], "  3  dss  4712  \"Desk 4712\"  shows only");
-    EXPECT_EQ(rows[13], " 14  ignore  \"Ignore\"");
-    keys.shutdown();
+    ASSERT_EQ(lamps.size(), 17U);
+    EXPECT_EQ(lamps[0].key, 1);
+    EXPECT_EQ(lamps[0].lamp, (Lamp{PhysDefs::lampSteady, PhysDefs::lampGreen}));
+    EXPECT_EQ(lamps[14].key, 15);
+    EXPECT_EQ(lamps[14].lamp, Lamp());
+    EXPECT_EQ(lamps[15].key, 0);
+    EXPECT_EQ(lamps[15].name, "Hold");
+    EXPECT_EQ(lamps[16].name, "SecondAlert");
+    EXPECT_EQ(lamps[16].lamp, (Lamp{PhysDefs::lampFlashing, PhysDefs::lampAmber}));
 }
 
 TEST_F(PhysicalInterfaceTest, LampEvents_ReachSubscribersToLamps)

@@ -1,0 +1,113 @@
+#include "telephone/http/EventStream.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include <httplib.h>
+#include <poll.h>
+#include <spdlog/fmt/fmt.h>
+
+#include "telephone/protocol/EventJson.h"
+#include "telephone/protocol/JsonText.h"
+#include "telephone/protocol/MessageText.h"
+
+namespace telephone {
+
+namespace {
+
+constexpr std::size_t kEventsAtOnce = 256;
+constexpr std::chrono::milliseconds kLongestWait{1000};  // until a reader that has gone is noticed
+
+std::string eventLines(std::uint64_t id, std::string_view name, std::string_view data)
+{
+    return fmt::format("id: {}\nevent: {}\ndata: {}\n\n", id, name, data);
+}
+
+std::string linesOf(Message const& message)
+{
+    std::string_view const kind = kMessageKindNames.at(static_cast<std::size_t>(message.kind));
+    if (message.kind == MessageKind::kGap) {
+        return fmt::format("event: {}\ndata: {}\n\n", kind, message.text);  // the state behind it has the number
+    }
+    if (message.kind != MessageKind::kEvent) {
+        return eventLines(message.number, kind, message.text);
+    }
+    auto const event = readEvent(message.text);
+    return eventLines(message.number, event ? event->description->method : kind,
+                      eventJson(message.number, message.time, message.text));
+}
+
+}  // namespace
+
+EventStream::EventStream(std::string name, SessionServices const& services, StreamLimits& limits)
+    : limits_(limits)
+    , session_(std::move(name), services, 1, [this] { came_.signal(); })
+{}
+
+EventStream::~EventStream()
+{
+    --limits_.open;
+}
+
+Outcome<std::shared_ptr<EventStream>> EventStream::open(std::string name, SessionServices const& services,
+                                                        StreamLimits& limits)
+{
+    if (limits.open.fetch_add(1) >= limits.most) {
+        --limits.open;
+        return refuse(RefusalKind::kLimit,
+                      fmt::format("{} streams are open, which is the most: close one", limits.most));
+    }
+    return std::shared_ptr<EventStream>(new EventStream(std::move(name), services, limits));
+}
+
+Outcome<> EventStream::select(Words const& events, bool resumes)
+{
+    std::string result;
+    Outcome<> outcome;
+    session_.handle(events, [&](Message const& message) {
+        if (message.kind == MessageKind::kError) {
+            outcome = refuse(RefusalKind::kBadInput, std::string(message.text));
+        }
+        result = message.text;
+    });
+    if (!outcome || resumes) {
+        return outcome;
+    }
+    return session_.hello(std::nullopt).map([&](std::string const& hello) {
+        // Its id is the number after which the stream begins, so that a reader resumes there.
+        auto const after = Json::parse(result).at("after").get<std::uint64_t>();
+        beginning_ = eventLines(after, "hello", hello);
+    });
+}
+
+bool EventStream::waitForEvents() const
+{
+    std::array<pollfd, 2> queries{pollfd{limits_.end.descriptor(), POLLIN, 0}, pollfd{came_.descriptor(), POLLIN, 0}};
+    bool const mayWait = beginning_.empty() && !hasMore_;
+    auto const wait = mayWait ? std::min(kLongestWait, limits_.silence) : std::chrono::milliseconds(0);
+    poll(queries.data(), queries.size(), static_cast<int>(wait.count()));
+    return queries[0].revents == 0;
+}
+
+bool EventStream::write(httplib::DataSink& sink)
+{
+    if (!waitForEvents()) {
+        sink.done();
+        return true;
+    }
+    came_.clear();
+    std::string text = std::exchange(beginning_, {});
+    hasMore_ = session_.takeEvents(kEventsAtOnce, [&](Message const& message) { text += linesOf(message); });
+    auto const now = std::chrono::steady_clock::now();
+    if (text.empty() && now - written_ >= limits_.silence) {
+        text = ": keep-alive\n\n";
+    }
+    if (text.empty()) {
+        return hasMore_ || sink.is_writable();
+    }
+    written_ = now;
+    return sink.write(text.data(), text.size());
+}
+
+}  // namespace telephone

@@ -1,0 +1,59 @@
+// One open stream of server-sent events. Its connection's thread owns and runs it; events and the end of the server
+// wake it.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <string>
+
+#include "telephone/access/Session.h"
+#include "telephone/framework/WakeUp.h"
+
+namespace httplib {
+class DataSink;
+}
+
+namespace telephone {
+
+// What all streams share.
+struct StreamLimits
+{
+    int const most;                           // streams at once
+    std::chrono::milliseconds const silence;  // the longest time without a line
+    std::atomic<int> open{0};
+    WakeUp end{};  // signalled when the server ends
+};
+
+class EventStream
+{
+public:
+    // Refused while the most streams are open.
+    [[nodiscard]] static Outcome<std::shared_ptr<EventStream>> open(std::string name, SessionServices const& services,
+                                                                    StreamLimits& limits);
+    ~EventStream();
+    EventStream(EventStream const&) = delete;
+    EventStream& operator=(EventStream const&) = delete;
+
+    // Selects the events as the command `events` does. A stream that resumes begins with them, any other with hello.
+    // Refused as the command.
+    [[nodiscard]] Outcome<> select(Words const& events, bool resumes);
+
+    // Waits for events, at most a second, and writes those that came. False: the reader has gone, or has not read for
+    // too long.
+    bool write(httplib::DataSink& sink);
+
+private:
+    EventStream(std::string name, SessionServices const& services, StreamLimits& limits);
+
+    [[nodiscard]] bool waitForEvents() const;  // false: the server ends
+
+    StreamLimits& limits_;
+    WakeUp came_;
+    Session session_;
+    std::string beginning_;  // not yet written
+    bool hasMore_ = false;
+    std::chrono::steady_clock::time_point written_ = std::chrono::steady_clock::now();
+};
+
+}  // namespace telephone

@@ -1,0 +1,279 @@
+#include "telephone/http/HttpServer.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <future>
+#include <thread>
+#include <utility>
+
+#include <httplib.h>
+#include <spdlog/fmt/fmt.h>
+#include <sys/socket.h>
+
+#include "telephone/configuration/HostPort.h"
+#include "telephone/framework/Log.h"
+#include "telephone/http/AccessToken.h"
+#include "telephone/http/ConnectionThreads.h"
+#include "telephone/http/HttpGuard.h"
+#include "telephone/http/HttpRoutes.h"
+
+namespace telephone {
+
+namespace {
+
+using Server = std::unique_ptr<httplib::Server>;
+
+constexpr char const* kHttpComponent = "http";
+constexpr std::size_t kLongestBody = std::size_t{4} * 1024 * 1024;
+constexpr std::size_t kRequestThreads = 32;  // beside those of the streams
+constexpr int kSendBuffer = 256 * 1024;      // bytes, of one connection
+constexpr int kWaitingConnections = 128;
+constexpr std::chrono::seconds kReadTimeout{5};
+
+int portOf(int socket)
+{
+    sockaddr_storage address{};
+    socklen_t length = sizeof(address);
+    if (getsockname(socket, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
+        return 0;
+    }
+    if (address.ss_family == AF_INET) {
+        return ntohs(reinterpret_cast<sockaddr_in const&>(address).sin_port);
+    }
+    return address.ss_family == AF_INET6 ? ntohs(reinterpret_cast<sockaddr_in6 const&>(address).sin6_port) : 0;
+}
+
+// Listens at an address; the port, or 0 if that is not possible. In place of the library's options, which let several
+// programs share the port.
+int listenAt(httplib::Server& server, HostPort const& place)
+{
+    int listener = -1;
+    server.set_socket_options([&listener](int socket) {
+        int const yes = 1;
+        setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof(yes));
+        setsockopt(socket, SOL_SOCKET, SO_SNDBUF, &kSendBuffer, sizeof(kSendBuffer));  // connections inherit it
+        listener = socket;
+    });
+    bool const isBound =
+        place.port == 0 ? server.bind_to_any_port(place.host) > 0 : server.bind_to_port(place.host, place.port);
+    // The library keeps five at most waiting; further ones would be slow to connect.
+    return isBound && ::listen(listener, kWaitingConnections) == 0 ? portOf(listener) : 0;
+}
+
+// Ends the connections at a port of this process. The HTTP library keeps their sockets to itself and would wait until
+// their timeouts expire.
+void endConnections(int port)
+{
+    std::error_code unknown;
+    for (auto const& entry : std::filesystem::directory_iterator("/proc/self/fd", unknown)) {
+        int const descriptor = std::stoi(entry.path().filename());
+        if (portOf(descriptor) == port) {
+            ::shutdown(descriptor, SHUT_RDWR);
+        }
+    }
+}
+
+bool useCertificate(SSL_CTX& context, HttpConfiguration const& http)
+{
+    return SSL_CTX_set_min_proto_version(&context, TLS1_2_VERSION) == 1 &&
+           SSL_CTX_use_certificate_chain_file(&context, http.certificate.c_str()) == 1 &&
+           SSL_CTX_use_PrivateKey_file(&context, http.key.c_str(), SSL_FILETYPE_PEM) == 1;
+}
+
+Outcome<Server> makeServer(HttpConfiguration const& http)
+{
+    if (http.certificate.empty()) {
+        return std::make_unique<httplib::Server>();
+    }
+    auto server =
+        std::make_unique<httplib::SSLServer>([&http](SSL_CTX& context) { return useCertificate(context, http); });
+    if (!server->is_valid()) {
+        return refuse(RefusalKind::kUnavailable,
+                      fmt::format("the certificate {} and the key {} cannot be used: both must be PEM files that fit "
+                                  "each other",
+                                  http.certificate, http.key));
+    }
+    return server;
+}
+
+}  // namespace
+
+struct HttpServer::Parts
+{
+    Parts(Settings const& settings, SessionServices const& services, Server made, AccessToken drawn, int boundPort)
+        : access{services, {settings.mostStreams, settings.silence}}
+        , token(std::move(drawn))
+        , port(boundPort)
+        , guard(hostPortOf(settings.http.address)->host, port, !settings.http.certificate.empty(), token)
+        , server(std::move(made))
+    {
+        server->set_keep_alive_max_count(1);  // so that an idle connection has no thread
+        server->set_read_timeout(kReadTimeout);
+        server->set_write_timeout(settings.stallLimit);
+        server->set_payload_max_length(kLongestBody);
+        server->set_default_headers({{"Cache-Control", "no-store"},
+                                     {"Referrer-Policy", "no-referrer"},  // the address has the token
+                                     {"X-Content-Type-Options", "nosniff"}});
+        server->set_pre_routing_handler(
+            [this](auto const& request, auto& response) { return admit(request, response); });
+        server->Get(".*", [this](auto const& request, auto& response) { answer(request, {}, response); });
+        server->Post(".*", [this](auto const& request, auto& response, auto const& content) {
+            readAndAnswer(request, content, response);
+        });
+        server->set_error_handler([](httplib::Request const&, httplib::Response& response) {
+            if (response.body.empty()) {
+                answerError(response, response.status, "the request is not valid HTTP, or too long");
+            }
+        });
+        server->set_exception_handler(
+            [](auto const&, auto& response, std::exception_ptr const& error) { reportFailure(response, error); });
+    }
+
+    static void reportFailure(httplib::Response& response, std::exception_ptr const& error)
+    {
+        try {
+            std::rethrow_exception(error);
+        } catch (std::exception const& failure) {
+            log(kLogFailure, kHttpComponent, "a request failed: {}", failure.what());
+        }
+        answerError(response, 500, "the request failed; the telephone's log says why");
+    }
+
+    // Refuses what no route takes, before its body is read.
+    httplib::Server::HandlerResponse admit(httplib::Request const& request, httplib::Response& response) const
+    {
+        auto const refusal = refusalOf(request, response);
+        if (!refusal) {
+            return httplib::Server::HandlerResponse::Unhandled;
+        }
+        log(kLogWarning, kHttpComponent, "{} from {} is refused: {}", request.method, request.remote_addr,
+            refusal->reason);
+        answerError(response, refusal->status, refusal->reason);
+        return httplib::Server::HandlerResponse::Handled;
+    }
+
+    std::optional<HttpRefusal> refusalOf(httplib::Request const& request, httplib::Response& response) const
+    {
+        if (auto refused = guard.check(request)) {
+            if (refused->status == 401) {
+                response.set_header("WWW-Authenticate", "Bearer");
+            }
+            return refused;
+        }
+        auto const* const route = find(request.path);
+        if (route == nullptr) {
+            return HttpRefusal{404, "there is no such address; GET / lists them"};
+        }
+        if (route->method != request.method) {
+            response.set_header("Allow", std::string(route->method));
+            return HttpRefusal{405, fmt::format("{} takes {} only", route->path, route->method)};
+        }
+        if (request.method == "POST" && !request.has_header("Content-Length") &&
+            !request.has_header("Transfer-Encoding")) {
+            return HttpRefusal{411, "the request has no body: send one with a Content-Length"};
+        }
+        if (request.is_multipart_form_data()) {
+            return HttpRefusal{415, "a form is not understood: send text or JSON"};
+        }
+        return std::nullopt;
+    }
+
+    void readAndAnswer(httplib::Request const& request, httplib::ContentReader const& content,
+                       httplib::Response& response)
+    {
+        std::string body;
+        bool const isWhole = content([&body](char const* data, std::size_t length) {
+            body.append(data, std::min(length, kLongestBody + 1 - body.size()));
+            return body.size() <= kLongestBody;
+        });
+        if (response.status == 413 || body.size() > kLongestBody) {
+            return answerError(response, 413, fmt::format("the body is longer than {} bytes", kLongestBody));
+        }
+        if (!isWhole) {
+            return answerError(response, 400, "the body is not complete");
+        }
+        answer(request, body, response);
+    }
+
+    void answer(httplib::Request const& request, std::string const& body, httplib::Response& response)
+    {
+        HttpExchange exchange{access, request, body, response};
+        find(request.path)->handler(exchange);
+    }
+
+    static Route const* find(std::string_view path)
+    {
+        auto const all = routes();
+        auto const found =
+            std::find_if(all.begin(), all.end(), [path](Route const& each) { return each.path == path; });
+        return found == all.end() ? nullptr : &*found;
+    }
+
+    void listen(int mostStreams)
+    {
+        std::promise<void> started;
+        server->new_task_queue = [&] {
+            auto* const threads = new ConnectionThreads(static_cast<std::size_t>(mostStreams) + kRequestThreads,
+                                                        [port = port] { endConnections(port); });
+            started.set_value();
+            return threads;
+        };
+        thread = std::thread([this] { server->listen_after_bind(); });
+        started.get_future().wait();
+    }
+
+    HttpAccess access;
+    AccessToken const token;
+    int const port;
+    HttpGuard const guard;
+    Server const server;
+    std::thread thread;
+};
+
+Outcome<std::unique_ptr<HttpServer>> HttpServer::open(Settings const& settings, SessionServices const& services)
+{
+    auto const place = hostPortOf(settings.http.address);
+    if (!place) {
+        return refuse(RefusalKind::kBadInput, fmt::format("\"{}\" is not host:port", settings.http.address));
+    }
+    auto server = makeServer(settings.http);
+    if (!server) {
+        return tl::unexpected(server.error());
+    }
+    int const port = listenAt(**server, *place);
+    if (port == 0) {
+        return refuse(RefusalKind::kUnavailable,
+                      fmt::format("cannot listen at {} for HTTP: another program uses the port, or the address is not "
+                                  "one of this machine",
+                                  settings.http.address));
+    }
+    return AccessToken::create(settings.tokenFile).map([&](AccessToken token) {
+        auto parts = std::make_unique<Parts>(settings, services, std::move(*server), std::move(token), port);
+        parts->listen(settings.mostStreams);
+        log(kLogInfo, kHttpComponent, "listening at {}", parts->guard.origin());
+        return std::unique_ptr<HttpServer>(new HttpServer(std::move(parts)));
+    });
+}
+
+HttpServer::HttpServer(std::unique_ptr<Parts> parts)
+    : parts_(std::move(parts))
+{}
+
+HttpServer::~HttpServer()
+{
+    parts_->access.streams.end.signal();
+    parts_->server->stop();
+    parts_->thread.join();
+}
+
+std::string HttpServer::address() const
+{
+    return parts_->guard.origin() + "/?token=" + parts_->token.text();
+}
+
+int HttpServer::port() const
+{
+    return parts_->port;
+}
+
+}  // namespace telephone

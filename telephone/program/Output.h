@@ -1,0 +1,14 @@
+// How the commands that write what happens do it: console, tour, play and watch.
+#pragma once
+
+#include <string>
+
+#include "telephone/console/Transcript.h"
+#include "telephone/program/CommandLine.h"
+
+namespace telephone {
+
+// Writes to standard output, and to standard error what went wrong with a script. `ownDomain` as in DisplayOptions.
+[[nodiscard]] Transcript openTranscript(CommandLine const& line, std::string ownDomain);
+
+}  // namespace telephone
