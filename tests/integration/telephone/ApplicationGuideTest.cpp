@@ -250,3 +250,27 @@ TEST(ApplicationGuide, EveryBlock_DoesWhatThePageShows)
         }
     }
 }
+
+TEST(ApplicationGuide, ReasonsOfTheTable_AreThoseOfASession)
+{
+    std::string const page = pageText();
+    std::string const table =
+        page.substr(page.find("\n| Symptom"), page.find("\n## Test it") - page.find("\n| Symptom"));
+    std::string const beforeReason = " | `";
+
+    std::size_t reasons = 0;
+    for (std::string const& row : linesOf(table)) {
+        auto const before = row.find(beforeReason);
+        if (before == std::string::npos) {
+            continue;
+        }
+        auto const begin = before + beforeReason.size();
+        std::string const reason = ": " + row.substr(begin, row.find("` |", begin) - begin) + "\n";
+        EXPECT_TRUE(page.find("\nreason" + reason) != std::string::npos ||
+                    page.find("\nerror" + reason) != std::string::npos)
+            << "no session shows" << reason;
+        ++reasons;
+    }
+
+    EXPECT_GE(reasons, 9U);
+}
