@@ -260,8 +260,8 @@ TEST(ApplicationGuide, ReasonsOfTheTable_AreThoseOfASession)
 
     std::size_t reasons = 0;
     for (std::string const& row : linesOf(table)) {
-        auto const before = row.find(beforeReason);
-        if (before == std::string::npos) {
+        auto const before = row.find(" |", 1);
+        if (before == std::string::npos || row.compare(before, beforeReason.size(), beforeReason) != 0) {
             continue;
         }
         auto const begin = before + beforeReason.size();
