@@ -387,7 +387,7 @@ inline constexpr RequestDescription kRows[] = {
         "Subscribes the requesting application to the events.",
         "Neither Line nor CallID: the request concerns the whole telephone.",
         "Every event from now on is sent to this application. A second Subscribe changes nothing.",
-        "The current state: what happened before is not repeated.",
+        "The current state: what happened before is not repeated. On this telephone, the command state returns it.",
         {{}}},
     {"ActivateCallbackRinging",
         {{kAnyLine,
@@ -485,7 +485,8 @@ inline constexpr RequestDescription kRows[] = {
         "Asks for the state of the service.",
         "Neither Line nor CallID: the request concerns the whole telephone.",
         "The state that was set last.",
-        "That the telephone is ready, or any line registered: the service is in service from the start.",
+        "That the telephone is ready, or any line registered: the service is in service from the start. On this "
+        "telephone, the command hello says whether it is ready.",
         {{}}},
     {"SetDoNotDisturb",
         {{{"Line",           text, required, "4711", none, "line id",

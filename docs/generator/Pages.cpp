@@ -45,16 +45,19 @@ Wrong input is not an error: the service gives it a meaning.
 | `TRUE` | false | false |
 
 **Call ids.** The application chooses the id of a call that it makes: any number from 1 that is not in use. The telephone
-chooses the ids of incoming calls and of calls made by its keys; they begin at 1001. An id is free again when its call is
-over.
+chooses the ids of incoming calls and of calls made by its keys; they begin at 1001, so that 1 to 1000 are for applications.
+An id is free again when its call is over.
 
 **Answers.** The answer is one text, usually a [result word](enumerations.md#result). The answer to an unknown method is
 `sfiFailure`, and so is an answer that would be empty. `sfiSuccess` means that the work has begun; events tell how it ends.
+After the command `reasons on`, a sentence says why a request was refused or did nothing; after `strict on`, wrong input is
+refused ([commands](commands.md)).
 
 A text that begins with `SigEvent:` is a notice of the signalling component: it is passed on and not answered.
 
-**Where to send them.** To the telephone's socket, which [protocol.md](protocol.md) describes. By hand:
-`telephone request HoldCall Line=4711 CallID=2`. `telephone describe HoldCall` prints the same as this page.
+**Where to send them.** To the telephone's socket, which [protocol.md](protocol.md) describes, or over [HTTP](http.md). By hand:
+`telephone request HoldCall Line=4711 CallID=2`. [applications.md](applications.md) shows how a program does it.
+`telephone describe HoldCall` prints the same as this page.
 
 **Exchanges.** Each section ends with an exchange that a telephone recorded, and says what there was before it. Shown are
 the request, its answer, and the events that this application received until nothing more came. 100 answers, 101 is busy,
@@ -73,8 +76,10 @@ table, in this order, with nothing between them. No element is ever left out. Va
 The spelling of the tags differs from event to event and is part of the protocol. The meaning of an element belongs to its
 event: the same tag means different things in different events.
 
-An application receives events after the request [Subscribe](requests.md#subscribe), or after the command `events`, which loses
-none ([protocol.md](protocol.md)). `telephone watch` prints them in words, `telephone watch --raw` as they stand;
+An application receives events after [Subscribe](requests.md#subscribe), or after the [command](commands.md) `events`, which
+also sends what the application has missed. Events alone do not add up to the state of the telephone, which the command
+`state` returns ([applications.md](applications.md#follow-the-events) lists the differences). `telephone watch` prints events
+in words, `telephone watch --raw` as they stand;
 `telephone describe CallHeldEvent` prints the same as this page.
 
 "This telephone" is the reference telephone. The file `tests/golden/events.json` has the exact texts of each event, and

@@ -1,10 +1,11 @@
 // Follows docs/applications.md as a reader does, and compares what comes with what the page shows.
 //
 // The page's blocks, in their order:
-//     python, or a block that begins with "# FILE"   pasted at the end of view.py, or saved as FILE
-//     console                                        "$ COMMAND" is run by the shell, "> LINE" is typed to the program
-//                                                    that runs, and everything else is what the program prints; "..."
-//                                                    stands for any text within a line, and for any lines
+//     python                          pasted at the end of view.py
+//     any that begins with "# FILE"   saved as FILE
+//     console                         "$ COMMAND" is run by the shell, "> LINE" is typed to the program that runs, and
+//                                     everything else is what a program prints; "..." stands for any text within a
+//                                     line, and for any lines
 #include <fstream>
 #include <memory>
 #include <optional>
@@ -93,14 +94,38 @@ std::optional<std::size_t> endOf(Lines const& shown, std::size_t first, Lines co
     return endOf(shown, first + 1, printed, at + 1);
 }
 
+// What the page shows in place of the test's own.
+constexpr char const* kFolderOfPage = "/run/user/1000";
+constexpr char const* kAddressOfPage = "127.0.0.1:8080";
+constexpr char const* kAnyAddress = "127.0.0.1:0";
+
+std::string replaced(std::string text, std::string const& part, std::string const& by)
+{
+    for (std::size_t at = 0; !part.empty() && (at = text.find(part, at)) != std::string::npos; at += by.size()) {
+        text.replace(at, part.size(), by);
+    }
+    return text;
+}
+
+bool isTelephone(std::string const& command)
+{
+    return command.rfind(" serve") != std::string::npos;
+}
+
+// Whether only Ctrl-C ends the command.
+bool isEndless(std::string const& command)
+{
+    return isTelephone(command) || command.rfind("curl -s -N ", 0) == 0;
+}
+
 // A program that the reader started, and how much of its output the page has shown so far.
 class Program
 {
 public:
-    Program(std::string const& folder, std::string const& command)
+    Program(std::string const& folder, std::string const& variables, std::string const& command)
         : folder_(folder)
         , command_(command)
-        , process_({"/bin/sh", "-c", "cd " + folder + " && exec " + command},
+        , process_({"/bin/sh", "-ec", "cd " + folder + "\n" + variables + "exec " + command},
                    {"XDG_RUNTIME_DIR=" + folder, "PYTHONUNBUFFERED=1", "TELEPHONE_CHECK=events"})
     {}
 
@@ -119,31 +144,36 @@ public:
         }
     }
 
-    // Ends its input, and waits for its end. It has printed nothing that the page does not show.
+    // Ends its input, or presses Ctrl-C if nothing else ends it. The page shows everything that a program prints that
+    // ends by itself.
     void end()
     {
         process_.endInput();
+        if (isEndless(command_)) {
+            process_.signal(SIGINT);
+            process_.wait();
+            return;
+        }
         EXPECT_EQ(process_.wait(), 0) << process_.output();
         Lines const all = printed();
         EXPECT_EQ(Lines(all.begin() + static_cast<std::ptrdiff_t>(seen_), all.end()), Lines()) << command_;
     }
 
-    // As Ctrl-C does. Its log may go on.
-    void interrupt()
+    // Where this telephone offers HTTP; empty: nowhere.
+    [[nodiscard]] std::string address() const
     {
-        process_.signal(SIGINT);
-        EXPECT_EQ(process_.wait(), 0) << process_.output();
+        std::string const before = "HTTP: http://";
+        auto const at = process_.output().find(before);
+        std::string const rest = at == std::string::npos ? "" : process_.output().substr(at + before.size());
+        return rest.substr(0, rest.find('/'));
     }
 
 private:
-    // The complete lines of the output. The page shows another folder than the test's.
+    // The complete lines of the output.
     [[nodiscard]] Lines printed() const
     {
-        std::string text = process_.output().substr(0, process_.output().rfind('\n') + 1);
-        for (std::size_t at = 0; (at = text.find(folder_, at)) != std::string::npos;) {
-            text.replace(at, folder_.size(), "/run/user/1000");
-        }
-        return linesOf(text);
+        std::string const complete = process_.output().substr(0, process_.output().rfind('\n') + 1);
+        return linesOf(replaced(replaced(complete, folder_, kFolderOfPage), address(), kAddressOfPage));
     }
 
     std::string const folder_;
@@ -164,8 +194,8 @@ public:
 
     ~Reader()
     {
-        endProgram();
-        endTelephone();
+        end(program_);
+        end(telephone_);
     }
 
     void follow(Block const& block)
@@ -175,12 +205,14 @@ public:
     }
 
 private:
+    using Running = std::unique_ptr<Program>;
+
     void paste(Lines const& lines)
     {
         bool const isFile = lines.front().rfind("# ", 0) == 0;
         std::ofstream file(folder_.file(isFile ? lines.front().substr(2) : "view.py"), std::ios::app);
         for (std::string const& line : lines) {
-            file << line << '\n';
+            file << replaced(line, kAddressOfPage, kAnyAddress) << '\n';
         }
     }
 
@@ -188,12 +220,16 @@ private:
     {
         Lines shown;
         for (std::string const& line : lines) {
-            if (line.rfind("$ ", 0) != 0 && line.rfind("> ", 0) != 0) {
+            bool const isCommand = line.rfind("$ ", 0) == 0;
+            if (!isCommand && line.rfind("> ", 0) != 0) {
                 shown.push_back(line);
                 continue;
             }
             expect(shown);
-            line[0] == '$' ? start(line.substr(2)) : program_->type(line.substr(2));
+            if (testing::Test::HasFailure()) {
+                return;
+            }
+            isCommand ? start(line.substr(2)) : program_->type(line.substr(2));
         }
         expect(shown);
     }
@@ -201,37 +237,36 @@ private:
     void expect(Lines& shown)
     {
         if (!shown.empty()) {
-            (servesNow_ ? telephone_ : program_)->expect(std::exchange(shown, {}));
+            (telephoneSpeaks_ ? telephone_ : program_)->expect(std::exchange(shown, {}));
         }
-        servesNow_ = false;
+        telephoneSpeaks_ = false;
     }
 
-    // The telephone has a terminal of its own.
     void start(std::string const& command)
     {
-        servesNow_ = command == "scripts/run serve";
-        servesNow_ ? endTelephone() : endProgram();
-        (servesNow_ ? telephone_ : program_) = std::make_unique<Program>(folder_.path(), command);
-    }
-
-    void endProgram()
-    {
-        if (auto const ended = std::exchange(program_, nullptr)) {
-            ended->end();
+        auto const sign = command.find('=');
+        if (sign < command.find(' ')) {
+            variables_ += replaced(command, kAddressOfPage, telephone_->address()) + "\n";
+            return;
         }
+        telephoneSpeaks_ = isTelephone(command);
+        Running& terminal = telephoneSpeaks_ ? telephone_ : program_;
+        end(terminal);
+        terminal = std::make_unique<Program>(folder_.path(), variables_, command);
     }
 
-    void endTelephone()
+    static void end(Running& running)
     {
-        if (auto const ended = std::exchange(telephone_, nullptr)) {
-            ended->interrupt();
+        if (running) {
+            std::exchange(running, nullptr)->end();
         }
     }
 
     TemporaryFolder const folder_;
-    std::unique_ptr<Program> telephone_;
-    std::unique_ptr<Program> program_;
-    bool servesNow_ = false;  // the telephone prints what is shown next
+    std::string variables_;  // assignments of the shell
+    Running telephone_;      // in a terminal of its own
+    Running program_;
+    bool telephoneSpeaks_ = false;  // what is shown next comes from the telephone
 };
 
 }  // namespace
@@ -246,4 +281,28 @@ TEST(ApplicationGuide, EveryBlock_DoesWhatThePageShows)
             return;
         }
     }
+}
+
+TEST(ApplicationGuide, ReasonsOfTheTable_AreThoseOfASession)
+{
+    std::string const page = pageText();
+    std::string const table =
+        page.substr(page.find("\n| Symptom"), page.find("\n## Test it") - page.find("\n| Symptom"));
+    std::string const beforeReason = " | `";
+
+    std::size_t reasons = 0;
+    for (std::string const& row : linesOf(table)) {
+        auto const before = row.find(" |", 1);
+        if (before == std::string::npos || row.compare(before, beforeReason.size(), beforeReason) != 0) {
+            continue;
+        }
+        auto const begin = before + beforeReason.size();
+        std::string const reason = ": " + row.substr(begin, row.find("` |", begin) - begin) + "\n";
+        EXPECT_TRUE(page.find("\nreason" + reason) != std::string::npos ||
+                    page.find("\nerror" + reason) != std::string::npos)
+            << "no session shows" << reason;
+        ++reasons;
+    }
+
+    EXPECT_GE(reasons, 9U);
 }
