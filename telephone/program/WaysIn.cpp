@@ -1,6 +1,4 @@
-#include "telephone/program/Entrances.h"
-
-#include <utility>
+#include "telephone/program/WaysIn.h"
 
 #include "telephone/Telephone.h"
 #include "telephone/applications/SocketPath.h"
@@ -13,6 +11,7 @@ namespace {
 
 using Server = std::unique_ptr<ApplicationServer>;
 
+// Null: another telephone has the socket, and this one does not need it.
 Outcome<Server> openSocket(CommandLine const& line, Configuration const& configuration, Telephone& telephone,
                            StopSignal const& stop)
 {
@@ -35,21 +34,21 @@ Outcome<Server> openSocket(CommandLine const& line, Configuration const& configu
 
 }  // namespace
 
-Outcome<Entrances> openEntrances(CommandLine const& line, Configuration const& configuration, Telephone& telephone,
-                                 StopSignal const& stop)
+Outcome<WaysIn> openWaysIn(CommandLine const& line, Configuration const& configuration, Telephone& telephone,
+                           StopSignal const& stop)
 {
-    return openSocket(line, configuration, telephone, stop).and_then([&](Server socket) -> Outcome<Entrances> {
+    return openSocket(line, configuration, telephone, stop).and_then([&](Server socket) -> Outcome<WaysIn> {
         if (configuration.http.address.empty()) {
-            return Entrances{std::move(socket), nullptr};
+            return WaysIn{std::move(socket), nullptr};
         }
         if (socket == nullptr) {
             log(kLogInfo, "telephone", "no HTTP: its token is kept beside the application socket");
-            return Entrances{};
+            return WaysIn{};
         }
         HttpServer::Settings const settings{configuration.http, socket->path() + ".token"};
         return HttpServer::open(settings, telephone.sessions([&stop] { stop.raise(); }))
             .map([&socket](std::unique_ptr<HttpServer> http) {
-                return Entrances{std::move(socket), std::move(http)};
+                return WaysIn{std::move(socket), std::move(http)};
             });
     });
 }
