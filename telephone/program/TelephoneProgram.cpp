@@ -37,9 +37,9 @@ using Server = std::unique_ptr<ApplicationServer>;
 
 constexpr int kKeepEnvironment = 0;  // of sd_notify
 constexpr char const* kTourIntroduction =
-    "This telephone calls numbers of its own exchange, on this machine only, and draws each call as it progresses:\n"
-    "on the left what an application sends and is told, on the right what passes between telephone and far end.\n"
-    "Time runs downwards, in seconds. The tour takes about five.\n\n";
+    "This telephone calls numbers of its own exchange, on this machine only. Each\n"
+    "call is drawn as it happens: requests and events of an application on the left,\n"
+    "what passes between telephone and far end on the right. It takes five seconds.\n\n";
 
 // Null: another telephone has the socket, and this one does not need it.
 Outcome<Server> openSocket(CommandLine const& line, Configuration const& configuration, Telephone& telephone,
