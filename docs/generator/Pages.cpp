@@ -53,8 +53,7 @@ over.
 
 A text that begins with `SigEvent:` is a notice of the signalling component: it is passed on and not answered.
 
-**Where to send them.** To the telephone's socket: `$XDG_RUNTIME_DIR/telephone.socket` if that folder exists, else
-`/tmp/telephone-UID/telephone.socket` with the number of the user, or the path that the configuration names. By hand:
+**Where to send them.** To the telephone's socket, which [protocol.md](protocol.md) describes. By hand:
 `telephone request HoldCall Line=4711 CallID=2`. `telephone describe HoldCall` prints the same as this page.
 
 **Exchanges.** Each section ends with an exchange that a telephone recorded, and says what there was before it. Shown are
@@ -74,7 +73,8 @@ table, in this order, with nothing between them. No element is ever left out. Va
 The spelling of the tags differs from event to event and is part of the protocol. The meaning of an element belongs to its
 event: the same tag means different things in different events.
 
-An application receives events after [Subscribe](requests.md#subscribe). `telephone watch` prints them;
+An application receives events after the request [Subscribe](requests.md#subscribe), or after the command `events`, which loses
+none ([protocol.md](protocol.md)). `telephone watch` prints them in words, `telephone watch --raw` as they stand;
 `telephone describe CallHeldEvent` prints the same as this page.
 
 "This telephone" is the reference telephone. The file `tests/golden/events.json` has the exact texts of each event, and
