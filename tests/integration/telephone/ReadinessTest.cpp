@@ -144,6 +144,7 @@ TEST(Readiness, Hello_SaysThatAConsolesTelephoneIsNotReadyWhileItsLinesRegister)
     Application application(folder.file("socket"));
     std::string const early = application.command("hello");
     EXPECT_NE(early.find("\"ready\":false"), std::string::npos) << early;
+    EXPECT_EQ(application.request(method("GetServiceState")), "sfiSuccess,sfiServiceInService");
     process.write("say ready now\n");
     process.readUntil("ready now");
     EXPECT_NE(application.command("hello").find("\"ready\":true"), std::string::npos);

@@ -323,13 +323,14 @@ TEST_F(ApplicationServerTest, Commands_AreAnsweredWithAResultOrAnErrorInTheirOrd
 {
     RawApplication application(path_);
 
-    application.send(bytes({"lines", "press 1", "press 99", "press", "<a>", "HoldCall Line=4711 CallID=1", "hepl"}));
+    application.send(
+        bytes({"store list", "press 1", "press 99", "press", "<a>", "HoldCall Line=4711 CallID=1", "hepl"}));
 
-    EXPECT_EQ(
-        application.receiveUntil(9),
-        bytes({"result\n4711 idle", "result\n", "error\nno key 99", "error\nKEY is missing; write it as: press KEY",
-               "answer\nsfiSuccess", "finished\n", "answer\nsfiSuccess", "finished\n",
-               "error\nno request or command hepl (did you mean help?); help lists them"}));
+    EXPECT_EQ(application.receiveUntil(9),
+              bytes({"result\nagent-state = ready", "result\n", "error\nno key 99",
+                     "error\nKEY is missing; write it as: press KEY", "answer\nsfiSuccess", "finished\n",
+                     "answer\nsfiSuccess", "finished\n",
+                     "error\nno request or command hepl (did you mean help?); help lists them"}));
     EXPECT_EQ(telephone_.invoker.requests,
               (std::vector<std::string>{"<a>", "<Method>HoldCall</Method><Line>4711</Line><CallID>1</CallID>"}));
 }
@@ -610,7 +611,7 @@ TEST_F(ApplicationServerTest, ClientAsks_ForAnswersReasonsAndResults)
     };
     auto client = ApplicationClient::connect(path_).value();
 
-    EXPECT_EQ(client.ask("lines").value().text, "4711 idle");
+    EXPECT_EQ(client.ask("store list").value().text, "agent-state = ready");
     EXPECT_EQ(client.ask("reasons on").value().text, "");
     auto const reply = client.ask("<Method>GetServiceState</Method>").value();
     EXPECT_EQ(reply.text, "sfiFailure");
