@@ -86,6 +86,9 @@ Answer showTags(Session& session, bool on)
     return std::string();
 }
 
+// Larger than every number, so that a gap and the state come.
+constexpr std::uint64_t kOfAnotherStart = UINT64_MAX;
+
 // Events after a number of this start, or the present one.
 Answer followEvents(Session& session, Given& given)
 {
@@ -97,11 +100,11 @@ Answer followEvents(Session& session, Given& given)
             return tl::unexpected(number.error());
         }
         bool const isOfAnotherStart = given[1] && *given[1] != history.start();
-        selection.after = isOfAnotherStart ? UINT64_MAX : *number;
+        selection.after = isOfAnotherStart ? kOfAnotherStart : *number;
     }
     return eventMethods(listOf(given[2])).map([&](std::vector<std::string> const& names) {
         selection.names = names;
-        std::uint64_t const after = selection.after;
+        std::uint64_t const after = selection.after == kOfAnotherStart ? 0 : selection.after;
         session.follow(std::move(selection));
         return fmt::format(R"({{"start":"{}","after":{}}})", history.start(), after);
     });

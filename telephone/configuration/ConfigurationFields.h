@@ -123,7 +123,7 @@ inline constexpr auto kCalls = std::to_array<ConfigurationField<CallConfiguratio
 });
 
 inline constexpr auto kApplications = std::to_array<ConfigurationField<ApplicationSocketConfiguration>>({
-    {"path",                &ApplicationSocketConfiguration::path,  "UNIX socket for applications; empty: the default path (docs/porting.md)"},
+    {"path",                &ApplicationSocketConfiguration::path,  "UNIX socket for applications; empty: the default path (docs/protocol.md)"},
     {"maximum",             &ApplicationSocketConfiguration::maximumApplications, "applications at once", {}, 1, 10000},
     {"queued-messages",     &ApplicationSocketConfiguration::queuedMessages, "messages kept for an application that does not read", {}, 1, 10000000},
     {"kept-events",         &ApplicationSocketConfiguration::keptEvents, "events kept for applications that come back", {}, 1, 10000000},

@@ -41,14 +41,9 @@ std::string linesOf(Message const& message)
 }  // namespace
 
 EventStream::EventStream(std::string name, SessionServices const& services, StreamLimits& limits)
-    : limits_(limits)
+    : place_{limits}
     , session_(std::move(name), services, 1, [this] { came_.signal(); })
 {}
-
-EventStream::~EventStream()
-{
-    --limits_.open;
-}
 
 Outcome<std::shared_ptr<EventStream>> EventStream::open(std::string name, SessionServices const& services,
                                                         StreamLimits& limits)
@@ -83,9 +78,10 @@ Outcome<> EventStream::select(Words const& events, bool resumes)
 
 bool EventStream::waitForEvents() const
 {
-    std::array<pollfd, 2> queries{pollfd{limits_.end.descriptor(), POLLIN, 0}, pollfd{came_.descriptor(), POLLIN, 0}};
+    std::array<pollfd, 2> queries{pollfd{place_.limits.end.descriptor(), POLLIN, 0},
+                                  pollfd{came_.descriptor(), POLLIN, 0}};
     bool const mayWait = beginning_.empty() && !hasMore_;
-    auto const wait = mayWait ? std::min(kLongestWait, limits_.silence) : std::chrono::milliseconds(0);
+    auto const wait = mayWait ? std::min(kLongestWait, place_.limits.silence) : std::chrono::milliseconds(0);
     poll(queries.data(), queries.size(), static_cast<int>(wait.count()));
     return queries[0].revents == 0;
 }
@@ -100,7 +96,7 @@ bool EventStream::write(httplib::DataSink& sink)
     std::string text = std::exchange(beginning_, {});
     hasMore_ = session_.takeEvents(kEventsAtOnce, [&](Message const& message) { text += linesOf(message); });
     auto const now = std::chrono::steady_clock::now();
-    if (text.empty() && now - written_ >= limits_.silence) {
+    if (text.empty() && now - written_ >= place_.limits.silence) {
         text = ": keep-alive\n\n";
     }
     if (text.empty()) {

@@ -31,7 +31,7 @@ public:
     // Refused while the most streams are open.
     [[nodiscard]] static Outcome<std::shared_ptr<EventStream>> open(std::string name, SessionServices const& services,
                                                                     StreamLimits& limits);
-    ~EventStream();
+    ~EventStream() = default;
     EventStream(EventStream const&) = delete;
     EventStream& operator=(EventStream const&) = delete;
 
@@ -44,11 +44,18 @@ public:
     bool write(httplib::DataSink& sink);
 
 private:
+    // Its place among the open streams.
+    struct Place
+    {
+        StreamLimits& limits;
+        ~Place() { --limits.open; }
+    };
+
     EventStream(std::string name, SessionServices const& services, StreamLimits& limits);
 
     [[nodiscard]] bool waitForEvents() const;  // false: the server ends
 
-    StreamLimits& limits_;
+    Place const place_;
     WakeUp came_;
     Session session_;
     std::string beginning_;  // not yet written

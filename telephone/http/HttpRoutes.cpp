@@ -185,8 +185,10 @@ void handleRequest(HttpExchange& exchange)
     if (!text) {
         return answerError(exchange.response, 400, text.error().reason);
     }
-    bool const isStrict = !exchange.request.has_param("lenient");
-    Replies const replies = repliesOf(exchange, std::string_view(*text), {isStrict, true});
+    Session::Options options;
+    options.strict = !exchange.request.has_param("lenient");
+    options.reasons = true;
+    Replies const replies = repliesOf(exchange, std::string_view(*text), options);
     if (replies.error) {
         return answerError(exchange.response, 400, *replies.error);
     }
@@ -282,19 +284,22 @@ void overview(HttpExchange& exchange)
 }
 
 constexpr std::array kLenient{
-    RouteParameter{"query", "lenient", "passes on unknown names and wrong values, which the service guesses at"},
+    RouteParameter{"query", "lenient", "", "passes on unknown names and wrong values, which the service guesses at"},
 };
 constexpr std::array kName{
-    RouteParameter{"query", "name", "only this request, event, command, enumeration or value, as text for people"},
+    RouteParameter{"query", "name", "string",
+                   "only this request, event, command, enumeration or value, as text for people"},
 };
 constexpr std::array kSelection{
-    RouteParameter{"header", "Last-Event-ID", "the events after this number; browsers send it when they reconnect"},
-    RouteParameter{"query", "after", "the events after this number; without it, and without the header, from now on"},
-    RouteParameter{"query", "start",
+    RouteParameter{"header", "Last-Event-ID", "integer",
+                   "the events after this number; browsers send it when they reconnect"},
+    RouteParameter{"query", "after", "integer",
+                   "the events after this number; without it, and without the header, from now on"},
+    RouteParameter{"query", "start", "string",
                    "the start of the telephone that the number is of, as hello names it; if it is an "
                    "earlier one, the stream begins with a gap"},
-    RouteParameter{"query", "only", "names of events, separated by commas"},
-    RouteParameter{"query", "line", "lines, separated by commas; a line includes its appearances"},
+    RouteParameter{"query", "only", "string", "names of events, separated by commas"},
+    RouteParameter{"query", "line", "string", "lines, separated by commas; a line includes its appearances"},
 };
 constexpr std::array kRequestBodies{RouteContent{"text/plain", "RequestText"}, RouteContent{kJsonType, "Request"}};
 constexpr std::array kCommandBodies{RouteContent{"text/plain", "CommandText"}};

@@ -40,6 +40,7 @@ struct RouteParameter
 {
     std::string_view place;  // "query" or "header"
     std::string_view name;
+    std::string_view type;  // "string" or "integer"; empty: it has no value
     std::string_view meaning;
 };
 

@@ -1,14 +1,12 @@
 #include "telephone/http/HttpServer.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <future>
 #include <thread>
 #include <utility>
 
 #include <httplib.h>
 #include <spdlog/fmt/fmt.h>
-#include <sys/socket.h>
 
 #include "telephone/configuration/HostPort.h"
 #include "telephone/framework/Log.h"
@@ -16,104 +14,46 @@
 #include "telephone/http/ConnectionThreads.h"
 #include "telephone/http/HttpGuard.h"
 #include "telephone/http/HttpRoutes.h"
+#include "telephone/http/HttpSockets.h"
 
 namespace telephone {
 
 namespace {
 
-using Server = std::unique_ptr<httplib::Server>;
-
 constexpr char const* kHttpComponent = "http";
 constexpr std::size_t kLongestBody = std::size_t{4} * 1024 * 1024;
 constexpr std::size_t kRequestThreads = 32;  // beside those of the streams
-constexpr int kSendBuffer = 256 * 1024;      // bytes, of one connection
-constexpr int kWaitingConnections = 128;
 constexpr std::chrono::seconds kReadTimeout{5};
-
-int portOf(int socket)
-{
-    sockaddr_storage address{};
-    socklen_t length = sizeof(address);
-    if (getsockname(socket, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
-        return 0;
-    }
-    if (address.ss_family == AF_INET) {
-        return ntohs(reinterpret_cast<sockaddr_in const&>(address).sin_port);
-    }
-    return address.ss_family == AF_INET6 ? ntohs(reinterpret_cast<sockaddr_in6 const&>(address).sin6_port) : 0;
-}
-
-// Listens at an address; the port, or 0 if that is not possible. In place of the library's options, which let several
-// programs share the port.
-int listenAt(httplib::Server& server, HostPort const& place)
-{
-    int listener = -1;
-    server.set_socket_options([&listener](int socket) {
-        int const yes = 1;
-        setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof(yes));
-        setsockopt(socket, SOL_SOCKET, SO_SNDBUF, &kSendBuffer, sizeof(kSendBuffer));  // connections inherit it
-        listener = socket;
-    });
-    bool const isBound =
-        place.port == 0 ? server.bind_to_any_port(place.host) > 0 : server.bind_to_port(place.host, place.port);
-    // The library keeps five at most waiting; further ones would be slow to connect.
-    return isBound && ::listen(listener, kWaitingConnections) == 0 ? portOf(listener) : 0;
-}
-
-// Ends the connections at a port of this process. The HTTP library keeps their sockets to itself and would wait until
-// their timeouts expire.
-void endConnections(int port)
-{
-    std::error_code unknown;
-    for (auto const& entry : std::filesystem::directory_iterator("/proc/self/fd", unknown)) {
-        int const descriptor = std::stoi(entry.path().filename());
-        if (portOf(descriptor) == port) {
-            ::shutdown(descriptor, SHUT_RDWR);
-        }
-    }
-}
-
-bool useCertificate(SSL_CTX& context, HttpConfiguration const& http)
-{
-    return SSL_CTX_set_min_proto_version(&context, TLS1_2_VERSION) == 1 &&
-           SSL_CTX_use_certificate_chain_file(&context, http.certificate.c_str()) == 1 &&
-           SSL_CTX_use_PrivateKey_file(&context, http.key.c_str(), SSL_FILETYPE_PEM) == 1;
-}
-
-Outcome<Server> makeServer(HttpConfiguration const& http)
-{
-    if (http.certificate.empty()) {
-        return std::make_unique<httplib::Server>();
-    }
-    auto server =
-        std::make_unique<httplib::SSLServer>([&http](SSL_CTX& context) { return useCertificate(context, http); });
-    if (!server->is_valid()) {
-        return refuse(RefusalKind::kUnavailable,
-                      fmt::format("the certificate {} and the key {} cannot be used: both must be PEM files that fit "
-                                  "each other",
-                                  http.certificate, http.key));
-    }
-    return server;
-}
 
 }  // namespace
 
 struct HttpServer::Parts
 {
-    Parts(Settings const& settings, SessionServices const& services, Server made, AccessToken drawn, int boundPort)
+    Parts(Settings const& settings, SessionServices const& services, std::unique_ptr<httplib::Server> made,
+          AccessToken drawn, int boundPort)
         : access{services, {settings.mostStreams, settings.silence}}
         , token(std::move(drawn))
         , port(boundPort)
         , guard(hostPortOf(settings.http.address)->host, port, !settings.http.certificate.empty(), token)
         , server(std::move(made))
     {
+        setLimits(settings.stallLimit);
+        setHandlers();
+    }
+
+    void setLimits(std::chrono::milliseconds stallLimit) const
+    {
         server->set_keep_alive_max_count(1);  // so that an idle connection has no thread
         server->set_read_timeout(kReadTimeout);
-        server->set_write_timeout(settings.stallLimit);
+        server->set_write_timeout(stallLimit);
         server->set_payload_max_length(kLongestBody);
         server->set_default_headers({{"Cache-Control", "no-store"},
                                      {"Referrer-Policy", "no-referrer"},  // the address has the token
                                      {"X-Content-Type-Options", "nosniff"}});
+    }
+
+    void setHandlers()
+    {
         server->set_pre_routing_handler(
             [this](auto const& request, auto& response) { return admit(request, response); });
         server->Get(".*", [this](auto const& request, auto& response) { answer(request, {}, response); });
@@ -226,7 +166,7 @@ struct HttpServer::Parts
     AccessToken const token;
     int const port;
     HttpGuard const guard;
-    Server const server;
+    std::unique_ptr<httplib::Server> const server;
     std::thread thread;
 };
 
@@ -236,11 +176,11 @@ Outcome<std::unique_ptr<HttpServer>> HttpServer::open(Settings const& settings, 
     if (!place) {
         return refuse(RefusalKind::kBadInput, fmt::format("\"{}\" is not host:port", settings.http.address));
     }
-    auto server = makeServer(settings.http);
+    auto server = makeHttpServer(settings.http);
     if (!server) {
         return tl::unexpected(server.error());
     }
-    int const port = listenAt(**server, *place);
+    int const port = listenForHttp(**server, *place);
     if (port == 0) {
         return refuse(RefusalKind::kUnavailable,
                       fmt::format("cannot listen at {} for HTTP: another program uses the port, or the address is not "

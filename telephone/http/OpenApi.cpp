@@ -54,7 +54,7 @@ constexpr char const* kSchemas = R"({
     },
     "required": ["answer", "reasons", "finished"],
     "additionalProperties": false,
-    "examples": [{"answer": "sfiFailure", "reasons": ["line 4711 has no call 7"], "finished": true}]
+    "examples": [{"answer": "sfiFailure", "reasons": ["line 4711 has no call 7; it has call 1"], "finished": true}]
   },
   "CommandText": {
     "type": "string",
@@ -107,14 +107,12 @@ Json parametersOf(Route const& route)
 {
     Json parameters = Json::array();
     for (RouteParameter const& each : route.parameters) {
-        parameters.push_back({{"name", each.name},
-                              {"in", each.place},
-                              {"description", each.meaning},
-                              {"allowEmptyValue", true},
-                              {"schema", {{"type", "string"}}}});
-        if (each.place == "header") {
-            parameters.back().erase("allowEmptyValue");
+        Json parameter{{"name", each.name}, {"in", each.place}, {"description", each.meaning}};
+        if (each.type.empty()) {
+            parameter["allowEmptyValue"] = true;
         }
+        parameter["schema"] = {{"type", each.type.empty() ? "string" : each.type}};
+        parameters.push_back(std::move(parameter));
     }
     return parameters;
 }

@@ -1,4 +1,4 @@
-// How the telephone writes JSON on one line, as the state and events are sent. For the files of this module.
+// How the telephone writes JSON on one line, as the state, events and answers over HTTP are sent.
 #pragma once
 
 #include <string>

@@ -122,6 +122,7 @@ std::map<std::string, std::function<void()>> const kCommands{
     {"play FILE", [] { expectWell(runWith("play " SCRIPTS "/number-101-is-busy.script")); }},
     {"serve", [] { expectToServe("serve", "applications can connect at"); }},
     {"request GetServiceState", [] { expectOfARunningTelephone("request GetServiceState", "sfiSuccess,"); }},
+    {"do lines", [] { expectOfARunningTelephone("do lines", "4711"); }},
     {"watch", [] { expectOfARunningTelephone("watch", "watching\n"); }},
     {"describe HoldCall", [] { expectWell(runWith("describe HoldCall")); }},
     {"exchange", [] { expectToServe("exchange", "199"); }},

@@ -257,7 +257,8 @@ TEST_F(SessionTest, EventsOfAnotherStart_BeginWithAGap)
 {
     telephone_.held(1);
 
-    (void)replies("events after 1 of elsewhere");
+    EXPECT_EQ(replies("events after 1 of elsewhere"),
+              "result {\"start\":\"" + telephone_.history->start() + "\",\"after\":0}\n");
 
     EXPECT_EQ(events().substr(0, 36), "gap {\"first\":1,\"last\":1}\nstate 1 {\"s");
 }

@@ -115,7 +115,7 @@ TEST_F(HttpRoutesTest, Command_IsAnsweredWithItsResult)
 {
     telephone_.controls.present.start = "abc";
 
-    EXPECT_EQ(post("/commands", "lines").body, "{\"result\":\"4711 idle\"}\n");
+    EXPECT_EQ(post("/commands", "store list").body, "{\"result\":\"agent-state = ready\"}\n");
     EXPECT_EQ(post("/commands", "press 1\n").body, "{\"result\":\"\"}\n");
     EXPECT_EQ(post("/commands", "hello").body,
               R"({"result":{"telephone":"reference telephone","version":"1.0.0","protocol":1,"start":"abc",)"
