@@ -47,7 +47,7 @@ public:
         bool strict = false;   // requests are checked before they reach the service
         bool reasons = false;  // answers are explained
         // Messages are shown with their tags. Nothing: there is no choice here. Whoever writes them honours it.
-        std::optional<bool> raw = std::nullopt;
+        std::optional<bool> raw = {};
     };
 
     // The name is unique at every moment; it is the name of the session's channel. `wake` is called on any thread after

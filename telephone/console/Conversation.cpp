@@ -27,7 +27,7 @@ Conversation::Conversation(std::string const& name, SessionServices services, Tr
     , stop_(stop)
     , session_(name, withEnd(std::move(services)), kQueuedEvents, [this] { wakeUp_.signal(); })
 {
-    session_.options() = {.strict = true, .reasons = true, .raw = {}};
+    session_.options() = {.strict = true, .reasons = true};
     writeAs(transcript.kind());
     session_.follow({session_.services().history.latest(), {}, {}});
 }

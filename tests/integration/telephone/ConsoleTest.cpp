@@ -1,14 +1,29 @@
 // The console with input from a pipe.
+#include <regex>
+
 #include <gtest/gtest.h>
 
 #include "RunningTelephone.h"
 
 namespace {
 
-Ended console(std::string const& lines, std::string const& checked = "all")
+using Options = std::vector<std::string>;
+
+Ended console(std::string const& lines, Options const& options = {}, std::string const& checked = "all")
 {
     TemporaryFolder const folder;
-    return run({TELEPHONE, "--log-level", "0", "--check", checked, "--socket", folder.file("socket")}, lines);
+    Options command{"/usr/bin/env", "LC_ALL=C.UTF-8", TELEPHONE,  "--log-level",         "0",
+                    "--check",      checked,          "--socket", folder.file("socket"), "console"};
+    command.insert(command.end(), options.begin(), options.end());
+    return run(command, lines);
+}
+
+// With TIME for times, and N for durations.
+std::string withoutTimes(std::string const& output)
+{
+    static std::regex const time("[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{3}");
+    static std::regex const duration("<?[0-9]+ ms");
+    return std::regex_replace(std::regex_replace(output, time, "TIME"), duration, "N ms");
 }
 
 }  // namespace
@@ -30,8 +45,8 @@ TEST(Console, WrongLine_IsToldAndTheNextIsRun)
 {
     Ended const result = console("Hold\nsay still here\n");
 
-    EXPECT_EQ(result.status, 0);
-    EXPECT_NE(result.output.find("error    no request or command Hold (did you mean HoldCall?); help lists them\n"
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.output.find("error: no request or command Hold (did you mean HoldCall?); help lists them\n"
                                  "still here\n"),
               std::string::npos)
         << result.output;
@@ -44,16 +59,78 @@ TEST(Console, CallByHand_ShowsRequestAnswerAndEvents)
                                  "calls\n"
                                  "lines\n");
 
-    EXPECT_NE(result.output.find("request  <Method>HoldCall</Method><Line>4711</Line><CallID>1</CallID>\n"
-                                 "answer   sfiSuccess\n"),
+    EXPECT_EQ(result.status, 0);
+    EXPECT_NE(withoutTimes(result.output)
+                  .find("TIME     →  4711     1     HoldCall\n"
+                        "TIME     ←  4711     1     success  N ms\n"
+                        "TIME     9  4711     1     held\n"
+                        "4711     1     held              to 100, 0:00\n"
+                        "4711     held              registered, primary\n"
+                        "4712     idle              registered\n"),
               std::string::npos)
         << result.output;
-    EXPECT_NE(result.output.find("<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>1</CallID>\n"),
+}
+
+TEST(Console, Raw_ShowsTags)
+{
+    char const* const lines = "HoldCall Line=4711 CallID=7\nraw off\nHoldCall Line=4711 CallID=7\n";
+    Ended const result = console(lines, {"--raw"});
+
+    EXPECT_NE(withoutTimes(result.output)
+                  .find("request  <Method>HoldCall</Method><Line>4711</Line><CallID>7</CallID>\n"
+                        "answer   sfiFailure\n"
+                        "reason   line 4711 has no call 7; the telephone has no calls\n"
+                        "TIME     →  4711     7     HoldCall\n"
+                        "TIME     ←  4711     7     failure  N ms\n"
+                        "TIME     ✕  4711     7     line 4711 has no call 7; the telephone has no calls\n"),
               std::string::npos)
         << result.output;
-    EXPECT_NE(result.output.find("1      line 4711     held           to sip:100@127.0.0.1:"), std::string::npos)
-        << result.output;
-    EXPECT_NE(result.output.find("4711     number 1    held             registered, primary\n"), std::string::npos)
+}
+
+TEST(Console, Json_IsAnObjectALine)
+{
+    Ended const result = console("GetServiceState\nraw on\n", {"--json"});
+
+    EXPECT_EQ(result.status, 1);
+    std::istringstream lines(result.output);
+    for (std::string line; std::getline(lines, line);) {
+        EXPECT_TRUE(line.starts_with('{') && line.ends_with('}')) << line;
+    }
+    EXPECT_NE(result.output.find(R"({"request":"<Method>GetServiceState</Method>","time":")"), std::string::npos);
+    EXPECT_NE(result.output.find(R"({"answer":"sfiSuccess,sfiServiceInService","time":")"), std::string::npos);
+    EXPECT_NE(result.output.find(R"({"error":"messages are written with their tags here already","time":")"),
+              std::string::npos);
+}
+
+TEST(Console, NameOfACaller_CannotChangeTheDirectionOfItsLine)
+{
+    for (char const* const form : {"--color=auto", "--raw", "--json"}) {
+        Ended const result = console("call 4711 from 555 name \"A\xe2\x80\xae<b>\"\ncalls\n", {form}, "none");
+
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.output.find("\xe2\x80\xae"), std::string::npos) << result.output;
+        EXPECT_NE(result.output.find("555"), std::string::npos) << result.output;
+    }
+}
+
+TEST(Console, Colour_IsForTerminals)
+{
+    EXPECT_EQ(console("GetServiceState\n").output.find('\x1b'), std::string::npos);
+    EXPECT_NE(console("GetServiceState\n", {"--color", "always"}).output.find("\x1b[34m"), std::string::npos);
+}
+
+TEST(Console, LocaleWithoutUtf8_ShowsAscii)
+{
+    TemporaryFolder const folder;
+    Ended const result =
+        run({"/usr/bin/env", "LC_ALL=C", TELEPHONE, "--log-level", "0", "--socket", folder.file("socket")},
+            "HoldCall Line=4711 CallID=7\n");
+
+    EXPECT_NE(withoutTimes(result.output)
+                  .find("TIME     >  4711     7     HoldCall\n"
+                        "TIME     <  4711     7     failure  N ms\n"
+                        "TIME     x  4711     7     line 4711 has no call 7; the telephone has no calls\n"),
+              std::string::npos)
         << result.output;
 }
 
@@ -65,9 +142,9 @@ TEST(Console, Settings_AreSetAndRead)
                                  "store set agent-state asleep\n"
                                  "store get no-such-setting\n");
 
-    EXPECT_NE(result.output.find("agent-state = loggedOff\nagent-state = ready\nerror    "), std::string::npos)
+    EXPECT_NE(result.output.find("agent-state = loggedOff\nagent-state = ready\nerror: "), std::string::npos)
         << result.output;
-    EXPECT_NE(result.output.find("error    no setting no-such-setting\n"), std::string::npos) << result.output;
+    EXPECT_NE(result.output.find("error: no setting no-such-setting\n"), std::string::npos) << result.output;
 }
 
 TEST(Console, Lock_LetsOnlyPermittedNumbersOut)
@@ -75,7 +152,8 @@ TEST(Console, Lock_LetsOnlyPermittedNumbersOut)
     Ended const result = console("lock\n"
                                  "OutgoingCallMakeRequest Line=4711 CallID=1 Destination=100\n"
                                  "unlock\n"
-                                 "OutgoingCallMakeRequest Line=4711 CallID=1 Destination=100\n");
+                                 "OutgoingCallMakeRequest Line=4711 CallID=1 Destination=100\n",
+                                 {"--raw"});
 
     auto const first = result.output.find("answer   ");
     EXPECT_EQ(result.output.substr(first, 20), "answer   sfiFailure\n") << result.output;
@@ -115,8 +193,10 @@ TEST(Console, LogLevelSix_ShowsSipMessagesUntilTheLevelIsLowered)
 
 TEST(Console, LineOfAMegabyte_IsTaken)
 {
-    Ended const result = console("<Method>" + std::string(1 << 20, 'x') + "</Method>\nsay still here\n", "events");
+    Ended const result = console("strict off\n<Method>" + std::string(1 << 20, 'x') + "</Method>\nsay still here\n",
+                                 {"--raw"}, "events");
 
     EXPECT_EQ(result.status, 0);
-    EXPECT_NE(result.output.find("answer   sfiFailure\nstill here\n"), std::string::npos);
+    EXPECT_NE(result.output.find("answer   sfiFailure\n"), std::string::npos);
+    EXPECT_NE(result.output.find("\nstill here\n"), std::string::npos);
 }

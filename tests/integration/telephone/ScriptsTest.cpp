@@ -27,15 +27,23 @@ TEST(Scripts, EveryRequest_IsInTheScriptOfAllRequests)
     }
 }
 
-TEST(Scripts, ScriptThatHolds_EndsWithZero)
+TEST(Scripts, ScriptThatHolds_EndsWithZeroAndSaysSo)
 {
     Ended const result = play("GetServiceState\nexpect answer sfiSuccess\n");
 
     EXPECT_EQ(result.status, 0) << result.output;
-    EXPECT_NE(result.output.find("request  <Method>GetServiceState</Method>\n"
-                                 "answer   sfiSuccess,sfiServiceInService\n"),
-              std::string::npos)
-        << result.output;
+    EXPECT_NE(result.output.find("success, in service"), std::string::npos) << result.output;
+    EXPECT_NE(result.output.find("passed            expect answer sfiSuccess"), std::string::npos) << result.output;
+    EXPECT_EQ(lastLine(result.output).rfind("passed: 2 steps in ", 0), 0U) << result.output;
+}
+
+TEST(Scripts, Failure_IsOnStandardError)
+{
+    Ended const result =
+        run({"/bin/sh", "-c", "exec \"$0\" --log-level 0 play - 2>/dev/null", TELEPHONE}, "HoldCal Line=4711\n");
+
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output.find("HoldCal"), std::string::npos) << result.output;
 }
 
 TEST(Scripts, WrongAnswer_EndsWithOneAndTheLine)
@@ -43,8 +51,7 @@ TEST(Scripts, WrongAnswer_EndsWithOneAndTheLine)
     Ended const result = play("# first\nHoldCall Line=4711 CallID=1\nexpect answer sfiSuccess\n");
 
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(lastLine(result.output),
-              "error    standard input:3: expect answer sfiSuccess: the answer was sfiFailure");
+    EXPECT_EQ(lastLine(result.output), "error: standard input:3: expect answer sfiSuccess: the answer was sfiFailure");
 }
 
 TEST(Scripts, EventThatDoesNotCome_EndsWithOneAndWhatCame)
@@ -53,12 +60,11 @@ TEST(Scripts, EventThatDoesNotCome_EndsWithOneAndWhatCame)
                               "wait CallStateChangeEvent CallState=connected within 1\n");
 
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(
-        lastLine(result.output)
-            .rfind("error    standard input:2: wait CallStateChangeEvent CallState=connected within 1: it did not "
-                   "come; came instead: <Method>",
-                   0),
-        0U)
+    EXPECT_EQ(lastLine(result.output)
+                  .rfind("error: standard input:2: wait CallStateChangeEvent CallState=connected within 1: it did not "
+                         "come; came instead: <Method>",
+                         0),
+              0U)
         << result.output;
 }
 
@@ -68,13 +74,12 @@ TEST(Scripts, EventThatMustNotCome_EndsWithOne)
                               "never CallStateChangeEvent CallState=connected within 10\n");
 
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(
-        lastLine(result.output)
-            .rfind("error    standard input:2: never CallStateChangeEvent CallState=connected within 10: it came: "
-                   "<Method>CallStateChangeEvent</Method><LineID>4711</LineID><CallID>1</CallID>"
-                   "<CallState>6</CallState>",
-                   0),
-        0U)
+    EXPECT_EQ(lastLine(result.output)
+                  .rfind("error: standard input:2: never CallStateChangeEvent CallState=connected within 10: it came: "
+                         "<Method>CallStateChangeEvent</Method><LineID>4711</LineID><CallID>1</CallID>"
+                         "<CallState>6</CallState>",
+                         0),
+              0U)
         << result.output;
 }
 
@@ -83,7 +88,7 @@ TEST(Scripts, WrongLine_EndsWithOneAndTheNearestName)
     Ended const result = play("HoldCal Line=4711\n");
 
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(lastLine(result.output), "error    standard input:1: HoldCal Line=4711: no request or command HoldCal "
+    EXPECT_EQ(lastLine(result.output), "error: standard input:1: HoldCal Line=4711: no request or command HoldCal "
                                        "(did you mean HoldCall?); help lists them");
 }
 
@@ -92,7 +97,7 @@ TEST(Scripts, LampThatIsOtherwise_EndsWithOne)
     Ended const result = play("expect lamp 1 flashing within 0.1\n");
 
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(lastLine(result.output), "error    standard input:1: expect lamp 1 flashing within 0.1: it is off");
+    EXPECT_EQ(lastLine(result.output), "error: standard input:1: expect lamp 1 flashing within 0.1: it is off");
 }
 
 TEST(Scripts, FileThatIsNotThere_EndsWithOne)
@@ -134,15 +139,22 @@ TEST(Scripts, Mistakes_AreAllReportedBeforeTheFirstStep)
     EXPECT_EQ(result.output.find("OutgoingCallMakeRequest"), std::string::npos) << result.output;
 }
 
-TEST(Scripts, Tour_ShowsWhatTheTelephoneCan)
+TEST(Scripts, Tour_DrawsWhatTheTelephoneCan)
 {
-    Ended const result = run({TELEPHONE, "tour"});
+    Ended const result = run({"/usr/bin/env", "LC_ALL=C", TELEPHONE, "--log-level", "0", "tour"});
 
     EXPECT_EQ(result.status, 0) << result.output;
+    EXPECT_EQ(result.output.rfind("This telephone calls numbers of its own exchange, on this machine only", 0), 0U);
     for (char const* const each :
-         {"sfiSuccess", "<Method>CallStateChangeEvent</Method>", "<Method>CallHeldEvent</Method>",
-          "<Method>CallRetrievedEvent</Method>", "<Method>IncomingCallEvent</Method>", "<CallState>10</CallState>"}) {
-        EXPECT_NE(result.output.find(each), std::string::npos) << each;
+         {"s   application                                            telephone                         far end\n",
+          "== Put the call on hold and take it back\n",
+          "|----------- OutgoingCallMakeRequest 100 ------------>|                                  |\n",
+          "|<--------------------- success ----------------------|                                  |\n",
+          "|<---------------- event 8: connected ----------------|<---------- 100 answers ----------|\n",
+          "|<------------------ event 9: held -------------------|----------- hold 100 ------------>|\n",
+          "|<---- event 26: conference, 2 parties: 4711, 100 ----|                                  |\n",
+          "|<------------------ event 34: idle ------------------|<--------- 199 hangs up ----------|\n"}) {
+        EXPECT_NE(result.output.find(each), std::string::npos) << each << result.output;
     }
 }
 
