@@ -55,9 +55,9 @@ refused ([commands](commands.md)).
 
 A text that begins with `SigEvent:` is a notice of the signalling component: it is passed on and not answered.
 
-**Where to send them.** To the telephone's socket, which [protocol.md](protocol.md) describes; [applications.md](applications.md)
-shows how to write a program that does. By hand: `telephone request HoldCall Line=4711 CallID=2`. `telephone describe HoldCall`
-prints the same as this page.
+**Where to send them.** To the telephone's socket, which [protocol.md](protocol.md) describes, or over [HTTP](http.md). By hand:
+`telephone request HoldCall Line=4711 CallID=2`. [applications.md](applications.md) shows how a program does it.
+`telephone describe HoldCall` prints the same as this page.
 
 **Exchanges.** Each section ends with an exchange that a telephone recorded, and says what there was before it. Shown are
 the request, its answer, and the events that this application received until nothing more came. 100 answers, 101 is busy,
@@ -76,10 +76,10 @@ table, in this order, with nothing between them. No element is ever left out. Va
 The spelling of the tags differs from event to event and is part of the protocol. The meaning of an element belongs to its
 event: the same tag means different things in different events.
 
-An application receives events after the request [Subscribe](requests.md#subscribe), or after the command `events`, which loses
-none ([protocol.md](protocol.md)). Events alone do not add up to the state of the telephone:
-[applications.md](applications.md#follow-the-events) says where. `telephone watch` prints them in words, `telephone watch --raw`
-as they stand; `telephone describe CallHeldEvent` prints the same as this page.
+An application receives events after [Subscribe](requests.md#subscribe), or after the [command](commands.md) `events`, which
+also sends what the application has missed. Events alone do not add up to the state of the telephone, which the command
+`state` returns ([applications.md](applications.md#follow-the-events) lists the differences). `telephone watch` prints events
+in words, `telephone watch --raw` as they stand; `telephone describe CallHeldEvent` prints the same as this page.
 
 "This telephone" is the reference telephone. The file `tests/golden/events.json` has the exact texts of each event, and
 [protocol.json](protocol.json) has the contents of this page for programs.

@@ -30,9 +30,9 @@ namespace {
 
 constexpr int kKeepEnvironment = 0;  // of sd_notify
 constexpr char const* kTourIntroduction =
-    "This telephone calls numbers of its own exchange, on this machine only, and draws each call as it progresses:\n"
-    "on the left what an application sends and is told, on the right what passes between telephone and far end.\n"
-    "Time runs downwards, in seconds. The tour takes about five.\n\n";
+    "This telephone calls numbers of its own exchange, on this machine only. Each\n"
+    "call is drawn as it happens: requests and events of an application on the left,\n"
+    "what passes between telephone and far end on the right. It takes five seconds.\n\n";
 
 Outcome<bool> play(Conversation& conversation, CommandLine const& line)
 {

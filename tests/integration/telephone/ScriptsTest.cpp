@@ -144,7 +144,7 @@ TEST(Scripts, Tour_DrawsWhatTheTelephoneCan)
     Ended const result = run({"/usr/bin/env", "LC_ALL=C", TELEPHONE, "--log-level", "0", "tour"});
 
     EXPECT_EQ(result.status, 0) << result.output;
-    EXPECT_EQ(result.output.rfind("This telephone calls numbers of its own exchange, on this machine only", 0), 0U);
+    EXPECT_EQ(result.output.rfind("This telephone calls numbers of its own exchange, on this machine only. ", 0), 0U);
     for (char const* const each :
          {"s   application                                            telephone                         far end\n",
           "== Put the call on hold and take it back\n",
