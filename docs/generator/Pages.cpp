@@ -79,8 +79,7 @@ event: the same tag means different things in different events.
 An application receives events after [Subscribe](requests.md#subscribe), or after the [command](commands.md) `events`, which
 also sends what the application has missed. Events alone do not add up to the state of the telephone, which the command
 `state` returns ([applications.md](applications.md#follow-the-events) lists the differences). `telephone watch` prints events
-in words, `telephone watch --raw` as they stand;
-`telephone describe CallHeldEvent` prints the same as this page.
+in words, `telephone watch --raw` as they stand; `telephone describe CallHeldEvent` prints the same as this page.
 
 "This telephone" is the reference telephone. The file `tests/golden/events.json` has the exact texts of each event, and
 [protocol.json](protocol.json) has the contents of this page for programs.
