@@ -46,6 +46,7 @@ int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
 {
     static TalkingTelephone phone;
     phone.written.clear();
+    phone.failures.clear();
     phone.controls.asked.clear();
     phone.invoker.requests.clear();
     std::istringstream text(std::string(reinterpret_cast<char const*>(data), size));
@@ -62,7 +63,7 @@ int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
     std::istringstream played(script.str());
     telephone::ScriptPlayer player(*phone.conversation);
     bool const held = player.play(played, "fuzz").passed();
-    require(held || phone.written.find("fuzz:") != std::string::npos, "a script failed and nothing says where");
+    require(held || phone.failures.find("fuzz:") != std::string::npos, "a script failed and nothing says where");
     for (auto const& request : phone.invoker.requests) {
         require(!request.empty(), "an empty request was sent");
     }

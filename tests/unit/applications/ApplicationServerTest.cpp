@@ -618,7 +618,7 @@ TEST_F(ApplicationServerTest, ClientAsks_ForAnswersReasonsAndResults)
     EXPECT_EQ(reply.reasons, std::vector<std::string>{"the disk is full"});
     EXPECT_EQ(client.ask("press 99").error(), (Refusal{RefusalKind::kBadInput, "no key 99"}));
     server_.reset();
-    EXPECT_EQ(client.ask("lines").error().kind, RefusalKind::kUnavailable);
+    EXPECT_EQ(client.ask("store get agent-state").error().kind, RefusalKind::kUnavailable);
 }
 
 TEST(ApplicationClient, WithoutATelephone_SaysHowToStartOne)

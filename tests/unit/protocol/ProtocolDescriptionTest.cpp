@@ -63,7 +63,7 @@ TEST(ProtocolDescription, Describe_OfARequestWithAValueInItsAnswer_SaysItsEnumer
     value           word of ServiceState: State of the service.
   Promises          The state that was set last.
   Does not promise  That the telephone is ready, or any line registered: the service is in service
-                    from the start.
+                    from the start. On this telephone, the command hello says whether it is ready.
   Events            none
   Sample            <Method>GetServiceState</Method>
 )");
