@@ -12,6 +12,9 @@
 #include "telephone/base/Names.h"
 #include "telephone/console/Placeholders.h"
 #include "telephone/console/Transcript.h"
+#include "telephone/display/ElementWords.h"
+#include "telephone/display/SafeText.h"
+#include "telephone/protocol/MessageText.h"
 #include "telephone/protocol/ProtocolCheck.h"
 #include "telephone/protocol/Vocabulary.h"
 
@@ -83,6 +86,20 @@ Words withoutPlaceholders(Words words)
 {
     std::erase_if(words, [](std::string const& word) { return splitAssignment(word) && hasPlaceholder(word); });
     return words;
+}
+
+// "CallHeldEvent 4711 call 1: held".
+std::string inWords(std::string const& event)
+{
+    auto const read = readEvent(event);
+    if (!read) {
+        return safeText(event);
+    }
+    EventWords const said = eventWords(*read, {});
+    std::string const details = said.words.detailText();
+    return fmt::format("{}{}{}: {}{}", read->description->method, said.line.empty() ? "" : " " + said.line,
+                       said.call.empty() ? "" : " call " + said.call, said.words.what,
+                       details.empty() ? "" : ", " + details);
 }
 
 // Compares the whole answer, or its beginning up to a comma or the first element.
@@ -369,7 +386,7 @@ Outcome<> ScriptPlayer::waitForNone(EventPattern const& pattern, Conversation::C
         mayCome = journal_.find(pattern) == nullptr && conversation_.waitForEvents(deadline);
     }
     auto const* const event = journal_.find(pattern);
-    return event == nullptr ? Outcome<>() : failure("it came: " + *event);
+    return event == nullptr ? Outcome<>() : failure("it came: " + inWords(*event));
 }
 
 Outcome<ScriptPlayer::Action> ScriptPlayer::pause(Words const& words)
@@ -433,8 +450,11 @@ std::string ScriptPlayer::cameInstead() const
     if (events.empty()) {
         return "; nothing else came";
     }
-    auto const shown = static_cast<std::ptrdiff_t>(std::min(events.size(), kMostShown));
-    return fmt::format("; came instead: {}", fmt::join(events.end() - shown, events.end(), " "));
+    std::string text;
+    for (std::size_t i = events.size() - std::min(events.size(), kMostShown); i < events.size(); ++i) {
+        text += (text.empty() ? "; came instead: " : "; ") + inWords(events[i]);
+    }
+    return text;
 }
 
 Outcome<> ScriptPlayer::checkStop() const

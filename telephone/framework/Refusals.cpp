@@ -13,7 +13,7 @@ thread_local std::vector<Refusal>* innermost = nullptr;
 
 void reportRefusal(std::string_view component, Refusal const& refusal)
 {
-    logLine(kLogWarning, component, refusal.reason);
+    logLine(innermost == nullptr ? kLogWarning : kLogInfo, component, refusal.reason);
     if (innermost == nullptr) {
         return;
     }

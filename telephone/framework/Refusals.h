@@ -2,7 +2,7 @@
 //
 // An operation that refuses returns its Refusal. Where that would become a bare number or nothing at all (the
 // platform's operations, keys, timers), the caller reports it. The runner of requests collects what its thread reports
-// while a request runs; refusals on other threads are only logged.
+// while a request runs, so they are mere information in the log; refusals on other threads are warnings there.
 #pragma once
 
 #include <string_view>

@@ -62,7 +62,7 @@ TEST(Scripts, EventThatDoesNotCome_EndsWithOneAndWhatCame)
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(lastLine(result.output)
                   .rfind("error: standard input:2: wait CallStateChangeEvent CallState=connected within 1: it did not "
-                         "come; came instead: <Method>",
+                         "come; came instead: CallStateChangeEvent 4711 call 1: dialling, ",
                          0),
               0U)
         << result.output;
@@ -76,8 +76,7 @@ TEST(Scripts, EventThatMustNotCome_EndsWithOne)
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(lastLine(result.output)
                   .rfind("error: standard input:2: never CallStateChangeEvent CallState=connected within 10: it came: "
-                         "<Method>CallStateChangeEvent</Method><LineID>4711</LineID><CallID>1</CallID>"
-                         "<CallState>6</CallState>",
+                         "CallStateChangeEvent 4711 call 1: connected, ",
                          0),
               0U)
         << result.output;

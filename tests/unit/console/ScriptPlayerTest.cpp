@@ -119,7 +119,7 @@ TEST_F(ScriptPlayerTest, Wait_ForAnEventThatDoesNotCome_FailsWithWhatCame)
 
     EXPECT_EQ(failureOf("HoldCall Line=4711 CallID=1\nwait CallRetrievedEvent within 0.2\n"),
               "error: test.script:2: wait CallRetrievedEvent within 0.2: it did not come; came instead: "
-              "<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>1</CallID>");
+              "CallHeldEvent 4711 call 1: held");
 }
 
 TEST_F(ScriptPlayerTest, Wait_WithNothing_FailsSayingSo)
@@ -134,7 +134,7 @@ TEST_F(ScriptPlayerTest, Never_OfAnEventThatComes_Fails)
 
     EXPECT_EQ(failureOf("HoldCall Line=4711 CallID=1\nnever CallHeldEvent within 5\n"),
               "error: test.script:2: never CallHeldEvent within 5: it came: "
-              "<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>1</CallID>");
+              "CallHeldEvent 4711 call 1: held");
 }
 
 TEST_F(ScriptPlayerTest, Never_OfAnEventThatDoesNotCome_Holds)

@@ -56,7 +56,7 @@ TEST_F(RefusalsTest, Report_WithACollector_IsLoggedOnceAndKept)
     reportRefusal("lines", kFull);
 
     EXPECT_EQ(collector.take(), (std::vector<Refusal>{kNoCall, kFull}));
-    EXPECT_EQ(written(), "warning [calls] line 4711 has no call 7\nwarning [lines] 100 calls are in progress\n");
+    EXPECT_EQ(written(), "info [calls] line 4711 has no call 7\ninfo [lines] 100 calls are in progress\n");
 }
 
 TEST_F(RefusalsTest, Take_EmptiesTheCollector)
