@@ -108,14 +108,6 @@ std::string ReadableLines::step(Time time, std::string_view text, std::chrono::s
         .line(options_);
 }
 
-std::string ReadableLines::lamp(Time time, std::string_view key, LampState const& lamp, std::string_view cause)
-{
-    return begin(time, "lamp", Style::kPlain, safeWord(key), "")
-        .cell(lampWords(lamp), kWhatWidth, lampStyle(lamp))
-        .add(safeText(cause))
-        .line(options_);
-}
-
 std::string ReadableLines::gap(Time time, std::uint64_t first, std::uint64_t last)
 {
     std::string const events =
@@ -138,22 +130,6 @@ StyledText ReadableLines::begin(Time time, std::string_view mark, Style style, s
     std::string const blanks(width < kMarkWidth ? kMarkWidth - width : 1, ' ');
     begun.add(blanks).add(mark, style).add("  ");
     return begun.cell(line, kLineWidth).cell(call, kCallWidth);
-}
-
-std::string lampWords(LampState const& lamp)
-{
-    return lamp.colour == "none" || lamp.mode == "off" ? lamp.mode : lamp.mode + " " + lamp.colour;
-}
-
-Style lampStyle(LampState const& lamp)
-{
-    if (lamp.mode == "off") {
-        return Style::kPlain;
-    }
-    return lamp.colour == "green"   ? Style::kGreen
-           : lamp.colour == "red"   ? Style::kRed
-           : lamp.colour == "amber" ? Style::kYellow
-                                    : Style::kPlain;
 }
 
 }  // namespace telephone

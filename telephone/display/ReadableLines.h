@@ -4,7 +4,7 @@
 //     time         mark   line     call  what happened     the party, then what is not empty
 //
 // Each line stands alone, so that a search finds whole facts. The mark is the number of an event; → for a request, ←
-// for its answer, ✕ for a reason, ✓ for a step of a script; "lamp"; or "gap". A text that is not of the protocol is
+// for its answer, ✕ for a reason, ✓ for a step of a script; or "gap". A text that is not of the protocol is
 // written as it stands, made safe for the terminal. One thread.
 //
 //     ReadableLines lines({.ownDomain = "127.0.0.1:5060"});
@@ -21,7 +21,6 @@
 
 #include "telephone/display/DisplayOptions.h"
 #include "telephone/display/StyledText.h"
-#include "telephone/protocol/TelephoneState.h"
 
 namespace telephone {
 
@@ -59,8 +58,6 @@ public:
     std::string reason(Time time, std::string_view line, std::string_view call, std::string_view sentence);
     // A step of a script that succeeded.
     std::string step(Time time, std::string_view text, std::chrono::steady_clock::duration took);
-    // The key by its number, or by the name of a lamp outside the keys; the cause in words: "line 4711 ringing".
-    std::string lamp(Time time, std::string_view key, LampState const& lamp, std::string_view cause);
     // The events from `first` to `last` cannot be retrieved any more.
     std::string gap(Time time, std::uint64_t first, std::uint64_t last);
 
@@ -71,9 +68,5 @@ private:
     DisplayOptions options_;
     std::string timeAbove_;
 };
-
-// "flashing green", "off".
-std::string lampWords(LampState const& lamp);
-Style lampStyle(LampState const& lamp);
 
 }  // namespace telephone

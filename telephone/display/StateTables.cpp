@@ -139,6 +139,23 @@ LineStatus const* findLine(std::vector<LineStatus> const& lines, std::string_vie
     return nullptr;
 }
 
+// "flashing green", "off".
+std::string lampWords(LampState const& lamp)
+{
+    return lamp.colour == "none" || lamp.mode == "off" ? lamp.mode : lamp.mode + " " + lamp.colour;
+}
+
+Style lampStyle(LampState const& lamp)
+{
+    if (lamp.mode == "off") {
+        return Style::kPlain;
+    }
+    return lamp.colour == "green"   ? Style::kGreen
+           : lamp.colour == "red"   ? Style::kRed
+           : lamp.colour == "amber" ? Style::kYellow
+                                    : Style::kPlain;
+}
+
 // What the lamp of a key is about. A dark lamp does not tell a line that is out of service from an idle one.
 std::string lampMeaning(KeyState const& key, TelephoneState const& state)
 {

@@ -22,15 +22,6 @@ TEST(ReadableLines, Reason_IsOneSentence)
               "23:57:55.361     ✕  4711           there is no forwarding type 99 (0 to 9)");
 }
 
-TEST(ReadableLines, Lamp_ShinesAndSaysWhy)
-{
-    ReadableLines lines(test::options());
-    EXPECT_EQ(lines.lamp(at("23:57:39.555"), "1", {"flashing", "green"}, "line 4711 ringing, because of event 11"),
-              "23:57:39.555  lamp  1              flashing green    line 4711 ringing, because of event 11");
-    EXPECT_EQ(lines.lamp(at("23:57:39.555"), "SecondAlert", {"off", "none"}, ""),
-              "23:57:39.555  lamp  SecondAlert        off");
-}
-
 TEST(ReadableLines, Gap_NamesTheEventsThatWereMissed)
 {
     ReadableLines lines(test::options());
@@ -105,8 +96,6 @@ TEST(ReadableLines, Colour_MarksWhatHappenedAndFailures)
               "\x1b[2mRefuseCallReason=\x1b[0m1");
     EXPECT_EQ(lines.answer(at("12:00:00.001"), {"<Method>RefuseCall</Method>", "sfiFailure", {}}),
               "12:00:00.001     ←                 \x1b[35mfailure\x1b[0m  \x1b[2m<1 ms\x1b[0m");
-    EXPECT_EQ(lines.lamp(at("12:00:00.002"), "1", {"steady", "red"}, "busy"),
-              "12:00:00.002  lamp  1              \x1b[31msteady red\x1b[0m        busy");
 }
 
 }  // namespace
