@@ -95,6 +95,11 @@ Outcome<> PhoneControls::setRegistrar(bool on)
     return builtInExchange().map([on](exchange::Exchange* found) { found->setRegistrarAnswers(on); });
 }
 
+void PhoneControls::watchLamps(std::function<void()> changed)
+{
+    physical_.watchLamps(std::move(changed));
+}
+
 std::optional<std::string> PhoneControls::lampMode(std::string const& lamp)
 {
     return physical_.lampMode(lamp);

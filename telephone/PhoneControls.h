@@ -45,6 +45,7 @@ public:
     Outcome<> call(std::string const& to, std::string const& from, std::string const& name) override;
     Outcome<> setMessages(std::string const& number, int fresh, int old) override;
     Outcome<> setRegistrar(bool on) override;
+    void watchLamps(std::function<void()> changed) override;
     std::optional<std::string> lampMode(std::string const& lamp) override;
     Rows settings() override;
     std::optional<std::string> setting(std::string const& key) override;

@@ -2,6 +2,7 @@
 // PhoneControls implements it; sessions call it on their threads.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -36,6 +37,9 @@ public:
     [[nodiscard]] virtual Outcome<> setMessages(std::string const& number, int fresh, int old) = 0;
     // Whether its registrar answers; while off, registrations last until they expire.
     [[nodiscard]] virtual Outcome<> setRegistrar(bool on) = 0;
+    // Called after each change of a lamp, on any thread; it must not block. Replaces the one before; null: none. It is
+    // not running on return.
+    virtual void watchLamps(std::function<void()> changed) = 0;
     // "off", "steady", "flashing" or "fluttering"; nothing for an unknown lamp.
     virtual std::optional<std::string> lampMode(std::string const& lamp) = 0;
 

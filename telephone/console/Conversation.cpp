@@ -8,6 +8,7 @@
 #include <poll.h>
 
 #include "telephone/console/Transcript.h"
+#include "telephone/display/LampWords.h"
 
 namespace telephone {
 
@@ -30,6 +31,11 @@ Conversation::Conversation(std::string const& name, SessionServices services, Tr
     session_.options() = {.strict = true, .reasons = true};
     writeAs(transcript.kind());
     session_.follow({session_.services().history.latest(), {}, {}});
+}
+
+Conversation::~Conversation()
+{
+    controls().watchLamps(nullptr);
 }
 
 SessionServices Conversation::withEnd(SessionServices services)
@@ -124,6 +130,28 @@ void Conversation::showEvent(Message const& message)
     }
 }
 
+void Conversation::showLamps()
+{
+    for (KeyState const& key : controls().state().keys) {
+        lamps_[lampName(key)] = key.lamp;
+    }
+    controls().watchLamps([this] {
+        lampsChanged_ = true;
+        wakeUp_.signal();
+    });
+}
+
+void Conversation::writeLamps()
+{
+    TelephoneState const state = controls().state();
+    for (KeyState const& key : state.keys) {
+        LampState const before = std::exchange(lamps_[lampName(key)], key.lamp);
+        if (before.mode != key.lamp.mode || before.colour != key.lamp.colour) {
+            transcript_.lamp(key, state);
+        }
+    }
+}
+
 bool Conversation::takeEvents()
 {
     wakeUp_.clear();
@@ -131,6 +159,9 @@ bool Conversation::takeEvents()
     while (session_.takeEvents(kEventsAtOnce, [this](Message const& message) { showEvent(message); })) {
         some = true;
         lastActivity_ = Clock::now();
+    }
+    if (lampsChanged_.exchange(false)) {
+        writeLamps();
     }
     return some;
 }

@@ -3,8 +3,10 @@
 // is activated, so that no event is missed; used on one thread.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 
@@ -33,6 +35,7 @@ public:
     // Follows the events; requests are strict and explained. `stop` is a descriptor that becomes readable when the
     // program must end.
     Conversation(std::string const& name, SessionServices services, Transcript& transcript, int stop);
+    ~Conversation();
     Conversation(Conversation const&) = delete;
     Conversation& operator=(Conversation const&) = delete;
 
@@ -46,6 +49,9 @@ public:
     // Runs a line: a request, a command, a comment or nothing. Its replies are in the transcript; a refusal is not.
     [[nodiscard]] Outcome<Result> run(std::string const& line);
     [[nodiscard]] Outcome<Result> run(Words const& words);
+
+    // Writes each change of a lamp, too, as the command line asks (--lamps).
+    void showLamps();
 
     // The listener receives every event after it was written to the transcript.
     void listen(Listener listener) { listener_ = std::move(listener); }
@@ -70,11 +76,15 @@ private:
     void show(Message const& message, OutputForm::Reply& reply, Outcome<Result>& result);
     void noteEnd(OutputForm::Reply& reply) const;
     void showEvent(Message const& message);
+    // Those that have changed since the last time.
+    void writeLamps();
 
     Transcript& transcript_;
     int const stop_;
     WakeUp wakeUp_;
     bool quit_ = false;
+    std::atomic<bool> lampsChanged_{false};
+    std::map<std::string, LampState> lamps_;  // as written last, by key or name
     Session session_;
     Listener listener_;
     Clock::time_point sent_;  // the request under way

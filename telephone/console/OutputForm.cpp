@@ -6,6 +6,7 @@
 #include <spdlog/fmt/fmt.h>
 
 #include "telephone/display/CallDrawing.h"
+#include "telephone/display/LampWords.h"
 #include "telephone/display/ReadableLines.h"
 #include "telephone/display/RequestWords.h"
 #include "telephone/display/SafeText.h"
@@ -64,6 +65,10 @@ public:
     {
         return {lines_.event(number, time, text)};
     }
+    Lines lamp(KeyState const& key, TelephoneState const& state) override
+    {
+        return {lines_.lamp(state.time, key, state)};
+    }
     Lines gap(Time time, std::string_view json) override;
     Lines state(Time time, std::string_view json) override { return result(time, json); }
     Lines result(Time /*time*/, std::string_view text) override { return textLines(text, lines_.options()); }
@@ -110,6 +115,10 @@ public:
     {
         return {mark("event " + std::to_string(number), text)};
     }
+    Lines lamp(KeyState const& key, TelephoneState const& /*state*/) override
+    {
+        return {mark("lamp", fmt::format("{} {}", lampName(key), lampWords(key.lamp)))};
+    }
     Lines gap(Time /*time*/, std::string_view json) override { return {mark("gap", json)}; }
     Lines state(Time /*time*/, std::string_view json) override { return {mark("state", json)}; }
     Lines result(Time /*time*/, std::string_view text) override { return textLines(text, options_); }
@@ -146,6 +155,11 @@ public:
     {
         return {eventJson(number, time, text)};
     }
+    Lines lamp(KeyState const& key, TelephoneState const& state) override
+    {
+        nlohmann::ordered_json const lamp{{"key", lampName(key)}, {"mode", key.lamp.mode}, {"colour", key.lamp.colour}};
+        return {messageJson("lamp", lamp.dump(), state.time)};
+    }
     Lines gap(Time time, std::string_view json) override { return {messageJson("gap", json, time)}; }
     Lines state(Time time, std::string_view json) override { return {messageJson("state", json, time)}; }
     Lines result(Time time, std::string_view text) override { return {messageJson("result", text, time)}; }
@@ -179,6 +193,8 @@ public:
     {
         return withHeading(drawing_.event(number, time, text));
     }
+    // The drawing is of calls.
+    Lines lamp(KeyState const& /*key*/, TelephoneState const& /*state*/) override { return {}; }
     Lines gap(Time time, std::string_view json) override { return result(time, json); }
     Lines state(Time time, std::string_view json) override { return result(time, json); }
     Lines result(Time /*time*/, std::string_view text) override { return textLines(text, options_); }

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "telephone/display/DisplayOptions.h"
+#include "telephone/protocol/TelephoneState.h"
 
 namespace telephone {
 
@@ -52,6 +53,8 @@ public:
     virtual Lines request(Time time, std::string_view text) = 0;
     virtual Lines reply(Reply const& reply) = 0;
     virtual Lines event(std::uint64_t number, Time time, std::string_view text) = 0;
+    // A lamp has changed; the state is that of the moment.
+    virtual Lines lamp(KeyState const& key, TelephoneState const& state) = 0;
     // Events that are no longer kept, {"first":1,"last":9}, and then the state, as JSON.
     virtual Lines gap(Time time, std::string_view json) = 0;
     virtual Lines state(Time time, std::string_view json) = 0;

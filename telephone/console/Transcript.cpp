@@ -66,6 +66,11 @@ void Transcript::reply(OutputForm::Reply const& reply)
     put(form_->reply(reply));
 }
 
+void Transcript::lamp(KeyState const& key, TelephoneState const& state)
+{
+    put(form_->lamp(key, state));
+}
+
 void Transcript::failure(std::string_view sentence)
 {
     failures_("error: " + (options_.ascii ? asciiText(safeText(sentence)) : safeText(sentence)));

@@ -29,6 +29,8 @@ public:
     // A request, event, gap, state, result or error. A message without a time is of this moment.
     void write(Message const& message);
     void reply(OutputForm::Reply const& reply);
+    // A lamp has changed.
+    void lamp(KeyState const& key, TelephoneState const& state);
     // The input was refused.
     void error(std::string_view sentence) { write({MessageKind::kError, sentence}); }
     // A script failed. Words in every form.

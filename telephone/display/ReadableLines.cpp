@@ -7,6 +7,7 @@
 
 #include "telephone/display/AnswerWords.h"
 #include "telephone/display/ElementWords.h"
+#include "telephone/display/LampWords.h"
 #include "telephone/display/RequestWords.h"
 #include "telephone/display/SafeText.h"
 
@@ -105,6 +106,14 @@ std::string ReadableLines::step(Time time, std::string_view text, std::chrono::s
         .cell("passed", kWhatWidth, Style::kBold)
         .cell(safeText(text), 0)
         .add(durationText(took), Style::kDim)
+        .line(options_);
+}
+
+std::string ReadableLines::lamp(Time time, KeyState const& key, TelephoneState const& state)
+{
+    return begin(time, "lamp", Style::kPlain, safeWord(lampName(key)), "")
+        .cell(lampWords(key.lamp), kWhatWidth, lampStyle(key.lamp))
+        .add(safeText(lampMeaning(key, state)))
         .line(options_);
 }
 

@@ -4,7 +4,7 @@
 //     time         mark   line     call  what happened     the party, then what is not empty
 //
 // Each line stands alone, so that a search finds whole facts. The mark is the number of an event; → for a request, ←
-// for its answer, ✕ for a reason, ✓ for a step of a script; or "gap". A text that is not of the protocol is
+// for its answer, ✕ for a reason, ✓ for a step of a script; "lamp"; or "gap". A text that is not of the protocol is
 // written as it stands, made safe for the terminal. One thread.
 //
 //     ReadableLines lines({.ownDomain = "127.0.0.1:5060"});
@@ -21,6 +21,7 @@
 
 #include "telephone/display/DisplayOptions.h"
 #include "telephone/display/StyledText.h"
+#include "telephone/protocol/TelephoneState.h"
 
 namespace telephone {
 
@@ -58,6 +59,8 @@ public:
     std::string reason(Time time, std::string_view line, std::string_view call, std::string_view sentence);
     // A step of a script that succeeded.
     std::string step(Time time, std::string_view text, std::chrono::steady_clock::duration took);
+    // A lamp has changed; the state says what it is about.
+    std::string lamp(Time time, KeyState const& key, TelephoneState const& state);
     // The events from `first` to `last` cannot be retrieved any more.
     std::string gap(Time time, std::uint64_t first, std::uint64_t last);
 

@@ -8,6 +8,7 @@
 #include <spdlog/fmt/fmt.h>
 #include <spdlog/fmt/ranges.h>
 
+#include "telephone/display/LampWords.h"
 #include "telephone/display/Parties.h"
 #include "telephone/display/ReadableLines.h"
 #include "telephone/display/SafeText.h"
@@ -23,27 +24,6 @@ using Details = std::vector<std::string>;
 constexpr std::size_t kFunctionWidth = 12;
 constexpr std::size_t kLabelWidth = 19;
 constexpr std::size_t kLampWidth = 19;
-
-struct LampPicture
-{
-    std::string_view mode;
-    std::string_view picture;
-    std::string_view watchedParty;  // what the lamp of a watched party says with it
-};
-
-constexpr LampPicture kLampPictures[] = {
-    {"off", "[      ]", ""},
-    {"steady", "[======]", "busy"},
-    {"flashing", "[==  ==]", "ringing"},
-    {"fluttering", "[= = = ]", "do-not-disturb"},
-};
-
-LampPicture const& pictureOf(LampState const& lamp)
-{
-    auto const* const found = std::find_if(std::begin(kLampPictures), std::end(kLampPictures),
-                                           [&](LampPicture const& each) { return each.mode == lamp.mode; });
-    return found == std::end(kLampPictures) ? kLampPictures[0] : *found;
-}
 
 void addIf(Details& details, bool condition, std::string_view text)
 {
@@ -125,52 +105,6 @@ std::string callDetails(CallStatus const& call, TelephoneState const& state, Dis
 
 // --- keys and lamps
 
-// The line or appearance of that id; null for none.
-LineStatus const* findLine(std::vector<LineStatus> const& lines, std::string_view id)
-{
-    for (LineStatus const& line : lines) {
-        if (line.id == id) {
-            return &line;
-        }
-        if (LineStatus const* const appearance = findLine(line.appearances, id)) {
-            return appearance;
-        }
-    }
-    return nullptr;
-}
-
-// "flashing green", "off".
-std::string lampWords(LampState const& lamp)
-{
-    return lamp.colour == "none" || lamp.mode == "off" ? lamp.mode : lamp.mode + " " + lamp.colour;
-}
-
-Style lampStyle(LampState const& lamp)
-{
-    if (lamp.mode == "off") {
-        return Style::kPlain;
-    }
-    return lamp.colour == "green"   ? Style::kGreen
-           : lamp.colour == "red"   ? Style::kRed
-           : lamp.colour == "amber" ? Style::kYellow
-                                    : Style::kPlain;
-}
-
-// What the lamp of a key is about. A dark lamp does not tell a line that is out of service from an idle one.
-std::string lampMeaning(KeyState const& key, TelephoneState const& state)
-{
-    if (LineStatus const* const line = findLine(state.lines, key.target)) {
-        bool const isOut = line->registration == "not registered";
-        return isOut ? line->registration : line->state == "idle" ? "" : line->state;
-    }
-    if (key.function == "hold") {
-        auto const held =
-            std::count_if(state.calls.begin(), state.calls.end(), [](CallStatus const& call) { return call.heldHere; });
-        return held == 0 ? "" : counted(static_cast<int>(held), "call") + " held";
-    }
-    return std::string(key.function == "blf" ? pictureOf(key.lamp).watchedParty : "");
-}
-
 StyledText beginKey(KeyState const& key)
 {
     StyledText row;
@@ -185,7 +119,7 @@ std::string lampRow(KeyState const& key, TelephoneState const& state, DisplayOpt
     int const letter = hasColour ? std::toupper(static_cast<unsigned char>(key.lamp.colour.front())) : ' ';
     Style const style = lampStyle(key.lamp);
     return beginKey(key)
-        .add(pictureOf(key.lamp).picture, style)
+        .add(lampPicture(key.lamp), style)
         .add(fmt::format(" {}  ", static_cast<char>(letter)), style)
         .cell(lampWords(key.lamp), kLampWidth, style)
         .add(lampMeaning(key, state))

@@ -292,8 +292,20 @@ void PhysicalInterface::deliverHook(bool up)
     }
 }
 
+void PhysicalInterface::watchLamps(std::function<void()> changed)
+{
+    std::lock_guard const lock(watching_);
+    lampWatcher_ = std::move(changed);
+}
+
 void PhysicalInterface::lampChanged(int lamp, Lamp const& now)
 {
+    {
+        std::lock_guard const lock(watching_);
+        if (lampWatcher_) {
+            lampWatcher_();
+        }
+    }
     auto const observers = observersOf(physical_, kActionKind, kLampGroup, PhysDefs::actionChanged);
     for (auto* observer : observers) {
         reportIfRefused(kComponent,

@@ -19,6 +19,7 @@
 
 #include <array>
 #include <atomic>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <set>
@@ -86,6 +87,8 @@ public:
     // --- the display
     KeyLayout const& layout() const { return layout_; }
     LampBoard& lampBoard() { return lamps_; }
+    // Called after each change of a lamp, as TelephoneControls::watchLamps.
+    void watchLamps(std::function<void()> changed);
     // The mode of a lamp as a word (see LampBoard::lamp); nothing when there is no such lamp.
     std::optional<std::string> lampMode(std::string const& lamp) const;
 
@@ -125,6 +128,8 @@ private:
     KeyHandler* handler_ = nullptr;
     std::array<std::atomic<bool>, 3> plugged_{};  // by plug, in the order of the table of plugs
     std::atomic<bool> hookUp_{false};
+    std::mutex watching_;  // held while the watcher runs
+    std::function<void()> lampWatcher_;
     WorkQueue queue_;  // last: its thread uses all the others
 };
 

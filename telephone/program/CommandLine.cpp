@@ -110,6 +110,9 @@ void addCommands(CLI::App& app, CommandLine& line)
     for (CLI::App* const each : {console, tour, play, watch}) {
         addOutput(*each, line.output);
     }
+    for (CLI::App* const each : {console, tour, play}) {
+        each->add_flag("--lamps", line.lamps, "Changes of lamps, too");
+    }
     app.require_subcommand(0, 1);
 }
 

@@ -39,6 +39,7 @@ struct OutputChoice
 struct CommandLine
 {
     Action action = Action::kConsole;
+    bool lamps = false;         // console, tour and play write changes of lamps
     std::string configuration;  // file; empty: the standard telephone
     std::string socket;         // empty: the configured one, else the standard one
     std::string library;        // empty: see ServiceLibrary::find

@@ -109,6 +109,9 @@ Outcome<int> converse(CommandLine const& line, Configuration const& configuratio
     SessionServices const services = telephone.sessions(nullptr);
     Transcript transcript = openTranscript(line, services.telephone.state().domain);
     Conversation conversation("console", services, transcript, stop.descriptor());
+    if (line.lamps) {
+        conversation.showLamps();
+    }
     auto const waysIn = openWaysIn(line, configuration, telephone, stop);
     if (!waysIn) {
         return tl::unexpected(waysIn.error());

@@ -52,6 +52,7 @@ public:
         return note("messages " + number + " " + std::to_string(fresh) + " " + std::to_string(old));
     }
     telephone::Outcome<> setRegistrar(bool on) override { return note(on ? "registrar on" : "registrar off"); }
+    void watchLamps(std::function<void()> changed) override { lampsChanged = std::move(changed); }
     std::optional<std::string> lampMode(std::string const& lamp) override
     {
         return lamp == "1" ? std::optional(lampOfKey1) : std::nullopt;
@@ -69,6 +70,7 @@ public:
     std::vector<std::string> asked;
     std::string lampOfKey1 = "off";
     telephone::TelephoneState present;
+    std::function<void()> lampsChanged;
 
 private:
     telephone::Outcome<> note(std::string const& text)

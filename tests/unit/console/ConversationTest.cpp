@@ -108,3 +108,20 @@ TEST_F(ConversationTest, EmptyLineCommentAndQuit_AreToldApart)
     EXPECT_FALSE(conversation_.run("# comment")->isRequest);
     EXPECT_TRUE(conversation_.run("quit")->isOver);
 }
+
+TEST_F(ConversationTest, LampsThatAreWatched_AreWrittenWhenTheyChange)
+{
+    TelephoneState& state = telephone_.controls.present;
+    state.keys.resize(2);
+    state.keys[0].number = 3;
+    state.keys[1].function = "SecondAlert";
+    conversation_.showLamps();
+    state.keys[0].lamp = {"flashing", "green"};
+
+    telephone_.controls.lampsChanged();
+    conversation_.takeEvents();
+    telephone_.controls.lampsChanged();
+    conversation_.takeEvents();
+
+    EXPECT_EQ(telephone_.written, "lamp     3 flashing green\n");
+}

@@ -22,6 +22,27 @@ TEST(ReadableLines, Reason_IsOneSentence)
               "23:57:55.361     ✕  4711           there is no forwarding type 99 (0 to 9)");
 }
 
+TEST(ReadableLines, Lamp_ShinesAndSaysWhy)
+{
+    ReadableLines lines(test::options());
+    TelephoneState state;
+    state.lines.resize(1);
+    state.lines[0].id = "4711";
+    state.lines[0].state = "ringing";
+    KeyState const line{.number = 1,
+                        .function = "line",
+                        .target = "4711",
+                        .label = {},
+                        .showsOnly = false,
+                        .lamp = {"flashing", "green"}};
+    KeyState const alert{
+        .number = 0, .function = "SecondAlert", .target = {}, .label = {}, .showsOnly = false, .lamp = {"off", "none"}};
+
+    EXPECT_EQ(lines.lamp(at("23:57:39.555"), line, state),
+              "23:57:39.555  lamp  1              flashing green    ringing");
+    EXPECT_EQ(lines.lamp(at("23:57:39.555"), alert, state), "23:57:39.555  lamp  SecondAlert        off");
+}
+
 TEST(ReadableLines, Gap_NamesTheEventsThatWereMissed)
 {
     ReadableLines lines(test::options());
