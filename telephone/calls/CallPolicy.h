@@ -22,8 +22,8 @@ public:
     // False if the call server forwards, by its own rules.
     virtual bool forwardsHere() const = 0;
     virtual ForwardingRule forwarding(int lineNumber, sfiForwardingType type) const = 0;
-    // Number of rings after which an unanswered call is forwarded; below 1: never.
-    virtual int ringsBeforeNoReply() const = 0;
+    // Number of rings after which an unanswered call to the line is forwarded; below 1: never.
+    virtual int ringsBeforeNoReply(int lineNumber) const = 0;
     // Whether it is on for the line or for the whole telephone.
     virtual bool doNotDisturb(int lineNumber) const = 0;
 };

@@ -162,7 +162,7 @@ void IncomingCalls::offer(std::unique_ptr<sip::Session> session, LineAccount con
 void IncomingCalls::startNoReplyTimer(Call const& call, LineAccount const& line)
 {
     sip::NameAddr const caller = call.session()->invitation().caller();
-    int const rings = policy_.ringsBeforeNoReply();
+    int const rings = policy_.ringsBeforeNoReply(line.lineNumber);
     if (rings < 1 || !forwarding_.destination(line, caller, sfiForwardReasonNoReply)) {
         return;
     }

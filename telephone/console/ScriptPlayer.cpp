@@ -140,7 +140,7 @@ ScriptResult ScriptPlayer::play(std::istream& script, std::string const& name)
         }
     }
     result.seconds = secondsSince(start);
-    conversation_.takeEvents();
+    conversation_.settle();
     for (std::string const& each : result.failures) {
         conversation_.transcript().failure(each);
     }

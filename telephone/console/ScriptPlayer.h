@@ -10,7 +10,9 @@
 //     pause 0.5
 //
 // The whole script is checked before its first step. A step that fails ends the script. A request is sent once the
-// telephone is at rest, a tenth of a second after the last request and event: a person would be no faster.
+// telephone is at rest, a tenth of a second after the last request and event: a person would be no faster. After the
+// last step, too, the player waits for the telephone to be at rest, so that the transcript has the events that follow
+// closely.
 #pragma once
 
 #include <functional>

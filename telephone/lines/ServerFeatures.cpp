@@ -13,6 +13,14 @@ namespace {
 
 constexpr char const* kDoNotDisturb = "do-not-disturb";
 constexpr char const* kForwarding = "forwarding-";
+constexpr int kNoRingCount = -1;
+
+// In the range of the telephone's own number.
+bool isRingCount(int rings)
+{
+    constexpr SettingRow const* kRow = findSettingRow(SettingNames::kNoReplyDelay);
+    return rings >= kRow->minimum && rings <= kRow->maximum;
+}
 
 // Nothing for a malformed text, which only another program can have written.
 std::optional<Line::singleCFSetting> ruleOf(std::string const& text)
@@ -45,9 +53,10 @@ Line::serverFeaturesSettings ServerFeatures::read() const
 {
     Line::serverFeaturesSettings features;
     features.dnd = settings_.text(prefix_ + kDoNotDisturb) == "true";
-    for (int type = sfiForwardUnconditional; type <= sfiForwardAlternative; ++type) {
-        if (auto const rule = ruleOf(settings_.text(prefix_ + kForwarding + std::to_string(type)))) {
-            features.forwarding[static_cast<sfiForwardingType>(type)] = *rule;
+    for (int number = sfiForwardUnconditional; number <= sfiForwardAlternative; ++number) {
+        auto const type = static_cast<sfiForwardingType>(number);
+        if (auto const rule = ruleOf(settings_.text(forwardingKey(type)))) {
+            features.forwarding[type] = *rule;
         }
     }
     return features;
@@ -65,7 +74,18 @@ Outcome<> ServerFeatures::setForwarding(sfiForwardingType type, Line::singleCFSe
                       fmt::format("there is no forwarding type {} ({} to {})", static_cast<int>(type),
                                   static_cast<int>(sfiForwardUnconditional), static_cast<int>(sfiForwardAlternative)));
     }
-    return settings_.set(prefix_ + kForwarding + std::to_string(type), textOf(rule));
+    std::string const key = forwardingKey(type);
+    Line::singleCFSetting kept = rule;
+    if (!isRingCount(rule.ringCount)) {
+        auto const present = ruleOf(settings_.text(key));
+        kept.ringCount = present ? present->ringCount : kNoRingCount;
+    }
+    return settings_.set(key, textOf(kept));
+}
+
+std::string ServerFeatures::forwardingKey(sfiForwardingType type) const
+{
+    return prefix_ + kForwarding + std::to_string(type);
 }
 
 }  // namespace telephone

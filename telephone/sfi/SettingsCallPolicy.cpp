@@ -40,6 +40,13 @@ Line::serverFeaturesSettings SettingsCallPolicy::featuresOf(LineAddress const& p
     return ServerFeatures(settings_, line ? line->lineURI : place.lineURI).read();
 }
 
+std::optional<Line::singleCFSetting> SettingsCallPolicy::ownRule(LineAddress const& place, sfiForwardingType type) const
+{
+    auto const rules = featuresOf(place).forwarding;
+    auto const rule = rules.find(type);
+    return rule == rules.end() ? std::nullopt : std::optional(rule->second);
+}
+
 ForwardingRule SettingsCallPolicy::forwarding(int lineNumber, sfiForwardingType type) const
 {
     auto const line = lines_.addressOf(lineNumber, 0);
@@ -54,13 +61,20 @@ ForwardingRule SettingsCallPolicy::forwarding(int lineNumber, sfiForwardingType 
         }
         return {settings_.flag(keys->activated), settings_.text(keys->address)};
     }
-    auto const rules = featuresOf(*line).forwarding;
-    auto const rule = rules.find(type);
-    return rule == rules.end() ? ForwardingRule{} : ForwardingRule{rule->second.status, rule->second.destination};
+    auto const rule = ownRule(*line, type);
+    return rule ? ForwardingRule{rule->status, rule->destination} : ForwardingRule{};
 }
 
-int SettingsCallPolicy::ringsBeforeNoReply() const
+// The number of the no-reply rule applies to its external and internal variants, too.
+int SettingsCallPolicy::ringsBeforeNoReply(int lineNumber) const
 {
+    auto const line = lines_.addressOf(lineNumber, 0);
+    if (line && !isUsersLine(line->lineURI)) {
+        auto const rule = ownRule(*line, sfiForwardNoReply);
+        if (rule && rule->ringCount >= 0) {
+            return rule->ringCount;
+        }
+    }
     return settings_.number(SettingNames::kNoReplyDelay);
 }
 

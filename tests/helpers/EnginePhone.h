@@ -61,7 +61,7 @@ public:
 private:
     bool forwardsHere() const override { return !forwardsAtServer; }
     ForwardingRule forwarding(int lineNumber, sfiForwardingType type) const override;
-    int ringsBeforeNoReply() const override { return rings; }
+    int ringsBeforeNoReply(int) const override { return rings; }
     bool doNotDisturb(int) const override { return doNotDisturbOn; }
 
     Options options_;

@@ -1,6 +1,8 @@
 #include "telephone/console/ScriptPlayer.h"
 
+#include <chrono>
 #include <sstream>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -13,11 +15,13 @@ namespace {
 class ScriptPlayerTest : public testing::Test
 {
 protected:
-    bool play(std::string const& text)
+    ScriptResult resultOf(std::string const& text)
     {
         std::istringstream script(text);
-        return ScriptPlayer(*telephone_.conversation).play(script, "test.script").passed();
+        return ScriptPlayer(*telephone_.conversation).play(script, "test.script");
     }
+
+    bool play(std::string const& text) { return resultOf(text).passed(); }
 
     // The last failure, which tells what did not hold.
     std::string failureOf(std::string const& text)
@@ -188,4 +192,19 @@ TEST_F(ScriptPlayerTest, Stop_EndsAWait)
 TEST_F(ScriptPlayerTest, SecondsWithUnit_AreTaken)
 {
     EXPECT_TRUE(play("pause 0.01 seconds\npause 0.01s\nnever CallHeldEvent within 0.01 s\n"));
+}
+
+TEST_F(ScriptPlayerTest, EventShortlyAfterTheLastStep_IsShownAndNotTimed)
+{
+    telephone_.dispatcher.post([](CommunicationsServiceEventIfc& events) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));  // the event is late
+        events.callHeld("4711", 1);
+    });
+
+    ScriptResult const result = resultOf("expect lamp 1 off\n");
+
+    EXPECT_EQ(result.steps, 1);
+    EXPECT_LT(result.seconds, 0.1);  // the shortest rest
+    EXPECT_NE(telephone_.written.find("<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>1</CallID>"),
+              std::string::npos);
 }

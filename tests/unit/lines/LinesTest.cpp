@@ -175,6 +175,20 @@ TEST_F(LinesTest, FeaturesOfALine_AreKeptInTheStore)
     EXPECT_EQ(settings_->text("line/4712/do-not-disturb"), "true");
 }
 
+TEST_F(LinesTest, RingCountOutOfRange_LeavesTheRulesOwn)
+{
+    auto& line = *build().getLine("4712");
+    line.setForwardingConfiguration(sfiForwardNoReply, true, "103", -1);
+    EXPECT_EQ(settings_->text("line/4712/forwarding-6"), "on;-1;103");
+
+    line.setForwardingConfiguration(sfiForwardNoReply, true, "103", 99);
+    line.setForwardingConfiguration(sfiForwardNoReply, false, "103", -1);
+    EXPECT_EQ(settings_->text("line/4712/forwarding-6"), "off;99;103");
+
+    line.setForwardingConfiguration(sfiForwardNoReply, true, "103", 100);
+    EXPECT_EQ(settings_->text("line/4712/forwarding-6"), "on;99;103");
+}
+
 TEST_F(LinesTest, LocalHeldLine_IsTheFirstLineWithACallOnHold)
 {
     build();

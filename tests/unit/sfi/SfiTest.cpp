@@ -64,6 +64,7 @@ protected:
     {
         EngineConfiguration configuration;
         configuration.audioSource = "silence";
+        configuration.ringTime = std::chrono::milliseconds(50);
         return configuration;
     }
     static EnginePhone::Options bobsOptions()
@@ -252,6 +253,44 @@ TEST_F(SfiTest, ForwardingOfTheStore_ForwardsTheOwnLineAlone)
     ASSERT_TRUE(bob_.engine().outgoing().make(1, 0, 2, uri("4712")));
 
     EXPECT_TRUE(recorder_.waitFor("state 4712 1002 ringing normal 4722"));
+}
+
+TEST_F(SfiTest, RingsBeforeNoReply_AreTheLinesOwn)
+{
+    lines_.getLine("4712")->setForwardingConfiguration(sfiForwardNoReply, true, "103", 4);
+
+    EXPECT_EQ(policy_.ringsBeforeNoReply(2), 4);
+    EXPECT_EQ(policy_.ringsBeforeNoReply(1), 3);
+}
+
+TEST_F(SfiTest, RingsBeforeNoReply_OfALineWithoutNumber_AreTheTelephones)
+{
+    ASSERT_TRUE(settings_.set("cfnr-delay", "5"));
+    EXPECT_EQ(policy_.ringsBeforeNoReply(2), 5);
+
+    lines_.getLine("4712")->setForwardingConfiguration(sfiForwardNoReply, true, "103", -1);
+
+    EXPECT_EQ(policy_.ringsBeforeNoReply(2), 5);
+}
+
+TEST_F(SfiTest, RingsBeforeNoReply_OfTheUsersLine_AreTheTelephones)
+{
+    ASSERT_TRUE(settings_.set(SettingNames::kCurrentMultiUser, "4712"));
+    lines_.getLine("4711")->setForwardingConfiguration(sfiForwardNoReply, true, "103", 4);
+    lines_.getLine("4712")->setForwardingConfiguration(sfiForwardNoReply, true, "103", 4);
+
+    EXPECT_EQ(policy_.ringsBeforeNoReply(1), 4);
+    EXPECT_EQ(policy_.ringsBeforeNoReply(2), 3);
+}
+
+TEST_F(SfiTest, NoReply_ForwardsAfterTheLinesOwnRings)
+{
+    ASSERT_TRUE(settings_.set(SettingNames::kNoReplyDelay, "0"));
+    lines_.getLine("4712")->setForwardingConfiguration(sfiForwardNoReply, true, bob_.uri("4723"), 1);
+
+    ASSERT_TRUE(bob_.engine().outgoing().make(1, 0, 1, uri("4712")));
+
+    EXPECT_TRUE(recorder_.waitFor("forwarded 4712 1001 4722 4723 3"));
 }
 
 TEST_F(SfiTest, ServiceState_IsKept)
