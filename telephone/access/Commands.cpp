@@ -235,6 +235,7 @@ tl::unexpected<Refusal> unknownWord(std::string const& word)
 std::vector<CommandDescription> commandDescriptions()
 {
     std::vector<CommandDescription> descriptions;
+    descriptions.reserve(kTable.size());
     for (Command const& each : kTable) {
         descriptions.push_back({std::string(each.name), std::string(each.arguments), std::string(each.meaning)});
     }

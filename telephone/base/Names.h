@@ -1,6 +1,8 @@
 // Compares names that a person types with the names of a table. Pure functions; capitals make no difference.
 #pragma once
 
+#include <algorithm>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,9 +17,8 @@ template <typename Rows, typename Row>
 std::vector<std::string_view> namesOf(Rows const& rows, std::string_view Row::*name)
 {
     std::vector<std::string_view> names;
-    for (auto const& row : rows) {
-        names.push_back(row.*name);
-    }
+    std::transform(std::begin(rows), std::end(rows), std::back_inserter(names),
+                   [name](Row const& row) { return row.*name; });
     return names;
 }
 

@@ -7,6 +7,7 @@
 
 #include <poll.h>
 
+#include "telephone/access/TelephoneControls.h"
 #include "telephone/console/Transcript.h"
 #include "telephone/display/LampWords.h"
 

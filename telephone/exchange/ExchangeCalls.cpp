@@ -59,7 +59,7 @@ Outcome<> ExchangeCalls::callOut(std::string const& from, Dialling dialling)
 {
     dialling.target = resolve(dialling.target);
     ExchangeCall& call = add(from, kAnswering);
-    auto const dialled = call.dial(std::move(dialling));
+    auto dialled = call.dial(std::move(dialling));
     if (!dialled) {
         callEnded(call);
     }

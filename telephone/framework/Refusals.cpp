@@ -38,9 +38,9 @@ std::vector<Refusal> RefusalCollector::take()
     return std::exchange(refusals_, {});
 }
 
-tl::unexpected<Refusal> RefusalCollector::first(Refusal otherwise) const
+tl::unexpected<Refusal> RefusalCollector::first(Refusal const& otherwise) const
 {
-    return tl::unexpected<Refusal>(refusals_.empty() ? std::move(otherwise) : refusals_.front());
+    return tl::unexpected<Refusal>(refusals_.empty() ? otherwise : refusals_.front());
 }
 
 }  // namespace telephone

@@ -38,7 +38,7 @@ public:
     // In the order in which they were reported; the collector is empty afterwards.
     std::vector<Refusal> take();
     // The first one reported, else the one given: the reason of an operation that answered a bare failure.
-    [[nodiscard]] tl::unexpected<Refusal> first(Refusal otherwise) const;
+    [[nodiscard]] tl::unexpected<Refusal> first(Refusal const& otherwise) const;
 
 private:
     std::vector<Refusal> refusals_;
