@@ -91,6 +91,7 @@ void DialogPublisher::add(LineAccount const& line, std::unique_ptr<sip::Notifier
         auto& notifiers = watched_[number].notifiers;
         std::erase_if(notifiers, [&closed](auto const& each) { return each.get() == &closed; });
     });
+    notifier->onRefreshed([this, number = line.lineNumber] { return document(watched_[number]); });
     watched.notifiers.push_back(std::move(notifier));
     watched.notifiers.back()->notify(document(watched));
 }

@@ -72,7 +72,9 @@ Exchange::Exchange(sip::EventLoop& loop, ExchangeConfig config, std::lock_guard<
     , agent_(std::make_unique<sip::UserAgent>(loop, agentConfig(config_), *this))
     , deferred_(loop)
     , registrar_(config_, [this](std::string const& number) { registrationChanged(number); })
-    , dialogWatchers_(sip::kDialogInfoType, [this](std::string const& number) { updateFollowing(number); })
+    , dialogWatchers_(
+          sip::kDialogInfoType, [this](std::string const& number) { return dialogDocument(number); },
+          [this](std::string const& number) { updateFollowing(number); })
     , messages_(*agent_, registrar_)
     , telephoneDialogs_(*agent_,
                         [this](std::string const& number) {
@@ -276,7 +278,7 @@ void Exchange::onSubscribe(std::unique_ptr<sip::Notifier> notifier)
     if (notifier->event() == sip::kMessageSummaryEvent) {
         messages_.subscribe(number, std::move(notifier));
     } else if (notifier->event() == sip::kDialogEvent) {
-        dialogWatchers_.add(number, std::move(notifier), dialogDocument(number));
+        dialogWatchers_.add(number, std::move(notifier));
         updateFollowing(number);
     } else {
         notifier->reject(489, "Bad Event", {{"Allow-Events", "dialog, message-summary, refer"}});
@@ -293,8 +295,8 @@ void Exchange::registrationChanged(std::string const& number)
 
 void Exchange::dialogsChanged(std::string const& number)
 {
-    if (!closed_ && dialogWatchers_.count(number) > 0) {
-        dialogWatchers_.notify(number, dialogDocument(number));
+    if (!closed_) {
+        dialogWatchers_.notify(number);
     }
 }
 

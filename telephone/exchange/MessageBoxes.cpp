@@ -7,7 +7,9 @@ namespace telephone::exchange {
 MessageBoxes::MessageBoxes(sip::UserAgent& agent, Registrar const& registrar)
     : agent_(agent)
     , registrar_(registrar)
-    , watchers_(sip::kMessageSummaryType, [](std::string const&) {})
+    , watchers_(
+          sip::kMessageSummaryType, [this](std::string const& number) { return documentOf(number); },
+          [](std::string const&) {})
 {}
 
 std::string MessageBoxes::documentOf(std::string const& number) const
@@ -23,17 +25,17 @@ std::string MessageBoxes::documentOf(std::string const& number) const
 
 void MessageBoxes::subscribe(std::string const& number, std::unique_ptr<sip::Notifier> notifier)
 {
-    watchers_.add(number, std::move(notifier), documentOf(number));
+    watchers_.add(number, std::move(notifier));
 }
 
 void MessageBoxes::set(std::string const& number, sip::MessageCounts const& counts, bool unsolicited)
 {
     counts_[number] = counts;
-    std::string const document = documentOf(number);
-    watchers_.notify(number, document);
+    watchers_.notify(number);
     if (!unsolicited) {
         return;
     }
+    std::string const document = documentOf(number);
     sip::Headers const headers{{"Event", sip::kMessageSummaryEvent}, {"Subscription-State", "active"}};
     for (auto const& contact : registrar_.contactsOf(number)) {
         logRefusal(agent_, "messages of " + number,

@@ -4,27 +4,31 @@
 
 namespace telephone::exchange {
 
-Watchers::Watchers(std::string contentType, std::function<void(std::string const& number)> gone)
+Watchers::Watchers(std::string contentType, std::function<std::string(std::string const& number)> document,
+                   std::function<void(std::string const& number)> gone)
     : contentType_(std::move(contentType))
+    , document_(std::move(document))
     , gone_(std::move(gone))
 {}
 
-void Watchers::add(std::string const& number, std::unique_ptr<sip::Notifier> notifier, std::string const& document)
+void Watchers::add(std::string const& number, std::unique_ptr<sip::Notifier> notifier)
 {
     if (!notifier->accept(contentType_)) {
         return;
     }
     notifier->onClosed([this, number](sip::Notifier& closed) { remove(number, closed); });
-    notifier->notify(document);
+    notifier->onRefreshed([this, number] { return document_(number); });
+    notifier->notify(document_(number));
     notifiers_[number].push_back(std::move(notifier));
 }
 
-void Watchers::notify(std::string const& number, std::string const& document)
+void Watchers::notify(std::string const& number)
 {
     auto const found = notifiers_.find(number);
     if (found == notifiers_.end()) {
         return;
     }
+    std::string const document = document_(number);
     for (auto const& notifier : found->second) {
         notifier->notify(document);
     }

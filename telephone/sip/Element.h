@@ -4,6 +4,7 @@
 #pragma once
 
 #include <memory>
+#include <set>
 #include <string>
 
 #include "telephone/sip/MediaClock.h"
@@ -12,6 +13,8 @@
 #include "telephone/sip/UserAgent.h"
 
 namespace telephone::sip {
+
+class NotifierImpl;
 
 // Our capabilities.
 constexpr char const* kAllow = "INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, REFER, NOTIFY, SUBSCRIBE";
@@ -66,6 +69,8 @@ public:
     UserAgentConfig const& config() const { return config_; }
     MediaClock& clock() { return clock_; }
     MessageTap& tap() { return *tap_; }
+    // Those that have accepted their subscription, for the receiver.
+    std::set<NotifierImpl*>& notifiers() { return notifiers_; }
     sa const& address() const { return address_; }
     std::uint16_t port(sip_transp transport) const { return transport == SIP_TRANSP_TCP ? tcpPort_ : udpPort_; }
     ::sip* stack() const { return stack_; }
@@ -82,6 +87,7 @@ private:
     UserAgentConfig config_;
     MediaClock clock_;
     std::shared_ptr<MessageTap> tap_;
+    std::set<NotifierImpl*> notifiers_;
     std::shared_ptr<void const> sessionToken_ = std::make_shared<char>();
     sa address_{};
     std::uint16_t udpPort_ = 0;

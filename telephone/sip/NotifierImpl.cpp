@@ -65,7 +65,10 @@ NotifierImpl::~NotifierImpl()
     if (transaction_.isOpen()) {
         transaction_.answer(489, "Bad Event");
     }
+    element_->notifiers().erase(this);
     notifier_.reset();
+    dialog_.reset();
+    content_.reset();
 }
 
 Outcome<> NotifierImpl::accept(std::string const& contentType)
@@ -76,21 +79,31 @@ Outcome<> NotifierImpl::accept(std::string const& contentType)
     }
     transaction_.handOver();
     sip_msg const& subscribe = transaction_.request();
-    std::string const header = headers_.value("Event");
-    pl const value = slice(header);
-    sipevent_event event{};
-    int error = sipevent_event_decode(&event, &value);
-    if (!error) {
-        error = sipevent_accept(notifier_.out(), element_->eventSocket(), &subscribe, nullptr, &event, 200, "OK", 0,
-                                kUsualSubscription, kLongestExpires, element_->contactUserFor(subscribe).c_str(),
-                                contentType.c_str(), answerChallenge, nullptr, false, handlerOf<&NotifierImpl::onClose>,
-                                this, nullptr);
-    }
+    int const error = acceptBy(subscribe, contentType);
     active_ = error == 0;
-    if (error) {
+    if (active_) {
+        element_->notifiers().insert(this);
+    } else {
         element_->answer(subscribe, 500, "Server Internal Error");
     }
     return sent(error, "the answer to a subscription to " + event_);
+}
+
+int NotifierImpl::acceptBy(sip_msg const& subscribe, std::string const& contentType)
+{
+    std::string const header = headers_.value("Event");
+    pl const value = slice(header);
+    sipevent_event event{};
+    if (int const error = sipevent_event_decode(&event, &value)) {
+        return error;
+    }
+    if (int const error = sip_dialog_accept(dialog_.out(), &subscribe)) {
+        return error;
+    }
+    return sipevent_accept(notifier_.out(), element_->eventSocket(), &subscribe, dialog_.get(), &event, 200, "OK", 0,
+                           kUsualSubscription, kLongestExpires, element_->contactUserFor(subscribe).c_str(),
+                           contentType.c_str(), answerChallenge, nullptr, false, handlerOf<&NotifierImpl::onClose>,
+                           this, nullptr);
 }
 
 void NotifierImpl::reject(int status, std::string const& reason, Headers const& headers)
@@ -102,13 +115,29 @@ void NotifierImpl::reject(int status, std::string const& reason, Headers const& 
 void NotifierImpl::notify(std::string const& body, SubscriptionState state, std::string const& reason)
 {
     std::lock_guard guard(element_->loop());
-    Ref<mbuf> content;
-    if (!active_ || (!body.empty() && !fill(content, body))) {
+    if (!active_) {
+        return;
+    }
+    content_.reset();
+    if (!body.empty() && !fill(content_, body)) {
         return;
     }
     active_ = state != SubscriptionState::kTerminated;
-    element_->logRefusal(sent(sipevent_notify(notifier_.get(), content.get(), toStack(state), reasonOf(reason), 0),
+    element_->logRefusal(sent(sipevent_notify(notifier_.get(), content_.get(), toStack(state), reasonOf(reason), 0),
                               "NOTIFY for " + event_));
+}
+
+void NotifierImpl::prepareRefresh(sip_msg const& subscribe)
+{
+    if (!active_ || !content_ || !refreshed_ || !sip_dialog_cmp(dialog_.get(), &subscribe)) {
+        return;
+    }
+    std::string const body = refreshed_();
+    mbuf_rewind(content_.get());
+    if (mbuf_write_mem(content_.get(), reinterpret_cast<std::uint8_t const*>(body.data()), body.size()) != 0) {
+        element_->log(LogLevel::kError, "no memory for the NOTIFY for " + event_);
+    }
+    mbuf_set_pos(content_.get(), 0);
 }
 
 void NotifierImpl::onClose(int /*error*/, sip_msg const* /*message*/)

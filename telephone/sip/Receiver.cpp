@@ -94,11 +94,22 @@ bool Receiver::onRequestFirst(sip_msg const& message)
     if (isMethod(message, "BYE")) {
         element_->tap().onBye(message);
     }
+    if (isMethod(message, "SUBSCRIBE") && message.to.tag.p) {
+        prepareRefresh(message);
+    }
     if (isMethod(message, "OPTIONS")) {
         answerOptions(message);
         return true;
     }
     return !message.to.tag.p && takeOutOfDialog(message);
+}
+
+// The stack answers a refresh without asking the notifier.
+void Receiver::prepareRefresh(sip_msg const& subscribe)
+{
+    for (NotifierImpl* const notifier : element_->notifiers()) {
+        notifier->prepareRefresh(subscribe);
+    }
 }
 
 // RFC 3261 section 8.2.2.3.

@@ -23,6 +23,7 @@ private:
     bool onRequestLast(sip_msg const& message);
     void onInvite(sip_msg const& message);
     bool onFirstSubscribe(sip_msg const& message);
+    void prepareRefresh(sip_msg const& subscribe);
     bool refuseUnsupported(sip_msg const& message) const;
     void answerOptions(sip_msg const& message) const;
     bool takeOutOfDialog(sip_msg const& message);

@@ -78,6 +78,10 @@ public:
     virtual void notify(std::string const& body, SubscriptionState state = SubscriptionState::kActive,
                         std::string const& reason = "noresource") = 0;
     virtual bool isActive() const = 0;
+    // The stack answers a refresh, and an unsubscription, with a NOTIFY of its own. `body` makes the body: the present
+    // state. Without it the last body is repeated, which a package whose documents have versions forbids. Called on the
+    // loop's thread with the lock held; it must not destroy a notifier.
+    virtual void onRefreshed(std::function<std::string()> body) = 0;
     // Calls `closed` once when the subscriber unsubscribes, does not refresh in time or cannot be reached: on the
     // loop's thread with the lock held. It may destroy the notifier.
     virtual void onClosed(std::function<void(Notifier&)> closed) = 0;

@@ -3,6 +3,9 @@
 
 namespace telephone::test {
 
+// Seconds. The stack refreshes a subscription after nine tenths of its time.
+constexpr std::uint32_t kShortSubscription = 3;
+
 class EventPackages : public ExchangeTest
 {
 protected:
@@ -100,6 +103,19 @@ TEST_F(EventPackages, EndOfASubscription_IsSeenByTheExchange)
     phone.subscription.reset();
 
     EXPECT_TRUE(phone.waitUntil([this] { return exchange.watcherCount("102", "dialog") == 0; }));
+}
+
+TEST_F(EventPackages, Refresh_BringsADocumentWithTheNextVersion)
+{
+    SipPeer phone(loop);
+
+    phone.subscribe(at("102"), "dialog", "application/dialog-info+xml", kShortSubscription);
+    ASSERT_TRUE(phone.waitFor("notify dialog")) << phone.events();
+    EXPECT_EQ(0U, lastDialogs(phone).version);
+
+    ASSERT_TRUE(phone.waitFor("notify dialog")) << phone.events();
+    EXPECT_EQ(1U, lastDialogs(phone).version);
+    EXPECT_EQ(1U, exchange.watcherCount("102", "dialog"));
 }
 
 TEST_F(EventPackages, UnknownPackageOrNumber_IsRefused)

@@ -132,12 +132,14 @@ void SipPeer::registerAt(std::string const& domain, std::string const& password,
     registration = agent->registerAccount(account, *this);
 }
 
-void SipPeer::subscribe(std::string const& target, std::string const& event, std::string const& accept)
+void SipPeer::subscribe(std::string const& target, std::string const& event, std::string const& accept,
+                        std::uint32_t expires)
 {
     sip::SubscriptionRequest request;
     request.target = target;
     request.event = event;
     request.accept = accept;
+    request.expires = expires;
     subscription = agent->subscribe(account, request, *this).value();
 }
 

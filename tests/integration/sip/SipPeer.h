@@ -41,7 +41,8 @@ public:
     void dropSession(std::size_t index);
     void registerAt(std::string const& domain, std::string const& password = "secret",
                     std::function<void(sip::Account&)> const& change = {});
-    void subscribe(std::string const& target, std::string const& event, std::string const& accept);
+    void subscribe(std::string const& target, std::string const& event, std::string const& accept,
+                   std::uint32_t expires = 3600);
 
     sip::EventLoop& loop;
     sip::Account account;

@@ -1,5 +1,6 @@
 #include "telephone/exchange/Watchers.h"
 
+#include <map>
 #include <utility>
 
 #include <gtest/gtest.h>
@@ -12,6 +13,7 @@ struct Received
 {
     std::string contentType;
     std::vector<std::string> bodies;
+    std::function<std::string()> refresh;
     std::function<void()> unsubscribe;
 };
 
@@ -40,6 +42,7 @@ public:
         received_.bodies.push_back(body);
     }
     bool isActive() const override { return true; }
+    void onRefreshed(std::function<std::string()> body) override { received_.refresh = std::move(body); }
     void onClosed(std::function<void(sip::Notifier&)> closed) override
     {
         received_.unsubscribe = [this, closed = std::move(closed)] { closed(*this); };
@@ -56,14 +59,16 @@ class WatchersTest : public ::testing::Test
 {
 protected:
     std::vector<std::string> gone_;
-    Watchers watchers_{"text/plain", [this](std::string const& number) { gone_.push_back(number); }};
+    std::map<std::string, std::string> states_{{"102", "idle"}, {"103", "idle"}};
+    Watchers watchers_{"text/plain", [this](std::string const& number) { return states_.at(number); },
+                       [this](std::string const& number) { gone_.push_back(number); }};
     Received first_;
     Received second_;
 };
 
 TEST_F(WatchersTest, NewSubscriber_ReceivesThePresentState)
 {
-    watchers_.add("102", std::make_unique<FakeNotifier>(first_), "idle");
+    watchers_.add("102", std::make_unique<FakeNotifier>(first_));
 
     EXPECT_EQ(first_.contentType, "text/plain");
     EXPECT_EQ(first_.bodies, std::vector<std::string>{"idle"});
@@ -72,19 +77,28 @@ TEST_F(WatchersTest, NewSubscriber_ReceivesThePresentState)
 
 TEST_F(WatchersTest, Change_ReachesTheSubscribersOfItsNumber)
 {
-    watchers_.add("102", std::make_unique<FakeNotifier>(first_), "idle");
-    watchers_.add("103", std::make_unique<FakeNotifier>(second_), "idle");
+    watchers_.add("102", std::make_unique<FakeNotifier>(first_));
+    watchers_.add("103", std::make_unique<FakeNotifier>(second_));
 
-    watchers_.notify("102", "busy");
-    watchers_.notify("104", "busy");
+    states_["102"] = "busy";
+    watchers_.notify("102");
+    watchers_.notify("104");
 
     EXPECT_EQ(first_.bodies, (std::vector<std::string>{"idle", "busy"}));
     EXPECT_EQ(second_.bodies, std::vector<std::string>{"idle"});
 }
 
+TEST_F(WatchersTest, Refresh_IsAnsweredWithThePresentState)
+{
+    watchers_.add("102", std::make_unique<FakeNotifier>(first_));
+    states_["102"] = "busy";
+
+    EXPECT_EQ(first_.refresh(), "busy");
+}
+
 TEST_F(WatchersTest, SubscriptionThatCannotBeAccepted_IsNotKept)
 {
-    watchers_.add("102", std::make_unique<FakeNotifier>(first_, false), "idle");
+    watchers_.add("102", std::make_unique<FakeNotifier>(first_, false));
 
     EXPECT_EQ(watchers_.count("102"), 0U);
     EXPECT_TRUE(first_.bodies.empty());
@@ -92,8 +106,8 @@ TEST_F(WatchersTest, SubscriptionThatCannotBeAccepted_IsNotKept)
 
 TEST_F(WatchersTest, LastSubscriberThatLeaves_IsReported)
 {
-    watchers_.add("102", std::make_unique<FakeNotifier>(first_), "idle");
-    watchers_.add("102", std::make_unique<FakeNotifier>(second_), "idle");
+    watchers_.add("102", std::make_unique<FakeNotifier>(first_));
+    watchers_.add("102", std::make_unique<FakeNotifier>(second_));
 
     std::exchange(first_.unsubscribe, nullptr)();
     EXPECT_TRUE(gone_.empty());

@@ -69,9 +69,9 @@ protected:
 
     std::string target() const { return "sip:103@" + watchedAgent_.hostPort(); }
 
-    void subscribe()
+    void subscribe(std::uint32_t expires = 3600)
     {
-        auto started = DialogSubscription::start(watcherAgent_, account(), target(), changed_, ended_);
+        auto started = DialogSubscription::start(watcherAgent_, account(), target(), changed_, ended_, expires);
         ASSERT_TRUE(started) << started.error().reason;
         subscription_ = std::move(*started);
         ASSERT_TRUE(eventually([this] { return watched_.notifiers.size() == 1; }));
@@ -134,6 +134,21 @@ TEST_F(DialogSubscriptionTest, UnusableDocuments_AreOnlyLogged)
     EXPECT_EQ(log_[0], "Dialogs of " + target() + ": a malformed document is ignored");
     EXPECT_EQ(log_[1], "Dialogs of " + target() + ": an outdated document is ignored");
     EXPECT_EQ(changes_, 1);
+}
+
+TEST_F(DialogSubscriptionTest, Refresh_IsAnsweredWithThePresentState)
+{
+    subscribe(3);  // refreshed after 2.7 seconds
+    accept();
+    watched_.notifiers.at(0)->onRefreshed([] { return documentOf(2, true, entryOf("b", DialogState::kEarly)); });
+    notify(documentOf(1, true, entryOf("a", DialogState::kConfirmed)));
+    ASSERT_TRUE(eventually([this] { return changes_ == 1; }));
+
+    ASSERT_TRUE(eventually([this] { return changes_ == 2; }));
+    ASSERT_EQ(dialogs_.size(), 1U);
+    EXPECT_EQ(dialogs_[0].id, "b");
+    EXPECT_TRUE(log_.empty());
+    EXPECT_EQ(end_, "");
 }
 
 TEST_F(DialogSubscriptionTest, RefusedSubscription_EndsWithItsStatus)
