@@ -10,6 +10,7 @@
 #include "telephone/access/TelephoneControls.h"
 #include "telephone/base/Names.h"
 #include "telephone/base/Version.h"
+#include "telephone/display/SafeText.h"
 #include "telephone/framework/Channel.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/TelephoneContext.h"
@@ -120,7 +121,7 @@ void Session::noteUnknown(std::string_view request) const
     auto const method = takeElement(request);
     if (method && method->name == "Method" && findRequestDescription(method->value) == nullptr) {
         std::string_view const name = method->value.substr(0, kLongestLogged);
-        log(kLogWarning, kSessionComponent, "{} sent an unknown request: {}{}", label_, name,
+        log(kLogWarning, kSessionComponent, "{} sent an unknown request: {}{}", label_, safeText(name),
             suggestion(name, requestNames()));
     }
 }
@@ -153,7 +154,7 @@ Outcome<std::string> Session::hello(std::optional<std::string> const& name)
     if (name && name->size() > kLongestName) {
         return refuse(RefusalKind::kBadInput, fmt::format("a name has at most {} bytes", kLongestName));
     }
-    label_ = name.value_or(label_);
+    label_ = name ? safeText(*name) : label_;  // it stands in lines of the log
     TelephoneState const state = services_.telephone.state();
     return fmt::format(R"({{"telephone":"{}","version":"{}","protocol":{},"start":"{}","ready":{},"domain":"{}"}})",
                        kTelephoneName, kTelephoneVersion, kProtocolVersion, state.start, state.ready, state.domain);

@@ -1,13 +1,16 @@
 #include "telephone/access/Session.h"
 
+#include <fstream>
 #include <sstream>
 
 #include <gtest/gtest.h>
 #include <poll.h>
 
 #include "TelephoneDouble.h"
+#include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/framework/WakeUp.h"
+#include "tests/doubles/TemporaryFolder.h"
 
 using namespace telephone;
 
@@ -229,6 +232,25 @@ TEST_F(SessionTest, Hello_IdentifiesTheTelephone)
               "\n");
     EXPECT_EQ(session_.name(), "dialler");
     EXPECT_EQ(replies("hello " + std::string(41, 'x')), "error a name has at most 40 bytes\n");
+}
+
+TEST_F(SessionTest, UnknownRequest_IsOneHarmlessLineOfTheLog)
+{
+    TemporaryFolder const folder;
+    ASSERT_TRUE(openLog(kLogWarning, folder.file("log")));
+    telephone_.invoker.answer = [](std::string const&) { return "sfiFailure"; };
+    (void)replies("hello \"dial\nler\"");
+
+    (void)replies("<Method>HoldCal\x1b[2J</Method>");
+
+    flushLog();
+    std::ifstream log(folder.file("log"));
+    std::string line;
+    std::getline(log, line);
+    EXPECT_EQ(line.substr(24),
+              "warning [applications] dial\\x0aler sent an unknown request: HoldCal\\x1b[2J (did you mean HoldCall?)");
+    EXPECT_FALSE(std::getline(log, line));
+    ASSERT_TRUE(openLog(kLogWarning, ""));
 }
 
 TEST_F(SessionTest, Subscribe_NumbersTheSessionsOwnEvents)
