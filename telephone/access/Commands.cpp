@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <iterator>
 
 #include <spdlog/fmt/fmt.h>
 
@@ -89,11 +90,35 @@ Answer showTags(Session& session, bool on)
 // Larger than every number, so that a gap and the state come.
 constexpr std::uint64_t kOfAnotherStart = UINT64_MAX;
 
+bool hasLine(std::vector<LineStatus> const& lines, std::string const& id)
+{
+    return std::any_of(lines.begin(), lines.end(),
+                       [&id](LineStatus const& line) { return line.id == id || hasLine(line.appearances, id); });
+}
+
+// Refused if one of them is not a line or appearance of the telephone.
+Outcome<> checkLines(std::vector<std::string> const& ids, TelephoneState const& state)
+{
+    auto const unknown =
+        std::find_if(ids.begin(), ids.end(), [&state](std::string const& id) { return !hasLine(state.lines, id); });
+    if (unknown == ids.end()) {
+        return {};
+    }
+    std::vector<std::string_view> known;
+    std::transform(state.lines.begin(), state.lines.end(), std::back_inserter(known),
+                   [](LineStatus const& line) { return std::string_view(line.id); });
+    return refuse(RefusalKind::kNotFound,
+                  fmt::format("there is no line {}; the lines are {}", *unknown, fmt::join(known, ", ")));
+}
+
 // Events after a number of this start, or the present one.
 Answer followEvents(Session& session, Given& given)
 {
     EventHistory const& history = session.services().history;
     EventSelection selection{history.latest(), {}, listOf(given[3])};
+    if (auto const checked = checkLines(selection.lines, session.services().telephone.state()); !checked) {
+        return tl::unexpected(checked.error());
+    }
     if (given[0]) {
         auto const number = numberOf(*given[0], INT64_MAX);
         if (!number) {

@@ -108,8 +108,10 @@ TEST_F(HttpEventsTest, EventsOfAnEarlierStart_AreReplacedByTheState)
 
 TEST_F(HttpEventsTest, Filters_SelectByNameAndLine)
 {
+    telephone_.controls.present.lines.emplace_back().id = "4711";
+    telephone_.controls.present.lines.emplace_back().id = "4712";
     HttpConnection other = stream("?after=0&only=CallRetrieved");
-    HttpConnection otherLine = stream("?after=0&line=4712,4713");
+    HttpConnection otherLine = stream("?after=0&line=4712");
     HttpConnection both = stream("?after=0&only=callheld,CallRetrieved&line=4711");
     telephone_.held(1);
     EXPECT_EQ(next(both), held(1, 1));
