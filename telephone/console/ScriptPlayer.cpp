@@ -89,13 +89,13 @@ Words withoutPlaceholders(Words words)
 }
 
 // "CallHeldEvent 4711 call 1: held".
-std::string inWords(std::string const& event)
+std::string inWords(std::string const& event, std::string const& ownDomain)
 {
     auto const read = readEvent(event);
     if (!read) {
         return safeText(event);
     }
-    EventWords const said = eventWords(*read, {});
+    EventWords const said = eventWords(*read, {.ownDomain = ownDomain});
     std::string const details = said.words.detailText();
     return fmt::format("{}{}{}: {}{}", read->description->method, said.line.empty() ? "" : " " + said.line,
                        said.call.empty() ? "" : " call " + said.call, said.words.what,
@@ -386,7 +386,8 @@ Outcome<> ScriptPlayer::waitForNone(EventPattern const& pattern, Conversation::C
         mayCome = journal_.find(pattern) == nullptr && conversation_.waitForEvents(deadline);
     }
     auto const* const event = journal_.find(pattern);
-    return event == nullptr ? Outcome<>() : failure("it came: " + inWords(*event));
+    return event == nullptr ? Outcome<>()
+                            : failure("it came: " + inWords(*event, conversation_.controls().state().domain));
 }
 
 Outcome<ScriptPlayer::Action> ScriptPlayer::pause(Words const& words)
@@ -450,9 +451,10 @@ std::string ScriptPlayer::cameInstead() const
     if (events.empty()) {
         return "; nothing else came";
     }
+    std::string const domain = conversation_.controls().state().domain;
     std::string text;
     for (std::size_t i = events.size() - std::min(events.size(), kMostShown); i < events.size(); ++i) {
-        text += (text.empty() ? "; came instead: " : "; ") + inWords(events[i]);
+        text += (text.empty() ? "; came instead: " : "; ") + inWords(events[i], domain);
     }
     return text;
 }

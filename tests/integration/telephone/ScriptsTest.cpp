@@ -60,12 +60,15 @@ TEST(Scripts, EventThatDoesNotCome_EndsWithOneAndWhatCame)
                               "wait CallStateChangeEvent CallState=connected within 1\n");
 
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(lastLine(result.output)
-                  .rfind("error: standard input:2: wait CallStateChangeEvent CallState=connected within 1: it did not "
-                         "come; came instead: CallStateChangeEvent 4711 call 1: dialling, ",
-                         0),
+    std::string const failure = lastLine(result.output);
+    EXPECT_EQ(failure.rfind("error: standard input:2: wait CallStateChangeEvent CallState=connected within 1: it did "
+                            "not come; came instead: ",
+                            0),
               0U)
-        << result.output;
+        << failure;
+    EXPECT_TRUE(failure.ends_with("; CallStateChangeEvent 4711 call 1: dialling, 101; "
+                                  "CallStateChangeEvent 4711 call 1: busy, 101, call-back possible"))
+        << failure;
 }
 
 TEST(Scripts, EventThatMustNotCome_EndsWithOne)

@@ -14,6 +14,7 @@ from pathlib import Path
 
 TELEPHONE, PAGE = sys.argv[1:3]
 DEADLINE = 20
+LINES = 2  # of the telephone without a configuration
 
 
 def blocks():
@@ -38,7 +39,18 @@ class Telephone:
                                         stderr=subprocess.DEVNULL, text=True)
         line = self.process.stdout.readline()
         assert line == f"applications can connect at {self.socket}\n", line
+        self.wait_for_mailboxes()
         return self
+
+    def wait_for_mailboxes(self):
+        """The page shows a telephone at rest: each line's mailbox has reported."""
+        with socket.socket(socket.AF_UNIX, socket.SOCK_STREAM) as connection:
+            connection.settimeout(DEADLINE)
+            connection.connect(self.socket)
+            connection.sendall(b"events after 0\0")
+            received = b""
+            while received.count(b"<Method>messageWaitingEvent</Method>") < LINES:
+                received += connection.recv(65536)
 
     def __exit__(self, *_):
         self.process.terminate()
