@@ -1,11 +1,13 @@
 #include "telephone/access/Commands.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
-#include <iterator>
+#include <utility>
 
 #include <spdlog/fmt/fmt.h>
 
+#include "telephone/access/LineNames.h"
 #include "telephone/access/RequestShorthand.h"
 #include "telephone/access/Session.h"
 #include "telephone/access/TelephoneControls.h"
@@ -90,35 +92,30 @@ Answer showTags(Session& session, bool on)
 // Larger than every number, so that a gap and the state come.
 constexpr std::uint64_t kOfAnotherStart = UINT64_MAX;
 
-bool hasLine(std::vector<LineStatus> const& lines, std::string const& id)
+// The ids of lines and appearances. Refused if the telephone does not have one of them.
+Outcome<std::vector<std::string>> placesNamed(std::vector<std::string> const& names, TelephoneState const& state)
 {
-    return std::any_of(lines.begin(), lines.end(),
-                       [&id](LineStatus const& line) { return line.id == id || hasLine(line.appearances, id); });
-}
-
-// Refused if one of them is not a line or appearance of the telephone.
-Outcome<> checkLines(std::vector<std::string> const& ids, TelephoneState const& state)
-{
-    auto const unknown =
-        std::find_if(ids.begin(), ids.end(), [&state](std::string const& id) { return !hasLine(state.lines, id); });
-    if (unknown == ids.end()) {
-        return {};
+    std::vector<std::string> places;
+    places.reserve(names.size());
+    for (std::string const& name : names) {
+        auto const place = placeNamed(state, name);
+        if (place.empty()) {
+            return refuse(RefusalKind::kNotFound, fmt::format("there is no line {}; {}", name, linesThatAre(state)));
+        }
+        places.emplace_back(place);
     }
-    std::vector<std::string_view> known;
-    std::transform(state.lines.begin(), state.lines.end(), std::back_inserter(known),
-                   [](LineStatus const& line) { return std::string_view(line.id); });
-    return refuse(RefusalKind::kNotFound,
-                  fmt::format("there is no line {}; the lines are {}", *unknown, fmt::join(known, ", ")));
+    return places;
 }
 
 // Events after a number of this start, or the present one.
 Answer followEvents(Session& session, Given& given)
 {
     EventHistory const& history = session.services().history;
-    EventSelection selection{history.latest(), {}, listOf(given[3])};
-    if (auto const checked = checkLines(selection.lines, session.services().telephone.state()); !checked) {
-        return tl::unexpected(checked.error());
+    auto places = placesNamed(listOf(given[3]), session.services().telephone.state());
+    if (!places) {
+        return tl::unexpected(places.error());
     }
+    EventSelection selection{history.latest(), {}, *std::move(places)};
     if (given[0]) {
         auto const number = numberOf(*given[0], INT64_MAX);
         if (!number) {

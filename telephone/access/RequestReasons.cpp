@@ -8,6 +8,7 @@
 
 #include "CommunicationsServiceRequests.h"
 #include "platform/sfi/SfiTypes.h"
+#include "telephone/access/LineNames.h"
 #include "telephone/access/RequestCase.h"
 #include "telephone/protocol/Phrases.h"
 #include "telephone/protocol/ProtocolCheck.h"
@@ -58,17 +59,6 @@ struct Rule
     }
 };
 
-// "2", "2 and 3", "2, 3 and 4".
-std::string listed(std::vector<std::string> const& items)
-{
-    std::string text;
-    for (std::size_t index = 0; index < items.size(); ++index) {
-        text += index == 0 ? "" : index + 1 == items.size() ? " and " : ", ";
-        text += items[index];
-    }
-    return text;
-}
-
 // "call 2", "calls 2 and 3", "no calls".
 std::string counted(std::string const& noun, std::vector<std::string> const& items)
 {
@@ -84,27 +74,6 @@ std::string lacks(RequestCase const& request, Rule const& rule)
 
 // --- lines and calls
 
-bool isNamed(LineStatus const& line, std::string_view name)
-{
-    return line.id == name || (!line.user.empty() && line.user == name);
-}
-
-// The id of the line or appearance; empty: there is none of that name.
-std::string_view placeNamed(TelephoneState const& state, std::string_view name)
-{
-    for (auto const& line : state.lines) {
-        if (isNamed(line, name)) {
-            return line.id;
-        }
-        for (auto const& appearance : line.appearances) {
-            if (isNamed(appearance, name)) {
-                return appearance.id;
-            }
-        }
-    }
-    return {};
-}
-
 // The telephone also finds lines by their address.
 bool isAddress(std::string_view name)
 {
@@ -118,13 +87,8 @@ std::string unknownLine(RequestCase const& request, Rule const& rule)
     if (isAddress(name) || !placeNamed(state, name).empty()) {
         return {};
     }
-    std::vector<std::string> ids;
-    for (auto const& line : state.lines) {
-        ids.push_back(line.id);
-    }
-    bool const several = ids.size() > 1;
-    return fmt::format("{}; the {} {}", name.empty() ? lacks(request, rule) : fmt::format("there is no line {}", name),
-                       several ? "lines are" : "line is", listed(ids));
+    return fmt::format("{}; {}", name.empty() ? lacks(request, rule) : fmt::format("there is no line {}", name),
+                       linesThatAre(state));
 }
 
 // Whether a setting of the named line has an effect.

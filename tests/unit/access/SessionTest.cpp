@@ -290,7 +290,7 @@ TEST_F(SessionTest, WrongSelection_IsRefused)
     telephone_.controls.present.lines.emplace_back().id = "4711";
     telephone_.controls.present.lines.emplace_back().id = "4712";
     telephone_.controls.present.lines.back().appearances.emplace_back().id = "4712#1";
-    EXPECT_EQ(replies("events line 4712#1,4799"), "error there is no line 4799; the lines are 4711, 4712\n");
+    EXPECT_EQ(replies("events line 4712#1,4799"), "error there is no line 4799; the lines are 4711 and 4712\n");
     EXPECT_EQ(replies("events only CallHeldEvnt"), "error no event CallHeldEvnt (did you mean CallHeldEvent?)\n");
     EXPECT_EQ(replies("events after now"), "error \"now\" is not a number from 0 to 9223372036854775807\n");
 }
