@@ -76,19 +76,20 @@ void ApplicationServer::watch(int descriptor, Id id, std::uint32_t events, bool 
 void ApplicationServer::run()
 {
     std::array<epoll_event, kEventsAtOnce> events{};
-    while (true) {
+    // Asked directly before each wait: sendEvents() also takes the signal that announces the end.
+    while (!isStopping()) {
         int const count = epoll_wait(poll_.get(), events.data(), static_cast<int>(events.size()), -1);
-        {
-            std::lock_guard const lock(mutex_);
-            if (stopping_) {
-                return;
-            }
-        }
         for (int i = 0; i < count; ++i) {
             auto const& event = events.at(static_cast<std::size_t>(i));
             dispatch(event.data.u64, event.events);
         }
     }
+}
+
+bool ApplicationServer::isStopping()
+{
+    std::lock_guard const lock(mutex_);
+    return stopping_;
 }
 
 void ApplicationServer::dispatch(Id id, std::uint32_t events)

@@ -50,6 +50,7 @@ private:
 
     void watch(int descriptor, Id id, std::uint32_t events, bool isNew);
     void run();
+    bool isStopping();
     // Without epoll events, sends to a connection.
     void dispatch(Id id, std::uint32_t events);
     void accept();
