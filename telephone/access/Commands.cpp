@@ -165,7 +165,7 @@ TelephoneControls& telephoneOf(Session& session)
 // clang-format off
 constexpr std::array kTable{
     Command{"help",       "[NAME...]",                "this list; or the meaning of a request, an event, a command or a value", [](Session& s, Given& g) { return describeOr(s, g, help); }},
-    Command{"hello",      "[NAME]",                   "who the telephone is, and whether it is ready, as JSON; NAME is yours in its log", [](Session& s, Given& g) { return s.hello(g[0]); }},
+    Command{"hello",      "[NAME]",                   "which telephone this is, and whether it is ready, as JSON; its log will call you NAME", [](Session& s, Given& g) { return s.hello(g[0]); }},
     Command{"describe",   "[NAME...]",                "every name of the protocol; or the meaning of one", [](Session& s, Given& g) { return describeOr(s, g, [](auto const& d) { return d.overview(); }); }},
     Command{"describe json", "",                      "the whole protocol as JSON",                         [](Session& s, Given&) -> Answer { return s.services().description.json(); }},
     Command{"state",      "",                         "the telephone at this moment, as JSON",              [](Session& s, Given&) -> Answer { return stateJson(telephoneOf(s).state()); }},

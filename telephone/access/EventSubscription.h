@@ -19,8 +19,8 @@ struct EventSelection
 {
     std::uint64_t after = 0;         // the events after this number
     std::vector<std::string> names;  // "CallHeldEvent"; empty: all
-    std::vector<std::string>
-        lines;  // "4711" means its appearances ("4711#2"), too; empty: all, and events without line
+    // "4711" includes its appearances ("4711#2"). Empty: all events, also those of no line.
+    std::vector<std::string> lines;
 };
 
 class EventSubscription

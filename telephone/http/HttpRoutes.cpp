@@ -320,7 +320,7 @@ constexpr std::array kRoutes{
     Route{"GET",  "/state",        "the telephone at this moment",                           {}, {}, kState, [](HttpExchange& x) { answerResult(x, {"state"}, kJsonType); }},
     Route{"GET",  "/events",       "the events as they happen, as server-sent events",       kSelection, {}, kEvents, streamEvents},
     Route{"GET",  "/describe",     "the protocol",                                           kName, {}, kProtocol, describe},
-    Route{"GET",  "/hello",        "who the telephone is, and whether it is ready",          {}, {}, kHello, [](HttpExchange& x) { answerResult(x, {"hello"}, kJsonType); }},
+    Route{"GET",  "/hello",        "which telephone this is, and whether it is ready",          {}, {}, kHello, [](HttpExchange& x) { answerResult(x, {"hello"}, kJsonType); }},
     Route{"GET",  "/openapi.json", "this interface as an OpenAPI page",                      {}, {}, kPage, [](HttpExchange& x) { x.response.set_content(openApiPage(), kJsonType); }},
 };
 // clang-format on

@@ -189,7 +189,7 @@ POST  /commands      runs a command of the telephone itself, as the console does
 GET   /state         the telephone at this moment
 GET   /events        the events as they happen, as server-sent events
 GET   /describe      the protocol
-GET   /hello         who the telephone is, and whether it is ready
+GET   /hello         which telephone this is, and whether it is ready
 GET   /openapi.json  this interface as an OpenAPI page
 )");
 }
