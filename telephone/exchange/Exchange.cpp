@@ -4,6 +4,7 @@
 #include <mutex>
 #include <string_view>
 
+#include "telephone/exchange/BuiltInNumbers.h"
 #include "telephone/exchange/ExchangeAgent.h"
 #include "telephone/sip/EventLoop.h"
 
@@ -11,9 +12,7 @@ namespace telephone::exchange {
 
 namespace {
 
-constexpr int kBusyHere = 486;
 constexpr unsigned kMostMessages = 9999;
-constexpr std::size_t kLongestNumber = 64;
 constexpr std::size_t kLongestName = 255;
 
 sip::UserAgentConfig agentConfig(ExchangeConfig const& config)
@@ -26,18 +25,6 @@ sip::UserAgentConfig agentConfig(ExchangeConfig const& config)
         own.log = [log = config.log](sip::LogLevel level, std::string const& line) { log(level, "exchange: " + line); };
     }
     return own;
-}
-
-// which: names the number in the refusal.
-Outcome<> checkNumber(std::string const& which, std::string_view number)
-{
-    constexpr std::string_view kAllowed =
-        "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz+-._*#";  // ASCII, whatever the locale
-    if (number.empty() || number.size() > kLongestNumber ||
-        number.find_first_not_of(kAllowed) != std::string_view::npos) {
-        return refuse(RefusalKind::kBadInput, which + " must consist of 1 to 64 letters, digits, and + - . _ * #");
-    }
-    return {};
 }
 
 Outcome<> checkName(std::string_view name)
@@ -58,6 +45,11 @@ Outcome<> checkCounts(sip::MessageCounts const& counts)
         return refuse(RefusalKind::kBadInput, "the number of messages must be 0 to 9999");
     }
     return {};
+}
+
+bool isBusy(ExchangeNumber const& number)
+{
+    return !number.steps.empty() && number.steps.front().kind == StepKind::kBusy;
 }
 
 }  // namespace
@@ -85,8 +77,14 @@ Exchange::Exchange(sip::EventLoop& loop, ExchangeConfig config, std::lock_guard<
     , pickups_(loop, calls_, registrar_, telephoneDialogs_, deferred_,
                [this](std::string const& number) { updateFollowing(number); })
 {
-    for (auto const& row : kNumbers) {
-        behaviours_.emplace(row.number, row.behaviour);
+    for (auto const& row : kBuiltInNumbers) {
+        std::string const number(row.number);
+        numbers_[number] = {
+            .number = number, .description = std::string(row.description), .steps = valueOrThrow(readSteps(row.does))};
+    }
+    for (auto const& number : config_.numbers) {
+        numbers_[number.number] = number;
+        messages_.set(number.number, number.messages, false);
     }
     agent_->log(sip::LogLevel::kInfo, "listening on " + agent_->hostPort());
 }
@@ -106,21 +104,86 @@ Exchange::~Exchange()
     agent_.reset();
 }
 
-NumberBehaviour const* Exchange::behaviourOf(std::string const& number) const
+// --- numbers
+
+ExchangeNumber const* Exchange::find(std::string const& number) const
 {
-    auto const found = behaviours_.find(number);
-    return found == behaviours_.end() ? nullptr : &found->second;
+    auto const found = numbers_.find(number);
+    return found == numbers_.end() ? nullptr : &found->second;
 }
 
-void Exchange::setBehaviour(std::string const& number, std::optional<NumberBehaviour> const& behaviour)
+std::string Exchange::nameOf(std::string const& number) const
+{
+    ExchangeNumber const* const found = find(number);
+    return found ? found->name : std::string();
+}
+
+bool Exchange::isPlayed(std::string const& number) const
+{
+    ExchangeNumber const* const found = find(number);
+    return found && !found->steps.empty();
+}
+
+std::string Exchange::groupOf(std::string const& number) const
+{
+    ExchangeNumber const* const found = find(number);
+    return found ? found->pickupGroup : std::string();
+}
+
+void Exchange::define(ExchangeNumber number)
 {
     std::lock_guard guard(loop_);
-    if (behaviour) {
-        behaviours_[number] = *behaviour;
-    } else {
-        behaviours_.erase(number);
-    }
+    std::string const name = number.number;
+    numbers_[name] = std::move(number);
+    dialogsChanged(name);
+}
+
+void Exchange::remove(std::string const& number)
+{
+    std::lock_guard guard(loop_);
+    numbers_.erase(number);
     dialogsChanged(number);
+}
+
+Outcome<> Exchange::define(std::string const& number, std::string_view text)
+{
+    auto const checked = checkNumber("the number", number).and_then([text] { return readSteps(text); });
+    return checked.and_then([](Steps const& steps) { return checkOrder(steps, CallPhase::kOffered); }).map([&] {
+        std::lock_guard guard(loop_);
+        ExchangeNumber changed = find(number) ? *find(number) : ExchangeNumber{.number = number};
+        changed.steps = *checked;
+        changed.description.clear();
+        define(std::move(changed));
+    });
+}
+
+Outcome<> Exchange::play(std::string const& number, std::string_view text)
+{
+    auto const steps = checkNumber("the number", number).and_then([text] { return readSteps(text); });
+    if (!steps) {
+        return tl::unexpected(steps.error());
+    }
+    std::lock_guard guard(loop_);
+    bool const begins = steps->front().kind == StepKind::kCall;
+    ExchangeCall* const present = begins ? nullptr : calls_.latestOf(number);
+    if (!begins && !present) {
+        return refuse(RefusalKind::kWrongState, number + " has no call; steps without one begin with call NUMBER");
+    }
+    return checkOrder(*steps, begins ? CallPhase::kNoCall : present->phase()).map([&] {
+        ExchangeCall& call = present ? *present : calls_.add({.number = number, .name = nameOf(number)});
+        call.play(*steps);
+    });
+}
+
+std::vector<std::string> Exchange::numbers() const
+{
+    std::lock_guard guard(loop_);
+    std::vector<std::string> rows;
+    for (auto const& [number, value] : numbers_) {
+        std::string const steps = isPlayed(number) ? formatSteps(value.steps) : "a telephone registers under it";
+        rows.push_back(number + " " + (value.description.empty() ? steps : value.description));
+    }
+    return rows;
 }
 
 Outcome<> Exchange::setMessages(std::string const& number, sip::MessageCounts const& counts, bool unsolicited)
@@ -137,11 +200,11 @@ Outcome<> Exchange::setMessages(std::string const& number, sip::MessageCounts co
         });
 }
 
-void Exchange::setRegistrarAnswers(bool answers)
+void Exchange::setRegistrar(RegistrarConduct conduct)
 {
     std::lock_guard guard(loop_);
-    registrar_.setAnswers(answers);
-    agent_->log(sip::LogLevel::kInfo, answers ? "the registrar answers" : "the registrar no longer answers");
+    agent_->log(sip::LogLevel::kInfo, "the registrar will " + conduct.format());
+    registrar_.setConduct(std::move(conduct));
 }
 
 std::vector<std::string> Exchange::contactsOf(std::string const& number) const
@@ -176,7 +239,8 @@ Outcome<> Exchange::callNumber(std::string const& from, std::string const& to, s
             if (contacts.empty()) {
                 return refuse(RefusalKind::kNotFound, to + " is not registered with the exchange");
             }
-            return calls_.callOut(from, {.target = contacts.front(), .displayName = displayName});
+            return calls_.callOut(
+                from, {.target = contacts.front(), .displayName = displayName.empty() ? nameOf(from) : displayName});
         });
 }
 
@@ -184,7 +248,7 @@ Outcome<> Exchange::callNumber(std::string const& from, std::string const& to, s
 
 bool Exchange::knowsUser(std::string const& user)
 {
-    return user.empty() || behaviourOf(user) || registrar_.knows(user) || calls_.isInCall(user) ||
+    return user.empty() || find(user) || registrar_.knows(user) || calls_.isInCall(user) ||
            user.starts_with(kDirectedPickup) || user == kGroupPickup;
 }
 
@@ -198,10 +262,11 @@ void Exchange::onIncomingCall(std::unique_ptr<sip::Session> session)
     agent_->log(sip::LogLevel::kInfo, "call from " + session->invitation().from.uri.format() + " to " + number);
     if (ExchangeCall* const present = wanted ? calls_.find(*wanted) : nullptr) {
         calls_.replace(std::move(session), *present);
-    } else if (number.starts_with(kDirectedPickup)) {
-        pickups_.pickUp(std::move(session), number.substr(std::string_view(kDirectedPickup).size()));
-    } else if (number == kGroupPickup) {
-        pickups_.pickUp(std::move(session), "");
+    } else if (number.starts_with(kDirectedPickup) || number == kGroupPickup) {
+        pickUp(std::move(session), number);
+    } else if (ExchangeNumber const* const own = find(number); own && !own->forwarding.always.empty()) {
+        logRefusal(*agent_, "call to " + number,
+                   session->redirect(accountOf(*agent_, own->forwarding.always).addressOfRecord(), "unconditional"));
     } else if (auto const contacts = registrar_.contactsOf(number); !contacts.empty()) {
         logRefusal(*agent_, "call to " + number, session->redirect(contacts.front()));
     } else if (wanted) {
@@ -211,14 +276,23 @@ void Exchange::onIncomingCall(std::unique_ptr<sip::Session> session)
     }
 }
 
+void Exchange::pickUp(std::unique_ptr<sip::Session> session, std::string const& dialled)
+{
+    if (dialled.starts_with(kDirectedPickup)) {
+        auto const wanted = dialled.substr(std::string_view(kDirectedPickup).size());
+        pickups_.pickUp(std::move(session), [&wanted](std::string const& number) { return number == wanted; });
+        return;
+    }
+    std::string const group = groupOf(session->invitation().from.uri.user);
+    pickups_.pickUp(std::move(session),
+                    [this, &group](std::string const& number) { return group.empty() || groupOf(number) == group; });
+}
+
 void Exchange::takeCall(std::unique_ptr<sip::Session> session, std::string const& number)
 {
-    NumberBehaviour const* const behaviour = behaviourOf(number);
-    if (behaviour && behaviour->refuseWith) {
-        session->reject(behaviour->refuseWith, behaviour->refuseText);
-    } else if (behaviour) {
-        calls_.add(number, *behaviour).take(std::move(session));
-    } else if (registrar_.knows(number)) {
+    if (isPlayed(number)) {
+        calls_.add(*find(number)).take(std::move(session));
+    } else if (find(number) || registrar_.knows(number)) {
         session->reject(480, "Temporarily Unavailable");
     } else {
         session->reject(404, "Not Found");
@@ -228,7 +302,7 @@ void Exchange::takeCall(std::unique_ptr<sip::Session> session, std::string const
 void Exchange::onTransferRequested(std::unique_ptr<sip::Transfer> transfer)
 {
     std::string const number = transfer->to().uri.user;
-    if (!closed_ && behaviourOf(number)) {
+    if (!closed_ && isPlayed(number)) {
         calls_.transfer(number, {}, std::move(transfer));
     }
 }
@@ -308,11 +382,40 @@ void Exchange::updateFollowing(std::string const& number)
     }
     auto const contacts = registrar_.contactsOf(number);
     bool const wanted = dialogWatchers_.count(number) > 0 || pickups_.isFor(number);
-    if (wanted && !contacts.empty() && !behaviourOf(number)) {
+    if (wanted && !contacts.empty() && !isPlayed(number)) {
         telephoneDialogs_.follow(number, contacts.front());
     } else {
         telephoneDialogs_.unfollow(number);
     }
+}
+
+// The call that watchers see of a number without calls.
+std::optional<sip::DialogEntry> Exchange::lampOf(std::string const& number) const
+{
+    ExchangeNumber const* const found = find(number);
+    if (!found) {
+        return std::nullopt;
+    }
+    sip::DialogEntry shown;
+    shown.id = "lamp";
+    shown.state = sip::DialogState::kConfirmed;
+    switch (found->lamp) {
+    case NumberLamp::kFromSteps:
+        return isBusy(*found) ? std::optional(shown) : std::nullopt;
+    case NumberLamp::kIdle:
+        return std::nullopt;
+    case NumberLamp::kRinging:
+        shown.recipient = true;
+        shown.state = sip::DialogState::kEarly;
+        return shown;
+    case NumberLamp::kBusy:
+        return shown;
+    case NumberLamp::kHolding:
+        shown.local.target = accountOf(*agent_, number).addressOfRecord();
+        shown.local.rendering = false;
+        return shown;
+    }
+    return std::nullopt;
 }
 
 // Always the full state, including calls that have just ended.
@@ -322,12 +425,8 @@ std::string Exchange::dialogDocument(std::string const& number)
     info.version = dialogVersions_[number]++;
     info.entity = accountOf(*agent_, number).addressOfRecord();
     info.dialogs = calls_.dialogsOf(number);
-    NumberBehaviour const* const behaviour = behaviourOf(number);
-    if (behaviour && behaviour->refuseWith == kBusyHere) {
-        sip::DialogEntry busy;
-        busy.id = "busy";
-        busy.state = sip::DialogState::kConfirmed;
-        info.dialogs.push_back(busy);
+    if (auto lamp = lampOf(number); lamp && !calls_.isInCall(number)) {
+        info.dialogs.push_back(*std::move(lamp));
     }
     auto const reported = telephoneDialogs_.dialogsOf(number);
     info.dialogs.insert(info.dialogs.end(), reported.begin(), reported.end());

@@ -21,10 +21,16 @@ public:
     ExchangeCalls(ExchangeConfig const& config, sip::UserAgent& agent, Registrar const& registrar,
                   DeferredWork& deferred, std::function<void(std::string const& number)> changed);
 
-    ExchangeCall& add(std::string const& number, NumberBehaviour const& behaviour);
+    // lastParty: the URI that the number calls as "caller".
+    ExchangeCall& add(ExchangeNumber number, std::string lastParty = {});
+    // A call that answers and has no steps: a replacement, or a call that a transfer or a command makes.
+    ExchangeCall& add(std::string const& number) { return add(ExchangeNumber{.number = number}); }
     // Null if there is none.
     ExchangeCall* find(sip::Replaces const& wanted) const;
-    ExchangeCall* findRinging(std::string const& number) const;  // an empty number: any
+    // A ringing call of a number that the predicate accepts.
+    ExchangeCall* findRinging(std::function<bool(std::string const& number)> const& accepts) const;
+    // The latest call of a number, if it has one.
+    ExchangeCall* latestOf(std::string const& number) const;
     // Puts a new call in the place of one in the list.
     void replace(std::unique_ptr<sip::Session> session, ExchangeCall& present);
     // Calls from a number; a target that is a number here is called at its telephone.
@@ -43,7 +49,9 @@ private:
     void callChanged(ExchangeCall const& call) override;
     void callEnded(ExchangeCall& call) override;
     void transferRequested(ExchangeCall const& call, std::unique_ptr<sip::Transfer> transfer) override;
-    void callBackRequested(std::string const& number, sip::NameAddr const& caller, std::string const& contact) override;
+    void stepsLeft(ExchangeCall const& call, Steps steps, std::string lastParty) override;
+    std::string uriOf(std::string const& number) const override;
+    std::string contactOf(sip::Session const& session) const override;
 
     std::string resolve(std::string const& target) const;
 
