@@ -25,6 +25,8 @@ struct WatchedParty
     PartyStatus status = PartyStatus::kUnknown;
     std::string remoteURI;               // the other end of its call; empty when not known
     std::optional<PickupTarget> dialog;  // the call, when it can be picked up or taken over
+    std::optional<PickupTarget> join;    // the same at the party itself, when it can be joined
+    bool isPrivate = false;              // the party keeps others from both
 };
 
 class PartyWatch

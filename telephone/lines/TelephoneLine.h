@@ -33,6 +33,8 @@ struct ElsewhereCall
     ELineState state = eLineStateIdle;  // idle, or a state whose name ends in Elsewhere
     std::string remoteURI;
     std::optional<PickupTarget> dialog;  // how to take it over; nothing when that is not possible
+    std::optional<PickupTarget> join;    // how to join it; nothing when that is not possible
+    bool isPrivate = false;
 };
 
 class TelephoneLine final : public Line
@@ -66,7 +68,7 @@ public:
                                     int ringCount) override;
     void setMissedCallIndicated(bool indicated) override;
 
-    // Joins the call of another telephone on this bridged line, which the call control cannot do yet.
+    // Joins the call of another telephone on this bridged line.
     [[nodiscard]] Outcome<> bridge();
 
     std::string const& id() const { return place_.lineURI; }

@@ -36,7 +36,7 @@ PartyStatus statusOf(sip::DialogEntry const& entry)
 bool canBeTakenOver(sip::DialogEntry const& entry)
 {
     auto const& dialog = entry.dialog;
-    return !dialog.callId.empty() && !dialog.localTag.empty() && !dialog.remoteTag.empty() &&
+    return !entry.exclusive && !dialog.callId.empty() && !dialog.localTag.empty() && !dialog.remoteTag.empty() &&
            !(entry.remote.target.empty() && entry.remote.identity.empty());
 }
 
@@ -55,6 +55,24 @@ PickupTarget targetOf(sip::DialogEntry const& entry)
     return target;
 }
 
+std::optional<PickupTarget> takeOverOf(sip::DialogEntry const& entry)
+{
+    return canBeTakenOver(entry) ? std::optional(targetOf(entry)) : std::nullopt;
+}
+
+// Join names the dialog as the party itself does.
+std::optional<PickupTarget> joinOf(sip::DialogEntry const& entry)
+{
+    if (!canBeTakenOver(entry) || entry.state != sip::DialogState::kConfirmed || entry.local.target.empty()) {
+        return std::nullopt;
+    }
+    PickupTarget target = targetOf(entry);
+    target.targetURI = entry.local.target;
+    target.replaces = {entry.dialog.callId, entry.dialog.localTag, entry.dialog.remoteTag, false};
+    target.joins = true;
+    return target;
+}
+
 }  // namespace
 
 WatchedParty partyOf(std::vector<sip::DialogEntry> const& dialogs)
@@ -64,8 +82,7 @@ WatchedParty partyOf(std::vector<sip::DialogEntry> const& dialogs)
     for (auto const& entry : dialogs) {
         auto const status = statusOf(entry);
         if (status > party.status) {
-            party = {status, entry.remote.identity,
-                     canBeTakenOver(entry) ? std::optional(targetOf(entry)) : std::nullopt};
+            party = {status, entry.remote.identity, takeOverOf(entry), joinOf(entry), entry.exclusive};
         }
     }
     return party;
