@@ -1,9 +1,11 @@
 #include "telephone/CallServer.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <utility>
 
+#include "platform/lines/LineData.h"
 #include "telephone/framework/Log.h"
 #include "telephone/sip/Uri.h"
 
@@ -78,8 +80,25 @@ Outcome<exchange::ExchangeNumber> numberOf(ExchangeNumberConfiguration const& co
     number.messages = {static_cast<unsigned>(configured.newMessages), static_cast<unsigned>(configured.oldMessages), 0,
                        0};
     number.pickupGroup = configured.pickupGroup;
+    number.appearances = configured.appearances;
     number.lamp = static_cast<exchange::NumberLamp>(configured.lamp);
     return number;
+}
+
+// The lines that the telephone shares have their appearances at the exchange, too.
+void addSharedLines(Configuration const& configuration, std::vector<exchange::ExchangeNumber>& numbers)
+{
+    for (auto const& line : configuration.lines) {
+        if (line.sharedLineType == LineData::kNotShared) {
+            continue;
+        }
+        auto const& user = userOfLine(line);
+        auto number = std::ranges::find(numbers, user, &exchange::ExchangeNumber::number);
+        if (number == numbers.end()) {
+            number = numbers.insert(numbers.end(), {.number = user});
+        }
+        number->appearances = number->appearances == 0 ? line.appearances : number->appearances;
+    }
 }
 
 }  // namespace
@@ -106,6 +125,7 @@ Outcome<exchange::ExchangeConfig> exchangeConfigOf(Configuration const& configur
         }
         config.numbers.push_back(*std::move(number));
     }
+    addSharedLines(configuration, config.numbers);
     return config;
 }
 

@@ -101,7 +101,8 @@ struct ExchangeNumberConfiguration
     int newMessages = 0;
     int oldMessages = 0;
     std::string pickupGroup;
-    int lamp = 0;  // exchange::NumberLamp
+    int lamp = 0;         // exchange::NumberLamp
+    int appearances = 0;  // of a line that it shares with telephones; 0: those of the line here, if that is shared
 };
 
 struct MediaConfiguration

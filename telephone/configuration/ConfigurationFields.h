@@ -119,6 +119,7 @@ inline constexpr auto kExchangeNumber = std::to_array<ConfigurationField<Exchang
     {"old-messages",        &ExchangeNumberConfiguration::oldMessages, "old messages in its mailbox", {}, 0, 9999},
     {"pickup-group",        &ExchangeNumberConfiguration::pickupGroup, "a group pickup takes calls of the same group only; empty: of any number"},
     {"lamp",                &ExchangeNumberConfiguration::lamp,     "what its watchers see while it has no call; from-steps: busy if its first step is busy, else idle", "from-steps|idle|ringing|busy|holding"},
+    {"appearances",         &ExchangeNumberConfiguration::appearances, "of a line that telephones share; if missing, those of the shared line with this number", {}, 1, 20},
 });
 
 inline constexpr auto kMedia = std::to_array<ConfigurationField<MediaConfiguration>>({

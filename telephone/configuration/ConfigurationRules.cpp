@@ -208,6 +208,13 @@ private:
         if (number.does.list.empty() && !number.forwardOnNoReply.empty()) {
             return wrong("forward-on-no-reply", "needs does: without steps the number is not called here");
         }
+        for (auto const& line : configuration_.lines) {
+            bool const isItsLine = (line.user.empty() ? line.id : line.user) == number.number;
+            if (isItsLine && number.appearances != 0 && number.appearances != line.appearances) {
+                return wrong("appearances",
+                             fmt::format("differs from line \"{}\", which has {}", line.id, line.appearances));
+            }
+        }
         for (auto const& target : {number.forwardAlways, number.forwardOnBusy, number.forwardOnNoReply}) {
             if (target == number.number) {
                 return wrong("forwarding", "leads to the number itself");

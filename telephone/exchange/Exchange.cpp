@@ -47,6 +47,13 @@ Outcome<> checkCounts(sip::MessageCounts const& counts)
     return {};
 }
 
+// The dialog of a Join header (RFC 3911), which is written like Replaces.
+std::optional<sip::Replaces> joinedBy(sip::Invitation const& invitation)
+{
+    auto const value = invitation.headers.value("Join");
+    return value.empty() ? std::nullopt : sip::Replaces::parse(value);
+}
+
 bool isBusy(ExchangeNumber const& number)
 {
     return !number.steps.empty() && number.steps.front().kind == StepKind::kBusy;
@@ -70,10 +77,14 @@ Exchange::Exchange(sip::EventLoop& loop, ExchangeConfig config, std::lock_guard<
     , messages_(*agent_, registrar_)
     , telephoneDialogs_(*agent_,
                         [this](std::string const& number) {
+                            appearances_.noteReport(number);
                             dialogsChanged(number);
                             pickups_.check(number);
                         })
-    , calls_(config_, *agent_, registrar_, deferred_, [this](std::string const& number) { dialogsChanged(number); })
+    , appearances_([this](std::string const& number) { return find(number) ? find(number)->appearances : 0; },
+                   [this](std::string const& number) { return telephoneDialogs_.dialogsOf(number); })
+    , calls_(config_, *agent_, registrar_, appearances_, deferred_,
+             [this](std::string const& number) { dialogsChanged(number); })
     , pickups_(loop, calls_, registrar_, telephoneDialogs_, deferred_,
                [this](std::string const& number) { updateFollowing(number); })
 {
@@ -164,15 +175,20 @@ Outcome<> Exchange::play(std::string const& number, std::string_view text)
         return tl::unexpected(steps.error());
     }
     std::lock_guard guard(loop_);
-    bool const begins = steps->front().kind == StepKind::kCall;
-    ExchangeCall* const present = begins ? nullptr : calls_.latestOf(number);
-    if (!begins && !present) {
-        return refuse(RefusalKind::kWrongState, number + " has no call; steps without one begin with call NUMBER");
-    }
-    return checkOrder(*steps, begins ? CallPhase::kNoCall : present->phase()).map([&] {
+    ExchangeCall* const present = callFor(steps->front().kind, number);
+    return checkOrder(*steps, present ? present->phase() : CallPhase::kNoCall).and_then([&] {
         ExchangeCall& call = present ? *present : calls_.add({.number = number, .name = nameOf(number)});
-        call.play(*steps);
+        return call.play(*steps);
     });
+}
+
+// A step that only begins a call does so beside the present one, except for the call from a line that was seized.
+ExchangeCall* Exchange::callFor(StepKind first, std::string const& number) const
+{
+    ExchangeCall* const present = calls_.latestOf(number);
+    bool const isSeized = present && present->phase() == CallPhase::kSeized;
+    bool const begins = first == StepKind::kSeize || (first == StepKind::kCall && !isSeized);
+    return begins ? nullptr : present;
 }
 
 std::vector<std::string> Exchange::numbers() const
@@ -257,11 +273,42 @@ void Exchange::onIncomingCall(std::unique_ptr<sip::Session> session)
     if (closed_) {
         return;
     }
+    auto const& invitation = session->invitation();
+    agent_->log(sip::LogLevel::kInfo,
+                "call from " + invitation.from.uri.format() + " to " + sip::userOf(invitation.requestUri));
+    std::string const from = invitation.from.uri.user;
+    std::string const callId = session->dialogId().callId;
+    if (!admit(*session)) {
+        return;
+    }
+    route(std::move(session));
+    if (!calls_.has(callId)) {
+        appearances_.release(from, callId);
+    }
+}
+
+// A call that takes the place of another keeps that one's appearance.
+bool Exchange::admit(sip::Session& session)
+{
+    std::string const callId = session.dialogId().callId;
+    if (session.invitation().replaces || joinedBy(session.invitation()) || calls_.has(callId)) {
+        return true;
+    }
+    auto const taken = appearances_.take(session.invitation().from.uri.user, callId);
+    if (!taken) {
+        agent_->log(sip::LogLevel::kInfo, taken.error().reason);
+        session.reject(403, "No Free Appearance");
+    }
+    return taken.has_value();
+}
+
+void Exchange::route(std::unique_ptr<sip::Session> session)
+{
     std::string const number = sip::userOf(session->invitation().requestUri);
-    auto const wanted = session->invitation().replaces;
-    agent_->log(sip::LogLevel::kInfo, "call from " + session->invitation().from.uri.format() + " to " + number);
+    auto const joined = joinedBy(session->invitation());
+    auto const wanted = joined ? joined : session->invitation().replaces;
     if (ExchangeCall* const present = wanted ? calls_.find(*wanted) : nullptr) {
-        calls_.replace(std::move(session), *present);
+        takeForCall(std::move(session), *present, joined.has_value());
     } else if (number.starts_with(kDirectedPickup) || number == kGroupPickup) {
         pickUp(std::move(session), number);
     } else if (ExchangeNumber const* const own = find(number); own && !own->forwarding.always.empty()) {
@@ -286,6 +333,17 @@ void Exchange::pickUp(std::unique_ptr<sip::Session> session, std::string const& 
     std::string const group = groupOf(session->invitation().from.uri.user);
     pickups_.pickUp(std::move(session),
                     [this, &group](std::string const& number) { return group.empty() || groupOf(number) == group; });
+}
+
+void Exchange::takeForCall(std::unique_ptr<sip::Session> session, ExchangeCall& present, bool joins)
+{
+    if (calls_.isPrivate(present)) {
+        session->reject(403, "Private");
+    } else if (joins) {
+        calls_.join(std::move(session), present);
+    } else {
+        calls_.replace(std::move(session), present);
+    }
 }
 
 void Exchange::takeCall(std::unique_ptr<sip::Session> session, std::string const& number)

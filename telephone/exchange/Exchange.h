@@ -20,6 +20,7 @@
 #include <string>
 #include <vector>
 
+#include "telephone/exchange/Appearances.h"
 #include "telephone/exchange/DeferredWork.h"
 #include "telephone/exchange/ExchangeCalls.h"
 #include "telephone/exchange/ExchangeConfig.h"
@@ -56,8 +57,9 @@ public:
     void remove(std::string const& number);
     // Defines the steps of a number, which keeps everything else. kBadInput, kNotFound: as readSteps and checkOrder.
     [[nodiscard]] Outcome<> define(std::string const& number, std::string_view steps);
-    // Plays steps at once: those that begin with "call" in a new call, others in the number's latest call, instead of
-    // what is left of its steps. Refused as define; kWrongState: the number has no call.
+    // Plays steps at once: in a new call if they begin with "seize" or "call" or the number has none, else in its
+    // latest call, instead of what is left of that one's steps. Refused as define, and if the first step cannot begin:
+    // kLimit without a free appearance.
     [[nodiscard]] Outcome<> play(std::string const& number, std::string_view steps);
     // One row for each number: "107 ring 2s, answer", or its description in place of the steps.
     std::vector<std::string> numbers() const;
@@ -98,12 +100,19 @@ private:
     void onSubscribe(std::unique_ptr<sip::Notifier> notifier) override;
     void onRequest(std::unique_ptr<sip::IncomingRequest>& request) override;
 
+    // Whether the caller, a telephone on a shared line, has an appearance for the call; else refuses it.
+    bool admit(sip::Session& session);
+    void route(std::unique_ptr<sip::Session> session);
+    // In the place of a present call, or as the third party in it.
+    void takeForCall(std::unique_ptr<sip::Session> session, ExchangeCall& present, bool joins);
     void takeCall(std::unique_ptr<sip::Session> session, std::string const& number);
     void echoInfo(sip::IncomingRequest& request);
     // Null: the exchange does not know it.
     ExchangeNumber const* find(std::string const& number) const;
     // Whether the exchange plays the number itself.
     bool isPlayed(std::string const& number) const;
+    // The present call in which steps with this first one are played; null: a new one.
+    ExchangeCall* callFor(StepKind first, std::string const& number) const;
     std::string nameOf(std::string const& number) const;
     std::string groupOf(std::string const& number) const;
     std::optional<sip::DialogEntry> lampOf(std::string const& number) const;
@@ -124,6 +133,7 @@ private:
     std::map<std::string, std::uint32_t> dialogVersions_;
     MessageBoxes messages_;
     TelephoneDialogs telephoneDialogs_;
+    Appearances appearances_;
     ExchangeCalls calls_;
     Pickups pickups_;
 };

@@ -102,6 +102,15 @@ void ExchangeCall::takeFor(std::unique_ptr<sip::Session> session, ExchangeCall& 
     outgoing.waitsForPartner_ = true;
 }
 
+void ExchangeCall::join(std::unique_ptr<sip::Session> session, ExchangeCall& established)
+{
+    adopt(std::move(session));
+    joins_ = true;
+    appearance_ = established.appearance_;
+    connect(established);
+    answer();
+}
+
 Outcome<> ExchangeCall::dial(Dialling dialling)
 {
     if (!dialling.displayName.empty()) {
@@ -127,10 +136,17 @@ Outcome<> ExchangeCall::dial(Dialling dialling)
     return {};
 }
 
-void ExchangeCall::play(Steps steps)
+Outcome<> ExchangeCall::play(Steps steps)
 {
     stopSound();
-    player_.play(std::move(steps));
+    // The caller may know of the answer before its ACK has arrived here.
+    bool const isAnswering = session_ && session_->state() == sip::SessionState::kAnswering;
+    if (isAnswering) {
+        player_.playAfterwards(std::move(steps));
+    } else {
+        player_.play(std::move(steps));
+    }
+    return refusal_ ? Outcome<>(tl::unexpected(*refusal_)) : Outcome<>();
 }
 
 // --- steps
@@ -166,6 +182,16 @@ ExchangeCall::Pause ExchangeCall::perform(Step const& step)
         break;
     case StepKind::kGarbage:
         sendGarbage();
+        break;
+    case StepKind::kSeize:
+        seize();
+        break;
+    case StepKind::kRelease:
+        end(player_.stop());
+        break;
+    case StepKind::kPrivate:
+    case StepKind::kPublic:
+        setPrivate(step.kind == StepKind::kPrivate);
         break;
     case StepKind::kWait:
         break;
@@ -219,19 +245,59 @@ void ExchangeCall::stopSound()
     }
 }
 
+bool ExchangeCall::takeAppearance()
+{
+    auto const taken = observer_.takeAppearance(*this);
+    if (!taken) {
+        abandon(taken.error());
+        return false;
+    }
+    appearance_ = *taken;
+    return true;
+}
+
+void ExchangeCall::abandon(Refusal refusal)
+{
+    report(tl::unexpected(refusal));
+    refusal_ = std::move(refusal);
+    (void)player_.stop();
+    ended_ = true;
+    if (announced_) {
+        observer_.callChanged(*this);
+    }
+    observer_.callEnded(*this);
+}
+
+void ExchangeCall::seize()
+{
+    seized_ = takeAppearance();
+    if (seized_) {
+        announce();
+    }
+}
+
+void ExchangeCall::setPrivate(bool isPrivate)
+{
+    private_ = isPrivate;
+    announce();
+}
+
 ExchangeCall::Pause ExchangeCall::call(Step const& step)
 {
+    if (!takeAppearance()) {
+        return step.time;
+    }
     std::string const target = step.text == kCaller ? lastParty_ : observer_.uriOf(step.text);
     auto const dialled = target.empty() ? Outcome<>(refuse(RefusalKind::kWrongState, "nobody has called yet"))
                                         : dial({.target = target});
     if (!dialled) {
-        (void)player_.stop();
-        ended_ = true;
-        observer_.callEnded(*this);
-    } else if (step.limit > milliseconds(0)) {
+        abandon(dialled.error());
+        return step.time;
+    }
+    if (step.limit > milliseconds(0)) {
         noReply_.start(step.limit, [this] { giveUp(); });
     }
-    return pendingIf(dialled);
+    return std::nullopt;
 }
 
 void ExchangeCall::fallSilent()
@@ -325,7 +391,9 @@ void ExchangeCall::end(Steps left)
     noReply_.cancel();
     ExchangeCall* partner = partner_;
     disconnect();
-    if (partner) {
+    if (partner && joins_) {
+        partner->session_->audio().setEcho(true);
+    } else if (partner) {
         partner->hangUp({});
     }
     if (!left.empty()) {
@@ -380,7 +448,7 @@ bool ExchangeCall::isRinging() const
 CallPhase ExchangeCall::phase() const
 {
     if (ended_ || !session_) {
-        return CallPhase::kNoCall;
+        return seized_ && !ended_ ? CallPhase::kSeized : CallPhase::kNoCall;
     }
     if (silent_) {
         return CallPhase::kSilent;
@@ -399,24 +467,33 @@ bool ExchangeCall::matches(sip::Replaces const& wanted) const
     return !ended_ && session_ && session_->dialogId().matches(wanted);
 }
 
+sip::DialogState ExchangeCall::dialogState() const
+{
+    if (ended_) {
+        return sip::DialogState::kTerminated;
+    }
+    if (!session_ || session_->state() == sip::SessionState::kCalling) {
+        return sip::DialogState::kTrying;
+    }
+    bool const isAnswered =
+        session_->state() == sip::SessionState::kEstablished || session_->state() == sip::SessionState::kAnswering;
+    return isAnswered ? sip::DialogState::kConfirmed : sip::DialogState::kEarly;
+}
+
 sip::DialogEntry ExchangeCall::dialogEntry() const
 {
-    using sip::DialogState;
     sip::DialogEntry entry;
     entry.id = id_;
-    entry.dialog = session_->dialogId();
-    entry.recipient = !session_->isOutgoing();
-    entry.state = DialogState::kEarly;
-    if (ended_) {
-        entry.state = DialogState::kTerminated;
-    } else if (session_->state() == sip::SessionState::kCalling) {
-        entry.state = DialogState::kTrying;
-    } else if (session_->state() == sip::SessionState::kEstablished ||
-               session_->state() == sip::SessionState::kAnswering) {
-        entry.state = DialogState::kConfirmed;
-    }
+    entry.state = dialogState();
+    entry.appearance = appearance_;
+    entry.exclusive = private_;
     entry.local.identity = accountOf(agent_, number()).addressOfRecord();
     entry.local.displayName = number_.name;
+    if (!session_) {
+        return entry;
+    }
+    entry.dialog = session_->dialogId();
+    entry.recipient = !session_->isOutgoing();
     entry.local.target = session_->localContact();
     entry.local.rendering = session_->localDirection() != sip::Direction::kSendOnly;
     sip::NameAddr const remote = session_->remoteParty();

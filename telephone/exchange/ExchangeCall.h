@@ -38,6 +38,9 @@ public:
     virtual std::string uriOf(std::string const& number) const = 0;
     // The URI at which the far end of a call can be called: of its telephone if one is registered, else its contact.
     virtual std::string contactOf(sip::Session const& session) const = 0;
+    // An appearance of the number's shared line, from 1; 0: it is not shared. kLimit: none is free. It is the call's
+    // until its end.
+    [[nodiscard]] virtual Outcome<int> takeAppearance(ExchangeCall const& call) = 0;
 };
 
 // A call to make.
@@ -65,20 +68,28 @@ public:
     void takeInsteadOf(std::unique_ptr<sip::Session> session, ExchangeCall& replaced);
     // Answers both this call and the ringing one, and connects them.
     void pickUp(std::unique_ptr<sip::Session> session, ExchangeCall& ringing);
+    // Answers and makes a call of three with one that is established (RFC 3911), which outlives this one.
+    void join(std::unique_ptr<sip::Session> session, ExchangeCall& established);
     // Calls out. A call that refuses has ended.
     [[nodiscard]] Outcome<> dial(Dialling dialling);
     // Takes a call, which is answered and connected once the outgoing one is answered.
     void takeFor(std::unique_ptr<sip::Session> session, ExchangeCall& outgoing);
-    // Plays steps instead of those that are left.
-    void play(Steps steps);
+    // Plays steps instead of those that are left. Refused if the first of them ended the call before it began.
+    [[nodiscard]] Outcome<> play(Steps steps);
 
     std::string const& number() const { return number_.number; }
     // With which it called out.
     std::string const& displayName() const { return number_.name; }
     bool isEnded() const { return ended_; }
     bool hasSession() const { return session_ != nullptr; }
+    // Whether watchers see it: it has a session, or has seized its line.
+    bool isVisible() const { return session_ != nullptr || seized_; }
+    bool isPrivate() const { return private_; }
+    bool canBeJoined() const { return phase() == CallPhase::kConnected && !partner_; }
+    std::string const& id() const { return id_; }
     bool isRinging() const;
     bool matches(sip::Replaces const& wanted) const;
+    bool hasCallId(std::string const& callId) const { return session_ && session_->dialogId().callId == callId; }
     CallPhase phase() const;
     sip::DialogEntry dialogEntry() const;
 
@@ -89,6 +100,11 @@ private:
     Pause performUnanswered(Step const& step);
     Pause say(Step const& step);
     Pause call(Step const& step);
+    bool takeAppearance();
+    // The call is over before it began.
+    void abandon(Refusal refusal);
+    void seize();
+    void setPrivate(bool isPrivate);
     void fallSilent();
     void sendGarbage();
     // Nothing, if the operation goes on; a refusal is logged, and ends the step.
@@ -97,6 +113,7 @@ private:
 
     void adopt(std::unique_ptr<sip::Session> session);
     sip::Headers identity() const;
+    sip::DialogState dialogState() const;
     void answer();
     void refuseCall(int status);
     void redirect(std::string const& number, std::string const& diversionReason);
@@ -134,11 +151,16 @@ private:
     std::weak_ptr<ExchangeCall*> replaced_;  // hung up when this one is established
     std::shared_ptr<ExchangeCall*> self_ = std::make_shared<ExchangeCall*>(this);
     std::unique_ptr<sip::Transfer> transfer_;
-    bool announced_ = false;  // watchers know of it
+    std::optional<Refusal> refusal_;  // why it was abandoned
+    bool announced_ = false;          // watchers know of it
     bool early_ = false;
     bool answered_ = false;
     bool silent_ = false;
+    bool seized_ = false;
+    bool private_ = false;
+    int appearance_ = 0;
     bool waitsForPartner_ = false;
+    bool joins_ = false;  // its partner stays when it ends
     bool ended_ = false;
 };
 

@@ -3,14 +3,17 @@
 #include <algorithm>
 
 #include "telephone/exchange/ExchangeAgent.h"
+#include "telephone/exchange/ReasonPhrases.h"
 
 namespace telephone::exchange {
 
 ExchangeCalls::ExchangeCalls(ExchangeConfig const& config, sip::UserAgent& agent, Registrar const& registrar,
-                             DeferredWork& deferred, std::function<void(std::string const& number)> changed)
+                             Appearances& appearances, DeferredWork& deferred,
+                             std::function<void(std::string const& number)> changed)
     : config_(config)
     , agent_(agent)
     , registrar_(registrar)
+    , appearances_(appearances)
     , deferred_(deferred)
     , changed_(std::move(changed))
 {}
@@ -38,9 +41,21 @@ ExchangeCall* ExchangeCalls::findRinging(std::function<bool(std::string const& n
 ExchangeCall* ExchangeCalls::latestOf(std::string const& number) const
 {
     auto const found = std::find_if(calls_.rbegin(), calls_.rend(), [&number](auto const& call) {
-        return call->number() == number && call->hasSession() && !call->isEnded();
+        return call->number() == number && call->isVisible() && !call->isEnded();
     });
     return found == calls_.rend() ? nullptr : found->get();
+}
+
+bool ExchangeCalls::has(std::string const& callId) const
+{
+    return std::ranges::any_of(calls_, [&callId](auto const& call) { return call->hasCallId(callId); });
+}
+
+bool ExchangeCalls::isPrivate(ExchangeCall const& call) const
+{
+    auto const callId = call.dialogEntry().dialog.callId;
+    return std::ranges::any_of(calls_,
+                               [&callId](auto const& each) { return each->isPrivate() && each->hasCallId(callId); });
 }
 
 void ExchangeCalls::replace(std::unique_ptr<sip::Session> session, ExchangeCall& present)
@@ -51,6 +66,15 @@ void ExchangeCalls::replace(std::unique_ptr<sip::Session> session, ExchangeCall&
     } else {
         fresh.takeInsteadOf(std::move(session), present);
     }
+}
+
+void ExchangeCalls::join(std::unique_ptr<sip::Session> session, ExchangeCall& present)
+{
+    if (!present.canBeJoined()) {
+        session->reject(486, reasonPhrase(486));
+        return;
+    }
+    add(present.number()).join(std::move(session), present);
 }
 
 // The contact of the registered telephone if the target is a number here.
@@ -109,7 +133,7 @@ std::vector<sip::DialogEntry> ExchangeCalls::dialogsOf(std::string const& number
 {
     std::vector<sip::DialogEntry> dialogs;
     for (auto const& call : calls_) {
-        if (call->number() == number && call->hasSession()) {
+        if (call->number() == number && call->isVisible()) {
             dialogs.push_back(call->dialogEntry());
         }
     }
@@ -142,8 +166,18 @@ void ExchangeCalls::callChanged(ExchangeCall const& call)
     changed_(call.number());
 }
 
+Outcome<int> ExchangeCalls::takeAppearance(ExchangeCall const& call)
+{
+    return appearances_.take(call.number(), call.id());
+}
+
 void ExchangeCalls::callEnded(ExchangeCall& call)
 {
+    appearances_.release(call.number(), call.id());
+    if (call.hasSession()) {
+        auto const entry = call.dialogEntry();
+        appearances_.release(sip::userOf(entry.remote.identity), entry.dialog.callId);
+    }
     deferred_.add(
         [this, ended = &call] { calls_.remove_if([ended](auto const& known) { return known.get() == ended; }); });
 }
@@ -156,7 +190,8 @@ void ExchangeCalls::transferRequested(ExchangeCall const& call, std::unique_ptr<
 void ExchangeCalls::stepsLeft(ExchangeCall const& call, Steps steps, std::string lastParty)
 {
     deferred_.add([this, number = ExchangeNumber{.number = call.number(), .name = call.displayName()},
-                   steps = std::move(steps), lastParty = std::move(lastParty)] { add(number, lastParty).play(steps); });
+                   steps = std::move(steps),
+                   lastParty = std::move(lastParty)] { (void)add(number, lastParty).play(steps); });
 }
 
 std::string ExchangeCalls::uriOf(std::string const& number) const

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "telephone/exchange/Appearances.h"
 #include "telephone/exchange/DeferredWork.h"
 #include "telephone/exchange/ExchangeCall.h"
 #include "telephone/exchange/Registrar.h"
@@ -19,7 +20,8 @@ class ExchangeCalls final : public ExchangeCallObserver
 public:
     // changed: a call of the number began, rang, was answered or ended.
     ExchangeCalls(ExchangeConfig const& config, sip::UserAgent& agent, Registrar const& registrar,
-                  DeferredWork& deferred, std::function<void(std::string const& number)> changed);
+                  Appearances& appearances, DeferredWork& deferred,
+                  std::function<void(std::string const& number)> changed);
 
     // lastParty: the URI that the number calls as "caller".
     ExchangeCall& add(ExchangeNumber number, std::string lastParty = {});
@@ -31,8 +33,13 @@ public:
     ExchangeCall* findRinging(std::function<bool(std::string const& number)> const& accepts) const;
     // The latest call of a number, if it has one.
     ExchangeCall* latestOf(std::string const& number) const;
+    bool has(std::string const& callId) const;
+    // Whether the other end of a call within the exchange has made it private.
+    bool isPrivate(ExchangeCall const& call) const;
     // Puts a new call in the place of one in the list.
     void replace(std::unique_ptr<sip::Session> session, ExchangeCall& present);
+    // Makes a call of three of a new call and one in the list.
+    void join(std::unique_ptr<sip::Session> session, ExchangeCall& present);
     // Calls from a number; a target that is a number here is called at its telephone.
     [[nodiscard]] Outcome<> callOut(std::string const& from, Dialling dialling);
     // Replaces the ringing call of a telephone by a call of the picker, who is answered once that has succeeded.
@@ -52,12 +59,14 @@ private:
     void stepsLeft(ExchangeCall const& call, Steps steps, std::string lastParty) override;
     std::string uriOf(std::string const& number) const override;
     std::string contactOf(sip::Session const& session) const override;
+    Outcome<int> takeAppearance(ExchangeCall const& call) override;
 
     std::string resolve(std::string const& target) const;
 
     ExchangeConfig const& config_;
     sip::UserAgent& agent_;
     Registrar const& registrar_;
+    Appearances& appearances_;
     DeferredWork& deferred_;
     std::function<void(std::string const& number)> changed_;
     std::list<std::unique_ptr<ExchangeCall>> calls_;

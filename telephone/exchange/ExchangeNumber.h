@@ -38,6 +38,7 @@ struct ExchangeNumber
     NumberForwarding forwarding = {};
     sip::MessageCounts messages = {};  // that wait for it at first
     std::string pickupGroup = {};      // *98 picks up calls of the caller's group; empty: any call
+    int appearances = 0;               // of a line that it shares with telephones; 0: not shared
     NumberLamp lamp = NumberLamp::kFromSteps;
 };
 

@@ -19,6 +19,16 @@ void StepPlayer::play(Steps steps)
     next();
 }
 
+void StepPlayer::playAfterwards(Steps steps)
+{
+    if (!pending_) {
+        play(std::move(steps));
+        return;
+    }
+    pending_ = milliseconds(0);
+    steps_.assign(std::make_move_iterator(steps.begin()), std::make_move_iterator(steps.end()));
+}
+
 void StepPlayer::next()
 {
     while (!steps_.empty()) {

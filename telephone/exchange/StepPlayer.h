@@ -22,6 +22,8 @@ public:
 
     // Instead of any steps that are left.
     void play(Steps steps);
+    // The same once the step that has begun is over, without its time.
+    void playAfterwards(Steps steps);
     // The step that has begun is over. Its time passes, then the next step begins, but never within this function.
     // Ignored unless a step waits for it.
     void resume();

@@ -30,6 +30,7 @@ constexpr unsigned kWaiting = bits(CallPhase::kOffered) | bits(CallPhase::kEarly
 constexpr unsigned kTalking = bits(CallPhase::kConnected);
 constexpr unsigned kOnHold = bits(CallPhase::kHeld);
 constexpr unsigned kAnswered = kTalking | kOnHold;
+constexpr unsigned kSeized = bits(CallPhase::kSeized);
 
 // clang-format off
 constexpr std::array kRows{
@@ -45,10 +46,14 @@ constexpr std::array kRows{
     StepRow{StepKind::kBusy,       "busy",        "",              kWaiting,                                     CallPhase::kNoCall,    "refuses the call with 486 Busy Here"},
     StepRow{StepKind::kRefuse,     "refuse",      "STATUS",        kWaiting,                                     CallPhase::kNoCall,    "refuses the call with a status from 400 to 699"},
     StepRow{StepKind::kHangUp,     "hang-up",     "",              kAnswered | bits(CallPhase::kCalling),        CallPhase::kNoCall,    "ends the call"},
-    StepRow{StepKind::kCall,       "call",        "NUMBER [TIME]", kNoCall,                                      CallPhase::kConnected, "calls NUMBER, or the caller of the last call, and waits for the answer; gives up after TIME"},
-    StepRow{StepKind::kWait,       "wait",        "TIME",          kNoCall | kWaiting | kAnswered,               StepRow::kUnchanged,   "waits"},
+    StepRow{StepKind::kCall,       "call",        "NUMBER [TIME]", kNoCall | kSeized,                            CallPhase::kConnected, "calls NUMBER, or the caller of the last call, and waits for the answer; gives up after TIME"},
+    StepRow{StepKind::kWait,       "wait",        "TIME",          kNoCall | kSeized | kWaiting | kAnswered,     StepRow::kUnchanged,   "waits"},
     StepRow{StepKind::kSilent,     "silent",      "",              kWaiting | kAnswered,                         CallPhase::kSilent,    "no longer responds to anything in the call"},
     StepRow{StepKind::kGarbage,    "garbage",     "",              kWaiting | kAnswered,                         StepRow::kUnchanged,   "sends the far end datagrams that are not SIP, and damaged SIP"},
+    StepRow{StepKind::kSeize,      "seize",       "[TIME]",        kNoCall,                                      CallPhase::kSeized,    "seizes an appearance of the number's shared line; ends the steps if none is free"},
+    StepRow{StepKind::kRelease,    "release",     "",              kSeized,                                      CallPhase::kNoCall,    "gives the seized appearance back"},
+    StepRow{StepKind::kPrivate,    "private",     "",              kSeized | kAnswered,                          StepRow::kUnchanged,   "keeps other telephones on the line from taking the call over or joining it"},
+    StepRow{StepKind::kPublic,     "public",      "",              kSeized | kAnswered,                          StepRow::kUnchanged,   "permits both again"},
 };
 // clang-format on
 
@@ -167,6 +172,10 @@ Outcome<> readArgument(Step& step)
     case StepKind::kWait:
     case StepKind::kSilent:
     case StepKind::kGarbage:
+    case StepKind::kSeize:
+    case StepKind::kRelease:
+    case StepKind::kPrivate:
+    case StepKind::kPublic:
         break;
     }
     return {};
@@ -236,6 +245,8 @@ std::string_view describe(CallPhase phase)
         return "after silent";
     case CallPhase::kCalling:
         return "before the far end answers";
+    case CallPhase::kSeized:
+        return "on a seized line";
     }
     return "";
 }

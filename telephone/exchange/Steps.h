@@ -33,6 +33,10 @@ enum class StepKind
     kWait,
     kSilent,
     kGarbage,
+    kSeize,
+    kRelease,
+    kPrivate,
+    kPublic,
 };
 
 // What a call has come to. A step is possible in some of these phases; the values combine as bits.
@@ -45,6 +49,7 @@ enum class CallPhase : unsigned
     kHeld = 16,      // answered, and held by the number
     kSilent = 32,    // the number no longer responds
     kCalling = 64,   // the number calls, and the far end has not answered
+    kSeized = 128,   // the number has seized its line, and has not dialled
 };
 
 struct StepRow
@@ -65,10 +70,10 @@ StepRow const& rowOf(StepKind kind);
 struct Step
 {
     StepKind kind;
-    std::string text = {};              // FILE, DIGITS or NUMBER
-    int status = 0;                     // of kRefuse
-    std::chrono::milliseconds time{0};   // until the next step begins
-    std::chrono::milliseconds limit{0};  // of kCall: until it gives up; 0: as long as the exchange permits
+    std::string text = {};                      // FILE, DIGITS or NUMBER
+    int status = 0;                             // of kRefuse
+    std::chrono::milliseconds time{0};          // until the next step begins
+    std::chrono::milliseconds limit{0};         // of kCall: until it gives up; 0: as long as the exchange permits
     std::shared_ptr<Samples const> sound = {};  // of kSay
 
     // As it is written: "ring 2s".

@@ -234,7 +234,7 @@ TEST_F(ExchangeSteps, StepsAtOnce_ReplaceTheRestOfThePresentCalls)
 
 TEST_F(ExchangeSteps, StepsAtOnceThatDoNotFit_AreRefused)
 {
-    EXPECT_EQ(refusalOf("hold"), "110 has no call; steps without one begin with call NUMBER");
+    EXPECT_EQ(refusalOf("hold"), "\"hold\" is not possible while there is no call; possible there: call, wait, seize");
     callOf("ring");
     ASSERT_TRUE(phone.waitFor("progress 180")) << phone.events();
 

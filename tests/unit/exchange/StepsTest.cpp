@@ -36,7 +36,7 @@ TEST_P(StepsForms, AreReadOrRefused)
 }
 
 std::string const kAll = "ring, early-media, answer, say, dtmf, hold, retrieve, transfer, redirect, busy, refuse, "
-                         "hang-up, call, wait, silent, garbage";
+                         "hang-up, call, wait, silent, garbage, seize, release, private, public";
 
 INSTANTIATE_TEST_SUITE_P(
     Right, StepsForms,
@@ -80,19 +80,19 @@ INSTANTIATE_TEST_SUITE_P(
         Form{
             "AnswerTwice", "answer, answer",
             "\"answer\" is not possible in an answered call; possible there: say, dtmf, hold, transfer, hang-up, wait, "
-            "silent, garbage"},
+            "silent, garbage, private, public"},
         Form{"HoldTwice", "answer, hold, hold",
              "\"hold\" is not possible in a held call; possible there: retrieve, transfer, hang-up, wait, silent, "
-             "garbage"},
+             "garbage, private, public"},
         Form{"RetrieveWithoutHold", "answer, retrieve",
              "\"retrieve\" is not possible in an answered call; possible there: say, dtmf, hold, transfer, hang-up, "
-             "wait, silent, garbage"},
+             "wait, silent, garbage, private, public"},
         Form{"AfterTheEnd", "busy, answer",
-             "\"answer\" is not possible while there is no call; possible there: call, wait"},
+             "\"answer\" is not possible while there is no call; possible there: call, wait, seize"},
         Form{"AfterSilence", "silent, hang-up", "\"hang-up\" is not possible after silent; possible there: nothing"},
         Form{"CallInACall", "answer, call 100",
              "\"call 100\" is not possible in an answered call; possible there: say, dtmf, hold, transfer, hang-up, "
-             "wait, silent, garbage"}),
+             "wait, silent, garbage, private, public"}),
     nameOf);
 
 TEST(Steps, SoundFileThatIsNotThere_IsRefusedWithItsName)
