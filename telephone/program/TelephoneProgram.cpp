@@ -23,6 +23,7 @@
 #include "telephone/program/StartConfiguration.h"
 #include "telephone/program/TrafficCheck.h"
 #include "telephone/program/WaysIn.h"
+#include "telephone/time/VirtualTime.h"
 
 namespace telephone {
 
@@ -128,6 +129,10 @@ Outcome<int> converse(CommandLine const& line, Configuration const& configuratio
 
 Outcome<int> runTelephone(CommandLine const& line, StopSignal const& stop)
 {
+    std::optional<VirtualTime> virtualTime;
+    if (line.virtualStart) {
+        virtualTime.emplace(VirtualTime::Settings{line.seed, *line.virtualStart, stop.descriptor()});
+    }
     return startConfiguration(line).and_then([&](Configuration const& configuration) {
         return ServiceLibrary::find(line.library).and_then([&](std::string const& library) {
             Telephone telephone(configuration, library);

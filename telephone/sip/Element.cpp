@@ -3,10 +3,10 @@
 #include <chrono>
 #include <mutex>
 #include <stdexcept>
-#include <thread>
 
 #include "telephone/sip/EventLoop.h"
 #include "telephone/sip/Timer.h"
+#include "telephone/time/Waiting.h"
 
 namespace telephone::sip {
 
@@ -103,15 +103,15 @@ void Element::settle()
     if (!stack_ || loop_.isLockedByCaller()) {
         return;
     }
-    auto const deadline = std::chrono::steady_clock::now() + config_.closingTime;
-    while (std::chrono::steady_clock::now() < deadline) {
+    auto const deadline = SteadyClock::now() + config_.closingTime;
+    while (SteadyClock::now() < deadline) {
         {
             std::lock_guard guard(loop_);
             if (mem_nrefs(stack_) <= 1) {
                 return;
             }
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        sleepFor(std::chrono::milliseconds(2));
     }
 }
 
