@@ -5,7 +5,9 @@
 #include <stdexcept>
 
 #include "telephone/sip/EventLoop.h"
+#include "telephone/sip/MemoryNetwork.h"
 #include "telephone/sip/Timer.h"
+#include "telephone/time/VirtualTime.h"
 #include "telephone/time/Waiting.h"
 
 namespace telephone::sip {
@@ -182,6 +184,12 @@ Outcome<Route> Element::routeTo(Account const& account, std::string const& targe
     sa resolved{};
     if (account.proxy.empty() && sa_set_str(&resolved, uri->host.c_str(), SIP_PORT) != 0) {
         return refuse(RefusalKind::kBadInput, "host \"" + uri->host + "\" is not an IP address");
+    }
+    sa_set_port(&resolved, uri->port == 0 ? SIP_PORT : uri->port);
+    if (isVirtual() && account.proxy.empty() && !isInMemory(resolved)) {
+        return refuse(RefusalKind::kUnavailable,
+                      "in virtual time only the telephone and its exchange can be reached, and neither is at " +
+                          addressText(resolved));
     }
     Route route;
     route.target = uri->format();

@@ -54,4 +54,7 @@ private:
 
 MemoryNetwork& memoryNetwork();
 
+// Whether anybody in this process receives at the address: datagrams or connections. In virtual time.
+[[nodiscard]] bool isInMemory(sa const& address);
+
 }  // namespace telephone::sip

@@ -245,6 +245,11 @@ int sendOver(Connection const& connection, mbuf const& buffer)
 
 }  // namespace
 
+bool isInMemory(sa const& address)
+{
+    return findIn(sockets().datagrams, address) != nullptr || findIn(sockets().listeners, address) != nullptr;
+}
+
 }  // namespace telephone::sip
 
 using namespace telephone::sip;
