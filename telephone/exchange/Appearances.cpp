@@ -25,7 +25,7 @@ Appearances::Appearances(std::function<int(std::string const& number)> count,
     , reported_(std::move(reported))
 {}
 
-Outcome<int> Appearances::take(std::string const& number, std::string const& owner)
+Outcome<int> Appearances::take(std::string const& number, std::string const& owner, int wanted)
 {
     int const count = count_(number);
     if (count == 0) {
@@ -39,9 +39,12 @@ Outcome<int> Appearances::take(std::string const& number, std::string const& own
     for (auto const& [other, appearance] : owners) {
         taken.insert(appearance);
     }
-    int const free = firstFree(taken);
+    int const free = wanted == 0 ? firstFree(taken) : wanted;
     if (free > count) {
         return refuse(RefusalKind::kLimit, fmt::format("{} has no free appearance", number));
+    }
+    if (taken.contains(free)) {
+        return refuse(RefusalKind::kLimit, fmt::format("appearance {} of {} is not free", free, number));
     }
     owners[owner] = free;
     return free;

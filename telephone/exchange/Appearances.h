@@ -24,9 +24,9 @@ public:
     Appearances(std::function<int(std::string const& number)> count,
                 std::function<std::vector<sip::DialogEntry>(std::string const& number)> reported);
 
-    // Takes the first free appearance. Returns it, from 1; 0 for a number that is not shared. kLimit: none is free.
-    // owner: of the appearance; the Call-ID of a telephone's call, else any text.
-    [[nodiscard]] Outcome<int> take(std::string const& number, std::string const& owner);
+    // Takes the wanted appearance, or the first free one for 0. Returns it, from 1; 0 for a number that is not shared.
+    // kLimit: it is not free, or none is. owner: of the appearance; the Call-ID of a telephone's call, else any text.
+    [[nodiscard]] Outcome<int> take(std::string const& number, std::string const& owner, int wanted = 0);
     void release(std::string const& number, std::string const& owner);
     // The telephone of the number has reported its calls.
     void noteReport(std::string const& number);

@@ -1,6 +1,7 @@
 #include "telephone/exchange/Exchange.h"
 
 #include <algorithm>
+#include <charconv>
 #include <mutex>
 #include <string_view>
 
@@ -52,6 +53,16 @@ std::optional<sip::Replaces> joinedBy(sip::Invitation const& invitation)
 {
     auto const value = invitation.headers.value("Join");
     return value.empty() ? std::nullopt : sip::Replaces::parse(value);
+}
+
+// The appearance that a telephone wants for its call (RFC 7463); 0: any.
+int appearanceIn(std::string const& alertInfo)
+{
+    auto const alert = sip::NameAddr::parse(alertInfo);
+    auto const text = alert ? alert->parameter("appearance").value_or("") : "";
+    int appearance = 0;
+    std::from_chars(text.data(), text.data() + text.size(), appearance);
+    return std::max(appearance, 0);
 }
 
 bool isBusy(ExchangeNumber const& number)
@@ -294,7 +305,8 @@ bool Exchange::admit(sip::Session& session)
     if (session.invitation().replaces || joinedBy(session.invitation()) || calls_.has(callId)) {
         return true;
     }
-    auto const taken = appearances_.take(session.invitation().from.uri.user, callId);
+    auto const taken =
+        appearances_.take(session.invitation().from.uri.user, callId, appearanceIn(session.invitation().alertInfo));
     if (!taken) {
         agent_->log(sip::LogLevel::kInfo, taken.error().reason);
         session.reject(403, "No Free Appearance");

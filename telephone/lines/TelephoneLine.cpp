@@ -161,7 +161,7 @@ TelephoneLine* TelephoneLine::freePlace()
     }
     TelephoneLine* free = nullptr;
     for (auto* appearance : appearances_) {
-        if (!appearance->calls_.empty()) {
+        if (!appearance->calls_.empty() || appearance->elsewhere_.state != eLineStateIdle) {
             continue;
         }
         if (appearance->seizure_ != eLineStateIdle) {
@@ -226,6 +226,15 @@ void TelephoneLine::setSeizure(ELineState seizure)
 }
 
 void TelephoneLine::setParty(WatchedParty const& party)
+{
+    bool const areNamed = !appearances_.empty() && !party.appearances.empty();
+    for (std::size_t i = 0; i < appearances_.size(); ++i) {
+        appearances_[i]->showElsewhere(i < party.appearances.size() ? party.appearances[i] : WatchedParty());
+    }
+    showElsewhere(areNamed ? WatchedParty() : party);
+}
+
+void TelephoneLine::showElsewhere(WatchedParty const& party)
 {
     change([&] {
         elsewhere_ = calls_.empty() ? ElsewhereCall{elsewhereStateOf(party.status), party.remoteURI, party.dialog,

@@ -105,7 +105,8 @@ public:
     void callChanged(CallSnapshot const& now, bool isNew);
     void setInService(bool inService);
     void setSeizure(ELineState seizure);
-    // The calls of the other telephones of a shared line. A call here hides them: the notices include our own calls.
+    // The calls of the other telephones of a shared line, on its appearances if the notice names them. A call here
+    // hides them: the notices include our own calls.
     void setParty(WatchedParty const& party);
     [[nodiscard]] Outcome<> silence();
     // Until the call no longer alerts.
@@ -113,6 +114,7 @@ public:
 
 private:
     ELineState ownState() const;
+    void showElsewhere(WatchedParty const& party);
     void noteCall(CallSnapshot const& now, bool isNew);
     // Makes a change, then tells of this line and its base.
     void change(std::function<void()> const& makeChange);

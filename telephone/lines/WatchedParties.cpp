@@ -17,6 +17,9 @@ namespace telephone {
 
 namespace {
 
+// A document that names more has them all on the last one.
+constexpr int kMostAppearances = 255;
+
 bool isRinging(sip::DialogEntry const& entry)
 {
     return entry.recipient && entry.state != sip::DialogState::kConfirmed;
@@ -73,16 +76,34 @@ std::optional<PickupTarget> joinOf(sip::DialogEntry const& entry)
     return target;
 }
 
+// The party shows the call that ranks highest.
+void show(sip::DialogEntry const& entry, WatchedParty& party)
+{
+    auto const status = statusOf(entry);
+    if (status > party.status) {
+        party.status = status;
+        party.remoteURI = entry.remote.identity;
+        party.dialog = takeOverOf(entry);
+        party.join = joinOf(entry);
+        party.isPrivate = entry.exclusive;
+    }
+}
+
 }  // namespace
 
 WatchedParty partyOf(std::vector<sip::DialogEntry> const& dialogs)
 {
-    WatchedParty party;
-    party.status = PartyStatus::kIdle;
+    WatchedParty idle;
+    idle.status = PartyStatus::kIdle;
+    WatchedParty party = idle;
     for (auto const& entry : dialogs) {
-        auto const status = statusOf(entry);
-        if (status > party.status) {
-            party = {status, entry.remote.identity, takeOverOf(entry), joinOf(entry), entry.exclusive};
+        show(entry, party);
+        auto const count = static_cast<std::size_t>(std::min(entry.appearance, kMostAppearances));
+        if (count > party.appearances.size()) {
+            party.appearances.resize(count, idle);
+        }
+        if (count > 0) {
+            show(entry, party.appearances[count - 1]);
         }
     }
     return party;

@@ -36,6 +36,20 @@ TEST_F(AppearancesTest, EachOwner_TakesTheFirstFreeOne)
     EXPECT_EQ(appearances_.take("4711", "c"), 1);
 }
 
+TEST_F(AppearancesTest, WantedOne_IsTakenOrRefused)
+{
+    EXPECT_EQ(appearances_.take("4711", "a", 2), 2);
+
+    auto const taken = appearances_.take("4711", "b", 2);
+    auto const missing = appearances_.take("4711", "b", 3);
+
+    ASSERT_FALSE(taken);
+    EXPECT_EQ(taken.error().reason, "appearance 2 of 4711 is not free");
+    ASSERT_FALSE(missing);
+    EXPECT_EQ(missing.error().reason, "4711 has no free appearance");
+    EXPECT_EQ(appearances_.take("4711", "b"), 1);
+}
+
 TEST_F(AppearancesTest, NumberThatIsNotShared_AlwaysHasOne)
 {
     for (char const* const owner : {"a", "b", "c"}) {

@@ -116,6 +116,24 @@ TEST_F(WatchedPartiesTest, PrivateCall_CanNeitherBeTakenOverNorJoined)
     EXPECT_FALSE(party().join);
 }
 
+TEST_F(WatchedPartiesTest, NamedAppearances_HaveAStatusEach)
+{
+    auto const on = [](std::string dialog, char const* appearance) {
+        return dialog.insert(dialog.find("</dialog>"), std::string("<appearance>") + appearance + "</appearance>");
+    };
+
+    dialogs_.take(document(1, "full",
+                           on(dialog("a", "initiator", "confirmed", "no"), "3") +
+                               on(dialog("b", "initiator", "confirmed"), "1")));
+
+    EXPECT_EQ(party().status, PartyStatus::kBusy) << "of all of them";
+    ASSERT_EQ(party().appearances.size(), 3U);
+    EXPECT_EQ(party().appearances[0].status, PartyStatus::kBusy);
+    EXPECT_EQ(party().appearances[1].status, PartyStatus::kIdle);
+    EXPECT_EQ(party().appearances[2].status, PartyStatus::kHolding);
+    EXPECT_EQ(party().appearances[2].dialog->replaces.callId, "call-a");
+}
+
 TEST_F(WatchedPartiesTest, LateOrRepeatedNotices_ChangeNothing)
 {
     dialogs_.take(document(5, "full", dialog("a", "recipient", "confirmed")));
