@@ -57,6 +57,7 @@ ExchangeCall::ExchangeCall(sip::UserAgent& agent, ExchangeCallObserver& observer
 
 ExchangeCall::~ExchangeCall()
 {
+    stopSound();
     disconnect();
 }
 

@@ -100,6 +100,7 @@ private:
     Pause performUnanswered(Step const& step);
     Pause say(Step const& step);
     Pause call(Step const& step);
+    // False: none is free, and the call is abandoned.
     bool takeAppearance();
     // The call is over before it began.
     void abandon(Refusal refusal);

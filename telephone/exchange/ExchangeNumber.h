@@ -36,7 +36,7 @@ struct ExchangeNumber
     std::string description = {};  // for people; empty: the steps
     Steps steps = {};              // of its calls; none: a telephone registers under the number
     NumberForwarding forwarding = {};
-    sip::MessageCounts messages = {};  // that wait for it at first
+    sip::MessageCounts messages = {};  // that wait when the exchange starts
     std::string pickupGroup = {};      // *98 picks up calls of the caller's group; empty: any call
     int appearances = 0;               // of a line that it shares with telephones; 0: not shared
     NumberLamp lamp = NumberLamp::kFromSteps;

@@ -50,6 +50,8 @@ An answered number without `say` echoes what it hears. After the last step a cal
 When that happens earlier, the steps up to the next one that ends a call (`hang-up`, `redirect`, `busy`, `refuse`, `release`)
 are skipped: `answer 5s, hang-up, call caller` calls back in either case.
 
+A command takes `#` at the beginning of a word for a comment; write `dtmf "#1"`.
+
 ## Numbers that are always there
 
 The configuration and the command replace them under the same number.
