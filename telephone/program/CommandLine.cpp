@@ -39,6 +39,7 @@ void addOptions(CLI::App& app, CommandLine& line)
     app.add_option("--log-level", line.logLevel, "0 (nothing) to 6 (every request and SIP message)")
         ->check(CLI::Range(0, 6));
     app.add_option("--log-file", line.logFile, "File of the log; default: standard error");
+    app.add_option("--record", line.record, "Record what crosses to applications in this file (docs/recording.md)");
     app.add_flag("--no-exchange", line.withoutExchange, "Start without the built-in exchange");
     app.add_option_function<std::string>(
            "--check", [&line](std::string const& word) { line.checked = checkedTraffic(word); },
@@ -81,6 +82,25 @@ CLI::App* addWatch(CLI::App& app, CommandLine& line)
     return watch;
 }
 
+void addReplay(CLI::App& app, CommandLine& line)
+{
+    CLI::App* const replay =
+        add(app, line, Action::kReplay, "replay", "Repeats a recording, and says what is different");
+    replay->add_option("FILE", line.recording, "Recording, made with --record or the command record")->required();
+    CLI::Option* const side = replay->add_flag(
+        "--as-telephone", line.asTelephone, "Play the telephone to an application at the socket, without a telephone");
+    replay->add_option("--session", line.sessions, "Recorded session of the application; default: all but the console")
+        ->needs(side);
+    replay
+        ->add_option_function<std::string>(
+            "--report", [&line](std::string const& file) { line.report = file; },
+            "Table of all messages and their differences, in a file; - is standard output")
+        ->expected(0, 1)
+        ->default_str("-")
+        ->trigger_on_parse();
+    replay->add_flag("--json", line.output.json, "The report as JSON");
+}
+
 void addCommands(CLI::App& app, CommandLine& line)
 {
     CLI::App* const console =
@@ -99,6 +119,7 @@ void addCommands(CLI::App& app, CommandLine& line)
     request->add_option("WORDS", line.words, "METHOD Tag=value ...")->required();
     request->add_flag("--lenient", line.lenient, "Send it unchecked, as applications may");
     CLI::App* const watch = addWatch(app, line);
+    addReplay(app, line);
     CLI::App* const store = add(app, line, Action::kStore, "store", "Reads and writes the configuration store");
     store->add_option("WORDS", line.words, "list | get KEY | set KEY VALUE");
     // A value may begin with a minus sign.

@@ -16,6 +16,7 @@ enum class Action
     kConsole,
     kTour,
     kPlay,
+    kReplay,
     kServe,
     kExchange,
     kDo,
@@ -47,11 +48,16 @@ struct CommandLine
     std::optional<int> logLevel;
     bool withoutExchange = false;
     CheckedTraffic checked = CheckedTraffic::kNone;
-    int port = 0;                    // of the exchange without a telephone; 0: the configured one
-    std::string script;              // to play; "-": standard input
-    std::string junit;               // file for the result of a script; empty: none
-    std::vector<std::string> words;  // of a request or a command, or the name to describe
-    bool lenient = false;            // request: the telephone does not check it
+    int port = 0;                       // of the exchange without a telephone; 0: the configured one
+    std::string script;                 // to play; "-": standard input
+    std::string junit;                  // file for the result of a script; empty: none
+    std::string record;                 // file for a recording from the start on; empty: none
+    std::string recording;              // to replay
+    bool asTelephone = false;           // replay: the telephone's side
+    std::vector<std::string> sessions;  // replay: the recorded ones of the application; empty: all but the console
+    std::optional<std::string> report;  // replay: file for the report; "-": standard output
+    std::vector<std::string> words;     // of a request or a command, or the name to describe
+    bool lenient = false;               // request: the telephone does not check it
     OutputChoice output;
     std::string lines;                   // watch: separated by commas; empty: all
     std::string events;                  // watch: names, separated by commas; empty: all

@@ -15,6 +15,7 @@
 #include "telephone/console/ScriptPlayer.h"
 #include "telephone/console/ScriptReport.h"
 #include "telephone/console/Transcript.h"
+#include "telephone/framework/Refusals.h"
 #include "telephone/framework/ServiceLibrary.h"
 #include "telephone/framework/StopSignal.h"
 #include "telephone/program/Output.h"
@@ -76,7 +77,7 @@ bool tour(Conversation& conversation)
 }
 
 // True if everything succeeded.
-Outcome<bool> talk(Conversation& conversation, CommandLine const& line)
+Outcome<bool> talkAsAsked(Conversation& conversation, CommandLine const& line)
 {
     if (line.action == Action::kPlay) {
         return play(conversation, line);
@@ -104,7 +105,7 @@ Outcome<int> serve(CommandLine const& line, Configuration const& configuration, 
 }
 
 Outcome<int> converse(CommandLine const& line, Configuration const& configuration, Telephone& telephone,
-                      StopSignal const& stop)
+                      StopSignal const& stop, Talk const& talk)
 {
     SessionServices const services = telephone.sessions(nullptr);
     Transcript transcript = openTranscript(line, services.telephone.state().domain);
@@ -119,14 +120,27 @@ Outcome<int> converse(CommandLine const& line, Configuration const& configuratio
     if (waysIn->http != nullptr) {
         transcript.note("HTTP: " + waysIn->http->address());
     }
-    return telephone.activate().and_then([&] { return talk(conversation, line); }).map([](bool succeeded) {
+    return telephone.activate().and_then([&] { return talk(conversation); }).map([](bool succeeded) {
         return succeeded ? 0 : 1;
     });
+}
+
+// A telephone is needed more than its recording.
+void record(Telephone& telephone, std::string const& file)
+{
+    if (!file.empty()) {
+        reportIfRefused("replay", telephone.sessions(nullptr).recorder->start(file));
+    }
 }
 
 }  // namespace
 
 Outcome<int> runTelephone(CommandLine const& line, StopSignal const& stop)
+{
+    return runTelephone(line, stop, [&line](Conversation& conversation) { return talkAsAsked(conversation, line); });
+}
+
+Outcome<int> runTelephone(CommandLine const& line, StopSignal const& stop, Talk const& talk)
 {
     return startConfiguration(line).and_then([&](Configuration const& configuration) {
         return ServiceLibrary::find(line.library).and_then([&](std::string const& library) {
@@ -135,9 +149,10 @@ Outcome<int> runTelephone(CommandLine const& line, StopSignal const& stop)
             if (line.checked != CheckedTraffic::kNone) {
                 check.emplace(telephone.sessions(nullptr), line.checked);
             }
+            record(telephone, line.record);
             bool const serves = line.action == Action::kServe;
             return serves ? serve(line, configuration, telephone, stop)
-                          : converse(line, configuration, telephone, stop);
+                          : converse(line, configuration, telephone, stop, talk);
         });
     });
 }

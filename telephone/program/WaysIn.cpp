@@ -20,10 +20,10 @@ Outcome<Server> openSocket(CommandLine const& line, Configuration const& configu
     auto server = path.and_then([&](std::string const& socket) {
         ApplicationServer::Settings const settings{socket, static_cast<std::size_t>(wanted.maximumApplications),
                                                    static_cast<std::size_t>(wanted.queuedMessages)};
-        return ApplicationServer::open(settings, telephone.sessions([&stop] { stop.raise(); }));
+        return ApplicationServer::open(settings, sessionsOf(telephone.sessions([&stop] { stop.raise(); })));
     });
     // A script needs no socket, so another telephone at the default path does not prevent it.
-    bool const plays = line.action == Action::kPlay || line.action == Action::kTour;
+    bool const plays = line.action == Action::kPlay || line.action == Action::kTour || line.action == Action::kReplay;
     bool const isTaken = !server && server.error().kind == RefusalKind::kAlreadyExists;
     if (isTaken && plays && wanted.path.empty()) {
         log(kLogInfo, "telephone", "no application socket: {}", server.error().reason);
