@@ -39,7 +39,7 @@ void addOptions(CLI::App& app, CommandLine& line)
     app.add_option("--log-level", line.logLevel, "0 (nothing) to 6 (every request and SIP message)")
         ->check(CLI::Range(0, 6));
     app.add_option("--log-file", line.logFile, "File of the log; default: standard error");
-    app.add_option("--record", line.record, "Record what crosses to applications in this file (docs/recording.md)");
+    app.add_option("--record", line.record, "Record what crosses to applications in this file (docs/replay.md)");
     app.add_flag("--no-exchange", line.withoutExchange, "Start without the built-in exchange");
     app.add_option_function<std::string>(
            "--check", [&line](std::string const& word) { line.checked = checkedTraffic(word); },

@@ -1,7 +1,6 @@
 #include "telephone/replay/PlayedSession.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 #include <spdlog/fmt/fmt.h>
@@ -20,12 +19,7 @@ namespace telephone {
 namespace {
 
 constexpr char const* kNotRecorded = "the recording has no such request that is still to come";
-constexpr std::array kSubscriptions{"Subscribe", "Unsubscribe"};
-
-bool isSubscription(std::string_view method)
-{
-    return std::find(kSubscriptions.begin(), kSubscriptions.end(), method) != kSubscriptions.end();
-}
+constexpr char const* kSubscribe = "Subscribe";
 
 std::string afterJson(std::string const& start, std::uint64_t after)
 {
@@ -74,8 +68,14 @@ bool isAboutSession(RecordedInput const& input)
     std::string const name = inputName(input);
     auto const& own = PlayedSession::own();
     return input.kind == InputKind::kRequest
-               ? isSubscription(name)
+               ? name == kSubscribe
                : std::any_of(own.begin(), own.end(), [&name](auto const& each) { return each.name == name; });
+}
+
+bool isSubscription(RecordedInput const& input)
+{
+    std::string const name = inputName(input);
+    return name == kSubscribe || name == "events";
 }
 
 PlayedSession::PlayedSession(std::string name, PlayedTelephone& telephone, std::function<void()> wake)
@@ -112,8 +112,8 @@ void PlayedSession::handleRequest(std::string const& text, MessageSink const& si
     if (auto const checked = strict_ ? checkRequest(text) : Outcome<>(); !checked) {
         return sink({MessageKind::kError, checked.error().reason});
     }
-    if (std::string const method = requestParts(text).method; isSubscription(method)) {
-        return subscribe(method == kSubscriptions.front(), sink);
+    if (requestParts(text).method == kSubscribe) {
+        return subscribe(sink);
     }
     auto const recorded = telephone_.answer(text);
     if (recorded) {
@@ -159,13 +159,15 @@ void PlayedSession::reply(std::vector<RecordedReply> const& replies, MessageSink
     }
 }
 
-void PlayedSession::subscribe(bool on, MessageSink const& sink)
+void PlayedSession::subscribe(MessageSink const& sink)
 {
-    isSubscribed_ = on;
-    selection_ = on ? std::optional(EventSelection{telephone_.latest(), {}, {}}) : std::nullopt;
+    isSubscribed_ = true;
+    selection_ = EventSelection{telephone_.latest(), {}, {}};
+    telephone_.begin();
     reply({{MessageKind::kAnswer, "sfiSuccess"}}, sink);
 }
 
+// The recording begins to run only when it is known which events the application has not seen.
 PlayedSession::Answer PlayedSession::follow(Given& given)
 {
     auto names = eventMethods(commaSeparated(given[2].value_or("")));
@@ -181,6 +183,7 @@ PlayedSession::Answer PlayedSession::follow(Given& given)
     isGap_ = given[1] && *given[1] != start;
     isSubscribed_ = false;
     selection_ = EventSelection{after, *std::move(names), commaSeparated(given[3].value_or(""))};
+    telephone_.begin();
     return afterJson(start, isGap_ ? 0 : after);
 }
 

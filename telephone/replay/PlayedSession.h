@@ -17,6 +17,8 @@ namespace telephone {
 
 // Whether a command or a request concerns the session alone, so that a recording need not have it.
 [[nodiscard]] bool isAboutSession(RecordedInput const& input);
+// Whether events come after it.
+[[nodiscard]] bool isSubscription(RecordedInput const& input);
 
 class PlayedSession : public ClientSession
 {
@@ -45,7 +47,7 @@ private:
 
     void handleRequest(std::string const& text, MessageSink const& sink);
     void handleCommand(Words const& words, MessageSink const& sink);
-    void subscribe(bool on, MessageSink const& sink);
+    void subscribe(MessageSink const& sink);
     void reply(std::vector<RecordedReply> const& replies, MessageSink const& sink) const;
     [[nodiscard]] Answer follow(Given& given);
     [[nodiscard]] Answer hello() const;

@@ -82,6 +82,7 @@ PlayedTelephone::PlayedTelephone(Recording const& recording, std::vector<std::st
     , ended_(std::move(ended))
     , ids_(recording.domain, recording.domain)
     , passed_(recording.entries.size(), false)
+    , since_(recording.begin)
 {
     auto const own = sessionsOfApplication(recording, sessions);
     for (std::size_t i = 0; i < recording.entries.size(); ++i) {
@@ -96,6 +97,16 @@ PlayedTelephone::PlayedTelephone(Recording const& recording, std::vector<std::st
             expected_.push_back({i, input, isRequest ? requestParts(input->text) : MessageParts()});
         }
         passed_[i] = !isWaitedFor;
+        bool const subscribes = own.count(input->session) > 0 && isSubscription(*input);
+        if (subscribes && first_ == 0 && expected_.empty()) {
+            first_ = i;
+            since_ = recording.entries[i].time;
+        }
+    }
+    for (std::size_t i = 0; i < first_; ++i) {
+        if (std::holds_alternative<RecordedEvent>(recording.entries[i].what)) {
+            send(i);
+        }
     }
 }
 
@@ -111,11 +122,21 @@ PlayedTelephone::SessionId PlayedTelephone::opened(std::function<void()> wake)
     std::lock_guard const lock(mutex_);
     timers_.cancel(leaving_);
     wakes_.emplace(++lastSession_, std::move(wake));
-    if (lastSession_ == 1) {
-        schedule(0, recording_.begin);
+    return lastSession_;
+}
+
+void PlayedTelephone::begin()
+{
+    std::lock_guard const lock(mutex_);
+    beginOnce();
+}
+
+void PlayedTelephone::beginOnce()
+{
+    if (!std::exchange(hasBegun_, true)) {
+        schedule(first_, since_);
         checkEnd();
     }
-    return lastSession_;
 }
 
 void PlayedTelephone::closed(SessionId id)
@@ -165,6 +186,7 @@ std::optional<std::vector<RecordedReply>> PlayedTelephone::answer(Words const& c
 
 std::vector<RecordedReply> PlayedTelephone::done(Expected& expected)
 {
+    beginOnce();
     expected.isDone = true;
     passed_[expected.entry] = true;
     schedule(expected.entry + 1, recording_.entries[expected.entry].time);
@@ -208,16 +230,20 @@ void PlayedTelephone::eventIsDue(std::size_t entry)
 void PlayedTelephone::sendDue()
 {
     for (; !due_.empty() && due_.front().isTime; due_.pop_front()) {
-        std::size_t const index = due_.front().entry;
-        RecordedEntry const& entry = recording_.entries[index];
-        auto const& event = std::get<RecordedEvent>(entry.what);
-        std::uint64_t const last = sent_.empty() ? 0 : sent_.back().number;
-        sent_.push_back({std::max(last + 1, event.number), entry.time, textOf(ids_.presented(eventParts(event.text)))});
-        passed_[index] = true;
+        send(due_.front().entry);
     }
     for (auto const& [id, wake] : wakes_) {
         wake();
     }
+}
+
+void PlayedTelephone::send(std::size_t index)
+{
+    RecordedEntry const& entry = recording_.entries[index];
+    auto const& event = std::get<RecordedEvent>(entry.what);
+    std::uint64_t const last = sent_.empty() ? 0 : sent_.back().number;
+    sent_.push_back({std::max(last + 1, event.number), entry.time, textOf(ids_.presented(eventParts(event.text)))});
+    passed_[index] = true;
 }
 
 void PlayedTelephone::checkEnd()

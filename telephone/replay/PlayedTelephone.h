@@ -2,6 +2,9 @@
 // request and command of the application as recorded, and sends the recorded events at their intervals after the
 // request that preceded them. The ids that the application chooses for its calls stand for the recorded ones.
 //
+// The recording begins to run when the application subscribes to events, or sends its first request. What was before
+// the recorded subscription has happened by then.
+//
 // Sessions call it on the server's thread, timers on theirs.
 #pragma once
 
@@ -61,6 +64,8 @@ public:
     [[nodiscard]] std::optional<std::vector<RecordedReply>> answer(Words const& command);
     // The events after a number, at most `most`.
     [[nodiscard]] std::vector<Event> after(std::uint64_t number, std::size_t most) const;
+    // An application wants events from now on.
+    void begin();
     // The number of the latest event.
     [[nodiscard]] std::uint64_t latest() const;
     [[nodiscard]] Recording const& recording() const { return recording_; }
@@ -85,11 +90,13 @@ private:
     };
 
     // --- with the lock held
+    void beginOnce();
     [[nodiscard]] std::vector<RecordedReply> done(Expected& expected);
     void noteExtra(RecordedInput const& input);
     // Starts the timers of the events behind an entry, up to the next input.
     void schedule(std::size_t first, std::chrono::system_clock::time_point since);
     void sendDue();
+    void send(std::size_t entry);
     void checkEnd();
     // The first entry that the application or a timer has not reached.
     [[nodiscard]] std::size_t frontier() const;
@@ -111,7 +118,10 @@ private:
     std::vector<ReplayDifference> extra_;
     std::map<SessionId, std::function<void()>> wakes_;
     SessionId lastSession_ = 0;
-    int leaving_ = 0;  // timer that runs while no application is connected
+    bool hasBegun_ = false;
+    std::size_t first_ = 0;                        // entry with which the recording begins to run
+    std::chrono::system_clock::time_point since_;  // its time
+    int leaving_ = 0;                              // timer that runs while no application is connected
 };
 
 }  // namespace telephone

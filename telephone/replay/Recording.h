@@ -1,4 +1,4 @@
-// A recording of what crossed between a telephone and its applications, as docs/recording.md describes the file: each
+// A recording of what crossed between a telephone and its applications, as docs/replay.md describes the file: each
 // request and command with its replies, and each event. Plain values.
 #pragma once
 
