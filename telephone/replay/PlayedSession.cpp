@@ -115,11 +115,9 @@ void PlayedSession::handleRequest(std::string const& text, MessageSink const& si
     if (requestParts(text).method == kSubscribe) {
         return subscribe(sink);
     }
-    auto const recorded = telephone_.answer(text);
-    if (recorded) {
-        return reply(*recorded, sink);
-    }
-    reply({{MessageKind::kAnswer, "sfiFailure"}, {MessageKind::kReason, kNotRecorded}}, sink);
+    std::vector<RecordedReply> const otherwise{{MessageKind::kAnswer, "sfiFailure"},
+                                               {MessageKind::kReason, kNotRecorded}};
+    replyToRequest(telephone_.answer(text).value_or(otherwise), sink);
 }
 
 void PlayedSession::handleCommand(Words const& words, MessageSink const& sink)
@@ -146,15 +144,19 @@ void PlayedSession::handleCommand(Words const& words, MessageSink const& sink)
 
 void PlayedSession::reply(std::vector<RecordedReply> const& replies, MessageSink const& sink) const
 {
-    bool isRequest = replies.empty();
     for (RecordedReply const& each : replies) {
-        bool const isEnd = each.kind == MessageKind::kFinished;
-        isRequest = isRequest || isEnd || each.kind == MessageKind::kAnswer;
-        if (!isEnd && (each.kind != MessageKind::kReason || reasons_)) {
+        if (each.kind != MessageKind::kFinished && (each.kind != MessageKind::kReason || reasons_)) {
             sink({each.kind, each.text});
         }
     }
-    if (isRequest) {
+}
+
+void PlayedSession::replyToRequest(std::vector<RecordedReply> const& replies, MessageSink const& sink) const
+{
+    reply(replies, sink);
+    bool const isRefused = std::any_of(replies.begin(), replies.end(),
+                                       [](RecordedReply const& each) { return each.kind == MessageKind::kError; });
+    if (!isRefused) {
         sink({MessageKind::kFinished, {}});
     }
 }
@@ -164,7 +166,7 @@ void PlayedSession::subscribe(MessageSink const& sink)
     isSubscribed_ = true;
     selection_ = EventSelection{telephone_.latest(), {}, {}};
     telephone_.begin();
-    reply({{MessageKind::kAnswer, "sfiSuccess"}}, sink);
+    replyToRequest({{MessageKind::kAnswer, "sfiSuccess"}}, sink);
 }
 
 // The recording begins to run only when it is known which events the application has not seen.

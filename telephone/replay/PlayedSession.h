@@ -49,6 +49,8 @@ private:
     void handleCommand(Words const& words, MessageSink const& sink);
     void subscribe(MessageSink const& sink);
     void reply(std::vector<RecordedReply> const& replies, MessageSink const& sink) const;
+    // With the end of the request.
+    void replyToRequest(std::vector<RecordedReply> const& replies, MessageSink const& sink) const;
     [[nodiscard]] Answer follow(Given& given);
     [[nodiscard]] Answer hello() const;
 

@@ -54,6 +54,11 @@ std::string inWords(ReplayDifference const& difference)
     return text;
 }
 
+std::string counted(int number, char const* what)
+{
+    return fmt::format("{} {}{}", number, what, number == 1 ? "" : "s");
+}
+
 Json jsonOfPart(PartDifference const& part)
 {
     return {{"element", part.tag}, {"recorded", part.recorded}, {"present", part.present}};
@@ -89,11 +94,9 @@ TableRows ReplayReport::rows() const
     }
     int const recorded = std::accumulate(counts_.begin(), counts_.end(), 0,
                                          [](int sum, auto const& each) { return sum + each.second.recorded; });
-    std::size_t const found = differences_.size();
-    rows.push_back(fmt::format("{}: {} messages, {}", recording_, recorded,
-                               found == 0   ? std::string("no difference")
-                               : found == 1 ? std::string("1 difference")
-                                            : fmt::format("{} differences", found)));
+    int const found = static_cast<int>(differences_.size());
+    rows.push_back(fmt::format("{}: {}, {}", recording_, counted(recorded, "message"),
+                               found == 0 ? "no difference" : counted(found, "difference")));
     return rows;
 }
 
