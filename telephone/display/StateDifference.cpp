@@ -51,6 +51,20 @@ std::string wordOf(StateObject const& value)
     return value.is_null() ? "none" : value.dump();
 }
 
+// "100, 103" of a list; what is not empty of an object.
+std::string wordsOf(StateObject const& value)
+{
+    if (!value.is_structured()) {
+        return wordOf(value);
+    }
+    std::string words;
+    for (StateObject const& each : value) {
+        std::string const word = each.is_null() ? "" : wordsOf(each);
+        words += (words.empty() || word.empty() ? "" : value.is_array() ? ", " : " ") + word;
+    }
+    return words.empty() ? "none" : words;
+}
+
 std::string nameOf(StateObject const& entry, NamedList const& list)
 {
     StateObject const first = entry.value(list.names[0], StateObject());
@@ -77,7 +91,7 @@ StateObject comparable(StateObject const& value)
                 made[nameOf(each, *list)] = comparable(each);
             }
         } else {
-            made = member.is_array() ? StateObject(member.empty() ? "none" : member.dump()) : comparable(member);
+            made = member.is_array() ? StateObject(wordsOf(member)) : comparable(member);
         }
     }
     return result;
@@ -97,12 +111,11 @@ std::string placeOf(StateObject::json_pointer path)
         tokens.insert(tokens.begin(), path.back());
     }
     std::string place;
-    bool isEntry = false;
     for (std::size_t i = 0; i < tokens.size(); ++i) {
-        NamedList const* const list = i + 1 < tokens.size() ? namedList(tokens[i]) : nullptr;
-        place += place.empty() ? "" : isEntry && list == nullptr ? ": " : ", ";
-        isEntry = list != nullptr;
-        place += isEntry ? std::string(list->entry) + " " + safeText(tokens[++i]) : spaced(tokens[i]);
+        bool const isLast = i + 1 == tokens.size();
+        NamedList const* const list = isLast ? nullptr : namedList(tokens[i]);
+        place += place.empty() ? "" : isLast ? ": " : ", ";
+        place += list == nullptr ? spaced(tokens[i]) : std::string(list->entry) + " " + safeText(tokens[++i]);
     }
     return place;
 }
