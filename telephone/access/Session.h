@@ -21,6 +21,7 @@
 #include "telephone/access/TrafficRecorder.h"
 #include "telephone/access/Words.h"
 #include "telephone/framework/RequestRunner.h"
+#include "telephone/time/SteadyClock.h"
 
 namespace telephone {
 
@@ -79,6 +80,8 @@ public:
     [[nodiscard]] Outcome<std::string> hello(std::optional<std::string> const& name);
     void follow(EventSelection selection);
     void unfollow();
+    // Moves virtual time; the result of the command follows every event until then. Refused in real time.
+    [[nodiscard]] Outcome<> advance(SteadyClock::duration duration);
 
 private:
     using Work = std::function<void(MessageSink const& sink)>;
@@ -101,6 +104,7 @@ private:
     Options options_;
     std::shared_ptr<Channel> const channel_;
     bool usesHistory_ = false;
+    bool sendsEventsFirst_ = false;  // before the result of the command under way
     std::optional<EventSubscription> subscription_;
     EventHistory::ListenerId listener_ = 0;
     std::atomic<bool> woken_{false};  // and has not taken events since

@@ -5,6 +5,8 @@
 #include <CLI/CLI.hpp>
 
 #include "telephone/base/Version.h"
+#include "telephone/protocol/TimeText.h"
+#include "telephone/time/VirtualTime.h"
 
 namespace telephone {
 
@@ -30,6 +32,33 @@ CheckedTraffic checkedTraffic(std::string const& word)
     return word == "events" ? CheckedTraffic::kEvents : CheckedTraffic::kNone;
 }
 
+constexpr std::string_view kVirtual = "virtual";
+constexpr std::string_view kVirtualFrom = "virtual=";
+
+// "2025-03-30T00:59:00Z" or with milliseconds.
+std::optional<std::chrono::system_clock::time_point> beginningOf(std::string word)
+{
+    if (!word.starts_with(kVirtualFrom)) {
+        return std::nullopt;
+    }
+    word.erase(0, kVirtualFrom.size());
+    if (word.ends_with('Z') && word.find('.') == std::string::npos) {
+        word.insert(word.size() - 1, ".000");
+    }
+    return readTime(word);
+}
+
+std::string isTimeOption(std::string const& word)
+{
+    bool const isRight = word == "real" || word == kVirtual || beginningOf(word);
+    return isRight ? "" : "write real, virtual or virtual=2025-03-30T00:59:00Z";
+}
+
+void readTimeOption(std::string const& word, CommandLine& line)
+{
+    line.virtualStart = word == kVirtual ? VirtualTime::Settings().start : beginningOf(word);
+}
+
 void addOptions(CLI::App& app, CommandLine& line)
 {
     app.add_option("-c,--config", line.configuration, "Configuration file (docs/configuration.md)")
@@ -40,6 +69,13 @@ void addOptions(CLI::App& app, CommandLine& line)
         ->check(CLI::Range(0, 6));
     app.add_option("--log-file", line.logFile, "File of the log; default: standard error");
     app.add_option("--record", line.record, "Record what crosses to applications in this file (docs/replay.md)");
+    CLI::Option* const time = app.add_option_function<std::string>(
+                                     "--time", [&line](std::string const& word) { readTimeOption(word, line); },
+                                     "real, virtual, or virtual=2025-03-30T00:59:00Z (its beginning)")
+                                  ->check(isTimeOption, "");
+    app.add_option("--seed", line.seed,
+                   "Of virtual time: draws who runs first and how long a datagram takes; 0: neither")
+        ->needs(time);
     app.add_flag("--no-exchange", line.withoutExchange, "Start without the built-in exchange");
     app.add_option_function<std::string>(
            "--check", [&line](std::string const& word) { line.checked = checkedTraffic(word); },

@@ -1,6 +1,7 @@
 // The telephone's command line.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -47,6 +48,8 @@ struct CommandLine
     std::string logFile;
     std::optional<int> logLevel;
     bool withoutExchange = false;
+    std::optional<std::chrono::system_clock::time_point> virtualStart;  // nothing: in real time
+    std::uint64_t seed = 0;                                             // of virtual time
     CheckedTraffic checked = CheckedTraffic::kNone;
     int port = 0;                       // of the exchange without a telephone; 0: the configured one
     std::string script;                 // to play; "-": standard input

@@ -33,7 +33,7 @@ Transcript openTranscript(CommandLine const& line, std::string ownDomain)
     options.ownDomain = std::move(ownDomain);
     options.addresses = line.output.addresses;
     options.date = line.output.date;
-    options.utc = line.output.utc;
+    options.utc = line.output.utc || line.virtualStart;
     fitToTerminal(options, line.output.colour);
     bool const isQuiet = line.action == Action::kReplay;
     return Transcript([isQuiet](std::string const& text) { isQuiet ? void() : printLine(stdout, text); },

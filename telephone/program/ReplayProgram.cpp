@@ -64,6 +64,9 @@ Outcome<bool> playApplication(Conversation& conversation, Recording const& recor
 
 Outcome<int> playTelephone(CommandLine const& line, StopSignal const& stop, Recording const& recording)
 {
+    if (line.virtualStart) {
+        return refuse(RefusalKind::kNotSupported, "an application runs in real time: leave --time out");
+    }
     if (auto const checked = PlayedTelephone::checkSessions(recording, line.sessions); !checked) {
         return tl::unexpected(checked.error());
     }

@@ -5,14 +5,29 @@
 #include "telephone/access/TelephoneControls.h"
 #include "telephone/replay/RecordingLines.h"
 #include "telephone/replay/RecordingWriter.h"
+#include "telephone/time/SteadyClock.h"
 
 namespace telephone {
 
 namespace {
 
-RecordingTime present()
+// Events that come during a command are written as all others are.
+bool isReply(MessageKind kind)
 {
-    return std::chrono::system_clock::now();
+    switch (kind) {
+    case MessageKind::kAnswer:
+    case MessageKind::kReason:
+    case MessageKind::kFinished:
+    case MessageKind::kResult:
+    case MessageKind::kError:
+        return true;
+    case MessageKind::kRequest:
+    case MessageKind::kEvent:
+    case MessageKind::kGap:
+    case MessageKind::kState:
+        break;
+    }
+    return false;
 }
 
 }  // namespace
@@ -62,7 +77,7 @@ Outcome<> TrafficRecording::stop()
         ended = std::exchange(writer_, nullptr);
     }
     ended->writeEvents(history_.latest());
-    ended->write([time = present()] { return recordingEnd(time); });
+    ended->write([time = wallTime()] { return recordingEnd(time); });
     auto const failure = ended->finish();
     return failure ? Outcome<>(tl::unexpected(*failure)) : Outcome<>();
 }
@@ -83,7 +98,7 @@ void TrafficRecording::eventsCame()
 void TrafficRecording::input(SessionInput const& input)
 {
     if (auto const to = writer()) {
-        to->write([time = present(), session = std::string(input.session), text = std::string(input.text),
+        to->write([time = wallTime(), session = std::string(input.session), text = std::string(input.text),
                    kind = input.kind, strict = input.strict, reasons = input.reasons] {
             return recordingLine(time, SessionInput{session, kind, text, strict, reasons});
         });
@@ -92,12 +107,12 @@ void TrafficRecording::input(SessionInput const& input)
 
 void TrafficRecording::reply(std::string_view session, Message const& message)
 {
-    if (message.kind == MessageKind::kRequest) {
+    if (!isReply(message.kind)) {
         return;
     }
     if (auto const to = writer()) {
         to->write(
-            [time = present(), session = std::string(session), kind = message.kind, text = std::string(message.text)] {
+            [time = wallTime(), session = std::string(session), kind = message.kind, text = std::string(message.text)] {
                 return recordingLine(time, session, Message{kind, text});
             });
     }
