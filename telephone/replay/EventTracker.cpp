@@ -101,30 +101,43 @@ void EventTracker::compare(Group const& group, ReplayReport& report, DisplayOpti
     auto const likeness = [&](std::size_t recorded, std::size_t present) {
         MessageParts const& was = group.expected[recorded]->parts;
         MessageParts const& is = group.came[present]->parts;
-        return was.method != is.method             ? Likeness::kUnlike
-               : ids_.differences(was, is).empty() ? Likeness::kEqual
-                                                   : Likeness::kSimilar;
+        if (was.method != is.method) {
+            return Likeness::kUnlike;
+        }
+        return ids_.differences(was, is).empty() ? Likeness::kEqual : Likeness::kSimilar;
     };
-    std::vector<Expected const*> missing;
-    std::vector<std::pair<Came const*, int>> extra;  // with the line before it
+    Unpaired unpaired;
     int line = group.expected.empty() ? 0 : group.expected.front()->line;
     for (SequencePair const& each : pairSequences(group.expected.size(), group.came.size(), likeness)) {
         Expected const* const was = each.recorded ? group.expected[*each.recorded] : nullptr;
         Came const* const is = each.present ? group.came[*each.present] : nullptr;
         line = was == nullptr ? line : was->line;
         if (was == nullptr) {
-            extra.emplace_back(is, line);
+            unpaired.extra.emplace_back(is, line);
         } else if (is == nullptr) {
-            missing.push_back(was);
-        } else if (auto parts = ids_.differences(was->parts, is->parts); parts.empty()) {
-            report.addEqual(nameOf(was->parts));
+            unpaired.missing.push_back(was);
         } else {
-            report.add({DifferenceKind::kDifferent, line, nameOf(was->parts), eventInWords(is->text, options),
-                        std::move(parts)});
+            addPair(*was, *is, report, options);
         }
     }
-    // One that is missing at one place and extra at another has changed its place.
-    for (Expected const* const was : missing) {
+    addUnpaired(std::move(unpaired), report, options);
+}
+
+void EventTracker::addPair(Expected const& was, Came const& is, ReplayReport& report,
+                           DisplayOptions const& options) const
+{
+    auto parts = ids_.differences(was.parts, is.parts);
+    if (parts.empty()) {
+        return report.addEqual(nameOf(was.parts));
+    }
+    report.add(
+        {DifferenceKind::kDifferent, was.line, nameOf(was.parts), eventInWords(is.text, options), std::move(parts)});
+}
+
+void EventTracker::addUnpaired(Unpaired unpaired, ReplayReport& report, DisplayOptions const& options) const
+{
+    auto& extra = unpaired.extra;
+    for (Expected const* const was : unpaired.missing) {
         auto const moved = std::find_if(extra.begin(), extra.end(), [&](auto const& each) {
             return ids_.differences(was->parts, each.first->parts).empty();
         });
@@ -135,8 +148,8 @@ void EventTracker::compare(Group const& group, ReplayReport& report, DisplayOpti
         report.add({isMoved ? DifferenceKind::kOutOfOrder : DifferenceKind::kMissing, was->line, nameOf(was->parts),
                     eventInWords(textOf(ids_.presented(was->parts)), options)});
     }
-    for (auto const& [is, before] : extra) {
-        report.add({DifferenceKind::kExtra, before, nameOf(is->parts), eventInWords(is->text, options)});
+    for (auto const& [is, line] : extra) {
+        report.add({DifferenceKind::kExtra, line, nameOf(is->parts), eventInWords(is->text, options)});
     }
 }
 

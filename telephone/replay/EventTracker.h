@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "telephone/display/DisplayOptions.h"
@@ -51,10 +52,20 @@ private:
         std::vector<Came const*> came;
     };
 
+    // The events of a group that are not pairs.
+    struct Unpaired
+    {
+        std::vector<Expected const*> missing;
+        std::vector<std::pair<Came const*, int>> extra;  // with the line of the recording before it
+    };
+
     // The recorded event that this one is, or the one whose call begins with it; null: none.
     Expected* find(MessageParts const& present);
     [[nodiscard]] std::map<std::string, Group> groups() const;
     void compare(Group const& group, ReplayReport& report, DisplayOptions const& options) const;
+    void addPair(Expected const& was, Came const& is, ReplayReport& report, DisplayOptions const& options) const;
+    // An event that is missing at one place and extra at another has changed its place.
+    void addUnpaired(Unpaired unpaired, ReplayReport& report, DisplayOptions const& options) const;
 
     IdMap& ids_;
     std::vector<Expected> expected_;

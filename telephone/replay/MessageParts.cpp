@@ -74,7 +74,7 @@ MessageParts requestParts(std::string_view text)
 {
     std::string_view rest = text;
     auto const method = takeElement(rest);
-    if (!method || method->name != "Method") {
+    if (!method || method->name != "Method" || method->value.empty()) {
         return unreadable(text);
     }
     RequestDescription const* const request = findRequestDescription(method->value);

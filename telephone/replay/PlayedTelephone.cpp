@@ -23,12 +23,13 @@ constexpr char const* kConsoleSession = "console";
 constexpr std::chrono::milliseconds kAfterwards = 1s;  // for what the application sends beyond the recording
 constexpr std::chrono::milliseconds kAbsence = 2s;     // an application that is away longer has gone
 
-// Commands that ask: an application may give them as often as it likes.
 constexpr std::array kQueries{"calls", "keys", "lamps", "lines", "state", "store get", "store list"};
 
-bool isQuery(RecordedInput const& input)
+// Commands that ask, or do nothing to the telephone: an application may give them as often as it likes.
+bool mayRepeat(RecordedInput const& command)
 {
-    return std::find(kQueries.begin(), kQueries.end(), inputName(input)) != kQueries.end();
+    return !isReplayed(command.text) ||
+           std::find(kQueries.begin(), kQueries.end(), inputName(command)) != kQueries.end();
 }
 
 std::set<std::string> sessionsIn(Recording const& recording)
@@ -87,26 +88,27 @@ PlayedTelephone::PlayedTelephone(Recording const& recording, std::vector<std::st
     auto const own = sessionsOfApplication(recording, sessions);
     for (std::size_t i = 0; i < recording.entries.size(); ++i) {
         auto const* const input = std::get_if<RecordedInput>(&recording.entries[i].what);
-        if (input == nullptr) {
-            continue;
-        }
-        bool const isWaitedFor = own.count(input->session) > 0 && !isAboutSession(*input) && !isQuery(*input) &&
-                                 (input->kind == InputKind::kRequest || isReplayed(input->text));
-        if (isWaitedFor) {
-            bool const isRequest = input->kind == InputKind::kRequest;
-            expected_.push_back({i, input, isRequest ? requestParts(input->text) : MessageParts()});
-        }
-        passed_[i] = !isWaitedFor;
-        bool const subscribes = own.count(input->session) > 0 && isSubscription(*input);
-        if (subscribes && first_ == 0 && expected_.empty()) {
-            first_ = i;
-            since_ = recording.entries[i].time;
+        if (input != nullptr) {
+            addInput(i, *input, own.count(input->session) > 0);
         }
     }
     for (std::size_t i = 0; i < first_; ++i) {
         if (std::holds_alternative<RecordedEvent>(recording.entries[i].what)) {
             send(i);
         }
+    }
+}
+
+void PlayedTelephone::addInput(std::size_t entry, RecordedInput const& input, bool isOfApplication)
+{
+    bool const isRequest = input.kind == InputKind::kRequest;
+    bool const isWaitedFor = isOfApplication && !isAboutSession(input) && (isRequest || !mayRepeat(input));
+    passed_[entry] = !isWaitedFor;
+    if (isWaitedFor) {
+        expected_.push_back({entry, &input, isRequest ? requestParts(input.text) : MessageParts()});
+    } else if (isOfApplication && isSubscription(input) && first_ == 0 && expected_.empty()) {
+        first_ = entry;
+        since_ = recording_.entries[entry].time;
     }
 }
 
@@ -168,12 +170,11 @@ std::optional<std::vector<RecordedReply>> PlayedTelephone::answer(Words const& c
 {
     RecordedInput const given{.kind = InputKind::kCommand, .text = quoteWords(command)};
     std::lock_guard const lock(mutex_);
-    if (isQuery(given)) {
-        if (inputName(given) == "state") {
-            return std::vector<RecordedReply>{{MessageKind::kResult, stateNow()}};
-        }
-        RecordedInput const* const query = latestQuery(given.text);
-        return query == nullptr ? std::nullopt : std::optional(query->replies);
+    if (inputName(given) == "state") {
+        return std::vector<RecordedReply>{{MessageKind::kResult, stateNow()}};
+    }
+    if (RecordedInput const* const latest = mayRepeat(given) ? latestOf(given.text) : nullptr) {
+        return latest->replies;
     }
     for (Expected& each : expected_) {
         if (!each.isDone && each.input->kind == InputKind::kCommand && plainCommand(each.input->text) == given.text) {
@@ -260,7 +261,7 @@ std::size_t PlayedTelephone::frontier() const
     return static_cast<std::size_t>(std::find(passed_.begin(), passed_.end(), false) - passed_.begin());
 }
 
-RecordedInput const* PlayedTelephone::latestQuery(std::string const& command) const
+RecordedInput const* PlayedTelephone::latestOf(std::string const& command) const
 {
     RecordedInput const* found = nullptr;
     std::size_t const end = frontier();
@@ -275,7 +276,7 @@ RecordedInput const* PlayedTelephone::latestQuery(std::string const& command) co
 
 std::string PlayedTelephone::stateNow() const
 {
-    RecordedInput const* const query = latestQuery("state");
+    RecordedInput const* const query = latestOf("state");
     bool const isAnswered = query != nullptr && !query->replies.empty();
     return presentState(isAnswered ? query->replies.front().text : recording_.state);
 }

@@ -60,7 +60,7 @@ public:
     void closed(SessionId id);
     // The recorded replies to a request in full. Nothing: the recording has no such request left.
     [[nodiscard]] std::optional<std::vector<RecordedReply>> answer(std::string const& request);
-    // The same for a command. One that only asks is answered as it was recorded last.
+    // The same for a command. One that may be repeated is answered as it was recorded last.
     [[nodiscard]] std::optional<std::vector<RecordedReply>> answer(Words const& command);
     // The events after a number, at most `most`.
     [[nodiscard]] std::vector<Event> after(std::uint64_t number, std::size_t most) const;
@@ -89,6 +89,8 @@ private:
         bool isTime = false;
     };
 
+    void addInput(std::size_t entry, RecordedInput const& input, bool isOfApplication);
+
     // --- with the lock held
     void beginOnce();
     [[nodiscard]] std::vector<RecordedReply> done(Expected& expected);
@@ -100,7 +102,8 @@ private:
     void checkEnd();
     // The first entry that the application or a timer has not reached.
     [[nodiscard]] std::size_t frontier() const;
-    [[nodiscard]] RecordedInput const* latestQuery(std::string const& command) const;
+    // A command as it was recorded last before that; else as it was recorded first. Null: it was not recorded.
+    [[nodiscard]] RecordedInput const* latestOf(std::string const& command) const;
     [[nodiscard]] std::string presentState(std::string const& json) const;
     [[nodiscard]] std::string stateNow() const;
 

@@ -1,4 +1,5 @@
 // Recordings of the real telephone: their form, their replay by another telephone, and to an application.
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -65,13 +66,19 @@ protected:
     void record(std::string const& script)
     {
         write("a.script", script);
-        Ended const played = run({TELEPHONE, "--record", file("a.recording"), "play", file("a.script")});
+        ASSERT_NO_FATAL_FAILURE(recordScript(file("a.script")));
+    }
+    void recordScript(std::string const& script)
+    {
+        Ended const played =
+            run({TELEPHONE, "--time", "virtual", "--check", "events", "--record", file("a.recording"), "play", script});
         ASSERT_EQ(played.status, 0) << played.output;
     }
 
     Ended replay(std::vector<std::string> const& options = {}) const
     {
-        std::vector<std::string> command{TELEPHONE, "replay", file("a.recording")};
+        std::vector<std::string> command{TELEPHONE, "--time", "virtual", "--log-level",      "0",
+                                         "--check", "events", "replay",  file("a.recording")};
         command.insert(command.end(), options.begin(), options.end());
         return run(command);
     }
@@ -108,7 +115,7 @@ constexpr char const* kHold = "OutgoingCallMakeRequest Line=4711 CallID=1 Destin
 
 TEST_F(Replay, RecordedTour_FitsItsSchemaAndIsRepeatedWithoutDifference)
 {
-    Ended const tour = run({TELEPHONE, "--record", file("a.recording"), "tour"});
+    Ended const tour = run({TELEPHONE, "--time", "virtual", "--record", file("a.recording"), "tour"});
     ASSERT_EQ(tour.status, 0) << tour.output;
 
     std::string const form = checkedForm(contentOf(file("a.recording")));
@@ -116,6 +123,16 @@ TEST_F(Replay, RecordedTour_FitsItsSchemaAndIsRepeatedWithoutDifference)
     Ended const replayed = replay();
     EXPECT_EQ(replayed.status, 0);
     EXPECT_EQ(replayed.output, file("a.recording") + ": 50 messages, no difference\n");
+}
+
+TEST_F(Replay, EveryScript_IsRepeatedWithoutDifference)
+{
+    for (auto const& script : std::filesystem::directory_iterator(SCRIPTS)) {
+        SCOPED_TRACE(script.path());
+        ASSERT_NO_FATAL_FAILURE(recordScript(script.path()));
+        Ended const replayed = replay();
+        EXPECT_EQ(replayed.status, 0) << replayed.output;
+    }
 }
 
 TEST_F(Replay, KeysAndIncomingCalls_AreRepeated)
@@ -238,7 +255,8 @@ TEST_F(Replay, RecordingThatCannotBeWritten_DoesNotKeepTheTelephoneFromStarting)
 {
     write("a.script", "say up\n");
 
-    Ended const played = run({TELEPHONE, "--record", "/nowhere/a.recording", "play", file("a.script")});
+    Ended const played =
+        run({TELEPHONE, "--time", "virtual", "--record", "/nowhere/a.recording", "play", file("a.script")});
 
     EXPECT_EQ(played.status, 0) << played.output;
     EXPECT_NE(played.output.find("cannot write the recording /nowhere/a.recording: No such file or directory\n"),

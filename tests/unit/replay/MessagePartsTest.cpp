@@ -65,7 +65,8 @@ TEST(MessageParts, EveryRequestAndEvent_IsTheSameTextAgain)
     for (EventDescription const& each : kEventDescriptions) {
         EXPECT_EQ(textOf(eventParts(formOf(each))), formOf(each));
     }
-    for (char const* const text : {"", "SigEvent: 7", "<Method>", "<Method>HoldCall</Method><Line>4711", "x<a>"}) {
+    for (char const* const text : {"", "SigEvent: 7", "<Method>", "<Method></Method><Line>4711</Line>",
+                                   "<Method>HoldCall</Method><Line>4711", "x<a>"}) {
         EXPECT_EQ(textOf(requestParts(text)), text);
         EXPECT_EQ(textOf(eventParts(text)), text);
     }
