@@ -3,13 +3,12 @@
 #include <iostream>
 
 #include "telephone/access/TelephoneControls.h"
-#include "telephone/applications/ApplicationServer.h"
-#include "telephone/applications/SocketPath.h"
 #include "telephone/console/Conversation.h"
 #include "telephone/framework/StopSignal.h"
 #include "telephone/framework/TimerService.h"
 #include "telephone/program/Programs.h"
 #include "telephone/program/StartConfiguration.h"
+#include "telephone/program/WaysIn.h"
 #include "telephone/replay/PlayedTelephone.h"
 #include "telephone/replay/Replayer.h"
 
@@ -57,7 +56,6 @@ Outcome<bool> playApplication(Conversation& conversation, Recording const& recor
 {
     DisplayOptions options;
     options.ownDomain = conversation.controls().state().domain;
-    options.addresses = line.output.addresses;
     ReplayReport report(recording.name);
     return Replayer(conversation, recording, options).play(report).and_then([&] { return write(report, line); });
 }
@@ -71,15 +69,9 @@ Outcome<int> playTelephone(CommandLine const& line, StopSignal const& stop, Reco
         return tl::unexpected(checked.error());
     }
     return startConfiguration(line).and_then([&](Configuration const& configuration) {
-        ApplicationSocketConfiguration const& wanted = configuration.applications;
         TimerService timers;
         PlayedTelephone telephone(recording, line.sessions, timers, [&stop] { stop.raise(); });
-        return (wanted.path.empty() ? standardSocketPath() : wanted.path)
-            .and_then([&](std::string const& path) {
-                ApplicationServer::Settings const settings{path, static_cast<std::size_t>(wanted.maximumApplications),
-                                                           static_cast<std::size_t>(wanted.queuedMessages)};
-                return ApplicationServer::open(settings, telephone.sessions());
-            })
+        return openApplicationSocket(configuration.applications, telephone.sessions())
             .and_then([&](std::unique_ptr<ApplicationServer> server) {
                 std::cout << "applications can connect at " << server->path() << std::endl;
                 stop.wait();

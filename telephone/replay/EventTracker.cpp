@@ -42,12 +42,21 @@ void EventTracker::came(std::string const& text)
     if (Expected* const found = find(present)) {
         ids_.bind(found->parts, present);
         found->isDone = true;
+        skipDone();
+    }
+}
+
+void EventTracker::skipDone()
+{
+    while (firstOpen_ < expected_.size() && expected_[firstOpen_].isDone) {
+        ++firstOpen_;
     }
 }
 
 EventTracker::Expected* EventTracker::find(MessageParts const& present)
 {
-    auto const equal = std::find_if(expected_.begin(), expected_.end(), [&](Expected const& each) {
+    auto const open = expected_.begin() + static_cast<std::ptrdiff_t>(firstOpen_);
+    auto const equal = std::find_if(open, expected_.end(), [&](Expected const& each) {
         return !each.isDone && ids_.differences(each.parts, present).empty();
     });
     if (equal != expected_.end()) {
@@ -55,7 +64,7 @@ EventTracker::Expected* EventTracker::find(MessageParts const& present)
     }
     std::string const call = present.call();
     bool const begins = !call.empty() && !ids_.isKnown(call);
-    auto const first = std::find_if(expected_.begin(), expected_.end(), [&](Expected const& each) {
+    auto const first = std::find_if(open, expected_.end(), [&](Expected const& each) {
         return begins && !each.isDone && each.parts.method == present.method &&
                !ids_.presentCall(each.parts.call()).has_value();
     });
@@ -64,15 +73,15 @@ EventTracker::Expected* EventTracker::find(MessageParts const& present)
 
 bool EventTracker::haveComeBefore(std::size_t entry) const
 {
-    return std::all_of(expected_.begin(), expected_.end(),
-                       [entry](Expected const& each) { return each.isDone || each.entry >= entry; });
+    return firstOpen_ == expected_.size() || expected_[firstOpen_].entry >= entry;
 }
 
 void EventTracker::giveUpBefore(std::size_t entry)
 {
-    for (Expected& each : expected_) {
-        each.isDone = each.isDone || each.entry < entry;
+    for (std::size_t i = firstOpen_; i < expected_.size() && expected_[i].entry < entry; ++i) {
+        expected_[i].isDone = true;
     }
+    skipDone();
 }
 
 std::map<std::string, EventTracker::Group> EventTracker::groups() const

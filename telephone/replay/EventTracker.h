@@ -61,6 +61,7 @@ private:
 
     // The recorded event that this one is, or the one whose call begins with it; null: none.
     Expected* find(MessageParts const& present);
+    void skipDone();
     [[nodiscard]] std::map<std::string, Group> groups() const;
     void compare(Group const& group, ReplayReport& report, DisplayOptions const& options) const;
     void addPair(Expected const& was, Came const& is, ReplayReport& report, DisplayOptions const& options) const;
@@ -69,6 +70,7 @@ private:
 
     IdMap& ids_;
     std::vector<Expected> expected_;
+    std::size_t firstOpen_ = 0;  // those before it are done
     std::vector<Came> came_;
 };
 

@@ -11,6 +11,7 @@
 #include "telephone/access/CommandSyntax.h"
 #include "telephone/access/EventSubscription.h"
 #include "telephone/access/Words.h"
+#include "telephone/protocol/ProtocolDescription.h"
 #include "telephone/replay/PlayedTelephone.h"
 
 namespace telephone {

@@ -23,7 +23,7 @@ constexpr char const* kConsoleSession = "console";
 constexpr std::chrono::milliseconds kAfterwards = 1s;  // for what the application sends beyond the recording
 constexpr std::chrono::milliseconds kAbsence = 2s;     // an application that is away longer has gone
 
-constexpr std::array kQueries{"calls", "keys", "lamps", "lines", "state", "store get", "store list"};
+constexpr std::array kQueries{"calls", "keys", "lamps", "lines", "state", "store get", "store list", "time"};
 
 // Commands that ask, or do nothing to the telephone: an application may give them as often as it likes.
 bool mayRepeat(RecordedInput const& command)

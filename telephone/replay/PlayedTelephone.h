@@ -22,7 +22,6 @@
 #include "telephone/access/ClientSession.h"
 #include "telephone/access/Words.h"
 #include "telephone/framework/TimerService.h"
-#include "telephone/protocol/ProtocolDescription.h"
 #include "telephone/replay/IdMap.h"
 #include "telephone/replay/Recording.h"
 #include "telephone/replay/ReplayReport.h"
@@ -47,7 +46,7 @@ public:
     PlayedTelephone(PlayedTelephone const&) = delete;
     PlayedTelephone& operator=(PlayedTelephone const&) = delete;
 
-    // Of the recording, if it has one of these names. Refused otherwise, saying which it has.
+    // Refused if the recording lacks one of the sessions, saying which it has.
     [[nodiscard]] static Outcome<> checkSessions(Recording const& recording, std::vector<std::string> const& sessions);
 
     SessionFactory sessions();

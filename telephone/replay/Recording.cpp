@@ -88,7 +88,7 @@ private:
         begun_ = true;
         recording_.begin = time;
         recording_.state = lineOf(*state);
-        recording_.start = textMember(*state, "start");
+        recording_.start = state->contains("start") ? textMember(*state, "start") : "recorded";
         recording_.domain = textMember(*state, "domain");
         recording_.ready = flagMember(*state, "ready", true);
         return {};

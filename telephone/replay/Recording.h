@@ -53,9 +53,9 @@ struct Recording
     std::chrono::system_clock::time_point begin;
     std::chrono::system_clock::time_point end;  // of the last line, if the file does not say
     std::string state;                          // of the telephone at the beginning, as JSON
-    std::string start;                          // its start, domain and readiness, from the state
-    std::string domain;
-    bool ready = true;
+    std::string start;                          // id of its start
+    std::string domain;                         // of its own numbers; empty: not known
+    bool ready = true;                          // false: its start is in the recording
     std::vector<RecordedEntry> entries;
 };
 
