@@ -22,14 +22,6 @@ CLI::App* add(CLI::App& app, CommandLine& line, Action action, char const* name,
     return command;
 }
 
-CheckedTraffic checkedTraffic(std::string const& word)
-{
-    if (word == "all") {
-        return CheckedTraffic::kAll;
-    }
-    return word == "events" ? CheckedTraffic::kEvents : CheckedTraffic::kNone;
-}
-
 void addOptions(CLI::App& app, CommandLine& line)
 {
     app.add_option("-c,--config", line.configuration, "Configuration file (docs/configuration.md)")
@@ -41,11 +33,11 @@ void addOptions(CLI::App& app, CommandLine& line)
     app.add_option("--log-file", line.logFile, "File of the log; default: standard error");
     app.add_flag("--no-exchange", line.withoutExchange, "Start without the built-in exchange");
     app.add_option_function<std::string>(
-           "--check", [&line](std::string const& word) { line.checked = checkedTraffic(word); },
+           "--check", [&line](std::string const& word) { line.checked = *checkedTraffic(word); },
            "End with status 4 at the first message that contradicts the description of the protocol: events, or all "
            "(requests, too); default: none")
         ->envname("TELEPHONE_CHECK")
-        ->check(CLI::IsMember({"none", "events", "all"}));
+        ->check(CLI::IsMember(std::vector<std::string>(kCheckedTrafficWords.begin(), kCheckedTrafficWords.end())));
 }
 
 ColourUse colourUse(std::string const& word)
@@ -81,6 +73,31 @@ CLI::App* addWatch(CLI::App& app, CommandLine& line)
     return watch;
 }
 
+Seeds readSeeds(std::string const& text)
+{
+    auto const seeds = Seeds::parse(text);
+    return seeds ? *seeds : throw CLI::ValidationError("--seeds", seeds.error().reason);
+}
+
+void addTest(CLI::App& app, CommandLine& line)
+{
+    TestChoice& choice = line.test;
+    constexpr int kMostJobs = 1000;
+    constexpr double kLongestLimit = 86400;
+    CLI::App* const test = add(app, line, Action::kTest, "test", "Plays scripts, each in a telephone of its own");
+    test->add_option("PATHS", choice.scripts, "Scripts, and folders with files *.script")->required();
+    test->add_option("-j,--jobs", choice.jobs, "Telephones at a time; default: 1")->check(CLI::Range(1, kMostJobs));
+    test->add_option_function<std::string>(
+        "--seeds", [&choice](std::string const& text) { choice.seeds = readSeeds(text); },
+        "Plays each script with each of the seeds A-B; default: 0");
+    test->add_option("--limit", choice.limit, "Seconds after which a script is ended; default: 120")
+        ->check(CLI::Range(0.001, kLongestLimit));
+    test->add_option("--junit", line.junit, "File for the results, as JUnit XML");
+    test->add_option("--files", choice.files, "Folder for the logs of what failed; default: a new one");
+    test->add_flag("--coverage{}", choice.coverage,
+                   "What the scripts touched, as a table; --coverage=FILE: as JSON, too");
+}
+
 void addCommands(CLI::App& app, CommandLine& line)
 {
     CLI::App* const console =
@@ -90,6 +107,8 @@ void addCommands(CLI::App& app, CommandLine& line)
     CLI::App* const play = add(app, line, Action::kPlay, "play", "Telephone that plays a script and ends");
     play->add_option("FILE", line.script, "Script; - is standard input")->required();
     play->add_option("--junit", line.junit, "File for the result, as JUnit XML");
+    play->add_option("--report", line.report)->group("");  // of the command test
+    addTest(app, line);
     add(app, line, Action::kServe, "serve", "Telephone for applications only, until a signal ends it");
     CLI::App* const exchange = add(app, line, Action::kExchange, "exchange", "The exchange without a telephone");
     exchange->add_option("--port", line.port, "Its port; 0: any free one")->check(CLI::Range(0, 65535));

@@ -8,6 +8,7 @@
 
 #include "telephone/console/Terminal.h"
 #include "telephone/program/TrafficCheck.h"
+#include "telephone/testing/Seeds.h"
 
 namespace telephone {
 
@@ -17,6 +18,7 @@ enum class Action
     kTour,
     kPlay,
     kServe,
+    kTest,
     kExchange,
     kDo,
     kRequest,
@@ -36,6 +38,17 @@ struct OutputChoice
     bool utc = false;
 };
 
+// What the command test plays, and how.
+struct TestChoice
+{
+    std::vector<std::string> scripts;  // files and folders
+    int jobs = 1;
+    Seeds seeds;
+    double limit = 120;                   // seconds for each script
+    std::string files;                    // folder for those of failed scripts; empty: a new one
+    std::optional<std::string> coverage;  // nothing: none; a file for JSON beside the table; empty: only the table
+};
+
 struct CommandLine
 {
     Action action = Action::kConsole;
@@ -47,9 +60,12 @@ struct CommandLine
     std::optional<int> logLevel;
     bool withoutExchange = false;
     CheckedTraffic checked = CheckedTraffic::kNone;
-    int port = 0;                    // of the exchange without a telephone; 0: the configured one
-    std::string script;              // to play; "-": standard input
-    std::string junit;               // file for the result of a script; empty: none
+    int port = 0;            // of the exchange without a telephone; 0: the configured one
+    std::string script;      // to play; "-": standard input
+    std::string scriptText;  // read from the file before the telephone is made (withScript)
+    std::string junit;       // file for the results of scripts; empty: none
+    std::string report;      // file for the test runner; empty: none plays this script
+    TestChoice test;
     std::vector<std::string> words;  // of a request or a command, or the name to describe
     bool lenient = false;            // request: the telephone does not check it
     OutputChoice output;

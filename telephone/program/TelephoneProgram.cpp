@@ -3,7 +3,6 @@
 #include <optional>
 #include <sstream>
 
-#include <spdlog/fmt/fmt.h>
 #include <systemd/sd-daemon.h>
 #include <unistd.h>
 
@@ -13,13 +12,12 @@
 #include "telephone/console/Console.h"
 #include "telephone/console/Conversation.h"
 #include "telephone/console/ScriptPlayer.h"
-#include "telephone/console/ScriptReport.h"
 #include "telephone/console/Transcript.h"
 #include "telephone/framework/ServiceLibrary.h"
 #include "telephone/framework/StopSignal.h"
 #include "telephone/program/Output.h"
 #include "telephone/program/Programs.h"
-#include "telephone/program/ScriptText.h"
+#include "telephone/program/ScriptPlay.h"
 #include "telephone/program/StartConfiguration.h"
 #include "telephone/program/TrafficCheck.h"
 #include "telephone/program/WaysIn.h"
@@ -33,23 +31,6 @@ constexpr char const* kTourIntroduction =
     "This telephone calls numbers of its own exchange, on this machine only. Each\n"
     "call is drawn as it happens: requests and events of an application on the left,\n"
     "what passes between telephone and far end on the right. It takes five seconds.\n\n";
-
-Outcome<bool> play(Conversation& conversation, CommandLine const& line)
-{
-    auto const text = readScriptText(line.script, conversation.stopDescriptor());
-    if (!text) {
-        return tl::unexpected(text.error());
-    }
-    std::string const name = line.script == "-" ? "standard input" : line.script;
-    std::istringstream script(*text);
-    ScriptResult const result = ScriptPlayer(conversation).play(script, name);
-    if (result.passed()) {
-        conversation.transcript().note(fmt::format("passed: {} steps in {:.1f} s", result.steps, result.seconds));
-    }
-    return (line.junit.empty() ? Outcome<>() : writeJUnit(result, name, line.junit)).map([&result] {
-        return result.passed();
-    });
-}
 
 // True if nothing was refused.
 bool openConsole(Conversation& conversation)
@@ -79,7 +60,7 @@ bool tour(Conversation& conversation)
 Outcome<bool> talk(Conversation& conversation, CommandLine const& line)
 {
     if (line.action == Action::kPlay) {
-        return play(conversation, line);
+        return playScript(conversation, line);
     }
     return line.action == Action::kTour ? tour(conversation) : openConsole(conversation);
 }
@@ -126,18 +107,22 @@ Outcome<int> converse(CommandLine const& line, Configuration const& configuratio
 
 }  // namespace
 
-Outcome<int> runTelephone(CommandLine const& line, StopSignal const& stop)
+Outcome<int> runTelephone(CommandLine const& given, StopSignal const& stop)
 {
-    return startConfiguration(line).and_then([&](Configuration const& configuration) {
-        return ServiceLibrary::find(line.library).and_then([&](std::string const& library) {
+    auto const line = withScript(given, stop);
+    if (!line) {
+        return tl::unexpected(line.error());
+    }
+    return startConfiguration(*line).and_then([&](Configuration const& configuration) {
+        return ServiceLibrary::find(line->library).and_then([&](std::string const& library) {
             Telephone telephone(configuration, library);
             std::optional<TrafficCheck> check;
-            if (line.checked != CheckedTraffic::kNone) {
-                check.emplace(telephone.sessions(nullptr), line.checked);
+            if (line->checked != CheckedTraffic::kNone) {
+                check.emplace(telephone.sessions(nullptr), line->checked);
             }
-            bool const serves = line.action == Action::kServe;
-            return serves ? serve(line, configuration, telephone, stop)
-                          : converse(line, configuration, telephone, stop);
+            bool const serves = line->action == Action::kServe;
+            return serves ? serve(*line, configuration, telephone, stop)
+                          : converse(*line, configuration, telephone, stop);
         });
     });
 }

@@ -1,0 +1,228 @@
+#include "telephone/testing/TestRun.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <utility>
+
+#include <poll.h>
+#include <spdlog/fmt/fmt.h>
+#include <sys/wait.h>
+
+namespace telephone {
+
+namespace {
+
+using namespace std::chrono_literals;
+namespace fs = std::filesystem;
+
+constexpr auto kGrace = 2s;  // to write the report after SIGTERM
+constexpr char const* kReport = "report.json";
+
+using Clock = std::chrono::steady_clock;
+
+Clock::duration secondsOf(double seconds)
+{
+    return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
+}
+
+std::string lastLineOf(std::string const& file)
+{
+    std::ifstream stream(file);
+    std::string last;
+    for (std::string line; std::getline(stream, line);) {
+        last = line.empty() ? last : line;
+    }
+    return last;
+}
+
+// "ended with status 4: telephone: check: ..."
+std::string endOf(int status, std::string const& folder)
+{
+    std::string const end = WIFSIGNALED(status)
+                                ? fmt::format("ended by signal {} ({})", WTERMSIG(status), strsignal(WTERMSIG(status)))
+                                : fmt::format("ended with status {}", WEXITSTATUS(status));
+    std::string const last = lastLineOf(folder + "/" + ScriptProcess::kErrors);
+    return last.empty() ? end : end + ": " + last;
+}
+
+std::vector<std::string> failureTexts(std::string const& script, ScriptResult const& result)
+{
+    std::vector<std::string> texts;
+    std::ranges::transform(result.failures, std::back_inserter(texts),
+                           [&script](ScriptFailure const& each) { return failureText(script, each); });
+    return texts;
+}
+
+}  // namespace
+
+TestRun::TestRun(TestPlan plan, int stop, Listener ended)
+    : plan_(std::move(plan))
+    , stop_(stop)
+    , ended_(std::move(ended))
+{
+    std::ranges::transform(plan_.tasks, std::back_inserter(results_), [](TestTask const& task) {
+        return Result{task, ScriptVerdict::kNotRun, {"the run was ended before"}, 0, {}, {}};
+    });
+}
+
+std::vector<TestRun::Result> TestRun::play()
+{
+    startMore();
+    while (!running_.empty() && !mustStop()) {
+        wait();
+        if (!mustStop()) {
+            takeEnded();
+            endLate();
+            startMore();
+        }
+    }
+    stopAll();
+    return results_;
+}
+
+void TestRun::startMore()
+{
+    while (running_.size() < plan_.jobs && next_ < plan_.tasks.size()) {
+        start(next_++);
+    }
+}
+
+void TestRun::start(std::size_t number)
+{
+    TestTask const& task = plan_.tasks[number];
+    std::string const folder = folderOf(task);
+    std::error_code error;
+    fs::remove_all(folder, error);  // of an earlier run
+    fs::create_directories(folder, error);
+    std::vector<std::string> words{plan_.program};
+    words.insert(words.end(), task.options.begin(), task.options.end());
+    words.insert(words.end(), plan_.workingOptions.begin(), plan_.workingOptions.end());
+    words.insert(words.end(), {"play", "--report", kReport, fs::absolute(task.script).string()});
+    auto process = ScriptProcess::start(std::move(words), folder);
+    if (!process) {
+        return finish(number, Result{task, ScriptVerdict::kBroken, {process.error().reason}, 0, {}, folder});
+    }
+    auto const now = Clock::now();
+    running_.push_back({number, *std::move(process), now, now + secondsOf(plan_.limit)});
+}
+
+void TestRun::wait() const
+{
+    std::vector<pollfd> waited{{stop_, POLLIN, 0}};
+    auto deadline = Clock::time_point::max();
+    for (Running const& each : running_) {
+        waited.push_back({each.process.descriptor(), POLLIN, 0});
+        deadline = std::min(deadline, each.deadline);
+    }
+    auto const left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+    poll(waited.data(), waited.size(), static_cast<int>(std::max(left, 0ms).count()));
+}
+
+void TestRun::takeEnded()
+{
+    for (auto each = running_.begin(); each != running_.end();) {
+        pollfd query{each->process.descriptor(), POLLIN, 0};
+        if (poll(&query, 1, 0) > 0) {
+            judge(*each);
+            each = running_.erase(each);
+        } else {
+            ++each;
+        }
+    }
+}
+
+void TestRun::endLate()
+{
+    for (Running& each : running_) {
+        if (Clock::now() < each.deadline) {
+            continue;
+        }
+        if (each.isLate) {
+            each.process.kill();
+        } else {
+            each.process.terminate();
+        }
+        each.isLate = true;
+        each.deadline = Clock::now() + kGrace;
+    }
+}
+
+void TestRun::judge(Running& ended)
+{
+    int const status = ended.process.wait();
+    Result result = verdictOn(ended, status);
+    result.seconds = std::chrono::duration<double>(Clock::now() - ended.start).count();
+    std::string const folder = folderOf(result.task);
+    if (result.verdict == ScriptVerdict::kPassed) {
+        std::error_code ignored;
+        fs::remove_all(folder, ignored);
+    } else {
+        result.kept = folder;
+    }
+    finish(ended.task, std::move(result));
+}
+
+TestRun::Result TestRun::verdictOn(Running& ended, int status) const
+{
+    TestTask const& task = plan_.tasks[ended.task];
+    auto const read = readPlayReport(folderOf(task) + "/" + kReport);
+    Result result{task, ScriptVerdict::kPassed, {}, 0, read.value_or(PlayReport()), {}};
+    result.reasons = failureTexts(task.script, result.report.result);
+    if (ended.isLate) {
+        result.verdict = ScriptVerdict::kBroken;
+        result.reasons.insert(result.reasons.begin(), fmt::format("it did not end within {} s", plan_.limit));
+    } else if (!result.reasons.empty()) {
+        result.verdict = ScriptVerdict::kFailed;
+    } else if (!read || status != 0) {
+        result.verdict = ScriptVerdict::kBroken;
+        result.reasons = {endOf(status, folderOf(task))};
+    }
+    return result;
+}
+
+void TestRun::finish(std::size_t task, Result result)
+{
+    ended_(result);
+    results_[task] = std::move(result);
+}
+
+void TestRun::stopAll()
+{
+    for (Running const& each : running_) {
+        each.process.terminate();
+    }
+    auto const end = Clock::now() + kGrace;
+    for (Running& each : running_) {
+        pollfd query{each.process.descriptor(), POLLIN, 0};
+        auto const left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
+        poll(&query, 1, static_cast<int>(std::max(left, 0ms).count()));
+        results_[each.task].kept = folderOf(plan_.tasks[each.task]);
+    }
+    // The destructors end and take those that are left.
+    running_.clear();
+}
+
+bool TestRun::mustStop() const
+{
+    pollfd query{stop_, POLLIN, 0};
+    return poll(&query, 1, 0) > 0;
+}
+
+std::vector<std::string> TestRun::running() const
+{
+    std::vector<std::string> scripts;
+    std::ranges::transform(running_, std::back_inserter(scripts),
+                           [this](Running const& each) { return plan_.tasks[each.task].script; });
+    return scripts;
+}
+
+std::string TestRun::folderOf(TestTask const& task) const
+{
+    return plan_.folder + "/" + task.name;
+}
+
+}  // namespace telephone
