@@ -17,6 +17,8 @@ std::map<Touched, std::set<std::string>> names;
 
 void keepTouched()
 {
+    std::lock_guard const lock(namesMutex);
+    names.clear();
     isKept.store(true, std::memory_order_relaxed);
 }
 

@@ -61,7 +61,7 @@ inline constexpr std::array<std::string_view, 15> kPhoneTimerNames{
 };
 static_assert(kPhoneTimerNames.size() == static_cast<std::size_t>(PhoneTimer::kService) + 1);
 
-// From now on.
+// From now on; what was kept before is forgotten.
 void keepTouched();
 // Never throws; a name for which there is no memory is not kept.
 void touch(Touched kind, std::string_view name) noexcept;

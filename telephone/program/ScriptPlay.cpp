@@ -1,10 +1,12 @@
 #include "telephone/program/ScriptPlay.h"
 
+#include <csignal>
 #include <filesystem>
 #include <sstream>
 #include <utility>
 
 #include <spdlog/fmt/fmt.h>
+#include <sys/prctl.h>
 
 #include "telephone/base/Touched.h"
 #include "telephone/console/Conversation.h"
@@ -71,6 +73,9 @@ Outcome<> writeResult(ScriptResult const& result, std::string const& name, Cover
 
 Outcome<CommandLine> withScript(CommandLine line, StopSignal const& stop)
 {
+    if (!line.report.empty()) {
+        prctl(PR_SET_PDEATHSIG, SIGTERM);  // the test runner may be killed
+    }
     if (line.action != Action::kPlay || line.script == kStandardInput) {
         return line;
     }

@@ -112,14 +112,14 @@ class Progress
 public:
     explicit Progress(std::size_t all) { count_.all = all; }
 
+    // A task that is not over has been started.
     void note(TestRun::Result const& result, std::vector<std::string> const& running)
     {
         count_.add(result.verdict);
-        std::size_t const columns = terminalWidth();
-        if (columns == 0) {
-            std::cout << resultLine(result) << std::endl;
-        } else {
+        if (std::size_t const columns = terminalWidth(); columns != 0) {
             std::cout << "\r\x1b[K" << progressLine(count_, running, columns - 1) << std::flush;
+        } else if (result.verdict != ScriptVerdict::kNotRun) {
+            std::cout << resultLine(result) << std::endl;
         }
     }
     void clear() const

@@ -59,10 +59,10 @@ std::vector<std::string> failureTexts(std::string const& script, ScriptResult co
 
 }  // namespace
 
-TestRun::TestRun(TestPlan plan, int stop, Listener ended)
+TestRun::TestRun(TestPlan plan, int stop, Listener listener)
     : plan_(std::move(plan))
     , stop_(stop)
-    , ended_(std::move(ended))
+    , listener_(std::move(listener))
 {
     std::ranges::transform(plan_.tasks, std::back_inserter(results_), [](TestTask const& task) {
         return Result{task, ScriptVerdict::kNotRun, {"the run was ended before"}, 0, {}, {}};
@@ -108,6 +108,7 @@ void TestRun::start(std::size_t number)
     }
     auto const now = Clock::now();
     running_.push_back({number, *std::move(process), now, now + secondsOf(plan_.limit)});
+    listener_(results_[number]);
 }
 
 void TestRun::wait() const
@@ -127,8 +128,9 @@ void TestRun::takeEnded()
     for (auto each = running_.begin(); each != running_.end();) {
         pollfd query{each->process.descriptor(), POLLIN, 0};
         if (poll(&query, 1, 0) > 0) {
-            judge(*each);
+            Running ended = std::move(*each);
             each = running_.erase(each);
+            judge(std::move(ended));
         } else {
             ++each;
         }
@@ -151,7 +153,7 @@ void TestRun::endLate()
     }
 }
 
-void TestRun::judge(Running& ended)
+void TestRun::judge(Running ended)
 {
     int const status = ended.process.wait();
     Result result = verdictOn(ended, status);
@@ -166,7 +168,7 @@ void TestRun::judge(Running& ended)
     finish(ended.task, std::move(result));
 }
 
-TestRun::Result TestRun::verdictOn(Running& ended, int status) const
+TestRun::Result TestRun::verdictOn(Running const& ended, int status) const
 {
     TestTask const& task = plan_.tasks[ended.task];
     auto const read = readPlayReport(folderOf(task) + "/" + kReport);
@@ -186,7 +188,7 @@ TestRun::Result TestRun::verdictOn(Running& ended, int status) const
 
 void TestRun::finish(std::size_t task, Result result)
 {
-    ended_(result);
+    listener_(result);
     results_[task] = std::move(result);
 }
 

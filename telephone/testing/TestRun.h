@@ -54,9 +54,9 @@ public:
     };
     using Listener = std::function<void(Result const&)>;
 
-    // `stop` is a descriptor that becomes readable when the run must end. The listener is told of each task that has
-    // ended.
-    TestRun(TestPlan plan, int stop, Listener ended);
+    // `stop` is a descriptor that becomes readable when the run must end. The listener is told of each task when it is
+    // started, and with its verdict when it has ended.
+    TestRun(TestPlan plan, int stop, Listener listener);
 
     // The results in the order of the plan. After a stop, the tasks that had not ended were not run.
     std::vector<Result> play();
@@ -82,8 +82,8 @@ private:
     void wait() const;
     void endLate();
     void takeEnded();
-    void judge(Running& ended);
-    [[nodiscard]] Result verdictOn(Running& ended, int status) const;
+    void judge(Running ended);
+    [[nodiscard]] Result verdictOn(Running const& ended, int status) const;
     void finish(std::size_t task, Result result);
     void stopAll();
     [[nodiscard]] bool mustStop() const;
@@ -91,7 +91,7 @@ private:
 
     TestPlan const plan_;
     int const stop_;
-    Listener const ended_;
+    Listener const listener_;
     std::size_t next_ = 0;  // task to start
     std::list<Running> running_;
     std::vector<Result> results_;
