@@ -7,6 +7,7 @@
 #include "telephone/framework/Refusals.h"
 #include "telephone/management/LocalManagement.h"
 #include "telephone/physical/PhysicalInterface.h"
+#include "telephone/time/Gate.h"
 
 namespace telephone {
 
@@ -18,7 +19,7 @@ constexpr std::chrono::seconds kLongestStart{5};
 
 PhysicalInterface& PhoneControls::usable()
 {
-    keysUsable_.wait_for(kLongestStart);
+    keysUsable_.waitFor(kLongestStart);
     return physical_;
 }
 

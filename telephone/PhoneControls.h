@@ -2,8 +2,6 @@
 // the console and scripts call it on their thread.
 #pragma once
 
-#include <future>
-
 #include "telephone/access/TelephoneControls.h"
 
 class Executable;
@@ -12,6 +10,7 @@ class MediaRecordingServiceIfc;
 namespace telephone {
 
 class LocalManagement;
+class Gate;
 class PhysicalInterface;
 class StateReader;
 namespace exchange {
@@ -24,12 +23,12 @@ public:
     // `exchange` is null in a telephone without one. `keysUsable` becomes ready when the service has subscribed to the
     // keys; operations on keys wait for it.
     PhoneControls(PhysicalInterface& physical, LocalManagement& management, StateReader const& reader,
-                  exchange::Exchange* exchange, std::shared_future<void> keysUsable)
+                  exchange::Exchange* exchange, Gate& keysUsable)
         : physical_(physical)
         , management_(management)
         , reader_(reader)
         , exchange_(exchange)
-        , keysUsable_(std::move(keysUsable))
+        , keysUsable_(keysUsable)
     {}
 
     // The service that records calls; set before anything is recorded.
@@ -61,7 +60,7 @@ private:
     StateReader const& reader_;
     exchange::Exchange* exchange_;
     MediaRecordingServiceIfc* recording_ = nullptr;
-    std::shared_future<void> const keysUsable_;
+    Gate& keysUsable_;
 };
 
 }  // namespace telephone

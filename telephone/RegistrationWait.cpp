@@ -11,14 +11,14 @@ void RegistrationWait::expect(std::set<int> lineNumbers)
 bool RegistrationWait::wait(std::chrono::milliseconds most)
 {
     std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, most, [this] { return missing_.empty(); });
+    return changed_.waitFor(lock, most, [this] { return missing_.empty(); });
 }
 
 void RegistrationWait::registrationChanged(int lineNumber, bool /*registered*/)
 {
     std::lock_guard const lock(mutex_);
     missing_.erase(lineNumber);
-    changed_.notify_all();
+    changed_.notifyAll();
 }
 
 }  // namespace telephone

@@ -3,12 +3,12 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
 #include <mutex>
 #include <set>
 
 #include "telephone/calls/CallObserver.h"
 #include "telephone/calls/CallSnapshot.h"
+#include "telephone/time/Condition.h"
 
 namespace telephone {
 
@@ -25,7 +25,7 @@ public:
 
 private:
     std::mutex mutex_;
-    std::condition_variable changed_;
+    Condition changed_{"the registrations"};
     std::set<int> missing_;
 };
 

@@ -14,6 +14,7 @@
 #include "telephone/protocol/Vocabulary.h"
 #include "telephone/recording/CallRecorder.h"
 #include "telephone/sfi/SettingsCallPolicy.h"
+#include "telephone/time/SteadyClock.h"
 
 namespace telephone {
 
@@ -29,7 +30,7 @@ TelephoneState StateReader::read() const
     // First, so that everything that the events up to it report is in what is read afterwards.
     state.event = whole_.latestEvent();
     state.start = whole_.start;
-    state.time = std::chrono::system_clock::now();
+    state.time = wallTime();
     state.domain = whole_.domain;
     state.ready = whole_.isReady();
     state.keyset = parts_.lines.isKeyset();

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <atomic>
-#include <future>
 #include <set>
 #include <stdexcept>
 
@@ -49,6 +48,8 @@
 #include "telephone/team/PickupHandler.h"
 #include "telephone/team/Ringer.h"
 #include "telephone/team/TeamFeatures.h"
+#include "telephone/time/Gate.h"
+#include "telephone/time/VirtualTime.h"
 
 namespace telephone {
 
@@ -100,8 +101,9 @@ struct Telephone::Parts
     Configuration const configuration;             // with the exchange's addresses
 
     Settings settings{valueOrThrow(ConfigurationStore::open(configuration.store.path)), configuration};
-    std::unique_ptr<StoreWatcher> storeWatcher =  // null: the store is in memory
-        configuration.store.path.empty() ? nullptr : std::make_unique<StoreWatcher>(settings);
+    // Null: the store is in memory, or time is virtual, in which nothing comes from other programs by itself.
+    std::unique_ptr<StoreWatcher> storeWatcher =
+        configuration.store.path.empty() || isVirtual() ? nullptr : std::make_unique<StoreWatcher>(settings);
     LocalManagement management{settings};
     AuditoryDevice auditoryDevice;
     CertificateManagement certificates{configuration.certificates};
@@ -130,12 +132,12 @@ struct Telephone::Parts
     Sfi sfi{{engine, lines, policy, settings, events, timers, &lineTable.appearances()}};
     // The lines first: the others read their states.
     std::array<CallObserver*, 5> const observers{&lines, &lamps, &parties, &recorder, &registrations};
-    std::promise<void> keysUsable;  // set when the service has subscribed to the keys
+    Gate keysUsable{"the service to subscribe to the keys"};  // opened when the service has subscribed to the keys
     std::atomic<bool> ready{false};
     StateReader const reader{{engine, lines, policy, recorder, physical, settings},
                              {events.start(), server.domain, configuration.store.path,
                               [this] { return events.posted(); }, [this] { return ready.load(); }}};
-    PhoneControls controls{physical, management, reader, exchange.get(), keysUsable.get_future()};
+    PhoneControls controls{physical, management, reader, exchange.get(), keysUsable};
 
     ServiceLibrary library;
     std::unique_ptr<Service> service = library.createService();
@@ -178,7 +180,7 @@ void Telephone::Parts::begin()
     running = true;
     loop.start();
     service->init(context);
-    timers.start(kSubscriptionTime, [this] { keysUsable.set_value(); });
+    timers.start(kSubscriptionTime, [this] { keysUsable.open(); });
     invoker->initInvoker(&context);
     auto const kept = static_cast<std::size_t>(configuration.applications.keptEvents);
     history = std::make_unique<EventHistory>(context, requests, events, kept);

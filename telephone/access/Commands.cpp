@@ -15,6 +15,8 @@
 #include "telephone/display/StateTables.h"
 #include "telephone/framework/EventHistory.h"
 #include "telephone/framework/Log.h"
+#include "telephone/protocol/TimeText.h"
+#include "telephone/time/VirtualTime.h"
 
 namespace telephone {
 
@@ -152,6 +154,14 @@ Answer setMessages(Session& session, Given& given)
     return done(session.services().telephone.setMessages(*given[0], static_cast<int>(*fresh), static_cast<int>(*old)));
 }
 
+Answer advanceTime(Session& session, std::string const& duration)
+{
+    return secondsOf(duration).and_then([&session](double seconds) {
+        return done(
+            session.advance(std::chrono::duration_cast<SteadyClock::duration>(std::chrono::duration<double>(seconds))));
+    });
+}
+
 bool isOn(std::optional<std::string> const& word)
 {
     return word == "on";
@@ -192,6 +202,8 @@ constexpr std::array kTable{
     Command{"store list", "",                         "the settings in the configuration store",            [](Session& s, Given&) { return rows(telephoneOf(s).settings()); }},
     Command{"store get",  "SETTING",                  "one setting",                                        [](Session& s, Given& g) -> Answer { auto const value = telephoneOf(s).setting(*g[0]); return value ? Answer(*g[0] + " = " + *value) : refuse(RefusalKind::kNotFound, "no setting " + *g[0]); }},
     Command{"store set",  "SETTING VALUE",            "changes a setting",                                  [](Session& s, Given& g) { return done(telephoneOf(s).set(*g[0], *g[1])); }},
+    Command{"advance",    "SECONDS",                  "in virtual time: lets so much time pass; the result follows every event until then", [](Session& s, Given& g) { return advanceTime(s, *g[0]); }},
+    Command{"time",       "",                         "the time of day, in UTC, and whether it is real or virtual", [](Session&, Given&) -> Answer { return timeText(wallTime()) + (isVirtual() ? " virtual" : " real"); }},
     Command{"log",        "LEVEL",                    "0 (nothing) to 6 (every request and SIP message); 4 is usual", [](Session&, Given& g) { return changeLogLevel(*g[0]); }},
     Command{"say",        "[TEXT...]",                "the text as the result, for scripts",                [](Session&, Given& g) -> Answer { return g[0].value_or(""); }},
     Command{"quit",       "",                         "ends the telephone",                                 [](Session& s, Given&) -> Answer { s.services().end(); return std::string(); }},

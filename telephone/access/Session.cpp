@@ -17,12 +17,15 @@
 #include "telephone/protocol/MessageText.h"
 #include "telephone/protocol/ProtocolCheck.h"
 #include "telephone/protocol/ProtocolDescription.h"
+#include "telephone/time/VirtualTime.h"
+#include "telephone/time/Waiting.h"
 
 namespace telephone {
 
 namespace {
 
 constexpr char const* kSessionComponent = "applications";
+constexpr std::size_t kEventsAtOnce = 256;
 constexpr std::size_t kLongestName = 40;
 constexpr std::size_t kLongestLogged = 60;  // bytes of an unknown request's name
 
@@ -67,11 +70,15 @@ void Session::handle(std::string_view text, MessageSink const& sink)
 
 void Session::handle(Words const& words, MessageSink const& sink)
 {
+    Driving const driving;  // time moves if a request or command has to wait for it
     if (words.empty()) {
         return sendError(sink, {RefusalKind::kBadInput, "the message is empty"});
     }
     if (Command const* const command = findCommand(words)) {
         auto const result = runCommand(*this, *command, words);
+        while (sendsEventsFirst_) {
+            sendsEventsFirst_ = takeEvents(kEventsAtOnce, sink);
+        }
         return result ? sink({MessageKind::kResult, *result}) : sendError(sink, result.error());
     }
     if (findRequest(words.front()) != nullptr) {
@@ -83,6 +90,7 @@ void Session::handle(Words const& words, MessageSink const& sink)
 
 void Session::handleRequest(std::string_view text, MessageSink const& sink)
 {
+    Driving const driving;
     if (auto const checked = options_.strict ? checkRequest(text) : Outcome<>(); !checked) {
         return sendError(sink, checked.error());
     }
@@ -167,6 +175,11 @@ void Session::follow(EventSelection selection)
     subscription_.emplace(services_.history, std::move(selection));
     listener_ = services_.history.listen([this] { wake(); });
     wake();
+}
+
+Outcome<> Session::advance(SteadyClock::duration duration)
+{
+    return telephone::advance(duration).map([this] { sendsEventsFirst_ = true; });
 }
 
 void Session::unfollow()

@@ -19,6 +19,7 @@
 #include "telephone/access/Message.h"
 #include "telephone/access/Words.h"
 #include "telephone/framework/RequestRunner.h"
+#include "telephone/time/SteadyClock.h"
 
 namespace telephone {
 
@@ -78,6 +79,8 @@ public:
     [[nodiscard]] Outcome<std::string> hello(std::optional<std::string> const& name);
     void follow(EventSelection selection);
     void unfollow();
+    // Moves virtual time; the result of the command follows every event until then. Refused in real time.
+    [[nodiscard]] Outcome<> advance(SteadyClock::duration duration);
 
 private:
     void handleRequest(std::string_view text, MessageSink const& sink);
@@ -92,6 +95,7 @@ private:
     Options options_;
     std::shared_ptr<Channel> const channel_;
     bool usesHistory_ = false;
+    bool sendsEventsFirst_ = false;  // before the result of the command under way
     std::optional<EventSubscription> subscription_;
     EventHistory::ListenerId listener_ = 0;
     std::atomic<bool> woken_{false};  // and has not taken events since

@@ -8,6 +8,7 @@
 #include <sys/socket.h>
 
 #include "telephone/applications/SocketPath.h"
+#include "telephone/time/Waiting.h"
 
 namespace telephone {
 
@@ -102,7 +103,7 @@ Outcome<std::optional<ApplicationMessage>> ApplicationClient::receive(int stop)
 bool ApplicationClient::read(int stop)
 {
     std::array<pollfd, 2> waited{{{socket_.get(), POLLIN, 0}, {stop, POLLIN, 0}}};
-    if (poll(waited.data(), waited.size(), -1) < 0) {
+    if (pollUntil(waited, kNoDeadline, "the telephone") < 0) {
         return errno == EINTR;
     }
     if ((waited[1].revents & POLLIN) != 0) {

@@ -5,7 +5,6 @@
 #include <system_error>
 #include <utility>
 
-#include <poll.h>
 #include <sys/epoll.h>
 #include <sys/socket.h>
 
@@ -13,6 +12,7 @@
 #include "telephone/applications/ApplicationProtocol.h"
 #include "telephone/applications/SocketPath.h"
 #include "telephone/framework/Log.h"
+#include "telephone/time/Waiting.h"
 
 namespace telephone {
 
@@ -21,7 +21,7 @@ namespace {
 constexpr std::uint64_t kListener = 0;
 constexpr std::uint64_t kWakeUp = 1;
 constexpr std::size_t kEventsAtOnce = 64;
-constexpr int kPauseWithoutDescriptors = 100;  // milliseconds
+constexpr std::chrono::milliseconds kPauseWithoutDescriptors{100};
 
 }  // namespace
 
@@ -45,7 +45,7 @@ ApplicationServer::ApplicationServer(Settings settings, FileDescriptor listener,
     }
     watch(listener_.get(), kListener, EPOLLIN, true);
     watch(wakeUp_.descriptor(), kWakeUp, EPOLLIN, true);
-    thread_ = std::thread([this] { run(); });
+    thread_ = Thread("applications", [this] { run(); });
     log(kLogInfo, "applications", "listening at {}", settings_.path);
 }
 
@@ -78,7 +78,7 @@ void ApplicationServer::run()
     std::array<epoll_event, kEventsAtOnce> events{};
     // Asked directly before each wait: sendEvents() also takes the signal that announces the end.
     while (!isStopping()) {
-        int const count = epoll_wait(poll_.get(), events.data(), static_cast<int>(events.size()), -1);
+        int const count = waitForEvents(poll_.get(), events, "applications");
         for (int i = 0; i < count; ++i) {
             auto const& event = events.at(static_cast<std::size_t>(i));
             dispatch(event.data.u64, event.events);
@@ -120,7 +120,7 @@ void ApplicationServer::accept()
         // Without descriptors the listener stays readable, and without a pause this thread would spin.
         if (errno == EMFILE || errno == ENFILE) {
             log(kLogFailure, "applications", "an application cannot connect: too many open files");
-            ::poll(nullptr, 0, kPauseWithoutDescriptors);
+            sleepFor(kPauseWithoutDescriptors);
         }
         return;
     }

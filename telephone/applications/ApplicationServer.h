@@ -18,6 +18,7 @@
 #include "telephone/base/Refusal.h"
 #include "telephone/framework/FileDescriptor.h"
 #include "telephone/framework/WakeUp.h"
+#include "telephone/time/Thread.h"
 
 namespace telephone {
 
@@ -71,7 +72,7 @@ private:
     std::mutex mutex_;
     std::vector<Id> withEvents_;
     bool stopping_ = false;
-    std::thread thread_;
+    Thread thread_;
 };
 
 }  // namespace telephone

@@ -5,6 +5,7 @@
 
 #include "telephone/calls/LogComponent.h"
 #include "telephone/framework/Log.h"
+#include "telephone/time/SteadyClock.h"
 
 namespace telephone {
 
@@ -26,7 +27,7 @@ Call::Call(Surroundings const& surroundings, int callID, LineAddress line, bool 
     now_.callID = callID;
     now_.line = std::move(line);
     now_.incoming = incoming;
-    now_.began = now_.since = std::chrono::system_clock::now();
+    now_.began = now_.since = wallTime();
 }
 
 Call::~Call()

@@ -22,6 +22,7 @@
 #include "telephone/sip/Session.h"
 #include "telephone/sip/Timer.h"
 #include "telephone/sip/UserAgent.h"
+#include "telephone/time/SteadyClock.h"
 
 namespace telephone {
 
@@ -181,7 +182,7 @@ void Call::update(Change change)
     CallSnapshot const before = now_;
     change(now_);
     if (now_.state != before.state) {
-        now_.since = std::chrono::system_clock::now();
+        now_.since = wallTime();
     }
     updateVoice();
     if (!(now_ == before)) {

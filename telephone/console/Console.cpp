@@ -1,6 +1,5 @@
 #include "telephone/console/Console.h"
 
-#include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -19,13 +18,14 @@
 #include "telephone/console/LineHistory.h"
 #include "telephone/console/Terminal.h"
 #include "telephone/console/Transcript.h"
+#include "telephone/time/VirtualTime.h"
+#include "telephone/time/Waiting.h"
 
 namespace telephone {
 
 namespace {
 
 constexpr char const* kPrompt = "telephone> ";
-constexpr int kForever = -1;
 constexpr int kCtrlC = 3;
 
 // readline's callbacks have no argument, so there can be only one console.
@@ -161,7 +161,7 @@ bool Console::runPipe()
 {
     bool succeeded = true;
     std::string pending;
-    conversation_.settle();
+    settle();
     while (!over_ && waitForInput()) {
         std::array<char, 4096> buffer;
         ssize_t const count = read(STDIN_FILENO, buffer.data(), buffer.size());
@@ -175,11 +175,21 @@ bool Console::runPipe()
             std::string const line = pending.substr(0, end);
             pending.erase(0, end + 1);
             succeeded = runLine(line) && succeeded;
-            conversation_.settle();
+            settle();
         }
         over_ = over_ || ended;
     }
     return succeeded;
+}
+
+// So that the events that follow closely stand before the next line. A prompt does not move virtual time.
+void Console::settle()
+{
+    if (!isVirtual()) {
+        return conversation_.settle();
+    }
+    awaitRest();
+    conversation_.takeEvents();
 }
 
 bool Console::waitForInput()
@@ -192,7 +202,7 @@ bool Console::waitForInput()
             {conversation_.eventDescriptor(), POLLIN, 0},
             {conversation_.stopDescriptor(), POLLIN, 0},
         }};
-        poll(waited.data(), waited.size(), kForever);
+        pollUntil(waited, kNoDeadline, "input");
         if (waited[2].revents != 0) {
             return false;
         }

@@ -31,6 +31,7 @@ private:
     // False: the line was refused.
     bool runLine(std::string const& line);
     // Waits for input and takes events meanwhile; false: the stop signal came.
+    void settle();
     bool waitForInput();
 
     static void lineTyped(char* line);

@@ -5,11 +5,10 @@
 #include <cerrno>
 #include <utility>
 
-#include <poll.h>
-
 #include "telephone/access/TelephoneControls.h"
 #include "telephone/console/Transcript.h"
 #include "telephone/display/LampWords.h"
+#include "telephone/time/Waiting.h"
 
 namespace telephone {
 
@@ -112,10 +111,12 @@ void Conversation::show(Message const& message, OutputForm::Reply& reply, Outcom
     case MessageKind::kResult:
         transcript_.write(message);
         break;
-    case MessageKind::kFinished:
     case MessageKind::kEvent:
     case MessageKind::kGap:
     case MessageKind::kState:
+        showEvent(message);
+        break;
+    case MessageKind::kFinished:
         break;
     }
 }
@@ -123,7 +124,7 @@ void Conversation::show(Message const& message, OutputForm::Reply& reply, Outcom
 void Conversation::noteEnd(OutputForm::Reply& reply) const
 {
     reply.took = Clock::now() - sent_;
-    reply.time = std::chrono::system_clock::now();
+    reply.time = wallTime();
 }
 
 void Conversation::tellObserver(Message const& message) const
@@ -181,12 +182,11 @@ bool Conversation::takeEvents()
 bool Conversation::waitForEvents(Clock::time_point deadline)
 {
     while (!takeEvents()) {
-        auto const left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-        if (left <= 0ms || isStopped()) {
+        if (Clock::now() >= deadline || isStopped()) {
             return false;
         }
         std::array<pollfd, 2> waited{{{wakeUp_.descriptor(), POLLIN, 0}, {stop_, POLLIN, 0}}};
-        poll(waited.data(), waited.size(), static_cast<int>(left.count()));
+        pollUntil(waited, deadline, "events");
     }
     return true;
 }
@@ -200,8 +200,7 @@ void Conversation::settle()
 
 bool Conversation::isStopped() const
 {
-    pollfd query{stop_, POLLIN, 0};
-    return poll(&query, 1, 0) > 0;
+    return isReadable(stop_);
 }
 
 }  // namespace telephone

@@ -13,6 +13,7 @@
 #include "telephone/access/Session.h"
 #include "telephone/console/OutputForm.h"
 #include "telephone/framework/WakeUp.h"
+#include "telephone/time/SteadyClock.h"
 
 namespace telephone {
 
@@ -21,7 +22,7 @@ class Transcript;
 class Conversation
 {
 public:
-    using Clock = std::chrono::steady_clock;
+    using Clock = SteadyClock;
     using Listener = std::function<void(std::string const& event)>;
 
     // What became of a line.

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "telephone/display/SafeText.h"
+#include "telephone/time/SteadyClock.h"
 
 namespace telephone {
 
@@ -10,7 +11,7 @@ namespace {
 
 OutputForm::Time now()
 {
-    return std::chrono::system_clock::now();
+    return wallTime();
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include "telephone/display/LampWords.h"
 #include "telephone/display/RequestWords.h"
 #include "telephone/display/SafeText.h"
+#include "telephone/time/SteadyClock.h"
 
 namespace telephone {
 
@@ -36,9 +37,7 @@ std::string timeText(ReadableLines::Time time, DisplayOptions const& options)
 {
     auto const inSeconds = std::chrono::floor<std::chrono::seconds>(time);
     auto const milliseconds = std::chrono::floor<std::chrono::milliseconds>(time - inSeconds).count();
-    std::time_t const seconds = std::chrono::system_clock::to_time_t(inSeconds);
-    std::tm parts{};
-    options.utc ? gmtime_r(&seconds, &parts) : localtime_r(&seconds, &parts);
+    std::tm const parts = options.utc ? utcCalendar(time) : localCalendar(time);
     std::string const day = options.date ? fmt::format("{:%Y-%m-%d} ", parts) : "";
     return fmt::format("{}{:%H:%M:%S}.{:03}{}", day, parts, milliseconds, options.utc ? "Z" : "");
 }

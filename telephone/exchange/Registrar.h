@@ -12,6 +12,7 @@
 #include "telephone/exchange/ExchangeConfig.h"
 #include "telephone/sip/Digest.h"
 #include "telephone/sip/Message.h"
+#include "telephone/time/SteadyClock.h"
 
 namespace telephone::exchange {
 
@@ -31,7 +32,7 @@ public:
     bool knows(std::string const& number) const;
 
 private:
-    using Clock = std::chrono::steady_clock;
+    using Clock = SteadyClock;
     struct Binding
     {
         std::string contact;  // URI

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <exception>
-#include <random>
 #include <string_view>
 
 #include "CommunicationsServiceEventIfc.h"
 #include "platform/framework/Executable.h"
 #include "telephone/framework/Log.h"
+#include "telephone/time/VirtualTime.h"
 
 namespace telephone {
 
@@ -18,10 +18,9 @@ constexpr std::size_t kStartLength = 8;
 std::string randomStart()
 {
     constexpr std::string_view kLetters = "abcdefghijkmnpqrstuvwxyz23456789";
-    std::random_device device;
     std::string start;
     for (std::size_t i = 0; i < kStartLength; ++i) {
-        start += kLetters[device() % kLetters.size()];
+        start += kLetters[randomNumber() % kLetters.size()];
     }
     return start;
 }
@@ -30,7 +29,7 @@ std::string randomStart()
 
 EventDispatcher::EventDispatcher()
     : start_(randomStart())
-    , thread_([this] { run(); })
+    , thread_("events", [this] { run(); })
 {}
 
 EventDispatcher::~EventDispatcher()
@@ -46,7 +45,7 @@ void EventDispatcher::post(Event event)
     }
     queue_.push_back(std::move(event));
     ++posted_;
-    queued_.notify_one();
+    queued_.notifyOne();
 }
 
 Outcome<> EventDispatcher::subscribe(Executable* subscriber)
@@ -66,7 +65,7 @@ void EventDispatcher::unsubscribe(Executable* subscriber)
 {
     std::unique_lock lock(mutex_);
     std::erase_if(subscribers_, [&](Subscriber const& each) { return each.executable == subscriber; });
-    if (std::this_thread::get_id() != thread_.get_id()) {
+    if (std::this_thread::get_id() != thread_.id()) {
         delivered_.wait(lock, [&] { return receiving_ != subscriber; });
     }
 }
@@ -82,7 +81,7 @@ void EventDispatcher::stop()
     {
         std::lock_guard const lock(mutex_);
         stopped_ = true;
-        queued_.notify_one();
+        queued_.notifyOne();
     }
     if (thread_.joinable()) {
         thread_.join();
@@ -121,7 +120,7 @@ void EventDispatcher::deliver(Event const& event, std::unique_lock<std::mutex>& 
         }
         lock.lock();
         receiving_ = nullptr;
-        delivered_.notify_all();
+        delivered_.notifyAll();
     }
 }
 

@@ -10,16 +10,16 @@
 #pragma once
 
 #include <atomic>
-#include <condition_variable>
 #include <cstdint>
 #include <deque>
 #include <functional>
 #include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "telephone/base/Refusal.h"
+#include "telephone/time/Condition.h"
+#include "telephone/time/Thread.h"
 
 class CommunicationsServiceEventIfc;
 class Executable;
@@ -71,15 +71,15 @@ private:
 
     std::string const start_;
     std::mutex mutex_;
-    std::condition_variable queued_;
-    std::condition_variable delivered_;
+    Condition queued_{"an event"};
+    Condition delivered_{"the end of a delivery"};
     std::deque<Event> queue_;
     std::atomic<std::uint64_t> posted_{0};
     std::uint64_t delivering_ = 0;
     std::vector<Subscriber> subscribers_;
     Executable* receiving_ = nullptr;  // the subscriber being called
     bool stopped_ = false;
-    std::thread thread_;
+    Thread thread_;
 };
 
 }  // namespace telephone

@@ -9,6 +9,7 @@
 #include "telephone/framework/EventDispatcher.h"
 #include "telephone/framework/RequestRunner.h"
 #include "telephone/framework/TelephoneContext.h"
+#include "telephone/time/SteadyClock.h"
 
 namespace telephone {
 
@@ -40,8 +41,8 @@ EventHistory::~EventHistory()
 void EventHistory::take()
 {
     for (NumberedEvent& each : channel_->take(1)) {
-        auto event = std::make_shared<PastEvent const>(
-            PastEvent{dispatcher_.delivering(), std::chrono::system_clock::now(), std::move(each.text)});
+        auto event =
+            std::make_shared<PastEvent const>(PastEvent{dispatcher_.delivering(), wallTime(), std::move(each.text)});
         std::lock_guard const lock(mutex_);
         events_.push_back(std::move(event));
         if (events_.size() > kept_) {

@@ -13,6 +13,9 @@
 #include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/spdlog.h>
 
+#include "telephone/time/SteadyClock.h"
+#include "telephone/time/VirtualTime.h"
+
 namespace telephone {
 
 namespace {
@@ -25,7 +28,7 @@ std::atomic<int> currentLevel{kLogInfo};
 std::shared_ptr<spdlog::logger> makeLogger(spdlog::sink_ptr sink)
 {
     auto made = std::make_shared<spdlog::logger>("telephone", std::move(sink));
-    made->set_pattern(kPattern);
+    made->set_pattern(kPattern, isVirtual() ? spdlog::pattern_time_type::utc : spdlog::pattern_time_type::local);
     made->set_level(spdlog::level::trace);  // logLine checks the level
     made->flush_on(spdlog::level::err);
     return made;
@@ -101,7 +104,8 @@ void logLine(int level, std::string_view component, std::string_view text)
         return;
     }
     auto const name = kLevelNames[static_cast<std::size_t>(std::min(level, static_cast<int>(kLogDetail)))];
-    logger()->log(level <= kLogFailure ? spdlog::level::err : spdlog::level::info, "{} [{}] {}", name, component, text);
+    auto const severity = level <= kLogFailure ? spdlog::level::err : spdlog::level::info;
+    logger()->log(wallTime(), spdlog::source_loc{}, severity, fmt::format("{} [{}] {}", name, component, text));
 }
 
 }  // namespace telephone

@@ -2,15 +2,16 @@
 
 #include <algorithm>
 #include <chrono>
-#include <condition_variable>
 #include <mutex>
+
+#include "telephone/time/Condition.h"
 
 // Without priority inheritance: all threads of the telephone have the same priority.
 class Semaphore::State
 {
 public:
     std::mutex mutex;
-    std::condition_variable given;
+    telephone::Condition given{"a semaphore"};
     int maximum = 1;
     int free = 0;
 };
@@ -30,7 +31,7 @@ bool Semaphore::take(int timeoutMilliseconds)
     auto const isFree = [this] { return state_->free > 0; };
     if (timeoutMilliseconds < 0) {
         state_->given.wait(lock, isFree);
-    } else if (!state_->given.wait_for(lock, std::chrono::milliseconds(timeoutMilliseconds), isFree)) {
+    } else if (!state_->given.waitFor(lock, std::chrono::milliseconds(timeoutMilliseconds), isFree)) {
         return false;
     }
     --state_->free;
@@ -41,5 +42,5 @@ void Semaphore::give()
 {
     std::lock_guard const lock(state_->mutex);
     state_->free = std::min(state_->free + 1, state_->maximum);
-    state_->given.notify_one();
+    state_->given.notifyOne();
 }

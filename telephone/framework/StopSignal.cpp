@@ -1,13 +1,15 @@
 #include "telephone/framework/StopSignal.h"
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <system_error>
 
-#include <poll.h>
 #include <pthread.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
+
+#include "telephone/time/Waiting.h"
 
 namespace telephone {
 
@@ -29,9 +31,8 @@ StopSignal::StopSignal()
 
 void StopSignal::wait() const
 {
-    constexpr int kForever = -1;
-    pollfd waited{signals_.get(), POLLIN, 0};
-    while (poll(&waited, 1, kForever) < 0) {
+    std::array<pollfd, 1> waited{{{signals_.get(), POLLIN, 0}}};
+    while (pollUntil(waited, kNoDeadline, "a signal") <= 0) {
     }
 }
 
@@ -43,8 +44,7 @@ void StopSignal::raise() const
 bool StopSignal::isRaised() const
 {
     // The signal is not consumed: all callers see it.
-    pollfd query{signals_.get(), POLLIN, 0};
-    return poll(&query, 1, 0) > 0;
+    return isReadable(signals_.get());
 }
 
 }  // namespace telephone

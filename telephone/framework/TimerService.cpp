@@ -11,7 +11,7 @@
 namespace telephone {
 
 TimerService::TimerService()
-    : thread_([this] { run(); })
+    : thread_("timers", [this] { run(); })
 {}
 
 TimerService::~TimerService()
@@ -23,7 +23,7 @@ void TimerService::deliverTo(Executable* target)
 {
     std::unique_lock lock(mutex_);
     target_ = target;
-    if (std::this_thread::get_id() != thread_.get_id()) {
+    if (std::this_thread::get_id() != thread_.id()) {
         idle_.wait(lock, [&] { return !expiring_; });
     }
 }
@@ -35,7 +35,8 @@ int TimerService::start(std::chrono::milliseconds duration, Action action)
     if (!stopped_) {
         timers_.emplace(Key{Clock::now() + duration, lastId_}, std::move(action));
     }
-    changed_.notify_one();
+    hasChanged_ = true;
+    changed_.notifyOne();
     return lastId_;
 }
 
@@ -57,7 +58,7 @@ void TimerService::stop()
         std::lock_guard const lock(mutex_);
         stopped_ = true;
         timers_.clear();
-        changed_.notify_one();
+        changed_.notifyOne();
     }
     if (thread_.joinable()) {
         thread_.join();
@@ -68,14 +69,11 @@ void TimerService::run()
 {
     std::unique_lock lock(mutex_);
     while (!stopped_) {
-        if (timers_.empty()) {
-            changed_.wait(lock);
-            continue;
-        }
         auto const first = timers_.begin();
-        auto const due = first->first.first;
+        auto const due = first == timers_.end() ? kNoDeadline : first->first.first;
         if (Clock::now() < due) {
-            changed_.wait_until(lock, due);
+            hasChanged_ = false;
+            changed_.waitUntil(lock, due, [this] { return stopped_ || hasChanged_; });
             continue;
         }
         int const id = first->first.second;
@@ -102,7 +100,7 @@ void TimerService::expire(int id, Action const& action, std::unique_lock<std::mu
     }
     lock.lock();
     expiring_ = false;
-    idle_.notify_all();
+    idle_.notifyAll();
 }
 
 }  // namespace telephone

@@ -3,12 +3,13 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
 #include <functional>
 #include <map>
 #include <mutex>
-#include <thread>
 #include <utility>
+
+#include "telephone/time/Condition.h"
+#include "telephone/time/Thread.h"
 
 class Executable;
 
@@ -17,7 +18,7 @@ namespace telephone {
 class TimerService
 {
 public:
-    using Clock = std::chrono::steady_clock;
+    using Clock = SteadyClock;
     using Action = std::function<void()>;
 
     TimerService();
@@ -45,14 +46,15 @@ private:
     void expire(int id, Action const& action, std::unique_lock<std::mutex>& lock);
 
     std::mutex mutex_;
-    std::condition_variable changed_;
-    std::condition_variable idle_;
+    Condition changed_{"a timer"};
+    Condition idle_{"the end of a timer's action"};
     std::map<Key, Action> timers_;  // without an action: numbered
     Executable* target_ = nullptr;
     int lastId_ = 0;
     bool expiring_ = false;
     bool stopped_ = false;
-    std::thread thread_;
+    bool hasChanged_ = false;  // a timer was added since the thread looked
+    Thread thread_;
 };
 
 }  // namespace telephone

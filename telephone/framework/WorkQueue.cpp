@@ -10,7 +10,7 @@ namespace telephone {
 WorkQueue::WorkQueue(std::string name, std::size_t capacity)
     : name_(std::move(name))
     , capacity_(capacity)
-    , thread_([this] { run(); })
+    , thread_(name_, [this] { run(); })
 {}
 
 WorkQueue::~WorkQueue()
@@ -33,7 +33,7 @@ Outcome<> WorkQueue::post(Work work)
         }
         waiting_.push_back(std::move(work));
     }
-    changed_.notify_all();
+    changed_.notifyAll();
     return {};
 }
 
@@ -50,8 +50,8 @@ void WorkQueue::stop()
         stopped_ = true;
         waiting_.clear();
     }
-    changed_.notify_all();
-    if (thread_.joinable() && thread_.get_id() != std::this_thread::get_id()) {
+    changed_.notifyAll();
+    if (thread_.joinable() && thread_.id() != std::this_thread::get_id()) {
         thread_.join();
     }
 }
@@ -75,7 +75,7 @@ void WorkQueue::run()
         }
         lock.lock();
         working_ = false;
-        changed_.notify_all();
+        changed_.notifyAll();
     }
 }
 

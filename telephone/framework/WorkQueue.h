@@ -2,15 +2,15 @@
 // held. The number of waiting pieces is limited, so that a part that hangs cannot exhaust the memory.
 #pragma once
 
-#include <condition_variable>
 #include <cstddef>
 #include <deque>
 #include <functional>
 #include <mutex>
 #include <string>
-#include <thread>
 
 #include "telephone/base/Refusal.h"
+#include "telephone/time/Condition.h"
+#include "telephone/time/Thread.h"
 
 namespace telephone {
 
@@ -39,11 +39,11 @@ private:
     std::string name_;
     std::size_t capacity_;
     std::mutex mutex_;
-    std::condition_variable changed_;
+    Condition changed_{"work"};
     std::deque<Work> waiting_;
     bool working_ = false;
     bool stopped_ = false;
-    std::thread thread_;
+    Thread thread_;
 };
 
 }  // namespace telephone

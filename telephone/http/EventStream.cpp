@@ -11,6 +11,7 @@
 #include "telephone/protocol/EventJson.h"
 #include "telephone/protocol/JsonText.h"
 #include "telephone/protocol/MessageText.h"
+#include "telephone/time/VirtualTime.h"
 
 namespace telephone {
 
@@ -53,7 +54,11 @@ Outcome<std::shared_ptr<EventStream>> EventStream::open(std::string name, Sessio
         return refuse(RefusalKind::kLimit,
                       fmt::format("{} streams are open, which is the most: close one", limits.most));
     }
-    return std::shared_ptr<EventStream>(new EventStream(std::move(name), services, limits));
+    auto const close = [](EventStream const* stream) {
+        Visit const visit;  // to close its session
+        delete stream;
+    };
+    return std::shared_ptr<EventStream>(new EventStream(std::move(name), services, limits), close);
 }
 
 Outcome<> EventStream::select(Words const& events, bool resumes)
@@ -94,7 +99,10 @@ bool EventStream::write(httplib::DataSink& sink)
     }
     came_.clear();
     std::string text = std::exchange(beginning_, {});
-    hasMore_ = session_.takeEvents(kEventsAtOnce, [&](Message const& message) { text += linesOf(message); });
+    {
+        Visit const visit;
+        hasMore_ = session_.takeEvents(kEventsAtOnce, [&](Message const& message) { text += linesOf(message); });
+    }
     auto const now = std::chrono::steady_clock::now();
     if (text.empty() && now - written_ >= place_.limits.silence) {
         text = ": keep-alive\n\n";

@@ -15,6 +15,7 @@
 #include "telephone/http/HttpGuard.h"
 #include "telephone/http/HttpRoutes.h"
 #include "telephone/http/HttpSockets.h"
+#include "telephone/time/VirtualTime.h"
 
 namespace telephone {
 
@@ -137,6 +138,7 @@ struct HttpServer::Parts
 
     void answer(httplib::Request const& request, std::string const& body, httplib::Response& response)
     {
+        Visit const visit;  // the library's threads are not the telephone's
         HttpExchange exchange{access, request, body, response};
         find(request.path)->handler(exchange);
     }
@@ -202,6 +204,7 @@ HttpServer::HttpServer(std::unique_ptr<Parts> parts)
 HttpServer::~HttpServer()
 {
     parts_->access.streams.end.signal();
+    Absence const absence;  // so that requests under way can end
     parts_->server->stop();
     parts_->thread.join();
 }

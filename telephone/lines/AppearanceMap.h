@@ -15,18 +15,19 @@
 #include <vector>
 
 #include "platform/sfi/SfiMCAMapper.h"
+#include "telephone/time/SteadyClock.h"
 
 namespace telephone {
 
 class AppearanceMap final : public SfiMCAMapper
 {
 public:
-    using Clock = std::function<std::chrono::steady_clock::time_point()>;
+    using Clock = std::function<SteadyClock::time_point()>;
 
     // A mapping expires when its call has not begun by then.
     static constexpr std::chrono::seconds kMappingTimeout{10};
 
-    explicit AppearanceMap(Clock clock = &std::chrono::steady_clock::now);
+    explicit AppearanceMap(Clock clock = &SteadyClock::now);
 
     // Adds a multi-call-appearance line with the virtual line numbers of its appearances, the first one first. Before
     // any use.
@@ -58,7 +59,7 @@ private:
     {
         int virtualLine = 0;
         bool callExists = false;
-        std::chrono::steady_clock::time_point madeAt;
+        SteadyClock::time_point madeAt;
     };
 
     bool isCurrent(Mapping const& mapping) const;

@@ -85,7 +85,7 @@ void SettingListeners::leave(Entry& entry)
         std::lock_guard const guard(mutex_);
         entry.running.erase(std::find(entry.running.begin(), entry.running.end(), std::this_thread::get_id()));
     }
-    left_.notify_all();
+    left_.notifyAll();
 }
 
 }  // namespace telephone

@@ -1,7 +1,6 @@
 // The listeners to changed settings. Settings owns it and calls `tell` with no lock held.
 #pragma once
 
-#include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -10,6 +9,8 @@
 #include <string_view>
 #include <thread>
 #include <vector>
+
+#include "telephone/time/Condition.h"
 
 namespace telephone {
 
@@ -47,7 +48,7 @@ private:
     void leave(Entry& entry);
 
     std::mutex mutex_;
-    std::condition_variable left_;
+    Condition left_{"the end of a listener's call"};
     std::vector<std::shared_ptr<Entry>> entries_;
     Id lastId_ = 0;
 };

@@ -6,7 +6,7 @@ namespace telephone {
 
 StoreWatcher::StoreWatcher(Settings& settings, std::chrono::milliseconds interval)
     : settings_(settings)
-    , thread_([this, interval] { run(interval); })
+    , thread_("store watcher", [this, interval] { run(interval); })
 {}
 
 StoreWatcher::~StoreWatcher()
@@ -15,14 +15,14 @@ StoreWatcher::~StoreWatcher()
         std::lock_guard const guard(mutex_);
         ends_ = true;
     }
-    ended_.notify_all();
+    ended_.notifyAll();
     thread_.join();
 }
 
 void StoreWatcher::run(std::chrono::milliseconds interval)
 {
     std::unique_lock guard(mutex_);
-    while (!ended_.wait_for(guard, interval, [this] { return ends_; })) {
+    while (!ended_.waitFor(guard, interval, [this] { return ends_; })) {
         guard.unlock();
         settings_.refresh();
         guard.lock();

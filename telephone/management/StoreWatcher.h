@@ -3,9 +3,10 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
 #include <mutex>
-#include <thread>
+
+#include "telephone/time/Condition.h"
+#include "telephone/time/Thread.h"
 
 namespace telephone {
 
@@ -24,9 +25,9 @@ private:
 
     Settings& settings_;
     std::mutex mutex_;
-    std::condition_variable ended_;
+    Condition ended_{"the next look at the store"};
     bool ends_ = false;
-    std::thread thread_;
+    Thread thread_;
 };
 
 }  // namespace telephone

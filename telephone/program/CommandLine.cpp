@@ -5,6 +5,8 @@
 #include <CLI/CLI.hpp>
 
 #include "telephone/base/Version.h"
+#include "telephone/protocol/TimeText.h"
+#include "telephone/time/VirtualTime.h"
 
 namespace telephone {
 
@@ -22,6 +24,22 @@ CLI::App* add(CLI::App& app, CommandLine& line, Action action, char const* name,
     return command;
 }
 
+constexpr std::string_view kVirtual = "virtual";
+constexpr std::string_view kVirtualFrom = "virtual=";
+
+// "2025-03-30T00:59:00Z" or with milliseconds.
+std::optional<std::chrono::system_clock::time_point> beginningOf(std::string word)
+{
+    if (!word.starts_with(kVirtualFrom)) {
+        return std::nullopt;
+    }
+    word.erase(0, kVirtualFrom.size());
+    if (word.ends_with('Z') && word.find('.') == std::string::npos) {
+        word.insert(word.size() - 1, ".000");
+    }
+    return readTime(word);
+}
+
 void addOptions(CLI::App& app, CommandLine& line)
 {
     app.add_option("-c,--config", line.configuration, "Configuration file (docs/configuration.md)")
@@ -31,6 +49,19 @@ void addOptions(CLI::App& app, CommandLine& line)
     app.add_option("--log-level", line.logLevel, "0 (nothing) to 6 (every request and SIP message)")
         ->check(CLI::Range(0, 6));
     app.add_option("--log-file", line.logFile, "File of the log; default: standard error");
+    CLI::Option* const time =
+        app.add_option_function<std::string>(
+               "--time", [&line](std::string const& word) { static_cast<void>(line.setTime(word)); },
+               "real, virtual, or virtual=2025-03-30T00:59:00Z (its beginning)")
+            ->check(
+                [](std::string const& word) {
+                    auto const set = CommandLine().setTime(word);
+                    return set ? std::string() : set.error().reason;
+                },
+                "");
+    app.add_option("--seed", line.seed,
+                   "Of virtual time: draws who runs first and how long a datagram takes; 0: neither")
+        ->needs(time);
     app.add_flag("--no-exchange", line.withoutExchange, "Start without the built-in exchange");
     app.add_option_function<std::string>(
            "--check", [&line](std::string const& word) { line.checked = *checkedTraffic(word); },
@@ -136,6 +167,17 @@ void addCommands(CLI::App& app, CommandLine& line)
 }
 
 }  // namespace
+
+Outcome<> CommandLine::setTime(std::string const& word)
+{
+    auto const beginning = word == kVirtual ? std::optional(VirtualTime::Settings().start) : beginningOf(word);
+    if (!beginning && word != kRealTime) {
+        return refuse(RefusalKind::kBadInput, "write real, virtual or virtual=2025-03-30T00:59:00Z");
+    }
+    time = word;
+    virtualStart = beginning;
+    return {};
+}
 
 std::optional<CommandLine> CommandLine::read(int count, char const* const* arguments, int& exitStatus)
 {

@@ -1,11 +1,14 @@
 // The telephone's command line.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "telephone/base/Refusal.h"
 #include "telephone/console/Terminal.h"
 #include "telephone/program/TrafficCheck.h"
 #include "telephone/testing/Seeds.h"
@@ -59,6 +62,9 @@ struct CommandLine
     std::string logFile;
     std::optional<int> logLevel;
     bool withoutExchange = false;
+    std::string time;                                                   // as --time has it; empty: it does not say
+    std::optional<std::chrono::system_clock::time_point> virtualStart;  // nothing: in real time
+    std::uint64_t seed = 0;                                             // of virtual time
     CheckedTraffic checked = CheckedTraffic::kNone;
     int port = 0;            // of the exchange without a telephone; 0: the configured one
     std::string script;      // to play; "-": standard input
@@ -72,6 +78,11 @@ struct CommandLine
     std::string lines;                   // watch: separated by commas; empty: all
     std::string events;                  // watch: names, separated by commas; empty: all
     std::optional<std::uint64_t> after;  // watch: begin with the event after this one; nothing: with the next one
+
+    static constexpr std::string_view kRealTime = "real";
+
+    // As --time does. Refused for a wrong word.
+    [[nodiscard]] Outcome<> setTime(std::string const& word);
 
     // Nothing: the program ends at once with the exit status, after --help or after a mistake, which is on standard
     // error.

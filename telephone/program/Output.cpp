@@ -33,7 +33,7 @@ Transcript openTranscript(CommandLine const& line, std::string ownDomain)
     options.ownDomain = std::move(ownDomain);
     options.addresses = line.output.addresses;
     options.date = line.output.date;
-    options.utc = line.output.utc;
+    options.utc = line.output.utc || line.virtualStart;
     fitToTerminal(options, line.output.colour);
     return Transcript([](std::string const& text) { printLine(stdout, text); },
                       [](std::string const& text) { printLine(stderr, text); }, outputKind(line), std::move(options));

@@ -34,6 +34,12 @@ Outcome<CommandLine> withOptions(CommandLine line, ScriptOptions const& options)
         }
         line.checked = *checked;
     }
+    if (!options.time.empty()) {
+        if (auto const set = line.setTime(options.time); !set) {
+            return refuse(RefusalKind::kBadInput, fmt::format("\"{}\" is not a value of the option time: {}",
+                                                              options.time, set.error().reason));
+        }
+    }
     if (!options.config.empty()) {
         line.configuration = std::filesystem::path(line.script).replace_filename(options.config).string();
     }

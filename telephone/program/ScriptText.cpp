@@ -7,6 +7,8 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include "telephone/time/Waiting.h"
+
 namespace telephone {
 
 namespace {
@@ -16,7 +18,7 @@ Outcome<std::string> readInput(int stop)
     std::string text;
     while (true) {
         std::array<pollfd, 2> waited{{{STDIN_FILENO, POLLIN, 0}, {stop, POLLIN, 0}}};
-        poll(waited.data(), waited.size(), -1);
+        pollUntil(waited, kNoDeadline, "the script");
         if (waited[1].revents != 0) {
             return refuse(RefusalKind::kUnavailable, "ended by a signal before the end of the script");
         }

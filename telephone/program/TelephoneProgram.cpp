@@ -3,6 +3,7 @@
 #include <optional>
 #include <sstream>
 
+#include <spdlog/fmt/fmt.h>
 #include <systemd/sd-daemon.h>
 #include <unistd.h>
 
@@ -21,6 +22,7 @@
 #include "telephone/program/StartConfiguration.h"
 #include "telephone/program/TrafficCheck.h"
 #include "telephone/program/WaysIn.h"
+#include "telephone/time/VirtualTime.h"
 
 namespace telephone {
 
@@ -105,6 +107,24 @@ Outcome<int> converse(CommandLine const& line, Configuration const& configuratio
     });
 }
 
+// In virtual time nothing outside this process can be reached.
+Outcome<Configuration> fitToTime(Configuration const& configuration)
+{
+    if (isVirtual() && !configuration.server.registrar.empty()) {
+        return refuse(RefusalKind::kNotSupported,
+                      fmt::format("in virtual time the lines register at the built-in exchange only, not at {}: leave "
+                                  "server.registrar empty, or start with --time real",
+                                  configuration.server.registrar));
+    }
+    if (isVirtual() && !configuration.push.address.empty()) {
+        return refuse(RefusalKind::kNotSupported,
+                      fmt::format("in virtual time no push request can leave the telephone for {}: leave push.address "
+                                  "empty, or start with --time real",
+                                  configuration.push.address));
+    }
+    return configuration;
+}
+
 }  // namespace
 
 Outcome<int> runTelephone(CommandLine const& given, StopSignal const& stop)
@@ -113,7 +133,11 @@ Outcome<int> runTelephone(CommandLine const& given, StopSignal const& stop)
     if (!line) {
         return tl::unexpected(line.error());
     }
-    return startConfiguration(*line).and_then([&](Configuration const& configuration) {
+    std::optional<VirtualTime> virtualTime;
+    if (line->virtualStart) {
+        virtualTime.emplace(VirtualTime::Settings{line->seed, *line->virtualStart, stop.descriptor()});
+    }
+    return startConfiguration(*line).and_then(fitToTime).and_then([&](Configuration const& configuration) {
         return ServiceLibrary::find(line->library).and_then([&](std::string const& library) {
             Telephone telephone(configuration, library);
             std::optional<TrafficCheck> check;

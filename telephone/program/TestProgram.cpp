@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <iterator>
 #include <map>
 
 #include <spdlog/fmt/fmt.h>
@@ -17,6 +18,7 @@
 #include "telephone/testing/ScriptFiles.h"
 #include "telephone/testing/TestOutput.h"
 #include "telephone/testing/TestRun.h"
+#include "telephone/time/SteadyClock.h"
 
 namespace telephone {
 
@@ -68,15 +70,35 @@ std::vector<std::string> folderNames(std::vector<std::string> const& scripts)
     return names;
 }
 
-// All scripts with the first seed, then with the next one.
-std::vector<TestTask> tasksFor(CommandLine const& line, std::vector<std::string> const& scripts)
+// The time of a script: its own word, that of the command line, or virtual.
+std::string timeOf(std::string const& script, CommandLine const& line, StopSignal const& stop)
+{
+    auto const options = readScriptText(script, stop.descriptor()).and_then(scriptOptions);
+    std::string const wanted = options ? options->time : std::string();  // its telephone reports what is wrong
+    return !wanted.empty() ? wanted : line.time.empty() ? "virtual" : line.time;
+}
+
+// All scripts with the first seed, then with the next one. In real time a seed changes nothing.
+std::vector<TestTask> tasksFor(CommandLine const& line, std::vector<std::string> const& scripts, StopSignal const& stop)
 {
     auto const options = commonOptions(line);
     auto const names = folderNames(scripts);
+    std::vector<std::string> times;
+    std::ranges::transform(scripts, std::back_inserter(times),
+                           [&](std::string const& each) { return timeOf(each, line, stop); });
+    Seeds const& seeds = line.test.seeds;
     std::vector<TestTask> tasks;
-    for (std::uint64_t seed = line.test.seeds.first; seed <= line.test.seeds.last; ++seed) {
+    for (std::uint64_t seed = seeds.first; seed - seeds.first <= seeds.last - seeds.first; ++seed) {
         for (std::size_t i = 0; i < scripts.size(); ++i) {
+            bool const isReal = times[i] == CommandLine::kRealTime;
+            if (isReal && seed != seeds.first) {
+                continue;
+            }
             tasks.push_back({scripts[i], seed, fmt::format("{}-{}", names[i], seed), options});
+            if (!isReal) {
+                tasks.back().options.insert(tasks.back().options.begin(),
+                                            {"--time", times[i], "--seed", std::to_string(seed)});
+            }
         }
     }
     return tasks;
@@ -96,11 +118,12 @@ Outcome<std::string> workingFolder(std::string const& wanted)
                                              : Outcome<std::string>(folder);
 }
 
-Outcome<TestPlan> planFor(CommandLine const& line, std::vector<std::string> const& scripts)
+Outcome<TestPlan> planFor(CommandLine const& line, std::vector<std::string> const& scripts, StopSignal const& stop)
 {
     return workingFolder(line.test.files).map([&](std::string const& folder) {
-        return TestPlan{fs::read_symlink("/proc/self/exe").string(), workingOptions(line), tasksFor(line, scripts),
-                        static_cast<std::size_t>(line.test.jobs),    line.test.limit,      folder};
+        return TestPlan{
+            fs::read_symlink("/proc/self/exe").string(), workingOptions(line), tasksFor(line, scripts, stop),
+            static_cast<std::size_t>(line.test.jobs),    line.test.limit,      folder};
     });
 }
 
@@ -160,13 +183,13 @@ Outcome<> writeFiles(CommandLine const& line, std::vector<TestRun::Result> const
 
 Outcome<int> runPlan(CommandLine const& line, TestPlan const& plan, StopSignal const& stop)
 {
-    auto const start = std::chrono::steady_clock::now();
+    auto const start = SteadyClock::now();
     Progress progress(plan.tasks.size());
     TestRun run(plan, stop.descriptor(), [&](TestRun::Result const& result) { progress.note(result, run.running()); });
     auto const results = run.play();
-    double const seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    double const seconds = std::chrono::duration<double>(SteadyClock::now() - start).count();
     progress.clear();
-    std::cout << "\n" << resultTable(results, line.test.seeds) << "\n" << failureList(results);
+    std::cout << "\n" << resultTable(results) << "\n" << failureList(results);
     auto const written = writeFiles(line, results);
     std::cout << "\n" << summaryLine(progress.count(), seconds) << std::endl;
     std::error_code ignored;
@@ -183,7 +206,7 @@ Outcome<int> runTest(CommandLine const& line, StopSignal const& stop)
         std::cerr << "telephone: " << scripts.error().reason << std::endl;
         return kUsage;
     }
-    return planFor(line, *scripts).and_then([&](TestPlan const& plan) { return runPlan(line, plan, stop); });
+    return planFor(line, *scripts, stop).and_then([&](TestPlan const& plan) { return runPlan(line, plan, stop); });
 }
 
 }  // namespace telephone

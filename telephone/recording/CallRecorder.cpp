@@ -74,7 +74,7 @@ CallRecorder::CallRecorder(RecordingConfiguration configuration, RecordableCalls
     : settings_(std::move(configuration))
     , calls_(std::move(calls))
     , post_(std::move(post))
-    , thread_([this] { run(); })
+    , thread_("recordings", [this] { run(); })
 {}
 
 CallRecorder::~CallRecorder()
@@ -84,7 +84,7 @@ CallRecorder::~CallRecorder()
         std::lock_guard const guard(mutex_);
         ends_ = true;
     }
-    changed_.notify_all();
+    changed_.notifyAll();
     thread_.join();
 }
 
@@ -197,7 +197,7 @@ bool CallRecorder::list(std::shared_ptr<CallRecording> const& recording)
     }
     recordings_.push_back(recording);
     sendStatus(recording->call(), true);
-    changed_.notify_all();
+    changed_.notifyAll();
     return true;
 }
 
@@ -224,7 +224,7 @@ bool CallRecorder::end(Choice const& choice)
         calls_.removeTap(recording->call().callID, *recording);
         recording->finish();
     }
-    changed_.notify_all();
+    changed_.notifyAll();
     return !chosen.empty();
 }
 
@@ -286,11 +286,9 @@ void CallRecorder::sendStatus(CallSnapshot const& call, bool recorded)
 
 std::string CallRecorder::pathFor(CallSnapshot const& call) const
 {
-    auto const now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-    std::tm local = {};
-    localtime_r(&now, &local);
+    std::tm const now = localCalendar(wallTime());
     std::array<char, 32> time{};
-    std::strftime(time.data(), time.size(), "%Y%m%d-%H%M%S", &local);
+    std::strftime(time.data(), time.size(), "%Y%m%d-%H%M%S", &now);
     auto const stem =
         fmt::format("{}/{}-{}-{}", settings_.folder, fileNamePart(call.line.lineURI), call.callID, time.data());
     auto path = stem + ".wav";
@@ -307,7 +305,7 @@ void CallRecorder::run()
         if (recordings_.empty()) {
             changed_.wait(guard, [this] { return ends_ || !recordings_.empty(); });
         } else {
-            changed_.wait_for(guard, kWriteInterval);
+            changed_.waitFor(guard, kWriteInterval, [] { return false; });
         }
         auto const recordings = recordings_;
         guard.unlock();

@@ -8,12 +8,10 @@
 // which lists all recorded calls.
 #pragma once
 
-#include <condition_variable>
 #include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "platform/recording/MediaRecordingService.h"
@@ -23,6 +21,8 @@
 #include "telephone/configuration/Configuration.h"
 #include "telephone/framework/OnlyObject.h"
 #include "telephone/recording/CallRecording.h"
+#include "telephone/time/Condition.h"
+#include "telephone/time/Thread.h"
 
 namespace telephone {
 
@@ -86,13 +86,13 @@ private:
     RecordableCalls const calls_;
     EventPoster const post_;
     mutable std::mutex mutex_;
-    std::condition_variable changed_;
+    Condition changed_{"recordings"};
     std::unique_ptr<RecordingConfigManager> configuration_;
     MgmtAgentIfc* agent_ = nullptr;
     Recordings recordings_;  // until their files are complete
     bool ends_ = false;
     OnlyObject<CallRecorder> const only_{*this, "a recorder"};
-    std::thread thread_;
+    Thread thread_;
 };
 
 }  // namespace telephone

@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "telephone/sip/Stack.h"
+#include "telephone/time/SteadyClock.h"
 
 namespace telephone::sip {
 
@@ -33,7 +34,7 @@ std::string hex(Hash const& value)
 std::int64_t secondsNow()
 {
     using namespace std::chrono;
-    return duration_cast<seconds>(steady_clock::now().time_since_epoch()).count();
+    return duration_cast<seconds>(SteadyClock::now().time_since_epoch()).count();
 }
 
 }  // namespace

@@ -3,10 +3,12 @@
 #include <chrono>
 #include <mutex>
 #include <stdexcept>
-#include <thread>
 
 #include "telephone/sip/EventLoop.h"
+#include "telephone/sip/MemoryNetwork.h"
 #include "telephone/sip/Timer.h"
+#include "telephone/time/VirtualTime.h"
+#include "telephone/time/Waiting.h"
 
 namespace telephone::sip {
 
@@ -103,15 +105,15 @@ void Element::settle()
     if (!stack_ || loop_.isLockedByCaller()) {
         return;
     }
-    auto const deadline = std::chrono::steady_clock::now() + config_.closingTime;
-    while (std::chrono::steady_clock::now() < deadline) {
+    auto const deadline = SteadyClock::now() + config_.closingTime;
+    while (SteadyClock::now() < deadline) {
         {
             std::lock_guard guard(loop_);
             if (mem_nrefs(stack_) <= 1) {
                 return;
             }
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        sleepFor(std::chrono::milliseconds(2));
     }
 }
 
@@ -182,6 +184,12 @@ Outcome<Route> Element::routeTo(Account const& account, std::string const& targe
     sa resolved{};
     if (account.proxy.empty() && sa_set_str(&resolved, uri->host.c_str(), SIP_PORT) != 0) {
         return refuse(RefusalKind::kBadInput, "host \"" + uri->host + "\" is not an IP address");
+    }
+    sa_set_port(&resolved, uri->port == 0 ? static_cast<std::uint16_t>(SIP_PORT) : uri->port);
+    if (isVirtual() && account.proxy.empty() && !isInMemory(resolved)) {
+        return refuse(RefusalKind::kUnavailable,
+                      "in virtual time only the telephone and its exchange can be reached, and neither is at " +
+                          addressText(resolved));
     }
     Route route;
     route.target = uri->format();

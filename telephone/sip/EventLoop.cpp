@@ -10,8 +10,11 @@
 
 #include <pthread.h>
 
+#include "telephone/sip/MemoryNetwork.h"
 #include "telephone/sip/Stack.h"
 #include "telephone/sip/StackTimers.h"
+#include "telephone/time/Thread.h"
+#include "telephone/time/Waiting.h"
 
 namespace telephone::sip {
 
@@ -24,6 +27,11 @@ constexpr int kWake = 0;
 constexpr int kQuit = 1;
 
 std::atomic<bool> loopExists{false};
+
+SteadyClock::time_point timeOfExpiry(std::uint64_t milliseconds)
+{
+    return milliseconds == kNoTimer ? kNoDeadline : SteadyClock::time_point(std::chrono::milliseconds(milliseconds));
+}
 
 // How often this thread holds the lock. There is only one loop.
 thread_local int lockDepth = 0;
@@ -42,13 +50,15 @@ struct EventLoop::Impl
     Impl();
     ~Impl();
     void run();
+    void runInMemory();
     void wake();
     void runWork();
 
     pthread_mutex_t mutex{};
     mqueue* queue = nullptr;
-    std::thread thread;
+    Thread thread;
     std::atomic<bool> wakePending{false};
+    bool ends = false;  // in virtual time
     std::mutex workMutex;
     std::deque<std::function<void()>> work;
 };
@@ -92,13 +102,35 @@ EventLoop::Impl::~Impl()
 void EventLoop::Impl::run()
 {
     loopThread = std::this_thread::get_id();
-    (void)re_main(nullptr);
+    if (isVirtual()) {
+        runInMemory();
+    } else {
+        (void)re_main(nullptr);
+    }
     loopThread = std::thread::id();
+}
+
+// In virtual time the stack has no descriptors: datagrams come from the network in memory.
+void EventLoop::Impl::runInMemory()
+{
+    MemoryNetwork& network = memoryNetwork();
+    re_thread_enter();
+    while (!ends) {
+        auto const next = std::min(timeOfExpiry(firstExpiry()), network.nextArrival());
+        re_thread_leave();
+        awaitVirtually(next, "SIP", [&] { return ends || wakePending || network.nextArrival() < next; });
+        re_thread_enter();
+        wakePending = false;
+        network.deliver();
+        runWork();
+        expireTimers();
+    }
+    re_thread_leave();
 }
 
 void EventLoop::Impl::wake()
 {
-    if (!wakePending.exchange(true)) {
+    if (!wakePending.exchange(true) && !isVirtual()) {
         (void)mqueue_push(queue, kWake, nullptr);
     }
 }
@@ -140,7 +172,7 @@ void EventLoop::start()
     if (impl_->thread.joinable()) {
         return;
     }
-    impl_->thread = std::thread([this] { impl_->run(); });
+    impl_->thread = Thread("SIP", [this] { impl_->run(); });
 }
 
 void EventLoop::stop()
@@ -148,7 +180,8 @@ void EventLoop::stop()
     if (!impl_->thread.joinable()) {
         return;
     }
-    while (mqueue_push(impl_->queue, kQuit, nullptr) != 0) {
+    impl_->ends = true;
+    while (!isVirtual() && mqueue_push(impl_->queue, kQuit, nullptr) != 0) {
         std::this_thread::yield();
     }
     impl_->thread.join();

@@ -4,6 +4,7 @@
 #include <chrono>
 
 #include "telephone/sip/Stack.h"
+#include "telephone/time/SteadyClock.h"
 
 // The stack's timers, the first to expire at the head. The stack exports the function without declaring it.
 extern "C" list* tmrl_get(void);
@@ -46,6 +47,11 @@ std::uint64_t firstExpiry()
     return first ? expiryOf(first) : kNoTimer;
 }
 
+void expireTimers()
+{
+    tmr_poll(tmrl_get());
+}
+
 void accelerateTimers(unsigned factor)
 {
     acceleration = factor;
@@ -57,7 +63,8 @@ void accelerateTimers(unsigned factor)
 std::uint64_t tmr_jiffies()
 {
     using namespace std::chrono;
-    return static_cast<std::uint64_t>(duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count());
+    return static_cast<std::uint64_t>(
+        duration_cast<milliseconds>(telephone::SteadyClock::now().time_since_epoch()).count());
 }
 
 void tmr_start(tmr* timer, std::uint64_t delay, tmr_h* handler, void* argument)

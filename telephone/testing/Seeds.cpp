@@ -10,7 +10,7 @@ namespace telephone {
 
 namespace {
 
-constexpr std::uint64_t kMost = 1000000;
+constexpr std::uint64_t kMostSeeds = 1000000;
 
 std::optional<std::uint64_t> seedOf(std::string_view text)
 {
@@ -33,8 +33,8 @@ Outcome<Seeds> Seeds::parse(std::string const& text)
     if (*last < *first) {
         return refuse(RefusalKind::kBadInput, fmt::format("the range of seeds {} runs backwards", text));
     }
-    if (*last - *first >= kMost) {
-        return refuse(RefusalKind::kBadInput, fmt::format("{} is more than {} seeds", text, kMost));
+    if (*last - *first >= kMostSeeds) {
+        return refuse(RefusalKind::kBadInput, fmt::format("{} is more than {} seeds", text, kMostSeeds));
     }
     return Seeds{*first, *last};
 }

@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
+#include <optional>
 
 #include <spdlog/fmt/fmt.h>
 #include <spdlog/fmt/ranges.h>
 
 #include "telephone/access/Words.h"
 #include "telephone/display/SafeText.h"
+#include "telephone/testing/Seeds.h"
 
 namespace telephone {
 
@@ -38,12 +40,14 @@ bool isFailure(ScriptVerdict verdict)
 struct TableRow
 {
     std::map<ScriptVerdict, std::size_t> counts;
+    std::optional<Seeds> seeds;
     double seconds = 0;
     double played = 0;
 
     void add(TestRun::Result const& result)
     {
         ++counts[result.verdict];
+        seeds = {seeds ? seeds->first : result.task.seed, result.task.seed};
         seconds += result.seconds;
         played += result.report.result.seconds;
     }
@@ -84,7 +88,7 @@ std::string resultLine(TestRun::Result const& result)
     return fmt::format("{:<7} {}, {:.2f} s", wordFor(result.verdict), titleOf(result.task), result.seconds);
 }
 
-std::string resultTable(std::vector<TestRun::Result> const& results, Seeds const& seeds)
+std::string resultTable(std::vector<TestRun::Result> const& results)
 {
     std::map<std::string, TableRow> rows;
     std::size_t width = 0;
@@ -94,8 +98,8 @@ std::string resultTable(std::vector<TestRun::Result> const& results, Seeds const
     }
     std::string text = fmt::format("{:<{}}  {:<8}  {:>9}  {:>10}  result\n", "script", width, "seed", "time", "played");
     for (auto const& [script, row] : rows) {
-        text += fmt::format("{:<{}}  {:<8}  {:>7.2f} s  {:>8.2f} s  {}\n", script, width, seeds.text(), row.seconds,
-                            row.played, row.verdict());
+        text += fmt::format("{:<{}}  {:<8}  {:>7.2f} s  {:>8.2f} s  {}\n", script, width, row.seeds->text(),
+                            row.seconds, row.played, row.verdict());
     }
     return text;
 }

@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "telephone/testing/Seeds.h"
 #include "telephone/testing/TestRun.h"
 
 namespace telephone {
@@ -27,7 +26,7 @@ struct TestCount
 // "passed  a.script, seed 17, 0.5 s"
 [[nodiscard]] std::string resultLine(TestRun::Result const& result);
 // A row for each script, with all its seeds.
-[[nodiscard]] std::string resultTable(std::vector<TestRun::Result> const& results, Seeds const& seeds);
+[[nodiscard]] std::string resultTable(std::vector<TestRun::Result> const& results);
 // Of each script that failed: with which seed, why, the command that repeats it, and where its files are. Empty if none
 // failed.
 [[nodiscard]] std::string failureList(std::vector<TestRun::Result> const& results);

@@ -1,6 +1,7 @@
 #include "telephone/testing/TestRun.h"
 
 #include <algorithm>
+#include <array>
 #include <csignal>
 #include <cstring>
 #include <filesystem>
@@ -12,6 +13,8 @@
 #include <spdlog/fmt/fmt.h>
 #include <sys/wait.h>
 
+#include "telephone/time/Waiting.h"
+
 namespace telephone {
 
 namespace {
@@ -22,31 +25,28 @@ namespace fs = std::filesystem;
 constexpr auto kGrace = 2s;  // to write the report after SIGTERM
 constexpr char const* kReport = "report.json";
 
-using Clock = std::chrono::steady_clock;
-
-Clock::duration secondsOf(double seconds)
+SteadyClock::duration secondsOf(double seconds)
 {
-    return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
+    return std::chrono::duration_cast<SteadyClock::duration>(std::chrono::duration<double>(seconds));
 }
 
-std::string lastLineOf(std::string const& file)
+std::string endOf(int status)
 {
-    std::ifstream stream(file);
-    std::string last;
+    return WIFSIGNALED(status) ? fmt::format("ended by signal {} ({})", WTERMSIG(status), strsignal(WTERMSIG(status)))
+                               : fmt::format("ended with status {}", WEXITSTATUS(status));
+}
+
+// The last lines on its standard error.
+std::vector<std::string> lastWords(std::string const& folder)
+{
+    std::ifstream stream(folder + "/" + ScriptProcess::kErrors);
+    std::vector<std::string> lines;
     for (std::string line; std::getline(stream, line);) {
-        last = line.empty() ? last : line;
+        lines.push_back(line);
     }
-    return last;
-}
-
-// "ended with status 4: telephone: check: ..."
-std::string endOf(int status, std::string const& folder)
-{
-    std::string const end = WIFSIGNALED(status)
-                                ? fmt::format("ended by signal {} ({})", WTERMSIG(status), strsignal(WTERMSIG(status)))
-                                : fmt::format("ended with status {}", WEXITSTATUS(status));
-    std::string const last = lastLineOf(folder + "/" + ScriptProcess::kErrors);
-    return last.empty() ? end : end + ": " + last;
+    constexpr std::size_t kMostLines = 20;
+    lines.erase(lines.begin(), lines.end() - static_cast<std::ptrdiff_t>(std::min(lines.size(), kMostLines)));
+    return lines;
 }
 
 std::vector<std::string> failureTexts(std::string const& script, ScriptResult const& result)
@@ -106,7 +106,7 @@ void TestRun::start(std::size_t number)
     if (!process) {
         return finish(number, Result{task, ScriptVerdict::kBroken, {process.error().reason}, 0, {}, folder});
     }
-    auto const now = Clock::now();
+    auto const now = SteadyClock::now();
     running_.push_back({number, *std::move(process), now, now + secondsOf(plan_.limit)});
     listener_(results_[number]);
 }
@@ -114,20 +114,18 @@ void TestRun::start(std::size_t number)
 void TestRun::wait() const
 {
     std::vector<pollfd> waited{{stop_, POLLIN, 0}};
-    auto deadline = Clock::time_point::max();
+    auto deadline = kNoDeadline;
     for (Running const& each : running_) {
         waited.push_back({each.process.descriptor(), POLLIN, 0});
         deadline = std::min(deadline, each.deadline);
     }
-    auto const left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-    poll(waited.data(), waited.size(), static_cast<int>(std::max(left, 0ms).count()));
+    pollUntil(waited, deadline, "telephones");
 }
 
 void TestRun::takeEnded()
 {
     for (auto each = running_.begin(); each != running_.end();) {
-        pollfd query{each->process.descriptor(), POLLIN, 0};
-        if (poll(&query, 1, 0) > 0) {
+        if (isReadable(each->process.descriptor())) {
             Running ended = std::move(*each);
             each = running_.erase(each);
             judge(std::move(ended));
@@ -140,7 +138,7 @@ void TestRun::takeEnded()
 void TestRun::endLate()
 {
     for (Running& each : running_) {
-        if (Clock::now() < each.deadline) {
+        if (SteadyClock::now() < each.deadline) {
             continue;
         }
         if (each.isLate) {
@@ -149,7 +147,7 @@ void TestRun::endLate()
             each.process.terminate();
         }
         each.isLate = true;
-        each.deadline = Clock::now() + kGrace;
+        each.deadline = SteadyClock::now() + kGrace;
     }
 }
 
@@ -157,7 +155,7 @@ void TestRun::judge(Running ended)
 {
     int const status = ended.process.wait();
     Result result = verdictOn(ended, status);
-    result.seconds = std::chrono::duration<double>(Clock::now() - ended.start).count();
+    result.seconds = std::chrono::duration<double>(SteadyClock::now() - ended.start).count();
     std::string const folder = folderOf(result.task);
     if (result.verdict == ScriptVerdict::kPassed) {
         std::error_code ignored;
@@ -181,7 +179,8 @@ TestRun::Result TestRun::verdictOn(Running const& ended, int status) const
         result.verdict = ScriptVerdict::kFailed;
     } else if (!read || status != 0) {
         result.verdict = ScriptVerdict::kBroken;
-        result.reasons = {endOf(status, folderOf(task))};
+        result.reasons = lastWords(folderOf(task));
+        result.reasons.insert(result.reasons.begin(), endOf(status));
     }
     return result;
 }
@@ -197,11 +196,10 @@ void TestRun::stopAll()
     for (Running const& each : running_) {
         each.process.terminate();
     }
-    auto const end = Clock::now() + kGrace;
-    for (Running& each : running_) {
-        pollfd query{each.process.descriptor(), POLLIN, 0};
-        auto const left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
-        poll(&query, 1, static_cast<int>(std::max(left, 0ms).count()));
+    auto const end = SteadyClock::now() + kGrace;
+    for (Running const& each : running_) {
+        std::array<pollfd, 1> waited{{{each.process.descriptor(), POLLIN, 0}}};
+        pollUntil(waited, end, "telephones that end");
         results_[each.task].kept = folderOf(plan_.tasks[each.task]);
     }
     // The destructors end and take those that are left.
@@ -210,8 +208,7 @@ void TestRun::stopAll()
 
 bool TestRun::mustStop() const
 {
-    pollfd query{stop_, POLLIN, 0};
-    return poll(&query, 1, 0) > 0;
+    return isReadable(stop_);
 }
 
 std::vector<std::string> TestRun::running() const

@@ -7,7 +7,6 @@
 // Whatever the scripts do, its own time is real: a telephone that does not end in time is ended.
 #pragma once
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -18,6 +17,7 @@
 #include "telephone/console/ScriptReport.h"
 #include "telephone/testing/PlayReport.h"
 #include "telephone/testing/ScriptProcess.h"
+#include "telephone/time/SteadyClock.h"
 
 namespace telephone {
 
@@ -65,14 +65,12 @@ public:
     [[nodiscard]] std::vector<std::string> running() const;
 
 private:
-    using Clock = std::chrono::steady_clock;
-
     struct Running
     {
         std::size_t task;  // its number in the plan
         ScriptProcess process;
-        Clock::time_point start;
-        Clock::time_point deadline;
+        SteadyClock::time_point start;
+        SteadyClock::time_point deadline;
         bool isLate = false;  // it was told to end
     };
 

@@ -120,7 +120,7 @@ TEST_F(TestRunner, WrongOption_BreaksTheScriptWithItsLine)
     Ended const result = test({wrong});
 
     EXPECT_EQ(result.status, 1);
-    EXPECT_TRUE(has(result.output, "    ended with status 1: telephone: " + wrong +
+    EXPECT_TRUE(has(result.output, "    ended with status 1\n    telephone: " + wrong +
                                        ": \"some\" is not a value of the option check: none, events or all\n"))
         << result.output;
 }
@@ -144,7 +144,7 @@ TEST_F(TestRunner, TelephoneThatEndsAtAContradiction_IsBrokenWithItsLastWords)
     Ended const result = test({wrong});
 
     EXPECT_EQ(result.status, 1);
-    EXPECT_TRUE(has(result.output, "broken: " + wrong + ", seed 0\n    ended with status 4: telephone: check: "))
+    EXPECT_TRUE(has(result.output, "broken: " + wrong + ", seed 0\n    ended with status 4\n    telephone: check: "))
         << result.output;
 }
 
