@@ -117,7 +117,8 @@ void addTest(CLI::App& app, CommandLine& line)
     constexpr double kLongestLimit = 86400;
     CLI::App* const test = add(app, line, Action::kTest, "test", "Plays scripts, each in a telephone of its own");
     test->add_option("PATHS", choice.scripts, "Scripts, and folders with files *.script")->required();
-    test->add_option("-j,--jobs", choice.jobs, "Telephones at a time; default: 1")->check(CLI::Range(1, kMostJobs));
+    test->add_option("-j,--jobs", choice.jobs, "Telephones at a time; default: one for each processor")
+        ->check(CLI::Range(1, kMostJobs));
     test->add_option_function<std::string>(
         "--seeds", [&choice](std::string const& text) { choice.seeds = readSeeds(text); },
         "Plays each script with each of the seeds A-B; default: 0");

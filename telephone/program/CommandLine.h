@@ -45,7 +45,7 @@ struct OutputChoice
 struct TestChoice
 {
     std::vector<std::string> scripts;  // files and folders
-    int jobs = 1;
+    std::optional<int> jobs;           // telephones at a time; nothing: one for each processor
     Seeds seeds;
     double limit = 120;                   // seconds for each script
     std::string files;                    // folder for those of failed scripts; empty: a new one

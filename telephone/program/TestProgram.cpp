@@ -7,6 +7,7 @@
 #include <map>
 
 #include <spdlog/fmt/fmt.h>
+#include <sys/sysinfo.h>
 
 #include "telephone/access/Words.h"
 #include "telephone/console/ScriptOptions.h"
@@ -74,8 +75,10 @@ std::vector<std::string> folderNames(std::vector<std::string> const& scripts)
 std::string timeOf(std::string const& script, CommandLine const& line, StopSignal const& stop)
 {
     auto const options = readScriptText(script, stop.descriptor()).and_then(scriptOptions);
-    std::string const wanted = options ? options->time : std::string();  // its telephone reports what is wrong
-    return !wanted.empty() ? wanted : line.time.empty() ? "virtual" : line.time;
+    std::string const own = options ? options->time : std::string();
+    // A wrong one is left to its telephone, which says what is wrong.
+    bool const decides = !own.empty() && CommandLine().setTime(own);
+    return decides ? own : line.time.empty() ? "virtual" : line.time;
 }
 
 // All scripts with the first seed, then with the next one. In real time a seed changes nothing.
@@ -118,22 +121,35 @@ Outcome<std::string> workingFolder(std::string const& wanted)
                                              : Outcome<std::string>(folder);
 }
 
+std::size_t jobsFor(CommandLine const& line)
+{
+    return static_cast<std::size_t>(line.test.jobs.value_or(std::max(1, get_nprocs())));
+}
+
 Outcome<TestPlan> planFor(CommandLine const& line, std::vector<std::string> const& scripts, StopSignal const& stop)
 {
     return workingFolder(line.test.files).map([&](std::string const& folder) {
-        return TestPlan{
-            fs::read_symlink("/proc/self/exe").string(), workingOptions(line), tasksFor(line, scripts, stop),
-            static_cast<std::size_t>(line.test.jobs),    line.test.limit,      folder};
+        return TestPlan{fs::read_symlink("/proc/self/exe").string(),
+                        workingOptions(line),
+                        tasksFor(line, scripts, stop),
+                        jobsFor(line),
+                        line.test.limit,
+                        folder};
     });
 }
 
 // --- the run
 
-// On a terminal, one line that is written again and again; otherwise a line for each script.
+// On a terminal, one line that is written again and again; otherwise a line for each script, with several seeds only
+// for one that did not pass.
 class Progress
 {
 public:
-    explicit Progress(std::size_t all) { count_.all = all; }
+    Progress(std::size_t all, bool withPassed)
+        : withPassed_(withPassed)
+    {
+        count_.all = all;
+    }
 
     // A task that is not over has been started.
     void note(TestRun::Result const& result, std::vector<std::string> const& running)
@@ -141,7 +157,7 @@ public:
         count_.add(result.verdict);
         if (std::size_t const columns = terminalWidth(); columns != 0) {
             std::cout << "\r\x1b[K" << progressLine(count_, running, columns - 1) << std::flush;
-        } else if (result.verdict != ScriptVerdict::kNotRun) {
+        } else if (isWorthALine(result.verdict)) {
             std::cout << resultLine(result) << std::endl;
         }
     }
@@ -154,6 +170,12 @@ public:
     [[nodiscard]] TestCount const& count() const { return count_; }
 
 private:
+    [[nodiscard]] bool isWorthALine(ScriptVerdict verdict) const
+    {
+        return verdict != ScriptVerdict::kNotRun && (withPassed_ || verdict != ScriptVerdict::kPassed);
+    }
+
+    bool const withPassed_;
     TestCount count_;
 };
 
@@ -184,7 +206,7 @@ Outcome<> writeFiles(CommandLine const& line, std::vector<TestRun::Result> const
 Outcome<int> runPlan(CommandLine const& line, TestPlan const& plan, StopSignal const& stop)
 {
     auto const start = SteadyClock::now();
-    Progress progress(plan.tasks.size());
+    Progress progress(plan.tasks.size(), line.test.seeds.first == line.test.seeds.last);
     TestRun run(plan, stop.descriptor(), [&](TestRun::Result const& result) { progress.note(result, run.running()); });
     auto const results = run.play();
     double const seconds = std::chrono::duration<double>(SteadyClock::now() - start).count();

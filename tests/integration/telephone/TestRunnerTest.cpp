@@ -297,3 +297,59 @@ TEST_F(TestRunner, OptionsOfAScriptFromStandardInput_AreRefused)
     EXPECT_EQ(lastLine(result.output),
               "telephone: a script from standard input has no options: give them on the command line");
 }
+
+TEST_F(TestRunner, Time_IsVirtualUnlessTheScriptOrTheCommandSaysReal)
+{
+    std::string const waits = script("waits.script", "pause 3600\n");
+
+    Ended const result = test({waits, "--limit", "30"});
+    Ended const real = test({waits, "--limit", "0.5", "--time", "real"});
+
+    EXPECT_EQ(result.status, 0) << result.output;
+    EXPECT_TRUE(has(result.output, "  3600.00 s  passed\n")) << result.output;
+    EXPECT_EQ(real.status, 1) << real.output;
+    EXPECT_TRUE(has(real.output, "    it did not end within 0.5 s\n")) << real.output;
+}
+
+TEST_F(TestRunner, ScriptInRealTime_IsPlayedWithTheFirstSeedAlone)
+{
+    script("a.script", "option time real\nsay x\n");
+    script("b.script", "say x\n");
+
+    Ended const result = test({folder_.path(), "--seeds", "3-5"});
+
+    EXPECT_TRUE(lastLine(result.output).starts_with("4 of 4 passed, in ")) << result.output;
+    EXPECT_TRUE(has(result.output, "a.script  3  ")) << result.output;
+    EXPECT_TRUE(has(result.output, "b.script  3-5  ")) << result.output;
+}
+
+TEST_F(TestRunner, FailureWithASeed_IsTheSameInTheNextRun)
+{
+    std::string const bad = script("bad.script", "OutgoingCallMakeRequest Line=4711 CallID=1 Destination=100\n"
+                                                 "wait CallHeldEvent within 5\n");
+
+    Ended const first = test({bad, "--seeds", "7"});
+    std::string const log = contentOf(files() + "/bad-7/log");
+    std::string const transcript = contentOf(files() + "/bad-7/transcript");
+    Ended const second = test({bad, "--seeds", "7"});
+
+    EXPECT_TRUE(has(first.output, "    again: telephone --time virtual --seed 7 --check all play " + bad + "\n"))
+        << first.output;
+    EXPECT_TRUE(has(log, "INVITE sip:")) << log;
+    EXPECT_EQ(contentOf(files() + "/bad-7/log"), log);
+    EXPECT_TRUE(has(transcript, "connected")) << transcript;
+    EXPECT_EQ(contentOf(files() + "/bad-7/transcript"), transcript);
+}
+
+TEST_F(TestRunner, WrongTimeOfAScript_BreaksIt)
+{
+    std::string const wrong = script("wrong.script", "option time unreal\nsay x\n");
+
+    Ended const result = test({wrong});
+
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(has(result.output, "    telephone: " + wrong +
+                                       ": \"unreal\" is not a value of the option time: write real, virtual or "
+                                       "virtual=2025-03-30T00:59:00Z\n"))
+        << result.output;
+}
