@@ -185,7 +185,7 @@ Outcome<Route> Element::routeTo(Account const& account, std::string const& targe
     if (account.proxy.empty() && sa_set_str(&resolved, uri->host.c_str(), SIP_PORT) != 0) {
         return refuse(RefusalKind::kBadInput, "host \"" + uri->host + "\" is not an IP address");
     }
-    sa_set_port(&resolved, uri->port == 0 ? static_cast<std::uint16_t>(SIP_PORT) : uri->port);
+    sa_set_port(&resolved, uri->port == 0 ? std::uint16_t{SIP_PORT} : uri->port);
     if (isVirtual() && account.proxy.empty() && !isInMemory(resolved)) {
         return refuse(RefusalKind::kUnavailable,
                       "in virtual time only the telephone and its exchange can be reached, and neither is at " +

@@ -34,26 +34,30 @@ SteadyClock::duration MemoryNetwork::delay()
 
 void MemoryNetwork::send(sa const& from, sa const& to, Arrival arrival)
 {
-    auto& last = last_[{SocketAddress(from), SocketAddress(to)}];
+    Flow const flow{SocketAddress(from), SocketAddress(to)};
+    auto& last = last_[flow];
     last = std::max(last, SteadyClock::now() + delay());
-    arrivals_.emplace(last, std::move(arrival));
+    packets_.emplace(last, Packet{flow, std::move(arrival)});
 }
 
 SteadyClock::time_point MemoryNetwork::nextArrival() const
 {
-    return arrivals_.empty() ? kNoDeadline : arrivals_.begin()->first;
+    return packets_.empty() ? kNoDeadline : packets_.begin()->first;
 }
 
 void MemoryNetwork::deliver()
 {
     // What is sent meanwhile waits for the next turn, so that no exchange of messages keeps the loop to itself.
-    auto const end = arrivals_.upper_bound(SteadyClock::now());
-    std::multimap<SteadyClock::time_point, Arrival> due;
-    while (arrivals_.begin() != end) {
-        due.insert(due.end(), arrivals_.extract(arrivals_.begin()));
+    auto const end = packets_.upper_bound(SteadyClock::now());
+    std::multimap<SteadyClock::time_point, Packet> due;
+    while (packets_.begin() != end) {
+        due.insert(due.end(), packets_.extract(packets_.begin()));
     }
-    for (auto const& [time, arrival] : due) {
-        arrival();
+    for (auto const& [time, packet] : due) {
+        if (auto const last = last_.find(packet.flow); last != last_.end() && last->second == time) {
+            last_.erase(last);
+        }
+        packet.arrival();
     }
 }
 

@@ -46,9 +46,15 @@ private:
 
     [[nodiscard]] SteadyClock::duration delay();
 
+    struct Packet
+    {
+        Flow flow;
+        Arrival arrival;
+    };
+
     // In the order of their time, and then of their sending.
-    std::multimap<SteadyClock::time_point, Arrival> arrivals_;
-    std::map<Flow, SteadyClock::time_point> last_;
+    std::multimap<SteadyClock::time_point, Packet> packets_;
+    std::map<Flow, SteadyClock::time_point> last_;  // packet under way
     std::uint16_t lastPort_ = 40000;
 };
 

@@ -1,0 +1,311 @@
+#include "telephone/sip/MemoryNetwork.h"
+
+#include <array>
+#include <cerrno>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "telephone/time/VirtualTime.h"
+#include "telephone/time/Waiting.h"
+
+// The functions of the stack that virtual time replaces, as the stack itself calls them.
+namespace telephone::sip {
+namespace {
+
+using namespace std::chrono_literals;
+
+sa addressOf(char const* host, std::uint16_t port = 0)
+{
+    sa address{};
+    sa_set_str(&address, host, port);
+    return address;
+}
+
+std::string textOf(mbuf const& buffer)
+{
+    return {reinterpret_cast<char const*>(mbuf_buf(&buffer)), mbuf_get_left(&buffer)};
+}
+
+void fill(mbuf& buffer, std::string const& text)
+{
+    mbuf_rewind(&buffer);
+    (void)mbuf_write_str(&buffer, text.c_str());
+    mbuf_set_pos(&buffer, 0);
+}
+
+class MemoryNetworkTest : public testing::Test
+{
+protected:
+    explicit MemoryNetworkTest(std::uint64_t seed = 0)
+        : time_({.seed = seed})
+    {
+        *buffer_.out() = mbuf_alloc(64);
+    }
+
+    // Everything that arrives within a second.
+    static void deliverAll()
+    {
+        for (int i = 0; i < 100; ++i) {
+            memoryNetwork().deliver();
+            sleepFor(10ms);
+        }
+    }
+
+    VirtualTime const time_;
+    Ref<mbuf> buffer_;
+};
+
+// A datagram socket that keeps what it received.
+struct Receiver
+{
+    explicit Receiver(std::uint16_t port = 0)
+    {
+        sa wanted = addressOf("127.0.0.1", port);
+        error = udp_listen(
+            socket.out(), &wanted,
+            [](sa const* from, mbuf* packet, void* object) {
+                static_cast<Receiver*>(object)->received.push_back(textOf(*packet) + " from " +
+                                                                   std::to_string(sa_port(from)));
+            },
+            this);
+        if (error == 0) {
+            (void)udp_local_get(socket.get(), &address);
+        }
+    }
+
+    void send(sa const& to, mbuf& buffer, std::string const& text)
+    {
+        fill(buffer, text);
+        EXPECT_EQ(udp_send(socket.get(), &to, &buffer), 0);
+    }
+
+    int error = 0;
+    Ref<udp_sock> socket;
+    sa address{};
+    std::vector<std::string> received;
+};
+
+TEST_F(MemoryNetworkTest, Datagrams_ArriveInTheirOrderWithTheirSender)
+{
+    Receiver one(5001);
+    Receiver two(5002);
+
+    one.send(two.address, *buffer_.get(), "first");
+    one.send(two.address, *buffer_.get(), "second");
+    memoryNetwork().deliver();
+
+    EXPECT_EQ(two.received, (std::vector<std::string>{"first from 5001", "second from 5001"}));
+    EXPECT_TRUE(one.received.empty());
+}
+
+TEST_F(MemoryNetworkTest, Datagram_ToNobodyIsLost)
+{
+    Receiver one(5001);
+
+    one.send(addressOf("127.0.0.1", 5999), *buffer_.get(), "hello");
+    memoryNetwork().deliver();
+
+    EXPECT_EQ(memoryNetwork().nextArrival(), kNoDeadline);
+}
+
+TEST_F(MemoryNetworkTest, Datagram_ToAnotherAddressWithTheSamePortIsLost)
+{
+    Receiver one(5001);
+
+    one.send(addressOf("127.0.0.2", 5001), *buffer_.get(), "hello");
+    memoryNetwork().deliver();
+
+    EXPECT_TRUE(one.received.empty());
+}
+
+TEST_F(MemoryNetworkTest, DatagramThatIsTooLong_IsRefused)
+{
+    Receiver one(5001);
+    fill(*buffer_.get(), std::string(65508, 'x'));
+
+    EXPECT_EQ(udp_send(one.socket.get(), &one.address, buffer_.get()), EMSGSIZE);
+}
+
+TEST_F(MemoryNetworkTest, Port_CanBeTakenOnce)
+{
+    Receiver one(5001);
+
+    EXPECT_EQ(Receiver(5001).error, EADDRINUSE);
+    EXPECT_TRUE(isInMemory(one.address));
+    one.socket.reset();
+    EXPECT_FALSE(isInMemory(one.address));
+    EXPECT_EQ(Receiver(5001).error, 0);
+}
+
+TEST_F(MemoryNetworkTest, ChosenPorts_AreEvenAndDiffer)
+{
+    Receiver one;
+    Receiver two;
+
+    EXPECT_EQ(sa_port(&one.address) % 2, 0);
+    EXPECT_EQ(sa_port(&two.address), sa_port(&one.address) + 2);
+}
+
+class DelayingNetworkTest : public MemoryNetworkTest
+{
+protected:
+    DelayingNetworkTest()
+        : MemoryNetworkTest(7)
+    {}
+};
+
+TEST_F(DelayingNetworkTest, Datagrams_TakeTimeAndKeepTheirOrder)
+{
+    Receiver one(5001);
+    Receiver two(5002);
+
+    for (char name = 'a'; name <= 'e'; ++name) {
+        one.send(two.address, *buffer_.get(), std::string(1, name));
+    }
+    memoryNetwork().deliver();
+    auto const soon = SteadyClock::now();
+    bool const arrivesLater = memoryNetwork().nextArrival() > soon && memoryNetwork().nextArrival() <= soon + 30ms;
+    deliverAll();
+
+    EXPECT_TRUE(arrivesLater);
+    EXPECT_EQ(two.received,
+              (std::vector<std::string>{"a from 5001", "b from 5001", "c from 5001", "d from 5001", "e from 5001"}));
+}
+
+// One end of a connection, which writes down what happens.
+struct End
+{
+    static void established(void* object) { static_cast<End*>(object)->log += "established;"; }
+    static void received(mbuf* data, void* object) { static_cast<End*>(object)->log += textOf(*data) + ";"; }
+    static void closed(int error, void* object)
+    {
+        static_cast<End*>(object)->log += "closed " + std::to_string(error) + ";";
+    }
+
+    void connect(sa const& peer)
+    {
+        EXPECT_EQ(tcp_connect(connection.out(), &peer, established, received, closed, this), 0);
+    }
+
+    std::string log;
+    Ref<tcp_conn> connection;
+};
+
+// Accepts everybody, or nobody.
+struct Acceptor
+{
+    Acceptor()
+    {
+        sa wanted = addressOf("127.0.0.1");
+        auto const called = [](sa const*, void* object) {
+            auto& self = *static_cast<Acceptor*>(object);
+            if (self.accepts) {
+                EXPECT_EQ(tcp_accept(self.end.connection.out(), self.socket.get(), End::established, End::received,
+                                     End::closed, &self.end),
+                          0);
+            } else {
+                tcp_reject(self.socket.get());
+            }
+        };
+        EXPECT_EQ(tcp_listen(socket.out(), &wanted, called, this), 0);
+        EXPECT_EQ(tcp_sock_local_get(socket.get(), &address), 0);
+    }
+
+    bool accepts = true;
+    Ref<tcp_sock> socket;
+    sa address{};
+    End end;
+};
+
+TEST_F(MemoryNetworkTest, Connection_CarriesBytesBothWays)
+{
+    Acceptor server;
+    End client;
+    client.connect(server.address);
+    deliverAll();
+    fill(*buffer_.get(), "request");
+    EXPECT_EQ(tcp_send(client.connection.get(), buffer_.get()), 0);
+    fill(*buffer_.get(), "response");
+    EXPECT_EQ(tcp_send(server.end.connection.get(), buffer_.get()), 0);
+    deliverAll();
+
+    EXPECT_EQ(client.log, "established;response;");
+    EXPECT_EQ(server.end.log, "established;request;");
+}
+
+TEST_F(MemoryNetworkTest, Connection_KnowsItsAddresses)
+{
+    Acceptor server;
+    End client;
+    client.connect(server.address);
+    deliverAll();
+    sa local{};
+    sa servers{};
+
+    EXPECT_EQ(tcp_conn_local_get(client.connection.get(), &local), 0);
+    EXPECT_EQ(tcp_conn_local_get(server.end.connection.get(), &servers), 0);
+
+    EXPECT_NE(sa_port(&local), 0);
+    EXPECT_NE(sa_port(&local), sa_port(&server.address));
+    EXPECT_TRUE(sa_cmp(&servers, &server.address, SA_ALL));
+}
+
+TEST_F(MemoryNetworkTest, ConnectionToNobody_IsRefused)
+{
+    End client;
+    client.connect(addressOf("127.0.0.1", 5999));
+    deliverAll();
+
+    EXPECT_EQ(client.log, "closed " + std::to_string(ECONNREFUSED) + ";");
+}
+
+TEST_F(MemoryNetworkTest, ConnectionThatIsNotAccepted_IsRefused)
+{
+    Acceptor server;
+    server.accepts = false;
+    End client;
+    client.connect(server.address);
+    deliverAll();
+
+    EXPECT_EQ(client.log, "closed " + std::to_string(ECONNREFUSED) + ";");
+}
+
+TEST_F(MemoryNetworkTest, ConnectionThatIsDropped_EndsAtTheOtherSide)
+{
+    Acceptor server;
+    End client;
+    client.connect(server.address);
+    deliverAll();
+    server.end.connection.reset();
+    deliverAll();
+
+    fill(*buffer_.get(), "too late");
+    EXPECT_EQ(tcp_send(client.connection.get(), buffer_.get()), ENOTCONN);
+    EXPECT_EQ(client.log, "established;closed 0;");
+}
+
+TEST_F(MemoryNetworkTest, CallerThatHasGone_IsNotAccepted)
+{
+    Acceptor server;
+    {
+        End client;
+        client.connect(server.address);
+    }
+    deliverAll();
+
+    EXPECT_EQ(server.end.log, "");
+}
+
+TEST_F(MemoryNetworkTest, ChanceOfTheStack_ComesFromTheSeed)
+{
+    std::array<char, 9> text{};
+    rand_str(text.data(), text.size());
+
+    EXPECT_EQ(std::string(text.data()).size(), 8U);
+    EXPECT_NE(rand_u64(), rand_u64());
+}
+
+}  // namespace
+}  // namespace telephone::sip
