@@ -121,7 +121,7 @@ void addTest(CLI::App& app, CommandLine& line)
         ->check(CLI::Range(1, kMostJobs));
     test->add_option_function<std::string>(
         "--seeds", [&choice](std::string const& text) { choice.seeds = readSeeds(text); },
-        "Plays each script with each of the seeds A-B; default: 0");
+        "Plays each script with each of the seeds A-B; default: that of --seed, or 0");
     test->add_option("--limit", choice.limit, "Seconds after which a script is ended; default: 120")
         ->check(CLI::Range(0.001, kLongestLimit));
     test->add_option("--junit", line.junit, "File for the results, as JUnit XML");

@@ -44,9 +44,9 @@ struct OutputChoice
 // What the command test plays, and how.
 struct TestChoice
 {
-    std::vector<std::string> scripts;  // files and folders
-    std::optional<int> jobs;           // telephones at a time; nothing: one for each processor
-    Seeds seeds;
+    std::vector<std::string> scripts;     // files and folders
+    std::optional<int> jobs;              // telephones at a time; nothing: one for each processor
+    std::optional<Seeds> seeds;           // nothing: that of --seed
     double limit = 120;                   // seconds for each script
     std::string files;                    // folder for those of failed scripts; empty: a new one
     std::optional<std::string> coverage;  // nothing: none; a file for JSON beside the table; empty: only the table

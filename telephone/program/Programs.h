@@ -11,7 +11,8 @@ class StopSignal;
 
 // Console, tour, play and serve: a telephone in this process.
 [[nodiscard]] Outcome<int> runTelephone(CommandLine const& line, StopSignal const& stop);
-// Scripts, each in a telephone of its own. 2: there is no script where the command line says.
+// Scripts, each in a telephone of its own. 2: the command line is wrong, or there is no script where it
+// says.
 [[nodiscard]] Outcome<int> runTest(CommandLine const& line, StopSignal const& stop);
 // The exchange without a telephone, until a signal ends it.
 [[nodiscard]] Outcome<int> runExchange(CommandLine const& line, StopSignal const& stop);

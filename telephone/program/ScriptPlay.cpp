@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <filesystem>
+#include <optional>
 #include <sstream>
 #include <utility>
 
@@ -58,11 +59,11 @@ Outcome<std::string> readFromInput(Conversation const& conversation)
         });
 }
 
-Outcome<> writeResult(ScriptResult const& result, std::string const& name, Coverage const& coverage,
+Outcome<> writeResult(ScriptResult const& result, std::string const& name, std::optional<Coverage> const& coverage,
                       CommandLine const& line)
 {
-    if (!line.report.empty()) {
-        return writePlayReport({result, coverage.touched()}, line.report);
+    if (coverage) {
+        return writePlayReport({result, coverage->touched()}, line.report);
     }
     if (line.junit.empty()) {
         return {};
@@ -104,10 +105,11 @@ Outcome<bool> playScript(Conversation& conversation, CommandLine const& line)
     if (!text) {
         return tl::unexpected(text.error());
     }
-    Coverage coverage;
+    std::optional<Coverage> coverage;
     if (!line.report.empty()) {
         keepTouched();
-        conversation.observe([&coverage](Message const& message) { coverage.note(message); });
+        coverage.emplace();
+        conversation.observe([&coverage](Message const& message) { coverage->note(message); });
     }
     std::string const name = isInput ? "standard input" : line.script;
     std::istringstream script(*text);

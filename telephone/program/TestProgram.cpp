@@ -32,6 +32,15 @@ constexpr int kEveryMessage = 6;
 
 // --- the plan
 
+Outcome<std::vector<std::string>> scriptsOf(CommandLine const& line)
+{
+    if (!line.logFile.empty() || !line.socket.empty()) {
+        return refuse(RefusalKind::kBadInput,
+                      "each telephone of a test has a log and a socket of its own: leave out --log-file and --socket");
+    }
+    return findScripts(line.test.scripts);
+}
+
 // Of every telephone, as the command line of this program has them. Files with their whole paths, because each
 // telephone has a working folder of its own.
 std::vector<std::string> commonOptions(CommandLine const& line)
@@ -81,6 +90,11 @@ std::string timeOf(std::string const& script, CommandLine const& line, StopSigna
     return decides ? own : line.time.empty() ? "virtual" : line.time;
 }
 
+Seeds seedsOf(CommandLine const& line)
+{
+    return line.test.seeds.value_or(Seeds{line.seed, line.seed});
+}
+
 // All scripts with the first seed, then with the next one. In real time a seed changes nothing.
 std::vector<TestTask> tasksFor(CommandLine const& line, std::vector<std::string> const& scripts, StopSignal const& stop)
 {
@@ -89,7 +103,7 @@ std::vector<TestTask> tasksFor(CommandLine const& line, std::vector<std::string>
     std::vector<std::string> times;
     std::ranges::transform(scripts, std::back_inserter(times),
                            [&](std::string const& each) { return timeOf(each, line, stop); });
-    Seeds const& seeds = line.test.seeds;
+    Seeds const seeds = seedsOf(line);
     std::vector<TestTask> tasks;
     for (std::uint64_t seed = seeds.first; seed - seeds.first <= seeds.last - seeds.first; ++seed) {
         for (std::size_t i = 0; i < scripts.size(); ++i) {
@@ -206,7 +220,7 @@ Outcome<> writeFiles(CommandLine const& line, std::vector<TestRun::Result> const
 Outcome<int> runPlan(CommandLine const& line, TestPlan const& plan, StopSignal const& stop)
 {
     auto const start = SteadyClock::now();
-    Progress progress(plan.tasks.size(), line.test.seeds.first == line.test.seeds.last);
+    Progress progress(plan.tasks.size(), seedsOf(line).first == seedsOf(line).last);
     TestRun run(plan, stop.descriptor(), [&](TestRun::Result const& result) { progress.note(result, run.running()); });
     auto const results = run.play();
     double const seconds = std::chrono::duration<double>(SteadyClock::now() - start).count();
@@ -223,7 +237,7 @@ Outcome<int> runPlan(CommandLine const& line, TestPlan const& plan, StopSignal c
 
 Outcome<int> runTest(CommandLine const& line, StopSignal const& stop)
 {
-    auto const scripts = findScripts(line.test.scripts);
+    auto const scripts = scriptsOf(line);
     if (!scripts) {
         std::cerr << "telephone: " << scripts.error().reason << std::endl;
         return kUsage;

@@ -4,6 +4,7 @@
 #include <array>
 #include <iterator>
 #include <optional>
+#include <utility>
 
 #include <nlohmann/json.hpp>
 #include <spdlog/fmt/fmt.h>
@@ -222,8 +223,9 @@ void Coverage::noteValue(Enumeration const* values, std::string_view value)
         return;
     }
     auto const number = wholeNumber(value);
+    bool const isNumber = number && std::in_range<int>(*number);
     EnumerationValue const* const found = values->isOfWords() ? values->findWord(value)
-                                          : number            ? values->find(static_cast<int>(*number))
+                                          : isNumber          ? values->find(static_cast<int>(*number))
                                                               : nullptr;
     if (found != nullptr) {
         touched_[kValues].insert(nameOf(*values, *found));

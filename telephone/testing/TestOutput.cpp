@@ -108,7 +108,7 @@ std::string failureList(std::vector<TestRun::Result> const& results)
 {
     std::string text;
     for (TestRun::Result const& each : results) {
-        if (!isFailure(each.verdict)) {
+        if (each.kept.empty()) {
             continue;
         }
         text += fmt::format("{}: {}\n", wordFor(each.verdict), titleOf(each.task));

@@ -27,8 +27,8 @@ struct TestCount
 [[nodiscard]] std::string resultLine(TestRun::Result const& result);
 // A row for each script, with all its seeds.
 [[nodiscard]] std::string resultTable(std::vector<TestRun::Result> const& results);
-// Of each script that failed: with which seed, why, the command that repeats it, and where its files are. Empty if none
-// failed.
+// Of each script that has left files, because it failed or was playing when the run was ended: with which seed, why,
+// the command that repeats it, and where they are. Empty if there is none.
 [[nodiscard]] std::string failureList(std::vector<TestRun::Result> const& results);
 // "43 of 44 passed, 1 failed, in 2.1 s"
 [[nodiscard]] std::string summaryLine(TestCount const& count, double seconds);

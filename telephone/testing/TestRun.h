@@ -50,7 +50,7 @@ public:
         std::vector<std::string> reasons;  // why it did not pass
         double seconds = 0;                // that the process took
         PlayReport report;                 // empty if the telephone wrote none
-        std::string kept;                  // folder with its files; empty: deleted, because the script passed
+        std::string kept;                  // folder with its files; empty: it passed, or was not begun
     };
     using Listener = std::function<void(Result const&)>;
 

@@ -181,7 +181,10 @@ TEST_F(TestRunner, Jobs_ArePlayedAtTheSameTimeAndEndWithTheRun)
     for (pid_t const each : children) {
         EXPECT_EQ(kill(each, 0), -1) << "a telephone is left";
     }
-    EXPECT_TRUE(has(process.output(), "a.script")) << process.output();
+    EXPECT_TRUE(has(process.output(), "    the run was ended before\n    again: telephone --check all play " +
+                                          folder_.file("a.script") + "\n    files: " + files() + "/a-0\n"))
+        << process.output();
+    EXPECT_FALSE(has(process.output(), "files: " + files() + "/c-0\n")) << "it was not begun";
     EXPECT_TRUE(lastLine(process.output()).starts_with("0 of 3 passed, 3 not run, in ")) << process.output();
     pugi::xml_document junit;
     ASSERT_TRUE(junit.load_file(folder_.file("junit.xml").c_str()));
@@ -267,6 +270,30 @@ TEST_F(TestRunner, FolderWithoutScripts_IsAMistakeOfTheUser)
 
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(lastLine(result.output), "telephone: " + folder_.file("empty") + ": no file *.script in this folder");
+}
+
+TEST_F(TestRunner, LogOfItsOwn_IsAMistakeOfTheUser)
+{
+    std::string const good = script("good.script", kPasses);
+
+    for (char const* const each : {"--log-file", "--socket"}) {
+        Ended const result = test({good, each, folder_.file("x")});
+
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(lastLine(result.output),
+                  "telephone: each telephone of a test has a log and a socket of its own: leave "
+                  "out --log-file and --socket");
+    }
+}
+
+TEST_F(TestRunner, SeedOfTheCommandLine_IsThatOfTheScripts)
+{
+    std::string const good = script("good.script", kPasses);
+
+    Ended const result = test({good, "--time", "virtual", "--seed", "12"});
+
+    EXPECT_EQ(result.status, 0);
+    EXPECT_TRUE(has(result.output, "good.script, seed 12, ")) << result.output;
 }
 
 TEST_F(TestRunner, WrongSeeds_AreAMistakeOfTheUser)

@@ -46,6 +46,8 @@ TEST_F(CoverageTest, UnknownRequest_DoesNotCount)
 TEST_F(CoverageTest, ValueThatDoesNotExist_DoesNotCount)
 {
     say(MessageKind::kRequest, "<Method>setLampMode</Method><lampId>Mute</lampId><lampMode>99</lampMode>");
+    say(MessageKind::kRequest, "<Method>setLampMode</Method><lampMode>4294967298</lampMode>");
+    say(MessageKind::kRequest, "<Method>setLampMode</Method><lampMode>two</lampMode>");
 
     EXPECT_EQ(touched("values"), Names{});
 }
