@@ -32,7 +32,7 @@ struct Rule;
 
 struct Finder
 {
-    std::string_view finds;  // in two words, for the coverage of scripts
+    std::string_view finds;                                               // in two words, for the coverage of scripts
     std::string (*reason)(RequestCase const& request, Rule const& rule);  // empty: the rule does not apply
     RefusalKinds explains;  // refusals that say the same less precisely, or follow from it
 };

@@ -78,9 +78,8 @@ void TestCount::add(ScriptVerdict verdict)
 
 std::string progressLine(TestCount const& count, std::vector<std::string> const& running, std::size_t columns)
 {
-    std::string const line = fmt::format("{} of {} passed, {} failed; now {}", count.passed, count.all, count.failed,
-                                         fmt::join(running, ", "));
-    return line.substr(0, columns);
+    std::string const now = running.empty() ? "" : fmt::format("; now {}", fmt::join(running, ", "));
+    return fmt::format("{} of {} passed, {} failed{}", count.passed, count.all, count.failed, now).substr(0, columns);
 }
 
 std::string resultLine(TestRun::Result const& result)

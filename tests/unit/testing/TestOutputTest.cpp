@@ -52,6 +52,11 @@ TEST(TestOutput, ProgressLine_NamesWhatIsPlayedNow)
               "12 of 44 passed, 1 failed; now a.script, b.script");
 }
 
+TEST(TestOutput, ProgressLineAtTheEnd_NamesNothing)
+{
+    EXPECT_EQ(progressLine({44, 43, 1}, {}, 80), "43 of 44 passed, 1 failed");
+}
+
 TEST(TestOutput, ProgressLine_IsCutToTheColumns)
 {
     EXPECT_EQ(progressLine({44, 12, 1}, {"a.script", "b.script"}, 15), "12 of 44 passed");
