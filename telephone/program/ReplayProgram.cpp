@@ -36,20 +36,20 @@ std::string textOf(TableRows const& rows)
 // The differences on standard output; the report where the command line wants it. True: there is no difference.
 Outcome<bool> write(ReplayReport const& report, CommandLine const& line)
 {
-    bool const isOnlyJson = line.output.json && line.report.value_or("-") == "-";
+    bool const isOnlyJson = line.output.json && line.replay.report.value_or("-") == "-";
     std::cout << (isOnlyJson ? "" : textOf(report.rows()));
-    if (!line.report && !line.output.json) {
+    if (!line.replay.report && !line.output.json) {
         return report.isEqual();
     }
     std::string const text = line.output.json ? report.json() + "\n" : textOf(report.table());
-    if (line.report.value_or("-") == "-") {
+    if (line.replay.report.value_or("-") == "-") {
         std::cout << text << std::flush;
         return report.isEqual();
     }
-    std::ofstream file(*line.report);
+    std::ofstream file(*line.replay.report);
     file << text << std::flush;
     return file ? Outcome<bool>(report.isEqual())
-                : refuse(RefusalKind::kUnavailable, "cannot write the report " + *line.report);
+                : refuse(RefusalKind::kUnavailable, "cannot write the report " + *line.replay.report);
 }
 
 Outcome<bool> playApplication(Conversation& conversation, Recording const& recording, CommandLine const& line)
@@ -65,12 +65,12 @@ Outcome<int> playTelephone(CommandLine const& line, StopSignal const& stop, Reco
     if (line.virtualStart) {
         return refuse(RefusalKind::kNotSupported, "an application runs in real time: leave --time out");
     }
-    if (auto const checked = PlayedTelephone::checkSessions(recording, line.sessions); !checked) {
+    if (auto const checked = PlayedTelephone::checkSessions(recording, line.replay.sessions); !checked) {
         return tl::unexpected(checked.error());
     }
     return startConfiguration(line).and_then([&](Configuration const& configuration) {
         TimerService timers;
-        PlayedTelephone telephone(recording, line.sessions, timers, [&stop] { stop.raise(); });
+        PlayedTelephone telephone(recording, line.replay.sessions, timers, [&stop] { stop.raise(); });
         return openApplicationSocket(configuration.applications, telephone.sessions())
             .and_then([&](std::unique_ptr<ApplicationServer> server) {
                 std::cout << "applications can connect at " << server->path() << std::endl;
@@ -89,12 +89,12 @@ Outcome<int> playTelephone(CommandLine const& line, StopSignal const& stop, Reco
 
 Outcome<int> runReplay(CommandLine const& line, StopSignal const& stop)
 {
-    auto const recording = openRecording(line.recording);
+    auto const recording = openRecording(line.replay.recording);
     if (!recording) {
         std::cerr << "telephone: " << recording.error().reason << std::endl;
         return kBadRecording;
     }
-    if (line.asTelephone) {
+    if (line.replay.asTelephone) {
         return playTelephone(line, stop, *recording);
     }
     return runTelephone(line, stop,
