@@ -8,6 +8,7 @@
 #include <arpa/inet.h>
 #include <spdlog/fmt/fmt.h>
 
+#include "telephone/configuration/FilePlace.h"
 #include "telephone/configuration/HostPort.h"
 
 namespace telephone {
@@ -261,7 +262,7 @@ private:
 
 tl::unexpected<Refusal> ConfigurationPlaces::refusal(int line, std::string_view what) const
 {
-    return refuse(RefusalKind::kBadInput, fmt::format("{}:{}: {}", file, line, what));
+    return refuseAt(file, line, what);
 }
 
 Outcome<> completeConfiguration(Configuration& configuration, ConfigurationPlaces const& places)
