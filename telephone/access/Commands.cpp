@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <filesystem>
 #include <utility>
 
 #include <spdlog/fmt/fmt.h>
 
+#include "telephone/access/FixturePlayer.h"
 #include "telephone/access/LineNames.h"
 #include "telephone/access/RequestShorthand.h"
 #include "telephone/access/Session.h"
@@ -149,6 +151,12 @@ Answer advanceTime(Session& session, std::string const& duration)
     });
 }
 
+Answer setUp(Session& session, std::string const& file)
+{
+    std::filesystem::path const path = std::filesystem::path(session.options().folder) / file;
+    return setUpFixture(session, path.string()).and_then([&session] { return table(session, callRows); });
+}
+
 bool isOn(std::optional<std::string> const& word)
 {
     return word == "on";
@@ -210,6 +218,7 @@ constexpr std::array kTable{
     Command{"store get",  "SETTING",                  "one setting",                                        [](Session& s, Given& g) -> Answer { auto const value = telephoneOf(s).setting(*g[0]); return value ? Answer(*g[0] + " = " + *value) : refuse(RefusalKind::kNotFound, "no setting " + *g[0]); }},
     Command{"store set",  "SETTING VALUE",            "changes a setting",                                  [](Session& s, Given& g) { return done(telephoneOf(s).set(*g[0], *g[1])); }},
     Command{"advance",    "SECONDS",                  "in virtual time: lets so much time pass; the result follows every event until then", [](Session& s, Given& g) { return advanceTime(s, *g[0]); }},
+    Command{"fixture",    "FILE",                     "in virtual time: brings the telephone into the state that a file describes (docs/fixtures.md); the result is the table of calls", [](Session& s, Given& g) { return setUp(s, *g[0]); }},
     Command{"time",       "",                         "the time of day, in UTC, and whether it is real or virtual", [](Session&, Given&) -> Answer { return timeText(wallTime()) + (isVirtual() ? " virtual" : " real"); }},
     Command{"log",        "LEVEL",                    "0 (nothing) to 6 (every request and SIP message); 4 is usual", [](Session&, Given& g) { return changeLogLevel(*g[0]); }},
     Command{"say",        "[TEXT...]",                "the text as the result, for scripts",                [](Session&, Given& g) -> Answer { return g[0].value_or(""); }},

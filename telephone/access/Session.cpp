@@ -193,6 +193,11 @@ std::uint64_t Session::dropped() const
     return usesHistory_ ? 0 : channel_->dropped();
 }
 
+RequestRunner::Reply Session::run(std::string const& request)
+{
+    return services_.requests.run(*channel_, request);
+}
+
 Outcome<std::string> Session::hello(std::optional<std::string> const& name)
 {
     if (name && name->size() > kLongestName) {

@@ -55,6 +55,8 @@ public:
         bool reasons = false;  // answers are explained
         // Messages are shown with their tags. Nothing: there is no choice here. Whoever writes them honours it.
         std::optional<bool> raw = {};
+        // Where relative paths of fixtures start; empty: in the working folder.
+        std::string folder = {};
     };
 
     // The name is unique at every moment; it is the name of the session's channel. `wake` is called on any thread after
@@ -73,6 +75,9 @@ public:
 
     [[nodiscard]] Options& options() { return options_; }
     [[nodiscard]] SessionServices const& services() const { return services_; }
+
+    // Runs a request on behalf of this session. Its reply is neither shown nor recorded.
+    [[nodiscard]] RequestRunner::Reply run(std::string const& request);
 
     // --- commands
     // Identifies the telephone, as JSON. The name, if given, replaces that of the session in the log; refused if it is

@@ -112,6 +112,9 @@ Outcome<bool> playScript(Conversation& conversation, CommandLine const& line)
         conversation.observe([&coverage](Message const& message) { coverage->note(message); });
     }
     std::string const name = isInput ? "standard input" : line.script;
+    if (!isInput) {
+        conversation.session().options().folder = std::filesystem::path(line.script).parent_path().string();
+    }
     std::istringstream script(*text);
     ScriptResult const result = ScriptPlayer(conversation).play(script, name);
     conversation.observe(nullptr);
