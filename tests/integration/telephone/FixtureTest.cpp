@@ -91,6 +91,38 @@ TEST_F(Fixtures, StepThatDoesNotShow_EndsTheFixture)
               failure(2, "call 4711 from 104: then call 1 is not there, not ringing"));
 }
 
+TEST_F(Fixtures, EveryState_IsReachedInBothDirections)
+{
+    for (std::string const state : {"connected", "held", "remotely held", "held by both", "ringing"}) {
+        std::string const call = kConnected + ("state = \"" + state + "\"\nincoming = true\n");
+        EXPECT_EQ(lastLine(call, {}, {"--time", "virtual", "--seed", "5"}).substr(0, 15), "passed: 1 steps") << state;
+    }
+    for (std::string const state :
+         {"dialling", "proceeding", "remote ringing", "connected", "held", "remotely held", "held by both"}) {
+        std::string const call = kConnected + ("state = \"" + state + "\"\n");
+        EXPECT_EQ(lastLine(call, {}, {"--time", "virtual", "--seed", "6"}).substr(0, 15), "passed: 1 steps") << state;
+    }
+}
+
+TEST_F(Fixtures, ExampleOfThePage_Plays)
+{
+    std::string const page = contentOf(std::string(PROJECT) + "/docs/fixtures.md");
+    std::vector<std::string> blocks;
+    for (auto at = page.find("```\n"); at != std::string::npos; at = page.find("```\n", at + 4)) {
+        auto const end = page.find("```\n", at + 4);
+        blocks.push_back(page.substr(at + 4, end - at - 4));
+        at = end;
+    }
+    ASSERT_EQ(blocks.size(), 2U);
+    writeFile(folder_.file("busy-desk.toml"), blocks[1]);
+    writeFile(folder_.file("a.script"), blocks[0]);
+
+    Ended const played =
+        run({TELEPHONE, "--time", "virtual", "--socket", folder_.file("socket"), "play", folder_.file("a.script")});
+
+    EXPECT_EQ(played.status, 0) << played.output;
+}
+
 TEST_F(Fixtures, ResultOverTheSocket_FollowsTheEvents)
 {
     writeFile(folder_.file("desk.toml"), std::string(kRinging) + "[[call]]\nline = \"4712\"\nparty = \"103\"\n");
