@@ -425,9 +425,11 @@ TEST_F(State, CallBetweenOwnLines_SaysWhoHoldsIt)
     event("<CallID>1001</CallID><CallState>5</CallState>");
     ASSERT_EQ(request("AnswerCall", "<Line>4712</Line><CallID>1001</CallID>"), "sfiSuccess");
     event("<CallID>1</CallID><CallState>6</CallState>");
+    event("<CallID>1001</CallID><CallState>6</CallState>");
 
     hold(1001, "4712");
     event("<CallID>1</CallID><CallState>8</CallState>");
+    event("<Method>CallHeldEvent</Method><LineID>4712</LineID>");
 
     EXPECT_TRUE(callOf(state(), 1).heldByFarEnd);
     EXPECT_FALSE(callOf(state(), 1).heldHere);
