@@ -54,6 +54,7 @@ void addOptions(CLI::App& app, CommandLine& line)
         app.add_option_function<std::string>(
                "--time", [&line](std::string const& word) { static_cast<void>(line.setTime(word)); },
                "real, virtual, or virtual=2025-03-30T00:59:00Z (its beginning)")
+            ->envname("TELEPHONE_TIME")
             ->check(
                 [](std::string const& word) {
                     auto const set = CommandLine().setTime(word);

@@ -111,11 +111,12 @@ std::vector<TestTask> tasksFor(CommandLine const& line, std::vector<std::string>
             if (isReal && seed != seeds.first) {
                 continue;
             }
-            tasks.push_back({scripts[i], seed, fmt::format("{}-{}", names[i], seed), options});
+            std::vector<std::string> all{"--time", times[i]};
             if (!isReal) {
-                tasks.back().options.insert(tasks.back().options.begin(),
-                                            {"--time", times[i], "--seed", std::to_string(seed)});
+                all.insert(all.end(), {"--seed", std::to_string(seed)});
             }
+            all.insert(all.end(), options.begin(), options.end());
+            tasks.push_back({scripts[i], seed, fmt::format("{}-{}", names[i], seed), all});
         }
     }
     return tasks;
