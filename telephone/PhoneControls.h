@@ -9,6 +9,7 @@ class MediaRecordingServiceIfc;
 
 namespace telephone {
 
+class Faults;
 class LocalManagement;
 class Gate;
 class PhysicalInterface;
@@ -23,11 +24,12 @@ public:
     // `exchange` is null in a telephone without one. `keysUsable` becomes ready when the service has subscribed to the
     // keys; operations on keys wait for it.
     PhoneControls(PhysicalInterface& physical, LocalManagement& management, StateReader const& reader,
-                  exchange::Exchange* exchange, Gate& keysUsable)
+                  exchange::Exchange* exchange, Faults& faults, Gate& keysUsable)
         : physical_(physical)
         , management_(management)
         , reader_(reader)
         , exchange_(exchange)
+        , faults_(faults)
         , keysUsable_(keysUsable)
     {}
 
@@ -44,6 +46,9 @@ public:
     Outcome<> call(std::string const& to, std::string const& from, std::string const& name) override;
     Outcome<> setMessages(std::string const& number, int fresh, int old) override;
     Outcome<> setRegistrar(bool on) override;
+    Outcome<> addFault(std::string const& order) override;
+    Outcome<> endFault(std::string const& name) override;
+    Rows faults() override;
     void watchLamps(std::function<void()> changed) override;
     std::optional<std::string> lampMode(std::string const& lamp) override;
     Rows settings() override;
@@ -59,6 +64,7 @@ private:
     LocalManagement& management_;
     StateReader const& reader_;
     exchange::Exchange* exchange_;
+    Faults& faults_;
     MediaRecordingServiceIfc* recording_ = nullptr;
     Gate& keysUsable_;
 };

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <utility>
 
 #include <spdlog/fmt/fmt.h>
@@ -33,16 +32,6 @@ Answer done(Outcome<> const& outcome)
 Answer rows(std::vector<std::string> const& lines, char const* otherwise = "")
 {
     return lines.empty() ? std::string(otherwise) : fmt::format("{}", fmt::join(lines, "\n"));
-}
-
-Outcome<std::uint64_t> numberOf(std::string const& word, std::uint64_t most)
-{
-    std::uint64_t number = 0;
-    auto const [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
-    if (error != std::errc() || end != word.data() + word.size() || number > most) {
-        return refuse(RefusalKind::kBadInput, fmt::format("\"{}\" is not a number from 0 to {}", word, most));
-    }
-    return number;
 }
 
 std::vector<std::string> listOf(std::optional<std::string> const& names)
@@ -119,7 +108,7 @@ Answer followEvents(Session& session, Given& given)
     }
     EventSelection selection{history.latest(), {}, *std::move(places)};
     if (given[0]) {
-        auto const number = numberOf(*given[0], INT64_MAX);
+        auto const number = numberOf(*given[0], 0, INT64_MAX);
         if (!number) {
             return tl::unexpected(number.error());
         }
@@ -137,7 +126,7 @@ Answer followEvents(Session& session, Given& given)
 Answer changeLogLevel(std::string const& level)
 {
     constexpr std::uint64_t kMostLogLevel = 6;
-    return numberOf(level, kMostLogLevel).map([](std::uint64_t number) {
+    return numberOf(level, 0, kMostLogLevel).map([](std::uint64_t number) {
         setLogLevel(static_cast<int>(number));
         return std::string();
     });
@@ -146,8 +135,8 @@ Answer changeLogLevel(std::string const& level)
 Answer setMessages(Session& session, Given& given)
 {
     constexpr std::uint64_t kMostMessages = 9999;
-    auto const fresh = numberOf(*given[1], kMostMessages);
-    auto const old = numberOf(*given[2], kMostMessages);
+    auto const fresh = numberOf(*given[1], 0, kMostMessages);
+    auto const old = numberOf(*given[2], 0, kMostMessages);
     if (!fresh || !old) {
         return tl::unexpected((fresh ? old : fresh).error());
     }
@@ -199,6 +188,9 @@ constexpr std::array kTable{
     Command{"call",       "LINE from NUMBER [name NAME]", "a call from a number of the exchange to a line",  [](Session& s, Given& g) { return done(telephoneOf(s).call(*g[0], *g[1], g[2].value_or(""))); }},
     Command{"message",    "LINE new COUNT old COUNT", "messages in a line's mailbox at the exchange",       setMessages},
     Command{"registrar",  "on|off",                   "the exchange's registrar answers, or is silent",     [](Session& s, Given& g) { return done(telephoneOf(s).setRegistrar(isOn(g[0]))); }},
+    Command{"fault",      "FAULT...",                 "a fault of what surrounds the telephone (docs/faults.md), now or at a moment: fault datagrams lost 2 on CallHeldEvent", [](Session& s, Given& g) { return done(telephoneOf(s).addFault(*g[0])); }},
+    Command{"fault off",  "[FAULT...]",               "ends a fault, active or waiting; without a name, all of them", [](Session& s, Given& g) { return done(telephoneOf(s).endFault(g[0].value_or(""))); }},
+    Command{"faults",     "",                         "the faults that are active, and those that wait for their moment", [](Session& s, Given&) { return rows(telephoneOf(s).faults(), "no faults"); }},
     Command{"store list", "",                         "the settings in the configuration store",            [](Session& s, Given&) { return rows(telephoneOf(s).settings()); }},
     Command{"store get",  "SETTING",                  "one setting",                                        [](Session& s, Given& g) -> Answer { auto const value = telephoneOf(s).setting(*g[0]); return value ? Answer(*g[0] + " = " + *value) : refuse(RefusalKind::kNotFound, "no setting " + *g[0]); }},
     Command{"store set",  "SETTING VALUE",            "changes a setting",                                  [](Session& s, Given& g) { return done(telephoneOf(s).set(*g[0], *g[1])); }},

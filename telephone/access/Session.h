@@ -38,6 +38,8 @@ struct SessionServices
     TelephoneControls& telephone;
     ProtocolDescription const& description;
     std::function<void()> end;  // the command quit
+    // A fault: applications read no more bytes a second than this; 0: as fast as they do. Null: always 0.
+    std::atomic<int> const* readingRate = nullptr;
 };
 
 class Session

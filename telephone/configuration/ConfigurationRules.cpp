@@ -27,7 +27,8 @@ public:
         return checkAddresses()
             .and_then([this] { return checkHttp(); })
             .and_then([this] { return completeLines(); })
-            .and_then([this] { return completeKeys(); });
+            .and_then([this] { return completeKeys(); })
+            .and_then([this] { return checkFaults(); });
     }
 
 private:
@@ -172,6 +173,22 @@ private:
         if (key.function == "toggle" && !isNumber(key.target)) {
             return places_.refusal(
                 place, fmt::format("key {} toggles a feature by its number, not \"{}\"", key.number, key.target));
+        }
+        return {};
+    }
+
+    Outcome<> checkFaults() const
+    {
+        for (std::size_t i = 0; i < configuration_.faults.size(); ++i) {
+            auto const& fault = configuration_.faults[i];
+            int const moments = (fault.at.empty() ? 0 : 1) + (fault.on.empty() ? 0 : 1) + (fault.after == 0 ? 0 : 1);
+            if (fault.what.empty()) {
+                return places_.refusal(placeOf(places_.faults, i), "a fault needs what: what = \"store full\"");
+            }
+            if (moments > 1) {
+                return places_.refusal(placeOf(places_.faults, i),
+                                       "a fault begins at one moment: only one of at, on and after can be given");
+            }
         }
         return {};
     }

@@ -115,7 +115,8 @@ TEST_F(SessionTest, Commands_ReachTheTelephone)
     for (char const* const line :
          {"press 1", "release 1", "hook up", "hook down", "plug headset", "plug headset out", "unplug headset", "lock",
           "unlock", "record on 4711", "record off 4711", "store set agent-state \"not ready\"",
-          "call 4711 from 555 name \"Ann B\"", "call 4711 from 555", "message 4711 new 3 old 1", "registrar off"}) {
+          "call 4711 from 555 name \"Ann B\"", "call 4711 from 555", "message 4711 new 3 old 1", "registrar off",
+          "fault lamps stuck at 3s for 2s", "fault off lamps stuck", "fault off"}) {
         EXPECT_EQ(replies(line), "result \n") << line;
     }
 
@@ -123,7 +124,8 @@ TEST_F(SessionTest, Commands_ReachTheTelephone)
               (std::vector<std::string>{"press 1", "release 1", "hook up", "hook down", "plug headset in",
                                         "plug headset out", "plug headset out", "lock", "unlock", "record on 4711",
                                         "record off 4711", "set agent-state not ready", "call 4711 from 555 name Ann B",
-                                        "call 4711 from 555 name ", "messages 4711 3 1", "registrar off"}));
+                                        "call 4711 from 555 name ", "messages 4711 3 1", "registrar off",
+                                        "fault lamps stuck at 3s for 2s", "fault off lamps stuck", "fault off "}));
 }
 
 TEST_F(SessionTest, TablesOfTheState_AreResults)
@@ -293,4 +295,9 @@ TEST_F(SessionTest, WrongSelection_IsRefused)
     EXPECT_EQ(replies("events line 4712#1,4799"), "error there is no line 4799; the lines are 4711 and 4712\n");
     EXPECT_EQ(replies("events only CallHeldEvnt"), "error no event CallHeldEvnt (did you mean CallHeldEvent?)\n");
     EXPECT_EQ(replies("events after now"), "error \"now\" is not a number from 0 to 9223372036854775807\n");
+}
+
+TEST_F(SessionTest, Faults_AreAResult)
+{
+    EXPECT_EQ(replies("faults"), "result active: store full\n");
 }

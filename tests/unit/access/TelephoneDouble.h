@@ -2,6 +2,7 @@
 // sets.
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <string>
 #include <vector>
@@ -52,6 +53,9 @@ public:
         return note("messages " + number + " " + std::to_string(fresh) + " " + std::to_string(old));
     }
     telephone::Outcome<> setRegistrar(bool on) override { return note(on ? "registrar on" : "registrar off"); }
+    telephone::Outcome<> addFault(std::string const& order) override { return note("fault " + order); }
+    telephone::Outcome<> endFault(std::string const& name) override { return note("fault off " + name); }
+    Rows faults() override { return {"active: store full"}; }
     void watchLamps(std::function<void()> changed) override { lampsChanged = std::move(changed); }
     std::optional<std::string> lampMode(std::string const& lamp) override
     {
@@ -140,7 +144,7 @@ public:
         if (!history) {
             history = std::make_unique<telephone::EventHistory>(context, runner, dispatcher, kept_);
         }
-        return {context, runner, *history, controls, description, [this] { ++ends; }};
+        return {context, runner, *history, controls, description, [this] { ++ends; }, &readingRate};
     }
 
     void held(int callID)
@@ -156,6 +160,7 @@ public:
     ControlsDouble controls{dispatcher};
     telephone::ProtocolDescription description{"1.2.3", telephone::commandDescriptions()};
     std::unique_ptr<telephone::EventHistory> history;
+    std::atomic<int> readingRate{0};
     int ends = 0;  // how often a session wanted to end the telephone
 
 private:
