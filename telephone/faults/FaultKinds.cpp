@@ -237,7 +237,7 @@ constexpr std::array kTable{
     FaultKind{"rtp loss",            "PERCENT",                         "so many of a hundred audio packets, drawn by the seed, are lost",                        true,  rtpLoss},
     FaultKind{"rtp delay",           "SECONDS",                         "every audio packet comes so much later",                                                 true,  rtpDelay},
     FaultKind{"store full",          "",                                "the configuration store refuses every write, as on a full disk",                         false, storeFull},
-    FaultKind{"store slow",          "SECONDS",                         "every write to the configuration store takes so much longer; in virtual time not one that is made with the phone lock held", false, storeSlow},
+    FaultKind{"store slow",          "SECONDS",                         "every change of settings takes so much longer; in virtual time not one that is made with the phone lock held", false, storeSlow},
     FaultKind{"lamps stuck",         "",                                "every lamp stays as it is; at the end each takes its latest mode",                       false, lampsStuck},
     FaultKind{"keys bounce",         "COUNT",                           "each press of a key comes so many times, with a release between",                        false, keysBounce},
     FaultKind{"applications slow",   "BYTES",                           "each application at the socket reads only so many bytes a second",                       false, applicationsSlow},

@@ -170,7 +170,7 @@ Outcome<FaultOrder> FaultOrder::read(std::string const& text, FaultTargets const
         .map([&order] { return std::move(order); });
 }
 
-Outcome<FaultOrder> FaultOrder::read(FaultConfiguration const& configured, FaultTargets const& targets)
+Outcome<FaultOrder> FaultOrder::of(FaultConfiguration const& configured, FaultTargets const& targets)
 {
     FaultOrder order;
     order.text = configured.what;

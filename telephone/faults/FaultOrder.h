@@ -34,7 +34,7 @@ struct FaultOrder
     // Refused for an unknown fault, wrong arguments or a wrong moment, and for a fault that is not possible here.
     [[nodiscard]] static Outcome<FaultOrder> read(std::string const& text, FaultTargets const& targets);
     // The same from the configuration; the reason begins with the name of the key.
-    [[nodiscard]] static Outcome<FaultOrder> read(FaultConfiguration const& configured, FaultTargets const& targets);
+    [[nodiscard]] static Outcome<FaultOrder> of(FaultConfiguration const& configured, FaultTargets const& targets);
 };
 
 // What may follow a fault's own arguments.

@@ -22,7 +22,7 @@ Outcome<> Faults::start(EventHistory& history, std::vector<FaultConfiguration> c
 {
     std::vector<FaultOrder> orders;
     for (auto const& each : configured) {
-        auto order = FaultOrder::read(each, targets_);
+        auto order = FaultOrder::of(each, targets_);
         if (!order) {
             return tl::unexpected(std::move(order.error()));
         }

@@ -21,9 +21,9 @@ protected:
         auto const order = FaultOrder::read(text, surroundings_.targets);
         return order ? "accepted" : order.error().reason;
     }
-    std::string reasonOf(FaultConfiguration const& configured)
+    std::string reasonOfConfigured(FaultConfiguration const& configured)
     {
-        auto const order = FaultOrder::read(configured, surroundings_.targets);
+        auto const order = FaultOrder::of(configured, surroundings_.targets);
         return order ? "accepted" : order.error().reason;
     }
 
@@ -111,22 +111,24 @@ TEST_F(FaultOrderTest, WrongForms_AreRefusedWithTheReason)
 TEST_F(FaultOrderTest, Configuration_IsReadAsTheCommand)
 {
     FaultOrder const order =
-        FaultOrder::read({.what = "datagrams lost 2", .at = "3s", .lasts = "10"}, surroundings_.targets).value();
+        FaultOrder::of({.what = "datagrams lost 2", .at = "3s", .lasts = "10"}, surroundings_.targets).value();
 
     EXPECT_EQ(order.text, "datagrams lost 2 at 3s for 10");
     EXPECT_EQ(order.at, 3000ms);
     EXPECT_EQ(order.lasts, 10000ms);
-    EXPECT_EQ(FaultOrder::read({.what = "lamps stuck", .after = 5}, surroundings_.targets).value().afterRequests, 5);
+    EXPECT_EQ(FaultOrder::of({.what = "lamps stuck", .after = 5}, surroundings_.targets).value().afterRequests, 5);
 }
 
 TEST_F(FaultOrderTest, WrongConfiguration_IsRefusedWithItsKey)
 {
-    EXPECT_EQ(reasonOf({.what = "keys bounce"}), "fault.what: COUNT is missing; write it as: keys bounce COUNT");
-    EXPECT_EQ(reasonOf({.what = "store full at 3s"}), "fault.what: \"at\" is not expected; write it as: store full");
-    EXPECT_EQ(reasonOf({.what = "store full", .at = "soon"}),
+    EXPECT_EQ(reasonOfConfigured({.what = "keys bounce"}),
+              "fault.what: COUNT is missing; write it as: keys bounce COUNT");
+    EXPECT_EQ(reasonOfConfigured({.what = "store full at 3s"}),
+              "fault.what: \"at\" is not expected; write it as: store full");
+    EXPECT_EQ(reasonOfConfigured({.what = "store full", .at = "soon"}),
               "fault.at: \"soon\" is not a number of seconds from 0 to 86400");
-    EXPECT_EQ(reasonOf({.what = "store full", .on = "CallHolding"}), "fault.on: no event CallHolding");
-    EXPECT_EQ(reasonOf({.what = "store full", .lasts = "-1"}),
+    EXPECT_EQ(reasonOfConfigured({.what = "store full", .on = "CallHolding"}), "fault.on: no event CallHolding");
+    EXPECT_EQ(reasonOfConfigured({.what = "store full", .lasts = "-1"}),
               "fault.for: \"-1\" is not a number of seconds from 0 to 86400");
 }
 
