@@ -37,6 +37,7 @@
 #include "telephone/physical/KeyLamps.h"
 #include "telephone/physical/PhysicalInterface.h"
 #include "telephone/recording/CallRecorder.h"
+#include "telephone/replay/TrafficRecording.h"
 #include "telephone/services/AuditoryDevice.h"
 #include "telephone/services/CertificateManagement.h"
 #include "telephone/services/DigitAnalysis.h"
@@ -147,6 +148,7 @@ struct Telephone::Parts
     std::unique_ptr<Invoker> invoker = library.createInvoker();
     RequestRunner requests{*service, *invoker};
     std::unique_ptr<EventHistory> history;  // from the service's initialisation on
+    std::unique_ptr<TrafficRecording> recording;
     ProtocolDescription const description{kTelephoneVersion, commandDescriptions()};
     bool running = false;
 };
@@ -191,6 +193,7 @@ void Telephone::Parts::begin()
         throw std::runtime_error(started.error().reason);
     }
     requests.whenDone([this] { faults.noteRequest(); });
+    recording = std::make_unique<TrafficRecording>(*history, controls);
     keys.setService(service.get());
     controls.setService(service.get());
     lamps.start();
@@ -214,6 +217,7 @@ void Telephone::Parts::end()
         return;
     }
     running = false;
+    recording.reset();
     ready = false;
     faults.stop();
     keys.setService(nullptr);
@@ -277,8 +281,8 @@ void Telephone::stop()
 
 SessionServices Telephone::sessions(std::function<void()> end)
 {
-    return {parts_->context,     parts_->requests, *parts_->history,    parts_->controls,
-            parts_->description, std::move(end),   &parts_->readingRate};
+    return {parts_->context,     parts_->requests, *parts_->history,        parts_->controls,
+            parts_->description, std::move(end),   parts_->recording.get(), &parts_->readingRate};
 }
 
 }  // namespace telephone

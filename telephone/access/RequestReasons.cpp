@@ -10,6 +10,7 @@
 #include "platform/sfi/SfiTypes.h"
 #include "telephone/access/LineNames.h"
 #include "telephone/access/RequestCase.h"
+#include "telephone/base/Touched.h"
 #include "telephone/protocol/Phrases.h"
 #include "telephone/protocol/ProtocolCheck.h"
 
@@ -31,6 +32,7 @@ struct Rule;
 
 struct Finder
 {
+    std::string_view finds;                                               // in two words, for the coverage of scripts
     std::string (*reason)(RequestCase const& request, Rule const& rule);  // empty: the rule does not apply
     RefusalKinds explains;  // refusals that say the same less precisely, or follow from it
 };
@@ -314,24 +316,24 @@ constexpr RefusalKinds kAboutCall = kinds(RefusalKind::kNotFound, RefusalKind::k
 constexpr RefusalKinds kAboutText = kinds(RefusalKind::kBadInput);
 
 // clang-format off
-constexpr Finder kLine          {unknownLineOfKeyset,  kAboutLine};
-constexpr Finder kLineIfNamed   {unknownLineIfNamed,   kAboutLine};
-constexpr Finder kCall          {unknownCallIfFailed,  kAboutCall};
-constexpr Finder kCallAnyway    {unknownCall,          kAboutCall};
-constexpr Finder kCallOfOneLine {unknownCallOfOneLine, kAboutCall};
-constexpr Finder kCallOfLine    {unknownCallOfLine,    kAboutCall};
-constexpr Finder kAttempt       {unknownAttempt,       kAboutCall};
-constexpr Finder kRange         {outOfRange,           kAboutText};
-constexpr Finder kWord          {unknownWord,          kAboutText};
-constexpr Finder kDialled       {notDialled,           0};
-constexpr Finder kKeysetOnly    {ringsOnKeysetOnly,    0};
-constexpr Finder kSwitchedOff   {switchedOff,          0};
-constexpr Finder kAgent         {noAgent,              0};
-constexpr Finder kPickupNumber  {noPickupNumber,       0};
-constexpr Finder kCounts        {unknownCounts,        0};
-constexpr Finder kBody          {noBody,               0};
-constexpr Finder kDestination   {noDestination,        0};
-constexpr Finder kRings         {ringsNotSet,          kAboutText};
+constexpr Finder kLine          {"unknown line",     unknownLineOfKeyset,  kAboutLine};
+constexpr Finder kLineIfNamed   {"unknown line",     unknownLineIfNamed,   kAboutLine};
+constexpr Finder kCall          {"unknown call",     unknownCallIfFailed,  kAboutCall};
+constexpr Finder kCallAnyway    {"unknown call",     unknownCall,          kAboutCall};
+constexpr Finder kCallOfOneLine {"unknown call",     unknownCallOfOneLine, kAboutCall};
+constexpr Finder kCallOfLine    {"unknown call",     unknownCallOfLine,    kAboutCall};
+constexpr Finder kAttempt       {"unknown call",     unknownAttempt,       kAboutCall};
+constexpr Finder kRange         {"out of range",     outOfRange,           kAboutText};
+constexpr Finder kWord          {"unknown word",     unknownWord,          kAboutText};
+constexpr Finder kDialled       {"not permitted",    notDialled,           0};
+constexpr Finder kKeysetOnly    {"only on a keyset", ringsOnKeysetOnly,    0};
+constexpr Finder kSwitchedOff   {"not available",    switchedOff,          0};
+constexpr Finder kAgent         {"no agent",         noAgent,              0};
+constexpr Finder kPickupNumber  {"no pickup number", noPickupNumber,       0};
+constexpr Finder kCounts        {"counts not known", unknownCounts,        0};
+constexpr Finder kBody          {"no body",          noBody,               0};
+constexpr Finder kDestination   {"no destination",   noDestination,        0};
+constexpr Finder kRings         {"rings not set",    ringsNotSet,          kAboutText};
 
 constexpr Rule kRules[] = {
     {"OutgoingCallMakeRequest",            kLine,          "Line"},
@@ -399,6 +401,12 @@ constexpr bool describedWell()
 }
 static_assert(describedWell(), "a rule names a request or parameter that does not exist");
 
+// "HoldCall: unknown call"
+std::string nameOf(Rule const& rule)
+{
+    return fmt::format("{}: {}", rule.request, rule.finder.finds);
+}
+
 // --- all together
 
 void addOnce(std::vector<std::string>& reasons, std::string reason)
@@ -415,6 +423,7 @@ RefusalKinds applyRules(RequestCase const& request, std::vector<std::string>& re
     for (auto const& rule : kRules) {
         auto reason = rule.request == request.method() ? rule.finder.reason(request, rule) : std::string();
         if (!reason.empty()) {
+            touch(Touched::kReason, nameOf(rule));
             addOnce(reasons, std::move(reason));
             explained |= rule.finder.explains;
         }
@@ -448,6 +457,13 @@ std::string sentenceOf(Refusal const& refusal, RequestCase const& request)
 }
 
 }  // namespace
+
+std::vector<std::string> reasonRules()
+{
+    std::vector<std::string> names;
+    std::ranges::transform(kRules, std::back_inserter(names), nameOf);
+    return names;
+}
 
 std::vector<std::string> reasonsOf(std::string_view request, RequestRunner::Reply const& reply,
                                    StateOfRequest const& before)

@@ -25,4 +25,7 @@ using StateOfRequest = std::function<TelephoneState const&()>;
 [[nodiscard]] std::vector<std::string> reasonsOf(std::string_view request, RequestRunner::Reply const& reply,
                                                  StateOfRequest const& before);
 
+// The rules, each by its request and what it finds: "HoldCall: unknown call". What the coverage of scripts counts.
+[[nodiscard]] std::vector<std::string> reasonRules();
+
 }  // namespace telephone

@@ -18,7 +18,7 @@ constexpr std::int64_t kMicrosecondsPerSecond = 1'000'000;
 
 }  // namespace
 
-ApplicationConnection::ApplicationConnection(FileDescriptor socket, std::unique_ptr<Session> session)
+ApplicationConnection::ApplicationConnection(FileDescriptor socket, std::unique_ptr<ClientSession> session)
     : socket_(std::move(socket))
     , session_(std::move(session))
     , sink_([this](Message const& message) { appendMessage(output_, message); })
@@ -96,15 +96,9 @@ void ApplicationConnection::collectEvents()
     }
 }
 
-int ApplicationConnection::readingRate() const
-{
-    auto const* const rate = session_->services().readingRate;
-    return rate == nullptr ? 0 : rate->load();
-}
-
 std::size_t ApplicationConnection::permitted() const
 {
-    int const rate = readingRate();
+    int const rate = session_->readingRate();
     if (rate == 0) {
         return waiting();
     }
@@ -130,7 +124,7 @@ void ApplicationConnection::write()
         return;
     }
     written_ += static_cast<std::size_t>(count);
-    if (int const rate = readingRate(); rate > 0) {
+    if (int const rate = session_->readingRate(); rate > 0) {
         nextWrite_ = SteadyClock::now() + std::chrono::microseconds(kMicrosecondsPerSecond * count / rate);
     }
     if (written_ == output_.size()) {

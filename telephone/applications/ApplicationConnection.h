@@ -12,7 +12,7 @@
 
 #include <sys/epoll.h>
 
-#include "telephone/access/Session.h"
+#include "telephone/access/ClientSession.h"
 #include "telephone/framework/FileDescriptor.h"
 #include "telephone/time/SteadyClock.h"
 
@@ -21,7 +21,7 @@ namespace telephone {
 class ApplicationConnection
 {
 public:
-    ApplicationConnection(FileDescriptor socket, std::unique_ptr<Session> session);
+    ApplicationConnection(FileDescriptor socket, std::unique_ptr<ClientSession> session);
 
     // Reads once, handles every complete request and sends all answers with one write.
     void receive();
@@ -38,7 +38,7 @@ public:
     // Notes the events for which the socket is polled; false if they are unchanged.
     bool changeInterest(std::uint32_t interest) { return std::exchange(interest_, interest) != interest; }
     [[nodiscard]] int descriptor() const { return socket_.get(); }
-    [[nodiscard]] Session const& session() const { return *session_; }
+    [[nodiscard]] ClientSession const& session() const { return *session_; }
 
 private:
     static constexpr std::size_t kReadSize = std::size_t{64} * 1024;
@@ -55,10 +55,9 @@ private:
     void write();
     // Bytes that may be sent now.
     [[nodiscard]] std::size_t permitted() const;
-    [[nodiscard]] int readingRate() const;  // bytes a second; 0: without limit
 
     FileDescriptor socket_;
-    std::unique_ptr<Session> session_;
+    std::unique_ptr<ClientSession> session_;
     MessageSink const sink_;    // appends to the output
     std::string input_;         // received and not handled yet
     std::size_t searched_ = 0;  // bytes of the input known not to end the next request

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "CommunicationsServiceEventIfc.h"
+#include "telephone/base/Touched.h"
 #include "telephone/calls/EngineConfiguration.h"
 #include "telephone/calls/LogComponent.h"
 #include "telephone/framework/Log.h"
@@ -149,7 +150,10 @@ Outcome<> CallBacks::begin(int callID, LineAccount line, std::string const& targ
         return tl::unexpected(subscription.error());
     }
     entry.subscription = std::move(*subscription);
-    entry.longest.start(configuration_.callBackTime, [this, &entry] { fail(entry, sfiCallCompletionFailureTimeout); });
+    entry.longest.start(configuration_.callBackTime, [this, &entry] {
+        touch(PhoneTimer::kCallBackExpiry);
+        fail(entry, sfiCallCompletionFailureTimeout);
+    });
     return {};
 }
 
@@ -219,6 +223,7 @@ void CallBacks::followDialogs(Entry& entry, std::vector<sip::DialogEntry> const&
     bool const wasThere = entry.type == sfiCallCompletionOnBusy || entry.seenActive;
     if (wasThere && !entry.ready && !entry.settling.isRunning()) {
         entry.settling.start(configuration_.settlingTime, [this, &entry] {
+            touch(PhoneTimer::kCallBackSettling);
             entry.ready = true;
             tell(entry, sfiCallCompletionReady, true);
         });

@@ -1,6 +1,7 @@
 // Transfer: requested of the far end or by it, and the exchange of one session for another.
 #include <utility>
 
+#include "telephone/base/Touched.h"
 #include "telephone/calls/Call.h"
 #include "telephone/calls/LogComponent.h"
 #include "telephone/framework/Log.h"
@@ -24,7 +25,10 @@ Outcome<> Call::transfer(sfiFeature feature, std::string const& target, std::opt
     }
     transferFeature_ = feature;
     referring_ = true;
-    transferTimer_.start(kTransferTime, [this] { finishTransfer(408); });
+    transferTimer_.start(kTransferTime, [this] {
+        touch(PhoneTimer::kTransferSilent);
+        finishTransfer(408);
+    });
     beginTransferring();
     return {};
 }

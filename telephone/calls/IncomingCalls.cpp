@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "CommunicationsServiceEventIfc.h"
+#include "telephone/base/Touched.h"
 #include "telephone/calls/LogComponent.h"
 #include "telephone/calls/SipMeaning.h"
 #include "telephone/framework/Log.h"
@@ -166,7 +167,10 @@ void IncomingCalls::startNoReplyTimer(Call const& call, LineAccount const& line)
     if (rings < 1 || !forwarding_.destination(line, caller, sfiForwardReasonNoReply)) {
         return;
     }
-    auto const expired = [this, callID = call.id(), line] { forwardUnanswered(callID, line); };
+    auto const expired = [this, callID = call.id(), line] {
+        touch(PhoneTimer::kNoReply);
+        forwardUnanswered(callID, line);
+    };
     noReplyTimers_.insert_or_assign(call.id(), sip::Timer(loop_, rings * configuration_.ringTime, expired));
 }
 

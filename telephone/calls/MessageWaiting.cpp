@@ -4,6 +4,7 @@
 #include <mutex>
 
 #include "CommunicationsServiceEventIfc.h"
+#include "telephone/base/Touched.h"
 #include "telephone/calls/EngineConfiguration.h"
 #include "telephone/calls/LogComponent.h"
 #include "telephone/framework/Log.h"
@@ -115,7 +116,10 @@ void MessageWaiting::onTerminated(sip::Subscription& subscription, int status, s
     if (status == 404 || status == 405 || status == 489 || status == 501) {
         return;
     }
-    mailbox->retry.start(kRetry, [this, lineNumber = mailbox->line.lineNumber] { begin(mailboxes_.at(lineNumber)); });
+    mailbox->retry.start(kRetry, [this, lineNumber = mailbox->line.lineNumber] {
+        touch(PhoneTimer::kMailboxRetry);
+        begin(mailboxes_.at(lineNumber));
+    });
 }
 
 void MessageWaiting::received(LineAccount const& line, std::string const& document)

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "telephone/base/Touched.h"
 #include "telephone/calls/LogComponent.h"
 #include "telephone/framework/Log.h"
 #include "telephone/sip/EventLoop.h"
@@ -122,7 +123,10 @@ Outcome<> Pickups::search(int callID, sip::CallRequest const& request)
     if (!dialogs) {
         return tl::unexpected(dialogs.error());
     }
-    sip::Timer patience(agent_.loop(), configuration_.dialogAnswerTime, [this, callID] { failed(callID, 404); });
+    sip::Timer patience(agent_.loop(), configuration_.dialogAnswerTime, [this, callID] {
+        touch(PhoneTimer::kPickupSilent);
+        failed(callID, 404);
+    });
     searches_.insert_or_assign(callID, Search{std::move(*dialogs), std::move(patience), request});
     return {};
 }

@@ -69,7 +69,10 @@ Outcome<Conversation::Result> Conversation::run(std::function<void(MessageSink c
 {
     Outcome<Result> result = Result{};
     OutputForm::Reply reply;
-    handle([&](Message const& message) { show(message, reply, result); });
+    handle([&](Message const& message) {
+        tellObserver(message);
+        show(message, reply, result);
+    });
     if (result && result->isRequest) {
         if (!reply.answer) {
             noteEnd(reply);
@@ -124,8 +127,16 @@ void Conversation::noteEnd(OutputForm::Reply& reply) const
     reply.time = wallTime();
 }
 
+void Conversation::tellObserver(Message const& message) const
+{
+    if (observer_) {
+        observer_(message);
+    }
+}
+
 void Conversation::showEvent(Message const& message)
 {
+    tellObserver(message);
     transcript_.write(message);
     if (listener_ && message.kind == MessageKind::kEvent) {
         listener_(std::string(message.text));

@@ -56,6 +56,8 @@ public:
 
     // The listener receives every event after it was written to the transcript.
     void listen(Listener listener) { listener_ = std::move(listener); }
+    // The observer receives everything that is said, before it is written.
+    void observe(MessageSink observer) { observer_ = std::move(observer); }
     // Takes the waiting events; false if there were none.
     bool takeEvents();
     // Waits for events until the deadline and takes them. False: none came, or the program must end.
@@ -76,6 +78,7 @@ private:
     // The reply to the request under way is collected in the first.
     void show(Message const& message, OutputForm::Reply& reply, Outcome<Result>& result);
     void noteEnd(OutputForm::Reply& reply) const;
+    void tellObserver(Message const& message) const;
     void showEvent(Message const& message);
     // Those that have changed since the last time.
     void writeLamps();
@@ -88,6 +91,7 @@ private:
     std::map<std::string, LampState> lamps_;  // as written last, by key or name
     Session session_;
     Listener listener_;
+    MessageSink observer_;
     Clock::time_point sent_;  // the request under way
     Clock::time_point lastActivity_ = Clock::now();
 };

@@ -11,10 +11,9 @@
 #include "telephone/access/TelephoneControls.h"
 #include "telephone/base/Names.h"
 #include "telephone/console/Placeholders.h"
+#include "telephone/console/ScriptOptions.h"
 #include "telephone/console/Transcript.h"
 #include "telephone/display/ElementWords.h"
-#include "telephone/display/SafeText.h"
-#include "telephone/protocol/MessageText.h"
 #include "telephone/protocol/ProtocolCheck.h"
 #include "telephone/protocol/Vocabulary.h"
 
@@ -76,30 +75,11 @@ double secondsSince(Conversation::Clock::time_point start)
     return std::chrono::duration<double>(Conversation::Clock::now() - start).count();
 }
 
-std::string describe(std::string const& name, int number, std::string const& line, Refusal const& refusal)
-{
-    return fmt::format("{}:{}: {}: {}", name, number, line, refusal.reason);
-}
-
 // The words of a step whose value cannot be checked before it runs.
 Words withoutPlaceholders(Words words)
 {
     std::erase_if(words, [](std::string const& word) { return splitAssignment(word) && hasPlaceholder(word); });
     return words;
-}
-
-// "CallHeldEvent 4711 call 1: held".
-std::string inWords(std::string const& event, std::string const& ownDomain)
-{
-    auto const read = readEvent(event);
-    if (!read) {
-        return safeText(event);
-    }
-    EventWords const said = eventWords(*read, {.ownDomain = ownDomain});
-    std::string const details = said.words.detailText();
-    return fmt::format("{}{}{}: {}{}", read->description->method, said.line.empty() ? "" : " " + said.line,
-                       said.call.empty() ? "" : " call " + said.call, said.words.what,
-                       details.empty() ? "" : ", " + details);
 }
 
 // Compares the whole answer, or its beginning up to a comma or the first element.
@@ -121,39 +101,52 @@ ScriptPlayer::~ScriptPlayer()
     conversation_.listen(nullptr);
 }
 
+std::string failureText(std::string const& script, ScriptFailure const& failure)
+{
+    return fmt::format("{}:{}: {}: {}", script, failure.line, failure.step, failure.reason);
+}
+
 ScriptResult ScriptPlayer::play(std::istream& script, std::string const& name)
 {
-    std::vector<Line> lines;
-    std::string text;
-    for (int number = 1; std::getline(script, text); ++number) {
-        if (std::string const line(trimmed(text)); !line.empty() && line.front() != '#') {
-            lines.push_back({number, line});
-        }
-    }
-    ScriptResult result{0, 0, check(lines, name)};
+    std::vector<Line> const lines = linesOf(script);
+    ScriptResult result{0, 0, check(lines)};
     auto const start = Conversation::Clock::now();
     for (auto line = lines.begin(); result.passed() && !quit_ && line != lines.end(); ++line) {
         if (auto const played = playLine(line->text)) {
             ++result.steps;
         } else {
-            result.failures.push_back(describe(name, line->number, line->text, played.error()));
+            result.failures.push_back({line->number, line->text, played.error().reason});
         }
     }
     result.seconds = secondsSince(start);
     conversation_.settle();
-    for (std::string const& each : result.failures) {
-        conversation_.transcript().failure(each);
+    for (ScriptFailure const& each : result.failures) {
+        conversation_.transcript().failure(failureText(name, each));
     }
     return result;
 }
 
-std::vector<std::string> ScriptPlayer::check(std::vector<Line> const& lines, std::string const& name)
+std::vector<ScriptPlayer::Line> ScriptPlayer::linesOf(std::istream& script)
 {
-    std::vector<std::string> mistakes;
+    std::vector<Line> lines;
+    std::string text;
+    for (int number = 1; std::getline(script, text); ++number) {
+        std::string const line(trimmed(text));
+        bool const isForPlayer = !isScriptComment(line) && !(lines.empty() && isScriptOption(line));
+        if (isForPlayer) {
+            lines.push_back({number, line});
+        }
+    }
+    return lines;
+}
+
+std::vector<ScriptFailure> ScriptPlayer::check(std::vector<Line> const& lines)
+{
+    std::vector<ScriptFailure> mistakes;
     bool isStrict = conversation_.session().options().strict;
     for (Line const& line : lines) {
         if (auto const checked = checkLine(line.text, isStrict); !checked) {
-            mistakes.push_back(describe(name, line.number, line.text, checked.error()));
+            mistakes.push_back({line.number, line.text, checked.error().reason});
         }
     }
     return mistakes;
@@ -225,11 +218,12 @@ ScriptPlayer::Step ScriptPlayer::findStep(Words const& words)
         std::string_view word;
         Step step;
     };
-    static constexpr std::array<Row, 4> kSteps{{
+    static constexpr std::array<Row, 5> kSteps{{
         {"expect", &ScriptPlayer::expect},
         {"wait", &ScriptPlayer::wait},
         {"never", &ScriptPlayer::never},
         {"pause", &ScriptPlayer::pause},
+        {"option", &ScriptPlayer::option},
     }};
     for (Row const& each : kSteps) {
         if (equalIgnoringCase(each.word, words.front())) {
@@ -386,8 +380,9 @@ Outcome<> ScriptPlayer::waitForNone(EventPattern const& pattern, Conversation::C
         mayCome = journal_.find(pattern) == nullptr && conversation_.waitForEvents(deadline);
     }
     auto const* const event = journal_.find(pattern);
-    return event == nullptr ? Outcome<>()
-                            : failure("it came: " + inWords(*event, conversation_.controls().state().domain));
+    return event == nullptr
+               ? Outcome<>()
+               : failure("it came: " + eventInWords(*event, {.ownDomain = conversation_.controls().state().domain}));
 }
 
 Outcome<ScriptPlayer::Action> ScriptPlayer::pause(Words const& words)
@@ -398,6 +393,12 @@ Outcome<ScriptPlayer::Action> ScriptPlayer::pause(Words const& words)
     }
     return secondsOf(words[1]).map(
         [this](double seconds) -> Action { return [this, seconds] { return rest(after(seconds)); }; });
+}
+
+// Those at their place are not steps.
+Outcome<ScriptPlayer::Action> ScriptPlayer::option(Words const&)
+{
+    return refuse(RefusalKind::kBadInput, "options stand before the first step");
 }
 
 Outcome<> ScriptPlayer::rest(Conversation::Clock::time_point deadline)
@@ -451,10 +452,10 @@ std::string ScriptPlayer::cameInstead() const
     if (events.empty()) {
         return "; nothing else came";
     }
-    std::string const domain = conversation_.controls().state().domain;
+    DisplayOptions const options{.ownDomain = conversation_.controls().state().domain};
     std::string text;
     for (std::size_t i = events.size() - std::min(events.size(), kMostShown); i < events.size(); ++i) {
-        text += (text.empty() ? "; came instead: " : "; ") + inWords(events[i], domain);
+        text += (text.empty() ? "; came instead: " : "; ") + eventInWords(events[i], options);
     }
     return text;
 }

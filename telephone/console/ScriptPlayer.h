@@ -9,10 +9,10 @@
 //     expect lamp 1 flashing within 2
 //     pause 0.5
 //
-// The whole script is checked before its first step. A step that fails ends the script. A request is sent once the
-// telephone is at rest, a tenth of a second after the last request and event: a person would be no faster. After the
-// last step, too, the player waits for the telephone to be at rest, so that the transcript has the events that follow
-// closely.
+// Options (ScriptOptions.h) may stand before the first step. The whole script is checked before its first step. A step
+// that fails ends the script. A request is sent once the telephone is at rest, a tenth of a second after the last
+// request and event: a person would be no faster. After the last step, too, the player waits for the telephone to be at
+// rest, so that the transcript has the events that follow closely.
 #pragma once
 
 #include <functional>
@@ -27,14 +27,23 @@
 
 namespace telephone {
 
+// A mistake that the check found, or the step that failed.
+struct ScriptFailure
+{
+    int line = 0;
+    std::string step;    // as it stands in the script
+    std::string reason;  // a sentence
+};
+
+// "a.script:3: wait CallHeldEvent: it did not come; nothing else came"
+[[nodiscard]] std::string failureText(std::string const& script, ScriptFailure const& failure);
+
 // How a script went.
 struct ScriptResult
 {
-    int steps = 0;       // that succeeded
-    double seconds = 0;  // from the first step to the last
-    // What is wrong, with the script's name and line: every mistake that the check found, or the step that failed.
-    // Empty: the script passed.
-    std::vector<std::string> failures;
+    int steps = 0;                        // that succeeded
+    double seconds = 0;                   // from the first step to the last
+    std::vector<ScriptFailure> failures;  // every mistake, or the step that failed; empty: the script passed
 
     [[nodiscard]] bool passed() const { return failures.empty(); }
 };
@@ -61,7 +70,8 @@ private:
     static Step findStep(Words const& words);
 
     // --- before the first step
-    std::vector<std::string> check(std::vector<Line> const& lines, std::string const& name);
+    [[nodiscard]] static std::vector<Line> linesOf(std::istream& script);
+    std::vector<ScriptFailure> check(std::vector<Line> const& lines);
     [[nodiscard]] Outcome<> checkLine(std::string const& line, bool& isStrict);
     [[nodiscard]] Outcome<> checkRequestText(std::string const& request, bool isStrict) const;
     [[nodiscard]] Outcome<> checkCommand(Words const& words, bool& isStrict) const;
@@ -75,6 +85,7 @@ private:
     Outcome<Action> wait(Words const& words);
     Outcome<Action> never(Words const& words);
     Outcome<Action> pause(Words const& words);
+    Outcome<Action> option(Words const& words);
 
     Outcome<> beforeRequest();
     void noteResult(Conversation::Result const& result);

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "platform/framework/Executable.h"
+#include "telephone/base/Touched.h"
 #include "telephone/framework/Log.h"
 
 namespace telephone {
@@ -91,6 +92,7 @@ void TimerService::expire(int id, Action const& action, std::unique_lock<std::mu
         if (action) {
             action();
         } else if (target != nullptr) {
+            touch(PhoneTimer::kService);
             target->timerEvent(id);
         }
     } catch (std::exception const& error) {

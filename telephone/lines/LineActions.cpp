@@ -4,6 +4,7 @@
 
 #include <spdlog/fmt/fmt.h>
 
+#include "telephone/base/Touched.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/framework/TimerService.h"
@@ -114,6 +115,7 @@ Outcome<> LineActions::startWarmLine(TelephoneLine& line, std::string const& dig
 
 void LineActions::warmLineExpired(TelephoneLine& line, std::string const& digits)
 {
+    touch(PhoneTimer::kWarmLine);
     std::lock_guard const lock(calls_);
     warmTimer_ = 0;
     auto* const selected = lines_.selected();

@@ -6,6 +6,7 @@
 
 #include <spdlog/fmt/fmt.h>
 
+#include "telephone/base/Touched.h"
 #include "telephone/calls/CallEngine.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/lines/LogComponent.h"
@@ -130,7 +131,10 @@ private:
 
     void retryLater()
     {
-        retry_.start(kRetry, [this] { subscribe(); });
+        retry_.start(kRetry, [this] {
+            touch(PhoneTimer::kWatchRetry);
+            subscribe();
+        });
     }
 
     void setUnknown()

@@ -12,22 +12,24 @@ namespace {
 
 using namespace PhysDefs;
 
+constexpr std::string_view kLineModes = "steady|flashing|fluttering";
+
 // clang-format off
 constexpr std::array kFunctions{
-    KeyFunctionRow{"line",       keyFunctionLine,           0,              false},
-    KeyFunctionRow{"dss",        keyFunctionDirectStation,  0,              false},
-    KeyFunctionRow{"blf",        keyFunctionBusyLampField,  0,              false},
-    KeyFunctionRow{"forwarding", keyFunctionForwarding,     0,              true},
-    KeyFunctionRow{"dnd",        keyFunctionDoNotDisturb,   0,              true},
-    KeyFunctionRow{"hold",       keyFunctionHold,           kCallButtons,   false},
-    KeyFunctionRow{"mute",       keyFunctionMute,           0,              false},
-    KeyFunctionRow{"headset",    keyFunctionHeadset,        0,              false},
-    KeyFunctionRow{"messages",   keyFunctionMessages,       0,              true},
-    KeyFunctionRow{"toggle",     keyFunctionFeatureToggle,  0,              false},
-    KeyFunctionRow{"release",    keyFunctionRelease,        0,              false},
-    KeyFunctionRow{"preview",    keyFunctionPreview,        kKeysetButtons, false},
-    KeyFunctionRow{"ignore",     keyFunctionIgnoreCall,     kKeysetButtons, false},
-    KeyFunctionRow{"transfer",   keyFunctionTransfer,       0,              false},
+    KeyFunctionRow{"line",       keyFunctionLine,           0,              false, kLineModes},
+    KeyFunctionRow{"dss",        keyFunctionDirectStation,  0,              false, kLineModes},
+    KeyFunctionRow{"blf",        keyFunctionBusyLampField,  0,              false, kLineModes},
+    KeyFunctionRow{"forwarding", keyFunctionForwarding,     0,              true,  "steady"},
+    KeyFunctionRow{"dnd",        keyFunctionDoNotDisturb,   0,              true,  "steady"},
+    KeyFunctionRow{"hold",       keyFunctionHold,           kCallButtons,   false, ""},  // the lamp Hold
+    KeyFunctionRow{"mute",       keyFunctionMute,           0,              false, "steady"},
+    KeyFunctionRow{"headset",    keyFunctionHeadset,        0,              false, "steady"},
+    KeyFunctionRow{"messages",   keyFunctionMessages,       0,              true,  "steady"},
+    KeyFunctionRow{"toggle",     keyFunctionFeatureToggle,  0,              false, "steady"},
+    KeyFunctionRow{"release",    keyFunctionRelease,        0,              false, ""},
+    KeyFunctionRow{"preview",    keyFunctionPreview,        kKeysetButtons, false, ""},
+    KeyFunctionRow{"ignore",     keyFunctionIgnoreCall,     kKeysetButtons, false, ""},
+    KeyFunctionRow{"transfer",   keyFunctionTransfer,       0,              false, "steady"},
 };
 // clang-format on
 static_assert(kFunctions.size() == 14,

@@ -16,8 +16,9 @@ struct KeyFunctionRow
 {
     std::string_view name;
     PhysDefs::keyFunctionType function;
-    int buttonGroup;  // the group under which applications subscribe to its presses (kind 8); 0 for none
-    bool functional;  // applications can subscribe to the function (kind 24)
+    int buttonGroup;            // the group under which applications subscribe to its presses (kind 8); 0 for none
+    bool functional;            // applications can subscribe to the function (kind 24)
+    std::string_view litModes;  // of its own lamp, separated by "|"; empty: it has none, or it is never lit
 };
 
 // The groups of button events.

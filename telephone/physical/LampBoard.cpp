@@ -1,9 +1,14 @@
 #include "telephone/physical/LampBoard.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
 #include <spdlog/fmt/fmt.h>
+
+#include "CommunicationsServiceEnumerations.h"
+#include "telephone/base/Touched.h"
+#include "telephone/configuration/Choices.h"
 
 namespace telephone {
 
@@ -22,7 +27,31 @@ constexpr std::array kNumberedLamps{
 
 constexpr std::array<std::string_view, 4> kColours{"none", "red", "green", "amber"};
 
+std::string withMode(std::string_view lamp, int mode)
+{
+    EnumerationValue const* const known = enumerations::kLampMode.find(mode);
+    return fmt::format("{} {}", lamp, known == nullptr ? std::to_string(mode) : known->name);
+}
+
 }  // namespace
+
+std::vector<std::string> lampModes()
+{
+    std::vector<std::string> all;
+    for (EnumerationValue const& mode : enumerations::kLampMode) {
+        for (KeyFunctionRow const& row : keyFunctionRows()) {
+            if (placeOfChoice(row.litModes, mode.name)) {
+                all.push_back(withMode(row.name, mode.number));
+            }
+        }
+        for (NumberedLamp const& lamp : kNumberedLamps) {
+            if (mode.number != PhysDefs::lampOff) {
+                all.push_back(withMode(lamp.name, mode.number));
+            }
+        }
+    }
+    return all;
+}
 
 std::string_view lampColourName(PhysDefs::lampColour colour)
 {
@@ -139,9 +168,21 @@ void LampBoard::set(int slot, Lamp lamp)
         now = lamp;
         listener = listener_;
     }
+    if (lamp.mode != PhysDefs::lampOff) {
+        touch(Touched::kLamp, withMode(nameOf(slot), lamp.mode));
+    }
     if (listener) {
         listener(slot < 0 ? -slot : slot, lamp);
     }
+}
+
+std::string_view LampBoard::nameOf(int slot) const
+{
+    if (slot > 0) {
+        return layout_.find(slot)->row->name;
+    }
+    auto const* const numbered = std::ranges::find(kNumberedLamps, -slot, &NumberedLamp::number);
+    return numbered->name;
 }
 
 }  // namespace telephone

@@ -37,6 +37,10 @@ struct LampRow
 // "red", "green", "amber", or "none".
 std::string_view lampColourName(PhysDefs::lampColour colour);
 
+// Every lamp that a telephone can have with each mode in which it is lit, by the function of its key or by its name:
+// "line flashing", "SecondAlert steady".
+std::vector<std::string> lampModes();
+
 class LampBoard
 {
 public:
@@ -70,6 +74,7 @@ private:
     std::optional<int> slotOf(std::string const& name) const;
     static int slotOf(PhoneKey const& key);
     void set(int slot, Lamp lamp);
+    [[nodiscard]] std::string_view nameOf(int slot) const;
 
     KeyLayout const& layout_;
     mutable std::mutex mutex_;

@@ -8,6 +8,7 @@
 
 #include "platform/physical/functionalEventObserver.h"
 #include "platform/physical/physicalEventObserver.h"
+#include "telephone/base/Touched.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/physical/LogComponent.h"
 #include "telephone/protocol/Vocabulary.h"
@@ -191,6 +192,7 @@ Outcome<> PhysicalInterface::act(std::string const& name, PhysDefs::actionType a
         return queued;
     }
     if (action == PhysDefs::actionPressed) {
+        touch(Touched::kKey, key->row->name);
         pressed_.insert(key->number());
     } else {
         pressed_.erase(key->number());

@@ -24,14 +24,6 @@ CLI::App* add(CLI::App& app, CommandLine& line, Action action, char const* name,
     return command;
 }
 
-CheckedTraffic checkedTraffic(std::string const& word)
-{
-    if (word == "all") {
-        return CheckedTraffic::kAll;
-    }
-    return word == "events" ? CheckedTraffic::kEvents : CheckedTraffic::kNone;
-}
-
 constexpr std::string_view kVirtual = "virtual";
 constexpr std::string_view kVirtualFrom = "virtual=";
 
@@ -48,17 +40,6 @@ std::optional<std::chrono::system_clock::time_point> beginningOf(std::string wor
     return readTime(word);
 }
 
-std::string isTimeOption(std::string const& word)
-{
-    bool const isRight = word == "real" || word == kVirtual || beginningOf(word);
-    return isRight ? "" : "write real, virtual or virtual=2025-03-30T00:59:00Z";
-}
-
-void readTimeOption(std::string const& word, CommandLine& line)
-{
-    line.virtualStart = word == kVirtual ? VirtualTime::Settings().start : beginningOf(word);
-}
-
 void addOptions(CLI::App& app, CommandLine& line)
 {
     app.add_option("-c,--config", line.configuration, "Configuration file (docs/configuration.md)")
@@ -68,20 +49,27 @@ void addOptions(CLI::App& app, CommandLine& line)
     app.add_option("--log-level", line.logLevel, "0 (nothing) to 6 (every request and SIP message)")
         ->check(CLI::Range(0, 6));
     app.add_option("--log-file", line.logFile, "File of the log; default: standard error");
-    CLI::Option* const time = app.add_option_function<std::string>(
-                                     "--time", [&line](std::string const& word) { readTimeOption(word, line); },
-                                     "real, virtual, or virtual=2025-03-30T00:59:00Z (its beginning)")
-                                  ->check(isTimeOption, "");
+    app.add_option("--record", line.record, "Record what crosses to applications in this file (docs/replay.md)");
+    CLI::Option* const time =
+        app.add_option_function<std::string>(
+               "--time", [&line](std::string const& word) { static_cast<void>(line.setTime(word)); },
+               "real, virtual, or virtual=2025-03-30T00:59:00Z (its beginning)")
+            ->check(
+                [](std::string const& word) {
+                    auto const set = CommandLine().setTime(word);
+                    return set ? std::string() : set.error().reason;
+                },
+                "");
     app.add_option("--seed", line.seed,
                    "Of virtual time: draws who runs first and how long a datagram takes; 0: neither")
         ->needs(time);
     app.add_flag("--no-exchange", line.withoutExchange, "Start without the built-in exchange");
     app.add_option_function<std::string>(
-           "--check", [&line](std::string const& word) { line.checked = checkedTraffic(word); },
+           "--check", [&line](std::string const& word) { line.checked = *checkedTraffic(word); },
            "End with status 4 at the first message that contradicts the description of the protocol: events, or all "
            "(requests, too); default: none")
         ->envname("TELEPHONE_CHECK")
-        ->check(CLI::IsMember({"none", "events", "all"}));
+        ->check(CLI::IsMember(std::vector<std::string>(kCheckedTrafficWords.begin(), kCheckedTrafficWords.end())));
 }
 
 ColourUse colourUse(std::string const& word)
@@ -117,6 +105,54 @@ CLI::App* addWatch(CLI::App& app, CommandLine& line)
     return watch;
 }
 
+void addReplay(CLI::App& app, CommandLine& line)
+{
+    ReplayChoice& choice = line.replay;
+    CLI::App* const replay =
+        add(app, line, Action::kReplay, "replay", "Repeats a recording, and says what is different");
+    replay->add_option("FILE", choice.recording, "Recording, made with --record or the command record")->required();
+    CLI::Option* const side =
+        replay->add_flag("--as-telephone", choice.asTelephone,
+                         "Play the telephone to an application at the socket, without a telephone");
+    replay
+        ->add_option("--session", choice.sessions, "Recorded session of the application; default: all but the console")
+        ->needs(side);
+    replay
+        ->add_option_function<std::string>(
+            "--report", [&choice](std::string const& file) { choice.report = file; },
+            "Table of all messages and their differences, in a file; - is standard output")
+        ->expected(0, 1)
+        ->default_str("-")
+        ->trigger_on_parse();
+    replay->add_flag("--json", line.output.json, "The report as JSON");
+}
+
+Seeds readSeeds(std::string const& text)
+{
+    auto const seeds = Seeds::parse(text);
+    return seeds ? *seeds : throw CLI::ValidationError("--seeds", seeds.error().reason);
+}
+
+void addTest(CLI::App& app, CommandLine& line)
+{
+    TestChoice& choice = line.test;
+    constexpr int kMostJobs = 1000;
+    constexpr double kLongestLimit = 86400;
+    CLI::App* const test = add(app, line, Action::kTest, "test", "Plays scripts, each in a telephone of its own");
+    test->add_option("PATHS", choice.scripts, "Scripts, and folders with files *.script")->required();
+    test->add_option("-j,--jobs", choice.jobs, "Telephones at a time; default: one for each processor")
+        ->check(CLI::Range(1, kMostJobs));
+    test->add_option_function<std::string>(
+        "--seeds", [&choice](std::string const& text) { choice.seeds = readSeeds(text); },
+        "Plays each script with each of the seeds A-B; default: that of --seed, or 0");
+    test->add_option("--limit", choice.limit, "Seconds after which a script is ended; default: 120")
+        ->check(CLI::Range(0.001, kLongestLimit));
+    test->add_option("--junit", line.junit, "File for the results, as JUnit XML");
+    test->add_option("--files", choice.files, "Folder for the logs of what failed; default: a new one");
+    test->add_flag("--coverage{}", choice.coverage,
+                   "What the scripts touched, as a table; --coverage=FILE: as JSON, too");
+}
+
 void addCommands(CLI::App& app, CommandLine& line)
 {
     CLI::App* const console =
@@ -126,6 +162,8 @@ void addCommands(CLI::App& app, CommandLine& line)
     CLI::App* const play = add(app, line, Action::kPlay, "play", "Telephone that plays a script and ends");
     play->add_option("FILE", line.script, "Script; - is standard input")->required();
     play->add_option("--junit", line.junit, "File for the result, as JUnit XML");
+    play->add_option("--report", line.report)->group("");  // of the command test
+    addTest(app, line);
     add(app, line, Action::kServe, "serve", "Telephone for applications only, until a signal ends it");
     CLI::App* const exchange = add(app, line, Action::kExchange, "exchange", "The exchange without a telephone");
     exchange->add_option("--port", line.port, "Its port; 0: any free one")->check(CLI::Range(0, 65535));
@@ -135,6 +173,7 @@ void addCommands(CLI::App& app, CommandLine& line)
     request->add_option("WORDS", line.words, "METHOD Tag=value ...")->required();
     request->add_flag("--lenient", line.lenient, "Send it unchecked, as applications may");
     CLI::App* const watch = addWatch(app, line);
+    addReplay(app, line);
     CLI::App* const store = add(app, line, Action::kStore, "store", "Reads and writes the configuration store");
     store->add_option("WORDS", line.words, "list | get KEY | set KEY VALUE");
     // A value may begin with a minus sign.
@@ -153,6 +192,17 @@ void addCommands(CLI::App& app, CommandLine& line)
 }
 
 }  // namespace
+
+Outcome<> CommandLine::setTime(std::string const& word)
+{
+    auto const beginning = word == kVirtual ? std::optional(VirtualTime::Settings().start) : beginningOf(word);
+    if (!beginning && word != kRealTime) {
+        return refuse(RefusalKind::kBadInput, "write real, virtual or virtual=2025-03-30T00:59:00Z");
+    }
+    time = word;
+    virtualStart = beginning;
+    return {};
+}
 
 std::optional<CommandLine> CommandLine::read(int count, char const* const* arguments, int& exitStatus)
 {

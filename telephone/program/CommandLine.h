@@ -5,10 +5,13 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "telephone/base/Refusal.h"
 #include "telephone/console/Terminal.h"
 #include "telephone/program/TrafficCheck.h"
+#include "telephone/testing/Seeds.h"
 
 namespace telephone {
 
@@ -17,7 +20,9 @@ enum class Action
     kConsole,
     kTour,
     kPlay,
+    kReplay,
     kServe,
+    kTest,
     kExchange,
     kDo,
     kRequest,
@@ -37,6 +42,26 @@ struct OutputChoice
     bool utc = false;
 };
 
+// What the command test plays, and how.
+struct TestChoice
+{
+    std::vector<std::string> scripts;     // files and folders
+    std::optional<int> jobs;              // telephones at a time; nothing: one for each processor
+    std::optional<Seeds> seeds;           // nothing: that of --seed
+    double limit = 120;                   // seconds for each script
+    std::string files;                    // folder for those of failed scripts; empty: a new one
+    std::optional<std::string> coverage;  // nothing: none; a file for JSON beside the table; empty: only the table
+};
+
+// What the command replay does.
+struct ReplayChoice
+{
+    std::string recording;              // file
+    bool asTelephone = false;           // the telephone's side
+    std::vector<std::string> sessions;  // recorded ones of the application; empty: all but the console
+    std::optional<std::string> report;  // file for the report; "-": standard output
+};
+
 struct CommandLine
 {
     Action action = Action::kConsole;
@@ -47,18 +72,29 @@ struct CommandLine
     std::string logFile;
     std::optional<int> logLevel;
     bool withoutExchange = false;
+    std::string time;                                                   // as --time has it; empty: it does not say
     std::optional<std::chrono::system_clock::time_point> virtualStart;  // nothing: in real time
     std::uint64_t seed = 0;                                             // of virtual time
     CheckedTraffic checked = CheckedTraffic::kNone;
-    int port = 0;                    // of the exchange without a telephone; 0: the configured one
-    std::string script;              // to play; "-": standard input
-    std::string junit;               // file for the result of a script; empty: none
+    int port = 0;            // of the exchange without a telephone; 0: the configured one
+    std::string script;      // to play; "-": standard input
+    std::string scriptText;  // read from the file before the telephone is made (withScript)
+    std::string junit;       // file for the results of scripts; empty: none
+    std::string report;      // file for the test runner; empty: none plays this script
+    std::string record;      // file for a recording from the start on; empty: none
+    TestChoice test;
+    ReplayChoice replay;
     std::vector<std::string> words;  // of a request or a command, or the name to describe
     bool lenient = false;            // request: the telephone does not check it
     OutputChoice output;
     std::string lines;                   // watch: separated by commas; empty: all
     std::string events;                  // watch: names, separated by commas; empty: all
     std::optional<std::uint64_t> after;  // watch: begin with the event after this one; nothing: with the next one
+
+    static constexpr std::string_view kRealTime = "real";
+
+    // As --time does. Refused for a wrong word.
+    [[nodiscard]] Outcome<> setTime(std::string const& word);
 
     // Nothing: the program ends at once with the exit status, after --help or after a mistake, which is on standard
     // error.

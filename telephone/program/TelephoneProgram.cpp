@@ -13,13 +13,13 @@
 #include "telephone/console/Console.h"
 #include "telephone/console/Conversation.h"
 #include "telephone/console/ScriptPlayer.h"
-#include "telephone/console/ScriptReport.h"
 #include "telephone/console/Transcript.h"
+#include "telephone/framework/Refusals.h"
 #include "telephone/framework/ServiceLibrary.h"
 #include "telephone/framework/StopSignal.h"
 #include "telephone/program/Output.h"
 #include "telephone/program/Programs.h"
-#include "telephone/program/ScriptText.h"
+#include "telephone/program/ScriptPlay.h"
 #include "telephone/program/StartConfiguration.h"
 #include "telephone/program/TrafficCheck.h"
 #include "telephone/program/WaysIn.h"
@@ -34,23 +34,6 @@ constexpr char const* kTourIntroduction =
     "This telephone calls numbers of its own exchange, on this machine only. Each\n"
     "call is drawn as it happens: requests and events of an application on the left,\n"
     "what passes between telephone and far end on the right. It takes five seconds.\n\n";
-
-Outcome<bool> play(Conversation& conversation, CommandLine const& line)
-{
-    auto const text = readScriptText(line.script, conversation.stopDescriptor());
-    if (!text) {
-        return tl::unexpected(text.error());
-    }
-    std::string const name = line.script == "-" ? "standard input" : line.script;
-    std::istringstream script(*text);
-    ScriptResult const result = ScriptPlayer(conversation).play(script, name);
-    if (result.passed()) {
-        conversation.transcript().note(fmt::format("passed: {} steps in {:.1f} s", result.steps, result.seconds));
-    }
-    return (line.junit.empty() ? Outcome<>() : writeJUnit(result, name, line.junit)).map([&result] {
-        return result.passed();
-    });
-}
 
 // True if nothing was refused.
 bool openConsole(Conversation& conversation)
@@ -77,10 +60,10 @@ bool tour(Conversation& conversation)
 }
 
 // True if everything succeeded.
-Outcome<bool> talk(Conversation& conversation, CommandLine const& line)
+Outcome<bool> talkAsAsked(Conversation& conversation, CommandLine const& line)
 {
     if (line.action == Action::kPlay) {
-        return play(conversation, line);
+        return playScript(conversation, line);
     }
     return line.action == Action::kTour ? tour(conversation) : openConsole(conversation);
 }
@@ -105,7 +88,7 @@ Outcome<int> serve(CommandLine const& line, Configuration const& configuration, 
 }
 
 Outcome<int> converse(CommandLine const& line, Configuration const& configuration, Telephone& telephone,
-                      StopSignal const& stop)
+                      StopSignal const& stop, Talk const& talk)
 {
     SessionServices const services = telephone.sessions(nullptr);
     Transcript transcript = openTranscript(line, services.telephone.state().domain);
@@ -120,9 +103,17 @@ Outcome<int> converse(CommandLine const& line, Configuration const& configuratio
     if (waysIn->http != nullptr) {
         transcript.note("HTTP: " + waysIn->http->address());
     }
-    return telephone.activate().and_then([&] { return talk(conversation, line); }).map([](bool succeeded) {
-        return succeeded ? 0 : 1;
-    });
+    return telephone.activate()
+        .and_then([&] { return talk ? talk(conversation) : talkAsAsked(conversation, line); })
+        .map([](bool succeeded) { return succeeded ? 0 : 1; });
+}
+
+// A telephone is needed more than its recording.
+void record(Telephone& telephone, std::string const& file)
+{
+    if (!file.empty()) {
+        reportIfRefused("replay", telephone.sessions(nullptr).recorder->start(file));
+    }
 }
 
 // In virtual time nothing outside this process can be reached.
@@ -145,22 +136,32 @@ Outcome<Configuration> fitToTime(Configuration const& configuration)
 
 }  // namespace
 
-Outcome<int> runTelephone(CommandLine const& line, StopSignal const& stop)
+Outcome<int> runTelephone(CommandLine const& given, StopSignal const& stop)
 {
-    std::optional<VirtualTime> virtualTime;
-    if (line.virtualStart) {
-        virtualTime.emplace(VirtualTime::Settings{line.seed, *line.virtualStart, stop.descriptor()});
+    return runTelephone(given, stop, nullptr);
+}
+
+Outcome<int> runTelephone(CommandLine const& given, StopSignal const& stop, Talk const& talk)
+{
+    auto const line = withScript(given, stop);
+    if (!line) {
+        return tl::unexpected(line.error());
     }
-    return startConfiguration(line).and_then(fitToTime).and_then([&](Configuration const& configuration) {
-        return ServiceLibrary::find(line.library).and_then([&](std::string const& library) {
+    std::optional<VirtualTime> virtualTime;
+    if (line->virtualStart) {
+        virtualTime.emplace(VirtualTime::Settings{line->seed, *line->virtualStart, stop.descriptor()});
+    }
+    return startConfiguration(*line).and_then(fitToTime).and_then([&](Configuration const& configuration) {
+        return ServiceLibrary::find(line->library).and_then([&](std::string const& library) {
             Telephone telephone(configuration, library);
             std::optional<TrafficCheck> check;
-            if (line.checked != CheckedTraffic::kNone) {
-                check.emplace(telephone.sessions(nullptr), line.checked);
+            if (line->checked != CheckedTraffic::kNone) {
+                check.emplace(telephone.sessions(nullptr), line->checked);
             }
-            bool const serves = line.action == Action::kServe;
-            return serves ? serve(line, configuration, telephone, stop)
-                          : converse(line, configuration, telephone, stop);
+            record(telephone, line->record);
+            bool const serves = line->action == Action::kServe;
+            return serves ? serve(*line, configuration, telephone, stop)
+                          : converse(*line, configuration, telephone, stop, talk);
         });
     });
 }

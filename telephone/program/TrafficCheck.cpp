@@ -1,5 +1,6 @@
 #include "telephone/program/TrafficCheck.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <iostream>
 #include <utility>
@@ -22,6 +23,14 @@ void require(Outcome<> const& checked, std::string_view text)
 }
 
 }  // namespace
+
+std::optional<CheckedTraffic> checkedTraffic(std::string_view word)
+{
+    auto const* const found = std::ranges::find(kCheckedTrafficWords, word);
+    return found == kCheckedTrafficWords.end()
+               ? std::nullopt
+               : std::optional(static_cast<CheckedTraffic>(found - kCheckedTrafficWords.begin()));
+}
 
 TrafficCheck::TrafficCheck(SessionServices services, CheckedTraffic checked)
     : services_(std::move(services))

@@ -6,7 +6,10 @@
 // runs them.
 #pragma once
 
+#include <array>
 #include <cstdint>
+#include <optional>
+#include <string_view>
 
 #include "telephone/access/Session.h"
 
@@ -18,6 +21,11 @@ enum class CheckedTraffic
     kEvents,  // what the telephone sends
     kAll,     // and what it receives
 };
+
+// Indexed by the value.
+inline constexpr std::array<std::string_view, 3> kCheckedTrafficWords{"none", "events", "all"};
+// Nothing: not such a word.
+std::optional<CheckedTraffic> checkedTraffic(std::string_view word);
 
 class TrafficCheck
 {

@@ -16,6 +16,10 @@ telephone::Outcome<int> run(telephone::CommandLine const& line, telephone::StopS
     case Action::kPlay:
     case Action::kServe:
         return telephone::runTelephone(line, stop);
+    case Action::kReplay:
+        return telephone::runReplay(line, stop);
+    case Action::kTest:
+        return telephone::runTest(line, stop);
     case Action::kExchange:
         return telephone::runExchange(line, stop);
     case Action::kDo:

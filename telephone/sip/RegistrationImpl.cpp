@@ -4,6 +4,7 @@
 #include <charconv>
 #include <mutex>
 
+#include "telephone/base/Touched.h"
 #include "telephone/sip/EventLoop.h"
 
 namespace telephone::sip {
@@ -88,6 +89,7 @@ void RegistrationImpl::send()
         return;
     }
     silence_.start(account_.answerTimeout, [this] {
+        touch(PhoneTimer::kRegistrarSilent);
         request_->abandon();
         fail(408, "Request Timeout");
     });
@@ -134,7 +136,10 @@ void RegistrationImpl::onAccepted(sip_msg const& message)
         return;
     }
     registered_ = true;
-    due_.start(refreshAfter(granted), [this] { send(); });
+    due_.start(refreshAfter(granted), [this] {
+        touch(PhoneTimer::kRegistrationRefresh);
+        send();
+    });
     observer_.onRegistered(*this, granted);
 }
 
@@ -144,7 +149,10 @@ void RegistrationImpl::fail(int status, std::string const& reason)
     element_->log(LogLevel::kWarning, "Registration of " + account_.addressOfRecord() +
                                           " failed: " + std::to_string(status) + " " + reason);
     if (!isPermanent(status)) {
-        due_.start(wait_, [this] { send(); });
+        due_.start(wait_, [this] {
+            touch(PhoneTimer::kRegistrationRetry);
+            send();
+        });
         wait_ = std::min(wait_ * 2, account_.retryMax);
     }
     observer_.onRegistrationFailed(*this, status, reason);

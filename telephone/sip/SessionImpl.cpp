@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 
+#include "telephone/base/Touched.h"
 #include "telephone/sip/InvitationReader.h"
 
 namespace telephone::sip {
@@ -347,7 +348,10 @@ Outcome<> SessionImpl::sendModification(Direction direction)
         return offered;
     }
     directionBefore_ = before;
-    modificationGuard_.start(kModificationGuard, [this] { finishModification(false, 408, "Request Timeout"); });
+    modificationGuard_.start(kModificationGuard, [this] {
+        touch(PhoneTimer::kSessionChangeSilent);
+        finishModification(false, 408, "Request Timeout");
+    });
     return {};
 }
 

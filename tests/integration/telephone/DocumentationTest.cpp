@@ -128,15 +128,35 @@ void expectStore()
     EXPECT_NE(result.output.find("agent-state"), std::string::npos) << result.output;
 }
 
+void expectReplay()
+{
+    TemporaryFolder const folder;
+    std::string const file = folder.file("tour.recording");
+    expectWell(runWith("--record " + file + " tour"));
+    expectWell(runWith("replay " + file));
+}
+
+void expectTest()
+{
+    TemporaryFolder const folder;
+    std::ofstream(folder.file("a.script")) << "GetServiceState\nexpect answer sfiSuccess\n";
+    Ended const result = runWith("test " + folder.path());
+    expectWell(result);
+    EXPECT_NE(result.output.find("1 of 1 passed"), std::string::npos) << result.output;
+}
+
 // Every command that README.md may show, and how to run it.
 std::map<std::string, std::function<void()>> const kCommands{
     {"", expectTour},
     {"console", [] { expectConsole(""); }},
     {"play FILE", [] { expectWell(runWith("play " SCRIPTS "/number-101-is-busy.script")); }},
+    {"test FOLDER", expectTest},
     {"serve", [] { expectToServe("serve", "applications can connect at"); }},
     {"request GetServiceState", [] { expectOfARunningTelephone("request GetServiceState", "sfiSuccess,"); }},
     {"do lines", [] { expectOfARunningTelephone("do lines", "4711"); }},
     {"watch", [] { expectOfARunningTelephone("watch", "watching\n"); }},
+    {"--record FILE tour", expectReplay},
+    {"replay FILE", expectReplay},
     {"describe HoldCall", [] { expectWell(runWith("describe HoldCall")); }},
     {"exchange", [] { expectToServe("exchange", "199"); }},
     {"--config FILE store list", expectStore},

@@ -1,6 +1,7 @@
 #include "telephone/access/RequestReasons.h"
 
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -8,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "CommunicationsServiceRequests.h"
+#include "telephone/base/Touched.h"
 #include "telephone/protocol/Phrases.h"
 
 namespace telephone {
@@ -486,6 +488,26 @@ TEST_F(RequestReasons, TextThatIsWrong_ExplainsTheRefusalOfItsValue)
               Reasons{"Consult lacks Destination, which is read as empty"});
     EXPECT_EQ(refused(request("Consult", "<Line>4711</Line><CallID>5</CallID>"), {state}),
               (Reasons{"Consult lacks Destination, which is read as empty", "the telephone is not active"}));
+}
+
+TEST_F(RequestReasons, Rules_HaveDifferentNames)
+{
+    auto const rules = reasonRules();
+
+    EXPECT_EQ(rules.size(), 47U);
+    EXPECT_EQ(rules.front(), "OutgoingCallMakeRequest: unknown line");
+    EXPECT_EQ(rules.back(), "SendUACSTAServerMessage: no body");
+    EXPECT_EQ(std::set<std::string>(rules.begin(), rules.end()).size(), rules.size());
+}
+
+TEST_F(RequestReasons, RuleThatApplies_IsTouched)
+{
+    keepTouched();
+
+    accepted(request("setForwardingConfiguration", "<Line>none</Line><fwType>99</fwType>"));
+
+    EXPECT_EQ(touchedNames(Touched::kReason), (std::set<std::string>{"setForwardingConfiguration: unknown line",
+                                                                     "setForwardingConfiguration: out of range"}));
 }
 
 }  // namespace

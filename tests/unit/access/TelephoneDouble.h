@@ -144,7 +144,7 @@ public:
         if (!history) {
             history = std::make_unique<telephone::EventHistory>(context, runner, dispatcher, kept_);
         }
-        return {context, runner, *history, controls, description, [this] { ++ends; }, &readingRate};
+        return {context, runner, *history, controls, description, [this] { ++ends; }, nullptr, &readingRate};
     }
 
     void held(int callID)

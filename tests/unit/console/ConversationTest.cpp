@@ -125,3 +125,22 @@ TEST_F(ConversationTest, LampsThatAreWatched_AreWrittenWhenTheyChange)
 
     EXPECT_EQ(telephone_.written, "lamp     3 flashing green\n");
 }
+
+TEST_F(ConversationTest, Observer_ReceivesRequestAnswerAndEvent)
+{
+    std::vector<std::string> seen;
+    conversation_.observe([&seen](Message const& message) {
+        seen.push_back(std::string(kMessageKindNames[static_cast<std::size_t>(message.kind)]) + " " +
+                       std::string(message.text));
+    });
+
+    EXPECT_TRUE(conversation_.run("HoldCall Line=4711 CallID=1"));
+    telephone_.held(1);
+    EXPECT_TRUE(conversation_.waitForEvents(Conversation::Clock::now() + std::chrono::seconds(10)));
+    conversation_.observe(nullptr);
+    EXPECT_TRUE(conversation_.run("GetServiceState"));
+
+    EXPECT_EQ(seen, (std::vector<std::string>{
+                        "request <Method>HoldCall</Method><Line>4711</Line><CallID>1</CallID>", "answer sfiSuccess",
+                        "finished ", "event <Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>1</CallID>"}));
+}

@@ -208,3 +208,27 @@ TEST_F(ScriptPlayerTest, EventShortlyAfterTheLastStep_IsShownAndNotTimed)
     EXPECT_NE(telephone_.written.find("<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>1</CallID>"),
               std::string::npos);
 }
+
+TEST_F(ScriptPlayerTest, OptionsBeforeTheFirstStep_AreNotSteps)
+{
+    ScriptResult const result = resultOf("# desk\noption time real\noption check events\nsay hello\n");
+
+    EXPECT_TRUE(result.passed());
+    EXPECT_EQ(result.steps, 1);
+}
+
+TEST_F(ScriptPlayerTest, OptionAfterTheFirstStep_IsAMistake)
+{
+    EXPECT_EQ(failureOf("say hello\noption time real\n"),
+              "error: test.script:2: option time real: options stand before the first step");
+}
+
+TEST_F(ScriptPlayerTest, Failure_HasItsLineItsStepAndItsReason)
+{
+    ScriptResult const result = resultOf("\nexpect lamp 1 steady within 0\n");
+
+    ASSERT_EQ(result.failures.size(), 1U);
+    EXPECT_EQ(result.failures[0].line, 2);
+    EXPECT_EQ(result.failures[0].step, "expect lamp 1 steady within 0");
+    EXPECT_EQ(result.failures[0].reason, "it is off");
+}
