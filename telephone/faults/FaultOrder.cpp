@@ -12,8 +12,6 @@
 
 namespace telephone {
 
-char const* const kFaultMoments = "[at SECONDS | on EVENT [TAG=VALUE...] | after COUNT requests] [for SECONDS]";
-
 namespace {
 
 constexpr std::size_t kWordsInName = 2;

@@ -37,7 +37,4 @@ struct FaultOrder
     [[nodiscard]] static Outcome<FaultOrder> of(FaultConfiguration const& configured, FaultTargets const& targets);
 };
 
-// What may follow a fault's own arguments.
-extern char const* const kFaultMoments;
-
 }  // namespace telephone

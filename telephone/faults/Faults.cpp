@@ -199,7 +199,15 @@ std::optional<std::uint64_t> Faults::eventsSeen() const
     return seen;
 }
 
+// Under the lock of the listeners, so the timers' thread does the rest.
 void Faults::noteEvents()
+{
+    if (eventsSeen()) {
+        timers_.start(std::chrono::milliseconds(0), [this] { readEvents(); });
+    }
+}
+
+void Faults::readEvents()
 {
     auto const seen = eventsSeen();
     if (!seen) {

@@ -4,9 +4,9 @@
 //     faults.start(history, {});
 //     faults.add("datagrams lost 2 at 3s");
 //
-// A fault begins at its moment, on the thread on which that comes: of the command, of the timers, of the event
-// dispatcher, or of the request. It ends after its duration, when it has done what it can, by name, when another of its
-// kind begins, or with the telephone. Each beginning, each effect and each end is in the log.
+// A fault begins at its moment, on the thread on which that comes: of the command, of the timers, or of the request. It
+// ends after its duration, when it has done what it can, by name, when another of its kind begins, or with the
+// telephone. Each beginning, each effect and each end is in the log.
 #pragma once
 
 #include <cstdint>
@@ -67,7 +67,8 @@ private:
     void arm(FaultOrder order);
     void begin(Id id);
     void noteEvents();
-    // The number of the first event that a fault has not looked at; nothing: none waits for an event.
+    void readEvents();
+    // The number of the last event that every fault has looked at; nothing: none waits for an event.
     std::optional<std::uint64_t> eventsSeen() const;
 
     // Takes faults out of the list, and ends them.

@@ -324,7 +324,8 @@ TEST_F(PhysicalInterfaceTest, BouncingKeys_PressSeveralTimesWithAReleaseBetween)
 
 TEST_F(PhysicalInterfaceTest, StuckLamps_StayAndThenTakeTheirLatestMode)
 {
-    subscriber_.subscribeTo(keys_);
+    std::vector<PhysDefs::SubscriptionGrp> lamps{PhysDefs::ActionGrp(2, 4)};
+    EXPECT_TRUE(keys_.subscribePhysicalEvents(&subscriber_, lamps));
     keys_.lampBoard().setKey(1, {PhysDefs::lampSteady, PhysDefs::lampGreen});
     seen();
     keys_.lampBoard().setStuck(true);
