@@ -127,7 +127,8 @@ TEST_F(FaultOrderTest, WrongConfiguration_IsRefusedWithItsKey)
               "fault.what: \"at\" is not expected; write it as: store full");
     EXPECT_EQ(reasonOfConfigured({.what = "store full", .at = "soon"}),
               "fault.at: \"soon\" is not a number of seconds from 0 to 86400");
-    EXPECT_EQ(reasonOfConfigured({.what = "store full", .on = "CallHolding"}), "fault.on: no event CallHolding");
+    EXPECT_EQ(reasonOfConfigured({.what = "store full", .on = "CallHolding"}),
+              "fault.on: no event CallHolding (did you mean CallHeldEvent?)");
     EXPECT_EQ(reasonOfConfigured({.what = "store full", .lasts = "-1"}),
               "fault.for: \"-1\" is not a number of seconds from 0 to 86400");
 }
