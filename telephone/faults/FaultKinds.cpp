@@ -101,10 +101,10 @@ Effect onDatagrams(Targets& targets, DatagramFault fault, std::string_view past)
         acting.ended = report.ended;
         count->id = sip::datagramFaults().begin(std::move(acting));
     };
-    auto const end = [&loop, count, past] {
+    auto const end = [&loop, count] {
         std::lock_guard const lock(loop);
         sip::datagramFaults().end(count->id);
-        return fmt::format("{} datagrams: each {}", count->befallen, past);
+        return fmt::format("it befell {} datagram{}", count->befallen, count->befallen == 1 ? "" : "s");
     };
     return FaultEffect{begin, end};
 }

@@ -14,6 +14,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
+// From the start on; it ends between two frames.
+constexpr auto kFiftyFrames = 1010ms;
+
 // Counts what it gives and takes.
 class Voice : public AudioSource, public AudioSink
 {
@@ -81,7 +84,7 @@ protected:
 
 TEST_F(RtpStreamTest, AudioThatNobodyHears_IsReadAndCountedOnly)
 {
-    sleepFor(1s);
+    sleepFor(kFiftyFrames);
 
     EXPECT_EQ(leftVoice_.read, 50);
     EXPECT_EQ(left_->unheard(), 50U);
@@ -90,7 +93,7 @@ TEST_F(RtpStreamTest, AudioThatNobodyHears_IsReadAndCountedOnly)
 TEST_F(RtpStreamTest, AudioForASink_IsSentWhileTheSinkListens)
 {
     right_->setSink(&rightVoice_);
-    sleepFor(1s);
+    sleepFor(kFiftyFrames);
     EXPECT_EQ(left_->unheard(), 0U);
     EXPECT_EQ(rightVoice_.written, 50);
 
@@ -104,7 +107,7 @@ TEST_F(RtpStreamTest, AudioForASink_IsSentWhileTheSinkListens)
 TEST_F(RtpStreamTest, EchoOfWhatNobodyHears_IsNotSent)
 {
     right_->setEcho(true);
-    sleepFor(1s);
+    sleepFor(kFiftyFrames);
     EXPECT_EQ(left_->unheard(), 50U);
 
     left_->setSink(&leftVoice_);
