@@ -193,6 +193,11 @@ std::uint64_t Session::dropped() const
     return usesHistory_ ? 0 : channel_->dropped();
 }
 
+int Session::readingRate() const
+{
+    return services_.readingRate == nullptr ? 0 : services_.readingRate->load();
+}
+
 Outcome<std::string> Session::hello(std::optional<std::string> const& name)
 {
     if (name && name->size() > kLongestName) {

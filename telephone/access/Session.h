@@ -41,6 +41,8 @@ struct SessionServices
     ProtocolDescription const& description;
     std::function<void()> end;            // the command quit
     TrafficRecorder* recorder = nullptr;  // null: nothing can be recorded
+    // A fault: an application reads no more bytes a second than this; 0: as fast as it does. Null: always 0.
+    std::atomic<int> const* readingRate = nullptr;
 };
 
 // Makes sessions of a telephone.
@@ -69,6 +71,7 @@ public:
     void handle(Words const& words, MessageSink const& sink);
     bool takeEvents(std::size_t most, MessageSink const& sink) override;
     [[nodiscard]] std::uint64_t dropped() const override;
+    [[nodiscard]] int readingRate() const override;
     [[nodiscard]] std::string const& name() const override { return label_; }
 
     [[nodiscard]] Options& options() { return options_; }
