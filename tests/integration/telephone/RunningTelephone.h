@@ -1,6 +1,7 @@
 // A telephone that serves applications, with its own process and socket.
 #pragma once
 
+#include <algorithm>
 #include <csignal>
 #include <optional>
 #include <string>
@@ -88,6 +89,13 @@ public:
         }
         ADD_FAILURE() << "the telephone has gone";
         return {};
+    }
+
+    // How many of the events that came so far contain the text.
+    [[nodiscard]] long seen(std::string const& text) const
+    {
+        return std::count_if(events_.begin(), events_.end(),
+                             [&text](std::string const& each) { return each.find(text) != std::string::npos; });
     }
 
     // The next event that contains the text; earlier ones are skipped.
