@@ -16,6 +16,7 @@
 #include <string_view>
 
 #include "telephone/access/EventSubscription.h"
+#include "telephone/access/Invariants.h"
 #include "telephone/access/Message.h"
 #include "telephone/access/Words.h"
 #include "telephone/framework/RequestRunner.h"
@@ -81,6 +82,8 @@ public:
     void unfollow();
     // Moves virtual time; the result of the command follows every event until then. Refused in real time.
     [[nodiscard]] Outcome<> advance(SteadyClock::duration duration);
+    // Refused with everything that does not hold (Invariants).
+    [[nodiscard]] Outcome<> check();
 
 private:
     void handleRequest(std::string_view text, MessageSink const& sink);
@@ -94,6 +97,7 @@ private:
     std::string label_;
     Options options_;
     std::shared_ptr<Channel> const channel_;
+    Invariants invariants_;
     bool usesHistory_ = false;
     bool sendsEventsFirst_ = false;  // before the result of the command under way
     std::optional<EventSubscription> subscription_;

@@ -239,6 +239,7 @@ ScriptPlayer::Step ScriptPlayer::findStep(Words const& words)
         {"wait", &ScriptPlayer::wait},
         {"never", &ScriptPlayer::never},
         {"pause", &ScriptPlayer::pause},
+        {"try", &ScriptPlayer::attempt},
         {"option", &ScriptPlayer::option},
     }};
     for (Row const& each : kSteps) {
@@ -414,6 +415,20 @@ Outcome<ScriptPlayer::Action> ScriptPlayer::pause(Words const& words)
 Outcome<ScriptPlayer::Action> ScriptPlayer::option(Words const&)
 {
     return refuse(RefusalKind::kBadInput, "options stand before the first step");
+}
+
+// What is tried is not checked before the first step: it may be wrong.
+Outcome<ScriptPlayer::Action> ScriptPlayer::attempt(Words const& words)
+{
+    if (words.size() == 1) {
+        return usage("try REQUEST or COMMAND");
+    }
+    return [this, line = Words(words.begin() + 1, words.end())] {
+        if (auto const tried = run(line); !tried) {
+            conversation_.transcript().note("refused: " + tried.error().reason);
+        }
+        return checkStop();
+    };
 }
 
 Outcome<> ScriptPlayer::rest(Conversation::Clock::time_point deadline)
