@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <limits>
 #include <map>
 #include <string_view>
 #include <utility>
@@ -21,7 +20,6 @@ namespace {
 
 using Broken = std::vector<std::string>;
 
-constexpr std::size_t kAllEvents = std::numeric_limits<std::size_t>::max();
 // More than the allocator keeps between two calls, less than what a thousand lost calls would keep.
 constexpr std::size_t kMostGrowth = std::size_t{2} * 1024 * 1024;
 constexpr std::size_t kOverheadOfEvent = 200;
@@ -74,8 +72,7 @@ constexpr std::array kCauses{
                   return hasCall(state, [](CallStatus const& call) { return call.heldHere && !call.over; });
               },
               "no call is held"},
-    LampCause{"mute", [](TelephoneState const& state, KeyState const&) { return state.muted; },
-              "the microphone is on"},
+    LampCause{"mute", [](TelephoneState const& state, KeyState const&) { return state.muted; }, "the microphone is on"},
     LampCause{"headset",
               [](TelephoneState const& state, KeyState const&) {
                   return std::ranges::find(state.plugged, "headset") != state.plugged.end();
@@ -83,16 +80,10 @@ constexpr std::array kCauses{
               "no headset is plugged in"},
     LampCause{"messages",
               [](TelephoneState const& state, KeyState const&) {
-                  return std::ranges::any_of(state.lines, [](LineStatus const& line) {
-                      return line.messages && line.messages->waiting;
-                  });
+                  return std::ranges::any_of(
+                      state.lines, [](LineStatus const& line) { return line.messages && line.messages->waiting; });
               },
               "no message waits"},
-    LampCause{"transfer",
-              [](TelephoneState const& state, KeyState const&) {
-                  return hasCall(state, [](CallStatus const& call) { return !call.over; });
-              },
-              "there is no call"},
 };
 
 // The calls that events left in a state other than idle, with that state.
@@ -157,14 +148,14 @@ void Invariants::checkMemory(EventHistory::Events const& events, std::vector<std
     if (!memoryAtRest_) {
         memoryAtRest_ = used;
     } else if (used > *memoryAtRest_ + kMostGrowth) {
-        broken.push_back(fmt::format("{} kB more are in use than at the first rest without calls",
-                                     (used - *memoryAtRest_) / 1024));
+        broken.push_back(
+            fmt::format("{} kB more are in use than at the first rest without calls", (used - *memoryAtRest_) / 1024));
     }
 }
 
 std::vector<std::string> Invariants::broken(EventHistory const& history, TelephoneState const& state)
 {
-    auto const portion = history.after(0, kAllEvents);
+    auto const portion = history.after(0, history.latest());
     Broken broken = portion.missed == 0 ? wronglyToldCalls(portion.events, state) : Broken();
     for (std::string& each : lampsWithoutCause(state)) {
         broken.push_back(std::move(each));

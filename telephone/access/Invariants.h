@@ -1,6 +1,6 @@
-// What must hold of a telephone whatever was done to it, checked while nothing moves: what applications were told is what
-// is the case, every lamp has its cause, no lock of the service stays taken, no accepted setting is missing from the
-// store, and memory comes back. Each session has its own, whose checks compare memory with the first.
+// What must hold of a telephone whatever was done to it, checked while nothing moves: what applications were told is
+// what is the case, every lamp has its cause, no lock of the service stays taken, no accepted setting is missing from
+// the store, and memory comes back. Each session has its own, whose checks compare memory with the first.
 #pragma once
 
 #include <cstddef>

@@ -234,7 +234,7 @@ ScriptPlayer::Step ScriptPlayer::findStep(Words const& words)
         std::string_view word;
         Step step;
     };
-    static constexpr std::array<Row, 5> kSteps{{
+    static constexpr std::array<Row, 6> kSteps{{
         {"expect", &ScriptPlayer::expect},
         {"wait", &ScriptPlayer::wait},
         {"never", &ScriptPlayer::never},

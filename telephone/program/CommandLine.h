@@ -22,6 +22,7 @@ enum class Action
     kPlay,
     kServe,
     kTest,
+    kChaos,
     kExchange,
     kDo,
     kRequest,
@@ -72,6 +73,7 @@ struct CommandLine
     std::string junit;       // file for the results of scripts; empty: none
     std::string report;      // file for the test runner; empty: none plays this script
     TestChoice test;
+    int hours = 1;  // of chaos
     std::vector<std::string> words;  // of a request or a command, or the name to describe
     bool lenient = false;            // request: the telephone does not check it
     OutputChoice output;
