@@ -36,6 +36,7 @@
 #include "telephone/physical/KeyLamps.h"
 #include "telephone/physical/PhysicalInterface.h"
 #include "telephone/recording/CallRecorder.h"
+#include "telephone/replay/TrafficRecording.h"
 #include "telephone/services/AuditoryDevice.h"
 #include "telephone/services/CertificateManagement.h"
 #include "telephone/services/DigitAnalysis.h"
@@ -144,6 +145,7 @@ struct Telephone::Parts
     std::unique_ptr<Invoker> invoker = library.createInvoker();
     RequestRunner requests{*service, *invoker};
     std::unique_ptr<EventHistory> history;  // from the service's initialisation on
+    std::unique_ptr<TrafficRecording> recording;
     ProtocolDescription const description{kTelephoneVersion, commandDescriptions()};
     bool running = false;
 };
@@ -184,6 +186,7 @@ void Telephone::Parts::begin()
     invoker->initInvoker(&context);
     auto const kept = static_cast<std::size_t>(configuration.applications.keptEvents);
     history = std::make_unique<EventHistory>(context, requests, events, kept);
+    recording = std::make_unique<TrafficRecording>(*history, controls);
     keys.setService(service.get());
     controls.setService(service.get());
     lamps.start();
@@ -207,6 +210,7 @@ void Telephone::Parts::end()
         return;
     }
     running = false;
+    recording.reset();
     ready = false;
     keys.setService(nullptr);
     controls.setService(nullptr);
@@ -269,7 +273,8 @@ void Telephone::stop()
 
 SessionServices Telephone::sessions(std::function<void()> end)
 {
-    return {parts_->context, parts_->requests, *parts_->history, parts_->controls, parts_->description, std::move(end)};
+    return {parts_->context,     parts_->requests, *parts_->history,       parts_->controls,
+            parts_->description, std::move(end),   parts_->recording.get()};
 }
 
 }  // namespace telephone

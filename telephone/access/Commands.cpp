@@ -10,6 +10,7 @@
 #include "telephone/access/LineNames.h"
 #include "telephone/access/RequestShorthand.h"
 #include "telephone/access/Session.h"
+#include "telephone/access/StateFiles.h"
 #include "telephone/access/TelephoneControls.h"
 #include "telephone/base/Names.h"
 #include "telephone/display/StateTables.h"
@@ -43,20 +44,6 @@ Outcome<std::uint64_t> numberOf(std::string const& word, std::uint64_t most)
         return refuse(RefusalKind::kBadInput, fmt::format("\"{}\" is not a number from 0 to {}", word, most));
     }
     return number;
-}
-
-std::vector<std::string> listOf(std::optional<std::string> const& names)
-{
-    std::vector<std::string> list;
-    std::string_view rest = names ? std::string_view(*names) : std::string_view();
-    while (!rest.empty()) {
-        auto const comma = std::min(rest.find(','), rest.size());
-        if (comma > 0) {
-            list.emplace_back(rest.substr(0, comma));
-        }
-        rest.remove_prefix(std::min(rest.size(), comma + 1));
-    }
-    return list;
 }
 
 // Without a name, what the whole is about.
@@ -113,7 +100,7 @@ Outcome<std::vector<std::string>> placesNamed(std::vector<std::string> const& na
 Answer followEvents(Session& session, Given& given)
 {
     EventHistory const& history = session.services().history;
-    auto places = placesNamed(listOf(given[3]), session.services().telephone.state());
+    auto places = placesNamed(commaSeparated(given[3].value_or("")), session.services().telephone.state());
     if (!places) {
         return tl::unexpected(places.error());
     }
@@ -126,7 +113,7 @@ Answer followEvents(Session& session, Given& given)
         bool const isOfAnotherStart = given[1] && *given[1] != history.start();
         selection.after = isOfAnotherStart ? kOfAnotherStart : *number;
     }
-    return eventMethods(listOf(given[2])).map([&](std::vector<std::string> const& names) {
+    return eventMethods(commaSeparated(given[2].value_or(""))).map([&](std::vector<std::string> const& names) {
         selection.names = names;
         std::uint64_t const after = selection.after == kOfAnotherStart ? 0 : selection.after;
         session.follow(std::move(selection));
@@ -172,6 +159,19 @@ TelephoneControls& telephoneOf(Session& session)
     return session.services().telephone;
 }
 
+Outcome<TrafficRecorder*> recorderOf(Session& session)
+{
+    TrafficRecorder* const recorder = session.services().recorder;
+    return recorder != nullptr ? Outcome<TrafficRecorder*>(recorder)
+                               : refuse(RefusalKind::kNotSupported, "nothing can be recorded here");
+}
+
+Answer stopRecording(Session& session, Given& given)
+{
+    return given[0] ? done(telephoneOf(session).record(*given[0], false))
+                    : recorderOf(session).and_then([](TrafficRecorder* found) { return done(found->stop()); });
+}
+
 // clang-format off
 constexpr std::array kTable{
     Command{"help",       "[NAME...]",                "this list; or the meaning of a request, an event, a command or a value", [](Session& s, Given& g) { return describeOr(s, g, help); }},
@@ -179,6 +179,8 @@ constexpr std::array kTable{
     Command{"describe",   "[NAME...]",                "every name of the protocol; or the meaning of one", [](Session& s, Given& g) { return describeOr(s, g, [](auto const& d) { return d.overview(); }); }},
     Command{"describe json", "",                      "the whole protocol as JSON",                         [](Session& s, Given&) -> Answer { return s.services().description.json(); }},
     Command{"state",      "",                         "the telephone at this moment, as JSON",              [](Session& s, Given&) -> Answer { return stateJson(telephoneOf(s).state()); }},
+    Command{"state save", "FILE",                     "writes the state to a file",                         [](Session& s, Given& g) { return done(saveState(telephoneOf(s).state(), *g[0])); }},
+    Command{"state diff", "FIRST SECOND",             "what differs between the states in two files; now stands for the present state", [](Session& s, Given& g) { return compareStates(*g[0], *g[1], telephoneOf(s).state()).and_then([](auto const& found) { return rows(found, "no difference"); }); }},
     Command{"events",     "[after NUMBER] [of START] [only EVENTS] [line LINES]", "events, numbered across the telephone, after a number or from now on; names and lines are separated by commas", followEvents},
     Command{"events off", "",                         "no more events",                                     [](Session& s, Given&) -> Answer { s.unfollow(); return std::string(); }},
     Command{"reasons",    "on|off",                   "a sentence beside the answer to each request that was refused or did nothing", [](Session& s, Given& g) -> Answer { s.options().reasons = isOn(g[0]); return std::string(); }},
@@ -195,7 +197,9 @@ constexpr std::array kTable{
     Command{"unplug",     "headset|handset|line",     "unplugs a device",                                   [](Session& s, Given& g) { return done(telephoneOf(s).plug(*g[0], false)); }},
     Command{"lock",       "",                         "locks the telephone: only permitted numbers can be called", [](Session& s, Given&) { return done(telephoneOf(s).lock(true)); }},
     Command{"unlock",     "",                         "unlocks the telephone",                              [](Session& s, Given&) { return done(telephoneOf(s).lock(false)); }},
-    Command{"record",     "on|off LINE",              "starts or stops recording the calls of a line",      [](Session& s, Given& g) { return done(telephoneOf(s).record(*g[1], isOn(g[0]))); }},
+    Command{"record on",  "LINE",                     "starts recording the calls of a line",               [](Session& s, Given& g) { return done(telephoneOf(s).record(*g[0], true)); }},
+    Command{"record off", "[LINE]",                   "stops recording the calls of a line; without one, ends the file of record FILE", stopRecording},
+    Command{"record",     "FILE",                     "writes requests, commands, their replies and events to a file until record off, to be replayed", [](Session& s, Given& g) { return recorderOf(s).and_then([&](TrafficRecorder* r) { return done(r->start(*g[0])); }); }},
     Command{"call",       "LINE from NUMBER [name NAME]", "a call from a number of the exchange to a line",  [](Session& s, Given& g) { return done(telephoneOf(s).call(*g[0], *g[1], g[2].value_or(""))); }},
     Command{"message",    "LINE new COUNT old COUNT", "messages in a line's mailbox at the exchange",       setMessages},
     Command{"registrar",  "on|off",                   "the exchange's registrar answers, or is silent",     [](Session& s, Given& g) { return done(telephoneOf(s).setRegistrar(isOn(g[0]))); }},

@@ -20,6 +20,23 @@ bool isOnLine(std::string_view place, std::string const& line)
 
 }  // namespace
 
+bool selects(EventSelection const& selection, std::string_view event)
+{
+    auto const& names = selection.names;
+    auto const& lines = selection.lines;
+    if (names.empty() && lines.empty()) {
+        return true;
+    }
+    auto const read = readEvent(event);
+    if (!read) {
+        return true;
+    }
+    std::string_view const place = read->line();
+    return (names.empty() || std::find(names.begin(), names.end(), read->description->method) != names.end()) &&
+           (lines.empty() || std::any_of(lines.begin(), lines.end(),
+                                         [place](std::string const& line) { return isOnLine(place, line); }));
+}
+
 EventSubscription::EventSubscription(EventHistory const& history, EventSelection selection)
     : history_(history)
     , selection_(std::move(selection))
@@ -36,7 +53,7 @@ bool EventSubscription::take(std::size_t most, StateSource const& state, Message
     }
     for (auto const& event : portion.events) {
         selection_.after = event->number;
-        if (wants(event->text)) {
+        if (selects(selection_, event->text)) {
             sink({MessageKind::kEvent, event->text, event->number, event->time});
         }
     }
@@ -52,21 +69,17 @@ void EventSubscription::reportGap(std::uint64_t missed, StateSource const& state
     selection_.after = now.event;
 }
 
-bool EventSubscription::wants(std::string_view event) const
+std::vector<std::string> commaSeparated(std::string_view names)
 {
-    if (selection_.names.empty() && selection_.lines.empty()) {
-        return true;
+    std::vector<std::string> list;
+    while (!names.empty()) {
+        auto const comma = std::min(names.find(','), names.size());
+        if (comma > 0) {
+            list.emplace_back(names.substr(0, comma));
+        }
+        names.remove_prefix(std::min(names.size(), comma + 1));
     }
-    auto const read = readEvent(event);
-    if (!read) {
-        return true;
-    }
-    auto const& names = selection_.names;
-    auto const& lines = selection_.lines;
-    std::string_view const place = read->line();
-    return (names.empty() || std::find(names.begin(), names.end(), read->description->method) != names.end()) &&
-           (lines.empty() || std::any_of(lines.begin(), lines.end(),
-                                         [place](std::string const& line) { return isOnLine(place, line); }));
+    return list;
 }
 
 Outcome<std::vector<std::string>> eventMethods(std::vector<std::string> const& names)

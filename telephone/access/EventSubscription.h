@@ -23,6 +23,9 @@ struct EventSelection
     std::vector<std::string> lines;
 };
 
+// Whether an event has one of the names and is on one of the lines. A text that is not an event is selected, too.
+[[nodiscard]] bool selects(EventSelection const& selection, std::string_view event);
+
 class EventSubscription
 {
 public:
@@ -44,12 +47,14 @@ public:
     [[nodiscard]] std::uint64_t position() const { return selection_.after; }
 
 private:
-    [[nodiscard]] bool wants(std::string_view event) const;
     void reportGap(std::uint64_t missed, StateSource const& state, MessageSink const& sink);
 
     EventHistory const& history_;
     EventSelection selection_;
 };
+
+// The names in "4711,4712".
+[[nodiscard]] std::vector<std::string> commaSeparated(std::string_view names);
 
 // Names of events as people type them ("callheld", "CallHeldEvent") as the service writes them. Refused for an unknown
 // one, with the nearest name.

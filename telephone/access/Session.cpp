@@ -36,6 +36,13 @@ void sendError(MessageSink const& sink, Refusal const& refusal)
 
 }  // namespace
 
+SessionFactory sessionsOf(SessionServices services)
+{
+    return [services = std::move(services)](std::string name, std::size_t queuedEvents, std::function<void()> wake) {
+        return std::make_unique<Session>(std::move(name), services, queuedEvents, std::move(wake));
+    };
+}
+
 Session::Session(std::string name, SessionServices services, std::size_t queuedEvents, std::function<void()> wake)
     : services_(std::move(services))
     , wake_(std::move(wake))
@@ -62,13 +69,39 @@ void Session::handle(std::string_view text, MessageSink const& sink)
         return handleRequest(text, sink);
     }
     auto const words = splitWords(text);
-    if (!words) {
-        return sendError(sink, words.error());
+    if (words) {
+        return handle(*words, sink);
     }
-    handle(*words, sink);
+    auto const fail = [&words](MessageSink const& to) { sendError(to, words.error()); };
+    isRecorded() ? runRecorded(InputKind::kCommand, text, sink, fail) : fail(sink);
 }
 
 void Session::handle(Words const& words, MessageSink const& sink)
+{
+    bool const isRequest = !words.empty() && findCommand(words) == nullptr && findRequest(words.front()) != nullptr;
+    if (auto const request = isRequest ? requestText(words) : tl::unexpected(Refusal{})) {
+        return handleRequest(*request, sink);
+    }
+    auto const run = [this, &words](MessageSink const& to) { runWords(words, to); };
+    isRecorded() ? runRecorded(InputKind::kCommand, quoteWords(words), sink, run) : run(sink);
+}
+
+bool Session::isRecorded() const
+{
+    return services_.recorder != nullptr && services_.recorder->isOn();
+}
+
+void Session::runRecorded(InputKind kind, std::string_view text, MessageSink const& sink, Work const& work)
+{
+    TrafficRecorder& recorder = *services_.recorder;
+    recorder.input({channel_->name(), kind, text, options_.strict, options_.reasons});
+    work([&](Message const& message) {
+        recorder.reply(channel_->name(), message);
+        sink(message);
+    });
+}
+
+void Session::runWords(Words const& words, MessageSink const& sink)
 {
     Driving const driving;  // time moves if a request or command has to wait for it
     if (words.empty()) {
@@ -81,14 +114,17 @@ void Session::handle(Words const& words, MessageSink const& sink)
         }
         return result ? sink({MessageKind::kResult, *result}) : sendError(sink, result.error());
     }
-    if (findRequest(words.front()) != nullptr) {
-        auto const request = requestText(words);
-        return request ? handleRequest(*request, sink) : sendError(sink, request.error());
-    }
-    sendError(sink, unknownWord(words.front()).value());
+    bool const isRequest = findRequest(words.front()) != nullptr;
+    sendError(sink, isRequest ? requestText(words).error() : unknownWord(words.front()).value());
 }
 
 void Session::handleRequest(std::string_view text, MessageSink const& sink)
+{
+    auto const run = [this, text](MessageSink const& to) { runRequest(text, to); };
+    isRecorded() ? runRecorded(InputKind::kRequest, text, sink, run) : run(sink);
+}
+
+void Session::runRequest(std::string_view text, MessageSink const& sink)
 {
     Driving const driving;
     if (auto const checked = options_.strict ? checkRequest(text) : Outcome<>(); !checked) {

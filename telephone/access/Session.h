@@ -15,9 +15,11 @@
 #include <string>
 #include <string_view>
 
+#include "telephone/access/ClientSession.h"
 #include "telephone/access/EventSubscription.h"
 #include "telephone/access/Invariants.h"
 #include "telephone/access/Message.h"
+#include "telephone/access/TrafficRecorder.h"
 #include "telephone/access/Words.h"
 #include "telephone/framework/RequestRunner.h"
 #include "telephone/time/SteadyClock.h"
@@ -38,10 +40,14 @@ struct SessionServices
     EventHistory& history;
     TelephoneControls& telephone;
     ProtocolDescription const& description;
-    std::function<void()> end;  // the command quit
+    std::function<void()> end;            // the command quit
+    TrafficRecorder* recorder = nullptr;  // null: nothing can be recorded
 };
 
-class Session
+// Makes sessions of a telephone.
+SessionFactory sessionsOf(SessionServices services);
+
+class Session : public ClientSession
 {
 public:
     struct Options
@@ -55,22 +61,17 @@ public:
     // The name is unique at every moment; it is the name of the session's channel. `wake` is called on any thread after
     // events came; it must not block. `queuedEvents` limits those of Subscribe.
     Session(std::string name, SessionServices services, std::size_t queuedEvents, std::function<void()> wake);
-    ~Session();
+    ~Session() override;
     Session(Session const&) = delete;
     Session& operator=(Session const&) = delete;
 
-    // Handles a request, in full or short, or a command, and passes the replies to the sink: to a request its answer,
-    // the reasons and the end; to a command its result; or an error. A NUL must follow the text.
-    void handle(std::string_view text, MessageSink const& sink);
+    void handle(std::string_view text, MessageSink const& sink) override;
     // The same for a line that was split into words already.
     void handle(Words const& words, MessageSink const& sink);
+    bool takeEvents(std::size_t most, MessageSink const& sink) override;
+    [[nodiscard]] std::uint64_t dropped() const override;
+    [[nodiscard]] std::string const& name() const override { return label_; }
 
-    // Passes the events that came to the sink, at most `most`. False: none is left.
-    bool takeEvents(std::size_t most, MessageSink const& sink);
-    // Events that were dropped because the session did not take them.
-    [[nodiscard]] std::uint64_t dropped() const;
-
-    [[nodiscard]] std::string const& name() const { return label_; }
     [[nodiscard]] Options& options() { return options_; }
     [[nodiscard]] SessionServices const& services() const { return services_; }
 
@@ -86,7 +87,15 @@ public:
     [[nodiscard]] Outcome<> check();
 
 private:
+    using Work = std::function<void(MessageSink const& sink)>;
+
+    [[nodiscard]] bool isRecorded() const;
+    // Runs the work, and records the input and the replies that the work passes to its sink.
+    void runRecorded(InputKind kind, std::string_view text, MessageSink const& sink, Work const& work);
     void handleRequest(std::string_view text, MessageSink const& sink);
+    void runRequest(std::string_view text, MessageSink const& sink);
+    // A line that is not a request, or not a correct one.
+    void runWords(Words const& words, MessageSink const& sink);
     void sendReasons(std::string_view request, RequestRunner::Reply const& reply, MessageSink const& sink) const;
     // Logs a request with an unknown method, which the service answers like any failure.
     void noteUnknown(std::string_view request) const;

@@ -10,7 +10,7 @@
 
 namespace telephone {
 
-ApplicationConnection::ApplicationConnection(FileDescriptor socket, std::unique_ptr<Session> session)
+ApplicationConnection::ApplicationConnection(FileDescriptor socket, std::unique_ptr<ClientSession> session)
     : socket_(std::move(socket))
     , session_(std::move(session))
     , sink_([this](Message const& message) { appendMessage(output_, message); })

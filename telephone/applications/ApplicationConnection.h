@@ -11,7 +11,7 @@
 
 #include <sys/epoll.h>
 
-#include "telephone/access/Session.h"
+#include "telephone/access/ClientSession.h"
 #include "telephone/framework/FileDescriptor.h"
 
 namespace telephone {
@@ -19,7 +19,7 @@ namespace telephone {
 class ApplicationConnection
 {
 public:
-    ApplicationConnection(FileDescriptor socket, std::unique_ptr<Session> session);
+    ApplicationConnection(FileDescriptor socket, std::unique_ptr<ClientSession> session);
 
     // Reads once, handles every complete request and sends all answers with one write.
     void receive();
@@ -34,7 +34,7 @@ public:
     // Notes the events for which the socket is polled; false if they are unchanged.
     bool changeInterest(std::uint32_t interest) { return std::exchange(interest_, interest) != interest; }
     [[nodiscard]] int descriptor() const { return socket_.get(); }
-    [[nodiscard]] Session const& session() const { return *session_; }
+    [[nodiscard]] ClientSession const& session() const { return *session_; }
 
 private:
     static constexpr std::size_t kReadSize = std::size_t{64} * 1024;
@@ -51,7 +51,7 @@ private:
     void write();
 
     FileDescriptor socket_;
-    std::unique_ptr<Session> session_;
+    std::unique_ptr<ClientSession> session_;
     MessageSink const sink_;    // appends to the output
     std::string input_;         // received and not handled yet
     std::size_t searched_ = 0;  // bytes of the input known not to end the next request

@@ -25,17 +25,17 @@ constexpr std::chrono::milliseconds kPauseWithoutDescriptors{100};
 
 }  // namespace
 
-Outcome<std::unique_ptr<ApplicationServer>> ApplicationServer::open(Settings settings, SessionServices const& services)
+Outcome<std::unique_ptr<ApplicationServer>> ApplicationServer::open(Settings settings, SessionFactory sessions)
 {
     return listenAt(settings.path).map([&](FileDescriptor listener) {
         return std::unique_ptr<ApplicationServer>(
-            new ApplicationServer(std::move(settings), std::move(listener), services));
+            new ApplicationServer(std::move(settings), std::move(listener), std::move(sessions)));
     });
 }
 
-ApplicationServer::ApplicationServer(Settings settings, FileDescriptor listener, SessionServices services)
+ApplicationServer::ApplicationServer(Settings settings, FileDescriptor listener, SessionFactory sessions)
     : settings_(std::move(settings))
-    , services_(std::move(services))
+    , makeSession_(std::move(sessions))
     , listener_(std::move(listener))
     , poll_(epoll_create1(EPOLL_CLOEXEC))
     , lastId_(kWakeUp)
@@ -128,8 +128,8 @@ void ApplicationServer::accept()
         return refuse(std::move(socket));
     }
     Id const id = ++lastId_;
-    auto session = std::make_unique<Session>("application-" + std::to_string(id - kWakeUp), services_,
-                                             settings_.queuedEvents, [this, id] { eventsCame(id); });
+    auto session = makeSession_("application-" + std::to_string(id - kWakeUp), settings_.queuedEvents,
+                                [this, id] { eventsCame(id); });
     watch(socket.get(), id, EPOLLIN, true);
     connections_.emplace(id, std::make_unique<ApplicationConnection>(std::move(socket), std::move(session)));
 }

@@ -2,7 +2,8 @@
 // the form of ApplicationProtocol.h. A single thread reads, runs the requests and writes; it never waits for an
 // application that does not read.
 //
-//     auto server = ApplicationServer::open({path, 256, 20000}, services);   // applications can connect now
+//     auto server = ApplicationServer::open({path, 256, 20000}, sessionsOf(services));   // applications can connect
+//     now
 #pragma once
 
 #include <cstddef>
@@ -14,7 +15,7 @@
 #include <thread>
 #include <vector>
 
-#include "telephone/access/Session.h"
+#include "telephone/access/ClientSession.h"
 #include "telephone/base/Refusal.h"
 #include "telephone/framework/FileDescriptor.h"
 #include "telephone/framework/WakeUp.h"
@@ -35,8 +36,7 @@ public:
     };
 
     // Refused as listenAt.
-    [[nodiscard]] static Outcome<std::unique_ptr<ApplicationServer>> open(Settings settings,
-                                                                          SessionServices const& services);
+    [[nodiscard]] static Outcome<std::unique_ptr<ApplicationServer>> open(Settings settings, SessionFactory sessions);
     // Ends every connection and removes the socket.
     ~ApplicationServer();
     ApplicationServer(ApplicationServer const&) = delete;
@@ -47,7 +47,7 @@ public:
 private:
     using Id = std::uint64_t;
 
-    ApplicationServer(Settings settings, FileDescriptor listener, SessionServices services);
+    ApplicationServer(Settings settings, FileDescriptor listener, SessionFactory sessions);
 
     void watch(int descriptor, Id id, std::uint32_t events, bool isNew);
     void run();
@@ -62,7 +62,7 @@ private:
     void close(Id id);
 
     Settings const settings_;
-    SessionServices const services_;
+    SessionFactory const makeSession_;
     FileDescriptor listener_;
     FileDescriptor poll_;
     WakeUp wakeUp_;

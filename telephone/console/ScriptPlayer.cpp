@@ -14,8 +14,6 @@
 #include "telephone/console/ScriptOptions.h"
 #include "telephone/console/Transcript.h"
 #include "telephone/display/ElementWords.h"
-#include "telephone/display/SafeText.h"
-#include "telephone/protocol/MessageText.h"
 #include "telephone/protocol/ProtocolCheck.h"
 #include "telephone/protocol/Vocabulary.h"
 
@@ -82,20 +80,6 @@ Words withoutPlaceholders(Words words)
 {
     std::erase_if(words, [](std::string const& word) { return splitAssignment(word) && hasPlaceholder(word); });
     return words;
-}
-
-// "CallHeldEvent 4711 call 1: held".
-std::string inWords(std::string const& event, std::string const& ownDomain)
-{
-    auto const read = readEvent(event);
-    if (!read) {
-        return safeText(event);
-    }
-    EventWords const said = eventWords(*read, {.ownDomain = ownDomain});
-    std::string const details = said.words.detailText();
-    return fmt::format("{}{}{}: {}{}", read->description->method, said.line.empty() ? "" : " " + said.line,
-                       said.call.empty() ? "" : " call " + said.call, said.words.what,
-                       details.empty() ? "" : ", " + details);
 }
 
 // Compares the whole answer, or its beginning up to a comma or the first element.
@@ -397,8 +381,9 @@ Outcome<> ScriptPlayer::waitForNone(EventPattern const& pattern, Conversation::C
         mayCome = journal_.find(pattern) == nullptr && conversation_.waitForEvents(deadline);
     }
     auto const* const event = journal_.find(pattern);
-    return event == nullptr ? Outcome<>()
-                            : failure("it came: " + inWords(*event, conversation_.controls().state().domain));
+    return event == nullptr
+               ? Outcome<>()
+               : failure("it came: " + eventInWords(*event, {.ownDomain = conversation_.controls().state().domain}));
 }
 
 Outcome<ScriptPlayer::Action> ScriptPlayer::pause(Words const& words)
@@ -482,10 +467,10 @@ std::string ScriptPlayer::cameInstead() const
     if (events.empty()) {
         return "; nothing else came";
     }
-    std::string const domain = conversation_.controls().state().domain;
+    DisplayOptions const options{.ownDomain = conversation_.controls().state().domain};
     std::string text;
     for (std::size_t i = events.size() - std::min(events.size(), kMostShown); i < events.size(); ++i) {
-        text += (text.empty() ? "; came instead: " : "; ") + inWords(events[i], domain);
+        text += (text.empty() ? "; came instead: " : "; ") + eventInWords(events[i], options);
     }
     return text;
 }

@@ -403,4 +403,17 @@ EventWords eventWords(EventText const& event, DisplayOptions const& options)
             elementWords(event.description->method, event.description->name, event.values, options)};
 }
 
+std::string eventInWords(std::string_view event, DisplayOptions const& options)
+{
+    auto const read = readEvent(event);
+    if (!read) {
+        return safeText(event);
+    }
+    EventWords const said = eventWords(*read, options);
+    std::string const details = said.words.detailText();
+    return fmt::format("{}{}{}: {}{}", read->description->method, said.line.empty() ? "" : " " + said.line,
+                       said.call.empty() ? "" : " call " + said.call, said.words.what,
+                       details.empty() ? "" : ", " + details);
+}
+
 }  // namespace telephone

@@ -39,4 +39,7 @@ struct EventWords
 
 EventWords eventWords(EventText const& event, DisplayOptions const& options);
 
+// "CallHeldEvent 4711 call 1: held"; any other text as it stands, made safe.
+std::string eventInWords(std::string_view event, DisplayOptions const& options);
+
 }  // namespace telephone

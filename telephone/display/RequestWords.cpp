@@ -61,4 +61,16 @@ RequestWords requestWords(std::string_view text)
     return words;
 }
 
+std::string requestInWords(std::string_view text)
+{
+    RequestWords const words = requestWords(text);
+    std::string said = words.name;
+    said += words.line.empty() ? "" : " " + words.line;
+    said += words.call.empty() ? "" : " call " + words.call;
+    for (RequestValue const& each : words.values) {
+        said += " " + each.tag + "=" + each.text;
+    }
+    return said + (words.body.empty() ? "" : " " + words.body);
+}
+
 }  // namespace telephone

@@ -27,4 +27,7 @@ struct RequestWords
 
 RequestWords requestWords(std::string_view text);
 
+// "HoldCall 4711 call 1 Manual=1"; any other text as it stands, made safe.
+std::string requestInWords(std::string_view text);
+
 }  // namespace telephone

@@ -49,6 +49,7 @@ void addOptions(CLI::App& app, CommandLine& line)
     app.add_option("--log-level", line.logLevel, "0 (nothing) to 6 (every request and SIP message)")
         ->check(CLI::Range(0, 6));
     app.add_option("--log-file", line.logFile, "File of the log; default: standard error");
+    app.add_option("--record", line.record, "Record what crosses to applications in this file (docs/replay.md)");
     CLI::Option* const time =
         app.add_option_function<std::string>(
                "--time", [&line](std::string const& word) { static_cast<void>(line.setTime(word)); },
@@ -102,6 +103,28 @@ CLI::App* addWatch(CLI::App& app, CommandLine& line)
     watch->add_option("--only", line.events, "Only these events, such as CallHeldEvent,CallRetrievedEvent");
     watch->add_option("--after", line.after, "Begin with the event after this number");
     return watch;
+}
+
+void addReplay(CLI::App& app, CommandLine& line)
+{
+    ReplayChoice& choice = line.replay;
+    CLI::App* const replay =
+        add(app, line, Action::kReplay, "replay", "Repeats a recording, and says what is different");
+    replay->add_option("FILE", choice.recording, "Recording, made with --record or the command record")->required();
+    CLI::Option* const side =
+        replay->add_flag("--as-telephone", choice.asTelephone,
+                         "Play the telephone to an application at the socket, without a telephone");
+    replay
+        ->add_option("--session", choice.sessions, "Recorded session of the application; default: all but the console")
+        ->needs(side);
+    replay
+        ->add_option_function<std::string>(
+            "--report", [&choice](std::string const& file) { choice.report = file; },
+            "Table of all messages and their differences, in a file; - is standard output")
+        ->expected(0, 1)
+        ->default_str("-")
+        ->trigger_on_parse();
+    replay->add_flag("--json", line.output.json, "The report as JSON");
 }
 
 Seeds readSeeds(std::string const& text)
@@ -161,6 +184,7 @@ void addCommands(CLI::App& app, CommandLine& line)
     request->add_option("WORDS", line.words, "METHOD Tag=value ...")->required();
     request->add_flag("--lenient", line.lenient, "Send it unchecked, as applications may");
     CLI::App* const watch = addWatch(app, line);
+    addReplay(app, line);
     CLI::App* const store = add(app, line, Action::kStore, "store", "Reads and writes the configuration store");
     store->add_option("WORDS", line.words, "list | get KEY | set KEY VALUE");
     // A value may begin with a minus sign.

@@ -20,6 +20,7 @@ enum class Action
     kConsole,
     kTour,
     kPlay,
+    kReplay,
     kServe,
     kTest,
     kChaos,
@@ -53,6 +54,15 @@ struct TestChoice
     std::optional<std::string> coverage;  // nothing: none; a file for JSON beside the table; empty: only the table
 };
 
+// What the command replay does.
+struct ReplayChoice
+{
+    std::string recording;              // file
+    bool asTelephone = false;           // the telephone's side
+    std::vector<std::string> sessions;  // recorded ones of the application; empty: all but the console
+    std::optional<std::string> report;  // file for the report; "-": standard output
+};
+
 struct CommandLine
 {
     Action action = Action::kConsole;
@@ -72,8 +82,10 @@ struct CommandLine
     std::string scriptText;  // read from the file before the telephone is made (withScript)
     std::string junit;       // file for the results of scripts; empty: none
     std::string report;      // file for the test runner; empty: none plays this script
+    std::string record;      // file for a recording from the start on; empty: none
     TestChoice test;
     int hours = 1;  // of chaos
+    ReplayChoice replay;
     std::vector<std::string> words;  // of a request or a command, or the name to describe
     bool lenient = false;            // request: the telephone does not check it
     OutputChoice output;

@@ -35,7 +35,8 @@ Transcript openTranscript(CommandLine const& line, std::string ownDomain)
     options.date = line.output.date;
     options.utc = line.output.utc || line.virtualStart;
     fitToTerminal(options, line.output.colour);
-    return Transcript([](std::string const& text) { printLine(stdout, text); },
+    bool const isQuiet = line.action == Action::kReplay;
+    return Transcript([isQuiet](std::string const& text) { isQuiet ? void() : printLine(stdout, text); },
                       [](std::string const& text) { printLine(stderr, text); }, outputKind(line), std::move(options));
 }
 

@@ -1,4 +1,4 @@
-// How the commands that write what happens do it: console, tour, play and watch.
+// How the commands that write what happens do it: console, tour, play and watch; and replay, which does not.
 #pragma once
 
 #include <string>
@@ -8,7 +8,8 @@
 
 namespace telephone {
 
-// Writes to standard output, and to standard error what went wrong with a script. `ownDomain` as in DisplayOptions.
+// Writes to standard output, unless a replay reports only differences, and to standard error what went wrong with a
+// script. `ownDomain` as in DisplayOptions.
 [[nodiscard]] Transcript openTranscript(CommandLine const& line, std::string ownDomain);
 
 }  // namespace telephone

@@ -2,15 +2,23 @@
 // with the reason on standard error or in the transcript.
 #pragma once
 
+#include <functional>
+
 #include "telephone/base/Refusal.h"
 #include "telephone/program/CommandLine.h"
 
 namespace telephone {
 
+class Conversation;
 class StopSignal;
 
 // Console, tour, play and serve: a telephone in this process.
 [[nodiscard]] Outcome<int> runTelephone(CommandLine const& line, StopSignal const& stop);
+// The same, with a use of its own, which returns whether it succeeded; null: as the command says.
+using Talk = std::function<Outcome<bool>(Conversation& conversation)>;
+[[nodiscard]] Outcome<int> runTelephone(CommandLine const& line, StopSignal const& stop, Talk const& talk);
+// Either side of a recording. 2: it cannot be read.
+[[nodiscard]] Outcome<int> runReplay(CommandLine const& line, StopSignal const& stop);
 // Scripts, each in a telephone of its own. 2: the command line is wrong, or there is no script where it
 // says.
 [[nodiscard]] Outcome<int> runTest(CommandLine const& line, StopSignal const& stop);

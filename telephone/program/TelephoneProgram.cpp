@@ -14,6 +14,7 @@
 #include "telephone/console/Conversation.h"
 #include "telephone/console/ScriptPlayer.h"
 #include "telephone/console/Transcript.h"
+#include "telephone/framework/Refusals.h"
 #include "telephone/framework/ServiceLibrary.h"
 #include "telephone/framework/StopSignal.h"
 #include "telephone/program/Output.h"
@@ -59,7 +60,7 @@ bool tour(Conversation& conversation)
 }
 
 // True if everything succeeded.
-Outcome<bool> talk(Conversation& conversation, CommandLine const& line)
+Outcome<bool> talkAsAsked(Conversation& conversation, CommandLine const& line)
 {
     if (line.action == Action::kPlay) {
         return playScript(conversation, line);
@@ -87,7 +88,7 @@ Outcome<int> serve(CommandLine const& line, Configuration const& configuration, 
 }
 
 Outcome<int> converse(CommandLine const& line, Configuration const& configuration, Telephone& telephone,
-                      StopSignal const& stop)
+                      StopSignal const& stop, Talk const& talk)
 {
     SessionServices const services = telephone.sessions(nullptr);
     Transcript transcript = openTranscript(line, services.telephone.state().domain);
@@ -102,9 +103,17 @@ Outcome<int> converse(CommandLine const& line, Configuration const& configuratio
     if (waysIn->http != nullptr) {
         transcript.note("HTTP: " + waysIn->http->address());
     }
-    return telephone.activate().and_then([&] { return talk(conversation, line); }).map([](bool succeeded) {
-        return succeeded ? 0 : 1;
-    });
+    return telephone.activate()
+        .and_then([&] { return talk ? talk(conversation) : talkAsAsked(conversation, line); })
+        .map([](bool succeeded) { return succeeded ? 0 : 1; });
+}
+
+// A telephone is needed more than its recording.
+void record(Telephone& telephone, std::string const& file)
+{
+    if (!file.empty()) {
+        reportIfRefused("replay", telephone.sessions(nullptr).recorder->start(file));
+    }
 }
 
 // In virtual time nothing outside this process can be reached.
@@ -129,6 +138,11 @@ Outcome<Configuration> fitToTime(Configuration const& configuration)
 
 Outcome<int> runTelephone(CommandLine const& given, StopSignal const& stop)
 {
+    return runTelephone(given, stop, nullptr);
+}
+
+Outcome<int> runTelephone(CommandLine const& given, StopSignal const& stop, Talk const& talk)
+{
     auto const line = withScript(given, stop);
     if (!line) {
         return tl::unexpected(line.error());
@@ -144,9 +158,10 @@ Outcome<int> runTelephone(CommandLine const& given, StopSignal const& stop)
             if (line->checked != CheckedTraffic::kNone) {
                 check.emplace(telephone.sessions(nullptr), line->checked);
             }
+            record(telephone, line->record);
             bool const serves = line->action == Action::kServe;
             return serves ? serve(*line, configuration, telephone, stop)
-                          : converse(*line, configuration, telephone, stop);
+                          : converse(*line, configuration, telephone, stop, talk);
         });
     });
 }

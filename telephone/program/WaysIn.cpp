@@ -16,14 +16,9 @@ Outcome<Server> openSocket(CommandLine const& line, Configuration const& configu
                            StopSignal const& stop)
 {
     ApplicationSocketConfiguration const& wanted = configuration.applications;
-    auto const path = wanted.path.empty() ? standardSocketPath() : wanted.path;
-    auto server = path.and_then([&](std::string const& socket) {
-        ApplicationServer::Settings const settings{socket, static_cast<std::size_t>(wanted.maximumApplications),
-                                                   static_cast<std::size_t>(wanted.queuedMessages)};
-        return ApplicationServer::open(settings, telephone.sessions([&stop] { stop.raise(); }));
-    });
+    auto server = openApplicationSocket(wanted, sessionsOf(telephone.sessions([&stop] { stop.raise(); })));
     // A script needs no socket, so another telephone at the default path does not prevent it.
-    bool const plays = line.action == Action::kPlay || line.action == Action::kTour;
+    bool const plays = line.action == Action::kPlay || line.action == Action::kTour || line.action == Action::kReplay;
     bool const isTaken = !server && server.error().kind == RefusalKind::kAlreadyExists;
     if (isTaken && plays && wanted.path.empty()) {
         log(kLogInfo, "telephone", "no application socket: {}", server.error().reason);
@@ -33,6 +28,17 @@ Outcome<Server> openSocket(CommandLine const& line, Configuration const& configu
 }
 
 }  // namespace
+
+Outcome<std::unique_ptr<ApplicationServer>> openApplicationSocket(ApplicationSocketConfiguration const& wanted,
+                                                                  SessionFactory sessions)
+{
+    auto const path = wanted.path.empty() ? standardSocketPath() : wanted.path;
+    return path.and_then([&](std::string const& socket) {
+        ApplicationServer::Settings const settings{socket, static_cast<std::size_t>(wanted.maximumApplications),
+                                                   static_cast<std::size_t>(wanted.queuedMessages)};
+        return ApplicationServer::open(settings, std::move(sessions));
+    });
+}
 
 Outcome<WaysIn> openWaysIn(CommandLine const& line, Configuration const& configuration, Telephone& telephone,
                            StopSignal const& stop)

@@ -20,6 +20,10 @@ struct WaysIn
     std::unique_ptr<HttpServer> http;           // null: not configured, or there is no socket
 };
 
+// At the configured path, else at the standard one. Refused as ApplicationServer::open.
+[[nodiscard]] Outcome<std::unique_ptr<ApplicationServer>>
+openApplicationSocket(ApplicationSocketConfiguration const& wanted, SessionFactory sessions);
+
 // Refused if one that is needed cannot be opened. The command quit of an application raises the stop signal.
 [[nodiscard]] Outcome<WaysIn> openWaysIn(CommandLine const& line, Configuration const& configuration,
                                          Telephone& telephone, StopSignal const& stop);

@@ -18,6 +18,8 @@ telephone::Outcome<int> run(telephone::CommandLine const& line, telephone::StopS
         return telephone::runTelephone(line, stop);
     case Action::kChaos:
         return telephone::runChaos(line, stop);
+    case Action::kReplay:
+        return telephone::runReplay(line, stop);
     case Action::kTest:
         return telephone::runTest(line, stop);
     case Action::kExchange:

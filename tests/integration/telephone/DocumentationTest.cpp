@@ -128,6 +128,14 @@ void expectStore()
     EXPECT_NE(result.output.find("agent-state"), std::string::npos) << result.output;
 }
 
+void expectReplay()
+{
+    TemporaryFolder const folder;
+    std::string const file = folder.file("tour.recording");
+    expectWell(runWith("--record " + file + " tour"));
+    expectWell(runWith("replay " + file));
+}
+
 void expectTest()
 {
     TemporaryFolder const folder;
@@ -147,6 +155,8 @@ std::map<std::string, std::function<void()>> const kCommands{
     {"request GetServiceState", [] { expectOfARunningTelephone("request GetServiceState", "sfiSuccess,"); }},
     {"do lines", [] { expectOfARunningTelephone("do lines", "4711"); }},
     {"watch", [] { expectOfARunningTelephone("watch", "watching\n"); }},
+    {"--record FILE tour", expectReplay},
+    {"replay FILE", expectReplay},
     {"describe HoldCall", [] { expectWell(runWith("describe HoldCall")); }},
     {"exchange", [] { expectToServe("exchange", "199"); }},
     {"--config FILE store list", expectStore},

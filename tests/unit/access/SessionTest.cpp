@@ -126,6 +126,34 @@ TEST_F(SessionTest, Commands_ReachTheTelephone)
                                         "call 4711 from 555 name ", "messages 4711 3 1", "registrar off"}));
 }
 
+TEST_F(SessionTest, SavedStates_AreCompared)
+{
+    TemporaryFolder const folder;
+    std::string const first = folder.file("first");
+    telephone_.controls.present.start = "k3f9x2ab";
+    telephone_.controls.present.service = "in service";
+
+    EXPECT_EQ(replies("state save " + first), "result \n");
+    EXPECT_EQ(contentOf(first), stateJson(telephone_.controls.state()) + "\n");
+    EXPECT_EQ(replies("state diff now " + first), "result no difference\n");
+    telephone_.controls.present.locked = true;
+    telephone_.controls.present.hookUp = true;
+    EXPECT_EQ(replies("state diff " + first + " now"), "result hook up: no → yes\nlocked: no → yes\n");
+}
+
+TEST_F(SessionTest, StateFileThatCannotBeUsed_IsRefused)
+{
+    TemporaryFolder const folder;
+    writeFile(folder.file("script"), "press 1\n");
+
+    EXPECT_EQ(replies("state save /nowhere/state"), "error cannot write /nowhere/state: No such file or directory\n");
+    EXPECT_EQ(replies("state save /dev/full"), "error cannot write /dev/full: No space left on device\n");
+    EXPECT_EQ(replies("state diff now /nowhere/state"),
+              "error cannot read /nowhere/state: No such file or directory\n");
+    EXPECT_EQ(replies("state diff " + folder.file("script") + " now"),
+              "error the first is not a state of a telephone, as the command state returns it\n");
+}
+
 TEST_F(SessionTest, TablesOfTheState_AreResults)
 {
     LineStatus line;

@@ -123,7 +123,7 @@ protected:
 
     Outcome<std::unique_ptr<ApplicationServer>> open(ApplicationServer::Settings const& settings)
     {
-        return ApplicationServer::open(settings, telephone_.services());
+        return ApplicationServer::open(settings, sessionsOf(telephone_.services()));
     }
 
     void subscribe(RawApplication& application)
