@@ -1,8 +1,11 @@
 #include "telephone/CallServer.h"
 
+#include <algorithm>
 #include <array>
+#include <chrono>
 #include <utility>
 
+#include "platform/lines/LineData.h"
 #include "telephone/framework/Log.h"
 #include "telephone/sip/Uri.h"
 
@@ -33,6 +36,71 @@ void useExchange(ServerConfiguration& server, exchange::Exchange const& exchange
     }
 }
 
+// One text with commas, or a text for each step.
+Outcome<exchange::Steps> stepsOf(Texts const& does)
+{
+    auto const& texts = does.list;
+    if (texts.empty()) {
+        return exchange::Steps();
+    }
+    auto steps = texts.size() == 1 ? exchange::readSteps(texts.front()) : exchange::readSteps(texts);
+    return steps.and_then([](exchange::Steps& read) {
+        return exchange::checkOrder(read, exchange::CallPhase::kOffered).map([&read] { return std::move(read); });
+    });
+}
+
+Outcome<> checkNumbers(ExchangeNumberConfiguration const& number)
+{
+    using Key = std::pair<char const*, std::string const&>;
+    for (auto const& [key, value] :
+         {Key{"forward-always", number.forwardAlways}, Key{"forward-on-busy", number.forwardOnBusy},
+          Key{"forward-on-no-reply", number.forwardOnNoReply}}) {
+        if (auto checked = exchange::checkNumber(key, value); !value.empty() && !checked) {
+            return checked;
+        }
+    }
+    return exchange::checkNumber("number", number.number);
+}
+
+Outcome<exchange::ExchangeNumber> numberOf(ExchangeNumberConfiguration const& configured)
+{
+    auto const named = [&configured](std::string const& key) {
+        return [&configured, key](Refusal const& refusal) {
+            return Refusal{refusal.kind, "exchange.number \"" + configured.number + "\": " + key + refusal.reason};
+        };
+    };
+    auto const checked = checkNumbers(configured).map_error(named(""));
+    auto steps = stepsOf(configured.does).map_error(named("does: "));
+    if (!checked || !steps) {
+        return tl::unexpected(checked ? steps.error() : checked.error());
+    }
+    exchange::ExchangeNumber number{.number = configured.number, .name = configured.name, .steps = *std::move(steps)};
+    number.forwarding = {configured.forwardAlways, configured.forwardOnBusy, configured.forwardOnNoReply,
+                         std::chrono::seconds(configured.noReplyAfter)};
+    number.messages = {static_cast<unsigned>(configured.newMessages), static_cast<unsigned>(configured.oldMessages), 0,
+                       0};
+    number.pickupGroup = configured.pickupGroup;
+    number.appearances = configured.appearances;
+    number.lamp = static_cast<exchange::NumberLamp>(configured.lamp);
+    return number;
+}
+
+// The lines that the telephone shares have their appearances at the exchange, too.
+void addSharedLines(Configuration const& configuration, std::vector<exchange::ExchangeNumber>& numbers)
+{
+    for (auto const& line : configuration.lines) {
+        if (line.sharedLineType == LineData::kNotShared) {
+            continue;
+        }
+        auto const& user = userOfLine(line);
+        auto number = std::ranges::find(numbers, user, &exchange::ExchangeNumber::number);
+        if (number == numbers.end()) {
+            number = numbers.insert(numbers.end(), {.number = user});
+        }
+        number->appearances = number->appearances == 0 ? line.appearances : number->appearances;
+    }
+}
+
 }  // namespace
 
 sip::Logger sipLogger(char const* component)
@@ -43,13 +111,21 @@ sip::Logger sipLogger(char const* component)
     };
 }
 
-exchange::ExchangeConfig exchangeConfigOf(ExchangeConfiguration const& configuration)
+Outcome<exchange::ExchangeConfig> exchangeConfigOf(Configuration const& configuration)
 {
     exchange::ExchangeConfig config;
-    config.port = static_cast<std::uint16_t>(configuration.port);
-    config.realm = configuration.realm;
-    config.anyPassword = configuration.password;
+    config.port = static_cast<std::uint16_t>(configuration.exchange.port);
+    config.realm = configuration.exchange.realm;
+    config.anyPassword = configuration.exchange.password;
     config.log = sipLogger("exchange");
+    for (auto const& each : configuration.exchangeNumbers) {
+        auto number = numberOf(each);
+        if (!number) {
+            return tl::unexpected(number.error());
+        }
+        config.numbers.push_back(*std::move(number));
+    }
+    addSharedLines(configuration, config.numbers);
     return config;
 }
 
@@ -58,7 +134,7 @@ std::unique_ptr<exchange::Exchange> makeExchange(sip::EventLoop& loop, Configura
     if (!configuration.exchange.enabled || !configuration.server.registrar.empty()) {
         return nullptr;
     }
-    return std::make_unique<exchange::Exchange>(loop, exchangeConfigOf(configuration.exchange));
+    return std::make_unique<exchange::Exchange>(loop, valueOrThrow(exchangeConfigOf(configuration)));
 }
 
 Outcome<Configuration> withServer(Configuration configuration, exchange::Exchange const* exchange)

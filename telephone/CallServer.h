@@ -14,10 +14,12 @@ namespace telephone {
 // Writes the messages of the SIP stack and the exchange to the telephone's log.
 sip::Logger sipLogger(char const* component);
 
-exchange::ExchangeConfig exchangeConfigOf(ExchangeConfiguration const& configuration);
+// Refused for a number whose keys contradict each other, or whose steps or sound files are wrong; the reason names the
+// number and the key.
+[[nodiscard]] Outcome<exchange::ExchangeConfig> exchangeConfigOf(Configuration const& configuration);
 
 // Null if the configuration names a registrar or switches the exchange off. Throws std::runtime_error if the exchange
-// cannot use its port.
+// cannot use its port, and as exchangeConfigOf refuses.
 std::unique_ptr<exchange::Exchange> makeExchange(sip::EventLoop& loop, Configuration const& configuration);
 
 // The configuration with the addresses of the exchange, if there is one, and with the domain. Refused for a registrar

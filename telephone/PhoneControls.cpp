@@ -91,9 +91,27 @@ Outcome<> PhoneControls::setMessages(std::string const& number, int fresh, int o
         [&](exchange::Exchange* found) { return found->setMessages(number, counts, true); });
 }
 
-Outcome<> PhoneControls::setRegistrar(bool on)
+Outcome<> PhoneControls::setRegistrar(std::string const& conduct)
 {
-    return builtInExchange().map([on](exchange::Exchange* found) { found->setRegistrarAnswers(on); });
+    return builtInExchange().and_then([&conduct](exchange::Exchange* found) {
+        return exchange::RegistrarConduct::read(conduct).map(
+            [found](exchange::RegistrarConduct const& read) { found->setRegistrar(read); });
+    });
+}
+
+Outcome<> PhoneControls::defineNumber(std::string const& number, std::string const& steps)
+{
+    return builtInExchange().and_then([&](exchange::Exchange* found) { return found->define(number, steps); });
+}
+
+Outcome<> PhoneControls::playSteps(std::string const& number, std::string const& steps)
+{
+    return builtInExchange().and_then([&](exchange::Exchange* found) { return found->play(number, steps); });
+}
+
+Outcome<TelephoneControls::Rows> PhoneControls::exchangeNumbers()
+{
+    return builtInExchange().map([](exchange::Exchange* found) { return found->numbers(); });
 }
 
 void PhoneControls::watchLamps(std::function<void()> changed)

@@ -43,7 +43,10 @@ public:
     Outcome<> record(std::string const& line, bool on) override;
     Outcome<> call(std::string const& to, std::string const& from, std::string const& name) override;
     Outcome<> setMessages(std::string const& number, int fresh, int old) override;
-    Outcome<> setRegistrar(bool on) override;
+    Outcome<> setRegistrar(std::string const& conduct) override;
+    Outcome<> defineNumber(std::string const& number, std::string const& steps) override;
+    Outcome<> playSteps(std::string const& number, std::string const& steps) override;
+    Outcome<Rows> exchangeNumbers() override;
     void watchLamps(std::function<void()> changed) override;
     std::optional<std::string> lampMode(std::string const& lamp) override;
     Rows settings() override;

@@ -14,7 +14,7 @@ public:
     /// @return true when it cannot, also for a call at another telephone of a shared line.
     static bool isLineStateBusy(ELineState state);
     /// Joins the call of a bridged line. `line` may be null.
-    /// @return true once under way; false when it is null, not bridged or without a call elsewhere. The reference
-    ///     telephone cannot join calls and always refuses.
+    /// @return true once under way; false when it is null, not bridged or without an active call
+    ///     elsewhere, or when that call is private.
     static bool bridgeCall(Line* line);
 };

@@ -35,8 +35,13 @@ public:
     [[nodiscard]] virtual Outcome<> call(std::string const& to, std::string const& from, std::string const& name) = 0;
     // Sets the voice messages that wait for a number, 0 to 9999 of each kind.
     [[nodiscard]] virtual Outcome<> setMessages(std::string const& number, int fresh, int old) = 0;
-    // Whether its registrar answers; while off, registrations last until they expire.
-    [[nodiscard]] virtual Outcome<> setRegistrar(bool on) = 0;
+    // What its registrar does: "accept", "refuse 403", "redirect URI", "away" or "forget".
+    [[nodiscard]] virtual Outcome<> setRegistrar(std::string const& conduct) = 0;
+    // Gives one of its numbers steps for its next calls, or plays steps at once.
+    [[nodiscard]] virtual Outcome<> defineNumber(std::string const& number, std::string const& steps) = 0;
+    [[nodiscard]] virtual Outcome<> playSteps(std::string const& number, std::string const& steps) = 0;
+    // Its numbers and what they do, a row each.
+    [[nodiscard]] virtual Outcome<Rows> exchangeNumbers() = 0;
     // Called after each change of a lamp, on any thread; it must not block. Replaces the one before; null: none. It is
     // not running on return.
     virtual void watchLamps(std::function<void()> changed) = 0;

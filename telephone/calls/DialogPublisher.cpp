@@ -46,6 +46,8 @@ sip::DialogEntry entryOf(Call const& call, LineAccount const& line)
     sip::DialogEntry entry;
     entry.id = std::to_string(now.callID);
     entry.recipient = now.incoming;
+    entry.appearance = line.shared ? now.line.appearance : 0;
+    entry.exclusive = line.shared && line.isPrivate;
     entry.state = stateOf(now.state, call.isEstablished());
     entry.local.identity = line.account.addressOfRecord();
     entry.local.displayName = line.account.displayName;

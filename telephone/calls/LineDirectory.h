@@ -29,6 +29,8 @@ struct LineAccount
     std::string lineURI;
     sip::Account account;
     bool registers = false;  // false: peer to peer
+    bool shared = false;     // with other telephones
+    bool isPrivate = false;  // they may neither take its calls over nor join them
 };
 
 class LineDirectory

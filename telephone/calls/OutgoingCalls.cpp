@@ -56,6 +56,11 @@ Outcome<OutgoingCalls::Draft> OutgoingCalls::draft(int recordLine, int appearanc
     }
     Draft draft{calls_.make(callID, *place, false), {}};
     draft.request.account = std::move(line->account);
+    if (line->shared && place->appearance > 0) {
+        // RFC 7463 section 5.4: the appearance that the call is on.
+        draft.request.headers.add("Alert-Info",
+                                  fmt::format("<urn:alert:service:normal>;appearance={}", place->appearance));
+    }
     return draft;
 }
 

@@ -28,6 +28,7 @@ struct PickupTarget
     std::string callingName;
     std::string calledURI;
     std::string calledName;
+    bool joins = false;  // makes a call of three (RFC 3911) instead of replacing the dialog
 };
 
 class PhoneCalls

@@ -62,7 +62,11 @@ std::optional<PickupTarget> ringingCall(std::vector<sip::DialogEntry> const& dia
 void aimAt(PickupTarget const& target, Call& call, sip::CallRequest& request)
 {
     request.target = target.targetURI;
-    request.replaces = target.replaces;
+    if (target.joins) {
+        request.headers.add("Join", target.replaces.format());
+    } else {
+        request.replaces = target.replaces;
+    }
     call.setReplaces(displayOf(target));
 }
 

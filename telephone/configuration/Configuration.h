@@ -82,6 +82,29 @@ struct ExchangeConfiguration
     std::string password = "secret";  // of every number without a password of its own
 };
 
+// One text, or several.
+struct Texts
+{
+    std::vector<std::string> list;
+};
+
+// A number of the exchange.
+struct ExchangeNumberConfiguration
+{
+    std::string number;
+    std::string name;  // shown to the other party
+    Texts does;        // steps, in one text with commas or each in its own; none: a telephone registers under it
+    std::string forwardAlways;
+    std::string forwardOnBusy;
+    std::string forwardOnNoReply;
+    int noReplyAfter = 10;  // seconds
+    int newMessages = 0;
+    int oldMessages = 0;
+    std::string pickupGroup;
+    int lamp = 0;         // exchange::NumberLamp
+    int appearances = 0;  // of a line that it shares with telephones; 0: those of the line here, if that is shared
+};
+
 struct MediaConfiguration
 {
     std::string source = "tone";  // tone, silence, or a WAV file (8 kHz mono 16 bit, or converted)
@@ -149,6 +172,7 @@ struct Configuration
     SipConfiguration sip;
     ServerConfiguration server;
     ExchangeConfiguration exchange;
+    std::vector<ExchangeNumberConfiguration> exchangeNumbers;
     MediaConfiguration media;
     CallConfiguration calls;
     ApplicationSocketConfiguration applications;

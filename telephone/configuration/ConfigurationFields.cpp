@@ -21,6 +21,8 @@ std::string expectedValues(FieldKind kind, std::string_view choices, int minimum
         break;
     case FieldKind::kTexts:
         return "an array of texts";
+    case FieldKind::kTextOrTexts:
+        return "a text or an array of texts";
     }
     return "a text";
 }

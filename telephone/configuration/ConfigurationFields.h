@@ -21,11 +21,12 @@ enum class FieldKind
     kText,
     kTexts,
     kTransport,
+    kTextOrTexts,
 };
 
 template <typename Section>
 using FieldMember = std::variant<bool Section::*, int Section::*, std::string Section::*,
-                                 std::vector<std::string> Section::*, Transport Section::*>;
+                                 std::vector<std::string> Section::*, Transport Section::*, Texts Section::*>;
 
 template <typename Section>
 struct ConfigurationField
@@ -106,6 +107,21 @@ inline constexpr auto kExchange = std::to_array<ConfigurationField<ExchangeConfi
     {"password",            &ExchangeConfiguration::password,       "password of every number without one of its own"},
 });
 
+inline constexpr auto kExchangeNumber = std::to_array<ConfigurationField<ExchangeNumberConfiguration>>({
+    {"number",              &ExchangeNumberConfiguration::number,   "the number; required"},
+    {"name",                &ExchangeNumberConfiguration::name,     "shown to the other party"},
+    {"does",                &ExchangeNumberConfiguration::does,     "its steps in a call ([exchange.md](exchange.md)), separated by commas or each a text of its own; empty: a telephone registers under the number"},
+    {"forward-always",      &ExchangeNumberConfiguration::forwardAlways, "number to which its calls go; empty: they stay"},
+    {"forward-on-busy",     &ExchangeNumberConfiguration::forwardOnBusy, "number to which a call goes at its step busy"},
+    {"forward-on-no-reply", &ExchangeNumberConfiguration::forwardOnNoReply, "number to which a call goes that it does not answer in time"},
+    {"no-reply-after",      &ExchangeNumberConfiguration::noReplyAfter, "that time, in seconds", {}, 1, 3600},
+    {"new-messages",        &ExchangeNumberConfiguration::newMessages, "new messages in its mailbox", {}, 0, 9999},
+    {"old-messages",        &ExchangeNumberConfiguration::oldMessages, "old messages in its mailbox", {}, 0, 9999},
+    {"pickup-group",        &ExchangeNumberConfiguration::pickupGroup, "a group pickup takes calls of the same group only; empty: of any number"},
+    {"lamp",                &ExchangeNumberConfiguration::lamp,     "what its watchers see while it has no call; from-steps: busy if its first step is busy, else idle", "from-steps|idle|ringing|busy|holding"},
+    {"appearances",         &ExchangeNumberConfiguration::appearances, "of a line that telephones share; if missing, those of the shared line with this number", {}, 1, 20},
+});
+
 inline constexpr auto kMedia = std::to_array<ConfigurationField<MediaConfiguration>>({
     {"source",              &MediaConfiguration::source,            "audio that the telephone sends: tone, silence, or a WAV file"},
     {"heard",               &MediaConfiguration::heard,             "WAV file for all received audio; empty: none"},
@@ -159,7 +175,8 @@ inline constexpr auto kCertificates = std::to_array<ConfigurationField<Certifica
 
 }  // namespace fields
 
-// Calls `use` for each section of the file with its name, its member of Configuration and its fields.
+// Calls `use` for each section of the file with its name, its member of Configuration and its fields. A section within
+// another has the name of both: "exchange.number".
 template <typename Use>
 void forEachSection(Use use)
 {
@@ -168,6 +185,7 @@ void forEachSection(Use use)
     use("sip", &Configuration::sip, fields::kSip);
     use("server", &Configuration::server, fields::kServer);
     use("exchange", &Configuration::exchange, fields::kExchange);
+    use("exchange.number", &Configuration::exchangeNumbers, fields::kExchangeNumber);
     use("media", &Configuration::media, fields::kMedia);
     use("calls", &Configuration::calls, fields::kCalls);
     use("applications", &Configuration::applications, fields::kApplications);

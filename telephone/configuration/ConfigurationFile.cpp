@@ -82,7 +82,24 @@ struct Assign
         return assign(value, section.*member) && isPlain(*value) &&
                (field.choices.empty() || placeOfChoice(field.choices, *value));
     }
-    bool operator()(std::vector<std::string> Section::*member) const
+    bool operator()(std::vector<std::string> Section::*member) const { return assignTexts(section.*member); }
+    bool operator()(Texts Section::*member) const
+    {
+        auto const text = node.value_exact<std::string>();
+        if (!text) {
+            return assignTexts((section.*member).list);
+        }
+        (section.*member).list = {*text};
+        return isPlain(*text);
+    }
+    bool operator()(Transport Section::*member) const
+    {
+        auto const place = placeOfChoice(field.choices, node.value_exact<std::string>().value_or(std::string()));
+        section.*member = static_cast<Transport>(place.value_or(0));
+        return place.has_value();
+    }
+
+    bool assignTexts(std::vector<std::string>& texts) const
     {
         auto const* values = node.as_array();
         if (values == nullptr) {
@@ -93,15 +110,9 @@ struct Assign
             if (!text || text->empty() || !isPlain(*text)) {
                 return false;
             }
-            (section.*member).push_back(*text);
+            texts.push_back(*text);
         }
         return true;
-    }
-    bool operator()(Transport Section::*member) const
-    {
-        auto const place = placeOfChoice(field.choices, node.value_exact<std::string>().value_or(std::string()));
-        section.*member = static_cast<Transport>(place.value_or(0));
-        return place.has_value();
     }
 
     static bool isWord(std::string const& text) { return !text.empty() && (text[0] < '0' || text[0] > '9'); }
@@ -117,7 +128,7 @@ public:
     {
         auto outcome = checkNames(file).and_then([&] { return readFields("", file, configuration_, fields::kPhone); });
         forEachSection([&](std::string_view name, auto member, auto const& sectionFields) {
-            auto const* node = file.get(name);
+            auto const* node = file.at_path(name).node();
             if (outcome && node != nullptr) {
                 outcome = readSection(name, *node, configuration_.*member, sectionFields);
             }
@@ -135,8 +146,19 @@ private:
     Outcome<> checkNames(toml::table const& file) const
     {
         auto known = namesOf(fields::kPhone, &ConfigurationField<Configuration>::name);
-        forEachSection([&known](std::string_view name, auto, auto const&) { known.push_back(name); });
+        addSectionsIn("", known);
         return checkNames(file, known, "section or key", "");
+    }
+
+    // Adds the names of the sections within a section, "exchange."; those at the top for an empty one.
+    static void addSectionsIn(std::string const& section, std::vector<std::string_view>& names)
+    {
+        forEachSection([&](std::string_view name, auto, auto const&) {
+            bool const isWithin = name.starts_with(section) && name.find('.', section.size()) == std::string_view::npos;
+            if (isWithin) {
+                names.push_back(name.substr(section.size()));
+            }
+        });
     }
 
     Outcome<> checkNames(toml::table const& table, std::vector<std::string_view> const& known, std::string_view what,
@@ -160,7 +182,8 @@ private:
             return places_.refusal(lineOf(node.source()),
                                    fmt::format("\"{0}\" takes a section [{0}], not {1}", name, found(node)));
         }
-        auto const known = namesOf(sectionFields, &Fields::value_type::name);
+        auto known = namesOf(sectionFields, &Fields::value_type::name);
+        addSectionsIn(std::string(name) + ".", known);
         return checkNames(*table, known, "key", fmt::format(" in [{}]", name)).and_then([&] {
             return readFields(name, *table, section, sectionFields);
         });
@@ -202,6 +225,7 @@ private:
     {
         places_.lines = placesOf(file.get("line"));
         places_.keys = placesOf(file.get("key"));
+        places_.exchangeNumbers = placesOf(file.at_path("exchange.number").node());
         places_.sip = placeOf(file.at_path("sip.address"));
         places_.server = placeOf(file.at_path("server.registrar"));
         places_.push = placeOf(file.at_path("push.address"));

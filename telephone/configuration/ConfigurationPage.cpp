@@ -36,6 +36,7 @@ struct Standard
     }
     std::string operator()(std::string Section::*member) const { return fmt::format("\"{}\"", section.*member); }
     std::string operator()(std::vector<std::string> Section::*) const { return "[]"; }
+    std::string operator()(Texts Section::*) const { return "\"\""; }
     std::string operator()(Transport Section::*member) const { return choice(static_cast<int>(section.*member)); }
 
     std::string choice(int place) const

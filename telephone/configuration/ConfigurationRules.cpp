@@ -27,7 +27,8 @@ public:
         return checkAddresses()
             .and_then([this] { return checkHttp(); })
             .and_then([this] { return completeLines(); })
-            .and_then([this] { return completeKeys(); });
+            .and_then([this] { return completeKeys(); })
+            .and_then([this] { return checkExchangeNumbers(); });
     }
 
 private:
@@ -176,6 +177,53 @@ private:
         return {};
     }
 
+    Outcome<> checkExchangeNumbers()
+    {
+        auto const& numbers = configuration_.exchangeNumbers;
+        for (std::size_t i = 0; i < numbers.size(); ++i) {
+            if (auto checked = checkExchangeNumber(numbers[i], placeOf(places_.exchangeNumbers, i)); !checked) {
+                return checked;
+            }
+        }
+        return {};
+    }
+
+    Outcome<> checkExchangeNumber(ExchangeNumberConfiguration const& number, int place)
+    {
+        auto const wrong = [&](std::string_view key, std::string_view why) {
+            return places_.refusal(place, fmt::format("exchange.number \"{}\": {} {}", number.number, key, why));
+        };
+        if (number.number.empty()) {
+            return places_.refusal(place, "exchange.number needs a number: number = \"110\"");
+        }
+        if (!configuration_.exchange.enabled) {
+            return wrong("number", "is in vain: exchange.enabled is false");
+        }
+        if (!configuration_.server.registrar.empty()) {
+            return wrong("number", "is in vain: server.registrar names another call server");
+        }
+        if (number.does.list.empty() && !number.forwardOnBusy.empty()) {
+            return wrong("forward-on-busy", "needs does: without steps the number is never busy");
+        }
+        if (number.does.list.empty() && !number.forwardOnNoReply.empty()) {
+            return wrong("forward-on-no-reply", "needs does: without steps the number is not called here");
+        }
+        for (auto const& line : configuration_.lines) {
+            bool const isItsLine = (line.user.empty() ? line.id : line.user) == number.number;
+            if (isItsLine && number.appearances != 0 && number.appearances != line.appearances) {
+                return wrong("appearances",
+                             fmt::format("differs from line \"{}\", which has {}", line.id, line.appearances));
+            }
+        }
+        for (auto const& target : {number.forwardAlways, number.forwardOnBusy, number.forwardOnNoReply}) {
+            if (target == number.number) {
+                return wrong("forwarding", "leads to the number itself");
+            }
+        }
+        return once(exchangeNumbers_, number.number, place,
+                    fmt::format("exchange.number \"{}\": number", number.number));
+    }
+
     bool hasLine(std::string const& id) const
     {
         return std::any_of(configuration_.lines.begin(), configuration_.lines.end(),
@@ -206,6 +254,7 @@ private:
     Taken lineNumbers_;
     Taken primary_;
     Taken keyNumbers_;
+    Taken exchangeNumbers_;
 };
 
 }  // namespace

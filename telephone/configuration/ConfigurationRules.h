@@ -18,6 +18,7 @@ struct ConfigurationPlaces
     std::string file;
     std::vector<int> lines;  // each [[line]]
     std::vector<int> keys;   // each [[key]]
+    std::vector<int> exchangeNumbers;
     int sip = 0;
     int server = 0;
     int push = 0;

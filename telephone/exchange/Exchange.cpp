@@ -1,9 +1,11 @@
 #include "telephone/exchange/Exchange.h"
 
 #include <algorithm>
+#include <charconv>
 #include <mutex>
 #include <string_view>
 
+#include "telephone/exchange/BuiltInNumbers.h"
 #include "telephone/exchange/ExchangeAgent.h"
 #include "telephone/sip/EventLoop.h"
 
@@ -11,9 +13,7 @@ namespace telephone::exchange {
 
 namespace {
 
-constexpr int kBusyHere = 486;
 constexpr unsigned kMostMessages = 9999;
-constexpr std::size_t kLongestNumber = 64;
 constexpr std::size_t kLongestName = 255;
 
 sip::UserAgentConfig agentConfig(ExchangeConfig const& config)
@@ -26,18 +26,6 @@ sip::UserAgentConfig agentConfig(ExchangeConfig const& config)
         own.log = [log = config.log](sip::LogLevel level, std::string const& line) { log(level, "exchange: " + line); };
     }
     return own;
-}
-
-// which: names the number in the refusal.
-Outcome<> checkNumber(std::string const& which, std::string_view number)
-{
-    constexpr std::string_view kAllowed =
-        "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz+-._*#";  // ASCII, whatever the locale
-    if (number.empty() || number.size() > kLongestNumber ||
-        number.find_first_not_of(kAllowed) != std::string_view::npos) {
-        return refuse(RefusalKind::kBadInput, which + " must consist of 1 to 64 letters, digits, and + - . _ * #");
-    }
-    return {};
 }
 
 Outcome<> checkName(std::string_view name)
@@ -60,6 +48,28 @@ Outcome<> checkCounts(sip::MessageCounts const& counts)
     return {};
 }
 
+// The dialog of a Join header (RFC 3911), which is written like Replaces.
+std::optional<sip::Replaces> joinedBy(sip::Invitation const& invitation)
+{
+    auto const value = invitation.headers.value("Join");
+    return value.empty() ? std::nullopt : sip::Replaces::parse(value);
+}
+
+// The appearance that a telephone wants for its call (RFC 7463); 0: any.
+int appearanceIn(std::string const& alertInfo)
+{
+    auto const alert = sip::NameAddr::parse(alertInfo);
+    auto const text = alert ? alert->parameter("appearance").value_or("") : "";
+    int appearance = 0;
+    std::from_chars(text.data(), text.data() + text.size(), appearance);
+    return std::max(appearance, 0);
+}
+
+bool isBusy(ExchangeNumber const& number)
+{
+    return !number.steps.empty() && number.steps.front().kind == StepKind::kBusy;
+}
+
 }  // namespace
 
 Exchange::Exchange(sip::EventLoop& loop, ExchangeConfig config)
@@ -78,15 +88,25 @@ Exchange::Exchange(sip::EventLoop& loop, ExchangeConfig config, std::lock_guard<
     , messages_(*agent_, registrar_)
     , telephoneDialogs_(*agent_,
                         [this](std::string const& number) {
+                            appearances_.noteReport(number);
                             dialogsChanged(number);
                             pickups_.check(number);
                         })
-    , calls_(config_, *agent_, registrar_, deferred_, [this](std::string const& number) { dialogsChanged(number); })
+    , appearances_([this](std::string const& number) { return find(number) ? find(number)->appearances : 0; },
+                   [this](std::string const& number) { return telephoneDialogs_.dialogsOf(number); })
+    , calls_(config_, *agent_, registrar_, appearances_, deferred_,
+             [this](std::string const& number) { dialogsChanged(number); })
     , pickups_(loop, calls_, registrar_, telephoneDialogs_, deferred_,
                [this](std::string const& number) { updateFollowing(number); })
 {
-    for (auto const& row : kNumbers) {
-        behaviours_.emplace(row.number, row.behaviour);
+    for (auto const& row : kBuiltInNumbers) {
+        std::string const number(row.number);
+        numbers_[number] = {
+            .number = number, .description = std::string(row.description), .steps = valueOrThrow(readSteps(row.does))};
+    }
+    for (auto const& number : config_.numbers) {
+        numbers_[number.number] = number;
+        messages_.set(number.number, number.messages, false);
     }
     agent_->log(sip::LogLevel::kInfo, "listening on " + agent_->hostPort());
 }
@@ -106,21 +126,91 @@ Exchange::~Exchange()
     agent_.reset();
 }
 
-NumberBehaviour const* Exchange::behaviourOf(std::string const& number) const
+// --- numbers
+
+ExchangeNumber const* Exchange::find(std::string const& number) const
 {
-    auto const found = behaviours_.find(number);
-    return found == behaviours_.end() ? nullptr : &found->second;
+    auto const found = numbers_.find(number);
+    return found == numbers_.end() ? nullptr : &found->second;
 }
 
-void Exchange::setBehaviour(std::string const& number, std::optional<NumberBehaviour> const& behaviour)
+std::string Exchange::nameOf(std::string const& number) const
+{
+    ExchangeNumber const* const found = find(number);
+    return found ? found->name : std::string();
+}
+
+bool Exchange::isPlayed(std::string const& number) const
+{
+    ExchangeNumber const* const found = find(number);
+    return found && !found->steps.empty();
+}
+
+std::string Exchange::groupOf(std::string const& number) const
+{
+    ExchangeNumber const* const found = find(number);
+    return found ? found->pickupGroup : std::string();
+}
+
+void Exchange::define(ExchangeNumber number)
 {
     std::lock_guard guard(loop_);
-    if (behaviour) {
-        behaviours_[number] = *behaviour;
-    } else {
-        behaviours_.erase(number);
-    }
+    std::string const name = number.number;
+    numbers_[name] = std::move(number);
+    dialogsChanged(name);
+}
+
+void Exchange::remove(std::string const& number)
+{
+    std::lock_guard guard(loop_);
+    numbers_.erase(number);
     dialogsChanged(number);
+}
+
+Outcome<> Exchange::define(std::string const& number, std::string_view text)
+{
+    auto const checked = checkNumber("the number", number).and_then([text] { return readSteps(text); });
+    return checked.and_then([](Steps const& steps) { return checkOrder(steps, CallPhase::kOffered); }).map([&] {
+        std::lock_guard guard(loop_);
+        ExchangeNumber changed = find(number) ? *find(number) : ExchangeNumber{.number = number};
+        changed.steps = *checked;
+        changed.description.clear();
+        define(std::move(changed));
+    });
+}
+
+Outcome<> Exchange::play(std::string const& number, std::string_view text)
+{
+    auto const steps = checkNumber("the number", number).and_then([text] { return readSteps(text); });
+    if (!steps) {
+        return tl::unexpected(steps.error());
+    }
+    std::lock_guard guard(loop_);
+    ExchangeCall* const present = callFor(steps->front().kind, number);
+    return checkOrder(*steps, present ? present->phase() : CallPhase::kNoCall).and_then([&] {
+        ExchangeCall& call = present ? *present : calls_.add({.number = number, .name = nameOf(number)});
+        return call.play(*steps);
+    });
+}
+
+// A step that only begins a call does so beside the present one, except for the call from a line that was seized.
+ExchangeCall* Exchange::callFor(StepKind first, std::string const& number) const
+{
+    ExchangeCall* const present = calls_.latestOf(number);
+    bool const isSeized = present && present->phase() == CallPhase::kSeized;
+    bool const begins = first == StepKind::kSeize || (first == StepKind::kCall && !isSeized);
+    return begins ? nullptr : present;
+}
+
+std::vector<std::string> Exchange::numbers() const
+{
+    std::lock_guard guard(loop_);
+    std::vector<std::string> rows;
+    for (auto const& [number, value] : numbers_) {
+        std::string const steps = isPlayed(number) ? formatSteps(value.steps) : "a telephone registers under it";
+        rows.push_back(number + " " + (value.description.empty() ? steps : value.description));
+    }
+    return rows;
 }
 
 Outcome<> Exchange::setMessages(std::string const& number, sip::MessageCounts const& counts, bool unsolicited)
@@ -137,11 +227,11 @@ Outcome<> Exchange::setMessages(std::string const& number, sip::MessageCounts co
         });
 }
 
-void Exchange::setRegistrarAnswers(bool answers)
+void Exchange::setRegistrar(RegistrarConduct conduct)
 {
     std::lock_guard guard(loop_);
-    registrar_.setAnswers(answers);
-    agent_->log(sip::LogLevel::kInfo, answers ? "the registrar answers" : "the registrar no longer answers");
+    agent_->log(sip::LogLevel::kInfo, "the registrar will " + conduct.format());
+    registrar_.setConduct(std::move(conduct));
 }
 
 std::vector<std::string> Exchange::contactsOf(std::string const& number) const
@@ -176,7 +266,8 @@ Outcome<> Exchange::callNumber(std::string const& from, std::string const& to, s
             if (contacts.empty()) {
                 return refuse(RefusalKind::kNotFound, to + " is not registered with the exchange");
             }
-            return calls_.callOut(from, {.target = contacts.front(), .displayName = displayName});
+            return calls_.callOut(
+                from, {.target = contacts.front(), .displayName = displayName.empty() ? nameOf(from) : displayName});
         });
 }
 
@@ -184,7 +275,7 @@ Outcome<> Exchange::callNumber(std::string const& from, std::string const& to, s
 
 bool Exchange::knowsUser(std::string const& user)
 {
-    return user.empty() || behaviourOf(user) || registrar_.knows(user) || calls_.isInCall(user) ||
+    return user.empty() || find(user) || registrar_.knows(user) || calls_.isInCall(user) ||
            user.starts_with(kDirectedPickup) || user == kGroupPickup;
 }
 
@@ -193,15 +284,48 @@ void Exchange::onIncomingCall(std::unique_ptr<sip::Session> session)
     if (closed_) {
         return;
     }
+    auto const& invitation = session->invitation();
+    agent_->log(sip::LogLevel::kInfo,
+                "call from " + invitation.from.uri.format() + " to " + sip::userOf(invitation.requestUri));
+    std::string const from = invitation.from.uri.user;
+    std::string const callId = session->dialogId().callId;
+    if (!admit(*session)) {
+        return;
+    }
+    route(std::move(session));
+    if (!calls_.has(callId)) {
+        appearances_.release(from, callId);
+    }
+}
+
+// A call that takes the place of another keeps that one's appearance.
+bool Exchange::admit(sip::Session& session)
+{
+    std::string const callId = session.dialogId().callId;
+    if (session.invitation().replaces || joinedBy(session.invitation()) || calls_.has(callId)) {
+        return true;
+    }
+    auto const taken =
+        appearances_.take(session.invitation().from.uri.user, callId, appearanceIn(session.invitation().alertInfo));
+    if (!taken) {
+        agent_->log(sip::LogLevel::kInfo, taken.error().reason);
+        session.reject(403, "No Free Appearance");
+    }
+    return taken.has_value();
+}
+
+void Exchange::route(std::unique_ptr<sip::Session> session)
+{
     std::string const number = sip::userOf(session->invitation().requestUri);
-    auto const wanted = session->invitation().replaces;
-    agent_->log(sip::LogLevel::kInfo, "call from " + session->invitation().from.uri.format() + " to " + number);
+    auto const joined = joinedBy(session->invitation());
+    auto const wanted = joined ? joined : session->invitation().replaces;
     if (ExchangeCall* const present = wanted ? calls_.find(*wanted) : nullptr) {
-        calls_.replace(std::move(session), *present);
-    } else if (number.starts_with(kDirectedPickup)) {
-        pickups_.pickUp(std::move(session), number.substr(std::string_view(kDirectedPickup).size()));
-    } else if (number == kGroupPickup) {
-        pickups_.pickUp(std::move(session), "");
+        takeForCall(std::move(session), *present, joined.has_value());
+    } else if (number.starts_with(kDirectedPickup) || number == kGroupPickup) {
+        pickUp(std::move(session), number);
+    } else if (ExchangeNumber const* const own = find(number); own && !own->forwarding.always.empty()) {
+        logRefusal(*agent_, "call to " + number,
+                   session->redirect(accountOf(*agent_, own->forwarding.always).addressOfRecord(), "unconditional"));
     } else if (auto const contacts = registrar_.contactsOf(number); !contacts.empty()) {
         logRefusal(*agent_, "call to " + number, session->redirect(contacts.front()));
     } else if (wanted) {
@@ -211,14 +335,34 @@ void Exchange::onIncomingCall(std::unique_ptr<sip::Session> session)
     }
 }
 
+void Exchange::pickUp(std::unique_ptr<sip::Session> session, std::string const& dialled)
+{
+    if (dialled.starts_with(kDirectedPickup)) {
+        auto const wanted = dialled.substr(std::string_view(kDirectedPickup).size());
+        pickups_.pickUp(std::move(session), [&wanted](std::string const& number) { return number == wanted; });
+        return;
+    }
+    std::string const group = groupOf(session->invitation().from.uri.user);
+    pickups_.pickUp(std::move(session),
+                    [this, &group](std::string const& number) { return group.empty() || groupOf(number) == group; });
+}
+
+void Exchange::takeForCall(std::unique_ptr<sip::Session> session, ExchangeCall& present, bool joins)
+{
+    if (calls_.isPrivate(present)) {
+        session->reject(403, "Private");
+    } else if (joins) {
+        calls_.join(std::move(session), present);
+    } else {
+        calls_.replace(std::move(session), present);
+    }
+}
+
 void Exchange::takeCall(std::unique_ptr<sip::Session> session, std::string const& number)
 {
-    NumberBehaviour const* const behaviour = behaviourOf(number);
-    if (behaviour && behaviour->refuseWith) {
-        session->reject(behaviour->refuseWith, behaviour->refuseText);
-    } else if (behaviour) {
-        calls_.add(number, *behaviour).take(std::move(session));
-    } else if (registrar_.knows(number)) {
+    if (isPlayed(number)) {
+        calls_.add(*find(number)).take(std::move(session));
+    } else if (find(number) || registrar_.knows(number)) {
         session->reject(480, "Temporarily Unavailable");
     } else {
         session->reject(404, "Not Found");
@@ -228,7 +372,7 @@ void Exchange::takeCall(std::unique_ptr<sip::Session> session, std::string const
 void Exchange::onTransferRequested(std::unique_ptr<sip::Transfer> transfer)
 {
     std::string const number = transfer->to().uri.user;
-    if (!closed_ && behaviourOf(number)) {
+    if (!closed_ && isPlayed(number)) {
         calls_.transfer(number, {}, std::move(transfer));
     }
 }
@@ -308,11 +452,40 @@ void Exchange::updateFollowing(std::string const& number)
     }
     auto const contacts = registrar_.contactsOf(number);
     bool const wanted = dialogWatchers_.count(number) > 0 || pickups_.isFor(number);
-    if (wanted && !contacts.empty() && !behaviourOf(number)) {
+    if (wanted && !contacts.empty() && !isPlayed(number)) {
         telephoneDialogs_.follow(number, contacts.front());
     } else {
         telephoneDialogs_.unfollow(number);
     }
+}
+
+// The call that watchers see of a number without calls.
+std::optional<sip::DialogEntry> Exchange::lampOf(std::string const& number) const
+{
+    ExchangeNumber const* const found = find(number);
+    if (!found) {
+        return std::nullopt;
+    }
+    sip::DialogEntry shown;
+    shown.id = "lamp";
+    shown.state = sip::DialogState::kConfirmed;
+    switch (found->lamp) {
+    case NumberLamp::kFromSteps:
+        return isBusy(*found) ? std::optional(shown) : std::nullopt;
+    case NumberLamp::kIdle:
+        return std::nullopt;
+    case NumberLamp::kRinging:
+        shown.recipient = true;
+        shown.state = sip::DialogState::kEarly;
+        return shown;
+    case NumberLamp::kBusy:
+        return shown;
+    case NumberLamp::kHolding:
+        shown.local.target = accountOf(*agent_, number).addressOfRecord();
+        shown.local.rendering = false;
+        return shown;
+    }
+    return std::nullopt;
 }
 
 // Always the full state, including calls that have just ended.
@@ -322,12 +495,8 @@ std::string Exchange::dialogDocument(std::string const& number)
     info.version = dialogVersions_[number]++;
     info.entity = accountOf(*agent_, number).addressOfRecord();
     info.dialogs = calls_.dialogsOf(number);
-    NumberBehaviour const* const behaviour = behaviourOf(number);
-    if (behaviour && behaviour->refuseWith == kBusyHere) {
-        sip::DialogEntry busy;
-        busy.id = "busy";
-        busy.state = sip::DialogState::kConfirmed;
-        info.dialogs.push_back(busy);
+    if (auto lamp = lampOf(number); lamp && !calls_.isInCall(number)) {
+        info.dialogs.push_back(*std::move(lamp));
     }
     auto const reported = telephoneDialogs_.dialogsOf(number);
     info.dialogs.insert(info.dialogs.end(), reported.begin(), reported.end());

@@ -1,5 +1,5 @@
 // A small call server on loopback for people who have none: a registrar with digest authentication, redirection between
-// registered numbers, numbers with fixed behaviour (NumberBehaviour.h), pick-up, and the event packages "dialog" and
+// registered numbers, numbers that it plays itself (ExchangeNumber.h), pick-up, and the event packages "dialog" and
 // "message-summary". Its owner makes it on the telephone's event loop and destroys it while that loop exists.
 // Operations may be called on any thread.
 //
@@ -20,11 +20,12 @@
 #include <string>
 #include <vector>
 
+#include "telephone/exchange/Appearances.h"
 #include "telephone/exchange/DeferredWork.h"
 #include "telephone/exchange/ExchangeCalls.h"
 #include "telephone/exchange/ExchangeConfig.h"
+#include "telephone/exchange/ExchangeNumber.h"
 #include "telephone/exchange/MessageBoxes.h"
-#include "telephone/exchange/NumberBehaviour.h"
 #include "telephone/exchange/Pickups.h"
 #include "telephone/exchange/Registrar.h"
 #include "telephone/exchange/TelephoneDialogs.h"
@@ -51,9 +52,17 @@ public:
     std::uint16_t port() const { return agent_->udpPort(); }
     std::uint16_t tcpPort() const { return agent_->tcpPort(); }
 
-    // Changes the behaviour of a number, or adds a number; std::nullopt removes it. Present calls continue. Watchers of
-    // the number are notified.
-    void setBehaviour(std::string const& number, std::optional<NumberBehaviour> const& behaviour);
+    // Defines a number, or redefines it. Present calls continue. Watchers of the number are notified.
+    void define(ExchangeNumber number);
+    void remove(std::string const& number);
+    // Defines the steps of a number, which keeps everything else. kBadInput, kNotFound: as readSteps and checkOrder.
+    [[nodiscard]] Outcome<> define(std::string const& number, std::string_view steps);
+    // Plays steps at once: in a new call if they begin with "seize" or "call" or the number has none, else in its
+    // latest call, instead of what is left of that one's steps. Refused as define, and if the first step cannot begin:
+    // kLimit without a free appearance.
+    [[nodiscard]] Outcome<> play(std::string const& number, std::string_view steps);
+    // One row for each number: "107 ring 2s, answer", or its description in place of the steps.
+    std::vector<std::string> numbers() const;
 
     // Sets the number of waiting messages, 0 to 9999 of each kind, and notifies the subscribers. unsolicited: also
     // notifies the number's telephones.
@@ -62,10 +71,9 @@ public:
     [[nodiscard]] Outcome<> setMessages(std::string const& number, sip::MessageCounts const& counts,
                                         bool unsolicited = false);
 
-    // Switches the registrar off, and on again. While it is off, the exchange simulates one whose registrar has failed
-    // but which still routes calls: REGISTER is not answered, and present registrations last until they expire. A
-    // telephone notices when it next registers.
-    void setRegistrarAnswers(bool answers);
+    // While the registrar does not accept, the exchange still routes calls, and present registrations last until they
+    // expire. A telephone notices when it next registers.
+    void setRegistrar(RegistrarConduct conduct);
 
     bool isRegistered(std::string const& number) const { return !contactsOf(number).empty(); }
     // The latest registration first.
@@ -92,9 +100,23 @@ private:
     void onSubscribe(std::unique_ptr<sip::Notifier> notifier) override;
     void onRequest(std::unique_ptr<sip::IncomingRequest>& request) override;
 
+    // Whether the caller, a telephone on a shared line, has an appearance for the call; else refuses it.
+    bool admit(sip::Session& session);
+    void route(std::unique_ptr<sip::Session> session);
+    // In the place of a present call, or as the third party in it.
+    void takeForCall(std::unique_ptr<sip::Session> session, ExchangeCall& present, bool joins);
     void takeCall(std::unique_ptr<sip::Session> session, std::string const& number);
     void echoInfo(sip::IncomingRequest& request);
-    NumberBehaviour const* behaviourOf(std::string const& number) const;
+    // Null: the exchange does not know it.
+    ExchangeNumber const* find(std::string const& number) const;
+    // Whether the exchange plays the number itself.
+    bool isPlayed(std::string const& number) const;
+    // The present call in which steps with this first one are played; null: a new one.
+    ExchangeCall* callFor(StepKind first, std::string const& number) const;
+    std::string nameOf(std::string const& number) const;
+    std::string groupOf(std::string const& number) const;
+    std::optional<sip::DialogEntry> lampOf(std::string const& number) const;
+    void pickUp(std::unique_ptr<sip::Session> session, std::string const& dialled);
     void registrationChanged(std::string const& number);
     void dialogsChanged(std::string const& number);
     void updateFollowing(std::string const& number);
@@ -105,12 +127,13 @@ private:
     bool closed_ = false;
     std::unique_ptr<sip::UserAgent> agent_;
     DeferredWork deferred_;
-    std::map<std::string, NumberBehaviour> behaviours_;
+    std::map<std::string, ExchangeNumber> numbers_;
     Registrar registrar_;
     Watchers dialogWatchers_;
     std::map<std::string, std::uint32_t> dialogVersions_;
     MessageBoxes messages_;
     TelephoneDialogs telephoneDialogs_;
+    Appearances appearances_;
     ExchangeCalls calls_;
     Pickups pickups_;
 };

@@ -1,12 +1,38 @@
 #include "telephone/exchange/ExchangeCall.h"
 
+#include <algorithm>
+#include <array>
 #include <atomic>
+#include <string_view>
 
 #include "telephone/exchange/ExchangeAgent.h"
+#include "telephone/exchange/ReasonPhrases.h"
 
 namespace telephone::exchange {
 
+using std::chrono::milliseconds;
+
 namespace {
+
+// Of a digit and the pause behind it.
+constexpr milliseconds kDigitTime{100};
+constexpr milliseconds kDigitBeat{250};
+
+// No datagram of these is a SIP message: noise, a response without its headers, and one whose length is wrong.
+constexpr std::array<std::string_view, 3> kGarbage{
+    std::string_view("\x00\xff\x01garbage\r\n\r\n", 14),
+    "SIP/2.0 200\r\n\r\n",
+    "SIP/2.0 999 Nonsense\r\nVia: SIP/2.0/UDP\r\nCSeq: x\r\nContent-Length: -1\r\n\r\n<",
+};
+
+// Without the steps that needed the call that has ended.
+Steps afterTheCall(Steps steps)
+{
+    auto const last =
+        std::ranges::find_if(steps, [](Step const& step) { return rowOf(step.kind).then == CallPhase::kNoCall; });
+    steps.erase(steps.begin(), last == steps.end() ? last : last + 1);
+    return steps;
+}
 
 std::string nextId()
 {
@@ -16,20 +42,22 @@ std::string nextId()
 
 }  // namespace
 
-ExchangeCall::ExchangeCall(sip::UserAgent& agent, ExchangeCallObserver& observer, std::string number,
-                           NumberBehaviour const& behaviour, milliseconds longestRinging)
+ExchangeCall::ExchangeCall(sip::UserAgent& agent, ExchangeCallObserver& observer, ExchangeNumber number,
+                           milliseconds longestRinging, std::string lastParty)
     : agent_(agent)
     , observer_(observer)
     , number_(std::move(number))
-    , behaviour_(behaviour)
     , longestRinging_(longestRinging)
+    , lastParty_(std::move(lastParty))
     , id_(nextId())
-    , step_(agent.loop())
-    , hangUpTimer_(agent.loop())
+    , player_(agent.loop(), [this](Step const& step) { return perform(step); })
+    , noReply_(agent.loop())
+    , soundEnd_(agent.loop())
 {}
 
 ExchangeCall::~ExchangeCall()
 {
+    stopSound();
     disconnect();
 }
 
@@ -40,16 +68,16 @@ void ExchangeCall::adopt(std::unique_ptr<sip::Session> session)
     session_->audio().setEcho(true);
 }
 
+// --- beginnings
+
 void ExchangeCall::take(std::unique_ptr<sip::Session> session)
 {
     adopt(std::move(session));
-    logRefusal(agent_, "number " + number_, session_->ring());
-    observer_.callChanged(*this);
-    if (behaviour_.answerAfter == milliseconds(0)) {
-        answer();
-    } else if (behaviour_.answerAfter != kNever) {
-        step_.start(behaviour_.answerAfter, [this] { answer(); });
+    NumberForwarding const& forwarding = number_.forwarding;
+    if (!forwarding.onNoReply.empty()) {
+        noReply_.start(forwarding.noReplyAfter, [this] { redirect(number_.forwarding.onNoReply, "no-answer"); });
     }
+    player_.play(number_.steps);
 }
 
 void ExchangeCall::takeInsteadOf(std::unique_ptr<sip::Session> session, ExchangeCall& replaced)
@@ -62,8 +90,7 @@ void ExchangeCall::takeInsteadOf(std::unique_ptr<sip::Session> session, Exchange
 void ExchangeCall::pickUp(std::unique_ptr<sip::Session> session, ExchangeCall& ringing)
 {
     adopt(std::move(session));
-    ringing.step_.cancel();
-    ringing.behaviour_ = kAnswering;
+    (void)ringing.player_.stop();
     connect(ringing);
     ringing.answer();
     answer();
@@ -76,13 +103,24 @@ void ExchangeCall::takeFor(std::unique_ptr<sip::Session> session, ExchangeCall& 
     outgoing.waitsForPartner_ = true;
 }
 
+void ExchangeCall::join(std::unique_ptr<sip::Session> session, ExchangeCall& established)
+{
+    adopt(std::move(session));
+    joins_ = true;
+    appearance_ = established.appearance_;
+    connect(established);
+    answer();
+}
+
 Outcome<> ExchangeCall::dial(Dialling dialling)
 {
-    displayName_ = std::move(dialling.displayName);
+    if (!dialling.displayName.empty()) {
+        number_.name = std::move(dialling.displayName);
+    }
     transfer_ = std::move(dialling.requestedBy);
     sip::CallRequest request;
-    request.account = accountOf(agent_, number_);
-    request.account.displayName = displayName_;
+    request.account = accountOf(agent_, number());
+    request.account.displayName = number_.name;
     request.target = std::move(dialling.target);
     request.replaces = std::move(dialling.replaces);
     request.referredBy = std::move(dialling.referredBy);
@@ -94,67 +132,277 @@ Outcome<> ExchangeCall::dial(Dialling dialling)
     }
     session_ = std::move(*session);
     session_->audio().setEcho(true);
-    step_.start(longestRinging_, [this] { giveUp(); });
-    observer_.callChanged(*this);
+    noReply_.start(longestRinging_, [this] { giveUp(); });
+    announce();
     return {};
+}
+
+Outcome<> ExchangeCall::play(Steps steps)
+{
+    stopSound();
+    // The caller may know of the answer before its ACK has arrived here.
+    bool const isAnswering = session_ && session_->state() == sip::SessionState::kAnswering;
+    if (isAnswering) {
+        player_.playAfterwards(std::move(steps));
+    } else {
+        player_.play(std::move(steps));
+    }
+    return refusal_ ? Outcome<>(tl::unexpected(*refusal_)) : Outcome<>();
+}
+
+// --- steps
+
+ExchangeCall::Pause ExchangeCall::perform(Step const& step)
+{
+    switch (step.kind) {
+    case StepKind::kRing:
+    case StepKind::kEarlyMedia:
+    case StepKind::kAnswer:
+    case StepKind::kRedirect:
+    case StepKind::kBusy:
+    case StepKind::kRefuse:
+        return performUnanswered(step);
+    case StepKind::kSay:
+        return say(step);
+    case StepKind::kDigits:
+        report(session_->sendDigits(step.text, kDigitTime));
+        return kDigitBeat * static_cast<int>(step.text.size());
+    case StepKind::kHold:
+        return pendingIf(session_->modify(sip::Direction::kSendOnly));
+    case StepKind::kRetrieve:
+        return pendingIf(session_->modify(sip::Direction::kSendReceive));
+    case StepKind::kTransfer:
+        return pendingIf(session_->transfer(accountOf(agent_, step.text).addressOfRecord()));
+    case StepKind::kHangUp:
+        hangUp(player_.stop());
+        break;
+    case StepKind::kCall:
+        return call(step);
+    case StepKind::kSilent:
+        fallSilent();
+        break;
+    case StepKind::kGarbage:
+        sendGarbage();
+        break;
+    case StepKind::kSeize:
+        seize();
+        break;
+    case StepKind::kRelease:
+        end(player_.stop());
+        break;
+    case StepKind::kPrivate:
+    case StepKind::kPublic:
+        setPrivate(step.kind == StepKind::kPrivate);
+        break;
+    case StepKind::kWait:
+        break;
+    }
+    return step.time;
+}
+
+ExchangeCall::Pause ExchangeCall::performUnanswered(Step const& step)
+{
+    if (step.kind == StepKind::kAnswer) {
+        answer();
+        return std::nullopt;
+    }
+    if (step.kind == StepKind::kRing) {
+        report(session_->ring(identity()));
+        announce();
+    } else if (step.kind == StepKind::kEarlyMedia) {
+        early_ = true;
+        report(session_->progress(identity()));
+        announce();
+    } else if (step.kind == StepKind::kRedirect) {
+        redirect(step.text, {});
+    } else if (step.kind == StepKind::kBusy && !number_.forwarding.onBusy.empty()) {
+        redirect(number_.forwarding.onBusy, "user-busy");
+    } else {
+        refuseCall(step.kind == StepKind::kBusy ? 486 : step.status);
+    }
+    return step.time;
+}
+
+ExchangeCall::Pause ExchangeCall::say(Step const& step)
+{
+    sound_ = std::make_unique<WavSource>(step.sound);
+    session_->audio().setEcho(false);
+    session_->audio().setSource(sound_.get());
+    auto const length = milliseconds(step.sound->size() * 1000 / sip::kSampleRate);
+    soundEnd_.start(length, [this] {
+        stopSound();
+        player_.resume();
+    });
+    return std::nullopt;
+}
+
+void ExchangeCall::stopSound()
+{
+    soundEnd_.cancel();
+    if (sound_) {
+        session_->audio().setSource(nullptr);
+        session_->audio().setEcho(true);
+        sound_.reset();
+    }
+}
+
+bool ExchangeCall::takeAppearance()
+{
+    auto const taken = observer_.takeAppearance(*this);
+    if (!taken) {
+        abandon(taken.error());
+        return false;
+    }
+    appearance_ = *taken;
+    return true;
+}
+
+void ExchangeCall::abandon(Refusal refusal)
+{
+    report(tl::unexpected(refusal));
+    refusal_ = std::move(refusal);
+    (void)player_.stop();
+    ended_ = true;
+    if (announced_) {
+        observer_.callChanged(*this);
+    }
+    observer_.callEnded(*this);
+}
+
+void ExchangeCall::seize()
+{
+    seized_ = takeAppearance();
+    if (seized_) {
+        announce();
+    }
+}
+
+void ExchangeCall::setPrivate(bool isPrivate)
+{
+    private_ = isPrivate;
+    announce();
+}
+
+ExchangeCall::Pause ExchangeCall::call(Step const& step)
+{
+    if (!takeAppearance()) {
+        return step.time;
+    }
+    std::string const target = step.text == kCaller ? lastParty_ : observer_.uriOf(step.text);
+    auto const dialled = target.empty() ? Outcome<>(refuse(RefusalKind::kWrongState, "nobody has called yet"))
+                                        : dial({.target = target});
+    if (!dialled) {
+        abandon(dialled.error());
+        return step.time;
+    }
+    if (step.limit > milliseconds(0)) {
+        noReply_.start(step.limit, [this] { giveUp(); });
+    }
+    return std::nullopt;
+}
+
+void ExchangeCall::fallSilent()
+{
+    silent_ = true;
+    noReply_.cancel();
+    report(session_->fallSilent());
+}
+
+void ExchangeCall::sendGarbage()
+{
+    for (auto const datagram : kGarbage) {
+        report(agent_.sendDatagram(session_->remoteContact(), datagram));
+    }
+}
+
+ExchangeCall::Pause ExchangeCall::pendingIf(Outcome<> const& begun)
+{
+    report(begun);
+    return begun ? std::nullopt : Pause(0);
+}
+
+void ExchangeCall::report(Outcome<> const& result) const
+{
+    logRefusal(agent_, "number " + number(), result);
+}
+
+// RFC 3325: the name is that of the number, not what the caller dialled.
+sip::Headers ExchangeCall::identity() const
+{
+    if (number_.name.empty()) {
+        return {};
+    }
+    sip::NameAddr party;
+    party.displayName = number_.name;
+    party.uri = sip::Uri::parse(accountOf(agent_, number()).addressOfRecord()).value_or(sip::Uri{});
+    return {{"P-Asserted-Identity", party.format()}};
+}
+
+void ExchangeCall::announce()
+{
+    announced_ = true;
+    observer_.callChanged(*this);
 }
 
 void ExchangeCall::answer()
 {
     answered_ = true;
-    logRefusal(agent_, "number " + number_, session_->answer());
+    noReply_.cancel();
+    report(session_->answer(identity()));
 }
 
-void ExchangeCall::modify(sip::Direction direction)
+void ExchangeCall::refuseCall(int status)
 {
-    logRefusal(agent_, "number " + number_, session_->modify(direction));
+    session_->reject(status, reasonPhrase(status));
+    end(player_.stop());
 }
 
-// The steps of the number after the answer.
-void ExchangeCall::proceed()
+void ExchangeCall::redirect(std::string const& number, std::string const& diversionReason)
 {
-    if (behaviour_.hangUpAfter > milliseconds(0)) {
-        hangUpTimer_.start(behaviour_.hangUpAfter, [this] { hangUp(); });
-    }
-    if (behaviour_.holdAfter > milliseconds(0)) {
-        step_.start(behaviour_.holdAfter, [this] { modify(sip::Direction::kSendOnly); });
-    }
+    report(session_->redirect(accountOf(agent_, number).addressOfRecord(), diversionReason));
+    end(player_.stop());
 }
+
+// --- the end
 
 // Nobody has answered. SIP itself sets no limit once the far end rings.
 void ExchangeCall::giveUp()
 {
-    agent_.log(sip::LogLevel::kInfo, "call from " + number_ + " is not answered");
+    agent_.log(sip::LogLevel::kInfo, "call from " + number() + " is not answered");
     notifyTransfer(408, "Request Timeout");
-    hangUp();
+    hangUp(afterTheCall(player_.stop()));
 }
 
-void ExchangeCall::hangUp()
+void ExchangeCall::hangUp(Steps left)
 {
     if (ended_) {
         return;
     }
     session_->hangUp();
-    end();
+    end(std::move(left));
 }
 
-void ExchangeCall::end()
+void ExchangeCall::end(Steps left)
 {
     if (ended_) {
         return;
     }
+    stopSound();
     ended_ = true;
-    step_.cancel();
-    hangUpTimer_.cancel();
+    noReply_.cancel();
     ExchangeCall* partner = partner_;
     disconnect();
-    if (partner) {
-        partner->hangUp();
+    if (partner && joins_) {
+        partner->session_->audio().setEcho(true);
+    } else if (partner) {
+        partner->hangUp({});
     }
-    if (answered_ && behaviour_.callBack && !session_->isOutgoing()) {
-        observer_.callBackRequested(number_, session_->remoteParty(), session_->remoteContact());
+    if (!left.empty()) {
+        observer_.stepsLeft(*this, std::move(left), session_ ? observer_.contactOf(*session_) : std::string());
     }
-    observer_.callChanged(*this);
+    if (announced_) {
+        observer_.callChanged(*this);
+    }
     observer_.callEnded(*this);
 }
 
@@ -198,29 +446,57 @@ bool ExchangeCall::isRinging() const
     return !ended_ && !partner_ && session_ && !session_->isOutgoing() && !answered_;
 }
 
+CallPhase ExchangeCall::phase() const
+{
+    if (ended_ || !session_) {
+        return seized_ && !ended_ ? CallPhase::kSeized : CallPhase::kNoCall;
+    }
+    if (silent_) {
+        return CallPhase::kSilent;
+    }
+    if (answered_) {
+        return session_->localDirection() == sip::Direction::kSendOnly ? CallPhase::kHeld : CallPhase::kConnected;
+    }
+    if (session_->isOutgoing()) {
+        return CallPhase::kCalling;
+    }
+    return early_ ? CallPhase::kEarly : CallPhase::kOffered;
+}
+
 bool ExchangeCall::matches(sip::Replaces const& wanted) const
 {
     return !ended_ && session_ && session_->dialogId().matches(wanted);
 }
 
+sip::DialogState ExchangeCall::dialogState() const
+{
+    if (ended_) {
+        return sip::DialogState::kTerminated;
+    }
+    if (!session_ || session_->state() == sip::SessionState::kCalling) {
+        return sip::DialogState::kTrying;
+    }
+    bool const isAnswered =
+        session_->state() == sip::SessionState::kEstablished || session_->state() == sip::SessionState::kAnswering;
+    return isAnswered ? sip::DialogState::kConfirmed : sip::DialogState::kEarly;
+}
+
 sip::DialogEntry ExchangeCall::dialogEntry() const
 {
-    using sip::DialogState;
     sip::DialogEntry entry;
     entry.id = id_;
+    entry.state = dialogState();
+    entry.appearance = appearance_;
+    entry.exclusive = private_;
+    entry.local.identity = accountOf(agent_, number()).addressOfRecord();
+    entry.local.displayName = number_.name;
+    if (!session_) {
+        return entry;
+    }
     entry.dialog = session_->dialogId();
     entry.recipient = !session_->isOutgoing();
-    entry.state = DialogState::kEarly;
-    if (ended_) {
-        entry.state = DialogState::kTerminated;
-    } else if (session_->state() == sip::SessionState::kCalling) {
-        entry.state = DialogState::kTrying;
-    } else if (session_->state() == sip::SessionState::kEstablished ||
-               session_->state() == sip::SessionState::kAnswering) {
-        entry.state = DialogState::kConfirmed;
-    }
-    entry.local.identity = accountOf(agent_, number_).addressOfRecord();
     entry.local.target = session_->localContact();
+    entry.local.rendering = session_->localDirection() != sip::Direction::kSendOnly;
     sip::NameAddr const remote = session_->remoteParty();
     entry.remote = {remote.uri.formatAddressOfRecord(), remote.displayName, session_->remoteContact()};
     return entry;
@@ -229,38 +505,40 @@ sip::DialogEntry ExchangeCall::dialogEntry() const
 void ExchangeCall::onProgress(sip::Session&, sip::Response const& response, bool)
 {
     notifyTransfer(response.status, response.reason);
-    observer_.callChanged(*this);
+    announce();
 }
 
 void ExchangeCall::onEstablished(sip::Session&)
 {
     answered_ = true;
-    step_.cancel();
+    noReply_.cancel();
     notifyTransfer(200, "OK");
-    observer_.callChanged(*this);
+    announce();
     if (auto const replaced = replaced_.lock()) {
-        (*replaced)->hangUp();
+        (*replaced)->hangUp(afterTheCall((*replaced)->player_.stop()));
     }
     if (waitsForPartner_ && partner_) {
         waitsForPartner_ = false;
         partner_->answer();
     }
-    proceed();
+    player_.resume();
 }
 
-void ExchangeCall::onModified(sip::Session&, bool accepted, int, std::string const&)
+void ExchangeCall::onModified(sip::Session&, bool accepted, int status, std::string const& reason)
 {
-    bool const holding = session_->localDirection() == sip::Direction::kSendOnly;
-    if (accepted && holding && behaviour_.retrieveAfter > milliseconds(0)) {
-        step_.start(behaviour_.retrieveAfter, [this] { modify(sip::Direction::kSendReceive); });
+    if (!accepted) {
+        report(refuse(RefusalKind::kUnavailable,
+                      "the far end refuses the change: " + std::to_string(status) + " " + reason));
     }
+    announce();
+    player_.resume();
 }
 
 void ExchangeCall::onInfo(sip::Session&, sip::Content const& content)
 {
     std::string_view const csta = sip::kCstaType;
     if (sip::equalsIgnoringCase(content.type.substr(0, csta.size()), csta)) {
-        logRefusal(agent_, "number " + number_, session_->sendInfo(content));
+        report(session_->sendInfo(content));
     }
 }
 
@@ -269,12 +547,21 @@ void ExchangeCall::onTransferRequested(sip::Session&, std::unique_ptr<sip::Trans
     observer_.transferRequested(*this, std::move(transfer));
 }
 
+void ExchangeCall::onTransferProgress(sip::Session&, int status, std::string const& reason, bool ended)
+{
+    if (ended) {
+        agent_.log(sip::LogLevel::kInfo,
+                   "number " + number() + ": its transfer ended with " + std::to_string(status) + " " + reason);
+        player_.resume();
+    }
+}
+
 void ExchangeCall::onClosed(sip::Session&, sip::Closing const& closing)
 {
     if (!answered_) {
         notifyTransfer(closing.status >= 300 ? closing.status : 487, closing.text);
     }
-    end();
+    end(afterTheCall(player_.stop()));
 }
 
 }  // namespace telephone::exchange

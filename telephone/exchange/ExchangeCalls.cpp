@@ -3,21 +3,25 @@
 #include <algorithm>
 
 #include "telephone/exchange/ExchangeAgent.h"
+#include "telephone/exchange/ReasonPhrases.h"
 
 namespace telephone::exchange {
 
 ExchangeCalls::ExchangeCalls(ExchangeConfig const& config, sip::UserAgent& agent, Registrar const& registrar,
-                             DeferredWork& deferred, std::function<void(std::string const& number)> changed)
+                             Appearances& appearances, DeferredWork& deferred,
+                             std::function<void(std::string const& number)> changed)
     : config_(config)
     , agent_(agent)
     , registrar_(registrar)
+    , appearances_(appearances)
     , deferred_(deferred)
     , changed_(std::move(changed))
 {}
 
-ExchangeCall& ExchangeCalls::add(std::string const& number, NumberBehaviour const& behaviour)
+ExchangeCall& ExchangeCalls::add(ExchangeNumber number, std::string lastParty)
 {
-    calls_.push_back(std::make_unique<ExchangeCall>(agent_, *this, number, behaviour, config_.longestRinging));
+    calls_.push_back(
+        std::make_unique<ExchangeCall>(agent_, *this, std::move(number), config_.longestRinging, std::move(lastParty)));
     return *calls_.back();
 }
 
@@ -27,22 +31,50 @@ ExchangeCall* ExchangeCalls::find(sip::Replaces const& wanted) const
     return found == calls_.end() ? nullptr : found->get();
 }
 
-ExchangeCall* ExchangeCalls::findRinging(std::string const& number) const
+ExchangeCall* ExchangeCalls::findRinging(std::function<bool(std::string const& number)> const& accepts) const
 {
-    auto const found = std::ranges::find_if(calls_, [&number](auto const& call) {
-        return call->isRinging() && (number.empty() || call->number() == number);
-    });
+    auto const found = std::ranges::find_if(
+        calls_, [&accepts](auto const& call) { return call->isRinging() && accepts(call->number()); });
     return found == calls_.end() ? nullptr : found->get();
+}
+
+ExchangeCall* ExchangeCalls::latestOf(std::string const& number) const
+{
+    auto const found = std::find_if(calls_.rbegin(), calls_.rend(), [&number](auto const& call) {
+        return call->number() == number && call->isVisible() && !call->isEnded();
+    });
+    return found == calls_.rend() ? nullptr : found->get();
+}
+
+bool ExchangeCalls::has(std::string const& callId) const
+{
+    return std::ranges::any_of(calls_, [&callId](auto const& call) { return call->hasCallId(callId); });
+}
+
+bool ExchangeCalls::isPrivate(ExchangeCall const& call) const
+{
+    auto const callId = call.dialogEntry().dialog.callId;
+    return std::ranges::any_of(calls_,
+                               [&callId](auto const& each) { return each->isPrivate() && each->hasCallId(callId); });
 }
 
 void ExchangeCalls::replace(std::unique_ptr<sip::Session> session, ExchangeCall& present)
 {
-    ExchangeCall& fresh = add(present.number(), kAnswering);
+    ExchangeCall& fresh = add(present.number());
     if (present.isRinging()) {
         fresh.pickUp(std::move(session), present);
     } else {
         fresh.takeInsteadOf(std::move(session), present);
     }
+}
+
+void ExchangeCalls::join(std::unique_ptr<sip::Session> session, ExchangeCall& present)
+{
+    if (!present.canBeJoined()) {
+        session->reject(486, reasonPhrase(486));
+        return;
+    }
+    add(present.number()).join(std::move(session), present);
 }
 
 // The contact of the registered telephone if the target is a number here.
@@ -58,7 +90,7 @@ std::string ExchangeCalls::resolve(std::string const& target) const
 Outcome<> ExchangeCalls::callOut(std::string const& from, Dialling dialling)
 {
     dialling.target = resolve(dialling.target);
-    ExchangeCall& call = add(from, kAnswering);
+    ExchangeCall& call = add(from);
     auto dialled = call.dial(std::move(dialling));
     if (!dialled) {
         callEnded(call);
@@ -72,14 +104,14 @@ void ExchangeCalls::pickUpRemote(std::unique_ptr<sip::Session> picker, std::stri
     std::string const target = ringing.remote.target.empty() ? ringing.remote.identity : ringing.remote.target;
     sip::Replaces replaces = ringing.dialog.replaces();
     replaces.earlyOnly = true;
-    ExchangeCall& outgoing = add(number, kAnswering);
+    ExchangeCall& outgoing = add(number);
     if (auto const dialled = outgoing.dial({.target = resolve(target), .replaces = replaces}); !dialled) {
         logRefusal(agent_, "pick-up of " + number, dialled);
         callEnded(outgoing);
         picker->reject(480, "Nothing to pick up");
         return;
     }
-    add(number, kAnswering).takeFor(std::move(picker), outgoing);
+    add(number).takeFor(std::move(picker), outgoing);
 }
 
 void ExchangeCalls::transfer(std::string const& number, std::string const& displayName,
@@ -101,7 +133,7 @@ std::vector<sip::DialogEntry> ExchangeCalls::dialogsOf(std::string const& number
 {
     std::vector<sip::DialogEntry> dialogs;
     for (auto const& call : calls_) {
-        if (call->number() == number && call->hasSession()) {
+        if (call->number() == number && call->isVisible()) {
             dialogs.push_back(call->dialogEntry());
         }
     }
@@ -116,7 +148,8 @@ bool ExchangeCalls::isInCall(std::string const& number) const
 
 std::size_t ExchangeCalls::count() const
 {
-    return static_cast<std::size_t>(std::ranges::count_if(calls_, [](auto const& call) { return !call->isEnded(); }));
+    return static_cast<std::size_t>(
+        std::ranges::count_if(calls_, [](auto const& call) { return call->hasSession() && !call->isEnded(); }));
 }
 
 void ExchangeCalls::clear()
@@ -133,8 +166,18 @@ void ExchangeCalls::callChanged(ExchangeCall const& call)
     changed_(call.number());
 }
 
+Outcome<int> ExchangeCalls::takeAppearance(ExchangeCall const& call)
+{
+    return appearances_.take(call.number(), call.id());
+}
+
 void ExchangeCalls::callEnded(ExchangeCall& call)
 {
+    appearances_.release(call.number(), call.id());
+    if (call.hasSession()) {
+        auto const entry = call.dialogEntry();
+        appearances_.release(sip::userOf(entry.remote.identity), entry.dialog.callId);
+    }
     deferred_.add(
         [this, ended = &call] { calls_.remove_if([ended](auto const& known) { return known.get() == ended; }); });
 }
@@ -144,13 +187,22 @@ void ExchangeCalls::transferRequested(ExchangeCall const& call, std::unique_ptr<
     transfer(call.number(), call.displayName(), std::move(requested));
 }
 
-void ExchangeCalls::callBackRequested(std::string const& number, sip::NameAddr const& caller,
-                                      std::string const& contact)
+void ExchangeCalls::stepsLeft(ExchangeCall const& call, Steps steps, std::string lastParty)
 {
-    auto const registered = registrar_.contactsOf(caller.uri.user);
-    deferred_.add([this, number, target = registered.empty() ? contact : registered.front()] {
-        logRefusal(agent_, "call-back of " + number, callOut(number, {.target = target}));
-    });
+    deferred_.add([this, number = ExchangeNumber{.number = call.number(), .name = call.displayName()},
+                   steps = std::move(steps),
+                   lastParty = std::move(lastParty)] { (void)add(number, lastParty).play(steps); });
+}
+
+std::string ExchangeCalls::uriOf(std::string const& number) const
+{
+    return resolve(accountOf(agent_, number).addressOfRecord());
+}
+
+std::string ExchangeCalls::contactOf(sip::Session const& session) const
+{
+    auto const registered = registrar_.contactsOf(session.remoteParty().uri.user);
+    return registered.empty() ? session.remoteContact() : registered.front();
 }
 
 }  // namespace telephone::exchange

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "telephone/exchange/ExchangeNumber.h"
 #include "telephone/sip/Log.h"
 
 namespace telephone::exchange {
@@ -24,6 +25,7 @@ struct ExchangeConfig
     std::string realm = "exchange";
     std::vector<ExchangeUser> users;                    // numbers with a password of their own
     std::optional<std::string> anyPassword = "secret";  // password of all other numbers; none: they cannot register
+    std::vector<ExchangeNumber> numbers = {};           // beside the built-in ones, or instead of them
     std::uint32_t longestExpires = 3600;                // upper limit of a registration, in seconds
     std::chrono::seconds nonceLifetime{300};
     std::chrono::milliseconds longestRinging{180000};  // of a call from one of its numbers, which then ends unanswered

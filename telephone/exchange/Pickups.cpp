@@ -15,16 +15,15 @@ Pickups::Pickups(sip::EventLoop& loop, ExchangeCalls& calls, Registrar const& re
     , interestChanged_(std::move(interestChanged))
 {}
 
-void Pickups::pickUp(std::unique_ptr<sip::Session> session, std::string const& number)
+void Pickups::pickUp(std::unique_ptr<sip::Session> session,
+                     std::function<bool(std::string const& number)> const& accepts)
 {
-    if (ExchangeCall* const ringing = calls_.findRinging(number)) {
+    if (ExchangeCall* const ringing = calls_.findRinging(accepts)) {
         calls_.replace(std::move(session), *ringing);
         return;
     }
     auto numbers = registrar_.registeredNumbers();
-    if (!number.empty()) {
-        std::erase_if(numbers, [&number](std::string const& each) { return each != number; });
-    }
+    std::erase_if(numbers, [&accepts](std::string const& each) { return !accepts(each); });
     search(std::move(session), std::move(numbers));
 }
 

@@ -23,9 +23,8 @@ public:
     Pickups(sip::EventLoop& loop, ExchangeCalls& calls, Registrar const& registrar, TelephoneDialogs const& dialogs,
             DeferredWork& deferred, std::function<void(std::string const& number)> interestChanged);
 
-    // Gives the caller the ringing call of a number, or any ringing call for an empty one; refuses with 480 if none
-    // rings.
-    void pickUp(std::unique_ptr<sip::Session> session, std::string const& number);
+    // Gives the caller a ringing call of a number that the predicate accepts; refuses with 480 if none rings.
+    void pickUp(std::unique_ptr<sip::Session> session, std::function<bool(std::string const& number)> const& accepts);
     // The telephone of the number has reported its dialogs.
     void check(std::string const& number);
     // Whether a caller waits for the dialogs of the number.

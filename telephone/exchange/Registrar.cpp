@@ -1,7 +1,13 @@
 #include "telephone/exchange/Registrar.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
+
+#include <spdlog/fmt/fmt.h>
+
+#include "telephone/exchange/ReasonPhrases.h"
+#include "telephone/exchange/Steps.h"
 
 namespace telephone::exchange {
 
@@ -9,6 +15,27 @@ namespace {
 
 constexpr std::uint32_t kUsualExpires = 3600;
 constexpr std::size_t kMostContacts = 10;
+
+struct ConductRow
+{
+    RegistrarConduct::Kind kind;
+    std::string_view name;
+    bool takesValue;
+};
+
+constexpr std::array kConducts{
+    ConductRow{RegistrarConduct::Kind::kAccept, "accept", false},
+    ConductRow{RegistrarConduct::Kind::kRefuse, "refuse", true},
+    ConductRow{RegistrarConduct::Kind::kRedirect, "redirect", true},
+    ConductRow{RegistrarConduct::Kind::kAway, "away", false},
+    ConductRow{RegistrarConduct::Kind::kForget, "forget", false},
+};
+
+tl::unexpected<Refusal> wrongConduct(std::string const& reason)
+{
+    return refuse(RefusalKind::kBadInput,
+                  reason + "; the registrar can accept, refuse STATUS, redirect URI, go away or forget");
+}
 
 std::uint32_t number(std::string const& text, std::uint32_t otherwise)
 {
@@ -18,6 +45,35 @@ std::uint32_t number(std::string const& text, std::uint32_t otherwise)
 }
 
 }  // namespace
+
+Outcome<RegistrarConduct> RegistrarConduct::read(std::string_view text)
+{
+    auto const blank = std::min(text.find(' '), text.size());
+    std::string const value(text.substr(std::min(blank + 1, text.size())));
+    auto const* const row = std::ranges::find(kConducts, text.substr(0, blank), &ConductRow::name);
+    if (row == kConducts.end() || row->takesValue == value.empty()) {
+        return wrongConduct(fmt::format("\"{}\" is not understood", text));
+    }
+    RegistrarConduct conduct{.kind = row->kind};
+    if (row->kind == Kind::kRefuse) {
+        return readStatus(value).map([&conduct](int status) {
+            conduct.status = status;
+            return conduct;
+        });
+    }
+    if (row->kind == Kind::kRedirect && !sip::Uri::parse(value)) {
+        return wrongConduct(fmt::format("\"{}\" is not a SIP URI", value));
+    }
+    conduct.target = value;
+    return conduct;
+}
+
+std::string RegistrarConduct::format() const
+{
+    auto const* const row = std::ranges::find(kConducts, kind, &ConductRow::kind);
+    return fmt::format("{}{}{}", row->name, row->takesValue ? " " : "",
+                       kind == Kind::kRefuse ? std::to_string(status) : target);
+}
 
 Registrar::Registrar(ExchangeConfig const& config, std::function<void(std::string const& number)> changed)
     : config_(config)
@@ -88,8 +144,7 @@ bool Registrar::authenticate(sip::IncomingRequest& request, std::string const& n
 
 void Registrar::handle(sip::IncomingRequest& request)
 {
-    if (!answers_) {
-        request.ignore();
+    if (!passesConduct(request)) {
         return;
     }
     std::string const number = request.to().uri.user;
@@ -109,6 +164,45 @@ void Registrar::handle(sip::IncomingRequest& request)
     answer(request, bindings);
     if (before != !bindings.empty() && changed_) {
         changed_(number);
+    }
+}
+
+bool Registrar::passesConduct(sip::IncomingRequest& request) const
+{
+    switch (conduct_.kind) {
+    case RegistrarConduct::Kind::kAccept:
+        return true;
+    case RegistrarConduct::Kind::kRefuse:
+        request.reply(conduct_.status, reasonPhrase(conduct_.status));
+        return false;
+    case RegistrarConduct::Kind::kRedirect:
+        request.reply(302, "Moved Temporarily", {{"Contact", "<" + conduct_.target + ">"}});
+        return false;
+    case RegistrarConduct::Kind::kAway:
+        request.ignore();
+        return false;
+    case RegistrarConduct::Kind::kForget:
+        break;
+    }
+    return false;
+}
+
+void Registrar::setConduct(RegistrarConduct conduct)
+{
+    if (conduct.kind == RegistrarConduct::Kind::kForget) {
+        forget();
+    } else {
+        conduct_ = std::move(conduct);
+    }
+}
+
+void Registrar::forget()
+{
+    for (auto const& number : registeredNumbers()) {
+        bindings_[number].clear();
+        if (changed_) {
+            changed_(number);
+        }
     }
 }
 

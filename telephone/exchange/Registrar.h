@@ -7,14 +7,36 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "telephone/base/Refusal.h"
 #include "telephone/exchange/ExchangeConfig.h"
 #include "telephone/sip/Digest.h"
 #include "telephone/sip/Message.h"
 #include "telephone/time/SteadyClock.h"
 
 namespace telephone::exchange {
+
+// What the registrar does with every REGISTER.
+struct RegistrarConduct
+{
+    enum class Kind
+    {
+        kAccept,
+        kRefuse,
+        kRedirect,
+        kAway,
+        kForget,  // once: then as before
+    };
+    Kind kind = Kind::kAccept;
+    int status = 0;           // of kRefuse
+    std::string target = {};  // URI, of kRedirect
+
+    // "refuse 403". kBadInput: the reason names what is possible.
+    [[nodiscard]] static Outcome<RegistrarConduct> read(std::string_view text);
+    std::string format() const;
+};
 
 class Registrar
 {
@@ -23,8 +45,8 @@ public:
     Registrar(ExchangeConfig const& config, std::function<void(std::string const& number)> changed);
 
     void handle(sip::IncomingRequest& request);
-    // Whether requests are answered (true at first) or ignored.
-    void setAnswers(bool answers) { answers_ = answers; }
+    // Accepts at first.
+    void setConduct(RegistrarConduct conduct);
     // URIs of all current contacts, the latest first.
     std::vector<std::string> contactsOf(std::string const& number) const;
     std::vector<std::string> registeredNumbers() const;
@@ -41,6 +63,9 @@ private:
         Clock::time_point end;
     };
 
+    void forget();
+    // Whether the request is left for the registrar; false: the conduct has dealt with it.
+    bool passesConduct(sip::IncomingRequest& request) const;
     std::optional<std::string> passwordOf(std::string const& user) const;
     bool authenticate(sip::IncomingRequest& request, std::string const& number);
     bool update(sip::IncomingRequest& request, std::vector<Binding>& bindings);
@@ -51,7 +76,7 @@ private:
     sip::DigestServer digest_;
     std::function<void(std::string const& number)> changed_;
     std::map<std::string, std::vector<Binding>> bindings_;
-    bool answers_ = true;
+    RegistrarConduct conduct_;
 };
 
 }  // namespace telephone::exchange

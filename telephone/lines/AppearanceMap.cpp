@@ -68,7 +68,7 @@ int AppearanceMap::seizeForIncoming(int lineNumber, int callID)
         return 0;
     }
     auto const free = std::find_if(line->second.begin(), line->second.end(), [this](int virtualLine) {
-        return reserved_.count(virtualLine) == 0 && !carriesCall(virtualLine);
+        return reserved_.count(virtualLine) == 0 && elsewhere_.count(virtualLine) == 0 && !carriesCall(virtualLine);
     });
     if (free == line->second.end()) {
         return 0;
@@ -107,6 +107,16 @@ void AppearanceMap::unreserve(int virtualLine)
     reserved_.erase(virtualLine);
 }
 
+void AppearanceMap::setElsewhere(int virtualLine, bool elsewhere)
+{
+    std::lock_guard const lock(mutex_);
+    if (elsewhere) {
+        elsewhere_.insert(virtualLine);
+    } else {
+        elsewhere_.erase(virtualLine);
+    }
+}
+
 bool AppearanceMap::isCurrent(Mapping const& mapping) const
 {
     return mapping.callExists || clock_() - mapping.madeAt < kMappingTimeout;
@@ -127,7 +137,7 @@ int AppearanceMap::firstFree(int lineID) const
     }
     int found = 0;
     for (int const virtualLine : line->second) {
-        if (carriesCall(virtualLine)) {
+        if (carriesCall(virtualLine) || elsewhere_.count(virtualLine) != 0) {
             continue;
         }
         if (reserved_.count(virtualLine) != 0) {

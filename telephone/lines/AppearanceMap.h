@@ -49,6 +49,9 @@ public:
     void reserve(int virtualLine);
     void unreserve(int virtualLine);
 
+    // Whether another telephone of a shared line has the appearance, which is then not free.
+    void setElsewhere(int virtualLine, bool elsewhere);
+
 private:
     struct Appearance
     {
@@ -73,6 +76,7 @@ private:
     std::map<int, Appearance> appearances_;         // by virtual line number
     std::map<int, Mapping> mappings_;               // by call id
     std::set<int> reserved_;                        // virtual line numbers
+    std::set<int> elsewhere_;                       // virtual line numbers
 };
 
 }  // namespace telephone

@@ -23,6 +23,12 @@ std::optional<CallSnapshot> callToTransfer(PhoneCalls const& calls)
     return active ? active : firstCall(calls.calls(), isHeld);
 }
 
+Outcome<> isPrivate(TelephoneLine const& line)
+{
+    return refuse(RefusalKind::kNotPermitted,
+                  fmt::format("the call of the other telephone on line {} is private", line.id()));
+}
+
 }  // namespace
 
 LineActions::LineActions(Lines& lines, PhoneCalls& calls, TimerService& timers, std::chrono::milliseconds warmLineDelay)
@@ -62,7 +68,7 @@ Outcome<> LineActions::linePressed(TelephoneLine& line)
     case eLineStateRingingElsewhere:
     case eLineStateHoldElsewhere:
     case eLineStateConferenceHoldElsewhere:
-        return takeOver(line.elsewhere().dialog, line.id());
+        return takeBack(line);
     case eLineStateActiveElsewhere:
         return line.bridge();
     case eLineStateUnknown:
@@ -186,6 +192,16 @@ Outcome<> LineActions::pickup(std::string const& number)
 {
     return lines_.lineForNewCall().and_then(
         [&](TelephoneLine* line) { return calls_.pickup(line->place(), calls_.freeCallID(), number); });
+}
+
+Outcome<> LineActions::takeBack(TelephoneLine& line)
+{
+    return line.elsewhere().isPrivate ? isPrivate(line) : takeOver(line.elsewhere().dialog, line.id());
+}
+
+Outcome<> LineActions::join(TelephoneLine& line)
+{
+    return line.elsewhere().isPrivate ? isPrivate(line) : takeOver(line.elsewhere().join, line.id());
 }
 
 Outcome<> LineActions::takeOver(std::optional<PickupTarget> const& dialog, std::string const& owner)

@@ -41,6 +41,9 @@ public:
     [[nodiscard]] Outcome<> answer(TelephoneLine& line);
     // Retrieves a call that the line holds.
     [[nodiscard]] Outcome<> retrieve(TelephoneLine& line);
+    // Takes over, or joins, the call of another telephone on a shared line. kNotPermitted: it is private.
+    [[nodiscard]] Outcome<> takeBack(TelephoneLine& line);
+    [[nodiscard]] Outcome<> join(TelephoneLine& line);
     // owner: the line or party that has the dialog.
     [[nodiscard]] Outcome<> takeOver(std::optional<PickupTarget> const& dialog, std::string const& owner);
 

@@ -110,7 +110,8 @@ std::vector<LineAccount> LineTable::accounts() const
     std::vector<LineAccount> accounts;
     for (auto const& line : lines_) {
         accounts.push_back({line.number, line.id, accountOf(line, configuration_, server_),
-                            line.registers && !server_.registrar.empty()});
+                            line.registers && !server_.registrar.empty(), line.sharedLineType != LineData::kNotShared,
+                            line.isPrivate});
     }
     std::sort(accounts.begin(), accounts.end(),
               [](LineAccount const& left, LineAccount const& right) { return left.lineNumber < right.lineNumber; });

@@ -322,6 +322,15 @@ void Lines::refresh()
     }
 }
 
+void Lines::noteParty(TelephoneLine& line, WatchedParty const& party)
+{
+    line.setParty(party);
+    for (auto const* appearance : line.appearances()) {
+        bool const elsewhere = appearance->elsewhere().state != eLineStateIdle;
+        table_.appearances().setElsewhere(appearance->place().recordLine, elsewhere);
+    }
+}
+
 void Lines::watchParties(PartyWatch& watch)
 {
     for (auto const& each : stations_) {
@@ -330,7 +339,7 @@ void Lines::watchParties(PartyWatch& watch)
     for (auto* line : lines_) {
         if (line->configuration().sharedLineType != LineData::kNotShared) {
             watch.watch(userOfLine(line->configuration()),
-                        [line](WatchedParty const& party) { line->setParty(party); });
+                        [this, line](WatchedParty const& party) { noteParty(*line, party); });
         }
     }
 }

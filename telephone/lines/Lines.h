@@ -106,6 +106,8 @@ public:
 private:
     // Makes the party of a direct-station key, unless the key names a line of this telephone.
     void addStation(KeyConfiguration const& key);
+    // What the other telephones of a shared line do.
+    void noteParty(TelephoneLine& line, WatchedParty const& party);
     TelephoneLine* lineOf(LineTable::Row const* row) const;
     // The first key with the number; null when there is none.
     KeyConfiguration const* key(int keyNumber) const;

@@ -5,6 +5,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "telephone/calls/CallEngine.h"
 
@@ -25,6 +26,10 @@ struct WatchedParty
     PartyStatus status = PartyStatus::kUnknown;
     std::string remoteURI;               // the other end of its call; empty when not known
     std::optional<PickupTarget> dialog;  // the call, when it can be picked up or taken over
+    std::optional<PickupTarget> join;    // the same at the party itself, when it can be joined
+    bool isPrivate = false;              // the party keeps others from both
+    // Of a party that names the appearances of its calls: those on each, the first appearance first.
+    std::vector<WatchedParty> appearances = {};
 };
 
 class PartyWatch

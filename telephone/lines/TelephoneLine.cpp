@@ -75,7 +75,7 @@ sfiResult TelephoneLine::retrieve()
                       {RefusalKind::kWrongState, fmt::format("no other telephone holds a call on line {}", id())});
         return sfiFailure;
     }
-    return reportIfRefused(kComponent, parts_.actions.takeOver(elsewhere_.dialog, id())) ? sfiFailure : sfiSuccess;
+    return reportIfRefused(kComponent, parts_.actions.takeBack(*this)) ? sfiFailure : sfiSuccess;
 }
 
 std::string TelephoneLine::getLastNotifyRemoteURI()
@@ -126,9 +126,7 @@ Outcome<> TelephoneLine::bridge()
     if (elsewhere_.state != eLineStateActiveElsewhere) {
         return refuse(RefusalKind::kWrongState, fmt::format("no other telephone has an active call on line {}", id()));
     }
-    return refuse(
-        RefusalKind::kNotSupported,
-        fmt::format("the call on line {} cannot be joined: the call control does not support Join (RFC 3911)", id()));
+    return parts_.actions.join(*this);
 }
 
 ELineState TelephoneLine::state() const
@@ -163,7 +161,7 @@ TelephoneLine* TelephoneLine::freePlace()
     }
     TelephoneLine* free = nullptr;
     for (auto* appearance : appearances_) {
-        if (!appearance->calls_.empty()) {
+        if (!appearance->calls_.empty() || appearance->elsewhere_.state != eLineStateIdle) {
             continue;
         }
         if (appearance->seizure_ != eLineStateIdle) {
@@ -229,8 +227,18 @@ void TelephoneLine::setSeizure(ELineState seizure)
 
 void TelephoneLine::setParty(WatchedParty const& party)
 {
+    bool const areNamed = !appearances_.empty() && !party.appearances.empty();
+    for (std::size_t i = 0; i < appearances_.size(); ++i) {
+        appearances_[i]->showElsewhere(i < party.appearances.size() ? party.appearances[i] : WatchedParty());
+    }
+    showElsewhere(areNamed ? WatchedParty() : party);
+}
+
+void TelephoneLine::showElsewhere(WatchedParty const& party)
+{
     change([&] {
-        elsewhere_ = calls_.empty() ? ElsewhereCall{elsewhereStateOf(party.status), party.remoteURI, party.dialog}
+        elsewhere_ = calls_.empty() ? ElsewhereCall{elsewhereStateOf(party.status), party.remoteURI, party.dialog,
+                                                    party.join, party.isPrivate}
                                     : ElsewhereCall{};
         if (!elsewhere_.remoteURI.empty()) {
             remoteURI_ = elsewhere_.remoteURI;

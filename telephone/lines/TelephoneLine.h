@@ -33,6 +33,8 @@ struct ElsewhereCall
     ELineState state = eLineStateIdle;  // idle, or a state whose name ends in Elsewhere
     std::string remoteURI;
     std::optional<PickupTarget> dialog;  // how to take it over; nothing when that is not possible
+    std::optional<PickupTarget> join;    // how to join it; nothing when that is not possible
+    bool isPrivate = false;
 };
 
 class TelephoneLine final : public Line
@@ -66,7 +68,7 @@ public:
                                     int ringCount) override;
     void setMissedCallIndicated(bool indicated) override;
 
-    // Joins the call of another telephone on this bridged line, which the call control cannot do yet.
+    // Joins the call of another telephone on this bridged line.
     [[nodiscard]] Outcome<> bridge();
 
     std::string const& id() const { return place_.lineURI; }
@@ -103,7 +105,8 @@ public:
     void callChanged(CallSnapshot const& now, bool isNew);
     void setInService(bool inService);
     void setSeizure(ELineState seizure);
-    // The calls of the other telephones of a shared line. A call here hides them: the notices include our own calls.
+    // The calls of the other telephones of a shared line, on its appearances if the notice names them. A call here
+    // hides them: the notices include our own calls.
     void setParty(WatchedParty const& party);
     [[nodiscard]] Outcome<> silence();
     // Until the call no longer alerts.
@@ -111,6 +114,7 @@ public:
 
 private:
     ELineState ownState() const;
+    void showElsewhere(WatchedParty const& party);
     void noteCall(CallSnapshot const& now, bool isNew);
     // Makes a change, then tells of this line and its base.
     void change(std::function<void()> const& makeChange);

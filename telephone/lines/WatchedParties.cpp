@@ -18,6 +18,9 @@ namespace telephone {
 
 namespace {
 
+// A document that names more has them all on the last one.
+constexpr int kMostAppearances = 255;
+
 bool isRinging(sip::DialogEntry const& entry)
 {
     return entry.recipient && entry.state != sip::DialogState::kConfirmed;
@@ -37,7 +40,7 @@ PartyStatus statusOf(sip::DialogEntry const& entry)
 bool canBeTakenOver(sip::DialogEntry const& entry)
 {
     auto const& dialog = entry.dialog;
-    return !dialog.callId.empty() && !dialog.localTag.empty() && !dialog.remoteTag.empty() &&
+    return !entry.exclusive && !dialog.callId.empty() && !dialog.localTag.empty() && !dialog.remoteTag.empty() &&
            !(entry.remote.target.empty() && entry.remote.identity.empty());
 }
 
@@ -56,17 +59,52 @@ PickupTarget targetOf(sip::DialogEntry const& entry)
     return target;
 }
 
+std::optional<PickupTarget> takeOverOf(sip::DialogEntry const& entry)
+{
+    return canBeTakenOver(entry) ? std::optional(targetOf(entry)) : std::nullopt;
+}
+
+// Join names the dialog as the party itself does.
+std::optional<PickupTarget> joinOf(sip::DialogEntry const& entry)
+{
+    if (!canBeTakenOver(entry) || entry.state != sip::DialogState::kConfirmed || entry.local.target.empty()) {
+        return std::nullopt;
+    }
+    PickupTarget target = targetOf(entry);
+    target.targetURI = entry.local.target;
+    target.replaces = {entry.dialog.callId, entry.dialog.localTag, entry.dialog.remoteTag, false};
+    target.joins = true;
+    return target;
+}
+
+// The party shows the call that ranks highest.
+void show(sip::DialogEntry const& entry, WatchedParty& party)
+{
+    auto const status = statusOf(entry);
+    if (status > party.status) {
+        party.status = status;
+        party.remoteURI = entry.remote.identity;
+        party.dialog = takeOverOf(entry);
+        party.join = joinOf(entry);
+        party.isPrivate = entry.exclusive;
+    }
+}
+
 }  // namespace
 
 WatchedParty partyOf(std::vector<sip::DialogEntry> const& dialogs)
 {
-    WatchedParty party;
-    party.status = PartyStatus::kIdle;
+    WatchedParty idle;
+    idle.status = PartyStatus::kIdle;
+    WatchedParty party = idle;
     for (auto const& entry : dialogs) {
-        auto const status = statusOf(entry);
-        if (status > party.status) {
-            party = {status, entry.remote.identity,
-                     canBeTakenOver(entry) ? std::optional(targetOf(entry)) : std::nullopt};
+        show(entry, party);
+        auto const count = static_cast<std::size_t>(std::min(entry.appearance, kMostAppearances));
+        if (count > party.appearances.size()) {
+            party.appearances.resize(count, idle);
+        }
+        if (count > 0) {
+            show(entry, party.appearances[count - 1]);
         }
     }
     return party;

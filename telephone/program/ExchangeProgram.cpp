@@ -21,10 +21,10 @@ Outcome<int> runExchange(CommandLine const& line, StopSignal const& stop)
     }
     sip::EventLoop loop;
     loop.start();
-    exchange::Exchange const exchange(loop, exchangeConfigOf(configuration->exchange));
+    exchange::Exchange const exchange(loop, valueOrThrow(exchangeConfigOf(*configuration)));
     std::cout << "the exchange is sip:" << exchange.hostPort() << std::endl;
-    for (exchange::NumberRow const& row : exchange::kNumbers) {
-        std::cout << "  " << row.number << " " << row.behaviour.does << std::endl;
+    for (std::string const& row : exchange.numbers()) {
+        std::cout << "  " << row << std::endl;
     }
     stop.wait();
     return 0;

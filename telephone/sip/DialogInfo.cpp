@@ -97,7 +97,14 @@ std::optional<DialogEntry> readDialog(pugi::xml_node const& node)
     entry.state = *state;
     entry.local = readParty(childNamed(node, "local"));
     entry.remote = readParty(childNamed(node, "remote"));
+    entry.appearance = std::max(childNamed(node, "appearance").text().as_int(), 0);
+    entry.exclusive = childNamed(node, "exclusive").text().as_bool();
     return entry;
+}
+
+bool isOfSharedLine(DialogEntry const& entry)
+{
+    return entry.appearance > 0 || entry.exclusive;
 }
 
 void setUnlessEmpty(pugi::xml_node& node, char const* name, std::string const& value)
@@ -141,6 +148,12 @@ void writeDialog(pugi::xml_node& root, DialogEntry const& entry)
     node.append_child("state").text() = nameOf(entry.state);
     writeParty(node, "local", entry.local);
     writeParty(node, "remote", entry.remote);
+    if (entry.appearance > 0) {
+        node.append_child("sa:appearance").text() = entry.appearance;
+    }
+    if (entry.exclusive) {
+        node.append_child("sa:exclusive").text() = "true";
+    }
 }
 
 void skipBlanks(std::string_view& text)
@@ -225,6 +238,9 @@ std::string DialogInfo::format() const
     declaration.append_attribute("encoding") = "UTF-8";
     auto root = xml.append_child("dialog-info");
     root.append_attribute("xmlns") = "urn:ietf:params:xml:ns:dialog-info";
+    if (std::ranges::any_of(dialogs, isOfSharedLine)) {
+        root.append_attribute("xmlns:sa") = "urn:ietf:params:xml:ns:sa-dialog-info";
+    }
     root.append_attribute("version") = version;
     root.append_attribute("state") = full ? "full" : "partial";
     root.append_attribute("entity") = entity.c_str();

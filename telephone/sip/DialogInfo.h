@@ -43,6 +43,8 @@ struct DialogEntry
     DialogState state = DialogState::kTrying;
     DialogParty local;
     DialogParty remote;
+    int appearance = 0;      // of a shared line (RFC 7463), from 1; 0: not given
+    bool exclusive = false;  // private: other telephones cannot take it over or join it (RFC 7463)
 };
 
 struct DialogInfo

@@ -26,6 +26,7 @@ void MessageTap::add(std::string const& callId, MessageTapListener& listener)
 
 void MessageTap::remove(MessageTapListener& listener)
 {
+    silent_.erase(&listener);
     std::erase_if(listeners_, [&listener](auto const& entry) { return entry.second == &listener; });
 }
 
@@ -43,11 +44,41 @@ MessageTapListener* MessageTap::find(std::string const& callId, std::string cons
 
 void MessageTap::onReceived(std::string_view packet)
 {
+    if (!silent_.empty() && takeForSilent(packet)) {
+        return;
+    }
     if (packet.starts_with("SIP/2.0 ") && packet.size() > 8 && packet[8] >= '3' && packet[8] <= '6') {
         onRefusal(packet);
     } else if (packet.starts_with("CANCEL ")) {
         onCancel(packet);
     }
+}
+
+// The packet is blanked before the stack reads it, which drops it as it drops any packet that is not SIP.
+bool MessageTap::takeForSilent(std::string_view packet) const
+{
+    Ref<mbuf> buffer;
+    Ref<sip_msg> message;
+    if (!decode(buffer, message, packet)) {
+        return false;
+    }
+    sip_msg const& received = *message.get();
+    std::string const localTag = text(received.req ? received.to.tag : received.from.tag);
+    auto const [begin, end] = listeners_.equal_range(text(received.callid));
+    auto const silent = std::find_if(begin, end, [&](auto const& entry) {
+        // A request without a tag of ours, such as CANCEL, is for the called end.
+        bool const isOurs = localTag.empty() ? !entry.second->isOutgoing() : entry.second->localTag() == localTag;
+        return isOurs && silent_.contains(entry.second);
+    });
+    if (silent == end) {
+        return false;
+    }
+    std::fill_n(const_cast<char*>(packet.data()), packet.size(), ' ');
+    bool const ends = received.req && (pl_strcmp(&received.met, "BYE") == 0 || pl_strcmp(&received.met, "CANCEL") == 0);
+    if (ends) {
+        silent->second->onEndIgnored();
+    }
+    return true;
 }
 
 void MessageTap::onBye(sip_msg const& bye)

@@ -5,6 +5,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -30,6 +31,8 @@ public:
     virtual void onInviteRedirected(Response const& response) = 0;
     // Called before the stack sees the redirection: true keeps the stack from following it.
     virtual bool takeRedirection(Response const& response) = 0;
+    // A BYE or CANCEL came for a silent listener.
+    virtual void onEndIgnored() {}
 };
 
 class MessageTap : public std::enable_shared_from_this<MessageTap>
@@ -40,17 +43,22 @@ public:
     void add(std::string const& callId, MessageTapListener& listener);
     void remove(MessageTapListener& listener);
 
+    // Keeps everything that comes in the listener's dialog from the stack.
+    void silence(MessageTapListener& listener) { silent_.insert(&listener); }
+
     void onReceived(std::string_view packet);
     void onBye(sip_msg const& bye);
 
 private:
     MessageTapListener* find(std::string const& callId, std::string const& localTag) const;
+    bool takeForSilent(std::string_view packet) const;
     void onRefusal(std::string_view packet);
     bool takeRedirection(sip_msg const& response, std::string_view packet, mbuf const& copy) const;
     void onCancel(std::string_view packet) const;
 
     EventLoop& loop_;
     std::multimap<std::string, MessageTapListener*> listeners_;
+    std::set<MessageTapListener*> silent_;
 };
 
 }  // namespace telephone::sip

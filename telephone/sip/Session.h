@@ -150,6 +150,11 @@ public:
     // is not reported. reason: value of a Reason header, or empty.
     virtual void hangUp(std::string const& reason = {}) = 0;
 
+    // Behaves like an end that has failed without a word: from now on nothing that the far end sends in the call is
+    // answered or reported, and no audio is sent. When the far end has tried to end the call and must have given up,
+    // the call is closed here with kTimeout. kNotSupported: the call is not over UDP.
+    [[nodiscard]] virtual Outcome<> fallSilent() = 0;
+
     // Changes our direction by re-INVITE: kSendOnly holds, kSendReceive retrieves; the present one renews the call.
     // onModified reports the result. Changes requested meanwhile are queued. 491 is retried as RFC 3261 section 14.1
     // requires.

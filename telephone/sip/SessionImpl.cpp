@@ -13,6 +13,8 @@ namespace {
 constexpr std::string_view kKeys = "0123456789*#ABCD";
 // Longer than the stack waits for an answer, so that it only ends re-INVITEs that the stack has dropped.
 constexpr std::chrono::seconds kModificationGuard{40};
+// Longer than the far end waits for an answer to its BYE or CANCEL (RFC 3261: 64 * T1).
+constexpr std::chrono::seconds kSilenceEnd{40};
 
 // Our capabilities and these headers, as text.
 std::string withCapabilities(Headers const& more)
@@ -56,6 +58,7 @@ SessionImpl::SessionImpl(std::shared_ptr<Element> element, CallRequest const& re
     , rtp_(element_->clock(), element_->address())
     , sdp_(element_->address(), rtp_.localPort(), element_->config().codecs, element_->config().telephoneEvents)
     , modificationGuard_(element_->loop())
+    , silenceEnd_(element_->loop())
 {
     makeCredentials(credentials_, request.account);
     sdp_.setLocalDirection(request.direction);
@@ -75,6 +78,7 @@ SessionImpl::SessionImpl(std::shared_ptr<Element> element, sip_msg const& invite
     , rtp_(element_->clock(), element_->address())
     , sdp_(element_->address(), rtp_.localPort(), element_->config().codecs, element_->config().telephoneEvents)
     , modificationGuard_(element_->loop())
+    , silenceEnd_(element_->loop())
 {
     invite_.emplace(element_, invite, handlerOf<&SessionImpl::onCancelledBeforeAnswer>, this);
     rtp_.onDigit([this](char key) { announceDigit(key); });
@@ -304,12 +308,29 @@ void SessionImpl::hangUp(std::string const& reason)
     releaseStack();
 }
 
+Outcome<> SessionImpl::fallSilent()
+{
+    std::lock_guard guard(element_->loop());
+    if (state_ == SessionState::kClosed) {
+        return refuse(RefusalKind::kWrongState, "the call has ended");
+    }
+    bool const udp =
+        outgoing_ ? request_.account.transport == Transport::kUdp : invite_->request().tp == SIP_TRANSP_UDP;
+    if (!udp) {
+        return refuse(RefusalKind::kNotSupported, "only a call over UDP can fall silent");
+    }
+    element_->tap().silence(*this);
+    rtp_.stop();
+    return {};
+}
+
 void SessionImpl::end()
 {
     state_ = SessionState::kClosed;
     element_->tap().remove(*this);
     rtp_.stop();
     modificationGuard_.cancel();
+    silenceEnd_.cancel();
     directionBefore_.reset();
     queuedModifications_.clear();
     digitsByInfo_.clear();
@@ -323,6 +344,19 @@ void SessionImpl::releaseStack()
     session_.reset();
     referral_.reset();
     infos_.clear();
+}
+
+void SessionImpl::onEndIgnored()
+{
+    if (silenceEnd_.isRunning()) {
+        return;
+    }
+    silenceEnd_.start(kSilenceEnd, [this] {
+        end();
+        if (observer_) {
+            observer_->onClosed(*this, {CloseCause::kTimeout, 408, "Request Timeout", {}, {}});
+        }
+    });
 }
 
 Outcome<> SessionImpl::modify(Direction direction)

@@ -47,6 +47,7 @@ public:
     void reject(int status, std::string const& reason, Headers const& headers) override;
     Outcome<> redirect(std::string const& contact, std::string const& diversionReason) override;
     void hangUp(std::string const& reason) override;
+    Outcome<> fallSilent() override;
     Outcome<> modify(Direction direction) override;
     Direction localDirection() const override;
     bool isHeldByRemote() const override;
@@ -81,6 +82,7 @@ private:
     void onInviteRefused(Response const& response) override;
     void onInviteRedirected(Response const& response) override;
     bool takeRedirection(Response const& response) override;
+    void onEndIgnored() override;
 
     bool refuseIncoming(std::uint16_t status, char const* reason, Headers const& headers = {});
     Outcome<> accept(std::uint16_t status, char const* reason, mbuf* description, Headers const& headers);
@@ -148,6 +150,7 @@ private:
     std::deque<DigitByInfo> digitsByInfo_;
     bool digitUnderWay_ = false;
     std::string closingReason_;
+    Timer silenceEnd_;  // runs once the far end has tried to end a call that has fallen silent
 };
 
 }  // namespace telephone::sip

@@ -61,6 +61,20 @@ std::string UserAgent::hostPort(Transport transport) const
     return addressText(local);
 }
 
+Outcome<> UserAgent::sendDatagram(std::string const& target, std::string_view bytes) const
+{
+    std::lock_guard guard(element_->loop());
+    auto const uri = Uri::parse(target);
+    sa address{};
+    if (!uri || sa_set_str(&address, uri->host.c_str(), uri->port == 0 ? std::uint16_t{SIP_PORT} : uri->port) != 0) {
+        return refuse(RefusalKind::kBadInput, "\"" + target + "\" is not a SIP URI with an IP address");
+    }
+    Ref<mbuf> buffer;
+    return sent(fill(buffer, bytes) ? sip_send(element_->stack(), nullptr, SIP_TRANSP_UDP, &address, buffer.get())
+                                    : ENOMEM,
+                "a datagram to " + target);
+}
+
 void UserAgent::log(LogLevel level, std::string const& line) const
 {
     element_->log(level, line);

@@ -14,6 +14,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "telephone/base/Refusal.h"
@@ -109,6 +110,10 @@ public:
     // handler is called once, never from within this call and never after the user agent is destroyed; it may be empty.
     [[nodiscard]] Outcome<> request(Account const& account, std::string const& method, std::string const& target,
                                     Headers const& headers, Content const& content, ResponseHandler done);
+
+    // Sends these bytes, whatever they are, over UDP to the host and port of a SIP URI. kBadInput: not a SIP URI with a
+    // numeric host; kUnavailable: they cannot be sent.
+    [[nodiscard]] Outcome<> sendDatagram(std::string const& target, std::string_view bytes) const;
 
     // Writes to the log of the configuration.
     void log(LogLevel level, std::string const& line) const;

@@ -18,16 +18,8 @@ protected:
         ASSERT_TRUE(eventually([this] { return phone_->engine().registrations().isRegistered(1); }));
         phone_->events().rest();
         for (char const* number : {"111", "112", "113"}) {
-            exchange_.setBehaviour(number, busy());
+            ASSERT_TRUE(exchange_.define(number, "busy"));
         }
-    }
-
-    static exchange::NumberBehaviour busy()
-    {
-        exchange::NumberBehaviour behaviour;
-        behaviour.refuseWith = 486;
-        behaviour.refuseText = "Busy Here";
-        return behaviour;
     }
 
     void callBusy(int callID, std::string const& number)
@@ -43,7 +35,7 @@ TEST_F(CallBack, OnBusy_IsReadyWhenThePartyIsFree)
 
     ASSERT_TRUE(phone_->engine().callBacks().set(1, sfiCallCompletionOnBusy));
     phone_->expect({"completion 4711 111 1 0 1"});
-    exchange_.setBehaviour("111", exchange::kAnswering);
+    ASSERT_TRUE(exchange_.define("111", "ring, answer"));
 
     phone_->expect({"completion 4711 111 1 1 1"});
     ASSERT_TRUE(phone_->engine().outgoing().make(1, 0, 2, "111"));
@@ -152,7 +144,7 @@ TEST_F(CallBack, BeyondTheLimit_IsRefused)
 TEST_F(CallBack, ToAnAbsentTelephone_Fails)
 {
     callBusy(1, "111");
-    exchange_.setBehaviour("111", std::nullopt);
+    exchange_.remove("111");
 
     ASSERT_TRUE(phone_->engine().callBacks().set(1, sfiCallCompletionOnBusy));
 

@@ -99,9 +99,7 @@ TEST_F(AtTheExchange, UnknownNumber_EndsNotFound)
 
 TEST_F(AtTheExchange, NumberThatHangsUp_EndsIdle)
 {
-    exchange::NumberBehaviour quick;
-    quick.hangUpAfter = std::chrono::milliseconds(50);
-    exchange_.setBehaviour("110", quick);
+    ASSERT_TRUE(exchange_.define("110", "ring, answer 50ms, hang-up"));
 
     ASSERT_TRUE(engine().outgoing().make(1, 0, 1, "110"));
 
@@ -111,10 +109,7 @@ TEST_F(AtTheExchange, NumberThatHangsUp_EndsIdle)
 
 TEST_F(AtTheExchange, NumberThatHolds_IsSeenRemotelyHeld)
 {
-    exchange::NumberBehaviour holding;
-    holding.holdAfter = std::chrono::milliseconds(50);
-    holding.retrieveAfter = std::chrono::milliseconds(50);
-    exchange_.setBehaviour("110", holding);
+    ASSERT_TRUE(exchange_.define("110", "ring, answer 50ms, hold 50ms, retrieve"));
 
     ASSERT_TRUE(engine().outgoing().make(1, 0, 1, "110"));
 

@@ -172,7 +172,7 @@ TEST_F(EventPackages, BusyNumber_ShowsACallUntilItIsFree)
 
     watcher.subscribe(at("101"), "dialog", "application/dialog-info+xml");
     EXPECT_TRUE(watcher.waitUntil([&] { return hasOneDialog(watcher, sip::DialogState::kConfirmed); }));
-    exchange.setBehaviour("101", exchange::kAnswering);
+    ASSERT_TRUE(exchange.define("101", "ring, answer"));
 
     EXPECT_TRUE(
         watcher.waitUntil([&] { return watcher.notifications.size() >= 2 && lastDialogs(watcher).dialogs.empty(); }));

@@ -174,7 +174,7 @@ TEST_F(ExchangeCalls, RegisteredNumber_IsReachedByRedirection)
 TEST_F(ExchangeCalls, ChangedBehaviour_HoldsForTheNextCall)
 {
     SipPeer phone(loop);
-    exchange.setBehaviour("101", exchange::kAnswering);
+    ASSERT_TRUE(exchange.define("101", "ring, answer"));
 
     phone.call(at("101"));
 

@@ -137,7 +137,7 @@ TEST_F(Registration, RegistrarThatIsSwitchedOff_KeepsBindingsAndCallsButAnswersN
     phone.registerAt(exchange.hostPort());
     ASSERT_TRUE(phone.waitFor("registered 3600")) << phone.events();
 
-    exchange.setRegistrarAnswers(false);
+    exchange.setRegistrar({.kind = exchange::RegistrarConduct::Kind::kAway});
     late.registerAt(exchange.hostPort(), "secret", impatient);
 
     EXPECT_TRUE(late.waitFor("unregistered 408")) << late.events();
@@ -145,7 +145,7 @@ TEST_F(Registration, RegistrarThatIsSwitchedOff_KeepsBindingsAndCallsButAnswersN
     EXPECT_TRUE(exchange.isRegistered("4711"));
     EXPECT_TRUE(exchange.callNumber("555", "4711"));
     EXPECT_TRUE(phone.waitFor("established")) << phone.events();
-    exchange.setRegistrarAnswers(true);
+    exchange.setRegistrar({});
     EXPECT_TRUE(late.waitFor("registered 3600")) << late.events();
 }
 
@@ -155,7 +155,7 @@ TEST_F(Registration, BindingThatExpiresWhileTheRegistrarIsOff_Ends)
     phone.registerAt(exchange.hostPort(), "secret", [](sip::Account& account) { account.expires = 1; });
     ASSERT_TRUE(phone.waitFor("registered 1")) << phone.events();
 
-    exchange.setRegistrarAnswers(false);
+    exchange.setRegistrar({.kind = exchange::RegistrarConduct::Kind::kAway});
 
     EXPECT_TRUE(exchange.isRegistered("4711"));
     EXPECT_TRUE(phone.waitUntil([this] { return !exchange.isRegistered("4711"); }));

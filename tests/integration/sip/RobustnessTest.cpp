@@ -114,11 +114,11 @@ TEST_F(Robustness, GarbageOnTcp_HurtsNothing)
 
 TEST_F(Robustness, RegisterWhileTheRegistrarIsOff_GetsNoAnswerAtAll)
 {
-    exchange.setRegistrarAnswers(false);
+    exchange.setRegistrar({.kind = exchange::RegistrarConduct::Kind::kAway});
     peer.send(request("REGISTER", "4711"));
     EXPECT_EQ("SIP/2.0 200 OK", firstLine(peer.ask(request("OPTIONS", "100")))) << "the first answer to arrive";
 
-    exchange.setRegistrarAnswers(true);
+    exchange.setRegistrar({});
 
     EXPECT_EQ("SIP/2.0 401 Unauthorized", firstLine(peer.ask(request("REGISTER", "4711"))));
 }

@@ -126,6 +126,20 @@ TEST(Life, WrongConfiguration_IsRefusedWithFileAndLine)
     EXPECT_EQ(result.output.rfind("telephone: " + file + ":2", 0), 0U) << result.output;
 }
 
+TEST(Life, StepsThatCannotFollow_AreToldWithTheirKey)
+{
+    TemporaryFolder const folder;
+    std::string const file = folder.file("telephone.toml");
+    std::ofstream(file) << "[[exchange.number]]\nnumber = \"107\"\ndoes = \"busy, answer\"\n";
+
+    Ended const result = run({TELEPHONE, "--config", file, "console"});
+
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(lastLine(result.output),
+              "telephone: exchange.number \"107\": does: \"answer\" is not possible while there is no call; possible "
+              "there: call, wait, seize");
+}
+
 TEST(Life, PortThatIsTaken_IsToldWithThePort)
 {
     TemporaryFolder const folder;

@@ -112,18 +112,54 @@ TEST_F(SessionTest, StrictSession_RefusesBeforeTheService)
 
 TEST_F(SessionTest, Commands_ReachTheTelephone)
 {
-    for (char const* const line :
-         {"press 1", "release 1", "hook up", "hook down", "plug headset", "plug headset out", "unplug headset", "lock",
-          "unlock", "record on 4711", "record off 4711", "store set agent-state \"not ready\"",
-          "call 4711 from 555 name \"Ann B\"", "call 4711 from 555", "message 4711 new 3 old 1", "registrar off"}) {
+    for (char const* const line : {"press 1",
+                                   "release 1",
+                                   "hook up",
+                                   "hook down",
+                                   "plug headset",
+                                   "plug headset out",
+                                   "unplug headset",
+                                   "lock",
+                                   "unlock",
+                                   "record on 4711",
+                                   "record off 4711",
+                                   "store set agent-state \"not ready\"",
+                                   "call 4711 from 555 name \"Ann B\"",
+                                   "call 4711 from 555",
+                                   "message 4711 new 3 old 1",
+                                   "registrar off",
+                                   "exchange registrar refuse 403",
+                                   "exchange registrar forget",
+                                   "exchange 107 does ring 2s, answer",
+                                   "exchange 107 call 4711, hang-up"}) {
         EXPECT_EQ(replies(line), "result \n") << line;
     }
 
-    EXPECT_EQ(telephone_.controls.asked,
-              (std::vector<std::string>{"press 1", "release 1", "hook up", "hook down", "plug headset in",
-                                        "plug headset out", "plug headset out", "lock", "unlock", "record on 4711",
-                                        "record off 4711", "set agent-state not ready", "call 4711 from 555 name Ann B",
-                                        "call 4711 from 555 name ", "messages 4711 3 1", "registrar off"}));
+    EXPECT_EQ(telephone_.controls.asked, (std::vector<std::string>{"press 1",
+                                                                   "release 1",
+                                                                   "hook up",
+                                                                   "hook down",
+                                                                   "plug headset in",
+                                                                   "plug headset out",
+                                                                   "plug headset out",
+                                                                   "lock",
+                                                                   "unlock",
+                                                                   "record on 4711",
+                                                                   "record off 4711",
+                                                                   "set agent-state not ready",
+                                                                   "call 4711 from 555 name Ann B",
+                                                                   "call 4711 from 555 name ",
+                                                                   "messages 4711 3 1",
+                                                                   "registrar away",
+                                                                   "registrar refuse 403",
+                                                                   "registrar forget",
+                                                                   "107 does ring 2s, answer",
+                                                                   "107 plays call 4711, hang-up"}));
+}
+
+TEST_F(SessionTest, NumbersOfTheExchange_AreAResult)
+{
+    EXPECT_EQ(replies("exchange numbers"), "result 100 answers\n107 ring 2s, answer\n");
 }
 
 TEST_F(SessionTest, SavedStates_AreCompared)

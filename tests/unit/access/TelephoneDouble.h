@@ -51,7 +51,16 @@ public:
     {
         return note("messages " + number + " " + std::to_string(fresh) + " " + std::to_string(old));
     }
-    telephone::Outcome<> setRegistrar(bool on) override { return note(on ? "registrar on" : "registrar off"); }
+    telephone::Outcome<> setRegistrar(std::string const& conduct) override { return note("registrar " + conduct); }
+    telephone::Outcome<> defineNumber(std::string const& number, std::string const& steps) override
+    {
+        return note(number + " does " + steps);
+    }
+    telephone::Outcome<> playSteps(std::string const& number, std::string const& steps) override
+    {
+        return note(number + " plays " + steps);
+    }
+    telephone::Outcome<Rows> exchangeNumbers() override { return Rows{"100 answers", "107 ring 2s, answer"}; }
     void watchLamps(std::function<void()> changed) override { lampsChanged = std::move(changed); }
     std::optional<std::string> lampMode(std::string const& lamp) override
     {

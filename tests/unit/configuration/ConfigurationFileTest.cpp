@@ -45,6 +45,19 @@ TEST(ConfigurationFile, EmptyFile_DescribesTheStandardTelephone)
     EXPECT_EQ(configuration.keys[3].target, "102");
 }
 
+TEST(ConfigurationFile, NumbersOfTheExchange_HaveStepsInOneTextOrSeveral)
+{
+    auto const configuration =
+        parse("[[exchange.number]]\nnumber = \"107\"\nname = \"Ann\"\ndoes = \"ring 2s, answer\"\n"
+              "[[exchange.number]]\nnumber = \"108\"\ndoes = [\"ring\", \"answer\"]\nlamp = \"holding\"\n");
+
+    ASSERT_EQ(configuration.exchangeNumbers.size(), 2U);
+    EXPECT_EQ(configuration.exchangeNumbers[0].name, "Ann");
+    EXPECT_EQ(configuration.exchangeNumbers[0].does.list, (std::vector<std::string>{"ring 2s, answer"}));
+    EXPECT_EQ(configuration.exchangeNumbers[1].does.list, (std::vector<std::string>{"ring", "answer"}));
+    EXPECT_EQ(configuration.exchangeNumbers[1].lamp, 4);
+}
+
 TEST(ConfigurationFile, KeysetOffWithoutLines_KeepsTheFirstStandardLine)
 {
     auto const configuration = parse("keyset = false");
@@ -146,6 +159,36 @@ INSTANTIATE_TEST_SUITE_P(
               "desk.toml:2: calls.emergency-numbers takes an array of texts, not the text \"110\""},
         Wrong{"IntegerInArray", "[calls]\nemergency-numbers = [110]\n",
               "desk.toml:2: calls.emergency-numbers takes an array of texts, not a value of type array"},
+        Wrong{"UnknownKeyOfAnExchangeNumber", "[[exchange.number]]\nnumber = \"107\"\ndo = \"busy\"\n",
+              "desk.toml:3: there is no key \"do\" in [exchange.number]; the nearest is \"does\""},
+        Wrong{"UnknownSectionOfTheExchange", "[[exchange.numbers]]\nnumber = \"107\"\n",
+              "desk.toml:1: there is no key \"numbers\" in [exchange]; the nearest is \"number\""},
+        Wrong{"SectionForExchangeNumbers", "[exchange.number]\nnumber = \"107\"\n",
+              "desk.toml:1: \"exchange.number\" takes sections [[exchange.number]], not a value of type table"},
+        Wrong{"IntegerForSteps", "[[exchange.number]]\nnumber = \"107\"\ndoes = 5\n",
+              "desk.toml:3: exchange.number.does takes a text or an array of texts, not the integer 5"},
+        Wrong{"UnknownLamp", "[[exchange.number]]\nnumber = \"107\"\nlamp = \"red\"\n",
+              "desk.toml:3: exchange.number.lamp takes one of from-steps, idle, ringing, busy, holding, not the text "
+              "\"red\""},
+        Wrong{"ExchangeNumberWithoutNumber", "[[exchange.number]]\ndoes = \"busy\"\n",
+              "desk.toml:1: exchange.number needs a number: number = \"110\""},
+        Wrong{"DuplicateExchangeNumber",
+              "[[exchange.number]]\nnumber = \"107\"\n\n[[exchange.number]]\nnumber = \"107\"\n",
+              "desk.toml:4: exchange.number \"107\": number is already used on line 1"},
+        Wrong{"ExchangeNumberWithoutExchange", "[exchange]\nenabled = false\n[[exchange.number]]\nnumber = \"107\"\n",
+              "desk.toml:3: exchange.number \"107\": number is in vain: exchange.enabled is false"},
+        Wrong{"ExchangeNumberAtAnotherServer",
+              "[server]\nregistrar = \"sip:10.0.0.1\"\n[[exchange.number]]\nnumber = \"107\"\n",
+              "desk.toml:3: exchange.number \"107\": number is in vain: server.registrar names another call server"},
+        Wrong{
+            "ForwardingOnBusyWithoutSteps", "[[exchange.number]]\nnumber = \"107\"\nforward-on-busy = \"100\"\n",
+            "desk.toml:1: exchange.number \"107\": forward-on-busy needs does: without steps the number is never busy"},
+        Wrong{"ForwardingOnNoReplyWithoutSteps",
+              "[[exchange.number]]\nnumber = \"107\"\nforward-on-no-reply = \"100\"\n",
+              "desk.toml:1: exchange.number \"107\": forward-on-no-reply needs does: without steps the number is not "
+              "called here"},
+        Wrong{"ForwardingToItself", "[[exchange.number]]\nnumber = \"107\"\nforward-always = \"107\"\n",
+              "desk.toml:1: exchange.number \"107\": forwarding leads to the number itself"},
         Wrong{"ControlCharacter", "[sip]\nuser-agent = \"a\\r\\nX: y\"\n",
               "desk.toml:2: sip.user-agent takes a text, not the text \"a\r\nX: y\""},
         Wrong{"ValueForSection", "sip = 5060\n", "desk.toml:1: \"sip\" takes a section [sip], not the integer 5060"},

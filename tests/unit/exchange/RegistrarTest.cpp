@@ -92,15 +92,64 @@ TEST_F(RegistrarTest, SwitchedOff_IgnoresRequestsUntilItIsOnAgain)
     FakeRegister first("4711", {{"Contact", "<sip:4711@127.0.0.1:5080>"}});
     FakeRegister second("4711", {{"Contact", "<sip:4711@127.0.0.1:5080>"}});
 
-    registrar.setAnswers(false);
+    registrar.setConduct({.kind = RegistrarConduct::Kind::kAway});
     registrar.handle(first);
-    registrar.setAnswers(true);
+    registrar.setConduct({});
     registrar.handle(second);
 
     EXPECT_TRUE(first.ignored);
     EXPECT_EQ(first.replied, 0);
     EXPECT_FALSE(second.ignored);
     EXPECT_EQ(second.replied, 401);
+}
+
+TEST_F(RegistrarTest, ToldToRefuse_RefusesWithThatStatus)
+{
+    Registrar registrar = makeRegistrar();
+    FakeRegister request("4711", {{"Contact", "<sip:4711@127.0.0.1:5080>"}});
+
+    registrar.setConduct({.kind = RegistrarConduct::Kind::kRefuse, .status = 403});
+    registrar.handle(request);
+
+    EXPECT_EQ(request.replied, 403);
+    EXPECT_TRUE(registrar.contactsOf("4711").empty());
+}
+
+TEST_F(RegistrarTest, ToldToRedirect_NamesTheOtherRegistrar)
+{
+    Registrar registrar = makeRegistrar();
+    FakeRegister request("4711", {{"Contact", "<sip:4711@127.0.0.1:5080>"}});
+
+    registrar.setConduct({.kind = RegistrarConduct::Kind::kRedirect, .target = "sip:127.0.0.1:5099"});
+    registrar.handle(request);
+
+    EXPECT_EQ(request.replied, 302);
+    EXPECT_EQ(request.replyHeaders.value("Contact"), "<sip:127.0.0.1:5099>");
+}
+
+std::string conductAgain(std::string const& text)
+{
+    auto const read = RegistrarConduct::read(text);
+    return read ? read->format() : read.error().reason;
+}
+
+TEST(RegistrarConduct, EachForm_IsReadAndWritten)
+{
+    for (char const* const text : {"accept", "refuse 403", "redirect sip:127.0.0.1:5099", "away", "forget"}) {
+        EXPECT_EQ(conductAgain(text), text);
+    }
+}
+
+TEST(RegistrarConduct, WrongForms_AreRefusedWithWhatIsPossible)
+{
+    std::string const possible = "; the registrar can accept, refuse STATUS, redirect URI, go away or forget";
+
+    EXPECT_EQ(conductAgain("sleep"), "\"sleep\" is not understood" + possible);
+    EXPECT_EQ(conductAgain(""), "\"\" is not understood" + possible);
+    EXPECT_EQ(conductAgain("away now"), "\"away now\" is not understood" + possible);
+    EXPECT_EQ(conductAgain("refuse"), "\"refuse\" is not understood" + possible);
+    EXPECT_EQ(conductAgain("refuse 200"), "\"200\" is not a status from 400 to 699");
+    EXPECT_EQ(conductAgain("redirect 4711"), "\"4711\" is not a SIP URI" + possible);
 }
 
 TEST_F(RegistrarTest, ConfiguredNumber_IsKnownBeforeItRegisters)

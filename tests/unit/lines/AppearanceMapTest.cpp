@@ -137,5 +137,19 @@ TEST_F(AppearanceMapTest, TenThousandCalls_LeaveNothingBehind)
     EXPECT_EQ(map_.findFirstFreeVirtualLine(4), 131);
 }
 
+TEST(AppearanceMapElsewhere, AppearanceOfAnotherTelephone_IsNotFree)
+{
+    AppearanceMap map;
+    map.addLine(1, {11, 12});
+
+    map.setElsewhere(11, true);
+    EXPECT_EQ(map.findFirstFreeVirtualLine(1), 12);
+    EXPECT_EQ(map.seizeForIncoming(1, 5), 12);
+    EXPECT_EQ(map.findFirstFreeVirtualLine(1), 0);
+
+    map.setElsewhere(11, false);
+    EXPECT_EQ(map.findFirstFreeVirtualLine(1), 11);
+}
+
 }  // namespace
 }  // namespace telephone

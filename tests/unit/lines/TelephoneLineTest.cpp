@@ -144,6 +144,41 @@ TEST_F(TelephoneLineTest, CallHeldElsewhere_IsTakenBackByItsDialog)
     EXPECT_THAT(calls_.takeAsked(), ElementsAre("take over 4712 1001 sip:caller@127.0.0.1:5090"));
 }
 
+TEST_F(TelephoneLineTest, ActiveCallElsewhere_IsJoinedOnABridgedLineOnly)
+{
+    configuration_.lines[1].sharedLineType = LineData::kBridgedLine;
+    build();
+    ManualWatch watch;
+    lines_->watchParties(watch);
+    auto watched = party(PartyStatus::kHolding);
+    watched.join = PickupTarget{"sip:4712@127.0.0.1:5091", {"id", "from", "to", false}, "", "", "", "", true};
+    watch.tell("4712", watched);
+    EXPECT_FALSE(Utility::bridgeCall(lines_->getLine("4712"))) << "it is held";
+
+    watched.status = PartyStatus::kBusy;
+    watch.tell("4712", watched);
+    EXPECT_TRUE(Utility::bridgeCall(lines_->getLine("4712")));
+    EXPECT_THAT(calls_.takeAsked(), ElementsAre("take over 4712 1001 sip:4712@127.0.0.1:5091"));
+}
+
+TEST_F(TelephoneLineTest, PrivateCallElsewhere_IsNeitherTakenBackNorJoined)
+{
+    configuration_.lines[1].sharedLineType = LineData::kBridgedLine;
+    build();
+    ManualWatch watch;
+    lines_->watchParties(watch);
+    auto watched = party(PartyStatus::kHolding);
+    watched.isPrivate = true;
+
+    watch.tell("4712", watched);
+    EXPECT_EQ(lines_->getLine("4712")->retrieve(), sfiFailure);
+    watched.status = PartyStatus::kBusy;
+    watch.tell("4712", watched);
+    EXPECT_FALSE(Utility::bridgeCall(lines_->getLine("4712")));
+
+    EXPECT_THAT(calls_.takeAsked(), ElementsAre());
+}
+
 TEST_F(TelephoneLineTest, LineInUseElsewhere_IsNotSeized)
 {
     configuration_.lines[1].sharedLineType = LineData::kSharedLine;

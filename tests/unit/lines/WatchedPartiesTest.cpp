@@ -91,6 +91,49 @@ TEST_F(WatchedPartiesTest, CallOnHold_ShowsUnlessAnotherIsActive)
     EXPECT_EQ(party().dialog->replaces.callId, "call-b");
 }
 
+TEST_F(WatchedPartiesTest, EstablishedCall_CanBeJoinedAtTheParty)
+{
+    dialogs_.take(document(1, "full", dialog("a", "initiator", "early")));
+    EXPECT_FALSE(party().join);
+
+    dialogs_.take(document(2, "partial", dialog("a", "initiator", "confirmed")));
+    ASSERT_TRUE(party().join);
+    EXPECT_EQ(party().join->targetURI, "sip:103@127.0.0.1:5080");
+    EXPECT_EQ(party().join->replaces, (sip::Replaces{"call-a", "lt", "rt", false}));
+    EXPECT_TRUE(party().join->joins);
+}
+
+TEST_F(WatchedPartiesTest, PrivateCall_CanNeitherBeTakenOverNorJoined)
+{
+    std::string call = dialog("a", "initiator", "confirmed", "no");
+    call.insert(call.find("</dialog>"), "<exclusive>true</exclusive>");
+
+    dialogs_.take(document(1, "full", call));
+
+    EXPECT_EQ(party().status, PartyStatus::kHolding);
+    EXPECT_TRUE(party().isPrivate);
+    EXPECT_FALSE(party().dialog);
+    EXPECT_FALSE(party().join);
+}
+
+TEST_F(WatchedPartiesTest, NamedAppearances_HaveAStatusEach)
+{
+    auto const on = [](std::string dialog, char const* appearance) {
+        return dialog.insert(dialog.find("</dialog>"), std::string("<appearance>") + appearance + "</appearance>");
+    };
+
+    dialogs_.take(document(1, "full",
+                           on(dialog("a", "initiator", "confirmed", "no"), "3") +
+                               on(dialog("b", "initiator", "confirmed"), "1")));
+
+    EXPECT_EQ(party().status, PartyStatus::kBusy) << "of all of them";
+    ASSERT_EQ(party().appearances.size(), 3U);
+    EXPECT_EQ(party().appearances[0].status, PartyStatus::kBusy);
+    EXPECT_EQ(party().appearances[1].status, PartyStatus::kIdle);
+    EXPECT_EQ(party().appearances[2].status, PartyStatus::kHolding);
+    EXPECT_EQ(party().appearances[2].dialog->replaces.callId, "call-a");
+}
+
 TEST_F(WatchedPartiesTest, LateOrRepeatedNotices_ChangeNothing)
 {
     dialogs_.take(document(5, "full", dialog("a", "recipient", "confirmed")));

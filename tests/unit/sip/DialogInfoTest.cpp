@@ -46,6 +46,30 @@ TEST(DialogInfoTest, OwnDocument_IsWrittenInFull)
         info.format());
 }
 
+TEST(DialogInfoTest, AppearanceAndPrivacyOfASharedLine_AreWrittenAndRead)
+{
+    DialogInfo info;
+    info.entity = "sip:1@h";
+    DialogEntry entry;
+    entry.id = "a";
+    entry.appearance = 2;
+    entry.exclusive = true;
+    info.dialogs.push_back(entry);
+
+    std::string const document = info.format();
+    auto const read = DialogInfo::parse(document);
+
+    EXPECT_EQ("<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
+              "<dialog-info xmlns=\"urn:ietf:params:xml:ns:dialog-info\" "
+              "xmlns:sa=\"urn:ietf:params:xml:ns:sa-dialog-info\" version=\"0\" state=\"full\" entity=\"sip:1@h\">"
+              "<dialog id=\"a\" direction=\"initiator\"><state>trying</state>"
+              "<sa:appearance>2</sa:appearance><sa:exclusive>true</sa:exclusive></dialog></dialog-info>",
+              document);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(2, read->dialogs[0].appearance);
+    EXPECT_TRUE(read->dialogs[0].exclusive);
+}
+
 TEST(DialogInfoTest, MalformedDocument_IsRefused)
 {
     EXPECT_FALSE(DialogInfo::parse(""));

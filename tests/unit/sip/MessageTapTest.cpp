@@ -31,6 +31,7 @@ public:
         events += "redirected " + std::to_string(response.status);
     }
     bool takeRedirection(Response const&) override { return takesRedirection; }
+    void onEndIgnored() override { events += "end ignored "; }
 
     std::string events;
     bool takesRedirection = false;
@@ -68,6 +69,27 @@ TEST_F(MessageTapTest, ReasonOfACancel_ReachesTheIncomingCall)
     receive(cancel);
 
     EXPECT_EQ(called_.events, "reason SIP;cause=200;text=\"Call completed elsewhere\"");
+    EXPECT_EQ(caller_.events, "");
+}
+
+TEST_F(MessageTapTest, PacketsOfASilentCall_AreKeptFromTheStack)
+{
+    tap_->silence(called_);
+    std::string info = message("INFO sip:2@127.0.0.1 SIP/2.0", "INFO");
+    std::string cancel = message("CANCEL sip:2@127.0.0.1 SIP/2.0", "CANCEL");
+    std::string response = message("SIP/2.0 200 OK", "INFO");
+    std::string const unchanged = response;
+    auto const isBlank = [](std::string const& packet) { return packet == std::string(packet.size(), ' '); };
+
+    receive(info);
+    EXPECT_EQ(called_.events, "");
+    receive(cancel);
+    receive(response);
+
+    EXPECT_TRUE(isBlank(info)) << info;
+    EXPECT_TRUE(isBlank(cancel)) << cancel;
+    EXPECT_EQ(response, unchanged) << "of the other end with the same Call-ID";
+    EXPECT_EQ(called_.events, "end ignored ");
     EXPECT_EQ(caller_.events, "");
 }
 
