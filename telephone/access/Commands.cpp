@@ -203,6 +203,7 @@ constexpr std::array kTable{
     Command{"store set",  "SETTING VALUE",            "changes a setting",                                  [](Session& s, Given& g) { return done(telephoneOf(s).set(*g[0], *g[1])); }},
     Command{"advance",    "SECONDS",                  "in virtual time: lets so much time pass; the result follows every event until then", [](Session& s, Given& g) { return advanceTime(s, *g[0]); }},
     Command{"time",       "",                         "the time of day, in UTC, and whether it is real or virtual", [](Session&, Given&) -> Answer { return timeText(wallTime()) + (isVirtual() ? " virtual" : " real"); }},
+    Command{"check",      "",                         "refused if something does not hold that must hold of every telephone at rest: a lamp without a cause, a call whose end no event told, ...", [](Session& s, Given&) { return done(s.check()); }},
     Command{"log",        "LEVEL",                    "0 (nothing) to 6 (every request and SIP message); 4 is usual", [](Session&, Given& g) { return changeLogLevel(*g[0]); }},
     Command{"say",        "[TEXT...]",                "the text as the result, for scripts",                [](Session&, Given& g) -> Answer { return g[0].value_or(""); }},
     Command{"quit",       "",                         "ends the telephone",                                 [](Session& s, Given&) -> Answer { s.services().end(); return std::string(); }},

@@ -223,6 +223,13 @@ Outcome<> Session::advance(SteadyClock::duration duration)
     return telephone::advance(duration).map([this] { sendsEventsFirst_ = true; });
 }
 
+Outcome<> Session::check()
+{
+    awaitRest();
+    auto const broken = invariants_.broken(services_.history, services_.telephone.state());
+    return broken.empty() ? Outcome<>() : refuse(RefusalKind::kWrongState, fmt::format("{}", fmt::join(broken, "; ")));
+}
+
 void Session::unfollow()
 {
     if (subscription_) {

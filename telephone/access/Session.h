@@ -17,6 +17,7 @@
 
 #include "telephone/access/ClientSession.h"
 #include "telephone/access/EventSubscription.h"
+#include "telephone/access/Invariants.h"
 #include "telephone/access/Message.h"
 #include "telephone/access/TrafficRecorder.h"
 #include "telephone/access/Words.h"
@@ -85,6 +86,8 @@ public:
     void unfollow();
     // Moves virtual time; the result of the command follows every event until then. Refused in real time.
     [[nodiscard]] Outcome<> advance(SteadyClock::duration duration);
+    // Refused with everything that does not hold (Invariants).
+    [[nodiscard]] Outcome<> check();
 
 private:
     using Work = std::function<void(MessageSink const& sink)>;
@@ -106,6 +109,7 @@ private:
     std::string label_;
     Options options_;
     std::shared_ptr<Channel> const channel_;
+    Invariants invariants_;
     bool usesHistory_ = false;
     bool sendsEventsFirst_ = false;  // before the result of the command under way
     std::optional<EventSubscription> subscription_;
