@@ -61,6 +61,17 @@ constexpr std::array kTemplates{
     Template{2, "unlock"},
     Template{1, "registrar off"},
     Template{2, "registrar on"},
+    Template{3, "exchange {number} hang-up"},
+    Template{2, "exchange {number} hold 1s, retrieve"},
+    Template{2, "exchange {number} hold"},
+    Template{2, "exchange {number} transfer {number}"},
+    Template{2, "exchange {number} dtmf 12"},
+    Template{1, "exchange {number} silent"},
+    Template{1, "exchange {number} garbage"},
+    Template{3, "exchange {number} call {line} 5s, wait 2s, hang-up"},
+    Template{2, "exchange 107 does ring 1s, redirect {number}"},
+    Template{2, "exchange 107 does early-media 1s, answer 3s, transfer {number}"},
+    Template{4, "OutgoingCallMakeRequest Line={line} CallID={new} Destination=107"},
     Template{1, "store set cfnr-ring-count 4"},
 };
 

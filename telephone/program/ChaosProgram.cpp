@@ -7,7 +7,7 @@
 #include <spdlog/fmt/fmt.h>
 
 #include "telephone/chaos/ChaosScript.h"
-#include "telephone/exchange/Exchange.h"
+#include "telephone/exchange/BuiltInNumbers.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/StopSignal.h"
 #include "telephone/program/Programs.h"
@@ -32,8 +32,8 @@ ChaosGround groundOf(Configuration const& configuration)
         ground.lines.push_back(line.id);
         ground.numbers.push_back(line.id);
     }
-    for (exchange::NumberRow const& row : exchange::kNumbers) {
-        ground.numbers.emplace_back(row.number);
+    for (exchange::BuiltInNumber const& each : exchange::kBuiltInNumbers) {
+        ground.numbers.emplace_back(each.number);
     }
     for (KeyConfiguration const& key : configuration.keys) {
         ground.keys.push_back(key.number);
