@@ -4,6 +4,7 @@
 #include "platform/framework/Executable.h"
 #include "telephone/StateReader.h"
 #include "telephone/exchange/Exchange.h"
+#include "telephone/faults/Faults.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/management/LocalManagement.h"
 #include "telephone/physical/PhysicalInterface.h"
@@ -112,6 +113,21 @@ Outcome<> PhoneControls::playSteps(std::string const& number, std::string const&
 Outcome<TelephoneControls::Rows> PhoneControls::exchangeNumbers()
 {
     return builtInExchange().map([](exchange::Exchange* found) { return found->numbers(); });
+}
+
+Outcome<> PhoneControls::addFault(std::string const& order)
+{
+    return faults_.add(order);
+}
+
+Outcome<> PhoneControls::endFault(std::string const& name)
+{
+    return faults_.end(name);
+}
+
+TelephoneControls::Rows PhoneControls::faults()
+{
+    return faults_.rows();
 }
 
 void PhoneControls::watchLamps(std::function<void()> changed)

@@ -9,6 +9,7 @@ class MediaRecordingServiceIfc;
 
 namespace telephone {
 
+class Faults;
 class LocalManagement;
 class Gate;
 class PhysicalInterface;
@@ -23,11 +24,12 @@ public:
     // `exchange` is null in a telephone without one. `keysUsable` becomes ready when the service has subscribed to the
     // keys; operations on keys wait for it.
     PhoneControls(PhysicalInterface& physical, LocalManagement& management, StateReader const& reader,
-                  exchange::Exchange* exchange, Gate& keysUsable)
+                  exchange::Exchange* exchange, Faults& faults, Gate& keysUsable)
         : physical_(physical)
         , management_(management)
         , reader_(reader)
         , exchange_(exchange)
+        , faults_(faults)
         , keysUsable_(keysUsable)
     {}
 
@@ -47,6 +49,9 @@ public:
     Outcome<> defineNumber(std::string const& number, std::string const& steps) override;
     Outcome<> playSteps(std::string const& number, std::string const& steps) override;
     Outcome<Rows> exchangeNumbers() override;
+    Outcome<> addFault(std::string const& order) override;
+    Outcome<> endFault(std::string const& name) override;
+    Rows faults() override;
     void watchLamps(std::function<void()> changed) override;
     std::optional<std::string> lampMode(std::string const& lamp) override;
     Rows settings() override;
@@ -62,6 +67,7 @@ private:
     LocalManagement& management_;
     StateReader const& reader_;
     exchange::Exchange* exchange_;
+    Faults& faults_;
     MediaRecordingServiceIfc* recording_ = nullptr;
     Gate& keysUsable_;
 };

@@ -18,6 +18,7 @@
 #include "telephone/calls/CallEngine.h"
 #include "telephone/configuration/Configuration.h"
 #include "telephone/exchange/Exchange.h"
+#include "telephone/faults/Faults.h"
 #include "telephone/framework/EventDispatcher.h"
 #include "telephone/framework/EventHistory.h"
 #include "telephone/framework/Log.h"
@@ -138,7 +139,9 @@ struct Telephone::Parts
     StateReader const reader{{engine, lines, policy, recorder, physical, settings},
                              {events.start(), server.domain, configuration.store.path,
                               [this] { return events.posted(); }, [this] { return ready.load(); }}};
-    PhoneControls controls{physical, management, reader, exchange.get(), keysUsable};
+    std::atomic<int> readingRate{0};  // of applications; a fault sets it
+    Faults faults{{loop, exchange.get(), settings, physical, readingRate}, timers};
+    PhoneControls controls{physical, management, reader, exchange.get(), faults, keysUsable};
 
     ServiceLibrary library;
     std::unique_ptr<Service> service = library.createService();
@@ -186,6 +189,10 @@ void Telephone::Parts::begin()
     invoker->initInvoker(&context);
     auto const kept = static_cast<std::size_t>(configuration.applications.keptEvents);
     history = std::make_unique<EventHistory>(context, requests, events, kept);
+    if (auto const started = faults.start(*history, configuration.faults); !started) {
+        throw std::runtime_error(started.error().reason);
+    }
+    requests.whenDone([this] { faults.noteRequest(); });
     recording = std::make_unique<TrafficRecording>(*history, controls);
     keys.setService(service.get());
     controls.setService(service.get());
@@ -212,6 +219,7 @@ void Telephone::Parts::end()
     running = false;
     recording.reset();
     ready = false;
+    faults.stop();
     keys.setService(nullptr);
     controls.setService(nullptr);
     physical.shutdown();
@@ -273,8 +281,8 @@ void Telephone::stop()
 
 SessionServices Telephone::sessions(std::function<void()> end)
 {
-    return {parts_->context,     parts_->requests, *parts_->history,       parts_->controls,
-            parts_->description, std::move(end),   parts_->recording.get()};
+    return {parts_->context,     parts_->requests, *parts_->history,        parts_->controls,
+            parts_->description, std::move(end),   parts_->recording.get(), &parts_->readingRate};
 }
 
 }  // namespace telephone

@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "telephone/access/Commands.h"
+#include "telephone/faults/FaultKinds.h"
 #include "telephone/protocol/Phrases.h"
 #include "telephone/protocol/Vocabulary.h"
 
@@ -23,6 +24,46 @@ Capitals stand for a value, `|` for a choice, brackets for what may be left out.
 
 | Command | Meaning |
 |---|---|
+)";
+
+constexpr std::string_view kFaultsHead = R"(# Faults
+
+<!-- Written by generate_docs from telephone/faults/FaultKinds.cpp. -->
+
+What surrounds a telephone fails: messages are lost, the registrar is away, the disk is full. The command `fault` makes that
+happen at the moment you choose, so that a script can show what the telephone does about it.
+
+```
+telephone> fault datagrams lost 2
+telephone> fault registrar away at 3s for 10m
+telephone> fault store full on CallHeldEvent CallID=1 for 2s
+telephone> fault lamps stuck after 5 requests
+telephone> faults
+telephone> fault off store full
+telephone> fault off
+```
+
+A fault begins
+
+- at once, if nothing else is said;
+- `at SECONDS`, from the command on (`3`, `0.5`, `200ms`);
+- `on EVENT`, at the first such event that comes after the command; elements are written as in a script's `wait`;
+- `after COUNT requests`, when so many more requests of applications have been answered.
+
+It ends after `for SECONDS`, when it has done what it can, by `fault off NAME` or `fault off`, and with the telephone. At any
+moment one fault of a kind is active: another one of the same kind takes its place. `faults` lists those that are active and
+those that wait.
+
+The log has each beginning, each end with what the fault did, and each datagram that a fault of a given number befell.
+
+A configuration file has the same as `[[fault]]` ([configuration.md](configuration.md)); there, moments count from the start of
+the telephone. A fault without a moment is active before the lines register.
+
+Faults of the network act in [virtual time](virtual-time.md) only, where datagrams stay inside the telephone. They concern UDP:
+what lines send over TCP is not lost. In virtual time, audio to which nobody listens is not sent, and so cannot be lost either.
+
+| Fault | Meaning | Only in virtual time |
+|---|---|---|
 )";
 
 constexpr std::string_view kRequestsHead = R"(# Requests
@@ -257,6 +298,16 @@ std::string commandsPage()
     for (CommandDescription const& command : commandDescriptions()) {
         std::string const usage = command.name + (command.arguments.empty() ? "" : " ") + command.arguments;
         page += "| `" + plain(usage) + "` | " + plain(command.help) + " |\n";
+    }
+    return page;
+}
+
+std::string faultsPage()
+{
+    std::string page(kFaultsHead);
+    for (FaultKind const& kind : faultKinds()) {
+        page += "| `" + plain(usageOf(kind)) + "` | " + plain(kind.meaning) + " | " +
+                (kind.isVirtualOnly ? "yes" : "no") + " |\n";
     }
     return page;
 }

@@ -20,3 +20,4 @@ std::string requestsPage(std::vector<Exchange> const& exchanges);
 std::string eventsPage();
 std::string enumerationsPage();
 std::string commandsPage();
+std::string faultsPage();

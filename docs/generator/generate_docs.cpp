@@ -1,6 +1,7 @@
 // Writes the pages and the description that are generated from the tables.
 //
-//   generate_docs FOLDER          writes requests.md (with exchanges.json), events.md, enumerations.md, commands.md
+//   generate_docs FOLDER          writes requests.md (with exchanges.json), events.md, enumerations.md, commands.md,
+//   faults.md
 //                                 and protocol.json
 //   generate_docs --check FOLDER  compares them with the tables; exits with 1 when one differs
 #include <algorithm>
@@ -98,6 +99,7 @@ bool handlePages(std::string const& folder, bool (*handle)(std::string const& pa
         {"/events.md", eventsPage()},
         {"/enumerations.md", enumerationsPage()},
         {"/commands.md", commandsPage()},
+        {"/faults.md", faultsPage()},
         {"/protocol.json",
          telephone::ProtocolDescription(telephone::kTelephoneVersion, telephone::commandDescriptions()).json()},
     };

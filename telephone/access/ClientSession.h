@@ -25,6 +25,8 @@ public:
     virtual bool takeEvents(std::size_t most, MessageSink const& sink) = 0;
     // Events that were dropped because the session did not take them.
     [[nodiscard]] virtual std::uint64_t dropped() const = 0;
+    // Bytes that the application reads a second, while a fault makes it slow; 0: as fast as it does.
+    [[nodiscard]] virtual int readingRate() const { return 0; }
     // For the log.
     [[nodiscard]] virtual std::string const& name() const = 0;
 };

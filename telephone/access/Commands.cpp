@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <filesystem>
 #include <utility>
 
@@ -36,16 +35,6 @@ Answer done(Outcome<> const& outcome)
 Answer rows(std::vector<std::string> const& lines, char const* otherwise = "")
 {
     return lines.empty() ? std::string(otherwise) : fmt::format("{}", fmt::join(lines, "\n"));
-}
-
-Outcome<std::uint64_t> numberOf(std::string const& word, std::uint64_t most)
-{
-    std::uint64_t number = 0;
-    auto const [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
-    if (error != std::errc() || end != word.data() + word.size() || number > most) {
-        return refuse(RefusalKind::kBadInput, fmt::format("\"{}\" is not a number from 0 to {}", word, most));
-    }
-    return number;
 }
 
 // Without a name, what the whole is about.
@@ -108,7 +97,7 @@ Answer followEvents(Session& session, Given& given)
     }
     EventSelection selection{history.latest(), {}, *std::move(places)};
     if (given[0]) {
-        auto const number = numberOf(*given[0], INT64_MAX);
+        auto const number = numberOf(*given[0], 0, INT64_MAX);
         if (!number) {
             return tl::unexpected(number.error());
         }
@@ -126,7 +115,7 @@ Answer followEvents(Session& session, Given& given)
 Answer changeLogLevel(std::string const& level)
 {
     constexpr std::uint64_t kMostLogLevel = 6;
-    return numberOf(level, kMostLogLevel).map([](std::uint64_t number) {
+    return numberOf(level, 0, kMostLogLevel).map([](std::uint64_t number) {
         setLogLevel(static_cast<int>(number));
         return std::string();
     });
@@ -135,8 +124,8 @@ Answer changeLogLevel(std::string const& level)
 Answer setMessages(Session& session, Given& given)
 {
     constexpr std::uint64_t kMostMessages = 9999;
-    auto const fresh = numberOf(*given[1], kMostMessages);
-    auto const old = numberOf(*given[2], kMostMessages);
+    auto const fresh = numberOf(*given[1], 0, kMostMessages);
+    auto const old = numberOf(*given[2], 0, kMostMessages);
     if (!fresh || !old) {
         return tl::unexpected((fresh ? old : fresh).error());
     }
@@ -214,12 +203,16 @@ constexpr std::array kTable{
     Command{"exchange numbers", "",                   "the numbers of the exchange and what they do",       [](Session& s, Given&) { return telephoneOf(s).exchangeNumbers().and_then([](TelephoneControls::Rows const& found) { return rows(found); }); }},
     Command{"exchange registrar", "accept|refuse|redirect|away|forget [VALUE]", "what the exchange's registrar does: refuse 403, redirect sip:127.0.0.1:5099; forget removes all registrations once", [](Session& s, Given& g) { return done(telephoneOf(s).setRegistrar(g[1] ? *g[0] + " " + *g[1] : *g[0])); }},
     Command{"registrar",  "on|off",                   "exchange registrar accept, or away",                 [](Session& s, Given& g) { return done(telephoneOf(s).setRegistrar(isOn(g[0]) ? "accept" : "away")); }},
+    Command{"fault",      "FAULT...",                 "a fault of what surrounds the telephone (docs/faults.md), now or at a moment: fault datagrams lost 2 on CallHeldEvent", [](Session& s, Given& g) { return done(telephoneOf(s).addFault(*g[0])); }},
+    Command{"fault off",  "[FAULT...]",               "ends a fault, active or waiting; without a name, all of them", [](Session& s, Given& g) { return done(telephoneOf(s).endFault(g[0].value_or(""))); }},
+    Command{"faults",     "",                         "the faults that are active, and those that wait for their moment", [](Session& s, Given&) { return rows(telephoneOf(s).faults(), "no faults"); }},
     Command{"store list", "",                         "the settings in the configuration store",            [](Session& s, Given&) { return rows(telephoneOf(s).settings()); }},
     Command{"store get",  "SETTING",                  "one setting",                                        [](Session& s, Given& g) -> Answer { auto const value = telephoneOf(s).setting(*g[0]); return value ? Answer(*g[0] + " = " + *value) : refuse(RefusalKind::kNotFound, "no setting " + *g[0]); }},
     Command{"store set",  "SETTING VALUE",            "changes a setting",                                  [](Session& s, Given& g) { return done(telephoneOf(s).set(*g[0], *g[1])); }},
     Command{"advance",    "SECONDS",                  "in virtual time: lets so much time pass; the result follows every event until then", [](Session& s, Given& g) { return advanceTime(s, *g[0]); }},
     Command{"fixture",    "FILE",                     "in virtual time: brings the telephone into the state that a file describes (docs/fixtures.md); the result is the table of calls", [](Session& s, Given& g) { return setUp(s, *g[0]); }},
     Command{"time",       "",                         "the time of day, in UTC, and whether it is real or virtual", [](Session&, Given&) -> Answer { return timeText(wallTime()) + (isVirtual() ? " virtual" : " real"); }},
+    Command{"check",      "",                         "refused if something does not hold that must hold of every telephone at rest: a lamp without a cause, a call whose end no event told, ...", [](Session& s, Given&) { return done(s.check()); }},
     Command{"log",        "LEVEL",                    "0 (nothing) to 6 (every request and SIP message); 4 is usual", [](Session&, Given& g) { return changeLogLevel(*g[0]); }},
     Command{"say",        "[TEXT...]",                "the text as the result, for scripts",                [](Session&, Given& g) -> Answer { return g[0].value_or(""); }},
     Command{"quit",       "",                         "ends the telephone",                                 [](Session& s, Given&) -> Answer { s.services().end(); return std::string(); }},

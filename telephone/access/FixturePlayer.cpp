@@ -11,6 +11,7 @@
 #include "telephone/access/Session.h"
 #include "telephone/access/TelephoneControls.h"
 #include "telephone/fixtures/FixtureFile.h"
+#include "telephone/fixtures/FixtureStates.h"
 
 namespace telephone {
 

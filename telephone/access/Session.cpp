@@ -193,6 +193,11 @@ std::uint64_t Session::dropped() const
     return usesHistory_ ? 0 : channel_->dropped();
 }
 
+int Session::readingRate() const
+{
+    return services_.readingRate == nullptr ? 0 : services_.readingRate->load();
+}
+
 RequestRunner::Reply Session::run(std::string const& request)
 {
     return services_.requests.run(*channel_, request);
@@ -221,6 +226,13 @@ void Session::follow(EventSelection selection)
 Outcome<> Session::advance(SteadyClock::duration duration)
 {
     return telephone::advance(duration).map([this] { sendsEventsFirst_ = true; });
+}
+
+Outcome<> Session::check()
+{
+    awaitRest();
+    auto const broken = invariants_.broken(services_.history, services_.telephone.state());
+    return broken.empty() ? Outcome<>() : refuse(RefusalKind::kWrongState, fmt::format("{}", fmt::join(broken, "; ")));
 }
 
 void Session::unfollow()

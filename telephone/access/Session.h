@@ -17,6 +17,7 @@
 
 #include "telephone/access/ClientSession.h"
 #include "telephone/access/EventSubscription.h"
+#include "telephone/access/Invariants.h"
 #include "telephone/access/Message.h"
 #include "telephone/access/TrafficRecorder.h"
 #include "telephone/access/Words.h"
@@ -41,6 +42,8 @@ struct SessionServices
     ProtocolDescription const& description;
     std::function<void()> end;            // the command quit
     TrafficRecorder* recorder = nullptr;  // null: nothing can be recorded
+    // A fault: an application reads no more bytes a second than this; 0: as fast as it does. Null: always 0.
+    std::atomic<int> const* readingRate = nullptr;
 };
 
 // Makes sessions of a telephone.
@@ -71,6 +74,7 @@ public:
     void handle(Words const& words, MessageSink const& sink);
     bool takeEvents(std::size_t most, MessageSink const& sink) override;
     [[nodiscard]] std::uint64_t dropped() const override;
+    [[nodiscard]] int readingRate() const override;
     [[nodiscard]] std::string const& name() const override { return label_; }
 
     [[nodiscard]] Options& options() { return options_; }
@@ -87,6 +91,8 @@ public:
     void unfollow();
     // Moves virtual time; the result of the command follows every event until then. Refused in real time.
     [[nodiscard]] Outcome<> advance(SteadyClock::duration duration);
+    // Refused with everything that does not hold (Invariants).
+    [[nodiscard]] Outcome<> check();
 
 private:
     using Work = std::function<void(MessageSink const& sink)>;
@@ -108,6 +114,7 @@ private:
     std::string label_;
     Options options_;
     std::shared_ptr<Channel> const channel_;
+    Invariants invariants_;
     bool usesHistory_ = false;
     bool sendsEventsFirst_ = false;  // before the result of the command under way
     std::optional<EventSubscription> subscription_;

@@ -48,6 +48,12 @@ public:
     // "off", "steady", "flashing" or "fluttering"; nothing for an unknown lamp.
     virtual std::optional<std::string> lampMode(std::string const& lamp) = 0;
 
+    // Faults of what surrounds the telephone, as telephone/faults reads them: "store full at 3s for 2s". They end by
+    // themselves or by name; an empty name ends all.
+    [[nodiscard]] virtual Outcome<> addFault(std::string const& order) = 0;
+    [[nodiscard]] virtual Outcome<> endFault(std::string const& name) = 0;
+    virtual Rows faults() = 0;
+
     // The configuration store: rows "key = value"; the value of one key, nothing for an unknown key.
     virtual Rows settings() = 0;
     virtual std::optional<std::string> setting(std::string const& key) = 0;

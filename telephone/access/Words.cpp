@@ -1,7 +1,10 @@
 #include "telephone/access/Words.h"
 
+#include <charconv>
 #include <cmath>
 #include <cstdlib>
+
+#include <spdlog/fmt/fmt.h>
 
 namespace telephone {
 
@@ -9,6 +12,7 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t\r\n";
 constexpr double kMostSeconds = 86400;
+constexpr double kMillisecondsPerSecond = 1000;
 
 bool isBlank(char letter)
 {
@@ -110,13 +114,33 @@ std::string_view trimmed(std::string_view text)
 Outcome<double> secondsOf(std::string const& word)
 {
     char* end = nullptr;
-    double const seconds = std::strtod(word.c_str(), &end);
+    double seconds = std::strtod(word.c_str(), &end);
     std::string const unit = end;
-    bool const isNumber = end != word.c_str() && (unit.empty() || unit == "s");
+    bool const isNumber = end != word.c_str() && (unit.empty() || unit == "s" || unit == "ms");
+    if (unit == "ms") {
+        seconds /= kMillisecondsPerSecond;
+    }
     if (!isNumber || !std::isfinite(seconds) || seconds < 0 || seconds > kMostSeconds) {
         return refuse(RefusalKind::kBadInput, "\"" + word + "\" is not a number of seconds from 0 to 86400");
     }
     return seconds;
+}
+
+Outcome<std::chrono::milliseconds> durationOf(std::string const& word)
+{
+    return secondsOf(word).map([](double seconds) {
+        return std::chrono::round<std::chrono::milliseconds>(std::chrono::duration<double>(seconds));
+    });
+}
+
+Outcome<std::uint64_t> numberOf(std::string const& word, std::uint64_t least, std::uint64_t most)
+{
+    std::uint64_t number = 0;
+    auto const [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
+    if (error != std::errc() || end != word.data() + word.size() || number < least || number > most) {
+        return refuse(RefusalKind::kBadInput, fmt::format("\"{}\" is not a number from {} to {}", word, least, most));
+    }
+    return number;
 }
 
 }  // namespace telephone

@@ -2,6 +2,8 @@
 // double quotes \" is a quote and \\ a backslash. A # at the beginning of a word starts a comment.
 #pragma once
 
+#include <chrono>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -34,7 +36,11 @@ std::optional<Assignment> splitAssignment(std::string const& word);
 // Without blanks, tabs and line ends on both sides.
 std::string_view trimmed(std::string_view text);
 
-// A typed duration: 5, 2.5, 2s.
+// A typed duration in seconds: 5, 2.5, 2s, 20ms.
 [[nodiscard]] Outcome<double> secondsOf(std::string const& word);
+[[nodiscard]] Outcome<std::chrono::milliseconds> durationOf(std::string const& word);
+
+// A typed number in a range.
+[[nodiscard]] Outcome<std::uint64_t> numberOf(std::string const& word, std::uint64_t least, std::uint64_t most);
 
 }  // namespace telephone

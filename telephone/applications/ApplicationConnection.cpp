@@ -1,5 +1,6 @@
 #include "telephone/applications/ApplicationConnection.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 
@@ -9,6 +10,13 @@
 #include "telephone/framework/Log.h"
 
 namespace telephone {
+
+namespace {
+
+constexpr int kPortionsPerSecond = 10;
+constexpr std::int64_t kMicrosecondsPerSecond = 1'000'000;
+
+}  // namespace
 
 ApplicationConnection::ApplicationConnection(FileDescriptor socket, std::unique_ptr<ClientSession> session)
     : socket_(std::move(socket))
@@ -88,14 +96,37 @@ void ApplicationConnection::collectEvents()
     }
 }
 
+std::size_t ApplicationConnection::permitted() const
+{
+    int const rate = session_->readingRate();
+    if (rate == 0) {
+        return waiting();
+    }
+    std::size_t const portion = std::max(rate / kPortionsPerSecond, 1);
+    return SteadyClock::now() < nextWrite_ ? 0 : std::min(waiting(), portion);
+}
+
+std::optional<SteadyClock::time_point> ApplicationConnection::resumes() const
+{
+    bool const waits = !output_.empty() && SteadyClock::now() < nextWrite_;
+    return waits ? std::optional(nextWrite_) : std::nullopt;
+}
+
 void ApplicationConnection::write()
 {
-    ssize_t const count = ::send(socket_.get(), output_.data() + written_, waiting(), MSG_DONTWAIT | MSG_NOSIGNAL);
+    std::size_t const most = permitted();
+    if (most == 0) {
+        return;
+    }
+    ssize_t const count = ::send(socket_.get(), output_.data() + written_, most, MSG_DONTWAIT | MSG_NOSIGNAL);
     if (count < 0) {
         over_ = errno != EAGAIN && errno != EINTR;
         return;
     }
     written_ += static_cast<std::size_t>(count);
+    if (int const rate = session_->readingRate(); rate > 0) {
+        nextWrite_ = SteadyClock::now() + std::chrono::microseconds(kMicrosecondsPerSecond * count / rate);
+    }
     if (written_ == output_.size()) {
         output_.clear();
         written_ = 0;

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -13,6 +14,7 @@
 
 #include "telephone/access/ClientSession.h"
 #include "telephone/framework/FileDescriptor.h"
+#include "telephone/time/SteadyClock.h"
 
 namespace telephone {
 
@@ -30,7 +32,9 @@ public:
     [[nodiscard]] bool isOver() const { return over_ || (ended_ && output_.empty()); }
     // False while the application does not read its answers.
     [[nodiscard]] bool wantsToReceive() const { return !ended_ && !isFull(); }
-    [[nodiscard]] bool wantsToSend() const { return !output_.empty(); }
+    [[nodiscard]] bool wantsToSend() const { return !output_.empty() && !resumes(); }
+    // When it sends again what the fault of a slow application keeps back; nothing: it keeps nothing back.
+    [[nodiscard]] std::optional<SteadyClock::time_point> resumes() const;
     // Notes the events for which the socket is polled; false if they are unchanged.
     bool changeInterest(std::uint32_t interest) { return std::exchange(interest_, interest) != interest; }
     [[nodiscard]] int descriptor() const { return socket_.get(); }
@@ -49,6 +53,8 @@ private:
     void checkLength(std::size_t length);
     void collectEvents();
     void write();
+    // Bytes that may be sent now.
+    [[nodiscard]] std::size_t permitted() const;
 
     FileDescriptor socket_;
     std::unique_ptr<ClientSession> session_;
@@ -58,7 +64,8 @@ private:
     bool skipping_ = false;     // inside a request that is too long
     std::string output_;
     std::size_t written_ = 0;  // bytes of the output
-    bool ended_ = false;       // the application has ended its side
+    SteadyClock::time_point nextWrite_;
+    bool ended_ = false;  // the application has ended its side
     bool over_ = false;
     std::uint32_t interest_ = EPOLLIN;
 };

@@ -1,5 +1,6 @@
 #include "telephone/applications/ApplicationServer.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <system_error>
@@ -78,11 +79,36 @@ void ApplicationServer::run()
     std::array<epoll_event, kEventsAtOnce> events{};
     // Asked directly before each wait: sendEvents() also takes the signal that announces the end.
     while (!isStopping()) {
+        if (!waitForFiles()) {
+            sendKeptBack();
+            continue;
+        }
         int const count = waitForEvents(poll_.get(), events, "applications");
         for (int i = 0; i < count; ++i) {
             auto const& event = events.at(static_cast<std::size_t>(i));
             dispatch(event.data.u64, event.events);
         }
+    }
+}
+
+bool ApplicationServer::waitForFiles()
+{
+    if (nextSend_ == kNoDeadline) {
+        return true;  // the wait for events waits
+    }
+    pollfd file{poll_.get(), POLLIN, 0};
+    return SteadyClock::now() < nextSend_ && pollUntil({&file, 1}, nextSend_, "applications") > 0;
+}
+
+void ApplicationServer::sendKeptBack()
+{
+    nextSend_ = kNoDeadline;
+    std::vector<Id> ids;
+    for (auto const& [id, connection] : connections_) {
+        ids.push_back(id);
+    }
+    for (Id const id : ids) {
+        dispatch(id, 0);
     }
 }
 
@@ -168,6 +194,7 @@ void ApplicationServer::update(Id id, ApplicationConnection& connection)
     if (connection.isOver()) {
         return close(id);
     }
+    nextSend_ = std::min(nextSend_, connection.resumes().value_or(kNoDeadline));
     std::uint32_t const receive = connection.wantsToReceive() ? std::uint32_t{EPOLLIN} : 0U;
     std::uint32_t const send = connection.wantsToSend() ? std::uint32_t{EPOLLOUT} : 0U;
     if (connection.changeInterest(receive | send)) {

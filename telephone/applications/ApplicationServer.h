@@ -19,6 +19,7 @@
 #include "telephone/base/Refusal.h"
 #include "telephone/framework/FileDescriptor.h"
 #include "telephone/framework/WakeUp.h"
+#include "telephone/time/SteadyClock.h"
 #include "telephone/time/Thread.h"
 
 namespace telephone {
@@ -52,6 +53,9 @@ private:
     void watch(int descriptor, Id id, std::uint32_t events, bool isNew);
     void run();
     bool isStopping();
+    // False: first, a connection sends again what it kept back.
+    bool waitForFiles();
+    void sendKeptBack();
     // Without epoll events, sends to a connection.
     void dispatch(Id id, std::uint32_t events);
     void accept();
@@ -68,6 +72,7 @@ private:
     WakeUp wakeUp_;
     std::map<Id, std::unique_ptr<ApplicationConnection>> connections_;
     Id lastId_;
+    SteadyClock::time_point nextSend_ = kNoDeadline;  // of connections that keep something back
 
     std::mutex mutex_;
     std::vector<Id> withEvents_;

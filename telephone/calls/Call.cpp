@@ -281,6 +281,11 @@ void Call::onClosed(sip::Session& session, sip::Closing const& closing)
         replacement_.reset();
         return;
     }
+    if (replacement_ && !transferHere_) {
+        // The replaced party has hung up before the new one confirmed the answer.
+        exchangeSessions();
+        return;
+    }
     Ending ending = endingOf(closing);
     if (established_ && closing.cause == sip::CloseCause::kTimeout) {
         log(kLogWarning, kComponent, "call {} has ended: the far end no longer answers", id());

@@ -36,6 +36,7 @@ public:
 
     bool readFrame(sip::AudioFrame& frame) override;
     void writeFrame(sip::AudioFrame const& frame) override;
+    bool isListening() const override { return other_ != nullptr || !taps_.empty(); }
 
 private:
     void tell(sip::AudioFrame const& heard, sip::AudioFrame const& sent);

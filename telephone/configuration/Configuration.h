@@ -153,6 +153,17 @@ struct PushConfiguration
     std::string address;  // http://host:port/path; empty: off
 };
 
+// A fault of what surrounds the telephone (docs/faults.md). Of at, on and after, one at most is given; none: at the
+// start.
+struct FaultConfiguration
+{
+    std::string what = {};   // its name and arguments
+    std::string at = {};     // seconds after the start
+    std::string on = {};     // event, with elements
+    int after = 0;           // requests; 0: not given
+    std::string lasts = {};  // seconds; empty: until it is ended
+};
+
 struct CertificateConfiguration
 {
     std::string folder;  // HOST.pem for one address, authorities.pem for all others; empty: no authority is trusted
@@ -182,6 +193,7 @@ struct Configuration
     PushConfiguration push;
     LogConfiguration log;
     CertificateConfiguration certificates;
+    std::vector<FaultConfiguration> faults;
 
     // The telephone without a file.
     static Configuration standard();

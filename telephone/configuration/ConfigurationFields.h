@@ -168,6 +168,14 @@ inline constexpr auto kLog = std::to_array<ConfigurationField<LogConfiguration>>
     {"file",                &LogConfiguration::file,                "empty: standard error"},
 });
 
+inline constexpr auto kFault = std::to_array<ConfigurationField<FaultConfiguration>>({
+    {"what",                &FaultConfiguration::what,              "name and arguments of a fault ([faults.md](faults.md)); required"},
+    {"at",                  &FaultConfiguration::at,                "begins so many seconds after the start: \"3s\""},
+    {"on",                  &FaultConfiguration::on,                "begins at an event: \"CallHeldEvent CallID=1\""},
+    {"after",               &FaultConfiguration::after,             "begins after so many requests; 0: not given", {}, 0, 1000000},
+    {"for",                 &FaultConfiguration::lasts,             "ends so many seconds later; empty: when it has done what it can"},
+});
+
 inline constexpr auto kCertificates = std::to_array<ConfigurationField<CertificateConfiguration>>({
     {"folder",              &CertificateConfiguration::folder,      "trusted authorities: HOST.pem for an address, authorities.pem for all others; empty: none"},
 });
@@ -195,6 +203,7 @@ void forEachSection(Use use)
     use("push", &Configuration::push, fields::kPush);
     use("log", &Configuration::log, fields::kLog);
     use("certificates", &Configuration::certificates, fields::kCertificates);
+    use("fault", &Configuration::faults, fields::kFault);
 }
 
 // The values that a field takes, in words: "an integer from 0 to 65535", "one of udp, tcp".

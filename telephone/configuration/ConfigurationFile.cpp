@@ -50,6 +50,7 @@ private:
         places_.lines = placesOf(file.get("line"));
         places_.keys = placesOf(file.get("key"));
         places_.exchangeNumbers = placesOf(file.at_path("exchange.number").node());
+        places_.faults = placesOf(file.get("fault"));
         places_.sip = placeOf(file.at_path("sip.address"));
         places_.server = placeOf(file.at_path("server.registrar"));
         places_.push = placeOf(file.at_path("push.address"));

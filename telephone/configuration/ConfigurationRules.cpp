@@ -29,7 +29,8 @@ public:
             .and_then([this] { return checkHttp(); })
             .and_then([this] { return completeLines(); })
             .and_then([this] { return completeKeys(); })
-            .and_then([this] { return checkExchangeNumbers(); });
+            .and_then([this] { return checkExchangeNumbers(); })
+            .and_then([this] { return checkFaults(); });
     }
 
 private:
@@ -223,6 +224,22 @@ private:
         }
         return once(exchangeNumbers_, number.number, place,
                     fmt::format("exchange.number \"{}\": number", number.number));
+    }
+
+    Outcome<> checkFaults() const
+    {
+        for (std::size_t i = 0; i < configuration_.faults.size(); ++i) {
+            auto const& fault = configuration_.faults[i];
+            int const moments = (fault.at.empty() ? 0 : 1) + (fault.on.empty() ? 0 : 1) + (fault.after == 0 ? 0 : 1);
+            if (fault.what.empty()) {
+                return places_.refusal(placeOf(places_.faults, i), "a fault needs what: what = \"store full\"");
+            }
+            if (moments > 1) {
+                return places_.refusal(placeOf(places_.faults, i),
+                                       "a fault begins at one moment: only one of at, on and after can be given");
+            }
+        }
+        return {};
     }
 
     bool hasLine(std::string const& id) const

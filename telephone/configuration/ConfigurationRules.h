@@ -19,6 +19,7 @@ struct ConfigurationPlaces
     std::vector<int> lines;  // each [[line]]
     std::vector<int> keys;   // each [[key]]
     std::vector<int> exchangeNumbers;
+    std::vector<int> faults;
     int sip = 0;
     int server = 0;
     int push = 0;

@@ -218,11 +218,12 @@ ScriptPlayer::Step ScriptPlayer::findStep(Words const& words)
         std::string_view word;
         Step step;
     };
-    static constexpr std::array<Row, 5> kSteps{{
+    static constexpr std::array<Row, 6> kSteps{{
         {"expect", &ScriptPlayer::expect},
         {"wait", &ScriptPlayer::wait},
         {"never", &ScriptPlayer::never},
         {"pause", &ScriptPlayer::pause},
+        {"try", &ScriptPlayer::attempt},
         {"option", &ScriptPlayer::option},
     }};
     for (Row const& each : kSteps) {
@@ -399,6 +400,20 @@ Outcome<ScriptPlayer::Action> ScriptPlayer::pause(Words const& words)
 Outcome<ScriptPlayer::Action> ScriptPlayer::option(Words const&)
 {
     return refuse(RefusalKind::kBadInput, "options stand before the first step");
+}
+
+// What is tried is not checked before the first step: it may be wrong.
+Outcome<ScriptPlayer::Action> ScriptPlayer::attempt(Words const& words)
+{
+    if (words.size() == 1) {
+        return usage("try REQUEST or COMMAND");
+    }
+    return [this, line = Words(words.begin() + 1, words.end())] {
+        if (auto const tried = run(line); !tried) {
+            conversation_.transcript().note("refused: " + tried.error().reason);
+        }
+        return checkStop();
+    };
 }
 
 Outcome<> ScriptPlayer::rest(Conversation::Clock::time_point deadline)

@@ -8,6 +8,7 @@
 //     never CallRetrievedEvent within 1
 //     expect lamp 1 flashing within 2
 //     pause 0.5
+//     try press 9                                   may be refused
 //
 // Options (ScriptOptions.h) may stand before the first step. The whole script is checked before its first step. A step
 // that fails ends the script. A request is sent once the telephone is at rest, a tenth of a second after the last
@@ -85,6 +86,7 @@ private:
     Outcome<Action> wait(Words const& words);
     Outcome<Action> never(Words const& words);
     Outcome<Action> pause(Words const& words);
+    Outcome<Action> attempt(Words const& words);
     Outcome<Action> option(Words const& words);
 
     Outcome<> beforeRequest();

@@ -54,11 +54,25 @@ void RequestRunner::watch(Watcher watcher)
     watcher_ = std::move(watcher);
 }
 
+void RequestRunner::whenDone(std::function<void()> done)
+{
+    done_ = std::move(done);
+}
+
 RequestRunner::Reply RequestRunner::run(Channel const& channel, std::string_view request)
 {
     if (watcher_) {
         watcher_(request);
     }
+    Reply reply = invoke(channel, request);
+    if (done_) {
+        done_();
+    }
+    return reply;
+}
+
+RequestRunner::Reply RequestRunner::invoke(Channel const& channel, std::string_view request)
+{
     Reply reply;
     RefusalCollector refusals;
     if (request.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {

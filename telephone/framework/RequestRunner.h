@@ -35,14 +35,20 @@ public:
     // Sets the watcher, or removes it. While no request runs.
     void watch(Watcher watcher);
 
+    // Called after each request, on the thread that ran it. Set once, before the first request.
+    void whenDone(std::function<void()> done);
+
     // Runs a request on behalf of a channel and returns when it is done. A NUL must follow its text. Never throws: if
     // the request cannot be run, the answer is "sfiFailure" and a refusal says why.
     Reply run(Channel const& channel, std::string_view request);
 
 private:
+    Reply invoke(Channel const& channel, std::string_view request);
+
     Executable& service_;
     Invoker& invoker_;
     Watcher watcher_;
+    std::function<void()> done_;
 };
 
 }  // namespace telephone

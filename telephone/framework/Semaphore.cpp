@@ -1,10 +1,18 @@
 #include "platform/framework/Semaphore.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <mutex>
 
+#include "telephone/framework/HeldSemaphores.h"
 #include "telephone/time/Condition.h"
+
+namespace {
+
+std::atomic<int> held{0};
+
+}  // namespace
 
 // Without priority inheritance: all threads of the telephone have the same priority.
 class Semaphore::State
@@ -35,12 +43,21 @@ bool Semaphore::take(int timeoutMilliseconds)
         return false;
     }
     --state_->free;
+    ++held;
     return true;
 }
 
 void Semaphore::give()
 {
     std::lock_guard const lock(state_->mutex);
-    state_->free = std::min(state_->free + 1, state_->maximum);
+    if (state_->free < state_->maximum) {
+        ++state_->free;
+        --held;
+    }
     state_->given.notifyOne();
+}
+
+int telephone::heldSemaphores()
+{
+    return held;
 }

@@ -153,6 +153,9 @@ Outcome<> ConfigurationStore::write(std::vector<Change> const& changes)
 
 int ConfigurationStore::writeAll(std::vector<Change> const& changes)
 {
+    if (isFull_) {
+        return SQLITE_FULL;
+    }
     for (auto const& change : changes) {
         sqlite::Statement statement(connection_.get(), change.value ? "INSERT OR REPLACE INTO setting VALUES(?1, ?2)"
                                                                     : "DELETE FROM setting WHERE name = ?1");

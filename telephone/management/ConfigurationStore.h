@@ -5,6 +5,7 @@
 // and other telephones, may use the same file at the same time.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <map>
@@ -43,6 +44,8 @@ public:
     [[nodiscard]] Outcome<Values> load();
     // Writes all changes or none. They are on the disk when it returns a success.
     [[nodiscard]] Outcome<> write(std::vector<Change> const& changes);
+    // A fault: while the store is full, every write is refused. Any thread.
+    void setFull(bool full) { isFull_ = full; }
     // Whether another connection has written since the last call of `load` or of this.
     bool changedByOthers();
 
@@ -66,6 +69,7 @@ private:
     FileIdentity file_;
     FileIdentity log_;  // of the write-ahead log: the file without it is not the whole store
     std::int64_t dataVersion_ = 0;
+    std::atomic<bool> isFull_{false};
 };
 
 }  // namespace telephone

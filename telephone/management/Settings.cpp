@@ -164,6 +164,9 @@ Outcome<> Settings::store(Changes const& changes, std::vector<std::string>& chan
 
 Outcome<> Settings::change(std::function<Changes(Values const& stored)> const& changesOf)
 {
+    if (auto const pause = pause_.load()) {
+        (*pause)();
+    }
     std::vector<std::string> changed;
     std::unique_lock guard(writing_);
     readOthers(changed);

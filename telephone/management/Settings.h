@@ -59,6 +59,11 @@ public:
     // Whether the last write reached the disk; true before the first.
     [[nodiscard]] bool isWritable() const { return writable_; }
 
+    // Faults on request: every write is refused as on a full disk; `pause` runs before every write, on the thread that
+    // writes and without a lock of the settings (null: none). Any thread.
+    void setStoreFull(bool full) { store_->setFull(full); }
+    void setPauseBeforeWrites(std::shared_ptr<std::function<void()> const> pause) { pause_ = std::move(pause); }
+
     // Puts values that another program wrote into the store file into force.
     void refresh();
 
@@ -88,6 +93,7 @@ private:
     std::mutex writing_;                // guards the store; taken before values_
     bool stale_ = false;                // another program's changes could not be read yet
     std::atomic<bool> writable_{true};
+    std::atomic<std::shared_ptr<std::function<void()> const>> pause_;  // null: none
     Values const standards_;
     Values stored_;
     SettingListeners listeners_;

@@ -123,6 +123,19 @@ void LampBoard::onChange(Listener listener)
     listener_ = std::move(listener);
 }
 
+void LampBoard::setStuck(bool stuck)
+{
+    std::map<int, Lamp> missed;
+    {
+        std::lock_guard const lock(mutex_);
+        isStuck_ = stuck;
+        missed.swap(missed_);
+    }
+    for (auto const& [slot, lamp] : missed) {
+        set(slot, lamp);
+    }
+}
+
 std::optional<int> LampBoard::slotOf(std::string const& name) const
 {
     for (auto const& lamp : kNumberedLamps) {
@@ -144,6 +157,10 @@ void LampBoard::set(int slot, Lamp lamp)
     Listener listener;
     {
         std::lock_guard const lock(mutex_);
+        if (isStuck_) {
+            missed_[slot] = lamp;
+            return;
+        }
         auto& now = lamps_[slot];
         if (now == lamp) {
             return;

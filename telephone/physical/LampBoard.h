@@ -63,6 +63,10 @@ public:
     // Those of the keys in their order, then those outside the keys.
     std::vector<LampRow> lamps() const;
 
+    // A fault of the lamp driver: while it is stuck, every lamp stays as it is. Then each takes the latest mode that
+    // was set meanwhile.
+    void setStuck(bool stuck);
+
     // Replaces the listener. Before the keys are used.
     void onChange(Listener listener);
 
@@ -75,6 +79,8 @@ private:
     KeyLayout const& layout_;
     mutable std::mutex mutex_;
     std::map<int, Lamp> lamps_;  // by slot: the number of the key, or the negative number of the lamp
+    bool isStuck_ = false;
+    std::map<int, Lamp> missed_;  // the latest mode of each lamp that was set while the driver was stuck
     Listener listener_;
 };
 

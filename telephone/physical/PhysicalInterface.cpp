@@ -182,7 +182,12 @@ Outcome<> PhysicalInterface::act(std::string const& name, PhysDefs::actionType a
     if (action == PhysDefs::actionReleased && pressed_.count(key->number()) == 0) {
         return refuse(RefusalKind::kWrongState, fmt::format("key {} is not pressed", key->number()));
     }
-    auto queued = queue_.post([this, key, action] { deliver(*key, action); });
+    auto queued = queue_.post([this, key, action] {
+        if (action == PhysDefs::actionPressed) {
+            bounce(*key);
+        }
+        deliver(*key, action);
+    });
     if (!queued) {
         return queued;
     }
@@ -255,6 +260,15 @@ KeyHandler* PhysicalInterface::handler() const
 {
     std::lock_guard const lock(mutex_);
     return handler_;
+}
+
+// The presses before the last one.
+void PhysicalInterface::bounce(PhoneKey const& key)
+{
+    for (int times = presses_; times > 1; --times) {
+        deliver(key, PhysDefs::actionPressed);
+        deliver(key, PhysDefs::actionReleased);
+    }
 }
 
 void PhysicalInterface::deliver(PhoneKey const& key, PhysDefs::actionType action)

@@ -80,6 +80,9 @@ public:
     // plug: "headset", "handset" or "line".
     [[nodiscard]] Outcome<> plug(std::string const& plug, bool in);
 
+    // A fault of the keys: each press comes so many times, with a release between; 1: the keys work.
+    void setPresses(int times) { presses_ = times; }
+
     [[nodiscard]] bool isHookUp() const { return hookUp_; }
     // "headset", "handset" or "line", for each that is plugged in.
     [[nodiscard]] std::vector<std::string> plugged() const;
@@ -108,6 +111,7 @@ private:
     using Subscribers = std::vector<Subscriber<Observer>>;
 
     Outcome<> act(std::string const& name, PhysDefs::actionType action);
+    void bounce(PhoneKey const& key);
     void deliver(PhoneKey const& key, PhysDefs::actionType action);
     void deliverButton(PhoneKey const& key, PhysDefs::actionType action);
     void deliverFunction(PhoneKey const& key, PhysDefs::actionType action);
@@ -128,6 +132,7 @@ private:
     KeyHandler* handler_ = nullptr;
     std::array<std::atomic<bool>, 3> plugged_{};  // by plug, in the order of the table of plugs
     std::atomic<bool> hookUp_{false};
+    std::atomic<int> presses_{1};
     std::mutex watching_;  // held while the watcher runs
     std::function<void()> lampWatcher_;
     WorkQueue queue_;  // last: its thread uses all the others

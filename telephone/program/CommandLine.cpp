@@ -54,6 +54,7 @@ void addOptions(CLI::App& app, CommandLine& line)
         app.add_option_function<std::string>(
                "--time", [&line](std::string const& word) { static_cast<void>(line.setTime(word)); },
                "real, virtual, or virtual=2025-03-30T00:59:00Z (its beginning)")
+            ->envname("TELEPHONE_TIME")
             ->check(
                 [](std::string const& word) {
                     auto const set = CommandLine().setTime(word);
@@ -153,6 +154,16 @@ void addTest(CLI::App& app, CommandLine& line)
                    "What the scripts touched, as a table; --coverage=FILE: as JSON, too");
 }
 
+void addChaos(CLI::App& app, CommandLine& line)
+{
+    constexpr int kMostHours = 1'000'000;
+    CLI::App* const chaos = add(app, line, Action::kChaos, "chaos", "Random calls, keys and settings in virtual time");
+    chaos->add_option("--seed", line.seed, "The first hour has the next seed; default: 0");
+    chaos->add_option("--hours", line.hours, "Of virtual time; default: 1")->check(CLI::Range(1, kMostHours));
+    chaos->add_option("-j,--jobs", line.test.jobs, "Telephones at a time; default: one for each processor");
+    chaos->add_option("--files", line.test.files, "Folder for the script and log of a failure; default: a new one");
+}
+
 void addCommands(CLI::App& app, CommandLine& line)
 {
     CLI::App* const console =
@@ -164,6 +175,7 @@ void addCommands(CLI::App& app, CommandLine& line)
     play->add_option("--junit", line.junit, "File for the result, as JUnit XML");
     play->add_option("--report", line.report)->group("");  // of the command test
     addTest(app, line);
+    addChaos(app, line);
     add(app, line, Action::kServe, "serve", "Telephone for applications only, until a signal ends it");
     CLI::App* const exchange = add(app, line, Action::kExchange, "exchange", "The exchange without a telephone");
     exchange->add_option("--port", line.port, "Its port; 0: any free one")->check(CLI::Range(0, 65535));

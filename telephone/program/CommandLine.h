@@ -23,6 +23,7 @@ enum class Action
     kReplay,
     kServe,
     kTest,
+    kChaos,
     kExchange,
     kDo,
     kRequest,
@@ -83,6 +84,7 @@ struct CommandLine
     std::string report;      // file for the test runner; empty: none plays this script
     std::string record;      // file for a recording from the start on; empty: none
     TestChoice test;
+    int hours = 1;  // of chaos
     ReplayChoice replay;
     std::vector<std::string> words;  // of a request or a command, or the name to describe
     bool lenient = false;            // request: the telephone does not check it

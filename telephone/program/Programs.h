@@ -22,6 +22,8 @@ using Talk = std::function<Outcome<bool>(Conversation& conversation)>;
 // Scripts, each in a telephone of its own. 2: the command line is wrong, or there is no script where it
 // says.
 [[nodiscard]] Outcome<int> runTest(CommandLine const& line, StopSignal const& stop);
+// Random hours of a telephone, each in a process of its own, until one fails.
+[[nodiscard]] Outcome<int> runChaos(CommandLine const& line, StopSignal const& stop);
 // The exchange without a telephone, until a signal ends it.
 [[nodiscard]] Outcome<int> runExchange(CommandLine const& line, StopSignal const& stop);
 // The clients of a running telephone.

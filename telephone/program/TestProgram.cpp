@@ -7,7 +7,6 @@
 #include <map>
 
 #include <spdlog/fmt/fmt.h>
-#include <sys/sysinfo.h>
 
 #include "telephone/access/Words.h"
 #include "telephone/console/ScriptOptions.h"
@@ -19,6 +18,7 @@
 #include "telephone/testing/ScriptFiles.h"
 #include "telephone/testing/TestOutput.h"
 #include "telephone/testing/TestRun.h"
+#include "telephone/testing/WorkingFolder.h"
 #include "telephone/time/SteadyClock.h"
 
 namespace telephone {
@@ -111,44 +111,22 @@ std::vector<TestTask> tasksFor(CommandLine const& line, std::vector<std::string>
             if (isReal && seed != seeds.first) {
                 continue;
             }
-            tasks.push_back({scripts[i], seed, fmt::format("{}-{}", names[i], seed), options});
+            std::vector<std::string> all{"--time", times[i]};
             if (!isReal) {
-                tasks.back().options.insert(tasks.back().options.begin(),
-                                            {"--time", times[i], "--seed", std::to_string(seed)});
+                all.insert(all.end(), {"--seed", std::to_string(seed)});
             }
+            all.insert(all.end(), options.begin(), options.end());
+            tasks.push_back({scripts[i], seed, fmt::format("{}-{}", names[i], seed), all});
         }
     }
     return tasks;
 }
 
-// The folder of the working folders: the one that the command line names, else a new one.
-Outcome<std::string> workingFolder(std::string const& wanted)
-{
-    std::error_code error;
-    if (!wanted.empty()) {
-        fs::create_directories(wanted, error);
-        return error ? refuse(RefusalKind::kUnavailable, wanted + ": " + error.message())
-                     : Outcome<std::string>(fs::absolute(wanted).string());
-    }
-    std::string folder = (fs::temp_directory_path() / "telephone-test-XXXXXX").string();
-    return mkdtemp(folder.data()) == nullptr ? refuse(RefusalKind::kUnavailable, folder + ": the folder cannot be made")
-                                             : Outcome<std::string>(folder);
-}
-
-std::size_t jobsFor(CommandLine const& line)
-{
-    return static_cast<std::size_t>(line.test.jobs.value_or(std::max(1, get_nprocs())));
-}
-
 Outcome<TestPlan> planFor(CommandLine const& line, std::vector<std::string> const& scripts, StopSignal const& stop)
 {
     return workingFolder(line.test.files).map([&](std::string const& folder) {
-        return TestPlan{fs::read_symlink("/proc/self/exe").string(),
-                        workingOptions(line),
-                        tasksFor(line, scripts, stop),
-                        jobsFor(line),
-                        line.test.limit,
-                        folder};
+        return TestPlan{ownProgram(),           workingOptions(line), tasksFor(line, scripts, stop),
+                        jobsOf(line.test.jobs), line.test.limit,      folder};
     });
 }
 

@@ -16,6 +16,8 @@ telephone::Outcome<int> run(telephone::CommandLine const& line, telephone::StopS
     case Action::kPlay:
     case Action::kServe:
         return telephone::runTelephone(line, stop);
+    case Action::kChaos:
+        return telephone::runChaos(line, stop);
     case Action::kReplay:
         return telephone::runReplay(line, stop);
     case Action::kTest:

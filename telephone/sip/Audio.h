@@ -32,6 +32,8 @@ public:
     virtual ~AudioSink() = default;
     // A decoded frame, about every 20 ms, in the order of arrival. Gaps are not filled.
     virtual void writeFrame(AudioFrame const& frame) = 0;
+    // False: frames that are written now are dropped, so in virtual time they need not come.
+    virtual bool isListening() const { return true; }
 };
 
 // Directions as in SDP (RFC 3264), seen from this end. The values combine the bits "receives" (1) and "sends" (2).

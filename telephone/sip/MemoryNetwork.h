@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <string_view>
 #include <utility>
 
 #include "telephone/sip/Stack.h"
@@ -33,6 +34,8 @@ public:
     // Something is on its way: at once in plain order, after up to 30 ms where a seed draws the delay. What one sends
     // another arrives in the order in which it was sent.
     void send(sa const& from, sa const& to, Arrival arrival);
+    // The same for a datagram, which may meet with a fault (DatagramFaults.h).
+    void sendDatagram(sa const& from, sa const& to, std::string_view bytes, Arrival arrival);
 
     [[nodiscard]] SteadyClock::time_point nextArrival() const;
     // Everything whose time has come. Called by the event loop.
@@ -45,6 +48,9 @@ private:
     using Flow = std::pair<SocketAddress, SocketAddress>;
 
     [[nodiscard]] SteadyClock::duration delay();
+    // Until the next datagram of the flow has been sent, but not for long.
+    void hold(Flow const& flow, Arrival arrival);
+    void sendHeld(Flow const& flow);
 
     struct Packet
     {
@@ -55,6 +61,7 @@ private:
     // In the order of their time, and then of their sending.
     std::multimap<SteadyClock::time_point, Packet> packets_;
     std::map<Flow, SteadyClock::time_point> last_;  // packet under way
+    std::map<Flow, Arrival> held_;                  // to be overtaken
     std::uint16_t lastPort_ = 40000;
 };
 

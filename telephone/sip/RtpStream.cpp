@@ -1,18 +1,35 @@
 #include "telephone/sip/RtpStream.h"
 
 #include <algorithm>
+#include <map>
 #include <stdexcept>
+
+#include "telephone/sip/MemoryNetwork.h"
+#include "telephone/time/VirtualTime.h"
 
 namespace telephone::sip {
 
 namespace {
 
-constexpr std::string_view kKeys = "0123456789*#ABCD";
+constexpr std::string_view kEventKeys = "0123456789*#ABCD";
 constexpr unsigned kEventVolume = 10;    // -10 dBm0
 constexpr unsigned kEndRepeats = 3;      // RFC 4733 section 2.5.1.4
 constexpr unsigned kPauseBeats = 3;      // between two digits
 constexpr std::size_t kEchoFrames = 10;  // longest delay of the echo
 constexpr unsigned kFrameSamplesWide = kFrameSamples;
+
+// The streams of this process by their local address, in virtual time. Used under the lock.
+std::map<SocketAddress, RtpStream const*>& streams()
+{
+    static auto& all = *new std::map<SocketAddress, RtpStream const*>;  // never destroyed, as the network
+    return all;
+}
+
+RtpStream const* streamAt(sa const& address)
+{
+    auto const found = streams().find(SocketAddress(address));
+    return found == streams().end() ? nullptr : found->second;
+}
 
 }  // namespace
 
@@ -32,11 +49,17 @@ RtpStream::RtpStream(MediaClock& clock, sa const& localAddress)
     if (error) {
         throw std::runtime_error("no RTP port: " + errorText(error));
     }
+    if (isVirtual()) {
+        streams()[SocketAddress(local_)] = this;
+    }
 }
 
 RtpStream::~RtpStream()
 {
     stop();
+    if (isVirtual()) {
+        streams().erase(SocketAddress(local_));
+    }
 }
 
 void RtpStream::apply(SdpNegotiation::Agreement const& agreement)
@@ -93,11 +116,35 @@ bool RtpStream::nextFrame(AudioFrame& frame)
     return source_ && source_->readFrame(frame);
 }
 
+bool RtpStream::hasListener() const
+{
+    return running_ && receives(agreement_.direction) && sink_ != nullptr && sink_->isListening();
+}
+
+bool RtpStream::isListening() const
+{
+    bool const echoes = running_ && receives(agreement_.direction) && echo_ && sends(agreement_.direction);
+    RtpStream const* const far = echoes ? streamAt(agreement_.remote) : nullptr;
+    return hasListener() || (far != nullptr && (far->echo_ || far->hasListener()));
+}
+
+bool RtpStream::isHeard() const
+{
+    RtpStream const* const far = streamAt(agreement_.remote);
+    return far == nullptr ? isInMemory(agreement_.remote) : far->isListening();
+}
+
 void RtpStream::sendAudio()
 {
     AudioFrame frame{};
     if (!nextFrame(frame)) {
         frame.fill(0);
+    }
+    if (isVirtual() && !isHeard()) {
+        ++unheard_;
+        ++sequence_;
+        talkspurt_ = false;
+        return;
     }
     bool const aLaw = agreement_.codec == "PCMA";
     std::array<std::uint8_t, kFrameSamples> payload{};
@@ -119,7 +166,7 @@ void RtpStream::sendEvent()
         }
         bool const ended = eventBeat_ >= digit.beats;
         unsigned const held = std::min(eventBeat_ + 1, digit.beats) * kFrameSamplesWide;
-        std::array<std::uint8_t, 4> const payload{static_cast<std::uint8_t>(kKeys.find(digit.key)),
+        std::array<std::uint8_t, 4> const payload{static_cast<std::uint8_t>(kEventKeys.find(digit.key)),
                                                   static_cast<std::uint8_t>((ended ? 0x80 : 0) | kEventVolume),
                                                   static_cast<std::uint8_t>(held >> 8),
                                                   static_cast<std::uint8_t>(held & 0xff)};
@@ -191,7 +238,7 @@ void RtpStream::receiveAudio(std::uint8_t const* payload, std::size_t size, bool
 
 void RtpStream::receiveEvent(rtp_header const& header, std::uint8_t const* payload, std::size_t size)
 {
-    if (size < 4 || payload[0] >= kKeys.size()) {
+    if (size < 4 || payload[0] >= kEventKeys.size()) {
         return;
     }
     // All packets of one event carry the same timestamp, so that lost and repeated packets do not count twice.
@@ -202,7 +249,7 @@ void RtpStream::receiveEvent(rtp_header const& header, std::uint8_t const* paylo
     eventSeenTimestamp_ = header.ts;
     auto const heard = digitHeard_;
     if (heard) {
-        heard(kKeys[payload[0]]);
+        heard(kEventKeys[payload[0]]);
     }
 }
 

@@ -1,5 +1,9 @@
 // The RTP stream of one session (RFC 3550, 3551, 4733): a socket on a free port, G.711 and telephone-events in both
 // directions. Owned by its session; used under the lock.
+//
+// In virtual time both ends are in this process, and a packet of audio to which nobody listens is counted instead of
+// being encoded and sent: it could change nothing, and hours of it cost nothing. Its source is read all the same, and
+// its sequence number is used.
 #pragma once
 
 #include <deque>
@@ -27,6 +31,8 @@ public:
 
     bool canSendDigits() const;
     void sendDigits(std::string const& digits, std::chrono::milliseconds duration);
+    // Packets that were not sent, since nobody listens.
+    std::uint64_t unheard() const { return unheard_; }
     void onDigit(std::function<void(char)> heard) { digitHeard_ = std::move(heard); }
 
     void setSource(AudioSource* source) override { source_ = source; }
@@ -45,6 +51,10 @@ private:
     void onBeat() override;
     bool nextFrame(AudioFrame& frame);
     void sendAudio();
+    [[nodiscard]] bool isHeard() const;
+    // Whether what it receives reaches somebody. The echo of what nobody hears does not.
+    [[nodiscard]] bool isListening() const;
+    [[nodiscard]] bool hasListener() const;
     void sendEvent();
     void send(int payloadType, bool marker, std::uint32_t timestamp, std::uint8_t const* payload, std::size_t size);
     void receive(mbuf* packet);
@@ -64,6 +74,7 @@ private:
     std::uint32_t ssrc_;
     std::uint16_t sequence_;
     std::uint32_t timestamp_;
+    std::uint64_t unheard_ = 0;
 
     std::deque<Digit> digits_;
     unsigned eventBeat_ = 0;  // beats since the present digit began

@@ -138,7 +138,8 @@ int sendDatagram(DatagramSocket const& from, sa const& to, mbuf const& buffer)
     if (mbuf_get_left(&buffer) > kLongestDatagram) {
         return EMSGSIZE;
     }
-    memoryNetwork().send(from.local, to, [from = from.local, to, bytes = bytesOf(buffer)] {
+    std::string const sent = bytesOf(buffer);
+    memoryNetwork().sendDatagram(from.local, to, sent, [from = from.local, to, bytes = sent] {
         DatagramSocket* const socket = findIn(sockets().datagrams, to);
         if (socket != nullptr && socket->received != nullptr) {
             passBytes(socket, bytes, [&](mbuf* copy) { socket->received(&from, copy, socket->argument); });

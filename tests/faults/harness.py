@@ -239,8 +239,8 @@ class Telephone:
     def text(self):
         return self.log.read_text(errors="replace")
 
-    def application(self, subscribe=True):
-        application = Application(self.socket, subscribe)
+    def application(self, subscribe=True, kind=Application):
+        application = kind(self.socket, subscribe)
         self.applications.append(application)
         return application
 

@@ -1,19 +1,34 @@
 #include "EnginePhone.h"
 
 #include <algorithm>
-#include <thread>
 #include <utility>
 
 #include "telephone/framework/Log.h"
 
 namespace telephone::test {
 
+namespace {
+
+std::unique_ptr<sip::EventLoop> loop;
+
+// The loop's thread ends with the tests, before their time does.
+class EndOfTheLoop final : public ::testing::Environment
+{
+    void TearDown() override { loop.reset(); }
+};
+
+[[maybe_unused]] auto* const endOfTheLoop = ::testing::AddGlobalTestEnvironment(new EndOfTheLoop);
+
+}  // namespace
+
 sip::EventLoop& eventLoop()
 {
-    static sip::EventLoop loop;
-    loop.start();
+    if (loop == nullptr) {
+        loop = std::make_unique<sip::EventLoop>();
+        loop->start();
+    }
     setLogLevel(::testing::GTEST_FLAG(break_on_failure) ? kLogInfo : kLogOff);
-    return loop;
+    return *loop;
 }
 
 EnginePhone::Options EnginePhone::optionsOf(std::string const& line)
@@ -65,18 +80,6 @@ ForwardingRule EnginePhone::forwarding(int, sfiForwardingType type) const
 {
     auto const found = rules.find(type);
     return found == rules.end() ? ForwardingRule{} : found->second;
-}
-
-bool eventually(std::function<bool()> const& condition, std::chrono::seconds deadline)
-{
-    auto const end = std::chrono::steady_clock::now() + deadline;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > end) {
-            return false;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
-    return true;
 }
 
 }  // namespace telephone::test

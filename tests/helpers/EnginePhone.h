@@ -13,11 +13,13 @@
 
 #include "EventRecorder.h"
 #include "TestLines.h"
+#include "TestTime.h"
 #include "telephone/calls/CallEngine.h"
 #include "telephone/sip/EventLoop.h"
 
 namespace telephone::test {
 
+// Runs from the first use to the end of all tests.
 sip::EventLoop& eventLoop();
 
 class EnginePhone final : private CallPolicy
@@ -75,8 +77,5 @@ inline std::optional<RefusalKind> kindOf(Outcome<> const& outcome)
 {
     return outcome ? std::nullopt : std::optional(outcome.error().kind);
 }
-
-// Waits for a condition that the loop makes true; false after the deadline.
-bool eventually(std::function<bool()> const& condition, std::chrono::seconds deadline = EventRecorder::kDeadline);
 
 }  // namespace telephone::test

@@ -33,7 +33,7 @@ EventPoster EventRecorder::poster()
     return [this](Event event) {
         std::lock_guard const guard(mutex_);
         queue_.push_back(std::move(event));
-        posted_.notify_all();
+        posted_.notifyAll();
     };
 }
 
@@ -42,7 +42,7 @@ std::string EventRecorder::next(std::chrono::milliseconds deadline)
     Event event;
     {
         std::unique_lock lock(mutex_);
-        if (!posted_.wait_for(lock, deadline, [this] { return !queue_.empty(); })) {
+        if (!posted_.waitFor(lock, deadline, [this] { return !queue_.empty(); })) {
             return "nothing came";
         }
         event = std::move(queue_.front());
@@ -68,9 +68,9 @@ std::vector<std::string> EventRecorder::next(std::size_t count)
 
 bool EventRecorder::waitFor(std::string const& line, std::vector<std::string>* skipped)
 {
-    auto const end = std::chrono::steady_clock::now() + kDeadline;
+    auto const end = SteadyClock::now() + kDeadline;
     for (;;) {
-        auto const left = std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
+        auto const left = std::chrono::duration_cast<std::chrono::milliseconds>(end - SteadyClock::now());
         std::string const came = next(std::max(left, std::chrono::milliseconds(0)));
         if (came == line) {
             return true;

@@ -4,7 +4,6 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
 #include <deque>
 #include <mutex>
 #include <string>
@@ -13,6 +12,7 @@
 #include "CommunicationsServiceEventIfc.h"
 #include "EventTextCheck.h"
 #include "telephone/calls/CallEngine.h"
+#include "telephone/time/Condition.h"
 
 namespace telephone::test {
 
@@ -102,7 +102,7 @@ private:
     void csCommunicationsServiceEvent(std::string const& unused) override;
 
     std::mutex mutex_;
-    std::condition_variable posted_;
+    Condition posted_{"an event"};
     std::deque<Event> queue_;
     std::string line_;  // of the event that is being delivered
     std::string lastDocument_;

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/helpers/TestTime.h"
+
 namespace telephone::test {
 
 namespace {
@@ -53,12 +55,6 @@ SipPeer::~SipPeer()
     agent.reset();
 }
 
-void SipPeer::note(std::string event)
-{
-    events_.push_back(std::move(event));
-    happened_.notify_all();
-}
-
 bool SipPeer::takeEvent(std::string const& event)
 {
     auto const found = std::find(events_.begin(), events_.end(), event);
@@ -76,16 +72,11 @@ bool SipPeer::waitFor(std::string const& event, std::chrono::milliseconds within
 
 bool SipPeer::waitUntil(std::function<bool()> const& condition, std::chrono::milliseconds within)
 {
-    auto const deadline = std::chrono::steady_clock::now() + within;
-    std::unique_lock lock(loop);
-    while (!condition()) {
-        auto const now = std::chrono::steady_clock::now();
-        if (now >= deadline) {
-            return false;
-        }
-        happened_.wait_until(lock, std::min(deadline, now + 5ms));
-    }
-    return true;
+    auto const check = [this, &condition] {
+        std::lock_guard const guard(loop);
+        return condition();
+    };
+    return eventually(check, within);
 }
 
 std::string SipPeer::events() const

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -30,7 +29,7 @@ public:
     // Whether the event ("progress 180", "established", "held", "closed rejected 486" ...) occurs within the deadline.
     // It is removed from the record.
     bool waitFor(std::string const& event, std::chrono::milliseconds within = kDeadline);
-    // The same for any condition, checked after each event and every few milliseconds.
+    // The same for any condition, checked under the lock.
     bool waitUntil(std::function<bool()> const& condition, std::chrono::milliseconds within = kDeadline);
     // The recorded events, for messages of failed tests.
     std::string events() const;
@@ -59,7 +58,7 @@ public:
     std::function<void(SipPeer&, sip::Session&)> whenCalled;
 
 private:
-    void note(std::string event);
+    void note(std::string event) { events_.push_back(std::move(event)); }
     bool takeEvent(std::string const& event);
 
     bool knowsUser(std::string const& user) override { return user != "unknown"; }
@@ -85,7 +84,6 @@ private:
 
     std::vector<std::unique_ptr<sip::Session>> sessions_;
     std::vector<std::string> events_;
-    std::condition_variable_any happened_;
 };
 
 }  // namespace telephone::test

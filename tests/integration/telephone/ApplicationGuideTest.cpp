@@ -126,7 +126,8 @@ public:
         : folder_(folder)
         , command_(command)
         , process_({"/bin/sh", "-ec", "cd " + folder + "\n" + variables + "exec " + command},
-                   {"XDG_RUNTIME_DIR=" + folder, "PYTHONUNBUFFERED=1", "TELEPHONE_CHECK=events"})
+                   {"XDG_RUNTIME_DIR=" + folder, "PYTHONUNBUFFERED=1", "TELEPHONE_CHECK=events",
+                    "TELEPHONE_TIME=real"})  // as its readers have it
     {}
 
     void type(std::string const& line) { process_.write(line + "\n"); }

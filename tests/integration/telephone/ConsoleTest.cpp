@@ -21,7 +21,7 @@ Ended console(std::string const& lines, Options const& options = {}, std::string
 // With TIME for times, and N for durations.
 std::string withoutTimes(std::string const& output)
 {
-    static std::regex const time("[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{3}");
+    static std::regex const time("[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{3}Z?");
     static std::regex const duration("<?[0-9]+ ms");
     return std::regex_replace(std::regex_replace(output, time, "TIME"), duration, "N ms");
 }

@@ -151,7 +151,7 @@ TEST(Life, PortThatIsTaken_IsToldWithThePort)
     std::string const port = head.substr(head.rfind(':') + 1);
     std::ofstream(file) << "[sip]\nport = " << port << "\n";
 
-    Ended const result = run({TELEPHONE, "--config", file, "--log-level", "0", "console"});
+    Ended const result = run({TELEPHONE, "--time", "real", "--config", file, "--log-level", "0", "console"});
 
     EXPECT_EQ(result.status, 1);
     EXPECT_NE(result.output.find(port), std::string::npos) << result.output;
@@ -169,9 +169,9 @@ TEST(Life, ExchangeAlone_ServesATelephoneOfAnotherProcess)
     std::ofstream(file) << "[server]\nregistrar = \"" << address
                         << "\"\n[[line]]\nid = \"4711\"\npassword = \"secret\"\nprimary = true\n";
 
-    Ended const result =
-        run({TELEPHONE, "--config", file, "play", "-"}, "OutgoingCallMakeRequest Line=4711 CallID=1 Destination=100\n"
-                                                        "wait CallStateChangeEvent CallID=1 CallState=connected\n");
+    Ended const result = run({TELEPHONE, "--time", "real", "--config", file, "play", "-"},
+                             "OutgoingCallMakeRequest Line=4711 CallID=1 Destination=100\n"
+                             "wait CallStateChangeEvent CallID=1 CallState=connected\n");
 
     EXPECT_EQ(result.status, 0) << result.output;
     exchange.signal(SIGTERM);

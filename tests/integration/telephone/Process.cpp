@@ -21,6 +21,7 @@ void runInChild(std::vector<std::string> const& command, std::vector<std::string
     dup2(output, STDOUT_FILENO);
     dup2(output, STDERR_FILENO);
     setenv("TELEPHONE_CHECK", "all", 0);
+    setenv("TELEPHONE_TIME", "virtual", 0);
     for (std::string const& each : environment) {
         putenv(const_cast<char*>(each.c_str()));
     }

@@ -2,6 +2,8 @@
 //
 // A telephone checks all its traffic and ends at the first message that contradicts the description of the protocol;
 // the destructor then fails the test. A test that sends wrong requests starts it with --check events.
+//
+// It runs in virtual time. A test that needs something outside it starts it with --time real, and says why.
 #pragma once
 
 #include <chrono>

@@ -63,7 +63,7 @@ private:
     Receiver receiver_;
 };
 
-// Receives registrations and answers none.
+// Receives registrations and answers none; outside the telephone, so that its time is real.
 class SilentRegistrar
 {
 public:
@@ -123,7 +123,8 @@ TEST(Readiness, Socket_IsMissingWhileTheLinesRegister)
     SilentRegistrar registrar;
     std::ofstream(folder.file("telephone.toml")) << "[server]\nregistrar = \"sip:127.0.0.1:" << registrar.port()
                                                  << "\"\n[[line]]\nid = \"4711\"\nprimary = true\n";
-    Process process({TELEPHONE, "--config", folder.file("telephone.toml"), "--socket", folder.file("socket"), "serve"});
+    Process process({TELEPHONE, "--time", "real", "--config", folder.file("telephone.toml"), "--socket",
+                     folder.file("socket"), "serve"});
 
     EXPECT_EQ(registrar.request().substr(0, 9), "REGISTER ");
     EXPECT_FALSE(std::filesystem::exists(folder.file("socket")));
@@ -137,8 +138,8 @@ TEST(Readiness, Hello_SaysThatAConsolesTelephoneIsNotReadyWhileItsLinesRegister)
     SilentRegistrar registrar;
     std::ofstream(folder.file("telephone.toml")) << "[server]\nregistrar = \"sip:127.0.0.1:" << registrar.port()
                                                  << "\"\n[[line]]\nid = \"4711\"\nprimary = true\n";
-    Process process(
-        {TELEPHONE, "--config", folder.file("telephone.toml"), "--socket", folder.file("socket"), "console"});
+    Process process({TELEPHONE, "--time", "real", "--config", folder.file("telephone.toml"), "--socket",
+                     folder.file("socket"), "console"});
     ASSERT_EQ(registrar.request().substr(0, 9), "REGISTER ");
 
     Application application(folder.file("socket"));

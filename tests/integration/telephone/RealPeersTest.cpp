@@ -85,7 +85,7 @@ class TelephoneAt
 {
 public:
     TelephoneAt(std::string const& configuration)
-        : telephone_({"--config", file(configuration), "--log-level", "3"})
+        : telephone_({"--time", "real", "--config", file(configuration), "--log-level", "3"})
         , application(telephone_.socket())
     {
         EXPECT_EQ(application.request(method("Subscribe")), "sfiSuccess");

@@ -212,7 +212,8 @@ TEST_F(Replay, PlayedTelephone_IsOneForTheApplication)
 {
     ASSERT_NO_FATAL_FAILURE(recordApplication());
 
-    Process telephone({TELEPHONE, "--socket", file("socket"), "replay", file("a.recording"), "--as-telephone"});
+    Process telephone(
+        {TELEPHONE, "--time", "real", "--socket", file("socket"), "replay", file("a.recording"), "--as-telephone"});
     telephone.readUntil("applications can connect at " + file("socket") + "\n");
     EXPECT_EQ(application(file("socket"), {"7"}), "sfiSuccess\nsfiSuccess\n[(7, 'held')]\nsfiSuccess\n");
     EXPECT_EQ(lastLine(telephone.readAll()), file("a.recording") + ": 3 messages, no difference");
@@ -223,7 +224,8 @@ TEST_F(Replay, PlayedTelephone_ReportsWhatTheApplicationDoesBesideTheRecording)
 {
     ASSERT_NO_FATAL_FAILURE(recordApplication());
 
-    Process telephone({TELEPHONE, "--socket", file("socket"), "replay", file("a.recording"), "--as-telephone"});
+    Process telephone(
+        {TELEPHONE, "--time", "real", "--socket", file("socket"), "replay", file("a.recording"), "--as-telephone"});
     telephone.readUntil("applications can connect at " + file("socket") + "\n");
     EXPECT_EQ(application(file("socket"), {"7", "twice"}),
               "sfiSuccess\nsfiSuccess\nsfiFailure\n[(7, 'held')]\nsfiSuccess\n");
@@ -237,18 +239,20 @@ TEST_F(Replay, PlayedTelephone_ReportsWhatTheApplicationLeftOut)
 {
     ASSERT_NO_FATAL_FAILURE(recordApplication());
 
-    Process telephone({TELEPHONE, "--socket", file("socket"), "replay", file("a.recording"), "--as-telephone"});
-    telephone.readUntil("applications can connect at " + file("socket") + "\n");
+    Process process(
+        {TELEPHONE, "--time", "real", "--socket", file("socket"), "replay", file("a.recording"), "--as-telephone"});
+    process.readUntil("applications can connect at " + file("socket") + "\n");
     {
-        Application silent(file("socket"));
-        silent.command("events");
+        auto silent = telephone::ApplicationClient::connect(file("socket")).value();
+        ASSERT_TRUE(silent.send("events"));
+        ASSERT_TRUE(silent.receive().value());
     }
-    auto const rows = rowsIn(telephone.readAll());
+    auto const rows = rowsIn(process.readAll());
     ASSERT_EQ(rows.size(), 5U);
     EXPECT_NE(rows[1].find(": missing: OutgoingCallMakeRequest 4711 call 1 Destination=100"), std::string::npos);
     EXPECT_NE(rows[2].find(": missing: HoldCall 4711 call 1"), std::string::npos);
     EXPECT_NE(rows[3].find(": missing: CallClearRequest 4711 call 1"), std::string::npos);
-    EXPECT_EQ(telephone.wait(), 1);
+    EXPECT_EQ(process.wait(), 1);
 }
 
 TEST_F(Replay, RecordingThatCannotBeWritten_DoesNotKeepTheTelephoneFromStarting)

@@ -43,7 +43,10 @@ class Application
 public:
     explicit Application(std::string const& socket)
         : client_(telephone::ApplicationClient::connect(socket).value())
-    {}
+    {
+        EXPECT_TRUE(client_.send("advance 0"));
+        timeIsVirtual_ = client_.receive().value()->kind == telephone::MessageKind::kResult;
+    }
 
     // The answer; nothing: the request has none. "error: ..." if the telephone does not accept it.
     std::optional<std::string> request(std::string const& text)
@@ -98,15 +101,21 @@ public:
                              [&text](std::string const& each) { return each.find(text) != std::string::npos; });
     }
 
-    // The next event that contains the text; earlier ones are skipped.
+    // The next event that contains the text; earlier ones are skipped. Virtual time moves until it comes.
     std::string event(std::string const& text)
     {
-        while (true) {
+        int moves = 0;
+        while (moves < kMostMoves) {
             while (taken_ < events_.size()) {
                 std::string const& each = events_[taken_++];
                 if (each.find(text) != std::string::npos) {
                     return each;
                 }
+            }
+            if (timeIsVirtual_) {
+                ++moves;
+                command("advance 0.1");
+                continue;
             }
             auto const message = client_.receive().value();
             if (!message) {
@@ -117,10 +126,15 @@ public:
                 events_.push_back(message->text);
             }
         }
+        ADD_FAILURE() << "there is no event with " << text;
+        return {};
     }
 
 private:
+    static constexpr int kMostMoves = 600;  // a minute
+
     telephone::ApplicationClient client_;
+    bool timeIsVirtual_ = false;
     std::vector<std::string> reasons_;
     std::vector<std::string> events_;
     std::size_t taken_ = 0;

@@ -6,9 +6,7 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <semaphore>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -23,13 +21,18 @@
 #include "telephone/framework/Log.h"
 #include "telephone/protocol/MessageText.h"
 #include "telephone/protocol/TelephoneState.h"
+#include "telephone/time/SteadyClock.h"
+#include "telephone/time/Thread.h"
+#include "telephone/time/VirtualTime.h"
+#include "telephone/time/Waiting.h"
 #include "tests/doubles/TemporaryFolder.h"
+#include "tests/helpers/TestTime.h"
 
 namespace telephone {
 namespace {
 
 using namespace std::chrono_literals;
-using Clock = std::chrono::steady_clock;
+using test::eventually;
 
 constexpr auto kDeadline = 20s;
 
@@ -72,7 +75,6 @@ protected:
         setLogLevel(kLogOff);
         telephone_ = std::make_unique<Telephone>(configuration_, LIBRARY);
         session_ = std::make_unique<Session>("test", telephone_->sessions([] {}), 0, [] {});
-        listener_ = history().listen([this] { arrived_.release(); });
         ASSERT_FALSE(state().ready);
         ASSERT_TRUE(telephone_->activate());
         ASSERT_TRUE(state().ready);
@@ -83,7 +85,6 @@ protected:
         if (telephone_ == nullptr) {
             return;
         }
-        history().endListening(listener_);
         session_.reset();
         telephone_->stop();
         Ended const checked = run({PYTHON, CHECK_STATE, SCHEMA}, states_);
@@ -103,13 +104,8 @@ protected:
     // The first state for which the condition holds; for changes that no event reports.
     TelephoneState stateWhen(std::function<bool(TelephoneState const&)> const& condition)
     {
-        for (auto const deadline = Clock::now() + kDeadline; Clock::now() < deadline;
-             std::this_thread::sleep_for(5ms)) {
-            if (condition(controls().state())) {
-                return state();
-            }
-        }
-        ADD_FAILURE() << "the state did not come; instead: " << stateJson(controls().state());
+        EXPECT_TRUE(eventually([&] { return condition(controls().state()); }, kDeadline))
+            << "the state did not come; instead: " << stateJson(controls().state());
         return state();
     }
 
@@ -156,16 +152,16 @@ protected:
     // The next event that contains the text; earlier ones are skipped.
     void event(std::string const& text)
     {
-        auto const deadline = Clock::now() + kDeadline;
-        do {
+        auto const comes = [this, &text] {
             takeEvents();
             while (read_ < events_.size()) {
                 if (events_[read_++]->text.find(text) != std::string::npos) {
-                    return;
+                    return true;
                 }
             }
-        } while (arrived_.try_acquire_until(deadline));
-        ADD_FAILURE() << "there is no event with " << text;
+            return false;
+        };
+        EXPECT_TRUE(eventually(comes, kDeadline)) << "there is no event with " << text;
     }
 
     void takeEvents()
@@ -177,8 +173,6 @@ protected:
 
     std::unique_ptr<Telephone> telephone_;
     std::unique_ptr<Session> session_;
-    EventHistory::ListenerId listener_ = 0;
-    std::counting_semaphore<> arrived_{0};
     EventHistory::Events events_;  // all, from the first
     std::size_t read_ = 0;
     std::string states_;
@@ -431,9 +425,11 @@ TEST_F(State, CallBetweenOwnLines_SaysWhoHoldsIt)
     event("<CallID>1001</CallID><CallState>5</CallState>");
     ASSERT_EQ(request("AnswerCall", "<Line>4712</Line><CallID>1001</CallID>"), "sfiSuccess");
     event("<CallID>1</CallID><CallState>6</CallState>");
+    event("<CallID>1001</CallID><CallState>6</CallState>");
 
     hold(1001, "4712");
     event("<CallID>1</CallID><CallState>8</CallState>");
+    event("<Method>CallHeldEvent</Method><LineID>4712</LineID>");
 
     EXPECT_TRUE(callOf(state(), 1).heldByFarEnd);
     EXPECT_FALSE(callOf(state(), 1).heldHere);
@@ -453,7 +449,7 @@ TEST_F(State, IncomingCallOnAnAppearance_HasItsPlaceAndTimes)
 {
     configuration_.lines[1].appearances = 2;
     start();
-    auto const before = std::chrono::system_clock::now();
+    auto const before = wallTime();
     call(1, "4712");
     event("<Method>CallStateChangeEvent</Method><LineID>4712#1</LineID><CallID>1001</CallID><CallState>5</CallState>");
 
@@ -534,9 +530,12 @@ TEST_F(State, StatesDuringCalls_AreWhatTheEventsUpToTheirNumberSay)
     start();
     std::vector<TelephoneState> states;
     std::atomic<bool> ended{false};
-    std::thread reader([&] {
+    Thread reader("a reader of states", [&] {
         while (!ended) {
             states.push_back(controls().state());
+            if (isVirtual()) {
+                sleepFor(1ms);  // the others' turn
+            }
         }
     });
     for (int id = 1; id <= 20; ++id) {

@@ -181,8 +181,9 @@ TEST_F(TestRunner, Jobs_ArePlayedAtTheSameTimeAndEndWithTheRun)
     for (pid_t const each : children) {
         EXPECT_EQ(kill(each, 0), -1) << "a telephone is left";
     }
-    EXPECT_TRUE(has(process.output(), "    the run was ended before\n    again: telephone --check all play " +
-                                          folder_.file("a.script") + "\n    files: " + files() + "/a-0\n"))
+    EXPECT_TRUE(
+        has(process.output(), "    the run was ended before\n    again: telephone --time real --check all play " +
+                                  folder_.file("a.script") + "\n    files: " + files() + "/a-0\n"))
         << process.output();
     EXPECT_FALSE(has(process.output(), "files: " + files() + "/c-0\n")) << "it was not begun";
     EXPECT_TRUE(lastLine(process.output()).starts_with("0 of 3 passed, 3 not run, in ")) << process.output();

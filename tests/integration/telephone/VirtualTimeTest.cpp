@@ -190,7 +190,8 @@ TEST_F(VirtualTime, TwoTelephones_MayUseTheSamePorts)
 
 TEST_F(VirtualTime, AdvanceInRealTime_IsRefused)
 {
-    Ended const played = run({TELEPHONE, "play", "-", "--socket", folder_.file("socket")}, "advance 5\n");
+    Ended const played =
+        run({TELEPHONE, "--time", "real", "play", "-", "--socket", folder_.file("socket")}, "advance 5\n");
 
     EXPECT_EQ(played.status, 1);
     EXPECT_NE(played.output.find("time is real and cannot be moved: start the telephone with --time virtual"),
@@ -224,7 +225,7 @@ TEST_F(VirtualTime, WrongOptions_AreExplained)
 {
     Ended const word = run({TELEPHONE, "--time", "slow", "tour"});
     Ended const date = run({TELEPHONE, "--time", "virtual=2025-02-30T00:00:00Z", "tour"});
-    Ended const seed = run({TELEPHONE, "--seed", "7", "tour"});
+    Ended const seed = run({"/usr/bin/env", "-u", "TELEPHONE_TIME", TELEPHONE, "--seed", "7", "tour"});
 
     EXPECT_EQ(word.status, 2);
     EXPECT_NE(word.output.find("--time: write real, virtual or virtual=2025-03-30T00:59:00Z"), std::string::npos)

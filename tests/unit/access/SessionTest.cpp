@@ -131,7 +131,10 @@ TEST_F(SessionTest, Commands_ReachTheTelephone)
                                    "exchange registrar refuse 403",
                                    "exchange registrar forget",
                                    "exchange 107 does ring 2s, answer",
-                                   "exchange 107 call 4711, hang-up"}) {
+                                   "exchange 107 call 4711, hang-up",
+                                   "fault lamps stuck at 3s for 2s",
+                                   "fault off lamps stuck",
+                                   "fault off"}) {
         EXPECT_EQ(replies(line), "result \n") << line;
     }
 
@@ -154,7 +157,10 @@ TEST_F(SessionTest, Commands_ReachTheTelephone)
                                                                    "registrar refuse 403",
                                                                    "registrar forget",
                                                                    "107 does ring 2s, answer",
-                                                                   "107 plays call 4711, hang-up"}));
+                                                                   "107 plays call 4711, hang-up",
+                                                                   "fault lamps stuck at 3s for 2s",
+                                                                   "fault off lamps stuck",
+                                                                   "fault off "}));
 }
 
 TEST_F(SessionTest, NumbersOfTheExchange_AreAResult)
@@ -357,4 +363,9 @@ TEST_F(SessionTest, WrongSelection_IsRefused)
     EXPECT_EQ(replies("events line 4712#1,4799"), "error there is no line 4799; the lines are 4711 and 4712\n");
     EXPECT_EQ(replies("events only CallHeldEvnt"), "error no event CallHeldEvnt (did you mean CallHeldEvent?)\n");
     EXPECT_EQ(replies("events after now"), "error \"now\" is not a number from 0 to 9223372036854775807\n");
+}
+
+TEST_F(SessionTest, Faults_AreAResult)
+{
+    EXPECT_EQ(replies("faults"), "result active: store full\n");
 }

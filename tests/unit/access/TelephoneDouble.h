@@ -2,6 +2,7 @@
 // sets.
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <string>
 #include <vector>
@@ -61,6 +62,9 @@ public:
         return note(number + " plays " + steps);
     }
     telephone::Outcome<Rows> exchangeNumbers() override { return Rows{"100 answers", "107 ring 2s, answer"}; }
+    telephone::Outcome<> addFault(std::string const& order) override { return note("fault " + order); }
+    telephone::Outcome<> endFault(std::string const& name) override { return note("fault off " + name); }
+    Rows faults() override { return {"active: store full"}; }
     void watchLamps(std::function<void()> changed) override { lampsChanged = std::move(changed); }
     std::optional<std::string> lampMode(std::string const& lamp) override
     {
@@ -149,7 +153,7 @@ public:
         if (!history) {
             history = std::make_unique<telephone::EventHistory>(context, runner, dispatcher, kept_);
         }
-        return {context, runner, *history, controls, description, [this] { ++ends; }};
+        return {context, runner, *history, controls, description, [this] { ++ends; }, nullptr, &readingRate};
     }
 
     void held(int callID)
@@ -165,6 +169,7 @@ public:
     ControlsDouble controls{dispatcher};
     telephone::ProtocolDescription description{"1.2.3", telephone::commandDescriptions()};
     std::unique_ptr<telephone::EventHistory> history;
+    std::atomic<int> readingRate{0};
     int ends = 0;  // how often a session wanted to end the telephone
 
 private:

@@ -55,11 +55,28 @@ TEST(Words, SecondsOf_TakesWholeAndPartsAndAUnit)
     EXPECT_EQ(secondsOf("5"), 5.0);
     EXPECT_EQ(secondsOf("0.5"), 0.5);
     EXPECT_EQ(secondsOf("2s"), 2.0);
+    EXPECT_EQ(secondsOf("250ms"), 0.25);
 }
 
 TEST(Words, SecondsOf_AnythingElse_IsRefused)
 {
     for (char const* const word : {"", "x", "-1", "1e9", "nan", "inf", "5 m", "5min"}) {
         EXPECT_FALSE(secondsOf(word)) << word;
+    }
+}
+
+TEST(Words, DurationOf_IsInMilliseconds)
+{
+    EXPECT_EQ(durationOf("1.5"), std::chrono::milliseconds(1500));
+    EXPECT_EQ(durationOf("20ms"), std::chrono::milliseconds(20));
+    EXPECT_FALSE(durationOf("20 ms"));
+}
+
+TEST(Words, NumberOf_IsInItsRange)
+{
+    EXPECT_EQ(numberOf("2", 2, 100), 2U);
+    EXPECT_EQ(numberOf("100", 2, 100), 100U);
+    for (char const* const word : {"", "1", "101", "-2", "2.5", "2x", "99999999999999999999"}) {
+        EXPECT_EQ(numberOf(word, 2, 100).error().reason, "\"" + std::string(word) + "\" is not a number from 2 to 100");
     }
 }

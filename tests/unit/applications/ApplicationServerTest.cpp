@@ -630,3 +630,31 @@ TEST(ApplicationClient, WithoutATelephone_SaysHowToStartOne)
     EXPECT_EQ(client.error().reason, "no telephone answers at " + folder.file("nobody") +
                                          " (No such file or directory): start one, or name its socket with --socket");
 }
+
+TEST_F(ApplicationServerTest, SlowApplication_ReceivesNoMoreThanItsRate)
+{
+    RawApplication application(path_);
+    telephone_.readingRate = 1000;
+    auto const start = std::chrono::steady_clock::now();
+    application.send(bytes({"say " + std::string(400, 'x')}));
+
+    std::string const first = application.receive();
+    std::string const rest = application.receiveUntil(1);
+
+    EXPECT_EQ(first, "result\n" + std::string(93, 'x'));
+    EXPECT_EQ(rest, std::string(307, 'x') + '\0');
+    // 408 bytes in portions of 100, with a tenth of a second behind each but the last.
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(400));
+}
+
+TEST_F(ApplicationServerTest, ApplicationThatIsNoLongerSlow_ReceivesTheRestAtOnce)
+{
+    RawApplication application(path_);
+    telephone_.readingRate = 10;
+    application.send(bytes({"say " + std::string(400, 'x')}));
+    EXPECT_EQ(application.receive(), "r");
+
+    telephone_.readingRate = 0;
+
+    EXPECT_EQ(application.receiveUntil(1), "esult\n" + std::string(400, 'x') + '\0');
+}

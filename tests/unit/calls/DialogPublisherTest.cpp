@@ -1,10 +1,9 @@
 #include "telephone/calls/DialogPublisher.h"
 
-#include <chrono>
-#include <future>
 #include <mutex>
 
 #include "telephone/sip/DialogSubscription.h"
+#include "telephone/time/Gate.h"
 #include "tests/helpers/EnginePhone.h"
 
 namespace telephone::test {
@@ -16,11 +15,11 @@ TEST(DialogPublisherTest, RefreshedSubscription_ReceivesANewDocument)
     sip::Account account;
     account.user = "4711";
     account.domain = watcher.engine().userAgent().hostPort();
-    std::promise<void> second;
+    Gate second("the second document");
     int documents = 0;
     auto const changed = [&](std::vector<sip::DialogEntry> const&) {
         if (++documents == 2) {
-            second.set_value();
+            second.open();
         }
     };
 
@@ -29,7 +28,7 @@ TEST(DialogPublisherTest, RefreshedSubscription_ReceivesANewDocument)
         watcher.engine().userAgent(), account, watched.uri(), changed, [](int, std::string const&) {}, 3);
 
     ASSERT_TRUE(subscription) << subscription.error().reason;
-    EXPECT_EQ(second.get_future().wait_for(std::chrono::seconds(10)), std::future_status::ready);
+    EXPECT_TRUE(second.waitFor(std::chrono::seconds(10)));
     std::lock_guard const guard(eventLoop());
     subscription->reset();
 }

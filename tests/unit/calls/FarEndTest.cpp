@@ -1,8 +1,5 @@
 // Far ends that do not answer, go away or have nothing in common with this telephone.
-#include <arpa/inet.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
+#include "telephone/sip/Stack.h"
 #include "tests/helpers/EnginePhone.h"
 
 namespace telephone::test {
@@ -14,25 +11,27 @@ class SilentPort
 {
 public:
     SilentPort()
-        : socket_(::socket(AF_INET, SOCK_DGRAM, 0))
     {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t length = sizeof address;
-        auto* const name = reinterpret_cast<sockaddr*>(&address);
-        if (::bind(socket_, name, length) == 0 && ::getsockname(socket_, name, &length) == 0) {
-            port_ = ntohs(address.sin_port);
-        }
+        std::lock_guard const guard(eventLoop());
+        sa address{};
+        sa_set_str(&address, "127.0.0.1", 0);
+        auto const ignore = [](sa const*, mbuf*, void*) {};
+        EXPECT_EQ(udp_listen(socket_.out(), &address, ignore, nullptr), 0);
+        EXPECT_EQ(udp_local_get(socket_.get(), &address), 0);
+        port_ = sa_port(&address);
     }
-    ~SilentPort() { ::close(socket_); }
+    ~SilentPort()
+    {
+        std::lock_guard const guard(eventLoop());
+        socket_.reset();
+    }
     SilentPort(SilentPort const&) = delete;
     SilentPort& operator=(SilentPort const&) = delete;
 
     std::string uri() const { return "sip:nobody@127.0.0.1:" + std::to_string(port_); }
 
 private:
-    int socket_;
+    sip::Ref<udp_sock> socket_;
     std::uint16_t port_ = 0;
 };
 

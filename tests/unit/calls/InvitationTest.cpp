@@ -18,11 +18,7 @@ public:
     bool call(std::string const& target, sip::Headers const& headers)
     {
         std::lock_guard const guard(eventLoop());
-        sip::CallRequest request;
-        request.account.user = "9000";
-        request.account.displayName = "Nina Nine";
-        request.account.domain = agent_.hostPort();
-        request.target = target;
+        sip::CallRequest request = requestFrom("9000", target);
         request.headers = headers;
         auto session = agent_.call(request, *this);
         if (session) {
@@ -37,6 +33,20 @@ public:
         return session_->sendInfo(content).has_value();
     }
 
+    // Calls in place of its call, as another party, and hangs up before it knows of the answer.
+    bool replaceCall(std::string const& target)
+    {
+        std::lock_guard const guard(eventLoop());
+        sip::CallRequest request = requestFrom("9001", target);
+        request.replaces = session_->dialogId().replaces();
+        auto session = agent_.call(request, *this);
+        session_->hangUp();
+        if (session) {
+            session_ = std::move(*session);
+        }
+        return session.has_value();
+    }
+
     std::string digits() const
     {
         std::lock_guard const guard(eventLoop());
@@ -45,6 +55,16 @@ public:
 
 private:
     void onDigit(sip::Session&, char digit) override { digits_ += digit; }
+
+    sip::CallRequest requestFrom(std::string const& user, std::string const& target) const
+    {
+        sip::CallRequest request;
+        request.account.user = user;
+        request.account.displayName = "Nina Nine";
+        request.account.domain = agent_.hostPort();
+        request.target = target;
+        return request;
+    }
 
     static sip::UserAgentConfig withoutTelephoneEvents()
     {
@@ -148,6 +168,17 @@ TEST_F(Invitation, SecurityChangeToPlain_RenewsTheMediaAndTellsIt)
     ASSERT_TRUE(phone_.engine().established().changeSecurity(1001, false));
 
     phone_.expect({"security 4711 1001 1"});
+}
+
+TEST_F(Invitation, ReplacedPartyThatHangsUpBeforeTheNewOneConfirms_DoesNotEndTheCall)
+{
+    connect();
+
+    ASSERT_TRUE(peer_.replaceCall(phone_.uri()));
+
+    phone_.expect({"party 4711 1001 9001 0 0"});
+    ASSERT_TRUE(phone_.engine().clear(1001));
+    phone_.expect({"state 4711 1001 idle normal 9001"});
 }
 
 TEST_F(Invitation, ReplacesOfAnUnknownCall_IsRefused)

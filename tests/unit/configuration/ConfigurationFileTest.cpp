@@ -245,6 +245,30 @@ INSTANTIATE_TEST_SUITE_P(
               "http.certificate and http.key; without them use 127.0.0.1"}),
     [](auto const& row) { return row.param.name; });
 
+TEST(ConfigurationFile, Faults_AreRead)
+{
+    auto const configuration = parse("[[fault]]\nwhat = \"datagrams lost 2\"\nat = \"3s\"\nfor = \"1\"\n"
+                                     "[[fault]]\nwhat = \"store full\"\nafter = 5\n"
+                                     "[[fault]]\nwhat = \"lamps stuck\"\non = \"CallHeldEvent\"\n");
+
+    ASSERT_EQ(configuration.faults.size(), 3U);
+    EXPECT_EQ(configuration.faults[0].what, "datagrams lost 2");
+    EXPECT_EQ(configuration.faults[0].at, "3s");
+    EXPECT_EQ(configuration.faults[0].lasts, "1");
+    EXPECT_EQ(configuration.faults[1].after, 5);
+    EXPECT_EQ(configuration.faults[2].on, "CallHeldEvent");
+}
+
+TEST(ConfigurationFile, FaultWithoutWhatOrWithTwoMoments_IsRefusedWithItsLine)
+{
+    EXPECT_EQ(errorOf("[[fault]]\nat = \"3s\"\n"), "desk.toml:1: a fault needs what: what = \"store full\"");
+    EXPECT_EQ(errorOf("[[fault]]\nwhat = \"store full\"\n\n[[fault]]\nwhat = \"lamps stuck\"\nat = \"3\"\n"
+                      "after = 2\n"),
+              "desk.toml:4: a fault begins at one moment: only one of at, on and after can be given");
+    EXPECT_EQ(errorOf("[[fault]]\nwhat = \"store full\"\nafter = -1\n"),
+              "desk.toml:3: fault.after takes an integer from 0 to 1000000, not the integer -1");
+}
+
 TEST(ConfigurationFile, HttpOnThisMachine_NeedsNoCertificate)
 {
     for (char const* const address : {"127.0.0.1:8080", "127.1.2.3:0", "localhost:80", "[::1]:8080"}) {

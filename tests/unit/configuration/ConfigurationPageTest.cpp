@@ -45,7 +45,7 @@ TEST(ConfigurationExample, HoldsEveryKeyOfTheReader)
 
     expectKeys("", fields::kPhone);
     forEachSection([&](std::string_view name, auto, auto const& sectionFields) {
-        bool const several = name == "line" || name == "key" || name == "exchange.number";
+        bool const several = name == "line" || name == "key" || name == "exchange.number" || name == "fault";
         expectKeys((several ? "[[" : "[") + std::string(name), sectionFields);
     });
 }

@@ -2,11 +2,11 @@
 
 #include <chrono>
 #include <sstream>
-#include <thread>
 
 #include <gtest/gtest.h>
 
 #include "ConsoleDoubles.h"
+#include "telephone/time/Waiting.h"
 
 using namespace telephone;
 
@@ -197,7 +197,7 @@ TEST_F(ScriptPlayerTest, SecondsWithUnit_AreTaken)
 TEST_F(ScriptPlayerTest, EventShortlyAfterTheLastStep_IsShownAndNotTimed)
 {
     telephone_.dispatcher.post([](CommunicationsServiceEventIfc& events) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));  // the event is late
+        sleepFor(std::chrono::milliseconds(10));  // the event is late
         events.callHeld("4711", 1);
     });
 

@@ -121,3 +121,17 @@ TEST_F(RequestRunnerTest, Run_OfARequestWithoutRefusals_HasNoneOfTheOneBefore)
 
     EXPECT_EQ(runner_.run(channel_, "x").refusals, std::vector<Refusal>{});
 }
+
+TEST_F(RequestRunnerTest, Run_TellsWhenARequestIsDone_AlsoOneThatFailed)
+{
+    int done = 0;
+    runner_.whenDone([&done] { ++done; });
+    invoker_.act = [&done](InvokerResponse&) { EXPECT_EQ(done, 0); };
+    runner_.run(channel_, "<Method>GetDevices</Method>");
+    EXPECT_EQ(done, 1);
+
+    invoker_.act = [](InvokerResponse&) { throw std::runtime_error("broken"); };
+    runner_.run(channel_, "<Method>GetDevices</Method>");
+
+    EXPECT_EQ(done, 2);
+}

@@ -344,5 +344,36 @@ TEST_F(ConfigurationStoreTest, OwnWrite_KeepsEarlierValuesOfAnotherProgram)
     EXPECT_EQ(settings->text("cfb-address"), "103");
 }
 
+TEST_F(ConfigurationStoreTest, FaultOfAFullStore_RefusesUntilItEndsAndKeepsTheValue)
+{
+    auto const settings = open();
+    EXPECT_TRUE(settings->set("cfu-address", "102"));
+    settings->setStoreFull(true);
+
+    auto const refused = settings->set("cfu-address", "103");
+
+    EXPECT_EQ(refused.error().kind, RefusalKind::kLimit);
+    EXPECT_EQ(settings->text("cfu-address"), "102");
+    EXPECT_FALSE(settings->isWritable());
+    settings->setStoreFull(false);
+    EXPECT_TRUE(settings->set("cfu-address", "103"));
+    EXPECT_EQ(open()->text("cfu-address"), "103");
+}
+
+TEST_F(ConfigurationStoreTest, FaultOfASlowStore_PausesBeforeEachWrite)
+{
+    auto const settings = open();
+    std::vector<std::string> before;
+    settings->setPauseBeforeWrites(
+        std::make_shared<std::function<void()> const>([&] { before.push_back(settings->text("cfu-address")); }));
+
+    EXPECT_TRUE(settings->set("cfu-address", "102"));
+    EXPECT_TRUE(settings->set("cfu-address", "103"));
+    settings->setPauseBeforeWrites(nullptr);
+    EXPECT_TRUE(settings->set("cfu-address", "104"));
+
+    EXPECT_EQ(before, (std::vector<std::string>{"", "102"}));
+}
+
 }  // namespace
 }  // namespace telephone

@@ -301,5 +301,46 @@ TEST_F(PhysicalInterfaceTest, Presses_AfterTheEnd_AreRefused)
     EXPECT_EQ(reasonOf(keys_.press("1")), "the keys have stopped because the telephone is ending");
 }
 
+TEST_F(PhysicalInterfaceTest, BouncingKeys_PressSeveralTimesWithAReleaseBetween)
+{
+    subscriber_.subscribeTo(keys_);
+    keys_.setKeyHandler(&handler_);
+    seen();
+    keys_.setPresses(3);
+    EXPECT_TRUE(keys_.press("6"));
+    EXPECT_TRUE(keys_.release("6"));
+    keys_.flush();
+    keys_.setPresses(1);
+    EXPECT_TRUE(keys_.press("6"));
+
+    EXPECT_THAT(seen(),
+                ElementsAre("function 58 key 6 action 1 Do not disturb", "function 58 key 6 action 2 Do not disturb",
+                            "function 58 key 6 action 1 Do not disturb", "function 58 key 6 action 2 Do not disturb",
+                            "function 58 key 6 action 1 Do not disturb", "function 58 key 6 action 2 Do not disturb",
+                            "function 58 key 6 action 1 Do not disturb"));
+    EXPECT_THAT(handler_.pressed, ElementsAre(6, 6, 6, 6));
+    keys_.setKeyHandler(nullptr);
+}
+
+TEST_F(PhysicalInterfaceTest, StuckLamps_StayAndThenTakeTheirLatestMode)
+{
+    std::vector<PhysDefs::SubscriptionGrp> lamps{PhysDefs::ActionGrp(2, 4)};
+    EXPECT_TRUE(keys_.subscribePhysicalEvents(&subscriber_, lamps));
+    keys_.lampBoard().setKey(1, {PhysDefs::lampSteady, PhysDefs::lampGreen});
+    seen();
+    keys_.lampBoard().setStuck(true);
+    keys_.lampBoard().setKey(1, {});
+    keys_.lampBoard().setKey(2, {PhysDefs::lampSteady, PhysDefs::lampRed});
+    keys_.lampBoard().setKey(2, {PhysDefs::lampFlashing, PhysDefs::lampRed});
+
+    EXPECT_EQ(keys_.lampMode("1"), "steady");
+    EXPECT_EQ(keys_.lampMode("2"), "off");
+    EXPECT_THAT(seen(), IsEmpty());
+    keys_.lampBoard().setStuck(false);
+    EXPECT_EQ(keys_.lampMode("1"), "off");
+    EXPECT_EQ(keys_.lampMode("2"), "flashing");
+    EXPECT_THAT(seen(), ElementsAre("lamp 1 0 0", "lamp 2 2 1"));
+}
+
 }  // namespace
 }  // namespace telephone

@@ -1,8 +1,6 @@
 // CSfi as the service uses it: call records, features by number and destination, settings.
 #include "telephone/sfi/Sfi.h"
 
-#include <future>
-
 #include "platform/framework/Executable.h"
 #include "platform/framework/SvcRTEContext.h"
 #include "platform/management/ManageableData.h"
@@ -16,6 +14,7 @@
 #include "telephone/management/LocalManagement.h"
 #include "telephone/management/Settings.h"
 #include "telephone/sfi/SettingsCallPolicy.h"
+#include "telephone/time/Gate.h"
 #include "tests/helpers/EnginePhone.h"
 #include "tests/helpers/EventRecorder.h"
 
@@ -29,9 +28,14 @@ class Service final : public Executable
 public:
     void init(Context&) override {}
     void shutdown() override {}
-    void timerEvent(int timerId) override { expired.set_value(timerId); }
+    void timerEvent(int timerId) override
+    {
+        expiredTimer = timerId;
+        expired.open();
+    }
 
-    std::promise<int> expired;
+    int expiredTimer = 0;
+    Gate expired{"the timer of the service"};
 };
 
 class SfiTest : public ::testing::Test
@@ -319,13 +323,12 @@ TEST_F(SfiTest, HoldKey_HoldsAndRetrieves)
 TEST_F(SfiTest, Timer_ExpiresAtTheService)
 {
     Service service;
-    std::future<int> expired = service.expired.get_future();
     sfi_.SetCommsService(&service);
 
     int const timer = sfi_.StartTimer(1);
 
-    ASSERT_EQ(expired.wait_for(EventRecorder::kDeadline), std::future_status::ready);
-    EXPECT_EQ(expired.get(), timer);
+    ASSERT_TRUE(service.expired.waitFor(EventRecorder::kDeadline));
+    EXPECT_EQ(service.expiredTimer, timer);
     EXPECT_NE(timer, 0);
     timers_.deliverTo(nullptr);
 }

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "telephone/sip/DatagramFaults.h"
 #include "telephone/time/VirtualTime.h"
 #include "telephone/time/Waiting.h"
 
@@ -305,6 +306,137 @@ TEST_F(MemoryNetworkTest, ChanceOfTheStack_ComesFromTheSeed)
 
     EXPECT_EQ(std::string(text.data()).size(), 8U);
     EXPECT_NE(rand_u64(), rand_u64());
+}
+
+class DatagramFaultsTest : public MemoryNetworkTest
+{
+protected:
+    ~DatagramFaultsTest() override
+    {
+        for (auto const id : begun_) {
+            datagramFaults().end(id);
+        }
+    }
+
+    void begin(DatagramFault fault)
+    {
+        fault.concerns = [](Datagram const& datagram) { return !datagram.isRtp(); };
+        fault.befell = [this](Datagram const& datagram) { told_.push_back(datagram.describe()); };
+        fault.ended = [this] { told_.emplace_back("ended"); };
+        begun_.push_back(datagramFaults().begin(std::move(fault)));
+    }
+    void send(std::initializer_list<char const*> texts)
+    {
+        for (char const* const text : texts) {
+            one_.send(two_.address, *buffer_.get(), text);
+        }
+    }
+
+    Receiver one_{5001};
+    Receiver two_{5002};
+    std::vector<std::string> told_;
+    std::vector<DatagramFaults::Id> begun_;
+};
+
+TEST_F(DatagramFaultsTest, LostDatagrams_DoNotArriveAndAreToldOf)
+{
+    begin({.fate = DatagramFate::kLost, .count = 2});
+
+    send({"INVITE x\r\nFrom: y", "ACK", "BYE"});
+    deliverAll();
+
+    EXPECT_EQ(two_.received, (std::vector<std::string>{"BYE from 5001"}));
+    EXPECT_EQ(told_, (std::vector<std::string>{"from 127.0.0.1:5001 to 127.0.0.1:5002 (INVITE x)",
+                                               "from 127.0.0.1:5001 to 127.0.0.1:5002 (ACK)", "ended"}));
+    EXPECT_TRUE(datagramFaults().isEmpty());
+}
+
+TEST_F(DatagramFaultsTest, RtpAndOtherDatagrams_AreToldApart)
+{
+    begin({.fate = DatagramFate::kLost});
+
+    send({"\x80\x08", "\xbf", "OK", "\x7f", "\xc0"});
+    deliverAll();
+
+    EXPECT_EQ(two_.received, (std::vector<std::string>{"\x80\x08 from 5001", "\xbf from 5001"}));
+    EXPECT_EQ((Datagram{"a", "b", "\x80"}).describe(), "from a to b (RTP)");
+    EXPECT_FALSE((Datagram{"a", "b", ""}).isRtp());
+}
+
+TEST_F(DatagramFaultsTest, DoubledDatagram_ComesTwice)
+{
+    begin({.fate = DatagramFate::kDoubled, .count = 1});
+
+    send({"1", "2"});
+    deliverAll();
+
+    EXPECT_EQ(two_.received, (std::vector<std::string>{"1 from 5001", "1 from 5001", "2 from 5001"}));
+}
+
+TEST_F(DatagramFaultsTest, LateDatagram_ComesAfterItsDelayAndHoldsNobodyUp)
+{
+    begin({.fate = DatagramFate::kLate, .count = 1, .delay = 40ms});
+
+    send({"1", "2"});
+    memoryNetwork().deliver();
+    EXPECT_EQ(two_.received, (std::vector<std::string>{"2 from 5001"}));
+    EXPECT_EQ(memoryNetwork().nextArrival() - SteadyClock::now(), 40ms);
+    deliverAll();
+
+    EXPECT_EQ(two_.received, (std::vector<std::string>{"2 from 5001", "1 from 5001"}));
+}
+
+TEST_F(DatagramFaultsTest, OvertakenDatagram_ComesAfterTheNextOneToTheSameReceiver)
+{
+    Receiver three(5003);
+    begin({.fate = DatagramFate::kOvertaken, .count = 1});
+
+    send({"1"});
+    one_.send(three.address, *buffer_.get(), "other");
+    send({"2", "3"});
+    deliverAll();
+
+    EXPECT_EQ(three.received, (std::vector<std::string>{"other from 5001"}));
+    EXPECT_EQ(two_.received, (std::vector<std::string>{"2 from 5001", "1 from 5001", "3 from 5001"}));
+}
+
+TEST_F(DatagramFaultsTest, OvertakenDatagram_WithNoneBehindItComesAfterASecond)
+{
+    begin({.fate = DatagramFate::kOvertaken, .count = 1});
+
+    send({"1"});
+    EXPECT_EQ(memoryNetwork().nextArrival() - SteadyClock::now(), 1s);
+    deliverAll();
+    memoryNetwork().deliver();
+    EXPECT_EQ(two_.received, (std::vector<std::string>{"1 from 5001"}));
+    send({"2"});
+    deliverAll();
+
+    EXPECT_EQ(two_.received, (std::vector<std::string>{"1 from 5001", "2 from 5001"}));
+}
+
+TEST_F(DatagramFaultsTest, OneFault_BefallsADatagram)
+{
+    begin({.fate = DatagramFate::kDoubled, .count = 1});
+    begin({.fate = DatagramFate::kLost, .count = 1});
+
+    send({"1", "2", "3"});
+    deliverAll();
+
+    EXPECT_EQ(two_.received, (std::vector<std::string>{"1 from 5001", "1 from 5001", "3 from 5001"}));
+}
+
+TEST_F(DatagramFaultsTest, PercentOfLoss_IsDrawn)
+{
+    begin({.fate = DatagramFate::kLost, .percent = 20});
+
+    for (int i = 0; i < 1000; ++i) {
+        send({"1"});
+    }
+    deliverAll();
+
+    EXPECT_GT(two_.received.size(), 750U);
+    EXPECT_LT(two_.received.size(), 850U);
 }
 
 }  // namespace

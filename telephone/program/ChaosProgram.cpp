@@ -1,0 +1,155 @@
+// The command chaos.
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+
+#include <spdlog/fmt/fmt.h>
+
+#include "telephone/chaos/ChaosScript.h"
+#include "telephone/exchange/BuiltInNumbers.h"
+#include "telephone/framework/Log.h"
+#include "telephone/framework/StopSignal.h"
+#include "telephone/program/Programs.h"
+#include "telephone/program/StartConfiguration.h"
+#include "telephone/testing/TestOutput.h"
+#include "telephone/testing/TestRun.h"
+#include "telephone/testing/WorkingFolder.h"
+
+namespace telephone {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kHoursAtOnce = 50;  // whose scripts exist at a time
+constexpr double kLimit = 300;    // seconds for one
+
+ChaosGround groundOf(Configuration const& configuration)
+{
+    ChaosGround ground;
+    for (LineConfiguration const& line : configuration.lines) {
+        ground.lines.push_back(line.id);
+        ground.numbers.push_back(line.id);
+    }
+    for (exchange::BuiltInNumber const& each : exchange::kBuiltInNumbers) {
+        ground.numbers.emplace_back(each.number);
+    }
+    for (KeyConfiguration const& key : configuration.keys) {
+        ground.keys.push_back(key.number);
+    }
+    return ground;
+}
+
+// Plays random hours. Keeps the files of a failed one.
+class Chaos
+{
+public:
+    Chaos(CommandLine const& line, StopSignal const& stop, ChaosGround ground, std::string folder)
+        : line_(line)
+        , stop_(stop)
+        , ground_(std::move(ground))
+        , folder_(std::move(folder))
+    {}
+
+    // The hours that were played; refused with the shortest script for the first failure.
+    Outcome<int> run()
+    {
+        for (int hour = 0; hour < line_.hours && !stop_.isRaised(); hour += kHoursAtOnce) {
+            auto const failed = failureIn(hour, std::min(hour + kHoursAtOnce, line_.hours));
+            if (failed) {
+                return explain(*failed);
+            }
+            std::cout << fmt::format("{} hours of {}\n", std::min(hour + kHoursAtOnce, line_.hours), line_.hours)
+                      << std::flush;
+        }
+        return 0;
+    }
+
+private:
+    // Every hour has its own seed, for the script as for the order of its threads.
+    [[nodiscard]] std::uint64_t seedOf(int hour) const { return line_.seed + static_cast<std::uint64_t>(hour) + 1; }
+
+    std::string write(ScriptLines const& lines, std::string const& name) const
+    {
+        std::string file = folder_ + "/" + name + ".script";
+        std::ofstream(file) << fmt::format("{}\n", fmt::join(lines, "\n"));
+        return file;
+    }
+
+    [[nodiscard]] TestTask taskOf(std::string const& script, std::uint64_t seed) const
+    {
+        std::vector<std::string> options{"--time", "virtual", "--seed", std::to_string(seed), "--check", "events"};
+        if (!line_.configuration.empty()) {
+            options.insert(options.end(), {"--config", fs::absolute(line_.configuration).string()});
+        }
+        return {script, seed, fs::path(script).stem().string(), options};
+    }
+
+    [[nodiscard]] std::vector<TestRun::Result> play(std::vector<TestTask> tasks, int logLevel) const
+    {
+        TestPlan const plan{
+            ownProgram(),     {"--log-level", std::to_string(logLevel), "--log-file", "log", "--socket", "socket"},
+            std::move(tasks), jobsOf(line_.test.jobs),
+            kLimit,           folder_};
+        return TestRun(plan, stop_.descriptor(), [](TestRun::Result const&) {}).play();
+    }
+
+    static bool hasFailed(TestRun::Result const& result)
+    {
+        return result.verdict != ScriptVerdict::kPassed && result.verdict != ScriptVerdict::kNotRun;
+    }
+
+    [[nodiscard]] std::optional<std::uint64_t> failureIn(int first, int end) const
+    {
+        std::vector<TestTask> tasks;
+        for (int hour = first; hour < end; ++hour) {
+            std::uint64_t const seed = seedOf(hour);
+            tasks.push_back(taskOf(write(chaosScript(ground_, seed), fmt::format("hour-{}", seed)), seed));
+        }
+        auto const results = play(tasks, 0);
+        for (TestTask const& each : tasks) {
+            fs::remove(each.script);
+            fs::remove_all(folder_ + "/" + each.name);  // the shortened script leaves better files
+        }
+        auto const failed = std::ranges::find_if(results, hasFailed);
+        return failed == results.end() ? std::nullopt : std::optional(failed->task.seed);
+    }
+
+    Outcome<int> explain(std::uint64_t seed) const
+    {
+        std::cout << fmt::format("the hour with seed {} fails; looking for the lines that matter\n", seed)
+                  << std::flush;
+        auto const fails = [&](ScriptLines const& lines) {
+            return !stop_.isRaised() && hasFailed(play({taskOf(write(lines, "attempt"), seed)}, 0).front());
+        };
+        ScriptLines const lines = shortened(chaosScript(ground_, seed), fails);
+        fs::remove(folder_ + "/attempt.script");
+        fs::remove_all(folder_ + "/attempt");
+        std::string const script = write(lines, fmt::format("failure-{}", seed));
+        auto const results = play({taskOf(script, seed)}, kLogDetail);
+        std::cout << fmt::format("{}\n", fmt::join(lines, "\n")) << failureList(results) << std::flush;
+        return 1;
+    }
+
+    CommandLine const& line_;
+    StopSignal const& stop_;
+    ChaosGround const ground_;
+    std::string const folder_;
+};
+
+}  // namespace
+
+Outcome<int> runChaos(CommandLine const& line, StopSignal const& stop)
+{
+    return startConfiguration(line).and_then([&](Configuration const& configuration) {
+        return workingFolder(line.test.files).and_then([&](std::string const& folder) {
+            auto status = Chaos(line, stop, groundOf(configuration), folder).run();
+            std::error_code ignored;
+            fs::remove(folder, ignored);  // if nothing was kept
+            return status;
+        });
+    });
+}
+
+}  // namespace telephone
