@@ -19,6 +19,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
+// Time moves so far between two looks at the state; 30 seconds at most for each step.
 constexpr auto kMove = 50ms;
 constexpr int kMostMoves = 600;
 constexpr std::string_view kSuccess = "sfiSuccess";
@@ -57,6 +58,7 @@ FixturePlayer::FixturePlayer(Session& session, Fixture const& fixture)
 Outcome<> FixturePlayer::play()
 {
     TelephoneControls& telephone = session_.services().telephone;
+    // A telephone that cannot become ready shows why in its first step.
     auto outcome = await([](TelephoneState const& state) { return state.ready; }).and_then([&](bool) {
         return checkStart(telephone.state());
     });
