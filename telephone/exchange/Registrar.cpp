@@ -56,8 +56,8 @@ Outcome<RegistrarConduct> RegistrarConduct::read(std::string_view text)
     }
     RegistrarConduct conduct{.kind = row->kind};
     if (row->kind == Kind::kRefuse) {
-        return readStatus(value).map([&conduct](int status) {
-            conduct.status = status;
+        return readStatus(value).map([&conduct](int read) {
+            conduct.status = read;
             return conduct;
         });
     }
