@@ -1,0 +1,107 @@
+#include "telephone/access/Invariants.h"
+
+#include <gtest/gtest.h>
+
+namespace telephone {
+namespace {
+
+using Sentences = std::vector<std::string>;
+
+EventHistory::Events toldStates(std::vector<std::pair<int, int>> const& states)
+{
+    EventHistory::Events events;
+    for (auto const& [call, state] : states) {
+        auto const text = "<Method>CallStateChangeEvent</Method><LineID>4711</LineID><CallID>" + std::to_string(call) +
+                          "</CallID><CallState>" + std::to_string(state) + "</CallState>";
+        events.push_back(std::make_shared<PastEvent const>(PastEvent{events.size() + 1, {}, text}));
+    }
+    return events;
+}
+
+TelephoneState stateWithCall(int id, char const* state)
+{
+    TelephoneState telephone;
+    CallStatus& call = telephone.calls.emplace_back();
+    call.id = id;
+    call.state = state;
+    return telephone;
+}
+
+TelephoneState stateWithLamp(char const* function, char const* target)
+{
+    TelephoneState telephone;
+    LineStatus& line = telephone.lines.emplace_back();
+    line.id = "4711";
+    line.state = "idle";
+    KeyState& key = telephone.keys.emplace_back();
+    key.number = 1;
+    key.function = function;
+    key.target = target;
+    key.lamp.mode = "steady";
+    return telephone;
+}
+
+TEST(InvariantsTest, CallThatIsToldAndThere_IsRight)
+{
+    EXPECT_EQ(wronglyToldCalls(toldStates({{1, 1}, {1, 6}}), stateWithCall(1, "connected")), Sentences());
+}
+
+TEST(InvariantsTest, CallWhoseEndWasTold_IsRight)
+{
+    EXPECT_EQ(wronglyToldCalls(toldStates({{1, 6}, {1, 0}, {2, 13}, {3, 14}}), TelephoneState()), Sentences());
+}
+
+TEST(InvariantsTest, CallThatEndsWithoutEvent_IsFound)
+{
+    EXPECT_EQ(wronglyToldCalls(toldStates({{7, 6}}), TelephoneState()),
+              (Sentences{"call 7 is over without an event; the last one said connected"}));
+}
+
+TEST(InvariantsTest, CallThatWasToldToBeOver_IsFound)
+{
+    EXPECT_EQ(wronglyToldCalls(toldStates({{7, 6}, {7, 0}}), stateWithCall(7, "held")),
+              (Sentences{"call 7 is held, and its events say that it is over"}));
+}
+
+TEST(InvariantsTest, LampOfAnIdleLine_HasNoCause)
+{
+    EXPECT_EQ(lampsWithoutCause(stateWithLamp("line", "4711")),
+              (Sentences{"the lamp 1 is steady, and the line is idle"}));
+}
+
+TEST(InvariantsTest, LampOfAnotherTelephonesLine_IsNotJudged)
+{
+    EXPECT_EQ(lampsWithoutCause(stateWithLamp("dss", "4799")), Sentences());
+}
+
+TEST(InvariantsTest, LampOfABusyLine_HasACause)
+{
+    TelephoneState telephone = stateWithLamp("line", "4711");
+    telephone.lines[0].state = "held";
+
+    EXPECT_EQ(lampsWithoutCause(telephone), Sentences());
+}
+
+TEST(InvariantsTest, LampsOfSettings_FollowThem)
+{
+    TelephoneState telephone = stateWithLamp("dnd", "");
+    EXPECT_EQ(lampsWithoutCause(telephone), (Sentences{"the lamp 1 is steady, and do-not-disturb is off"}));
+    telephone.lines[0].doNotDisturb = true;
+    EXPECT_EQ(lampsWithoutCause(telephone), Sentences());
+
+    telephone = stateWithLamp("forwarding", "103");
+    EXPECT_EQ(lampsWithoutCause(telephone), (Sentences{"the lamp 1 is steady, and no line is forwarded"}));
+    telephone.lines[0].forwarding.push_back({6, "no reply", true, "103"});
+    EXPECT_EQ(lampsWithoutCause(telephone), Sentences());
+}
+
+TEST(InvariantsTest, LampThatIsOff_NeedsNoCause)
+{
+    TelephoneState telephone = stateWithLamp("messages", "");
+    telephone.keys[0].lamp.mode = "off";
+
+    EXPECT_EQ(lampsWithoutCause(telephone), Sentences());
+}
+
+}  // namespace
+}  // namespace telephone
