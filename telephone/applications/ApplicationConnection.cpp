@@ -102,7 +102,7 @@ std::size_t ApplicationConnection::permitted() const
     if (rate == 0) {
         return waiting();
     }
-    std::size_t const portion = std::max(rate / kPortionsPerSecond, 1);
+    auto const portion = static_cast<std::size_t>(std::max(rate / kPortionsPerSecond, 1));
     return SteadyClock::now() < nextWrite_ ? 0 : std::min(waiting(), portion);
 }
 

@@ -14,7 +14,7 @@ namespace telephone {
 
 namespace {
 
-constexpr std::size_t kWordsInName = 2;
+constexpr std::ptrdiff_t kWordsInName = 2;
 constexpr std::uint64_t kMostRequests = 1'000'000;
 
 Outcome<> wrongOrder(std::string reason)
@@ -104,7 +104,7 @@ Outcome<> checkMoments(FaultOrder const& order)
 
 Outcome<FaultKind const*> kindNamed(Words const& words)
 {
-    auto const name = joinWords({words.begin(), words.begin() + std::min(words.size(), kWordsInName)});
+    auto const name = joinWords({words.begin(), words.begin() + std::min(std::ssize(words), kWordsInName)});
     FaultKind const* const kind = findFaultKind(name);
     auto const names = namesOf(faultKinds(), &FaultKind::name);
     if (kind == nullptr) {
