@@ -77,8 +77,9 @@ protected:
 
     Ended replay(std::vector<std::string> const& options = {}) const
     {
-        std::vector<std::string> command{TELEPHONE, "--time", "virtual", "--log-level",      "0",
-                                         "--check", "events", "replay",  file("a.recording")};
+        // From the folder of the scripts, where the files lie that their commands name.
+        std::vector<std::string> command{"env",         "--chdir", SCRIPTS,   TELEPHONE, "--time", "virtual",
+                                         "--log-level", "0",       "--check", "events",  "replay", file("a.recording")};
         command.insert(command.end(), options.begin(), options.end());
         return run(command);
     }

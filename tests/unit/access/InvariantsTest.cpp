@@ -12,7 +12,12 @@ EventHistory::Events toldStates(std::vector<std::pair<int, int>> const& states)
     EventHistory::Events events;
     for (auto const& [call, state] : states) {
         auto const text = "<Method>CallStateChangeEvent</Method><LineID>4711</LineID><CallID>" + std::to_string(call) +
-                          "</CallID><CallState>" + std::to_string(state) + "</CallState>";
+                          "</CallID><CallState>" + std::to_string(state) +
+                          "</CallState><Reason>1</Reason><SendOptions>0</SendOptions><URI></URI><Name></Name>"
+                          "<GPUCLG></GPUCLG><GPUCLGName></GPUCLGName><GPUCLD></GPUCLD><GPUCLDName></GPUCLDName>"
+                          "<ResourcePriority>0</ResourcePriority><PreemptionCause>0</PreemptionCause>"
+                          "<PreemptionText></PreemptionText><CallBackFearureAvailable>0</CallBackFearureAvailable>"
+                          "<ILCallLevel>0</ILCallLevel><ILLocalLevel>0</ILLocalLevel>";
         events.push_back(std::make_shared<PastEvent const>(PastEvent{events.size() + 1, {}, text}));
     }
     return events;
