@@ -79,7 +79,7 @@ exchange 4711 hang-up
 ```
 
 The telephone learns all of it from the event package "dialog" (RFC 4235, RFC 7463). The exchange counts the appearances of the
-line: of two who want the same one, the first has it. A seizure that comes too late is refused, a call that comes too late is
+line: if two want the same one, the first gets it. A seizure that comes too late is refused; a call that comes too late is
 answered with 403.
 
 ## The registrar

@@ -4,30 +4,21 @@
 #include <cstdint>
 #include <string_view>
 
-#include <dlfcn.h>
-
 #include "telephone/sip/Stack.h"
+#include "telephone/sip/StackFunction.h"
 #include "telephone/time/VirtualTime.h"
 
-namespace {
-
-template <typename Function>
-Function* ownFunction(char const* name)
-{
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
-
-}  // namespace
+using telephone::sip::stackFunction;
 
 std::uint64_t rand_u64()
 {
-    static auto* const next = ownFunction<decltype(rand_u64)>("rand_u64");
+    static auto* const next = stackFunction<decltype(rand_u64)>("rand_u64");
     return telephone::isVirtual() ? telephone::randomNumber() : next();
 }
 
 std::uint32_t rand_u32()
 {
-    static auto* const next = ownFunction<decltype(rand_u32)>("rand_u32");
+    static auto* const next = stackFunction<decltype(rand_u32)>("rand_u32");
     return telephone::isVirtual() ? static_cast<std::uint32_t>(telephone::randomNumber()) : next();
 }
 
@@ -55,7 +46,7 @@ void rand_str(char* text, std::size_t size)
 
 void rand_bytes(std::uint8_t* bytes, std::size_t size)
 {
-    static auto* const next = ownFunction<decltype(rand_bytes)>("rand_bytes");
+    static auto* const next = stackFunction<decltype(rand_bytes)>("rand_bytes");
     if (!telephone::isVirtual()) {
         return next(bytes, size);
     }

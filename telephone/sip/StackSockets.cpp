@@ -6,10 +6,9 @@
 #include <map>
 #include <string>
 
-#include <dlfcn.h>
-
 #include "telephone/sip/MemoryNetwork.h"
 #include "telephone/sip/Stack.h"
+#include "telephone/sip/StackFunction.h"
 #include "telephone/time/VirtualTime.h"
 
 namespace telephone::sip {
@@ -17,13 +16,6 @@ namespace telephone::sip {
 namespace {
 
 constexpr std::size_t kLongestDatagram = 65507;  // of IPv4
-
-// The stack's own function, which the one of the same name here hides.
-template <typename Function>
-Function* stackFunction(char const* name)
-{
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
 
 // Objects of the stack have a reference count and begin zeroed.
 template <typename Object>
