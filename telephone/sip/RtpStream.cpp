@@ -207,10 +207,14 @@ void RtpStream::receive(mbuf* packet)
     }
     std::uint8_t const* payload = mbuf_buf(packet);
     std::size_t const size = mbuf_get_left(packet);
-    if (agreement_.eventPayloadType >= 0 && header.pt == agreement_.eventPayloadType) {
-        receiveEvent(header, payload, size);
-    } else if (header.pt == 0 || header.pt == 8) {
-        receiveAudio(payload, size, header.pt == 8);
+    switch (Payload const kind = agreement_.received[header.pt]) {
+    case Payload::kEvents:
+        return receiveEvent(header, payload, size);
+    case Payload::kULaw:
+    case Payload::kALaw:
+        return receiveAudio(payload, size, kind == Payload::kALaw);
+    case Payload::kUnknown:
+        return;
     }
 }
 

@@ -62,14 +62,16 @@ protected:
         sa_set_str(&address, "127.0.0.1", port);
         return address;
     }
-    static void connect(RtpStream& stream, RtpStream const& far)
+    static void connect(RtpStream& stream, RtpStream const& far, int payloadType = 0)
     {
         SdpNegotiation::Agreement agreement;
         agreement.remote = loopback(far.localPort());
         agreement.direction = Direction::kSendReceive;
         agreement.codec = "PCMU";
-        agreement.payloadType = 0;
+        agreement.payloadType = payloadType;
+        agreement.received[static_cast<std::size_t>(payloadType)] = Payload::kULaw;
         agreement.eventPayloadType = 101;
+        agreement.received[101] = Payload::kEvents;
         stream.apply(agreement);
     }
 
@@ -101,6 +103,20 @@ TEST_F(RtpStreamTest, AudioForASink_IsSentWhileTheSinkListens)
     sleepFor(1s);
 
     EXPECT_EQ(left_->unheard(), 50U);
+    EXPECT_EQ(rightVoice_.written, 50);
+}
+
+TEST_F(RtpStreamTest, AudioOfADynamicPayloadType_IsHeard)
+{
+    {
+        std::lock_guard const lock(loop_);
+        connect(*left_, *right_, 97);
+        connect(*right_, *left_, 97);
+        right_->setSink(&rightVoice_);
+    }
+
+    sleepFor(kFiftyFrames);
+
     EXPECT_EQ(rightVoice_.written, 50);
 }
 
