@@ -120,6 +120,57 @@ TEST_F(RtpStreamTest, AudioOfADynamicPayloadType_IsHeard)
     EXPECT_EQ(rightVoice_.written, 50);
 }
 
+TEST_F(RtpStreamTest, AudioAndDigitsOfAStranger_AreNotHeard)
+{
+    std::string digits;
+    RtpStream stranger(clock_, loopback(0));
+    Voice strangersVoice;
+    {
+        std::lock_guard const lock(loop_);
+        right_->setSink(&rightVoice_);
+        right_->onDigit([&digits](char key) { digits += key; });
+    }
+    sleepFor(kFiftyFrames);
+    {
+        std::lock_guard const lock(loop_);
+        stranger.setSource(&strangersVoice);
+        connect(stranger, *right_);
+        stranger.sendDigits("9", 100ms);
+    }
+
+    sleepFor(1s);
+
+    std::lock_guard const lock(loop_);
+    stranger.stop();
+    EXPECT_EQ(digits, "");
+    EXPECT_EQ(rightVoice_.written, 100);
+    EXPECT_EQ(right_->statistics().received, 100U);
+    EXPECT_EQ(right_->statistics().foreign, 47U);  // a digit and its pause take 11 beats, 8 of them with a packet
+}
+
+TEST_F(RtpStreamTest, FarEndAtAnotherAddressThanDescribed_IsHeardAndAnswered)
+{
+    // What right has been told about left is wrong, as behind a NAT.
+    SdpNegotiation::Agreement agreement;
+    sa_set_str(&agreement.remote, "127.0.0.2", 9);
+    agreement.direction = Direction::kSendReceive;
+    agreement.codec = "PCMU";
+    agreement.payloadType = 0;
+    agreement.received[0] = Payload::kULaw;
+    {
+        std::lock_guard const lock(loop_);
+        right_->apply(agreement);
+        right_->setSink(&rightVoice_);
+        left_->setSink(&leftVoice_);
+    }
+
+    sleepFor(kFiftyFrames);
+
+    EXPECT_EQ(right_->statistics().foreign, 4U);
+    EXPECT_EQ(rightVoice_.written, 46);
+    EXPECT_GE(leftVoice_.written, 44);
+}
+
 TEST_F(RtpStreamTest, EchoOfWhatNobodyHears_IsNotSent)
 {
     right_->setEcho(true);
