@@ -11,6 +11,8 @@ EngineConfiguration EngineConfiguration::from(Configuration const& configuration
     engine.agent.udpPort = static_cast<std::uint16_t>(configuration.sip.port);
     engine.agent.tcpPort = static_cast<std::uint16_t>(configuration.sip.port);
     engine.agent.name = configuration.sip.userAgent;
+    engine.agent.encryption = static_cast<sip::Encryption>(configuration.media.encryption);
+    engine.agent.keysWithoutTls = configuration.media.keysWithoutTls;
     engine.audioSource = configuration.media.source;
     engine.heardFile = configuration.media.heard;
     engine.maximumCalls = configuration.calls.maximum;

@@ -109,6 +109,8 @@ struct MediaConfiguration
 {
     std::string source = "tone";  // tone, silence, or a WAV file (8 kHz mono 16 bit, or converted)
     std::string heard;            // WAV file for all received audio; empty: none
+    int encryption = 0;           // sip::Encryption
+    bool keysWithoutTls = false;
 };
 
 struct CallConfiguration

@@ -125,6 +125,8 @@ inline constexpr auto kExchangeNumber = std::to_array<ConfigurationField<Exchang
 inline constexpr auto kMedia = std::to_array<ConfigurationField<MediaConfiguration>>({
     {"source",              &MediaConfiguration::source,            "audio that the telephone sends: tone, silence, or a WAV file"},
     {"heard",               &MediaConfiguration::heard,             "WAV file for all received audio; empty: none"},
+    {"encryption",          &MediaConfiguration::encryption,        "of the audio of calls (SRTP, [audio.md](audio.md)); optional: where the far end does it, too; required: a call without it fails", "none|optional|required"},
+    {"keys-without-tls",    &MediaConfiguration::keysWithoutTls,    "its keys may travel in SIP messages that others can read, over UDP or TCP; false: calls without TLS are not encrypted"},
 });
 
 inline constexpr auto kCalls = std::to_array<ConfigurationField<CallConfiguration>>({

@@ -114,7 +114,7 @@ int SessionImpl::onOffer(mbuf** description, sip_msg const& message)
         applyMedia();
         postFromStack([this] { announceRemoteChange(); });
     }
-    if (directionBefore_) {
+    if (offerBefore_) {
         postFromStack([this] { reissueModification(); });
     }
     return 0;
@@ -213,6 +213,9 @@ Closing SessionImpl::closingOf(int error, sip_msg const* message) const
     } else {
         closing.status = error == EPROTO || error == EBADMSG ? 488 : 503;
         closing.text = error ? errorText(error) : "the answer is unusable";
+        if (!sdp_.objection().empty()) {
+            closing.text = sdp_.objection();
+        }
     }
     return closing;
 }

@@ -48,7 +48,7 @@ public:
     Outcome<> redirect(std::string const& contact, std::string const& diversionReason) override;
     void hangUp(std::string const& reason) override;
     Outcome<> fallSilent() override;
-    Outcome<> modify(Direction direction) override;
+    Outcome<> modify(Direction direction, std::optional<bool> encrypted) override;
     Direction localDirection() const override;
     bool isHeldByRemote() const override;
     Outcome<> sendInfo(Content const& content, ResponseHandler done) override;
@@ -62,6 +62,11 @@ private:
     {
         SessionImpl* session = nullptr;
         ResponseHandler done;
+    };
+    struct Modification
+    {
+        Direction direction;
+        std::optional<bool> encrypted;
     };
     struct DigitByInfo
     {
@@ -88,7 +93,7 @@ private:
     Outcome<> accept(std::uint16_t status, char const* reason, mbuf* description, Headers const& headers);
     Outcome<> respond(std::uint16_t status, char const* reason, mbuf* description, Headers const& headers);
     bool followRedirection();
-    Outcome<> sendModification(Direction direction);
+    Outcome<> sendModification(Modification const& modification);
     Outcome<> offer();
     void finishModification(bool accepted, int status, std::string const& reason);
     void reissueModification();
@@ -99,6 +104,8 @@ private:
 
     void learnDialog(sip_msg const& message);
     void learnIdentity(sip_msg const& message);
+    Outcome<> useEncryption(bool overTls);
+    Headers warning(std::string const& objection) const;
     void applyMedia();
     void postFromStack(std::function<void()> work);
 
@@ -142,8 +149,8 @@ private:
     std::optional<ServerTransaction> invite_;  // of an incoming call
     std::optional<Referral> referral_;         // the transfer that we requested last
 
-    std::optional<Direction> directionBefore_;  // set while a re-INVITE of ours is under way
-    std::deque<Direction> queuedModifications_;
+    std::optional<SdpNegotiation::Offer> offerBefore_;  // set while a re-INVITE of ours is under way
+    std::deque<Modification> queuedModifications_;
     Timer modificationGuard_;
 
     std::vector<std::unique_ptr<PendingInfo>> infos_;

@@ -41,6 +41,8 @@ struct UserAgentConfig
     std::string name = "telephone";                   // User-Agent and Server
     std::vector<std::string> codecs{"PCMU", "PCMA"};  // in the order of preference
     bool telephoneEvents = true;                      // offer RFC 4733
+    Encryption encryption = Encryption::kNone;        // of the audio
+    bool keysWithoutTls = false;                      // its keys may travel in messages that others can read
     std::chrono::milliseconds closingTime{500};       // longest wait of the destructor
     Logger log;
     std::function<bool()> traceMessages;  // asked for each message: whether to log it, at kDebug; null: never
