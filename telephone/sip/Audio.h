@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace telephone::sip {
@@ -65,7 +66,14 @@ enum class Encryption : int
 // What a stream has sent and received since it began.
 struct AudioStatistics
 {
+    std::uint64_t sent = 0;      // packets
     std::uint64_t received = 0;  // packets of the far end
+    std::uint64_t lost = 0;      // packets of the far end that never came
+    std::chrono::microseconds jitter{0};
+    // What the far end reports (RTCP); nothing: it has not yet.
+    std::optional<std::uint64_t> farLost;
+    std::optional<std::chrono::microseconds> farJitter;
+    std::optional<std::chrono::microseconds> roundTrip;
     // Dropped packets.
     std::uint64_t foreign = 0;   // from another address
     std::uint64_t forged = 0;    // not encrypted with the far end's key

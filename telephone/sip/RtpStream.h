@@ -1,9 +1,8 @@
-// The RTP stream of one session (RFC 3550, 3551, 4733): a socket on a free port, G.711 and telephone-events in both
-// directions. Owned by its session; used under the lock.
+// The RTP stream of one session (RFC 3550, 3551, 4733): sockets on a free pair of ports, G.711 and telephone-events in
+// both directions, and a report each 5 seconds. Owned by its session; used under the lock.
 //
 // In virtual time both ends are in this process, and a packet of audio to which nobody listens is counted instead of
-// being encoded and sent: it could change nothing, and hours of it cost nothing. Its source is read all the same, and
-// its sequence number is used.
+// being encoded and sent: it could change nothing, and hours of it cost nothing. Its source is read all the same.
 #pragma once
 
 #include <deque>
@@ -14,6 +13,7 @@
 #include "telephone/sip/Audio.h"
 #include "telephone/sip/FarAddress.h"
 #include "telephone/sip/MediaClock.h"
+#include "telephone/sip/RtcpReports.h"
 #include "telephone/sip/SdpNegotiation.h"
 #include "telephone/sip/SrtpContext.h"
 #include "telephone/sip/Stack.h"
@@ -44,7 +44,7 @@ public:
     Direction direction() const override { return agreement_.direction; }
     std::string codec() const override { return agreement_.codec; }
     bool isEncrypted() const override { return encryptor_ != nullptr; }
-    AudioStatistics statistics() const override { return statistics_; }
+    AudioStatistics statistics() const override;
 
 private:
     struct Digit
@@ -64,12 +64,17 @@ private:
     void send(int payloadType, bool marker, std::uint32_t timestamp, std::uint8_t const* payload, std::size_t size);
     void useKeys();
     bool decrypt(mbuf& packet, PacketKind kind);
+    int openPorts();
+    int openNextPort();
+    void sendReport();
     void receive(sa const& from, mbuf* packet);
+    void receiveReport(sa const& from, mbuf* packet);
     void receiveAudio(std::uint8_t const* payload, std::size_t size, bool aLaw);
     void receiveEvent(rtp_header const& header, std::uint8_t const* payload, std::size_t size);
 
     MediaClock& clock_;
     Ref<udp_sock> socket_;
+    Ref<udp_sock> reportSocket_;
     sa local_{};
     SdpNegotiation::Agreement agreement_;
     std::unique_ptr<SrtpContext> encryptor_;  // null: not encrypted
@@ -86,6 +91,10 @@ private:
     std::uint16_t sequence_;
     std::uint32_t timestamp_;
     std::uint64_t unheard_ = 0;
+    RtcpReports reports_;
+    FarAddress farReports_;
+    std::uint16_t farReportCount_ = 0;
+    unsigned beatsSinceReport_ = 0;
 
     std::deque<Digit> digits_;
     unsigned eventBeat_ = 0;  // beats since the present digit began

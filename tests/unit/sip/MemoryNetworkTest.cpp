@@ -365,7 +365,10 @@ TEST_F(DatagramFaultsTest, RtpAndOtherDatagrams_AreToldApart)
 
     EXPECT_EQ(two_.received, (std::vector<std::string>{"\x80\x08 from 5001", "\xbf from 5001"}));
     EXPECT_EQ((Datagram{"a", "b", "\x80"}).describe(), "from a to b (RTP)");
+    EXPECT_EQ((Datagram{"a", "b", "\x80\xc8"}).describe(), "from a to b (RTCP)");
     EXPECT_FALSE((Datagram{"a", "b", ""}).isRtp());
+    EXPECT_FALSE((Datagram{"a", "b", "\x81\xc9"}).isRtp());
+    EXPECT_TRUE((Datagram{"a", "b", "\x81\xc9"}).isMedia());
 }
 
 TEST_F(DatagramFaultsTest, DoubledDatagram_ComesTwice)

@@ -69,6 +69,7 @@ protected:
         SdpNegotiation::Agreement agreement;
         agreement.keys = keys;
         agreement.remote = loopback(far.localPort());
+        agreement.remoteReports = loopback(static_cast<std::uint16_t>(far.localPort() + 1));
         agreement.direction = Direction::kSendReceive;
         agreement.codec = "PCMU";
         agreement.payloadType = payloadType;
@@ -181,6 +182,91 @@ TEST_F(RtpStreamTest, ForgedAndReplayedPackets_ChangeNothing)
     EXPECT_EQ(right_->statistics().forged, 50U);
     EXPECT_EQ(right_->statistics().foreign, 0U);
     EXPECT_EQ(rightVoice_.written, 50);
+}
+
+TEST_F(RtpStreamTest, Ports_AreAnEvenOneAndTheNext)
+{
+    EXPECT_EQ(left_->localPort() % 2, 0);
+    EXPECT_EQ(right_->localPort() % 2, 0);
+    EXPECT_NE(left_->localPort(), right_->localPort());
+}
+
+TEST(RtpStreamInRealTime, Ports_AreAnEvenOneAndTheNext)
+{
+    EventLoop loop;
+    loop.start();
+    {
+        std::lock_guard const lock(loop);
+        MediaClock clock(loop);
+        sa local{};
+        sa_set_str(&local, "127.0.0.1", 0);
+        std::vector<std::unique_ptr<RtpStream>> streams;
+        for (int i = 0; i < 50; ++i) {
+            streams.push_back(std::make_unique<RtpStream>(clock, local));
+
+            EXPECT_EQ(streams.back()->localPort() % 2, 0);
+            sa_set_port(&local, static_cast<std::uint16_t>(streams.back()->localPort() + 1));
+            Ref<udp_sock> taken;
+            EXPECT_EQ(udp_listen(taken.out(), &local, nullptr, nullptr), EADDRINUSE);
+        }
+    }
+    loop.stop();
+}
+
+TEST_F(RtpStreamTest, LossJitterAndRoundTrip_AreKnownAtBothEnds)
+{
+    DatagramFaults::Id loss = 0;
+    {
+        std::lock_guard const lock(loop_);
+        right_->setSink(&rightVoice_);
+        loss = datagramFaults().begin(
+            {.fate = DatagramFate::kLost,
+             .concerns = [count = 0](Datagram const& datagram) mutable { return datagram.isRtp() && ++count > 20; },
+             .count = 7});
+    }
+
+    sleepFor(11s);
+
+    std::lock_guard const lock(loop_);
+    datagramFaults().end(loss);
+    auto const sent = left_->statistics();
+    auto const heard = right_->statistics();
+    EXPECT_EQ(heard.received, sent.sent - 7);
+    EXPECT_EQ(heard.lost, 7U);
+    EXPECT_EQ(heard.foreign, 0U);
+    EXPECT_LT(heard.jitter, 1ms);
+    EXPECT_EQ(sent.farLost, 7U);
+    ASSERT_TRUE(sent.roundTrip);
+    EXPECT_LT(*sent.roundTrip, 1ms);
+}
+
+TEST_F(RtpStreamTest, ReportsOfAnEncryptedStream_AreEncryptedAndRead)
+{
+    CryptoKey const left{CryptoSuite::kAesCm128HmacSha1_80, std::string(30, 'l')};
+    CryptoKey const right{CryptoSuite::kAesCm128HmacSha1_80, std::string(30, 'r')};
+    std::vector<std::size_t> sizes;
+    DatagramFaults::Id watch = 0;
+    {
+        std::lock_guard const lock(loop_);
+        connect(*left_, *right_, 0, CryptoKeys{left, right});
+        connect(*right_, *left_, 0, CryptoKeys{right, left});
+        right_->setSink(&rightVoice_);
+        watch = datagramFaults().begin({.concerns = [&sizes](Datagram const& datagram) {
+            if (datagram.isMedia() && !datagram.isRtp()) {
+                sizes.push_back(datagram.bytes.size());
+            }
+            return false;
+        }});
+    }
+
+    sleepFor(6s);
+
+    std::lock_guard const lock(loop_);
+    datagramFaults().end(watch);
+    // A sender report of 28 bytes and a receiver report of 32, each with a name of 28 and 14 of SRTCP.
+    EXPECT_EQ(sizes, (std::vector<std::size_t>{70, 74}));
+    EXPECT_EQ(left_->statistics().farLost, 0U);
+    EXPECT_EQ(left_->statistics().forged, 0U);
 }
 
 TEST_F(RtpStreamTest, FarEndAtAnotherAddressThanDescribed_IsHeardAndAnswered)
