@@ -31,7 +31,7 @@ class AudioSink
 {
 public:
     virtual ~AudioSink() = default;
-    // A decoded frame, about every 20 ms, in the order of arrival. Gaps are not filled.
+    // The next frame of what is received, every 20 ms while anything is. Short gaps are filled.
     virtual void writeFrame(AudioFrame const& frame) = 0;
     // False: frames that are written now are dropped, so in virtual time they need not come.
     virtual bool isListening() const { return true; }

@@ -19,7 +19,8 @@ constexpr unsigned kEndRepeats = 3;      // RFC 4733 section 2.5.1.4
 constexpr unsigned kPauseBeats = 3;      // between two digits
 constexpr std::size_t kEchoFrames = 10;  // longest delay of the echo
 constexpr unsigned kFrameSamplesWide = kFrameSamples;
-constexpr int kMostAttempts = 64;  // to find a free pair of ports
+constexpr std::size_t kMostSamples = 1600;  // in a packet: 200 ms
+constexpr int kMostAttempts = 64;           // to find a free pair of ports
 constexpr unsigned kReportBeats = 5s / kFrameTime;
 
 // The streams of this process by their local address, in virtual time. Used under the lock.
@@ -146,6 +147,7 @@ void RtpStream::sendDigits(std::string const& digits, std::chrono::milliseconds 
 
 void RtpStream::onBeat()
 {
+    play();
     timestamp_ += kFrameSamplesWide;
     if (++beatsSinceReport_ >= kReportBeats) {
         beatsSinceReport_ = 0;
@@ -326,31 +328,44 @@ void RtpStream::receive(sa const& from, mbuf* packet)
         return receiveEvent(header, payload, size);
     case Payload::kULaw:
     case Payload::kALaw:
-        return receiveAudio(payload, size, kind == Payload::kALaw);
+        return receiveAudio(header, payload, size, kind == Payload::kALaw);
     case Payload::kUnknown:
         return;
     }
 }
 
-void RtpStream::receiveAudio(std::uint8_t const* payload, std::size_t size, bool aLaw)
+bool RtpStream::wantsAudio() const
 {
+    return receives(agreement_.direction) && (echo_ || (sink_ != nullptr && sink_->isListening()));
+}
+
+void RtpStream::receiveAudio(rtp_header const& header, std::uint8_t const* payload, std::size_t size, bool aLaw)
+{
+    std::array<std::int16_t, kMostSamples> samples;
     // Packets still under way after we stopped receiving are dropped.
-    if (!receives(agreement_.direction)) {
+    if (!wantsAudio() || size > samples.size()) {
         return;
     }
-    for (std::size_t i = 0; i < size; ++i) {
-        pending_.push_back(aLaw ? g711_alaw2pcm(payload[i]) : g711_ulaw2pcm(payload[i]));
+    std::transform(payload, payload + size, samples.begin(), [aLaw](std::uint8_t sample) {
+        return static_cast<std::int16_t>(aLaw ? g711_alaw2pcm(sample) : g711_ulaw2pcm(sample));
+    });
+    playout_.put({header.ssrc, header.seq, header.ts}, {samples.data(), size});
+}
+
+void RtpStream::play()
+{
+    AudioFrame frame{};
+    if (!wantsAudio()) {
+        return playout_.clear();
     }
-    while (pending_.size() >= kFrameSamples) {
-        AudioFrame frame{};
-        std::copy_n(pending_.begin(), kFrameSamples, frame.begin());
-        pending_.erase(pending_.begin(), pending_.begin() + kFrameSamples);
-        if (echo_ && echoed_.size() < kEchoFrames) {
-            echoed_.push_back(frame);
-        }
-        if (sink_) {
-            sink_->writeFrame(frame);
-        }
+    if (!playout_.take(frame)) {
+        return;
+    }
+    if (echo_ && echoed_.size() < kEchoFrames) {
+        echoed_.push_back(frame);
+    }
+    if (sink_) {
+        sink_->writeFrame(frame);
     }
 }
 

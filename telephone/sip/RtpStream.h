@@ -13,6 +13,7 @@
 #include "telephone/sip/Audio.h"
 #include "telephone/sip/FarAddress.h"
 #include "telephone/sip/MediaClock.h"
+#include "telephone/sip/PlayoutBuffer.h"
 #include "telephone/sip/RtcpReports.h"
 #include "telephone/sip/SdpNegotiation.h"
 #include "telephone/sip/SrtpContext.h"
@@ -69,7 +70,11 @@ private:
     void sendReport();
     void receive(sa const& from, mbuf* packet);
     void receiveReport(sa const& from, mbuf* packet);
-    void receiveAudio(std::uint8_t const* payload, std::size_t size, bool aLaw);
+    void receiveAudio(rtp_header const& header, std::uint8_t const* payload, std::size_t size, bool aLaw);
+    // Passes on the next frame of what was received.
+    void play();
+    // Whether anybody here wants what is received.
+    bool wantsAudio() const;
     void receiveEvent(rtp_header const& header, std::uint8_t const* payload, std::size_t size);
 
     MediaClock& clock_;
@@ -103,7 +108,7 @@ private:
     std::uint32_t eventSeenTimestamp_ = 0;
     std::function<void(char)> digitHeard_;
 
-    std::vector<std::int16_t> pending_;  // received samples, less than a frame
+    PlayoutBuffer playout_;
     std::deque<AudioFrame> echoed_;
 };
 
