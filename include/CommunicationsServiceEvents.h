@@ -279,7 +279,7 @@ inline constexpr EventDescription kRows[] = {
         "Sent whenever it is set, even to the value that it had."},
     {"securityStatusChanged", "securityStatusChanged", "security", telephone,
         {{kLineURI, kCallId,
-          {"securityStatus",       integer, &e::kSecurityStatus, "",                 "Whether the call's audio is encrypted; always plain on this telephone."},
+          {"securityStatus",       integer, &e::kSecurityStatus, "",                 "Whether the call's audio is encrypted."},
           {"CallIDsRecorded",      list,    none,                "list of call ids", "Every call that is being recorded."},
           {"CallLineURIsRecorded", list,    none,                "list of line ids", "The lines of these calls, in the same order."}}},
         "The security or the recording of a call has changed.",

@@ -676,7 +676,7 @@ inline constexpr RequestDescription kRows[] = {
           {"CallID",    integer, required, "2", none, "call id",
             "The connected call.", "refused", "no such call, or it is not connected: refused"},
           {"forceFlag", flag,    required, "0", none, "",
-            "Whether the call must become secure; refused on this telephone, which has no encrypted audio.",
+            "Whether the call must become secure; refused without encrypted audio in the configuration.",
             "refused", ""}}},
         A::resultWord, "", {{}},
         "Negotiates the audio of a call again.",

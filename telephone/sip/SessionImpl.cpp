@@ -35,7 +35,7 @@ Outcome<> notEstablished()
 bool isOverTls(Route const& route)
 {
     auto const next = Uri::parse(route.proxy.empty() ? route.target : route.proxy);
-    return next && equalsIgnoringCase(next->parameter("transport").value_or(""), "tls");
+    return next && (next->scheme == "sips" || equalsIgnoringCase(next->parameter("transport").value_or(""), "tls"));
 }
 
 Outcome<> noDescription()
