@@ -54,6 +54,13 @@ constexpr bool receives(Direction direction)
     return (static_cast<int>(direction) & 1) != 0;
 }
 
+// What a stream has sent and received since it began.
+struct AudioStatistics
+{
+    std::uint64_t received = 0;  // packets of the far end
+    std::uint64_t foreign = 0;   // packets dropped because they came from another address
+};
+
 // RTP with G.711 on a socket of its own, owned by its session. The session starts it with the first answer and updates
 // direction and far address with every later one.
 class AudioStream
@@ -68,6 +75,7 @@ public:
 
     virtual Direction direction() const = 0;  // agreed by both ends
     virtual std::string codec() const = 0;    // "PCMU" or "PCMA"; empty until agreed
+    virtual AudioStatistics statistics() const = 0;
 };
 
 }  // namespace telephone::sip

@@ -41,8 +41,7 @@ RtpStream::RtpStream(MediaClock& clock, sa const& localAddress)
     , timestamp_(rand_u32())
 {
     sa_set_port(&local_, 0);
-    auto const heard = [](sa const*, mbuf* packet, void* object) { static_cast<RtpStream*>(object)->receive(packet); };
-    int error = udp_listen(socket_.out(), &local_, heard, this);
+    int error = udp_listen(socket_.out(), &local_, handlerOf<&RtpStream::receive>, this);
     if (!error) {
         error = udp_local_get(socket_.get(), &local_);
     }
@@ -66,6 +65,7 @@ void RtpStream::apply(SdpNegotiation::Agreement const& agreement)
 {
     talkspurt_ = talkspurt_ || !sends(agreement_.direction);
     agreement_ = agreement;
+    far_.describe(agreement.remote);
     running_ = true;
     clock_.add(*this);
 }
@@ -93,7 +93,7 @@ void RtpStream::sendDigits(std::string const& digits, std::chrono::milliseconds 
 void RtpStream::onBeat()
 {
     timestamp_ += kFrameSamplesWide;
-    if (!sends(agreement_.direction) || !sa_isset(&agreement_.remote, SA_ALL)) {
+    if (!sends(agreement_.direction) || !sa_isset(&far_.destination(), SA_ALL)) {
         return;
     }
     if (digits_.empty()) {
@@ -124,14 +124,14 @@ bool RtpStream::hasListener() const
 bool RtpStream::isListening() const
 {
     bool const echoes = running_ && receives(agreement_.direction) && echo_ && sends(agreement_.direction);
-    RtpStream const* const far = echoes ? streamAt(agreement_.remote) : nullptr;
+    RtpStream const* const far = echoes ? streamAt(far_.destination()) : nullptr;
     return hasListener() || (far != nullptr && (far->echo_ || far->hasListener()));
 }
 
 bool RtpStream::isHeard() const
 {
-    RtpStream const* const far = streamAt(agreement_.remote);
-    return far == nullptr ? isInMemory(agreement_.remote) : far->isListening();
+    RtpStream const* const far = streamAt(far_.destination());
+    return far == nullptr ? isInMemory(far_.destination()) : far->isListening();
 }
 
 void RtpStream::sendAudio()
@@ -196,21 +196,30 @@ void RtpStream::send(int payloadType, bool marker, std::uint32_t timestamp, std:
         return;
     }
     packet.get()->pos = 0;
-    (void)udp_send(socket_.get(), &agreement_.remote, packet.get());
+    (void)udp_send(socket_.get(), &far_.destination(), packet.get());
 }
 
-void RtpStream::receive(mbuf* packet)
+void RtpStream::receive(sa const& from, mbuf* packet)
 {
     rtp_header header{};
     if (!running_ || rtp_hdr_decode(&header, packet) != 0 || header.ver != RTP_VERSION) {
         return;
     }
+    if (!far_.accept(from, header.seq)) {
+        ++statistics_.foreign;
+        return;
+    }
+    ++statistics_.received;
     std::uint8_t const* payload = mbuf_buf(packet);
     std::size_t const size = mbuf_get_left(packet);
-    if (agreement_.eventPayloadType >= 0 && header.pt == agreement_.eventPayloadType) {
-        receiveEvent(header, payload, size);
-    } else if (header.pt == 0 || header.pt == 8) {
-        receiveAudio(payload, size, header.pt == 8);
+    switch (Payload const kind = agreement_.received[header.pt]) {
+    case Payload::kEvents:
+        return receiveEvent(header, payload, size);
+    case Payload::kULaw:
+    case Payload::kALaw:
+        return receiveAudio(payload, size, kind == Payload::kALaw);
+    case Payload::kUnknown:
+        return;
     }
 }
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "telephone/sip/Audio.h"
+#include "telephone/sip/FarAddress.h"
 #include "telephone/sip/MediaClock.h"
 #include "telephone/sip/SdpNegotiation.h"
 #include "telephone/sip/Stack.h"
@@ -40,6 +41,7 @@ public:
     void setEcho(bool echo) override { echo_ = echo; }
     Direction direction() const override { return agreement_.direction; }
     std::string codec() const override { return agreement_.codec; }
+    AudioStatistics statistics() const override { return statistics_; }
 
 private:
     struct Digit
@@ -57,7 +59,7 @@ private:
     [[nodiscard]] bool hasListener() const;
     void sendEvent();
     void send(int payloadType, bool marker, std::uint32_t timestamp, std::uint8_t const* payload, std::size_t size);
-    void receive(mbuf* packet);
+    void receive(sa const& from, mbuf* packet);
     void receiveAudio(std::uint8_t const* payload, std::size_t size, bool aLaw);
     void receiveEvent(rtp_header const& header, std::uint8_t const* payload, std::size_t size);
 
@@ -65,6 +67,8 @@ private:
     Ref<udp_sock> socket_;
     sa local_{};
     SdpNegotiation::Agreement agreement_;
+    FarAddress far_;
+    AudioStatistics statistics_;
     AudioSource* source_ = nullptr;
     AudioSink* sink_ = nullptr;
     bool echo_ = false;

@@ -3,6 +3,8 @@
 #include <array>
 #include <stdexcept>
 
+#include "telephone/sip/SdpText.h"
+
 namespace telephone::sip {
 
 namespace {
@@ -11,9 +13,10 @@ struct Codec
 {
     char const* name;
     char const* payloadType;
+    Payload payload;
 };
 
-constexpr std::array<Codec, 2> kCodecs{{{"PCMU", "0"}, {"PCMA", "8"}}};
+constexpr std::array<Codec, 2> kCodecs{{{"PCMU", "0", Payload::kULaw}, {"PCMA", "8", Payload::kALaw}}};
 constexpr char const* kEventName = "telephone-event";
 constexpr char const* kEventPayloadType = "101";
 
@@ -27,6 +30,29 @@ void check(int error)
 Direction fromStack(sdp_dir direction)
 {
     return static_cast<Direction>(direction);
+}
+
+Payload payloadOf(char const* name)
+{
+    for (auto const& codec : kCodecs) {
+        if (equalsIgnoringCase(name, codec.name)) {
+            return codec.payload;
+        }
+    }
+    return equalsIgnoringCase(name, kEventName) ? Payload::kEvents : Payload::kUnknown;
+}
+
+// Calls with each format of ours that both ends support. The stack compares static payload types by number alone.
+template <typename Use>
+void forEachFormat(sdp_media const* media, bool local, Use use)
+{
+    list const* formats = sdp_media_format_lst(media, local);
+    for (le const* element = formats ? formats->head : nullptr; element; element = element->next) {
+        auto const* format = static_cast<sdp_format const*>(element->data);
+        if (format->sup && format->name && payloadOf(format->name) != Payload::kUnknown) {
+            use(*format);
+        }
+    }
 }
 
 }  // namespace
@@ -62,7 +88,7 @@ int SdpNegotiation::decode(mbuf const* body, bool offer)
 {
     // A copy, because the stack tells by the unread rest of the message whether there was a body.
     Ref<mbuf> copy;
-    if (!fill(copy, remainingText(body))) {
+    if (!fill(copy, completedDescription(remainingText(body)))) {
         return ENOMEM;
     }
     if (int const error = sdp_decode(session_.get(), copy.get(), offer)) {
@@ -94,25 +120,33 @@ Direction SdpNegotiation::remoteDirection() const
     return static_cast<Direction>(holdsByAddress() ? told & SDP_RECVONLY : told);
 }
 
+// The far end sends the payload types that we gave; some send their own instead, where these are free.
+void SdpNegotiation::addReceived(bool local, Agreement& agreement) const
+{
+    forEachFormat(media_, local, [&agreement](sdp_format const& format) {
+        auto const type = static_cast<std::size_t>(format.pt);
+        if (type < agreement.received.size() && agreement.received[type] == Payload::kUnknown) {
+            agreement.received[type] = payloadOf(format.name);
+        }
+    });
+}
+
 SdpNegotiation::Agreement SdpNegotiation::agreement() const
 {
     Agreement result;
     if (sdp_media_rport(media_) == 0) {
         return result;
     }
-    list const* formats = sdp_media_format_lst(media_, false);
-    for (le const* element = formats ? formats->head : nullptr; element; element = element->next) {
-        auto const* format = static_cast<sdp_format const*>(element->data);
-        if (!format->sup || !format->name) {
-            continue;
-        }
-        if (equalsIgnoringCase(format->name, kEventName)) {
-            result.eventPayloadType = format->pt;
+    forEachFormat(media_, false, [&result](sdp_format const& format) {
+        if (payloadOf(format.name) == Payload::kEvents) {
+            result.eventPayloadType = format.pt;
         } else if (result.codec.empty()) {
-            result.codec = equalsIgnoringCase(format->name, "PCMA") ? "PCMA" : "PCMU";
-            result.payloadType = format->pt;
+            result.codec = payloadOf(format.name) == Payload::kALaw ? "PCMA" : "PCMU";
+            result.payloadType = format.pt;
         }
-    }
+    });
+    addReceived(true, result);
+    addReceived(false, result);
     result.remote = *sdp_media_raddr(media_);
     int const both = static_cast<int>(localDirection()) & static_cast<int>(remoteDirection());
     result.direction = static_cast<Direction>(both);

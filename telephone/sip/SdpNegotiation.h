@@ -2,6 +2,7 @@
 // used under the lock.
 #pragma once
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,15 @@
 #include "telephone/sip/Stack.h"
 
 namespace telephone::sip {
+
+// What the packets of a payload type contain.
+enum class Payload : std::uint8_t
+{
+    kUnknown,
+    kULaw,
+    kALaw,
+    kEvents,
+};
 
 class SdpNegotiation
 {
@@ -21,6 +31,7 @@ public:
         int eventPayloadType = -1;  // -1: not supported by the far end
         sa remote{};
         Direction direction = Direction::kInactive;
+        std::array<Payload, 128> received{};  // by payload type
     };
 
     // Throws std::runtime_error without memory.
@@ -41,6 +52,7 @@ public:
 
 private:
     bool holdsByAddress() const;
+    void addReceived(bool local, Agreement& agreement) const;
 
     Ref<sdp_session> session_;
     sdp_media* media_ = nullptr;

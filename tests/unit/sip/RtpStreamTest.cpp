@@ -62,14 +62,16 @@ protected:
         sa_set_str(&address, "127.0.0.1", port);
         return address;
     }
-    static void connect(RtpStream& stream, RtpStream const& far)
+    static void connect(RtpStream& stream, RtpStream const& far, int payloadType = 0)
     {
         SdpNegotiation::Agreement agreement;
         agreement.remote = loopback(far.localPort());
         agreement.direction = Direction::kSendReceive;
         agreement.codec = "PCMU";
-        agreement.payloadType = 0;
+        agreement.payloadType = payloadType;
+        agreement.received[static_cast<std::size_t>(payloadType)] = Payload::kULaw;
         agreement.eventPayloadType = 101;
+        agreement.received[101] = Payload::kEvents;
         stream.apply(agreement);
     }
 
@@ -102,6 +104,71 @@ TEST_F(RtpStreamTest, AudioForASink_IsSentWhileTheSinkListens)
 
     EXPECT_EQ(left_->unheard(), 50U);
     EXPECT_EQ(rightVoice_.written, 50);
+}
+
+TEST_F(RtpStreamTest, AudioOfADynamicPayloadType_IsHeard)
+{
+    {
+        std::lock_guard const lock(loop_);
+        connect(*left_, *right_, 97);
+        connect(*right_, *left_, 97);
+        right_->setSink(&rightVoice_);
+    }
+
+    sleepFor(kFiftyFrames);
+
+    EXPECT_EQ(rightVoice_.written, 50);
+}
+
+TEST_F(RtpStreamTest, AudioAndDigitsOfAStranger_AreNotHeard)
+{
+    std::string digits;
+    RtpStream stranger(clock_, loopback(0));
+    Voice strangersVoice;
+    {
+        std::lock_guard const lock(loop_);
+        right_->setSink(&rightVoice_);
+        right_->onDigit([&digits](char key) { digits += key; });
+    }
+    sleepFor(kFiftyFrames);
+    {
+        std::lock_guard const lock(loop_);
+        stranger.setSource(&strangersVoice);
+        connect(stranger, *right_);
+        stranger.sendDigits("9", 100ms);
+    }
+
+    sleepFor(1s);
+
+    std::lock_guard const lock(loop_);
+    stranger.stop();
+    EXPECT_EQ(digits, "");
+    EXPECT_EQ(rightVoice_.written, 100);
+    EXPECT_EQ(right_->statistics().received, 100U);
+    EXPECT_EQ(right_->statistics().foreign, 47U);  // a digit and its pause take 11 beats, 8 of them with a packet
+}
+
+TEST_F(RtpStreamTest, FarEndAtAnotherAddressThanDescribed_IsHeardAndAnswered)
+{
+    // What right has been told about left is wrong, as behind a NAT.
+    SdpNegotiation::Agreement agreement;
+    sa_set_str(&agreement.remote, "127.0.0.2", 9);
+    agreement.direction = Direction::kSendReceive;
+    agreement.codec = "PCMU";
+    agreement.payloadType = 0;
+    agreement.received[0] = Payload::kULaw;
+    {
+        std::lock_guard const lock(loop_);
+        right_->apply(agreement);
+        right_->setSink(&rightVoice_);
+        left_->setSink(&leftVoice_);
+    }
+
+    sleepFor(kFiftyFrames);
+
+    EXPECT_EQ(right_->statistics().foreign, 4U);
+    EXPECT_EQ(rightVoice_.written, 46);
+    EXPECT_GE(leftVoice_.written, 44);
 }
 
 TEST_F(RtpStreamTest, EchoOfWhatNobodyHears_IsNotSent)
