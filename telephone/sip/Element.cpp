@@ -76,6 +76,7 @@ void Element::bindTcp()
 
 void Element::listen(sipsess_conn_h* invited, sip_msg_h* subscribed, void* receiver)
 {
+    forkedAnswers_.listen();
     throwOnError(sipsess_listen(sessionSocket_.out(), stack_, kSessionBuckets, invited, receiver), "SIP sessions");
     throwOnError(
         sipevent_listen(eventSocket_.out(), stack_, kTransactionBuckets, kTransactionBuckets, subscribed, receiver),
@@ -123,6 +124,7 @@ void Element::close(std::shared_ptr<void> receiver)
         return;
     }
     sip_set_trace_handler(stack_, nullptr);
+    forkedAnswers_.close();
     // An ended session that still waits for an answer would keep the port bound. Its owner must be gone.
     if (sessionToken_.use_count() == 1) {
         sipsess_close_all(sessionSocket_.get());

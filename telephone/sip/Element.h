@@ -7,6 +7,7 @@
 #include <set>
 #include <string>
 
+#include "telephone/sip/ForkedAnswers.h"
 #include "telephone/sip/MediaClock.h"
 #include "telephone/sip/MessageTap.h"
 #include "telephone/sip/Stack.h"
@@ -69,6 +70,7 @@ public:
     UserAgentConfig const& config() const { return config_; }
     MediaClock& clock() { return clock_; }
     MessageTap& tap() { return *tap_; }
+    ForkedAnswers& forkedAnswers() { return forkedAnswers_; }
     // Those that have accepted their subscription, for the receiver.
     std::set<NotifierImpl*>& notifiers() { return notifiers_; }
     sa const& address() const { return address_; }
@@ -87,6 +89,7 @@ private:
     UserAgentConfig config_;
     MediaClock clock_;
     std::shared_ptr<MessageTap> tap_;
+    ForkedAnswers forkedAnswers_{*this};
     std::set<NotifierImpl*> notifiers_;
     std::shared_ptr<void const> sessionToken_ = std::make_shared<char>();
     sa address_{};

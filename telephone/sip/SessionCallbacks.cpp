@@ -160,6 +160,9 @@ void SessionImpl::onEstablished(sip_msg const& message)
 {
     learnDialog(message);
     state_ = SessionState::kEstablished;
+    if (outgoing_) {
+        element_->forkedAnswers().await(dialogId_.callId);
+    }
     if (observer_) {
         observer_->onEstablished(*this);
     }

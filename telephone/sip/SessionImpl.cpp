@@ -326,6 +326,9 @@ Outcome<> SessionImpl::fallSilent()
 
 void SessionImpl::end()
 {
+    if (outgoing_) {
+        element_->forkedAnswers().await(dialogId_.callId);
+    }
     state_ = SessionState::kClosed;
     element_->tap().remove(*this);
     rtp_.stop();
