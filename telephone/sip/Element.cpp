@@ -166,9 +166,11 @@ std::string Element::contactUserFor(sip_msg const& request) const
     return pl_isset(&request.uri.user) ? text(request.uri.user) : config_.name;
 }
 
-void Element::answer(sip_msg const& request, std::uint16_t status, char const* reason, Headers const& headers) const
+void Element::answer(sip_msg const& request, std::uint16_t status, char const* reason, Headers const& headers,
+                     Content const& content) const
 {
-    (void)sip_treplyf(nullptr, nullptr, stack_, &request, false, status, reason, "%s", replyTail(headers, {}).c_str());
+    (void)sip_treplyf(nullptr, nullptr, stack_, &request, false, status, reason, "%s",
+                      replyTail(headers, content).c_str());
 }
 
 Outcome<Route> Element::routeTo(Account const& account, std::string const& target) const

@@ -18,7 +18,7 @@ namespace telephone::sip {
 class NotifierImpl;
 
 // Our capabilities.
-constexpr char const* kAllow = "INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, REFER, NOTIFY, SUBSCRIBE";
+constexpr char const* kAllow = "INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, UPDATE, REFER, NOTIFY, SUBSCRIBE";
 constexpr char const* kSupported = "replaces";
 constexpr char const* kSdpType = "application/sdp";
 
@@ -58,7 +58,8 @@ public:
     // The user of our Contact in answers to this request.
     std::string contactUserFor(sip_msg const& request) const;
     // Answers a request that nothing else will answer.
-    void answer(sip_msg const& request, std::uint16_t status, char const* reason, Headers const& headers = {}) const;
+    void answer(sip_msg const& request, std::uint16_t status, char const* reason, Headers const& headers = {},
+                Content const& content = {}) const;
     void log(LogLevel level, std::string const& line) const;
     // For refusals that reach no caller.
     void logRefusal(Outcome<> const& result) const;

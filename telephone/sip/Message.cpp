@@ -47,6 +47,13 @@ std::vector<std::string> Headers::list(std::string_view name) const
     return all;
 }
 
+bool Headers::lists(std::string_view name, std::string_view element) const
+{
+    auto const all = list(name);
+    return std::any_of(all.begin(), all.end(),
+                       [element](std::string const& each) { return equalsIgnoringCase(each, element); });
+}
+
 bool Headers::has(std::string_view name) const
 {
     return std::any_of(list_.begin(), list_.end(),

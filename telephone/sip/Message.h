@@ -37,6 +37,8 @@ public:
     std::vector<std::string> values(std::string_view name) const;
     // The elements of a comma-separated header, of all its occurrences.
     std::vector<std::string> list(std::string_view name) const;
+    // Whether a comma-separated header has that element, in any case.
+    bool lists(std::string_view name, std::string_view element) const;
     bool has(std::string_view name) const;
     bool empty() const { return list_.empty(); }
     auto begin() const { return list_.begin(); }

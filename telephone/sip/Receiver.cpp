@@ -16,8 +16,8 @@ namespace telephone::sip {
 
 namespace {
 
-constexpr std::array<std::string_view, 9> kMethods{"INVITE", "ACK",   "BYE",       "CANCEL", "OPTIONS",
-                                                   "INFO",   "REFER", "SUBSCRIBE", "NOTIFY"};
+constexpr std::array<std::string_view, 10> kMethods{"INVITE", "ACK",    "BYE",   "CANCEL",    "OPTIONS",
+                                                    "INFO",   "UPDATE", "REFER", "SUBSCRIBE", "NOTIFY"};
 
 bool isMethod(sip_msg const& message, char const* method)
 {
@@ -101,7 +101,7 @@ bool Receiver::onRequestFirst(sip_msg const& message)
         answerOptions(message);
         return true;
     }
-    return !message.to.tag.p && takeOutOfDialog(message);
+    return message.to.tag.p ? element_->tap().onRequest(message) : takeOutOfDialog(message);
 }
 
 // The stack answers a refresh without asking the notifier.
@@ -140,10 +140,12 @@ void Receiver::answerOptions(sip_msg const& message) const
                       {"Supported", kSupported}});
 }
 
-// True when the request is answered or taken here; INVITE and SUBSCRIBE go on to the stack.
+// True when the request is answered or taken here; INVITE and SUBSCRIBE go on to the stack, and so does what belongs
+// into a dialog.
 bool Receiver::takeOutOfDialog(sip_msg const& message)
 {
-    if (isMethod(message, "INVITE") || isMethod(message, "SUBSCRIBE") || isMethod(message, "BYE")) {
+    if (isMethod(message, "INVITE") || isMethod(message, "SUBSCRIBE") || isMethod(message, "BYE") ||
+        isMethod(message, "UPDATE")) {
         return false;
     }
     if (isMethod(message, "NOTIFY")) {

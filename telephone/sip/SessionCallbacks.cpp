@@ -108,6 +108,7 @@ int SessionImpl::onOffer(mbuf** description, sip_msg const& message)
         return ENOMEM;
     }
     *description = static_cast<mbuf*>(mem_ref(own.get()));
+    offerUnanswered_ = message.req && !described;
     learnDialog(message);
     learnIdentity(message);
     if (described) {
@@ -123,6 +124,7 @@ int SessionImpl::onOffer(mbuf** description, sip_msg const& message)
 int SessionImpl::onAnswer(sip_msg const& message)
 {
     bool const renegotiation = state_ == SessionState::kEstablished;
+    offerUnanswered_ = offerUnanswered_ && !message.req;
     bool const described = mbuf_get_left(message.mb) > 0;
     // An answer without a description is valid if an earlier one (183) had it.
     int error = sdp_.isAgreed() ? 0 : EPROTO;

@@ -1,5 +1,5 @@
 // Session on one sipsess of the stack. SessionImpl.cpp implements its operations, SessionCallbacks.cpp the handlers of
-// the stack.
+// the stack, SessionUpdate.cpp the requests in its dialog that the stack does not know.
 //
 // The observer may destroy the session in any callback, so each callback is the last action of its function. Within the
 // stack's offer and answer handlers, which would not survive that, callbacks are posted.
@@ -83,6 +83,7 @@ private:
     void onInviteRedirected(Response const& response) override;
     bool takeRedirection(Response const& response) override;
     void onEndIgnored() override;
+    bool takeRequest(sip_msg const& request) override;
 
     bool refuseIncoming(std::uint16_t status, char const* reason, Headers const& headers = {});
     Outcome<> accept(std::uint16_t status, char const* reason, mbuf* description, Headers const& headers);
@@ -96,6 +97,11 @@ private:
     void end();
     void releaseStack();
     void sendNextDigitByInfo();
+
+    void onUpdate(sip_msg const& update);
+    bool refuseCrossingOffer(sip_msg const& update);
+    bool takeOffer(sip_msg const& request, Content& answer);
+    Headers dialogHeaders() const;
 
     void learnDialog(sip_msg const& message);
     void learnIdentity(sip_msg const& message);
@@ -135,7 +141,8 @@ private:
 
     RtpStream rtp_;
     SdpNegotiation sdp_;
-    bool offersInAnswer_ = false;  // the INVITE has no description
+    bool offersInAnswer_ = false;   // the INVITE has no description
+    bool offerUnanswered_ = false;  // the offer in our answer to a re-INVITE without one
 
     Ref<Credentials> credentials_;
     Ref<sipsess> session_;
