@@ -6,6 +6,7 @@
 
 #include "telephone/sip/EventLoop.h"
 #include "telephone/sip/MemoryNetwork.h"
+#include "telephone/sip/SessionTimer.h"
 #include "telephone/sip/Timer.h"
 #include "telephone/time/VirtualTime.h"
 #include "telephone/time/Waiting.h"
@@ -138,6 +139,20 @@ void Element::close(std::shared_ptr<void> receiver)
         grave->start(kAfterlife, [grave, self = shared_from_this(), receiver = std::move(receiver)] {});
     }
     stack_ = static_cast<::sip*>(mem_deref(stack_));
+}
+
+Headers Element::capabilities() const
+{
+    std::string supported = "replaces";
+    if (config_.sessionExpires > std::chrono::seconds(0)) {
+        supported += std::string(", ") + kTimerExtension;
+    }
+    return {{"Allow", kAllow}, {"Supported", supported}};
+}
+
+bool Element::supports(std::string_view extension) const
+{
+    return capabilities().lists("Supported", extension);
 }
 
 void Element::log(LogLevel level, std::string const& line) const

@@ -19,7 +19,6 @@ class NotifierImpl;
 
 // Our capabilities.
 constexpr char const* kAllow = "INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, UPDATE, REFER, NOTIFY, SUBSCRIBE";
-constexpr char const* kSupported = "replaces";
 constexpr char const* kSdpType = "application/sdp";
 
 // The addresses of an outgoing request.
@@ -63,6 +62,11 @@ public:
     void log(LogLevel level, std::string const& line) const;
     // For refusals that reach no caller.
     void logRefusal(Outcome<> const& result) const;
+
+    // Our capabilities, as headers: Allow and Supported.
+    Headers capabilities() const;
+    // Whether we know an extension that a request may require.
+    bool supports(std::string_view extension) const;
 
     // Sessions hold this for as long as they exist, ended or not.
     std::shared_ptr<void const> sessionToken() const { return sessionToken_; }

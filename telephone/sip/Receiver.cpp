@@ -117,7 +117,7 @@ bool Receiver::refuseUnsupported(sip_msg const& message) const
 {
     std::string unsupported;
     for (auto const& option : headersOf(message).list("Require")) {
-        if (!equalsIgnoringCase(option, kSupported)) {
+        if (!element_->supports(option)) {
             unsupported += (unsupported.empty() ? "" : ", ") + option;
         }
     }
@@ -134,10 +134,9 @@ void Receiver::answerOptions(sip_msg const& message) const
         element_->answer(message, 404, "Not Found");
         return;
     }
-    element_->answer(message, 200, "OK",
-                     {{"Allow", kAllow},
-                      {"Accept", "application/sdp, application/dtmf-relay, message/sipfrag"},
-                      {"Supported", kSupported}});
+    Headers headers = element_->capabilities();
+    headers.add("Accept", "application/sdp, application/dtmf-relay, message/sipfrag");
+    element_->answer(message, 200, "OK", headers);
 }
 
 // True when the request is answered or taken here; INVITE and SUBSCRIBE go on to the stack, and so does what belongs
