@@ -11,6 +11,8 @@ EngineConfiguration EngineConfiguration::from(Configuration const& configuration
     engine.agent.udpPort = static_cast<std::uint16_t>(configuration.sip.port);
     engine.agent.tcpPort = static_cast<std::uint16_t>(configuration.sip.port);
     engine.agent.name = configuration.sip.userAgent;
+    engine.agent.sessionExpires = std::chrono::seconds(configuration.calls.sessionExpires);
+    engine.agent.audioTimeout = std::chrono::seconds(configuration.calls.audioTimeout);
     engine.audioSource = configuration.media.source;
     engine.heardFile = configuration.media.heard;
     engine.maximumCalls = configuration.calls.maximum;

@@ -76,6 +76,7 @@ void SessionImpl::applyMedia()
     if (!agreement.codec.empty()) {
         rtp_.apply(agreement);
     }
+    watchAudio();
 }
 
 void SessionImpl::onProgress(sip_msg const& message)
@@ -178,6 +179,7 @@ void SessionImpl::onEstablished(sip_msg const& message)
     dialogHeaders_.emplace(
         sipsess_dialog(session_.get()), [this] { return withCapabilities(sessionTimer_.ofRequest()); },
         [this] { return answerHeaders_; });
+    watchAudio();
     if (observer_) {
         observer_->onEstablished(*this);
     }

@@ -54,6 +54,7 @@ SessionImpl::SessionImpl(std::shared_ptr<Element> element, CallRequest const& re
     , modificationGuard_(element_->loop())
     , sessionTimer_(element_->loop(), element_->config().sessionExpires,
                     {[this] { refresh(); }, [this] { abandon("the far end does not refresh the call"); }})
+    , audioWatch_(element_->loop())
     , silenceEnd_(element_->loop())
 {
     makeCredentials(credentials_, request.account);
@@ -76,6 +77,7 @@ SessionImpl::SessionImpl(std::shared_ptr<Element> element, sip_msg const& invite
     , modificationGuard_(element_->loop())
     , sessionTimer_(element_->loop(), element_->config().sessionExpires,
                     {[this] { refresh(); }, [this] { abandon("the far end does not refresh the call"); }})
+    , audioWatch_(element_->loop())
     , silenceEnd_(element_->loop())
 {
     remoteTakesUpdate_ = invitation_.headers.lists("Allow", "UPDATE");
@@ -340,6 +342,7 @@ void SessionImpl::end()
     modificationGuard_.cancel();
     silenceEnd_.cancel();
     sessionTimer_.stop();
+    audioWatch_.cancel();
     dialogHeaders_.reset();
     if (update_) {
         update_->abandon();

@@ -116,6 +116,8 @@ private:
     void refresh();
     void refreshByUpdate();
     void onRefreshed(int error, sip_msg const* answer);
+    void watchAudio();
+    void checkAudio();
     void refreshRefused(int status, Headers const& headers);
 
     void learnDialog(sip_msg const& message);
@@ -173,7 +175,9 @@ private:
     SessionTimer sessionTimer_;
     std::shared_ptr<ClientRequest> update_;  // that we sent last
     bool remoteTakesUpdate_ = false;
-    std::string answerHeaders_;  // of our answer to the re-INVITE that is being read
+    Timer audioWatch_;
+    std::uint64_t audioDueSince_ = 0;  // milliseconds of the stack's clock
+    std::string answerHeaders_;        // of our answer to the re-INVITE that is being read
 
     std::vector<std::unique_ptr<PendingInfo>> infos_;
     std::deque<DigitByInfo> digitsByInfo_;

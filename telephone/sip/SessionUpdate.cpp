@@ -1,5 +1,8 @@
-// Requests in the dialog of a session that the stack does not know (UPDATE, RFC 3311), and the refreshes of its session
-// timer (RFC 4028).
+// Requests in the dialog of a session that the stack does not know (UPDATE, RFC 3311), and how a session finds out that
+// its far end is gone: the refreshes of its session timer (RFC 4028), and the audio that does not come.
+#include <algorithm>
+
+#include "telephone/base/Touched.h"
 #include "telephone/sip/SessionImpl.h"
 
 namespace telephone::sip {
@@ -167,6 +170,33 @@ void SessionImpl::refreshRefused(int status, Headers const& headers)
     milliseconds const later =
         headers.has("Retry-After") ? std::chrono::seconds(headers.number("Retry-After")) : kUsualRetry;
     sessionTimer_.refreshIn(status == 491 ? pauseAfterCrossing(outgoing_) : later);
+}
+
+// --- audio
+
+// Audio is due while both ends send and receive; not on hold, where the far end may be silent for as long as it likes.
+void SessionImpl::watchAudio()
+{
+    bool const isDue = state_ == SessionState::kEstablished && rtp_.direction() == Direction::kSendReceive &&
+                       element_->config().audioTimeout > std::chrono::seconds(0);
+    if (!isDue) {
+        audioWatch_.cancel();
+    } else if (!audioWatch_.isRunning()) {
+        audioDueSince_ = tmr_jiffies();
+        checkAudio();
+    }
+}
+
+void SessionImpl::checkAudio()
+{
+    milliseconds const silence(tmr_jiffies() - std::max(rtp_.lastHeard(), audioDueSince_));
+    milliseconds const limit = element_->config().audioTimeout;
+    if (silence < limit) {
+        audioWatch_.start(limit - silence, [this] { checkAudio(); });
+        return;
+    }
+    touch(PhoneTimer::kAudioSilent);
+    abandon("the far end sends no audio");
 }
 
 }  // namespace telephone::sip
