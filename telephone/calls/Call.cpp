@@ -289,6 +289,8 @@ void Call::onClosed(sip::Session& session, sip::Closing const& closing)
     Ending ending = endingOf(closing);
     if (established_ && closing.cause == sip::CloseCause::kTimeout) {
         log(kLogWarning, kComponent, "call {} has ended: the far end no longer answers", id());
+    } else if (closing.cause == sip::CloseCause::kAbandoned) {
+        log(kLogWarning, kComponent, "call {} has ended: {}", id(), closing.text);
     }
     if (now_.state == sfiCallStateTransferring && closing.cause == sip::CloseCause::kRemoteHangUp) {
         ending = {sfiCallStateIdle, sfiReasonTransferred};

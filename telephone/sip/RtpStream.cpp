@@ -19,13 +19,13 @@ constexpr std::size_t kEchoFrames = 10;  // longest delay of the echo
 constexpr unsigned kFrameSamplesWide = kFrameSamples;
 
 // The streams of this process by their local address, in virtual time. Used under the lock.
-std::map<SocketAddress, RtpStream const*>& streams()
+std::map<SocketAddress, RtpStream*>& streams()
 {
-    static auto& all = *new std::map<SocketAddress, RtpStream const*>;  // never destroyed, as the network
+    static auto& all = *new std::map<SocketAddress, RtpStream*>;  // never destroyed, as the network
     return all;
 }
 
-RtpStream const* streamAt(sa const& address)
+RtpStream* streamAt(sa const& address)
 {
     auto const found = streams().find(SocketAddress(address));
     return found == streams().end() ? nullptr : found->second;
@@ -134,6 +134,15 @@ bool RtpStream::isHeard() const
     return far == nullptr ? isInMemory(far_.destination()) : far->isListening();
 }
 
+void RtpStream::countUnheard()
+{
+    ++unheard_;
+    RtpStream* const far = streamAt(far_.destination());
+    if (far != nullptr && far->running_) {
+        far->lastHeard_ = tmr_jiffies();
+    }
+}
+
 void RtpStream::sendAudio()
 {
     AudioFrame frame{};
@@ -141,7 +150,7 @@ void RtpStream::sendAudio()
         frame.fill(0);
     }
     if (isVirtual() && !isHeard()) {
-        ++unheard_;
+        countUnheard();
         ++sequence_;
         talkspurt_ = false;
         return;
@@ -210,6 +219,7 @@ void RtpStream::receive(sa const& from, mbuf* packet)
         return;
     }
     ++statistics_.received;
+    lastHeard_ = tmr_jiffies();
     std::uint8_t const* payload = mbuf_buf(packet);
     std::size_t const size = mbuf_get_left(packet);
     switch (Payload const kind = agreement_.received[header.pt]) {

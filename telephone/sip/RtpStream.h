@@ -34,6 +34,8 @@ public:
     void sendDigits(std::string const& digits, std::chrono::milliseconds duration);
     // Packets that were not sent, since nobody listens.
     std::uint64_t unheard() const { return unheard_; }
+    // When the last packet came, or would have come had anybody listened; milliseconds of the stack's clock, 0: never.
+    std::uint64_t lastHeard() const { return lastHeard_; }
     void onDigit(std::function<void(char)> heard) { digitHeard_ = std::move(heard); }
 
     void setSource(AudioSource* source) override { source_ = source; }
@@ -54,6 +56,7 @@ private:
     bool nextFrame(AudioFrame& frame);
     void sendAudio();
     [[nodiscard]] bool isHeard() const;
+    void countUnheard();
     // Whether what it receives reaches somebody. The echo of what nobody hears does not.
     [[nodiscard]] bool isListening() const;
     [[nodiscard]] bool hasListener() const;
@@ -79,6 +82,7 @@ private:
     std::uint16_t sequence_;
     std::uint32_t timestamp_;
     std::uint64_t unheard_ = 0;
+    std::uint64_t lastHeard_ = 0;
 
     std::deque<Digit> digits_;
     unsigned eventBeat_ = 0;  // beats since the present digit began

@@ -41,6 +41,8 @@ struct UserAgentConfig
     std::string name = "telephone";                   // User-Agent and Server
     std::vector<std::string> codecs{"PCMU", "PCMA"};  // in the order of preference
     bool telephoneEvents = true;                      // offer RFC 4733
+    std::chrono::seconds sessionExpires{1800};        // interval of session timers (RFC 4028), 90 or more; 0: none
+    std::chrono::seconds audioTimeout{0};             // without audio, an established call ends; 0: never
     std::chrono::milliseconds closingTime{500};       // longest wait of the destructor
     Logger log;
     std::function<bool()> traceMessages;  // asked for each message: whether to log it, at kDebug; null: never
