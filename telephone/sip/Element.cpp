@@ -4,8 +4,10 @@
 #include <mutex>
 #include <stdexcept>
 
+#include "telephone/sip/DnsClient.h"
 #include "telephone/sip/EventLoop.h"
 #include "telephone/sip/MemoryNetwork.h"
+#include "telephone/sip/ServerRequest.h"
 #include "telephone/sip/SessionTimer.h"
 #include "telephone/sip/Timer.h"
 #include "telephone/time/VirtualTime.h"
@@ -44,6 +46,22 @@ void Element::open()
                  "the SIP stack does not start");
     bindUdp();
     bindTcp();
+    findServers();
+}
+
+// In virtual time there is no DNS but one that a test supplies.
+void Element::findServers()
+{
+    if (isVirtual() && !config_.dns) {
+        return;
+    }
+    ServerSearch::Settings const settings{
+        {Transport::kUdp, Transport::kTcp},
+        {sa_af(&address_) == AF_INET6 ? AddressFamily::kIpv6 : AddressFamily::kIpv4},
+        [](std::uint32_t greatest) { return static_cast<std::uint32_t>(rand_u32() % (std::uint64_t{greatest} + 1)); }};
+    auto dns = config_.dns ? config_.dns : std::make_shared<DnsClient>(config_.dnsServers);
+    servers_ = std::make_unique<Servers>(loop_, std::move(dns), settings, config_.log);
+    setServers(stack_, servers_.get());
 }
 
 void Element::bindUdp()
@@ -130,6 +148,7 @@ void Element::close(std::shared_ptr<void> receiver)
     if (sessionToken_.use_count() == 1) {
         sipsess_close_all(sessionSocket_.get());
     }
+    setServers(stack_, nullptr);
     sip_close(stack_, true);
     sip_transp_flush(stack_);
     sessionSocket_.reset();
@@ -188,6 +207,24 @@ void Element::answer(sip_msg const& request, std::uint16_t status, char const* r
                       replyTail(headers, content).c_str());
 }
 
+Outcome<> Element::checkReachable(Uri const& uri) const
+{
+    sa address{};
+    if (sa_set_str(&address, uri.host.c_str(), uri.port == 0 ? std::uint16_t{SIP_PORT} : uri.port) == 0) {
+        return isVirtual() && !isInMemory(address)
+                   ? refuse(RefusalKind::kUnavailable,
+                            "in virtual time only the telephone and its exchange can be reached, and neither is at " +
+                                addressText(address))
+                   : Outcome<>();
+    }
+    if (!servers_) {
+        return refuse(RefusalKind::kUnavailable,
+                      "in virtual time names are not looked up: \"" + uri.host + "\" must be an IP address");
+    }
+    auto const destination = namedDestination(uri.host, uri.port, uri.parameter("transport"));
+    return destination ? servers_->check(*destination) : Outcome<>();
+}
+
 Outcome<Route> Element::routeTo(Account const& account, std::string const& target) const
 {
     auto uri = Uri::parse(target);
@@ -200,15 +237,9 @@ Outcome<Route> Element::routeTo(Account const& account, std::string const& targe
     if (account.transport == Transport::kTcp && !uri->parameter("transport")) {
         uri->setParameter("transport", "tcp");
     }
-    sa resolved{};
-    if (account.proxy.empty() && sa_set_str(&resolved, uri->host.c_str(), SIP_PORT) != 0) {
-        return refuse(RefusalKind::kBadInput, "host \"" + uri->host + "\" is not an IP address");
-    }
-    sa_set_port(&resolved, uri->port == 0 ? std::uint16_t{SIP_PORT} : uri->port);
-    if (isVirtual() && account.proxy.empty() && !isInMemory(resolved)) {
-        return refuse(RefusalKind::kUnavailable,
-                      "in virtual time only the telephone and its exchange can be reached, and neither is at " +
-                          addressText(resolved));
+    auto const reachable = account.proxy.empty() ? checkReachable(*uri) : Outcome<>();
+    if (!reachable) {
+        return tl::unexpected(reachable.error());
     }
     Route route;
     route.target = uri->format();

@@ -10,6 +10,7 @@
 #include "telephone/sip/ForkedAnswers.h"
 #include "telephone/sip/MediaClock.h"
 #include "telephone/sip/MessageTap.h"
+#include "telephone/sip/Servers.h"
 #include "telephone/sip/Stack.h"
 #include "telephone/sip/UserAgent.h"
 
@@ -50,8 +51,8 @@ public:
     void close(std::shared_ptr<void> receiver);
     bool isClosed() const { return closed_; }
 
-    // The target with the account's transport added and "localhost" resolved. kBadInput: not a SIP URI, or without a
-    // proxy one whose host is not numeric.
+    // The target with the account's transport added and "localhost" resolved. kBadInput: not a SIP URI. kNotFound,
+    // kUnavailable: without a proxy, one whose host is known not to be reachable.
     [[nodiscard]] Outcome<Route> routeTo(Account const& account, std::string const& target) const;
     std::string localUri(std::string const& user, sip_transp transport) const;
     // The user of our Contact in answers to this request.
@@ -85,6 +86,8 @@ public:
     sipevent_sock* eventSocket() const { return eventSocket_.get(); }
 
 private:
+    void findServers();
+    [[nodiscard]] Outcome<> checkReachable(Uri const& uri) const;
     void bindUdp();
     void bindTcp();
     void onTrace(bool sent, sip_transp transport, sa const& from, sa const& to, std::uint8_t const* packet,
@@ -102,6 +105,7 @@ private:
     std::uint16_t tcpPort_ = 0;
     bool closed_ = false;
     ::sip* stack_ = nullptr;
+    std::unique_ptr<Servers> servers_;  // null: names cannot be looked up
     Ref<sipsess_sock> sessionSocket_;
     Ref<sipevent_sock> eventSocket_;
 };
