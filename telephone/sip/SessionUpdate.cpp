@@ -94,8 +94,8 @@ bool SessionImpl::refuseCrossingOffer(sip_msg const& update)
         return true;
     }
     if (isIncomingPending()) {
-        std::string const seconds = std::to_string(rand_u32() % (kLongestRetryAfter + 1));
-        element_->answer(update, 500, "Server Internal Error", {{"Retry-After", seconds}});
+        std::string const pause = std::to_string(rand_u32() % (kLongestRetryAfter + 1));
+        element_->answer(update, 500, "Server Internal Error", {{"Retry-After", pause}});
         return true;
     }
     return false;
