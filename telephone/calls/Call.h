@@ -147,6 +147,7 @@ private:
     void failPendingChanges();
     void finishTransfer(int status);
     void exchangeSessions();
+    void replacementClosed(sip::Closing const& closing);
     void setRemote(sip::NameAddr const& party);
     void updateVoice();
     void dropSession();

@@ -24,6 +24,8 @@ public:
     // Fills the next frame to be sent; false sends silence. Called every 20 ms while the direction of the call allows
     // sending.
     virtual bool readFrame(AudioFrame& frame) = 0;
+    // In virtual time instead of so many calls of readFrame whose frames nobody hears.
+    virtual void skipFrames(std::uint64_t count) = 0;
 };
 
 class AudioSink
@@ -72,6 +74,9 @@ public:
     virtual void setSink(AudioSink* sink) = 0;        // null: received audio is dropped
     // Sends the received audio back instead of the source's.
     virtual void setEcho(bool echo) = 0;
+    // To be called before its source gives anything else, and before its sink begins or ends to listen. In virtual time
+    // the stream then makes up for frames that nobody heard.
+    virtual void catchUp() = 0;
 
     virtual Direction direction() const = 0;  // agreed by both ends
     virtual std::string codec() const = 0;    // "PCMU" or "PCMA"; empty until agreed

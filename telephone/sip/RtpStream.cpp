@@ -63,6 +63,7 @@ RtpStream::~RtpStream()
 
 void RtpStream::apply(SdpNegotiation::Agreement const& agreement)
 {
+    catchUp();
     talkspurt_ = talkspurt_ || !sends(agreement_.direction);
     agreement_ = agreement;
     far_.describe(agreement.remote);
@@ -72,9 +73,28 @@ void RtpStream::apply(SdpNegotiation::Agreement const& agreement)
 
 void RtpStream::stop()
 {
+    catchUp();
     running_ = false;
     clock_.remove(*this);
     digits_.clear();
+}
+
+void RtpStream::setSource(AudioSource* source)
+{
+    catchUp();
+    source_ = source;
+}
+
+void RtpStream::setSink(AudioSink* sink)
+{
+    catchUp();
+    sink_ = sink;
+}
+
+void RtpStream::setEcho(bool echo)
+{
+    catchUp();
+    echo_ = echo;
 }
 
 bool RtpStream::canSendDigits() const
@@ -84,22 +104,60 @@ bool RtpStream::canSendDigits() const
 
 void RtpStream::sendDigits(std::string const& digits, std::chrono::milliseconds duration)
 {
+    catchUp();
     auto const beats = std::clamp<std::int64_t>(duration / kFrameTime, 2, 250);
     for (char const key : digits) {
         digits_.push_back({key, static_cast<unsigned>(beats)});
     }
 }
 
+bool RtpStream::sendsNow() const
+{
+    return sends(agreement_.direction) && sa_isset(&far_.destination(), SA_ALL);
+}
+
 void RtpStream::onBeat()
 {
+    if (isVirtual() && !needsBeats()) {
+        return makeUpFor(1);
+    }
     timestamp_ += kFrameSamplesWide;
-    if (!sends(agreement_.direction) || !sa_isset(&far_.destination(), SA_ALL)) {
+    if (!sendsNow()) {
         return;
     }
     if (digits_.empty()) {
         sendAudio();
     } else {
         sendEvent();
+    }
+}
+
+// A sink that listens may also be told what is sent.
+bool RtpStream::needsBeats() const
+{
+    bool const isTapped = sink_ != nullptr && sink_->isListening();
+    return isTapped || (sendsNow() && (!digits_.empty() || isHeard()));
+}
+
+void RtpStream::makeUpFor(std::uint64_t beats)
+{
+    timestamp_ += static_cast<std::uint32_t>(beats) * kFrameSamplesWide;
+    if (!sendsNow()) {
+        return;
+    }
+    skipFrames(beats);
+    countUnheard(beats);
+    sequence_ += static_cast<std::uint16_t>(beats);
+    talkspurt_ = false;
+}
+
+void RtpStream::skipFrames(std::uint64_t count)
+{
+    if (echo_) {
+        auto const skipped = std::min<std::uint64_t>(count, echoed_.size());
+        echoed_.erase(echoed_.begin(), echoed_.begin() + static_cast<std::ptrdiff_t>(skipped));
+    } else if (source_ != nullptr) {
+        source_->skipFrames(count);
     }
 }
 
@@ -125,7 +183,7 @@ bool RtpStream::isListening() const
 {
     bool const echoes = running_ && receives(agreement_.direction) && echo_ && sends(agreement_.direction);
     RtpStream const* const far = echoes ? streamAt(far_.destination()) : nullptr;
-    return hasListener() || (far != nullptr && (far->echo_ || far->hasListener()));
+    return hasListener() || (far != nullptr && far->hasListener());
 }
 
 bool RtpStream::isHeard() const
@@ -134,9 +192,9 @@ bool RtpStream::isHeard() const
     return far == nullptr ? isInMemory(far_.destination()) : far->isListening();
 }
 
-void RtpStream::countUnheard()
+void RtpStream::countUnheard(std::uint64_t packets)
 {
-    ++unheard_;
+    unheard_ += packets;
     RtpStream* const far = streamAt(far_.destination());
     if (far != nullptr && far->running_) {
         far->lastHeard_ = tmr_jiffies();
@@ -150,7 +208,7 @@ void RtpStream::sendAudio()
         frame.fill(0);
     }
     if (isVirtual() && !isHeard()) {
-        countUnheard();
+        countUnheard(1);
         ++sequence_;
         talkspurt_ = false;
         return;

@@ -2,8 +2,8 @@
 // directions. Owned by its session; used under the lock.
 //
 // In virtual time both ends are in this process, and a packet of audio to which nobody listens is counted instead of
-// being encoded and sent: it could change nothing, and hours of it cost nothing. Its source is read all the same, and
-// its sequence number is used.
+// being encoded and sent: it could change nothing. Its frame of the source is skipped, and its sequence number is used.
+// While that is all that there is to do, the stream needs no beats, so that hours of it cost nothing.
 #pragma once
 
 #include <deque>
@@ -32,15 +32,16 @@ public:
 
     bool canSendDigits() const;
     void sendDigits(std::string const& digits, std::chrono::milliseconds duration);
-    // Packets that were not sent, since nobody listens.
+    // Packets that were not sent, since nobody listens, up to the last beat or `catchUp`.
     std::uint64_t unheard() const { return unheard_; }
     // When the last packet came, or would have come had anybody listened; milliseconds of the stack's clock, 0: never.
     std::uint64_t lastHeard() const { return lastHeard_; }
     void onDigit(std::function<void(char)> heard) { digitHeard_ = std::move(heard); }
 
-    void setSource(AudioSource* source) override { source_ = source; }
-    void setSink(AudioSink* sink) override { sink_ = sink; }
-    void setEcho(bool echo) override { echo_ = echo; }
+    void setSource(AudioSource* source) override;
+    void setSink(AudioSink* sink) override;
+    void setEcho(bool echo) override;
+    void catchUp() override { MediaClock::catchUp(); }
     Direction direction() const override { return agreement_.direction; }
     std::string codec() const override { return agreement_.codec; }
     AudioStatistics statistics() const override { return statistics_; }
@@ -53,11 +54,15 @@ private:
     };
 
     void onBeat() override;
+    [[nodiscard]] bool needsBeats() const override;
+    void makeUpFor(std::uint64_t beats) override;
+    [[nodiscard]] bool sendsNow() const;
     bool nextFrame(AudioFrame& frame);
+    void skipFrames(std::uint64_t count);
     void sendAudio();
     [[nodiscard]] bool isHeard() const;
-    void countUnheard();
-    // Whether what it receives reaches somebody. The echo of what nobody hears does not.
+    void countUnheard(std::uint64_t packets);
+    // Whether what it receives reaches somebody. The echo of what nobody hears does not, nor that of an echo.
     [[nodiscard]] bool isListening() const;
     [[nodiscard]] bool hasListener() const;
     void sendEvent();

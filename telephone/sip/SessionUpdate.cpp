@@ -189,6 +189,7 @@ void SessionImpl::watchAudio()
 
 void SessionImpl::checkAudio()
 {
+    rtp_.catchUp();
     milliseconds const silence(tmr_jiffies() - std::max(rtp_.lastHeard(), audioDueSince_));
     milliseconds const limit = element_->config().audioTimeout;
     if (silence < limit) {

@@ -1,6 +1,9 @@
 #include "telephone/sip/RtpStream.h"
 
+#include <memory>
 #include <mutex>
+#include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -27,12 +30,48 @@ public:
         ++read;
         return true;
     }
+    void skipFrames(std::uint64_t count) override { skipped += static_cast<int>(count); }
     void writeFrame(AudioFrame const&) override { ++written; }
     bool isListening() const override { return listens; }
 
     int read = 0;
+    int skipped = 0;
     int written = 0;
     bool listens = true;
+};
+
+sa loopback(std::uint16_t port)
+{
+    sa address{};
+    sa_set_str(&address, "127.0.0.1", port);
+    return address;
+}
+
+// A socket that is no stream, and so always listens.
+class PacketReader
+{
+public:
+    PacketReader()
+    {
+        sa local = loopback(0);
+        auto const received = [](sa const*, mbuf* packet, void* object) {
+            rtp_header header{};
+            (void)rtp_hdr_decode(&header, packet);
+            static_cast<PacketReader*>(object)->headers.push_back(header);
+        };
+        (void)udp_listen(socket_.out(), &local, received, this);
+    }
+    [[nodiscard]] std::uint16_t port() const
+    {
+        sa local{};
+        (void)udp_local_get(socket_.get(), &local);
+        return sa_port(&local);
+    }
+
+    std::vector<rtp_header> headers;
+
+private:
+    Ref<udp_sock> socket_;
 };
 
 class RtpStreamTest : public testing::Test
@@ -56,16 +95,14 @@ protected:
         loop_.stop();
     }
 
-    static sa loopback(std::uint16_t port)
-    {
-        sa address{};
-        sa_set_str(&address, "127.0.0.1", port);
-        return address;
-    }
     static void connect(RtpStream& stream, RtpStream const& far, int payloadType = 0)
     {
+        connect(stream, far.localPort(), payloadType);
+    }
+    static void connect(RtpStream& stream, std::uint16_t farPort, int payloadType = 0)
+    {
         SdpNegotiation::Agreement agreement;
-        agreement.remote = loopback(far.localPort());
+        agreement.remote = loopback(farPort);
         agreement.direction = Direction::kSendReceive;
         agreement.codec = "PCMU";
         agreement.payloadType = payloadType;
@@ -84,12 +121,40 @@ protected:
     Voice rightVoice_;
 };
 
-TEST_F(RtpStreamTest, AudioThatNobodyHears_IsReadAndCountedOnly)
+TEST_F(RtpStreamTest, AudioThatNobodyHears_IsSkippedAndCountedOnly)
 {
     sleepFor(kFiftyFrames);
+    left_->catchUp();
 
-    EXPECT_EQ(leftVoice_.read, 50);
+    EXPECT_EQ(leftVoice_.read, 0);
+    EXPECT_EQ(leftVoice_.skipped, 50);
     EXPECT_EQ(left_->unheard(), 50U);
+}
+
+TEST_F(RtpStreamTest, HoursThatNobodyHears_AreCountedAtOnce)
+{
+    sleepFor(10h);
+    left_->catchUp();
+
+    EXPECT_EQ(left_->unheard(), 1'800'000U);
+}
+
+// As if each packet had been sent (RFC 3550, 5.1): sequence numbers by one, timestamps by the samples of a frame.
+TEST_F(RtpStreamTest, FirstPacketThatIsHeard_HasTheNumbersOfItsMoment)
+{
+    PacketReader reader;
+    connect(*left_, reader.port());
+    sleepFor(30ms);  // one packet
+    connect(*left_, *right_);
+    sleepFor(1s);  // 50 that nobody hears
+    connect(*left_, reader.port());
+    sleepFor(20ms);
+
+    ASSERT_EQ(reader.headers.size(), 2U);
+    rtp_header const& first = reader.headers.front();
+    rtp_header const& second = reader.headers.back();
+    EXPECT_EQ(static_cast<std::uint16_t>(second.seq - first.seq), 51);
+    EXPECT_EQ(second.ts - first.ts, 51U * 160U);
 }
 
 TEST_F(RtpStreamTest, AudioForASink_IsSentWhileTheSinkListens)
@@ -99,8 +164,10 @@ TEST_F(RtpStreamTest, AudioForASink_IsSentWhileTheSinkListens)
     EXPECT_EQ(left_->unheard(), 0U);
     EXPECT_EQ(rightVoice_.written, 50);
 
+    right_->catchUp();
     rightVoice_.listens = false;
     sleepFor(1s);
+    left_->catchUp();
 
     EXPECT_EQ(left_->unheard(), 50U);
     EXPECT_EQ(rightVoice_.written, 50);
@@ -175,6 +242,7 @@ TEST_F(RtpStreamTest, EchoOfWhatNobodyHears_IsNotSent)
 {
     right_->setEcho(true);
     sleepFor(kFiftyFrames);
+    left_->catchUp();
     EXPECT_EQ(left_->unheard(), 50U);
 
     left_->setSink(&leftVoice_);
@@ -191,6 +259,7 @@ TEST_F(RtpStreamTest, DigitsAreSent_ThoughNobodyHearsTheAudio)
     left_->sendDigits("12", 100ms);
 
     sleepFor(1s);
+    left_->catchUp();
 
     EXPECT_EQ(heard, "12");
     EXPECT_GT(left_->unheard(), 0U);
