@@ -11,6 +11,7 @@ EngineConfiguration EngineConfiguration::from(Configuration const& configuration
     engine.agent.udpPort = static_cast<std::uint16_t>(configuration.sip.port);
     engine.agent.tcpPort = static_cast<std::uint16_t>(configuration.sip.port);
     engine.agent.name = configuration.sip.userAgent;
+    engine.agent.dnsServers = configuration.dns.servers;
     engine.audioSource = configuration.media.source;
     engine.heardFile = configuration.media.heard;
     engine.maximumCalls = configuration.calls.maximum;
