@@ -53,7 +53,7 @@ struct KeyConfiguration
 
 struct SipConfiguration
 {
-    std::string address = "127.0.0.1";  // another address only if the file names it
+    std::string address = "127.0.0.1";  // or an interface; another only if the file names it
     int port = 0;                       // UDP and TCP; 0: any free one
     Transport transport = Transport::kUdp;
     std::string userAgent = "reference telephone";

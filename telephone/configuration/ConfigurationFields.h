@@ -81,7 +81,7 @@ inline constexpr auto kKey = std::to_array<ConfigurationField<KeyConfiguration>>
 });
 
 inline constexpr auto kSip = std::to_array<ConfigurationField<SipConfiguration>>({
-    {"address",             &SipConfiguration::address,             "IP address of the telephone"},
+    {"address",             &SipConfiguration::address,             "IP address of the telephone, or a network interface, which stands for one address of each family"},
     {"port",                &SipConfiguration::port,                "UDP and TCP port; 0: any free one", {}, 0, kHighestPort},
     {"transport",           &SipConfiguration::transport,           "for registrations and calls", "udp|tcp"},
     {"user-agent",          &SipConfiguration::userAgent,           "its name in SIP messages"},

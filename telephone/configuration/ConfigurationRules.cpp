@@ -6,6 +6,7 @@
 #include <map>
 #include <system_error>
 
+#include <net/if.h>
 #include <spdlog/fmt/fmt.h>
 #include <unistd.h>
 
@@ -40,8 +41,10 @@ private:
     Outcome<> checkAddresses() const
     {
         auto const& address = configuration_.sip.address;
-        if (!isIpAddress(address)) {
-            return places_.refusal(places_.sip, fmt::format("sip.address takes an IP address, not \"{}\"", address));
+        if (!isIpAddress(address) && if_nametoindex(address.c_str()) == 0) {
+            return places_.refusal(places_.sip, fmt::format("sip.address takes an IP address or a network interface of "
+                                                            "this machine, not \"{}\"",
+                                                            address));
         }
         for (auto const& server : configuration_.dns.servers) {
             auto const place = hostPortOf(server);

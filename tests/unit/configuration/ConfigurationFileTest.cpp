@@ -240,7 +240,7 @@ INSTANTIATE_TEST_SUITE_P(
               "desk.toml:3: key.function takes one of line, dss, blf, forwarding, dnd, hold, mute, headset, messages, "
               "toggle, release, preview, ignore, transfer, not the text \"coffee\""},
         Wrong{"NoAddress", "[sip]\naddress = \"desk.example\"\n",
-              "desk.toml:2: sip.address takes an IP address, not "
+              "desk.toml:2: sip.address takes an IP address or a network interface of this machine, not "
               "\"desk.example\""},
         Wrong{"NoDnsServer", "[dns]\nservers = [\"192.0.2.53\", \"dns.example\"]\n",
               "desk.toml:2: dns.servers takes IP addresses with or without a port, not \"dns.example\""},
