@@ -12,8 +12,9 @@ EngineConfiguration EngineConfiguration::from(Configuration const& configuration
     engine.agent.tcpPort = static_cast<std::uint16_t>(configuration.sip.port);
     engine.agent.name = configuration.sip.userAgent;
     engine.agent.dnsServers = configuration.dns.servers;
-    engine.audioSource = configuration.media.source;
-    engine.heardFile = configuration.media.heard;
+    auto const& media = configuration.media;
+    engine.audio = {media.source, media.microphone, media.loudspeaker};
+    engine.heardFile = media.heard;
     engine.maximumCalls = configuration.calls.maximum;
     engine.automaticRinging = configuration.calls.automaticRinging;
     engine.doNotDisturbStatus = configuration.calls.doNotDisturbStatus;
