@@ -13,6 +13,7 @@ EngineConfiguration EngineConfiguration::from(Configuration const& configuration
     engine.agent.name = configuration.sip.userAgent;
     engine.agent.sessionExpires = std::chrono::seconds(configuration.calls.sessionExpires);
     engine.agent.audioTimeout = std::chrono::seconds(configuration.calls.audioTimeout);
+    engine.agent.dnsServers = configuration.dns.servers;
     auto const& media = configuration.media;
     engine.audio = {media.source, media.microphone, media.loudspeaker};
     engine.heardFile = media.heard;

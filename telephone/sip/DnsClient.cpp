@@ -4,6 +4,8 @@
 #include <optional>
 #include <utility>
 
+#include "telephone/sip/LocalAddresses.h"
+
 namespace telephone::sip {
 
 namespace {
@@ -22,12 +24,6 @@ std::vector<sa> systemServers()
     return {servers.begin(), servers.begin() + count};
 }
 
-std::string addressOnly(sa const& address)
-{
-    std::array<char, 64> text{};
-    return sa_ntop(&address, text.data(), static_cast<int>(text.size())) == 0 ? text.data() : "";
-}
-
 std::string orEmpty(char const* text)
 {
     return text ? text : "";
@@ -41,11 +37,11 @@ DnsRecord recordOf(dnsrr const& record)
     switch (static_cast<DnsType>(record.type)) {
     case DnsType::kA:
         sa_set_in(&address, record.rdata.a.addr, 0);
-        read.target = addressOnly(address);
+        read.target = hostText(address);
         break;
     case DnsType::kAaaa:
         sa_set_in6(&address, record.rdata.aaaa.addr, 0);
-        read.target = addressOnly(address);
+        read.target = hostText(address);
         break;
     case DnsType::kSrv:
         read.target = orEmpty(record.rdata.srv.target);

@@ -80,6 +80,14 @@ Outcome<> Servers::check(Destination const& destination) const
     return isKnown && entry->second.places.empty() ? entry->second.outcome : Outcome<>();
 }
 
+std::optional<Place> Servers::known(Destination const& destination) const
+{
+    auto const entry = entries_.find(destination);
+    bool const isKnown = entry != entries_.end() && SteadyClock::now() < entry->second.until;
+    auto const places = isKnown ? placesFor(entry->second, Use::kOther) : Outcome<Places>(Places());
+    return places && !places->empty() ? std::optional(places->front()) : std::nullopt;
+}
+
 void Servers::onSearched(Destination const& destination, Outcome<ServerSearch::Result> result)
 {
     Entry& entry = entries_[destination];

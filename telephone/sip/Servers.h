@@ -55,6 +55,9 @@ public:
     // Why a destination cannot be found, as far as that is known: a name that DNS did not know a moment ago.
     [[nodiscard]] Outcome<> check(Destination const& destination) const;
 
+    // The place to which a request would go now; nothing if DNS has to be asked.
+    [[nodiscard]] std::optional<Place> known(Destination const& destination) const;
+
     void noteAnswer(Destination const& destination, Place const& place);
     void noteFailure(Destination const& destination, Place const& place);
 

@@ -49,8 +49,9 @@ SessionImpl::SessionImpl(std::shared_ptr<Element> element, CallRequest const& re
     , ownUri_(route.fromUri)
     , request_(request)
     , route_(std::move(route))
-    , rtp_(element_->clock(), element_->address())
-    , sdp_(element_->address(), rtp_.localPort(), element_->config().codecs, element_->config().telephoneEvents)
+    , local_(route_.local)
+    , rtp_(element_->clock(), local_)
+    , sdp_(local_, rtp_.localPort(), element_->config().codecs, element_->config().telephoneEvents)
     , modificationGuard_(element_->loop())
     , sessionTimer_(element_->loop(), element_->config().sessionExpires,
                     {[this] { refresh(); }, [this] { abandon("the far end does not refresh the call"); }})
@@ -72,8 +73,9 @@ SessionImpl::SessionImpl(std::shared_ptr<Element> element, sip_msg const& invite
     , remoteContact_(contactOf(invite))
     , contactUser_(element_->contactUserFor(invite))
     , ownUri_(invitation_.to.uri.formatAddressOfRecord())
-    , rtp_(element_->clock(), element_->address())
-    , sdp_(element_->address(), rtp_.localPort(), element_->config().codecs, element_->config().telephoneEvents)
+    , local_(element_->addressOf(sa_af(&invite.dst)))
+    , rtp_(element_->clock(), local_)
+    , sdp_(local_, rtp_.localPort(), element_->config().codecs, element_->config().telephoneEvents)
     , modificationGuard_(element_->loop())
     , sessionTimer_(element_->loop(), element_->config().sessionExpires,
                     {[this] { refresh(); }, [this] { abandon("the far end does not refresh the call"); }})
@@ -165,7 +167,8 @@ std::string SessionImpl::localContact() const
 {
     bool const tcp =
         outgoing_ ? request_.account.transport == Transport::kTcp : invite_->request().tp == SIP_TRANSP_TCP;
-    return element_->localUri(contactUser_, tcp ? SIP_TRANSP_TCP : SIP_TRANSP_UDP);
+    auto const transport = tcp ? SIP_TRANSP_TCP : SIP_TRANSP_UDP;
+    return "sip:" + contactUser_ + "@" + element_->hostPort(local_, transport) + sip_transp_param(transport);
 }
 
 bool SessionImpl::supportsTelephoneEvents() const

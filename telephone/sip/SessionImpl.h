@@ -156,6 +156,7 @@ private:
     std::optional<Response> redirection_;
     int redirections_ = 0;
 
+    sa const local_;  // our address of the family of the call
     RtpStream rtp_;
     SdpNegotiation sdp_;
     bool offersInAnswer_ = false;   // the INVITE has no description

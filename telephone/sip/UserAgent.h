@@ -36,7 +36,7 @@ class Receiver;
 
 struct UserAgentConfig
 {
-    std::string address = "127.0.0.1";                // numeric
+    std::string address = "127.0.0.1";                // IP address, or network interface: one of each family
     std::uint16_t udpPort = 0;                        // 0: chosen
     std::uint16_t tcpPort = 0;                        // 0: the UDP port where it is free, else chosen
     std::string name = "telephone";                   // User-Agent and Server
@@ -95,7 +95,7 @@ public:
     UserAgent& operator=(UserAgent const&) = delete;
 
     EventLoop& loop() const;
-    std::string address() const;
+    std::string address() const;  // the first, numeric
     std::uint16_t udpPort() const;
     std::uint16_t tcpPort() const;
     // "address:port", the domain of its users.
