@@ -157,6 +157,7 @@ void Call::onEstablished(sip::Session& session)
         events_.pickedUp(now_);
     }
     enter(settledState());
+    followSecurity();
     if (pickup_) {
         postFeatureSuccess(*pickup_);
     }

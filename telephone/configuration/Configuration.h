@@ -117,6 +117,8 @@ struct MediaConfiguration
     std::string microphone;       // of the source "device"; empty: the system's default
     std::string loudspeaker;
     std::string heard;  // WAV file for all received audio; empty: none
+    int encryption = 0;  // sip::Encryption
+    bool keysWithoutTls = false;
 };
 
 struct CallConfiguration

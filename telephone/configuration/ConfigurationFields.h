@@ -131,6 +131,8 @@ inline constexpr auto kMedia = std::to_array<ConfigurationField<MediaConfigurati
     {"microphone",          &MediaConfiguration::microphone,        "with the source device: its name, as telephone devices lists it; empty: the system's default"},
     {"loudspeaker",         &MediaConfiguration::loudspeaker,       "the same, for what is heard"},
     {"heard",               &MediaConfiguration::heard,             "WAV file for all received audio; empty: none"},
+    {"encryption",          &MediaConfiguration::encryption,        "of the audio of calls (SRTP, [audio.md](audio.md)); optional: where the far end does it, too; required: a call without it fails", "none|optional|required"},
+    {"keys-without-tls",    &MediaConfiguration::keysWithoutTls,    "its keys may travel in SIP messages that others can read, over UDP or TCP; false: calls without TLS are not encrypted"},
 });
 
 inline constexpr auto kCalls = std::to_array<ConfigurationField<CallConfiguration>>({

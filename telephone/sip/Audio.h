@@ -56,11 +56,22 @@ constexpr bool receives(Direction direction)
     return (static_cast<int>(direction) & 1) != 0;
 }
 
+// Whether the audio of calls is encrypted (SRTP).
+enum class Encryption : int
+{
+    kNone,      // neither offered nor accepted
+    kOptional,  // where the far end does it, too
+    kRequired,  // a call without it fails
+};
+
 // What a stream has sent and received since it began.
 struct AudioStatistics
 {
     std::uint64_t received = 0;  // packets of the far end
-    std::uint64_t foreign = 0;   // packets dropped because they came from another address
+    // Dropped packets.
+    std::uint64_t foreign = 0;   // from another address
+    std::uint64_t forged = 0;    // not encrypted with the far end's key
+    std::uint64_t replayed = 0;  // copies of encrypted ones
 };
 
 // RTP with G.711 on a socket of its own, owned by its session. The session starts it with the first answer and updates
@@ -80,6 +91,7 @@ public:
 
     virtual Direction direction() const = 0;  // agreed by both ends
     virtual std::string codec() const = 0;    // "PCMU" or "PCMA"; empty until agreed
+    virtual bool isEncrypted() const = 0;
     virtual AudioStatistics statistics() const = 0;
 };
 

@@ -10,6 +10,7 @@
 #include "telephone/sip/EventLoop.h"
 #include "telephone/sip/LocalAddresses.h"
 #include "telephone/sip/MemoryNetwork.h"
+#include "telephone/sip/Sdes.h"
 #include "telephone/sip/ServerRequest.h"
 #include "telephone/sip/SessionTimer.h"
 #include "telephone/sip/Timer.h"
@@ -137,7 +138,7 @@ void Element::onTrace(bool sent, sip_transp /*transport*/, sa const& from, sa co
     std::string_view const packet(reinterpret_cast<char const*>(data), size);
     if (config_.traceMessages && config_.traceMessages()) {
         log(LogLevel::kDebug,
-            (sent ? "sent to " + addressText(to) : "received from " + addressText(from)) + "\n" + std::string(packet));
+            (sent ? "sent to " + addressText(to) : "received from " + addressText(from)) + "\n" + maskedKeys(packet));
     }
     if (!sent) {
         tap_->onReceived(packet);

@@ -37,7 +37,7 @@ RtpStream::RtpStream(MediaClock& clock, sa const& localAddress)
     : clock_(clock)
     , local_(localAddress)
     , ssrc_(rand_u32())
-    , sequence_(rand_u16())
+    , sequence_(rand_u16() & 0x7fffU)  // not near its end (RFC 3711 section 3.3.1)
     , timestamp_(rand_u32())
 {
     sa_set_port(&local_, 0);
@@ -66,9 +66,27 @@ void RtpStream::apply(SdpNegotiation::Agreement const& agreement)
     catchUp();
     talkspurt_ = talkspurt_ || !sends(agreement_.direction);
     agreement_ = agreement;
+    useKeys();
     far_.describe(agreement.remote);
     running_ = true;
     clock_.add(*this);
+}
+
+// A key that stays keeps its context: a new one would have forgotten how often the sequence has begun anew.
+void RtpStream::useKeys()
+{
+    auto const use = [](std::unique_ptr<SrtpContext>& context, CryptoKey const& key, bool sends) {
+        if (!context || context->key() != key) {
+            context = std::make_unique<SrtpContext>(key, sends);
+        }
+    };
+    if (agreement_.keys) {
+        use(encryptor_, agreement_.keys->own, true);
+        use(decryptor_, agreement_.keys->far, false);
+    } else {
+        encryptor_.reset();
+        decryptor_.reset();
+    }
 }
 
 void RtpStream::stop()
@@ -147,7 +165,7 @@ void RtpStream::makeUpFor(std::uint64_t beats)
     }
     skipFrames(beats);
     countUnheard(beats);
-    sequence_ += static_cast<std::uint16_t>(beats);
+    skipSequence(beats);
     talkspurt_ = false;
 }
 
@@ -192,6 +210,14 @@ bool RtpStream::isHeard() const
     return far == nullptr ? isInMemory(far_.destination()) : far->isListening();
 }
 
+// The far end of an encrypted stream counts the turns of the sequence, and must not miss one.
+void RtpStream::skipSequence(std::uint64_t packets)
+{
+    if (!isEncrypted()) {
+        sequence_ += static_cast<std::uint16_t>(packets);
+    }
+}
+
 void RtpStream::countUnheard(std::uint64_t packets)
 {
     unheard_ += packets;
@@ -209,7 +235,7 @@ void RtpStream::sendAudio()
     }
     if (isVirtual() && !isHeard()) {
         countUnheard(1);
-        ++sequence_;
+        skipSequence(1);
         talkspurt_ = false;
         return;
     }
@@ -263,13 +289,34 @@ void RtpStream::send(int payloadType, bool marker, std::uint32_t timestamp, std:
         return;
     }
     packet.get()->pos = 0;
+    if (encryptor_ && !encryptor_->protect(*packet.get(), PacketKind::kAudio)) {
+        return;
+    }
     (void)udp_send(socket_.get(), &far_.destination(), packet.get());
+}
+
+// False for a packet that must be dropped.
+bool RtpStream::decrypt(mbuf& packet, PacketKind kind)
+{
+    switch (decryptor_ ? decryptor_->unprotect(packet, kind) : SrtpResult::kDone) {
+    case SrtpResult::kForged:
+        ++statistics_.forged;
+        return false;
+    case SrtpResult::kReplayed:
+        ++statistics_.replayed;
+        return false;
+    case SrtpResult::kDone:
+        break;
+    }
+    return true;
 }
 
 void RtpStream::receive(sa const& from, mbuf* packet)
 {
     rtp_header header{};
-    if (!running_ || rtp_hdr_decode(&header, packet) != 0 || header.ver != RTP_VERSION) {
+    // Decrypted first, so that only authentic packets can be taken for the far end's.
+    if (!running_ || !decrypt(*packet, PacketKind::kAudio) || rtp_hdr_decode(&header, packet) != 0 ||
+        header.ver != RTP_VERSION) {
         return;
     }
     if (!far_.accept(from, header.seq)) {

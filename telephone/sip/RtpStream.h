@@ -8,12 +8,14 @@
 
 #include <deque>
 #include <functional>
+#include <memory>
 #include <vector>
 
 #include "telephone/sip/Audio.h"
 #include "telephone/sip/FarAddress.h"
 #include "telephone/sip/MediaClock.h"
 #include "telephone/sip/SdpNegotiation.h"
+#include "telephone/sip/SrtpContext.h"
 #include "telephone/sip/Stack.h"
 
 namespace telephone::sip {
@@ -44,6 +46,7 @@ public:
     void catchUp() override { MediaClock::catchUp(); }
     Direction direction() const override { return agreement_.direction; }
     std::string codec() const override { return agreement_.codec; }
+    bool isEncrypted() const override { return encryptor_ != nullptr; }
     AudioStatistics statistics() const override { return statistics_; }
 
 private:
@@ -61,12 +64,15 @@ private:
     void skipFrames(std::uint64_t count);
     void sendAudio();
     [[nodiscard]] bool isHeard() const;
+    void skipSequence(std::uint64_t packets);
     void countUnheard(std::uint64_t packets);
     // Whether what it receives reaches somebody. The echo of what nobody hears does not, nor that of an echo.
     [[nodiscard]] bool isListening() const;
     [[nodiscard]] bool hasListener() const;
     void sendEvent();
     void send(int payloadType, bool marker, std::uint32_t timestamp, std::uint8_t const* payload, std::size_t size);
+    void useKeys();
+    bool decrypt(mbuf& packet, PacketKind kind);
     void receive(sa const& from, mbuf* packet);
     void receiveAudio(std::uint8_t const* payload, std::size_t size, bool aLaw);
     void receiveEvent(rtp_header const& header, std::uint8_t const* payload, std::size_t size);
@@ -75,6 +81,8 @@ private:
     Ref<udp_sock> socket_;
     sa local_{};
     SdpNegotiation::Agreement agreement_;
+    std::unique_ptr<SrtpContext> encryptor_;  // null: not encrypted
+    std::unique_ptr<SrtpContext> decryptor_;
     FarAddress far_;
     AudioStatistics statistics_;
     AudioSource* source_ = nullptr;

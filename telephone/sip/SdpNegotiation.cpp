@@ -2,6 +2,7 @@
 
 #include <array>
 #include <stdexcept>
+#include <utility>
 
 #include "telephone/sip/SdpText.h"
 
@@ -19,6 +20,7 @@ struct Codec
 constexpr std::array<Codec, 2> kCodecs{{{"PCMU", "0", Payload::kULaw}, {"PCMA", "8", Payload::kALaw}}};
 constexpr char const* kEventName = "telephone-event";
 constexpr char const* kEventPayloadType = "101";
+constexpr char const* kCryptoName = "crypto";
 
 void check(int error)
 {
@@ -79,15 +81,54 @@ SdpNegotiation::SdpNegotiation(sa const& local, std::uint16_t rtpPort, std::vect
 
 SdpNegotiation::~SdpNegotiation() = default;
 
+void SdpNegotiation::useEncryption(Encryption encryption)
+{
+    crypto_ = CryptoNegotiation(encryption);
+    if (encryption != Encryption::kNone && !std::exchange(bothProfiles_, true)) {
+        check(sdp_media_set_alt_protos(media_, 2, sdp_proto_rtpavp, sdp_proto_rtpsavp));
+    }
+}
+
 bool SdpNegotiation::encode(Ref<mbuf>& description, bool offer)
 {
-    return sdp_encode(description.out(), session_.get(), offer) == 0;
+    auto const crypto = offer ? crypto_.offer() : crypto_.answer();
+    sdp_media_del_lattr(media_, kCryptoName);
+    for (auto const& attribute : crypto.attributes) {
+        if (sdp_media_set_lattr(media_, false, kCryptoName, "%s", attribute.c_str()) != 0) {
+            return false;
+        }
+    }
+    if (sdp_encode(description.out(), session_.get(), offer) != 0) {
+        return false;
+    }
+    // The stack answers with the profile of the offer, and offers the one that was agreed before.
+    return !offer || fill(description, withProfile(remainingText(description.get()),
+                                                   crypto.isSecureProfile ? sdp_proto_rtpsavp : sdp_proto_rtpavp));
+}
+
+CryptoDescription SdpNegotiation::remoteCrypto() const
+{
+    CryptoDescription crypto;
+    auto const add = [](char const*, char const* value, void* attributes) {
+        static_cast<std::vector<std::string>*>(attributes)->emplace_back(value);
+        return false;
+    };
+    (void)sdp_media_rattr_apply(media_, kCryptoName, add, &crypto.attributes);
+    crypto.isSecureProfile = str_casecmp(sdp_media_proto(media_), sdp_proto_rtpsavp) == 0;
+    return crypto;
+}
+
+void SdpNegotiation::restore(Offer const& offer)
+{
+    setLocalDirection(offer.direction);
+    crypto_.restoreOffer(offer.crypto);
 }
 
 int SdpNegotiation::decode(mbuf const* body, bool offer)
 {
     // A copy, because the stack tells by the unread rest of the message whether there was a body.
     Ref<mbuf> copy;
+    objection_.clear();
     if (!fill(copy, completedDescription(remainingText(body)))) {
         return ENOMEM;
     }
@@ -95,7 +136,14 @@ int SdpNegotiation::decode(mbuf const* body, bool offer)
         return error;
     }
     agreed_ = !agreement().codec.empty();
-    return agreed_ ? 0 : EPROTO;
+    if (!agreed_) {
+        return EPROTO;
+    }
+    auto const encryption = offer ? crypto_.readOffer(remoteCrypto()) : crypto_.readAnswer(remoteCrypto());
+    if (!encryption) {
+        objection_ = encryption.error().reason;
+    }
+    return encryption ? 0 : EPROTO;
 }
 
 void SdpNegotiation::setLocalDirection(Direction direction)
@@ -147,6 +195,7 @@ SdpNegotiation::Agreement SdpNegotiation::agreement() const
     });
     addReceived(true, result);
     addReceived(false, result);
+    result.keys = crypto_.agreed();
     result.remote = *sdp_media_raddr(media_);
     int const both = static_cast<int>(localDirection()) & static_cast<int>(remoteDirection());
     result.direction = static_cast<Direction>(both);

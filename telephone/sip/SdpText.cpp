@@ -122,4 +122,13 @@ std::string completedDescription(std::string_view description)
     return completed;
 }
 
+std::string withProfile(std::string description, std::string_view profile)
+{
+    auto const line = description.find("m=audio ");
+    auto const port = description.find(' ', line);
+    auto const begin = description.find(' ', port + 1) + 1;
+    auto const end = description.find(' ', begin);
+    return line == std::string::npos ? description : description.replace(begin, end - begin, profile);
+}
+
 }  // namespace telephone::sip

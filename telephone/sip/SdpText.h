@@ -11,4 +11,7 @@ namespace telephone::sip {
 // description for one of them, although it only concerns one format.
 std::string completedDescription(std::string_view description);
 
+// The description with this profile ("RTP/SAVP") for its first audio.
+std::string withProfile(std::string description, std::string_view profile);
+
 }  // namespace telephone::sip

@@ -157,9 +157,10 @@ public:
     [[nodiscard]] virtual Outcome<> fallSilent() = 0;
 
     // Changes our direction by re-INVITE: kSendOnly holds, kSendReceive retrieves; the present one renews the call.
+    // encrypted: offers new keys, or none (kNotSupported: the configuration does not permit it); not given: as before.
     // onModified reports the result. Changes requested meanwhile are queued. 491 is retried as RFC 3261 section 14.1
     // requires.
-    [[nodiscard]] virtual Outcome<> modify(Direction direction) = 0;
+    [[nodiscard]] virtual Outcome<> modify(Direction direction, std::optional<bool> encrypted = std::nullopt) = 0;
     virtual Direction localDirection() const = 0;  // the one that we offer or requested last
     virtual bool isHeldByRemote() const = 0;
 

@@ -122,7 +122,7 @@ int SessionImpl::onOffer(mbuf** description, sip_msg const& message)
         applyMedia();
         postFromStack([this] { announceRemoteChange(); });
     }
-    if (directionBefore_) {
+    if (offerBefore_) {
         postFromStack([this] { reissueModification(); });
     }
     return 0;
@@ -235,6 +235,9 @@ Closing SessionImpl::closingOf(int error, sip_msg const* message) const
     } else {
         closing.status = error == EPROTO || error == EBADMSG ? 488 : 503;
         closing.text = error ? errorText(error) : "the answer is unusable";
+        if (!sdp_.objection().empty()) {
+            closing.text = sdp_.objection();
+        }
     }
     return closing;
 }
@@ -284,7 +287,7 @@ void SessionImpl::onInfoAnswered(PendingInfo& pending, int error, sip_msg const*
 
 void SessionImpl::onInviteRefused(Response const& response)
 {
-    if (response.status == 422 && directionBefore_ && sessionTimer_.lengthen(response.headers)) {
+    if (response.status == 422 && offerBefore_ && sessionTimer_.lengthen(response.headers)) {
         reissueModification();
         return;
     }

@@ -26,6 +26,12 @@ Outcome<> notEstablished()
     return refuse(RefusalKind::kWrongState, "the call is not established");
 }
 
+bool isOverTls(Route const& route)
+{
+    auto const next = Uri::parse(route.proxy.empty() ? route.target : route.proxy);
+    return next && equalsIgnoringCase(next->parameter("transport").value_or(""), "tls");
+}
+
 Outcome<> noDescription()
 {
     return refuse(RefusalKind::kUnavailable, "the session description cannot be written");
@@ -100,8 +106,23 @@ SessionImpl::~SessionImpl()
     credentials_.reset();
 }
 
+// Keys in a message that others can read protect nothing.
+Outcome<> SessionImpl::useEncryption(bool overTls)
+{
+    auto const wanted = element_->config().encryption;
+    bool const possible = overTls || element_->config().keysWithoutTls;
+    if (wanted == Encryption::kRequired && !possible) {
+        return refuse(RefusalKind::kNotSupported, "encrypted audio is required, but its keys would travel without TLS");
+    }
+    sdp_.useEncryption(possible ? wanted : Encryption::kNone);
+    return {};
+}
+
 Outcome<> SessionImpl::start()
 {
+    if (auto usable = useEncryption(isOverTls(route_)); !usable) {
+        return usable;
+    }
     Ref<mbuf> description;
     if (!sdp_.encode(description, true)) {
         return noDescription();
@@ -140,6 +161,9 @@ bool SessionImpl::begin()
     if (sessionTimer_.isTooBrief(invitation_.headers)) {
         return refuseIncoming(422, "Session Interval Too Small", SessionTimer::ofRefusal());
     }
+    if (auto const usable = useEncryption(invite.tp == SIP_TRANSP_TLS); !usable) {
+        return refuseIncoming(488, "Not Acceptable Here", warning(usable.error().reason));
+    }
     offersInAnswer_ = mbuf_get_left(invite.mb) == 0;
     if (offersInAnswer_) {
         return true;
@@ -147,7 +171,17 @@ bool SessionImpl::begin()
     if (!msg_ctype_cmp(&invite.ctyp, "application", "sdp")) {
         return refuseIncoming(415, "Unsupported Media Type", {{"Accept", kSdpType}});
     }
-    return sdp_.decode(invite.mb, true) == 0 || refuseIncoming(488, "Not Acceptable Here");
+    return sdp_.decode(invite.mb, true) == 0 || refuseIncoming(488, "Not Acceptable Here", warning(sdp_.objection()));
+}
+
+// RFC 3261 section 20.43.
+Headers SessionImpl::warning(std::string const& objection) const
+{
+    if (objection.empty()) {
+        return {};
+    }
+    element_->log(LogLevel::kWarning, "call from " + remoteParty_.uri.format() + " refused: " + objection);
+    return {{"Warning", "399 " + addressText(element_->address()) + " \"" + objection + "\""}};
 }
 
 // Returns false.
@@ -350,7 +384,7 @@ void SessionImpl::end()
     if (update_) {
         update_->abandon();
     }
-    directionBefore_.reset();
+    offerBefore_.reset();
     queuedModifications_.clear();
     digitsByInfo_.clear();
 }
@@ -390,29 +424,35 @@ void SessionImpl::onEndIgnored()
     });
 }
 
-Outcome<> SessionImpl::modify(Direction direction)
+Outcome<> SessionImpl::modify(Direction direction, std::optional<bool> encrypted)
 {
     std::lock_guard guard(element_->loop());
     if (state_ != SessionState::kEstablished) {
         return notEstablished();
     }
-    if (directionBefore_) {
-        queuedModifications_.push_back(direction);
+    if (offerBefore_) {
+        queuedModifications_.push_back({direction, encrypted});
         return {};
     }
-    return sendModification(direction);
+    return sendModification({direction, encrypted});
 }
 
-Outcome<> SessionImpl::sendModification(Direction direction)
+Outcome<> SessionImpl::sendModification(Modification const& modification)
 {
-    Direction const before = sdp_.localDirection();
-    sdp_.setLocalDirection(direction);
-    auto const offered = offer();
+    auto const before = sdp_.nextOffer();
+    sdp_.setLocalDirection(modification.direction);
+    Outcome<> offered;
+    if (modification.encrypted) {
+        offered = sdp_.changeEncryption(*modification.encrypted);
+    }
+    if (offered) {
+        offered = offer();
+    }
     if (!offered) {
-        sdp_.setLocalDirection(before);
+        sdp_.restore(before);
         return offered;
     }
-    directionBefore_ = before;
+    offerBefore_ = before;
     modificationGuard_.start(kModificationGuard, [this] {
         touch(PhoneTimer::kSessionChangeSilent);
         finishModification(false, 408, "Request Timeout");
@@ -432,18 +472,18 @@ Outcome<> SessionImpl::offer()
 
 void SessionImpl::finishModification(bool accepted, int status, std::string const& reason)
 {
-    if (!directionBefore_) {
+    if (!offerBefore_) {
         return;
     }
-    Direction const before = *directionBefore_;
+    auto const before = *offerBefore_;
     bool const isRefresh = std::exchange(renewing_, false);
-    directionBefore_.reset();
+    offerBefore_.reset();
     modificationGuard_.cancel();
     if (!accepted) {
-        sdp_.setLocalDirection(before);
+        sdp_.restore(before);
     }
     if (!queuedModifications_.empty()) {
-        Direction const next = queuedModifications_.front();
+        Modification const next = queuedModifications_.front();
         queuedModifications_.pop_front();
         element_->logRefusal(sendModification(next));
     }
@@ -457,7 +497,7 @@ void SessionImpl::finishModification(bool accepted, int status, std::string cons
 // A re-INVITE of the far end makes the stack drop ours while it waits to be repeated. It is sent again afterwards.
 void SessionImpl::reissueModification()
 {
-    if (!directionBefore_ || state_ != SessionState::kEstablished) {
+    if (!offerBefore_ || state_ != SessionState::kEstablished) {
         return;
     }
     if (!offer()) {

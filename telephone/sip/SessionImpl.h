@@ -54,7 +54,7 @@ public:
     Outcome<> redirect(std::string const& contact, std::string const& diversionReason) override;
     void hangUp(std::string const& reason) override;
     Outcome<> fallSilent() override;
-    Outcome<> modify(Direction direction) override;
+    Outcome<> modify(Direction direction, std::optional<bool> encrypted) override;
     Direction localDirection() const override;
     bool isHeldByRemote() const override;
     Outcome<> sendInfo(Content const& content, ResponseHandler done) override;
@@ -68,6 +68,11 @@ private:
     {
         SessionImpl* session = nullptr;
         ResponseHandler done;
+    };
+    struct Modification
+    {
+        Direction direction;
+        std::optional<bool> encrypted;
     };
     struct DigitByInfo
     {
@@ -96,7 +101,7 @@ private:
     Outcome<> respond(std::uint16_t status, char const* reason, mbuf* description, Headers const& headers);
     bool followRedirection();
     bool restart();
-    Outcome<> sendModification(Direction direction);
+    Outcome<> sendModification(Modification const& modification);
     Outcome<> offer();
     void finishModification(bool accepted, int status, std::string const& reason);
     void reissueModification();
@@ -122,6 +127,8 @@ private:
 
     void learnDialog(sip_msg const& message);
     void learnIdentity(sip_msg const& message);
+    Outcome<> useEncryption(bool overTls);
+    Headers warning(std::string const& objection) const;
     void applyMedia();
     void postFromStack(std::function<void()> work);
 
@@ -168,8 +175,8 @@ private:
     std::optional<DialogHeaders> dialogHeaders_;  // from the establishment to the end
     std::optional<Referral> referral_;            // the transfer that we requested last
 
-    std::optional<Direction> directionBefore_;  // set while a re-INVITE of ours is under way
-    std::deque<Direction> queuedModifications_;
+    std::optional<SdpNegotiation::Offer> offerBefore_;  // set while a re-INVITE of ours is under way
+    std::deque<Modification> queuedModifications_;
     Timer modificationGuard_;
     bool renewing_ = false;  // the re-INVITE under way is a refresh
 

@@ -89,7 +89,7 @@ bool SessionImpl::refuseCrossingOffer(sip_msg const& update)
 {
     bool const isOffering = offerUnanswered_ || (state_ == SessionState::kAnswering && offersInAnswer_);
     bool const isCalling = outgoing_ && state_ != SessionState::kEstablished && !sdp_.isAgreed();
-    if (directionBefore_ || isOffering || isCalling) {
+    if (offerBefore_ || isOffering || isCalling) {
         element_->answer(update, 491, "Request Pending");
         return true;
     }
@@ -122,7 +122,7 @@ void SessionImpl::refresh()
     }
     if (remoteTakesUpdate_) {
         refreshByUpdate();
-    } else if (!directionBefore_) {  // a change that is under way is a refresh, too
+    } else if (!offerBefore_) {  // a change that is under way is a refresh, too
         renewing_ = true;
         auto const sending = sendModification(sdp_.localDirection());
         renewing_ = sending.has_value();

@@ -46,6 +46,8 @@ struct UserAgentConfig
     std::chrono::seconds audioTimeout{0};             // without audio, an established call ends; 0: never
     std::vector<std::string> dnsServers;              // "address" or "address:port"; empty: the system's
     std::shared_ptr<Dns> dns;                         // null: asks those servers, and in virtual time nobody
+    Encryption encryption = Encryption::kNone;        // of the audio
+    bool keysWithoutTls = false;                      // its keys may travel in messages that others can read
     std::chrono::milliseconds closingTime{500};       // longest wait of the destructor
     Logger log;
     std::function<bool()> traceMessages;  // asked for each message: whether to log it, at kDebug; null: never

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "telephone/sip/DatagramFaults.h"
 #include "telephone/sip/EventLoop.h"
 #include "telephone/time/VirtualTime.h"
 #include "telephone/time/Waiting.h"
@@ -95,13 +96,16 @@ protected:
         loop_.stop();
     }
 
-    static void connect(RtpStream& stream, RtpStream const& far, int payloadType = 0)
+    static void connect(RtpStream& stream, RtpStream const& far, int payloadType = 0,
+                        std::optional<CryptoKeys> const& keys = std::nullopt)
     {
-        connect(stream, far.localPort(), payloadType);
+        connect(stream, far.localPort(), payloadType, keys);
     }
-    static void connect(RtpStream& stream, std::uint16_t farPort, int payloadType = 0)
+    static void connect(RtpStream& stream, std::uint16_t farPort, int payloadType = 0,
+                        std::optional<CryptoKeys> const& keys = std::nullopt)
     {
         SdpNegotiation::Agreement agreement;
+        agreement.keys = keys;
         agreement.remote = loopback(farPort);
         agreement.direction = Direction::kSendReceive;
         agreement.codec = "PCMU";
@@ -213,6 +217,38 @@ TEST_F(RtpStreamTest, AudioAndDigitsOfAStranger_AreNotHeard)
     EXPECT_EQ(rightVoice_.written, 100);
     EXPECT_EQ(right_->statistics().received, 100U);
     EXPECT_EQ(right_->statistics().foreign, 47U);  // a digit and its pause take 11 beats, 8 of them with a packet
+}
+
+TEST_F(RtpStreamTest, ForgedAndReplayedPackets_ChangeNothing)
+{
+    CryptoKey const left{CryptoSuite::kAeadAes128Gcm, std::string(28, 'l')};
+    CryptoKey const right{CryptoSuite::kAeadAes128Gcm, std::string(28, 'r')};
+    CryptoKey const wrong{CryptoSuite::kAeadAes128Gcm, std::string(28, 'w')};
+    RtpStream stranger(clock_, loopback(0));
+    Voice strangersVoice;
+    DatagramFaults::Id copies = 0;
+    {
+        std::lock_guard const lock(loop_);
+        connect(*left_, *right_, 0, CryptoKeys{left, right});
+        connect(*right_, *left_, 0, CryptoKeys{right, left});
+        right_->setSink(&rightVoice_);
+        connect(stranger, *right_, 0, CryptoKeys{wrong, wrong});
+        stranger.setSource(&strangersVoice);
+        copies = datagramFaults().begin({.fate = DatagramFate::kDoubled, .concerns = [this](Datagram const& datagram) {
+                                             return datagram.from == "127.0.0.1:" + std::to_string(left_->localPort());
+                                         }});
+    }
+
+    sleepFor(kFiftyFrames);
+
+    std::lock_guard const lock(loop_);
+    datagramFaults().end(copies);
+    stranger.stop();
+    EXPECT_EQ(right_->statistics().received, 50U);
+    EXPECT_EQ(right_->statistics().replayed, 50U);
+    EXPECT_EQ(right_->statistics().forged, 50U);
+    EXPECT_EQ(right_->statistics().foreign, 0U);
+    EXPECT_EQ(rightVoice_.written, 50);
 }
 
 TEST_F(RtpStreamTest, FarEndAtAnotherAddressThanDescribed_IsHeardAndAnswered)

@@ -123,5 +123,74 @@ TEST_F(Negotiation, AnswerWithADynamicTypeForOurStaticOne_IsReceivedWithBoth)
     EXPECT_EQ(agreement.received[101], Payload::kEvents);
 }
 
+TEST_F(Negotiation, OfferWithTheSecureProfile_IsAnsweredWithItAndTheTag)
+{
+    negotiation_.useEncryption(Encryption::kOptional);
+
+    ASSERT_EQ(decodeOffer("m=audio 4000 RTP/SAVP 0\r\n"
+                          "a=crypto:5 AES_CM_128_HMAC_SHA1_80 inline:WVNfX19zZW1jdGwgKCkgewkyMjA7fQp9CnVubGVz\r\n"),
+              0);
+
+    std::string const answer = media(false);
+    EXPECT_TRUE(answer.starts_with("m=audio 5000 RTP/SAVP 0\r\n")) << answer;
+    EXPECT_NE(answer.find("\r\na=crypto:5 AES_CM_128_HMAC_SHA1_80 inline:"), std::string::npos) << answer;
+    EXPECT_EQ(answer.find("a=crypto:", answer.find("a=crypto:") + 1), std::string::npos) << answer;
+    EXPECT_TRUE(negotiation_.agreement().keys);
+}
+
+TEST_F(Negotiation, PlainOfferAfterAnEncryptedOne_IsAnsweredWithoutKeys)
+{
+    negotiation_.useEncryption(Encryption::kOptional);
+    ASSERT_EQ(decodeOffer("m=audio 4000 RTP/SAVP 0\r\n"
+                          "a=crypto:5 AES_CM_128_HMAC_SHA1_80 inline:WVNfX19zZW1jdGwgKCkgewkyMjA7fQp9CnVubGVz\r\n"),
+              0);
+    media(false);
+
+    ASSERT_EQ(decodeOffer("m=audio 4000 RTP/AVP 0\r\n"), 0);
+
+    std::string const answer = media(false);
+    EXPECT_TRUE(answer.starts_with("m=audio 5000 RTP/AVP 0\r\n")) << answer;
+    EXPECT_EQ(answer.find("a=crypto:"), std::string::npos) << answer;
+    EXPECT_FALSE(negotiation_.agreement().keys);
+}
+
+TEST_F(Negotiation, OffersOfEncryption_HaveTheProfileThatTheyNeed)
+{
+    EXPECT_TRUE(media(true).starts_with("m=audio 5000 RTP/AVP 0 8 101\r\n"));
+    EXPECT_EQ(media(true).find("a=crypto:"), std::string::npos);
+
+    negotiation_.useEncryption(Encryption::kOptional);
+    EXPECT_TRUE(media(true).starts_with("m=audio 5000 RTP/AVP 0 8 101\r\n"));
+    EXPECT_NE(media(true).find("\r\na=crypto:1 AEAD_AES_256_GCM inline:"), std::string::npos);
+
+    negotiation_.useEncryption(Encryption::kRequired);
+    EXPECT_TRUE(media(true).starts_with("m=audio 5000 RTP/SAVP 0 8 101\r\n"));
+    EXPECT_NE(media(true).find("\r\na=crypto:4 AES_CM_128_HMAC_SHA1_32 inline:"), std::string::npos);
+}
+
+TEST_F(Negotiation, OfferOfBothProfiles_IsAnsweredInOneOfThem)
+{
+    negotiation_.useEncryption(Encryption::kOptional);
+
+    ASSERT_EQ(decodeOffer("m=audio 4000 RTP/SAVP 0\r\n"
+                          "a=crypto:1 AES_CM_128_HMAC_SHA1_80 inline:WVNfX19zZW1jdGwgKCkgewkyMjA7fQp9CnVubGVz\r\n"
+                          "m=audio 4002 RTP/AVP 0\r\n"),
+              0);
+
+    std::string const answer = media(false);
+    EXPECT_TRUE(answer.starts_with("m=audio 5000 RTP/SAVP 0\r\n")) << answer;
+    EXPECT_NE(answer.find("\r\nm=audio 0 RTP/AVP 0\r\n"), std::string::npos) << answer;
+}
+
+TEST_F(Negotiation, OfferOfBothProfilesWithoutEncryptionHere_IsAnsweredInThePlainOne)
+{
+    ASSERT_EQ(decodeOffer("m=audio 4000 RTP/SAVP 0\r\n"
+                          "a=crypto:1 AES_CM_128_HMAC_SHA1_80 inline:WVNfX19zZW1jdGwgKCkgewkyMjA7fQp9CnVubGVz\r\n"
+                          "m=audio 4002 RTP/AVP 0\r\n"),
+              0);
+
+    EXPECT_TRUE(media(false).starts_with("m=audio 0 RTP/SAVP 0\r\nm=audio 5000 RTP/AVP 0\r\n")) << media(false);
+}
+
 }  // namespace
 }  // namespace telephone::sip
