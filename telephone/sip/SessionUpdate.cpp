@@ -124,7 +124,7 @@ void SessionImpl::refresh()
         refreshByUpdate();
     } else if (!offerBefore_) {  // a change that is under way is a refresh, too
         renewing_ = true;
-        auto const sending = sendModification(sdp_.localDirection());
+        auto const sending = sendModification({sdp_.localDirection(), std::nullopt});
         renewing_ = sending.has_value();
         element_->logRefusal(sending);
     }
