@@ -114,6 +114,8 @@ sip::Logger sipLogger(char const* component)
 Outcome<exchange::ExchangeConfig> exchangeConfigOf(Configuration const& configuration)
 {
     exchange::ExchangeConfig config;
+    // Of the family in which the telephone can reach it.
+    config.address = configuration.sip.address.find(':') == std::string::npos ? "127.0.0.1" : "::1";
     config.port = static_cast<std::uint16_t>(configuration.exchange.port);
     config.realm = configuration.exchange.realm;
     config.anyPassword = configuration.exchange.password;

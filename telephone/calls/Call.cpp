@@ -289,8 +289,13 @@ void Call::onClosed(sip::Session& session, sip::Closing const& closing)
         return;
     }
     Ending ending = endingOf(closing);
+    if (closing.cause == sip::CloseCause::kFailed) {
+        log(kLogWarning, kComponent, "call {} has failed: {} {}", id(), closing.status, closing.text);
+    }
     if (established_ && closing.cause == sip::CloseCause::kTimeout) {
         log(kLogWarning, kComponent, "call {} has ended: the far end no longer answers", id());
+    } else if (closing.cause == sip::CloseCause::kAbandoned) {
+        log(kLogWarning, kComponent, "call {} has ended: {}", id(), closing.text);
     }
     if (now_.state == sfiCallStateTransferring && closing.cause == sip::CloseCause::kRemoteHangUp) {
         ending = {sfiCallStateIdle, sfiReasonTransferred};

@@ -24,9 +24,9 @@ constexpr int kMostAttempts = 64;           // to find a free pair of ports
 constexpr unsigned kReportBeats = 5s / kFrameTime;
 
 // The streams of this process by their local address, in virtual time. Used under the lock.
-std::map<SocketAddress, RtpStream const*>& streams()
+std::map<SocketAddress, RtpStream*>& streams()
 {
-    static auto& all = *new std::map<SocketAddress, RtpStream const*>;  // never destroyed, as the network
+    static auto& all = *new std::map<SocketAddress, RtpStream*>;  // never destroyed, as the network
     return all;
 }
 
@@ -38,7 +38,7 @@ std::string randomName()
     return name.data();
 }
 
-RtpStream const* streamAt(sa const& address)
+RtpStream* streamAt(sa const& address)
 {
     auto const found = streams().find(SocketAddress(address));
     return found == streams().end() ? nullptr : found->second;
@@ -207,7 +207,7 @@ void RtpStream::makeUpFor(std::uint64_t beats)
         return;
     }
     skipFrames(beats);
-    unheard_ += beats;
+    countUnheard(beats);
     talkspurt_ = true;
 }
 
@@ -252,6 +252,15 @@ bool RtpStream::isHeard() const
     return far == nullptr ? isInMemory(far_.destination()) : far->isListening();
 }
 
+void RtpStream::countUnheard(std::uint64_t packets)
+{
+    unheard_ += packets;
+    RtpStream* const far = streamAt(far_.destination());
+    if (far != nullptr && far->running_) {
+        far->lastHeard_ = tmr_jiffies();
+    }
+}
+
 void RtpStream::sendAudio()
 {
     AudioFrame frame{};
@@ -259,7 +268,7 @@ void RtpStream::sendAudio()
         frame.fill(0);
     }
     if (isVirtual() && !isHeard()) {
-        ++unheard_;
+        countUnheard(1);
         talkspurt_ = true;
         return;
     }
@@ -379,6 +388,7 @@ void RtpStream::receive(sa const& from, mbuf* packet)
     }
     ++statistics_.received;
     reports_.onReceived(header, agreement_.received[header.pt] != Payload::kEvents);
+    lastHeard_ = tmr_jiffies();
     std::uint8_t const* payload = mbuf_buf(packet);
     std::size_t const size = mbuf_get_left(packet);
     switch (Payload const kind = agreement_.received[header.pt]) {

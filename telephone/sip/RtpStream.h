@@ -39,6 +39,8 @@ public:
     void sendDigits(std::string const& digits, std::chrono::milliseconds duration);
     // Packets that were not sent, since nobody listens, up to the last beat or `catchUp`.
     std::uint64_t unheard() const { return unheard_; }
+    // When the last packet came, or would have come had anybody listened; milliseconds of the stack's clock, 0: never.
+    std::uint64_t lastHeard() const { return lastHeard_; }
     void onDigit(std::function<void(char)> heard) { digitHeard_ = std::move(heard); }
 
     void setSource(AudioSource* source) override;
@@ -65,6 +67,7 @@ private:
     void skipFrames(std::uint64_t count);
     void sendAudio();
     [[nodiscard]] bool isHeard() const;
+    void countUnheard(std::uint64_t packets);
     // Whether what it receives reaches somebody. The echo of what nobody hears does not, nor that of an echo.
     [[nodiscard]] bool isListening() const;
     [[nodiscard]] bool hasListener() const;
@@ -107,6 +110,7 @@ private:
     FarAddress farReports_;
     std::uint16_t farReportCount_ = 0;
     unsigned beatsSinceReport_ = 0;
+    std::uint64_t lastHeard_ = 0;
 
     std::deque<Digit> digits_;
     unsigned eventBeat_ = 0;  // beats since the present digit began
