@@ -24,8 +24,9 @@ public:
     // Fills the next frame to be sent; false sends silence. Called every 20 ms while the direction of the call allows
     // sending.
     virtual bool readFrame(AudioFrame& frame) = 0;
-    // In virtual time instead of so many calls of readFrame whose frames nobody hears.
-    virtual void skipFrames(std::uint64_t count) = 0;
+    // In virtual time instead of so many calls of readFrame whose frames nobody hears. A source without a position,
+    // such as a microphone, has nothing to skip.
+    virtual void skipFrames(std::uint64_t /*count*/) {}
 };
 
 class AudioSink
