@@ -11,8 +11,9 @@ EngineConfiguration EngineConfiguration::from(Configuration const& configuration
     engine.agent.udpPort = static_cast<std::uint16_t>(configuration.sip.port);
     engine.agent.tcpPort = static_cast<std::uint16_t>(configuration.sip.port);
     engine.agent.name = configuration.sip.userAgent;
-    engine.audioSource = configuration.media.source;
-    engine.heardFile = configuration.media.heard;
+    auto const& media = configuration.media;
+    engine.audio = {media.source, media.microphone, media.loudspeaker};
+    engine.heardFile = media.heard;
     engine.maximumCalls = configuration.calls.maximum;
     engine.automaticRinging = configuration.calls.automaticRinging;
     engine.doNotDisturbStatus = configuration.calls.doNotDisturbStatus;
