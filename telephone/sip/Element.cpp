@@ -1,7 +1,6 @@
 #include "telephone/sip/Element.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <mutex>
 #include <stdexcept>
@@ -71,14 +70,18 @@ void Element::findServers()
     setServers(stack_, servers_.get());
 }
 
-// Binds that port, or one that is free for 0. Returns the port; 0: it cannot be bound, with the reason in errno.
-std::uint16_t Element::bind(sip_transp transport, sa const& local, std::uint16_t port) const
+// Binds that port, or for 0 one that is free, which is then the port. Returns 0, or an error of errno.
+int Element::bind(sip_transp transport, sa const& local, std::uint16_t& port) const
 {
     sa wanted = local;
     sa_set_port(&wanted, port);
+    int error = sip_transp_add(stack_, transport, &wanted);
     sa bound{};
-    errno = sip_transp_add(stack_, transport, &wanted);
-    return errno == 0 && sip_transp_laddr(stack_, &bound, transport, &local) == 0 ? sa_port(&bound) : std::uint16_t{0};
+    if (!error) {
+        error = sip_transp_laddr(stack_, &bound, transport, &local);
+    }
+    port = error ? port : sa_port(&bound);
+    return error;
 }
 
 // All addresses have the same port.
@@ -86,9 +89,8 @@ void Element::bindUdp()
 {
     udpPort_ = config_.udpPort;
     for (sa const& local : addresses_) {
-        std::uint16_t const port = bind(SIP_TRANSP_UDP, local, udpPort_);
-        throwOnError(port == 0 ? errno : 0, "UDP port " + std::to_string(udpPort_) + " of " + hostText(local));
-        udpPort_ = port;
+        throwOnError(bind(SIP_TRANSP_UDP, local, udpPort_),
+                     "UDP port " + std::to_string(udpPort_) + " of " + hostText(local));
     }
 }
 
@@ -96,12 +98,12 @@ void Element::bindTcp()
 {
     tcpPort_ = config_.tcpPort ? config_.tcpPort : udpPort_;
     for (sa const& local : addresses_) {
-        std::uint16_t port = bind(SIP_TRANSP_TCP, local, tcpPort_);
-        if (port == 0 && config_.tcpPort == 0 && &local == &addresses_.front()) {
-            port = bind(SIP_TRANSP_TCP, local, 0);
+        int error = bind(SIP_TRANSP_TCP, local, tcpPort_);
+        if (error && config_.tcpPort == 0 && &local == &addresses_.front()) {
+            tcpPort_ = 0;
+            error = bind(SIP_TRANSP_TCP, local, tcpPort_);
         }
-        throwOnError(port == 0 ? errno : 0, "TCP port " + std::to_string(tcpPort_) + " of " + hostText(local));
-        tcpPort_ = port;
+        throwOnError(error, "TCP port " + std::to_string(tcpPort_) + " of " + hostText(local));
     }
 }
 
@@ -236,15 +238,25 @@ void Element::answer(sip_msg const& request, std::uint16_t status, char const* r
                       replyTail(headers, content).c_str());
 }
 
+Outcome<> Element::checkReachable(sa const& address) const
+{
+    if (sa_af(&addressOf(sa_af(&address))) != sa_af(&address)) {
+        return refuse(RefusalKind::kUnavailable, addressText(address) + " cannot be reached: the telephone has no " +
+                                                     (sa_af(&address) == AF_INET6 ? "IPv6" : "IPv4") + " address");
+    }
+    if (isVirtual() && !isInMemory(address)) {
+        return refuse(RefusalKind::kUnavailable,
+                      "in virtual time only the telephone and its exchange can be reached, and neither is at " +
+                          addressText(address));
+    }
+    return {};
+}
+
 Outcome<> Element::checkReachable(Uri const& uri) const
 {
     sa address{};
     if (sa_set_str(&address, uri.host.c_str(), uri.port == 0 ? std::uint16_t{SIP_PORT} : uri.port) == 0) {
-        return isVirtual() && !isInMemory(address)
-                   ? refuse(RefusalKind::kUnavailable,
-                            "in virtual time only the telephone and its exchange can be reached, and neither is at " +
-                                addressText(address))
-                   : Outcome<>();
+        return checkReachable(address);
     }
     if (!servers_) {
         return refuse(RefusalKind::kUnavailable,

@@ -92,10 +92,11 @@ public:
 
 private:
     void findServers();
+    [[nodiscard]] Outcome<> checkReachable(sa const& address) const;
     [[nodiscard]] Outcome<> checkReachable(Uri const& uri) const;
     // The family in which a target is reached, as far as that is known.
     [[nodiscard]] int familyOf(Uri const& uri) const;
-    std::uint16_t bind(sip_transp transport, sa const& local, std::uint16_t port) const;
+    int bind(sip_transp transport, sa const& local, std::uint16_t& port) const;
     void bindUdp();
     void bindTcp();
     void onTrace(bool sent, sip_transp transport, sa const& from, sa const& to, std::uint8_t const* packet,
@@ -108,7 +109,7 @@ private:
     ForkedAnswers forkedAnswers_{*this};
     std::set<NotifierImpl*> notifiers_;
     std::shared_ptr<void const> sessionToken_ = std::make_shared<char>();
-    std::vector<sa> addresses_{1};  // one of each family, without ports
+    std::vector<sa> addresses_ = std::vector<sa>(1);  // one of each family, without ports
     std::uint16_t udpPort_ = 0;
     std::uint16_t tcpPort_ = 0;
     bool closed_ = false;

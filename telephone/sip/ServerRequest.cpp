@@ -227,7 +227,8 @@ void ServerRequest::end(int error, sip_msg const* message)
     if (request_.holder) {
         *request_.holder = nullptr;
     }
-    if (request_.answered && request_.stateful) {
+    // Who sends without a transaction hears of a failure only, as from the stack.
+    if (request_.answered && (request_.stateful || error)) {
         request_.answered(error, message, request_.argument);
     }
     mem_deref(this);

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "telephone/sip/DialogHeaders.h"
+#include "telephone/sip/LocalAddresses.h"
 #include "telephone/sip/MemorySockets.h"
 #include "telephone/sip/ServerRequest.h"
 #include "telephone/sip/StackTimers.h"
@@ -82,7 +83,7 @@ void our_tmr_start(tmr* timer, std::uint64_t delay, tmr_h* handler, void* argume
 int our_udp_listen(udp_sock** made, sa const* local, udp_recv_h* received, void* argument)
 {
     return isVirtual() ? openDatagramSocket(made, *local, received, argument)
-                       : stack_udp_listen(made, local, received, argument);
+                       : listenWhereverPossible(made, *local, received, argument);
 }
 
 int our_udp_local_get(udp_sock const* socket, sa* local)

@@ -1,7 +1,10 @@
 // Names of servers, looked up at a DNS server of another make (dnsmasq) on loopback, in real time.
+#include <atomic>
+#include <cerrno>
 #include <fstream>
 #include <random>
 
+#include <dlfcn.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 
@@ -12,6 +15,23 @@
 #include "tests/doubles/TemporaryFolder.h"
 #include "tests/helpers/ChildProcess.h"
 #include "tests/helpers/TestTime.h"
+
+namespace {
+
+std::atomic<bool> hasIpv6{true};
+
+}  // namespace
+
+// Every socket of this program: a test can take IPv6 away, as the kernel of a machine without it does.
+extern "C" int socket(int family, int type, int protocol) noexcept
+{
+    static auto* const next = reinterpret_cast<decltype(&::socket)>(dlsym(RTLD_NEXT, "socket"));
+    if (family == AF_INET6 && !hasIpv6) {
+        errno = EAFNOSUPPORT;
+        return -1;
+    }
+    return next(family, type, protocol);
+}
 
 namespace telephone::test {
 
@@ -97,6 +117,18 @@ TEST_F(DnsServer, NameWithPort_IsReachedAtItsAddress)
     phone.call("sip:100@exchange.test:" + exchangePort());
 
     EXPECT_TRUE(phone.waitFor("established")) << phone.events();
+}
+
+TEST_F(DnsServer, MachineWithoutIpv6_LooksNamesUp)
+{
+    serve("");
+    SipPeer phone(loop, "4711", config());
+    hasIpv6 = false;
+
+    phone.call("sip:100@exchange.test:" + exchangePort());
+
+    EXPECT_TRUE(phone.waitFor("established")) << phone.events();
+    hasIpv6 = true;
 }
 
 TEST_F(DnsServer, DeadFirstServer_LosesItsRequestsToTheSecondWithinFourSeconds)

@@ -52,6 +52,20 @@ TEST_F(Ipv6, Line_RegistersAndCallsThroughTheExchange)
     EXPECT_EQ(phone.session().localContact(), "sip:4711@" + phone.agent->hostPort());
 }
 
+TEST_F(Ipv6, AddressOfTheOtherFamily_IsRefusedWithTheReason)
+{
+    SipPeer phone(loop, "4711", config());
+    sip::CallRequest request;
+    request.account = phone.account;
+    request.target = "sip:100@127.0.0.1";
+
+    auto const refused = phone.agent->call(request, phone);
+
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(refused.error(), (Refusal{RefusalKind::kUnavailable,
+                                        "127.0.0.1:5060 cannot be reached: the telephone has no IPv4 address"}));
+}
+
 TEST_F(Ipv6, TwoTelephones_TalkOverTcp)
 {
     SipPeer caller(loop, "4711", config());
