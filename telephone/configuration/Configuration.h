@@ -79,6 +79,7 @@ struct ExchangeConfiguration
     bool enabled = true;
     int port = 0;  // 0: any free one
     std::string realm = "exchange";
+    int digests = 0;                  // 0: SHA-256 and MD5, 1: SHA-256, 2: MD5
     std::string password = "secret";  // of every number without a password of its own
 };
 

@@ -104,6 +104,7 @@ inline constexpr auto kExchange = std::to_array<ConfigurationField<ExchangeConfi
     {"enabled",             &ExchangeConfiguration::enabled,        "whether the built-in exchange runs"},
     {"port",                &ExchangeConfiguration::port,           "0: any free one", {}, 0, kHighestPort},
     {"realm",               &ExchangeConfiguration::realm,          "realm for authentication"},
+    {"digests",             &ExchangeConfiguration::digests,        "algorithms that it offers for authentication", "sha-256-and-md5|sha-256|md5"},
     {"password",            &ExchangeConfiguration::password,       "password of every number without one of its own"},
 });
 

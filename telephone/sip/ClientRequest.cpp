@@ -23,7 +23,7 @@ ClientRequest::ClientRequest(std::shared_ptr<Element> element, Account const& ac
     , contactUser_(route.contactUser)
 {
     stack_.share(element_->stack());
-    makeCredentials(credentials_, account);
+    makeCredentials(credentials_, account, element_->config().log);
 }
 
 Outcome<> ClientRequest::send(std::string const& method, std::string tail, std::optional<std::uint32_t> contactExpires,

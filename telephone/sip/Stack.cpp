@@ -1,6 +1,7 @@
 #include "telephone/sip/Stack.h"
 
 #include <array>
+#include <new>
 
 #include "telephone/sip/Account.h"
 
@@ -51,8 +52,9 @@ std::string fullName(pl const& name)
 
 struct Credentials
 {
-    char* user;
-    char* password;
+    std::string user;
+    std::string password;
+    Logger log;
 };
 
 std::string remainingText(mbuf const* buffer)
@@ -163,30 +165,34 @@ std::string replyTail(Headers const& headers, Content const& content)
 
 static void destroyCredentials(void* object)
 {
-    auto* credentials = static_cast<Credentials*>(object);
-    mem_deref(credentials->user);
-    mem_deref(credentials->password);
+    static_cast<Credentials*>(object)->~Credentials();
 }
 
-void makeCredentials(Ref<Credentials>& credentials, Account const& account)
+void makeCredentials(Ref<Credentials>& credentials, Account const& account, Logger const& log)
 {
-    auto* made = static_cast<Credentials*>(mem_zalloc(sizeof(Credentials), destroyCredentials));
-    if (!made) {
-        return;
+    void* const memory = mem_zalloc(sizeof(Credentials), destroyCredentials);
+    if (memory) {
+        *credentials.out() =
+            new (memory) Credentials{account.authUser.empty() ? account.user : account.authUser, account.password, log};
     }
-    *credentials.out() = made;
-    (void)str_dup(&made->user, (account.authUser.empty() ? account.user : account.authUser).c_str());
-    (void)str_dup(&made->password, account.password.c_str());
 }
 
 int answerChallenge(char** user, char** password, char const*, void* object)
 {
     auto const* credentials = static_cast<Credentials const*>(object);
-    if (!credentials || !str_isset(credentials->password)) {
+    if (!credentials || credentials->password.empty()) {
         return EAUTH;
     }
-    int const error = str_dup(user, credentials->user);
-    return error ? error : str_dup(password, credentials->password);
+    int const error = str_dup(user, credentials->user.c_str());
+    return error ? error : str_dup(password, credentials->password.c_str());
+}
+
+void reportUnanswered(void const* object, std::string const& reason)
+{
+    auto const* credentials = static_cast<Credentials const*>(object);
+    if (credentials && credentials->log) {
+        credentials->log(LogLevel::kWarning, reason);
+    }
 }
 
 }  // namespace telephone::sip
