@@ -13,6 +13,7 @@ struct Configuration;
 struct EngineConfiguration
 {
     sip::UserAgentConfig agent;
+    sip::Permissions permissions;      // of all lines
     std::string audioSource = "tone";  // tone, silence, or a WAV file
     std::string heardFile;             // WAV file for everything that is heard; empty: none
     int maximumCalls = 100;

@@ -21,6 +21,7 @@ Outcome<std::shared_ptr<ClientRequest>> ClientRequest::make(std::shared_ptr<Elem
 ClientRequest::ClientRequest(std::shared_ptr<Element> element, Account const& account, Route const& route)
     : element_(std::move(element))
     , contactUser_(route.contactUser)
+    , contactParameters_(route.contactParameters)
 {
     stack_.share(element_->stack());
     makeCredentials(credentials_, account, element_->config().log);
@@ -58,7 +59,7 @@ int ClientRequest::writeContact(sip_transp transport, sa const& source, sa const
     if (!contactExpires_) {
         return 0;
     }
-    contact_ = "sip:" + contactUser_ + "@" + addressText(source) + sip_transp_param(transport);
+    contact_ = "sip:" + contactUser_ + "@" + addressText(source) + contactParameters_ + sip_transp_param(transport);
     std::string const header = "Contact: <" + contact_ + ">;expires=" + std::to_string(*contactExpires_) + "\r\n";
     return mbuf_write_str(&buffer, header.c_str());
 }

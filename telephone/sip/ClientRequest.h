@@ -33,6 +33,7 @@ private:
 
     std::shared_ptr<Element> element_;
     std::string contactUser_;
+    std::string contactParameters_;
     Ref<::sip> stack_;
     Ref<sip_dialog> dialog_;
     Ref<sip_auth> auth_;

@@ -4,6 +4,7 @@
 #include <mutex>
 #include <stdexcept>
 
+#include "telephone/sip/DigestResponse.h"
 #include "telephone/sip/EventLoop.h"
 #include "telephone/sip/MemoryNetwork.h"
 #include "telephone/sip/Timer.h"
@@ -38,6 +39,7 @@ Element::Element(EventLoop& loop, UserAgentConfig config)
 
 void Element::open()
 {
+    tagSecret_ = std::to_string(rand_u64());
     throwOnError(sip_alloc(&stack_, nullptr, kTransactionBuckets, kTransactionBuckets, kConnectionBuckets,
                            config_.name.c_str(), nullptr, this),
                  "the SIP stack does not start");
@@ -167,6 +169,16 @@ std::string Element::contactUserFor(sip_msg const& request) const
 void Element::answer(sip_msg const& request, std::uint16_t status, char const* reason, Headers const& headers) const
 {
     (void)sip_treplyf(nullptr, nullptr, stack_, &request, false, status, reason, "%s", replyTail(headers, {}).c_str());
+}
+
+void Element::answerAndForget(sip_msg const& request, std::uint16_t status, char const* reason,
+                              Headers const& headers) const
+{
+    // The tag depends on the request alone, so that all answers to it are the same (RFC 3261 section 8.2.7).
+    std::string const tag =
+        hashOf(DigestAlgorithm::kSha256, tagSecret_ + text(request.callid) + text(request.via.branch));
+    const_cast<sip_msg&>(request).tag = std::stoull(tag.substr(0, 16), nullptr, 16);
+    (void)sip_replyf(stack_, &request, status, reason, "%s", replyTail(headers, {}).c_str());
 }
 
 Outcome<Route> Element::routeTo(Account const& account, std::string const& target) const

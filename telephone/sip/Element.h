@@ -7,6 +7,7 @@
 #include <set>
 #include <string>
 
+#include "telephone/sip/LineServers.h"
 #include "telephone/sip/MediaClock.h"
 #include "telephone/sip/MessageTap.h"
 #include "telephone/sip/Stack.h"
@@ -28,7 +29,8 @@ struct Route
     std::string fromUri;
     std::string fromName;  // escaped for a quoted string
     std::string contactUser;
-    std::string proxy;  // empty: none
+    std::string contactParameters = {};  // ";name=value"
+    std::string proxy;                   // empty: none
 
     char const* fromNameOrNull() const { return fromName.empty() ? nullptr : fromName.c_str(); }
     std::uint32_t proxyCount() const { return proxy.empty() ? 0 : 1; }
@@ -58,6 +60,9 @@ public:
     std::string contactUserFor(sip_msg const& request) const;
     // Answers a request that nothing else will answer.
     void answer(sip_msg const& request, std::uint16_t status, char const* reason, Headers const& headers = {}) const;
+    // The same without a transaction: a retransmission is a new request (RFC 3261 section 8.2.7). For refusals.
+    void answerAndForget(sip_msg const& request, std::uint16_t status, char const* reason,
+                         Headers const& headers = {}) const;
     void log(LogLevel level, std::string const& line) const;
     // For refusals that reach no caller.
     void logRefusal(Outcome<> const& result) const;
@@ -69,6 +74,7 @@ public:
     UserAgentConfig const& config() const { return config_; }
     MediaClock& clock() { return clock_; }
     MessageTap& tap() { return *tap_; }
+    LineServers& servers() { return servers_; }
     // Those that have accepted their subscription, for the receiver.
     std::set<NotifierImpl*>& notifiers() { return notifiers_; }
     sa const& address() const { return address_; }
@@ -87,12 +93,14 @@ private:
     UserAgentConfig config_;
     MediaClock clock_;
     std::shared_ptr<MessageTap> tap_;
+    LineServers servers_;
     std::set<NotifierImpl*> notifiers_;
     std::shared_ptr<void const> sessionToken_ = std::make_shared<char>();
     sa address_{};
     std::uint16_t udpPort_ = 0;
     std::uint16_t tcpPort_ = 0;
     bool closed_ = false;
+    std::string tagSecret_;
     ::sip* stack_ = nullptr;
     Ref<sipsess_sock> sessionSocket_;
     Ref<sipevent_sock> eventSocket_;
