@@ -34,8 +34,9 @@ EngineConfiguration EngineConfiguration::from(Configuration const& configuration
     engine.agent.limits = {configuration.limits.requests, configuration.limits.transactions,
                            configuration.limits.subscriptions};
     engine.permissions = permissionsOf(configuration.permissions);
-    engine.audioSource = configuration.media.source;
-    engine.heardFile = configuration.media.heard;
+    auto const& media = configuration.media;
+    engine.audio = {media.source, media.microphone, media.loudspeaker};
+    engine.heardFile = media.heard;
     engine.maximumCalls = configuration.calls.maximum;
     engine.automaticRinging = configuration.calls.automaticRinging;
     engine.doNotDisturbStatus = configuration.calls.doNotDisturbStatus;

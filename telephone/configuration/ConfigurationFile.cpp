@@ -55,6 +55,9 @@ private:
         places_.server = placeOf(file.at_path("server.registrar"));
         places_.push = placeOf(file.at_path("push.address"));
         places_.http = placeOf(file.at_path("http"));
+        places_.exchangePassword = placeOf(file.at_path("exchange.password"));
+        places_.recording = placeOf(file.at_path("recording.folder"));
+        places_.certificates = placeOf(file.at_path("certificates.folder"));
     }
     static int placeOf(toml::node_view<toml::node const> node)
     {

@@ -3,10 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <filesystem>
 #include <map>
+#include <system_error>
 
 #include <arpa/inet.h>
 #include <spdlog/fmt/fmt.h>
+#include <unistd.h>
 
 #include "telephone/configuration/FilePlace.h"
 #include "telephone/configuration/HostPort.h"
@@ -27,6 +30,8 @@ public:
     {
         return checkAddresses()
             .and_then([this] { return checkHttp(); })
+            .and_then([this] { return checkExchange(); })
+            .and_then([this] { return checkFolders(); })
             .and_then([this] { return completeLines(); })
             .and_then([this] { return completeKeys(); })
             .and_then([this] { return checkExchangeNumbers(); })
@@ -72,6 +77,33 @@ private:
                                    fmt::format("http.address \"{}\" can be reached from other machines, so it needs "
                                                "http.certificate and http.key; without them use 127.0.0.1",
                                                address));
+        }
+        return {};
+    }
+
+    // Nobody can register with an empty password.
+    Outcome<> checkExchange() const
+    {
+        if (configuration_.exchange.enabled && configuration_.exchange.password.empty()) {
+            return places_.refusal(places_.exchangePassword,
+                                   "exchange.password is empty: the lines need one to register");
+        }
+        return {};
+    }
+
+    Outcome<> checkFolders() const
+    {
+        auto const& recording = configuration_.recording.folder;
+        auto const& certificates = configuration_.certificates.folder;
+        if (!recording.empty() && !isFolder(recording, R_OK | W_OK | X_OK)) {
+            return places_.refusal(
+                places_.recording,
+                fmt::format("recording.folder \"{}\" is not a folder that can be written", recording));
+        }
+        if (!certificates.empty() && !isFolder(certificates, R_OK | X_OK)) {
+            return places_.refusal(
+                places_.certificates,
+                fmt::format("certificates.folder \"{}\" is not a folder that can be read", certificates));
         }
         return {};
     }
@@ -246,6 +278,11 @@ private:
     {
         return std::any_of(configuration_.lines.begin(), configuration_.lines.end(),
                            [&id](auto const& line) { return line.id == id; });
+    }
+    static bool isFolder(std::string const& path, int access)
+    {
+        std::error_code unknown;
+        return std::filesystem::is_directory(path, unknown) && ::access(path.c_str(), access) == 0;
     }
     static bool isNumber(std::string const& text)
     {

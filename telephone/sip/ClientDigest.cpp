@@ -1,7 +1,5 @@
-// Replaces the stack's digest authentication of our own requests, which knows nothing but MD5: the strongest algorithm
-// that both sides support is used (RFC 7616, RFC 8760). These four functions are all that the stack calls; the object
-// is opaque to it. Of several challenges each realm is answered once. "auth-int" is not supported: a challenge that
-// offers nothing else is not answered, and the log says so.
+#include "telephone/sip/ClientDigest.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -11,7 +9,6 @@
 #include <vector>
 
 #include "telephone/sip/DigestResponse.h"
-#include "telephone/sip/Stack.h"
 
 namespace telephone::sip {
 
@@ -114,44 +111,19 @@ std::string headerOf(DigestAnswer const& answer, std::string const& method, std:
 
 }  // namespace telephone::sip
 
-using namespace telephone::sip;
-
-// In no public header of the stack.
-extern "C" int sip_auth_encode(mbuf* buffer, sip_auth* authentication, char const* method, char const* uri);
-
 struct sip_auth
 {
     sip_auth_h* handler = nullptr;
     void* argument = nullptr;
     bool owned = false;
-    std::vector<DigestAnswer> answers;
-
-    // 0, or an error of errno: EAUTH after an answer that was refused.
-    int take(DigestChallenge const& challenge)
-    {
-        std::string const realm = challenge.fields.value("realm");
-        auto const present = std::ranges::find(answers, realm, &DigestAnswer::realm);
-        if (present != answers.end()) {
-            if (!equalsIgnoringCase(challenge.fields.value("stale"), "true")) {
-                return EAUTH;
-            }
-            present->challenge = challenge;
-            present->count = 0;
-            return 0;
-        }
-        char* user = nullptr;
-        char* password = nullptr;
-        int const error = handler ? handler(&user, &password, realm.c_str(), argument) : EAUTH;
-        if (!error) {
-            answers.push_back({challenge, user ? user : "", password ? password : ""});
-        }
-        mem_deref(user);
-        mem_deref(password);
-        return error;
-    }
+    std::vector<telephone::sip::DigestAnswer> answers;
 };
 
-static void destroyAuthentication(void* object)
+namespace telephone::sip {
+
+namespace {
+
+void destroyAuthentication(void* object)
 {
     auto* const authentication = static_cast<sip_auth*>(object);
     if (authentication->owned) {
@@ -160,11 +132,33 @@ static void destroyAuthentication(void* object)
     authentication->~sip_auth();
 }
 
-int sip_auth_alloc(sip_auth** made, sip_auth_h* handler, void* argument, bool owned)
+int takeChallenge(sip_auth& authentication, DigestChallenge const& challenge)
 {
-    if (!made) {
-        return EINVAL;
+    std::string const realm = challenge.fields.value("realm");
+    auto const present = std::ranges::find(authentication.answers, realm, &DigestAnswer::realm);
+    if (present != authentication.answers.end()) {
+        if (!equalsIgnoringCase(challenge.fields.value("stale"), "true")) {
+            return EAUTH;
+        }
+        present->challenge = challenge;
+        present->count = 0;
+        return 0;
     }
+    char* user = nullptr;
+    char* password = nullptr;
+    int const error = authentication.handler(&user, &password, realm.c_str(), authentication.argument);
+    if (!error) {
+        authentication.answers.push_back({challenge, user ? user : "", password ? password : ""});
+    }
+    mem_deref(user);
+    mem_deref(password);
+    return error;
+}
+
+}  // namespace
+
+int makeAuthentication(sip_auth** made, sip_auth_h* handler, void* argument, bool owned)
+{
     void* const memory = mem_zalloc(sizeof(sip_auth), destroyAuthentication);
     if (!memory) {
         return ENOMEM;
@@ -173,37 +167,31 @@ int sip_auth_alloc(sip_auth** made, sip_auth_h* handler, void* argument, bool ow
     return 0;
 }
 
-int sip_auth_authenticate(sip_auth* authentication, sip_msg const* response)
+int takeChallenges(sip_auth& authentication, sip_msg const& response)
 {
-    if (!authentication || !response) {
-        return EINVAL;
-    }
-    auto const challenges = bestOf(*response, authentication->argument);
+    auto const challenges = bestOf(response, authentication.argument);
     for (DigestChallenge const& challenge : challenges) {
-        if (int const error = authentication->take(challenge)) {
+        if (int const error = takeChallenge(authentication, challenge)) {
             return error;
         }
     }
     return challenges.empty() ? ENOSYS : 0;
 }
 
-int sip_auth_encode(mbuf* buffer, sip_auth* authentication, char const* method, char const* uri)
+int writeCredentials(mbuf& buffer, sip_auth& authentication, char const* method, char const* uri)
 {
-    if (!buffer || !authentication || !method || !uri) {
-        return EINVAL;
-    }
-    for (DigestAnswer& answer : authentication->answers) {
+    for (DigestAnswer& answer : authentication.answers) {
         ++answer.count;
-        if (int const error = mbuf_write_str(buffer, headerOf(answer, method, uri).c_str())) {
+        if (int const error = mbuf_write_str(&buffer, headerOf(answer, method, uri).c_str())) {
             return error;
         }
     }
     return 0;
 }
 
-void sip_auth_reset(sip_auth* authentication)
+void forgetChallenges(sip_auth& authentication)
 {
-    if (authentication) {
-        authentication->answers.clear();
-    }
+    authentication.answers.clear();
 }
+
+}  // namespace telephone::sip
