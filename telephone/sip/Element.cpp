@@ -8,6 +8,7 @@
 #include "telephone/sip/EventLoop.h"
 #include "telephone/sip/MemoryNetwork.h"
 #include "telephone/sip/Timer.h"
+#include "telephone/sip/WireText.h"
 #include "telephone/time/VirtualTime.h"
 #include "telephone/time/Waiting.h"
 
@@ -90,8 +91,8 @@ void Element::onTrace(bool sent, sip_transp /*transport*/, sa const& from, sa co
 {
     std::string_view const packet(reinterpret_cast<char const*>(data), size);
     if (config_.traceMessages && config_.traceMessages()) {
-        log(LogLevel::kDebug,
-            (sent ? "sent to " + addressText(to) : "received from " + addressText(from)) + "\n" + std::string(packet));
+        log(LogLevel::kDebug, (sent ? "sent to " + addressText(to) : "received from " + addressText(from)) + "\n" +
+                                  withoutSecrets(packet));
     }
     if (!sent) {
         tap_->onReceived(packet);
@@ -203,6 +204,8 @@ Outcome<Route> Element::routeTo(Account const& account, std::string const& targe
                       "in virtual time only the telephone and its exchange can be reached, and neither is at " +
                           addressText(resolved));
     }
+    // Headers in a URI are for a request that is made from it, and never part of its own (RFC 3261 section 19.1.5).
+    uri->headers.clear();
     Route route;
     route.target = uri->format();
     route.fromUri = "sip:" + escapeUser(account.user.empty() ? "anonymous" : account.user) + "@" +

@@ -4,6 +4,7 @@
 #include <new>
 
 #include "telephone/sip/Account.h"
+#include "telephone/sip/WireText.h"
 
 namespace telephone::sip {
 
@@ -106,14 +107,14 @@ Headers headersOf(sip_msg const& message)
     Headers headers;
     for (le const* element = message.hdrl.head; element; element = element->next) {
         auto const* header = static_cast<sip_hdr const*>(element->data);
-        headers.add(fullName(header->name), text(header->val));
+        headers.add(fullName(header->name), unfolded(view(header->val)));
     }
     return headers;
 }
 
 Response responseOf(sip_msg const& message)
 {
-    return {message.scode, text(message.reason), headersOf(message), remainingText(message.mb)};
+    return {message.scode, plainText(view(message.reason)), headersOf(message), remainingText(message.mb)};
 }
 
 Content contentOf(sip_msg const& message)
