@@ -1,4 +1,5 @@
 // What somebody on the network may do to a telephone, who is neither its call server nor knows a password of it.
+#include <map>
 #include <mutex>
 
 #include "ExchangePhones.h"
@@ -37,6 +38,12 @@ public:
         return response;
     }
 
+    // Sends a request and counts its answer, whenever it comes.
+    void send(std::string const& method, std::string const& target, sip::Headers const& headers = {})
+    {
+        EXPECT_TRUE(agent_.request(account_, method, target, headers, {},
+                                   [this](sip::Response const& response) { ++answers[response.status]; }));
+    }
     int watch(std::string const& target) { return ask("SUBSCRIBE", target, {{"Event", "dialog"}}).status; }
     int call(std::string const& target, sip::Headers const& headers = {})
     {
@@ -60,6 +67,7 @@ public:
 
     std::string contact = "127.0.0.1:9";
     int notices = 0;
+    std::map<int, int> answers;  // by status
 
 private:
     sip::UserAgentConfig configuration()
@@ -228,6 +236,72 @@ TEST(Reflector, SubscriptionForAnotherAddress_IsRefusedAlsoWhereAnybodyMayWatch)
     stranger.contact = stranger.agent().hostPort();
     EXPECT_EQ(stranger.watch(phone.uri()), 200);
     EXPECT_TRUE(eventually([&stranger] { return stranger.notices > 0; }));
+}
+
+// A request is sent again after half a second without an answer, so what is dropped shows before.
+TEST(Flood, RequestsBeyondTheRate_AreDroppedAndTheCallGoesOn)
+{
+    auto options = EnginePhone::optionsOf("4722");
+    options.engine.agent.limits = {20, 1000, 100};
+    EnginePhone bob(options);
+    EnginePhone alice(EnginePhone::optionsOf("4711"));
+    Stranger stranger;
+    ASSERT_TRUE(alice.engine().outgoing().make(1, 0, 1, bob.uri()));
+    ASSERT_TRUE(eventually([&bob] { return bob.alerts(); }));
+    ASSERT_TRUE(bob.engine().answer(1001));
+    ASSERT_TRUE(alice.events().waitFor("state 4711 1 connected normal 4722"));
+
+    for (int i = 0; i < 2000; ++i) {
+        stranger.send("OPTIONS", bob.uri());
+    }
+    EXPECT_FALSE(eventually([&stranger] { return stranger.answers.size() > 1; }, std::chrono::milliseconds(400)));
+
+    // The call of alice took one of the 40 of the first moment.
+    EXPECT_GE(stranger.answers[200], 39);
+    EXPECT_LE(stranger.answers[200], 40 + 8);
+    ASSERT_TRUE(alice.engine().hold(1));
+    EXPECT_TRUE(bob.events().waitFor("state 4722 1001 remotely held normal 4711"));
+}
+
+TEST(Flood, TransactionsBeyondTheTotal_AreAnsweredWith503)
+{
+    auto options = EnginePhone::optionsOf("4722");
+    options.engine.agent.limits = {0, 10, 100};
+    EnginePhone bob(options);
+    Stranger stranger;
+
+    for (int i = 0; i < 50; ++i) {
+        stranger.send("MESSAGE", bob.uri());
+    }
+
+    EXPECT_TRUE(eventually([&stranger] { return stranger.answers[503] == 40; }));
+    EXPECT_EQ(stranger.answers[405], 10);
+    EXPECT_FALSE(eventually([] { return false; }, std::chrono::seconds(33)));
+    stranger.send("MESSAGE", bob.uri());
+    EXPECT_TRUE(eventually([&stranger] { return stranger.answers[405] == 11; }));
+}
+
+TEST(Flood, SubscriptionsBeyondTheTotal_AreAnsweredWith503)
+{
+    auto options = EnginePhone::optionsOf("4722");
+    options.engine.agent.limits = {0, 0, 3};
+    EnginePhone bob(options);
+    Stranger peer("secret");
+
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(peer.watch(bob.uri()), 200);
+    }
+    EXPECT_EQ(peer.watch(bob.uri()), 503);
+}
+
+TEST(Destination, WithHeaders_IsRefused)
+{
+    EnginePhone alice(EnginePhone::optionsOf("4711"));
+
+    auto const refused = alice.engine().outgoing().make(1, 0, 1, "sip:4722@127.0.0.1?X=1");
+
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(refused.error().reason, "\"sip:4722@127.0.0.1?X=1\" cannot be called: leave out the headers after \"?\"");
 }
 
 }  // namespace telephone::test

@@ -1,4 +1,4 @@
-#include "telephone/sip/Gate.h"
+#include "telephone/sip/RequestGate.h"
 
 #include <algorithm>
 
@@ -52,14 +52,14 @@ bool isAtItsContact(sip_msg const& request)
 
 }  // namespace
 
-Gate::Gate(std::shared_ptr<Element> element, Users users)
+RequestGate::RequestGate(std::shared_ptr<Element> element, Users users)
     : element_(std::move(element))
     , users_(std::move(users))
     , digest_(element_->config().name, {DigestAlgorithm::kSha256, DigestAlgorithm::kMd5})
     , limits_(element_->config().limits)
 {}
 
-bool Gate::isInDialog(sip_msg const& request) const
+bool RequestGate::isInDialog(sip_msg const& request) const
 {
     if (!request.to.tag.p) {
         return false;
@@ -69,7 +69,7 @@ bool Gate::isInDialog(sip_msg const& request) const
            std::ranges::any_of(notifiers, [&](NotifierImpl const* each) { return each->isOf(request); });
 }
 
-bool Gate::hasRoomFor(sip_msg const& request)
+bool RequestGate::hasRoomFor(sip_msg const& request)
 {
     if (hasMethod(request, "ACK") || hasMethod(request, "CANCEL")) {
         return true;
@@ -90,7 +90,7 @@ bool Gate::hasRoomFor(sip_msg const& request)
     return false;
 }
 
-Sender Gate::senderOf(sip_msg const& request, GuardedUser const& user)
+Sender RequestGate::senderOf(sip_msg const& request, GuardedUser const& user)
 {
     isStale_ = false;
     if (element_->servers().haveSent(request, user.name)) {
@@ -106,7 +106,7 @@ Sender Gate::senderOf(sip_msg const& request, GuardedUser const& user)
     return result.verdict == DigestServer::Verdict::kAccepted ? Sender::kAuthenticated : Sender::kAnybody;
 }
 
-bool Gate::permits(sip_msg const& request)
+bool RequestGate::permits(sip_msg const& request)
 {
     auto const kind = kindOf(request);
     if (!kind || request.to.tag.p) {
@@ -128,7 +128,7 @@ bool Gate::permits(sip_msg const& request)
     return false;
 }
 
-void Gate::refuse(sip_msg const& request, PermissionRow const& row, Sender wanted, GuardedUser const& user)
+void RequestGate::refuse(sip_msg const& request, PermissionRow const& row, Sender wanted, GuardedUser const& user)
 {
     bool const canAuthenticate = wanted != Sender::kServer && !user.password.empty();
     if (canAuthenticate) {

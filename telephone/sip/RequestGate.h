@@ -16,13 +16,13 @@
 
 namespace telephone::sip {
 
-class Gate
+class RequestGate
 {
 public:
     // The user with that name; nothing: one that needs no permission.
     using Users = std::function<std::optional<GuardedUser>(std::string const& name)>;
 
-    Gate(std::shared_ptr<Element> element, Users users);
+    RequestGate(std::shared_ptr<Element> element, Users users);
 
     // Whether there is room for the request. ACK and CANCEL belong to requests that were taken in before.
     bool hasRoomFor(sip_msg const& request);
