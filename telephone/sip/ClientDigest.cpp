@@ -103,7 +103,10 @@ std::string headerOf(DigestAnswer const& answer, std::string const& method, std:
     if (std::string const opaque = challenge.value("opaque"); !opaque.empty()) {
         header += ", opaque=\"" + opaque + "\"";
     }
-    header += ", cnonce=\"" + input.clientNonce + "\"";
+    // Without quality of protection only the algorithms of a session use it.
+    if (protects || isOfSession(input.algorithm)) {
+        header += ", cnonce=\"" + input.clientNonce + "\"";
+    }
     return header + (protects ? ", qop=auth, nc=" + input.nonceCount : std::string()) + "\r\n";
 }
 

@@ -53,6 +53,11 @@ std::string_view nameOf(DigestAlgorithm algorithm)
     return rowOf(algorithm).name;
 }
 
+bool isOfSession(DigestAlgorithm algorithm)
+{
+    return rowOf(algorithm).ofSession;
+}
+
 std::optional<DigestAlgorithm> digestAlgorithmOf(std::string_view name)
 {
     if (name.empty()) {
@@ -116,7 +121,7 @@ std::string digestResponse(DigestInput const& input)
 {
     auto const hash = [&input](std::string const& text) { return hashOf(input.algorithm, text); };
     std::string secret = hash(input.user + ":" + input.realm + ":" + input.password);
-    if (rowOf(input.algorithm).ofSession) {
+    if (isOfSession(input.algorithm)) {
         secret = hash(secret + ":" + input.nonce + ":" + input.clientNonce);
     }
     std::string const protection =

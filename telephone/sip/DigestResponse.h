@@ -21,6 +21,8 @@ enum class DigestAlgorithm : int
 
 // "MD5", "MD5-sess", "SHA-256", "SHA-256-sess".
 std::string_view nameOf(DigestAlgorithm algorithm);
+// "MD5-sess" and "SHA-256-sess".
+bool isOfSession(DigestAlgorithm algorithm);
 // An empty name is MD5; nothing: an algorithm that is not supported.
 std::optional<DigestAlgorithm> digestAlgorithmOf(std::string_view name);
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include <malloc.h>
+
 #include "telephone/sip/MemoryNetwork.h"
 #include "telephone/sip/NotifierImpl.h"
 
@@ -57,7 +59,17 @@ RequestGate::RequestGate(std::shared_ptr<Element> element, Users users)
     , users_(std::move(users))
     , digest_(element_->config().name, {DigestAlgorithm::kSha256, DigestAlgorithm::kMd5})
     , limits_(element_->config().limits)
+    , quiet_(element_->loop())
 {}
+
+// Fragmentation would otherwise keep it.
+void RequestGate::tidyLater()
+{
+    constexpr std::chrono::seconds kForgotten{38};  // 64 * T1, and some seconds
+    if (element_->config().limits.transactions > 0) {
+        quiet_.start(kForgotten, [] { (void)malloc_trim(0); });
+    }
+}
 
 bool RequestGate::isInDialog(sip_msg const& request) const
 {
@@ -84,6 +96,7 @@ bool RequestGate::hasRoomFor(sip_msg const& request)
     }
     bool const subscribes = hasMethod(request, "SUBSCRIBE") && !request.to.tag.p;
     if (limits_.remember() && (!subscribes || limits_.hasRoomForSubscription(element_->notifiers().size()))) {
+        tidyLater();
         return true;
     }
     element_->answerAndForget(request, 503, "Service Unavailable", {{"Retry-After", "30"}});

@@ -13,6 +13,7 @@
 #include "telephone/sip/Element.h"
 #include "telephone/sip/Permissions.h"
 #include "telephone/sip/RequestLimits.h"
+#include "telephone/sip/Timer.h"
 
 namespace telephone::sip {
 
@@ -30,6 +31,8 @@ public:
     bool permits(sip_msg const& request);
 
 private:
+    // Gives the memory of the remembered requests back once the last of them is forgotten.
+    void tidyLater();
     bool isInDialog(sip_msg const& request) const;
     Sender senderOf(sip_msg const& request, GuardedUser const& user);
     void refuse(sip_msg const& request, PermissionRow const& row, Sender wanted, GuardedUser const& user);
@@ -38,6 +41,7 @@ private:
     Users users_;
     DigestServer digest_;
     RequestLimits limits_;
+    Timer quiet_;
     bool isStale_ = false;  // the credentials judged last
 };
 

@@ -5,8 +5,8 @@
     flood.py --seconds N    N seconds of each kind, and then a minute of rest
 
 For each kind of request (OPTIONS, REGISTER, SUBSCRIBE, INVITE), at 2,000 a second. Asserted: memory stays under 40 MB, and is
-back within 2 MB of what it was after a minute (long form); the call loses no audio; every request of an application is answered
-within 50 ms.
+back within 2 MB of what it was after a minute (long form); the call loses no audio; 99 of 100 requests of an application are
+answered within 50 ms. The slowest answer, which a busy machine delays as well, is only shown.
 
 The environment variable TELEPHONE names the program.
 """
@@ -93,20 +93,24 @@ def flood(report, method, seconds, rest):
         application.wait_state(1, CONNECTED)
         until(lambda: far.packets > 10, 5, "no audio arrives")
         before = telephone.status("VmRSS")
-        far.gap, packets, began = 0, far.packets, time.monotonic()
+        far.gap, packets, began, worked = 0, far.packets, time.monotonic(), telephone.cpu_seconds()
         sender = Flood(method, telephone.sip_port, seconds)
-        slowest = 0
+        answers = []
         while sender.is_alive():
             asked = time.monotonic()
             application.ask("GetServiceState")
-            slowest = max(slowest, time.monotonic() - asked)
+            answers.append(time.monotonic() - asked)
             time.sleep(0.02)
         heard, took, gap = far.packets - packets, time.monotonic() - began, far.gap
-        during = telephone.status("VmHWM")
+        during, worked = telephone.status("VmHWM"), telephone.cpu_seconds() - worked
         report.say(f"{method}: {sender.sent / took:.0f} requests/s for {took:.0f} s; memory", f"{before} kB before, {during} kB at most",
                    during <= MEMORY_ALLOWED)
+        report.say(f"{method}: processor", f"{100 * worked / took:.0f} % of one core")
         report.say(f"{method}: audio", f"{heard / took:.1f} packets/s, longest gap {gap * 1000:.0f} ms", gap <= GAP_ALLOWED)
-        report.say(f"{method}: slowest answer to an application", f"{slowest * 1000:.1f} ms", slowest <= ANSWER_ALLOWED)
+        answers.sort()
+        usual, most, slowest = answers[len(answers) // 2], answers[len(answers) * 99 // 100], answers[-1]
+        report.say(f"{method}: answers to an application",
+                   f"median {usual * 1000:.1f} ms, 99 % within {most * 1000:.1f} ms, slowest {slowest * 1000:.1f} ms", most <= ANSWER_ALLOWED)
         assert not application.is_over(1), "the call is over"
         if rest:
             time.sleep(rest)
