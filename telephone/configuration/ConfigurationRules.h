@@ -21,9 +21,11 @@ struct ConfigurationPlaces
     std::vector<int> exchangeNumbers;
     std::vector<int> faults;
     int sip = 0;
+    int dns = 0;
     int server = 0;
     int push = 0;
     int http = 0;
+    int sessionExpires = 0;
     int exchangePassword = 0;
     int recording = 0;
     int certificates = 0;

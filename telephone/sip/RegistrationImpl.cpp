@@ -42,7 +42,7 @@ RegistrationImpl::RegistrationImpl(std::shared_ptr<Element> element, Account acc
     , wait_(account_.retryFirst)
     , asked_(account_.expires)
 {
-    element_->servers().add(*this, account_.user);
+    element_->lineServers().add(*this, account_.user);
     // Later, because the caller does not hold the registration yet.
     due_.start(std::chrono::milliseconds(0), [this] { send(); });
 }
@@ -50,7 +50,7 @@ RegistrationImpl::RegistrationImpl(std::shared_ptr<Element> element, Account acc
 RegistrationImpl::~RegistrationImpl()
 {
     std::lock_guard guard(element_->loop());
-    element_->servers().remove(*this);
+    element_->lineServers().remove(*this);
     if (request_) {
         request_->abandon();
     }
@@ -69,7 +69,7 @@ Outcome<> RegistrationImpl::prepare()
     if (!route) {
         return tl::unexpected(route.error());
     }
-    route->contactParameters = element_->servers().contactParameter(*this);
+    route->contactParameters = element_->lineServers().contactParameter(*this);
     auto const made = ClientRequest::make(element_, account_, *route, account_.addressOfRecord());
     if (!made) {
         return tl::unexpected(made.error());
@@ -86,12 +86,23 @@ void RegistrationImpl::send()
     }
     request_->abandon();
     auto const answered = [this](int error, sip_msg const* message) { onAnswer(error, message); };
-    Headers const headers{{"Allow", kAllow}, {"Supported", kSupported}};
+    Headers const headers = element_->capabilities();
     if (auto const started = request_->send("REGISTER", replyTail(headers, {}), asked_, answered); !started) {
         fail(503, started.error().reason);
         return;
     }
-    silence_.start(account_.answerTimeout, [this] {
+    awaitAnswer(account_.answerTimeout);
+}
+
+// The time counts from the last server to which the request went.
+void RegistrationImpl::awaitAnswer(std::chrono::milliseconds limit)
+{
+    silence_.start(limit, [this] {
+        auto const left = std::chrono::ceil<std::chrono::milliseconds>(request_->lastSent() + account_.answerTimeout -
+                                                                       SteadyClock::now());
+        if (left.count() > 0) {
+            return awaitAnswer(left);
+        }
         touch(PhoneTimer::kRegistrarSilent);
         request_->abandon();
         fail(408, "Request Timeout");
@@ -139,7 +150,7 @@ void RegistrationImpl::onAccepted(sip_msg const& message)
         return;
     }
     registered_ = true;
-    element_->servers().answered(*this, message.src);
+    element_->lineServers().answered(*this, message.src);
     due_.start(refreshAfter(granted), [this] {
         touch(PhoneTimer::kRegistrationRefresh);
         send();

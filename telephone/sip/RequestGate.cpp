@@ -87,7 +87,7 @@ bool RequestGate::hasRoomFor(sip_msg const& request)
         return true;
     }
     bool const known = isInDialog(request);
-    bool const trusted = known || element_->servers().areAt(request.src);
+    bool const trusted = known || element_->lineServers().areAt(request.src);
     if (!limits_.takeFrom(SocketAddress(request.src).host, trusted)) {
         return false;
     }
@@ -106,7 +106,7 @@ bool RequestGate::hasRoomFor(sip_msg const& request)
 Sender RequestGate::senderOf(sip_msg const& request, GuardedUser const& user)
 {
     isStale_ = false;
-    if (element_->servers().haveSent(request, user.name)) {
+    if (element_->lineServers().haveSent(request, user.name)) {
         return Sender::kServer;
     }
     if (user.password.empty()) {

@@ -1,8 +1,9 @@
 #include "telephone/sip/WireText.h"
 
 #include <algorithm>
-#include <array>
 #include <cctype>
+
+#include "telephone/sip/Sdes.h"
 
 namespace telephone::sip {
 
@@ -11,32 +12,9 @@ namespace {
 constexpr std::string_view kLineBreaks = "\r\n";
 constexpr std::string_view kFolding = " \t\r\n";
 
-// Where a secret begins, in small letters, and what ends it.
-struct Secret
-{
-    std::string_view begin;
-    std::string_view end;
-};
-
-constexpr std::array<Secret, 2> kSecrets{{
-    {"response=\"", "\""},     // RFC 7616; its value always stands in quotation marks
-    {"inline:", "| \t\r\n;"},  // RFC 4568
-}};
-
 bool isControl(char character)
 {
     return static_cast<unsigned char>(character) < ' ' || character == '\x7f';
-}
-
-void mask(std::string& message, std::string const& small, Secret const& secret)
-{
-    // From the end, so that the places before stay where they are.
-    for (auto at = small.rfind(secret.begin); at != std::string::npos;
-         at = at == 0 ? std::string::npos : small.rfind(secret.begin, at - 1)) {
-        auto const begin = at + secret.begin.size();
-        auto const end = std::min(small.find_first_of(secret.end, begin), small.size());
-        message.replace(begin, end - begin, "***");
-    }
 }
 
 std::string inSmallLetters(std::string_view text)
@@ -76,11 +54,18 @@ std::string plainText(std::string_view text)
 
 std::string withoutSecrets(std::string_view message)
 {
+    // Its value always stands in quotation marks (RFC 7616 section 3.4).
+    constexpr std::string_view kResponse = "response=\"";
     std::string masked(message);
-    for (Secret const& secret : kSecrets) {
-        mask(masked, inSmallLetters(masked), secret);
+    std::string const small = inSmallLetters(message);
+    // From the end, so that the places before stay where they are.
+    for (auto at = small.rfind(kResponse); at != std::string::npos;
+         at = at == 0 ? std::string::npos : small.rfind(kResponse, at - 1)) {
+        auto const begin = at + kResponse.size();
+        auto const end = std::min(small.find('"', begin), small.size());
+        masked.replace(begin, end - begin, "***");
     }
-    return masked;
+    return maskedKeys(masked);
 }
 
 }  // namespace telephone::sip
