@@ -168,6 +168,15 @@ void CallEngine::registrationChanged(LineAccount const& line, bool registered)
         [&line, registered](CallObserver& observer) { observer.registrationChanged(line.lineNumber, registered); });
 }
 
+std::optional<sip::GuardedUser> CallEngine::guardedUser(std::string const& user)
+{
+    auto const line = lines_.accountOfUser(user);
+    if (!line) {
+        return std::nullopt;
+    }
+    return sip::GuardedUser{line->account.user, line->account.password, line->registers, configuration_.permissions};
+}
+
 void CallEngine::onIncomingCall(std::unique_ptr<sip::Session> session)
 {
     auto const line = lines_.accountOfUser(sip::userOf(session->invitation().requestUri));

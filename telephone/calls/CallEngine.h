@@ -133,6 +133,7 @@ private:
 
     // --- sip::UserAgentObserver
     bool knowsUser(std::string const& user) override { return lines_.lineOfUser(user).has_value(); }
+    std::optional<sip::GuardedUser> guardedUser(std::string const& user) override;
     void onIncomingCall(std::unique_ptr<sip::Session> session) override;
     void onTransferRequested(std::unique_ptr<sip::Transfer> transfer) override;
     void onSubscribe(std::unique_ptr<sip::Notifier> notifier) override;

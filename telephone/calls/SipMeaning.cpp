@@ -4,6 +4,7 @@
 #include <array>
 
 #include "telephone/sip/Uri.h"
+#include "telephone/sip/WireText.h"
 
 namespace telephone {
 
@@ -209,13 +210,13 @@ AlertInformation alertInformationOf(std::string_view header)
     std::size_t const open = header.find('<');
     std::size_t const close = header.find('>', open == std::string_view::npos ? 0 : open);
     if (open != std::string_view::npos && close != std::string_view::npos) {
-        information.uri = header.substr(open + 1, close - open - 1);
+        information.uri = sip::plainText(header.substr(open + 1, close - open - 1));
     }
     constexpr std::string_view kInfo = "info=";
     std::size_t const info = header.find(kInfo, close == std::string_view::npos ? 0 : close);
     if (info != std::string_view::npos) {
         std::string_view const rest = header.substr(info + kInfo.size());
-        information.infoParam = rest.substr(0, rest.find_first_of(";,"));
+        information.infoParam = sip::plainText(rest.substr(0, rest.find_first_of(";,")));
     }
     return information;
 }

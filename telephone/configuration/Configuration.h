@@ -85,6 +85,7 @@ struct ExchangeConfiguration
     bool enabled = true;
     int port = 0;  // 0: any free one
     std::string realm = "exchange";
+    int digests = 0;                  // 0: SHA-256 and MD5, 1: SHA-256, 2: MD5
     std::string password = "secret";  // of every number without a password of its own
 };
 
@@ -187,6 +188,25 @@ struct LogConfiguration
     std::string file;  // empty: standard error
 };
 
+// Who may send what (sip/Permissions.h). Each is the position in its choices; 0: the default.
+struct PermissionsConfiguration
+{
+    int calls = 0;
+    int takeOvers = 0;
+    int subscriptions = 0;
+    int notifications = 0;
+    int control = 0;
+    int transfers = 0;
+};
+
+// How many SIP requests are taken in; 0: any number.
+struct LimitsConfiguration
+{
+    int requests = 20;        // a second from one source
+    int transactions = 1000;  // remembered at once
+    int subscriptions = 100;  // at once
+};
+
 struct Configuration
 {
     bool keyset = true;  // false: a single-line telephone
@@ -206,6 +226,8 @@ struct Configuration
     PushConfiguration push;
     LogConfiguration log;
     CertificateConfiguration certificates;
+    PermissionsConfiguration permissions;
+    LimitsConfiguration limits;
     std::vector<FaultConfiguration> faults;
 
     // The telephone without a file.

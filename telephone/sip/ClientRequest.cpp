@@ -6,7 +6,8 @@ Outcome<std::shared_ptr<ClientRequest>> ClientRequest::make(std::shared_ptr<Elem
                                                             Route const& route, std::string const& to)
 {
     auto request = std::make_shared<ClientRequest>(std::move(element), route.contactUser);
-    makeCredentials(request->credentials_, account);
+    request->contactParameters_ = route.contactParameters;
+    makeCredentials(request->credentials_, account, request->element_->config().log);
     char const* proxies[] = {route.proxy.c_str()};
     int const error = sip_dialog_alloc(request->dialog_.out(), route.target.c_str(), to.c_str(), route.fromNameOrNull(),
                                        route.fromUri.c_str(), proxies, route.proxyCount());
@@ -72,7 +73,7 @@ int ClientRequest::writeContact(sip_transp transport, sa const& source, sa const
     if (!contactExpires_ && !inDialog_) {
         return 0;
     }
-    contact_ = "sip:" + contactUser_ + "@" + addressText(source) + sip_transp_param(transport);
+    contact_ = "sip:" + contactUser_ + "@" + addressText(source) + contactParameters_ + sip_transp_param(transport);
     std::string const header = "Contact: <" + contact_ + ">" +
                                (contactExpires_ ? ";expires=" + std::to_string(*contactExpires_) : "") + "\r\n";
     return mbuf_write_str(&buffer, header.c_str());

@@ -41,6 +41,7 @@ private:
 
     std::shared_ptr<Element> element_;
     std::string contactUser_;
+    std::string contactParameters_;
     bool inDialog_ = false;
     Ref<::sip> stack_;
     Ref<sip_dialog> dialog_;

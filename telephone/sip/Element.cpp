@@ -5,6 +5,7 @@
 #include <mutex>
 #include <stdexcept>
 
+#include "telephone/sip/DigestResponse.h"
 #include "telephone/sip/DnsClient.h"
 #include "telephone/sip/EventLoop.h"
 #include "telephone/sip/LocalAddresses.h"
@@ -13,6 +14,7 @@
 #include "telephone/sip/ServerRequest.h"
 #include "telephone/sip/SessionTimer.h"
 #include "telephone/sip/Timer.h"
+#include "telephone/sip/WireText.h"
 #include "telephone/time/VirtualTime.h"
 #include "telephone/time/Waiting.h"
 
@@ -44,6 +46,7 @@ Element::Element(EventLoop& loop, UserAgentConfig config)
 
 void Element::open()
 {
+    tagSecret_ = std::to_string(rand_u64());
     throwOnError(sip_alloc(&stack_, nullptr, kTransactionBuckets, kTransactionBuckets, kConnectionBuckets,
                            config_.name.c_str(), nullptr, this),
                  "the SIP stack does not start");
@@ -139,8 +142,8 @@ void Element::onTrace(bool sent, sip_transp /*transport*/, sa const& from, sa co
 {
     std::string_view const packet(reinterpret_cast<char const*>(data), size);
     if (config_.traceMessages && config_.traceMessages()) {
-        log(LogLevel::kDebug,
-            (sent ? "sent to " + addressText(to) : "received from " + addressText(from)) + "\n" + maskedKeys(packet));
+        log(LogLevel::kDebug, (sent ? "sent to " + addressText(to) : "received from " + addressText(from)) + "\n" +
+                                  withoutSecrets(packet));
     }
     if (!sent) {
         tap_->onReceived(packet);
@@ -266,6 +269,16 @@ Outcome<> Element::checkReachable(Uri const& uri) const
     return destination ? servers_->check(*destination) : Outcome<>();
 }
 
+void Element::answerAndForget(sip_msg const& request, std::uint16_t status, char const* reason,
+                              Headers const& headers) const
+{
+    // The tag depends on the request alone, so that all answers to it are the same (RFC 3261 section 8.2.7).
+    std::string const tag =
+        hashOf(DigestAlgorithm::kSha256, tagSecret_ + text(request.callid) + text(request.via.branch));
+    const_cast<sip_msg&>(request).tag = std::stoull(tag.substr(0, 16), nullptr, 16);
+    (void)sip_replyf(stack_, &request, status, reason, "%s", replyTail(headers, {}).c_str());
+}
+
 Outcome<Route> Element::routeTo(Account const& account, std::string const& target) const
 {
     auto uri = Uri::parse(target);
@@ -282,6 +295,8 @@ Outcome<Route> Element::routeTo(Account const& account, std::string const& targe
     if (!reachable) {
         return tl::unexpected(reachable.error());
     }
+    // Headers in a URI are for a request that is made from it, and never part of its own (RFC 3261 section 19.1.5).
+    uri->headers.clear();
     Route route;
     route.target = uri->format();
     auto const nextHop = account.proxy.empty() ? uri : Uri::parse(account.proxy);

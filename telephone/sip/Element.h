@@ -8,6 +8,7 @@
 #include <string>
 
 #include "telephone/sip/ForkedAnswers.h"
+#include "telephone/sip/LineServers.h"
 #include "telephone/sip/MediaClock.h"
 #include "telephone/sip/MessageTap.h"
 #include "telephone/sip/Servers.h"
@@ -29,7 +30,8 @@ struct Route
     std::string fromUri;
     std::string fromName;  // escaped for a quoted string
     std::string contactUser;
-    std::string proxy;  // empty: none
+    std::string contactParameters = {};  // ";name=value"
+    std::string proxy;                   // empty: none
 
     sa local{};  // our address of the family in which the target is reached
 
@@ -63,6 +65,9 @@ public:
     // Answers a request that nothing else will answer.
     void answer(sip_msg const& request, std::uint16_t status, char const* reason, Headers const& headers = {},
                 Content const& content = {}) const;
+    // The same without a transaction: a retransmission is a new request (RFC 3261 section 8.2.7). For refusals.
+    void answerAndForget(sip_msg const& request, std::uint16_t status, char const* reason,
+                         Headers const& headers = {}) const;
     void log(LogLevel level, std::string const& line) const;
     // For refusals that reach no caller.
     void logRefusal(Outcome<> const& result) const;
@@ -79,6 +84,7 @@ public:
     UserAgentConfig const& config() const { return config_; }
     MediaClock& clock() { return clock_; }
     MessageTap& tap() { return *tap_; }
+    LineServers& lineServers() { return lineServers_; }
     ForkedAnswers& forkedAnswers() { return forkedAnswers_; }
     // Those that have accepted their subscription, for the receiver.
     std::set<NotifierImpl*>& notifiers() { return notifiers_; }
@@ -106,6 +112,7 @@ private:
     UserAgentConfig config_;
     MediaClock clock_;
     std::shared_ptr<MessageTap> tap_;
+    LineServers lineServers_;
     ForkedAnswers forkedAnswers_{*this};
     std::set<NotifierImpl*> notifiers_;
     std::shared_ptr<void const> sessionToken_ = std::make_shared<char>();
@@ -113,6 +120,7 @@ private:
     std::uint16_t udpPort_ = 0;
     std::uint16_t tcpPort_ = 0;
     bool closed_ = false;
+    std::string tagSecret_;
     ::sip* stack_ = nullptr;
     std::unique_ptr<Servers> servers_;  // null: names cannot be looked up
     Ref<sipsess_sock> sessionSocket_;

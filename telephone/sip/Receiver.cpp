@@ -41,6 +41,7 @@ bool isComplete(sip_msg const& message)
 Receiver::Receiver(std::shared_ptr<Element> element, UserAgentObserver& observer)
     : element_(std::move(element))
     , observer_(&observer)
+    , gate_(element_, [this](std::string const& user) { return observer_->guardedUser(user); })
 {}
 
 void Receiver::listen()
@@ -78,6 +79,9 @@ bool Receiver::onRequestFirst(sip_msg const& message)
     if (!observer_) {
         return false;
     }
+    if (!gate_.hasRoomFor(message)) {
+        return true;
+    }
     if (!isComplete(message)) {
         element_->log(LogLevel::kInfo, "Request from " + addressText(message.src) + " lacks mandatory headers");
         if (message.via.branch.p && !isMethod(message, "ACK")) {
@@ -88,7 +92,7 @@ bool Receiver::onRequestFirst(sip_msg const& message)
     if (isMethod(message, "ACK") || isMethod(message, "CANCEL")) {
         return false;
     }
-    if (refuseUnsupported(message)) {
+    if (!gate_.permits(message) || refuseUnsupported(message)) {
         return true;
     }
     if (isMethod(message, "BYE")) {
@@ -124,19 +128,19 @@ bool Receiver::refuseUnsupported(sip_msg const& message) const
     if (unsupported.empty()) {
         return false;
     }
-    element_->answer(message, 420, "Bad Extension", {{"Unsupported", unsupported}});
+    element_->answerAndForget(message, 420, "Bad Extension", {{"Unsupported", unsupported}});
     return true;
 }
 
 void Receiver::answerOptions(sip_msg const& message) const
 {
     if (pl_isset(&message.uri.user) && !knowsUserOf(message)) {
-        element_->answer(message, 404, "Not Found");
+        element_->answerAndForget(message, 404, "Not Found");
         return;
     }
     Headers headers = element_->capabilities();
     headers.add("Accept", "application/sdp, application/dtmf-relay, message/sipfrag");
-    element_->answer(message, 200, "OK", headers);
+    element_->answerAndForget(message, 200, "OK", headers);
 }
 
 // True when the request is answered or taken here; INVITE and SUBSCRIBE go on to the stack, and so does what belongs
@@ -166,7 +170,7 @@ bool Receiver::takeOutOfDialog(sip_msg const& message)
 void Receiver::takeUnsolicitedNotify(sip_msg const& message)
 {
     if (!sip_msg_hdr(&message, SIP_HDR_EVENT)) {
-        element_->answer(message, 489, "Bad Event");
+        element_->answerAndForget(message, 489, "Bad Event");
         return;
     }
     element_->answer(message, 200, "OK");
@@ -189,18 +193,18 @@ bool Receiver::onRequestLast(sip_msg const& message)
         (void)sip_reply(element_->stack(), &message, 481, "Call/Transaction Does Not Exist");
         return true;
     }
-    element_->answer(message, 405, "Method Not Allowed", {{"Allow", kAllow}});
+    element_->answerAndForget(message, 405, "Method Not Allowed", {{"Allow", kAllow}});
     return true;
 }
 
 void Receiver::onInvite(sip_msg const& message)
 {
     if (!observer_) {
-        element_->answer(message, 503, "Service Unavailable");
+        element_->answerAndForget(message, 503, "Service Unavailable");
         return;
     }
     if (!knowsUserOf(message)) {
-        element_->answer(message, 404, "Not Found");
+        element_->answerAndForget(message, 404, "Not Found");
         return;
     }
     std::unique_ptr<SessionImpl> session;
@@ -208,7 +212,7 @@ void Receiver::onInvite(sip_msg const& message)
         session = std::make_unique<SessionImpl>(element_, message);
     } catch (std::exception const& error) {
         element_->log(LogLevel::kError, std::string("An incoming call is refused: ") + error.what());
-        element_->answer(message, 500, "Server Internal Error");
+        element_->answerAndForget(message, 500, "Server Internal Error");
         return;
     }
     if (session->begin()) {
@@ -221,11 +225,11 @@ bool Receiver::onFirstSubscribe(sip_msg const& message)
     sip_hdr const* header = sip_msg_hdr(&message, SIP_HDR_EVENT);
     sipevent_event event{};
     if (!header || sipevent_event_decode(&event, &header->val) != 0) {
-        element_->answer(message, 489, "Bad Event");
+        element_->answerAndForget(message, 489, "Bad Event");
     } else if (!knowsUserOf(message)) {
-        element_->answer(message, 404, "Not Found");
+        element_->answerAndForget(message, 404, "Not Found");
     } else if (contactOf(message).empty()) {
-        element_->answer(message, 400, "Missing Contact");
+        element_->answerAndForget(message, 400, "Missing Contact");
     } else {
         observer_->onSubscribe(std::make_unique<NotifierImpl>(element_, message, event));
     }

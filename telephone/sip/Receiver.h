@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "telephone/sip/Element.h"
+#include "telephone/sip/RequestGate.h"
 
 namespace telephone::sip {
 
@@ -33,6 +34,7 @@ private:
 
     std::shared_ptr<Element> element_;
     UserAgentObserver* observer_;  // null: closed
+    RequestGate gate_;
     Ref<sip_lsnr> firstListener_;
     Ref<sip_lsnr> lastListener_;
     Ref<sip_lsnr> strayListener_;

@@ -42,6 +42,7 @@ RegistrationImpl::RegistrationImpl(std::shared_ptr<Element> element, Account acc
     , wait_(account_.retryFirst)
     , asked_(account_.expires)
 {
+    element_->lineServers().add(*this, account_.user);
     // Later, because the caller does not hold the registration yet.
     due_.start(std::chrono::milliseconds(0), [this] { send(); });
 }
@@ -49,6 +50,7 @@ RegistrationImpl::RegistrationImpl(std::shared_ptr<Element> element, Account acc
 RegistrationImpl::~RegistrationImpl()
 {
     std::lock_guard guard(element_->loop());
+    element_->lineServers().remove(*this);
     if (request_) {
         request_->abandon();
     }
@@ -62,11 +64,12 @@ Outcome<> RegistrationImpl::prepare()
     if (request_) {
         return {};
     }
-    auto const route =
+    auto route =
         element_->routeTo(account_, account_.registrar.empty() ? "sip:" + account_.domain : account_.registrar);
     if (!route) {
         return tl::unexpected(route.error());
     }
+    route->contactParameters = element_->lineServers().contactParameter(*this);
     auto const made = ClientRequest::make(element_, account_, *route, account_.addressOfRecord());
     if (!made) {
         return tl::unexpected(made.error());
@@ -147,6 +150,7 @@ void RegistrationImpl::onAccepted(sip_msg const& message)
         return;
     }
     registered_ = true;
+    element_->lineServers().answered(*this, message.src);
     due_.start(refreshAfter(granted), [this] {
         touch(PhoneTimer::kRegistrationRefresh);
         send();

@@ -64,7 +64,7 @@ SessionImpl::SessionImpl(std::shared_ptr<Element> element, CallRequest const& re
     , audioWatch_(element_->loop())
     , silenceEnd_(element_->loop())
 {
-    makeCredentials(credentials_, request.account);
+    makeCredentials(credentials_, request.account, element_->config().log);
     sdp_.setLocalDirection(request.direction);
     rtp_.onDigit([this](char key) { announceDigit(key); });
 }

@@ -3,6 +3,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "telephone/sip/ClientDigest.h"
 #include "telephone/sip/DialogHeaders.h"
 #include "telephone/sip/LocalAddresses.h"
 #include "telephone/sip/MemorySockets.h"
@@ -61,6 +62,30 @@ void our_rand_bytes(std::uint8_t* bytes, std::size_t size)
     }
     for (std::size_t i = 0; i < size; ++i) {
         bytes[i] = static_cast<std::uint8_t>(telephone::randomNumber());
+    }
+}
+
+// --- authentication of our own requests: never the stack's, and an object of the one is none of the other
+
+int our_sip_auth_alloc(sip_auth** made, sip_auth_h* handler, void* argument, bool owned)
+{
+    return made && handler ? makeAuthentication(made, handler, argument, owned) : EINVAL;
+}
+
+int our_sip_auth_authenticate(sip_auth* authentication, sip_msg const* response)
+{
+    return authentication && response ? takeChallenges(*authentication, *response) : EINVAL;
+}
+
+int our_sip_auth_encode(mbuf* buffer, sip_auth* authentication, char const* method, char const* uri)
+{
+    return buffer && authentication && method && uri ? writeCredentials(*buffer, *authentication, method, uri) : EINVAL;
+}
+
+void our_sip_auth_reset(sip_auth* authentication)
+{
+    if (authentication) {
+        forgetChallenges(*authentication);
     }
 }
 

@@ -60,7 +60,7 @@ Outcome<> SubscriptionImpl::start(Account const& account)
     if (!route) {
         return tl::unexpected(route.error());
     }
-    makeCredentials(credentials_, account);
+    makeCredentials(credentials_, account, element_->config().log);
     Headers const headers = request_.accept.empty() ? Headers{} : Headers{{"Accept", request_.accept}};
     char const* proxies[] = {route->proxy.c_str()};
     int const error = sipevent_subscribe(

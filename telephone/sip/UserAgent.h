@@ -22,7 +22,9 @@
 #include "telephone/sip/Audio.h"
 #include "telephone/sip/Log.h"
 #include "telephone/sip/Message.h"
+#include "telephone/sip/Permissions.h"
 #include "telephone/sip/Registration.h"
+#include "telephone/sip/RequestLimits.h"
 #include "telephone/sip/Session.h"
 #include "telephone/sip/Subscription.h"
 #include "telephone/sip/Transfer.h"
@@ -49,6 +51,7 @@ struct UserAgentConfig
     Encryption encryption = Encryption::kNone;        // of the audio
     bool keysWithoutTls = false;                      // its keys may travel in messages that others can read
     std::chrono::milliseconds closingTime{500};       // longest wait of the destructor
+    Limits limits;                                    // of requests that are taken in; none
     Logger log;
     std::function<bool()> traceMessages;  // asked for each message: whether to log it, at kDebug; null: never
 };
@@ -62,6 +65,8 @@ public:
     // Whether this user agent serves the user of a Request-URI; if not, INVITE, SUBSCRIBE and OPTIONS are answered with
     // 404.
     virtual bool knowsUser(std::string const& /*user*/) { return true; }
+    // What the user's line and its settings say about permissions. Nothing: everybody may send everything to it.
+    virtual std::optional<GuardedUser> guardedUser(std::string const& /*user*/) { return std::nullopt; }
     // An incoming call; 100 Trying is sent. Set the session's observer and ring, answer, reject or redirect it, now or
     // later. Dropping the session refuses the call (480).
     virtual void onIncomingCall(std::unique_ptr<Session>) {}

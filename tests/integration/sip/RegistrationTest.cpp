@@ -11,7 +11,9 @@ TEST_F(Registration, RightPassword_IsRegisteredAtItsContact)
     phone.registerAt(exchange.hostPort());
 
     EXPECT_TRUE(phone.waitFor("registered 3600")) << phone.events();
-    EXPECT_EQ(std::vector<std::string>{"sip:4711@" + phone.agent->hostPort()}, exchange.contactsOf("4711"));
+    auto const contacts = exchange.contactsOf("4711");
+    ASSERT_EQ(1U, contacts.size());
+    EXPECT_EQ(0U, contacts[0].find("sip:4711@" + phone.agent->hostPort() + ";line=")) << contacts[0];
 }
 
 TEST_F(Registration, WrongPassword_IsForbiddenAndNotTriedAgain)
@@ -88,8 +90,10 @@ TEST_F(Registration, OverTcp_BindsATcpContact)
                      [](sip::Account& account) { account.transport = sip::Transport::kTcp; });
 
     EXPECT_TRUE(phone.waitFor("registered 3600")) << phone.events();
-    EXPECT_EQ(std::vector<std::string>{"sip:4711@" + phone.agent->hostPort(sip::Transport::kTcp) + ";transport=tcp"},
-              exchange.contactsOf("4711"));
+    auto const contacts = exchange.contactsOf("4711");
+    ASSERT_EQ(1U, contacts.size());
+    EXPECT_EQ(0U, contacts[0].find("sip:4711@" + phone.agent->hostPort(sip::Transport::kTcp) + ";line="));
+    EXPECT_TRUE(contacts[0].ends_with(";transport=tcp")) << contacts[0];
 }
 
 TEST_F(Registration, TwoTelephonesOfOneNumber_AreBothBound)

@@ -81,7 +81,15 @@ private:
 class Invitation : public ::testing::Test
 {
 protected:
-    EnginePhone phone_{EnginePhone::Options{}};
+    // Who may replace a call is not the subject here.
+    static EnginePhone::Options openToAnybody()
+    {
+        EnginePhone::Options options;
+        options.engine.permissions.set(sip::RequestKind::kTakeOver, sip::Sender::kAnybody);
+        return options;
+    }
+
+    EnginePhone phone_{openToAnybody()};
     Peer peer_;
 
     void TearDown() override { phone_.engine().deactivate(); }

@@ -82,3 +82,17 @@ TEST(Log, OpenLog_OfAFileThatCannotBeMade_SaysSo)
     EXPECT_EQ(openLog(4, "/proc/no-such-folder/log").error().reason.substr(0, 45),
               "log: cannot open /proc/no-such-folder/log: Fa");
 }
+
+TEST_F(LogTest, LineBreaksInAText_DoNotMakeAnotherEntry)
+{
+    log(kLogInfo, "calls", "there is no line \"{}\"", "1\r\n2000-01-01 00:00:00.000 info [calls] forged\x1b[2J");
+
+    flushLog();
+    std::ifstream input(file_);
+    std::string first;
+    std::string second;
+    std::getline(input, first);
+    std::getline(input, second);
+    EXPECT_EQ(first.substr(24), "info [calls] there is no line \"1");
+    EXPECT_EQ(second, "    2000-01-01 00:00:00.000 info [calls] forged?[2J\"");
+}
