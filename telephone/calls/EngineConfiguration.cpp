@@ -12,6 +12,7 @@ EngineConfiguration EngineConfiguration::from(Configuration const& configuration
     engine.agent.tcpPort = static_cast<std::uint16_t>(configuration.sip.port);
     engine.agent.name = configuration.sip.userAgent;
     engine.agent.sessionExpires = std::chrono::seconds(configuration.calls.sessionExpires);
+    engine.agent.reliableResponses = static_cast<sip::ReliableUse>(configuration.calls.reliableResponses);
     engine.agent.audioTimeout = std::chrono::seconds(configuration.calls.audioTimeout);
     engine.audioSource = configuration.media.source;
     engine.heardFile = configuration.media.heard;

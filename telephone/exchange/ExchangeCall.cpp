@@ -157,6 +157,7 @@ ExchangeCall::Pause ExchangeCall::perform(Step const& step)
     switch (step.kind) {
     case StepKind::kRing:
     case StepKind::kEarlyMedia:
+    case StepKind::kReliable:
     case StepKind::kAnswer:
     case StepKind::kRedirect:
     case StepKind::kBusy:
@@ -206,7 +207,9 @@ ExchangeCall::Pause ExchangeCall::performUnanswered(Step const& step)
         answer();
         return std::nullopt;
     }
-    if (step.kind == StepKind::kRing) {
+    if (step.kind == StepKind::kReliable) {
+        session_->makeReliable();
+    } else if (step.kind == StepKind::kRing) {
         report(session_->ring(identity()));
         announce();
     } else if (step.kind == StepKind::kEarlyMedia) {

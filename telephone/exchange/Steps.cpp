@@ -36,6 +36,7 @@ constexpr unsigned kSeized = bits(CallPhase::kSeized);
 constexpr std::array kRows{
     StepRow{StepKind::kRing,       "ring",        "[TIME]",        kWaiting,                                     StepRow::kUnchanged,   "sends 180 Ringing"},
     StepRow{StepKind::kEarlyMedia, "early-media", "[TIME]",        kWaiting,                                     CallPhase::kEarly,     "sends 183 Session Progress with audio: the caller hears the number before the answer"},
+    StepRow{StepKind::kReliable,   "reliable",    "",              kWaiting,                                     StepRow::kUnchanged,   "repeats what it sends before the answer until the caller's PRACK, if the caller supports that"},
     StepRow{StepKind::kAnswer,     "answer",      "[TIME]",        kWaiting,                                     CallPhase::kConnected, "answers"},
     StepRow{StepKind::kSay,        "say",         "FILE",          bits(CallPhase::kEarly) | kTalking,           StepRow::kUnchanged,   "plays a WAV file once, instead of the echo; tone: a second of a tone"},
     StepRow{StepKind::kDigits,     "dtmf",        "DIGITS",        kTalking,                                     StepRow::kUnchanged,   "sends digits: 0 to 9, *, #, A to D"},
@@ -164,6 +165,7 @@ Outcome<> readArgument(Step& step)
         return checkNumber(fmt::format("the number of \"{}\"", rowOf(step.kind).name), step.text);
     case StepKind::kRing:
     case StepKind::kEarlyMedia:
+    case StepKind::kReliable:
     case StepKind::kAnswer:
     case StepKind::kHold:
     case StepKind::kRetrieve:

@@ -19,6 +19,7 @@ enum class StepKind
 {
     kRing,
     kEarlyMedia,
+    kReliable,
     kAnswer,
     kSay,
     kDigits,

@@ -6,6 +6,7 @@
 
 #include "telephone/sip/EventLoop.h"
 #include "telephone/sip/MemoryNetwork.h"
+#include "telephone/sip/ReliableResponses.h"
 #include "telephone/sip/SessionTimer.h"
 #include "telephone/sip/Timer.h"
 #include "telephone/time/VirtualTime.h"
@@ -146,6 +147,9 @@ Headers Element::capabilities() const
     std::string supported = "replaces";
     if (config_.sessionExpires > std::chrono::seconds(0)) {
         supported += std::string(", ") + kTimerExtension;
+    }
+    if (config_.reliableResponses != ReliableUse::kNone) {
+        supported += std::string(", ") + kReliableExtension;
     }
     return {{"Allow", kAllow}, {"Supported", supported}};
 }

@@ -16,17 +16,20 @@ namespace telephone::sip {
 
 namespace {
 
-constexpr std::array<std::string_view, 10> kMethods{"INVITE", "ACK",    "BYE",   "CANCEL",    "OPTIONS",
-                                                    "INFO",   "UPDATE", "REFER", "SUBSCRIBE", "NOTIFY"};
+constexpr std::array<std::string_view, 11> kMethods{"INVITE", "ACK",    "BYE",   "CANCEL",    "OPTIONS", "INFO",
+                                                    "PRACK",  "UPDATE", "REFER", "SUBSCRIBE", "NOTIFY"};
+// Those that the stack takes, or that make sense only in a dialog.
+constexpr std::array<std::string_view, 5> kOfDialogs{"INVITE", "SUBSCRIBE", "BYE", "PRACK", "UPDATE"};
 
 bool isMethod(sip_msg const& message, char const* method)
 {
     return pl_strcmp(&message.met, method) == 0;
 }
 
-bool isOwnMethod(sip_msg const& message)
+template <std::size_t size>
+bool isOneOf(std::array<std::string_view, size> const& methods, sip_msg const& message)
 {
-    return std::find(kMethods.begin(), kMethods.end(), view(message.met)) != kMethods.end();
+    return std::find(methods.begin(), methods.end(), view(message.met)) != methods.end();
 }
 
 // Has the headers that the stack's own handlers rely on (RFC 3261 section 8.1.1).
@@ -143,8 +146,7 @@ void Receiver::answerOptions(sip_msg const& message) const
 // into a dialog.
 bool Receiver::takeOutOfDialog(sip_msg const& message)
 {
-    if (isMethod(message, "INVITE") || isMethod(message, "SUBSCRIBE") || isMethod(message, "BYE") ||
-        isMethod(message, "UPDATE")) {
+    if (isOneOf(kOfDialogs, message)) {
         return false;
     }
     if (isMethod(message, "NOTIFY")) {
@@ -185,7 +187,7 @@ bool Receiver::onRequestLast(sip_msg const& message)
     if (isMethod(message, "ACK")) {
         return true;
     }
-    if (isMethod(message, "CANCEL") || isOwnMethod(message)) {
+    if (isMethod(message, "CANCEL") || isOneOf(kMethods, message)) {
         (void)sip_reply(element_->stack(), &message, 481, "Call/Transaction Does Not Exist");
         return true;
     }

@@ -146,6 +146,10 @@ public:
     // 302 with that Contact. A diversionReason that is not empty makes a Diversion header that names the called party.
     [[nodiscard]] virtual Outcome<> redirect(std::string const& contact, std::string const& diversionReason = {}) = 0;
 
+    // From now on the responses before the answer are reliable (RFC 3262), if the caller supports that. Those with a
+    // session description are in any case.
+    virtual void makeReliable() = 0;
+
     // --- any call
     // Sends CANCEL, 486 or BYE, as the state requires. The call ends here at once; whether the far end answers the BYE
     // is not reported. reason: value of a Reason header, or empty.

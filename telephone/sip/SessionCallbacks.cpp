@@ -82,7 +82,9 @@ void SessionImpl::applyMedia()
 void SessionImpl::onProgress(sip_msg const& message)
 {
     learnDialog(message);
-    if (message.scode == 100) {
+    bool const isNew = message.scode != 100 && earlyDialogs_.take(element_, message, sipsess_dialog(session_.get()),
+                                                                  contactUser_, credentials_);
+    if (!isNew) {
         return;
     }
     bool const described = mbuf_get_left(message.mb) > 0 && msg_ctype_cmp(&message.ctyp, "application", "sdp");
@@ -174,6 +176,7 @@ void SessionImpl::onEstablished(sip_msg const& message)
     state_ = SessionState::kEstablished;
     if (outgoing_) {
         element_->forkedAnswers().await(dialogId_.callId);
+        earlyDialogs_.settle(sipsess_dialog(session_.get()), dialogId_.remoteTag);
         sessionTimer_.accepted(headersOf(message));
     }
     dialogHeaders_.emplace(
@@ -215,7 +218,8 @@ void SessionImpl::onRefer(::sip* /*stack*/, sip_msg const& message)
 
 Closing SessionImpl::closingOf(int error, sip_msg const* message) const
 {
-    bool const wasEstablished = state_ == SessionState::kEstablished || state_ == SessionState::kAnswering;
+    bool const wasEstablished =
+        state_ == SessionState::kEstablished || (state_ == SessionState::kAnswering && !dueAnswer_);
     Closing closing;
     closing.reasonHeader = closingReason_;
     if (message && message->scode >= 300) {

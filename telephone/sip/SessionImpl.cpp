@@ -16,22 +16,22 @@ constexpr std::chrono::seconds kModificationGuard{40};
 // Longer than the far end waits for an answer to its BYE or CANCEL (RFC 3261: 64 * T1).
 constexpr std::chrono::seconds kSilenceEnd{40};
 
-Outcome<> notWaitingForAnswer()
-{
-    return refuse(RefusalKind::kWrongState, "the call is not waiting for an answer");
-}
-
 Outcome<> notEstablished()
 {
     return refuse(RefusalKind::kWrongState, "the call is not established");
+}
+
+}  // namespace
+
+Outcome<> notWaitingForAnswer()
+{
+    return refuse(RefusalKind::kWrongState, "the call is not waiting for an answer");
 }
 
 Outcome<> noDescription()
 {
     return refuse(RefusalKind::kUnavailable, "the session description cannot be written");
 }
-
-}  // namespace
 
 bool Closing::answeredElsewhere() const
 {
@@ -51,6 +51,8 @@ SessionImpl::SessionImpl(std::shared_ptr<Element> element, CallRequest const& re
     , route_(std::move(route))
     , rtp_(element_->clock(), element_->address())
     , sdp_(element_->address(), rtp_.localPort(), element_->config().codecs, element_->config().telephoneEvents)
+    , earlyResponses_(element_->loop(), {[this](EarlyResponse const& response) { return sendEarly(response); },
+                                         [this] { onPrackMissing(); }})
     , modificationGuard_(element_->loop())
     , sessionTimer_(element_->loop(), element_->config().sessionExpires,
                     {[this] { refresh(); }, [this] { abandon("the far end does not refresh the call"); }})
@@ -74,6 +76,8 @@ SessionImpl::SessionImpl(std::shared_ptr<Element> element, sip_msg const& invite
     , ownUri_(invitation_.to.uri.formatAddressOfRecord())
     , rtp_(element_->clock(), element_->address())
     , sdp_(element_->address(), rtp_.localPort(), element_->config().codecs, element_->config().telephoneEvents)
+    , earlyResponses_(element_->loop(), {[this](EarlyResponse const& response) { return sendEarly(response); },
+                                         [this] { onPrackMissing(); }})
     , modificationGuard_(element_->loop())
     , sessionTimer_(element_->loop(), element_->config().sessionExpires,
                     {[this] { refresh(); }, [this] { abandon("the far end does not refresh the call"); }})
@@ -111,6 +115,9 @@ Outcome<> SessionImpl::start()
     if (!request_.referredBy.empty()) {
         headers.add("Referred-By", request_.referredBy);
     }
+    if (element_->config().reliableResponses == ReliableUse::kRequired) {
+        headers.add("Require", kReliableExtension);
+    }
     headers.add(sessionTimer_.ofRequest());
     std::string const extra = withCapabilities(headers) + request_.headers.format();
     char const* proxies[] = {route_.proxy.c_str()};
@@ -137,6 +144,9 @@ bool SessionImpl::begin()
     }
     if (sessionTimer_.isTooBrief(invitation_.headers)) {
         return refuseIncoming(422, "Session Interval Too Small", SessionTimer::ofRefusal());
+    }
+    if (element_->config().reliableResponses == ReliableUse::kRequired && !sendsReliably(true)) {
+        return refuseIncoming(421, "Extension Required", {{"Require", kReliableExtension}});
     }
     offersInAnswer_ = mbuf_get_left(invite.mb) == 0;
     if (offersInAnswer_) {
@@ -203,62 +213,6 @@ Outcome<> SessionImpl::respond(std::uint16_t status, char const* reason, mbuf* d
     auto const send = status < 200 ? sipsess_progress : sipsess_answer;
     return sent(send(session_.get(), status, reason, description, "%s", withCapabilities(headers).c_str()),
                 std::to_string(status) + " " + reason);
-}
-
-Outcome<> SessionImpl::ring(Headers const& headers)
-{
-    std::lock_guard guard(element_->loop());
-    if (!isIncomingPending()) {
-        return notWaitingForAnswer();
-    }
-    auto const ringing = respond(180, "Ringing", nullptr, headers);
-    if (ringing) {
-        state_ = SessionState::kEarly;
-    }
-    return ringing;
-}
-
-Outcome<> SessionImpl::progress(Headers const& headers)
-{
-    std::lock_guard guard(element_->loop());
-    if (!isIncomingPending()) {
-        return notWaitingForAnswer();
-    }
-    if (offersInAnswer_) {
-        return refuse(RefusalKind::kNotSupported, "a call without an offer cannot have early media");
-    }
-    Ref<mbuf> description;
-    if (!sdp_.encode(description, false)) {
-        return noDescription();
-    }
-    auto const progressing = respond(183, "Session Progress", description.get(), headers);
-    if (progressing) {
-        state_ = SessionState::kEarly;
-        applyMedia();
-    }
-    return progressing;
-}
-
-Outcome<> SessionImpl::answer(Headers const& headers)
-{
-    std::lock_guard guard(element_->loop());
-    if (!isIncomingPending()) {
-        return notWaitingForAnswer();
-    }
-    Ref<mbuf> description;
-    if (!sdp_.encode(description, offersInAnswer_)) {
-        return noDescription();
-    }
-    Headers all = headers;
-    all.add(sessionTimer_.accept(invitation_.headers));
-    auto const answered = respond(200, "OK", description.get(), all);
-    if (answered) {
-        state_ = SessionState::kAnswering;
-        if (!offersInAnswer_) {
-            applyMedia();
-        }
-    }
-    return answered;
 }
 
 void SessionImpl::reject(int status, std::string const& reason, Headers const& headers)
@@ -341,6 +295,7 @@ void SessionImpl::end()
     rtp_.stop();
     modificationGuard_.cancel();
     silenceEnd_.cancel();
+    earlyResponses_.stop();
     sessionTimer_.stop();
     audioWatch_.cancel();
     dialogHeaders_.reset();

@@ -24,14 +24,26 @@ milliseconds pauseAfterCrossing(bool ownsCallId)
 
 bool SessionImpl::takeRequest(sip_msg const& request)
 {
-    if (!session_ || !sip_dialog_cmp(sipsess_dialog(session_.get()), &request)) {
+    sip_dialog* const dialog = dialogOf(request);
+    if (dialog == nullptr) {
         return false;
     }
     if (pl_strcmp(&request.met, "UPDATE") == 0) {
-        onUpdate(request);
+        onUpdate(request, dialog);
+        return true;
+    }
+    if (pl_strcmp(&request.met, "PRACK") == 0 && invite_) {
+        onPrack(request);
         return true;
     }
     return pl_strcmp(&request.met, "INVITE") == 0 && refuseBriefSession(request);
+}
+
+// The session's dialog, or an early one of its INVITE; null: the request is in neither.
+sip_dialog* SessionImpl::dialogOf(sip_msg const& request) const
+{
+    sip_dialog* const own = session_ ? sipsess_dialog(session_.get()) : nullptr;
+    return own && sip_dialog_cmp(own, &request) ? own : earlyDialogs_.find(request);
 }
 
 std::string SessionImpl::withCapabilities(Headers const& more) const
@@ -57,9 +69,8 @@ bool SessionImpl::refuseBriefSession(sip_msg const& request)
     return true;
 }
 
-void SessionImpl::onUpdate(sip_msg const& update)
+void SessionImpl::onUpdate(sip_msg const& update, sip_dialog* dialog)
 {
-    sip_dialog* const dialog = sipsess_dialog(session_.get());
     if (!sip_dialog_rseq_valid(dialog, &update)) {
         element_->answer(update, 500, "Server Internal Error");
         return;
@@ -74,7 +85,9 @@ void SessionImpl::onUpdate(sip_msg const& update)
     }
     (void)sip_dialog_update(dialog, &update);
     Headers headers = dialogHeaders();
-    headers.add(sessionTimer_.accept(headersOf(update)));
+    if (state_ == SessionState::kEstablished) {
+        headers.add(sessionTimer_.accept(headersOf(update)));
+    }
     element_->answer(update, 200, "OK", headers, answer);
     learnDialog(update);
     learnIdentity(update);
@@ -93,9 +106,9 @@ bool SessionImpl::refuseCrossingOffer(sip_msg const& update)
         element_->answer(update, 491, "Request Pending");
         return true;
     }
-    if (isIncomingPending()) {
-        std::string const seconds = std::to_string(rand_u32() % (kLongestRetryAfter + 1));
-        element_->answer(update, 500, "Server Internal Error", {{"Retry-After", seconds}});
+    if (isIncomingPending() && !described_) {
+        std::string const later = std::to_string(rand_u32() % (kLongestRetryAfter + 1));
+        element_->answer(update, 500, "Server Internal Error", {{"Retry-After", later}});
         return true;
     }
     return false;

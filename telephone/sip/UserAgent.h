@@ -33,6 +33,14 @@ class Element;
 class EventLoop;
 class Receiver;
 
+// Whether responses before the answer are reliable (RFC 3262).
+enum class ReliableUse : int
+{
+    kNone,       // never
+    kSupported,  // those with a session description, and others where a call demands it
+    kRequired,   // all; calls of those who do not support it are refused (421)
+};
+
 struct UserAgentConfig
 {
     std::string address = "127.0.0.1";                // numeric
@@ -42,8 +50,9 @@ struct UserAgentConfig
     std::vector<std::string> codecs{"PCMU", "PCMA"};  // in the order of preference
     bool telephoneEvents = true;                      // offer RFC 4733
     std::chrono::seconds sessionExpires{1800};        // interval of session timers (RFC 4028), 90 or more; 0: none
-    std::chrono::seconds audioTimeout{0};             // without audio, an established call ends; 0: never
-    std::chrono::milliseconds closingTime{500};       // longest wait of the destructor
+    ReliableUse reliableResponses = ReliableUse::kSupported;
+    std::chrono::seconds audioTimeout{0};        // without audio, an established call ends; 0: never
+    std::chrono::milliseconds closingTime{500};  // longest wait of the destructor
     Logger log;
     std::function<bool()> traceMessages;  // asked for each message: whether to log it, at kDebug; null: never
 };

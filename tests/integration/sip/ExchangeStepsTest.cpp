@@ -240,7 +240,7 @@ TEST_F(ExchangeSteps, StepsAtOnceThatDoNotFit_AreRefused)
     ASSERT_TRUE(phone.waitFor("progress 180")) << phone.events();
 
     EXPECT_EQ(refusalOf("hold"), "\"hold\" is not possible before the answer; possible there: ring, early-media, "
-                                 "answer, redirect, busy, refuse, wait, silent, garbage");
+                                 "reliable, answer, redirect, busy, refuse, wait, silent, garbage");
     EXPECT_EQ(refusalOf("answer"), "played");
     EXPECT_TRUE(phone.waitFor("established")) << phone.events();
 }
