@@ -14,8 +14,12 @@ EngineConfiguration EngineConfiguration::from(Configuration const& configuration
     engine.agent.sessionExpires = std::chrono::seconds(configuration.calls.sessionExpires);
     engine.agent.reliableResponses = static_cast<sip::ReliableUse>(configuration.calls.reliableResponses);
     engine.agent.audioTimeout = std::chrono::seconds(configuration.calls.audioTimeout);
-    engine.audioSource = configuration.media.source;
-    engine.heardFile = configuration.media.heard;
+    engine.agent.dnsServers = configuration.dns.servers;
+    auto const& media = configuration.media;
+    engine.agent.encryption = static_cast<sip::Encryption>(media.encryption);
+    engine.agent.keysWithoutTls = media.keysWithoutTls;
+    engine.audio = {media.source, media.microphone, media.loudspeaker};
+    engine.heardFile = media.heard;
     engine.maximumCalls = configuration.calls.maximum;
     engine.automaticRinging = configuration.calls.automaticRinging;
     engine.doNotDisturbStatus = configuration.calls.doNotDisturbStatus;

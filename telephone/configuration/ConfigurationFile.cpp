@@ -52,6 +52,7 @@ private:
         places_.exchangeNumbers = placesOf(file.at_path("exchange.number").node());
         places_.faults = placesOf(file.get("fault"));
         places_.sip = placeOf(file.at_path("sip.address"));
+        places_.dns = placeOf(file.at_path("dns.servers"));
         places_.server = placeOf(file.at_path("server.registrar"));
         places_.push = placeOf(file.at_path("push.address"));
         places_.http = placeOf(file.at_path("http"));

@@ -1,13 +1,12 @@
 #include "telephone/configuration/ConfigurationRules.h"
 
 #include <algorithm>
-#include <array>
 #include <cctype>
 #include <filesystem>
 #include <map>
 #include <system_error>
 
-#include <arpa/inet.h>
+#include <net/if.h>
 #include <spdlog/fmt/fmt.h>
 #include <unistd.h>
 
@@ -42,11 +41,19 @@ public:
 private:
     Outcome<> checkAddresses() const
     {
-        std::array<unsigned char, sizeof(in6_addr)> bytes{};
         auto const& address = configuration_.sip.address;
-        if (inet_pton(AF_INET, address.c_str(), bytes.data()) != 1 &&
-            inet_pton(AF_INET6, address.c_str(), bytes.data()) != 1) {
-            return places_.refusal(places_.sip, fmt::format("sip.address takes an IP address, not \"{}\"", address));
+        if (!isIpAddress(address) && if_nametoindex(address.c_str()) == 0) {
+            return places_.refusal(places_.sip, fmt::format("sip.address takes an IP address or a network interface of "
+                                                            "this machine, not \"{}\"",
+                                                            address));
+        }
+        for (auto const& server : configuration_.dns.servers) {
+            auto const place = hostPortOf(server);
+            if (!isIpAddress(server) && !(place && place->port != 0 && isIpAddress(place->host))) {
+                return places_.refusal(
+                    places_.dns,
+                    fmt::format("dns.servers takes IP addresses with or without a port, not \"{}\"", server));
+            }
         }
         auto const& registrar = configuration_.server.registrar;
         if (!registrar.empty() && (!registrar.starts_with("sip:") || registrar.size() == 4)) {

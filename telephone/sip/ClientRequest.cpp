@@ -68,6 +68,7 @@ int ClientRequest::transmit()
 
 int ClientRequest::writeContact(sip_transp transport, sa const& source, sa const* /*target*/, mbuf& buffer)
 {
+    lastSent_ = SteadyClock::now();
     if (!contactExpires_ && !inDialog_) {
         return 0;
     }

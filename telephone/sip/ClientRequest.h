@@ -4,6 +4,7 @@
 #pragma once
 
 #include "telephone/sip/Element.h"
+#include "telephone/time/SteadyClock.h"
 
 namespace telephone::sip {
 
@@ -27,6 +28,8 @@ public:
                                  std::optional<std::uint32_t> contactExpires, Handler done);
     // Drops the response that is due; the handler is not called any more.
     void abandon();
+    // When it was sent last, to whichever server.
+    SteadyClock::time_point lastSent() const { return lastSent_; }
     // The Contact sent last, without brackets.
     std::string const& contact() const { return contact_; }
 
@@ -50,6 +53,7 @@ private:
     std::string contact_;
     std::optional<std::uint32_t> contactExpires_;
     Handler done_;
+    SteadyClock::time_point lastSent_;
 };
 
 // The status that stands for an error of errno: 408 for a timeout, else 503.

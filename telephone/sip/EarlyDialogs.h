@@ -21,6 +21,7 @@ public:
     sip_dialog* find(sip_msg const& request) const;
     // The answer has come: the requests of `call` continue the numbers of its early dialog. All dialogs end.
     void settle(sip_dialog* call, std::string const& remoteTag);
+    void clear() { dialogs_.clear(); }
 
 private:
     struct Early

@@ -70,6 +70,20 @@ void SessionImpl::learnIdentity(sip_msg const& message)
     });
 }
 
+void SessionImpl::learnPrecedence(sip_msg const& request)
+{
+    std::string const named = headerValue(request, "Resource-Priority");
+    if (named.empty() || named == resourcePriority_) {
+        return;
+    }
+    resourcePriority_ = named;
+    postFromStack([this] {
+        if (observer_) {
+            observer_->onPrecedence(*this, resourcePriority_);
+        }
+    });
+}
+
 void SessionImpl::applyMedia()
 {
     auto const agreement = sdp_.agreement();
@@ -117,6 +131,7 @@ int SessionImpl::onOffer(mbuf** description, sip_msg const& message)
     offerUnanswered_ = message.req && !described;
     if (message.req) {
         answerHeaders_ = withCapabilities(sessionTimer_.accept(headersOf(message)));
+        learnPrecedence(message);
     }
     learnDialog(message);
     learnIdentity(message);
@@ -124,7 +139,7 @@ int SessionImpl::onOffer(mbuf** description, sip_msg const& message)
         applyMedia();
         postFromStack([this] { announceRemoteChange(); });
     }
-    if (directionBefore_) {
+    if (offerBefore_) {
         postFromStack([this] { reissueModification(); });
     }
     return 0;
@@ -239,6 +254,9 @@ Closing SessionImpl::closingOf(int error, sip_msg const* message) const
     } else {
         closing.status = error == EPROTO || error == EBADMSG ? 488 : 503;
         closing.text = error ? errorText(error) : "the answer is unusable";
+        if (!sdp_.objection().empty()) {
+            closing.text = sdp_.objection();
+        }
     }
     return closing;
 }
@@ -288,7 +306,7 @@ void SessionImpl::onInfoAnswered(PendingInfo& pending, int error, sip_msg const*
 
 void SessionImpl::onInviteRefused(Response const& response)
 {
-    if (response.status == 422 && directionBefore_ && sessionTimer_.lengthen(response.headers)) {
+    if (response.status == 422 && offerBefore_ && sessionTimer_.lengthen(response.headers)) {
         reissueModification();
         return;
     }
@@ -317,6 +335,7 @@ bool SessionImpl::takeRedirection(Response const& response)
 bool SessionImpl::restart()
 {
     element_->tap().remove(*this);
+    earlyDialogs_.clear();
     dialogId_ = {};
     state_ = SessionState::kCalling;
     auto const started = start();

@@ -16,9 +16,10 @@ constexpr std::chrono::seconds kModificationGuard{40};
 // Longer than the far end waits for an answer to its BYE or CANCEL (RFC 3261: 64 * T1).
 constexpr std::chrono::seconds kSilenceEnd{40};
 
-Outcome<> notEstablished()
+bool isOverTls(Route const& route)
 {
-    return refuse(RefusalKind::kWrongState, "the call is not established");
+    auto const next = Uri::parse(route.proxy.empty() ? route.target : route.proxy);
+    return next && equalsIgnoringCase(next->parameter("transport").value_or(""), "tls");
 }
 
 }  // namespace
@@ -31,6 +32,11 @@ Outcome<> notWaitingForAnswer()
 Outcome<> noDescription()
 {
     return refuse(RefusalKind::kUnavailable, "the session description cannot be written");
+}
+
+Outcome<> notEstablished()
+{
+    return refuse(RefusalKind::kWrongState, "the call is not established");
 }
 
 bool Closing::answeredElsewhere() const
@@ -49,13 +55,15 @@ SessionImpl::SessionImpl(std::shared_ptr<Element> element, CallRequest const& re
     , ownUri_(route.fromUri)
     , request_(request)
     , route_(std::move(route))
-    , rtp_(element_->clock(), element_->address())
-    , sdp_(element_->address(), rtp_.localPort(), element_->config().codecs, element_->config().telephoneEvents)
+    , local_(route_.local)
+    , rtp_(element_->clock(), local_)
+    , sdp_(local_, rtp_.localPort(), element_->config().codecs, element_->config().telephoneEvents)
     , earlyResponses_(element_->loop(), {[this](EarlyResponse const& response) { return sendEarly(response); },
                                          [this] { onPrackMissing(); }})
     , modificationGuard_(element_->loop())
-    , sessionTimer_(element_->loop(), element_->config().sessionExpires,
-                    {[this] { refresh(); }, [this] { abandon("the far end does not refresh the call"); }})
+    , sessionTimer_(
+          element_->loop(), element_->config().sessionExpires,
+          {[this] { element_->logRefusal(refresh()); }, [this] { abandon("the far end does not refresh the call"); }})
     , audioWatch_(element_->loop())
     , silenceEnd_(element_->loop())
 {
@@ -74,16 +82,19 @@ SessionImpl::SessionImpl(std::shared_ptr<Element> element, sip_msg const& invite
     , remoteContact_(contactOf(invite))
     , contactUser_(element_->contactUserFor(invite))
     , ownUri_(invitation_.to.uri.formatAddressOfRecord())
-    , rtp_(element_->clock(), element_->address())
-    , sdp_(element_->address(), rtp_.localPort(), element_->config().codecs, element_->config().telephoneEvents)
+    , local_(element_->addressOf(sa_af(&invite.dst)))
+    , rtp_(element_->clock(), local_)
+    , sdp_(local_, rtp_.localPort(), element_->config().codecs, element_->config().telephoneEvents)
     , earlyResponses_(element_->loop(), {[this](EarlyResponse const& response) { return sendEarly(response); },
                                          [this] { onPrackMissing(); }})
     , modificationGuard_(element_->loop())
-    , sessionTimer_(element_->loop(), element_->config().sessionExpires,
-                    {[this] { refresh(); }, [this] { abandon("the far end does not refresh the call"); }})
+    , sessionTimer_(
+          element_->loop(), element_->config().sessionExpires,
+          {[this] { element_->logRefusal(refresh()); }, [this] { abandon("the far end does not refresh the call"); }})
     , audioWatch_(element_->loop())
     , silenceEnd_(element_->loop())
 {
+    resourcePriority_ = invitation_.resourcePriority;
     remoteTakesUpdate_ = invitation_.headers.lists("Allow", "UPDATE");
     invite_.emplace(element_, invite, handlerOf<&SessionImpl::onCancelledBeforeAnswer>, this);
     rtp_.onDigit([this](char key) { announceDigit(key); });
@@ -102,8 +113,23 @@ SessionImpl::~SessionImpl()
     credentials_.reset();
 }
 
+// Keys in a message that others can read protect nothing.
+Outcome<> SessionImpl::useEncryption(bool overTls)
+{
+    auto const wanted = element_->config().encryption;
+    bool const possible = overTls || element_->config().keysWithoutTls;
+    if (wanted == Encryption::kRequired && !possible) {
+        return refuse(RefusalKind::kNotSupported, "encrypted audio is required, but its keys would travel without TLS");
+    }
+    sdp_.useEncryption(possible ? wanted : Encryption::kNone);
+    return {};
+}
+
 Outcome<> SessionImpl::start()
 {
+    if (auto usable = useEncryption(isOverTls(route_)); !usable) {
+        return usable;
+    }
     Ref<mbuf> description;
     if (!sdp_.encode(description, true)) {
         return noDescription();
@@ -148,6 +174,9 @@ bool SessionImpl::begin()
     if (element_->config().reliableResponses == ReliableUse::kRequired && !sendsReliably(true)) {
         return refuseIncoming(421, "Extension Required", {{"Require", kReliableExtension}});
     }
+    if (auto const usable = useEncryption(invite.tp == SIP_TRANSP_TLS); !usable) {
+        return refuseIncoming(488, "Not Acceptable Here", warning(usable.error().reason));
+    }
     offersInAnswer_ = mbuf_get_left(invite.mb) == 0;
     if (offersInAnswer_) {
         return true;
@@ -155,7 +184,17 @@ bool SessionImpl::begin()
     if (!msg_ctype_cmp(&invite.ctyp, "application", "sdp")) {
         return refuseIncoming(415, "Unsupported Media Type", {{"Accept", kSdpType}});
     }
-    return sdp_.decode(invite.mb, true) == 0 || refuseIncoming(488, "Not Acceptable Here");
+    return sdp_.decode(invite.mb, true) == 0 || refuseIncoming(488, "Not Acceptable Here", warning(sdp_.objection()));
+}
+
+// RFC 3261 section 20.43.
+Headers SessionImpl::warning(std::string const& objection) const
+{
+    if (objection.empty()) {
+        return {};
+    }
+    element_->log(LogLevel::kWarning, "call from " + remoteParty_.uri.format() + " refused: " + objection);
+    return {{"Warning", "399 " + addressText(element_->address()) + " \"" + objection + "\""}};
 }
 
 // Returns false.
@@ -175,7 +214,8 @@ std::string SessionImpl::localContact() const
 {
     bool const tcp =
         outgoing_ ? request_.account.transport == Transport::kTcp : invite_->request().tp == SIP_TRANSP_TCP;
-    return element_->localUri(contactUser_, tcp ? SIP_TRANSP_TCP : SIP_TRANSP_UDP);
+    auto const transport = tcp ? SIP_TRANSP_TCP : SIP_TRANSP_UDP;
+    return "sip:" + contactUser_ + "@" + element_->hostPort(local_, transport) + sip_transp_param(transport);
 }
 
 bool SessionImpl::supportsTelephoneEvents() const
@@ -295,14 +335,16 @@ void SessionImpl::end()
     rtp_.stop();
     modificationGuard_.cancel();
     silenceEnd_.cancel();
+    earlyDialogs_.clear();
     earlyResponses_.stop();
     sessionTimer_.stop();
     audioWatch_.cancel();
     dialogHeaders_.reset();
     if (update_) {
         update_->abandon();
+        update_.reset();
     }
-    directionBefore_.reset();
+    offerBefore_.reset();
     queuedModifications_.clear();
     digitsByInfo_.clear();
 }
@@ -342,29 +384,35 @@ void SessionImpl::onEndIgnored()
     });
 }
 
-Outcome<> SessionImpl::modify(Direction direction)
+Outcome<> SessionImpl::modify(Direction direction, std::optional<bool> encrypted)
 {
     std::lock_guard guard(element_->loop());
     if (state_ != SessionState::kEstablished) {
         return notEstablished();
     }
-    if (directionBefore_) {
-        queuedModifications_.push_back(direction);
+    if (offerBefore_) {
+        queuedModifications_.push_back({direction, encrypted});
         return {};
     }
-    return sendModification(direction);
+    return sendModification({direction, encrypted});
 }
 
-Outcome<> SessionImpl::sendModification(Direction direction)
+Outcome<> SessionImpl::sendModification(Modification const& modification)
 {
-    Direction const before = sdp_.localDirection();
-    sdp_.setLocalDirection(direction);
-    auto const offered = offer();
+    auto const before = sdp_.nextOffer();
+    sdp_.setLocalDirection(modification.direction);
+    Outcome<> offered;
+    if (modification.encrypted) {
+        offered = sdp_.changeEncryption(*modification.encrypted);
+    }
+    if (offered) {
+        offered = offer();
+    }
     if (!offered) {
-        sdp_.setLocalDirection(before);
+        sdp_.restore(before);
         return offered;
     }
-    directionBefore_ = before;
+    offerBefore_ = before;
     modificationGuard_.start(kModificationGuard, [this] {
         touch(PhoneTimer::kSessionChangeSilent);
         finishModification(false, 408, "Request Timeout");
@@ -384,18 +432,18 @@ Outcome<> SessionImpl::offer()
 
 void SessionImpl::finishModification(bool accepted, int status, std::string const& reason)
 {
-    if (!directionBefore_) {
+    if (!offerBefore_) {
         return;
     }
-    Direction const before = *directionBefore_;
+    auto const before = *offerBefore_;
     bool const isRefresh = std::exchange(renewing_, false);
-    directionBefore_.reset();
+    offerBefore_.reset();
     modificationGuard_.cancel();
     if (!accepted) {
-        sdp_.setLocalDirection(before);
+        sdp_.restore(before);
     }
     if (!queuedModifications_.empty()) {
-        Direction const next = queuedModifications_.front();
+        Modification const next = queuedModifications_.front();
         queuedModifications_.pop_front();
         element_->logRefusal(sendModification(next));
     }
@@ -409,7 +457,7 @@ void SessionImpl::finishModification(bool accepted, int status, std::string cons
 // A re-INVITE of the far end makes the stack drop ours while it waits to be repeated. It is sent again afterwards.
 void SessionImpl::reissueModification()
 {
-    if (!directionBefore_ || state_ != SessionState::kEstablished) {
+    if (!offerBefore_ || state_ != SessionState::kEstablished) {
         return;
     }
     if (!offer()) {

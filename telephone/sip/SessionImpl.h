@@ -1,6 +1,5 @@
 // Session on one sipsess of the stack. SessionImpl.cpp implements its operations, SessionCallbacks.cpp the handlers of
-// the stack, SessionUpdate.cpp UPDATE and the refreshes,
-// SessionEarly.cpp the responses before the answer and PRACK.
+// the stack, SessionEarly.cpp the responses before the answer and PRACK, SessionUpdate.cpp UPDATE and the refreshes.
 //
 // The observer may destroy the session in any callback, so each callback is the last action of its function. Within the
 // stack's offer and answer handlers, which would not survive that, callbacks are posted.
@@ -29,6 +28,7 @@ constexpr char const* kNoAnswerToRefresh = "the far end does not answer the refr
 
 // Refusals of its operations.
 Outcome<> notWaitingForAnswer();
+Outcome<> notEstablished();
 Outcome<> noDescription();
 
 class SessionImpl final : public Session, private MessageTapListener
@@ -62,7 +62,8 @@ public:
     void makeReliable() override;
     void hangUp(std::string const& reason) override;
     Outcome<> fallSilent() override;
-    Outcome<> modify(Direction direction) override;
+    Outcome<> modify(Direction direction, std::optional<bool> encrypted) override;
+    Outcome<> refresh() override;
     Direction localDirection() const override;
     bool isHeldByRemote() const override;
     Outcome<> sendInfo(Content const& content, ResponseHandler done) override;
@@ -76,6 +77,11 @@ private:
     {
         SessionImpl* session = nullptr;
         ResponseHandler done;
+    };
+    struct Modification
+    {
+        Direction direction;
+        std::optional<bool> encrypted;
     };
     struct DigitByInfo
     {
@@ -112,7 +118,7 @@ private:
     void onPrackMissing();
     void failIncoming(int status, std::string const& reason, CloseCause cause);
     bool restart();
-    Outcome<> sendModification(Direction direction);
+    Outcome<> sendModification(Modification const& modification);
     Outcome<> offer();
     void finishModification(bool accepted, int status, std::string const& reason);
     void reissueModification();
@@ -130,8 +136,8 @@ private:
     std::string withCapabilities(Headers const& more) const;
     bool refuseBriefSession(sip_msg const& request);
     bool callForLonger(sip_msg const* refusal);
-    void refresh();
-    void refreshByUpdate();
+    Outcome<> refreshByUpdate();
+    Outcome<> refreshByInvite();
     void onRefreshed(int error, sip_msg const* answer);
     void watchAudio();
     void checkAudio();
@@ -139,6 +145,9 @@ private:
 
     void learnDialog(sip_msg const& message);
     void learnIdentity(sip_msg const& message);
+    void learnPrecedence(sip_msg const& request);
+    Outcome<> useEncryption(bool overTls);
+    Headers warning(std::string const& objection) const;
     void applyMedia();
     void postFromStack(std::function<void()> work);
 
@@ -165,6 +174,7 @@ private:
     DialogId dialogId_;
     NameAddr remoteParty_;
     std::string remoteContact_;
+    std::string resourcePriority_;  // of the far end's latest request that named one
     std::string contactUser_;
     std::string ownUri_;
     CallRequest request_;
@@ -173,6 +183,7 @@ private:
     std::optional<Response> redirection_;
     int redirections_ = 0;
 
+    sa const local_;  // our address of the family of the call
     RtpStream rtp_;
     SdpNegotiation sdp_;
     bool offersInAnswer_ = false;   // the INVITE has no description
@@ -189,8 +200,8 @@ private:
     std::optional<Headers> dueAnswer_;            // waits for that
     std::optional<Referral> referral_;            // the transfer that we requested last
 
-    std::optional<Direction> directionBefore_;  // set while a re-INVITE of ours is under way
-    std::deque<Direction> queuedModifications_;
+    std::optional<SdpNegotiation::Offer> offerBefore_;  // set while a re-INVITE of ours is under way
+    std::deque<Modification> queuedModifications_;
     Timer modificationGuard_;
     bool renewing_ = false;  // the re-INVITE under way is a refresh
 

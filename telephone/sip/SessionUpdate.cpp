@@ -1,6 +1,7 @@
 // Requests in the dialog of a session that the stack does not know (UPDATE, RFC 3311), and how a session finds out that
 // its far end is gone: the refreshes of its session timer (RFC 4028), and the audio that does not come.
 #include <algorithm>
+#include <mutex>
 
 #include "telephone/base/Touched.h"
 #include "telephone/sip/SessionImpl.h"
@@ -91,6 +92,7 @@ void SessionImpl::onUpdate(sip_msg const& update, sip_dialog* dialog)
     element_->answer(update, 200, "OK", headers, answer);
     learnDialog(update);
     learnIdentity(update);
+    learnPrecedence(update);
     if (offers) {
         applyMedia();
         announceRemoteChange();
@@ -102,7 +104,7 @@ bool SessionImpl::refuseCrossingOffer(sip_msg const& update)
 {
     bool const isOffering = offerUnanswered_ || (state_ == SessionState::kAnswering && offersInAnswer_);
     bool const isCalling = outgoing_ && state_ != SessionState::kEstablished && !sdp_.isAgreed();
-    if (directionBefore_ || isOffering || isCalling) {
+    if (offerBefore_ || isOffering || isCalling) {
         element_->answer(update, 491, "Request Pending");
         return true;
     }
@@ -128,30 +130,38 @@ bool SessionImpl::takeOffer(sip_msg const& request, Content& answer)
 
 // --- refreshes of ours
 
-void SessionImpl::refresh()
+Outcome<> SessionImpl::refresh()
 {
+    std::lock_guard guard(element_->loop());
     if (state_ != SessionState::kEstablished) {
-        return;
+        return notEstablished();
     }
-    if (remoteTakesUpdate_) {
-        refreshByUpdate();
-    } else if (!directionBefore_) {  // a change that is under way is a refresh, too
-        renewing_ = true;
-        auto const sending = sendModification(sdp_.localDirection());
-        renewing_ = sending.has_value();
-        element_->logRefusal(sending);
-    }
+    return remoteTakesUpdate_ ? refreshByUpdate() : refreshByInvite();
 }
 
-void SessionImpl::refreshByUpdate()
+Outcome<> SessionImpl::refreshByInvite()
 {
-    auto const request = ClientRequest::within(element_, sipsess_dialog(session_.get()), contactUser_, credentials_);
-    auto const sending = request.and_then([this](std::shared_ptr<ClientRequest> const& made) {
-        update_ = made;
-        return update_->send("UPDATE", withCapabilities(sessionTimer_.ofRequest()) + "Content-Length: 0\r\n\r\n", {},
-                             [this](int error, sip_msg const* answer) { onRefreshed(error, answer); });
-    });
-    element_->logRefusal(sending);
+    // A change that is under way is a refresh, too.
+    if (offerBefore_) {
+        return {};
+    }
+    renewing_ = true;
+    auto sending = sendModification({sdp_.localDirection(), std::nullopt});
+    renewing_ = sending.has_value();
+    return sending;
+}
+
+Outcome<> SessionImpl::refreshByUpdate()
+{
+    return ClientRequest::within(element_, sipsess_dialog(session_.get()), contactUser_, credentials_)
+        .and_then([this](std::shared_ptr<ClientRequest> const& made) {
+            if (update_) {
+                update_->abandon();
+            }
+            update_ = made;
+            return update_->send("UPDATE", withCapabilities(sessionTimer_.ofRequest()) + "Content-Length: 0\r\n\r\n",
+                                 {}, [this](int error, sip_msg const* answer) { onRefreshed(error, answer); });
+        });
 }
 
 void SessionImpl::onRefreshed(int error, sip_msg const* answer)
@@ -177,7 +187,7 @@ void SessionImpl::refreshRefused(int status, Headers const& headers)
     }
     bool const knowsNoUpdate = (status == 405 || status == 501) && std::exchange(remoteTakesUpdate_, false);
     if (knowsNoUpdate || (status == 422 && sessionTimer_.lengthen(headers))) {
-        refresh();
+        element_->logRefusal(refresh());
         return;
     }
     milliseconds const later =
@@ -202,6 +212,7 @@ void SessionImpl::watchAudio()
 
 void SessionImpl::checkAudio()
 {
+    rtp_.catchUp();
     milliseconds const silence(tmr_jiffies() - std::max(rtp_.lastHeard(), audioDueSince_));
     milliseconds const limit = element_->config().audioTimeout;
     if (silence < limit) {

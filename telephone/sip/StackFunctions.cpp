@@ -6,6 +6,7 @@
 #include "telephone/sip/DialogHeaders.h"
 #include "telephone/sip/ForeignRequests.h"
 #include "telephone/sip/MemorySockets.h"
+#include "telephone/sip/ServerRequest.h"
 #include "telephone/sip/StackTimers.h"
 #include "telephone/time/VirtualTime.h"
 
@@ -184,4 +185,30 @@ int our_sip_msg_decode(sip_msg** message, mbuf* buffer)
         mark(**message, *strangeness);
     }
     return again;
+}
+
+// --- requests: those to a name go to its servers in turn
+
+int our_sip_request(struct sip_request** made, sip* stack, bool stateful, char const* method, int methodLength,
+                    char const* uri, int uriLength, struct uri const* route, mbuf* message, size_t sortKey,
+                    sip_send_h* sending, sip_resp_h* answered, void* argument)
+{
+    auto const destination = route != nullptr ? destinationOf(stack, *route) : std::nullopt;
+    if (!destination) {
+        return stack_sip_request(made, stack, stateful, method, methodLength, uri, uriLength, route, message, sortKey,
+                                 sending, answered, argument);
+    }
+    auto const textOf = [](char const* text, int length) {
+        return length < 0 ? std::string(text) : std::string(text, static_cast<std::size_t>(length));
+    };
+    return sendToServers({made, stack, stateful, textOf(method, methodLength), textOf(uri, uriLength), message, sortKey,
+                          sending, answered, argument},
+                         *destination);
+}
+
+void our_sip_request_cancel(struct sip_request* request)
+{
+    if (!cancelServerRequest(request)) {
+        stack_sip_request_cancel(request);
+    }
 }
