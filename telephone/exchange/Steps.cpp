@@ -42,11 +42,13 @@ constexpr std::array kRows{
     StepRow{StepKind::kDigits,     "dtmf",        "DIGITS",        kTalking,                                     StepRow::kUnchanged,   "sends digits: 0 to 9, *, #, A to D"},
     StepRow{StepKind::kHold,       "hold",        "[TIME]",        kTalking,                                     CallPhase::kHeld,      "holds the call"},
     StepRow{StepKind::kRetrieve,   "retrieve",    "[TIME]",        kOnHold,                                      CallPhase::kConnected, "retrieves the held call"},
+    StepRow{StepKind::kRefresh,    "refresh",     "",              kAnswered,                                    StepRow::kUnchanged,   "refreshes the call as a session timer does (RFC 4028)"},
     StepRow{StepKind::kTransfer,   "transfer",    "NUMBER",        kAnswered,                                    StepRow::kUnchanged,   "asks the far end to call NUMBER instead, and waits for the outcome"},
     StepRow{StepKind::kRedirect,   "redirect",    "NUMBER",        kWaiting,                                     CallPhase::kNoCall,    "sends the caller on to NUMBER (302)"},
     StepRow{StepKind::kBusy,       "busy",        "",              kWaiting,                                     CallPhase::kNoCall,    "refuses the call with 486 Busy Here"},
     StepRow{StepKind::kRefuse,     "refuse",      "STATUS",        kWaiting,                                     CallPhase::kNoCall,    "refuses the call with a status from 400 to 699"},
     StepRow{StepKind::kHangUp,     "hang-up",     "",              kAnswered | bits(CallPhase::kCalling),        CallPhase::kNoCall,    "ends the call"},
+    StepRow{StepKind::kPreempt,    "preempt",     "",              kAnswered,                                    CallPhase::kNoCall,    "ends the call in favour of a more important one (RFC 4411)"},
     StepRow{StepKind::kCall,       "call",        "NUMBER [TIME]", kNoCall | kSeized,                            CallPhase::kConnected, "calls NUMBER, or the caller of the last call, and waits for the answer; gives up after TIME"},
     StepRow{StepKind::kWait,       "wait",        "TIME",          kNoCall | kSeized | kWaiting | kAnswered,     StepRow::kUnchanged,   "waits"},
     StepRow{StepKind::kSilent,     "silent",      "",              kWaiting | kAnswered,                         CallPhase::kSilent,    "no longer responds to anything in the call"},
@@ -169,8 +171,10 @@ Outcome<> readArgument(Step& step)
     case StepKind::kAnswer:
     case StepKind::kHold:
     case StepKind::kRetrieve:
+    case StepKind::kRefresh:
     case StepKind::kBusy:
     case StepKind::kHangUp:
+    case StepKind::kPreempt:
     case StepKind::kWait:
     case StepKind::kSilent:
     case StepKind::kGarbage:
