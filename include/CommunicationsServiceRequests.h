@@ -464,8 +464,8 @@ inline constexpr RequestDescription kRows[] = {
         "Joins two calls into a conference.",
         "heldCall counts; Line and activeCall do not. The other call is the active one, else the call that was held "
         "last. CallID is not read.",
-        "The conference is being made; held calls are being retrieved for it. Refused if one of the calls is in a "
-        "conference already: a conference has three parties and no more.",
+        "The conference is being made; held calls are being retrieved for it. A call joins the conference that the other "
+        "one is in already.",
         "That it succeeds: FeatureSuccessEvent and conferenceStatusEvent, or FeatureFailedEvent, say so.",
         {{"CallRetrievedEvent", "CallStateChangeEvent", "FeatureSuccessEvent", "conferenceStatusEvent", "FeatureFailedEvent"}}},
     {"SetServiceState",

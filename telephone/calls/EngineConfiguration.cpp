@@ -35,6 +35,7 @@ EngineConfiguration EngineConfiguration::from(Configuration const& configuration
                            configuration.limits.subscriptions};
     engine.permissions = permissionsOf(configuration.permissions);
     engine.agent.sessionExpires = std::chrono::seconds(configuration.calls.sessionExpires);
+    engine.agent.reliableResponses = static_cast<sip::ReliableUse>(configuration.calls.reliableResponses);
     engine.agent.audioTimeout = std::chrono::seconds(configuration.calls.audioTimeout);
     engine.agent.dnsServers = configuration.dns.servers;
     auto const& media = configuration.media;

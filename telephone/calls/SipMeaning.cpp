@@ -204,6 +204,25 @@ sfiResourcePriority priorityOf(std::string_view header)
     return row == nullptr ? sfiResourcePriorityNone : row->priority;
 }
 
+Preemption preemptionOf(std::string_view reasonHeader)
+{
+    for (std::string const& reason : sip::splitList(reasonHeader)) {
+        // The parameters are written like those of a name-addr.
+        auto const end = std::min(reason.find_first_of(" ;"), reason.size());
+        auto const parameters =
+            sip::NameAddr::parse("<sip:reason>" + reason.substr(std::min(reason.find(';'), reason.size())));
+        if (!parameters || !sip::equalsIgnoringCase(reason.substr(0, end), "preemption")) {
+            continue;
+        }
+        std::string const cause = parameters->parameter("cause").value_or("");
+        bool const isNamed = cause.size() == 1 && cause[0] >= '1' && cause[0] <= '4';
+        std::string text = parameters->parameter("text").value_or("");
+        std::erase(text, '"');
+        return {isNamed ? static_cast<sfiPreemptionCause>(cause[0] - '0') : sfiPreemptionCauseGeneric, text};
+    }
+    return {};
+}
+
 AlertInformation alertInformationOf(std::string_view header)
 {
     AlertInformation information;

@@ -130,6 +130,7 @@ struct CallConfiguration
     int dialRestriction = 0;                    // 4: no outgoing calls
     int reinviteTimeout = 8;                    // seconds until an unanswered re-INVITE counts as failed
     int sessionExpires = 1800;                  // seconds of a session timer (RFC 4028), 90 or more; 0: none
+    int reliableResponses = 1;                  // none, supported, required
     int audioTimeout = 60;                      // seconds without audio after which a call ends; 0: never
     int callBacks = 5;                          // pending at once
     std::vector<std::string> permittedNumbers;  // may be dialled while the telephone is locked

@@ -143,6 +143,7 @@ inline constexpr auto kCalls = std::to_array<ConfigurationField<CallConfiguratio
     {"dial-restriction",    &CallConfiguration::dialRestriction,    "4: no outgoing calls", {}, 0, 4},
     {"reinvite-timeout",    &CallConfiguration::reinviteTimeout,    "seconds until an unanswered re-INVITE counts as failed", {}, 1, 64},
     {"session-expires",     &CallConfiguration::sessionExpires,     "seconds within which a call is refreshed, else it ends (RFC 4028), 90 or more; 0: never", {}, 0, 86400},
+    {"reliable-responses",  &CallConfiguration::reliableResponses,  "responses before the answer are acknowledged with PRACK (RFC 3262): never, where the far end supports it, or always", "none|supported|required"},
     {"audio-timeout",       &CallConfiguration::audioTimeout,       "seconds without audio from the far end after which a call ends that is not on hold; 0: never", {}, 0, 86400},
     {"call-backs",          &CallConfiguration::callBacks,          "call-backs that may be pending at once", {}, 0, 100},
     {"permitted-numbers",   &CallConfiguration::permittedNumbers,   "may be dialled while the telephone is locked; a trailing * stands for any digits"},

@@ -10,6 +10,7 @@
 #include "telephone/sip/EventLoop.h"
 #include "telephone/sip/LocalAddresses.h"
 #include "telephone/sip/MemoryNetwork.h"
+#include "telephone/sip/ReliableResponses.h"
 #include "telephone/sip/Sdes.h"
 #include "telephone/sip/ServerRequest.h"
 #include "telephone/sip/SessionTimer.h"
@@ -196,9 +197,12 @@ void Element::close(std::shared_ptr<void> receiver)
 
 Headers Element::capabilities() const
 {
-    std::string supported = "replaces";
+    std::string supported = "replaces, join";
     if (config_.sessionExpires > std::chrono::seconds(0)) {
         supported += std::string(", ") + kTimerExtension;
+    }
+    if (config_.reliableResponses != ReliableUse::kNone) {
+        supported += std::string(", ") + kReliableExtension;
     }
     return {{"Allow", kAllow}, {"Supported", supported}};
 }

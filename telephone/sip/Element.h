@@ -20,7 +20,7 @@ namespace telephone::sip {
 class NotifierImpl;
 
 // Our capabilities.
-constexpr char const* kAllow = "INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, UPDATE, REFER, NOTIFY, SUBSCRIBE";
+constexpr char const* kAllow = "INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, PRACK, UPDATE, REFER, NOTIFY, SUBSCRIBE";
 constexpr char const* kSdpType = "application/sdp";
 
 // The addresses of an outgoing request.

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <mutex>
 #include <stdexcept>
 
 #include "telephone/sip/EventLoop.h"
+#include "telephone/sip/ForeignRequests.h"
 #include "telephone/sip/IncomingRequestImpl.h"
 #include "telephone/sip/NotifierImpl.h"
 #include "telephone/sip/SessionImpl.h"
@@ -16,17 +18,20 @@ namespace telephone::sip {
 
 namespace {
 
-constexpr std::array<std::string_view, 10> kMethods{"INVITE", "ACK",    "BYE",   "CANCEL",    "OPTIONS",
-                                                    "INFO",   "UPDATE", "REFER", "SUBSCRIBE", "NOTIFY"};
+constexpr std::array<std::string_view, 11> kMethods{"INVITE", "ACK",    "BYE",   "CANCEL",    "OPTIONS", "INFO",
+                                                    "PRACK",  "UPDATE", "REFER", "SUBSCRIBE", "NOTIFY"};
+// Those that the stack takes, or that make sense only in a dialog.
+constexpr std::array<std::string_view, 5> kOfDialogs{"INVITE", "SUBSCRIBE", "BYE", "PRACK", "UPDATE"};
 
 bool isMethod(sip_msg const& message, char const* method)
 {
     return pl_strcmp(&message.met, method) == 0;
 }
 
-bool isOwnMethod(sip_msg const& message)
+template <std::size_t size>
+bool isOneOf(std::array<std::string_view, size> const& methods, sip_msg const& message)
 {
-    return std::find(kMethods.begin(), kMethods.end(), view(message.met)) != kMethods.end();
+    return std::find(methods.begin(), methods.end(), view(message.met)) != methods.end();
 }
 
 // Has the headers that the stack's own handlers rely on (RFC 3261 section 8.1.1).
@@ -34,6 +39,47 @@ bool isComplete(sip_msg const& message)
 {
     return message.via.branch.p && message.callid.p && message.from.auri.p && message.to.auri.p && message.cseq.met.p &&
            message.from.tag.p;
+}
+
+// The whole text is a number up to the highest; nothing else.
+bool isNumber(std::string_view text, std::uint64_t highest)
+{
+    std::uint64_t number = 0;
+    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc() && end == text.data() + text.size() && number <= highest;
+}
+
+// Content-Length is missing, or says no more than there is; a stream has been cut at it already.
+bool hasItsLength(sip_msg const& message)
+{
+    std::uint64_t const left = mbuf_get_left(message.mb);
+    return !message.clen.p || isNumber(view(message.clen), left);
+}
+
+// CSeq names the method, and a number below 2^31 (RFC 3261 section 8.1.1.5).
+bool hasItsSequence(sip_msg const& message)
+{
+    sip_hdr const* const header = sip_msg_hdr(&message, SIP_HDR_CSEQ);
+    std::string_view const value = header ? view(header->val) : std::string_view();
+    return isNumber(value.substr(0, value.find_first_of(" \t")), 0x7fffffff) &&
+           view(message.cseq.met) == view(message.met);
+}
+
+// The refusal of a request that cannot be understood; status 0: it can.
+struct MalformedLine
+{
+    std::uint16_t status = 0;
+    char const* reason = "";
+};
+
+MalformedLine malformationOf(sip_msg const& message)
+{
+    if (auto const strangeness = strangenessOf(message)) {
+        return strangeness == Strangeness::kVersion ? MalformedLine{505, "Version Not Supported"}
+                                                    : MalformedLine{416, "Unsupported URI Scheme"};
+    }
+    bool const isSound = isComplete(message) && hasItsLength(message) && hasItsSequence(message);
+    return isSound ? MalformedLine{} : MalformedLine{400, "Bad Request"};
 }
 
 }  // namespace
@@ -82,11 +128,7 @@ bool Receiver::onRequestFirst(sip_msg const& message)
     if (!gate_.hasRoomFor(message)) {
         return true;
     }
-    if (!isComplete(message)) {
-        element_->log(LogLevel::kInfo, "Request from " + addressText(message.src) + " lacks mandatory headers");
-        if (message.via.branch.p && !isMethod(message, "ACK")) {
-            (void)sip_reply(element_->stack(), &message, 400, "Bad Request");
-        }
+    if (refuseMalformed(message)) {
         return true;
     }
     if (isMethod(message, "ACK") || isMethod(message, "CANCEL")) {
@@ -114,6 +156,19 @@ void Receiver::prepareRefresh(sip_msg const& subscribe)
     for (NotifierImpl* const notifier : element_->notifiers()) {
         notifier->prepareRefresh(subscribe);
     }
+}
+
+bool Receiver::refuseMalformed(sip_msg const& message) const
+{
+    MalformedLine const malformation = malformationOf(message);
+    if (malformation.status == 0) {
+        return false;
+    }
+    element_->log(LogLevel::kInfo, "Request from " + addressText(message.src) + " is refused: " + malformation.reason);
+    if (message.via.branch.p && !isMethod(message, "ACK")) {
+        (void)sip_reply(element_->stack(), &message, malformation.status, malformation.reason);
+    }
+    return true;
 }
 
 // RFC 3261 section 8.2.2.3.
@@ -147,8 +202,7 @@ void Receiver::answerOptions(sip_msg const& message) const
 // into a dialog.
 bool Receiver::takeOutOfDialog(sip_msg const& message)
 {
-    if (isMethod(message, "INVITE") || isMethod(message, "SUBSCRIBE") || isMethod(message, "BYE") ||
-        isMethod(message, "UPDATE")) {
+    if (isOneOf(kOfDialogs, message)) {
         return false;
     }
     if (isMethod(message, "NOTIFY")) {
@@ -189,7 +243,7 @@ bool Receiver::onRequestLast(sip_msg const& message)
     if (isMethod(message, "ACK")) {
         return true;
     }
-    if (isMethod(message, "CANCEL") || isOwnMethod(message)) {
+    if (isMethod(message, "CANCEL") || isOneOf(kMethods, message)) {
         (void)sip_reply(element_->stack(), &message, 481, "Call/Transaction Does Not Exist");
         return true;
     }

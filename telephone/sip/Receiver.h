@@ -25,6 +25,7 @@ private:
     void onInvite(sip_msg const& message);
     bool onFirstSubscribe(sip_msg const& message);
     void prepareRefresh(sip_msg const& subscribe);
+    bool refuseMalformed(sip_msg const& message) const;
     bool refuseUnsupported(sip_msg const& message) const;
     void answerOptions(sip_msg const& message) const;
     bool takeOutOfDialog(sip_msg const& message);

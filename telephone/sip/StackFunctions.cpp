@@ -5,6 +5,7 @@
 
 #include "telephone/sip/ClientDigest.h"
 #include "telephone/sip/DialogHeaders.h"
+#include "telephone/sip/ForeignRequests.h"
 #include "telephone/sip/LocalAddresses.h"
 #include "telephone/sip/MemorySockets.h"
 #include "telephone/sip/ServerRequest.h"
@@ -194,6 +195,22 @@ int our_sipsess_reply_2xx(sipsess* session, sip_msg const* request, std::uint16_
     }
     return answerWith(session, request, status, reason, description, "%s",
                       DialogHeaders::ofAnswer(sipsess_dialog(session)).c_str());
+}
+
+// --- messages: requests that the stack's parser would drop get an answer
+
+int our_sip_msg_decode(sip_msg** message, mbuf* buffer)
+{
+    int const error = stack_sip_msg_decode(message, buffer);
+    auto const strangeness = error == EBADMSG ? makeReadable(*buffer) : std::nullopt;
+    if (!strangeness) {
+        return error;
+    }
+    int const again = stack_sip_msg_decode(message, buffer);
+    if (again == 0) {
+        mark(**message, *strangeness);
+    }
+    return again;
 }
 
 // --- requests: those to a name go to its servers in turn

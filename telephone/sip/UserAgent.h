@@ -36,6 +36,14 @@ class Element;
 class EventLoop;
 class Receiver;
 
+// Whether responses before the answer are reliable (RFC 3262).
+enum class ReliableUse : int
+{
+    kNone,       // never
+    kSupported,  // those with a session description, and others where a call demands it
+    kRequired,   // all; calls of those who do not support it are refused (421)
+};
+
 struct UserAgentConfig
 {
     std::string address = "127.0.0.1";                // IP address, or network interface: one of each family
@@ -45,13 +53,14 @@ struct UserAgentConfig
     std::vector<std::string> codecs{"PCMU", "PCMA"};  // in the order of preference
     bool telephoneEvents = true;                      // offer RFC 4733
     std::chrono::seconds sessionExpires{1800};        // interval of session timers (RFC 4028), 90 or more; 0: none
-    std::chrono::seconds audioTimeout{0};             // without audio, an established call ends; 0: never
-    std::vector<std::string> dnsServers;              // "address" or "address:port"; empty: the system's
-    std::shared_ptr<Dns> dns;                         // null: asks those servers, and in virtual time nobody
-    Encryption encryption = Encryption::kNone;        // of the audio
-    bool keysWithoutTls = false;                      // its keys may travel in messages that others can read
-    std::chrono::milliseconds closingTime{500};       // longest wait of the destructor
-    Limits limits;                                    // of requests that are taken in; none
+    ReliableUse reliableResponses = ReliableUse::kSupported;
+    std::chrono::seconds audioTimeout{0};        // without audio, an established call ends; 0: never
+    std::vector<std::string> dnsServers;         // "address" or "address:port"; empty: the system's
+    std::shared_ptr<Dns> dns;                    // null: asks those servers, and in virtual time nobody
+    Encryption encryption = Encryption::kNone;   // of the audio
+    bool keysWithoutTls = false;                 // its keys may travel in messages that others can read
+    std::chrono::milliseconds closingTime{500};  // longest wait of the destructor
+    Limits limits;                               // of requests that are taken in; none
     Logger log;
     std::function<bool()> traceMessages;  // asked for each message: whether to log it, at kDebug; null: never
 };

@@ -193,6 +193,11 @@ void SipPeer::onModified(sip::Session&, bool accepted, int status, std::string c
     note((accepted ? "modified " : "refused ") + std::to_string(status));
 }
 
+void SipPeer::onPrecedence(sip::Session&, std::string const& resourcePriority)
+{
+    note("precedence " + resourcePriority);
+}
+
 void SipPeer::onInfo(sip::Session&, sip::Content const& content)
 {
     lastInfo = content;

@@ -71,6 +71,7 @@ private:
     void onEstablished(sip::Session&) override;
     void onRemoteHold(sip::Session&, bool held, sip::Direction) override;
     void onModified(sip::Session&, bool accepted, int status, std::string const&) override;
+    void onPrecedence(sip::Session&, std::string const& resourcePriority) override;
     void onInfo(sip::Session&, sip::Content const& content) override;
     void onDigit(sip::Session&, char digit) override;
     void onTransferRequested(std::unique_ptr<sip::Transfer> transfer) override;
