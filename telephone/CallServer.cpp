@@ -120,6 +120,9 @@ Outcome<exchange::ExchangeConfig> exchangeConfigOf(Configuration const& configur
     config.realm = configuration.exchange.realm;
     config.anyPassword = configuration.exchange.password;
     config.log = sipLogger("exchange");
+    // Its own numbers take calls of either kind.
+    config.encryption = configuration.media.encryption == 0 ? sip::Encryption::kNone : sip::Encryption::kOptional;
+    config.keysWithoutTls = configuration.media.keysWithoutTls;
     for (auto const& each : configuration.exchangeNumbers) {
         auto number = numberOf(each);
         if (!number) {

@@ -117,6 +117,8 @@ struct MediaConfiguration
     std::string microphone;       // of the source "device"; empty: the system's default
     std::string loudspeaker;
     std::string heard;  // WAV file for all received audio; empty: none
+    int encryption = 0;  // sip::Encryption
+    bool keysWithoutTls = false;
 };
 
 struct CallConfiguration
@@ -126,6 +128,8 @@ struct CallConfiguration
     int doNotDisturbStatus = 486;               // or 480
     int dialRestriction = 0;                    // 4: no outgoing calls
     int reinviteTimeout = 8;                    // seconds until an unanswered re-INVITE counts as failed
+    int sessionExpires = 1800;                  // seconds of a session timer (RFC 4028), 90 or more; 0: none
+    int audioTimeout = 60;                      // seconds without audio after which a call ends; 0: never
     int callBacks = 5;                          // pending at once
     std::vector<std::string> permittedNumbers;  // may be dialled while the telephone is locked
     std::vector<std::string> emergencyNumbers;

@@ -131,6 +131,8 @@ inline constexpr auto kMedia = std::to_array<ConfigurationField<MediaConfigurati
     {"microphone",          &MediaConfiguration::microphone,        "with the source device: its name, as telephone devices lists it; empty: the system's default"},
     {"loudspeaker",         &MediaConfiguration::loudspeaker,       "the same, for what is heard"},
     {"heard",               &MediaConfiguration::heard,             "WAV file for all received audio; empty: none"},
+    {"encryption",          &MediaConfiguration::encryption,        "of the audio of calls (SRTP, [audio.md](audio.md)); optional: where the far end does it, too; required: a call without it fails", "none|optional|required"},
+    {"keys-without-tls",    &MediaConfiguration::keysWithoutTls,    "its keys may travel in SIP messages that others can read, over UDP or TCP; false: calls without TLS are not encrypted"},
 });
 
 inline constexpr auto kCalls = std::to_array<ConfigurationField<CallConfiguration>>({
@@ -139,6 +141,8 @@ inline constexpr auto kCalls = std::to_array<ConfigurationField<CallConfiguratio
     {"do-not-disturb-status", &CallConfiguration::doNotDisturbStatus, "answer to a call while do-not-disturb is on: 480 or 486", "480|486"},
     {"dial-restriction",    &CallConfiguration::dialRestriction,    "4: no outgoing calls", {}, 0, 4},
     {"reinvite-timeout",    &CallConfiguration::reinviteTimeout,    "seconds until an unanswered re-INVITE counts as failed", {}, 1, 64},
+    {"session-expires",     &CallConfiguration::sessionExpires,     "seconds within which a call is refreshed, else it ends (RFC 4028), 90 or more; 0: never", {}, 0, 86400},
+    {"audio-timeout",       &CallConfiguration::audioTimeout,       "seconds without audio from the far end after which a call ends that is not on hold; 0: never", {}, 0, 86400},
     {"call-backs",          &CallConfiguration::callBacks,          "call-backs that may be pending at once", {}, 0, 100},
     {"permitted-numbers",   &CallConfiguration::permittedNumbers,   "may be dialled while the telephone is locked; a trailing * stands for any digits"},
     {"emergency-numbers",   &CallConfiguration::emergencyNumbers,   "always permitted, and marked as emergency calls"},

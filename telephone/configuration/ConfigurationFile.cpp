@@ -59,6 +59,7 @@ private:
         places_.exchangePassword = placeOf(file.at_path("exchange.password"));
         places_.recording = placeOf(file.at_path("recording.folder"));
         places_.certificates = placeOf(file.at_path("certificates.folder"));
+        places_.sessionExpires = placeOf(file.at_path("calls.session-expires"));
     }
     static int placeOf(toml::node_view<toml::node const> node)
     {

@@ -29,6 +29,7 @@ public:
     {
         return checkAddresses()
             .and_then([this] { return checkHttp(); })
+            .and_then([this] { return checkCalls(); })
             .and_then([this] { return checkExchange(); })
             .and_then([this] { return checkFolders(); })
             .and_then([this] { return completeLines(); })
@@ -84,6 +85,17 @@ private:
                                    fmt::format("http.address \"{}\" can be reached from other machines, so it needs "
                                                "http.certificate and http.key; without them use 127.0.0.1",
                                                address));
+        }
+        return {};
+    }
+
+    // RFC 4028 section 4: an interval below 90 seconds is refused by everybody.
+    Outcome<> checkCalls() const
+    {
+        int const seconds = configuration_.calls.sessionExpires;
+        if (seconds > 0 && seconds < 90) {
+            return places_.refusal(places_.sessionExpires,
+                                   fmt::format("calls.session-expires takes 0, or 90 or more, not {}", seconds));
         }
         return {};
     }

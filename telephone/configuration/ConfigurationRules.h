@@ -25,6 +25,7 @@ struct ConfigurationPlaces
     int server = 0;
     int push = 0;
     int http = 0;
+    int sessionExpires = 0;
     int exchangePassword = 0;
     int recording = 0;
     int certificates = 0;

@@ -9,7 +9,9 @@
 #include "telephone/sip/EventLoop.h"
 #include "telephone/sip/LocalAddresses.h"
 #include "telephone/sip/MemoryNetwork.h"
+#include "telephone/sip/Sdes.h"
 #include "telephone/sip/ServerRequest.h"
+#include "telephone/sip/SessionTimer.h"
 #include "telephone/sip/Timer.h"
 #include "telephone/time/VirtualTime.h"
 #include "telephone/time/Waiting.h"
@@ -124,6 +126,7 @@ int Element::familyOf(Uri const& uri) const
 
 void Element::listen(sipsess_conn_h* invited, sip_msg_h* subscribed, void* receiver)
 {
+    forkedAnswers_.listen();
     throwOnError(sipsess_listen(sessionSocket_.out(), stack_, kSessionBuckets, invited, receiver), "SIP sessions");
     throwOnError(
         sipevent_listen(eventSocket_.out(), stack_, kTransactionBuckets, kTransactionBuckets, subscribed, receiver),
@@ -137,7 +140,7 @@ void Element::onTrace(bool sent, sip_transp /*transport*/, sa const& from, sa co
     std::string_view const packet(reinterpret_cast<char const*>(data), size);
     if (config_.traceMessages && config_.traceMessages()) {
         log(LogLevel::kDebug,
-            (sent ? "sent to " + addressText(to) : "received from " + addressText(from)) + "\n" + std::string(packet));
+            (sent ? "sent to " + addressText(to) : "received from " + addressText(from)) + "\n" + maskedKeys(packet));
     }
     if (!sent) {
         tap_->onReceived(packet);
@@ -171,6 +174,7 @@ void Element::close(std::shared_ptr<void> receiver)
         return;
     }
     sip_set_trace_handler(stack_, nullptr);
+    forkedAnswers_.close();
     // An ended session that still waits for an answer would keep the port bound. Its owner must be gone.
     if (sessionToken_.use_count() == 1) {
         sipsess_close_all(sessionSocket_.get());
@@ -185,6 +189,20 @@ void Element::close(std::shared_ptr<void> receiver)
         grave->start(kAfterlife, [grave, self = shared_from_this(), receiver = std::move(receiver)] {});
     }
     stack_ = static_cast<::sip*>(mem_deref(stack_));
+}
+
+Headers Element::capabilities() const
+{
+    std::string supported = "replaces";
+    if (config_.sessionExpires > std::chrono::seconds(0)) {
+        supported += std::string(", ") + kTimerExtension;
+    }
+    return {{"Allow", kAllow}, {"Supported", supported}};
+}
+
+bool Element::supports(std::string_view extension) const
+{
+    return capabilities().lists("Supported", extension);
 }
 
 void Element::log(LogLevel level, std::string const& line) const
@@ -213,9 +231,11 @@ std::string Element::contactUserFor(sip_msg const& request) const
     return pl_isset(&request.uri.user) ? text(request.uri.user) : config_.name;
 }
 
-void Element::answer(sip_msg const& request, std::uint16_t status, char const* reason, Headers const& headers) const
+void Element::answer(sip_msg const& request, std::uint16_t status, char const* reason, Headers const& headers,
+                     Content const& content) const
 {
-    (void)sip_treplyf(nullptr, nullptr, stack_, &request, false, status, reason, "%s", replyTail(headers, {}).c_str());
+    (void)sip_treplyf(nullptr, nullptr, stack_, &request, false, status, reason, "%s",
+                      replyTail(headers, content).c_str());
 }
 
 Outcome<> Element::checkReachable(sa const& address) const

@@ -7,6 +7,7 @@
 #include <set>
 #include <string>
 
+#include "telephone/sip/ForkedAnswers.h"
 #include "telephone/sip/MediaClock.h"
 #include "telephone/sip/MessageTap.h"
 #include "telephone/sip/Servers.h"
@@ -18,8 +19,7 @@ namespace telephone::sip {
 class NotifierImpl;
 
 // Our capabilities.
-constexpr char const* kAllow = "INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, REFER, NOTIFY, SUBSCRIBE";
-constexpr char const* kSupported = "replaces";
+constexpr char const* kAllow = "INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, UPDATE, REFER, NOTIFY, SUBSCRIBE";
 constexpr char const* kSdpType = "application/sdp";
 
 // The addresses of an outgoing request.
@@ -61,10 +61,16 @@ public:
     // The user of our Contact in answers to this request.
     std::string contactUserFor(sip_msg const& request) const;
     // Answers a request that nothing else will answer.
-    void answer(sip_msg const& request, std::uint16_t status, char const* reason, Headers const& headers = {}) const;
+    void answer(sip_msg const& request, std::uint16_t status, char const* reason, Headers const& headers = {},
+                Content const& content = {}) const;
     void log(LogLevel level, std::string const& line) const;
     // For refusals that reach no caller.
     void logRefusal(Outcome<> const& result) const;
+
+    // Our capabilities, as headers: Allow and Supported.
+    Headers capabilities() const;
+    // Whether we know an extension that a request may require.
+    bool supports(std::string_view extension) const;
 
     // Sessions hold this for as long as they exist, ended or not.
     std::shared_ptr<void const> sessionToken() const { return sessionToken_; }
@@ -73,6 +79,7 @@ public:
     UserAgentConfig const& config() const { return config_; }
     MediaClock& clock() { return clock_; }
     MessageTap& tap() { return *tap_; }
+    ForkedAnswers& forkedAnswers() { return forkedAnswers_; }
     // Those that have accepted their subscription, for the receiver.
     std::set<NotifierImpl*>& notifiers() { return notifiers_; }
     // The first of our addresses; the one of that family, or the first if we have none.
@@ -99,6 +106,7 @@ private:
     UserAgentConfig config_;
     MediaClock clock_;
     std::shared_ptr<MessageTap> tap_;
+    ForkedAnswers forkedAnswers_{*this};
     std::set<NotifierImpl*> notifiers_;
     std::shared_ptr<void const> sessionToken_ = std::make_shared<char>();
     std::vector<sa> addresses_ = std::vector<sa>(1);  // one of each family, without ports

@@ -83,7 +83,7 @@ void RegistrationImpl::send()
     }
     request_->abandon();
     auto const answered = [this](int error, sip_msg const* message) { onAnswer(error, message); };
-    Headers const headers{{"Allow", kAllow}, {"Supported", kSupported}};
+    Headers const headers = element_->capabilities();
     if (auto const started = request_->send("REGISTER", replyTail(headers, {}), asked_, answered); !started) {
         fail(503, started.error().reason);
         return;

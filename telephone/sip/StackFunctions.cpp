@@ -3,6 +3,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "telephone/sip/DialogHeaders.h"
 #include "telephone/sip/LocalAddresses.h"
 #include "telephone/sip/MemorySockets.h"
 #include "telephone/sip/ServerRequest.h"
@@ -139,6 +140,35 @@ int our_tcp_conn_local_get(tcp_conn const* connection, sa* local)
 int our_tcp_send(tcp_conn* connection, mbuf* buffer)
 {
     return isVirtual() ? sendOver(*connection, *buffer) : stack_tcp_send(connection, buffer);
+}
+
+// --- dialogs: the headers of re-INVITEs and of the answers to them, which the stack does not let a session add
+
+int our_sip_dialog_encode(mbuf* buffer, sip_dialog* dialog, std::uint32_t cseq, char const* method)
+{
+    int const error = stack_sip_dialog_encode(buffer, dialog, cseq, method);
+    bool const isInvite = error == 0 && std::string_view(method) == "INVITE";
+    return isInvite ? mbuf_write_str(buffer, DialogHeaders::ofInvite(dialog).c_str()) : error;
+}
+
+static int answerWith(sipsess* session, sip_msg const* request, std::uint16_t status, char const* reason,
+                      mbuf* description, char const* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    int const error = stack_sipsess_reply_2xx(session, request, status, reason, description, format, &arguments);
+    va_end(arguments);
+    return error;
+}
+
+int our_sipsess_reply_2xx(sipsess* session, sip_msg const* request, std::uint16_t status, char const* reason,
+                          mbuf* description, char const* format, va_list* arguments)
+{
+    if (format != nullptr) {
+        return stack_sipsess_reply_2xx(session, request, status, reason, description, format, arguments);
+    }
+    return answerWith(session, request, status, reason, description, "%s",
+                      DialogHeaders::ofAnswer(sipsess_dialog(session)).c_str());
 }
 
 // --- requests: those to a name go to its servers in turn

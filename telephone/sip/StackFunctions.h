@@ -4,9 +4,17 @@
 // work, and nothing else: what ours do has its own file.
 #pragma once
 
+#include <cstdarg>
+#include <cstdint>
+
 #include "telephone/sip/Stack.h"
 
 extern "C" {
+// Exported by the stack without a declaration.
+int sip_dialog_encode(mbuf* buffer, sip_dialog* dialog, std::uint32_t cseq, char const* method);
+int sipsess_reply_2xx(sipsess* session, sip_msg const* request, std::uint16_t status, char const* reason,
+                      mbuf* description, char const* format, va_list* arguments);
+
 #define STACK_FUNCTION(name) decltype(name) our_##name, stack_##name;
 #include "telephone/sip/StackFunctions.def"
 #undef STACK_FUNCTION

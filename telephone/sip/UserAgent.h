@@ -42,8 +42,12 @@ struct UserAgentConfig
     std::string name = "telephone";                   // User-Agent and Server
     std::vector<std::string> codecs{"PCMU", "PCMA"};  // in the order of preference
     bool telephoneEvents = true;                      // offer RFC 4733
+    std::chrono::seconds sessionExpires{1800};        // interval of session timers (RFC 4028), 90 or more; 0: none
+    std::chrono::seconds audioTimeout{0};             // without audio, an established call ends; 0: never
     std::vector<std::string> dnsServers;              // "address" or "address:port"; empty: the system's
     std::shared_ptr<Dns> dns;                         // null: asks those servers, and in virtual time nobody
+    Encryption encryption = Encryption::kNone;        // of the audio
+    bool keysWithoutTls = false;                      // its keys may travel in messages that others can read
     std::chrono::milliseconds closingTime{500};       // longest wait of the destructor
     Logger log;
     std::function<bool()> traceMessages;  // asked for each message: whether to log it, at kDebug; null: never

@@ -309,6 +309,14 @@ TEST(ConfigurationFile, HttpOpenToTheNetwork_WithACertificateIsAccepted)
     EXPECT_EQ(http.key, "k.pem");
 }
 
+TEST(ConfigurationFile, SessionTimer_IsOffOrAtLeastNinetySeconds)
+{
+    EXPECT_EQ(errorOf("[calls]\nsession-expires = 60\n"),
+              "desk.toml:2: calls.session-expires takes 0, or 90 or more, not 60");
+    EXPECT_EQ(ConfigurationFile("desk.toml").parse("[calls]\nsession-expires = 0\n").value().calls.sessionExpires, 0);
+    EXPECT_EQ(ConfigurationFile("desk.toml").parse("[calls]\nsession-expires = 90\n").value().calls.sessionExpires, 90);
+}
+
 TEST(ConfigurationFile, BrokenSyntax_IsRefusedWithItsLine)
 {
     auto const error = errorOf("[sip]\nport = 1\naddress = \n");
