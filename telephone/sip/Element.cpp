@@ -11,7 +11,6 @@
 #include "telephone/sip/EventLoop.h"
 #include "telephone/sip/LocalAddresses.h"
 #include "telephone/sip/MemoryNetwork.h"
-#include "telephone/sip/Sdes.h"
 #include "telephone/sip/ServerRequest.h"
 #include "telephone/sip/SessionTimer.h"
 #include "telephone/sip/Timer.h"
