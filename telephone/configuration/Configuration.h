@@ -117,7 +117,7 @@ struct MediaConfiguration
     std::string source = "tone";  // tone, silence, device, or a WAV file (8 kHz mono 16 bit, or converted)
     std::string microphone;       // of the source "device"; empty: the system's default
     std::string loudspeaker;
-    std::string heard;  // WAV file for all received audio; empty: none
+    std::string heard;   // WAV file for all received audio; empty: none
     int encryption = 0;  // sip::Encryption
     bool keysWithoutTls = false;
 };

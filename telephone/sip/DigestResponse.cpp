@@ -27,7 +27,7 @@ constexpr std::array<AlgorithmRow, 4> kAlgorithms{{
     {DigestAlgorithm::kSha256Session, "SHA-256-sess", EVP_sha256, true},
 }};
 
-AlgorithmRow const& rowOf(DigestAlgorithm algorithm)
+AlgorithmRow const& rowFor(DigestAlgorithm algorithm)
 {
     return kAlgorithms.at(static_cast<std::size_t>(algorithm));
 }
@@ -50,12 +50,12 @@ std::string_view withoutQuotes(std::string_view text)
 
 std::string_view nameOf(DigestAlgorithm algorithm)
 {
-    return rowOf(algorithm).name;
+    return rowFor(algorithm).name;
 }
 
 bool isOfSession(DigestAlgorithm algorithm)
 {
-    return rowOf(algorithm).ofSession;
+    return rowFor(algorithm).ofSession;
 }
 
 std::optional<DigestAlgorithm> digestAlgorithmOf(std::string_view name)
@@ -106,7 +106,7 @@ std::string hashOf(DigestAlgorithm algorithm, std::string_view text)
     constexpr std::string_view kDigits = "0123456789abcdef";
     std::array<unsigned char, EVP_MAX_MD_SIZE> hash{};
     unsigned size = 0;
-    if (EVP_Digest(text.data(), text.size(), hash.data(), &size, rowOf(algorithm).hash(), nullptr) != 1) {
+    if (EVP_Digest(text.data(), text.size(), hash.data(), &size, rowFor(algorithm).hash(), nullptr) != 1) {
         throw std::runtime_error("OpenSSL cannot calculate " + std::string(nameOf(algorithm)));
     }
     std::string digits;
