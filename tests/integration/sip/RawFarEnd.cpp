@@ -109,6 +109,30 @@ void RawFarEnd::send(std::string const& hostPort, std::string const& message)
     EXPECT_EQ(udp_send(socket_.get(), &address, buffer.get()), 0);
 }
 
+void RawFarEnd::ask(std::string const& method, std::string const& user, std::string const& hostPort,
+                    std::string const& headers, std::string const& body)
+{
+    std::string const number = std::to_string(++number_);
+    std::string const to = "sip:" + user + "@" + hostPort;
+    send(hostPort, withLength(method + " " + to + " SIP/2.0\r\nVia: SIP/2.0/UDP " + this->hostPort() +
+                                  ";branch=z9hG4bKraw" + number + ";rport\r\nMax-Forwards: 70\r\nFrom: <" + uri() +
+                                  ">;tag=raw\r\nTo: <" + to + ">\r\nCall-ID: raw" + number + "\r\nCSeq: " + number +
+                                  " " + method + "\r\nContact: <" + uri() + ">\r\n" + headers,
+                              body));
+}
+
+void RawFarEnd::acknowledge(std::string const& response)
+{
+    std::string const target = addressIn(header(response, "Contact"));
+    std::string const cseq = header(response, "CSeq");
+    auto const at = target.find('@') + 1;
+    send(target.substr(at, target.find(';', at) - at),
+         withLength("ACK " + target + " SIP/2.0\r\nVia: SIP/2.0/UDP " + hostPort() + ";branch=z9hG4bKack" + cseq +
+                        "\r\nMax-Forwards: 70\r\n" + linesOf(response, "From") + linesOf(response, "To") +
+                        linesOf(response, "Call-ID") + "CSeq: " + cseq.substr(0, cseq.find(' ')) + " ACK\r\n",
+                    ""));
+}
+
 void RawFarEnd::answer(std::string const& request, std::string const& status, std::string const& headers,
                        std::string const& body)
 {

@@ -25,11 +25,18 @@ public:
     std::string take(std::string const& beginning);
     // How many messages that begin so have not been taken.
     std::size_t count(std::string const& beginning) const;
+    // "SIP/2.0 200 OK" or "BYE sip:... SIP/2.0".
+    static std::string firstLine(std::string const& message) { return message.substr(0, message.find("\r\n")); }
     // The first header of that name; empty without one.
     static std::string header(std::string const& message, std::string const& name);
 
     // Sends to this host:port what has no request to answer to.
     void send(std::string const& hostPort, std::string const& message);
+    // Sends a request outside any dialog to a user at host:port.
+    void ask(std::string const& method, std::string const& user, std::string const& hostPort,
+             std::string const& headers = {}, std::string const& body = {});
+    // Sends the ACK of the final response to an INVITE that was sent with ask().
+    void acknowledge(std::string const& response);
     // Answers a request: "200 OK". headers are whole lines, each with its end. A response to an INVITE with a final
     // status below 300 makes the dialog that request() uses.
     void answer(std::string const& request, std::string const& status, std::string const& headers = {},
