@@ -136,15 +136,14 @@ void RawFarEnd::acknowledge(std::string const& response)
 void RawFarEnd::answer(std::string const& request, std::string const& status, std::string const& headers,
                        std::string const& body)
 {
-    std::string const contact = addressIn(header(request, "Contact"));
     std::string const via = header(request, "Via");
     auto const space = via.find(' ') + 1;
     std::string to = "To: " + header(request, "To");
     to += to.find(";tag=") == std::string::npos ? kOwnTag : "";
     send(via.substr(space, via.find(';') - space),
          withLength("SIP/2.0 " + status + "\r\n" + linesOf(request, "Via") + linesOf(request, "From") + to + "\r\n" +
-                        linesOf(request, "Call-ID") + linesOf(request, "CSeq") + "Contact: <" + uri() + ">\r\n" +
-                        headers,
+                        linesOf(request, "Call-ID") + linesOf(request, "CSeq") +
+                        (status.starts_with("3") ? "" : "Contact: <" + uri() + ">\r\n") + headers,
                     body));
     if (request.starts_with("INVITE") && status.starts_with("2")) {
         invite_ = request;

@@ -37,8 +37,8 @@ public:
              std::string const& headers = {}, std::string const& body = {});
     // Sends the ACK of the final response to an INVITE that was sent with ask().
     void acknowledge(std::string const& response);
-    // Answers a request: "200 OK". headers are whole lines, each with its end. A response to an INVITE with a final
-    // status below 300 makes the dialog that request() uses.
+    // Answers a request: "200 OK". headers are whole lines, each with its end; a redirection needs a Contact among
+    // them. A response to an INVITE with a final status below 300 makes the dialog that request() uses.
     void answer(std::string const& request, std::string const& status, std::string const& headers = {},
                 std::string const& body = {});
     // Accepts an INVITE with an audio description.
