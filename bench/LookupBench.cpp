@@ -107,7 +107,7 @@ void addLines(AppearanceMap& map, int count)
 {
     constexpr int kFirst = 1000;
     for (int line = 1; line <= count; ++line) {
-        map.addLine(line, {kFirst + 2 * line, kFirst + 1 + 2 * line});
+        map.addLine(line, idOf(line), {kFirst + 2 * line, kFirst + 1 + 2 * line});
     }
     map.callBegan(count, kFirst + 2 * count);
 }

@@ -4,7 +4,7 @@ import json
 import pathlib
 import subprocess
 
-PROGRAMS = ("bench_requests", "bench_alternatives", "bench_events", "bench_service", "bench_lookups")
+PROGRAMS = ("bench_requests", "bench_alternatives", "bench_events", "bench_service", "bench_lookups", "bench_time")
 REPETITIONS = 25
 
 

@@ -11,8 +11,14 @@ EngineConfiguration EngineConfiguration::from(Configuration const& configuration
     engine.agent.udpPort = static_cast<std::uint16_t>(configuration.sip.port);
     engine.agent.tcpPort = static_cast<std::uint16_t>(configuration.sip.port);
     engine.agent.name = configuration.sip.userAgent;
-    engine.audioSource = configuration.media.source;
-    engine.heardFile = configuration.media.heard;
+    engine.agent.sessionExpires = std::chrono::seconds(configuration.calls.sessionExpires);
+    engine.agent.audioTimeout = std::chrono::seconds(configuration.calls.audioTimeout);
+    engine.agent.dnsServers = configuration.dns.servers;
+    auto const& media = configuration.media;
+    engine.agent.encryption = static_cast<sip::Encryption>(media.encryption);
+    engine.agent.keysWithoutTls = media.keysWithoutTls;
+    engine.audio = {media.source, media.microphone, media.loudspeaker};
+    engine.heardFile = media.heard;
     engine.maximumCalls = configuration.calls.maximum;
     engine.automaticRinging = configuration.calls.automaticRinging;
     engine.doNotDisturbStatus = configuration.calls.doNotDisturbStatus;

@@ -53,16 +53,22 @@ struct KeyConfiguration
 
 struct SipConfiguration
 {
-    std::string address = "127.0.0.1";  // another address only if the file names it
+    std::string address = "127.0.0.1";  // or an interface; another only if the file names it
     int port = 0;                       // UDP and TCP; 0: any free one
     Transport transport = Transport::kUdp;
     std::string userAgent = "reference telephone";
 };
 
+// Where names of servers are looked up.
+struct DnsConfiguration
+{
+    std::vector<std::string> servers;  // "address" or "address:port"; empty: those of the system
+};
+
 // The call server with which lines register.
 struct ServerConfiguration
 {
-    std::string registrar;       // sip:host:port; empty: the built-in exchange, or none if that is off
+    std::string registrar;       // sip:host or sip:host:port; empty: the built-in exchange, or none if that is off
     std::string domain;          // empty: the registrar's host
     int expires = 300;           // seconds
     int type = 0;                // sfiServerType
@@ -107,8 +113,12 @@ struct ExchangeNumberConfiguration
 
 struct MediaConfiguration
 {
-    std::string source = "tone";  // tone, silence, or a WAV file (8 kHz mono 16 bit, or converted)
-    std::string heard;            // WAV file for all received audio; empty: none
+    std::string source = "tone";  // tone, silence, device, or a WAV file (8 kHz mono 16 bit, or converted)
+    std::string microphone;       // of the source "device"; empty: the system's default
+    std::string loudspeaker;
+    std::string heard;  // WAV file for all received audio; empty: none
+    int encryption = 0;  // sip::Encryption
+    bool keysWithoutTls = false;
 };
 
 struct CallConfiguration
@@ -118,6 +128,8 @@ struct CallConfiguration
     int doNotDisturbStatus = 486;               // or 480
     int dialRestriction = 0;                    // 4: no outgoing calls
     int reinviteTimeout = 8;                    // seconds until an unanswered re-INVITE counts as failed
+    int sessionExpires = 1800;                  // seconds of a session timer (RFC 4028), 90 or more; 0: none
+    int audioTimeout = 60;                      // seconds without audio after which a call ends; 0: never
     int callBacks = 5;                          // pending at once
     std::vector<std::string> permittedNumbers;  // may be dialled while the telephone is locked
     std::vector<std::string> emergencyNumbers;
@@ -181,6 +193,7 @@ struct Configuration
     std::vector<LineConfiguration> lines;
     std::vector<KeyConfiguration> keys;
     SipConfiguration sip;
+    DnsConfiguration dns;
     ServerConfiguration server;
     ExchangeConfiguration exchange;
     std::vector<ExchangeNumberConfiguration> exchangeNumbers;

@@ -1,12 +1,14 @@
 #include "telephone/configuration/ConfigurationRules.h"
 
 #include <algorithm>
-#include <array>
 #include <cctype>
+#include <filesystem>
 #include <map>
+#include <system_error>
 
-#include <arpa/inet.h>
+#include <net/if.h>
 #include <spdlog/fmt/fmt.h>
+#include <unistd.h>
 
 #include "telephone/configuration/FilePlace.h"
 #include "telephone/configuration/HostPort.h"
@@ -27,6 +29,9 @@ public:
     {
         return checkAddresses()
             .and_then([this] { return checkHttp(); })
+            .and_then([this] { return checkCalls(); })
+            .and_then([this] { return checkExchange(); })
+            .and_then([this] { return checkFolders(); })
             .and_then([this] { return completeLines(); })
             .and_then([this] { return completeKeys(); })
             .and_then([this] { return checkExchangeNumbers(); })
@@ -36,11 +41,19 @@ public:
 private:
     Outcome<> checkAddresses() const
     {
-        std::array<unsigned char, sizeof(in6_addr)> bytes{};
         auto const& address = configuration_.sip.address;
-        if (inet_pton(AF_INET, address.c_str(), bytes.data()) != 1 &&
-            inet_pton(AF_INET6, address.c_str(), bytes.data()) != 1) {
-            return places_.refusal(places_.sip, fmt::format("sip.address takes an IP address, not \"{}\"", address));
+        if (!isIpAddress(address) && if_nametoindex(address.c_str()) == 0) {
+            return places_.refusal(places_.sip, fmt::format("sip.address takes an IP address or a network interface of "
+                                                            "this machine, not \"{}\"",
+                                                            address));
+        }
+        for (auto const& server : configuration_.dns.servers) {
+            auto const place = hostPortOf(server);
+            if (!isIpAddress(server) && !(place && place->port != 0 && isIpAddress(place->host))) {
+                return places_.refusal(
+                    places_.dns,
+                    fmt::format("dns.servers takes IP addresses with or without a port, not \"{}\"", server));
+            }
         }
         auto const& registrar = configuration_.server.registrar;
         if (!registrar.empty() && (!registrar.starts_with("sip:") || registrar.size() == 4)) {
@@ -72,6 +85,44 @@ private:
                                    fmt::format("http.address \"{}\" can be reached from other machines, so it needs "
                                                "http.certificate and http.key; without them use 127.0.0.1",
                                                address));
+        }
+        return {};
+    }
+
+    // RFC 4028 section 4: an interval below 90 seconds is refused by everybody.
+    Outcome<> checkCalls() const
+    {
+        int const seconds = configuration_.calls.sessionExpires;
+        if (seconds > 0 && seconds < 90) {
+            return places_.refusal(places_.sessionExpires,
+                                   fmt::format("calls.session-expires takes 0, or 90 or more, not {}", seconds));
+        }
+        return {};
+    }
+
+    // Nobody can register with an empty password.
+    Outcome<> checkExchange() const
+    {
+        if (configuration_.exchange.enabled && configuration_.exchange.password.empty()) {
+            return places_.refusal(places_.exchangePassword,
+                                   "exchange.password is empty: the lines need one to register");
+        }
+        return {};
+    }
+
+    Outcome<> checkFolders() const
+    {
+        auto const& recording = configuration_.recording.folder;
+        auto const& certificates = configuration_.certificates.folder;
+        if (!recording.empty() && !isFolder(recording, R_OK | W_OK | X_OK)) {
+            return places_.refusal(
+                places_.recording,
+                fmt::format("recording.folder \"{}\" is not a folder that can be written", recording));
+        }
+        if (!certificates.empty() && !isFolder(certificates, R_OK | X_OK)) {
+            return places_.refusal(
+                places_.certificates,
+                fmt::format("certificates.folder \"{}\" is not a folder that can be read", certificates));
         }
         return {};
     }
@@ -246,6 +297,11 @@ private:
     {
         return std::any_of(configuration_.lines.begin(), configuration_.lines.end(),
                            [&id](auto const& line) { return line.id == id; });
+    }
+    static bool isFolder(std::string const& path, int access)
+    {
+        std::error_code unknown;
+        return std::filesystem::is_directory(path, unknown) && ::access(path.c_str(), access) == 0;
     }
     static bool isNumber(std::string const& text)
     {

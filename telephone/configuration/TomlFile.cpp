@@ -58,9 +58,13 @@ std::string valueInWords(toml::node const& node)
     if (auto const flag = node.value_exact<bool>()) {
         return *flag ? "true" : "false";
     }
-    std::ostringstream type;
-    type << node.type();
-    return "a value of type " + type.str();
+    std::ostringstream text;
+    if (auto const* array = node.as_array()) {
+        text << "the array " << *array;
+    } else {
+        text << "a value of type " << node.type();
+    }
+    return text.str();
 }
 
 }  // namespace telephone

@@ -22,6 +22,8 @@ sip::UserAgentConfig agentConfig(ExchangeConfig const& config)
     own.address = config.address;
     own.udpPort = config.port;
     own.name = "exchange";
+    own.encryption = config.encryption;
+    own.keysWithoutTls = config.keysWithoutTls;
     if (config.log) {
         own.log = [log = config.log](sip::LogLevel level, std::string const& line) { log(level, "exchange: " + line); };
     }

@@ -14,25 +14,23 @@ AppearanceMap::AppearanceMap(Clock clock)
     : clock_(std::move(clock))
 {}
 
-void AppearanceMap::addLine(int lineNumber, std::vector<int> virtualLines)
+void AppearanceMap::addLine(int lineNumber, std::string lineID, std::vector<int> virtualLines)
 {
     std::lock_guard const lock(mutex_);
     int index = 0;
     for (int const virtualLine : virtualLines) {
         appearances_[virtualLine] = {lineNumber, ++index};
     }
-    virtualLines_[lineNumber] = std::move(virtualLines);
+    lines_[lineNumber] = {std::move(lineID), std::move(virtualLines)};
 }
 
 void AppearanceMap::assignCallToLine(int lineID, int callID, int& appearanceIndex)
 {
     std::lock_guard const lock(mutex_);
     removeExpired();
-    int const virtualLine = virtualLines_.count(lineID) != 0 ? firstFree(lineID) : lineID;
+    int const virtualLine = lines_.count(lineID) != 0 ? firstFree(lineID) : lineID;
     auto const appearance = appearances_.find(virtualLine);
     if (appearance == appearances_.end()) {
-        reportRefusal(kComponent,
-                      {RefusalKind::kLimit, fmt::format("line {} has no free appearance for call {}", lineID, callID)});
         return;
     }
     auto& mapping = mappings_[callID];
@@ -63,14 +61,15 @@ int AppearanceMap::seizeForIncoming(int lineNumber, int callID)
 {
     std::lock_guard const lock(mutex_);
     removeExpired();
-    auto const line = virtualLines_.find(lineNumber);
-    if (line == virtualLines_.end()) {
+    auto const line = lines_.find(lineNumber);
+    if (line == lines_.end()) {
         return 0;
     }
-    auto const free = std::find_if(line->second.begin(), line->second.end(), [this](int virtualLine) {
+    auto const& all = line->second.virtualLines;
+    auto const free = std::ranges::find_if(all, [this](int virtualLine) {
         return reserved_.count(virtualLine) == 0 && elsewhere_.count(virtualLine) == 0 && !carriesCall(virtualLine);
     });
-    if (free == line->second.end()) {
+    if (free == all.end()) {
         return 0;
     }
     mappings_[callID] = {*free, true, clock_()};
@@ -91,6 +90,12 @@ void AppearanceMap::callEnded(int callID)
 {
     std::lock_guard const lock(mutex_);
     mappings_.erase(callID);
+}
+
+void AppearanceMap::callUnknown(int callID)
+{
+    std::lock_guard const lock(mutex_);
+    std::erase_if(mappings_, [callID](auto const& entry) { return entry.first == callID && !entry.second.callExists; });
 }
 
 void AppearanceMap::reserve(int virtualLine)
@@ -129,23 +134,26 @@ bool AppearanceMap::carriesCall(int virtualLine) const
     });
 }
 
-int AppearanceMap::firstFree(int lineID) const
+int AppearanceMap::firstFree(int lineNumber) const
 {
-    auto const line = virtualLines_.find(lineID);
-    if (line == virtualLines_.end()) {
+    auto const line = lines_.find(lineNumber);
+    if (line == lines_.end()) {
         return 0;
     }
-    int found = 0;
-    for (int const virtualLine : line->second) {
-        if (carriesCall(virtualLine) || elsewhere_.count(virtualLine) != 0) {
-            continue;
-        }
-        if (reserved_.count(virtualLine) != 0) {
-            return virtualLine;
-        }
-        found = found == 0 ? virtualLine : found;
+    auto const isFree = [this](int virtualLine) {
+        return elsewhere_.count(virtualLine) == 0 && !carriesCall(virtualLine);
+    };
+    auto const& all = line->second.virtualLines;
+    auto free = std::ranges::find_if(all, [&](int each) { return reserved_.count(each) != 0 && isFree(each); });
+    if (free == all.end()) {
+        free = std::ranges::find_if(all, isFree);
     }
-    return found;
+    if (free == all.end()) {
+        reportRefusal(kComponent,
+                      {RefusalKind::kLimit, fmt::format("all appearances of line {} are taken", line->second.lineID)});
+        return 0;
+    }
+    return *free;
 }
 
 void AppearanceMap::removeExpired()

@@ -1,8 +1,8 @@
 // The calls on the appearances of multi-call-appearance lines.
 //
 // Each appearance has a virtual line number of its own. An outgoing call is mapped when a request names it, before it
-// exists; an incoming call when it arrives. The mapping ends with the call. The mapping of a call that never comes into
-// existence, because the request was refused, expires.
+// exists; an incoming call when it arrives. The mapping ends with the call, or when call control finds that there is no
+// such call. A mapping that never reaches call control expires.
 //
 // LineTable owns it; any thread.
 #pragma once
@@ -12,6 +12,7 @@
 #include <map>
 #include <mutex>
 #include <set>
+#include <string>
 #include <vector>
 
 #include "platform/sfi/SfiMCAMapper.h"
@@ -31,12 +32,13 @@ public:
 
     // Adds a multi-call-appearance line with the virtual line numbers of its appearances, the first one first. Before
     // any use.
-    void addLine(int lineNumber, std::vector<int> virtualLines);
+    // Its identifier names the line where all its appearances are taken.
+    void addLine(int lineNumber, std::string lineID, std::vector<int> virtualLines);
 
-    // lineID: a virtual line number, or a line number for the first free appearance of that line. Any other number, and
-    // a line without a free appearance, is refused: nothing changes.
+    // lineID: a virtual line number, or a line number for the first free appearance of that line. Nothing changes for
+    // any other number, nor for a line without a free appearance, which is reported.
     void assignCallToLine(int lineID, int callID, int& appearanceIndex) override;
-    // A reserved appearance if there is one, else the first free one; 0 when all are taken.
+    // A reserved appearance if there is one, else the first free one. When all are taken: 0, and a refusal is reported.
     int findFirstFreeVirtualLine(int lineID) const override;
     bool findVirtualLineforCallID(int callID, int& lineID, int& appearanceIndex) const override;
 
@@ -44,6 +46,8 @@ public:
     int seizeForIncoming(int lineNumber, int callID);
     void callBegan(int callID, int virtualLine);
     void callEnded(int callID);
+    // Call control knows no such call. The mapping of one that has begun stays.
+    void callUnknown(int callID);
 
     // Keeps an appearance for the next outgoing call of its line, unless it is taken.
     void reserve(int virtualLine);
@@ -53,6 +57,11 @@ public:
     void setElsewhere(int virtualLine, bool elsewhere);
 
 private:
+    struct Appearances
+    {
+        std::string lineID;
+        std::vector<int> virtualLines;
+    };
     struct Appearance
     {
         int lineNumber = 0;
@@ -67,16 +76,16 @@ private:
 
     bool isCurrent(Mapping const& mapping) const;
     bool carriesCall(int virtualLine) const;
-    int firstFree(int lineID) const;
+    int firstFree(int lineNumber) const;
     void removeExpired();
 
     Clock clock_;
     mutable std::mutex mutex_;
-    std::map<int, std::vector<int>> virtualLines_;  // by line number
-    std::map<int, Appearance> appearances_;         // by virtual line number
-    std::map<int, Mapping> mappings_;               // by call id
-    std::set<int> reserved_;                        // virtual line numbers
-    std::set<int> elsewhere_;                       // virtual line numbers
+    std::map<int, Appearances> lines_;       // by line number
+    std::map<int, Appearance> appearances_;  // by virtual line number
+    std::map<int, Mapping> mappings_;        // by call id
+    std::set<int> reserved_;                 // virtual line numbers
+    std::set<int> elsewhere_;                // virtual line numbers
 };
 
 }  // namespace telephone

@@ -75,7 +75,7 @@ void LineTable::addAppearances(LineConfiguration const& line)
         virtualLines.push_back(freeVirtualLine(line.id));
         add({line, {line.number, virtualLines.back(), index, fmt::format("{}#{}", line.id, index)}});
     }
-    appearances_.addLine(line.number, std::move(virtualLines));
+    appearances_.addLine(line.number, line.id, std::move(virtualLines));
 }
 
 void LineTable::add(Row row)

@@ -6,6 +6,7 @@
 #include "telephone/framework/EventDispatcher.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/TimerService.h"
+#include "telephone/lines/AppearanceMap.h"
 #include "telephone/sfi/LogComponent.h"
 #include "telephone/sfi/SfiResults.h"
 
@@ -20,6 +21,11 @@ Sfi::Sfi(Parts const& parts)
     , timers_(parts.timers)
     , appearances_(parts.appearances)
 {}
+
+SfiMCAMapper* Sfi::GetMCAMapper()
+{
+    return appearances_;
+}
 
 // --- life
 
@@ -68,43 +74,63 @@ sfiResult Sfi::Subscribe(Executable* subscriber)
 
 // --- calls
 
+// The service puts a call on an appearance before it asks for it here: a call that does not exist gives it back.
+void Sfi::releaseUnlessExists(sfiCallInfo const& call)
+{
+    if (appearances_ != nullptr && !engine_.call(call.callID)) {
+        appearances_->callUnknown(call.callID);
+    }
+}
+
+sfiResult Sfi::resultFor(sfiCallInfo const& call, Outcome<> const& outcome)
+{
+    releaseUnlessExists(call);
+    return resultOf(outcome);
+}
+
+sfiResult Sfi::callBackResultFor(sfiCallInfo const& call, Outcome<> const& outcome)
+{
+    releaseUnlessExists(call);
+    return callBackResultOf(outcome);
+}
+
 sfiResult Sfi::CallMake(sfiCallInfo* call, std::string const& destination, int, int, bool dssDirectCall,
                         bool bridgeCall, bool callCompletionCall, bool)
 {
     // A request that carries no flags sets them all; a consultation and a pick-up set none.
     bool const asked = dssDirectCall || bridgeCall || callCompletionCall;
-    return resultOf(engine_.outgoing().make(call->lineID, call->appearanceIndex, call->callID, destination,
-                                            asked ? CallPurpose::kOrdinary : CallPurpose::kConsultation));
+    return resultFor(*call, engine_.outgoing().make(call->lineID, call->appearanceIndex, call->callID, destination,
+                                                    asked ? CallPurpose::kOrdinary : CallPurpose::kConsultation));
 }
 
 sfiResult Sfi::GroupPickup(sfiCallInfo* call)
 {
-    return resultOf(engine_.pickups().group(call->lineID, call->appearanceIndex, call->callID));
+    return resultFor(*call, engine_.pickups().group(call->lineID, call->appearanceIndex, call->callID));
 }
 
 sfiResult Sfi::CallClear(sfiCallInfo* call, CSTAEventCause cause)
 {
-    return resultOf(engine_.list().clear(call->callID, cause));
+    return resultFor(*call, engine_.list().clear(call->callID, cause));
 }
 
 sfiResult Sfi::CallRetrieve(sfiCallInfo* call)
 {
-    return resultOf(engine_.established().retrieve(call->callID));
+    return resultFor(*call, engine_.established().retrieve(call->callID));
 }
 
 sfiResult Sfi::CallAccept(sfiCallInfo* call)
 {
-    return resultOf(engine_.incoming().ring(call->callID));
+    return resultFor(*call, engine_.incoming().ring(call->callID));
 }
 
 sfiResult Sfi::CallAnswer(sfiCallInfo* call)
 {
-    return resultOf(engine_.incoming().answer(call->callID));
+    return resultFor(*call, engine_.incoming().answer(call->callID));
 }
 
 sfiResult Sfi::CallRefuse(sfiCallInfo* call, sfiRefuseCall reason)
 {
-    return resultOf(engine_.incoming().reject(call->callID, reason));
+    return resultFor(*call, engine_.incoming().reject(call->callID, reason));
 }
 
 sfiResult Sfi::CallFeature(sfiCallInfo* call, sfiFeature feature, char const* destination, int)
@@ -116,26 +142,27 @@ sfiResult Sfi::CallFeature(sfiCallInfo* call, sfiFeature feature, char const* de
     }
     // A hold is recognised by its announcement, whatever feature the application names.
     if (*destination == '\0' && holdAsked == call->callID) {
-        return resultOf(engine_.established().hold(call->callID, feature < 0 ? sfiFeatureHold : feature));
+        return resultFor(*call, engine_.established().hold(call->callID, feature < 0 ? sfiFeatureHold : feature));
     }
     if (feature == sfiFeatureDeflect) {
-        return resultOf(engine_.incoming().deflect(call->callID, destination));
+        return resultFor(*call, engine_.incoming().deflect(call->callID, destination));
     }
     if (feature == sfiFeatureBlindTransfer) {
-        return resultOf(engine_.joined().blindTransfer(call->callID, destination));
+        return resultFor(*call, engine_.joined().blindTransfer(call->callID, destination));
     }
-    return resultOf(refuse(RefusalKind::kNotSupported, fmt::format("call {}: there is no feature {} with a destination",
-                                                                   call->callID, static_cast<int>(feature))));
+    return resultFor(
+        *call, refuse(RefusalKind::kNotSupported, fmt::format("call {}: there is no feature {} with a destination",
+                                                              call->callID, static_cast<int>(feature))));
 }
 
 // Features that join a call with the telephone's other call.
 sfiResult Sfi::otherCallFeature(sfiCallInfo const& call, sfiFeature feature)
 {
     if (feature == sfiFeatureAlternate && call.callID == 0) {
-        return resultOf(engine_.established().alternate(call.lineID));
+        return resultFor(call, engine_.established().alternate(call.lineID));
     }
-    return resultOf(feature == sfiFeatureAttendedTransfer ? engine_.joined().attendedTransfer(call.callID)
-                                                          : engine_.joined().conference(call.callID));
+    return resultFor(call, feature == sfiFeatureAttendedTransfer ? engine_.joined().attendedTransfer(call.callID)
+                                                                 : engine_.joined().conference(call.callID));
 }
 
 void Sfi::SetManualHoldIndication(sfiCallInfo* call, bool manual)
@@ -143,11 +170,13 @@ void Sfi::SetManualHoldIndication(sfiCallInfo* call, bool manual)
     std::lock_guard const guard(engine_);
     holdAsked_ = call->callID;
     engine_.established().setHeldByHand(call->callID, manual);
+    releaseUnlessExists(*call);
 }
 
 sfiResult Sfi::GetManualHoldIndication(sfiCallInfo* call)
 {
     auto const found = engine_.call(call->callID);
+    releaseUnlessExists(*call);
     return found && found->held && found->heldByHand ? sfiSuccess : sfiFailure;
 }
 
@@ -169,7 +198,7 @@ sfiResult Sfi::GetServiceState(sfiServiceState& state)
 
 sfiResult Sfi::GenerateDigits(sfiCallInfo* call, char const* digits)
 {
-    return resultOf(engine_.established().sendDigits(call->callID, digits != nullptr ? digits : ""));
+    return resultFor(*call, engine_.established().sendDigits(call->callID, digits != nullptr ? digits : ""));
 }
 
 sfiResult Sfi::InitializeOrFinalizeServerFeatures(std::string const& lineURI, bool initialize)
@@ -189,22 +218,22 @@ sfiResult Sfi::SendUACSTAServerMessage(std::string& body)
 
 sfiResult Sfi::ActivateCallbackRinging(sfiCallInfo* call)
 {
-    return callBackResultOf(engine_.callBacks().set(call->callID, sfiCallCompletionOnNoReply));
+    return callBackResultFor(*call, engine_.callBacks().set(call->callID, sfiCallCompletionOnNoReply));
 }
 
 sfiResult Sfi::ActivateCallbackBusy(sfiCallInfo* call)
 {
-    return callBackResultOf(engine_.callBacks().set(call->callID, sfiCallCompletionOnBusy));
+    return callBackResultFor(*call, engine_.callBacks().set(call->callID, sfiCallCompletionOnBusy));
 }
 
 sfiResult Sfi::CancelCallbacks(sfiCallInfo* call, std::string& target, sfiCancelCallBackType type, bool displayOutcome)
 {
-    return callBackResultOf(engine_.callBacks().cancel(call->callID, target, type, displayOutcome));
+    return callBackResultFor(*call, engine_.callBacks().cancel(call->callID, target, type, displayOutcome));
 }
 
 sfiResult Sfi::SecurityChangeReinvite(sfiCallInfo* call, bool secure)
 {
-    return resultOf(engine_.established().changeSecurity(call->callID, secure));
+    return resultFor(*call, engine_.established().changeSecurity(call->callID, secure));
 }
 
 }  // namespace telephone

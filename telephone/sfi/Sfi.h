@@ -15,6 +15,7 @@
 
 namespace telephone {
 
+class AppearanceMap;
 class EventDispatcher;
 class Lines;
 class Settings;
@@ -32,7 +33,7 @@ public:
         Settings& settings;
         EventDispatcher& events;
         TimerService& timers;
-        SfiMCAMapper* appearances;  // null: no line has appearances
+        AppearanceMap* appearances;  // null: no line has appearances
     };
 
     explicit Sfi(Parts const& parts);
@@ -97,15 +98,20 @@ public:
     void Start() override;
     void NotifyFPKAvailable() override;
     sfiResult SendUACSTAServerMessage(std::string& body) override;
-    SfiMCAMapper* GetMCAMapper() override { return appearances_; }
+    SfiMCAMapper* GetMCAMapper() override;
     void GetBluetoothLineURI(int device, std::string& lineURI, std::string& name) override;
     int GetDialRestrictionMode() override;
     void setCFChangesPending(bool) override {}  // each forwarding rule is read when it applies
 
 private:
+    void releaseUnlessExists(sfiCallInfo const& call);
+    sfiResult resultFor(sfiCallInfo const& call, Outcome<> const& outcome);
+    sfiResult callBackResultFor(sfiCallInfo const& call, Outcome<> const& outcome);
     sfiResult otherCallFeature(sfiCallInfo const& call, sfiFeature feature);
     std::string deviceOf(int lineID) const;
     Outcome<> pressHoldKey();
+    // The service ends do-not-disturb for a permitted number of a locked telephone; lamps and keys follow the setting.
+    void endDoNotDisturbSetting();
 
     CallEngine& engine_;
     Lines& lines_;
@@ -113,7 +119,7 @@ private:
     Settings& settings_;
     EventDispatcher& events_;
     TimerService& timers_;
-    SfiMCAMapper* appearances_;
+    AppearanceMap* appearances_;
     std::atomic<AuditoryDeviceIfc*> auditoryDevice_{nullptr};
     std::atomic<bool> ended_{false};
     std::optional<int> holdAsked_;  // the call whose hold was announced last; under the phone lock

@@ -7,8 +7,10 @@
 #include <set>
 #include <string>
 
+#include "telephone/sip/ForkedAnswers.h"
 #include "telephone/sip/MediaClock.h"
 #include "telephone/sip/MessageTap.h"
+#include "telephone/sip/Servers.h"
 #include "telephone/sip/Stack.h"
 #include "telephone/sip/UserAgent.h"
 
@@ -17,8 +19,7 @@ namespace telephone::sip {
 class NotifierImpl;
 
 // Our capabilities.
-constexpr char const* kAllow = "INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, REFER, NOTIFY, SUBSCRIBE";
-constexpr char const* kSupported = "replaces";
+constexpr char const* kAllow = "INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, UPDATE, REFER, NOTIFY, SUBSCRIBE";
 constexpr char const* kSdpType = "application/sdp";
 
 // The addresses of an outgoing request.
@@ -29,6 +30,8 @@ struct Route
     std::string fromName;  // escaped for a quoted string
     std::string contactUser;
     std::string proxy;  // empty: none
+
+    sa local{};  // our address of the family in which the target is reached
 
     char const* fromNameOrNull() const { return fromName.empty() ? nullptr : fromName.c_str(); }
     std::uint32_t proxyCount() const { return proxy.empty() ? 0 : 1; }
@@ -50,17 +53,24 @@ public:
     void close(std::shared_ptr<void> receiver);
     bool isClosed() const { return closed_; }
 
-    // The target with the account's transport added and "localhost" resolved. kBadInput: not a SIP URI, or without a
-    // proxy one whose host is not numeric.
+    // The target with the account's transport added and "localhost" resolved. kBadInput: not a SIP URI. kNotFound,
+    // kUnavailable: without a proxy, one whose host is known not to be reachable.
     [[nodiscard]] Outcome<Route> routeTo(Account const& account, std::string const& target) const;
-    std::string localUri(std::string const& user, sip_transp transport) const;
+    // local: one of our addresses, without its port.
+    std::string hostPort(sa const& local, sip_transp transport) const;
     // The user of our Contact in answers to this request.
     std::string contactUserFor(sip_msg const& request) const;
     // Answers a request that nothing else will answer.
-    void answer(sip_msg const& request, std::uint16_t status, char const* reason, Headers const& headers = {}) const;
+    void answer(sip_msg const& request, std::uint16_t status, char const* reason, Headers const& headers = {},
+                Content const& content = {}) const;
     void log(LogLevel level, std::string const& line) const;
     // For refusals that reach no caller.
     void logRefusal(Outcome<> const& result) const;
+
+    // Our capabilities, as headers: Allow and Supported.
+    Headers capabilities() const;
+    // Whether we know an extension that a request may require.
+    bool supports(std::string_view extension) const;
 
     // Sessions hold this for as long as they exist, ended or not.
     std::shared_ptr<void const> sessionToken() const { return sessionToken_; }
@@ -69,15 +79,23 @@ public:
     UserAgentConfig const& config() const { return config_; }
     MediaClock& clock() { return clock_; }
     MessageTap& tap() { return *tap_; }
+    ForkedAnswers& forkedAnswers() { return forkedAnswers_; }
     // Those that have accepted their subscription, for the receiver.
     std::set<NotifierImpl*>& notifiers() { return notifiers_; }
-    sa const& address() const { return address_; }
+    // The first of our addresses; the one of that family, or the first if we have none.
+    sa const& address() const { return addresses_.front(); }
+    sa const& addressOf(int family) const;
     std::uint16_t port(sip_transp transport) const { return transport == SIP_TRANSP_TCP ? tcpPort_ : udpPort_; }
     ::sip* stack() const { return stack_; }
     sipsess_sock* sessionSocket() const { return sessionSocket_.get(); }
     sipevent_sock* eventSocket() const { return eventSocket_.get(); }
 
 private:
+    void findServers();
+    [[nodiscard]] Outcome<> checkReachable(Uri const& uri) const;
+    // The family in which a target is reached, as far as that is known.
+    [[nodiscard]] int familyOf(Uri const& uri) const;
+    std::uint16_t bind(sip_transp transport, sa const& local, std::uint16_t port) const;
     void bindUdp();
     void bindTcp();
     void onTrace(bool sent, sip_transp transport, sa const& from, sa const& to, std::uint8_t const* packet,
@@ -87,13 +105,15 @@ private:
     UserAgentConfig config_;
     MediaClock clock_;
     std::shared_ptr<MessageTap> tap_;
+    ForkedAnswers forkedAnswers_{*this};
     std::set<NotifierImpl*> notifiers_;
     std::shared_ptr<void const> sessionToken_ = std::make_shared<char>();
-    sa address_{};
+    std::vector<sa> addresses_{1};  // one of each family, without ports
     std::uint16_t udpPort_ = 0;
     std::uint16_t tcpPort_ = 0;
     bool closed_ = false;
     ::sip* stack_ = nullptr;
+    std::unique_ptr<Servers> servers_;  // null: names cannot be looked up
     Ref<sipsess_sock> sessionSocket_;
     Ref<sipevent_sock> eventSocket_;
 };

@@ -12,6 +12,7 @@
 
 #include "telephone/sip/MemoryNetwork.h"
 #include "telephone/sip/Stack.h"
+#include "telephone/sip/StackFunctions.h"
 #include "telephone/sip/StackTimers.h"
 #include "telephone/time/Thread.h"
 #include "telephone/time/Waiting.h"
@@ -65,6 +66,7 @@ struct EventLoop::Impl
 
 EventLoop::Impl::Impl()
 {
+    checkStackFunctions();
     pthread_mutexattr_t attributes;
     pthread_mutexattr_init(&attributes);
     pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);

@@ -1,5 +1,5 @@
 // The network of virtual time: what the process sends itself, on its way. No socket is opened, so that every run has
-// the same ports and any number of runs go on beside each other. The replaced functions of StackSockets.cpp send
+// the same ports and any number of runs go on beside each other. The sockets of MemorySockets.h send
 // through it; the event loop delivers. Used under the loop's lock, and by the loop's thread while it waits.
 #pragma once
 

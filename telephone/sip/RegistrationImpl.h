@@ -16,6 +16,7 @@ public:
 private:
     Outcome<> prepare();
     void send();
+    void awaitAnswer(std::chrono::milliseconds limit);
     void onAnswer(int error, sip_msg const* message);
     void onAccepted(sip_msg const& message);
     void fail(int status, std::string const& reason);

@@ -57,29 +57,24 @@ void accelerateTimers(unsigned factor)
     acceleration = factor;
 }
 
-}  // namespace telephone::sip
-
-// The stack's own clock is the wall clock: setting it back by an hour would delay every timer by an hour.
-std::uint64_t tmr_jiffies()
+std::uint64_t stackMilliseconds()
 {
     using namespace std::chrono;
-    return static_cast<std::uint64_t>(
-        duration_cast<milliseconds>(telephone::SteadyClock::now().time_since_epoch()).count());
+    return static_cast<std::uint64_t>(duration_cast<milliseconds>(SteadyClock::now().time_since_epoch()).count());
 }
 
-void tmr_start(tmr* timer, std::uint64_t delay, tmr_h* handler, void* argument)
+void startTimer(tmr& timer, std::uint64_t delay, void (*handler)(void*), void* argument)
 {
-    if (!timer) {
-        return;
+    if (timer.th) {
+        list_unlink(&timer.le);
     }
-    if (timer->th) {
-        list_unlink(&timer->le);
-    }
-    timer->th = handler;
-    timer->arg = argument;
+    timer.th = handler;
+    timer.arg = argument;
     if (!handler) {
         return;
     }
-    timer->jfs = tmr_jiffies() + delay / telephone::sip::acceleration;
-    telephone::sip::insert(*tmrl_get(), *timer);
+    timer.jfs = stackMilliseconds() + delay / acceleration;
+    insert(*tmrl_get(), timer);
 }
+
+}  // namespace telephone::sip

@@ -1,16 +1,25 @@
-// Replacements for the stack's timer functions, which the stack itself calls: they use a clock that is never set, and
-// insert a timer without passing the timers of all calls of the last half minute.
+// The stack's timers: what takes the place of its own functions (StackFunctions.cpp), with a clock that is never set
+// and without passing the timers of all calls of the last half minute to insert one, and what our event loop needs.
+// Used under the loop's lock.
 #pragma once
 
 #include <cstdint>
 #include <limits>
 
+struct tmr;
+
 namespace telephone::sip {
 
 constexpr std::uint64_t kNoTimer = std::numeric_limits<std::uint64_t>::max();
 
-// The expiry of the first timer in milliseconds of the stack's clock, or kNoTimer. Call it under the lock.
+// The expiry of the first timer in milliseconds of the stack's clock, or kNoTimer.
 std::uint64_t firstExpiry();
+
+// The stack's clock. Its own is the wall clock: setting it back by an hour would delay every timer by an hour.
+std::uint64_t stackMilliseconds();
+
+// Starts a timer, or starts it anew; without a handler it stops. `delay` is in milliseconds.
+void startTimer(tmr& timer, std::uint64_t delay, void (*handler)(void*), void* argument);
 
 // Calls the handlers of the timers that have expired. For a loop of our own, which holds the lock.
 void expireTimers();

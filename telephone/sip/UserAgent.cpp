@@ -5,6 +5,7 @@
 
 #include "telephone/sip/ClientRequest.h"
 #include "telephone/sip/EventLoop.h"
+#include "telephone/sip/LocalAddresses.h"
 #include "telephone/sip/Receiver.h"
 #include "telephone/sip/RegistrationImpl.h"
 #include "telephone/sip/SessionImpl.h"
@@ -41,7 +42,7 @@ EventLoop& UserAgent::loop() const
 
 std::string UserAgent::address() const
 {
-    return element_->config().address;
+    return hostText(element_->address());
 }
 
 std::uint16_t UserAgent::udpPort() const
@@ -56,9 +57,7 @@ std::uint16_t UserAgent::tcpPort() const
 
 std::string UserAgent::hostPort(Transport transport) const
 {
-    sa local = element_->address();
-    sa_set_port(&local, element_->port(transport == Transport::kTcp ? SIP_TRANSP_TCP : SIP_TRANSP_UDP));
-    return addressText(local);
+    return element_->hostPort(element_->address(), transport == Transport::kTcp ? SIP_TRANSP_TCP : SIP_TRANSP_UDP);
 }
 
 Outcome<> UserAgent::sendDatagram(std::string const& target, std::string_view bytes) const

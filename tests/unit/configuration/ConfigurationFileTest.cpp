@@ -56,6 +56,15 @@ TEST(ConfigurationFile, EmptyFile_HasTheStandardKeys)
               "15 transfer  Transfer\n");
 }
 
+TEST(ConfigurationFile, DnsServers_HaveAddressesWithOrWithoutPorts)
+{
+    auto const configuration = parse("[dns]\nservers = [\"192.0.2.53\", \"127.0.0.1:5353\", \"[::1]:53\", \"::1\"]\n"
+                                     "[server]\nregistrar = \"sip:pbx.example\"\n");
+
+    EXPECT_EQ(configuration.dns.servers, (std::vector<std::string>{"192.0.2.53", "127.0.0.1:5353", "[::1]:53", "::1"}));
+    EXPECT_EQ(configuration.server.registrar, "sip:pbx.example");
+}
+
 TEST(ConfigurationFile, NumbersOfTheExchange_HaveStepsInOneTextOrSeveral)
 {
     auto const configuration =
@@ -169,7 +178,13 @@ INSTANTIATE_TEST_SUITE_P(
         Wrong{"TextForArray", "[calls]\nemergency-numbers = \"110\"\n",
               "desk.toml:2: calls.emergency-numbers takes an array of texts, not the text \"110\""},
         Wrong{"IntegerInArray", "[calls]\nemergency-numbers = [110]\n",
-              "desk.toml:2: calls.emergency-numbers takes an array of texts, not a value of type array"},
+              "desk.toml:2: calls.emergency-numbers takes an array of texts, not the array [ 110 ]"},
+        Wrong{"EmptyPasswordOfTheExchange", "[exchange]\npassword = \"\"\n",
+              "desk.toml:2: exchange.password is empty: the lines need one to register"},
+        Wrong{"RecordingFolderThatDoesNotExist", "[recording]\nfolder = \"/nonexistent/calls\"\n",
+              "desk.toml:2: recording.folder \"/nonexistent/calls\" is not a folder that can be written"},
+        Wrong{"CertificatesFolderThatIsAFile", "\n[certificates]\nfolder = \"/dev/null\"\n",
+              "desk.toml:3: certificates.folder \"/dev/null\" is not a folder that can be read"},
         Wrong{"UnknownKeyOfAnExchangeNumber", "[[exchange.number]]\nnumber = \"107\"\ndo = \"busy\"\n",
               "desk.toml:3: there is no key \"do\" in [exchange.number]; the nearest is \"does\""},
         Wrong{"UnknownSectionOfTheExchange", "[[exchange.numbers]]\nnumber = \"107\"\n",
@@ -236,7 +251,12 @@ INSTANTIATE_TEST_SUITE_P(
               "desk.toml:3: key.function takes one of line, dss, blf, forwarding, dnd, hold, mute, headset, messages, "
               "toggle, release, preview, ignore, transfer, not the text \"coffee\""},
         Wrong{"NoAddress", "[sip]\naddress = \"desk.example\"\n",
-              "desk.toml:2: sip.address takes an IP address, not \"desk.example\""},
+              "desk.toml:2: sip.address takes an IP address or a network interface of this machine, not "
+              "\"desk.example\""},
+        Wrong{"NoDnsServer", "[dns]\nservers = [\"192.0.2.53\", \"dns.example\"]\n",
+              "desk.toml:2: dns.servers takes IP addresses with or without a port, not \"dns.example\""},
+        Wrong{"DnsServerWithoutAPort", "[dns]\nservers = [\"192.0.2.53:0\"]\n",
+              "desk.toml:2: dns.servers takes IP addresses with or without a port, not \"192.0.2.53:0\""},
         Wrong{"NoRegistrar", "[server]\nregistrar = \"10.0.0.1\"\n",
               "desk.toml:2: server.registrar takes sip:host:port, not \"10.0.0.1\""},
         Wrong{"NoPushAddress", "[push]\naddress = \"ftp://x\"\n",
@@ -298,6 +318,14 @@ TEST(ConfigurationFile, HttpOpenToTheNetwork_WithACertificateIsAccepted)
     EXPECT_EQ(http.address, "0.0.0.0:443");
     EXPECT_EQ(http.certificate, "c.pem");
     EXPECT_EQ(http.key, "k.pem");
+}
+
+TEST(ConfigurationFile, SessionTimer_IsOffOrAtLeastNinetySeconds)
+{
+    EXPECT_EQ(errorOf("[calls]\nsession-expires = 60\n"),
+              "desk.toml:2: calls.session-expires takes 0, or 90 or more, not 60");
+    EXPECT_EQ(ConfigurationFile("desk.toml").parse("[calls]\nsession-expires = 0\n").value().calls.sessionExpires, 0);
+    EXPECT_EQ(ConfigurationFile("desk.toml").parse("[calls]\nsession-expires = 90\n").value().calls.sessionExpires, 90);
 }
 
 TEST(ConfigurationFile, BrokenSyntax_IsRefusedWithItsLine)

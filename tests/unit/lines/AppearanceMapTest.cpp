@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "telephone/framework/Refusals.h"
+
 namespace telephone {
 namespace {
 
@@ -14,8 +16,8 @@ protected:
     AppearanceMapTest()
         : map_([this] { return now_; })
     {
-        map_.addLine(3, {129, 130});
-        map_.addLine(4, {131, 132, 133});
+        map_.addLine(3, "4713", {129, 130});
+        map_.addLine(4, "4714", {131, 132, 133});
     }
 
     int assign(int line, int callID)
@@ -73,6 +75,32 @@ TEST_F(AppearanceMapTest, FirstFree_SkipsAppearancesWithCalls_AndIsZeroWhenAllAr
     assign(130, 2);
     EXPECT_EQ(map_.findFirstFreeVirtualLine(3), 0);
     EXPECT_EQ(map_.findFirstFreeVirtualLine(1), 0);
+}
+
+TEST_F(AppearanceMapTest, AllAppearancesTaken_NamesTheLine)
+{
+    assign(129, 1);
+    assign(130, 2);
+
+    RefusalCollector collector;
+    EXPECT_EQ(map_.findFirstFreeVirtualLine(3), 0);
+    EXPECT_EQ(collector.take(),
+              (std::vector<Refusal>{{RefusalKind::kLimit, "all appearances of line 4713 are taken"}}));
+}
+
+TEST_F(AppearanceMapTest, UnknownCall_GivesItsAppearanceBack_ButACallThatHasBegunKeepsIt)
+{
+    assign(129, 1);
+    assign(130, 2);
+    map_.callBegan(2, 130);
+
+    map_.callUnknown(1);
+    map_.callUnknown(2);
+    map_.callUnknown(3);
+
+    EXPECT_EQ(map_.findFirstFreeVirtualLine(3), 129);
+    EXPECT_FALSE(isMapped(1));
+    EXPECT_TRUE(isMapped(2));
 }
 
 TEST_F(AppearanceMapTest, AppearanceIsFree_WhenItsCallHasEnded)
@@ -140,7 +168,7 @@ TEST_F(AppearanceMapTest, TenThousandCalls_LeaveNothingBehind)
 TEST(AppearanceMapElsewhere, AppearanceOfAnotherTelephone_IsNotFree)
 {
     AppearanceMap map;
-    map.addLine(1, {11, 12});
+    map.addLine(1, "4711", {11, 12});
 
     map.setElsewhere(11, true);
     EXPECT_EQ(map.findFirstFreeVirtualLine(1), 12);

@@ -299,20 +299,6 @@ TEST_F(MemoryNetworkTest, CallerThatHasGone_IsNotAccepted)
     EXPECT_EQ(server.end.log, "");
 }
 
-TEST(StackChanceTest, RandomTexts_ComeFromTheSeed)
-{
-    auto const textOfSeed = [](std::uint64_t seed) {
-        VirtualTime const time({.seed = seed});
-        std::array<char, 9> text{};
-        rand_str(text.data(), text.size());
-        return std::string(text.data());
-    };
-
-    EXPECT_EQ(textOfSeed(7).size(), 8U);
-    EXPECT_EQ(textOfSeed(7), textOfSeed(7));
-    EXPECT_NE(textOfSeed(7), textOfSeed(8));
-}
-
 class DatagramFaultsTest : public MemoryNetworkTest
 {
 protected:

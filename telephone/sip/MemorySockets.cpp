@@ -1,5 +1,5 @@
-// Replacements for the stack's functions for sockets, which the stack itself calls: in virtual time everything goes
-// through the network in memory. In real time they hand on to the stack's own.
+#include "telephone/sip/MemorySockets.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
@@ -7,9 +7,6 @@
 #include <string>
 
 #include "telephone/sip/MemoryNetwork.h"
-#include "telephone/sip/Stack.h"
-#include "telephone/sip/StackFunction.h"
-#include "telephone/time/VirtualTime.h"
 
 namespace telephone::sip {
 
@@ -45,11 +42,24 @@ struct Connection
     std::uint64_t other;  // the connection at the other end; 0: none
     sa local;
     sa peer;
-    tcp_estab_h* established;
-    tcp_recv_h* received;
-    tcp_close_h* closed;
-    void* argument;
+    ConnectionHandlers to;
 };
+
+// The objects behind the stack's types.
+DatagramSocket const& own(udp_sock const& socket)
+{
+    return reinterpret_cast<DatagramSocket const&>(socket);
+}
+
+Listener const& own(tcp_sock const& listener)
+{
+    return reinterpret_cast<Listener const&>(listener);
+}
+
+Connection const& own(tcp_conn const& connection)
+{
+    return reinterpret_cast<Connection const&>(connection);
+}
 
 // Everything that is open.
 struct Sockets
@@ -110,6 +120,8 @@ void passBytes(void* object, std::string const& bytes, Call const& call)
     mem_deref(object);
 }
 
+}  // namespace
+
 // --- datagrams
 
 int openDatagramSocket(udp_sock** made, sa local, udp_recv_h* received, void* argument)
@@ -125,13 +137,26 @@ int openDatagramSocket(udp_sock** made, sa local, udp_recv_h* received, void* ar
     return 0;
 }
 
-int sendDatagram(DatagramSocket const& from, sa const& to, mbuf const& buffer)
+int getLocal(udp_sock const& socket, sa& local)
+{
+    local = own(socket).local;
+    return 0;
+}
+
+void setReceiver(udp_sock& socket, udp_recv_h* received, void* argument)
+{
+    auto& changed = reinterpret_cast<DatagramSocket&>(socket);
+    changed.received = received;
+    changed.argument = argument;
+}
+
+int sendDatagram(udp_sock const& from, sa const& to, mbuf const& buffer)
 {
     if (mbuf_get_left(&buffer) > kLongestDatagram) {
         return EMSGSIZE;
     }
     std::string const sent = bytesOf(buffer);
-    memoryNetwork().sendDatagram(from.local, to, sent, [from = from.local, to, bytes = sent] {
+    memoryNetwork().sendDatagram(own(from).local, to, sent, [from = own(from).local, to, bytes = sent] {
         DatagramSocket* const socket = findIn(sockets().datagrams, to);
         if (socket != nullptr && socket->received != nullptr) {
             passBytes(socket, bytes, [&](mbuf* copy) { socket->received(&from, copy, socket->argument); });
@@ -141,6 +166,8 @@ int sendDatagram(DatagramSocket const& from, sa const& to, mbuf const& buffer)
 }
 
 // --- connections
+
+namespace {
 
 Connection* findConnection(std::uint64_t id)
 {
@@ -154,7 +181,7 @@ void endConnection(std::uint64_t id, sa const& from, sa const& to, int error)
     memoryNetwork().send(from, to, [id, error] {
         if (Connection* const connection = findConnection(id)) {
             connection->other = 0;
-            connection->closed(error, connection->argument);
+            connection->to.closed(error, connection->to.argument);
         }
     });
 }
@@ -182,7 +209,7 @@ void establish(Connection const& connection)
     memoryNetwork().send(connection.peer, connection.local, [id = connection.id] {
         Connection* const found = findConnection(id);
         if (found != nullptr && found->other != 0) {
-            found->established(found->argument);
+            found->to.established(found->to.argument);
         }
     });
 }
@@ -202,93 +229,14 @@ void offer(std::uint64_t caller)
     // Not accepted, or nobody listens.
     Connection* const still = findConnection(caller);
     if (still != nullptr && still->other == 0) {
-        still->closed(ECONNREFUSED, still->argument);
+        still->to.closed(ECONNREFUSED, still->to.argument);
     }
-}
-
-int acceptConnection(tcp_conn** made, Listener const& listener, Connection values)
-{
-    Connection* const caller = findConnection(listener.caller);
-    if (caller == nullptr) {
-        return EINVAL;
-    }
-    values.local = listener.local;
-    values.peer = caller->local;
-    values.other = caller->id;
-    Connection* const connection = makeConnection(values);
-    caller->other = connection->id;
-    establish(*connection);
-    establish(*caller);
-    *made = reinterpret_cast<tcp_conn*>(connection);
-    return 0;
-}
-
-int sendOver(Connection const& connection, mbuf const& buffer)
-{
-    if (connection.other == 0) {
-        return ENOTCONN;
-    }
-    memoryNetwork().send(connection.local, connection.peer, [other = connection.other, bytes = bytesOf(buffer)] {
-        if (Connection* const receiver = findConnection(other)) {
-            passBytes(receiver, bytes, [&](mbuf* copy) { receiver->received(copy, receiver->argument); });
-        }
-    });
-    return 0;
 }
 
 }  // namespace
 
-bool isInMemory(sa const& address)
+int openListener(tcp_sock** made, sa local, tcp_conn_h* called, void* argument)
 {
-    return findIn(sockets().datagrams, address) != nullptr || findIn(sockets().listeners, address) != nullptr;
-}
-
-}  // namespace telephone::sip
-
-using namespace telephone::sip;
-using telephone::isVirtual;
-
-int udp_listen(udp_sock** made, sa const* local, udp_recv_h* received, void* argument)
-{
-    static auto* const next = stackFunction<decltype(udp_listen)>("udp_listen");
-    return isVirtual() ? openDatagramSocket(made, *local, received, argument) : next(made, local, received, argument);
-}
-
-int udp_local_get(udp_sock const* socket, sa* local)
-{
-    static auto* const next = stackFunction<decltype(udp_local_get)>("udp_local_get");
-    if (!isVirtual()) {
-        return next(socket, local);
-    }
-    *local = reinterpret_cast<DatagramSocket const*>(socket)->local;
-    return 0;
-}
-
-void udp_handler_set(udp_sock* socket, udp_recv_h* received, void* argument)
-{
-    static auto* const next = stackFunction<decltype(udp_handler_set)>("udp_handler_set");
-    if (!isVirtual()) {
-        return next(socket, received, argument);
-    }
-    auto* const own = reinterpret_cast<DatagramSocket*>(socket);
-    own->received = received;
-    own->argument = argument;
-}
-
-int udp_send(udp_sock* socket, sa const* to, mbuf* buffer)
-{
-    static auto* const next = stackFunction<decltype(udp_send)>("udp_send");
-    return isVirtual() ? sendDatagram(*reinterpret_cast<DatagramSocket*>(socket), *to, *buffer)
-                       : next(socket, to, buffer);
-}
-
-int tcp_listen(tcp_sock** made, sa const* wanted, tcp_conn_h* called, void* argument)
-{
-    static auto* const next = stackFunction<decltype(tcp_listen)>("tcp_listen");
-    if (!isVirtual()) {
-        return next(made, wanted, called, argument);
-    }
-    sa local = *wanted;
     if (int const error = bindIn(sockets().listeners, local)) {
         return error;
     }
@@ -300,62 +248,59 @@ int tcp_listen(tcp_sock** made, sa const* wanted, tcp_conn_h* called, void* argu
     return 0;
 }
 
-int tcp_sock_local_get(tcp_sock const* socket, sa* local)
+int getLocal(tcp_sock const& listener, sa& local)
 {
-    static auto* const next = stackFunction<decltype(tcp_sock_local_get)>("tcp_sock_local_get");
-    if (!isVirtual()) {
-        return next(socket, local);
-    }
-    *local = reinterpret_cast<Listener const*>(socket)->local;
+    local = own(listener).local;
     return 0;
 }
 
-int tcp_accept(tcp_conn** made, tcp_sock* socket, tcp_estab_h* established, tcp_recv_h* received, tcp_close_h* closed,
-               void* argument)
+int acceptConnection(tcp_conn** made, tcp_sock const& listener, ConnectionHandlers const& handlers)
 {
-    static auto* const next = stackFunction<decltype(tcp_accept)>("tcp_accept");
-    if (!isVirtual()) {
-        return next(made, socket, established, received, closed, argument);
+    Connection* const caller = findConnection(own(listener).caller);
+    if (caller == nullptr) {
+        return EINVAL;
     }
-    return acceptConnection(made, *reinterpret_cast<Listener*>(socket),
-                            {0, 0, {}, {}, established, received, closed, argument});
-}
-
-void tcp_reject(tcp_sock* socket)
-{
-    static auto* const next = stackFunction<decltype(tcp_reject)>("tcp_reject");
-    if (!isVirtual()) {
-        next(socket);
-    }
-}
-
-int tcp_connect(tcp_conn** made, sa const* peer, tcp_estab_h* established, tcp_recv_h* received, tcp_close_h* closed,
-                void* argument)
-{
-    static auto* const next = stackFunction<decltype(tcp_connect)>("tcp_connect");
-    if (!isVirtual()) {
-        return next(made, peer, established, received, closed, argument);
-    }
-    sa local = *peer;  // both ends are in this process
-    sa_set_port(&local, memoryNetwork().freePort());
-    Connection* const connection = makeConnection({0, 0, local, *peer, established, received, closed, argument});
-    memoryNetwork().send(local, *peer, [id = connection->id] { offer(id); });
+    Connection* const connection = makeConnection({0, caller->id, own(listener).local, caller->local, handlers});
+    caller->other = connection->id;
+    establish(*connection);
+    establish(*caller);
     *made = reinterpret_cast<tcp_conn*>(connection);
     return 0;
 }
 
-int tcp_conn_local_get(tcp_conn const* connection, sa* local)
+int openConnection(tcp_conn** made, sa const& peer, ConnectionHandlers const& handlers)
 {
-    static auto* const next = stackFunction<decltype(tcp_conn_local_get)>("tcp_conn_local_get");
-    if (!isVirtual()) {
-        return next(connection, local);
-    }
-    *local = reinterpret_cast<Connection const*>(connection)->local;
+    sa local = peer;  // both ends are in this process
+    sa_set_port(&local, memoryNetwork().freePort());
+    Connection* const connection = makeConnection({0, 0, local, peer, handlers});
+    memoryNetwork().send(local, peer, [id = connection->id] { offer(id); });
+    *made = reinterpret_cast<tcp_conn*>(connection);
     return 0;
 }
 
-int tcp_send(tcp_conn* connection, mbuf* buffer)
+int getLocal(tcp_conn const& connection, sa& local)
 {
-    static auto* const next = stackFunction<decltype(tcp_send)>("tcp_send");
-    return isVirtual() ? sendOver(*reinterpret_cast<Connection*>(connection), *buffer) : next(connection, buffer);
+    local = own(connection).local;
+    return 0;
 }
+
+int sendOver(tcp_conn const& connection, mbuf const& buffer)
+{
+    Connection const& sender = own(connection);
+    if (sender.other == 0) {
+        return ENOTCONN;
+    }
+    memoryNetwork().send(sender.local, sender.peer, [other = sender.other, bytes = bytesOf(buffer)] {
+        if (Connection* const receiver = findConnection(other)) {
+            passBytes(receiver, bytes, [&](mbuf* copy) { receiver->to.received(copy, receiver->to.argument); });
+        }
+    });
+    return 0;
+}
+
+bool isInMemory(sa const& address)
+{
+    return findIn(sockets().datagrams, address) != nullptr || findIn(sockets().listeners, address) != nullptr;
+}
+
+}  // namespace telephone::sip
