@@ -234,7 +234,8 @@ bool Registrar::update(sip::IncomingRequest& request, std::vector<Binding>& bind
 bool Registrar::bind(sip::IncomingRequest const& request, sip::NameAddr const& contact, std::vector<Binding>& bindings)
 {
     std::string const uri = contact.uri.format();
-    std::uint32_t const sequence = number(request.headers().value("CSeq").substr(0, 10), 0);
+    std::string const order = request.headers().value("CSeq");  // "7 REGISTER"
+    std::uint32_t const sequence = number(order.substr(0, order.find(' ')), 0);
     auto const known = std::ranges::find(bindings, uri, &Binding::contact);
     if (known != bindings.end()) {
         // A late repetition must not undo later changes.

@@ -91,6 +91,12 @@ std::string SipPeer::events() const
     return all;
 }
 
+void SipPeer::forget()
+{
+    std::lock_guard const guard(loop);
+    events_.clear();
+}
+
 sip::Session& SipPeer::call(std::string const& target, std::function<void(sip::CallRequest&)> const& change)
 {
     sip::CallRequest request;
@@ -171,6 +177,11 @@ void SipPeer::onRequest(std::unique_ptr<sip::IncomingRequest>& request)
 void SipPeer::onProgress(sip::Session&, sip::Response const& response, bool earlyMedia)
 {
     note("progress " + std::to_string(response.status) + (earlyMedia ? " early" : ""));
+}
+
+void SipPeer::onRemoteIdentity(sip::Session&, sip::NameAddr const& party)
+{
+    note("identity " + party.displayName + " <" + party.uri.format() + ">");
 }
 
 void SipPeer::onRedirected(sip::Session&, std::string const& contact, sip::Response const&)

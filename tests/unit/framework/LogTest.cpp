@@ -60,6 +60,15 @@ TEST_F(LogTest, Log_AboveTheLevel_IsNotWritten)
     EXPECT_EQ(written(), "");
 }
 
+TEST_F(LogTest, LineWithoutALevel_IsNotWritten)
+{
+    telephone::logLine(0, "sip", "of no level");
+    telephone::logLine(1, "sip", "fatal");
+    telephone::logLine(5, "sip", "as far as the level goes");
+
+    EXPECT_EQ(written(), "fatal [sip] fatal\ntrace [sip] as far as the level goes\n");
+}
+
 TEST_F(LogTest, SetLogLevel_OutOfRange_IsClamped)
 {
     setLogLevel(99);
