@@ -22,7 +22,7 @@ protected:
         return count;
     }
 
-    VirtualTime const time{};
+    VirtualTime const time{{}};
     RequestLimits limits{{10, 3, 2}};
 };
 
