@@ -13,7 +13,7 @@ namespace {
 
 constexpr char const* kOwnTag = ";tag=raw";
 
-std::string withLength(std::string const& head, std::string const& body)
+std::string withContentLength(std::string const& head, std::string const& body)
 {
     return head + "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
 }
@@ -114,11 +114,12 @@ void RawFarEnd::ask(std::string const& method, std::string const& user, std::str
 {
     std::string const number = std::to_string(++number_);
     std::string const to = "sip:" + user + "@" + hostPort;
-    send(hostPort, withLength(method + " " + to + " SIP/2.0\r\nVia: SIP/2.0/UDP " + this->hostPort() +
-                                  ";branch=z9hG4bKraw" + number + ";rport\r\nMax-Forwards: 70\r\nFrom: <" + uri() +
-                                  ">;tag=raw\r\nTo: <" + to + ">\r\nCall-ID: raw" + number + "\r\nCSeq: " + number +
-                                  " " + method + "\r\nContact: <" + uri() + ">\r\n" + headers,
-                              body));
+    send(hostPort,
+         withContentLength(method + " " + to + " SIP/2.0\r\nVia: SIP/2.0/UDP " + this->hostPort() +
+                               ";branch=z9hG4bKraw" + number + ";rport\r\nMax-Forwards: 70\r\nFrom: <" + uri() +
+                               ">;tag=raw\r\nTo: <" + to + ">\r\nCall-ID: raw" + number + "\r\nCSeq: " + number + " " +
+                               method + "\r\nContact: <" + uri() + ">\r\n" + headers,
+                           body));
 }
 
 void RawFarEnd::acknowledge(std::string const& response)
@@ -127,10 +128,10 @@ void RawFarEnd::acknowledge(std::string const& response)
     std::string const cseq = header(response, "CSeq");
     auto const at = target.find('@') + 1;
     send(target.substr(at, target.find(';', at) - at),
-         withLength("ACK " + target + " SIP/2.0\r\nVia: SIP/2.0/UDP " + hostPort() + ";branch=z9hG4bKack" + cseq +
-                        "\r\nMax-Forwards: 70\r\n" + linesOf(response, "From") + linesOf(response, "To") +
-                        linesOf(response, "Call-ID") + "CSeq: " + cseq.substr(0, cseq.find(' ')) + " ACK\r\n",
-                    ""));
+         withContentLength("ACK " + target + " SIP/2.0\r\nVia: SIP/2.0/UDP " + hostPort() + ";branch=z9hG4bKack" +
+                               cseq + "\r\nMax-Forwards: 70\r\n" + linesOf(response, "From") + linesOf(response, "To") +
+                               linesOf(response, "Call-ID") + "CSeq: " + cseq.substr(0, cseq.find(' ')) + " ACK\r\n",
+                           ""));
 }
 
 void RawFarEnd::answer(std::string const& request, std::string const& status, std::string const& headers,
@@ -141,10 +142,10 @@ void RawFarEnd::answer(std::string const& request, std::string const& status, st
     std::string to = "To: " + header(request, "To");
     to += to.find(";tag=") == std::string::npos ? kOwnTag : "";
     send(via.substr(space, via.find(';') - space),
-         withLength("SIP/2.0 " + status + "\r\n" + linesOf(request, "Via") + linesOf(request, "From") + to + "\r\n" +
-                        linesOf(request, "Call-ID") + linesOf(request, "CSeq") +
-                        (status.starts_with("3") ? "" : "Contact: <" + uri() + ">\r\n") + headers,
-                    body));
+         withContentLength("SIP/2.0 " + status + "\r\n" + linesOf(request, "Via") + linesOf(request, "From") + to +
+                               "\r\n" + linesOf(request, "Call-ID") + linesOf(request, "CSeq") +
+                               (status.starts_with("3") ? "" : "Contact: <" + uri() + ">\r\n") + headers,
+                           body));
     if (request.starts_with("INVITE") && status.starts_with("2")) {
         invite_ = request;
     }
@@ -161,11 +162,11 @@ void RawFarEnd::request(std::string const& method, std::string const& headers, s
     std::string const number = std::to_string(++number_);
     auto const at = target.find('@') + 1;
     send(target.substr(at, target.find(';', at) - at),
-         withLength(method + " " + target + " SIP/2.0\r\nVia: SIP/2.0/UDP " + hostPort() + ";branch=z9hG4bKraw" +
-                        number + ";rport\r\nMax-Forwards: 70\r\nFrom: " + header(invite_, "To") + kOwnTag +
-                        "\r\nTo: " + header(invite_, "From") + "\r\n" + linesOf(invite_, "Call-ID") +
-                        "CSeq: " + number + " " + method + "\r\nContact: <" + uri() + ">\r\n" + headers,
-                    body));
+         withContentLength(method + " " + target + " SIP/2.0\r\nVia: SIP/2.0/UDP " + hostPort() + ";branch=z9hG4bKraw" +
+                               number + ";rport\r\nMax-Forwards: 70\r\nFrom: " + header(invite_, "To") + kOwnTag +
+                               "\r\nTo: " + header(invite_, "From") + "\r\n" + linesOf(invite_, "Call-ID") +
+                               "CSeq: " + number + " " + method + "\r\nContact: <" + uri() + ">\r\n" + headers,
+                           body));
 }
 
 std::string RawFarEnd::description()
