@@ -22,16 +22,17 @@ protected:
 TEST_F(Requests, Options_NameWhatIsSupported)
 {
     EXPECT_EQ("SIP/2.0 200 OK", answerTo("OPTIONS"));
-    EXPECT_EQ("INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, REFER, NOTIFY, SUBSCRIBE", RawFarEnd::header(answer_, "Allow"));
+    EXPECT_EQ("INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, PRACK, UPDATE, REFER, NOTIFY, SUBSCRIBE",
+              RawFarEnd::header(answer_, "Allow"));
     EXPECT_EQ("application/sdp, application/dtmf-relay, message/sipfrag", RawFarEnd::header(answer_, "Accept"));
-    EXPECT_EQ("replaces", RawFarEnd::header(answer_, "Supported"));
+    EXPECT_EQ("replaces, join, timer, 100rel", RawFarEnd::header(answer_, "Supported"));
     EXPECT_EQ("SIP/2.0 404 Not Found", answerTo("OPTIONS", "", "unknown"));
 }
 
 TEST_F(Requests, RequiredExtensions_ThatAreMissingAreNamed)
 {
-    EXPECT_EQ("SIP/2.0 420 Bad Extension", answerTo("OPTIONS", "Require: 100rel, replaces, timer\r\n"));
-    EXPECT_EQ("100rel, timer", RawFarEnd::header(answer_, "Unsupported"));
+    EXPECT_EQ("SIP/2.0 420 Bad Extension", answerTo("OPTIONS", "Require: gruu, replaces, path\r\n"));
+    EXPECT_EQ("gruu, path", RawFarEnd::header(answer_, "Unsupported"));
     EXPECT_EQ("SIP/2.0 200 OK", answerTo("OPTIONS", "Require: Replaces\r\n"));
 }
 
@@ -69,7 +70,8 @@ TEST_F(Requests, Info_IsTakenWithItsContent)
 TEST_F(Requests, MethodThatNobodyTakes_IsNotAllowed)
 {
     EXPECT_EQ("SIP/2.0 405 Method Not Allowed", answerTo("PUBLISH"));
-    EXPECT_EQ("INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, REFER, NOTIFY, SUBSCRIBE", RawFarEnd::header(answer_, "Allow"));
+    EXPECT_EQ("INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, PRACK, UPDATE, REFER, NOTIFY, SUBSCRIBE",
+              RawFarEnd::header(answer_, "Allow"));
 }
 
 TEST_F(Requests, ByeAndCancelOfNothing_DoNotExist)

