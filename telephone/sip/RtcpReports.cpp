@@ -76,7 +76,7 @@ void RtcpReports::begin(rtp_header const& header)
     if (source_) {
         lostBefore_ += static_cast<std::uint64_t>(std::max(source_->lost(), 0));
     }
-    source_.emplace();
+    source_ = Source{};
     source_->ssrc = header.ssrc;
     source_->first = source_->highest = header.seq;
 }
