@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <ranges>
 
 #include "telephone/sip/Stack.h"
 #include "telephone/time/SteadyClock.h"
@@ -77,7 +76,7 @@ void DigestServer::makeRoom()
         return;
     }
     auto const madeAt = [](auto const& each) { return each.second.made; };
-    oldest_ = std::max(oldest_, std::ranges::min(used_ | std::views::transform(madeAt)) + 1);
+    oldest_ = std::max(oldest_, madeAt(*std::ranges::min_element(used_, {}, madeAt)) + 1);
     std::erase_if(used_, [this](auto const& each) { return each.second.made < oldest_; });
 }
 

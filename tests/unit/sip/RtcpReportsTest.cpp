@@ -13,7 +13,8 @@ using namespace std::chrono_literals;
 std::string hexOf(std::string const& bytes)
 {
     std::string hex;
-    for (unsigned char const byte : bytes) {
+    for (char const each : bytes) {
+        auto const byte = static_cast<unsigned char>(each);
         constexpr char const* kDigits = "0123456789abcdef";
         hex += {kDigits[byte >> 4], kDigits[byte & 0xf]};
     }
