@@ -26,13 +26,16 @@ double RequestLimits::rateOf(bool trusted) const
 }
 
 // A bucket that has had time to fill is as good as a new one. When too many are not full, the other sources share one.
+// They are looked through once a second at most: a flood of forged addresses must not buy a search with each request.
 RequestLimits::Bucket& RequestLimits::bucketOf(Source const& source, bool trusted, Time now)
 {
-    auto& buckets = buckets_[trusted ? 1 : 0];
-    if (buckets.size() >= kMostSources && !buckets.contains(source)) {
+    auto& [buckets, swept] = shelves_[trusted ? 1 : 0];
+    bool const isKnown = buckets.contains(source);
+    if (!isKnown && buckets.size() >= kMostSources && secondsBetween(swept, now) >= 1) {
+        swept = now;
         std::erase_if(buckets, [now](auto const& each) { return secondsBetween(each.second.filled, now) >= kBurst; });
     }
-    bool const isShared = buckets.size() >= kMostSources && !buckets.contains(source);
+    bool const isShared = !isKnown && buckets.size() >= kMostSources;
     return buckets.try_emplace(isShared ? Source{} : source, Bucket{rateOf(trusted) * kBurst, now}).first->second;
 }
 

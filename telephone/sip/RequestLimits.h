@@ -42,12 +42,17 @@ private:
         double tokens = 0;
         Time filled;
     };
+    struct Shelf
+    {
+        std::map<Source, Bucket> buckets;
+        Time swept;  // when the full ones were taken out last
+    };
 
     double rateOf(bool trusted) const;
     Bucket& bucketOf(Source const& source, bool trusted, Time now);
 
     Limits const limits_;
-    std::map<Source, Bucket> buckets_[2];  // untrusted, trusted
+    Shelf shelves_[2];  // of untrusted sources, of trusted ones
     std::deque<Time> remembered_;
 };
 
