@@ -4,9 +4,10 @@
     flood.py                the short form, 3 seconds of each kind (run as a test)
     flood.py --seconds N    N seconds of each kind, and then a minute of rest
 
-For each kind of request (OPTIONS, REGISTER, SUBSCRIBE, INVITE), at 2,000 a second. Asserted: memory stays under 40 MB, and is
-back within 2 MB of what it was after a minute (long form); the call loses no audio; 99 of 100 requests of an application are
-answered within 50 ms. The slowest answer, which a busy machine delays as well, is only shown.
+For each kind of request (OPTIONS, REGISTER, SUBSCRIBE, INVITE), at 2,000 a second. Both forms assert that memory stays under
+40 MB and that the call goes on. The long form, which needs a machine of its own, also asserts that memory is back within 2 MB
+of what it was after a minute, that the call loses no audio, and that 99 of 100 requests of an application are answered within
+50 ms; the short form only shows these.
 
 The environment variable TELEPHONE names the program.
 """
@@ -106,11 +107,13 @@ def flood(report, method, seconds, rest):
         report.say(f"{method}: {sender.sent / took:.0f} requests/s for {took:.0f} s; memory", f"{before} kB before, {during} kB at most",
                    during <= MEMORY_ALLOWED)
         report.say(f"{method}: processor", f"{100 * worked / took:.0f} % of one core")
-        report.say(f"{method}: audio", f"{heard / took:.1f} packets/s, longest gap {gap * 1000:.0f} ms", gap <= GAP_ALLOWED)
+        report.say(f"{method}: audio", f"{heard / took:.1f} packets/s, longest gap {gap * 1000:.0f} ms",
+                   heard > 0 and (not rest or gap <= GAP_ALLOWED))
         answers.sort()
         usual, most, slowest = answers[len(answers) // 2], answers[len(answers) * 99 // 100], answers[-1]
         report.say(f"{method}: answers to an application",
-                   f"median {usual * 1000:.1f} ms, 99 % within {most * 1000:.1f} ms, slowest {slowest * 1000:.1f} ms", most <= ANSWER_ALLOWED)
+                   f"median {usual * 1000:.1f} ms, 99 % within {most * 1000:.1f} ms, slowest {slowest * 1000:.1f} ms",
+                   not rest or most <= ANSWER_ALLOWED)
         assert not application.is_over(1), "the call is over"
         if rest:
             time.sleep(rest)
