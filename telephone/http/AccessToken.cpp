@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <spdlog/fmt/fmt.h>
 #include <sys/random.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "telephone/framework/FileDescriptor.h"
@@ -16,9 +17,12 @@ namespace telephone {
 
 namespace {
 
+constexpr std::size_t kTokenBytes = 16;
+constexpr std::size_t kTokenLength = 2 * kTokenBytes;
+
 Outcome<std::string> randomText()
 {
-    std::array<unsigned char, 16> bits{};
+    std::array<unsigned char, kTokenBytes> bits{};
     if (getrandom(bits.data(), bits.size(), 0) != static_cast<ssize_t>(bits.size())) {
         return refuse(RefusalKind::kUnavailable, fmt::format("no random bits for the token: {}", std::strerror(errno)));
     }
@@ -37,7 +41,34 @@ Outcome<> writeToken(std::string const& file, std::string const& text)
     return {};
 }
 
+// Empty: there is no token in the file, or not one that only its owner can read.
+std::string readToken(std::string const& file)
+{
+    FileDescriptor const opened(open(file.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    struct stat status{};
+    if (!opened || fstat(opened.get(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_uid != geteuid() ||
+        (status.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
+        return {};
+    }
+    std::array<char, kTokenLength + 1> text{};
+    auto const length = read(opened.get(), text.data(), text.size());
+    std::string_view const token(text.data(), kTokenLength);
+    bool const isToken = length == static_cast<ssize_t>(text.size()) && text.back() == '\n' &&
+                         token.find_first_not_of("0123456789abcdef") == std::string_view::npos;
+    return isToken ? std::string(token) : std::string();
+}
+
 }  // namespace
+
+Outcome<AccessToken> AccessToken::keep(std::string const& file)
+{
+    if (auto token = readToken(file); !token.empty()) {
+        return AccessToken({}, std::move(token));
+    }
+    return randomText().and_then([&file](std::string const& text) {
+        return writeToken(file, text + "\n").map([&] { return AccessToken({}, text); });
+    });
+}
 
 Outcome<AccessToken> AccessToken::create(std::string file)
 {

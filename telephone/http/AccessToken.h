@@ -1,5 +1,6 @@
-// What a program must present to use the telephone over HTTP: a new random text for each start, in a file that only its
-// owner can read. HttpServer owns it. Constant once made: any thread may compare.
+// What a program must present to use the telephone over HTTP: a random text in a file that only its owner can read, new
+// for each start. The browsers' own is kept, so that a page survives a restart. HttpServer owns both. Constant once
+// made: any thread may compare.
 #pragma once
 
 #include <string>
@@ -15,7 +16,9 @@ public:
     // Draws 128 random bits and writes them to a new file of mode 0600, in place of the file that a telephone which was
     // killed has left. Refused if the file cannot be written.
     [[nodiscard]] static Outcome<AccessToken> create(std::string file);
-    // Removes the file.
+    // The token in the file, which stays. If there is none, or others could read or write it, as create.
+    [[nodiscard]] static Outcome<AccessToken> keep(std::string const& file);
+    // Removes the file of a token that is not kept.
     ~AccessToken();
     AccessToken(AccessToken&& other) noexcept;
     AccessToken& operator=(AccessToken&&) = delete;
@@ -28,7 +31,7 @@ public:
 private:
     AccessToken(std::string file, std::string text);
 
-    std::string file_;  // empty: moved from
+    std::string file_;  // empty: kept, or moved from
     std::string text_;
 };
 

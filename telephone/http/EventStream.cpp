@@ -8,6 +8,8 @@
 #include <poll.h>
 #include <spdlog/fmt/fmt.h>
 
+#include "telephone/access/TelephoneControls.h"
+#include "telephone/display/ElementWords.h"
 #include "telephone/protocol/EventJson.h"
 #include "telephone/protocol/JsonText.h"
 #include "telephone/protocol/MessageText.h"
@@ -23,20 +25,6 @@ constexpr std::chrono::milliseconds kLongestWait{1000};  // until a reader that 
 std::string eventLines(std::uint64_t id, std::string_view name, std::string_view data)
 {
     return fmt::format("id: {}\nevent: {}\ndata: {}\n\n", id, name, data);
-}
-
-std::string linesOf(Message const& message)
-{
-    std::string_view const kind = kMessageKindNames.at(static_cast<std::size_t>(message.kind));
-    if (message.kind == MessageKind::kGap) {
-        return fmt::format("event: {}\ndata: {}\n\n", kind, message.text);  // the state behind it has the number
-    }
-    if (message.kind != MessageKind::kEvent) {
-        return eventLines(message.number, kind, message.text);
-    }
-    auto const event = readEvent(message.text);
-    return eventLines(message.number, event ? event->description->method : kind,
-                      eventJson(message.number, message.time, message.text));
 }
 
 }  // namespace
@@ -79,6 +67,39 @@ Outcome<> EventStream::select(Words const& events, bool resumes)
         auto const after = Json::parse(result).at("after").get<std::uint64_t>();
         beginning_ = eventLines(after, "hello", hello);
     });
+}
+
+void EventStream::addWords(bool wanted)
+{
+    if (wanted) {
+        words_ = DisplayOptions{.ownDomain = session_.services().telephone.state().domain};
+    }
+}
+
+std::string EventStream::dataOf(Message const& message) const
+{
+    std::string const data = eventJson(message.number, message.time, message.text);
+    auto const event = words_ ? readEvent(message.text) : std::nullopt;
+    if (!event) {
+        return data;
+    }
+    MessageWords const words = eventWords(*event, *words_).words;
+    Json object = Json::parse(data);
+    object["words"] = {{"what", words.what}, {"party", words.party}, {"details", words.details}};
+    return lineOf(object);
+}
+
+std::string EventStream::linesOf(Message const& message) const
+{
+    std::string_view const kind = kMessageKindNames.at(static_cast<std::size_t>(message.kind));
+    if (message.kind == MessageKind::kGap) {
+        return fmt::format("event: {}\ndata: {}\n\n", kind, message.text);  // the state behind it has the number
+    }
+    if (message.kind != MessageKind::kEvent) {
+        return eventLines(message.number, kind, message.text);
+    }
+    auto const event = readEvent(message.text);
+    return eventLines(message.number, event ? event->description->method : kind, dataOf(message));
 }
 
 bool EventStream::waitForEvents() const

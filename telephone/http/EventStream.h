@@ -5,9 +5,11 @@
 #include <atomic>
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "telephone/access/Session.h"
+#include "telephone/display/DisplayOptions.h"
 #include "telephone/framework/WakeUp.h"
 
 namespace httplib {
@@ -39,6 +41,9 @@ public:
     // Refused as the command.
     [[nodiscard]] Outcome<> select(Words const& events, bool resumes);
 
+    // Whether each event also says what happened in the words of the console. Before the first write.
+    void addWords(bool wanted);
+
     // Waits for events, at most a second, and writes those that came. False: the reader has gone, or has not read for
     // too long.
     bool write(httplib::DataSink& sink);
@@ -54,12 +59,15 @@ private:
     EventStream(std::string name, SessionServices const& services, StreamLimits& limits);
 
     [[nodiscard]] bool waitForEvents() const;  // false: the server ends
+    [[nodiscard]] std::string linesOf(Message const& message) const;
+    [[nodiscard]] std::string dataOf(Message const& message) const;
 
     Place const place_;
     WakeUp came_;
     Session session_;
     std::string beginning_;  // not yet written
     bool hasMore_ = false;
+    std::optional<DisplayOptions> words_;  // nothing: none are wanted
     std::chrono::steady_clock::time_point written_ = std::chrono::steady_clock::now();
 };
 

@@ -1,10 +1,12 @@
 #include "telephone/http/HttpGuard.h"
 
 #include <algorithm>
+#include <chrono>
 
 #include <httplib.h>
 #include <spdlog/fmt/fmt.h>
 
+#include "telephone/access/Words.h"
 #include "telephone/base/Names.h"
 #include "telephone/http/AccessToken.h"
 
@@ -16,12 +18,14 @@ constexpr std::string_view kBearer = "Bearer ";
 
 }  // namespace
 
-HttpGuard::HttpGuard(std::string const& host, int port, bool isSecure, AccessToken const& token)
+HttpGuard::HttpGuard(std::string const& host, int port, bool isSecure, AccessToken const& token,
+                     AccessToken const& browsers)
     : scheme_(isSecure ? "https" : "http")
     , port_(port)
     , hosts_({hostHeader(host), hostHeader("localhost")})
     , origin_(scheme_ + "://" + hosts_.front())
     , token_(token)
+    , browsers_(browsers)
 {}
 
 std::string HttpGuard::hostHeader(std::string const& host) const
@@ -47,6 +51,37 @@ bool HttpGuard::hasToken(httplib::Request const& request) const
                                                : token_.matches(request.get_param_value("token"));
 }
 
+std::string HttpGuard::cookieName() const
+{
+    return fmt::format("telephone-{}", port_);
+}
+
+std::string HttpGuard::cookie() const
+{
+    constexpr std::chrono::seconds kYear{365 * 24 * 3600};
+    return fmt::format("{}={}; Path=/; Max-Age={}; HttpOnly; SameSite=Strict{}", cookieName(), browsers_.text(),
+                       kYear.count(), scheme_ == "https" ? "; Secure" : "");
+}
+
+bool HttpGuard::hasCookie(httplib::Request const& request) const
+{
+    std::string const site = request.get_header_value("Sec-Fetch-Site");
+    if (!site.empty() && site != "same-origin" && site != "none") {
+        return false;
+    }
+    std::string const header = request.get_header_value("Cookie");
+    std::string const beginning = cookieName() + "=";
+    for (std::size_t at = 0; at < header.size();) {
+        std::size_t const end = std::min(header.find(';', at), header.size());
+        std::string_view const each = trimmed(std::string_view(header).substr(at, end - at));
+        if (each.starts_with(beginning) && browsers_.matches(each.substr(beginning.size()))) {
+            return true;
+        }
+        at = end + 1;
+    }
+    return false;
+}
+
 std::optional<HttpRefusal> HttpGuard::check(httplib::Request const& request) const
 {
     if (!isOwnHost(request)) {
@@ -56,7 +91,7 @@ std::optional<HttpRefusal> HttpGuard::check(httplib::Request const& request) con
     if (request.has_header("Origin") && !equalIgnoringCase(request.get_header_value("Origin"), own)) {
         return HttpRefusal{403, "pages of other origins have no access"};
     }
-    if (!hasToken(request)) {
+    if (!hasToken(request) && !hasCookie(request)) {
         return HttpRefusal{401,
                            "the token is missing or wrong: send \"Authorization: Bearer TOKEN\", or add ?token=TOKEN "
                            "to the address; the telephone has printed it at its start"};

@@ -12,6 +12,7 @@
 #include "telephone/access/RequestShorthand.h"
 #include "telephone/base/Names.h"
 #include "telephone/http/OpenApi.h"
+#include "telephone/panel/PanelFiles.h"
 #include "telephone/protocol/JsonText.h"
 
 namespace telephone {
@@ -267,6 +268,7 @@ void streamEvents(HttpExchange& exchange)
     }
     Words const selection = selectionOf(exchange.request);
     bool const resumes = selection.size() > 1 && selection[1] == "after";
+    (*stream)->addWords(exchange.request.has_param("words"));
     if (auto const selected = (*stream)->select(selection, resumes); !selected) {
         return answerError(exchange.response, 400, selected.error().reason);
     }
@@ -283,6 +285,38 @@ void overview(HttpExchange& exchange)
     exchange.response.set_content(text, kTextType);
 }
 
+// What the page may load: its own files and the telephone's answers, nothing else; no other page may show it in a frame.
+constexpr char const* kPanelPolicy =
+    "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; connect-src 'self'; base-uri 'none'; "
+    "form-action 'none'; frame-ancestors 'none'";
+
+void answerPanelFile(HttpExchange& exchange, std::string_view name)
+{
+    PanelFile const* const file = findPanelFile(name);
+    if (file == nullptr) {
+        return answerError(exchange.response, 404, fmt::format("the panel has no file \"{}\"", name));
+    }
+    exchange.response.set_header("Content-Security-Policy", kPanelPolicy);
+    exchange.response.set_content(file->content.data(), file->content.size(), std::string(file->type));
+}
+
+// With the token in the address it sets the cookie and leads to the address without it, which may be seen and kept.
+void openPanel(HttpExchange& exchange)
+{
+    if (!exchange.request.has_param("token")) {
+        return answerPanelFile(exchange, "index.html");
+    }
+    exchange.response.set_header("Set-Cookie", exchange.access.cookie);
+    exchange.response.set_redirect("/panel", 303);
+}
+
+void servePanelFile(HttpExchange& exchange)
+{
+    std::string_view const path = exchange.request.path;
+    answerPanelFile(exchange, path.substr(path.rfind('/') + 1));
+}
+
+constexpr std::array kFile{RouteParameter{"path", "file", "string", "its name"}};
 constexpr std::array kLenient{
     RouteParameter{"query", "lenient", "", "passes on unknown names and wrong values, which the service guesses at"},
 };
@@ -300,6 +334,7 @@ constexpr std::array kSelection{
                    "earlier one, the stream begins with a gap"},
     RouteParameter{"query", "only", "string", "names of events, separated by commas"},
     RouteParameter{"query", "line", "string", "lines, separated by commas; a line includes its appearances"},
+    RouteParameter{"query", "words", "", "each event has \"words\", too: what the console writes about it"},
 };
 constexpr std::array kRequestBodies{RouteContent{"text/plain", "RequestText"}, RouteContent{kJsonType, "Request"}};
 constexpr std::array kCommandBodies{RouteContent{"text/plain", "CommandText"}};
@@ -310,6 +345,9 @@ constexpr std::array kHello{RouteContent{kJsonType, "Hello"}};
 constexpr std::array kState{RouteContent{kJsonType, "State"}};
 constexpr std::array kProtocol{RouteContent{kJsonType, "Protocol"}, RouteContent{"text/plain", "Text"}};
 constexpr std::array kEvents{RouteContent{kEventType, "Events"}};
+constexpr std::array kPanel{RouteContent{"text/html", "Text"}};
+constexpr std::array kPanelFiles{RouteContent{"text/javascript", "Text"}, RouteContent{"text/css", "Text"},
+                                 RouteContent{"image/svg+xml", "Text"}};
 constexpr std::array kPage{RouteContent{kJsonType, "Page"}};
 
 // clang-format off
@@ -321,6 +359,8 @@ constexpr std::array kRoutes{
     Route{"GET",  "/events",       "the events as they happen, as server-sent events",       kSelection, {}, kEvents, streamEvents},
     Route{"GET",  "/describe",     "the protocol",                                           kName, {}, kProtocol, describe},
     Route{"GET",  "/hello",        "which telephone this is, and whether it is ready",          {}, {}, kHello, [](HttpExchange& x) { answerResult(x, {"hello"}, kJsonType); }},
+    Route{"GET",  "/panel",        "the telephone itself, as a page for a browser",         {}, {}, kPanel, openPanel},
+    Route{"GET",  "/panel/{file}", "what the page consists of",                             kFile, {}, kPanelFiles, servePanelFile},
     Route{"GET",  "/openapi.json", "this interface as an OpenAPI page",                      {}, {}, kPage, [](HttpExchange& x) { x.response.set_content(openApiPage(), kJsonType); }},
 };
 // clang-format on
@@ -330,6 +370,15 @@ constexpr std::array kRoutes{
 std::span<Route const> routes()
 {
     return kRoutes;
+}
+
+bool isAt(Route const& route, std::string_view path)
+{
+    std::size_t const parameter = route.path.find('{');
+    return parameter == std::string_view::npos
+               ? path == route.path
+               : path.size() > parameter && path.substr(0, parameter) == route.path.substr(0, parameter) &&
+                     path.find('/', parameter) == std::string_view::npos;
 }
 
 void answerError(httplib::Response& response, int status, std::string_view reason)

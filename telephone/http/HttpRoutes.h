@@ -22,6 +22,7 @@ struct HttpAccess
 {
     SessionServices const services;
     StreamLimits streams;
+    std::string cookie{};                    // admits a browser; set before the first request
     std::atomic<std::uint64_t> sessions{0};  // opened so far
 
     std::string nextName() { return "http-" + std::to_string(++sessions); }
@@ -38,7 +39,7 @@ struct HttpExchange
 
 struct RouteParameter
 {
-    std::string_view place;  // "query" or "header"
+    std::string_view place;  // "query", "header" or "path"
     std::string_view name;
     std::string_view type;  // "string" or "integer"; empty: it has no value
     std::string_view meaning;
@@ -63,6 +64,9 @@ struct Route
 };
 
 std::span<Route const> routes();
+
+// Whether a route answers at a path: its own, or one with another last name in the place of a parameter, "/panel/{file}".
+bool isAt(Route const& route, std::string_view path);
 
 // {"error":"..."} with a status.
 void answerError(httplib::Response& response, int status, std::string_view reason);

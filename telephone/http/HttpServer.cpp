@@ -31,13 +31,16 @@ constexpr std::chrono::seconds kReadTimeout{5};
 struct HttpServer::Parts
 {
     Parts(Settings const& settings, SessionServices const& services, std::unique_ptr<httplib::Server> made,
-          AccessToken drawn, int boundPort)
+          AccessToken drawn, AccessToken kept, int boundPort)
         : access{services, {settings.mostStreams, settings.silence}}
         , token(std::move(drawn))
+        , browsers(std::move(kept))
         , port(boundPort)
-        , guard(hostPortOf(settings.http.address)->host, port, !settings.http.certificate.empty(), token)
+        , guard(hostPortOf(settings.http.address)->host, port, !settings.http.certificate.empty(), token,
+                browsers)
         , server(std::move(made))
     {
+        access.cookie = guard.cookie();
         setLimits(settings.stallLimit);
         setHandlers();
     }
@@ -147,7 +150,7 @@ struct HttpServer::Parts
     {
         auto const all = routes();
         auto const found =
-            std::find_if(all.begin(), all.end(), [path](Route const& each) { return each.path == path; });
+            std::find_if(all.begin(), all.end(), [path](Route const& each) { return isAt(each, path); });
         return found == all.end() ? nullptr : &*found;
     }
 
@@ -166,6 +169,7 @@ struct HttpServer::Parts
 
     HttpAccess access;
     AccessToken const token;
+    AccessToken const browsers;
     int const port;
     HttpGuard const guard;
     std::unique_ptr<httplib::Server> const server;
@@ -189,8 +193,13 @@ Outcome<std::unique_ptr<HttpServer>> HttpServer::open(Settings const& settings, 
                                   "one of this machine",
                                   settings.http.address));
     }
+    auto browsers = AccessToken::keep(settings.browserFile);
+    if (!browsers) {
+        return tl::unexpected(browsers.error());
+    }
     return AccessToken::create(settings.tokenFile).map([&](AccessToken token) {
-        auto parts = std::make_unique<Parts>(settings, services, std::move(*server), std::move(token), port);
+        auto parts = std::make_unique<Parts>(settings, services, std::move(*server), std::move(token),
+                                             std::move(*browsers), port);
         parts->listen(settings.mostStreams);
         log(kLogInfo, kHttpComponent, "listening at {}", parts->guard.origin());
         return std::unique_ptr<HttpServer>(new HttpServer(std::move(parts)));
@@ -212,6 +221,11 @@ HttpServer::~HttpServer()
 std::string HttpServer::address() const
 {
     return parts_->guard.origin() + "/?token=" + parts_->token.text();
+}
+
+std::string HttpServer::panelAddress() const
+{
+    return parts_->guard.origin() + "/panel?token=" + parts_->token.text();
 }
 
 int HttpServer::port() const

@@ -1,7 +1,7 @@
 // The telephone over HTTP, or HTTPS with a certificate, for programs and pages on this machine: requests, commands, the
 // state, and events as a stream. A thread works for each connection, so no reader delays another.
 //
-//     auto server = HttpServer::open({configuration.http, socket + ".token"}, services);
+//     auto server = HttpServer::open({configuration.http, socket + ".token", socket + ".browsers"}, services);
 //     std::cout << (*server)->address();   // "http://127.0.0.1:8080/?token=..."
 #pragma once
 
@@ -22,6 +22,7 @@ public:
     {
         HttpConfiguration http;  // with an address
         std::string tokenFile;
+        std::string browserFile;  // of the browsers' token; it stays for the next start
         int mostStreams = 64;
         std::chrono::milliseconds silence{15000};    // of a stream, until a comment is sent
         std::chrono::milliseconds stallLimit{5000};  // a reader that takes nothing for so long is disconnected
@@ -37,6 +38,8 @@ public:
 
     // With the token.
     [[nodiscard]] std::string address() const;
+    // Of the panel, with the token; it admits the browser that opens it.
+    [[nodiscard]] std::string panelAddress() const;
     [[nodiscard]] int port() const;
 
 private:

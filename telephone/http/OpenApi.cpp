@@ -108,6 +108,9 @@ Json parametersOf(Route const& route)
     Json parameters = Json::array();
     for (RouteParameter const& each : route.parameters) {
         Json parameter{{"name", each.name}, {"in", each.place}, {"description", each.meaning}};
+        if (each.place == "path") {
+            parameter["required"] = true;
+        }
         if (each.type.empty()) {
             parameter["allowEmptyValue"] = true;
         }

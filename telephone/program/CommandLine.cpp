@@ -177,6 +177,7 @@ void addCommands(CLI::App& app, CommandLine& line)
     addTest(app, line);
     addChaos(app, line);
     add(app, line, Action::kServe, "serve", "Telephone for applications only, until a signal ends it");
+    add(app, line, Action::kPanel, "panel", "Telephone shown in a browser, at the address that it prints");
     CLI::App* const exchange = add(app, line, Action::kExchange, "exchange", "The exchange without a telephone");
     exchange->add_option("--port", line.port, "Its port; 0: any free one")->check(CLI::Range(0, 65535));
     CLI::App* const command = add(app, line, Action::kDo, "do", "Gives a command to a running telephone");

@@ -22,6 +22,7 @@ enum class Action
     kPlay,
     kReplay,
     kServe,
+    kPanel,
     kTest,
     kChaos,
     kExchange,
@@ -32,6 +33,12 @@ enum class Action
     kDevices,
     kDescribe,
 };
+
+// Whether it is a telephone for other programs alone, without a console.
+constexpr bool servesOthers(Action action)
+{
+    return action == Action::kServe || action == Action::kPanel;
+}
 
 // How what happens is written.
 struct OutputChoice

@@ -9,10 +9,12 @@ namespace {
 
 // Among the lines of a console or script, only warnings and failures are of interest.
 constexpr int kQuietLevel = kLogWarning;
+// The same with each start, so that an open page finds the telephone again.
+constexpr char const* kPanelAddress = "127.0.0.1:8080";
 
 Configuration changed(Configuration configuration, CommandLine const& line)
 {
-    bool const isQuiet = line.action != Action::kServe && line.configuration.empty();
+    bool const isQuiet = !servesOthers(line.action) && line.configuration.empty();
     if (line.logLevel) {
         configuration.log.level = *line.logLevel;
     } else if (isQuiet && line.logFile.empty()) {
@@ -23,6 +25,9 @@ Configuration changed(Configuration configuration, CommandLine const& line)
     }
     if (!line.socket.empty()) {
         configuration.applications.path = line.socket;
+    }
+    if (line.action == Action::kPanel && configuration.http.address.empty()) {
+        configuration.http.address = kPanelAddress;
     }
     if (line.withoutExchange) {
         configuration.exchange.enabled = false;

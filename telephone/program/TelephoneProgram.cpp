@@ -79,6 +79,7 @@ Outcome<int> serve(CommandLine const& line, Configuration const& configuration, 
             std::cout << "applications can connect at " << waysIn.socket->path() << std::endl;
             if (waysIn.http != nullptr) {
                 std::cout << "HTTP: " << waysIn.http->address() << std::endl;
+                std::cout << "panel: " << waysIn.http->panelAddress() << std::endl;
             }
             sd_notify(kKeepEnvironment, "READY=1");
             stop.wait();
@@ -102,6 +103,7 @@ Outcome<int> converse(CommandLine const& line, Configuration const& configuratio
     }
     if (waysIn->http != nullptr) {
         transcript.note("HTTP: " + waysIn->http->address());
+        transcript.note("panel: " + waysIn->http->panelAddress());
     }
     return telephone.activate()
         .and_then([&] { return talk ? talk(conversation) : talkAsAsked(conversation, line); })
@@ -163,8 +165,7 @@ Outcome<int> runTelephone(CommandLine const& given, StopSignal const& stop, Talk
                 check.emplace(telephone.sessions(nullptr), line->checked);
             }
             record(telephone, line->record);
-            bool const serves = line->action == Action::kServe;
-            return serves ? serve(*line, configuration, telephone, stop)
+            return servesOthers(line->action) ? serve(*line, configuration, telephone, stop)
                           : converse(*line, configuration, telephone, stop, talk);
         });
     });

@@ -51,7 +51,8 @@ Outcome<WaysIn> openWaysIn(CommandLine const& line, Configuration const& configu
             log(kLogInfo, "telephone", "no HTTP: its token is kept beside the application socket");
             return WaysIn{};
         }
-        HttpServer::Settings const settings{configuration.http, socket->path() + ".token"};
+        HttpServer::Settings const settings{configuration.http, socket->path() + ".token",
+                                            socket->path() + ".browsers"};
         return HttpServer::open(settings, telephone.sessions([&stop] { stop.raise(); }))
             .map([&socket](std::unique_ptr<HttpServer> http) {
                 return WaysIn{std::move(socket), std::move(http)};

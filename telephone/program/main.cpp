@@ -17,6 +17,7 @@ telephone::Outcome<int> run(telephone::CommandLine const& line, telephone::StopS
     case Action::kTour:
     case Action::kPlay:
     case Action::kServe:
+    case Action::kPanel:
         return telephone::runTelephone(line, stop);
     case Action::kChaos:
         return telephone::runChaos(line, stop);
