@@ -6,9 +6,9 @@
 import {byId, keep, make, makeSvg, set, setText, shown} from './dom.js';
 import {chip, clockTime, hueOf, isLive, nameOf} from './words.js';
 
-const NEAR = ['application', 'telephone'];
+const NEAR = ['app', 'service'];
 const MOST_FAR = 3;
-const STEP = 64; // between two lanes, in the units of the drawing
+const STEP = 50; // between two lanes, in the units of the drawing
 const PAUSE = 250; // milliseconds from which a pause is a row
 const HEIGHT = 20;
 const ROUTINE = ['dialling', 'proceeding'];

@@ -39,7 +39,7 @@ export class Log {
 
   /** Appends rows; each gets an id. A row: {kind, time, line, call, what, party, details, ok, answer, took, data}. */
   add(rows) {
-    for (const row of rows) row.id = ++this.next;
+    for (const row of rows) Object.assign(row, {id: ++this.next, version: 0});
     this.rows.push(...rows);
     if (this.rows.length > MOST) this.rows.splice(0, this.rows.length - MOST);
     const matching = rows.filter((row) => this.matches(row));

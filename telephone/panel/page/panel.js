@@ -8,7 +8,7 @@ import {byId, make, say, set, setText, shown} from './dom.js';
 import {listenToKeys, roam} from './keyboard.js';
 import {Ladder} from './ladder.js';
 import {Log} from './log.js';
-import {actionsFor, drawSoftkeys, forgetHint} from './softkeys.js';
+import {actionsFor, drawSoftkeys} from './softkeys.js';
 import {ring, soundDigit, switchSound} from './sound.js';
 import {StateTree} from './state.js';
 import {byAttention, clockTime, isLive, lasting, nameOf, setDomain, stateWords} from './words.js';
@@ -109,7 +109,7 @@ async function send(text) {
   if (isRequest) tree.mark();
   const reply = await connection.send(text);
   const isRefused = reply.error !== undefined || /^sfiFailure/.test(reply.answer ?? '');
-  Object.assign(row, {ok: !isRefused, isDoubtful: !isRefused && reply.reasons?.length > 0, answer: answerWords(reply), took: reply.took, version: 1, text: undefined});
+  Object.assign(row, {ok: !isRefused, isDoubtful: !isRefused && reply.reasons?.length > 0, answer: answerWords(reply), took: reply.took, version: row.version + 1, text: undefined});
   row.data.answer = reply.answer ?? reply.error ?? (typeof reply.result === 'string' ? reply.result : JSON.stringify(reply.result));
   const reasons = reply.error !== undefined ? [reply.error] : reply.reasons ?? [];
   log.add(reasons.map((reason) => ({kind: 'reason', time: row.time, line: '', call: '', what: reason, data: {text, isRequest}})));
@@ -153,7 +153,6 @@ function press(action) {
   if (!action.text) { say(`${action.label}: not possible now`); return; }
   if (action.isOpen) { showView('stream'); box.put(action.text); return; }
   dialled = '';
-  forgetHint();
   send(action.text);
   draw();
 }
@@ -171,7 +170,6 @@ function digit(sign) {
   const talking = byAttention(state.calls).find((each) => DIGITS_TO_CALL.includes(each.state));
   if (talking && !dialled) { send(`GenerateDigits Line=${talking.place} activeCall=${talking.id} digits=${sign}`); return; }
   dialled += sign;
-  forgetHint();
   draw();
 }
 

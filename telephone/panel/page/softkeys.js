@@ -117,6 +117,3 @@ export function drawSoftkeys(actions, isLost, press) {
   if (!byId('soft').contains(document.activeElement) && !byId('soft').matches(':hover')) hinted = 0;
   if (hinted !== null) tell(hinted);
 }
-
-/** The hint is again that of the first softkey. */
-export const forgetHint = () => { hinted = null; };

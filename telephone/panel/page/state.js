@@ -1,5 +1,6 @@
 // The state as a tree. It stays as it was unfolded; what has changed since the last request is marked.
 import {byId, keep, make, set, setText, shown} from './dom.js';
+import {nameOf} from './words.js';
 
 const OPEN = new Set(['calls', 'lines']);
 const MEMBERS = (value) => (Array.isArray(value) ? value.map((each, place) => [keyOf(each, place), each]) : Object.entries(value));
@@ -16,7 +17,7 @@ const isBranch = (value) => value !== null && typeof value === 'object' && Objec
 function summary(value) {
   if (Array.isArray(value)) return String(value.length);
   const words = NAMES.map((name) => value[name]).filter((each) => typeof each === 'string');
-  if (value.party) words.push(value.party.name ?? value.party.address ?? '');
+  if (value.party) words.push(nameOf(value.party));
   if (value.lamp && value.lamp.mode !== 'off') words.push(`${value.lamp.mode} ${value.lamp.colour}`);
   return words.filter(Boolean).join(' ');
 }
