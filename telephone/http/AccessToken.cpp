@@ -45,7 +45,8 @@ Outcome<> writeToken(std::string const& file, std::string const& text)
 std::string readToken(std::string const& file)
 {
     FileDescriptor const opened(open(file.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    struct stat status{};
+    struct stat status
+    {};
     if (!opened || fstat(opened.get(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_uid != geteuid() ||
         (status.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
         return {};

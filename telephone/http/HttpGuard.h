@@ -1,6 +1,5 @@
-// Who may use the telephone over HTTP: programs that present the token, browsers with the cookie that the panel has set,
-// and no page of another origin in a browser.
-// HttpServer owns it. Constant: any thread.
+// Who may use the telephone over HTTP: programs that present the token, browsers with the cookie that the panel has
+// set, and no page of another origin in a browser. HttpServer owns it. Constant: any thread.
 #pragma once
 
 #include <optional>

@@ -285,7 +285,8 @@ void overview(HttpExchange& exchange)
     exchange.response.set_content(text, kTextType);
 }
 
-// What the page may load: its own files and the telephone's answers, nothing else; no other page may show it in a frame.
+// What the page may load: its own files and the telephone's answers, nothing else; no other page may show it in a
+// frame.
 constexpr char const* kPanelPolicy =
     "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; connect-src 'self'; base-uri 'none'; "
     "form-action 'none'; frame-ancestors 'none'";

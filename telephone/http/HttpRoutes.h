@@ -65,7 +65,8 @@ struct Route
 
 std::span<Route const> routes();
 
-// Whether a route answers at a path: its own, or one with another last name in the place of a parameter, "/panel/{file}".
+// Whether a route answers at a path: its own, or one with another last name in the place of a parameter,
+// "/panel/{file}".
 bool isAt(Route const& route, std::string_view path);
 
 // {"error":"..."} with a status.

@@ -36,8 +36,7 @@ struct HttpServer::Parts
         , token(std::move(drawn))
         , browsers(std::move(kept))
         , port(boundPort)
-        , guard(hostPortOf(settings.http.address)->host, port, !settings.http.certificate.empty(), token,
-                browsers)
+        , guard(hostPortOf(settings.http.address)->host, port, !settings.http.certificate.empty(), token, browsers)
         , server(std::move(made))
     {
         access.cookie = guard.cookie();
@@ -149,8 +148,7 @@ struct HttpServer::Parts
     static Route const* find(std::string_view path)
     {
         auto const all = routes();
-        auto const found =
-            std::find_if(all.begin(), all.end(), [path](Route const& each) { return isAt(each, path); });
+        auto const found = std::find_if(all.begin(), all.end(), [path](Route const& each) { return isAt(each, path); });
         return found == all.end() ? nullptr : &*found;
     }
 

@@ -1,5 +1,6 @@
-// The panel: the telephone as a page for a browser. Its files (HTML, CSS, JavaScript modules) are in telephone/panel/page,
-// and are compiled into the program as they are. The HTTP server serves them. Constant: any thread.
+// The panel: the telephone as a page for a browser. Its files (HTML, CSS, JavaScript modules) are in
+// telephone/panel/page, and are compiled into the program as they are. The HTTP server serves them. Constant: any
+// thread.
 #pragma once
 
 #include <string_view>

@@ -166,7 +166,7 @@ Outcome<int> runTelephone(CommandLine const& given, StopSignal const& stop, Talk
             }
             record(telephone, line->record);
             return servesOthers(line->action) ? serve(*line, configuration, telephone, stop)
-                          : converse(*line, configuration, telephone, stop, talk);
+                                              : converse(*line, configuration, telephone, stop, talk);
         });
     });
 }

@@ -36,7 +36,7 @@ class CallsTest(PanelTest):
         page = self.browser
         page.one("#ladder .numbers button").click()
         page.waits_for("#screen .eyebrow", "connected")
-        until(lambda: page.rows()[-1].startswith("row event: 4711 1 connected 100"), f"the last row is connected: {page.rows()}")
+        until(lambda: page.rows()[-1].startswith("row event: 4711 1 connected 100"), lambda: f"the last row is connected: {page.rows()}")
         rows = page.rows()
         made = next(place for place, row in enumerate(rows) if row.startswith("row request: 4711 1 OutgoingCallMakeRequest 100✓ success"
                                                                               ) or "OutgoingCallMakeRequest 100 ✓ success" in row)
@@ -49,7 +49,7 @@ class CallsTest(PanelTest):
         page = self.browser
         page.one("#box").send_keys("HoldCall Line=4711 CallID=7\n")
         page.waits_for("#note", "line 4711 has no call 7; the telephone has no calls")
-        until(lambda: page.rows()[-1] == "row reason: line 4711 has no call 7; the telephone has no calls", f"the reason is a row: {page.rows()}")
+        until(lambda: page.rows()[-1] == "row reason: line 4711 has no call 7; the telephone has no calls", lambda: f"the reason is a row: {page.rows()}")
         self.assertIn("✕ failure", page.rows()[-2])
 
     def test_BusyNumber_CanBeCalledBack(self):
@@ -57,7 +57,7 @@ class CallsTest(PanelTest):
         page.all("#ladder .numbers button")[1].click()  # 101 is busy
         page.waits_for("#screen .eyebrow", "busy")
         page.softkey("Call back")
-        until(lambda: any("call-back 101" in row for row in page.rows()), f"the call-back is a row: {page.rows()}")
+        until(lambda: any("call-back 101" in row for row in page.rows()), lambda: f"the call-back is a row: {page.rows()}")
 
     def test_IncomingCall_RingsAndIsAnswered(self):
         page = self.browser

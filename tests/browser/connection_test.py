@@ -34,8 +34,8 @@ class ConnectionTest(PanelTest):
         self.assertEqual(page.lamp(6), ("off", "none"))
         self.assertEqual(page.one("#box").get_attribute("value"), "HoldCall Line=4711")
         self.assertEqual(page.run("return document.activeElement.id"), "box")
-        until(lambda: [row for row in page.rows() if "restarted" in row], f"the restart is a row: {page.rows()}")
-        until(lambda: len([row for row in page.rows() if row.endswith("registered")]) == 4, f"each registration is there once: {page.rows()}")
+        until(lambda: [row for row in page.rows() if "restarted" in row], lambda: f"the restart is a row: {page.rows()}")
+        until(lambda: len([row for row in page.rows() if row.endswith("registered")]) == 4, lambda: f"each registration is there once: {page.rows()}")
 
     def test_EventsDuringALostStream_AreFetchedOnceAndInOrder(self):
         page = self.browser
@@ -48,19 +48,22 @@ class ConnectionTest(PanelTest):
         page.tell("Network.emulateNetworkConditions", offline=False, latency=0, downloadThroughput=-1, uploadThroughput=-1)
         page.waits_for("#screen .eyebrow", "connected")
         events = lambda: [row.split(": ")[1] for row in page.rows() if row.startswith("row event: 4711 1 ")]
-        until(lambda: len(events()) >= 4, f"the events are rows: {page.rows()}")
+        until(lambda: len(events()) >= 4, lambda: f"the events are rows: {page.rows()}")
         self.assertEqual(events(), ["4711 1 dialling 100", "4711 1 proceeding 100", "4711 1 remote ringing 100, call-back possible",
                                     "4711 1 connected 100, digits as events"])
 
     def flood(self):
         with socket.socket(socket.AF_UNIX, socket.SOCK_STREAM) as application:
             application.connect(self.telephone.socket)
-            threading.Thread(target=lambda: all(iter(lambda: application.recv(65536), b"")), daemon=True).start()
+            reader = threading.Thread(target=lambda: all(iter(lambda: application.recv(65536), b"")))
+            reader.start()
             began = time.monotonic()
             for sent in range(0, RATE * FLOOD, 50):
                 time.sleep(max(0, began + sent / RATE - time.monotonic()))
-                texts = [f"<Method>SetAgentState</Method><Line>4711</Line><agentState>{1 + number % 2}</agentState>\0" for number in range(50)]
+                texts = [f"<Method>SetDoNotDisturb</Method><Line>4711</Line><doNotDisturbOn>{number % 2}</doNotDisturbOn>\0" for number in range(50)]
                 application.sendall("".join(texts).encode())
+            application.shutdown(socket.SHUT_WR)
+            reader.join()
 
     def test_ThousandEventsASecond_LeaveThePageUsable(self):
         page = self.browser

@@ -5,7 +5,7 @@ import unittest
 from panel import PanelTest, until
 
 # Key, duration in seconds and start of each animation that runs.
-ANIMATIONS = """return document.getAnimations().filter((each) => each.playState === 'running').map((each) =>
+ANIMATIONS = """return document.getAnimations().filter((each) => each.playState === 'running' && each.effect.target.closest('.key')).map((each) =>
     [each.effect.target.closest('.key').dataset.key, each.effect.getTiming().duration, each.startTime])"""
 
 
@@ -26,7 +26,7 @@ class LampsTest(PanelTest):
         self.hold()
         self.assertEqual(self.browser.lamp(1), ("fluttering", "green"))
         until(lambda: sorted(self.browser.run(ANIMATIONS)) == [["1", 340, 0], ["7", 1000, 0]],
-              f"one flutters and one flashes, both since the beginning: {self.browser.run(ANIMATIONS)}")
+              lambda: f"one flutters and one flashes, both since the beginning: {self.browser.run(ANIMATIONS)}")
         light = lambda: self.browser.run("return getComputedStyle(document.querySelector('.key[data-key=\"7\"] .lamp i')).opacity")
         until(lambda: light() == "1", "it is lit")
         until(lambda: light() == "0.14", "it is dark")

@@ -31,7 +31,7 @@ def free_port():
 
 
 def until(condition, what, seconds=DEADLINE):
-    """Waits until the condition holds, and returns its value."""
+    """Waits until the condition holds, and returns its value. What is waited for is a text, or a function that gives it."""
     deadline = time.monotonic() + seconds
     while True:
         try:
@@ -41,7 +41,7 @@ def until(condition, what, seconds=DEADLINE):
         if value:
             return value
         if time.monotonic() > deadline:
-            raise AssertionError(f"after {seconds} seconds: {what}")
+            raise AssertionError(f"after {seconds} seconds: {what() if callable(what) else what}")
         time.sleep(0.03)
 
 
@@ -126,19 +126,19 @@ class Browser:
         return self.driver.find_elements(By.CSS_SELECTOR, selector)
 
     def one(self, selector):
-        return until(lambda: self.all(selector), f"the page has {selector}")[0]
+        return until(lambda: self.all(selector), lambda: f"the page has {selector}")[0]
 
     def text(self, selector):
         found = self.all(selector)
         return found[0].get_attribute("textContent") if found else None
 
     def waits_for(self, selector, text):
-        until(lambda: text in (self.text(selector) or ""), f"{selector} contains {text}, not {self.text(selector)}")
+        until(lambda: text in (self.text(selector) or ""), lambda: f"{selector} contains {text}, not {self.text(selector)}")
 
     def softkey(self, label):
         """Presses the softkey, once the state offers it."""
         find = lambda: [key for key in self.all("#soft button") if key.text == label and not key.get_attribute("aria-disabled")]
-        until(find, f"there is a softkey {label} in {[key.text for key in self.all('#soft button')]}")[0].click()
+        until(find, lambda: f"there is a softkey {label} in {[key.text for key in self.all('#soft button')]}")[0].click()
 
     def rows(self):
         """The texts of the rows in sight, without their times."""
@@ -179,4 +179,4 @@ class PanelTest(unittest.TestCase):
         self.assertEqual(self.browser.errors(), [])
 
     def waits_for_calls(self, calls):
-        until(lambda: self.telephone.calls() == calls, f"the calls are {calls}, not {self.telephone.calls()}")
+        until(lambda: self.telephone.calls() == calls, lambda: f"the calls are {calls}, not {self.telephone.calls()}")

@@ -18,34 +18,44 @@ class TextTest(PanelTest):
     def elements(self):
         return self.browser.run("return ['script', 'img', 'iframe', 'style'].map((tag) => document.getElementsByTagName(tag).length)")
 
-    def assertShown(self, name, shown):
+    def assertShown(self, name, shown, in_row=None):
         before = self.elements()
         self.call_from(name)
         self.assertEqual(self.browser.text("#screen .who"), shown)
-        until(lambda: any("ringing" in row and shown[:20] in row for row in self.browser.rows()), f"a row has the name: {self.browser.rows()}")
+        row = in_row or f'"{shown}"'
+        until(lambda: any("ringing" in each and row in each for each in self.browser.rows()), lambda: f"a row has the name: {self.browser.rows()}")
         self.browser.all(".row.event")[-1].click()
-        self.browser.one("#tab-detail")
+        self.browser.waits_for("#detail h2", "ringing")
         self.browser.one("#tab-state").click()
         self.browser.one("#tab-ladder").click()
         self.assertEqual(self.elements(), before)
         self.assertEqual(self.browser.run("return document.documentElement.scrollWidth - innerWidth"), 0)
 
-    def test_NameOfMarkup_IsAnOddName(self):
-        self.assertShown(MARKUP, MARKUP)
+    def test_MarkupFromTheWire_IsReplacedByTheTelephone(self):
+        self.assertShown(MARKUP, "(script)alert(1)(/script)")
 
-    def test_NameThatEndsAnAttribute_IsAnOddName(self):
-        name = "'><img src=x onerror=alert(1)>"
-        self.assertShown(name, name)
+    def test_MarkupInTheState_IsAnOddName(self):
+        # As if the telephone let it through: it replaces these signs in names from the wire.
+        self.browser.run("""const original = window.fetch; window.fetch = async (...words) => {
+            const answer = await original(...words); const text = await answer.text();
+            const odd = text.replaceAll('(', '<').replaceAll(')', '>');
+            return new Response(words[0] === '/state' ? odd : text, {status: answer.status}); }""")
+        before = self.elements()
+        self.call_from("<img src=x onerror=alert<1>>")
+        self.assertEqual(self.browser.text("#screen .who"), "<img src=x onerror=alert<1>>")
+        self.browser.one("#tab-state").click()
+        self.browser.waits_for("#state", "ringing <img src=x onerror=alert<1>>")
+        self.assertEqual(self.elements(), before)
 
     def test_NameThatTurnsTheText_HasAVisibleSign(self):
-        self.assertShown("a\u202eb", "a⟨U+202E⟩b")
+        self.assertShown("a\u202eb", "a⟨U+202E⟩b", '"a\\u{202e}b"')
 
     def test_LongName_IsCutAndMovesNothing(self):
-        self.assertShown("x" * 500, "x" * 500)
+        self.assertShown("x" * 100, "x" * 100, "x" * 60)
 
     def test_RequestWithMarkup_IsShownAsItIs(self):
         self.browser.one("#box").send_keys("GetDoNotDisturb deviceID=<b>x</b>\n")
-        until(lambda: any("deviceID=<b>x</b>" in row for row in self.browser.rows()), f"the request is a row: {self.browser.rows()}")
+        until(lambda: any("deviceID=<b>x</b>" in row for row in self.browser.rows()), lambda: f"the request is a row: {self.browser.rows()}")
         self.assertEqual(self.browser.run("return document.querySelectorAll('.row b b, .row .more > span b').length"), 0)
 
     def test_Cookie_IsHiddenFromScriptsAndTheTokenFromTheAddress(self):

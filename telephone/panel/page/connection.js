@@ -6,7 +6,8 @@ const POLL = 500; // not every change has an event: a hook, a lamp, another page
 
 async function ask(path, body) {
   const options = body === undefined ? {} : {method: 'POST', body};
-  const response = await fetch(path, {...options, credentials: 'same-origin', cache: 'no-store', signal: AbortSignal.timeout(5000)});
+  const response = await fetch(path, {...options, credentials: 'same-origin', cache: 'no-store', signal: AbortSignal.timeout(5000)})
+    .catch(() => { throw new Error('it cannot be reached'); });
   const answer = await response.json();
   if (response.status === 401) throw new Error('this browser is not admitted: open the address that the telephone has printed');
   if (response.status >= 500) throw new Error(answer.error);
@@ -82,7 +83,8 @@ export class Connection {
   take(state) {
     if (this.state && state.start === this.state.start && Date.parse(state.time) < Date.parse(this.state.time)) return;
     this.state = state;
-    this.ahead = Date.parse(state.time) - Date.now();
+    // The state that travelled fastest says best how far the telephone's clock is ahead.
+    this.ahead = Math.max(this.ahead ?? -Infinity, Date.parse(state.time) - Date.now());
     this.on.state(state);
   }
 

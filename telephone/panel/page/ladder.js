@@ -123,7 +123,7 @@ export class Ladder {
 
   makeStep({row}) {
     const words = make('span');
-    if (row) words.append(make('b', {}, shown(row.what)), ' ', chip(row.call));
+    if (row) words.append(chip(row.call), ' ', make('b', {}, shown(row.what)));
     const element = make(row ? `div.step.${row.kind}${row.ok === false ? '.failed' : ''}` : 'div.step.pause', {role: 'listitem'}, make('time'), makeSvg('svg', {'aria-hidden': 'true'}), words);
     if (row) element.addEventListener('click', () => this.onChoose(row.id));
     return element;

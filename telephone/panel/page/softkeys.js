@@ -44,7 +44,7 @@ const ROWS = {
   conference: [HOLD,
     ['Drop first', 'CallClearRequest', (x) => x.members[0] && {Line: x.members[0].place, CallID: x.members[0].id}, '', (x) => x.members[0] && `Drop ${x.members[0].label}`],
     ['Drop second', 'CallClearRequest', (x) => x.members[1] && {Line: x.members[1].place, CallID: x.members[1].id}, '', (x) => x.members[1] && `Drop ${x.members[1].label}`],
-    END],
+    null],
   over: [
     ['Call back', 'ActivateCallbackBusy', (x) => ({Line: x.call.place, CallID: x.call.id})],
     ['Redial', 'OutgoingCallMakeRequest', (x) => x.redial && {Line: x.line, CallID: x.free, Destination: x.redial}],

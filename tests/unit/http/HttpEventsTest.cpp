@@ -35,7 +35,7 @@ protected:
     HttpServer::Settings changed(int mostStreams, std::chrono::milliseconds silence,
                                  std::chrono::milliseconds stallLimit) const
     {
-        return {settings_.http, settings_.tokenFile, mostStreams, silence, stallLimit};
+        return {settings_.http, settings_.tokenFile, settings_.browserFile, mostStreams, silence, stallLimit};
     }
 
     // More than the buffers of a stream hold.
@@ -78,6 +78,16 @@ TEST_F(HttpEventsTest, StreamThatResumes_MissesNothing)
     EXPECT_EQ(next(byHeader), held(2, 2));
     EXPECT_EQ(next(byHeader), held(3, 3));
     EXPECT_EQ(next(byQuery), held(3, 3));
+}
+
+TEST_F(HttpEventsTest, EventsWithWords_SayWhatHappened)
+{
+    telephone_.held(1);
+    HttpConnection events = stream("?after=0&words");
+
+    std::string const event = next(events);
+
+    EXPECT_NE(event.find(R"("words":{"what":"held","party":"","details":[]}})"), std::string::npos) << event;
 }
 
 TEST_F(HttpEventsTest, EventsThatAreNoLongerKept_AreReplacedByTheState)

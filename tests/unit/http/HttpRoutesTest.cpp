@@ -190,6 +190,8 @@ GET   /state         the telephone at this moment
 GET   /events        the events as they happen, as server-sent events
 GET   /describe      the protocol
 GET   /hello         which telephone this is, and whether it is ready
+GET   /panel         the telephone itself, as a page for a browser
+GET   /panel/{file}  what the page consists of
 GET   /openapi.json  this interface as an OpenAPI page
 )");
 }

@@ -162,7 +162,7 @@ TEST_F(HttpSecurityTest, Answers_AreNotKept)
 
 TEST_F(HttpSecurityTest, PortInUse_IsRefused)
 {
-    HttpServer::Settings settings{{host(), "", ""}, folder_.file("second")};
+    HttpServer::Settings settings{{host(), "", ""}, folder_.file("second"), folder_.file("other")};
 
     EXPECT_EQ(HttpServer::open(settings, telephone_.services()).error().reason,
               "cannot listen at " + host() +
@@ -172,7 +172,7 @@ TEST_F(HttpSecurityTest, PortInUse_IsRefused)
 
 TEST_F(HttpSecurityTest, TokenFileThatCannotBeWritten_IsRefused)
 {
-    HttpServer::Settings settings{{"127.0.0.1:0", "", ""}, folder_.file("none/token")};
+    HttpServer::Settings settings{{"127.0.0.1:0", "", ""}, folder_.file("none/token"), folder_.file("other")};
 
     EXPECT_EQ(HttpServer::open(settings, telephone_.services()).error().reason,
               "the token for HTTP cannot be written to " + folder_.file("none/token") + ": No such file or directory");
@@ -210,7 +210,8 @@ TEST_F(HttpSecurityTest, CertificateWithoutItsKey_IsRefused)
 {
     writeFile(folder_.file("empty.pem"), "");
     HttpServer::Settings settings{{"127.0.0.1:0", folder_.file("empty.pem"), folder_.file("none.pem")},
-                                  folder_.file("second")};
+                                  folder_.file("second"),
+                                  folder_.file("other")};
 
     EXPECT_EQ(HttpServer::open(settings, telephone_.services()).error().reason,
               "the certificate " + folder_.file("empty.pem") + " and the key " + folder_.file("none.pem") +

@@ -69,7 +69,7 @@ protected:
     }
 
     TemporaryFolder const folder_;
-    telephone::HttpServer::Settings settings_{{"127.0.0.1:0", "", ""}, folder_.file("token")};
+    telephone::HttpServer::Settings settings_{{"127.0.0.1:0", "", ""}, folder_.file("token"), folder_.file("browsers")};
     TelephoneDouble telephone_;
     std::unique_ptr<telephone::HttpServer> server_;
     std::string token_;
