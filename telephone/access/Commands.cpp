@@ -14,6 +14,7 @@
 #include "telephone/access/StateFiles.h"
 #include "telephone/access/TelephoneControls.h"
 #include "telephone/base/Names.h"
+#include "telephone/display/PanelDrawing.h"
 #include "telephone/display/StateTables.h"
 #include "telephone/framework/EventHistory.h"
 #include "telephone/framework/Log.h"
@@ -187,6 +188,7 @@ constexpr std::array kTable{
     Command{"calls",      "",                         "the calls and their states",                         [](Session& s, Given&) { return table(s, callRows, "no calls"); }},
     Command{"keys",       "",                         "the keys of the telephone",                          [](Session& s, Given&) { return table(s, keyRows); }},
     Command{"lamps",      "",                         "the lamps and their modes",                          [](Session& s, Given&) { return table(s, lampRows); }},
+    Command{"panel",      "",                         "the telephone as a drawing: its display, keys and lamps", [](Session& s, Given&) { return table(s, panelRows); }},
     Command{"press",      "KEY",                      "presses a key, named by number, label or function",  [](Session& s, Given& g) { return done(telephoneOf(s).press(*g[0])); }},
     Command{"release",    "KEY",                      "releases a key",                                     [](Session& s, Given& g) { return done(telephoneOf(s).release(*g[0])); }},
     Command{"hook",       "up|down",                  "lifts or replaces the handset",                      [](Session& s, Given& g) { return done(telephoneOf(s).hook(g[0] == "up")); }},

@@ -2,6 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <utility>
 
 #include <spdlog/fmt/fmt.h>
@@ -14,6 +18,7 @@
 #include "telephone/console/ScriptOptions.h"
 #include "telephone/console/Transcript.h"
 #include "telephone/display/ElementWords.h"
+#include "telephone/display/PanelDrawing.h"
 #include "telephone/protocol/ProtocolCheck.h"
 #include "telephone/protocol/Vocabulary.h"
 
@@ -83,6 +88,33 @@ Words withoutPlaceholders(Words words)
 }
 
 // Compares the whole answer, or its beginning up to a comma or the first element.
+Outcome<std::vector<std::string>> rowsOfFile(std::string const& path)
+{
+    std::ifstream file(path);
+    if (!file) {
+        return refuse(RefusalKind::kNotFound, fmt::format("cannot read {}: {}", path, std::strerror(errno)));
+    }
+    std::vector<std::string> rows;
+    for (std::string row; std::getline(file, row);) {
+        rows.push_back(row);
+    }
+    return rows;
+}
+
+// Empty: there is none.
+std::string firstDifference(std::vector<std::string> const& present, std::vector<std::string> const& expected)
+{
+    auto const row = [](std::vector<std::string> const& rows, std::size_t number) {
+        return number < rows.size() ? rows[number] : std::string("missing");
+    };
+    for (std::size_t i = 0; i < std::max(present.size(), expected.size()); ++i) {
+        if (row(present, i) != row(expected, i)) {
+            return fmt::format("row {} is {} and not {}", i + 1, row(present, i), row(expected, i));
+        }
+    }
+    return {};
+}
+
 bool answers(std::string const& answer, std::string const& expected)
 {
     return answer == expected || answer.substr(0, answer.find_first_of(",<")) == expected;
@@ -273,8 +305,12 @@ Outcome<ScriptPlayer::Action> ScriptPlayer::expect(Words const& words)
     if (words.size() > 1 && equalIgnoringCase(words[1], "lamp")) {
         return expectLamp(words);
     }
+    if (words.size() > 1 && equalIgnoringCase(words[1], "panel")) {
+        return expectPanel(words);
+    }
     if (words.size() < 3 || !equalIgnoringCase(words[1], "answer")) {
-        return usage("expect answer WORD, or expect lamp KEY MODE [within SECONDS]");
+        return usage(
+            "expect answer WORD, expect lamp KEY MODE [within SECONDS], or expect panel FILE [within SECONDS]");
     }
     return [this, expected = joinWords(words, 2)] { return compareAnswer(expected); };
 }
@@ -323,6 +359,38 @@ Outcome<> ScriptPlayer::waitForLamp(std::string const& lamp, std::string_view mo
         }
         if (Conversation::Clock::now() >= deadline) {
             return failure("it is " + *shown);
+        }
+        if (auto stopped = checkStop(); !stopped) {
+            return stopped;
+        }
+        conversation_.waitForEvents(Conversation::Clock::now() + kLampPoll);
+    }
+}
+
+Outcome<ScriptPlayer::Action> ScriptPlayer::expectPanel(Words const& words)
+{
+    return splitTime(words).and_then([this](TimedStep const& step) -> Outcome<Action> {
+        if (step.words.size() != 3) {
+            return usage("expect panel FILE [within SECONDS]");
+        }
+        std::string const path = std::filesystem::path(conversation_.session().options().folder) / step.words[2];
+        return rowsOfFile(path).map([this, &step](std::vector<std::string> const& rows) -> Action {
+            double const seconds = step.seconds.value_or(kUsualSeconds);
+            return [this, rows, seconds] { return waitForPanel(rows, after(seconds)); };
+        });
+    });
+}
+
+Outcome<> ScriptPlayer::waitForPanel(std::vector<std::string> const& rows, Conversation::Clock::time_point deadline)
+{
+    while (true) {
+        TelephoneState const state = conversation_.controls().state();
+        std::string const difference = firstDifference(panelRows(state, {.ownDomain = state.domain}), rows);
+        if (difference.empty()) {
+            return {};
+        }
+        if (Conversation::Clock::now() >= deadline) {
+            return failure(difference);
         }
         if (auto stopped = checkStop(); !stopped) {
             return stopped;

@@ -7,6 +7,7 @@
 //     wait CallHeldEvent                            at most 10 seconds by default
 //     never CallRetrievedEvent within 1
 //     expect lamp 1 flashing within 2
+//     expect panel held.txt                         what the command panel draws is what the file has
 //     pause 0.5
 //     try press 9                                   may be refused
 //
@@ -83,6 +84,7 @@ private:
     Outcome<> run(Words const& words);
     Outcome<Action> expect(Words const& words);
     Outcome<Action> expectLamp(Words const& words);
+    Outcome<Action> expectPanel(Words const& words);
     Outcome<Action> wait(Words const& words);
     Outcome<Action> never(Words const& words);
     Outcome<Action> pause(Words const& words);
@@ -93,6 +95,8 @@ private:
     void noteResult(Conversation::Result const& result);
     Outcome<> compareAnswer(std::string const& expected) const;
     Outcome<> waitForLamp(std::string const& lamp, std::string_view mode, Conversation::Clock::time_point deadline);
+    // Until there is no difference between the panel and the rows.
+    Outcome<> waitForPanel(std::vector<std::string> const& rows, Conversation::Clock::time_point deadline);
     Outcome<> waitForEvent(EventPattern const& pattern, Conversation::Clock::time_point deadline);
     Outcome<> waitForNone(EventPattern const& pattern, Conversation::Clock::time_point deadline);
     Outcome<> rest(Conversation::Clock::time_point deadline);

@@ -1,12 +1,14 @@
 #include "telephone/console/ScriptPlayer.h"
 
 #include <chrono>
+#include <fstream>
 #include <sstream>
 
 #include <gtest/gtest.h>
 
 #include "ConsoleDoubles.h"
 #include "telephone/time/Waiting.h"
+#include "tests/doubles/TemporaryFolder.h"
 
 using namespace telephone;
 
@@ -160,11 +162,27 @@ TEST_F(ScriptPlayerTest, ExpectLamp_ComparesItsMode)
     EXPECT_EQ(failureOf("expect lamp 7 steady\n"), "error: test.script:1: expect lamp 7 steady: no lamp 7");
 }
 
+TEST_F(ScriptPlayerTest, ExpectPanel_NamesTheFirstRowThatDiffers)
+{
+    TemporaryFolder const folder;
+    std::string const file = folder.file("panel.txt");
+    std::ofstream(file) << "+----\n";
+
+    EXPECT_EQ(failureOf("expect panel " + file + " within 0\n"), "error: test.script:1: expect panel " + file +
+                                                                     " within 0: row 1 is +" + std::string(64, '-') +
+                                                                     "+ and not +----");
+    EXPECT_EQ(failureOf("expect panel " + folder.file("none") + "\n"),
+              "error: test.script:1: expect panel " + folder.file("none") + ": cannot read " + folder.file("none") +
+                  ": No such file or directory");
+    EXPECT_EQ(failureOf("expect panel\n"),
+              "error: test.script:1: expect panel: write it as: expect panel FILE [within SECONDS]");
+}
+
 TEST_F(ScriptPlayerTest, WrongSteps_AreRefusedWithTheirForm)
 {
     EXPECT_EQ(failureOf("expect sfiSuccess\n"),
-              "error: test.script:1: expect sfiSuccess: write it as: expect answer WORD, or expect lamp KEY MODE "
-              "[within SECONDS]");
+              "error: test.script:1: expect sfiSuccess: write it as: expect answer WORD, expect lamp KEY MODE "
+              "[within SECONDS], or expect panel FILE [within SECONDS]");
     EXPECT_EQ(failureOf("wait CallHoldEvent\n"),
               "error: test.script:1: wait CallHoldEvent: no event CallHoldEvent (did you mean CallHeldEvent?)");
     EXPECT_EQ(

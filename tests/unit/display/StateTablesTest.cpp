@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "DisplayTexts.h"
+#include "telephone/display/PanelDrawing.h"
 
 namespace telephone {
 namespace {
@@ -150,6 +151,37 @@ TEST(StateTables, Keys_HaveFunctionLabelAndTarget)
                                                    R"(  5  forwarding  "Forward")",
                                                    R"(  7  hold        "Hold")",
                                                }));
+}
+
+TEST(StateTables, Panel_HasTheDisplayAboveTheKeys)
+{
+    EXPECT_EQ(panelRows(exampleState(), test::options()),
+              (TableRows{
+                  "+----------------------------------------------------------------+",
+                  "| 4711     ringing           registered                          |",
+                  "| 4712     held              registered                          |",
+                  R"(| 1001     ringing           "<script>alert(1)</script>" 4713    |)",
+                  "| 1        held              100                                 |",
+                  "+----------------------------------------------------------------+",
+                  "  1  4711              [==  ==] G   2  4712              [= = = ] G",
+                  "  3  Desk 4712         [= = = ] G   4  Watch 4713        [======] R",
+                  "  5  Forward           [      ]     7  Hold              [==  ==] G",
+                  "     SecondAlert       [      ]",
+                  "handset on the hook, plugged in: nothing",
+              }));
+}
+
+TEST(StateTables, Panel_CutsWhatIsTooLong)
+{
+    TelephoneState state = exampleState();
+    state.lines.clear();
+    state.calls = {callOf(1, "4711", "connected", "sip:" + std::string(60, '1') + "@127.0.0.1:5060")};
+    state.keys = {{1, "line", "4711", std::string(30, 'x'), false, {"off", "none"}}};
+
+    TableRows const rows = panelRows(state, test::options());
+
+    EXPECT_EQ(rows[1], "| 1        connected         1111111111111111111111111111111111… |");
+    EXPECT_EQ(rows[3], "  1  xxxxxxxxxxxxxxxx… [      ]");
 }
 
 }  // namespace
