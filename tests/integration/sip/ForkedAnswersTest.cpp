@@ -19,7 +19,6 @@ protected:
         EXPECT_NE("", far.receive("ACK "));
         return call;
     }
-    unsigned inviteNumber() const { return static_cast<unsigned>(std::stoul(headerOf(invite, "CSeq"))); }
     static bool isTo(std::string const& message, std::string const& tag)
     {
         return headerOf(message, "To").ends_with(";tag=" + tag);
@@ -38,10 +37,10 @@ TEST_F(ForkedAnswers, SecondTelephoneThatAnswers_GetsAckAndBye)
 
     std::string const ack = far.receive("ACK ");
     EXPECT_TRUE(isTo(ack, "second")) << ack;
-    EXPECT_EQ(std::to_string(inviteNumber()) + " ACK", headerOf(ack, "CSeq"));
+    EXPECT_EQ(std::to_string(numberOf(invite)) + " ACK", headerOf(ack, "CSeq"));
     std::string const bye = far.receive("BYE ");
     EXPECT_TRUE(isTo(bye, "second")) << bye;
-    EXPECT_EQ(std::to_string(inviteNumber() + 1) + " BYE", headerOf(bye, "CSeq"));
+    EXPECT_EQ(std::to_string(numberOf(invite) + 1) + " BYE", headerOf(bye, "CSeq"));
     EXPECT_EQ(headerOf(invite, "Call-ID"), headerOf(bye, "Call-ID"));
     EXPECT_EQ(headerOf(invite, "From"), headerOf(bye, "From"));
     far.answer(bye, "200 OK");

@@ -16,10 +16,6 @@ protected:
         config.reliableResponses = use;
         return config;
     }
-    static unsigned numberOf(std::string const& request)
-    {
-        return static_cast<unsigned>(std::stoul(headerOf(request, "CSeq")));
-    }
 
     // --- the phone calls
     void respondReliably(std::string const& status, std::string const& tag, unsigned number,

@@ -1,5 +1,6 @@
 #include "ScriptedEnd.h"
 
+#include <cstdlib>
 #include <mutex>
 
 #include <gtest/gtest.h>
@@ -40,6 +41,11 @@ std::string headerOf(std::string const& message, std::string const& name)
 {
     auto const values = headersOf(message, name);
     return values.empty() ? std::string() : values.front();
+}
+
+unsigned numberOf(std::string const& message)
+{
+    return static_cast<unsigned>(std::strtoul(headerOf(message, "CSeq").c_str(), nullptr, 10));
 }
 
 std::string firstLineOf(std::string const& message)
@@ -178,7 +184,7 @@ std::string ScriptedEnd::inDialog(std::string const& method, std::string const& 
 void ScriptedEnd::acknowledge(std::string const& response, std::string const& body)
 {
     ASSERT_NE("", response) << "no response to acknowledge";
-    send(inDialog("ACK", response, static_cast<unsigned>(std::stoul(headerOf(response, "CSeq"))), {}, body));
+    send(inDialog("ACK", response, numberOf(response), {}, body));
 }
 
 std::string ScriptedEnd::description()

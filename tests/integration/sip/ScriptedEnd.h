@@ -81,6 +81,8 @@ private:
 std::string headerOf(std::string const& message, std::string const& name);
 // All values of headers of that name.
 std::vector<std::string> headersOf(std::string const& message, std::string const& name);
+// That of CSeq.
+unsigned numberOf(std::string const& message);
 // "SIP/2.0 200 OK", or "BYE sip:... SIP/2.0".
 std::string firstLineOf(std::string const& message);
 

@@ -181,7 +181,53 @@ TEST_F(SessionTimers, ServerThatPermitsOnlyALongerInterval_GetsThatOne)
 
     EXPECT_EQ("3600", headerOf(second, "Session-Expires"));
     EXPECT_EQ("3600", headerOf(second, "Min-SE"));
+    EXPECT_EQ("replaces, join, timer, 100rel", headerOf(second, "Supported"));
     EXPECT_TRUE(phone.waitFor("established")) << phone.events();
+}
+
+TEST_F(SessionTimers, CallThatIsSentAgainForALongerInterval_IsTheSameCall)
+{
+    sip::Session& call = phone.call(far.uri());
+    std::string const first = far.receive("INVITE ");
+    far.answer(first, "422 Session Interval Too Small", "Min-SE: 3600\r\n", {}, "server");
+    std::string const ack = far.receive("ACK ");
+    std::string const second = far.receive("INVITE ");
+
+    EXPECT_EQ(headerOf(first, "CSeq"), std::to_string(numberOf(ack)) + " INVITE");
+    EXPECT_EQ(numberOf(first) + 1, numberOf(second));
+    for (char const* same : {"Call-ID", "From", "To", "Contact"}) {
+        EXPECT_EQ(headerOf(first, same), headerOf(second, same));
+    }
+    EXPECT_NE(headerOf(first, "Via"), headerOf(second, "Via")) << "another transaction";
+    far.accept(second);
+    EXPECT_TRUE(phone.waitFor("established")) << phone.events();
+    EXPECT_EQ(numberOf(second), numberOf(far.receive("ACK ")));
+    far.request("INFO", second, "Content-Type: text/plain\r\n", "hello");
+    EXPECT_EQ("SIP/2.0 200 OK", firstLineOf(far.receive("SIP/2.0 ")));
+    call.hangUp();
+    std::string const bye = far.receive("BYE ");
+    EXPECT_EQ(numberOf(second) + 1, numberOf(bye));
+    EXPECT_EQ(headerOf(first, "From"), headerOf(bye, "From"));
+}
+
+TEST_F(SessionTimers, CallThatIsSentAgainForALongerInterval_CanBeCancelledAndAuthorised)
+{
+    sip::Session& call = phone.call(far.uri(), [](sip::CallRequest& request) { request.account.password = "secret"; });
+    far.answer(far.receive("INVITE "), "422 Session Interval Too Small", "Min-SE: 3600\r\n");
+    std::string const second = far.receive("INVITE ");
+    far.answer(second, "407 Proxy Authentication Required",
+               "Proxy-Authenticate: Digest realm=\"pbx\", nonce=\"n\"\r\n");
+    std::string const third = far.receive("INVITE ");
+    EXPECT_NE("", headerOf(third, "Proxy-Authorization"));
+    EXPECT_EQ("3600", headerOf(third, "Session-Expires"));
+    EXPECT_EQ(headerOf(second, "Call-ID"), headerOf(third, "Call-ID"));
+    EXPECT_EQ(numberOf(second) + 1, numberOf(third));
+    far.answer(third, "180 Ringing");
+    EXPECT_TRUE(phone.waitFor("progress 180")) << phone.events();
+
+    call.hangUp();
+
+    EXPECT_EQ(std::to_string(numberOf(third)) + " CANCEL", headerOf(far.receive("CANCEL "), "CSeq"));
 }
 
 TEST_F(SessionTimers, ServerThatRepeatsItsRefusal_IsBelievedOnce)
