@@ -189,6 +189,10 @@ TEST(Life, WithoutExchange_TheTelephoneStartsAndRefusesNumbers)
 TEST(Life, FilesOfARun_BelongToTheirOwnerAloneAndHaveNoDigestResponses)
 {
     TemporaryFolder const folder;
+    for (char const* name : {"log", "heard.wav"}) {
+        writeFile(folder.file(name), "there already\n");
+        std::filesystem::permissions(folder.file(name), std::filesystem::perms(0644));
+    }
     writeFile(folder.file("a.toml"), "[log]\nlevel = 6\nfile = \"" + folder.file("log") + "\"\n[store]\npath = \"" +
                                          folder.file("store") + "\"\n[media]\nheard = \"" + folder.file("heard.wav") +
                                          "\"\n");
