@@ -56,9 +56,11 @@ void DatagramFaults::end(Id id)
 
 bool DatagramFaults::mayBefallRtp(sa const& from, sa const& to) const
 {
-    return !faults_.empty() &&
-           std::ranges::any_of(faults_, [packet = Datagram{addressText(from), addressText(to), kRtp}](
-                                            Entry const& each) { return each.fault.concerns(packet); });
+    if (faults_.empty()) {
+        return false;
+    }
+    Datagram const packet{addressText(from), addressText(to), kRtp};
+    return std::ranges::any_of(faults_, [&packet](Entry const& each) { return each.fault.concerns(packet); });
 }
 
 DatagramFaults::Verdict DatagramFaults::judge(Datagram const& datagram)
