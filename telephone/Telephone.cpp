@@ -70,6 +70,7 @@ EngineConfiguration engineOf(Configuration const& configuration)
 {
     EngineConfiguration engine = EngineConfiguration::from(configuration);
     engine.agent.log = sipLogger("sip");
+    engine.agent.tls->authoritiesFor = trustedAuthorities(configuration);
     engine.agent.traceMessages = [] { return logLevel() >= kLogDetail; };
     return engine;
 }

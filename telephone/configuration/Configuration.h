@@ -14,6 +14,7 @@ enum class Transport
 {
     kUdp,
     kTcp,
+    kTls,
 };
 
 // One line, and the account it registers with.
@@ -54,15 +55,17 @@ struct KeyConfiguration
 struct SipConfiguration
 {
     std::string address = "127.0.0.1";  // another address only if the file names it
-    int port = 0;                       // UDP and TCP; 0: any free one
+    int port = 0;                       // UDP and TCP; TLS: the next one; 0: any free one
     Transport transport = Transport::kUdp;
+    std::string certificate;  // PEM files for TLS; both or neither
+    std::string key;
     std::string userAgent = "reference telephone";
 };
 
 // The call server with which lines register.
 struct ServerConfiguration
 {
-    std::string registrar;       // sip:host:port; empty: the built-in exchange, or none if that is off
+    std::string registrar;       // sip:host:port or sips:; empty: the built-in exchange, or none if that is off
     std::string domain;          // empty: the registrar's host
     int expires = 300;           // seconds
     int type = 0;                // sfiServerType
@@ -77,7 +80,9 @@ struct ServerConfiguration
 struct ExchangeConfiguration
 {
     bool enabled = true;
-    int port = 0;  // 0: any free one
+    int port = 0;             // 0: any free one
+    std::string certificate;  // PEM files for TLS; both or neither
+    std::string key;
     std::string realm = "exchange";
     std::string password = "secret";  // of every number without a password of its own
 };

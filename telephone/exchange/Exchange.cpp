@@ -21,6 +21,9 @@ sip::UserAgentConfig agentConfig(ExchangeConfig const& config)
     sip::UserAgentConfig own;
     own.address = config.address;
     own.udpPort = config.port;
+    own.tls = config.tls;
+    own.tlsPort = config.tlsPort;
+    own.tlsFromTheStart = config.tls.has_value();
     own.name = "exchange";
     if (config.log) {
         own.log = [log = config.log](sip::LogLevel level, std::string const& line) { log(level, "exchange: " + line); };

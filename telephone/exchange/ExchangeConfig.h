@@ -9,6 +9,7 @@
 
 #include "telephone/exchange/ExchangeNumber.h"
 #include "telephone/sip/Log.h"
+#include "telephone/sip/TlsConfig.h"
 
 namespace telephone::exchange {
 
@@ -21,7 +22,9 @@ struct ExchangeUser
 struct ExchangeConfig
 {
     std::string address = "127.0.0.1";
-    std::uint16_t port = 0;  // UDP, and TCP if it is free; 0: chosen
+    std::uint16_t port = 0;             // UDP, and TCP if it is free; 0: chosen
+    std::optional<sip::TlsConfig> tls;  // none: no TLS
+    std::uint16_t tlsPort = 0;          // 0: chosen
     std::string realm = "exchange";
     std::vector<ExchangeUser> users;                    // numbers with a password of their own
     std::optional<std::string> anyPassword = "secret";  // password of all other numbers; none: they cannot register

@@ -10,7 +10,8 @@ namespace telephone::sip {
 enum class Transport : int
 {
     kUdp,
-    kTcp
+    kTcp,
+    kTls
 };
 
 struct Account

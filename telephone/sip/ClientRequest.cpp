@@ -20,7 +20,7 @@ Outcome<std::shared_ptr<ClientRequest>> ClientRequest::make(std::shared_ptr<Elem
 
 ClientRequest::ClientRequest(std::shared_ptr<Element> element, Account const& account, Route const& route)
     : element_(std::move(element))
-    , contactUser_(route.contactUser)
+    , route_(route)
 {
     stack_.share(element_->stack());
     makeCredentials(credentials_, account);
@@ -39,7 +39,7 @@ Outcome<> ClientRequest::send(std::string const& method, std::string tail, std::
     if (error) {
         done_ = nullptr;
     }
-    return sent(error, method);
+    return element_->sentTo(route_, error, method);
 }
 
 int ClientRequest::transmit()
@@ -58,7 +58,7 @@ int ClientRequest::writeContact(sip_transp transport, sa const& source, sa const
     if (!contactExpires_) {
         return 0;
     }
-    contact_ = "sip:" + contactUser_ + "@" + addressText(source) + sip_transp_param(transport);
+    contact_ = "sip:" + route_.contactUser + "@" + addressText(source) + sip_transp_param(transport);
     std::string const header = "Contact: <" + contact_ + ">;expires=" + std::to_string(*contactExpires_) + "\r\n";
     return mbuf_write_str(&buffer, header.c_str());
 }

@@ -23,6 +23,8 @@ public:
                                  std::optional<std::uint32_t> contactExpires, Handler done);
     // Drops the response that is due; the handler is not called any more.
     void abandon();
+    // What an error of the handler means.
+    Response failureOf(int error) const { return element_->failureOf(error, route_); }
     // The Contact sent last, without brackets.
     std::string const& contact() const { return contact_; }
 
@@ -32,7 +34,7 @@ private:
     int writeContact(sip_transp transport, sa const& source, sa const* target, mbuf& buffer);
 
     std::shared_ptr<Element> element_;
-    std::string contactUser_;
+    Route route_;
     Ref<::sip> stack_;
     Ref<sip_dialog> dialog_;
     Ref<sip_auth> auth_;

@@ -1,11 +1,14 @@
 #include "telephone/sip/Element.h"
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <mutex>
 #include <stdexcept>
 
 #include "telephone/sip/EventLoop.h"
 #include "telephone/sip/MemoryNetwork.h"
+#include "telephone/sip/RegistrationImpl.h"
 #include "telephone/sip/Timer.h"
 #include "telephone/time/VirtualTime.h"
 #include "telephone/time/Waiting.h"
@@ -20,6 +23,31 @@ constexpr int kSessionBuckets = 256;
 // Longer than any transaction of a closed element lives (RFC 3261: 64 * T1).
 constexpr std::chrono::seconds kAfterlife{40};
 
+struct TransportNames
+{
+    Transport transport;
+    sip_transp stack;
+    char const* parameter;  // of a URI; null: none is needed
+};
+constexpr std::array<TransportNames, 3> kTransports{{
+    {Transport::kUdp, SIP_TRANSP_UDP, nullptr},
+    {Transport::kTcp, SIP_TRANSP_TCP, "tcp"},
+    {Transport::kTls, SIP_TRANSP_TLS, "tls"},
+}};
+
+// The transport that the URI asks for.
+sip_transp transportOf(Uri const& uri)
+{
+    if (uri.scheme == "sips") {
+        return SIP_TRANSP_TLS;
+    }
+    auto const wanted = uri.parameter("transport").value_or("");
+    auto const found = std::ranges::find_if(kTransports, [&wanted](TransportNames const& row) {
+        return row.parameter != nullptr && equalsIgnoringCase(row.parameter, wanted);
+    });
+    return found == kTransports.end() ? SIP_TRANSP_UDP : found->stack;
+}
+
 }  // namespace
 
 void throwOnError(int error, std::string const& what)
@@ -27,6 +55,11 @@ void throwOnError(int error, std::string const& what)
     if (error) {
         throw std::runtime_error(what + ": " + errorText(error));
     }
+}
+
+sip_transp stackTransport(Transport transport)
+{
+    return std::ranges::find(kTransports, transport, &TransportNames::transport)->stack;
 }
 
 Element::Element(EventLoop& loop, UserAgentConfig config)
@@ -43,6 +76,9 @@ void Element::open()
                  "the SIP stack does not start");
     bindUdp();
     bindTcp();
+    if (auto const opened = config_.tlsFromTheStart ? openTls() : Outcome<>(); !opened) {
+        throw std::runtime_error(opened.error().reason);
+    }
 }
 
 void Element::bindUdp()
@@ -72,6 +108,54 @@ void Element::bindTcp()
     sa bound{};
     throwOnError(sip_transp_laddr(stack_, &bound, SIP_TRANSP_TCP, &address_), "TCP");
     tcpPort_ = sa_port(&bound);
+}
+
+Outcome<> Element::openTls()
+{
+    if (tls_) {
+        return {};
+    }
+    if (!config_.tls || isVirtual()) {
+        return refuse(RefusalKind::kNotSupported,
+                      isVirtual() ? "there is no TLS in virtual time: use udp or tcp" : "TLS is off");
+    }
+    auto const failed = [this](std::string const&, std::string const& reason) {
+        log(LogLevel::kWarning, "TLS fails: " + reason);
+    };
+    auto made = TlsTransport::make(*stack_, *config_.tls,
+                                   {failed, [this](std::string const& host) { onConnectionEnded(host); }});
+    if (!made) {
+        return tl::unexpected(made.error());
+    }
+    sa local = address_;
+    sa_set_port(&local, config_.tlsPort);
+    if (int const error = sip_transp_add(stack_, SIP_TRANSP_TLS, &local, (*made)->context())) {
+        return refuse(RefusalKind::kUnavailable, "TLS port " + std::to_string(config_.tlsPort) + " of " +
+                                                     config_.address + ": " + errorText(error));
+    }
+    throwOnError(sip_transp_laddr(stack_, &local, SIP_TRANSP_TLS, &address_), "TLS");
+    tlsPort_ = sa_port(&local);
+    tls_ = *std::move(made);
+    return {};
+}
+
+void Element::onConnectionEnded(std::string const& host)
+{
+    // Later, because the stack is in the middle of it.
+    loop_.post([self = weak_from_this(), host] {
+        auto const element = self.lock();
+        auto const registrations = element ? element->registrations_ : std::set<RegistrationImpl*>();
+        for (RegistrationImpl* const each : registrations) {
+            if (element->registrations_.contains(each)) {
+                each->onConnectionEnded(host);
+            }
+        }
+    });
+}
+
+std::uint16_t Element::port(sip_transp transport) const
+{
+    return transport == SIP_TRANSP_TLS ? tlsPort_ : transport == SIP_TRANSP_TCP ? tcpPort_ : udpPort_;
 }
 
 void Element::listen(sipsess_conn_h* invited, sip_msg_h* subscribed, void* receiver)
@@ -123,6 +207,9 @@ void Element::close(std::shared_ptr<void> receiver)
         return;
     }
     sip_set_trace_handler(stack_, nullptr);
+    if (tls_) {
+        tls_->close();
+    }
     // An ended session that still waits for an answer would keep the port bound. Its owner must be gone.
     if (sessionToken_.use_count() == 1) {
         sipsess_close_all(sessionSocket_.get());
@@ -169,17 +256,50 @@ void Element::answer(sip_msg const& request, std::uint16_t status, char const* r
     (void)sip_treplyf(nullptr, nullptr, stack_, &request, false, status, reason, "%s", replyTail(headers, {}).c_str());
 }
 
-Outcome<Route> Element::routeTo(Account const& account, std::string const& target) const
+Outcome<Route> Element::usableRouteTo(Account const& account, std::string const& target)
+{
+    return routeTo(account, target).and_then([this](Route&& route) -> Outcome<Route> {
+        auto const found = distrusted_.find(route.host);
+        if (route.transport == SIP_TRANSP_TLS && found != distrusted_.end()) {
+            return refuse(RefusalKind::kUnavailable, found->second);
+        }
+        return std::move(route);
+    });
+}
+
+Response Element::failureOf(int error, Route const& route) const
+{
+    bool const isTls = route.transport == SIP_TRANSP_TLS && (error == EPROTO || error == ECONNRESET);
+    std::string const reason = isTls && tls_ ? tls_->failureOf(route.host) : std::string();
+    if (!reason.empty()) {
+        return {kTlsFailed, reason, {}, {}};
+    }
+    if (isTls && error == EPROTO) {
+        return {kTlsFailed, "TLS with " + route.host + " fails", {}, {}};
+    }
+    return {error == ETIMEDOUT ? 408 : 503, errorText(error), {}, {}};
+}
+
+Outcome<> Element::sentTo(Route const& route, int error, std::string const& what) const
+{
+    if (error) {
+        return refuse(RefusalKind::kUnavailable, what + " cannot be sent: " + failureOf(error, route).reason);
+    }
+    return {};
+}
+
+Outcome<Route> Element::routeTo(Account const& account, std::string const& target)
 {
     auto uri = Uri::parse(target);
-    if (!uri || uri->scheme != "sip") {
+    if (!uri || (uri->scheme != "sip" && uri->scheme != "sips")) {
         return refuse(RefusalKind::kBadInput, "\"" + target + "\" is not a SIP URI");
     }
     if (equalsIgnoringCase(uri->host, "localhost")) {
         uri->host = "127.0.0.1";
     }
-    if (account.transport == Transport::kTcp && !uri->parameter("transport")) {
-        uri->setParameter("transport", "tcp");
+    auto const names = std::ranges::find(kTransports, account.transport, &TransportNames::transport);
+    if (names->parameter != nullptr && uri->scheme == "sip" && !uri->parameter("transport")) {
+        uri->setParameter("transport", names->parameter);
     }
     sa resolved{};
     if (account.proxy.empty() && sa_set_str(&resolved, uri->host.c_str(), SIP_PORT) != 0) {
@@ -192,6 +312,12 @@ Outcome<Route> Element::routeTo(Account const& account, std::string const& targe
                           addressText(resolved));
     }
     Route route;
+    auto const hop = account.proxy.empty() ? uri : Uri::parse(account.proxy);
+    route.host = hop ? hop->host : std::string();
+    route.transport = hop ? transportOf(*hop) : SIP_TRANSP_UDP;
+    if (auto const opened = route.transport == SIP_TRANSP_TLS ? openTls() : Outcome<>(); !opened) {
+        return tl::unexpected(opened.error());
+    }
     route.target = uri->format();
     route.fromUri = "sip:" + escapeUser(account.user.empty() ? "anonymous" : account.user) + "@" +
                     (account.domain.empty() ? addressText(address_) : account.domain);

@@ -3,6 +3,7 @@
 // under the lock.
 #pragma once
 
+#include <map>
 #include <memory>
 #include <set>
 #include <string>
@@ -10,11 +11,13 @@
 #include "telephone/sip/MediaClock.h"
 #include "telephone/sip/MessageTap.h"
 #include "telephone/sip/Stack.h"
+#include "telephone/sip/TlsTransport.h"
 #include "telephone/sip/UserAgent.h"
 
 namespace telephone::sip {
 
 class NotifierImpl;
+class RegistrationImpl;
 
 // Our capabilities.
 constexpr char const* kAllow = "INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, REFER, NOTIFY, SUBSCRIBE";
@@ -29,10 +32,14 @@ struct Route
     std::string fromName;  // escaped for a quoted string
     std::string contactUser;
     std::string proxy;  // empty: none
+    std::string host;   // where the request goes
+    sip_transp transport = SIP_TRANSP_UDP;
 
     char const* fromNameOrNull() const { return fromName.empty() ? nullptr : fromName.c_str(); }
     std::uint32_t proxyCount() const { return proxy.empty() ? 0 : 1; }
 };
+
+sip_transp stackTransport(Transport transport);
 
 class Element : public std::enable_shared_from_this<Element>
 {
@@ -50,9 +57,18 @@ public:
     void close(std::shared_ptr<void> receiver);
     bool isClosed() const { return closed_; }
 
-    // The target with the account's transport added and "localhost" resolved. kBadInput: not a SIP URI, or without a
-    // proxy one whose host is not numeric.
-    [[nodiscard]] Outcome<Route> routeTo(Account const& account, std::string const& target) const;
+    // The target with the account's transport added and "localhost" resolved; with TLS this begins to use it.
+    // kBadInput: not a SIP URI, or without a proxy one whose host is not numeric. kUnavailable, kNotSupported: TLS,
+    // which cannot be used.
+    [[nodiscard]] Outcome<Route> routeTo(Account const& account, std::string const& target);
+    // As routeTo, for a request that is not a registration. kUnavailable: lines cannot register with that host, because
+    // TLS with it fails.
+    [[nodiscard]] Outcome<Route> usableRouteTo(Account const& account, std::string const& target);
+    // What an error of the stack means for a request on that route: 408 without an answer, kTlsFailed with the reason
+    // if TLS with the host failed, else 503.
+    Response failureOf(int error, Route const& route) const;
+    // Success for 0, else kUnavailable with the reason.
+    [[nodiscard]] Outcome<> sentTo(Route const& route, int error, std::string const& what) const;
     std::string localUri(std::string const& user, sip_transp transport) const;
     // The user of our Contact in answers to this request.
     std::string contactUserFor(sip_msg const& request) const;
@@ -71,8 +87,14 @@ public:
     MessageTap& tap() { return *tap_; }
     // Those that have accepted their subscription, for the receiver.
     std::set<NotifierImpl*>& notifiers() { return notifiers_; }
+    // All there are: told of connections that have ended.
+    std::set<RegistrationImpl*>& registrations() { return registrations_; }
+    // Null before the first use of TLS.
+    TlsTransport* tls() const { return tls_.get(); }
+    // Why registrations with a host fail for want of TLS, while they do.
+    std::map<std::string, std::string>& distrusted() { return distrusted_; }
     sa const& address() const { return address_; }
-    std::uint16_t port(sip_transp transport) const { return transport == SIP_TRANSP_TCP ? tcpPort_ : udpPort_; }
+    std::uint16_t port(sip_transp transport) const;
     ::sip* stack() const { return stack_; }
     sipsess_sock* sessionSocket() const { return sessionSocket_.get(); }
     sipevent_sock* eventSocket() const { return eventSocket_.get(); }
@@ -80,6 +102,8 @@ public:
 private:
     void bindUdp();
     void bindTcp();
+    Outcome<> openTls();
+    void onConnectionEnded(std::string const& host);
     void onTrace(bool sent, sip_transp transport, sa const& from, sa const& to, std::uint8_t const* packet,
                  std::size_t size);
 
@@ -88,12 +112,16 @@ private:
     MediaClock clock_;
     std::shared_ptr<MessageTap> tap_;
     std::set<NotifierImpl*> notifiers_;
+    std::set<RegistrationImpl*> registrations_;
+    std::map<std::string, std::string> distrusted_;
     std::shared_ptr<void const> sessionToken_ = std::make_shared<char>();
     sa address_{};
     std::uint16_t udpPort_ = 0;
     std::uint16_t tcpPort_ = 0;
+    std::uint16_t tlsPort_ = 0;
     bool closed_ = false;
     ::sip* stack_ = nullptr;
+    std::shared_ptr<TlsTransport> tls_;
     Ref<sipsess_sock> sessionSocket_;
     Ref<sipevent_sock> eventSocket_;
 };

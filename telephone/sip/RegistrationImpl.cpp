@@ -42,6 +42,7 @@ RegistrationImpl::RegistrationImpl(std::shared_ptr<Element> element, Account acc
     , wait_(account_.retryFirst)
     , asked_(account_.expires)
 {
+    element_->registrations().insert(this);
     // Later, because the caller does not hold the registration yet.
     due_.start(std::chrono::milliseconds(0), [this] { send(); });
 }
@@ -49,6 +50,8 @@ RegistrationImpl::RegistrationImpl(std::shared_ptr<Element> element, Account acc
 RegistrationImpl::~RegistrationImpl()
 {
     std::lock_guard guard(element_->loop());
+    element_->registrations().erase(this);
+    element_->distrusted().erase(host_);
     if (request_) {
         request_->abandon();
     }
@@ -72,6 +75,10 @@ Outcome<> RegistrationImpl::prepare()
         return tl::unexpected(made.error());
     }
     request_ = *made;
+    host_ = route->host;
+    if (element_->tls() != nullptr) {
+        element_->tls()->addServer(host_);
+    }
     return {};
 }
 
@@ -85,21 +92,46 @@ void RegistrationImpl::send()
     auto const answered = [this](int error, sip_msg const* message) { onAnswer(error, message); };
     Headers const headers{{"Allow", kAllow}, {"Supported", kSupported}};
     if (auto const started = request_->send("REGISTER", replyTail(headers, {}), asked_, answered); !started) {
-        fail(503, started.error().reason);
+        fail(kTlsFailed, started.error().reason);
         return;
     }
+    waits_ = true;
     silence_.start(account_.answerTimeout, [this] {
         touch(PhoneTimer::kRegistrarSilent);
+        waits_ = false;
         request_->abandon();
         fail(408, "Request Timeout");
     });
 }
 
+// The stack does not tell of a connection that ends after the request has been sent, as one does whose far end finds
+// that the telephone shows no certificate.
+void RegistrationImpl::onConnectionEnded(std::string const& host)
+{
+    if (!waits_ || host != host_) {
+        return;
+    }
+    TlsTransport const& tls = *element_->tls();
+    std::string reason = tls.failureOf(host);
+    if (reason.empty()) {
+        reason = host + " ended the connection before it answered";
+    }
+    if (!tls.showsCertificate()) {
+        reason += "; it may ask for a certificate, and sip.certificate is empty";
+    }
+    request_->abandon();
+    silence_.cancel();
+    waits_ = false;
+    fail(kTlsFailed, reason);
+}
+
 void RegistrationImpl::onAnswer(int error, sip_msg const* message)
 {
     silence_.cancel();
+    waits_ = false;
     if (error || !message) {
-        fail(statusOf(error), errorText(error));
+        Response const failure = request_->failureOf(error);
+        fail(failure.status, failure.reason);
         return;
     }
     if (message->scode < 300) {
@@ -130,6 +162,7 @@ std::uint32_t RegistrationImpl::grantedBy(sip_msg const& message) const
 void RegistrationImpl::onAccepted(sip_msg const& message)
 {
     wait_ = account_.retryFirst;
+    element_->distrusted().erase(host_);
     std::uint32_t const granted = grantedBy(message);
     if (granted == 0) {
         fail(503, "the registrar granted 0 seconds");
@@ -146,6 +179,9 @@ void RegistrationImpl::onAccepted(sip_msg const& message)
 void RegistrationImpl::fail(int status, std::string const& reason)
 {
     registered_ = false;
+    if (status == kTlsFailed) {
+        element_->distrusted()[host_] = reason;
+    }
     element_->log(LogLevel::kWarning, "Registration of " + account_.addressOfRecord() +
                                           " failed: " + std::to_string(status) + " " + reason);
     if (!isPermanent(status)) {

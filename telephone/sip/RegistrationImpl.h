@@ -13,6 +13,9 @@ public:
     RegistrationImpl(std::shared_ptr<Element> element, Account account, RegistrationObserver& observer);
     ~RegistrationImpl() override;
 
+    // A TLS connection to the host has ended.
+    void onConnectionEnded(std::string const& host);
+
 private:
     Outcome<> prepare();
     void send();
@@ -29,6 +32,8 @@ private:
     Timer silence_;  // limits the wait for an answer
     std::chrono::milliseconds wait_;
     std::uint32_t asked_;
+    std::string host_;    // of the registrar
+    bool waits_ = false;  // for an answer
     bool registered_ = false;
 };
 

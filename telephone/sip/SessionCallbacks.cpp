@@ -196,6 +196,7 @@ void SessionImpl::onRefer(::sip* /*stack*/, sip_msg const& message)
 Closing SessionImpl::closingOf(int error, sip_msg const* message) const
 {
     bool const wasEstablished = state_ == SessionState::kEstablished || state_ == SessionState::kAnswering;
+    bool const isSending = outgoing_ && state_ == SessionState::kCalling && !message;
     Closing closing;
     closing.reasonHeader = closingReason_;
     if (message && message->scode >= 300) {
@@ -208,6 +209,9 @@ Closing SessionImpl::closingOf(int error, sip_msg const* message) const
         closing.cause = CloseCause::kTimeout;
         closing.status = 408;
         closing.text = "Request Timeout";
+    } else if (isSending && (error == EPROTO || error == ECONNRESET)) {
+        closing.status = kTlsFailed;
+        closing.text = element_->failureOf(error, route_).reason;
     } else if (error == ECONNRESET && !message) {
         closing.cause = wasEstablished || outgoing_ ? CloseCause::kRemoteHangUp : CloseCause::kCancelled;
     } else {
@@ -257,7 +261,7 @@ void SessionImpl::onInfoAnswered(PendingInfo& pending, int error, sip_msg const*
     if (!done) {
         return;
     }
-    done(message ? responseOf(*message) : Response{503, errorText(error), {}, {}});
+    done(message ? responseOf(*message) : element_->failureOf(error, route_));
 }
 
 void SessionImpl::onInviteRefused(Response const& response)

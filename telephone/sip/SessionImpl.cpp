@@ -122,7 +122,7 @@ Outcome<> SessionImpl::start()
         dialogId_.callId = sip_dialog_callid(sipsess_dialog(session_.get()));
         element_->tap().add(dialogId_.callId, *this);
     }
-    return sent(error, "INVITE to " + route_.target);
+    return element_->sentTo(route_, error, "INVITE to " + route_.target);
 }
 
 bool SessionImpl::begin()
@@ -158,9 +158,7 @@ void SessionImpl::setObserver(SessionObserver* observer)
 
 std::string SessionImpl::localContact() const
 {
-    bool const tcp =
-        outgoing_ ? request_.account.transport == Transport::kTcp : invite_->request().tp == SIP_TRANSP_TCP;
-    return element_->localUri(contactUser_, tcp ? SIP_TRANSP_TCP : SIP_TRANSP_UDP);
+    return element_->localUri(contactUser_, outgoing_ ? route_.transport : invite_->request().tp);
 }
 
 bool SessionImpl::supportsTelephoneEvents() const
@@ -314,9 +312,7 @@ Outcome<> SessionImpl::fallSilent()
     if (state_ == SessionState::kClosed) {
         return refuse(RefusalKind::kWrongState, "the call has ended");
     }
-    bool const udp =
-        outgoing_ ? request_.account.transport == Transport::kUdp : invite_->request().tp == SIP_TRANSP_UDP;
-    if (!udp) {
+    if ((outgoing_ ? route_.transport : invite_->request().tp) != SIP_TRANSP_UDP) {
         return refuse(RefusalKind::kNotSupported, "only a call over UDP can fall silent");
     }
     element_->tap().silence(*this);

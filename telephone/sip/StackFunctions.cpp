@@ -5,6 +5,7 @@
 
 #include "telephone/sip/MemorySockets.h"
 #include "telephone/sip/StackTimers.h"
+#include "telephone/sip/TlsTransport.h"
 #include "telephone/time/VirtualTime.h"
 
 using namespace telephone::sip;
@@ -137,4 +138,29 @@ int our_tcp_conn_local_get(tcp_conn const* connection, sa* local)
 int our_tcp_send(tcp_conn* connection, mbuf* buffer)
 {
     return isVirtual() ? sendOver(*connection, *buffer) : stack_tcp_send(connection, buffer);
+}
+
+// --- TLS: whom a connection is for, and whether it may carry a message
+
+int our_sip_request(struct sip_request** made, sip* stack, bool stateful, char const* method, int methodSize,
+                    char const* target, int targetSize, uri const* route, mbuf* message, std::size_t sortKey,
+                    sip_send_h* sends, sip_resp_h* answered, void* argument)
+{
+    return stack_sip_request(made, stack, stateful, method, methodSize, target, targetSize, SendableRoute(*route).get(),
+                             message, sortKey, sends, answered, argument);
+}
+
+int our_sip_transp_send(sip_connqent** queued, sip* stack, void* connection, sip_transp transport, sa const* to,
+                        mbuf* message, void (*done)(int error, void* argument), void* argument)
+{
+    auto const send = [=] {
+        return stack_sip_transp_send(queued, stack, connection, transport, to, message, done, argument);
+    };
+    return transport == SIP_TRANSP_TLS ? sendOverTls(stack, *to, *message, connection != nullptr, send) : send();
+}
+
+int our_tls_start_tcp(tls_conn** made, tls* context, tcp_conn* socket, int layer)
+{
+    int const error = stack_tls_start_tcp(made, context, socket, layer);
+    return error ? error : TlsTransport::begin(*context, **made, *socket);
 }

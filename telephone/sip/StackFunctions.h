@@ -7,6 +7,11 @@
 #include "telephone/sip/Stack.h"
 
 extern "C" {
+// Not declared by the stack's headers.
+struct sip_connqent;
+int sip_transp_send(sip_connqent** queued, sip* stack, void* connection, sip_transp transport, sa const* to,
+                    mbuf* message, void (*done)(int error, void* argument), void* argument);
+
 #define STACK_FUNCTION(name) decltype(name) our_##name, stack_##name;
 #include "telephone/sip/StackFunctions.def"
 #undef STACK_FUNCTION

@@ -1,6 +1,6 @@
 // A SIP user agent on its own address: a telephone, or an exchange. Several may share one event loop. It listens on UDP
-// and TCP, passes incoming requests to its observer, and makes outgoing sessions, registrations, subscriptions and
-// requests.
+// and TCP, and on TLS where it is configured, passes incoming requests to its observer, and makes outgoing sessions,
+// registrations, subscriptions and requests.
 //
 // It answers by itself: OPTIONS (200, or 404 for an unknown user), unsupported extensions in Require (420), unknown
 // methods (405), unsolicited NOTIFY (200), retransmissions and CANCEL. Packets that are not SIP are dropped.
@@ -25,6 +25,7 @@
 #include "telephone/sip/Registration.h"
 #include "telephone/sip/Session.h"
 #include "telephone/sip/Subscription.h"
+#include "telephone/sip/TlsConfig.h"
 #include "telephone/sip/Transfer.h"
 
 namespace telephone::sip {
@@ -38,6 +39,9 @@ struct UserAgentConfig
     std::string address = "127.0.0.1";                // numeric
     std::uint16_t udpPort = 0;                        // 0: chosen
     std::uint16_t tcpPort = 0;                        // 0: the UDP port where it is free, else chosen
+    std::uint16_t tlsPort = 0;                        // 0: chosen
+    std::optional<TlsConfig> tls;                     // none: no TLS
+    bool tlsFromTheStart = false;                     // otherwise from the first use, to save the memory
     std::string name = "telephone";                   // User-Agent and Server
     std::vector<std::string> codecs{"PCMU", "PCMA"};  // in the order of preference
     bool telephoneEvents = true;                      // offer RFC 4733
@@ -93,12 +97,13 @@ public:
     std::string address() const;
     std::uint16_t udpPort() const;
     std::uint16_t tcpPort() const;
+    std::uint16_t tlsPort() const;  // 0 before the first use of TLS
     // "address:port", the domain of its users.
     std::string hostPort(Transport transport = Transport::kUdp) const;
 
     // Sends an INVITE or a SUBSCRIBE; what follows comes to the observer, never from within the call. kBadInput: the
     // target is not a SIP URI with a numeric host (any host will do behind a proxy). kUnavailable: the stack cannot
-    // send.
+    // send, or lines cannot register with the host because TLS with it fails. kNotSupported: TLS, without any.
     [[nodiscard]] Outcome<std::unique_ptr<Session>> call(CallRequest const& request, SessionObserver& observer);
     [[nodiscard]] Outcome<std::unique_ptr<Subscription>>
     subscribe(Account const& account, SubscriptionRequest const& request, SubscriptionObserver& observer);
