@@ -59,6 +59,7 @@ struct SipConfiguration
     Transport transport = Transport::kUdp;
     std::string certificate;  // PEM files for TLS; both or neither
     std::string key;
+    int keepAlive = 120;  // seconds between keep-alives over TCP and TLS, at most; 0: none
     std::string userAgent = "reference telephone";
 };
 

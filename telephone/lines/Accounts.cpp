@@ -39,6 +39,7 @@ sip::Account accountOf(LineConfiguration const& line, Configuration const& confi
     account.authUser = first(line.authUser, account.user);
     account.password = first(line.password, server.defaultPassword);
     account.transport = transportOf(configuration.sip.transport);
+    account.keepAlive = std::chrono::seconds(configuration.sip.keepAlive);
     account.expires = static_cast<std::uint32_t>(configuration.server.expires);
     return account;
 }

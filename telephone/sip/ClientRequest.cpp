@@ -6,9 +6,9 @@ Outcome<std::shared_ptr<ClientRequest>> ClientRequest::make(std::shared_ptr<Elem
                                                             Route const& route, std::string const& to)
 {
     auto request = std::make_shared<ClientRequest>(std::move(element), account, route);
-    char const* proxies[] = {route.proxy.c_str()};
+    auto proxies = route.proxyTexts();
     int error = sip_dialog_alloc(request->dialog_.out(), route.target.c_str(), to.c_str(), route.fromNameOrNull(),
-                                 route.fromUri.c_str(), proxies, route.proxyCount());
+                                 route.fromUri.c_str(), proxies.data(), static_cast<std::uint32_t>(proxies.size()));
     if (!error) {
         error = sip_auth_alloc(request->auth_.out(), answerChallenge, request->credentials_.get(), true);
     }
@@ -59,7 +59,9 @@ int ClientRequest::writeContact(sip_transp transport, sa const& source, sa const
         return 0;
     }
     contact_ = "sip:" + route_.contactUser + "@" + addressText(source) + sip_transp_param(transport);
-    std::string const header = "Contact: <" + contact_ + ">;expires=" + std::to_string(*contactExpires_) + "\r\n";
+    std::string const& instance = element_->config().instance;
+    std::string const header = "Contact: <" + contact_ + ">;expires=" + std::to_string(*contactExpires_) +
+                               (instance.empty() ? "" : ";+sip.instance=\"<" + instance + ">\"") + "\r\n";
     return mbuf_write_str(&buffer, header.c_str());
 }
 

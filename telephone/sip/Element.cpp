@@ -48,6 +48,35 @@ sip_transp transportOf(Uri const& uri)
     return found == kTransports.end() ? SIP_TRANSP_UDP : found->stack;
 }
 
+// Asks for the transport, unless the address names one.
+void useTransport(Transport transport, Uri& uri)
+{
+    auto const* const parameter = std::ranges::find(kTransports, transport, &TransportNames::transport)->parameter;
+    if (parameter != nullptr && uri.scheme == "sip" && !uri.parameter("transport")) {
+        uri.setParameter("transport", parameter);
+    }
+}
+
+std::vector<std::string> proxiesOf(Account const& account)
+{
+    return account.proxy.empty() ? std::vector<std::string>() : std::vector<std::string>{account.proxy};
+}
+
+// Refused for a host that is not an address, or one that nobody has in virtual time.
+Outcome<> checkNumeric(Uri const& uri)
+{
+    sa address{};
+    if (sa_set_str(&address, uri.host.c_str(), uri.port == 0 ? std::uint16_t{SIP_PORT} : uri.port) != 0) {
+        return refuse(RefusalKind::kBadInput, "host \"" + uri.host + "\" is not an IP address");
+    }
+    if (isVirtual() && !isInMemory(address)) {
+        return refuse(RefusalKind::kUnavailable,
+                      "in virtual time only the telephone and its exchange can be reached, and neither is at " +
+                          addressText(address));
+    }
+    return {};
+}
+
 }  // namespace
 
 void throwOnError(int error, std::string const& what)
@@ -60,6 +89,13 @@ void throwOnError(int error, std::string const& what)
 sip_transp stackTransport(Transport transport)
 {
     return std::ranges::find(kTransports, transport, &TransportNames::transport)->stack;
+}
+
+std::vector<char const*> Route::proxyTexts() const
+{
+    std::vector<char const*> texts(proxies.size());
+    std::ranges::transform(proxies, texts.begin(), &std::string::c_str);
+    return texts;
 }
 
 Element::Element(EventLoop& loop, UserAgentConfig config)
@@ -256,15 +292,28 @@ void Element::answer(sip_msg const& request, std::uint16_t status, char const* r
     (void)sip_treplyf(nullptr, nullptr, stack_, &request, false, status, reason, "%s", replyTail(headers, {}).c_str());
 }
 
+void Element::setServiceRoute(Account const& account, std::vector<std::string> const& proxies)
+{
+    auto& route = serviceRoutes_[account.addressOfRecord()];
+    route = proxies;
+    if (auto first = proxies.empty() ? std::nullopt : Uri::parse(proxies.front())) {
+        useTransport(account.transport, *first);
+        route.front() = first->format();
+    }
+}
+
 Outcome<Route> Element::usableRouteTo(Account const& account, std::string const& target)
 {
-    return routeTo(account, target).and_then([this](Route&& route) -> Outcome<Route> {
-        auto const found = distrusted_.find(route.host);
-        if (route.transport == SIP_TRANSP_TLS && found != distrusted_.end()) {
-            return refuse(RefusalKind::kUnavailable, found->second);
-        }
-        return std::move(route);
-    });
+    auto const named = serviceRoutes_.find(account.addressOfRecord());
+    bool const isNamed = named != serviceRoutes_.end() && !named->second.empty();
+    return route(account, target, isNamed ? named->second : proxiesOf(account))
+        .and_then([this](Route&& route) -> Outcome<Route> {
+            auto const found = distrusted_.find(route.host);
+            if (route.transport == SIP_TRANSP_TLS && found != distrusted_.end()) {
+                return refuse(RefusalKind::kUnavailable, found->second);
+            }
+            return std::move(route);
+        });
 }
 
 Response Element::failureOf(int error, Route const& route) const
@@ -290,6 +339,11 @@ Outcome<> Element::sentTo(Route const& route, int error, std::string const& what
 
 Outcome<Route> Element::routeTo(Account const& account, std::string const& target)
 {
+    return route(account, target, proxiesOf(account));
+}
+
+Outcome<Route> Element::route(Account const& account, std::string const& target, std::vector<std::string> proxies)
+{
     auto uri = Uri::parse(target);
     if (!uri || (uri->scheme != "sip" && uri->scheme != "sips")) {
         return refuse(RefusalKind::kBadInput, "\"" + target + "\" is not a SIP URI");
@@ -297,24 +351,15 @@ Outcome<Route> Element::routeTo(Account const& account, std::string const& targe
     if (equalsIgnoringCase(uri->host, "localhost")) {
         uri->host = "127.0.0.1";
     }
-    auto const names = std::ranges::find(kTransports, account.transport, &TransportNames::transport);
-    if (names->parameter != nullptr && uri->scheme == "sip" && !uri->parameter("transport")) {
-        uri->setParameter("transport", names->parameter);
-    }
-    sa resolved{};
-    if (account.proxy.empty() && sa_set_str(&resolved, uri->host.c_str(), SIP_PORT) != 0) {
-        return refuse(RefusalKind::kBadInput, "host \"" + uri->host + "\" is not an IP address");
-    }
-    sa_set_port(&resolved, uri->port == 0 ? std::uint16_t{SIP_PORT} : uri->port);
-    if (isVirtual() && account.proxy.empty() && !isInMemory(resolved)) {
-        return refuse(RefusalKind::kUnavailable,
-                      "in virtual time only the telephone and its exchange can be reached, and neither is at " +
-                          addressText(resolved));
+    useTransport(account.transport, *uri);
+    bool const isDirect = proxies.empty();
+    auto const hop = isDirect ? *uri : Uri::parse(proxies.front()).value_or(Uri());
+    if (auto const reachable = isDirect ? checkNumeric(hop) : Outcome<>(); !reachable) {
+        return tl::unexpected(reachable.error());
     }
     Route route;
-    auto const hop = account.proxy.empty() ? uri : Uri::parse(account.proxy);
-    route.host = hop ? hop->host : std::string();
-    route.transport = hop ? transportOf(*hop) : SIP_TRANSP_UDP;
+    route.host = hop.host;
+    route.transport = transportOf(hop);
     if (auto const opened = route.transport == SIP_TRANSP_TLS ? openTls() : Outcome<>(); !opened) {
         return tl::unexpected(opened.error());
     }
@@ -329,7 +374,7 @@ Outcome<Route> Element::routeTo(Account const& account, std::string const& targe
         route.fromName = quoted.substr(1, quoted.rfind("\" <") - 1);
     }
     route.contactUser = escapeUser(account.user.empty() ? config_.name : account.user);
-    route.proxy = account.proxy;
+    route.proxies = std::move(proxies);
     return route;
 }
 

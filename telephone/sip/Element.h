@@ -7,6 +7,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "telephone/sip/MediaClock.h"
 #include "telephone/sip/MessageTap.h"
@@ -31,12 +32,13 @@ struct Route
     std::string fromUri;
     std::string fromName;  // escaped for a quoted string
     std::string contactUser;
-    std::string proxy;  // empty: none
-    std::string host;   // where the request goes
+    std::vector<std::string> proxies;  // those that it passes, in order
+    std::string host;                  // where the request goes
     sip_transp transport = SIP_TRANSP_UDP;
 
     char const* fromNameOrNull() const { return fromName.empty() ? nullptr : fromName.c_str(); }
-    std::uint32_t proxyCount() const { return proxy.empty() ? 0 : 1; }
+    // For the functions of the stack, which take pointers; valid as long as the route.
+    std::vector<char const*> proxyTexts() const;
 };
 
 sip_transp stackTransport(Transport transport);
@@ -64,6 +66,8 @@ public:
     // As routeTo, for a request that is not a registration. kUnavailable: lines cannot register with that host, because
     // TLS with it fails.
     [[nodiscard]] Outcome<Route> usableRouteTo(Account const& account, std::string const& target);
+    // The proxies that the registrar named for the requests of an account (RFC 3608); none: no Service-Route.
+    void setServiceRoute(Account const& account, std::vector<std::string> const& proxies);
     // What an error of the stack means for a request on that route: 408 without an answer, kTlsFailed with the reason
     // if TLS with the host failed, else 503.
     Response failureOf(int error, Route const& route) const;
@@ -102,6 +106,7 @@ public:
 private:
     void bindUdp();
     void bindTcp();
+    Outcome<Route> route(Account const& account, std::string const& target, std::vector<std::string> proxies);
     Outcome<> openTls();
     void onConnectionEnded(std::string const& host);
     void onTrace(bool sent, sip_transp transport, sa const& from, sa const& to, std::uint8_t const* packet,
@@ -114,6 +119,7 @@ private:
     std::set<NotifierImpl*> notifiers_;
     std::set<RegistrationImpl*> registrations_;
     std::map<std::string, std::string> distrusted_;
+    std::map<std::string, std::vector<std::string>> serviceRoutes_;  // by address of record
     std::shared_ptr<void const> sessionToken_ = std::make_shared<char>();
     sa address_{};
     std::uint16_t udpPort_ = 0;

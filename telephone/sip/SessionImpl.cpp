@@ -111,13 +111,14 @@ Outcome<> SessionImpl::start()
         headers.add("Referred-By", request_.referredBy);
     }
     std::string const extra = withCapabilities(headers) + request_.headers.format();
-    char const* proxies[] = {route_.proxy.c_str()};
+    auto proxies = route_.proxyTexts();
     int const error = sipsess_connect(
         session_.out(), element_->sessionSocket(), route_.target.c_str(), route_.fromNameOrNull(),
-        route_.fromUri.c_str(), contactUser_.c_str(), proxies, route_.proxyCount(), kSdpType, description.get(),
-        answerChallenge, credentials_.get(), true, handlerOf<&SessionImpl::onOffer>, handlerOf<&SessionImpl::onAnswer>,
-        handlerOf<&SessionImpl::onProgress>, handlerOf<&SessionImpl::onEstablished>, handlerOf<&SessionImpl::onInfo>,
-        handlerOf<&SessionImpl::onRefer>, handlerOf<&SessionImpl::onClose>, this, "%s", extra.c_str());
+        route_.fromUri.c_str(), contactUser_.c_str(), proxies.data(), static_cast<std::uint32_t>(proxies.size()),
+        kSdpType, description.get(), answerChallenge, credentials_.get(), true, handlerOf<&SessionImpl::onOffer>,
+        handlerOf<&SessionImpl::onAnswer>, handlerOf<&SessionImpl::onProgress>, handlerOf<&SessionImpl::onEstablished>,
+        handlerOf<&SessionImpl::onInfo>, handlerOf<&SessionImpl::onRefer>, handlerOf<&SessionImpl::onClose>, this, "%s",
+        extra.c_str());
     if (!error) {
         dialogId_.callId = sip_dialog_callid(sipsess_dialog(session_.get()));
         element_->tap().add(dialogId_.callId, *this);

@@ -3,6 +3,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "telephone/sip/ConnectionOptions.h"
 #include "telephone/sip/MemorySockets.h"
 #include "telephone/sip/StackTimers.h"
 #include "telephone/sip/TlsTransport.h"
@@ -76,7 +77,7 @@ void our_tmr_start(tmr* timer, std::uint64_t delay, tmr_h* handler, void* argume
     }
 }
 
-// --- sockets: in virtual time through the network in memory
+// --- sockets: in virtual time through the network in memory; in real time connections have options
 
 int our_udp_listen(udp_sock** made, sa const* local, udp_recv_h* received, void* argument)
 {
@@ -112,8 +113,11 @@ int our_tcp_sock_local_get(tcp_sock const* socket, sa* local)
 int our_tcp_accept(tcp_conn** made, tcp_sock* socket, tcp_estab_h* established, tcp_recv_h* received,
                    tcp_close_h* closed, void* argument)
 {
-    return isVirtual() ? acceptConnection(made, *socket, {established, received, closed, argument})
-                       : stack_tcp_accept(made, socket, established, received, closed, argument);
+    if (isVirtual()) {
+        return acceptConnection(made, *socket, {established, received, closed, argument});
+    }
+    int const error = stack_tcp_accept(made, socket, established, received, closed, argument);
+    return error ? error : setConnectionOptions(**made);
 }
 
 void our_tcp_reject(tcp_sock* socket)
@@ -126,8 +130,11 @@ void our_tcp_reject(tcp_sock* socket)
 int our_tcp_connect(tcp_conn** made, sa const* peer, tcp_estab_h* established, tcp_recv_h* received,
                     tcp_close_h* closed, void* argument)
 {
-    return isVirtual() ? openConnection(made, *peer, {established, received, closed, argument})
-                       : stack_tcp_connect(made, peer, established, received, closed, argument);
+    if (isVirtual()) {
+        return openConnection(made, *peer, {established, received, closed, argument});
+    }
+    int const error = stack_tcp_connect(made, peer, established, received, closed, argument);
+    return error ? error : setConnectionOptions(**made);
 }
 
 int our_tcp_conn_local_get(tcp_conn const* connection, sa* local)

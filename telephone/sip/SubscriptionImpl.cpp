@@ -63,12 +63,13 @@ Outcome<> SubscriptionImpl::start(Account const& account)
     route_ = *route;
     makeCredentials(credentials_, account);
     Headers const headers = request_.accept.empty() ? Headers{} : Headers{{"Accept", request_.accept}};
-    char const* proxies[] = {route->proxy.c_str()};
-    int const error = sipevent_subscribe(
-        subscription_.out(), element_->eventSocket(), route->target.c_str(), route->fromNameOrNull(),
-        route->fromUri.c_str(), request_.event.c_str(), nullptr, request_.expires, route->contactUser.c_str(), proxies,
-        route->proxyCount(), answerChallenge, credentials_.get(), true, nullptr, handlerOf<&SubscriptionImpl::onNotify>,
-        handlerOf<&SubscriptionImpl::onClose>, this, "%s", headers.format().c_str());
+    auto proxies = route->proxyTexts();
+    int const error =
+        sipevent_subscribe(subscription_.out(), element_->eventSocket(), route->target.c_str(), route->fromNameOrNull(),
+                           route->fromUri.c_str(), request_.event.c_str(), nullptr, request_.expires,
+                           route->contactUser.c_str(), proxies.data(), static_cast<std::uint32_t>(proxies.size()),
+                           answerChallenge, credentials_.get(), true, nullptr, handlerOf<&SubscriptionImpl::onNotify>,
+                           handlerOf<&SubscriptionImpl::onClose>, this, "%s", headers.format().c_str());
     return element_->sentTo(*route, error, "SUBSCRIBE to " + request_.target);
 }
 

@@ -45,6 +45,7 @@ struct UserAgentConfig
     std::string name = "telephone";                   // User-Agent and Server
     std::vector<std::string> codecs{"PCMU", "PCMA"};  // in the order of preference
     bool telephoneEvents = true;                      // offer RFC 4733
+    std::string instance;                             // URN of the device in registrations (RFC 5626); may be empty
     std::chrono::milliseconds closingTime{500};       // longest wait of the destructor
     Logger log;
     std::function<bool()> traceMessages;  // asked for each message: whether to log it, at kDebug; null: never
