@@ -8,6 +8,8 @@
 #include <spdlog/fmt/fmt.h>
 
 #include "telephone/calls/EngineConfiguration.h"
+#include "telephone/calls/LogComponent.h"
+#include "telephone/framework/Log.h"
 #include "telephone/sip/EventLoop.h"
 
 namespace telephone {
@@ -33,13 +35,17 @@ CallList::CallList(Call::Surroundings const& surroundings, EngineConfiguration c
     : surroundings_(surroundings)
     , observers_(observers)
     , maximum_(static_cast<std::size_t>(std::max(configuration.maximumCalls, 0)))
-    , sources_(configuration.audioSource)
+    , sources_(configuration.audio, [](std::string const& reason) { log(kLogWarning, kComponent, "{}", reason); })
     , burial_(surroundings.loop)
     , quiet_(surroundings.loop)
     , lastCallID_(kFirstCallID - 1)
 {
+    if (sources_.loudspeaker() != nullptr) {
+        heard_.addListener(*sources_.loudspeaker());
+    }
     if (!configuration.heardFile.empty()) {
-        heard_ = std::make_unique<HeardRecorder>(configuration.heardFile);
+        heardFile_ = std::make_unique<WavWriter>(configuration.heardFile, 1);
+        heard_.addListener(*heardFile_);
     }
 }
 
@@ -183,23 +189,24 @@ std::unique_ptr<Call> CallList::make(int callID, LineAddress const& line, bool i
 Call& CallList::add(std::unique_ptr<Call> call)
 {
     calls_.push_back(std::move(call));
-    if (heard_) {
-        calls_.back()->audio().addTap(heard_->add(calls_.back()->id()));
+    if (heard_.hasListeners()) {
+        calls_.back()->audio().addTap(heard_.add(calls_.back()->id()));
     }
     return *calls_.back();
 }
 
 void CallList::remove(Call const& call)
 {
-    if (heard_) {
-        heard_->remove(call.id());
-    }
+    heard_.remove(call.id());
     auto const place = std::ranges::find(calls_, &call, &std::unique_ptr<Call>::get);
     if (place == calls_.end()) {
         return;
     }
     ended_.push_back(std::move(*place));
     calls_.erase(place);
+    if (calls_.empty()) {
+        sources_.rest();
+    }
     burial_.start(std::chrono::milliseconds(0), [this] { ended_.clear(); });
     // Fragmentation would otherwise keep the memory of ended calls.
     quiet_.start(kTransactionsOver, [] { (void)malloc_trim(0); });

@@ -15,8 +15,9 @@
 #include "telephone/calls/Call.h"
 #include "telephone/calls/CallObservers.h"
 #include "telephone/calls/CallSnapshot.h"
-#include "telephone/calls/HeardRecorder.h"
+#include "telephone/calls/HeardMix.h"
 #include "telephone/media/AudioSources.h"
+#include "telephone/media/WavWriter.h"
 #include "telephone/sip/Timer.h"
 
 namespace telephone {
@@ -73,7 +74,8 @@ private:
     CallObservers const& observers_;
     std::size_t const maximum_;
     AudioSources sources_;
-    std::unique_ptr<HeardRecorder> heard_;  // null: what is heard is not written
+    std::unique_ptr<WavWriter> heardFile_;  // null: what is heard is not written
+    HeardMix heard_;
     std::vector<std::unique_ptr<Call>> calls_;
     std::vector<std::unique_ptr<Call>> ended_;  // until the running callback has returned
     sip::Timer burial_;

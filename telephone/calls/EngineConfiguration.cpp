@@ -15,8 +15,9 @@ EngineConfiguration EngineConfiguration::from(Configuration const& configuration
     engine.agent.tlsFromTheStart =
         configuration.sip.transport == Transport::kTls || !configuration.sip.certificate.empty();
     engine.agent.name = configuration.sip.userAgent;
-    engine.audioSource = configuration.media.source;
-    engine.heardFile = configuration.media.heard;
+    auto const& media = configuration.media;
+    engine.audio = {media.source, media.microphone, media.loudspeaker};
+    engine.heardFile = media.heard;
     engine.maximumCalls = configuration.calls.maximum;
     engine.automaticRinging = configuration.calls.automaticRinging;
     engine.doNotDisturbStatus = configuration.calls.doNotDisturbStatus;

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <string>
 
+#include "telephone/media/AudioSources.h"
 #include "telephone/sip/UserAgent.h"
 
 namespace telephone {
@@ -13,8 +14,8 @@ struct Configuration;
 struct EngineConfiguration
 {
     sip::UserAgentConfig agent;
-    std::string audioSource = "tone";  // tone, silence, or a WAV file
-    std::string heardFile;             // WAV file for everything that is heard; empty: none
+    AudioSettings audio;
+    std::string heardFile;  // WAV file for everything that is heard; empty: none
     int maximumCalls = 100;
     bool automaticRinging = true;
     int doNotDisturbStatus = 486;

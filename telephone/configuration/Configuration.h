@@ -113,8 +113,10 @@ struct ExchangeNumberConfiguration
 
 struct MediaConfiguration
 {
-    std::string source = "tone";  // tone, silence, or a WAV file (8 kHz mono 16 bit, or converted)
-    std::string heard;            // WAV file for all received audio; empty: none
+    std::string source = "tone";  // tone, silence, device, or a WAV file (8 kHz mono 16 bit, or converted)
+    std::string microphone;       // of the source "device"; empty: the system's default
+    std::string loudspeaker;
+    std::string heard;  // WAV file for all received audio; empty: none
 };
 
 struct CallConfiguration

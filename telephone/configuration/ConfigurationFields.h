@@ -128,7 +128,9 @@ inline constexpr auto kExchangeNumber = std::to_array<ConfigurationField<Exchang
 });
 
 inline constexpr auto kMedia = std::to_array<ConfigurationField<MediaConfiguration>>({
-    {"source",              &MediaConfiguration::source,            "audio that the telephone sends: tone, silence, or a WAV file"},
+    {"source",              &MediaConfiguration::source,            "audio that the telephone sends: tone, silence, device (what the microphone hears), or a WAV file"},
+    {"microphone",          &MediaConfiguration::microphone,        "with the source device: its name, as telephone devices lists it; empty: the system's default"},
+    {"loudspeaker",         &MediaConfiguration::loudspeaker,       "the same, for what is heard"},
     {"heard",               &MediaConfiguration::heard,             "WAV file for all received audio; empty: none"},
 });
 

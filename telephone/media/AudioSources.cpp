@@ -1,14 +1,25 @@
 #include "telephone/media/AudioSources.h"
 
+#include <utility>
+
 #include "telephone/media/ToneSource.h"
 
 namespace telephone {
 
-AudioSources::AudioSources(std::string const& name)
-    : tone_(name == "tone")
+AudioSources::AudioSources(AudioSettings const& settings, SoundCard::Report report)
+    : tone_(settings.source == "tone")
 {
-    if (!tone_ && name != "silence") {
-        samples_ = loadSamples(name);
+    if (settings.source == "device") {
+        card_ = std::make_unique<SoundCard>(settings.microphone, settings.loudspeaker, std::move(report));
+    } else if (!tone_ && settings.source != "silence") {
+        samples_ = loadSamples(settings.source);
+    }
+}
+
+void AudioSources::rest() const
+{
+    if (card_) {
+        card_->rest();
     }
 }
 
@@ -16,6 +27,9 @@ std::unique_ptr<sip::AudioSource> AudioSources::make() const
 {
     if (tone_) {
         return std::make_unique<ToneSource>();
+    }
+    if (card_) {
+        return card_->makeMicrophone();
     }
     if (samples_) {
         return std::make_unique<WavSource>(samples_);

@@ -10,17 +10,19 @@
 
 namespace telephone {
 
-class WavWriter
+class WavWriter final : public sip::AudioSink
 {
 public:
     // Creates or empties the file; throws std::runtime_error, naming the file and the reason, if it cannot.
     WavWriter(std::string const& path, int channels);
-    ~WavWriter();
+    ~WavWriter() override;
     WavWriter(WavWriter const&) = delete;
     WavWriter& operator=(WavWriter const&) = delete;
 
     // To a mono file. False if the disk is full or gone, or the file is closed.
     bool write(sip::AudioFrame const& frame);
+    // The same; a frame that does not fit is lost.
+    void writeFrame(sip::AudioFrame const& frame) override { static_cast<void>(write(frame)); }
     // To a file with two channels.
     bool write(sip::AudioFrame const& left, sip::AudioFrame const& right);
     void close();

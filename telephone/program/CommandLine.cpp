@@ -190,6 +190,7 @@ void addCommands(CLI::App& app, CommandLine& line)
     store->add_option("WORDS", line.words, "list | get KEY | set KEY VALUE");
     // A value may begin with a minus sign.
     store->allow_extras(false);
+    add(app, line, Action::kDevices, "devices", "Lists the microphones and loudspeakers of this machine");
     CLI::App* const describe = add(app, line, Action::kDescribe, "describe", "Explains the protocol, or a name of it");
     CLI::Option* const name =
         describe->add_option("NAME", line.words, "Request, event, enumeration, element or value; without: an overview");

@@ -29,6 +29,7 @@ enum class Action
     kRequest,
     kWatch,
     kStore,
+    kDevices,
     kDescribe,
 };
 

@@ -32,6 +32,8 @@ using Talk = std::function<Outcome<bool>(Conversation& conversation)>;
 [[nodiscard]] Outcome<int> runWatch(CommandLine const& line, StopSignal const& stop);
 // The configuration store.
 [[nodiscard]] Outcome<int> runStore(CommandLine const& line);
+// The microphones and loudspeakers of this machine.
+[[nodiscard]] Outcome<int> runDevices(CommandLine const& line);
 // The description of the protocol; needs no telephone.
 [[nodiscard]] Outcome<int> runDescribe(CommandLine const& line);
 

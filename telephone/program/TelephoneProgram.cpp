@@ -131,6 +131,10 @@ Outcome<Configuration> fitToTime(Configuration const& configuration)
                                   "empty, or start with --time real",
                                   configuration.push.address));
     }
+    if (isVirtual() && configuration.media.source == "device") {
+        return refuse(RefusalKind::kNotSupported, "in virtual time there is no microphone and no loudspeaker: set "
+                                                  "media.source to another source, or start with --time real");
+    }
     return configuration;
 }
 

@@ -32,6 +32,8 @@ telephone::Outcome<int> run(telephone::CommandLine const& line, telephone::StopS
         return telephone::runWatch(line, stop);
     case Action::kStore:
         return telephone::runStore(line);
+    case Action::kDevices:
+        return telephone::runDevices(line);
     case Action::kDescribe:
         return telephone::runDescribe(line);
     }

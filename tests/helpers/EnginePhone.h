@@ -35,7 +35,7 @@ public:
 
         Options()
         {
-            engine.audioSource = "silence";
+            engine.audio.source = "silence";
             engine.messageWaiting = false;
         }
     };

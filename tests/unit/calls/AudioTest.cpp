@@ -90,7 +90,7 @@ protected:
     {
         EnginePhone::Options options;
         options.lines = {line};
-        options.engine.audioSource = file;
+        options.engine.audio.source = file;
         return options;
     }
 
@@ -223,7 +223,7 @@ TEST(Heard, IsWrittenToAFile)
     {
         EnginePhone::Options speaking;
         speaking.lines = {"4722"};
-        speaking.engine.audioSource = "tone";
+        speaking.engine.audio.source = "tone";
         EnginePhone bob(speaking);
         EnginePhone::Options listening;
         listening.engine.heardFile = path;
@@ -251,7 +251,7 @@ TEST(Heard, IsWrittenToAFile)
 TEST(Sources, FileThatCannotBeRead_IsRefusedWithItsName)
 {
     EnginePhone::Options options;
-    options.engine.audioSource = "/nowhere/at-all.wav";
+    options.engine.audio.source = "/nowhere/at-all.wav";
 
     try {
         EnginePhone phone(options);

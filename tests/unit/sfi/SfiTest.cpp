@@ -67,7 +67,7 @@ protected:
     static EngineConfiguration silent()
     {
         EngineConfiguration configuration;
-        configuration.audioSource = "silence";
+        configuration.audio.source = "silence";
         configuration.ringTime = std::chrono::milliseconds(50);
         return configuration;
     }

@@ -1,22 +1,22 @@
-// Writes everything that the telephone hears to one WAV file; calls heard at the same time are mixed. Owned by
-// CallList; called with the phone lock held.
+// Everything that the telephone hears, mixed for its listeners: the loudspeaker, a WAV file. Owned by CallList; called
+// with the phone lock held.
 #pragma once
 
 #include <map>
 #include <memory>
-#include <string>
+#include <vector>
 
 #include "telephone/calls/AudioTap.h"
 #include "telephone/media/FrameQueue.h"
-#include "telephone/media/WavWriter.h"
 
 namespace telephone {
 
-class HeardRecorder
+class HeardMix
 {
 public:
-    // Throws std::runtime_error when the file cannot be written.
-    explicit HeardRecorder(std::string const& path);
+    // Before the first call. The listener outlives the mix.
+    void addListener(sip::AudioSink& listener) { listeners_.push_back(&listener); }
+    bool hasListeners() const { return !listeners_.empty(); }
 
     // The tap for one call, which lives until it is removed.
     AudioTap& add(int callID);
@@ -25,20 +25,20 @@ public:
 private:
     struct Ear final : AudioTap
     {
-        Ear(HeardRecorder& owner, int id)
-            : recorder(owner)
+        Ear(HeardMix& owner, int id)
+            : mix(owner)
             , callID(id)
         {}
-        void onFrame(sip::AudioFrame const& heard, sip::AudioFrame const&) override { recorder.hear(*this, heard); }
+        void onFrame(sip::AudioFrame const& heard, sip::AudioFrame const&) override { mix.hear(*this, heard); }
 
-        HeardRecorder& recorder;
+        HeardMix& mix;
         int callID;
         FrameQueue frames;
     };
 
     void hear(Ear& ear, sip::AudioFrame const& heard);
 
-    WavWriter file_;
+    std::vector<sip::AudioSink*> listeners_;
     std::map<int, std::unique_ptr<Ear>> ears_;  // by call id
     int leader_ = 0;                            // the call whose frames set the pace
 };

@@ -1,26 +1,22 @@
-#include "telephone/calls/HeardRecorder.h"
+#include "telephone/calls/HeardMix.h"
 
 #include "telephone/media/Mixing.h"
 
 namespace telephone {
 
-HeardRecorder::HeardRecorder(std::string const& path)
-    : file_(path, 1)
-{}
-
-AudioTap& HeardRecorder::add(int callID)
+AudioTap& HeardMix::add(int callID)
 {
     auto& ear = ears_[callID];
     ear = std::make_unique<Ear>(*this, callID);
     return *ear;
 }
 
-void HeardRecorder::remove(int callID)
+void HeardMix::remove(int callID)
 {
     ears_.erase(callID);
 }
 
-void HeardRecorder::hear(Ear& ear, sip::AudioFrame const& heard)
+void HeardMix::hear(Ear& ear, sip::AudioFrame const& heard)
 {
     // With this many frames waiting, the leader has fallen silent, and another call takes the lead.
     constexpr std::size_t kPatience = 3;
@@ -36,7 +32,9 @@ void HeardRecorder::hear(Ear& ear, sip::AudioFrame const& heard)
             mixInto(mix, frame);
         }
     }
-    file_.write(mix);
+    for (sip::AudioSink* const listener : listeners_) {
+        listener->writeFrame(mix);
+    }
 }
 
 }  // namespace telephone
