@@ -54,6 +54,7 @@ private:
         places_.sip = placeOf(file.at_path("sip.address"));
         places_.server = placeOf(file.at_path("server.registrar"));
         places_.push = placeOf(file.at_path("push.address"));
+        places_.tls = placeOf(file.at_path("sip"));
         places_.exchange = placeOf(file.at_path("exchange"));
         places_.http = placeOf(file.at_path("http"));
         places_.exchangePassword = placeOf(file.at_path("exchange.password"));

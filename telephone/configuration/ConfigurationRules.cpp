@@ -68,7 +68,7 @@ private:
     {
         auto const& [sip, exchange] = std::tie(configuration_.sip, configuration_.exchange);
         if (sip.certificate.empty() != sip.key.empty()) {
-            return places_.refusal(places_.sip, fmt::format("sip.{} is missing: TLS takes a certificate and its key",
+            return places_.refusal(places_.tls, fmt::format("sip.{} is missing: TLS takes a certificate and its key",
                                                             sip.key.empty() ? "key" : "certificate"));
         }
         if (exchange.certificate.empty() != exchange.key.empty()) {
@@ -78,7 +78,7 @@ private:
         }
         bool const usesExchange = exchange.enabled && configuration_.server.registrar.empty();
         if (sip.transport == Transport::kTls && usesExchange && exchange.certificate.empty()) {
-            return places_.refusal(places_.sip, "sip.transport = \"tls\" needs exchange.certificate and exchange.key, "
+            return places_.refusal(places_.tls, "sip.transport = \"tls\" needs exchange.certificate and exchange.key, "
                                                 "because the lines register at the built-in exchange");
         }
         return {};
