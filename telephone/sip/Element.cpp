@@ -177,16 +177,9 @@ Outcome<> Element::openTls()
 
 void Element::onConnectionEnded(std::string const& host)
 {
-    // Later, because the stack is in the middle of it.
-    loop_.post([self = weak_from_this(), host] {
-        auto const element = self.lock();
-        auto const registrations = element ? element->registrations_ : std::set<RegistrationImpl*>();
-        for (RegistrationImpl* const each : registrations) {
-            if (element->registrations_.contains(each)) {
-                each->onConnectionEnded(host);
-            }
-        }
-    });
+    for (RegistrationImpl* const each : registrations_) {
+        each->onConnectionEnded(host);
+    }
 }
 
 std::uint16_t Element::port(sip_transp transport) const
@@ -323,16 +316,15 @@ Response Element::failureOf(int error, Route const& route) const
     if (!reason.empty()) {
         return {kTlsFailed, reason, {}, {}};
     }
-    if (isTls && error == EPROTO) {
-        return {kTlsFailed, "TLS with " + route.host + " fails", {}, {}};
-    }
     return {error == ETIMEDOUT ? 408 : 503, errorText(error), {}, {}};
 }
 
 Outcome<> Element::sentTo(Route const& route, int error, std::string const& what) const
 {
     if (error) {
-        return refuse(RefusalKind::kUnavailable, what + " cannot be sent: " + failureOf(error, route).reason);
+        Response const failure = failureOf(error, route);
+        return refuse(failure.status == kTlsFailed ? RefusalKind::kNotPermitted : RefusalKind::kUnavailable,
+                      what + " cannot be sent: " + failure.reason);
     }
     return {};
 }
@@ -358,7 +350,7 @@ Outcome<Route> Element::route(Account const& account, std::string const& target,
         return tl::unexpected(reachable.error());
     }
     Route route;
-    route.host = hop.host;
+    route.host = hop.parameter("maddr").value_or(hop.host);
     route.transport = transportOf(hop);
     if (auto const opened = route.transport == SIP_TRANSP_TLS ? openTls() : Outcome<>(); !opened) {
         return tl::unexpected(opened.error());

@@ -71,7 +71,7 @@ public:
     // What an error of the stack means for a request on that route: 408 without an answer, kTlsFailed with the reason
     // if TLS with the host failed, else 503.
     Response failureOf(int error, Route const& route) const;
-    // Success for 0, else kUnavailable with the reason.
+    // Success for 0, else kUnavailable with the reason, or kNotPermitted if TLS with the host failed.
     [[nodiscard]] Outcome<> sentTo(Route const& route, int error, std::string const& what) const;
     std::string localUri(std::string const& user, sip_transp transport) const;
     // The user of our Contact in answers to this request.

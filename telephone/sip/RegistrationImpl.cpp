@@ -70,6 +70,7 @@ RegistrationImpl::RegistrationImpl(std::shared_ptr<Element> element, Account acc
 RegistrationImpl::~RegistrationImpl()
 {
     std::lock_guard guard(element_->loop());
+    connection_.reset();
     element_->registrations().erase(this);
     element_->distrusted().erase(host_);
     element_->setServiceRoute(account_, {});
@@ -113,7 +114,7 @@ void RegistrationImpl::send()
     auto const answered = [this](int error, sip_msg const* message) { onAnswer(error, message); };
     Headers const headers{{"Allow", kAllow}, {"Supported", kSupported}};
     if (auto const started = request_->send("REGISTER", replyTail(headers, {}), asked_, answered); !started) {
-        fail(kTlsFailed, started.error().reason);
+        fail(started.error().kind == RefusalKind::kNotPermitted ? kTlsFailed : 503, started.error().reason);
         return;
     }
     waits_ = true;
@@ -129,21 +130,25 @@ void RegistrationImpl::send()
 // that the telephone shows no certificate.
 void RegistrationImpl::onConnectionEnded(std::string const& host)
 {
-    if (!waits_ || host != host_) {
-        return;
+    // Later, because the stack is in the middle of it, and may yet tell the request.
+    if (waits_ && host == host_) {
+        due_.start(std::chrono::milliseconds(0), [this] { failWithoutAnswer(); });
     }
+}
+
+void RegistrationImpl::failWithoutAnswer()
+{
     TlsTransport const& tls = *element_->tls();
-    std::string reason = tls.failureOf(host);
-    if (reason.empty()) {
-        reason = host + " ended the connection before it answered";
-    }
-    if (!tls.showsCertificate()) {
-        reason += "; it may ask for a certificate, and sip.certificate is empty";
-    }
+    std::string const known = tls.failureOf(host_);
+    std::string const reason = known.empty() ? host_ + " ended the connection before it answered" : known;
     request_->abandon();
     silence_.cancel();
     waits_ = false;
-    fail(kTlsFailed, reason);
+    if (tls.showsCertificate()) {
+        fail(known.empty() ? 503 : kTlsFailed, reason);
+    } else {
+        fail(kTlsFailed, reason + "; it may ask for a certificate, and sip.certificate is empty");
+    }
 }
 
 void RegistrationImpl::onAnswer(int error, sip_msg const* message)
@@ -222,6 +227,7 @@ void RegistrationImpl::onConnectionLost()
         wait_ = account_.retryFirst;
     }
     silence_.cancel();  // an answer that was due will not come
+    waits_ = false;
     retryAfter(lasted ? std::chrono::milliseconds(0) : nextPause());
 }
 

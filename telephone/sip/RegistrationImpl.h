@@ -24,6 +24,7 @@ private:
     Outcome<> prepare();
     void send();
     void onAnswer(int error, sip_msg const* message);
+    void failWithoutAnswer();
     void onAccepted(sip_msg const& message);
     void watchConnection(sip_msg const& message);
     void onConnectionLost();

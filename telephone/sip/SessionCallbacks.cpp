@@ -197,6 +197,7 @@ Closing SessionImpl::closingOf(int error, sip_msg const* message) const
 {
     bool const wasEstablished = state_ == SessionState::kEstablished || state_ == SessionState::kAnswering;
     bool const isSending = outgoing_ && state_ == SessionState::kCalling && !message;
+    Response const failure = element_->failureOf(error, route_);
     Closing closing;
     closing.reasonHeader = closingReason_;
     if (message && message->scode >= 300) {
@@ -209,9 +210,9 @@ Closing SessionImpl::closingOf(int error, sip_msg const* message) const
         closing.cause = CloseCause::kTimeout;
         closing.status = 408;
         closing.text = "Request Timeout";
-    } else if (isSending && (error == EPROTO || error == ECONNRESET)) {
-        closing.status = kTlsFailed;
-        closing.text = element_->failureOf(error, route_).reason;
+    } else if (isSending && (failure.status == kTlsFailed || error == ECONNRESET)) {
+        closing.status = failure.status;
+        closing.text = failure.reason;
     } else if (error == ECONNRESET && !message) {
         closing.cause = wasEstablished || outgoing_ ? CloseCause::kRemoteHangUp : CloseCause::kCancelled;
     } else {
@@ -280,7 +281,7 @@ bool SessionImpl::takeRedirection(Response const& response)
     bool const calling = state_ == SessionState::kCalling || state_ == SessionState::kEarly;
     auto const contact = NameAddr::parse(response.headers.value("Contact"));
     if (!outgoing_ || !calling || redirections_ >= kMostRedirections || !contact ||
-        !element_->routeTo(request_.account, contact->uri.format())) {
+        !element_->usableRouteTo(request_.account, contact->uri.format())) {
         return false;
     }
     redirection_ = response;
@@ -293,7 +294,7 @@ bool SessionImpl::followRedirection()
     redirection_.reset();
     ++redirections_;
     std::string const contact = NameAddr::parse(response.headers.value("Contact"))->uri.format();
-    auto const route = element_->routeTo(request_.account, contact);
+    auto const route = element_->usableRouteTo(request_.account, contact);
     for (char const* name : {"Diversion", "History-Info"}) {
         for (auto const& value : response.headers.values(name)) {
             request_.headers.add(name, value);

@@ -84,6 +84,10 @@ struct TlsTransport::Connection
         if (found != transport->connections_.end() && found->second == this) {
             transport->connections_.erase(found);
         }
+        bool const isIncomplete = outgoing && !established && SSL_in_before(&ssl) == 0;
+        if (isIncomplete && transport->failureOf(host).empty()) {
+            transport->fail(host, host + " does not complete the handshake of TLS");
+        }
         if (outgoing && transport->handlers_.ended) {
             transport->handlers_.ended(host);
         }

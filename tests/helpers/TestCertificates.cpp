@@ -55,8 +55,8 @@ TestCertificates::Files TestCertificates::next()
 TestCertificates::Files TestCertificates::makeFrom(std::string const& authority, std::string const& names, int days)
 {
     auto const files = next();
-    run("req -new -subj /CN=test -addext 'subjectAltName=" + names + "' -keyout " + files.key + " -out request.csr" +
-        kNewKey);
+    std::string const extension = names.empty() ? "" : " -addext 'subjectAltName=" + names + "'";
+    run("req -new -subj /CN=test" + extension + " -keyout " + files.key + " -out request.csr" + kNewKey);
     run("x509 -req -in request.csr -copy_extensions copy -CAcreateserial -CA " + authority + ".pem -CAkey " +
         authority + ".key -days " + std::to_string(days) + " -out " + files.certificate);
     return files;

@@ -24,7 +24,8 @@ public:
     std::string folder() const { return folder_.string(); }
     std::string authorities() const { return (folder_ / "authorities.pem").string(); }
 
-    // From the trusted authority. names: "IP:127.0.0.1", "DNS:a.example,DNS:b.example". days: how long it is valid from
+    // From the trusted authority. names: "IP:127.0.0.1", "DNS:a.example,DNS:b.example"; empty: only the common name,
+    // "test". days: how long it is valid from
     // now; negative: it expired so many days ago.
     Files make(std::string const& names = "IP:127.0.0.1", int days = 2);
     // From an authority that nobody trusts.

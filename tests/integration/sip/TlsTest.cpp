@@ -230,6 +230,31 @@ TEST_F(Tls, ServerWhoseCertificateIsReplaced_IsTrustedAgain)
     EXPECT_TRUE(peer->waitFor("established")) << peer->events() << phoneLog_;
 }
 
+TEST_F(Tls, ServerThatDoesNotSpeakTls_IsNamed)
+{
+    registrarWith(certificates_.make());
+    auto const peer = phone();
+
+    peer->registerAt(registrar_->hostPort(sip::Transport::kTcp), "secret",
+                     [](sip::Account& account) { account.transport = sip::Transport::kTls; });
+
+    ASSERT_TRUE(peer->waitFor("unregistered 502")) << peer->events() << phoneLog_;
+    EXPECT_EQ(peer->lastFailure, "127.0.0.1 does not complete the handshake of TLS");
+}
+
+TEST_F(Tls, ServerThatIsNotThere_IsNotReachable)
+{
+    registrarWith(certificates_.make());
+    std::string const gone = server();
+    registrar_.reset();
+    auto const peer = phone();
+
+    peer->registerAt(gone, "secret", [](sip::Account& account) { account.transport = sip::Transport::kTls; });
+
+    ASSERT_TRUE(peer->waitFor("unregistered 503")) << peer->events() << phoneLog_;
+    EXPECT_EQ(peer->lastFailure, "Connection refused");
+}
+
 TEST_F(Tls, CertificateThatCannotBeRead_IsNamed)
 {
     try {
