@@ -31,6 +31,7 @@ public:
         std::string registrar;  // host:port; empty: peer to peer
         std::string password = "secret";
         std::uint32_t expires = 300;  // seconds
+        sip::Transport transport = sip::Transport::kUdp;
         EngineConfiguration engine;
 
         Options()
