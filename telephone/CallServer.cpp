@@ -117,6 +117,8 @@ sip::Logger sipLogger(char const* component)
 Outcome<exchange::ExchangeConfig> exchangeConfigOf(Configuration const& configuration)
 {
     exchange::ExchangeConfig config;
+    // Of the family in which the telephone can reach it.
+    config.address = configuration.sip.address.find(':') == std::string::npos ? "127.0.0.1" : "::1";
     config.port = static_cast<std::uint16_t>(configuration.exchange.port);
     config.realm = configuration.exchange.realm;
     config.anyPassword = configuration.exchange.password;
@@ -125,6 +127,9 @@ Outcome<exchange::ExchangeConfig> exchangeConfigOf(Configuration const& configur
         config.tls = {configuration.exchange.certificate, configuration.exchange.key,
                       trustedAuthorities(configuration)};
     }
+    // Its own numbers take calls of either kind.
+    config.encryption = configuration.media.encryption == 0 ? sip::Encryption::kNone : sip::Encryption::kOptional;
+    config.keysWithoutTls = configuration.media.keysWithoutTls;
     for (auto const& each : configuration.exchangeNumbers) {
         auto number = numberOf(each);
         if (!number) {

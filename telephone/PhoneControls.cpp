@@ -7,6 +7,7 @@
 #include "telephone/faults/Faults.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/management/LocalManagement.h"
+#include "telephone/management/Settings.h"
 #include "telephone/physical/PhysicalInterface.h"
 #include "telephone/time/Gate.h"
 
@@ -15,6 +16,15 @@ namespace telephone {
 namespace {
 
 constexpr std::chrono::seconds kLongestStart{5};
+
+TelephoneControls::Rows rowsOf(std::vector<Settings::Item> const& settings)
+{
+    TelephoneControls::Rows rows;
+    for (auto const& [key, value] : settings) {
+        rows.push_back(std::string(key).append(" = ").append(value));
+    }
+    return rows;
+}
 
 }  // namespace
 
@@ -142,11 +152,12 @@ std::optional<std::string> PhoneControls::lampMode(std::string const& lamp)
 
 TelephoneControls::Rows PhoneControls::settings()
 {
-    Rows rows;
-    for (auto const& [key, value] : management_.settings().all()) {
-        rows.push_back(std::string(key).append(" = ").append(value));
-    }
-    return rows;
+    return rowsOf(management_.settings().all());
+}
+
+Outcome<TelephoneControls::Rows> PhoneControls::missingSettings()
+{
+    return management_.settings().missingInStore().map(rowsOf);
 }
 
 std::optional<std::string> PhoneControls::setting(std::string const& key)

@@ -57,6 +57,7 @@ public:
     Rows settings() override;
     std::optional<std::string> setting(std::string const& key) override;
     Outcome<> set(std::string const& key, std::string const& value) override;
+    Outcome<Rows> missingSettings() override;
 
 private:
     // The physical interface, once its keys are usable.

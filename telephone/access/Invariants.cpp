@@ -153,12 +153,16 @@ void Invariants::checkMemory(EventHistory::Events const& events, std::vector<std
     }
 }
 
-std::vector<std::string> Invariants::broken(EventHistory const& history, TelephoneState const& state)
+std::vector<std::string> Invariants::broken(EventHistory const& history, TelephoneState const& state,
+                                            std::vector<std::string> const& missing)
 {
     auto const portion = history.after(0, history.latest());
     Broken broken = portion.missed == 0 ? wronglyToldCalls(portion.events, state) : Broken();
     for (std::string& each : lampsWithoutCause(state)) {
         broken.push_back(std::move(each));
+    }
+    for (std::string const& each : missing) {
+        broken.push_back(fmt::format("the setting {} was accepted, and the store does not have it", each));
     }
     if (int const held = heldSemaphores(); held != 0) {
         broken.push_back(fmt::format("{} locks of the service are taken", held));

@@ -16,8 +16,9 @@ namespace telephone {
 class Invariants
 {
 public:
-    // One sentence for each that does not hold.
-    [[nodiscard]] std::vector<std::string> broken(EventHistory const& history, TelephoneState const& state);
+    // One sentence for each that does not hold. Missing are accepted settings that are not in the store.
+    [[nodiscard]] std::vector<std::string> broken(EventHistory const& history, TelephoneState const& state,
+                                                  std::vector<std::string> const& missing);
 
 private:
     void checkMemory(EventHistory::Events const& events, std::vector<std::string>& broken);

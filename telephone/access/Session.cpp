@@ -231,8 +231,11 @@ Outcome<> Session::advance(SteadyClock::duration duration)
 Outcome<> Session::check()
 {
     awaitRest();
-    auto const broken = invariants_.broken(services_.history, services_.telephone.state());
-    return broken.empty() ? Outcome<>() : refuse(RefusalKind::kWrongState, fmt::format("{}", fmt::join(broken, "; ")));
+    return services_.telephone.missingSettings().and_then([this](TelephoneControls::Rows const& missing) -> Outcome<> {
+        auto const broken = invariants_.broken(services_.history, services_.telephone.state(), missing);
+        return broken.empty() ? Outcome<>()
+                              : refuse(RefusalKind::kWrongState, fmt::format("{}", fmt::join(broken, "; ")));
+    });
 }
 
 void Session::unfollow()

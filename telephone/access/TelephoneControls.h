@@ -58,6 +58,8 @@ public:
     virtual Rows settings() = 0;
     virtual std::optional<std::string> setting(std::string const& key) = 0;
     [[nodiscard]] virtual Outcome<> set(std::string const& key, std::string const& value) = 0;
+    // Rows "key = value" of settings that were accepted and are not in the store. Refused if it cannot be read.
+    [[nodiscard]] virtual Outcome<Rows> missingSettings() = 0;
 };
 
 }  // namespace telephone

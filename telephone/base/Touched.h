@@ -33,6 +33,9 @@ enum class PhoneTimer
     kTransferSilent,
     kMediaChangeSilent,
     kSessionChangeSilent,
+    kSessionRefresh,
+    kSessionExpiry,
+    kAudioSilent,
     kPickupSilent,
     kCallBackExpiry,
     kCallBackSettling,
@@ -42,7 +45,7 @@ enum class PhoneTimer
 };
 
 // Indexed by the timer.
-inline constexpr std::array<std::string_view, 15> kPhoneTimerNames{
+inline constexpr std::array<std::string_view, 18> kPhoneTimerNames{
     "registration is refreshed",
     "registration is tried again",
     "registrar is silent",
@@ -52,6 +55,9 @@ inline constexpr std::array<std::string_view, 15> kPhoneTimerNames{
     "transfer has no result",
     "hold or retrieval is not answered",
     "change of a session is not answered",
+    "call is refreshed",
+    "call is not refreshed in time",
+    "far end sends no audio",
     "pickup is not answered",
     "call-back expires",
     "party of a call-back stays free",

@@ -157,6 +157,7 @@ void Call::onEstablished(sip::Session& session)
         events_.pickedUp(now_);
     }
     enter(settledState());
+    followSecurity();
     if (pickup_) {
         postFeatureSuccess(*pickup_);
     }
@@ -274,21 +275,27 @@ void Call::end(Ending const& ending)
 void Call::onClosed(sip::Session& session, sip::Closing const& closing)
 {
     if (&session == replacement_.get()) {
-        if (transferHere_) {
-            transferHere_->notify(closing.status >= 300 ? closing.status : 487, closing.text);
-        }
-        transferHere_.reset();
-        replacement_.reset();
+        replacementClosed(closing);
         return;
     }
-    if (replacement_ && !transferHere_) {
+    if (replacement_ && transferHere_) {
+        // The transferor need not wait for the outcome (RFC 5589, 6): the new call decides.
+        failPendingChanges();
+        return;
+    }
+    if (replacement_) {
         // The replaced party has hung up before the new one confirmed the answer.
         exchangeSessions();
         return;
     }
     Ending ending = endingOf(closing);
+    if (closing.cause == sip::CloseCause::kFailed) {
+        log(kLogWarning, kComponent, "call {} has failed: {} {}", id(), closing.status, closing.text);
+    }
     if (established_ && closing.cause == sip::CloseCause::kTimeout) {
         log(kLogWarning, kComponent, "call {} has ended: the far end no longer answers", id());
+    } else if (closing.cause == sip::CloseCause::kAbandoned) {
+        log(kLogWarning, kComponent, "call {} has ended: {}", id(), closing.text);
     }
     if (now_.state == sfiCallStateTransferring && closing.cause == sip::CloseCause::kRemoteHangUp) {
         ending = {sfiCallStateIdle, sfiReasonTransferred};
@@ -305,6 +312,19 @@ void Call::onClosed(sip::Session& session, sip::Closing const& closing)
         finishTransfer(transferred ? 200 : std::max(closing.status, 481));
     }
     end(ending);
+}
+
+void Call::replacementClosed(sip::Closing const& closing)
+{
+    Ending const ending = endingOf(closing);
+    if (transferHere_) {
+        transferHere_->notify(closing.status >= 300 ? closing.status : 487, closing.text);
+    }
+    transferHere_.reset();
+    replacement_.reset();
+    if (session_->state() == sip::SessionState::kClosed) {
+        end(ending);
+    }
 }
 
 // --- digits, INFO, identity

@@ -81,7 +81,8 @@ public:
     // Unless refused, `done` is called once; immediately if there is nothing to do.
     [[nodiscard]] Outcome<> hold(sfiFeature feature, Done done = {});
     [[nodiscard]] Outcome<> retrieve(sfiFeature feature, Done done = {});
-    [[nodiscard]] Outcome<> renewMedia();
+    // Negotiates the media again, with or without encryption. kNotSupported: the configuration does not permit it.
+    [[nodiscard]] Outcome<> changeSecurity(bool secure);
     void setHeldByHand(bool manual) { now_.heldByHand = manual; }
     void setMuted(bool muted);
     [[nodiscard]] Outcome<> sendDigits(std::string const& digits);
@@ -137,7 +138,10 @@ private:
     void enter(sfiCallState state, sfiReason reason = sfiReasonNormal);  // with its event
     sfiCallState settledState() const;
     tl::unexpected<Refusal> cannot(char const* operation, char const* why) const;
-    Outcome<> beginChange(MediaChange change, sip::Direction direction, sfiFeature feature, Done done);
+    Outcome<> beginChange(MediaChange change, sip::Direction direction, sfiFeature feature, Done done,
+                          std::optional<bool> encrypted = std::nullopt);
+    bool noteSecurity();
+    void followSecurity();
     void noteHold(bool held, sfiFeature feature);
     void awaitChange();
     void changeAccepted(PendingChange const& change);
@@ -147,6 +151,7 @@ private:
     void failPendingChanges();
     void finishTransfer(int status);
     void exchangeSessions();
+    void replacementClosed(sip::Closing const& closing);
     void setRemote(sip::NameAddr const& party);
     void updateVoice();
     void dropSession();

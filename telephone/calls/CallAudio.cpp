@@ -33,6 +33,23 @@ void CallAudio::attach(sip::AudioStream* stream)
     }
 }
 
+void CallAudio::catchUp()
+{
+    if (stream_ != nullptr) {
+        stream_->catchUp();
+    }
+}
+
+void CallAudio::setVoice(bool own, bool others)
+{
+    if (own == voice_ && others == others_) {
+        return;
+    }
+    catchUp();
+    voice_ = own;
+    others_ = others;
+}
+
 void CallAudio::join(CallAudio& left, CallAudio& right)
 {
     left.leave();
@@ -43,6 +60,7 @@ void CallAudio::join(CallAudio& left, CallAudio& right)
 
 void CallAudio::leave()
 {
+    catchUp();
     if (other_ != nullptr) {
         other_->other_ = nullptr;
         other_->fromOther_.clear();
@@ -53,6 +71,7 @@ void CallAudio::leave()
 
 void CallAudio::addTap(AudioTap& tap)
 {
+    catchUp();
     if (std::ranges::find(taps_, &tap) == taps_.end()) {
         taps_.push_back(&tap);
     }
@@ -60,6 +79,7 @@ void CallAudio::addTap(AudioTap& tap)
 
 void CallAudio::removeTap(AudioTap& tap)
 {
+    catchUp();
     std::erase(taps_, &tap);
 }
 
@@ -82,6 +102,14 @@ bool CallAudio::readFrame(sip::AudioFrame& frame)
     }
     frame = mix;
     return sound;
+}
+
+void CallAudio::skipFrames(std::uint64_t count)
+{
+    if (voice_ && ownVoice_) {
+        ownVoice_->skipFrames(count);
+    }
+    fromOther_.drop(count);
 }
 
 void CallAudio::writeFrame(sip::AudioFrame const& frame)

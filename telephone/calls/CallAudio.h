@@ -21,11 +21,7 @@ public:
     // Attaches to the stream of a session instead of the present one; null only detaches.
     void attach(sip::AudioStream* stream);
     // own: whether the telephone's voice is sent, neither muted nor on hold. others: whether the other call's is.
-    void setVoice(bool own, bool others)
-    {
-        voice_ = own;
-        others_ = others;
-    }
+    void setVoice(bool own, bool others);
 
     // Lets two calls hear each other, until one of them leaves.
     static void join(CallAudio& left, CallAudio& right);
@@ -35,10 +31,12 @@ public:
     void removeTap(AudioTap& tap);
 
     bool readFrame(sip::AudioFrame& frame) override;
+    void skipFrames(std::uint64_t count) override;
     void writeFrame(sip::AudioFrame const& frame) override;
     bool isListening() const override { return other_ != nullptr || !taps_.empty(); }
 
 private:
+    void catchUp();
     void tell(sip::AudioFrame const& heard, sip::AudioFrame const& sent);
 
     std::unique_ptr<sip::AudioSource> ownVoice_;

@@ -66,12 +66,13 @@ void CallEvents::retrieved(CallSnapshot const& now) const
     });
 }
 
-void CallEvents::securityIsPlain(CallSnapshot const& now) const
+void CallEvents::security(CallSnapshot const& now) const
 {
-    post_([line = now.line.lineURI, callID = now.callID](CommunicationsServiceEventIfc& event) {
+    auto const status = now.secure ? sfiSecurityStatusSecure : sfiSecurityStatusPlain;
+    post_([line = now.line.lineURI, callID = now.callID, status](CommunicationsServiceEventIfc& event) {
         std::vector<int> callIDs;
         std::vector<std::string> lines;
-        event.securityStatusChanged(line, callID, sfiSecurityStatusPlain, callIDs, lines);
+        event.securityStatusChanged(line, callID, status, callIDs, lines);
     });
 }
 

@@ -29,7 +29,7 @@ public:
     void pickedUp(CallSnapshot const& now) const;
     void held(CallSnapshot const& now) const;
     void retrieved(CallSnapshot const& now) const;
-    void securityIsPlain(CallSnapshot const& now) const;
+    void security(CallSnapshot const& now) const;
     void remoteDetails(CallSnapshot const& now, bool leftConference) const;
     void featureSuccess(CallSnapshot const& now, sfiFeature feature) const;
     void featureFailed(CallSnapshot const& now, sfiFeature feature, sfiFeatureFailure failure) const;

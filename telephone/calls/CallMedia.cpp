@@ -38,17 +38,23 @@ Outcome<> Call::retrieve(sfiFeature feature, Done done)
     return beginChange(MediaChange::kRetrieve, sip::Direction::kSendReceive, feature, std::move(done));
 }
 
-Outcome<> Call::renewMedia()
+Outcome<> Call::changeSecurity(bool secure)
 {
     if (!isEstablished()) {
         return cannot("be negotiated again", kNotConnected);
     }
-    return beginChange(MediaChange::kRenew, session_->localDirection(), sfiFeatureSecurityChange, {});
+    return beginChange(MediaChange::kRenew, session_->localDirection(), sfiFeatureSecurityChange, {}, secure)
+        .map_error([&](Refusal refusal) {
+            refusal.reason =
+                fmt::format("call {} cannot be {}: {}", id(), secure ? "secured" : "made plain", refusal.reason);
+            return refusal;
+        });
 }
 
-Outcome<> Call::beginChange(MediaChange change, sip::Direction direction, sfiFeature feature, Done done)
+Outcome<> Call::beginChange(MediaChange change, sip::Direction direction, sfiFeature feature, Done done,
+                            std::optional<bool> encrypted)
 {
-    if (auto begun = session_->modify(direction); !begun) {
+    if (auto begun = session_->modify(direction, encrypted); !begun) {
         return begun;
     }
     changes_.push_back({change, feature, {std::move(done)}});
@@ -94,6 +100,9 @@ void Call::onModified(sip::Session& session, bool accepted, int status, std::str
         awaitChange();
     }
     if (accepted) {
+        if (change.feature != sfiFeatureSecurityChange) {
+            followSecurity();
+        }
         changeAccepted(change);
     } else {
         log(kLogWarning, kComponent, "call {}: the far end refuses the change: {} {}", id(), status, reason);
@@ -127,9 +136,26 @@ void Call::changeAccepted(PendingChange const& change)
         return;
     case MediaChange::kRenew:
         if (change.feature == sfiFeatureSecurityChange) {
-            events_.securityIsPlain(now_);
+            noteSecurity();
+            events_.security(now_);
         }
         return;
+    }
+}
+
+// Whether the call has begun or ceased to be encrypted.
+bool Call::noteSecurity()
+{
+    bool const secure = session_->audio().isEncrypted();
+    bool const changed = now_.secure != secure;
+    update([secure](CallSnapshot& now) { now.secure = secure; });
+    return changed;
+}
+
+void Call::followSecurity()
+{
+    if (noteSecurity()) {
+        events_.security(now_);
     }
 }
 
@@ -163,7 +189,13 @@ void Call::failPendingChanges()
 
 void Call::onRemoteHold(sip::Session& session, bool held, sip::Direction)
 {
-    if (&session != session_.get() || now_.heldByRemote == held) {
+    if (&session != session_.get()) {
+        return;
+    }
+    if (established_) {
+        followSecurity();
+    }
+    if (now_.heldByRemote == held) {
         return;
     }
     update([this, held](CallSnapshot& now) {

@@ -15,7 +15,12 @@ EngineConfiguration EngineConfiguration::from(Configuration const& configuration
     engine.agent.tlsFromTheStart =
         configuration.sip.transport == Transport::kTls || !configuration.sip.certificate.empty();
     engine.agent.name = configuration.sip.userAgent;
+    engine.agent.sessionExpires = std::chrono::seconds(configuration.calls.sessionExpires);
+    engine.agent.audioTimeout = std::chrono::seconds(configuration.calls.audioTimeout);
+    engine.agent.dnsServers = configuration.dns.servers;
     auto const& media = configuration.media;
+    engine.agent.encryption = static_cast<sip::Encryption>(media.encryption);
+    engine.agent.keysWithoutTls = media.keysWithoutTls;
     engine.audio = {media.source, media.microphone, media.loudspeaker};
     engine.heardFile = media.heard;
     engine.maximumCalls = configuration.calls.maximum;

@@ -128,13 +128,7 @@ Outcome<> EstablishedCalls::sendDigits(int callID, std::string const& digits)
 
 Outcome<> EstablishedCalls::changeSecurity(int callID, bool secure)
 {
-    return calls_.with(callID, [secure](Call& call) -> Outcome<> {
-        if (secure) {
-            return refuse(RefusalKind::kNotSupported,
-                          fmt::format("call {} cannot be secured: this telephone has no encrypted audio", call.id()));
-        }
-        return call.renewMedia();
-    });
+    return calls_.with(callID, [secure](Call& call) { return call.changeSecurity(secure); });
 }
 
 void EstablishedCalls::afterHoldingOthers(Call& call, sfiFeature feature, Continuation const& continuation)

@@ -141,6 +141,7 @@ Ending endingOf(sip::Closing const& closing)
     case sip::CloseCause::kCancelled:
         return {sfiCallStateIdle, closing.answeredElsewhere() ? sfiReasonAnsweredElsewhere : sfiReasonCancelled};
     case sip::CloseCause::kTimeout:
+    case sip::CloseCause::kAbandoned:
         return {sfiCallStateFailed, sfiReasonTimeout};
     case sip::CloseCause::kRejected:
     case sip::CloseCause::kFailed:

@@ -20,7 +20,8 @@ constexpr int kFirstIncoming = 1001;  // id of the first call that comes in; the
 constexpr int kIdsInUse = 4;          // an id is chosen among those of so many latest calls
 constexpr int kForget = 70;           // seconds after which a call-back, a timer or a transaction is over
 
-// A line of the script with its share of all. {line}, {number}, {key}, {new}, {call}, {offered} are filled in.
+// A line of the script with its share of all. {line}, {number}, {key}, {new}, {call}, {offered}, {flag}, {fault} and
+// {moment} are filled in.
 struct Template
 {
     int weight;
@@ -72,18 +73,47 @@ constexpr std::array kTemplates{
     Template{2, "exchange 107 does ring 1s, redirect {number}"},
     Template{2, "exchange 107 does early-media 1s, answer 3s, transfer {number}"},
     Template{4, "OutgoingCallMakeRequest Line={line} CallID={new} Destination=107"},
-    Template{1, "store set cfnr-ring-count 4"},
+    Template{1, "store set cfnr-delay 4"},
+    Template{2, "store set cfb-activated {flag}"},
+    Template{1, "store set cfb-address {number}"},
+    Template{1, "store set call-dnd-activated {flag}"},
+    Template{8, "fault {fault} {moment}"},
 };
 
+// The values of a fault's arguments, in the form of its usage; other words of it stand for themselves.
+struct ArgumentValues
+{
+    std::string_view argument;
+    std::array<std::string_view, 4> values;
+};
+
+constexpr std::array kArgumentValues{
+    ArgumentValues{"COUNT", {"2", "3", "4", "5"}},
+    ArgumentValues{"SECONDS", {"0.1", "0.5", "1", "3"}},
+    ArgumentValues{"PERCENT", {"1", "10", "50", "100"}},
+    ArgumentValues{"BYTES", {"1", "100", "1000", "100000"}},
+};
+
+constexpr std::array<std::string_view, 4> kKindsOfDatagrams{"", " sip", " rtp", " all"};
+
+// When a fault begins. All end after a while.
+constexpr std::array<std::string_view, 7> kMoments{
+    "at 0.5",
+    "at 4",
+    "after 1 request",
+    "after 3 requests",
+    "on CallHeldEvent",
+    "on CallStateChangeEvent CallState=ringing",
+    "on CallStateChangeEvent CallState=connected",
+};
+constexpr int kLongestFault = 40;  // seconds
+
 // What a rest begins with, so that nothing is left to happen.
-constexpr std::array<std::string_view, 7> kPutInOrder{
-    "SetServiceState state=sfiServiceInService",
-    "Activate",
-    "registrar on",
-    "unlock",
-    "hook down",
-    "unplug headset",
-    "SetMicrophoneMute Status=0",
+constexpr std::array<std::string_view, 8> kPutInOrder{
+    "fault off",      "SetServiceState state=sfiServiceInService",
+    "Activate",       "registrar on",
+    "unlock",         "hook down",
+    "unplug headset", "SetMicrophoneMute Status=0",
 };
 
 // Requests that end the service or speak for it, or set lamps that then have no cause.
@@ -145,12 +175,16 @@ private:
         }
         clear(firstCall_, lastCall_);
         clear(firstOffered_, lastOffered_ + 2 * kIdsInUse);
+        for (std::string const& number : ground_.numbers) {
+            attempt(fmt::format("exchange {} hang-up", number));  // transferred calls go on without the telephone
+        }
         pause(kForget);
         // Call-backs and forwarded calls may have come meanwhile.
         clear(firstOffered_, lastOffered_ + 4 * kIdsInUse);
         pause(kForget);
         lines_.emplace_back("check");
         firstCall_ = lastCall_;
+        firstOffered_ = lastOffered_;
     }
 
     void clear(int first, int last)
@@ -182,7 +216,8 @@ private:
             auto const close = line.find('}', open);
             line.replace(open, close + 1 - open, valueOf(line.substr(open + 1, close - open - 1)));
         }
-        lastOffered_ += line.starts_with("call ") ? 1 : 0;
+        bool const offers = line.starts_with("call ") || line.find(" call ") != std::string::npos;
+        lastOffered_ += offers ? 1 : 0;
         return line;
     }
 
@@ -197,11 +232,34 @@ private:
         if (name == "key") {
             return std::to_string(oneOf(ground_.keys));
         }
+        if (name == "flag") {
+            return upTo(2) == 0 ? "false" : "true";
+        }
+        if (name == "fault") {
+            return withValues(oneOf(ground_.faults));
+        }
+        if (name == "moment") {
+            return fmt::format("{} for {}", oneOf(kMoments), 1 + upTo(kLongestFault));
+        }
         if (name == "new") {
             return std::to_string(++lastCall_);
         }
         bool const isOffered = name == "offered" || upTo(3) == 0;
         return std::to_string(std::max(1, (isOffered ? lastOffered_ : lastCall_) - upTo(kIdsInUse)));
+    }
+
+    // "datagrams late 3 by 0.5 rtp" from "datagrams late COUNT by SECONDS [sip|rtp|all]".
+    std::string withValues(std::string usage)
+    {
+        for (ArgumentValues const& each : kArgumentValues) {
+            if (auto const place = usage.find(each.argument); place != std::string::npos) {
+                usage.replace(place, each.argument.size(), oneOf(each.values));
+            }
+        }
+        if (auto const choice = usage.find(" ["); choice != std::string::npos) {
+            usage.replace(choice, std::string::npos, oneOf(kKindsOfDatagrams));
+        }
+        return usage;
     }
 
     // Any request, with values of the right form: often the description's own.
@@ -246,8 +304,8 @@ private:
     double seconds_ = 0;
     int firstCall_ = 1;  // since the last rest
     int lastCall_ = 1;
-    int const firstOffered_ = kFirstIncoming;
-    int lastOffered_ = kFirstIncoming;
+    int firstOffered_ = kFirstIncoming;  // likewise
+    int lastOffered_ = kFirstIncoming;   // at least; call-backs and transfers bring more
 };
 
 }  // namespace

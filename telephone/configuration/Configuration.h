@@ -54,7 +54,7 @@ struct KeyConfiguration
 
 struct SipConfiguration
 {
-    std::string address = "127.0.0.1";  // another address only if the file names it
+    std::string address = "127.0.0.1";  // or an interface; another only if the file names it
     int port = 0;                       // UDP and TCP; TLS: the next one; 0: any free one
     Transport transport = Transport::kUdp;
     std::string certificate;  // PEM files for TLS; both or neither
@@ -63,13 +63,19 @@ struct SipConfiguration
     std::string userAgent = "reference telephone";
 };
 
+// Where names of servers are looked up.
+struct DnsConfiguration
+{
+    std::vector<std::string> servers;  // "address" or "address:port"; empty: those of the system
+};
+
 // The call server with which lines register.
 struct ServerConfiguration
 {
-    std::string registrar;       // sip:host:port or sips:; empty: the built-in exchange, or none if that is off
-    std::string domain;          // empty: the registrar's host
-    int expires = 300;           // seconds
-    int type = 0;                // sfiServerType
+    std::string registrar;  // sip:host, sip:host:port or sips:; empty: the built-in exchange, or none if that is off
+    std::string domain;     // empty: the registrar's host
+    int expires = 300;      // seconds
+    int type = 0;           // sfiServerType
     std::string directedPickup;  // address to which the number to pick up is appended; empty: the exchange's
     std::string groupPickup;     // number; empty: the exchange's
     std::string voiceMail;
@@ -116,7 +122,9 @@ struct MediaConfiguration
     std::string source = "tone";  // tone, silence, device, or a WAV file (8 kHz mono 16 bit, or converted)
     std::string microphone;       // of the source "device"; empty: the system's default
     std::string loudspeaker;
-    std::string heard;  // WAV file for all received audio; empty: none
+    std::string heard;   // WAV file for all received audio; empty: none
+    int encryption = 0;  // sip::Encryption
+    bool keysWithoutTls = false;
 };
 
 struct CallConfiguration
@@ -126,6 +134,8 @@ struct CallConfiguration
     int doNotDisturbStatus = 486;               // or 480
     int dialRestriction = 0;                    // 4: no outgoing calls
     int reinviteTimeout = 8;                    // seconds until an unanswered re-INVITE counts as failed
+    int sessionExpires = 1800;                  // seconds of a session timer (RFC 4028), 90 or more; 0: none
+    int audioTimeout = 60;                      // seconds without audio after which a call ends; 0: never
     int callBacks = 5;                          // pending at once
     std::vector<std::string> permittedNumbers;  // may be dialled while the telephone is locked
     std::vector<std::string> emergencyNumbers;
@@ -189,6 +199,7 @@ struct Configuration
     std::vector<LineConfiguration> lines;
     std::vector<KeyConfiguration> keys;
     SipConfiguration sip;
+    DnsConfiguration dns;
     ServerConfiguration server;
     ExchangeConfiguration exchange;
     std::vector<ExchangeNumberConfiguration> exchangeNumbers;

@@ -81,7 +81,7 @@ inline constexpr auto kKey = std::to_array<ConfigurationField<KeyConfiguration>>
 });
 
 inline constexpr auto kSip = std::to_array<ConfigurationField<SipConfiguration>>({
-    {"address",             &SipConfiguration::address,             "IP address of the telephone"},
+    {"address",             &SipConfiguration::address,             "IP address of the telephone, or a network interface, which stands for one address of each family"},
     {"port",                &SipConfiguration::port,                "UDP and TCP port, for TLS the next one; 0: any free ones", {}, 0, kHighestPort},
     {"transport",           &SipConfiguration::transport,           "for registrations and calls", "udp|tcp|tls"},
     {"certificate",         &SipConfiguration::certificate,         "PEM file with the telephone's certificate for TLS, followed by those of its authorities; empty: it shows none, and nobody can call it over TLS"},
@@ -90,8 +90,12 @@ inline constexpr auto kSip = std::to_array<ConfigurationField<SipConfiguration>>
     {"user-agent",          &SipConfiguration::userAgent,           "its name in SIP messages"},
 });
 
+inline constexpr auto kDns = std::to_array<ConfigurationField<DnsConfiguration>>({
+    {"servers",             &DnsConfiguration::servers,             "DNS servers for the names of call servers, as address or address:port; empty: those of the system"},
+});
+
 inline constexpr auto kServer = std::to_array<ConfigurationField<ServerConfiguration>>({
-    {"registrar",           &ServerConfiguration::registrar,        "sip:host:port, or sips:host:port for TLS; empty: the built-in exchange"},
+    {"registrar",           &ServerConfiguration::registrar,        "sip:host or sip:host:port, by name or address, or sips: for TLS; empty: the built-in exchange"},
     {"domain",              &ServerConfiguration::domain,           "domain of the lines' addresses; empty: the registrar's host"},
     {"expires",             &ServerConfiguration::expires,          "seconds until a registration expires", {}, 10, 86400},
     {"type",                &ServerConfiguration::type,             "0 generic, 1 with pickup, 2 with a no-reply delay set on the phone, 7 with bridged appearances", {}, 0, 255},
@@ -132,6 +136,8 @@ inline constexpr auto kMedia = std::to_array<ConfigurationField<MediaConfigurati
     {"microphone",          &MediaConfiguration::microphone,        "with the source device: its name, as telephone devices lists it; empty: the system's default"},
     {"loudspeaker",         &MediaConfiguration::loudspeaker,       "the same, for what is heard"},
     {"heard",               &MediaConfiguration::heard,             "WAV file for all received audio; empty: none"},
+    {"encryption",          &MediaConfiguration::encryption,        "of the audio of calls (SRTP, [audio.md](audio.md)); optional: where the far end does it, too; required: a call without it fails", "none|optional|required"},
+    {"keys-without-tls",    &MediaConfiguration::keysWithoutTls,    "its keys may travel in SIP messages that others can read, over UDP or TCP; false: calls without TLS are not encrypted"},
 });
 
 inline constexpr auto kCalls = std::to_array<ConfigurationField<CallConfiguration>>({
@@ -140,6 +146,8 @@ inline constexpr auto kCalls = std::to_array<ConfigurationField<CallConfiguratio
     {"do-not-disturb-status", &CallConfiguration::doNotDisturbStatus, "answer to a call while do-not-disturb is on: 480 or 486", "480|486"},
     {"dial-restriction",    &CallConfiguration::dialRestriction,    "4: no outgoing calls", {}, 0, 4},
     {"reinvite-timeout",    &CallConfiguration::reinviteTimeout,    "seconds until an unanswered re-INVITE counts as failed", {}, 1, 64},
+    {"session-expires",     &CallConfiguration::sessionExpires,     "seconds within which a call is refreshed, else it ends (RFC 4028), 90 or more; 0: never", {}, 0, 86400},
+    {"audio-timeout",       &CallConfiguration::audioTimeout,       "seconds without audio from the far end after which a call ends that is not on hold; 0: never", {}, 0, 86400},
     {"call-backs",          &CallConfiguration::callBacks,          "call-backs that may be pending at once", {}, 0, 100},
     {"permitted-numbers",   &CallConfiguration::permittedNumbers,   "may be dialled while the telephone is locked; a trailing * stands for any digits"},
     {"emergency-numbers",   &CallConfiguration::emergencyNumbers,   "always permitted, and marked as emergency calls"},
@@ -198,6 +206,7 @@ void forEachSection(Use use)
     use("line", &Configuration::lines, fields::kLine);
     use("key", &Configuration::keys, fields::kKey);
     use("sip", &Configuration::sip, fields::kSip);
+    use("dns", &Configuration::dns, fields::kDns);
     use("server", &Configuration::server, fields::kServer);
     use("exchange", &Configuration::exchange, fields::kExchange);
     use("exchange.number", &Configuration::exchangeNumbers, fields::kExchangeNumber);

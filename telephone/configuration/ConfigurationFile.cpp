@@ -52,6 +52,7 @@ private:
         places_.exchangeNumbers = placesOf(file.at_path("exchange.number").node());
         places_.faults = placesOf(file.get("fault"));
         places_.sip = placeOf(file.at_path("sip.address"));
+        places_.dns = placeOf(file.at_path("dns.servers"));
         places_.server = placeOf(file.at_path("server.registrar"));
         places_.push = placeOf(file.at_path("push.address"));
         places_.tls = placeOf(file.at_path("sip"));
@@ -60,6 +61,7 @@ private:
         places_.exchangePassword = placeOf(file.at_path("exchange.password"));
         places_.recording = placeOf(file.at_path("recording.folder"));
         places_.certificates = placeOf(file.at_path("certificates.folder"));
+        places_.sessionExpires = placeOf(file.at_path("calls.session-expires"));
     }
     static int placeOf(toml::node_view<toml::node const> node)
     {

@@ -1,14 +1,13 @@
 #include "telephone/configuration/ConfigurationRules.h"
 
 #include <algorithm>
-#include <array>
 #include <cctype>
 #include <filesystem>
 #include <map>
 #include <system_error>
 #include <tuple>
 
-#include <arpa/inet.h>
+#include <net/if.h>
 #include <spdlog/fmt/fmt.h>
 #include <unistd.h>
 
@@ -32,6 +31,7 @@ public:
         return checkAddresses()
             .and_then([this] { return checkTls(); })
             .and_then([this] { return checkHttp(); })
+            .and_then([this] { return checkCalls(); })
             .and_then([this] { return checkExchange(); })
             .and_then([this] { return checkFolders(); })
             .and_then([this] { return completeLines(); })
@@ -43,11 +43,19 @@ public:
 private:
     Outcome<> checkAddresses() const
     {
-        std::array<unsigned char, sizeof(in6_addr)> bytes{};
         auto const& address = configuration_.sip.address;
-        if (inet_pton(AF_INET, address.c_str(), bytes.data()) != 1 &&
-            inet_pton(AF_INET6, address.c_str(), bytes.data()) != 1) {
-            return places_.refusal(places_.sip, fmt::format("sip.address takes an IP address, not \"{}\"", address));
+        if (!isIpAddress(address) && if_nametoindex(address.c_str()) == 0) {
+            return places_.refusal(places_.sip, fmt::format("sip.address takes an IP address or a network interface of "
+                                                            "this machine, not \"{}\"",
+                                                            address));
+        }
+        for (auto const& server : configuration_.dns.servers) {
+            auto const place = hostPortOf(server);
+            if (!isIpAddress(server) && !(place && place->port != 0 && isIpAddress(place->host))) {
+                return places_.refusal(
+                    places_.dns,
+                    fmt::format("dns.servers takes IP addresses with or without a port, not \"{}\"", server));
+            }
         }
         auto const& registrar = configuration_.server.registrar;
         bool const isAddress = registrar.starts_with("sip:") || registrar.starts_with("sips:");
@@ -101,6 +109,17 @@ private:
                                    fmt::format("http.address \"{}\" can be reached from other machines, so it needs "
                                                "http.certificate and http.key; without them use 127.0.0.1",
                                                address));
+        }
+        return {};
+    }
+
+    // RFC 4028 section 4: an interval below 90 seconds is refused by everybody.
+    Outcome<> checkCalls() const
+    {
+        int const seconds = configuration_.calls.sessionExpires;
+        if (seconds > 0 && seconds < 90) {
+            return places_.refusal(places_.sessionExpires,
+                                   fmt::format("calls.session-expires takes 0, or 90 or more, not {}", seconds));
         }
         return {};
     }

@@ -23,9 +23,11 @@ struct ConfigurationPlaces
     int sip = 0;
     int tls = 0;
     int exchange = 0;
+    int dns = 0;
     int server = 0;
     int push = 0;
     int http = 0;
+    int sessionExpires = 0;
     int exchangePassword = 0;
     int recording = 0;
     int certificates = 0;

@@ -24,6 +24,13 @@ std::optional<HostPort> hostPortOf(std::string_view text)
     return isPort && isHost ? std::optional(place) : std::nullopt;
 }
 
+bool isIpAddress(std::string const& text)
+{
+    in_addr address{};
+    in6_addr address6{};
+    return inet_pton(AF_INET, text.c_str(), &address) == 1 || inet_pton(AF_INET6, text.c_str(), &address6) == 1;
+}
+
 bool isLoopback(std::string const& host)
 {
     in_addr address{};

@@ -17,6 +17,9 @@ struct HostPort
 // Nothing without a host, or without a port from 0 to 65535.
 std::optional<HostPort> hostPortOf(std::string_view text);
 
+// Whether the text is an IPv4 address, or an IPv6 address without brackets.
+bool isIpAddress(std::string const& text);
+
 // Whether only programs on this machine reach the host: "localhost", 127.0.0.0/8 or ::1. A name is not looked up.
 bool isLoopback(std::string const& host);
 

@@ -9,6 +9,7 @@ class AudioRelay final : public sip::AudioSource, public sip::AudioSink
 {
 public:
     bool readFrame(sip::AudioFrame& frame) override { return frames_.pop(frame); }
+    void skipFrames(std::uint64_t count) override { frames_.drop(count); }
     void writeFrame(sip::AudioFrame const& frame) override { frames_.push(frame); }
 
 private:

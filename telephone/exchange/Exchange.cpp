@@ -25,6 +25,8 @@ sip::UserAgentConfig agentConfig(ExchangeConfig const& config)
     own.tlsPort = config.tlsPort;
     own.tlsFromTheStart = config.tls.has_value();
     own.name = "exchange";
+    own.encryption = config.encryption;
+    own.keysWithoutTls = config.keysWithoutTls;
     if (config.log) {
         own.log = [log = config.log](sip::LogLevel level, std::string const& line) { log(level, "exchange: " + line); };
     }

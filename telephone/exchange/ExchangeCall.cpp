@@ -225,6 +225,7 @@ ExchangeCall::Pause ExchangeCall::performUnanswered(Step const& step)
 
 ExchangeCall::Pause ExchangeCall::say(Step const& step)
 {
+    stopSound();
     sound_ = std::make_unique<WavSource>(step.sound);
     session_->audio().setEcho(false);
     session_->audio().setSource(sound_.get());

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "telephone/exchange/ExchangeNumber.h"
+#include "telephone/sip/Audio.h"
 #include "telephone/sip/Log.h"
 #include "telephone/sip/TlsConfig.h"
 
@@ -32,6 +33,8 @@ struct ExchangeConfig
     std::uint32_t longestExpires = 3600;                // upper limit of a registration, in seconds
     std::chrono::seconds nonceLifetime{300};
     std::chrono::milliseconds longestRinging{180000};  // of a call from one of its numbers, which then ends unanswered
+    sip::Encryption encryption = sip::Encryption::kNone;  // of the audio of its own numbers
+    bool keysWithoutTls = false;                          // as in sip::UserAgentConfig
     sip::Logger log;
 };
 

@@ -5,6 +5,8 @@
 
 #include <sys/eventfd.h>
 
+#include "telephone/time/Waiting.h"
+
 namespace telephone {
 
 WakeUp::WakeUp()
@@ -19,6 +21,7 @@ void WakeUp::signal()
 {
     // Fails only if the counter is full; the thread wakes up anyway.
     [[maybe_unused]] int const result = eventfd_write(event_.get(), 1);
+    noteReadyFile();
 }
 
 void WakeUp::clear()

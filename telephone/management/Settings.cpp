@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <initializer_list>
+#include <iterator>
 #include <mutex>
 #include <shared_mutex>
 
@@ -106,6 +107,17 @@ std::vector<Settings::Item> Settings::all() const
                      [&row](auto const& item) { return findSettingRow(item.first) == &row; });
     }
     return items;
+}
+
+Outcome<std::vector<Settings::Item>> Settings::missingInStore()
+{
+    std::lock_guard const guard(writing_);
+    stale_ = store_->changedByOthers() || stale_;  // which `load` would hide
+    return store_->load().map([this](Values const& held) {
+        std::vector<Item> missing;
+        std::set_difference(stored_.begin(), stored_.end(), held.begin(), held.end(), std::back_inserter(missing));
+        return missing;
+    });
 }
 
 void Settings::takeOver(Values values, std::vector<std::string>& changed)

@@ -45,6 +45,8 @@ public:
     bool flag(std::string_view key) const;
     // 0 when the text is not a number.
     int number(std::string_view key) const;
+    // The stored values in force that the store does not hold; it is read for this. Refused if it cannot be read.
+    [[nodiscard]] Outcome<std::vector<Item>> missingInStore();
     // All keys of the table with their values, and the stored keys of its families, in the table's order.
     std::vector<Item> all() const;
 

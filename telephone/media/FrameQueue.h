@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 
 #include "telephone/sip/Audio.h"
 
@@ -17,6 +18,8 @@ public:
     void push(sip::AudioFrame const& frame);
     // False if the queue is empty; the frame is unchanged then.
     bool pop(sip::AudioFrame& frame);
+    // Loses so many of the oldest frames, or all.
+    void drop(std::uint64_t count);
     std::size_t size() const { return size_; }
     void clear() { size_ = 0; }
 

@@ -1,6 +1,8 @@
 // A continuous sine tone, the voice of a telephone without a microphone. Belongs to one call.
 #pragma once
 
+#include <cstdint>
+
 #include "telephone/sip/Audio.h"
 
 namespace telephone {
@@ -13,11 +15,12 @@ public:
 
     explicit ToneSource(double frequency = kFrequency, double amplitude = kAmplitude);
     bool readFrame(sip::AudioFrame& frame) override;
+    void skipFrames(std::uint64_t count) override { position_ += count * sip::kFrameSamples; }
 
 private:
-    double step_;  // radians per sample
+    double step_;  // periods per sample
     double amplitude_;
-    double phase_ = 0.0;
+    std::uint64_t position_ = 0;  // samples
 };
 
 }  // namespace telephone

@@ -84,4 +84,9 @@ bool WavSource::readFrame(sip::AudioFrame& frame)
     return true;
 }
 
+void WavSource::skipFrames(std::uint64_t count)
+{
+    next_ = (next_ + count * sip::kFrameSamples) % samples_->size();
+}
+
 }  // namespace telephone

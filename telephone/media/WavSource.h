@@ -23,6 +23,7 @@ class WavSource final : public sip::AudioSource
 public:
     explicit WavSource(std::shared_ptr<Samples const> samples);
     bool readFrame(sip::AudioFrame& frame) override;
+    void skipFrames(std::uint64_t count) override;
 
 private:
     std::shared_ptr<Samples const> samples_;

@@ -8,6 +8,7 @@
 
 #include "telephone/chaos/ChaosScript.h"
 #include "telephone/exchange/BuiltInNumbers.h"
+#include "telephone/faults/FaultKinds.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/StopSignal.h"
 #include "telephone/program/Programs.h"
@@ -37,6 +38,9 @@ ChaosGround groundOf(Configuration const& configuration)
     }
     for (KeyConfiguration const& key : configuration.keys) {
         ground.keys.push_back(key.number);
+    }
+    for (FaultKind const& each : faultKinds()) {
+        ground.faults.push_back(usageOf(each));
     }
     return ground;
 }

@@ -110,6 +110,8 @@ private:
     sfiResult otherCallFeature(sfiCallInfo const& call, sfiFeature feature);
     std::string deviceOf(int lineID) const;
     Outcome<> pressHoldKey();
+    // The service ends do-not-disturb for a permitted number of a locked telephone; lamps and keys follow the setting.
+    void endDoNotDisturbSetting();
 
     CallEngine& engine_;
     Lines& lines_;

@@ -1,5 +1,6 @@
 // The operations of CSfi on the whole telephone: settings, status, keys, timers.
 #include <algorithm>
+#include <chrono>
 #include <mutex>
 #include <vector>
 
@@ -51,7 +52,18 @@ sfiResult Sfi::SetDoNotDisturb(int lineID, bool on)
     policy_.setDoNotDisturb(lineID, on);
     events_.post(
         [device = deviceOf(lineID), on](CommunicationsServiceEventIfc& event) { event.doNotDisturbSet(device, on); });
+    if (!on && settings_.flag(SettingNames::kDoNotDisturb)) {
+        // The service may hold locks here that the listeners of the setting take.
+        timers_.start(std::chrono::milliseconds(0), [this] { endDoNotDisturbSetting(); });
+    }
     return sfiSuccess;
+}
+
+void Sfi::endDoNotDisturbSetting()
+{
+    if (!policy_.doNotDisturb(0)) {
+        reportIfRefused(kComponent, settings_.set(SettingNames::kDoNotDisturb, "false"));
+    }
 }
 
 sfiResult Sfi::GetDoNotDisturb(int lineID, bool& on)

@@ -24,6 +24,8 @@ public:
     // Fills the next frame to be sent; false sends silence. Called every 20 ms while the direction of the call allows
     // sending.
     virtual bool readFrame(AudioFrame& frame) = 0;
+    // In virtual time instead of so many calls of readFrame whose frames nobody hears.
+    virtual void skipFrames(std::uint64_t count) = 0;
 };
 
 class AudioSink
@@ -54,6 +56,24 @@ constexpr bool receives(Direction direction)
     return (static_cast<int>(direction) & 1) != 0;
 }
 
+// Whether the audio of calls is encrypted (SRTP).
+enum class Encryption : int
+{
+    kNone,      // neither offered nor accepted
+    kOptional,  // where the far end does it, too
+    kRequired,  // a call without it fails
+};
+
+// What a stream has sent and received since it began.
+struct AudioStatistics
+{
+    std::uint64_t received = 0;  // packets of the far end
+    // Dropped packets.
+    std::uint64_t foreign = 0;   // from another address
+    std::uint64_t forged = 0;    // not encrypted with the far end's key
+    std::uint64_t replayed = 0;  // copies of encrypted ones
+};
+
 // RTP with G.711 on a socket of its own, owned by its session. The session starts it with the first answer and updates
 // direction and far address with every later one.
 class AudioStream
@@ -65,9 +85,14 @@ public:
     virtual void setSink(AudioSink* sink) = 0;        // null: received audio is dropped
     // Sends the received audio back instead of the source's.
     virtual void setEcho(bool echo) = 0;
+    // To be called before its source gives anything else, and before its sink begins or ends to listen. In virtual time
+    // the stream then makes up for frames that nobody heard.
+    virtual void catchUp() = 0;
 
     virtual Direction direction() const = 0;  // agreed by both ends
     virtual std::string codec() const = 0;    // "PCMU" or "PCMA"; empty until agreed
+    virtual bool isEncrypted() const = 0;
+    virtual AudioStatistics statistics() const = 0;
 };
 
 }  // namespace telephone::sip

@@ -5,25 +5,40 @@ namespace telephone::sip {
 Outcome<std::shared_ptr<ClientRequest>> ClientRequest::make(std::shared_ptr<Element> element, Account const& account,
                                                             Route const& route, std::string const& to)
 {
-    auto request = std::make_shared<ClientRequest>(std::move(element), account, route);
+    auto request = std::make_shared<ClientRequest>(std::move(element), route.contactUser);
+    request->route_ = route;
+    makeCredentials(request->credentials_, account);
     auto proxies = route.proxyTexts();
-    int error = sip_dialog_alloc(request->dialog_.out(), route.target.c_str(), to.c_str(), route.fromNameOrNull(),
-                                 route.fromUri.c_str(), proxies.data(), static_cast<std::uint32_t>(proxies.size()));
-    if (!error) {
-        error = sip_auth_alloc(request->auth_.out(), answerChallenge, request->credentials_.get(), true);
-    }
-    if (auto const made = sent(error, "a request to " + route.target); !made) {
-        return tl::unexpected(made.error());
-    }
-    return request;
+    int const error =
+        sip_dialog_alloc(request->dialog_.out(), route.target.c_str(), to.c_str(), route.fromNameOrNull(),
+                         route.fromUri.c_str(), proxies.data(), static_cast<std::uint32_t>(proxies.size()));
+    return request->prepare(error, route.target).map([&request] { return request; });
 }
 
-ClientRequest::ClientRequest(std::shared_ptr<Element> element, Account const& account, Route const& route)
+Outcome<std::shared_ptr<ClientRequest>> ClientRequest::within(std::shared_ptr<Element> element, sip_dialog* dialog,
+                                                              std::string contactUser,
+                                                              Ref<Credentials> const& credentials)
+{
+    auto request = std::make_shared<ClientRequest>(std::move(element), std::move(contactUser));
+    request->inDialog_ = true;
+    request->dialog_.share(dialog);
+    request->credentials_.share(credentials.get());
+    return request->prepare(0, "the far end").map([&request] { return request; });
+}
+
+ClientRequest::ClientRequest(std::shared_ptr<Element> element, std::string contactUser)
     : element_(std::move(element))
-    , route_(route)
+    , contactUser_(std::move(contactUser))
 {
     stack_.share(element_->stack());
-    makeCredentials(credentials_, account);
+}
+
+Outcome<> ClientRequest::prepare(int error, std::string const& target)
+{
+    if (!error) {
+        error = sip_auth_alloc(auth_.out(), answerChallenge, credentials_.get(), true);
+    }
+    return sent(error, "a request to " + target);
 }
 
 Outcome<> ClientRequest::send(std::string const& method, std::string tail, std::optional<std::uint32_t> contactExpires,
@@ -55,13 +70,18 @@ int ClientRequest::transmit()
 
 int ClientRequest::writeContact(sip_transp transport, sa const& source, sa const* /*target*/, mbuf& buffer)
 {
-    if (!contactExpires_) {
+    lastSent_ = SteadyClock::now();
+    if (!contactExpires_ && !inDialog_) {
         return 0;
     }
-    contact_ = "sip:" + route_.contactUser + "@" + addressText(source) + sip_transp_param(transport);
-    std::string const& instance = element_->config().instance;
-    std::string const header = "Contact: <" + contact_ + ">;expires=" + std::to_string(*contactExpires_) +
-                               (instance.empty() ? "" : ";+sip.instance=\"<" + instance + ">\"") + "\r\n";
+    contact_ = "sip:" + contactUser_ + "@" + addressText(source) + sip_transp_param(transport);
+    std::string header = "Contact: <" + contact_ + ">";
+    if (contactExpires_) {
+        std::string const& instance = element_->config().instance;
+        header += ";expires=" + std::to_string(*contactExpires_) +
+                  (instance.empty() ? "" : ";+sip.instance=\"<" + instance + ">\"");
+    }
+    header += "\r\n";
     return mbuf_write_str(&buffer, header.c_str());
 }
 

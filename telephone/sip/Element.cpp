@@ -2,13 +2,19 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <mutex>
 #include <stdexcept>
 
+#include "telephone/sip/DnsClient.h"
 #include "telephone/sip/EventLoop.h"
+#include "telephone/sip/LocalAddresses.h"
 #include "telephone/sip/MemoryNetwork.h"
 #include "telephone/sip/RegistrationImpl.h"
+#include "telephone/sip/Sdes.h"
+#include "telephone/sip/ServerRequest.h"
+#include "telephone/sip/SessionTimer.h"
 #include "telephone/sip/Timer.h"
 #include "telephone/time/VirtualTime.h"
 #include "telephone/time/Waiting.h"
@@ -62,21 +68,6 @@ std::vector<std::string> proxiesOf(Account const& account)
     return account.proxy.empty() ? std::vector<std::string>() : std::vector<std::string>{account.proxy};
 }
 
-// Refused for a host that is not an address, or one that nobody has in virtual time.
-Outcome<> checkNumeric(Uri const& uri)
-{
-    sa address{};
-    if (sa_set_str(&address, uri.host.c_str(), uri.port == 0 ? std::uint16_t{SIP_PORT} : uri.port) != 0) {
-        return refuse(RefusalKind::kBadInput, "host \"" + uri.host + "\" is not an IP address");
-    }
-    if (isVirtual() && !isInMemory(address)) {
-        return refuse(RefusalKind::kUnavailable,
-                      "in virtual time only the telephone and its exchange can be reached, and neither is at " +
-                          addressText(address));
-    }
-    return {};
-}
-
 }  // namespace
 
 void throwOnError(int error, std::string const& what)
@@ -110,40 +101,84 @@ void Element::open()
     throwOnError(sip_alloc(&stack_, nullptr, kTransactionBuckets, kTransactionBuckets, kConnectionBuckets,
                            config_.name.c_str(), nullptr, this),
                  "the SIP stack does not start");
+    addresses_ = valueOrThrow(localAddresses(config_.address));
     bindUdp();
     bindTcp();
     if (auto const opened = config_.tlsFromTheStart ? openTls() : Outcome<>(); !opened) {
         throw std::runtime_error(opened.error().reason);
     }
+    findServers();
 }
 
+// In virtual time there is no DNS but one that a test supplies.
+void Element::findServers()
+{
+    if (isVirtual() && !config_.dns) {
+        return;
+    }
+    ServerSearch::Settings settings{{Transport::kUdp, Transport::kTcp}, {}, [](std::uint32_t greatest) {
+                                        return static_cast<std::uint32_t>(rand_u32() % (std::uint64_t{greatest} + 1));
+                                    }};
+    if (tls_) {
+        settings.transports.insert(settings.transports.begin(), Transport::kTls);
+    }
+    for (sa const& each : addresses_) {
+        settings.families.push_back(sa_af(&each) == AF_INET6 ? AddressFamily::kIpv6 : AddressFamily::kIpv4);
+    }
+    auto dns = config_.dns ? config_.dns : std::make_shared<DnsClient>(config_.dnsServers);
+    servers_ = std::make_unique<Servers>(loop_, std::move(dns), settings, config_.log);
+    setServers(stack_, servers_.get());
+}
+
+// Binds that port, or one that is free for 0. Returns the port; 0: it cannot be bound, with the reason in errno.
+std::uint16_t Element::bind(sip_transp transport, sa const& local, std::uint16_t port, ::tls* context) const
+{
+    sa wanted = local;
+    sa_set_port(&wanted, port);
+    sa bound{};
+    errno = sip_transp_add(stack_, transport, &wanted, context);
+    return errno == 0 && sip_transp_laddr(stack_, &bound, transport, &local) == 0 ? sa_port(&bound) : std::uint16_t{0};
+}
+
+// All addresses have the same port.
 void Element::bindUdp()
 {
-    throwOnError(sa_set_str(&address_, config_.address.c_str(), config_.udpPort),
-                 "\"" + config_.address + "\" is not an IP address");
-    if (sa_is_any(&address_)) {
-        throw std::runtime_error("the SIP address must be one of this machine's, not " + config_.address);
+    udpPort_ = config_.udpPort;
+    for (sa const& local : addresses_) {
+        std::uint16_t const port = bind(SIP_TRANSP_UDP, local, udpPort_);
+        throwOnError(port == 0 ? errno : 0, "UDP port " + std::to_string(udpPort_) + " of " + hostText(local));
+        udpPort_ = port;
     }
-    throwOnError(sip_transp_add(stack_, SIP_TRANSP_UDP, &address_),
-                 "UDP port " + std::to_string(config_.udpPort) + " of " + config_.address);
-    sa bound{};
-    throwOnError(sip_transp_laddr(stack_, &bound, SIP_TRANSP_UDP, &address_), "UDP");
-    udpPort_ = sa_port(&bound);
 }
 
 void Element::bindTcp()
 {
-    sa wanted = address_;
-    sa_set_port(&wanted, config_.tcpPort ? config_.tcpPort : udpPort_);
-    int error = sip_transp_add(stack_, SIP_TRANSP_TCP, &wanted);
-    if (error && config_.tcpPort == 0) {
-        sa_set_port(&wanted, 0);
-        error = sip_transp_add(stack_, SIP_TRANSP_TCP, &wanted);
+    tcpPort_ = config_.tcpPort ? config_.tcpPort : udpPort_;
+    for (sa const& local : addresses_) {
+        std::uint16_t port = bind(SIP_TRANSP_TCP, local, tcpPort_);
+        if (port == 0 && config_.tcpPort == 0 && &local == &addresses_.front()) {
+            port = bind(SIP_TRANSP_TCP, local, 0);
+        }
+        throwOnError(port == 0 ? errno : 0, "TCP port " + std::to_string(tcpPort_) + " of " + hostText(local));
+        tcpPort_ = port;
     }
-    throwOnError(error, "TCP port " + std::to_string(config_.tcpPort) + " of " + config_.address);
-    sa bound{};
-    throwOnError(sip_transp_laddr(stack_, &bound, SIP_TRANSP_TCP, &address_), "TCP");
-    tcpPort_ = sa_port(&bound);
+}
+
+sa const& Element::addressOf(int family) const
+{
+    auto const found = std::ranges::find_if(addresses_, [family](sa const& each) { return sa_af(&each) == family; });
+    return found == addresses_.end() ? address() : *found;
+}
+
+int Element::familyOf(Uri const& uri) const
+{
+    sa numeric{};
+    if (sa_set_str(&numeric, uri.host.c_str(), 0) == 0) {
+        return sa_af(&numeric);
+    }
+    auto const destination = namedDestination(uri.host, uri.port, uri.parameter("transport"));
+    auto const place = servers_ && destination ? servers_->known(*destination) : std::nullopt;
+    return place && sa_set_str(&numeric, place->address.c_str(), 0) == 0 ? sa_af(&numeric) : sa_af(&address());
 }
 
 Outcome<> Element::openTls()
@@ -163,14 +198,15 @@ Outcome<> Element::openTls()
     if (!made) {
         return tl::unexpected(made.error());
     }
-    sa local = address_;
-    sa_set_port(&local, config_.tlsPort);
-    if (int const error = sip_transp_add(stack_, SIP_TRANSP_TLS, &local, (*made)->context())) {
-        return refuse(RefusalKind::kUnavailable, "TLS port " + std::to_string(config_.tlsPort) + " of " +
-                                                     config_.address + ": " + errorText(error));
+    tlsPort_ = config_.tlsPort;
+    for (sa const& local : addresses_) {
+        std::uint16_t const port = bind(SIP_TRANSP_TLS, local, tlsPort_, (*made)->context());
+        if (port == 0) {
+            return refuse(RefusalKind::kUnavailable,
+                          "TLS port " + std::to_string(tlsPort_) + " of " + hostText(local) + ": " + errorText(errno));
+        }
+        tlsPort_ = port;
     }
-    throwOnError(sip_transp_laddr(stack_, &local, SIP_TRANSP_TLS, &address_), "TLS");
-    tlsPort_ = sa_port(&local);
     tls_ = *std::move(made);
     return {};
 }
@@ -189,6 +225,7 @@ std::uint16_t Element::port(sip_transp transport) const
 
 void Element::listen(sipsess_conn_h* invited, sip_msg_h* subscribed, void* receiver)
 {
+    forkedAnswers_.listen();
     throwOnError(sipsess_listen(sessionSocket_.out(), stack_, kSessionBuckets, invited, receiver), "SIP sessions");
     throwOnError(
         sipevent_listen(eventSocket_.out(), stack_, kTransactionBuckets, kTransactionBuckets, subscribed, receiver),
@@ -202,7 +239,7 @@ void Element::onTrace(bool sent, sip_transp /*transport*/, sa const& from, sa co
     std::string_view const packet(reinterpret_cast<char const*>(data), size);
     if (config_.traceMessages && config_.traceMessages()) {
         log(LogLevel::kDebug,
-            (sent ? "sent to " + addressText(to) : "received from " + addressText(from)) + "\n" + std::string(packet));
+            (sent ? "sent to " + addressText(to) : "received from " + addressText(from)) + "\n" + maskedKeys(packet));
     }
     if (!sent) {
         tap_->onReceived(packet);
@@ -239,10 +276,12 @@ void Element::close(std::shared_ptr<void> receiver)
     if (tls_) {
         tls_->close();
     }
+    forkedAnswers_.close();
     // An ended session that still waits for an answer would keep the port bound. Its owner must be gone.
     if (sessionToken_.use_count() == 1) {
         sipsess_close_all(sessionSocket_.get());
     }
+    setServers(stack_, nullptr);
     sip_close(stack_, true);
     sip_transp_flush(stack_);
     sessionSocket_.reset();
@@ -252,6 +291,20 @@ void Element::close(std::shared_ptr<void> receiver)
         grave->start(kAfterlife, [grave, self = shared_from_this(), receiver = std::move(receiver)] {});
     }
     stack_ = static_cast<::sip*>(mem_deref(stack_));
+}
+
+Headers Element::capabilities() const
+{
+    std::string supported = "replaces";
+    if (config_.sessionExpires > std::chrono::seconds(0)) {
+        supported += std::string(", ") + kTimerExtension;
+    }
+    return {{"Allow", kAllow}, {"Supported", supported}};
+}
+
+bool Element::supports(std::string_view extension) const
+{
+    return capabilities().lists("Supported", extension);
 }
 
 void Element::log(LogLevel level, std::string const& line) const
@@ -268,11 +321,11 @@ void Element::logRefusal(Outcome<> const& result) const
     }
 }
 
-std::string Element::localUri(std::string const& user, sip_transp transport) const
+std::string Element::hostPort(sa const& local, sip_transp transport) const
 {
-    sa local = address_;
-    sa_set_port(&local, port(transport));
-    return "sip:" + user + "@" + addressText(local) + sip_transp_param(transport);
+    sa bound = local;
+    sa_set_port(&bound, port(transport));
+    return addressText(bound);
 }
 
 std::string Element::contactUserFor(sip_msg const& request) const
@@ -280,9 +333,29 @@ std::string Element::contactUserFor(sip_msg const& request) const
     return pl_isset(&request.uri.user) ? text(request.uri.user) : config_.name;
 }
 
-void Element::answer(sip_msg const& request, std::uint16_t status, char const* reason, Headers const& headers) const
+void Element::answer(sip_msg const& request, std::uint16_t status, char const* reason, Headers const& headers,
+                     Content const& content) const
 {
-    (void)sip_treplyf(nullptr, nullptr, stack_, &request, false, status, reason, "%s", replyTail(headers, {}).c_str());
+    (void)sip_treplyf(nullptr, nullptr, stack_, &request, false, status, reason, "%s",
+                      replyTail(headers, content).c_str());
+}
+
+Outcome<> Element::checkReachable(Uri const& uri) const
+{
+    sa address{};
+    if (sa_set_str(&address, uri.host.c_str(), uri.port == 0 ? std::uint16_t{SIP_PORT} : uri.port) == 0) {
+        return isVirtual() && !isInMemory(address)
+                   ? refuse(RefusalKind::kUnavailable,
+                            "in virtual time only the telephone and its exchange can be reached, and neither is at " +
+                                addressText(address))
+                   : Outcome<>();
+    }
+    if (!servers_) {
+        return refuse(RefusalKind::kUnavailable,
+                      "in virtual time names are not looked up: \"" + uri.host + "\" must be an IP address");
+    }
+    auto const destination = namedDestination(uri.host, uri.port, uri.parameter("transport"));
+    return destination ? servers_->check(*destination) : Outcome<>();
 }
 
 void Element::setServiceRoute(Account const& account, std::vector<std::string> const& proxies)
@@ -341,12 +414,12 @@ Outcome<Route> Element::route(Account const& account, std::string const& target,
         return refuse(RefusalKind::kBadInput, "\"" + target + "\" is not a SIP URI");
     }
     if (equalsIgnoringCase(uri->host, "localhost")) {
-        uri->host = "127.0.0.1";
+        uri->host = sa_af(&addressOf(AF_INET)) == AF_INET ? "127.0.0.1" : "::1";
     }
     useTransport(account.transport, *uri);
     bool const isDirect = proxies.empty();
     auto const hop = isDirect ? *uri : Uri::parse(proxies.front()).value_or(Uri());
-    if (auto const reachable = isDirect ? checkNumeric(hop) : Outcome<>(); !reachable) {
+    if (auto const reachable = isDirect ? checkReachable(hop) : Outcome<>(); !reachable) {
         return tl::unexpected(reachable.error());
     }
     Route route;
@@ -356,8 +429,9 @@ Outcome<Route> Element::route(Account const& account, std::string const& target,
         return tl::unexpected(opened.error());
     }
     route.target = uri->format();
+    route.local = addressOf(familyOf(hop));
     route.fromUri = "sip:" + escapeUser(account.user.empty() ? "anonymous" : account.user) + "@" +
-                    (account.domain.empty() ? addressText(address_) : account.domain);
+                    (account.domain.empty() ? hostPort(route.local, SIP_TRANSP_UDP) : account.domain);
     if (!account.displayName.empty()) {
         // The stack adds the quotes.
         NameAddr name;

@@ -9,8 +9,10 @@
 #include <string>
 #include <vector>
 
+#include "telephone/sip/ForkedAnswers.h"
 #include "telephone/sip/MediaClock.h"
 #include "telephone/sip/MessageTap.h"
+#include "telephone/sip/Servers.h"
 #include "telephone/sip/Stack.h"
 #include "telephone/sip/TlsTransport.h"
 #include "telephone/sip/UserAgent.h"
@@ -21,8 +23,7 @@ class NotifierImpl;
 class RegistrationImpl;
 
 // Our capabilities.
-constexpr char const* kAllow = "INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, REFER, NOTIFY, SUBSCRIBE";
-constexpr char const* kSupported = "replaces";
+constexpr char const* kAllow = "INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, UPDATE, REFER, NOTIFY, SUBSCRIBE";
 constexpr char const* kSdpType = "application/sdp";
 
 // The addresses of an outgoing request.
@@ -35,6 +36,8 @@ struct Route
     std::vector<std::string> proxies;  // those that it passes, in order
     std::string host;                  // where the request goes
     sip_transp transport = SIP_TRANSP_UDP;
+
+    sa local{};  // our address of the family in which the target is reached
 
     char const* fromNameOrNull() const { return fromName.empty() ? nullptr : fromName.c_str(); }
     // For the functions of the stack, which take pointers; valid as long as the route.
@@ -60,8 +63,8 @@ public:
     bool isClosed() const { return closed_; }
 
     // The target with the account's transport added and "localhost" resolved; with TLS this begins to use it.
-    // kBadInput: not a SIP URI, or without a proxy one whose host is not numeric. kUnavailable, kNotSupported: TLS,
-    // which cannot be used.
+    // kBadInput: not a SIP URI. kNotFound, kUnavailable: without a proxy, one whose host is known not to be reachable.
+    // kUnavailable, kNotSupported: TLS, which cannot be used.
     [[nodiscard]] Outcome<Route> routeTo(Account const& account, std::string const& target);
     // As routeTo, for a request that is not a registration. kUnavailable: lines cannot register with that host, because
     // TLS with it fails.
@@ -73,14 +76,21 @@ public:
     Response failureOf(int error, Route const& route) const;
     // Success for 0, else kUnavailable with the reason, or kNotPermitted if TLS with the host failed.
     [[nodiscard]] Outcome<> sentTo(Route const& route, int error, std::string const& what) const;
-    std::string localUri(std::string const& user, sip_transp transport) const;
+    // local: one of our addresses, without its port.
+    std::string hostPort(sa const& local, sip_transp transport) const;
     // The user of our Contact in answers to this request.
     std::string contactUserFor(sip_msg const& request) const;
     // Answers a request that nothing else will answer.
-    void answer(sip_msg const& request, std::uint16_t status, char const* reason, Headers const& headers = {}) const;
+    void answer(sip_msg const& request, std::uint16_t status, char const* reason, Headers const& headers = {},
+                Content const& content = {}) const;
     void log(LogLevel level, std::string const& line) const;
     // For refusals that reach no caller.
     void logRefusal(Outcome<> const& result) const;
+
+    // Our capabilities, as headers: Allow and Supported.
+    Headers capabilities() const;
+    // Whether we know an extension that a request may require.
+    bool supports(std::string_view extension) const;
 
     // Sessions hold this for as long as they exist, ended or not.
     std::shared_ptr<void const> sessionToken() const { return sessionToken_; }
@@ -89,6 +99,7 @@ public:
     UserAgentConfig const& config() const { return config_; }
     MediaClock& clock() { return clock_; }
     MessageTap& tap() { return *tap_; }
+    ForkedAnswers& forkedAnswers() { return forkedAnswers_; }
     // Those that have accepted their subscription, for the receiver.
     std::set<NotifierImpl*>& notifiers() { return notifiers_; }
     // All there are: told of connections that have ended.
@@ -97,13 +108,21 @@ public:
     TlsTransport* tls() const { return tls_.get(); }
     // Why registrations with a host fail for want of TLS, while they do.
     std::map<std::string, std::string>& distrusted() { return distrusted_; }
-    sa const& address() const { return address_; }
+    // The first of our addresses; the one of that family, or the first if we have none.
+    sa const& address() const { return addresses_.front(); }
+    sa const& addressOf(int family) const;
     std::uint16_t port(sip_transp transport) const;
     ::sip* stack() const { return stack_; }
     sipsess_sock* sessionSocket() const { return sessionSocket_.get(); }
     sipevent_sock* eventSocket() const { return eventSocket_.get(); }
 
 private:
+    void findServers();
+    [[nodiscard]] Outcome<> checkReachable(Uri const& uri) const;
+    // The family in which a target is reached, as far as that is known.
+    [[nodiscard]] int familyOf(Uri const& uri) const;
+    // context: of TLS.
+    std::uint16_t bind(sip_transp transport, sa const& local, std::uint16_t port, ::tls* context = nullptr) const;
     void bindUdp();
     void bindTcp();
     Outcome<Route> route(Account const& account, std::string const& target, std::vector<std::string> proxies);
@@ -116,18 +135,20 @@ private:
     UserAgentConfig config_;
     MediaClock clock_;
     std::shared_ptr<MessageTap> tap_;
+    ForkedAnswers forkedAnswers_{*this};
     std::set<NotifierImpl*> notifiers_;
     std::set<RegistrationImpl*> registrations_;
     std::map<std::string, std::string> distrusted_;
     std::map<std::string, std::vector<std::string>> serviceRoutes_;  // by address of record
     std::shared_ptr<void const> sessionToken_ = std::make_shared<char>();
-    sa address_{};
+    std::vector<sa> addresses_{1};  // one of each family, without ports
     std::uint16_t udpPort_ = 0;
     std::uint16_t tcpPort_ = 0;
     std::uint16_t tlsPort_ = 0;
     bool closed_ = false;
     ::sip* stack_ = nullptr;
     std::shared_ptr<TlsTransport> tls_;
+    std::unique_ptr<Servers> servers_;  // null: names cannot be looked up
     Ref<sipsess_sock> sessionSocket_;
     Ref<sipevent_sock> eventSocket_;
 };

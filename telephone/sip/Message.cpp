@@ -1,6 +1,7 @@
 #include "telephone/sip/Message.h"
 
 #include <algorithm>
+#include <charconv>
 
 namespace telephone::sip {
 
@@ -45,6 +46,21 @@ std::vector<std::string> Headers::list(std::string_view name) const
         }
     }
     return all;
+}
+
+std::uint32_t Headers::number(std::string_view name) const
+{
+    std::string const text = value(name);
+    std::uint32_t number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+}
+
+bool Headers::lists(std::string_view name, std::string_view element) const
+{
+    auto const all = list(name);
+    return std::any_of(all.begin(), all.end(),
+                       [element](std::string const& each) { return equalsIgnoringCase(each, element); });
 }
 
 bool Headers::has(std::string_view name) const

@@ -2,6 +2,7 @@
 // values, and the incoming request outside a dialog.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <initializer_list>
 #include <memory>
@@ -32,11 +33,16 @@ public:
     {}
 
     void add(std::string name, std::string value) { list_.push_back({std::move(name), std::move(value)}); }
+    void add(Headers const& more) { list_.insert(list_.end(), more.list_.begin(), more.list_.end()); }
     // The first value of that name; empty if the header is missing.
     std::string value(std::string_view name) const;
     std::vector<std::string> values(std::string_view name) const;
     // The elements of a comma-separated header, of all its occurrences.
     std::vector<std::string> list(std::string_view name) const;
+    // The number with which the header begins; 0: there is none.
+    std::uint32_t number(std::string_view name) const;
+    // Whether a comma-separated header has that element, in any case.
+    bool lists(std::string_view name, std::string_view element) const;
     bool has(std::string_view name) const;
     bool empty() const { return list_.empty(); }
     auto begin() const { return list_.begin(); }

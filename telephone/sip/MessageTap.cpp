@@ -88,6 +88,14 @@ void MessageTap::onBye(sip_msg const& bye)
     }
 }
 
+bool MessageTap::onRequest(sip_msg const& request) const
+{
+    auto const [begin, end] = listeners_.equal_range(text(request.callid));
+    auto const own = std::find_if(
+        begin, end, [tag = text(request.to.tag)](auto const& entry) { return entry.second->localTag() == tag; });
+    return own != end && own->second->takeRequest(request);
+}
+
 void MessageTap::onRefusal(std::string_view packet)
 {
     Ref<mbuf> buffer;

@@ -1,6 +1,6 @@
 // Reads received packets before the stack does, for what the stack does not report: the Reason of a BYE or CANCEL, a
-// refused re-INVITE, and a redirection that it follows on its own. Tells the session concerned, which it finds by
-// Call-ID and local tag. One per user agent; used under the lock.
+// refused re-INVITE, a redirection that it follows on its own, and requests in a dialog that it does not know. Tells
+// the session concerned, which it finds by Call-ID and local tag. One per user agent; used under the lock.
 #pragma once
 
 #include <map>
@@ -31,6 +31,8 @@ public:
     virtual void onInviteRedirected(Response const& response) = 0;
     // Called before the stack sees the redirection: true keeps the stack from following it.
     virtual bool takeRedirection(Response const& response) = 0;
+    // A request in a dialog, before the stack sees it. True: it is answered, or will be.
+    virtual bool takeRequest(sip_msg const& /*request*/) { return false; }
     // A BYE or CANCEL came for a silent listener.
     virtual void onEndIgnored() {}
 };
@@ -48,6 +50,8 @@ public:
 
     void onReceived(std::string_view packet);
     void onBye(sip_msg const& bye);
+    // True: a session has taken the request.
+    bool onRequest(sip_msg const& request) const;
 
 private:
     MessageTapListener* find(std::string const& callId, std::string const& localTag) const;

@@ -16,8 +16,8 @@ namespace telephone::sip {
 
 namespace {
 
-constexpr std::array<std::string_view, 9> kMethods{"INVITE", "ACK",   "BYE",       "CANCEL", "OPTIONS",
-                                                   "INFO",   "REFER", "SUBSCRIBE", "NOTIFY"};
+constexpr std::array<std::string_view, 10> kMethods{"INVITE", "ACK",    "BYE",   "CANCEL",    "OPTIONS",
+                                                    "INFO",   "UPDATE", "REFER", "SUBSCRIBE", "NOTIFY"};
 
 bool isMethod(sip_msg const& message, char const* method)
 {
@@ -101,7 +101,7 @@ bool Receiver::onRequestFirst(sip_msg const& message)
         answerOptions(message);
         return true;
     }
-    return !message.to.tag.p && takeOutOfDialog(message);
+    return message.to.tag.p ? element_->tap().onRequest(message) : takeOutOfDialog(message);
 }
 
 // The stack answers a refresh without asking the notifier.
@@ -117,7 +117,7 @@ bool Receiver::refuseUnsupported(sip_msg const& message) const
 {
     std::string unsupported;
     for (auto const& option : headersOf(message).list("Require")) {
-        if (!equalsIgnoringCase(option, kSupported)) {
+        if (!element_->supports(option)) {
             unsupported += (unsupported.empty() ? "" : ", ") + option;
         }
     }
@@ -134,16 +134,17 @@ void Receiver::answerOptions(sip_msg const& message) const
         element_->answer(message, 404, "Not Found");
         return;
     }
-    element_->answer(message, 200, "OK",
-                     {{"Allow", kAllow},
-                      {"Accept", "application/sdp, application/dtmf-relay, message/sipfrag"},
-                      {"Supported", kSupported}});
+    Headers headers = element_->capabilities();
+    headers.add("Accept", "application/sdp, application/dtmf-relay, message/sipfrag");
+    element_->answer(message, 200, "OK", headers);
 }
 
-// True when the request is answered or taken here; INVITE and SUBSCRIBE go on to the stack.
+// True when the request is answered or taken here; INVITE and SUBSCRIBE go on to the stack, and so does what belongs
+// into a dialog.
 bool Receiver::takeOutOfDialog(sip_msg const& message)
 {
-    if (isMethod(message, "INVITE") || isMethod(message, "SUBSCRIBE") || isMethod(message, "BYE")) {
+    if (isMethod(message, "INVITE") || isMethod(message, "SUBSCRIBE") || isMethod(message, "BYE") ||
+        isMethod(message, "UPDATE")) {
         return false;
     }
     if (isMethod(message, "NOTIFY")) {

@@ -112,13 +112,24 @@ void RegistrationImpl::send()
     }
     request_->abandon();
     auto const answered = [this](int error, sip_msg const* message) { onAnswer(error, message); };
-    Headers const headers{{"Allow", kAllow}, {"Supported", kSupported}};
+    Headers const headers = element_->capabilities();
     if (auto const started = request_->send("REGISTER", replyTail(headers, {}), asked_, answered); !started) {
         fail(started.error().kind == RefusalKind::kNotPermitted ? kTlsFailed : 503, started.error().reason);
         return;
     }
     waits_ = true;
-    silence_.start(account_.answerTimeout, [this] {
+    awaitAnswer(account_.answerTimeout);
+}
+
+// The time counts from the last server to which the request went.
+void RegistrationImpl::awaitAnswer(std::chrono::milliseconds limit)
+{
+    silence_.start(limit, [this] {
+        auto const left = std::chrono::ceil<std::chrono::milliseconds>(request_->lastSent() + account_.answerTimeout -
+                                                                       SteadyClock::now());
+        if (left.count() > 0) {
+            return awaitAnswer(left);
+        }
         touch(PhoneTimer::kRegistrarSilent);
         waits_ = false;
         request_->abandon();

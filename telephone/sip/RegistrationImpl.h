@@ -23,6 +23,7 @@ public:
 private:
     Outcome<> prepare();
     void send();
+    void awaitAnswer(std::chrono::milliseconds limit);
     void onAnswer(int error, sip_msg const* message);
     void failWithoutAnswer();
     void onAccepted(sip_msg const& message);

@@ -19,13 +19,13 @@ constexpr std::size_t kEchoFrames = 10;  // longest delay of the echo
 constexpr unsigned kFrameSamplesWide = kFrameSamples;
 
 // The streams of this process by their local address, in virtual time. Used under the lock.
-std::map<SocketAddress, RtpStream const*>& streams()
+std::map<SocketAddress, RtpStream*>& streams()
 {
-    static auto& all = *new std::map<SocketAddress, RtpStream const*>;  // never destroyed, as the network
+    static auto& all = *new std::map<SocketAddress, RtpStream*>;  // never destroyed, as the network
     return all;
 }
 
-RtpStream const* streamAt(sa const& address)
+RtpStream* streamAt(sa const& address)
 {
     auto const found = streams().find(SocketAddress(address));
     return found == streams().end() ? nullptr : found->second;
@@ -37,12 +37,11 @@ RtpStream::RtpStream(MediaClock& clock, sa const& localAddress)
     : clock_(clock)
     , local_(localAddress)
     , ssrc_(rand_u32())
-    , sequence_(rand_u16())
+    , sequence_(rand_u16() & 0x7fffU)  // not near its end (RFC 3711 section 3.3.1)
     , timestamp_(rand_u32())
 {
     sa_set_port(&local_, 0);
-    auto const heard = [](sa const*, mbuf* packet, void* object) { static_cast<RtpStream*>(object)->receive(packet); };
-    int error = udp_listen(socket_.out(), &local_, heard, this);
+    int error = udp_listen(socket_.out(), &local_, handlerOf<&RtpStream::receive>, this);
     if (!error) {
         error = udp_local_get(socket_.get(), &local_);
     }
@@ -64,17 +63,56 @@ RtpStream::~RtpStream()
 
 void RtpStream::apply(SdpNegotiation::Agreement const& agreement)
 {
+    catchUp();
     talkspurt_ = talkspurt_ || !sends(agreement_.direction);
     agreement_ = agreement;
+    useKeys();
+    far_.describe(agreement.remote);
     running_ = true;
     clock_.add(*this);
 }
 
+// A key that stays keeps its context: a new one would have forgotten how often the sequence has begun anew.
+void RtpStream::useKeys()
+{
+    auto const use = [](std::unique_ptr<SrtpContext>& context, CryptoKey const& key, bool sends) {
+        if (!context || context->key() != key) {
+            context = std::make_unique<SrtpContext>(key, sends);
+        }
+    };
+    if (agreement_.keys) {
+        use(encryptor_, agreement_.keys->own, true);
+        use(decryptor_, agreement_.keys->far, false);
+    } else {
+        encryptor_.reset();
+        decryptor_.reset();
+    }
+}
+
 void RtpStream::stop()
 {
+    catchUp();
     running_ = false;
     clock_.remove(*this);
     digits_.clear();
+}
+
+void RtpStream::setSource(AudioSource* source)
+{
+    catchUp();
+    source_ = source;
+}
+
+void RtpStream::setSink(AudioSink* sink)
+{
+    catchUp();
+    sink_ = sink;
+}
+
+void RtpStream::setEcho(bool echo)
+{
+    catchUp();
+    echo_ = echo;
 }
 
 bool RtpStream::canSendDigits() const
@@ -84,22 +122,60 @@ bool RtpStream::canSendDigits() const
 
 void RtpStream::sendDigits(std::string const& digits, std::chrono::milliseconds duration)
 {
+    catchUp();
     auto const beats = std::clamp<std::int64_t>(duration / kFrameTime, 2, 250);
     for (char const key : digits) {
         digits_.push_back({key, static_cast<unsigned>(beats)});
     }
 }
 
+bool RtpStream::sendsNow() const
+{
+    return sends(agreement_.direction) && sa_isset(&far_.destination(), SA_ALL);
+}
+
 void RtpStream::onBeat()
 {
+    if (isVirtual() && !needsBeats()) {
+        return makeUpFor(1);
+    }
     timestamp_ += kFrameSamplesWide;
-    if (!sends(agreement_.direction) || !sa_isset(&agreement_.remote, SA_ALL)) {
+    if (!sendsNow()) {
         return;
     }
     if (digits_.empty()) {
         sendAudio();
     } else {
         sendEvent();
+    }
+}
+
+// A sink that listens may also be told what is sent.
+bool RtpStream::needsBeats() const
+{
+    bool const isTapped = sink_ != nullptr && sink_->isListening();
+    return isTapped || (sendsNow() && (!digits_.empty() || isHeard()));
+}
+
+void RtpStream::makeUpFor(std::uint64_t beats)
+{
+    timestamp_ += static_cast<std::uint32_t>(beats) * kFrameSamplesWide;
+    if (!sendsNow()) {
+        return;
+    }
+    skipFrames(beats);
+    countUnheard(beats);
+    skipSequence(beats);
+    talkspurt_ = false;
+}
+
+void RtpStream::skipFrames(std::uint64_t count)
+{
+    if (echo_) {
+        auto const skipped = std::min<std::uint64_t>(count, echoed_.size());
+        echoed_.erase(echoed_.begin(), echoed_.begin() + static_cast<std::ptrdiff_t>(skipped));
+    } else if (source_ != nullptr) {
+        source_->skipFrames(count);
     }
 }
 
@@ -124,14 +200,31 @@ bool RtpStream::hasListener() const
 bool RtpStream::isListening() const
 {
     bool const echoes = running_ && receives(agreement_.direction) && echo_ && sends(agreement_.direction);
-    RtpStream const* const far = echoes ? streamAt(agreement_.remote) : nullptr;
-    return hasListener() || (far != nullptr && (far->echo_ || far->hasListener()));
+    RtpStream const* const far = echoes ? streamAt(far_.destination()) : nullptr;
+    return hasListener() || (far != nullptr && far->hasListener());
 }
 
 bool RtpStream::isHeard() const
 {
-    RtpStream const* const far = streamAt(agreement_.remote);
-    return far == nullptr ? isInMemory(agreement_.remote) : far->isListening();
+    RtpStream const* const far = streamAt(far_.destination());
+    return far == nullptr ? isInMemory(far_.destination()) : far->isListening();
+}
+
+// The far end of an encrypted stream counts the turns of the sequence, and must not miss one.
+void RtpStream::skipSequence(std::uint64_t packets)
+{
+    if (!isEncrypted()) {
+        sequence_ += static_cast<std::uint16_t>(packets);
+    }
+}
+
+void RtpStream::countUnheard(std::uint64_t packets)
+{
+    unheard_ += packets;
+    RtpStream* const far = streamAt(far_.destination());
+    if (far != nullptr && far->running_) {
+        far->lastHeard_ = tmr_jiffies();
+    }
 }
 
 void RtpStream::sendAudio()
@@ -141,8 +234,8 @@ void RtpStream::sendAudio()
         frame.fill(0);
     }
     if (isVirtual() && !isHeard()) {
-        ++unheard_;
-        ++sequence_;
+        countUnheard(1);
+        skipSequence(1);
         talkspurt_ = false;
         return;
     }
@@ -196,21 +289,52 @@ void RtpStream::send(int payloadType, bool marker, std::uint32_t timestamp, std:
         return;
     }
     packet.get()->pos = 0;
-    (void)udp_send(socket_.get(), &agreement_.remote, packet.get());
-}
-
-void RtpStream::receive(mbuf* packet)
-{
-    rtp_header header{};
-    if (!running_ || rtp_hdr_decode(&header, packet) != 0 || header.ver != RTP_VERSION) {
+    if (encryptor_ && !encryptor_->protect(*packet.get(), PacketKind::kAudio)) {
         return;
     }
+    (void)udp_send(socket_.get(), &far_.destination(), packet.get());
+}
+
+// False for a packet that must be dropped.
+bool RtpStream::decrypt(mbuf& packet, PacketKind kind)
+{
+    switch (decryptor_ ? decryptor_->unprotect(packet, kind) : SrtpResult::kDone) {
+    case SrtpResult::kForged:
+        ++statistics_.forged;
+        return false;
+    case SrtpResult::kReplayed:
+        ++statistics_.replayed;
+        return false;
+    case SrtpResult::kDone:
+        break;
+    }
+    return true;
+}
+
+void RtpStream::receive(sa const& from, mbuf* packet)
+{
+    rtp_header header{};
+    // Decrypted first, so that only authentic packets can be taken for the far end's.
+    if (!running_ || !decrypt(*packet, PacketKind::kAudio) || rtp_hdr_decode(&header, packet) != 0 ||
+        header.ver != RTP_VERSION) {
+        return;
+    }
+    if (!far_.accept(from, header.seq)) {
+        ++statistics_.foreign;
+        return;
+    }
+    ++statistics_.received;
+    lastHeard_ = tmr_jiffies();
     std::uint8_t const* payload = mbuf_buf(packet);
     std::size_t const size = mbuf_get_left(packet);
-    if (agreement_.eventPayloadType >= 0 && header.pt == agreement_.eventPayloadType) {
-        receiveEvent(header, payload, size);
-    } else if (header.pt == 0 || header.pt == 8) {
-        receiveAudio(payload, size, header.pt == 8);
+    switch (Payload const kind = agreement_.received[header.pt]) {
+    case Payload::kEvents:
+        return receiveEvent(header, payload, size);
+    case Payload::kULaw:
+    case Payload::kALaw:
+        return receiveAudio(payload, size, kind == Payload::kALaw);
+    case Payload::kUnknown:
+        return;
     }
 }
 

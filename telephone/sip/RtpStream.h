@@ -2,17 +2,20 @@
 // directions. Owned by its session; used under the lock.
 //
 // In virtual time both ends are in this process, and a packet of audio to which nobody listens is counted instead of
-// being encoded and sent: it could change nothing, and hours of it cost nothing. Its source is read all the same, and
-// its sequence number is used.
+// being encoded and sent: it could change nothing. Its frame of the source is skipped, and its sequence number is used.
+// While that is all that there is to do, the stream needs no beats, so that hours of it cost nothing.
 #pragma once
 
 #include <deque>
 #include <functional>
+#include <memory>
 #include <vector>
 
 #include "telephone/sip/Audio.h"
+#include "telephone/sip/FarAddress.h"
 #include "telephone/sip/MediaClock.h"
 #include "telephone/sip/SdpNegotiation.h"
+#include "telephone/sip/SrtpContext.h"
 #include "telephone/sip/Stack.h"
 
 namespace telephone::sip {
@@ -31,15 +34,20 @@ public:
 
     bool canSendDigits() const;
     void sendDigits(std::string const& digits, std::chrono::milliseconds duration);
-    // Packets that were not sent, since nobody listens.
+    // Packets that were not sent, since nobody listens, up to the last beat or `catchUp`.
     std::uint64_t unheard() const { return unheard_; }
+    // When the last packet came, or would have come had anybody listened; milliseconds of the stack's clock, 0: never.
+    std::uint64_t lastHeard() const { return lastHeard_; }
     void onDigit(std::function<void(char)> heard) { digitHeard_ = std::move(heard); }
 
-    void setSource(AudioSource* source) override { source_ = source; }
-    void setSink(AudioSink* sink) override { sink_ = sink; }
-    void setEcho(bool echo) override { echo_ = echo; }
+    void setSource(AudioSource* source) override;
+    void setSink(AudioSink* sink) override;
+    void setEcho(bool echo) override;
+    void catchUp() override { MediaClock::catchUp(); }
     Direction direction() const override { return agreement_.direction; }
     std::string codec() const override { return agreement_.codec; }
+    bool isEncrypted() const override { return encryptor_ != nullptr; }
+    AudioStatistics statistics() const override { return statistics_; }
 
 private:
     struct Digit
@@ -49,15 +57,23 @@ private:
     };
 
     void onBeat() override;
+    [[nodiscard]] bool needsBeats() const override;
+    void makeUpFor(std::uint64_t beats) override;
+    [[nodiscard]] bool sendsNow() const;
     bool nextFrame(AudioFrame& frame);
+    void skipFrames(std::uint64_t count);
     void sendAudio();
     [[nodiscard]] bool isHeard() const;
-    // Whether what it receives reaches somebody. The echo of what nobody hears does not.
+    void skipSequence(std::uint64_t packets);
+    void countUnheard(std::uint64_t packets);
+    // Whether what it receives reaches somebody. The echo of what nobody hears does not, nor that of an echo.
     [[nodiscard]] bool isListening() const;
     [[nodiscard]] bool hasListener() const;
     void sendEvent();
     void send(int payloadType, bool marker, std::uint32_t timestamp, std::uint8_t const* payload, std::size_t size);
-    void receive(mbuf* packet);
+    void useKeys();
+    bool decrypt(mbuf& packet, PacketKind kind);
+    void receive(sa const& from, mbuf* packet);
     void receiveAudio(std::uint8_t const* payload, std::size_t size, bool aLaw);
     void receiveEvent(rtp_header const& header, std::uint8_t const* payload, std::size_t size);
 
@@ -65,6 +81,10 @@ private:
     Ref<udp_sock> socket_;
     sa local_{};
     SdpNegotiation::Agreement agreement_;
+    std::unique_ptr<SrtpContext> encryptor_;  // null: not encrypted
+    std::unique_ptr<SrtpContext> decryptor_;
+    FarAddress far_;
+    AudioStatistics statistics_;
     AudioSource* source_ = nullptr;
     AudioSink* sink_ = nullptr;
     bool echo_ = false;
@@ -75,6 +95,7 @@ private:
     std::uint16_t sequence_;
     std::uint32_t timestamp_;
     std::uint64_t unheard_ = 0;
+    std::uint64_t lastHeard_ = 0;
 
     std::deque<Digit> digits_;
     unsigned eventBeat_ = 0;  // beats since the present digit began

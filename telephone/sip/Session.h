@@ -60,13 +60,14 @@ enum class CloseCause : int
     kCancelled,     // CANCEL before an answer
     kRejected,      // our INVITE was refused, with the status and headers of Closing
     kTimeout,       // no answer to an INVITE, a re-INVITE or INFO, or no ACK
+    kAbandoned,     // this end gave up on a far end that is not there any more; the text of Closing says how it showed
     kFailed,        // the request could not be sent, or there is no common codec
 };
 
 struct Closing
 {
     CloseCause cause = CloseCause::kFailed;
-    int status = 0;  // of the refusal; 408 for kTimeout, 503 or 488 for kFailed, 0 for a hang-up
+    int status = 0;  // of the refusal; 408 for kTimeout and kAbandoned, 503 or 488 for kFailed, 0 for a hang-up
     std::string text;
     std::string reasonHeader;  // Reason (RFC 3326) of the BYE, CANCEL or refusal; empty: none
     Headers headers;           // of the refusal: Retry-After, Warning ...
@@ -156,9 +157,10 @@ public:
     [[nodiscard]] virtual Outcome<> fallSilent() = 0;
 
     // Changes our direction by re-INVITE: kSendOnly holds, kSendReceive retrieves; the present one renews the call.
+    // encrypted: offers new keys, or none (kNotSupported: the configuration does not permit it); not given: as before.
     // onModified reports the result. Changes requested meanwhile are queued. 491 is retried as RFC 3261 section 14.1
     // requires.
-    [[nodiscard]] virtual Outcome<> modify(Direction direction) = 0;
+    [[nodiscard]] virtual Outcome<> modify(Direction direction, std::optional<bool> encrypted = std::nullopt) = 0;
     virtual Direction localDirection() const = 0;  // the one that we offer or requested last
     virtual bool isHeldByRemote() const = 0;
 

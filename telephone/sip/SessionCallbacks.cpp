@@ -51,6 +51,9 @@ void SessionImpl::learnDialog(sip_msg const& message)
     if (std::string const contact = contactOf(message); !contact.empty()) {
         remoteContact_ = contact;
     }
+    if (Headers const headers = headersOf(message); headers.has("Allow")) {
+        remoteTakesUpdate_ = headers.lists("Allow", "UPDATE");
+    }
 }
 
 void SessionImpl::learnIdentity(sip_msg const& message)
@@ -73,6 +76,7 @@ void SessionImpl::applyMedia()
     if (!agreement.codec.empty()) {
         rtp_.apply(agreement);
     }
+    watchAudio();
 }
 
 void SessionImpl::onProgress(sip_msg const& message)
@@ -108,13 +112,17 @@ int SessionImpl::onOffer(mbuf** description, sip_msg const& message)
         return ENOMEM;
     }
     *description = static_cast<mbuf*>(mem_ref(own.get()));
+    offerUnanswered_ = message.req && !described;
+    if (message.req) {
+        answerHeaders_ = withCapabilities(sessionTimer_.accept(headersOf(message)));
+    }
     learnDialog(message);
     learnIdentity(message);
     if (described) {
         applyMedia();
         postFromStack([this] { announceRemoteChange(); });
     }
-    if (directionBefore_) {
+    if (offerBefore_) {
         postFromStack([this] { reissueModification(); });
     }
     return 0;
@@ -123,6 +131,7 @@ int SessionImpl::onOffer(mbuf** description, sip_msg const& message)
 int SessionImpl::onAnswer(sip_msg const& message)
 {
     bool const renegotiation = state_ == SessionState::kEstablished;
+    offerUnanswered_ = offerUnanswered_ && !message.req;
     bool const described = mbuf_get_left(message.mb) > 0;
     // An answer without a description is valid if an earlier one (183) had it.
     int error = sdp_.isAgreed() ? 0 : EPROTO;
@@ -142,6 +151,9 @@ int SessionImpl::onAnswer(sip_msg const& message)
     if (message.req) {
         postFromStack([this] { announceRemoteChange(); });
     } else {
+        if (!error) {
+            sessionTimer_.accepted(headersOf(message));
+        }
         int const status = error ? 488 : static_cast<int>(message.scode);
         postFromStack(
             [this, error, status, reason = text(message.reason)] { finishModification(error == 0, status, reason); });
@@ -160,6 +172,14 @@ void SessionImpl::onEstablished(sip_msg const& message)
 {
     learnDialog(message);
     state_ = SessionState::kEstablished;
+    if (outgoing_) {
+        element_->forkedAnswers().await(dialogId_.callId);
+        sessionTimer_.accepted(headersOf(message));
+    }
+    dialogHeaders_.emplace(
+        sipsess_dialog(session_.get()), [this] { return withCapabilities(sessionTimer_.ofRequest()); },
+        [this] { return answerHeaders_; });
+    watchAudio();
     if (observer_) {
         observer_->onEstablished(*this);
     }
@@ -206,6 +226,8 @@ Closing SessionImpl::closingOf(int error, sip_msg const* message) const
         if (wasEstablished) {
             closing.cause = message->scode == 408 ? CloseCause::kTimeout : CloseCause::kFailed;
         }
+    } else if (error == ETIMEDOUT && renewing_) {
+        closing = {CloseCause::kAbandoned, 408, kNoAnswerToRefresh, {}, {}};
     } else if (error == ETIMEDOUT) {
         closing.cause = CloseCause::kTimeout;
         closing.status = 408;
@@ -218,6 +240,9 @@ Closing SessionImpl::closingOf(int error, sip_msg const* message) const
     } else {
         closing.status = error == EPROTO || error == EBADMSG ? 488 : 503;
         closing.text = error ? errorText(error) : "the answer is unusable";
+        if (!sdp_.objection().empty()) {
+            closing.text = sdp_.objection();
+        }
     }
     return closing;
 }
@@ -225,7 +250,7 @@ Closing SessionImpl::closingOf(int error, sip_msg const* message) const
 void SessionImpl::onClose(int error, sip_msg const* message)
 {
     bool const redirected = message && message->scode >= 300 && message->scode < 400;
-    if (redirected && redirection_ && followRedirection()) {
+    if ((redirected && redirection_ && followRedirection()) || callForLonger(message)) {
         return;
     }
     Closing const closing = closingOf(error, message);
@@ -267,6 +292,10 @@ void SessionImpl::onInfoAnswered(PendingInfo& pending, int error, sip_msg const*
 
 void SessionImpl::onInviteRefused(Response const& response)
 {
+    if (response.status == 422 && offerBefore_ && sessionTimer_.lengthen(response.headers)) {
+        reissueModification();
+        return;
+    }
     bool const challenged = response.status == 401 || response.status == 407;
     bool const retriedByStack = response.status == 491 || (challenged && !request_.account.password.empty()) ||
                                 (response.status == 500 && response.headers.has("Retry-After"));
@@ -288,6 +317,24 @@ bool SessionImpl::takeRedirection(Response const& response)
     return true;
 }
 
+// Sends the INVITE again, as a new call. False: it cannot be sent.
+bool SessionImpl::restart()
+{
+    element_->tap().remove(*this);
+    dialogId_ = {};
+    state_ = SessionState::kCalling;
+    auto const started = start();
+    element_->logRefusal(started);
+    return started.has_value();
+}
+
+// A server on the way permits only a longer interval of the session timer (RFC 4028 section 7.4): calls with that one.
+bool SessionImpl::callForLonger(sip_msg const* refusal)
+{
+    bool const calling = outgoing_ && (state_ == SessionState::kCalling || state_ == SessionState::kEarly);
+    return calling && refusal && refusal->scode == 422 && sessionTimer_.lengthen(headersOf(*refusal)) && restart();
+}
+
 bool SessionImpl::followRedirection()
 {
     Response const response = *redirection_;
@@ -300,15 +347,12 @@ bool SessionImpl::followRedirection()
             request_.headers.add(name, value);
         }
     }
-    element_->tap().remove(*this);
     if (!route) {
+        element_->tap().remove(*this);
         return false;
     }
     route_ = *route;
-    dialogId_ = {};
-    state_ = SessionState::kCalling;
-    if (auto const started = start(); !started) {
-        element_->logRefusal(started);
+    if (!restart()) {
         return false;
     }
     if (observer_) {

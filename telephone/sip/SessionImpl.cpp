@@ -16,12 +16,6 @@ constexpr std::chrono::seconds kModificationGuard{40};
 // Longer than the far end waits for an answer to its BYE or CANCEL (RFC 3261: 64 * T1).
 constexpr std::chrono::seconds kSilenceEnd{40};
 
-// Our capabilities and these headers, as text.
-std::string withCapabilities(Headers const& more)
-{
-    return Headers{{"Allow", kAllow}, {"Supported", kSupported}}.format() + more.format();
-}
-
 Outcome<> notWaitingForAnswer()
 {
     return refuse(RefusalKind::kWrongState, "the call is not waiting for an answer");
@@ -55,9 +49,13 @@ SessionImpl::SessionImpl(std::shared_ptr<Element> element, CallRequest const& re
     , ownUri_(route.fromUri)
     , request_(request)
     , route_(std::move(route))
-    , rtp_(element_->clock(), element_->address())
-    , sdp_(element_->address(), rtp_.localPort(), element_->config().codecs, element_->config().telephoneEvents)
+    , local_(route_.local)
+    , rtp_(element_->clock(), local_)
+    , sdp_(local_, rtp_.localPort(), element_->config().codecs, element_->config().telephoneEvents)
     , modificationGuard_(element_->loop())
+    , sessionTimer_(element_->loop(), element_->config().sessionExpires,
+                    {[this] { refresh(); }, [this] { abandon("the far end does not refresh the call"); }})
+    , audioWatch_(element_->loop())
     , silenceEnd_(element_->loop())
 {
     makeCredentials(credentials_, request.account);
@@ -75,11 +73,16 @@ SessionImpl::SessionImpl(std::shared_ptr<Element> element, sip_msg const& invite
     , remoteContact_(contactOf(invite))
     , contactUser_(element_->contactUserFor(invite))
     , ownUri_(invitation_.to.uri.formatAddressOfRecord())
-    , rtp_(element_->clock(), element_->address())
-    , sdp_(element_->address(), rtp_.localPort(), element_->config().codecs, element_->config().telephoneEvents)
+    , local_(element_->addressOf(sa_af(&invite.dst)))
+    , rtp_(element_->clock(), local_)
+    , sdp_(local_, rtp_.localPort(), element_->config().codecs, element_->config().telephoneEvents)
     , modificationGuard_(element_->loop())
+    , sessionTimer_(element_->loop(), element_->config().sessionExpires,
+                    {[this] { refresh(); }, [this] { abandon("the far end does not refresh the call"); }})
+    , audioWatch_(element_->loop())
     , silenceEnd_(element_->loop())
 {
+    remoteTakesUpdate_ = invitation_.headers.lists("Allow", "UPDATE");
     invite_.emplace(element_, invite, handlerOf<&SessionImpl::onCancelledBeforeAnswer>, this);
     rtp_.onDigit([this](char key) { announceDigit(key); });
 }
@@ -97,8 +100,23 @@ SessionImpl::~SessionImpl()
     credentials_.reset();
 }
 
+// Keys in a message that others can read protect nothing.
+Outcome<> SessionImpl::useEncryption(bool overTls)
+{
+    auto const wanted = element_->config().encryption;
+    bool const possible = overTls || element_->config().keysWithoutTls;
+    if (wanted == Encryption::kRequired && !possible) {
+        return refuse(RefusalKind::kNotSupported, "encrypted audio is required, but its keys would travel without TLS");
+    }
+    sdp_.useEncryption(possible ? wanted : Encryption::kNone);
+    return {};
+}
+
 Outcome<> SessionImpl::start()
 {
+    if (auto usable = useEncryption(route_.transport == SIP_TRANSP_TLS); !usable) {
+        return usable;
+    }
     Ref<mbuf> description;
     if (!sdp_.encode(description, true)) {
         return noDescription();
@@ -110,6 +128,7 @@ Outcome<> SessionImpl::start()
     if (!request_.referredBy.empty()) {
         headers.add("Referred-By", request_.referredBy);
     }
+    headers.add(sessionTimer_.ofRequest());
     std::string const extra = withCapabilities(headers) + request_.headers.format();
     auto proxies = route_.proxyTexts();
     int const error = sipsess_connect(
@@ -134,6 +153,12 @@ bool SessionImpl::begin()
     if (remoteContact_.empty()) {
         return refuseIncoming(400, "Missing Contact");
     }
+    if (sessionTimer_.isTooBrief(invitation_.headers)) {
+        return refuseIncoming(422, "Session Interval Too Small", SessionTimer::ofRefusal());
+    }
+    if (auto const usable = useEncryption(invite.tp == SIP_TRANSP_TLS); !usable) {
+        return refuseIncoming(488, "Not Acceptable Here", warning(usable.error().reason));
+    }
     offersInAnswer_ = mbuf_get_left(invite.mb) == 0;
     if (offersInAnswer_) {
         return true;
@@ -141,7 +166,17 @@ bool SessionImpl::begin()
     if (!msg_ctype_cmp(&invite.ctyp, "application", "sdp")) {
         return refuseIncoming(415, "Unsupported Media Type", {{"Accept", kSdpType}});
     }
-    return sdp_.decode(invite.mb, true) == 0 || refuseIncoming(488, "Not Acceptable Here");
+    return sdp_.decode(invite.mb, true) == 0 || refuseIncoming(488, "Not Acceptable Here", warning(sdp_.objection()));
+}
+
+// RFC 3261 section 20.43.
+Headers SessionImpl::warning(std::string const& objection) const
+{
+    if (objection.empty()) {
+        return {};
+    }
+    element_->log(LogLevel::kWarning, "call from " + remoteParty_.uri.format() + " refused: " + objection);
+    return {{"Warning", "399 " + addressText(element_->address()) + " \"" + objection + "\""}};
 }
 
 // Returns false.
@@ -159,7 +194,8 @@ void SessionImpl::setObserver(SessionObserver* observer)
 
 std::string SessionImpl::localContact() const
 {
-    return element_->localUri(contactUser_, outgoing_ ? route_.transport : invite_->request().tp);
+    sip_transp const transport = outgoing_ ? route_.transport : invite_->request().tp;
+    return "sip:" + contactUser_ + "@" + element_->hostPort(local_, transport) + sip_transp_param(transport);
 }
 
 bool SessionImpl::supportsTelephoneEvents() const
@@ -243,7 +279,9 @@ Outcome<> SessionImpl::answer(Headers const& headers)
     if (!sdp_.encode(description, offersInAnswer_)) {
         return noDescription();
     }
-    auto const answered = respond(200, "OK", description.get(), headers);
+    Headers all = headers;
+    all.add(sessionTimer_.accept(invitation_.headers));
+    auto const answered = respond(200, "OK", description.get(), all);
     if (answered) {
         state_ = SessionState::kAnswering;
         if (!offersInAnswer_) {
@@ -323,14 +361,35 @@ Outcome<> SessionImpl::fallSilent()
 
 void SessionImpl::end()
 {
+    if (outgoing_) {
+        element_->forkedAnswers().await(dialogId_.callId);
+    }
     state_ = SessionState::kClosed;
     element_->tap().remove(*this);
     rtp_.stop();
     modificationGuard_.cancel();
     silenceEnd_.cancel();
-    directionBefore_.reset();
+    sessionTimer_.stop();
+    audioWatch_.cancel();
+    dialogHeaders_.reset();
+    if (update_) {
+        update_->abandon();
+    }
+    offerBefore_.reset();
     queuedModifications_.clear();
     digitsByInfo_.clear();
+}
+
+// Ends a call whose far end is not there any more, and tells it so in case it is.
+void SessionImpl::abandon(std::string const& why)
+{
+    Headers const reason{{"Reason", "SIP;cause=408;text=\"" + why + "\""}};
+    (void)sipsess_set_close_headers(session_.get(), "%s", reason.format().c_str());
+    end();
+    releaseStack();
+    if (observer_) {
+        observer_->onClosed(*this, {CloseCause::kAbandoned, 408, why, {}, {}});
+    }
 }
 
 void SessionImpl::releaseStack()
@@ -356,29 +415,35 @@ void SessionImpl::onEndIgnored()
     });
 }
 
-Outcome<> SessionImpl::modify(Direction direction)
+Outcome<> SessionImpl::modify(Direction direction, std::optional<bool> encrypted)
 {
     std::lock_guard guard(element_->loop());
     if (state_ != SessionState::kEstablished) {
         return notEstablished();
     }
-    if (directionBefore_) {
-        queuedModifications_.push_back(direction);
+    if (offerBefore_) {
+        queuedModifications_.push_back({direction, encrypted});
         return {};
     }
-    return sendModification(direction);
+    return sendModification({direction, encrypted});
 }
 
-Outcome<> SessionImpl::sendModification(Direction direction)
+Outcome<> SessionImpl::sendModification(Modification const& modification)
 {
-    Direction const before = sdp_.localDirection();
-    sdp_.setLocalDirection(direction);
-    auto const offered = offer();
+    auto const before = sdp_.nextOffer();
+    sdp_.setLocalDirection(modification.direction);
+    Outcome<> offered;
+    if (modification.encrypted) {
+        offered = sdp_.changeEncryption(*modification.encrypted);
+    }
+    if (offered) {
+        offered = offer();
+    }
     if (!offered) {
-        sdp_.setLocalDirection(before);
+        sdp_.restore(before);
         return offered;
     }
-    directionBefore_ = before;
+    offerBefore_ = before;
     modificationGuard_.start(kModificationGuard, [this] {
         touch(PhoneTimer::kSessionChangeSilent);
         finishModification(false, 408, "Request Timeout");
@@ -398,21 +463,24 @@ Outcome<> SessionImpl::offer()
 
 void SessionImpl::finishModification(bool accepted, int status, std::string const& reason)
 {
-    if (!directionBefore_) {
+    if (!offerBefore_) {
         return;
     }
-    Direction const before = *directionBefore_;
-    directionBefore_.reset();
+    auto const before = *offerBefore_;
+    bool const isRefresh = std::exchange(renewing_, false);
+    offerBefore_.reset();
     modificationGuard_.cancel();
     if (!accepted) {
-        sdp_.setLocalDirection(before);
+        sdp_.restore(before);
     }
     if (!queuedModifications_.empty()) {
-        Direction const next = queuedModifications_.front();
+        Modification const next = queuedModifications_.front();
         queuedModifications_.pop_front();
         element_->logRefusal(sendModification(next));
     }
-    if (observer_) {
+    if (isRefresh && !accepted) {
+        refreshRefused(status, {});
+    } else if (!isRefresh && observer_) {
         observer_->onModified(*this, accepted, status, reason);
     }
 }
@@ -420,7 +488,7 @@ void SessionImpl::finishModification(bool accepted, int status, std::string cons
 // A re-INVITE of the far end makes the stack drop ours while it waits to be repeated. It is sent again afterwards.
 void SessionImpl::reissueModification()
 {
-    if (!directionBefore_ || state_ != SessionState::kEstablished) {
+    if (!offerBefore_ || state_ != SessionState::kEstablished) {
         return;
     }
     if (!offer()) {

@@ -1,5 +1,5 @@
 // Session on one sipsess of the stack. SessionImpl.cpp implements its operations, SessionCallbacks.cpp the handlers of
-// the stack.
+// the stack, SessionUpdate.cpp UPDATE and the refreshes.
 //
 // The observer may destroy the session in any callback, so each callback is the last action of its function. Within the
 // stack's offer and answer handlers, which would not survive that, callbacks are posted.
@@ -8,6 +8,8 @@
 #include <deque>
 #include <mutex>
 
+#include "telephone/sip/ClientRequest.h"
+#include "telephone/sip/DialogHeaders.h"
 #include "telephone/sip/Element.h"
 #include "telephone/sip/EventLoop.h"
 #include "telephone/sip/Referral.h"
@@ -15,8 +17,12 @@
 #include "telephone/sip/SdpNegotiation.h"
 #include "telephone/sip/ServerTransaction.h"
 #include "telephone/sip/Session.h"
+#include "telephone/sip/SessionTimer.h"
 
 namespace telephone::sip {
+
+// Why a call ends whose far end has not answered a refresh.
+constexpr char const* kNoAnswerToRefresh = "the far end does not answer the refresh of the call";
 
 class SessionImpl final : public Session, private MessageTapListener
 {
@@ -48,7 +54,7 @@ public:
     Outcome<> redirect(std::string const& contact, std::string const& diversionReason) override;
     void hangUp(std::string const& reason) override;
     Outcome<> fallSilent() override;
-    Outcome<> modify(Direction direction) override;
+    Outcome<> modify(Direction direction, std::optional<bool> encrypted) override;
     Direction localDirection() const override;
     bool isHeldByRemote() const override;
     Outcome<> sendInfo(Content const& content, ResponseHandler done) override;
@@ -62,6 +68,11 @@ private:
     {
         SessionImpl* session = nullptr;
         ResponseHandler done;
+    };
+    struct Modification
+    {
+        Direction direction;
+        std::optional<bool> encrypted;
     };
     struct DigitByInfo
     {
@@ -83,22 +94,41 @@ private:
     void onInviteRedirected(Response const& response) override;
     bool takeRedirection(Response const& response) override;
     void onEndIgnored() override;
+    bool takeRequest(sip_msg const& request) override;
 
     bool refuseIncoming(std::uint16_t status, char const* reason, Headers const& headers = {});
     Outcome<> accept(std::uint16_t status, char const* reason, mbuf* description, Headers const& headers);
     Outcome<> respond(std::uint16_t status, char const* reason, mbuf* description, Headers const& headers);
     bool followRedirection();
-    Outcome<> sendModification(Direction direction);
+    bool restart();
+    Outcome<> sendModification(Modification const& modification);
     Outcome<> offer();
     void finishModification(bool accepted, int status, std::string const& reason);
     void reissueModification();
     bool isIncomingPending() const;
     void end();
     void releaseStack();
+    void abandon(std::string const& why);
     void sendNextDigitByInfo();
+
+    void onUpdate(sip_msg const& update);
+    bool refuseCrossingOffer(sip_msg const& update);
+    bool takeOffer(sip_msg const& request, Content& answer);
+    Headers dialogHeaders() const;
+    std::string withCapabilities(Headers const& more) const;
+    bool refuseBriefSession(sip_msg const& request);
+    bool callForLonger(sip_msg const* refusal);
+    void refresh();
+    void refreshByUpdate();
+    void onRefreshed(int error, sip_msg const* answer);
+    void watchAudio();
+    void checkAudio();
+    void refreshRefused(int status, Headers const& headers);
 
     void learnDialog(sip_msg const& message);
     void learnIdentity(sip_msg const& message);
+    Outcome<> useEncryption(bool overTls);
+    Headers warning(std::string const& objection) const;
     void applyMedia();
     void postFromStack(std::function<void()> work);
 
@@ -133,18 +163,29 @@ private:
     std::optional<Response> redirection_;
     int redirections_ = 0;
 
+    sa const local_;  // our address of the family of the call
     RtpStream rtp_;
     SdpNegotiation sdp_;
-    bool offersInAnswer_ = false;  // the INVITE has no description
+    bool offersInAnswer_ = false;   // the INVITE has no description
+    bool offerUnanswered_ = false;  // the offer in our answer to a re-INVITE without one
 
     Ref<Credentials> credentials_;
     Ref<sipsess> session_;
-    std::optional<ServerTransaction> invite_;  // of an incoming call
-    std::optional<Referral> referral_;         // the transfer that we requested last
+    std::optional<ServerTransaction> invite_;     // of an incoming call
+    std::optional<DialogHeaders> dialogHeaders_;  // from the establishment to the end
+    std::optional<Referral> referral_;            // the transfer that we requested last
 
-    std::optional<Direction> directionBefore_;  // set while a re-INVITE of ours is under way
-    std::deque<Direction> queuedModifications_;
+    std::optional<SdpNegotiation::Offer> offerBefore_;  // set while a re-INVITE of ours is under way
+    std::deque<Modification> queuedModifications_;
     Timer modificationGuard_;
+    bool renewing_ = false;  // the re-INVITE under way is a refresh
+
+    SessionTimer sessionTimer_;
+    std::shared_ptr<ClientRequest> update_;  // that we sent last
+    bool remoteTakesUpdate_ = false;
+    Timer audioWatch_;
+    std::uint64_t audioDueSince_ = 0;  // milliseconds of the stack's clock
+    std::string answerHeaders_;        // of our answer to the re-INVITE that is being read
 
     std::vector<std::unique_ptr<PendingInfo>> infos_;
     std::deque<DigitByInfo> digitsByInfo_;

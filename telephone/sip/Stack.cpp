@@ -34,6 +34,15 @@ constexpr std::array<CompactForm, 16> kCompactForms{{
     {'y', "Identity"},
 }};
 
+constexpr int kFirstFailure = 1'000'000;  // beyond the numbers of errno
+constexpr std::size_t kKeptFailures = 100;
+
+std::array<std::string, kKeptFailures>& failures()
+{
+    static auto& all = *new std::array<std::string, kKeptFailures>;  // never destroyed, as the stack
+    return all;
+}
+
 std::string fullName(pl const& name)
 {
     if (name.l == 1) {
@@ -87,8 +96,19 @@ std::string addressText(sa const& address)
 
 std::string errorText(int error)
 {
+    if (error >= kFirstFailure) {
+        return failures().at(static_cast<std::size_t>(error - kFirstFailure));
+    }
     std::array<char, 128> buffer{};
     return str_error(error, buffer.data(), buffer.size());
+}
+
+int failureOf(std::string const& reason)
+{
+    static std::size_t next = 0;
+    next = (next + 1) % kKeptFailures;
+    failures().at(next) = reason;
+    return kFirstFailure + static_cast<int>(next);
 }
 
 Outcome<> sent(int error, std::string const& what)

@@ -97,6 +97,9 @@ bool fill(Ref<mbuf>& buffer, std::string_view content);
 
 std::string addressText(sa const& address);  // "address:port"
 std::string errorText(int error);
+// An error that stands for a reason of ours and passes through the stack as those of errno do. errorText() gives the
+// reason back; only the latest hundred are kept. Under the lock.
+int failureOf(std::string const& reason);
 // Success for 0, else kUnavailable: "<what> cannot be sent: <error text>".
 [[nodiscard]] Outcome<> sent(int error, std::string const& what);
 

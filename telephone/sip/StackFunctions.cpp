@@ -4,7 +4,9 @@
 #include <string>
 
 #include "telephone/sip/ConnectionOptions.h"
+#include "telephone/sip/DialogHeaders.h"
 #include "telephone/sip/MemorySockets.h"
+#include "telephone/sip/ServerRequest.h"
 #include "telephone/sip/StackTimers.h"
 #include "telephone/sip/TlsTransport.h"
 #include "telephone/time/VirtualTime.h"
@@ -147,15 +149,63 @@ int our_tcp_send(tcp_conn* connection, mbuf* buffer)
     return isVirtual() ? sendOver(*connection, *buffer) : stack_tcp_send(connection, buffer);
 }
 
-// --- TLS: whom a connection is for, and whether it may carry a message
+// --- dialogs: the headers of re-INVITEs and of the answers to them, which the stack does not let a session add
 
-int our_sip_request(struct sip_request** made, sip* stack, bool stateful, char const* method, int methodSize,
-                    char const* target, int targetSize, uri const* route, mbuf* message, std::size_t sortKey,
-                    sip_send_h* sends, sip_resp_h* answered, void* argument)
+int our_sip_dialog_encode(mbuf* buffer, sip_dialog* dialog, std::uint32_t cseq, char const* method)
 {
-    return stack_sip_request(made, stack, stateful, method, methodSize, target, targetSize, SendableRoute(*route).get(),
-                             message, sortKey, sends, answered, argument);
+    int const error = stack_sip_dialog_encode(buffer, dialog, cseq, method);
+    bool const isInvite = error == 0 && std::string_view(method) == "INVITE";
+    return isInvite ? mbuf_write_str(buffer, DialogHeaders::ofInvite(dialog).c_str()) : error;
 }
+
+static int answerWith(sipsess* session, sip_msg const* request, std::uint16_t status, char const* reason,
+                      mbuf* description, char const* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    int const error = stack_sipsess_reply_2xx(session, request, status, reason, description, format, &arguments);
+    va_end(arguments);
+    return error;
+}
+
+int our_sipsess_reply_2xx(sipsess* session, sip_msg const* request, std::uint16_t status, char const* reason,
+                          mbuf* description, char const* format, va_list* arguments)
+{
+    if (format != nullptr) {
+        return stack_sipsess_reply_2xx(session, request, status, reason, description, format, arguments);
+    }
+    return answerWith(session, request, status, reason, description, "%s",
+                      DialogHeaders::ofAnswer(sipsess_dialog(session)).c_str());
+}
+
+// --- requests: those to a name go to its servers in turn
+
+int our_sip_request(struct sip_request** made, sip* stack, bool stateful, char const* method, int methodLength,
+                    char const* uri, int uriLength, struct uri const* route, mbuf* message, size_t sortKey,
+                    sip_send_h* sending, sip_resp_h* answered, void* argument)
+{
+    SendableRoute const sendable(*route);
+    auto const destination = destinationOf(stack, *sendable.get());
+    if (!destination) {
+        return stack_sip_request(made, stack, stateful, method, methodLength, uri, uriLength, sendable.get(), message,
+                                 sortKey, sending, answered, argument);
+    }
+    auto const textOf = [](char const* text, int length) {
+        return length < 0 ? std::string(text) : std::string(text, static_cast<std::size_t>(length));
+    };
+    return sendToServers({made, stack, stateful, textOf(method, methodLength), textOf(uri, uriLength), message, sortKey,
+                          sending, answered, argument},
+                         *destination);
+}
+
+void our_sip_request_cancel(struct sip_request* request)
+{
+    if (!cancelServerRequest(request)) {
+        stack_sip_request_cancel(request);
+    }
+}
+
+// --- TLS: whom a connection is for, and whether it may carry a message
 
 int our_sip_transp_send(sip_connqent** queued, sip* stack, void* connection, sip_transp transport, sa const* to,
                         mbuf* message, void (*done)(int error, void* argument), void* argument)

@@ -4,10 +4,16 @@
 // work, and nothing else: what ours do has its own file.
 #pragma once
 
+#include <cstdarg>
+#include <cstdint>
+
 #include "telephone/sip/Stack.h"
 
 extern "C" {
-// Not declared by the stack's headers.
+// Exported by the stack without a declaration.
+int sip_dialog_encode(mbuf* buffer, sip_dialog* dialog, std::uint32_t cseq, char const* method);
+int sipsess_reply_2xx(sipsess* session, sip_msg const* request, std::uint16_t status, char const* reason,
+                      mbuf* description, char const* format, va_list* arguments);
 struct sip_connqent;
 int sip_transp_send(sip_connqent** queued, sip* stack, void* connection, sip_transp transport, sa const* to,
                     mbuf* message, void (*done)(int error, void* argument), void* argument);

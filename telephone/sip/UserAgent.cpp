@@ -5,6 +5,7 @@
 
 #include "telephone/sip/ClientRequest.h"
 #include "telephone/sip/EventLoop.h"
+#include "telephone/sip/LocalAddresses.h"
 #include "telephone/sip/Receiver.h"
 #include "telephone/sip/RegistrationImpl.h"
 #include "telephone/sip/SessionImpl.h"
@@ -41,7 +42,7 @@ EventLoop& UserAgent::loop() const
 
 std::string UserAgent::address() const
 {
-    return element_->config().address;
+    return hostText(element_->address());
 }
 
 std::uint16_t UserAgent::udpPort() const
@@ -61,9 +62,7 @@ std::uint16_t UserAgent::tlsPort() const
 
 std::string UserAgent::hostPort(Transport transport) const
 {
-    sa local = element_->address();
-    sa_set_port(&local, element_->port(stackTransport(transport)));
-    return addressText(local);
+    return element_->hostPort(element_->address(), stackTransport(transport));
 }
 
 Outcome<> UserAgent::sendDatagram(std::string const& target, std::string_view bytes) const

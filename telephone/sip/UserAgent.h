@@ -30,13 +30,14 @@
 
 namespace telephone::sip {
 
+class Dns;
 class Element;
 class EventLoop;
 class Receiver;
 
 struct UserAgentConfig
 {
-    std::string address = "127.0.0.1";                // numeric
+    std::string address = "127.0.0.1";                // IP address, or network interface: one of each family
     std::uint16_t udpPort = 0;                        // 0: chosen
     std::uint16_t tcpPort = 0;                        // 0: the UDP port where it is free, else chosen
     std::uint16_t tlsPort = 0;                        // 0: chosen
@@ -46,6 +47,12 @@ struct UserAgentConfig
     std::vector<std::string> codecs{"PCMU", "PCMA"};  // in the order of preference
     bool telephoneEvents = true;                      // offer RFC 4733
     std::string instance;                             // URN of the device in registrations (RFC 5626); may be empty
+    std::chrono::seconds sessionExpires{1800};        // interval of session timers (RFC 4028), 90 or more; 0: none
+    std::chrono::seconds audioTimeout{0};             // without audio, an established call ends; 0: never
+    std::vector<std::string> dnsServers;              // "address" or "address:port"; empty: the system's
+    std::shared_ptr<Dns> dns;                         // null: asks those servers, and in virtual time nobody
+    Encryption encryption = Encryption::kNone;        // of the audio
+    bool keysWithoutTls = false;                      // its keys may travel in messages that others can read
     std::chrono::milliseconds closingTime{500};       // longest wait of the destructor
     Logger log;
     std::function<bool()> traceMessages;  // asked for each message: whether to log it, at kDebug; null: never
@@ -95,7 +102,7 @@ public:
     UserAgent& operator=(UserAgent const&) = delete;
 
     EventLoop& loop() const;
-    std::string address() const;
+    std::string address() const;  // the first, numeric
     std::uint16_t udpPort() const;
     std::uint16_t tcpPort() const;
     std::uint16_t tlsPort() const;  // 0 before the first use of TLS
@@ -103,8 +110,9 @@ public:
     std::string hostPort(Transport transport = Transport::kUdp) const;
 
     // Sends an INVITE or a SUBSCRIBE; what follows comes to the observer, never from within the call. kBadInput: the
-    // target is not a SIP URI with a numeric host (any host will do behind a proxy). kUnavailable: the stack cannot
-    // send, or lines cannot register with the host because TLS with it fails. kNotSupported: TLS, without any.
+    // target is not a SIP URI. kUnavailable: the stack cannot send, or lines cannot register with the host because TLS
+    // with it fails. kNotSupported: TLS, without any. A host name that DNS does not know is refused with kNotFound if
+    // that is known already, and ends the call or the subscription if not.
     [[nodiscard]] Outcome<std::unique_ptr<Session>> call(CallRequest const& request, SessionObserver& observer);
     [[nodiscard]] Outcome<std::unique_ptr<Subscription>>
     subscribe(Account const& account, SubscriptionRequest const& request, SubscriptionObserver& observer);

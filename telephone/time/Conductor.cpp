@@ -16,15 +16,9 @@ namespace {
 // Virtual time begins where no deadline in the past is below zero.
 constexpr SteadyClock::time_point kBeginning{std::chrono::hours(1)};
 
-bool areReady(std::span<pollfd const> files)
+bool isOver(Party const& party, SteadyClock::time_point now)
 {
-    std::vector<pollfd> queries(files.begin(), files.end());
-    return !queries.empty() && ::poll(queries.data(), queries.size(), 0) > 0;
-}
-
-bool isOver(Wait const& wait, SteadyClock::time_point now)
-{
-    return wait.deadline <= now || wait.isReady() || areReady(wait.files);
+    return party.wait.deadline <= now || party.hasReadyFile || party.wait.isReady();
 }
 
 // An open prompt waits for a person, not for time.
@@ -91,6 +85,10 @@ void Conductor::begin(Party& party)
 void Conductor::add(Party& party)
 {
     waiting_.push_back(&party);
+    party.hasReadyFile = false;
+    if (!party.wait.files.empty()) {
+        mayHaveReadyFiles_ = true;
+    }
     if (idles_) {
         eventfd_write(arrival_, 1);
     }
@@ -163,7 +161,13 @@ void Conductor::handOver()
 
 bool Conductor::chooseNext()
 {
+    if (mayHaveReadyFiles_) {
+        lookAtFiles();
+    }
     auto candidates = able(false);
+    if (candidates.empty() && lookAtFiles()) {
+        candidates = able(false);
+    }
     if (candidates.empty()) {
         candidates = able(true);
     }
@@ -182,8 +186,7 @@ std::vector<Conductor::Parties::iterator> Conductor::able(bool isPatient)
 {
     std::vector<Parties::iterator> found;
     for (auto party = waiting_.begin(); party != waiting_.end(); ++party) {
-        Wait const& wait = (*party)->wait;
-        if (wait.isPatient == isPatient && isOver(wait, now_)) {
+        if ((*party)->wait.isPatient == isPatient && isOver(**party, now_)) {
             found.push_back(party);
             if (settings_.seed == 0) {
                 break;
@@ -207,6 +210,20 @@ bool Conductor::moveTime()
     now_ = first;
     steps_ = 0;
     return true;
+}
+
+// As long as one is ready, each choice looks again: whoever is chosen may take what another one waits for.
+bool Conductor::lookAtFiles()
+{
+    std::vector<pollfd> files = awaitedFiles();
+    mayHaveReadyFiles_ = !files.empty() && ::poll(files.data(), files.size(), 0) > 0;
+    auto next = files.begin();
+    for (Party* const party : waiting_) {
+        auto const end = next + std::ssize(party->wait.files);
+        party->hasReadyFile = std::any_of(next, end, [](pollfd const& file) { return file.revents != 0; });
+        next = end;
+    }
+    return mayHaveReadyFiles_;
 }
 
 std::vector<pollfd> Conductor::awaitedFiles() const

@@ -3,6 +3,9 @@
 // One mutex guards everything. The thread that ends its turn chooses the next one; when none can run and time must not
 // move, the conductor's own thread polls all descriptors that somebody waits for. Conditions are evaluated by whichever
 // thread chooses, while nobody runs: they may lock what guards them, and nobody waits with such a lock held.
+//
+// A look at the descriptors costs a system call. It is made when a wait for one begins, after `noteReadyFile`, and
+// whenever nobody else can run at this moment.
 #pragma once
 
 #include <atomic>
@@ -62,6 +65,7 @@ struct Party
     Wait wait = {};
     int driving = 0;  // scopes in which time moves for its waits
     bool isAbsent = false;
+    bool hasReadyFile = false;  // at the latest look
 };
 
 class Conductor
@@ -84,6 +88,8 @@ public:
     void leaveForAWhile(Party& party);
     // The calling thread, which runs, waits.
     void wait(Party& party, Wait const& wait);
+    // The thread that runs has made a descriptor ready, for which another may wait.
+    void noteReadyFile() { mayHaveReadyFiles_ = true; }
 
     [[nodiscard]] SteadyClock::time_point now() const;
     [[nodiscard]] std::chrono::system_clock::time_point wallTime() const;
@@ -100,6 +106,8 @@ private:
     bool chooseNext();
     bool moveTime();
     [[nodiscard]] std::vector<Parties::iterator> able(bool isPatient);
+    // Polls the descriptors that somebody waits for; false: none is ready.
+    bool lookAtFiles();
     [[nodiscard]] std::vector<pollfd> awaitedFiles() const;
     [[noreturn]] void giveUp(char const* why) const;
 
@@ -114,6 +122,7 @@ private:
     std::size_t absent_ = 0;  // parties that have left for a while
     std::atomic<SteadyClock::time_point> now_;
     std::uint64_t steps_ = 0;  // of this instant
+    std::atomic<bool> mayHaveReadyFiles_ = false;
     bool ends_ = false;
     bool idles_ = false;  // it is the own thread's turn, which polls
     std::condition_variable idleTurn_;

@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "telephone/time/Conductor.h"
+#include "telephone/time/VirtualTime.h"
 
 namespace telephone {
 
@@ -38,6 +39,13 @@ bool isReadable(int descriptor)
 {
     pollfd query{descriptor, POLLIN, 0};
     return ::poll(&query, 1, 0) > 0;
+}
+
+void noteReadyFile()
+{
+    if (isVirtual()) {
+        conductor().noteReadyFile();
+    }
 }
 
 int waitForEvents(int epoll, std::span<epoll_event> events, char const* what)

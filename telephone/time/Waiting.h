@@ -18,6 +18,10 @@ int pollUntil(std::span<pollfd> files, SteadyClock::time_point deadline, char co
 
 bool isReadable(int descriptor);
 
+// To be called after making a descriptor ready for which another thread of the process may wait. In real time, and of
+// descriptors of other processes, the system tells.
+void noteReadyFile();
+
 // As ::epoll_wait without a deadline.
 int waitForEvents(int epoll, std::span<epoll_event> events, char const* what);
 

@@ -129,7 +129,7 @@ TEST_F(Robustness, Options_AreAnsweredWithWhatIsSupported)
 
     EXPECT_EQ("SIP/2.0 200 OK", firstLine(answer));
     EXPECT_NE(std::string::npos,
-              answer.find("Allow: INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, REFER, NOTIFY, SUBSCRIBE"));
+              answer.find("Allow: INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, UPDATE, REFER, NOTIFY, SUBSCRIBE"));
     EXPECT_EQ("SIP/2.0 404 Not Found", firstLine(peer.ask(request("OPTIONS", "555"))));
 }
 

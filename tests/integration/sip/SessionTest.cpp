@@ -374,7 +374,9 @@ TEST_F(Sessions, TargetThatIsNoUri_IsRefusedWithTheReason)
     ASSERT_FALSE(malformed);
     EXPECT_EQ((Refusal{RefusalKind::kBadInput, "\"sip:somebody@\" is not a SIP URI"}), malformed.error());
     ASSERT_FALSE(unresolved);
-    EXPECT_EQ((Refusal{RefusalKind::kBadInput, "host \"host.invalid\" is not an IP address"}), unresolved.error());
+    EXPECT_EQ((Refusal{RefusalKind::kUnavailable,
+                       "in virtual time names are not looked up: \"host.invalid\" must be an IP address"}),
+              unresolved.error());
 }
 
 }  // namespace telephone::test

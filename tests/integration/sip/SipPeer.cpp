@@ -21,6 +21,8 @@ char const* nameOf(sip::CloseCause cause)
         return "rejected";
     case sip::CloseCause::kTimeout:
         return "timeout";
+    case sip::CloseCause::kAbandoned:
+        return "abandoned";
     case sip::CloseCause::kFailed:
         return "failed";
     }

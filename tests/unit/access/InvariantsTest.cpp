@@ -108,5 +108,11 @@ TEST(InvariantsTest, LampThatIsOff_NeedsNoCause)
     EXPECT_EQ(lampsWithoutCause(telephone), Sentences());
 }
 
+TEST(InvariantsTest, AcceptedSettingThatTheStoreLacks_IsFound)
+{
+    EXPECT_EQ(Invariants().broken(EventHistory(), TelephoneState(), {"cfu-activated = true"}),
+              (Sentences{"the setting cfu-activated = true was accepted, and the store does not have it"}));
+}
+
 }  // namespace
 }  // namespace telephone

@@ -1,6 +1,7 @@
 #include "telephone/chaos/ChaosScript.h"
 
 #include <algorithm>
+#include <regex>
 #include <set>
 
 #include <gtest/gtest.h>
@@ -10,7 +11,10 @@ namespace {
 
 ChaosGround ground()
 {
-    return {{"4711", "4712"}, {"100", "103"}, {1, 2, 3}};
+    return {{"4711", "4712"},
+            {"100", "103"},
+            {1, 2, 3},
+            {"store full", "datagrams late COUNT by SECONDS [sip|rtp|all]", "rtp loss PERCENT"}};
 }
 
 double secondsOfPauses(ScriptLines const& lines)
@@ -50,6 +54,29 @@ TEST(ChaosScriptTest, Placeholders_AreFilledIn)
     for (std::string const& line : chaosScript(ground(), 3)) {
         EXPECT_EQ(line.find('{'), std::string::npos) << line;
     }
+}
+
+TEST(ChaosScriptTest, Faults_HaveTheirArgumentsAMomentAndAnEnd)
+{
+    std::regex const fault("try fault (store full|datagrams late [2-5] by [0-9.]+( sip| rtp| all)?|rtp loss [0-9]+) "
+                           "(at [0-9.]+|after [13] requests?|on [A-Za-z]+Event( CallState=[a-z]+)?) for [0-9]+");
+    int faults = 0;
+    for (std::uint64_t seed = 1; seed <= 20; ++seed) {
+        for (std::string const& line : chaosScript(ground(), seed)) {
+            if (line.starts_with("try fault ") && line != "try fault off") {
+                ++faults;
+                EXPECT_TRUE(std::regex_match(line, fault)) << line;
+            }
+        }
+    }
+    EXPECT_GT(faults, 100);
+}
+
+TEST(ChaosScriptTest, Rests_BeginWithTheEndOfAllFaults)
+{
+    ScriptLines const lines = chaosScript(ground(), 4);
+
+    EXPECT_EQ(std::ranges::count(lines, "try fault off"), std::ranges::count(lines, "check"));
 }
 
 TEST(ChaosScriptTest, Seeds_TryEveryRequestThatIsNotLeftOut)

@@ -45,6 +45,15 @@ TEST(ConfigurationFile, EmptyFile_DescribesTheStandardTelephone)
     EXPECT_EQ(configuration.keys[3].target, "102");
 }
 
+TEST(ConfigurationFile, DnsServers_HaveAddressesWithOrWithoutPorts)
+{
+    auto const configuration = parse("[dns]\nservers = [\"192.0.2.53\", \"127.0.0.1:5353\", \"[::1]:53\", \"::1\"]\n"
+                                     "[server]\nregistrar = \"sip:pbx.example\"\n");
+
+    EXPECT_EQ(configuration.dns.servers, (std::vector<std::string>{"192.0.2.53", "127.0.0.1:5353", "[::1]:53", "::1"}));
+    EXPECT_EQ(configuration.server.registrar, "sip:pbx.example");
+}
+
 TEST(ConfigurationFile, NumbersOfTheExchange_HaveStepsInOneTextOrSeveral)
 {
     auto const configuration =
@@ -231,7 +240,12 @@ INSTANTIATE_TEST_SUITE_P(
               "desk.toml:3: key.function takes one of line, dss, blf, forwarding, dnd, hold, mute, headset, messages, "
               "toggle, release, preview, ignore, transfer, not the text \"coffee\""},
         Wrong{"NoAddress", "[sip]\naddress = \"desk.example\"\n",
-              "desk.toml:2: sip.address takes an IP address, not \"desk.example\""},
+              "desk.toml:2: sip.address takes an IP address or a network interface of this machine, not "
+              "\"desk.example\""},
+        Wrong{"NoDnsServer", "[dns]\nservers = [\"192.0.2.53\", \"dns.example\"]\n",
+              "desk.toml:2: dns.servers takes IP addresses with or without a port, not \"dns.example\""},
+        Wrong{"DnsServerWithoutAPort", "[dns]\nservers = [\"192.0.2.53:0\"]\n",
+              "desk.toml:2: dns.servers takes IP addresses with or without a port, not \"192.0.2.53:0\""},
         Wrong{"NoRegistrar", "[server]\nregistrar = \"10.0.0.1\"\n",
               "desk.toml:2: server.registrar takes sip:host:port or sips:host:port, not \"10.0.0.1\""},
         Wrong{"NoPushAddress", "[push]\naddress = \"ftp://x\"\n",
@@ -303,6 +317,14 @@ TEST(ConfigurationFile, HttpOpenToTheNetwork_WithACertificateIsAccepted)
     EXPECT_EQ(http.address, "0.0.0.0:443");
     EXPECT_EQ(http.certificate, "c.pem");
     EXPECT_EQ(http.key, "k.pem");
+}
+
+TEST(ConfigurationFile, SessionTimer_IsOffOrAtLeastNinetySeconds)
+{
+    EXPECT_EQ(errorOf("[calls]\nsession-expires = 60\n"),
+              "desk.toml:2: calls.session-expires takes 0, or 90 or more, not 60");
+    EXPECT_EQ(ConfigurationFile("desk.toml").parse("[calls]\nsession-expires = 0\n").value().calls.sessionExpires, 0);
+    EXPECT_EQ(ConfigurationFile("desk.toml").parse("[calls]\nsession-expires = 90\n").value().calls.sessionExpires, 90);
 }
 
 TEST(ConfigurationFile, BrokenSyntax_IsRefusedWithItsLine)

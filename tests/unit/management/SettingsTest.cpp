@@ -13,6 +13,7 @@ namespace telephone {
 namespace {
 
 using Keys = std::vector<std::string>;
+using Items = std::vector<Settings::Item>;
 
 class SettingsTest : public StoreFixture
 {
@@ -56,6 +57,28 @@ TEST_F(SettingsTest, SetValue_IsInForceWhenSetReturns)
     EXPECT_EQ(settings->text("cfb-address"), "102");
     EXPECT_TRUE(settings->flag("cfb-activated"));
     EXPECT_EQ(settings->text("cfnr-delay"), "7");
+}
+
+TEST_F(SettingsTest, AcceptedSettings_AreInTheStore)
+{
+    EXPECT_TRUE(settings->set("cfb-address", "102"));
+    settings->setStoreFull(true);
+    EXPECT_FALSE(settings->set("cfb-activated", "true"));
+
+    EXPECT_EQ(settings->missingInStore().value(), Items());
+}
+
+TEST_F(SettingsTest, SettingThatAnotherProgramRemoved_IsMissingUntilItIsNoticed)
+{
+    auto const own = open(storePath());
+    EXPECT_TRUE(own->set("cfb-address", "102"));
+    auto const other = ConfigurationStore::open(storePath()).value();
+    ASSERT_TRUE(other->write({{"cfb-address", std::nullopt}}));
+
+    EXPECT_EQ(own->missingInStore().value(), (Items{{"cfb-address", "102"}}));
+
+    own->refresh();
+    EXPECT_EQ(own->missingInStore().value(), Items());
 }
 
 TEST_F(SettingsTest, LongestValue_IsAccepted)

@@ -47,6 +47,23 @@ TEST(FrameQueueTest, FullQueue_LosesItsOldestFrame)
     EXPECT_EQ(frame, frameOf(1));
 }
 
+TEST(FrameQueueTest, DroppedFrames_AreTheOldest)
+{
+    FrameQueue queue;
+    for (std::int16_t sample = 1; sample <= 3; ++sample) {
+        queue.push(frameOf(sample));
+    }
+    sip::AudioFrame frame{};
+
+    queue.drop(2);
+    ASSERT_TRUE(queue.pop(frame));
+    EXPECT_EQ(frame, frameOf(3));
+
+    queue.push(frameOf(4));
+    queue.drop(1'000'000);
+    EXPECT_FALSE(queue.pop(frame));
+}
+
 TEST(FrameQueueTest, ClearedQueue_IsEmpty)
 {
     FrameQueue queue;

@@ -32,6 +32,22 @@ TEST(ToneSourceTest, NextFrame_ContinuesTheWave)
     EXPECT_EQ(first[16], 1000);
 }
 
+TEST(ToneSourceTest, FrameAfterSkippedOnes_IsTheSameAsAfterReadOnes)
+{
+    ToneSource read;
+    ToneSource skipped;
+    sip::AudioFrame expected{};
+    sip::AudioFrame frame{};
+
+    for (int count = 0; count < 1001; ++count) {
+        read.readFrame(expected);
+    }
+    skipped.skipFrames(1000);
+    skipped.readFrame(frame);
+
+    EXPECT_EQ(frame, expected);
+}
+
 TEST(ToneSourceTest, Amplitude_IsNotExceeded)
 {
     ToneSource tone;

@@ -1,9 +1,13 @@
 #include "telephone/sip/RtpStream.h"
 
+#include <memory>
 #include <mutex>
+#include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
+#include "telephone/sip/DatagramFaults.h"
 #include "telephone/sip/EventLoop.h"
 #include "telephone/time/VirtualTime.h"
 #include "telephone/time/Waiting.h"
@@ -27,12 +31,48 @@ public:
         ++read;
         return true;
     }
+    void skipFrames(std::uint64_t count) override { skipped += static_cast<int>(count); }
     void writeFrame(AudioFrame const&) override { ++written; }
     bool isListening() const override { return listens; }
 
     int read = 0;
+    int skipped = 0;
     int written = 0;
     bool listens = true;
+};
+
+sa loopback(std::uint16_t port)
+{
+    sa address{};
+    sa_set_str(&address, "127.0.0.1", port);
+    return address;
+}
+
+// A socket that is no stream, and so always listens.
+class PacketReader
+{
+public:
+    PacketReader()
+    {
+        sa local = loopback(0);
+        auto const received = [](sa const*, mbuf* packet, void* object) {
+            rtp_header header{};
+            (void)rtp_hdr_decode(&header, packet);
+            static_cast<PacketReader*>(object)->headers.push_back(header);
+        };
+        (void)udp_listen(socket_.out(), &local, received, this);
+    }
+    [[nodiscard]] std::uint16_t port() const
+    {
+        sa local{};
+        (void)udp_local_get(socket_.get(), &local);
+        return sa_port(&local);
+    }
+
+    std::vector<rtp_header> headers;
+
+private:
+    Ref<udp_sock> socket_;
 };
 
 class RtpStreamTest : public testing::Test
@@ -56,20 +96,23 @@ protected:
         loop_.stop();
     }
 
-    static sa loopback(std::uint16_t port)
+    static void connect(RtpStream& stream, RtpStream const& far, int payloadType = 0,
+                        std::optional<CryptoKeys> const& keys = std::nullopt)
     {
-        sa address{};
-        sa_set_str(&address, "127.0.0.1", port);
-        return address;
+        connect(stream, far.localPort(), payloadType, keys);
     }
-    static void connect(RtpStream& stream, RtpStream const& far)
+    static void connect(RtpStream& stream, std::uint16_t farPort, int payloadType = 0,
+                        std::optional<CryptoKeys> const& keys = std::nullopt)
     {
         SdpNegotiation::Agreement agreement;
-        agreement.remote = loopback(far.localPort());
+        agreement.keys = keys;
+        agreement.remote = loopback(farPort);
         agreement.direction = Direction::kSendReceive;
         agreement.codec = "PCMU";
-        agreement.payloadType = 0;
+        agreement.payloadType = payloadType;
+        agreement.received[static_cast<std::size_t>(payloadType)] = Payload::kULaw;
         agreement.eventPayloadType = 101;
+        agreement.received[101] = Payload::kEvents;
         stream.apply(agreement);
     }
 
@@ -82,12 +125,40 @@ protected:
     Voice rightVoice_;
 };
 
-TEST_F(RtpStreamTest, AudioThatNobodyHears_IsReadAndCountedOnly)
+TEST_F(RtpStreamTest, AudioThatNobodyHears_IsSkippedAndCountedOnly)
 {
     sleepFor(kFiftyFrames);
+    left_->catchUp();
 
-    EXPECT_EQ(leftVoice_.read, 50);
+    EXPECT_EQ(leftVoice_.read, 0);
+    EXPECT_EQ(leftVoice_.skipped, 50);
     EXPECT_EQ(left_->unheard(), 50U);
+}
+
+TEST_F(RtpStreamTest, HoursThatNobodyHears_AreCountedAtOnce)
+{
+    sleepFor(10h);
+    left_->catchUp();
+
+    EXPECT_EQ(left_->unheard(), 1'800'000U);
+}
+
+// As if each packet had been sent (RFC 3550, 5.1): sequence numbers by one, timestamps by the samples of a frame.
+TEST_F(RtpStreamTest, FirstPacketThatIsHeard_HasTheNumbersOfItsMoment)
+{
+    PacketReader reader;
+    connect(*left_, reader.port());
+    sleepFor(30ms);  // one packet
+    connect(*left_, *right_);
+    sleepFor(1s);  // 50 that nobody hears
+    connect(*left_, reader.port());
+    sleepFor(20ms);
+
+    ASSERT_EQ(reader.headers.size(), 2U);
+    rtp_header const& first = reader.headers.front();
+    rtp_header const& second = reader.headers.back();
+    EXPECT_EQ(static_cast<std::uint16_t>(second.seq - first.seq), 51);
+    EXPECT_EQ(second.ts - first.ts, 51U * 160U);
 }
 
 TEST_F(RtpStreamTest, AudioForASink_IsSentWhileTheSinkListens)
@@ -97,17 +168,117 @@ TEST_F(RtpStreamTest, AudioForASink_IsSentWhileTheSinkListens)
     EXPECT_EQ(left_->unheard(), 0U);
     EXPECT_EQ(rightVoice_.written, 50);
 
+    right_->catchUp();
     rightVoice_.listens = false;
     sleepFor(1s);
+    left_->catchUp();
 
     EXPECT_EQ(left_->unheard(), 50U);
     EXPECT_EQ(rightVoice_.written, 50);
+}
+
+TEST_F(RtpStreamTest, AudioOfADynamicPayloadType_IsHeard)
+{
+    {
+        std::lock_guard const lock(loop_);
+        connect(*left_, *right_, 97);
+        connect(*right_, *left_, 97);
+        right_->setSink(&rightVoice_);
+    }
+
+    sleepFor(kFiftyFrames);
+
+    EXPECT_EQ(rightVoice_.written, 50);
+}
+
+TEST_F(RtpStreamTest, AudioAndDigitsOfAStranger_AreNotHeard)
+{
+    std::string digits;
+    RtpStream stranger(clock_, loopback(0));
+    Voice strangersVoice;
+    {
+        std::lock_guard const lock(loop_);
+        right_->setSink(&rightVoice_);
+        right_->onDigit([&digits](char key) { digits += key; });
+    }
+    sleepFor(kFiftyFrames);
+    {
+        std::lock_guard const lock(loop_);
+        stranger.setSource(&strangersVoice);
+        connect(stranger, *right_);
+        stranger.sendDigits("9", 100ms);
+    }
+
+    sleepFor(1s);
+
+    std::lock_guard const lock(loop_);
+    stranger.stop();
+    EXPECT_EQ(digits, "");
+    EXPECT_EQ(rightVoice_.written, 100);
+    EXPECT_EQ(right_->statistics().received, 100U);
+    EXPECT_EQ(right_->statistics().foreign, 47U);  // a digit and its pause take 11 beats, 8 of them with a packet
+}
+
+TEST_F(RtpStreamTest, ForgedAndReplayedPackets_ChangeNothing)
+{
+    CryptoKey const left{CryptoSuite::kAeadAes128Gcm, std::string(28, 'l')};
+    CryptoKey const right{CryptoSuite::kAeadAes128Gcm, std::string(28, 'r')};
+    CryptoKey const wrong{CryptoSuite::kAeadAes128Gcm, std::string(28, 'w')};
+    RtpStream stranger(clock_, loopback(0));
+    Voice strangersVoice;
+    DatagramFaults::Id copies = 0;
+    {
+        std::lock_guard const lock(loop_);
+        connect(*left_, *right_, 0, CryptoKeys{left, right});
+        connect(*right_, *left_, 0, CryptoKeys{right, left});
+        right_->setSink(&rightVoice_);
+        connect(stranger, *right_, 0, CryptoKeys{wrong, wrong});
+        stranger.setSource(&strangersVoice);
+        copies = datagramFaults().begin({.fate = DatagramFate::kDoubled, .concerns = [this](Datagram const& datagram) {
+                                             return datagram.from == "127.0.0.1:" + std::to_string(left_->localPort());
+                                         }});
+    }
+
+    sleepFor(kFiftyFrames);
+
+    std::lock_guard const lock(loop_);
+    datagramFaults().end(copies);
+    stranger.stop();
+    EXPECT_EQ(right_->statistics().received, 50U);
+    EXPECT_EQ(right_->statistics().replayed, 50U);
+    EXPECT_EQ(right_->statistics().forged, 50U);
+    EXPECT_EQ(right_->statistics().foreign, 0U);
+    EXPECT_EQ(rightVoice_.written, 50);
+}
+
+TEST_F(RtpStreamTest, FarEndAtAnotherAddressThanDescribed_IsHeardAndAnswered)
+{
+    // What right has been told about left is wrong, as behind a NAT.
+    SdpNegotiation::Agreement agreement;
+    sa_set_str(&agreement.remote, "127.0.0.2", 9);
+    agreement.direction = Direction::kSendReceive;
+    agreement.codec = "PCMU";
+    agreement.payloadType = 0;
+    agreement.received[0] = Payload::kULaw;
+    {
+        std::lock_guard const lock(loop_);
+        right_->apply(agreement);
+        right_->setSink(&rightVoice_);
+        left_->setSink(&leftVoice_);
+    }
+
+    sleepFor(kFiftyFrames);
+
+    EXPECT_EQ(right_->statistics().foreign, 4U);
+    EXPECT_EQ(rightVoice_.written, 46);
+    EXPECT_GE(leftVoice_.written, 44);
 }
 
 TEST_F(RtpStreamTest, EchoOfWhatNobodyHears_IsNotSent)
 {
     right_->setEcho(true);
     sleepFor(kFiftyFrames);
+    left_->catchUp();
     EXPECT_EQ(left_->unheard(), 50U);
 
     left_->setSink(&leftVoice_);
@@ -124,6 +295,7 @@ TEST_F(RtpStreamTest, DigitsAreSent_ThoughNobodyHearsTheAudio)
     left_->sendDigits("12", 100ms);
 
     sleepFor(1s);
+    left_->catchUp();
 
     EXPECT_EQ(heard, "12");
     EXPECT_GT(left_->unheard(), 0U);

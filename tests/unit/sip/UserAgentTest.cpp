@@ -36,7 +36,7 @@ TEST_F(UserAgentTest, AddressThatCannotBeUsed_IsRefusedWithTheReason)
 {
     UserAgentConfig config;
     config.address = "here";
-    EXPECT_EQ(bind(config), "\"here\" is not an IP address: Invalid argument");
+    EXPECT_EQ(bind(config), "\"here\" is neither an IP address nor a network interface of this machine");
     config.address = "0.0.0.0";
     EXPECT_EQ(bind(config), "the SIP address must be one of this machine's, not 0.0.0.0");
 }

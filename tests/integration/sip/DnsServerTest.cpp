@@ -1,0 +1,229 @@
+// Names of servers, looked up at a DNS server of another make (dnsmasq) on loopback, in real time.
+#include <fstream>
+#include <random>
+
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+#include "SipFixture.h"
+#include "telephone/framework/FileDescriptor.h"
+#include "telephone/sip/DnsClient.h"
+#include "telephone/sip/ServerSearch.h"
+#include "tests/doubles/TemporaryFolder.h"
+#include "tests/helpers/ChildProcess.h"
+#include "tests/helpers/TestTime.h"
+
+namespace telephone::test {
+
+namespace {
+
+// Nothing listens there.
+constexpr char const* kNobody = "127.0.0.9";
+
+std::int64_t millisecondsOf(std::function<void()> const& work)
+{
+    auto const begin = SteadyClock::now();
+    work();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(SteadyClock::now() - begin).count();
+}
+
+class DnsServer : public ExchangeTest
+{
+protected:
+    // Starts the DNS server with these records and those of the exchange.
+    void serve(std::string const& records)
+    {
+        std::ofstream(folder_.file("dnsmasq.conf"))
+            << "port=" << port_ << "\nlisten-address=127.0.0.1\nbind-interfaces\nno-resolv\nno-hosts\nlocal=/test/\n"
+            << "user=root\npid-file=\nauth-ttl=60\nlocal-ttl=60\n"
+            << "host-record=exchange.test,127.0.0.1\nhost-record=nobody.test," << kNobody << "\n"
+            << records;
+        server_.emplace("dnsmasq",
+                        std::vector<std::string>{"--keep-in-foreground", "--conf-file=" + folder_.file("dnsmasq.conf")},
+                        folder_.file(""));
+        ASSERT_TRUE(eventually([this] { return listens(); })) << "dnsmasq does not start";
+    }
+    std::string exchangePort() const { return std::to_string(sip::Uri::parse("sip:" + exchange.hostPort())->port); }
+    std::string dns() const { return "127.0.0.1:" + std::to_string(port_); }
+    sip::UserAgentConfig config()
+    {
+        sip::UserAgentConfig config;
+        config.dnsServers = {dns()};
+        config.log = [this](sip::LogLevel, std::string const& line) { logged += line + "\n"; };
+        return config;
+    }
+
+    std::string logged;
+
+private:
+    bool listens() const
+    {
+        FileDescriptor const socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        address.sin_port = htons(static_cast<std::uint16_t>(port_));
+        return connect(socket.get(), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+    }
+
+    TemporaryFolder const folder_;
+    int const port_ = freeUdpPort();
+    std::optional<ChildProcess> server_;
+};
+
+}  // namespace
+
+TEST_F(DnsServer, DomainWithPreferences_IsReachedOverItsTransport)
+{
+    serve("naptr-record=pbx.test,20,10,s,SIP+D2U,,_sip._udp.pbx.test\n"
+          "naptr-record=pbx.test,10,10,s,SIP+D2T,,_sip._tcp.pbx.test\n"
+          "srv-host=_sip._udp.pbx.test,nobody.test,5060,10,10\n"
+          "srv-host=_sip._tcp.pbx.test,exchange.test," +
+          exchangePort() + ",10,10\n");
+    SipPeer phone(loop, "4711", config());
+
+    phone.registerAt("pbx.test");
+
+    ASSERT_TRUE(phone.waitFor("registered 3600")) << phone.events();
+    EXPECT_EQ(exchange.contactsOf("4711"),
+              (std::vector<std::string>{"sip:4711@" + phone.agent->hostPort(sip::Transport::kTcp) + ";transport=tcp"}));
+}
+
+TEST_F(DnsServer, NameWithPort_IsReachedAtItsAddress)
+{
+    serve("");
+    SipPeer phone(loop, "4711", config());
+
+    phone.call("sip:100@exchange.test:" + exchangePort());
+
+    EXPECT_TRUE(phone.waitFor("established")) << phone.events();
+}
+
+TEST_F(DnsServer, DeadFirstServer_LosesItsRequestsToTheSecondWithinFourSeconds)
+{
+    serve("srv-host=_sip._udp.pbx.test,nobody.test,5060,10,10\n"
+          "srv-host=_sip._udp.pbx.test,exchange.test," +
+          exchangePort() + ",20,10\n");
+    SipPeer phone(loop, "4711", config());
+
+    auto const toRegister = millisecondsOf([&] {
+        phone.registerAt("pbx.test");
+        EXPECT_TRUE(phone.waitFor("registered 3600")) << phone.events();
+    });
+    auto const toCall = millisecondsOf([&] {
+        phone.call("sip:100@pbx.test");
+        EXPECT_TRUE(phone.waitFor("established")) << phone.events();
+    });
+
+    EXPECT_GT(toRegister, 3000);
+    EXPECT_LT(toRegister, 4500);
+    EXPECT_LT(toCall, 1000);
+    std::lock_guard const guard(loop);
+    EXPECT_NE(logged.find("REGISTER to pbx.test: udp 127.0.0.9:5060: does not answer; udp 127.0.0.1:" + exchangePort() +
+                          " is next\n"),
+              std::string::npos)
+        << logged;
+}
+
+TEST_F(DnsServer, FirstServerThatRefuses_LosesTheCallToTheSecondAtOnce)
+{
+    SipPeer busy(loop, "busy");
+    busy.whenCalled = [](SipPeer&, sip::Session& session) { session.reject(503, "Service Unavailable"); };
+    serve("srv-host=_sip._udp.pbx.test,exchange.test," + std::to_string(busy.agent->udpPort()) +
+          ",10,10\nsrv-host=_sip._udp.pbx.test,exchange.test," + exchangePort() + ",20,10\n");
+    SipPeer phone(loop, "4711", config());
+
+    auto const taken = millisecondsOf([&] {
+        phone.call("sip:100@pbx.test");
+        EXPECT_TRUE(phone.waitFor("established")) << phone.events();
+    });
+
+    EXPECT_LT(taken, 1000);
+    EXPECT_TRUE(busy.waitFor("called", 0ms));
+}
+
+TEST_F(DnsServer, UnknownName_EndsTheCallAtOnceWithItsReason)
+{
+    serve("");
+    SipPeer phone(loop, "4711", config());
+
+    auto const taken = millisecondsOf([&] {
+        phone.call("sip:100@nowhere.test");
+        EXPECT_TRUE(phone.waitFor("closed failed 503")) << phone.events();
+    });
+
+    EXPECT_LT(taken, 1000);
+    EXPECT_EQ(phone.lastClosing.text, "DNS knows no server \"nowhere.test\"");
+}
+
+TEST_F(DnsServer, DeadDns_EndsTheCallWithinFiveSecondsWithItsReason)
+{
+    SipPeer phone(loop, "4711", config());
+
+    auto const taken = millisecondsOf([&] {
+        phone.call("sip:100@pbx.test");
+        EXPECT_TRUE(phone.waitFor("closed failed 503")) << phone.events();
+    });
+
+    EXPECT_LT(taken, 5000);
+    EXPECT_EQ(phone.lastClosing.text,
+              "the server \"pbx.test\" cannot be looked up: no DNS server answers (asked " + dns() + ")");
+}
+
+TEST_F(DnsServer, Ipv6Name_IsReachedFromAnInterfaceWithBothFamilies)
+{
+    serve("host-record=six.test,::1\n");
+    SipPeer six(loop, "six", [] {
+        sip::UserAgentConfig config;
+        config.address = "::1";
+        return config;
+    }());
+    auto both = config();
+    both.address = "lo";
+    SipPeer phone(loop, "4711", both);
+
+    phone.call("sip:six@six.test:" + std::to_string(six.agent->udpPort()));
+
+    ASSERT_TRUE(phone.waitFor("established")) << phone.events();
+    EXPECT_EQ(six.lastInvitation.headers.value("Contact"),
+              "<sip:4711@[::1]:" + std::to_string(phone.agent->udpPort()) + ">");
+}
+
+TEST_F(DnsServer, WeightsOfServices_AreTheirShares)
+{
+    serve("srv-host=_sip._udp.pbx.test,exchange.test,5060,10,30\n"
+          "srv-host=_sip._udp.pbx.test,nobody.test,5060,10,10\n");
+    std::mt19937 numbers(1);
+    sip::DnsClient client({dns()});
+    sip::ServerSearch::Settings const settings{
+        {sip::Transport::kUdp}, {sip::AddressFamily::kIpv4}, [&numbers](std::uint32_t greatest) {
+            return static_cast<std::uint32_t>(numbers() % (std::uint64_t{greatest} + 1));
+        }};
+    std::map<std::string, int> first;
+
+    for (int i = 0; i < 400; ++i) {
+        std::shared_ptr<sip::ServerSearch> search;
+        int const before = first["found"];
+        {
+            std::lock_guard const guard(loop);
+            search = std::make_shared<sip::ServerSearch>(
+                loop, client, sip::Destination{"pbx.test", 0, sip::Transport::kUdp}, settings, [&](auto const& result) {
+                    ++first["found"];
+                    ++first[result ? result->places.front().place.address : result.error().reason];
+                });
+            search->start();
+        }
+        ASSERT_TRUE(eventually([&] {
+            std::lock_guard const guard(loop);
+            return first["found"] > before;
+        }));
+        std::lock_guard const guard(loop);
+        search.reset();
+    }
+
+    std::lock_guard const guard(loop);
+    EXPECT_NEAR(first["127.0.0.1"], 300, 45);
+    EXPECT_EQ(first["127.0.0.1"] + first[kNobody], 400);
+}
+
+}  // namespace telephone::test

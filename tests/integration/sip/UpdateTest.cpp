@@ -1,0 +1,137 @@
+// UPDATE (RFC 3311) from a far end.
+#include <gtest/gtest.h>
+
+#include "ScriptedEnd.h"
+#include "SipFixture.h"
+
+namespace telephone::test {
+
+class Update : public SipTest
+{
+protected:
+    // The far end calls; the phone answers, unless the test says otherwise.
+    void call() { far.sendTo(phone.agent->hostPort(), far.invite(*phone.agent, {}, far.description())); }
+    void callIsAnswered()
+    {
+        call();
+        ok = far.receive("SIP/2.0 200");
+        far.send(far.inDialog("ACK", ok, "far", 1));
+        EXPECT_TRUE(phone.waitFor("established")) << phone.events();
+    }
+    std::string update(unsigned cseq, std::string const& body = {}, std::string const& headers = {})
+    {
+        far.send(far.inDialog("UPDATE", ok, "far", cseq, headers, body));
+        return far.receive("SIP/2.0 ");
+    }
+    std::string held() const { return far.description() + "a=sendonly\r\n"; }
+    static std::string firstLine(std::string const& message) { return message.substr(0, message.find("\r\n")); }
+
+    SipPeer phone{loop};
+    ScriptedEnd far{loop};
+    std::string ok;
+};
+
+TEST_F(Update, WithoutAnOffer_IsAccepted)
+{
+    callIsAnswered();
+
+    std::string const answer = update(2);
+
+    EXPECT_EQ("SIP/2.0 200 OK", firstLine(answer));
+    EXPECT_EQ("2 UPDATE", headerOf(answer, "CSeq"));
+    EXPECT_EQ("<sip:4711@" + phone.agent->hostPort() + ">", headerOf(answer, "Contact"));
+    EXPECT_TRUE(answer.ends_with("Content-Length: 0\r\n\r\n")) << answer;
+}
+
+TEST_F(Update, WithAnOfferThatHolds_HoldsTheCall)
+{
+    callIsAnswered();
+
+    std::string const answer = update(2, held());
+
+    EXPECT_EQ("SIP/2.0 200 OK", firstLine(answer));
+    EXPECT_NE(std::string::npos, answer.find("a=recvonly")) << answer;
+    EXPECT_TRUE(phone.waitFor("held")) << phone.events();
+}
+
+TEST_F(Update, WithANewContact_MovesTheFarEnd)
+{
+    callIsAnswered();
+    ScriptedEnd elsewhere(loop);
+    std::string moved = far.inDialog("UPDATE", ok, "far", 2);
+    moved.replace(moved.find(far.uri(), moved.find("Contact:")), far.uri().size(), elsewhere.uri());
+
+    far.send(moved);
+    EXPECT_EQ("SIP/2.0 200 OK", firstLine(far.receive("SIP/2.0 ")));
+    phone.session().hangUp();
+
+    EXPECT_NE("", elsewhere.receive("BYE "));
+}
+
+TEST_F(Update, WhoseOfferCrossesOurs_IsPending)
+{
+    callIsAnswered();
+    EXPECT_TRUE(phone.session().modify(sip::Direction::kSendOnly));
+    std::string const reInvite = far.receive("INVITE ");
+
+    EXPECT_EQ("SIP/2.0 491 Request Pending", firstLine(update(2, held())));
+    EXPECT_EQ("SIP/2.0 200 OK", firstLine(update(3))) << "one without an offer crosses nothing";
+
+    far.send(far.accept(reInvite, "far"));
+    EXPECT_TRUE(phone.waitFor("modified 200")) << phone.events();
+}
+
+TEST_F(Update, WhoseOfferComesBeforeOurAnswer_IsAskedToComeLater)
+{
+    phone.whenCalled = [](SipPeer&, sip::Session& session) { EXPECT_TRUE(session.ring()); };
+    call();
+    ok = far.receive("SIP/2.0 180");
+
+    std::string const answer = update(2, held());
+
+    EXPECT_EQ("SIP/2.0 500 Server Internal Error", firstLine(answer));
+    EXPECT_LE(std::stoi(headerOf(answer, "Retry-After")), 10);
+    EXPECT_EQ("SIP/2.0 200 OK", firstLine(update(3)));
+}
+
+TEST_F(Update, WhoseOfferMeetsOurUnansweredOne_IsPending)
+{
+    callIsAnswered();
+    far.send(far.inDialog("INVITE", ok, "far", 2));
+    EXPECT_NE("", far.receive("SIP/2.0 200"));
+
+    EXPECT_EQ("SIP/2.0 491 Request Pending", firstLine(update(3, held())));
+
+    far.send(far.inDialog("ACK", ok, "far", 2, {}, far.description()));
+    EXPECT_EQ("SIP/2.0 200 OK", firstLine(update(4, held())));
+}
+
+TEST_F(Update, WithoutACommonCodec_IsRefusedAndChangesNothing)
+{
+    callIsAnswered();
+    std::string const offer = "v=0\r\no=- 1 2 IN IP4 127.0.0.1\r\ns=-\r\nc=IN IP4 127.0.0.1\r\nt=0 0\r\n"
+                              "m=audio 4000 RTP/AVP 97\r\na=rtpmap:97 XYZ/8000\r\n";
+
+    EXPECT_EQ("SIP/2.0 488 Not Acceptable Here", firstLine(update(2, offer)));
+    EXPECT_EQ(sip::SessionState::kEstablished, phone.session().state());
+}
+
+TEST_F(Update, OlderThanTheLastRequest_IsRefused)
+{
+    callIsAnswered();
+    update(7);
+
+    EXPECT_EQ("SIP/2.0 500 Server Internal Error", firstLine(update(6)));
+}
+
+TEST_F(Update, OfNoCall_DoesNotExist)
+{
+    callIsAnswered();
+    ok.replace(ok.find("tag=far"), 7, "tag=not");
+
+    far.send(far.inDialog("UPDATE", ok, "not", 2));
+
+    EXPECT_EQ("SIP/2.0 481 Call/Transaction Does Not Exist", firstLine(far.receive("SIP/2.0 ")));
+}
+
+}  // namespace telephone::test
