@@ -1,5 +1,6 @@
 // Registrations and calls over TLS, and everything that makes a certificate unacceptable.
 #include "SipFixture.h"
+#include "tests/helpers/DnsTable.h"
 #include "tests/helpers/TestCertificates.h"
 
 namespace telephone::test {
@@ -33,15 +34,23 @@ protected:
         config.tls = tlsOf(own);
         config.tlsFromTheStart = true;
         config.traceMessages = [] { return true; };
+        config.dns = names_;
         config.log = [this](sip::LogLevel, std::string const& line) { phoneLog_ += line + "\n"; };
         return std::make_unique<SipPeer>(loop, number, config);
     }
 
+    // The server by its name.
+    std::string named(std::string const& name) const
+    {
+        std::string const address = server();
+        return name + address.substr(address.find(':'));
+    }
     std::string server() const { return registrar_->hostPort(sip::Transport::kTls); }
 
-    void registerOverTls(SipPeer& peer) const
+    void registerOverTls(SipPeer& peer) const { registerOverTls(peer, server()); }
+    static void registerOverTls(SipPeer& peer, std::string const& at)
     {
-        peer.registerAt(server(), "secret", [](sip::Account& account) { account.transport = sip::Transport::kTls; });
+        peer.registerAt(at, "secret", [](sip::Account& account) { account.transport = sip::Transport::kTls; });
     }
 
     bool hasSent(std::string const& text) const
@@ -51,6 +60,7 @@ protected:
     }
 
     TestCertificates certificates_;
+    std::shared_ptr<DnsTable> names_ = std::make_shared<DnsTable>(&loop);
     std::string registrarLog_;
     std::string phoneLog_;
     std::optional<exchange::Exchange> registrar_;
@@ -109,6 +119,68 @@ TEST_F(Tls, SipsAddress_IsReachedOverTls)
     EXPECT_TRUE(peer->waitFor("established")) << peer->events() << phoneLog_;
     EXPECT_TRUE(hasSent("INVITE sips:100@" + server())) << phoneLog_;
     EXPECT_TRUE(hasSent("Via: SIP/2.0/TLS")) << phoneLog_;
+}
+
+class TlsByName : public Tls
+{
+protected:
+    TlsByName()
+    {
+        names_->address("pbx.example", "127.0.0.1");
+        names_->address("other.example", "127.0.0.1");
+    }
+};
+
+TEST_F(TlsByName, NameBeforeItsResolution_Counts)
+{
+    registrarWith(certificates_.make("DNS:pbx.example"));
+    auto const peer = phone(certificates_.make());
+    registerOverTls(*peer, named("pbx.example"));
+    ASSERT_TRUE(peer->waitFor("registered 3600")) << peer->events() << phoneLog_;
+
+    // The server's Contact is its address.
+    peer->call("sip:100@" + named("pbx.example"));
+    ASSERT_TRUE(peer->waitFor("established")) << peer->events() << phoneLog_;
+    peer->session().hangUp();
+    EXPECT_TRUE(peer->waitUntil([this] { return registrar_->callCount() == 0; }));
+}
+
+TEST_F(TlsByName, ConnectionOfOneName_CarriesNothingForAnother)
+{
+    registrarWith(certificates_.make("DNS:pbx.example"));
+    auto const peer = phone();
+    registerOverTls(*peer, named("pbx.example"));
+    ASSERT_TRUE(peer->waitFor("registered 3600")) << peer->events() << phoneLog_;
+
+    peer->call("sip:100@" + named("other.example"));
+
+    ASSERT_TRUE(peer->waitFor("closed failed 502")) << peer->events() << phoneLog_;
+    EXPECT_EQ(peer->lastClosing.text, "the certificate of other.example is for pbx.example");
+    EXPECT_FALSE(hasSent("INVITE sip:")) << phoneLog_;
+}
+
+TEST_F(TlsByName, ConnectionOfOneName_CarriesWhatItsCertificateIsFor)
+{
+    registrarWith(certificates_.make("DNS:pbx.example,DNS:other.example"));
+    auto const peer = phone(certificates_.make());
+    registerOverTls(*peer, named("pbx.example"));
+    ASSERT_TRUE(peer->waitFor("registered 3600")) << peer->events() << phoneLog_;
+
+    peer->call("sip:100@" + named("other.example"));
+
+    EXPECT_TRUE(peer->waitFor("established")) << peer->events() << phoneLog_;
+}
+
+TEST_F(TlsByName, AddressInTheCertificate_DoesNotStandForTheName)
+{
+    registrarWith(certificates_.make("IP:127.0.0.1"));
+    auto const peer = phone();
+
+    registerOverTls(*peer, named("pbx.example"));
+
+    ASSERT_TRUE(peer->waitFor("unregistered 502")) << peer->events() << phoneLog_;
+    EXPECT_EQ(peer->lastFailure, "the certificate of pbx.example is for 127.0.0.1");
+    EXPECT_FALSE(hasSent("REGISTER sip:")) << phoneLog_;
 }
 
 struct BadCertificate
@@ -230,16 +302,15 @@ TEST_F(Tls, ServerWhoseCertificateIsReplaced_IsTrustedAgain)
     EXPECT_TRUE(peer->waitFor("established")) << peer->events() << phoneLog_;
 }
 
-TEST_F(Tls, ServerThatDoesNotSpeakTls_IsNamed)
+TEST_F(Tls, ServerWithoutACertificate_IsNamed)
 {
-    registrarWith(certificates_.make());
+    registrarWith({});
     auto const peer = phone();
 
-    peer->registerAt(registrar_->hostPort(sip::Transport::kTcp), "secret",
-                     [](sip::Account& account) { account.transport = sip::Transport::kTls; });
+    registerOverTls(*peer);
 
     ASSERT_TRUE(peer->waitFor("unregistered 502")) << peer->events() << phoneLog_;
-    EXPECT_EQ(peer->lastFailure, "127.0.0.1 does not complete the handshake of TLS");
+    EXPECT_EQ(peer->lastFailure, "127.0.0.1 refuses the connection: handshake failure");
 }
 
 TEST_F(Tls, ServerThatIsNotThere_IsNotReachable)
