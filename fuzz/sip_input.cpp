@@ -4,6 +4,7 @@
 //
 // Nothing leaves the machine: packets to addresses other than loopback are dropped here.
 #include <array>
+#include <cerrno>
 #include <deque>
 #include <memory>
 #include <mutex>
@@ -142,8 +143,7 @@ public:
              "Call-ID: " +
              id + "@127.0.0.1\r\nCSeq: 1 OPTIONS\r\nContent-Length: 0\r\n\r\n");
         std::array<char, 65536> buffer;
-        pollfd wait{socket_, POLLIN, 0};
-        while (poll(&wait, 1, kPatienceMilliseconds) == 1) {
+        while (becomesReadable()) {
             auto const count = recv(socket_, buffer.data(), buffer.size(), 0);
             std::string_view const answer(buffer.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
             if (answer.find("\r\nCall-ID: " + id) != std::string_view::npos) {
@@ -155,6 +155,17 @@ public:
     }
 
 private:
+    // False: nothing came for kPatienceMilliseconds. The alarm of libFuzzer interrupts the wait, which then starts
+    // anew.
+    bool becomesReadable() const
+    {
+        pollfd wait{socket_, POLLIN, 0};
+        int ready = 0;
+        do {
+            ready = poll(&wait, 1, kPatienceMilliseconds);
+        } while (ready < 0 && errno == EINTR);
+        return ready == 1;
+    }
     static sockaddr_in loopback(std::uint16_t port)
     {
         sockaddr_in address{};

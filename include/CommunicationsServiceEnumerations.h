@@ -203,7 +203,7 @@ inline constexpr EnumerationValue kMessagesWaiting[] = {
 inline constexpr EnumerationValue kSecurityStates[] = {
     {sfiSecurityStatusUnknown, "", "unknown", "Not known. Not reported by this telephone."},
     {sfiSecurityStatusPlain,   "", "plain",   "The audio is not encrypted."},
-    {sfiSecurityStatusSecure,  "", "secure",  "The audio is encrypted. Not reported by this telephone."},
+    {sfiSecurityStatusSecure,  "", "secure",  "The audio is encrypted."},
 };
 
 inline constexpr EnumerationValue kCallCompletionTypes[] = {

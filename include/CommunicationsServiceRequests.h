@@ -464,8 +464,8 @@ inline constexpr RequestDescription kRows[] = {
         "Joins two calls into a conference.",
         "heldCall counts; Line and activeCall do not. The other call is the active one, else the call that was held "
         "last. CallID is not read.",
-        "The conference is being made; held calls are being retrieved for it. Refused if one of the calls is in a "
-        "conference already: a conference has three parties and no more.",
+        "The conference is being made; held calls are being retrieved for it. A call joins the conference that the other "
+        "one is in already.",
         "That it succeeds: FeatureSuccessEvent and conferenceStatusEvent, or FeatureFailedEvent, say so.",
         {{"CallRetrievedEvent", "CallStateChangeEvent", "FeatureSuccessEvent", "conferenceStatusEvent", "FeatureFailedEvent"}}},
     {"SetServiceState",
@@ -676,7 +676,7 @@ inline constexpr RequestDescription kRows[] = {
           {"CallID",    integer, required, "2", none, "call id",
             "The connected call.", "refused", "no such call, or it is not connected: refused"},
           {"forceFlag", flag,    required, "0", none, "",
-            "Whether the call must become secure; refused on this telephone, which has no encrypted audio.",
+            "Whether the call must become secure; refused without encrypted audio in the configuration.",
             "refused", ""}}},
         A::resultWord, "", {{}},
         "Negotiates the audio of a call again.",

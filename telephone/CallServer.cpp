@@ -88,6 +88,13 @@ Outcome<exchange::ExchangeNumber> numberOf(ExchangeNumberConfiguration const& co
     return number;
 }
 
+// In the order of the choices of exchange.digests.
+std::array<std::vector<sip::DigestAlgorithm>, 3> const kDigests{{
+    {sip::DigestAlgorithm::kSha256, sip::DigestAlgorithm::kMd5},
+    {sip::DigestAlgorithm::kSha256},
+    {sip::DigestAlgorithm::kMd5},
+}};
+
 // The lines that the telephone shares have their appearances at the exchange, too.
 void addSharedLines(Configuration const& configuration, std::vector<exchange::ExchangeNumber>& numbers)
 {
@@ -121,7 +128,13 @@ Outcome<exchange::ExchangeConfig> exchangeConfigOf(Configuration const& configur
     config.address = configuration.sip.address.find(':') == std::string::npos ? "127.0.0.1" : "::1";
     config.port = static_cast<std::uint16_t>(configuration.exchange.port);
     config.realm = configuration.exchange.realm;
+    config.digests = kDigests.at(static_cast<std::size_t>(configuration.exchange.digests));
     config.anyPassword = configuration.exchange.password;
+    for (auto const& line : configuration.lines) {
+        if (!line.password.empty()) {
+            config.users.push_back({userOfLine(line), line.password, line.authUser});
+        }
+    }
     config.log = sipLogger("exchange");
     if (!configuration.exchange.certificate.empty()) {
         config.tls = {configuration.exchange.certificate, configuration.exchange.key,

@@ -18,6 +18,31 @@
 
 namespace telephone {
 
+namespace {
+
+std::optional<double> milliseconds(std::optional<std::chrono::microseconds> const& duration)
+{
+    return duration ? std::optional(static_cast<double>(duration->count()) / 1000) : std::nullopt;
+}
+
+AudioState stateOf(sip::AudioStatistics const& audio)
+{
+    AudioState state;
+    state.sent = audio.sent;
+    state.received = audio.received;
+    state.lost = audio.lost;
+    state.foreign = audio.foreign;
+    state.forged = audio.forged;
+    state.replayed = audio.replayed;
+    state.jitter = *milliseconds(audio.jitter);
+    state.farLost = audio.farLost;
+    state.farJitter = milliseconds(audio.farJitter);
+    state.roundTrip = milliseconds(audio.roundTrip);
+    return state;
+}
+
+}  // namespace
+
 StateReader::StateReader(Parts const& parts, Whole whole)
     : parts_(parts)
     , whole_(std::move(whole))
@@ -131,6 +156,9 @@ std::vector<CallStatus> StateReader::calls() const
     for (auto const& call : parts_.engine.list().all()) {
         CallStatus& status = calls.emplace_back(statusOf(call->snapshot()));
         status.conference = conferenceOf(call->snapshot());
+        if (sip::Session const* const session = call->session()) {
+            status.audio = stateOf(session->audio().statistics());
+        }
         status.recording = std::ranges::find(recorded, call->id()) != recorded.end();
         status.callBackPossible = callBacks.isPossible(*call);
     }

@@ -137,6 +137,15 @@ std::vector<std::string> lampsWithoutCause(TelephoneState const& state)
     return broken;
 }
 
+std::vector<std::string> settingsNotStored(std::vector<std::string> const& missing)
+{
+    Broken broken;
+    for (std::string const& each : missing) {
+        broken.push_back(fmt::format("the setting {} was accepted, and the store does not have it", each));
+    }
+    return broken;
+}
+
 void Invariants::checkMemory(EventHistory::Events const& events, std::vector<std::string>& broken)
 {
     std::size_t kept = 0;
@@ -161,8 +170,8 @@ std::vector<std::string> Invariants::broken(EventHistory const& history, Telepho
     for (std::string& each : lampsWithoutCause(state)) {
         broken.push_back(std::move(each));
     }
-    for (std::string const& each : missing) {
-        broken.push_back(fmt::format("the setting {} was accepted, and the store does not have it", each));
+    for (std::string& each : settingsNotStored(missing)) {
+        broken.push_back(std::move(each));
     }
     if (int const held = heldSemaphores(); held != 0) {
         broken.push_back(fmt::format("{} locks of the service are taken", held));

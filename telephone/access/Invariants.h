@@ -31,6 +31,8 @@ private:
 // Calls of which the events say something else than the state. The events are all that there were.
 [[nodiscard]] std::vector<std::string> wronglyToldCalls(EventHistory::Events const& events,
                                                         TelephoneState const& state);
+// Accepted settings, "key = value", that are missing in the store.
+[[nodiscard]] std::vector<std::string> settingsNotStored(std::vector<std::string> const& missing);
 // Lamps that are lit without a cause.
 [[nodiscard]] std::vector<std::string> lampsWithoutCause(TelephoneState const& state);
 

@@ -36,6 +36,7 @@ enum class PhoneTimer
     kSessionRefresh,
     kSessionExpiry,
     kAudioSilent,
+    kPrackMissing,
     kPickupSilent,
     kCallBackExpiry,
     kCallBackSettling,
@@ -45,7 +46,7 @@ enum class PhoneTimer
 };
 
 // Indexed by the timer.
-inline constexpr std::array<std::string_view, 18> kPhoneTimerNames{
+inline constexpr std::array<std::string_view, 19> kPhoneTimerNames{
     "registration is refreshed",
     "registration is tried again",
     "registrar is silent",
@@ -58,6 +59,7 @@ inline constexpr std::array<std::string_view, 18> kPhoneTimerNames{
     "call is refreshed",
     "call is not refreshed in time",
     "far end sends no audio",
+    "response before the answer is not acknowledged",
     "pickup is not answered",
     "call-back expires",
     "party of a call-back stays free",

@@ -306,6 +306,10 @@ void Call::onClosed(sip::Session& session, sip::Closing const& closing)
     if (pickup_ && !established_) {
         postFeatureFailed(*pickup_, featureFailureOf(closing.status));
     }
+    if (Preemption preemption = preemptionOf(closing.reasonHeader); preemption.cause != sfiPreemptionCauseNone) {
+        log(kLogInfo, kComponent, "call {} is preempted: {}", id(), preemption.text);
+        events_.preempted(now_, std::move(preemption));
+    }
     if (referring_) {
         // The transferred party may end this call before it reports success.
         bool const transferred = ending.reason == sfiReasonTransferred;
@@ -344,6 +348,13 @@ void Call::onInfo(sip::Session& session, sip::Content const& content)
 void Call::onDigit(sip::Session&, char digit)
 {
     log(kLogInfo, kComponent, "call {}: the far end sent the digit {}", id(), digit);
+}
+
+void Call::onPrecedence(sip::Session& session, std::string const& resourcePriority)
+{
+    if (&session == session_.get()) {
+        events_.precedence(now_, resourcePriority);
+    }
 }
 
 void Call::onRemoteIdentity(sip::Session& session, sip::NameAddr const& identity)

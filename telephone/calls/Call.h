@@ -126,6 +126,7 @@ private:
     void onRemoteHold(sip::Session& session, bool held, sip::Direction agreed) override;
     void onModified(sip::Session& session, bool accepted, int status, std::string const& reason) override;
     void onRemoteIdentity(sip::Session& session, sip::NameAddr const& identity) override;
+    void onPrecedence(sip::Session& session, std::string const& resourcePriority) override;
     void onInfo(sip::Session& session, sip::Content const& content) override;
     void onDigit(sip::Session& session, char digit) override;
     void onTransferRequested(sip::Session& session, std::unique_ptr<sip::Transfer> transfer) override;

@@ -42,31 +42,35 @@ void CallAudio::catchUp()
 
 void CallAudio::setVoice(bool own, bool others)
 {
-    if (own == voice_ && others == others_) {
+    if (own == voice_ && others == hearsOthers_) {
         return;
     }
     catchUp();
     voice_ = own;
-    others_ = others;
+    hearsOthers_ = others;
 }
 
 void CallAudio::join(CallAudio& left, CallAudio& right)
 {
-    left.leave();
-    right.leave();
-    left.other_ = &right;
-    right.other_ = &left;
+    left.addOther(right);
+    right.addOther(left);
+}
+
+void CallAudio::addOther(CallAudio& other)
+{
+    if (std::ranges::find(others_, &other, &Other::call) == others_.end()) {
+        catchUp();
+        others_.push_back({&other, {}});
+    }
 }
 
 void CallAudio::leave()
 {
     catchUp();
-    if (other_ != nullptr) {
-        other_->other_ = nullptr;
-        other_->fromOther_.clear();
+    for (Other const& other : others_) {
+        std::erase_if(other.call->others_, [this](Other const& each) { return each.call == this; });
     }
-    other_ = nullptr;
-    fromOther_.clear();
+    others_.clear();
 }
 
 void CallAudio::addTap(AudioTap& tap)
@@ -90,10 +94,12 @@ bool CallAudio::readFrame(sip::AudioFrame& frame)
     if (!sound) {
         mix.fill(0);
     }
-    sip::AudioFrame voice{};
-    if (fromOther_.pop(voice) && others_) {
-        mixInto(mix, voice);
-        sound = true;
+    for (Other& other : others_) {
+        sip::AudioFrame voice{};
+        if (other.heard.pop(voice) && hearsOthers_) {
+            mixInto(mix, voice);
+            sound = true;
+        }
     }
     if (!taps_.empty()) {
         sip::AudioFrame heard{};
@@ -109,13 +115,15 @@ void CallAudio::skipFrames(std::uint64_t count)
     if (voice_ && ownVoice_) {
         ownVoice_->skipFrames(count);
     }
-    fromOther_.drop(count);
+    for (Other& other : others_) {
+        other.heard.drop(count);
+    }
 }
 
 void CallAudio::writeFrame(sip::AudioFrame const& frame)
 {
-    if (other_ != nullptr) {
-        other_->fromOther_.push(frame);
+    for (Other const& other : others_) {
+        other.call->hear(*this, frame);
     }
     if (taps_.empty()) {
         return;
@@ -125,6 +133,14 @@ void CallAudio::writeFrame(sip::AudioFrame const& frame)
         heard_.push(frame);
     } else {
         tell(frame, sip::AudioFrame{});
+    }
+}
+
+void CallAudio::hear(CallAudio const& other, sip::AudioFrame const& frame)
+{
+    auto const place = std::ranges::find(others_, &other, &Other::call);
+    if (place != others_.end()) {
+        place->heard.push(frame);
     }
 }
 

@@ -23,7 +23,7 @@ CallEngine::CallEngine(sip::EventLoop& loop, EngineConfiguration configuration, 
     , callBacks_(agent_, configuration_, lines, availability_, list_, post_)
     , outgoing_(agent_, configuration_, lines, availability_, list_, established_, callBacks_)
     , incoming_(loop, configuration_, lines, policy, availability_, post_, list_, established_)
-    , joined_(agent_, lines, post_, list_, established_)
+    , joined_(agent_, lines, post_, list_, established_, incoming_)
     , pickups_(agent_, configuration_, list_, outgoing_)
     , messages_(agent_, configuration_, lines, post_, observers_)
     , registrations_(agent_, post_,
@@ -141,6 +141,7 @@ void CallEngine::callChanged(Call& call, CallSnapshot const& before)
     established_.follow(now);
     pickups_.follow(now);
     callBacks_.follow(call, before);
+    joined_.follow(now);
     if (now.ended()) {
         list_.remove(call);
     }
@@ -168,6 +169,15 @@ void CallEngine::registrationChanged(LineAccount const& line, bool registered)
         [&line, registered](CallObserver& observer) { observer.registrationChanged(line.lineNumber, registered); });
 }
 
+std::optional<sip::GuardedUser> CallEngine::guardedUser(std::string const& user)
+{
+    auto const line = lines_.accountOfUser(user);
+    if (!line) {
+        return std::nullopt;
+    }
+    return sip::GuardedUser{line->account.user, line->account.password, line->registers, configuration_.permissions};
+}
+
 void CallEngine::onIncomingCall(std::unique_ptr<sip::Session> session)
 {
     auto const line = lines_.accountOfUser(sip::userOf(session->invitation().requestUri));
@@ -177,6 +187,8 @@ void CallEngine::onIncomingCall(std::unique_ptr<sip::Session> session)
         session->reject(480, "Temporarily Unavailable");
     } else if (session->invitation().replaces) {
         joined_.replaceCall(std::move(session));
+    } else if (session->invitation().joins) {
+        joined_.joinCall(std::move(session), *line);
     } else {
         incoming_.take(std::move(session), *line);
     }

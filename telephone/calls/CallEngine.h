@@ -16,7 +16,7 @@
 //     EstablishedCalls  hold, retrieve, alternate, digits; the order in which calls were held
 //     OutgoingCalls     from the destination to the INVITE
 //     IncomingCalls     ring, answer, refuse, deflect; no-reply timers; forwarding by the rules of CallForwarding
-//     JoinedCalls       transfer, conference, Replaces; the pairs of calls in an attended transfer
+//     JoinedCalls       transfer, conference, Replaces, Join; the pairs of calls in an attended transfer
 //     Pickups           taking over calls of other telephones; the searches for them
 //     CallBacks         the parties that are waited for; the calls for which a call-back can be set
 //     DialogPublisher   the watchers of this telephone's lines
@@ -133,6 +133,7 @@ private:
 
     // --- sip::UserAgentObserver
     bool knowsUser(std::string const& user) override { return lines_.lineOfUser(user).has_value(); }
+    std::optional<sip::GuardedUser> guardedUser(std::string const& user) override;
     void onIncomingCall(std::unique_ptr<sip::Session> session) override;
     void onTransferRequested(std::unique_ptr<sip::Transfer> transfer) override;
     void onSubscribe(std::unique_ptr<sip::Notifier> notifier) override;

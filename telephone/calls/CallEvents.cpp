@@ -1,9 +1,9 @@
 #include "telephone/calls/CallEvents.h"
 
+#include <utility>
 #include <vector>
 
 #include "CommunicationsServiceEventIfc.h"
-#include "telephone/calls/SipMeaning.h"
 
 namespace telephone {
 
@@ -18,11 +18,31 @@ void CallEvents::setInvitation(sip::Invitation const& invitation)
 
 void CallEvents::stateChange(CallSnapshot const& now, sfiSendOptions options, bool callBackPossible) const
 {
-    post_([now, options, replaces = replaces_, priority = priority_,
+    post_([now, options, replaces = replaces_, priority = priority_, preemption = preemption_,
            callBackPossible](CommunicationsServiceEventIfc& event) mutable {
         event.callStateChange(now.line.lineURI, now.callID, now.state, now.reason, options, now.remoteURI,
-                              now.remoteName, &replaces, priority, sfiPreemptionCauseNone, {}, callBackPossible,
+                              now.remoteName, &replaces, priority, preemption.cause, preemption.text, callBackPossible,
                               sfiAdditionalCallInfo{});
+    });
+}
+
+void CallEvents::precedence(CallSnapshot const& now, std::string const& resourcePriority)
+{
+    priority_ = priorityOf(resourcePriority);
+    preemptionStatus(now);
+}
+
+void CallEvents::preempted(CallSnapshot const& now, Preemption preemption)
+{
+    preemption_ = std::move(preemption);
+    preemptionStatus(now);
+}
+
+void CallEvents::preemptionStatus(CallSnapshot const& now) const
+{
+    post_([line = now.line.lineURI, callID = now.callID, priority = priority_,
+           preemption = preemption_](CommunicationsServiceEventIfc& event) {
+        event.preemptionStatusChanged(line, callID, priority, preemption.cause, preemption.text);
     });
 }
 

@@ -7,6 +7,7 @@
 #include "platform/sfi/SfiTypes.h"
 #include "telephone/calls/CallSnapshot.h"
 #include "telephone/calls/EventPoster.h"
+#include "telephone/calls/SipMeaning.h"
 #include "telephone/sip/Session.h"
 
 namespace telephone {
@@ -22,6 +23,11 @@ public:
     void setReplaces(sfiReplacesDisplay const& replaces) { replaces_ = replaces; }
     // Takes the priority and the diverting party of an incoming call.
     void setInvitation(sip::Invitation const& invitation);
+
+    // The precedence of the call has changed, to the value of that Resource-Priority header.
+    void precedence(CallSnapshot const& now, std::string const& resourcePriority);
+    // The call is preempted; its last event says so, too.
+    void preempted(CallSnapshot const& now, Preemption preemption);
 
     void stateChange(CallSnapshot const& now, sfiSendOptions options, bool callBackPossible) const;
     void incoming(CallSnapshot const& now, sip::Invitation const& invitation, sfiCallType type) const;
@@ -42,10 +48,13 @@ private:
         sfiForwardReason reason = sfiForwardReasonNone;
     };
 
+    void preemptionStatus(CallSnapshot const& now) const;
+
     EventPoster const& post_;
     sfiReplacesDisplay replaces_{};
     Diverter diverter_;
     sfiResourcePriority priority_ = sfiResourcePriorityNone;
+    Preemption preemption_;
 };
 
 }  // namespace telephone

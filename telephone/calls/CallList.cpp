@@ -162,14 +162,22 @@ std::vector<Call*> CallList::speaking(Call const* besides) const
     return speaking;
 }
 
-Call* CallList::otherInConference(Call const& call) const
+std::vector<Call*> CallList::inConference() const
 {
-    for (auto const& other : calls_) {
-        if (other.get() != &call && call.snapshot().inConference && other->snapshot().inConference) {
-            return other.get();
+    std::vector<Call*> joined;
+    for (auto const& call : calls_) {
+        if (call->snapshot().inConference) {
+            joined.push_back(call.get());
         }
     }
-    return nullptr;
+    return joined;
+}
+
+std::vector<Call*> CallList::othersInConference(Call const& call) const
+{
+    std::vector<Call*> others = call.snapshot().inConference ? inConference() : std::vector<Call*>();
+    std::erase(others, &call);
+    return others;
 }
 
 Call* CallList::firstOnLine(int lineNumber) const

@@ -56,8 +56,9 @@ public:
     Call* find(int callID) const;
     // Connected, and not held by this telephone.
     std::vector<Call*> speaking(Call const* besides = nullptr) const;
-    // The other call of this call's conference; null: none.
-    Call* otherInConference(Call const& call) const;
+    // The calls in the conference, and the others in that of this call.
+    std::vector<Call*> inConference() const;
+    std::vector<Call*> othersInConference(Call const& call) const;
     // The first call on a line; null: none.
     Call* firstOnLine(int lineNumber) const;
     bool isFull() const { return calls_.size() >= maximum_; }

@@ -4,6 +4,26 @@
 
 namespace telephone {
 
+namespace {
+
+sip::Permissions permissionsOf(PermissionsConfiguration const& configured)
+{
+    sip::Permissions permissions;
+    auto const set = [&permissions](sip::RequestKind kind, int choice) {
+        // 0 is the default.
+        permissions.set(kind, choice == 0 ? std::nullopt : std::optional(static_cast<sip::Sender>(choice - 1)));
+    };
+    set(sip::RequestKind::kCall, configured.calls);
+    set(sip::RequestKind::kTakeOver, configured.takeOvers);
+    set(sip::RequestKind::kSubscription, configured.subscriptions);
+    set(sip::RequestKind::kNotification, configured.notifications);
+    set(sip::RequestKind::kControl, configured.control);
+    set(sip::RequestKind::kTransfer, configured.transfers);
+    return permissions;
+}
+
+}  // namespace
+
 EngineConfiguration EngineConfiguration::from(Configuration const& configuration)
 {
     EngineConfiguration engine;
@@ -15,7 +35,11 @@ EngineConfiguration EngineConfiguration::from(Configuration const& configuration
     engine.agent.tlsFromTheStart =
         configuration.sip.transport == Transport::kTls || !configuration.sip.certificate.empty();
     engine.agent.name = configuration.sip.userAgent;
+    engine.agent.limits = {configuration.limits.requests, configuration.limits.transactions,
+                           configuration.limits.subscriptions};
+    engine.permissions = permissionsOf(configuration.permissions);
     engine.agent.sessionExpires = std::chrono::seconds(configuration.calls.sessionExpires);
+    engine.agent.reliableResponses = static_cast<sip::ReliableUse>(configuration.calls.reliableResponses);
     engine.agent.audioTimeout = std::chrono::seconds(configuration.calls.audioTimeout);
     engine.agent.dnsServers = configuration.dns.servers;
     auto const& media = configuration.media;

@@ -14,6 +14,7 @@ struct Configuration;
 struct EngineConfiguration
 {
     sip::UserAgentConfig agent;
+    sip::Permissions permissions;  // of all lines
     AudioSettings audio;
     std::string heardFile;  // WAV file for everything that is heard; empty: none
     int maximumCalls = 100;

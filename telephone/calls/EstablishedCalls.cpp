@@ -37,10 +37,12 @@ Outcome<> EstablishedCalls::hold(int callID, sfiFeature feature)
                           {RefusalKind::kAlreadyExists, fmt::format("call {} is on hold already", call.id())});
         }
         // A conference is held and retrieved as a whole.
-        Call* const other = calls_.otherInConference(call);
+        auto const others = calls_.othersInConference(call);
         auto held = call.hold(feature);
-        if (held && other != nullptr) {
-            reportIfRefused(kComponent, other->hold(feature));
+        if (held) {
+            for (Call* const other : others) {
+                reportIfRefused(kComponent, other->hold(feature));
+            }
         }
         return held;
     });
@@ -72,9 +74,11 @@ Outcome<> EstablishedCalls::retrieveAlone(Call& call, sfiFeature feature)
         }
     };
     auto begun = call.retrieve(feature, done);
-    Call* const other = begun ? calls_.otherInConference(call) : nullptr;
-    if (other != nullptr && other->snapshot().held) {
-        reportIfRefused(kComponent, other->retrieve(feature));
+    auto const others = begun ? calls_.othersInConference(call) : std::vector<Call*>();
+    for (Call* const other : others) {
+        if (other->snapshot().held) {
+            reportIfRefused(kComponent, other->retrieve(feature));
+        }
     }
     return begun;
 }

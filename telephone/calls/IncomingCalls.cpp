@@ -100,11 +100,23 @@ void IncomingCalls::take(std::unique_ptr<sip::Session> session, LineAccount cons
     int const callID = calls_.freeCallID();
     auto const place = lines_.seizeForIncoming(line.lineNumber, callID);
     if (place) {
-        offer(std::move(session), line, callID, *place);
+        alert(offer(std::move(session), line, callID, *place), line);
     } else if (!forwarding_.forward(*session, line, sfiForwardReasonBusy)) {
         log(kLogInfo, kComponent, "a call for line {} is refused: all its appearances are taken", line.lineURI);
         session->reject(486, "Busy Here");
     }
+}
+
+Call* IncomingCalls::takeToJoin(std::unique_ptr<sip::Session> session, LineAccount const& line)
+{
+    int const callID = calls_.freeCallID();
+    auto const place = calls_.isFull() ? std::nullopt : lines_.seizeForIncoming(line.lineNumber, callID);
+    if (!place) {
+        log(kLogInfo, kComponent, "a call cannot join line {}: all its appearances are taken", line.lineURI);
+        session->reject(486, "Busy Here");
+        return nullptr;
+    }
+    return &offer(std::move(session), line, callID, *place);
 }
 
 // True: the call was forwarded or refused.
@@ -141,8 +153,8 @@ void IncomingCalls::rejectUndisturbed(sip::Session& session, LineAccount const& 
     });
 }
 
-void IncomingCalls::offer(std::unique_ptr<sip::Session> session, LineAccount const& line, int callID,
-                          LineAddress const& place)
+Call& IncomingCalls::offer(std::unique_ptr<sip::Session> session, LineAccount const& line, int callID,
+                           LineAddress const& place)
 {
     sfiCallType const type =
         isInternal(session->invitation().caller(), line) ? sfiCallTypeInternal : sfiCallTypeExternal;
@@ -154,6 +166,11 @@ void IncomingCalls::offer(std::unique_ptr<sip::Session> session, LineAccount con
             event.incomingAssociatedCall(lineURI, currentID, callID);
         });
     }
+    return call;
+}
+
+void IncomingCalls::alert(Call& call, LineAccount const& line)
+{
     startNoReplyTimer(call, line);
     if (configuration_.automaticRinging) {
         reportIfRefused(kComponent, call.ring());

@@ -40,12 +40,16 @@ public:
 
     // --- lock held
     void take(std::unique_ptr<sip::Session> session, LineAccount const& line);
+    // A call that joins another here: neither forwarded nor turned away, and nobody is asked. Null: there is no room
+    // for it, which has refused it.
+    Call* takeToJoin(std::unique_ptr<sip::Session> session, LineAccount const& line);
     void follow(CallSnapshot const& now);
 
 private:
     bool turnAway(sip::Session& session, LineAccount const& line);
     void rejectUndisturbed(sip::Session& session, LineAccount const& line);
-    void offer(std::unique_ptr<sip::Session> session, LineAccount const& line, int callID, LineAddress const& place);
+    Call& offer(std::unique_ptr<sip::Session> session, LineAccount const& line, int callID, LineAddress const& place);
+    void alert(Call& call, LineAccount const& line);
     Outcome<> redirect(Call& call, std::string const& target, sip::NameAddr const& caller, sfiForwardReason reason);
     void startNoReplyTimer(Call const& call, LineAccount const& line);
     void forwardUnanswered(int callID, LineAccount const& line);

@@ -57,12 +57,14 @@ std::string formatConference(std::string const& focus, int version, std::vector<
 }  // namespace
 
 JoinedCalls::JoinedCalls(sip::UserAgent& agent, LineDirectory const& lines, EventPoster const& post, CallList& calls,
-                         EstablishedCalls& established)
+                         EstablishedCalls& established, IncomingCalls& incoming)
     : agent_(agent)
     , lines_(lines)
     , post_(post)
     , calls_(calls)
     , established_(established)
+    , incoming_(incoming)
+    , joinTimer_(agent.loop())
 {}
 
 // --- transfer
@@ -78,7 +80,7 @@ Outcome<> JoinedCalls::blindTransfer(int callID, std::string const& destination)
 
 Outcome<> JoinedCalls::attendedTransfer(Call& call)
 {
-    Call* const other = partnerOf(call);
+    Call* const other = partnerOf(call, false);
     if (other == nullptr) {
         return refuse(RefusalKind::kWrongState, fmt::format("call {} cannot be transferred: there is no other call to "
                                                             "transfer it to",
@@ -101,7 +103,7 @@ Outcome<> JoinedCalls::attendedTransfer(Call& call)
 }
 
 // The call that speaks, else one ringing at its far end, else the one held last.
-Call* JoinedCalls::partnerOf(Call const& call) const
+Call* JoinedCalls::partnerOf(Call const& call, bool outside) const
 {
     std::vector<Call*> candidates = calls_.speaking(&call);
     for (auto const& other : calls_.all()) {
@@ -112,8 +114,10 @@ Call* JoinedCalls::partnerOf(Call const& call) const
     auto const& held = established_.holdOrder();
     std::transform(held.rbegin(), held.rend(), std::back_inserter(candidates),
                    [this](int callID) { return calls_.find(callID); });
-    auto const usable = std::ranges::find_if(candidates, [&call](Call const* other) {
-        return other != nullptr && other != &call && other->state() != sfiCallStateTransferring;
+    auto const usable = std::ranges::find_if(candidates, [&call, outside](Call const* other) {
+        bool const isTogether =
+            outside && other != nullptr && other->snapshot().inConference && call.snapshot().inConference;
+        return other != nullptr && other != &call && other->state() != sfiCallStateTransferring && !isTogether;
     });
     return usable == candidates.end() ? nullptr : *usable;
 }
@@ -159,20 +163,27 @@ void JoinedCalls::transferEnded(Call& call, int status)
 
 void JoinedCalls::callEnded(Call const& call)
 {
-    endConferenceOfOne();
+    joining_.erase(call.id());
+    noteConferenceOfLess();
     if (Call* const other = takePeer(call)) {
         other->endTransferring();
     }
 }
 
+Call* JoinedCalls::callOf(sip::Replaces const& dialog) const
+{
+    auto const found = std::ranges::find_if(calls_.all(), [&dialog](auto const& call) {
+        return call->session() != nullptr && call->session()->dialogId().matches(dialog);
+    });
+    return found == calls_.all().end() ? nullptr : found->get();
+}
+
 void JoinedCalls::replaceCall(std::unique_ptr<sip::Session> session)
 {
     sip::Replaces const wanted = *session->invitation().replaces;
-    auto const found = std::ranges::find_if(calls_.all(), [&wanted](auto const& call) {
-        return call->session() != nullptr && call->session()->dialogId().matches(wanted);
-    });
-    bool const early = found != calls_.all().end() && !(*found)->isEstablished();
-    if (found == calls_.all().end() || (early && (*found)->snapshot().incoming)) {
+    Call* const call = callOf(wanted);
+    bool const early = call != nullptr && !call->isEstablished();
+    if (call == nullptr || (early && call->snapshot().incoming)) {
         session->reject(481, "Call/Transaction Does Not Exist");
         return;
     }
@@ -180,29 +191,62 @@ void JoinedCalls::replaceCall(std::unique_ptr<sip::Session> session)
         session->reject(486, "Busy Here");
         return;
     }
-    Call& call = **found;
-    log(kLogInfo, kComponent, "call {} continues with {}", call.id(), displayUri(session->invitation().caller()));
-    reportIfRefused(kComponent, call.replaceWith(std::move(session)));
+    log(kLogInfo, kComponent, "call {} continues with {}", call->id(), displayUri(session->invitation().caller()));
+    reportIfRefused(kComponent, call->replaceWith(std::move(session)));
+}
+
+void JoinedCalls::joinCall(std::unique_ptr<sip::Session> session, LineAccount const& line)
+{
+    Call const* const present = callOf(*session->invitation().joins);
+    if (present == nullptr) {
+        session->reject(481, "Call/Transaction Does Not Exist");
+    } else if (!present->isEstablished()) {
+        session->reject(488, "Not Acceptable Here");
+    } else if (line.isPrivate) {
+        session->reject(603, "Decline");
+    } else if (Call* const joining = incoming_.takeToJoin(std::move(session), line)) {
+        log(kLogInfo, kComponent, "call {} joins call {}", joining->id(), present->id());
+        joining_[joining->id()] = present->id();
+        reportIfRefused(kComponent, joining->answer());
+    }
+}
+
+void JoinedCalls::follow(CallSnapshot const& now)
+{
+    if (joining_.contains(now.callID) && now.active()) {
+        joinTimer_.start(std::chrono::milliseconds(0), [this] { joinEstablished(); });
+    }
+}
+
+void JoinedCalls::joinEstablished()
+{
+    for (auto const& [joiningID, presentID] : std::map(joining_)) {
+        Call* const joining = calls_.find(joiningID);
+        if (joining == nullptr || !joining->isEstablished()) {
+            continue;
+        }
+        joining_.erase(joiningID);
+        Call* const present = calls_.find(presentID);
+        if (present != nullptr && present->isEstablished()) {
+            reportIfRefused(kComponent, joinRetrieved(*present, *joining));
+        }
+    }
 }
 
 // --- conference
 
 Outcome<> JoinedCalls::conference(Call& call)
 {
-    Call* const other = partnerOf(call);
+    Call* const other = partnerOf(call, true);
     if (other == nullptr || !other->isEstablished() || !call.isEstablished()) {
         return refuse(RefusalKind::kWrongState,
                       fmt::format("call {} cannot be joined: a conference needs two connected calls", call.id()));
     }
-    if (call.snapshot().inConference || other->snapshot().inConference) {
-        return refuse(RefusalKind::kLimit,
-                      fmt::format("call {} cannot be joined: a conference has three parties and no more", call.id()));
-    }
-    return retrieveBoth(call, *other);
+    return joinRetrieved(call, *other);
 }
 
-// Joins the calls once both are retrieved.
-Outcome<> JoinedCalls::retrieveBoth(Call& first, Call& second)
+// Joins the calls, and the conference that one of them may be in, once all are retrieved.
+Outcome<> JoinedCalls::joinRetrieved(Call& first, Call& second)
 {
     struct Wait
     {
@@ -218,7 +262,13 @@ Outcome<> JoinedCalls::retrieveBoth(Call& first, Call& second)
             join(*one, *other);
         }
     };
+    std::vector<Call*> all = calls_.inConference();
     for (Call* const each : {&first, &second}) {
+        if (std::ranges::find(all, each) == all.end()) {
+            all.push_back(each);
+        }
+    }
+    for (Call* const each : all) {
         if (!each->snapshot().held) {
             continue;
         }
@@ -234,35 +284,40 @@ Outcome<> JoinedCalls::retrieveBoth(Call& first, Call& second)
 void JoinedCalls::join(Call& first, Call& second)
 {
     CallAudio::join(first.audio(), second.audio());
+    for (Call* const member : calls_.inConference()) {
+        for (Call* const each : {&first, &second}) {
+            if (each != member) {
+                CallAudio::join(each->audio(), member->audio());
+            }
+        }
+    }
     first.enterConference();
     second.enterConference();
     first.postFeatureSuccess(sfiFeatureConference);
     postConferenceStatus();
 }
 
-void JoinedCalls::endConferenceOfOne()
+// A call has left: the conference goes on without it, or its last call leaves it, too.
+void JoinedCalls::noteConferenceOfLess()
 {
-    Call* left = nullptr;
-    for (auto const& call : calls_.all()) {
-        if (call->snapshot().inConference && std::exchange(left, call.get()) != nullptr) {
-            return;
-        }
-    }
-    if (left == nullptr) {
+    auto const left = calls_.inConference();
+    if (left.empty() || left.size() == conferenceSize_) {
         return;
     }
     postConferenceStatus();
-    left->leaveConference();
+    if (left.size() == 1) {
+        conferenceSize_ = 0;
+        left.front()->leaveConference();
+    }
 }
 
 void JoinedCalls::postConferenceStatus()
 {
     std::vector<CallSnapshot> legs;
-    for (auto const& call : calls_.all()) {
-        if (call->snapshot().inConference) {
-            legs.push_back(call->snapshot());
-        }
+    for (Call const* const call : calls_.inConference()) {
+        legs.push_back(call->snapshot());
     }
+    conferenceSize_ = legs.size();
     auto const line = lines_.accountOfLine(legs.front().line.lineNumber);
     std::string const focus = line ? line->account.addressOfRecord() : legs.front().line.lineURI;
     std::string const document = formatConference(focus, ++conferenceVersion_, legs);

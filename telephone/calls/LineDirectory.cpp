@@ -63,6 +63,10 @@ Outcome<std::string> callTarget(std::string const& destination, sip::Account con
         return refuse(RefusalKind::kBadInput,
                       fmt::format("\"{}\" is not a number or an address that can be called", destination));
     }
+    if (!uri->headers.empty()) {
+        return refuse(RefusalKind::kBadInput,
+                      fmt::format("\"{}\" cannot be called: leave out the headers after \"?\"", destination));
+    }
     return target;
 }
 

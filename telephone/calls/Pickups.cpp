@@ -11,6 +11,7 @@
 #include "telephone/calls/LogComponent.h"
 #include "telephone/framework/Log.h"
 #include "telephone/sip/EventLoop.h"
+#include "telephone/sip/WireText.h"
 
 namespace telephone {
 
@@ -29,9 +30,9 @@ void copyText(char (&field)[size], std::string const& text)
 sfiReplacesDisplay displayOf(PickupTarget const& target)
 {
     sfiReplacesDisplay display{};
-    copyText(display.callID, target.replaces.callId);
-    copyText(display.toTag, target.replaces.toTag);
-    copyText(display.fromTag, target.replaces.fromTag);
+    copyText(display.callID, sip::plainText(target.replaces.callId));
+    copyText(display.toTag, sip::plainText(target.replaces.toTag));
+    copyText(display.fromTag, sip::plainText(target.replaces.fromTag));
     copyText(display.calledName, target.calledName);
     copyText(display.called, target.calledURI);
     copyText(display.callingName, target.callingName);

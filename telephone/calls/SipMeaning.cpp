@@ -4,6 +4,7 @@
 #include <array>
 
 #include "telephone/sip/Uri.h"
+#include "telephone/sip/WireText.h"
 
 namespace telephone {
 
@@ -203,19 +204,38 @@ sfiResourcePriority priorityOf(std::string_view header)
     return row == nullptr ? sfiResourcePriorityNone : row->priority;
 }
 
+Preemption preemptionOf(std::string_view reasonHeader)
+{
+    for (std::string const& reason : sip::splitList(reasonHeader)) {
+        // The parameters are written like those of a name-addr.
+        auto const end = std::min(reason.find_first_of(" ;"), reason.size());
+        auto const parameters =
+            sip::NameAddr::parse("<sip:reason>" + reason.substr(std::min(reason.find(';'), reason.size())));
+        if (!parameters || !sip::equalsIgnoringCase(reason.substr(0, end), "preemption")) {
+            continue;
+        }
+        std::string const cause = parameters->parameter("cause").value_or("");
+        bool const isNamed = cause.size() == 1 && cause[0] >= '1' && cause[0] <= '4';
+        std::string text = parameters->parameter("text").value_or("");
+        std::erase(text, '"');
+        return {isNamed ? static_cast<sfiPreemptionCause>(cause[0] - '0') : sfiPreemptionCauseGeneric, text};
+    }
+    return {};
+}
+
 AlertInformation alertInformationOf(std::string_view header)
 {
     AlertInformation information;
     std::size_t const open = header.find('<');
     std::size_t const close = header.find('>', open == std::string_view::npos ? 0 : open);
     if (open != std::string_view::npos && close != std::string_view::npos) {
-        information.uri = header.substr(open + 1, close - open - 1);
+        information.uri = sip::plainText(header.substr(open + 1, close - open - 1));
     }
     constexpr std::string_view kInfo = "info=";
     std::size_t const info = header.find(kInfo, close == std::string_view::npos ? 0 : close);
     if (info != std::string_view::npos) {
         std::string_view const rest = header.substr(info + kInfo.size());
-        information.infoParam = rest.substr(0, rest.find_first_of(";,"));
+        information.infoParam = sip::plainText(rest.substr(0, rest.find_first_of(";,")));
     }
     return information;
 }

@@ -43,6 +43,14 @@ char const* diversionReasonOf(sfiForwardReason reason);
 // Resource-Priority (RFC 4412), namespace dsn.
 sfiResourcePriority priorityOf(std::string_view header);
 
+// What the Reason of a BYE, a CANCEL or a refusal says of preemption (RFC 4411).
+struct Preemption
+{
+    sfiPreemptionCause cause = sfiPreemptionCauseNone;
+    std::string text;  // for people
+};
+Preemption preemptionOf(std::string_view reasonHeader);
+
 // Alert-Info: "<uri>;info=param".
 struct AlertInformation
 {

@@ -91,6 +91,7 @@ struct ExchangeConfiguration
     std::string certificate;  // PEM files for TLS; both or neither
     std::string key;
     std::string realm = "exchange";
+    int digests = 0;                  // 0: SHA-256 and MD5, 1: SHA-256, 2: MD5
     std::string password = "secret";  // of every number without a password of its own
 };
 
@@ -135,6 +136,7 @@ struct CallConfiguration
     int dialRestriction = 0;                    // 4: no outgoing calls
     int reinviteTimeout = 8;                    // seconds until an unanswered re-INVITE counts as failed
     int sessionExpires = 1800;                  // seconds of a session timer (RFC 4028), 90 or more; 0: none
+    int reliableResponses = 1;                  // none, supported, required
     int audioTimeout = 60;                      // seconds without audio after which a call ends; 0: never
     int callBacks = 5;                          // pending at once
     std::vector<std::string> permittedNumbers;  // may be dialled while the telephone is locked
@@ -193,6 +195,25 @@ struct LogConfiguration
     std::string file;  // empty: standard error
 };
 
+// Who may send what (sip/Permissions.h). Each is the position in its choices; 0: the default.
+struct PermissionsConfiguration
+{
+    int calls = 0;
+    int takeOvers = 0;
+    int subscriptions = 0;
+    int notifications = 0;
+    int control = 0;
+    int transfers = 0;
+};
+
+// How many SIP requests are taken in; 0: any number.
+struct LimitsConfiguration
+{
+    int requests = 20;        // a second from one source
+    int transactions = 1000;  // remembered at once
+    int subscriptions = 100;  // at once
+};
+
 struct Configuration
 {
     bool keyset = true;  // false: a single-line telephone
@@ -212,6 +233,8 @@ struct Configuration
     PushConfiguration push;
     LogConfiguration log;
     CertificateConfiguration certificates;
+    PermissionsConfiguration permissions;
+    LimitsConfiguration limits;
     std::vector<FaultConfiguration> faults;
 
     // The telephone without a file.

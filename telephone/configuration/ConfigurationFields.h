@@ -113,6 +113,7 @@ inline constexpr auto kExchange = std::to_array<ConfigurationField<ExchangeConfi
     {"certificate",         &ExchangeConfiguration::certificate,    "PEM file with its certificate: it listens for TLS, too; empty: it does not"},
     {"key",                 &ExchangeConfiguration::key,            "PEM file with the private key of the certificate"},
     {"realm",               &ExchangeConfiguration::realm,          "realm for authentication"},
+    {"digests",             &ExchangeConfiguration::digests,        "algorithms that it offers for authentication", "sha-256-and-md5|sha-256|md5"},
     {"password",            &ExchangeConfiguration::password,       "password of every number without one of its own"},
 });
 
@@ -147,6 +148,7 @@ inline constexpr auto kCalls = std::to_array<ConfigurationField<CallConfiguratio
     {"dial-restriction",    &CallConfiguration::dialRestriction,    "4: no outgoing calls", {}, 0, 4},
     {"reinvite-timeout",    &CallConfiguration::reinviteTimeout,    "seconds until an unanswered re-INVITE counts as failed", {}, 1, 64},
     {"session-expires",     &CallConfiguration::sessionExpires,     "seconds within which a call is refreshed, else it ends (RFC 4028), 90 or more; 0: never", {}, 0, 86400},
+    {"reliable-responses",  &CallConfiguration::reliableResponses,  "responses before the answer are acknowledged with PRACK (RFC 3262): never, where the far end supports it, or always", "none|supported|required"},
     {"audio-timeout",       &CallConfiguration::audioTimeout,       "seconds without audio from the far end after which a call ends that is not on hold; 0: never", {}, 0, 86400},
     {"call-backs",          &CallConfiguration::callBacks,          "call-backs that may be pending at once", {}, 0, 100},
     {"permitted-numbers",   &CallConfiguration::permittedNumbers,   "may be dialled while the telephone is locked; a trailing * stands for any digits"},
@@ -194,6 +196,23 @@ inline constexpr auto kFault = std::to_array<ConfigurationField<FaultConfigurati
 inline constexpr auto kCertificates = std::to_array<ConfigurationField<CertificateConfiguration>>({
     {"folder",              &CertificateConfiguration::folder,      "trusted authorities: HOST.pem for an address, authorities.pem for all others; empty: none"},
 });
+
+// The words are those of sip::kSenderChoices.
+inline constexpr std::string_view kSenders = "default|server|authenticated|anybody";
+inline constexpr auto kPermissions = std::to_array<ConfigurationField<PermissionsConfiguration>>({
+    {"calls",               &PermissionsConfiguration::calls,       "who may call a line ([security.md](security.md))", kSenders},
+    {"take-overs",          &PermissionsConfiguration::takeOvers,   "who may take over or join a call of a line", kSenders},
+    {"subscriptions",       &PermissionsConfiguration::subscriptions, "who may watch the calls of a line", kSenders},
+    {"notifications",       &PermissionsConfiguration::notifications, "who may set the waiting messages of a line without a subscription", kSenders},
+    {"control",             &PermissionsConfiguration::control,     "who may send CSTA to the applications", kSenders},
+    {"transfers",           &PermissionsConfiguration::transfers,   "who may let a line call another party", kSenders},
+});
+
+inline constexpr auto kLimits = std::to_array<ConfigurationField<LimitsConfiguration>>({
+    {"requests",            &LimitsConfiguration::requests,         "SIP requests a second from one address, ten times as many from a line's server and within calls; others are dropped; 0: any number", {}, 0, 100000},
+    {"transactions",        &LimitsConfiguration::transactions,     "requests outside calls in 32 s; others are answered with 503; 0: any number", {}, 0, 1000000},
+    {"subscriptions",       &LimitsConfiguration::subscriptions,    "watchers of the lines at once; others are answered with 503; 0: any number", {}, 0, 100000},
+});
 // clang-format on
 
 }  // namespace fields
@@ -219,6 +238,8 @@ void forEachSection(Use use)
     use("push", &Configuration::push, fields::kPush);
     use("log", &Configuration::log, fields::kLog);
     use("certificates", &Configuration::certificates, fields::kCertificates);
+    use("permissions", &Configuration::permissions, fields::kPermissions);
+    use("limits", &Configuration::limits, fields::kLimits);
     use("fault", &Configuration::faults, fields::kFault);
 }
 

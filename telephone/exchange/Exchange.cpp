@@ -53,13 +53,6 @@ Outcome<> checkCounts(sip::MessageCounts const& counts)
     return {};
 }
 
-// The dialog of a Join header (RFC 3911), which is written like Replaces.
-std::optional<sip::Replaces> joinedBy(sip::Invitation const& invitation)
-{
-    auto const value = invitation.headers.value("Join");
-    return value.empty() ? std::nullopt : sip::Replaces::parse(value);
-}
-
 // The appearance that a telephone wants for its call (RFC 7463); 0: any.
 int appearanceIn(std::string const& alertInfo)
 {
@@ -307,7 +300,7 @@ void Exchange::onIncomingCall(std::unique_ptr<sip::Session> session)
 bool Exchange::admit(sip::Session& session)
 {
     std::string const callId = session.dialogId().callId;
-    if (session.invitation().replaces || joinedBy(session.invitation()) || calls_.has(callId)) {
+    if (session.invitation().replaces || session.invitation().joins || calls_.has(callId)) {
         return true;
     }
     auto const taken =
@@ -322,7 +315,7 @@ bool Exchange::admit(sip::Session& session)
 void Exchange::route(std::unique_ptr<sip::Session> session)
 {
     std::string const number = sip::userOf(session->invitation().requestUri);
-    auto const joined = joinedBy(session->invitation());
+    auto const joined = session->invitation().joins;
     auto const wanted = joined ? joined : session->invitation().replaces;
     if (ExchangeCall* const present = wanted ? calls_.find(*wanted) : nullptr) {
         takeForCall(std::move(session), *present, joined.has_value());

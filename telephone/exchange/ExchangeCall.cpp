@@ -18,6 +18,9 @@ namespace {
 constexpr milliseconds kDigitTime{100};
 constexpr milliseconds kDigitBeat{250};
 
+// RFC 4411 section 5.1.
+constexpr char const* kPreemption = "preemption;cause=1;text=\"UA Preemption\"";
+
 // No datagram of these is a SIP message: noise, a response without its headers, and one whose length is wrong.
 constexpr std::array<std::string_view, 3> kGarbage{
     std::string_view("\x00\xff\x01garbage\r\n\r\n", 14),
@@ -157,6 +160,7 @@ ExchangeCall::Pause ExchangeCall::perform(Step const& step)
     switch (step.kind) {
     case StepKind::kRing:
     case StepKind::kEarlyMedia:
+    case StepKind::kReliable:
     case StepKind::kAnswer:
     case StepKind::kRedirect:
     case StepKind::kBusy:
@@ -171,10 +175,16 @@ ExchangeCall::Pause ExchangeCall::perform(Step const& step)
         return pendingIf(session_->modify(sip::Direction::kSendOnly));
     case StepKind::kRetrieve:
         return pendingIf(session_->modify(sip::Direction::kSendReceive));
+    case StepKind::kRefresh:
+        report(session_->refresh());
+        break;
     case StepKind::kTransfer:
         return pendingIf(session_->transfer(accountOf(agent_, step.text).addressOfRecord()));
     case StepKind::kHangUp:
         hangUp(player_.stop());
+        break;
+    case StepKind::kPreempt:
+        hangUp(player_.stop(), kPreemption);
         break;
     case StepKind::kCall:
         return call(step);
@@ -206,7 +216,9 @@ ExchangeCall::Pause ExchangeCall::performUnanswered(Step const& step)
         answer();
         return std::nullopt;
     }
-    if (step.kind == StepKind::kRing) {
+    if (step.kind == StepKind::kReliable) {
+        session_->makeReliable();
+    } else if (step.kind == StepKind::kRing) {
         report(session_->ring(identity()));
         announce();
     } else if (step.kind == StepKind::kEarlyMedia) {
@@ -374,12 +386,12 @@ void ExchangeCall::giveUp()
     hangUp(afterTheCall(player_.stop()));
 }
 
-void ExchangeCall::hangUp(Steps left)
+void ExchangeCall::hangUp(Steps left, std::string const& reason)
 {
     if (ended_) {
         return;
     }
-    session_->hangUp();
+    session_->hangUp(reason);
     end(std::move(left));
 }
 

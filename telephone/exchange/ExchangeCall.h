@@ -121,7 +121,7 @@ private:
     void stopSound();
     void giveUp();
     // Both end the call with these steps left.
-    void hangUp(Steps left);
+    void hangUp(Steps left, std::string const& reason = {});
     void end(Steps left);
     void connect(ExchangeCall& other);
     void disconnect();

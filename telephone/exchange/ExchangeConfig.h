@@ -9,6 +9,7 @@
 
 #include "telephone/exchange/ExchangeNumber.h"
 #include "telephone/sip/Audio.h"
+#include "telephone/sip/DigestResponse.h"
 #include "telephone/sip/Log.h"
 #include "telephone/sip/TlsConfig.h"
 
@@ -18,6 +19,7 @@ struct ExchangeUser
 {
     std::string number;
     std::string password;
+    std::string authUser = {};  // in its credentials; empty: the number
 };
 
 struct ExchangeConfig
@@ -27,6 +29,7 @@ struct ExchangeConfig
     std::optional<sip::TlsConfig> tls;  // none: no TLS
     std::uint16_t tlsPort = 0;          // 0: chosen
     std::string realm = "exchange";
+    std::vector<sip::DigestAlgorithm> digests{sip::DigestAlgorithm::kSha256, sip::DigestAlgorithm::kMd5};  // offered
     std::vector<ExchangeUser> users;                    // numbers with a password of their own
     std::optional<std::string> anyPassword = "secret";  // password of all other numbers; none: they cannot register
     std::vector<ExchangeNumber> numbers = {};           // beside the built-in ones, or instead of them

@@ -47,8 +47,8 @@ next step waits that long. A step must be possible where it stands, else the seq
 
 constexpr std::string_view kAfterSteps = R"(
 An answered number without `say` echoes what it hears. After the last step a call stays as it is, until the far end ends it.
-When that happens earlier, the steps up to the next one that ends a call (`hang-up`, `redirect`, `busy`, `refuse`, `release`)
-are skipped: `answer 5s, hang-up, call caller` calls back in either case.
+When that happens earlier, the steps up to the next one that ends a call (`hang-up`, `preempt`, `redirect`, `busy`, `refuse`,
+`release`) are skipped: `answer 5s, hang-up, call caller` calls back in either case.
 
 A command takes `#` at the beginning of a word for a comment; write `dtmf "#1"`.
 

@@ -77,14 +77,18 @@ std::string RegistrarConduct::format() const
 
 Registrar::Registrar(ExchangeConfig const& config, std::function<void(std::string const& number)> changed)
     : config_(config)
-    , digest_(config.realm, config.nonceLifetime)
+    , digest_(config.realm, config.digests, config.nonceLifetime)
     , changed_(std::move(changed))
 {}
 
-std::optional<std::string> Registrar::passwordOf(std::string const& user) const
+std::optional<std::string> Registrar::passwordFor(std::string const& number, std::string const& user) const
 {
-    auto const known = std::ranges::find(config_.users, user, &ExchangeUser::number);
-    return known == config_.users.end() ? config_.anyPassword : known->password;
+    auto const known = std::ranges::find(config_.users, number, &ExchangeUser::number);
+    bool const hasOwn = known != config_.users.end();
+    if (user != (hasOwn && !known->authUser.empty() ? known->authUser : number)) {
+        return std::nullopt;
+    }
+    return hasOwn ? known->password : config_.anyPassword;
 }
 
 bool Registrar::knows(std::string const& number) const
@@ -122,19 +126,15 @@ std::vector<std::string> Registrar::contactsOf(std::string const& number) const
 bool Registrar::authenticate(sip::IncomingRequest& request, std::string const& number)
 {
     using Verdict = sip::DigestServer::Verdict;
-    auto const result = digest_.judge(request.method(), request.headers().value("Authorization"),
-                                      [this](std::string const& user) { return passwordOf(user); });
+    auto const result = digest_.judge(request.method(), request.headers(),
+                                      [&](std::string const& user) { return passwordFor(number, user); });
     switch (result.verdict) {
     case Verdict::kNoCredentials:
     case Verdict::kStale:
-        request.reply(401, "Unauthorized",
-                      {{"WWW-Authenticate", digest_.challenge(result.verdict == Verdict::kStale)}});
+        request.reply(401, "Unauthorized", digest_.challenges(result.verdict == Verdict::kStale));
         return false;
     case Verdict::kAccepted:
-        if (result.user == number) {
-            return true;
-        }
-        [[fallthrough]];
+        return true;
     case Verdict::kWrong:
         request.reply(403, "Forbidden");
         return false;
@@ -234,7 +234,8 @@ bool Registrar::update(sip::IncomingRequest& request, std::vector<Binding>& bind
 bool Registrar::bind(sip::IncomingRequest const& request, sip::NameAddr const& contact, std::vector<Binding>& bindings)
 {
     std::string const uri = contact.uri.format();
-    std::uint32_t const sequence = number(request.headers().value("CSeq").substr(0, 10), 0);
+    std::string const order = request.headers().value("CSeq");  // "7 REGISTER"
+    std::uint32_t const sequence = number(order.substr(0, order.find(' ')), 0);
     auto const known = std::ranges::find(bindings, uri, &Binding::contact);
     if (known != bindings.end()) {
         // A late repetition must not undo later changes.

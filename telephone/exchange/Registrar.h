@@ -66,7 +66,8 @@ private:
     void forget();
     // Whether the request is left for the registrar; false: the conduct has dealt with it.
     bool passesConduct(sip::IncomingRequest& request) const;
-    std::optional<std::string> passwordOf(std::string const& user) const;
+    // Of the number, for the user named in the credentials; nothing: not the number's user, or it cannot register.
+    std::optional<std::string> passwordFor(std::string const& number, std::string const& user) const;
     bool authenticate(sip::IncomingRequest& request, std::string const& number);
     bool update(sip::IncomingRequest& request, std::vector<Binding>& bindings);
     bool bind(sip::IncomingRequest const& request, sip::NameAddr const& contact, std::vector<Binding>& bindings);

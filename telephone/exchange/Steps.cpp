@@ -36,16 +36,19 @@ constexpr unsigned kSeized = bits(CallPhase::kSeized);
 constexpr std::array kRows{
     StepRow{StepKind::kRing,       "ring",        "[TIME]",        kWaiting,                                     StepRow::kUnchanged,   "sends 180 Ringing"},
     StepRow{StepKind::kEarlyMedia, "early-media", "[TIME]",        kWaiting,                                     CallPhase::kEarly,     "sends 183 Session Progress with audio: the caller hears the number before the answer"},
+    StepRow{StepKind::kReliable,   "reliable",    "",              kWaiting,                                     StepRow::kUnchanged,   "repeats what it sends before the answer until the caller's PRACK, if the caller supports that"},
     StepRow{StepKind::kAnswer,     "answer",      "[TIME]",        kWaiting,                                     CallPhase::kConnected, "answers"},
     StepRow{StepKind::kSay,        "say",         "FILE",          bits(CallPhase::kEarly) | kTalking,           StepRow::kUnchanged,   "plays a WAV file once, instead of the echo; tone: a second of a tone"},
     StepRow{StepKind::kDigits,     "dtmf",        "DIGITS",        kTalking,                                     StepRow::kUnchanged,   "sends digits: 0 to 9, *, #, A to D"},
     StepRow{StepKind::kHold,       "hold",        "[TIME]",        kTalking,                                     CallPhase::kHeld,      "holds the call"},
     StepRow{StepKind::kRetrieve,   "retrieve",    "[TIME]",        kOnHold,                                      CallPhase::kConnected, "retrieves the held call"},
+    StepRow{StepKind::kRefresh,    "refresh",     "",              kAnswered,                                    StepRow::kUnchanged,   "refreshes the call as a session timer does (RFC 4028)"},
     StepRow{StepKind::kTransfer,   "transfer",    "NUMBER",        kAnswered,                                    StepRow::kUnchanged,   "asks the far end to call NUMBER instead, and waits for the outcome"},
     StepRow{StepKind::kRedirect,   "redirect",    "NUMBER",        kWaiting,                                     CallPhase::kNoCall,    "sends the caller on to NUMBER (302)"},
     StepRow{StepKind::kBusy,       "busy",        "",              kWaiting,                                     CallPhase::kNoCall,    "refuses the call with 486 Busy Here"},
     StepRow{StepKind::kRefuse,     "refuse",      "STATUS",        kWaiting,                                     CallPhase::kNoCall,    "refuses the call with a status from 400 to 699"},
     StepRow{StepKind::kHangUp,     "hang-up",     "",              kAnswered | bits(CallPhase::kCalling),        CallPhase::kNoCall,    "ends the call"},
+    StepRow{StepKind::kPreempt,    "preempt",     "",              kAnswered,                                    CallPhase::kNoCall,    "ends the call in favour of a more important one (RFC 4411)"},
     StepRow{StepKind::kCall,       "call",        "NUMBER [TIME]", kNoCall | kSeized,                            CallPhase::kConnected, "calls NUMBER, or the caller of the last call, and waits for the answer; gives up after TIME"},
     StepRow{StepKind::kWait,       "wait",        "TIME",          kNoCall | kSeized | kWaiting | kAnswered,     StepRow::kUnchanged,   "waits"},
     StepRow{StepKind::kSilent,     "silent",      "",              kWaiting | kAnswered,                         CallPhase::kSilent,    "no longer responds to anything in the call"},
@@ -164,11 +167,14 @@ Outcome<> readArgument(Step& step)
         return checkNumber(fmt::format("the number of \"{}\"", rowOf(step.kind).name), step.text);
     case StepKind::kRing:
     case StepKind::kEarlyMedia:
+    case StepKind::kReliable:
     case StepKind::kAnswer:
     case StepKind::kHold:
     case StepKind::kRetrieve:
+    case StepKind::kRefresh:
     case StepKind::kBusy:
     case StepKind::kHangUp:
+    case StepKind::kPreempt:
     case StepKind::kWait:
     case StepKind::kSilent:
     case StepKind::kGarbage:

@@ -114,7 +114,7 @@ Effect onDatagrams(Targets& targets, DatagramFault fault, std::string_view past)
 
 bool isSip(Datagram const& datagram)
 {
-    return !datagram.isRtp();
+    return !datagram.isMedia();
 }
 
 bool isRtp(Datagram const& datagram)

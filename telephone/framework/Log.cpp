@@ -66,6 +66,23 @@ std::string formatted(char const* format, std::va_list arguments)
     return text;
 }
 
+// A text is one entry: what follows a line break is indented, so that nobody else's text can pass for an entry, and
+// other control characters do not reach the terminal.
+std::string asEntry(std::string_view text)
+{
+    std::string entry;
+    entry.reserve(text.size());
+    for (char const character : text) {
+        bool const isControl = static_cast<unsigned char>(character) < ' ' || character == '\x7f';
+        if (character == '\n') {
+            entry += "\n    ";
+        } else if (character != '\r') {
+            entry += isControl && character != '\t' ? '?' : character;
+        }
+    }
+    return entry;
+}
+
 }  // namespace
 
 Outcome<> openLog(int level, std::string const& fileName)
@@ -105,7 +122,8 @@ void logLine(int level, std::string_view component, std::string_view text)
     }
     auto const name = kLevelNames[static_cast<std::size_t>(std::min(level, static_cast<int>(kLogDetail)))];
     auto const severity = level <= kLogFailure ? spdlog::level::err : spdlog::level::info;
-    logger()->log(wallTime(), spdlog::source_loc{}, severity, fmt::format("{} [{}] {}", name, component, text));
+    logger()->log(wallTime(), spdlog::source_loc{}, severity,
+                  fmt::format("{} [{}] {}", name, component, asEntry(text)));
 }
 
 }  // namespace telephone

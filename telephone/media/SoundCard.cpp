@@ -212,9 +212,6 @@ public:
         return true;
     }
 
-    // Only of virtual time, which has no devices.
-    void skipFrames(std::uint64_t /*count*/) override {}
-
 private:
     SoundCard& card_;
     std::uint64_t read_ = card_.count_;  // the newest frame that this call has had

@@ -1,5 +1,7 @@
 #include <iostream>
 
+#include <sys/stat.h>
+
 #include "telephone/framework/Log.h"
 #include "telephone/framework/StopSignal.h"
 #include "telephone/program/CommandLine.h"
@@ -44,6 +46,8 @@ telephone::Outcome<int> run(telephone::CommandLine const& line, telephone::StopS
 
 int main(int count, char** arguments)
 {
+    // Logs, stores, recordings and sockets are their owner's alone.
+    ::umask(S_IRWXG | S_IRWXO);
     try {
         int exitStatus = 0;
         auto const line = telephone::CommandLine::read(count, arguments, exitStatus);

@@ -30,6 +30,29 @@ Json jsonOf(ForwardingState const& rule)
             {"destination", textOrNull(rule.destination)}};
 }
 
+template <typename Value>
+Json valueOrNull(std::optional<Value> const& value)
+{
+    return value ? Json(*value) : Json();
+}
+
+Json jsonOf(std::optional<AudioState> const& audio)
+{
+    if (!audio) {
+        return {};
+    }
+    return {{"sent", audio->sent},
+            {"received", audio->received},
+            {"lost", audio->lost},
+            {"jitter", audio->jitter},
+            {"far_lost", valueOrNull(audio->farLost)},
+            {"far_jitter", valueOrNull(audio->farJitter)},
+            {"round_trip", valueOrNull(audio->roundTrip)},
+            {"foreign", audio->foreign},
+            {"forged", audio->forged},
+            {"replayed", audio->replayed}};
+}
+
 Json jsonOf(CallStatus const& call)
 {
     return {{"id", call.id},
@@ -50,6 +73,7 @@ Json jsonOf(CallStatus const& call)
             {"in_conference", call.inConference},
             {"conference", listOf(call.conference, jsonOf)},
             {"secure", call.secure},
+            {"audio", jsonOf(call.audio)},
             {"recording", call.recording},
             {"call_back_possible", call.callBackPossible}};
 }

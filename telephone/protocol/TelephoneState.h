@@ -25,6 +25,22 @@ struct ForwardingState
     std::string destination;
 };
 
+// What the telephone has counted of the audio of a call. Durations in milliseconds.
+struct AudioState
+{
+    std::uint64_t sent = 0;  // packets
+    std::uint64_t received = 0;
+    std::uint64_t lost = 0;
+    std::uint64_t foreign = 0;   // dropped: from another address than the far end's
+    std::uint64_t forged = 0;    // dropped: not encrypted with the far end's key
+    std::uint64_t replayed = 0;  // dropped: copies of encrypted packets
+    double jitter = 0;
+    // As the far end reports; nothing: it has not yet.
+    std::optional<std::uint64_t> farLost;
+    std::optional<double> farJitter;
+    std::optional<double> roundTrip;
+};
+
 struct CallStatus
 {
     int id = 0;
@@ -45,6 +61,7 @@ struct CallStatus
     bool heldForConsultation = false;
     bool inConference = false;
     bool secure = false;
+    std::optional<AudioState> audio;  // nothing: the call has no session, or none any more
     bool recording = false;
     bool callBackPossible = false;
 };

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <optional>
 #include <string>
 
@@ -110,8 +111,9 @@ private:
     sfiResult otherCallFeature(sfiCallInfo const& call, sfiFeature feature);
     std::string deviceOf(int lineID) const;
     Outcome<> pressHoldKey();
-    // The service ends do-not-disturb for a permitted number of a locked telephone; lamps and keys follow the setting.
-    void endDoNotDisturbSetting();
+    // The service ends do-not-disturb by itself for a permitted number of a locked telephone; this ends the setting,
+    // too, which lamps and keys follow. Tried until it is stored.
+    void endDoNotDisturbSetting(std::chrono::milliseconds after);
 
     CallEngine& engine_;
     Lines& lines_;

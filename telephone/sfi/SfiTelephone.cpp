@@ -21,6 +21,12 @@
 
 namespace telephone {
 
+namespace {
+
+constexpr std::chrono::seconds kStoreRetry{30};
+
+}  // namespace
+
 sfiResult Sfi::SetMicrophoneMute(bool mute)
 {
     engine_.list().setMicrophoneMute(mute);
@@ -54,16 +60,23 @@ sfiResult Sfi::SetDoNotDisturb(int lineID, bool on)
         [device = deviceOf(lineID), on](CommunicationsServiceEventIfc& event) { event.doNotDisturbSet(device, on); });
     if (!on && settings_.flag(SettingNames::kDoNotDisturb)) {
         // The service may hold locks here that the listeners of the setting take.
-        timers_.start(std::chrono::milliseconds(0), [this] { endDoNotDisturbSetting(); });
+        endDoNotDisturbSetting(std::chrono::milliseconds(0));
     }
     return sfiSuccess;
 }
 
-void Sfi::endDoNotDisturbSetting()
+void Sfi::endDoNotDisturbSetting(std::chrono::milliseconds after)
 {
-    if (!policy_.doNotDisturb(0)) {
-        reportIfRefused(kComponent, settings_.set(SettingNames::kDoNotDisturb, "false"));
-    }
+    timers_.start(after, [this] {
+        if (policy_.doNotDisturb(0) || !settings_.flag(SettingNames::kDoNotDisturb)) {
+            return;
+        }
+        auto const stored = settings_.set(SettingNames::kDoNotDisturb, "false");
+        reportIfRefused(kComponent, stored);
+        if (!stored) {
+            endDoNotDisturbSetting(kStoreRetry);
+        }
+    });
 }
 
 sfiResult Sfi::GetDoNotDisturb(int lineID, bool& on)
@@ -162,7 +175,17 @@ int Sfi::StartTimer(int milliseconds)
 
 int Sfi::ApplyManageableData(ManageableData& data, bool changed)
 {
-    return changed || !reportIfRefused(kComponent, settings_.setAll(itemsOf(data))) ? 1 : 0;
+    if (changed) {
+        return 1;
+    }
+    if (reportIfRefused(kComponent, settings_.setAll(itemsOf(data)))) {
+        return 0;
+    }
+    // The service tells of the changes that it makes itself; this one comes from the management.
+    if (bool const on = settings_.flag(SettingNames::kDoNotDisturb); on != policy_.doNotDisturb(0)) {
+        SetDoNotDisturb(0, on);
+    }
+    return 1;
 }
 
 int Sfi::GetHotWarmLineStatus(int lineID)

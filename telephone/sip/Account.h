@@ -22,7 +22,7 @@ struct Account
     std::string registrar;    // URI; empty: "sip:<domain>"
     std::string proxy;        // URI of the outbound proxy; empty: none
     std::string authUser;     // empty: same as user
-    std::string password;     // digest (RFC 2617, MD5); empty: a challenge ends the request with its status
+    std::string password;     // digest (RFC 7616, SHA-256 or MD5); empty: a challenge ends the request with its status
     Transport transport = Transport::kUdp;
     std::uint32_t expires = 3600;  // seconds requested at registration
 

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace telephone::sip {
@@ -25,14 +26,14 @@ public:
     // sending.
     virtual bool readFrame(AudioFrame& frame) = 0;
     // In virtual time instead of so many calls of readFrame whose frames nobody hears.
-    virtual void skipFrames(std::uint64_t count) = 0;
+    virtual void skipFrames(std::uint64_t /*count*/) {}
 };
 
 class AudioSink
 {
 public:
     virtual ~AudioSink() = default;
-    // A decoded frame, about every 20 ms, in the order of arrival. Gaps are not filled.
+    // The next frame of what is received, every 20 ms while anything is. Short gaps are filled.
     virtual void writeFrame(AudioFrame const& frame) = 0;
     // False: frames that are written now are dropped, so in virtual time they need not come.
     virtual bool isListening() const { return true; }
@@ -67,7 +68,14 @@ enum class Encryption : int
 // What a stream has sent and received since it began.
 struct AudioStatistics
 {
+    std::uint64_t sent = 0;      // packets
     std::uint64_t received = 0;  // packets of the far end
+    std::uint64_t lost = 0;      // packets of the far end that never came
+    std::chrono::microseconds jitter{0};
+    // What the far end reports (RTCP); nothing: it has not yet.
+    std::optional<std::uint64_t> farLost;
+    std::optional<std::chrono::microseconds> farJitter;
+    std::optional<std::chrono::microseconds> roundTrip;
     // Dropped packets.
     std::uint64_t foreign = 0;   // from another address
     std::uint64_t forged = 0;    // not encrypted with the far end's key

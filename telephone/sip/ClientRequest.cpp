@@ -7,7 +7,7 @@ Outcome<std::shared_ptr<ClientRequest>> ClientRequest::make(std::shared_ptr<Elem
 {
     auto request = std::make_shared<ClientRequest>(std::move(element), route.contactUser);
     request->route_ = route;
-    makeCredentials(request->credentials_, account);
+    makeCredentials(request->credentials_, account, request->element_->config().log);
     auto proxies = route.proxyTexts();
     int const error =
         sip_dialog_alloc(request->dialog_.out(), route.target.c_str(), to.c_str(), route.fromNameOrNull(),
@@ -74,7 +74,8 @@ int ClientRequest::writeContact(sip_transp transport, sa const& source, sa const
     if (!contactExpires_ && !inDialog_) {
         return 0;
     }
-    contact_ = "sip:" + contactUser_ + "@" + addressText(source) + sip_transp_param(transport);
+    contact_ =
+        "sip:" + contactUser_ + "@" + addressText(source) + route_.contactParameters + sip_transp_param(transport);
     std::string header = "Contact: <" + contact_ + ">";
     if (contactExpires_) {
         std::string const& instance = element_->config().instance;

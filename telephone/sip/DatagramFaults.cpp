@@ -10,6 +10,8 @@ namespace telephone::sip {
 namespace {
 
 constexpr unsigned kAlways = 100;
+constexpr unsigned kFirstReport = 192;  // of the packet types of RTCP (RFC 5761 section 4)
+constexpr unsigned kLastReport = 223;
 
 bool befalls(DatagramFault const& fault, Datagram const& datagram)
 {
@@ -18,14 +20,22 @@ bool befalls(DatagramFault const& fault, Datagram const& datagram)
 
 }  // namespace
 
-bool Datagram::isRtp() const
+bool Datagram::isMedia() const
 {
     return !bytes.empty() && (static_cast<unsigned char>(bytes.front()) & 0xc0U) == 0x80U;
 }
 
+bool Datagram::isRtp() const
+{
+    auto const type = bytes.size() > 1 ? static_cast<unsigned char>(bytes[1]) : 0U;
+    return isMedia() && (type < kFirstReport || type > kLastReport);
+}
+
 std::string Datagram::describe() const
 {
-    auto const what = isRtp() ? std::string_view("RTP") : bytes.substr(0, std::min(bytes.find('\r'), bytes.size()));
+    auto const what = isRtp()     ? std::string_view("RTP")
+                      : isMedia() ? std::string_view("RTCP")
+                                  : bytes.substr(0, std::min(bytes.find('\r'), bytes.size()));
     return "from " + from + " to " + to + " (" + std::string(what) + ")";
 }
 

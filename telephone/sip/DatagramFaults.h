@@ -20,7 +20,8 @@ struct Datagram
     std::string to;
     std::string_view bytes;
 
-    // RTP begins with its version, 2, in two bits (RFC 3550, 5.1); SIP with a letter.
+    // RTP and RTCP begin with their version, 2, in two bits (RFC 3550, 5.1); SIP with a letter.
+    [[nodiscard]] bool isMedia() const;
     [[nodiscard]] bool isRtp() const;
     // "from 127.0.0.1:40000 to 127.0.0.1:40002 (INVITE sip:100@127.0.0.1:40002 SIP/2.0)"
     [[nodiscard]] std::string describe() const;

@@ -7,6 +7,8 @@
 
 #include <pugixml.hpp>
 
+#include "telephone/sip/WireText.h"
+
 namespace telephone::sip {
 
 namespace {
@@ -79,8 +81,8 @@ DialogParty readParty(pugi::xml_node const& node)
 {
     auto const identity = childNamed(node, "identity");
     auto const target = childNamed(node, "target");
-    return {identity.text().as_string(), identity.attribute("display").as_string(), target.attribute("uri").as_string(),
-            renders(target)};
+    return {plainText(identity.text().as_string()), plainText(identity.attribute("display").as_string()),
+            target.attribute("uri").as_string(), renders(target)};
 }
 
 std::optional<DialogEntry> readDialog(pugi::xml_node const& node)

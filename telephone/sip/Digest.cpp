@@ -1,8 +1,7 @@
 #include "telephone/sip/Digest.h"
 
-#include <array>
+#include <algorithm>
 #include <charconv>
-#include <cstdlib>
 
 #include "telephone/sip/Stack.h"
 #include "telephone/time/SteadyClock.h"
@@ -11,36 +10,28 @@ namespace telephone::sip {
 
 namespace {
 
-using Hash = std::array<std::uint8_t, MD5_SIZE>;
+constexpr std::size_t kMostNonces = 1000;  // in use
 
-Hash hash(std::string const& text)
-{
-    Hash result{};
-    md5(reinterpret_cast<std::uint8_t const*>(text.data()), text.size(), result.data());
-    return result;
-}
-
-std::string hex(Hash const& value)
-{
-    constexpr std::string_view kDigits = "0123456789abcdef";
-    std::string text;
-    for (std::uint8_t const byte : value) {
-        text += kDigits[byte >> 4];
-        text += kDigits[byte & 15];
-    }
-    return text;
-}
-
-std::int64_t secondsNow()
+std::int64_t millisecondsNow()
 {
     using namespace std::chrono;
-    return duration_cast<seconds>(SteadyClock::now().time_since_epoch()).count();
+    return duration_cast<milliseconds>(SteadyClock::now().time_since_epoch()).count();
+}
+
+template <typename Number>
+std::optional<Number> numberIn(std::string_view text, int base)
+{
+    Number number = 0;
+    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base);
+    return error == std::errc() && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
 }
 
 }  // namespace
 
-DigestServer::DigestServer(std::string realm, std::chrono::seconds nonceLifetime)
+DigestServer::DigestServer(std::string realm, std::vector<DigestAlgorithm> algorithms,
+                           std::chrono::seconds nonceLifetime)
     : realm_(std::move(realm))
+    , algorithms_(std::move(algorithms))
     , nonceLifetime_(nonceLifetime)
 {
     for (int i = 0; i < 4; ++i) {
@@ -48,57 +39,99 @@ DigestServer::DigestServer(std::string realm, std::chrono::seconds nonceLifetime
     }
 }
 
+// Half of the hash: a challenge should not be much larger than the request.
 std::string DigestServer::sign(std::string const& text) const
 {
-    return hex(hash(secret_ + ":" + text + ":" + realm_ + ":" + secret_));
+    return hashOf(DigestAlgorithm::kSha256, secret_ + ":" + text + ":" + realm_ + ":" + secret_).substr(0, 32);
 }
 
-std::string DigestServer::challenge(bool stale) const
+Headers DigestServer::challenges(bool stale) const
 {
-    // The random number distinguishes two challenges of the same second.
-    std::string const made = std::to_string(secondsNow()) + "-" + std::to_string(rand_u32());
-    return "Digest realm=\"" + realm_ + "\", nonce=\"" + made + "." + sign(made) + "\", qop=\"auth\", algorithm=MD5" +
-           (stale ? ", stale=true" : "");
+    // The random number distinguishes two challenges of the same moment.
+    std::string const made = std::to_string(millisecondsNow()) + "-" + std::to_string(rand_u32());
+    std::string const nonce = made + "." + sign(made);
+    Headers headers;
+    for (DigestAlgorithm const algorithm : algorithms_) {
+        headers.add("WWW-Authenticate", "Digest realm=\"" + realm_ + "\", nonce=\"" + nonce +
+                                            "\", qop=\"auth\", algorithm=" + std::string(nameOf(algorithm)) +
+                                            (stale ? ", stale=true" : ""));
+    }
+    return headers;
 }
 
-bool DigestServer::isFresh(std::string const& nonce) const
+// The time at which we made the nonce; nothing: it is not ours.
+std::optional<std::int64_t> DigestServer::timeOf(std::string const& nonce) const
 {
     auto const dot = nonce.find('.');
-    if (dot == std::string::npos) {
-        return false;
-    }
     std::string const made = nonce.substr(0, dot);
-    if (nonce.substr(dot + 1) != sign(made)) {
-        return false;
+    if (dot == std::string::npos || nonce.substr(dot + 1) != sign(made)) {
+        return std::nullopt;
     }
-    std::int64_t time = 0;
-    (void)std::from_chars(made.data(), made.data() + made.size(), time);
-    return secondsNow() - time <= nonceLifetime_.count();
+    return numberIn<std::int64_t>(std::string_view(made).substr(0, made.find('-')), 10);
 }
 
-DigestServer::Result
-DigestServer::judge(std::string const& method, std::string const& authorization,
-                    std::function<std::optional<std::string>(std::string const& user)> const& password) const
+void DigestServer::makeRoom()
 {
-    httpauth_digest_resp credentials{};
-    pl const value = slice(authorization);
-    if (authorization.empty() || httpauth_digest_response_decode(&credentials, &value) != 0 ||
-        view(credentials.realm) != realm_) {
-        return {};
+    if (used_.size() < kMostNonces) {
+        return;
     }
+    auto const madeAt = [](auto const& each) { return each.second.made; };
+    oldest_ = std::max(oldest_, madeAt(*std::ranges::min_element(used_, {}, madeAt)) + 1);
+    std::erase_if(used_, [this](auto const& each) { return each.second.made < oldest_; });
+}
 
-    Result result{Verdict::kWrong, text(credentials.username)};
-    auto const secret = password(result.user);
-    if (!secret) {
-        return result;
+// Counts the nonce as used; false: it is too old, or it was used with this count or a higher one (RFC 7616
+// section 3.4).
+bool DigestServer::use(std::string const& nonce, std::string const& count)
+{
+    auto const made = timeOf(nonce);
+    auto const wanted = count.empty() ? std::optional(1U) : numberIn<std::uint32_t>(count, 16);
+    makeRoom();
+    oldest_ = std::max(oldest_, millisecondsNow() - std::chrono::milliseconds(nonceLifetime_).count());
+    if (!made || *made < oldest_ || !wanted) {
+        return false;
     }
-    Hash const ha1 = hash(result.user + ":" + realm_ + ":" + *secret);
-    pl const methodSlice = slice(method);
-    if (httpauth_digest_response_auth(&credentials, &methodSlice, ha1.data()) != 0) {
-        return result;
+    Use& present = used_[nonce];
+    if (*wanted <= present.count) {
+        return false;
     }
-    result.verdict = isFresh(text(credentials.nonce)) ? Verdict::kAccepted : Verdict::kStale;
-    return result;
+    present = {*made, *wanted};
+    return true;
+}
+
+DigestServer::Verdict DigestServer::verdictOn(std::string const& method, DigestFields const& credentials,
+                                              Password const& password)
+{
+    auto const algorithm = digestAlgorithmOf(credentials.value("algorithm"));
+    auto const secret = password(credentials.value("username"));
+    if (!secret || !algorithm || std::ranges::find(algorithms_, *algorithm) == algorithms_.end()) {
+        return Verdict::kWrong;
+    }
+    DigestInput input;
+    input.algorithm = *algorithm;
+    input.user = credentials.value("username");
+    input.realm = realm_;
+    input.password = *secret;
+    input.method = method;
+    input.uri = credentials.value("uri");
+    input.nonce = credentials.value("nonce");
+    input.clientNonce = credentials.value("cnonce");
+    input.nonceCount = credentials.value("nc");
+    if (!equalsIgnoringCase(digestResponse(input), credentials.value("response"))) {
+        return Verdict::kWrong;
+    }
+    return use(input.nonce, input.nonceCount) ? Verdict::kAccepted : Verdict::kStale;
+}
+
+DigestServer::Result DigestServer::judge(std::string const& method, Headers const& request, Password const& password)
+{
+    for (auto const& value : request.values("Authorization")) {
+        auto const credentials = DigestFields::parse(value);
+        if (credentials && credentials->value("realm") == realm_) {
+            return {verdictOn(method, *credentials, password), credentials->value("username")};
+        }
+    }
+    return {};
 }
 
 }  // namespace telephone::sip

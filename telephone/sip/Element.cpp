@@ -2,20 +2,22 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <chrono>
 #include <mutex>
 #include <stdexcept>
 
+#include "telephone/sip/DigestResponse.h"
 #include "telephone/sip/DnsClient.h"
 #include "telephone/sip/EventLoop.h"
 #include "telephone/sip/LocalAddresses.h"
 #include "telephone/sip/MemoryNetwork.h"
 #include "telephone/sip/RegistrationImpl.h"
+#include "telephone/sip/ReliableResponses.h"
 #include "telephone/sip/Sdes.h"
 #include "telephone/sip/ServerRequest.h"
 #include "telephone/sip/SessionTimer.h"
 #include "telephone/sip/Timer.h"
+#include "telephone/sip/WireText.h"
 #include "telephone/time/VirtualTime.h"
 #include "telephone/time/Waiting.h"
 
@@ -63,6 +65,20 @@ void useTransport(Transport transport, Uri& uri)
     }
 }
 
+// The host that a request to the URI goes to.
+std::string hostOf(Uri const& uri)
+{
+    return uri.parameter("maddr").value_or(uri.host);
+}
+
+// Nothing for an address, which needs no server to be found.
+std::optional<Destination> namedBy(Uri const& uri)
+{
+    auto const transport =
+        transportOf(uri) == SIP_TRANSP_TLS ? std::optional<std::string>("tls") : uri.parameter("transport");
+    return namedDestination(hostOf(uri), uri.port, transport);
+}
+
 std::vector<std::string> proxiesOf(Account const& account)
 {
     return account.proxy.empty() ? std::vector<std::string>() : std::vector<std::string>{account.proxy};
@@ -98,6 +114,7 @@ Element::Element(EventLoop& loop, UserAgentConfig config)
 
 void Element::open()
 {
+    tagSecret_ = std::to_string(rand_u64());
     throwOnError(sip_alloc(&stack_, nullptr, kTransactionBuckets, kTransactionBuckets, kConnectionBuckets,
                            config_.name.c_str(), nullptr, this),
                  "the SIP stack does not start");
@@ -120,7 +137,7 @@ void Element::findServers()
                                         return static_cast<std::uint32_t>(rand_u32() % (std::uint64_t{greatest} + 1));
                                     }};
     if (tls_) {
-        settings.transports.insert(settings.transports.begin(), Transport::kTls);
+        settings.transports.push_back(Transport::kTls);
     }
     for (sa const& each : addresses_) {
         settings.families.push_back(sa_af(&each) == AF_INET6 ? AddressFamily::kIpv6 : AddressFamily::kIpv4);
@@ -130,14 +147,18 @@ void Element::findServers()
     setServers(stack_, servers_.get());
 }
 
-// Binds that port, or one that is free for 0. Returns the port; 0: it cannot be bound, with the reason in errno.
-std::uint16_t Element::bind(sip_transp transport, sa const& local, std::uint16_t port, ::tls* context) const
+// Binds that port, or for 0 one that is free, which is then the port. Returns 0, or an error of errno.
+int Element::bind(sip_transp transport, sa const& local, std::uint16_t& port, ::tls* context) const
 {
     sa wanted = local;
     sa_set_port(&wanted, port);
+    int error = sip_transp_add(stack_, transport, &wanted, context);
     sa bound{};
-    errno = sip_transp_add(stack_, transport, &wanted, context);
-    return errno == 0 && sip_transp_laddr(stack_, &bound, transport, &local) == 0 ? sa_port(&bound) : std::uint16_t{0};
+    if (!error) {
+        error = sip_transp_laddr(stack_, &bound, transport, &local);
+    }
+    port = error ? port : sa_port(&bound);
+    return error;
 }
 
 // All addresses have the same port.
@@ -145,9 +166,8 @@ void Element::bindUdp()
 {
     udpPort_ = config_.udpPort;
     for (sa const& local : addresses_) {
-        std::uint16_t const port = bind(SIP_TRANSP_UDP, local, udpPort_);
-        throwOnError(port == 0 ? errno : 0, "UDP port " + std::to_string(udpPort_) + " of " + hostText(local));
-        udpPort_ = port;
+        throwOnError(bind(SIP_TRANSP_UDP, local, udpPort_),
+                     "UDP port " + std::to_string(udpPort_) + " of " + hostText(local));
     }
 }
 
@@ -155,12 +175,12 @@ void Element::bindTcp()
 {
     tcpPort_ = config_.tcpPort ? config_.tcpPort : udpPort_;
     for (sa const& local : addresses_) {
-        std::uint16_t port = bind(SIP_TRANSP_TCP, local, tcpPort_);
-        if (port == 0 && config_.tcpPort == 0 && &local == &addresses_.front()) {
-            port = bind(SIP_TRANSP_TCP, local, 0);
+        int error = bind(SIP_TRANSP_TCP, local, tcpPort_);
+        if (error && config_.tcpPort == 0 && &local == &addresses_.front()) {
+            tcpPort_ = 0;
+            error = bind(SIP_TRANSP_TCP, local, tcpPort_);
         }
-        throwOnError(port == 0 ? errno : 0, "TCP port " + std::to_string(tcpPort_) + " of " + hostText(local));
-        tcpPort_ = port;
+        throwOnError(error, "TCP port " + std::to_string(tcpPort_) + " of " + hostText(local));
     }
 }
 
@@ -173,10 +193,10 @@ sa const& Element::addressOf(int family) const
 int Element::familyOf(Uri const& uri) const
 {
     sa numeric{};
-    if (sa_set_str(&numeric, uri.host.c_str(), 0) == 0) {
+    if (sa_set_str(&numeric, hostOf(uri).c_str(), 0) == 0) {
         return sa_af(&numeric);
     }
-    auto const destination = namedDestination(uri.host, uri.port, uri.parameter("transport"));
+    auto const destination = namedBy(uri);
     auto const place = servers_ && destination ? servers_->known(*destination) : std::nullopt;
     return place && sa_set_str(&numeric, place->address.c_str(), 0) == 0 ? sa_af(&numeric) : sa_af(&address());
 }
@@ -193,26 +213,27 @@ Outcome<> Element::openTls()
     auto const failed = [this](std::string const&, std::string const& reason) {
         log(LogLevel::kWarning, "TLS fails: " + reason);
     };
-    auto made = TlsTransport::make(*stack_, *config_.tls,
-                                   {failed, [this](std::string const& host) { onConnectionEnded(host); }});
+    auto made = TlsTransport::make(
+        *stack_, *config_.tls, {failed, [this](auto const& host, auto const& peer) { onConnectionEnded(host, peer); }});
     if (!made) {
         return tl::unexpected(made.error());
     }
     tlsPort_ = config_.tlsPort;
     for (sa const& local : addresses_) {
-        std::uint16_t const port = bind(SIP_TRANSP_TLS, local, tlsPort_, (*made)->context());
-        if (port == 0) {
+        if (int const error = bind(SIP_TRANSP_TLS, local, tlsPort_, (*made)->context())) {
             return refuse(RefusalKind::kUnavailable,
-                          "TLS port " + std::to_string(tlsPort_) + " of " + hostText(local) + ": " + errorText(errno));
+                          "TLS port " + std::to_string(tlsPort_) + " of " + hostText(local) + ": " + errorText(error));
         }
-        tlsPort_ = port;
     }
     tls_ = *std::move(made);
     return {};
 }
 
-void Element::onConnectionEnded(std::string const& host)
+// The stack does not tell of a connection that ends after a request has been sent, as one does whose far end finds that
+// the telephone shows no certificate.
+void Element::onConnectionEnded(std::string const& host, SocketAddress const& peer)
 {
+    noteConnectionEnded(stack_, peer);
     for (RegistrationImpl* const each : registrations_) {
         each->onConnectionEnded(host);
     }
@@ -238,8 +259,8 @@ void Element::onTrace(bool sent, sip_transp /*transport*/, sa const& from, sa co
 {
     std::string_view const packet(reinterpret_cast<char const*>(data), size);
     if (config_.traceMessages && config_.traceMessages()) {
-        log(LogLevel::kDebug,
-            (sent ? "sent to " + addressText(to) : "received from " + addressText(from)) + "\n" + maskedKeys(packet));
+        log(LogLevel::kDebug, (sent ? "sent to " + addressText(to) : "received from " + addressText(from)) + "\n" +
+                                  withoutSecrets(packet));
     }
     if (!sent) {
         tap_->onReceived(packet);
@@ -295,9 +316,12 @@ void Element::close(std::shared_ptr<void> receiver)
 
 Headers Element::capabilities() const
 {
-    std::string supported = "replaces";
+    std::string supported = "replaces, join";
     if (config_.sessionExpires > std::chrono::seconds(0)) {
         supported += std::string(", ") + kTimerExtension;
+    }
+    if (config_.reliableResponses != ReliableUse::kNone) {
+        supported += std::string(", ") + kReliableExtension;
     }
     return {{"Allow", kAllow}, {"Supported", supported}};
 }
@@ -340,22 +364,42 @@ void Element::answer(sip_msg const& request, std::uint16_t status, char const* r
                       replyTail(headers, content).c_str());
 }
 
+Outcome<> Element::checkReachable(sa const& address) const
+{
+    if (sa_af(&addressOf(sa_af(&address))) != sa_af(&address)) {
+        return refuse(RefusalKind::kUnavailable, addressText(address) + " cannot be reached: the telephone has no " +
+                                                     (sa_af(&address) == AF_INET6 ? "IPv6" : "IPv4") + " address");
+    }
+    if (isVirtual() && !isInMemory(address)) {
+        return refuse(RefusalKind::kUnavailable,
+                      "in virtual time only the telephone and its exchange can be reached, and neither is at " +
+                          addressText(address));
+    }
+    return {};
+}
+
 Outcome<> Element::checkReachable(Uri const& uri) const
 {
     sa address{};
-    if (sa_set_str(&address, uri.host.c_str(), uri.port == 0 ? std::uint16_t{SIP_PORT} : uri.port) == 0) {
-        return isVirtual() && !isInMemory(address)
-                   ? refuse(RefusalKind::kUnavailable,
-                            "in virtual time only the telephone and its exchange can be reached, and neither is at " +
-                                addressText(address))
-                   : Outcome<>();
+    if (sa_set_str(&address, hostOf(uri).c_str(), uri.port == 0 ? std::uint16_t{SIP_PORT} : uri.port) == 0) {
+        return checkReachable(address);
     }
     if (!servers_) {
         return refuse(RefusalKind::kUnavailable,
-                      "in virtual time names are not looked up: \"" + uri.host + "\" must be an IP address");
+                      "in virtual time names are not looked up: \"" + hostOf(uri) + "\" must be an IP address");
     }
-    auto const destination = namedDestination(uri.host, uri.port, uri.parameter("transport"));
+    auto const destination = namedBy(uri);
     return destination ? servers_->check(*destination) : Outcome<>();
+}
+
+void Element::answerAndForget(sip_msg const& request, std::uint16_t status, char const* reason,
+                              Headers const& headers) const
+{
+    // The tag depends on the request alone, so that all answers to it are the same (RFC 3261 section 8.2.7).
+    std::string const tag =
+        hashOf(DigestAlgorithm::kSha256, tagSecret_ + text(request.callid) + text(request.via.branch));
+    const_cast<sip_msg&>(request).tag = std::stoull(tag.substr(0, 16), nullptr, 16);
+    (void)sip_replyf(stack_, &request, status, reason, "%s", replyTail(headers, {}).c_str());
 }
 
 void Element::setServiceRoute(Account const& account, std::vector<std::string> const& proxies)
@@ -384,12 +428,16 @@ Outcome<Route> Element::usableRouteTo(Account const& account, std::string const&
 
 Response Element::failureOf(int error, Route const& route) const
 {
-    bool const isTls = route.transport == SIP_TRANSP_TLS && (error == EPROTO || error == ECONNRESET);
-    std::string const reason = isTls && tls_ ? tls_->failureOf(route.host) : std::string();
-    if (!reason.empty()) {
-        return {kTlsFailed, reason, {}, {}};
+    bool const isTls = tls_ && route.transport == SIP_TRANSP_TLS;
+    std::string const known = isTls && (error == EPROTO || error == ECONNRESET) ? tls_->failureOf(route.host) : "";
+    if (known.empty() && !(isTls && error == ECONNRESET)) {
+        return {statusOf(error), errorText(error), {}, {}};
     }
-    return {error == ETIMEDOUT ? 408 : 503, errorText(error), {}, {}};
+    std::string const reason = known.empty() ? route.host + " ended the connection before it answered" : known;
+    if (error == ECONNRESET && !tls_->showsCertificate()) {
+        return {kTlsFailed, reason + "; it may ask for a certificate, and sip.certificate is empty", {}, {}};
+    }
+    return {known.empty() ? 503 : kTlsFailed, reason, {}, {}};
 }
 
 Outcome<> Element::sentTo(Route const& route, int error, std::string const& what) const
@@ -422,8 +470,10 @@ Outcome<Route> Element::route(Account const& account, std::string const& target,
     if (auto const reachable = isDirect ? checkReachable(hop) : Outcome<>(); !reachable) {
         return tl::unexpected(reachable.error());
     }
+    // Headers in a URI are for a request that is made from it, and never part of its own (RFC 3261 section 19.1.5).
+    uri->headers.clear();
     Route route;
-    route.host = hop.parameter("maddr").value_or(hop.host);
+    route.host = hostOf(hop);
     route.transport = transportOf(hop);
     if (auto const opened = route.transport == SIP_TRANSP_TLS ? openTls() : Outcome<>(); !opened) {
         return tl::unexpected(opened.error());

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "telephone/sip/ForkedAnswers.h"
+#include "telephone/sip/LineServers.h"
 #include "telephone/sip/MediaClock.h"
 #include "telephone/sip/MessageTap.h"
 #include "telephone/sip/Servers.h"
@@ -23,7 +24,7 @@ class NotifierImpl;
 class RegistrationImpl;
 
 // Our capabilities.
-constexpr char const* kAllow = "INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, UPDATE, REFER, NOTIFY, SUBSCRIBE";
+constexpr char const* kAllow = "INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, PRACK, UPDATE, REFER, NOTIFY, SUBSCRIBE";
 constexpr char const* kSdpType = "application/sdp";
 
 // The addresses of an outgoing request.
@@ -33,8 +34,9 @@ struct Route
     std::string fromUri;
     std::string fromName;  // escaped for a quoted string
     std::string contactUser;
-    std::vector<std::string> proxies;  // those that it passes, in order
-    std::string host;                  // where the request goes
+    std::string contactParameters = {};  // ";name=value"
+    std::vector<std::string> proxies;    // those that it passes, in order
+    std::string host;                    // where the request goes
     sip_transp transport = SIP_TRANSP_UDP;
 
     sa local{};  // our address of the family in which the target is reached
@@ -83,6 +85,9 @@ public:
     // Answers a request that nothing else will answer.
     void answer(sip_msg const& request, std::uint16_t status, char const* reason, Headers const& headers = {},
                 Content const& content = {}) const;
+    // The same without a transaction: a retransmission is a new request (RFC 3261 section 8.2.7). For refusals.
+    void answerAndForget(sip_msg const& request, std::uint16_t status, char const* reason,
+                         Headers const& headers = {}) const;
     void log(LogLevel level, std::string const& line) const;
     // For refusals that reach no caller.
     void logRefusal(Outcome<> const& result) const;
@@ -99,6 +104,7 @@ public:
     UserAgentConfig const& config() const { return config_; }
     MediaClock& clock() { return clock_; }
     MessageTap& tap() { return *tap_; }
+    LineServers& lineServers() { return lineServers_; }
     ForkedAnswers& forkedAnswers() { return forkedAnswers_; }
     // Those that have accepted their subscription, for the receiver.
     std::set<NotifierImpl*>& notifiers() { return notifiers_; }
@@ -118,16 +124,17 @@ public:
 
 private:
     void findServers();
+    [[nodiscard]] Outcome<> checkReachable(sa const& address) const;
     [[nodiscard]] Outcome<> checkReachable(Uri const& uri) const;
     // The family in which a target is reached, as far as that is known.
     [[nodiscard]] int familyOf(Uri const& uri) const;
     // context: of TLS.
-    std::uint16_t bind(sip_transp transport, sa const& local, std::uint16_t port, ::tls* context = nullptr) const;
+    int bind(sip_transp transport, sa const& local, std::uint16_t& port, ::tls* context = nullptr) const;
     void bindUdp();
     void bindTcp();
     Outcome<Route> route(Account const& account, std::string const& target, std::vector<std::string> proxies);
     Outcome<> openTls();
-    void onConnectionEnded(std::string const& host);
+    void onConnectionEnded(std::string const& host, SocketAddress const& peer);
     void onTrace(bool sent, sip_transp transport, sa const& from, sa const& to, std::uint8_t const* packet,
                  std::size_t size);
 
@@ -135,17 +142,19 @@ private:
     UserAgentConfig config_;
     MediaClock clock_;
     std::shared_ptr<MessageTap> tap_;
+    LineServers lineServers_;
     ForkedAnswers forkedAnswers_{*this};
     std::set<NotifierImpl*> notifiers_;
     std::set<RegistrationImpl*> registrations_;
     std::map<std::string, std::string> distrusted_;
     std::map<std::string, std::vector<std::string>> serviceRoutes_;  // by address of record
     std::shared_ptr<void const> sessionToken_ = std::make_shared<char>();
-    std::vector<sa> addresses_{1};  // one of each family, without ports
+    std::vector<sa> addresses_ = std::vector<sa>(1);  // one of each family, without ports
     std::uint16_t udpPort_ = 0;
     std::uint16_t tcpPort_ = 0;
     std::uint16_t tlsPort_ = 0;
     bool closed_ = false;
+    std::string tagSecret_;
     ::sip* stack_ = nullptr;
     std::shared_ptr<TlsTransport> tls_;
     std::unique_ptr<Servers> servers_;  // null: names cannot be looked up

@@ -118,6 +118,7 @@ Invitation readInvitation(sip_msg const& invite)
     invitation.assertedIdentity = assertedIdentityOf(headers);
     invitation.diversions = diversionsOf(headers);
     invitation.replaces = Replaces::parse(headers.value("Replaces"));
+    invitation.joins = Replaces::parse(headers.value("Join"));
     invitation.alertInfo = headers.value("Alert-Info");
     invitation.resourcePriority = headers.value("Resource-Priority");
     invitation.referredBy = headers.value("Referred-By");

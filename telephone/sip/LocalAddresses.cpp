@@ -7,6 +7,7 @@
 #include <ifaddrs.h>
 #include <net/if.h>
 
+#include "telephone/sip/StackFunctions.h"
 #include "telephone/time/VirtualTime.h"
 
 namespace telephone::sip {
@@ -70,6 +71,18 @@ Outcome<std::vector<sa>> localAddresses(std::string const& address)
         return refuse(RefusalKind::kUnavailable, "the network interface \"" + address + "\" has no IP address");
     }
     return found;
+}
+
+int listenWhereverPossible(udp_sock** made, sa const& local, udp_recv_h* received, void* argument)
+{
+    int const error = stack_udp_listen(made, &local, received, argument);
+    bool const isForAll = sa_af(&local) == AF_INET6 && sa_is_any(&local) && sa_port(&local) == 0;
+    if (error == 0 || !isForAll) {
+        return error;
+    }
+    sa anyIpv4{};
+    (void)sa_set_str(&anyIpv4, "0.0.0.0", 0);
+    return stack_udp_listen(made, &anyIpv4, received, argument);
 }
 
 std::string hostText(sa const& address)

@@ -15,6 +15,10 @@ namespace telephone::sip {
 // kNotSupported: an interface in virtual time, in which nothing depends on the machine.
 [[nodiscard]] Outcome<std::vector<sa>> localAddresses(std::string const& address);
 
+// Opens a socket for datagrams. Where a machine has no IPv6, one for all its IPv6 addresses is one for its IPv4
+// addresses: the stack's DNS client insists on both, and has no use for the second then. 0, or an error of errno.
+int listenWhereverPossible(udp_sock** made, sa const& local, udp_recv_h* received, void* argument);
+
 // "192.0.2.1", "2001:db8::1": without port and brackets.
 std::string hostText(sa const& address);
 

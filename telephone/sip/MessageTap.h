@@ -42,6 +42,11 @@ class MessageTap : public std::enable_shared_from_this<MessageTap>
 public:
     explicit MessageTap(EventLoop& loop);
 
+    // Whether there is a session with that Call-ID and local tag.
+    bool knows(std::string const& callId, std::string const& localTag) const
+    {
+        return find(callId, localTag) != nullptr;
+    }
     void add(std::string const& callId, MessageTapListener& listener);
     void remove(MessageTapListener& listener);
 

@@ -129,7 +129,7 @@ void NotifierImpl::notify(std::string const& body, SubscriptionState state, std:
 
 void NotifierImpl::prepareRefresh(sip_msg const& subscribe)
 {
-    if (!active_ || !content_ || !refreshed_ || !sip_dialog_cmp(dialog_.get(), &subscribe)) {
+    if (!active_ || !content_ || !refreshed_ || !isOf(subscribe)) {
         return;
     }
     std::string const body = refreshed_();

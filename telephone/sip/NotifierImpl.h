@@ -22,6 +22,8 @@ public:
     void onRefreshed(std::function<std::string()> body) override { refreshed_ = std::move(body); }
     void onClosed(std::function<void(Notifier&)> closed) override { closed_ = std::move(closed); }
 
+    // Whether a request belongs to the dialog of this subscription.
+    bool isOf(sip_msg const& request) const { return sip_dialog_cmp(dialog_.get(), &request); }
     // A SUBSCRIBE within a dialog, before the stack sees it: puts the present state in the place of the last body if it
     // belongs to this subscription.
     void prepareRefresh(sip_msg const& subscribe);

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <mutex>
 #include <stdexcept>
 
 #include "telephone/sip/EventLoop.h"
+#include "telephone/sip/ForeignRequests.h"
 #include "telephone/sip/IncomingRequestImpl.h"
 #include "telephone/sip/NotifierImpl.h"
 #include "telephone/sip/SessionImpl.h"
@@ -16,17 +18,20 @@ namespace telephone::sip {
 
 namespace {
 
-constexpr std::array<std::string_view, 10> kMethods{"INVITE", "ACK",    "BYE",   "CANCEL",    "OPTIONS",
-                                                    "INFO",   "UPDATE", "REFER", "SUBSCRIBE", "NOTIFY"};
+constexpr std::array<std::string_view, 11> kMethods{"INVITE", "ACK",    "BYE",   "CANCEL",    "OPTIONS", "INFO",
+                                                    "PRACK",  "UPDATE", "REFER", "SUBSCRIBE", "NOTIFY"};
+// Those that the stack takes, or that make sense only in a dialog.
+constexpr std::array<std::string_view, 5> kOfDialogs{"INVITE", "SUBSCRIBE", "BYE", "PRACK", "UPDATE"};
 
 bool isMethod(sip_msg const& message, char const* method)
 {
     return pl_strcmp(&message.met, method) == 0;
 }
 
-bool isOwnMethod(sip_msg const& message)
+template <std::size_t size>
+bool isOneOf(std::array<std::string_view, size> const& methods, sip_msg const& message)
 {
-    return std::find(kMethods.begin(), kMethods.end(), view(message.met)) != kMethods.end();
+    return std::find(methods.begin(), methods.end(), view(message.met)) != methods.end();
 }
 
 // Has the headers that the stack's own handlers rely on (RFC 3261 section 8.1.1).
@@ -36,11 +41,53 @@ bool isComplete(sip_msg const& message)
            message.from.tag.p;
 }
 
+// The whole text is a number up to the highest; nothing else.
+bool isNumber(std::string_view text, std::uint64_t highest)
+{
+    std::uint64_t number = 0;
+    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc() && end == text.data() + text.size() && number <= highest;
+}
+
+// Content-Length is missing, or says no more than there is; a stream has been cut at it already.
+bool hasItsLength(sip_msg const& message)
+{
+    std::uint64_t const left = mbuf_get_left(message.mb);
+    return !message.clen.p || isNumber(view(message.clen), left);
+}
+
+// CSeq names the method, and a number below 2^31 (RFC 3261 section 8.1.1.5).
+bool hasItsSequence(sip_msg const& message)
+{
+    sip_hdr const* const header = sip_msg_hdr(&message, SIP_HDR_CSEQ);
+    std::string_view const value = header ? view(header->val) : std::string_view();
+    return isNumber(value.substr(0, value.find_first_of(" \t")), 0x7fffffff) &&
+           view(message.cseq.met) == view(message.met);
+}
+
+// The refusal of a request that cannot be understood; status 0: it can.
+struct MalformedLine
+{
+    std::uint16_t status = 0;
+    char const* reason = "";
+};
+
+MalformedLine malformationOf(sip_msg const& message)
+{
+    if (auto const strangeness = strangenessOf(message)) {
+        return strangeness == Strangeness::kVersion ? MalformedLine{505, "Version Not Supported"}
+                                                    : MalformedLine{416, "Unsupported URI Scheme"};
+    }
+    bool const isSound = isComplete(message) && hasItsLength(message) && hasItsSequence(message);
+    return isSound ? MalformedLine{} : MalformedLine{400, "Bad Request"};
+}
+
 }  // namespace
 
 Receiver::Receiver(std::shared_ptr<Element> element, UserAgentObserver& observer)
     : element_(std::move(element))
     , observer_(&observer)
+    , gate_(element_, [this](std::string const& user) { return observer_->guardedUser(user); })
 {}
 
 void Receiver::listen()
@@ -78,17 +125,16 @@ bool Receiver::onRequestFirst(sip_msg const& message)
     if (!observer_) {
         return false;
     }
-    if (!isComplete(message)) {
-        element_->log(LogLevel::kInfo, "Request from " + addressText(message.src) + " lacks mandatory headers");
-        if (message.via.branch.p && !isMethod(message, "ACK")) {
-            (void)sip_reply(element_->stack(), &message, 400, "Bad Request");
-        }
+    if (!gate_.hasRoomFor(message)) {
+        return true;
+    }
+    if (refuseMalformed(message)) {
         return true;
     }
     if (isMethod(message, "ACK") || isMethod(message, "CANCEL")) {
         return false;
     }
-    if (refuseUnsupported(message)) {
+    if (!gate_.permits(message) || refuseUnsupported(message)) {
         return true;
     }
     if (isMethod(message, "BYE")) {
@@ -112,6 +158,19 @@ void Receiver::prepareRefresh(sip_msg const& subscribe)
     }
 }
 
+bool Receiver::refuseMalformed(sip_msg const& message) const
+{
+    MalformedLine const malformation = malformationOf(message);
+    if (malformation.status == 0) {
+        return false;
+    }
+    element_->log(LogLevel::kInfo, "Request from " + addressText(message.src) + " is refused: " + malformation.reason);
+    if (message.via.branch.p && !isMethod(message, "ACK")) {
+        (void)sip_reply(element_->stack(), &message, malformation.status, malformation.reason);
+    }
+    return true;
+}
+
 // RFC 3261 section 8.2.2.3.
 bool Receiver::refuseUnsupported(sip_msg const& message) const
 {
@@ -124,27 +183,26 @@ bool Receiver::refuseUnsupported(sip_msg const& message) const
     if (unsupported.empty()) {
         return false;
     }
-    element_->answer(message, 420, "Bad Extension", {{"Unsupported", unsupported}});
+    element_->answerAndForget(message, 420, "Bad Extension", {{"Unsupported", unsupported}});
     return true;
 }
 
 void Receiver::answerOptions(sip_msg const& message) const
 {
     if (pl_isset(&message.uri.user) && !knowsUserOf(message)) {
-        element_->answer(message, 404, "Not Found");
+        element_->answerAndForget(message, 404, "Not Found");
         return;
     }
     Headers headers = element_->capabilities();
     headers.add("Accept", "application/sdp, application/dtmf-relay, message/sipfrag");
-    element_->answer(message, 200, "OK", headers);
+    element_->answerAndForget(message, 200, "OK", headers);
 }
 
 // True when the request is answered or taken here; INVITE and SUBSCRIBE go on to the stack, and so does what belongs
 // into a dialog.
 bool Receiver::takeOutOfDialog(sip_msg const& message)
 {
-    if (isMethod(message, "INVITE") || isMethod(message, "SUBSCRIBE") || isMethod(message, "BYE") ||
-        isMethod(message, "UPDATE")) {
+    if (isOneOf(kOfDialogs, message)) {
         return false;
     }
     if (isMethod(message, "NOTIFY")) {
@@ -166,7 +224,7 @@ bool Receiver::takeOutOfDialog(sip_msg const& message)
 void Receiver::takeUnsolicitedNotify(sip_msg const& message)
 {
     if (!sip_msg_hdr(&message, SIP_HDR_EVENT)) {
-        element_->answer(message, 489, "Bad Event");
+        element_->answerAndForget(message, 489, "Bad Event");
         return;
     }
     element_->answer(message, 200, "OK");
@@ -185,22 +243,22 @@ bool Receiver::onRequestLast(sip_msg const& message)
     if (isMethod(message, "ACK")) {
         return true;
     }
-    if (isMethod(message, "CANCEL") || isOwnMethod(message)) {
+    if (isMethod(message, "CANCEL") || isOneOf(kMethods, message)) {
         (void)sip_reply(element_->stack(), &message, 481, "Call/Transaction Does Not Exist");
         return true;
     }
-    element_->answer(message, 405, "Method Not Allowed", {{"Allow", kAllow}});
+    element_->answerAndForget(message, 405, "Method Not Allowed", {{"Allow", kAllow}});
     return true;
 }
 
 void Receiver::onInvite(sip_msg const& message)
 {
     if (!observer_) {
-        element_->answer(message, 503, "Service Unavailable");
+        element_->answerAndForget(message, 503, "Service Unavailable");
         return;
     }
     if (!knowsUserOf(message)) {
-        element_->answer(message, 404, "Not Found");
+        element_->answerAndForget(message, 404, "Not Found");
         return;
     }
     std::unique_ptr<SessionImpl> session;
@@ -208,7 +266,7 @@ void Receiver::onInvite(sip_msg const& message)
         session = std::make_unique<SessionImpl>(element_, message);
     } catch (std::exception const& error) {
         element_->log(LogLevel::kError, std::string("An incoming call is refused: ") + error.what());
-        element_->answer(message, 500, "Server Internal Error");
+        element_->answerAndForget(message, 500, "Server Internal Error");
         return;
     }
     if (session->begin()) {
@@ -221,11 +279,11 @@ bool Receiver::onFirstSubscribe(sip_msg const& message)
     sip_hdr const* header = sip_msg_hdr(&message, SIP_HDR_EVENT);
     sipevent_event event{};
     if (!header || sipevent_event_decode(&event, &header->val) != 0) {
-        element_->answer(message, 489, "Bad Event");
+        element_->answerAndForget(message, 489, "Bad Event");
     } else if (!knowsUserOf(message)) {
-        element_->answer(message, 404, "Not Found");
+        element_->answerAndForget(message, 404, "Not Found");
     } else if (contactOf(message).empty()) {
-        element_->answer(message, 400, "Missing Contact");
+        element_->answerAndForget(message, 400, "Missing Contact");
     } else {
         observer_->onSubscribe(std::make_unique<NotifierImpl>(element_, message, event));
     }

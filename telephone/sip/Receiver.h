@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "telephone/sip/Element.h"
+#include "telephone/sip/RequestGate.h"
 
 namespace telephone::sip {
 
@@ -24,6 +25,7 @@ private:
     void onInvite(sip_msg const& message);
     bool onFirstSubscribe(sip_msg const& message);
     void prepareRefresh(sip_msg const& subscribe);
+    bool refuseMalformed(sip_msg const& message) const;
     bool refuseUnsupported(sip_msg const& message) const;
     void answerOptions(sip_msg const& message) const;
     bool takeOutOfDialog(sip_msg const& message);
@@ -33,6 +35,7 @@ private:
 
     std::shared_ptr<Element> element_;
     UserAgentObserver* observer_;  // null: closed
+    RequestGate gate_;
     Ref<sip_lsnr> firstListener_;
     Ref<sip_lsnr> lastListener_;
     Ref<sip_lsnr> strayListener_;

@@ -63,6 +63,7 @@ RegistrationImpl::RegistrationImpl(std::shared_ptr<Element> element, Account acc
     , asked_(account_.expires)
 {
     element_->registrations().insert(this);
+    element_->lineServers().add(*this, account_.user);
     // Later, because the caller does not hold the registration yet.
     due_.start(std::chrono::milliseconds(0), [this] { send(); });
 }
@@ -72,6 +73,7 @@ RegistrationImpl::~RegistrationImpl()
     std::lock_guard guard(element_->loop());
     connection_.reset();
     element_->registrations().erase(this);
+    element_->lineServers().remove(*this);
     element_->distrusted().erase(host_);
     element_->setServiceRoute(account_, {});
     if (request_) {
@@ -87,11 +89,12 @@ Outcome<> RegistrationImpl::prepare()
     if (request_) {
         return {};
     }
-    auto const route =
+    auto route =
         element_->routeTo(account_, account_.registrar.empty() ? "sip:" + account_.domain : account_.registrar);
     if (!route) {
         return tl::unexpected(route.error());
     }
+    route->contactParameters = element_->lineServers().contactParameter(*this);
     auto const made = ClientRequest::make(element_, account_, *route, account_.addressOfRecord());
     if (!made) {
         return tl::unexpected(made.error());
@@ -137,29 +140,18 @@ void RegistrationImpl::awaitAnswer(std::chrono::milliseconds limit)
     });
 }
 
-// The stack does not tell of a connection that ends after the request has been sent, as one does whose far end finds
-// that the telephone shows no certificate.
+// Later, because the stack is in the middle of it. A request to a name may have gone to the next server by then.
 void RegistrationImpl::onConnectionEnded(std::string const& host)
 {
-    // Later, because the stack is in the middle of it, and may yet tell the request.
-    if (waits_ && host == host_) {
-        due_.start(std::chrono::milliseconds(0), [this] { failWithoutAnswer(); });
+    if (!waits_ || host != host_) {
+        return;
     }
-}
-
-void RegistrationImpl::failWithoutAnswer()
-{
-    TlsTransport const& tls = *element_->tls();
-    std::string const known = tls.failureOf(host_);
-    std::string const reason = known.empty() ? host_ + " ended the connection before it answered" : known;
-    request_->abandon();
-    silence_.cancel();
-    waits_ = false;
-    if (tls.showsCertificate()) {
-        fail(known.empty() ? 503 : kTlsFailed, reason);
-    } else {
-        fail(kTlsFailed, reason + "; it may ask for a certificate, and sip.certificate is empty");
-    }
+    due_.start(std::chrono::milliseconds(0), [this, sent = request_->lastSent()] {
+        if (waits_ && request_->lastSent() == sent) {
+            request_->abandon();
+            onAnswer(ECONNRESET, nullptr);
+        }
+    });
 }
 
 void RegistrationImpl::onAnswer(int error, sip_msg const* message)
@@ -205,6 +197,7 @@ void RegistrationImpl::onAccepted(sip_msg const& message)
         return;
     }
     registered_ = true;
+    element_->lineServers().answered(*this, message.src);
     element_->setServiceRoute(account_, serviceRouteOf(message));
     watchConnection(message);
     auto const refresh = refreshAfter(granted);

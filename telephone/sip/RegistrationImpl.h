@@ -25,7 +25,6 @@ private:
     void send();
     void awaitAnswer(std::chrono::milliseconds limit);
     void onAnswer(int error, sip_msg const* message);
-    void failWithoutAnswer();
     void onAccepted(sip_msg const& message);
     void watchConnection(sip_msg const& message);
     void onConnectionLost();

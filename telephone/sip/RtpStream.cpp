@@ -11,18 +11,31 @@ namespace telephone::sip {
 
 namespace {
 
+using namespace std::chrono_literals;
+
 constexpr std::string_view kEventKeys = "0123456789*#ABCD";
 constexpr unsigned kEventVolume = 10;    // -10 dBm0
 constexpr unsigned kEndRepeats = 3;      // RFC 4733 section 2.5.1.4
 constexpr unsigned kPauseBeats = 3;      // between two digits
 constexpr std::size_t kEchoFrames = 10;  // longest delay of the echo
 constexpr unsigned kFrameSamplesWide = kFrameSamples;
+constexpr std::size_t kMostSamples = 1600;  // in a packet: 200 ms
+constexpr int kMostAttempts = 64;           // to find a free pair of ports
+constexpr unsigned kReportBeats = 5s / kFrameTime;
 
 // The streams of this process by their local address, in virtual time. Used under the lock.
 std::map<SocketAddress, RtpStream*>& streams()
 {
     static auto& all = *new std::map<SocketAddress, RtpStream*>;  // never destroyed, as the network
     return all;
+}
+
+// A name for RTCP that says nothing about its owner (RFC 7022 section 4.2).
+std::string randomName()
+{
+    std::array<char, 17> name{};
+    rand_str(name.data(), name.size());
+    return name.data();
 }
 
 RtpStream* streamAt(sa const& address)
@@ -39,18 +52,41 @@ RtpStream::RtpStream(MediaClock& clock, sa const& localAddress)
     , ssrc_(rand_u32())
     , sequence_(rand_u16() & 0x7fffU)  // not near its end (RFC 3711 section 3.3.1)
     , timestamp_(rand_u32())
+    , reports_(ssrc_, randomName())
 {
-    sa_set_port(&local_, 0);
-    int error = udp_listen(socket_.out(), &local_, handlerOf<&RtpStream::receive>, this);
-    if (!error) {
-        error = udp_local_get(socket_.get(), &local_);
-    }
-    if (error) {
+    if (int const error = openPorts()) {
         throw std::runtime_error("no RTP port: " + errorText(error));
     }
     if (isVirtual()) {
         streams()[SocketAddress(local_)] = this;
     }
+}
+
+// An even port for RTP and the next one for RTCP (RFC 3550 section 11).
+int RtpStream::openPorts()
+{
+    int error = EADDRINUSE;
+    for (int attempt = 0; error == EADDRINUSE && attempt < kMostAttempts; ++attempt) {
+        sa_set_port(&local_, 0);
+        error = udp_listen(socket_.out(), &local_, handlerOf<&RtpStream::receive>, this);
+        if (!error) {
+            error = udp_local_get(socket_.get(), &local_);
+        }
+        if (!error) {
+            error = openNextPort();
+        }
+    }
+    return error;
+}
+
+int RtpStream::openNextPort()
+{
+    if (sa_port(&local_) % 2 != 0) {
+        return EADDRINUSE;
+    }
+    sa reports = local_;
+    sa_set_port(&reports, static_cast<std::uint16_t>(sa_port(&local_) + 1));
+    return udp_listen(reportSocket_.out(), &reports, handlerOf<&RtpStream::receiveReport>, this);
 }
 
 RtpStream::~RtpStream()
@@ -68,6 +104,7 @@ void RtpStream::apply(SdpNegotiation::Agreement const& agreement)
     agreement_ = agreement;
     useKeys();
     far_.describe(agreement.remote);
+    farReports_.describe(agreement.remoteReports);
     running_ = true;
     clock_.add(*this);
 }
@@ -139,7 +176,12 @@ void RtpStream::onBeat()
     if (isVirtual() && !needsBeats()) {
         return makeUpFor(1);
     }
+    play();
     timestamp_ += kFrameSamplesWide;
+    if (++beatsSinceReport_ >= kReportBeats) {
+        beatsSinceReport_ = 0;
+        sendReport();
+    }
     if (!sendsNow()) {
         return;
     }
@@ -160,13 +202,13 @@ bool RtpStream::needsBeats() const
 void RtpStream::makeUpFor(std::uint64_t beats)
 {
     timestamp_ += static_cast<std::uint32_t>(beats) * kFrameSamplesWide;
+    playout_.clear();
     if (!sendsNow()) {
         return;
     }
     skipFrames(beats);
     countUnheard(beats);
-    skipSequence(beats);
-    talkspurt_ = false;
+    talkspurt_ = true;
 }
 
 void RtpStream::skipFrames(std::uint64_t count)
@@ -210,14 +252,6 @@ bool RtpStream::isHeard() const
     return far == nullptr ? isInMemory(far_.destination()) : far->isListening();
 }
 
-// The far end of an encrypted stream counts the turns of the sequence, and must not miss one.
-void RtpStream::skipSequence(std::uint64_t packets)
-{
-    if (!isEncrypted()) {
-        sequence_ += static_cast<std::uint16_t>(packets);
-    }
-}
-
 void RtpStream::countUnheard(std::uint64_t packets)
 {
     unheard_ += packets;
@@ -235,8 +269,7 @@ void RtpStream::sendAudio()
     }
     if (isVirtual() && !isHeard()) {
         countUnheard(1);
-        skipSequence(1);
-        talkspurt_ = false;
+        talkspurt_ = true;
         return;
     }
     bool const aLaw = agreement_.codec == "PCMA";
@@ -292,7 +325,37 @@ void RtpStream::send(int payloadType, bool marker, std::uint32_t timestamp, std:
     if (encryptor_ && !encryptor_->protect(*packet.get(), PacketKind::kAudio)) {
         return;
     }
-    (void)udp_send(socket_.get(), &far_.destination(), packet.get());
+    if (udp_send(socket_.get(), &far_.destination(), packet.get()) == 0) {
+        reports_.onSent(size);
+    }
+}
+
+void RtpStream::sendReport()
+{
+    Ref<mbuf> report;
+    bool const possible = sa_isset(&farReports_.destination(), SA_ALL) && reports_.write(report, timestamp_);
+    if (possible && (!encryptor_ || encryptor_->protect(*report.get(), PacketKind::kReport))) {
+        (void)udp_send(reportSocket_.get(), &farReports_.destination(), report.get());
+    }
+}
+
+void RtpStream::receiveReport(sa const& from, mbuf* packet)
+{
+    if (!running_ || !decrypt(*packet, PacketKind::kReport)) {
+        return;
+    }
+    if (!farReports_.accept(from, farReportCount_++)) {
+        ++statistics_.foreign;
+        return;
+    }
+    reports_.read(*packet);
+}
+
+AudioStatistics RtpStream::statistics() const
+{
+    AudioStatistics statistics = statistics_;
+    reports_.fillIn(statistics);
+    return statistics;
 }
 
 // False for a packet that must be dropped.
@@ -324,6 +387,7 @@ void RtpStream::receive(sa const& from, mbuf* packet)
         return;
     }
     ++statistics_.received;
+    reports_.onReceived(header, agreement_.received[header.pt] != Payload::kEvents);
     lastHeard_ = tmr_jiffies();
     std::uint8_t const* payload = mbuf_buf(packet);
     std::size_t const size = mbuf_get_left(packet);
@@ -332,31 +396,44 @@ void RtpStream::receive(sa const& from, mbuf* packet)
         return receiveEvent(header, payload, size);
     case Payload::kULaw:
     case Payload::kALaw:
-        return receiveAudio(payload, size, kind == Payload::kALaw);
+        return receiveAudio(header, payload, size, kind == Payload::kALaw);
     case Payload::kUnknown:
         return;
     }
 }
 
-void RtpStream::receiveAudio(std::uint8_t const* payload, std::size_t size, bool aLaw)
+bool RtpStream::wantsAudio() const
 {
+    return receives(agreement_.direction) && (echo_ || (sink_ != nullptr && sink_->isListening()));
+}
+
+void RtpStream::receiveAudio(rtp_header const& header, std::uint8_t const* payload, std::size_t size, bool aLaw)
+{
+    std::array<std::int16_t, kMostSamples> samples;
     // Packets still under way after we stopped receiving are dropped.
-    if (!receives(agreement_.direction)) {
+    if (!wantsAudio() || size > samples.size()) {
         return;
     }
-    for (std::size_t i = 0; i < size; ++i) {
-        pending_.push_back(aLaw ? g711_alaw2pcm(payload[i]) : g711_ulaw2pcm(payload[i]));
+    std::transform(payload, payload + size, samples.begin(), [aLaw](std::uint8_t sample) {
+        return static_cast<std::int16_t>(aLaw ? g711_alaw2pcm(sample) : g711_ulaw2pcm(sample));
+    });
+    playout_.put({header.ssrc, header.seq, header.ts}, {samples.data(), size});
+}
+
+void RtpStream::play()
+{
+    AudioFrame frame{};
+    if (!wantsAudio()) {
+        return playout_.clear();
     }
-    while (pending_.size() >= kFrameSamples) {
-        AudioFrame frame{};
-        std::copy_n(pending_.begin(), kFrameSamples, frame.begin());
-        pending_.erase(pending_.begin(), pending_.begin() + kFrameSamples);
-        if (echo_ && echoed_.size() < kEchoFrames) {
-            echoed_.push_back(frame);
-        }
-        if (sink_) {
-            sink_->writeFrame(frame);
-        }
+    if (!playout_.take(frame)) {
+        return;
+    }
+    if (echo_ && echoed_.size() < kEchoFrames) {
+        echoed_.push_back(frame);
+    }
+    if (sink_) {
+        sink_->writeFrame(frame);
     }
 }
 

@@ -1,9 +1,10 @@
-// The RTP stream of one session (RFC 3550, 3551, 4733): a socket on a free port, G.711 and telephone-events in both
-// directions. Owned by its session; used under the lock.
+// The RTP stream of one session (RFC 3550, 3551, 4733): sockets on a free pair of ports, G.711 and telephone-events in
+// both directions, and a report each 5 seconds. Owned by its session; used under the lock.
 //
 // In virtual time both ends are in this process, and a packet of audio to which nobody listens is counted instead of
-// being encoded and sent: it could change nothing. Its frame of the source is skipped, and its sequence number is used.
-// While that is all that there is to do, the stream needs no beats, so that hours of it cost nothing.
+// being encoded and sent: it could change nothing. Its frame of the source is skipped, and it uses no sequence number.
+// While that is all that there is to do, the stream needs no beats and reports nothing, so that hours of it cost
+// nothing.
 #pragma once
 
 #include <deque>
@@ -14,6 +15,8 @@
 #include "telephone/sip/Audio.h"
 #include "telephone/sip/FarAddress.h"
 #include "telephone/sip/MediaClock.h"
+#include "telephone/sip/PlayoutBuffer.h"
+#include "telephone/sip/RtcpReports.h"
 #include "telephone/sip/SdpNegotiation.h"
 #include "telephone/sip/SrtpContext.h"
 #include "telephone/sip/Stack.h"
@@ -47,7 +50,7 @@ public:
     Direction direction() const override { return agreement_.direction; }
     std::string codec() const override { return agreement_.codec; }
     bool isEncrypted() const override { return encryptor_ != nullptr; }
-    AudioStatistics statistics() const override { return statistics_; }
+    AudioStatistics statistics() const override;
 
 private:
     struct Digit
@@ -64,7 +67,6 @@ private:
     void skipFrames(std::uint64_t count);
     void sendAudio();
     [[nodiscard]] bool isHeard() const;
-    void skipSequence(std::uint64_t packets);
     void countUnheard(std::uint64_t packets);
     // Whether what it receives reaches somebody. The echo of what nobody hears does not, nor that of an echo.
     [[nodiscard]] bool isListening() const;
@@ -73,12 +75,21 @@ private:
     void send(int payloadType, bool marker, std::uint32_t timestamp, std::uint8_t const* payload, std::size_t size);
     void useKeys();
     bool decrypt(mbuf& packet, PacketKind kind);
+    int openPorts();
+    int openNextPort();
+    void sendReport();
     void receive(sa const& from, mbuf* packet);
-    void receiveAudio(std::uint8_t const* payload, std::size_t size, bool aLaw);
+    void receiveReport(sa const& from, mbuf* packet);
+    void receiveAudio(rtp_header const& header, std::uint8_t const* payload, std::size_t size, bool aLaw);
+    // Passes on the next frame of what was received.
+    void play();
+    // Whether anybody here wants what is received.
+    bool wantsAudio() const;
     void receiveEvent(rtp_header const& header, std::uint8_t const* payload, std::size_t size);
 
     MediaClock& clock_;
     Ref<udp_sock> socket_;
+    Ref<udp_sock> reportSocket_;
     sa local_{};
     SdpNegotiation::Agreement agreement_;
     std::unique_ptr<SrtpContext> encryptor_;  // null: not encrypted
@@ -95,6 +106,10 @@ private:
     std::uint16_t sequence_;
     std::uint32_t timestamp_;
     std::uint64_t unheard_ = 0;
+    RtcpReports reports_;
+    FarAddress farReports_;
+    std::uint16_t farReportCount_ = 0;
+    unsigned beatsSinceReport_ = 0;
     std::uint64_t lastHeard_ = 0;
 
     std::deque<Digit> digits_;
@@ -104,7 +119,7 @@ private:
     std::uint32_t eventSeenTimestamp_ = 0;
     std::function<void(char)> digitHeard_;
 
-    std::vector<std::int16_t> pending_;  // received samples, less than a frame
+    PlayoutBuffer playout_;
     std::deque<AudioFrame> echoed_;
 };
 

@@ -197,6 +197,7 @@ SdpNegotiation::Agreement SdpNegotiation::agreement() const
     addReceived(false, result);
     result.keys = crypto_.agreed();
     result.remote = *sdp_media_raddr(media_);
+    sdp_media_raddr_rtcp(media_, &result.remoteReports);
     int const both = static_cast<int>(localDirection()) & static_cast<int>(remoteDirection());
     result.direction = static_cast<Direction>(both);
     return result;

@@ -31,6 +31,7 @@ public:
         int payloadType = -1;
         int eventPayloadType = -1;  // -1: not supported by the far end
         sa remote{};
+        sa remoteReports{};  // for RTCP
         Direction direction = Direction::kInactive;
         std::array<Payload, 128> received{};  // by payload type
         std::optional<CryptoKeys> keys;       // nothing: not encrypted

@@ -94,13 +94,15 @@ void Servers::onSearched(Destination const& destination, Outcome<ServerSearch::R
     entry.search.reset();
     bool const isSilent = !result && result.error().kind == RefusalKind::kUnavailable;
     if (result) {
+        if (!std::ranges::is_permutation(entry.places, result->places)) {
+            log(LogLevel::kInfo, destination.host + " has the servers " + textOf(result->places));
+        }
         entry.places = std::move(result->places);
         entry.outcome = {};
         entry.until = SteadyClock::now() + std::max(result->ttl, kShortestTtl);
         std::erase_if(entry.failed, [&entry](auto const& failed) {
             return std::ranges::find(entry.places, failed.first, &RankedPlace::place) == entry.places.end();
         });
-        log(LogLevel::kInfo, destination.host + " has the servers " + textOf(entry.places));
     } else {
         log(LogLevel::kWarning, result.error().reason);
         entry.outcome = tl::unexpected(result.error());

@@ -43,6 +43,7 @@ struct Invitation
     std::optional<NameAddr> assertedIdentity;  // P-Asserted-Identity (RFC 3325)
     std::vector<Diversion> diversions;         // the most recent first
     std::optional<Replaces> replaces;
+    std::optional<Replaces> joins;  // Join (RFC 3911), written like Replaces
     std::string alertInfo;
     std::string resourcePriority;  // RFC 4412
     std::string referredBy;
@@ -94,6 +95,8 @@ public:
     virtual void onModified(Session&, bool /*accepted*/, int /*status*/, std::string const& /*reason*/) {}
     // The P-Asserted-Identity of a re-INVITE or a response names a new far end.
     virtual void onRemoteIdentity(Session&, NameAddr const&) {}
+    // A re-INVITE or UPDATE of the far end names another precedence: the value of Resource-Priority (RFC 4412).
+    virtual void onPrecedence(Session&, std::string const& /*resourcePriority*/) {}
     // INFO in the dialog, already answered with 200. INFO with DTMF arrives as onDigit.
     virtual void onInfo(Session&, Content const&) {}
     // A digit of the far end (0-9 * # A-D), by RFC 4733 or by INFO.
@@ -146,6 +149,10 @@ public:
     // 302 with that Contact. A diversionReason that is not empty makes a Diversion header that names the called party.
     [[nodiscard]] virtual Outcome<> redirect(std::string const& contact, std::string const& diversionReason = {}) = 0;
 
+    // From now on the responses before the answer are reliable (RFC 3262), if the caller supports that. Those with a
+    // session description are in any case.
+    virtual void makeReliable() = 0;
+
     // --- any call
     // Sends CANCEL, 486 or BYE, as the state requires. The call ends here at once; whether the far end answers the BYE
     // is not reported. reason: value of a Reason header, or empty.
@@ -161,6 +168,9 @@ public:
     // onModified reports the result. Changes requested meanwhile are queued. 491 is retried as RFC 3261 section 14.1
     // requires.
     [[nodiscard]] virtual Outcome<> modify(Direction direction, std::optional<bool> encrypted = std::nullopt) = 0;
+    // Refreshes the call as its session timer does (RFC 4028): with UPDATE if the far end takes that, else by
+    // re-INVITE.
+    [[nodiscard]] virtual Outcome<> refresh() = 0;
     virtual Direction localDirection() const = 0;  // the one that we offer or requested last
     virtual bool isHeldByRemote() const = 0;
 

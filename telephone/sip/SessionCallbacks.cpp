@@ -70,6 +70,20 @@ void SessionImpl::learnIdentity(sip_msg const& message)
     });
 }
 
+void SessionImpl::learnPrecedence(sip_msg const& request)
+{
+    std::string const named = headerValue(request, "Resource-Priority");
+    if (named.empty() || named == resourcePriority_) {
+        return;
+    }
+    resourcePriority_ = named;
+    postFromStack([this] {
+        if (observer_) {
+            observer_->onPrecedence(*this, resourcePriority_);
+        }
+    });
+}
+
 void SessionImpl::applyMedia()
 {
     auto const agreement = sdp_.agreement();
@@ -82,7 +96,9 @@ void SessionImpl::applyMedia()
 void SessionImpl::onProgress(sip_msg const& message)
 {
     learnDialog(message);
-    if (message.scode == 100) {
+    bool const isNew = message.scode != 100 && earlyDialogs_.take(element_, message, sipsess_dialog(session_.get()),
+                                                                  contactUser_, credentials_);
+    if (!isNew) {
         return;
     }
     bool const described = mbuf_get_left(message.mb) > 0 && msg_ctype_cmp(&message.ctyp, "application", "sdp");
@@ -115,6 +131,7 @@ int SessionImpl::onOffer(mbuf** description, sip_msg const& message)
     offerUnanswered_ = message.req && !described;
     if (message.req) {
         answerHeaders_ = withCapabilities(sessionTimer_.accept(headersOf(message)));
+        learnPrecedence(message);
     }
     learnDialog(message);
     learnIdentity(message);
@@ -174,6 +191,7 @@ void SessionImpl::onEstablished(sip_msg const& message)
     state_ = SessionState::kEstablished;
     if (outgoing_) {
         element_->forkedAnswers().await(dialogId_.callId);
+        earlyDialogs_.settle(sipsess_dialog(session_.get()), dialogId_.remoteTag);
         sessionTimer_.accepted(headersOf(message));
     }
     dialogHeaders_.emplace(
@@ -215,7 +233,8 @@ void SessionImpl::onRefer(::sip* /*stack*/, sip_msg const& message)
 
 Closing SessionImpl::closingOf(int error, sip_msg const* message) const
 {
-    bool const wasEstablished = state_ == SessionState::kEstablished || state_ == SessionState::kAnswering;
+    bool const wasEstablished =
+        state_ == SessionState::kEstablished || (state_ == SessionState::kAnswering && !dueAnswer_);
     bool const isSending = outgoing_ && state_ == SessionState::kCalling && !message;
     Response const failure = element_->failureOf(error, route_);
     Closing closing;
@@ -321,6 +340,7 @@ bool SessionImpl::takeRedirection(Response const& response)
 bool SessionImpl::restart()
 {
     element_->tap().remove(*this);
+    earlyDialogs_.clear();
     dialogId_ = {};
     state_ = SessionState::kCalling;
     auto const started = start();

@@ -16,14 +16,11 @@ constexpr std::chrono::seconds kModificationGuard{40};
 // Longer than the far end waits for an answer to its BYE or CANCEL (RFC 3261: 64 * T1).
 constexpr std::chrono::seconds kSilenceEnd{40};
 
+}  // namespace
+
 Outcome<> notWaitingForAnswer()
 {
     return refuse(RefusalKind::kWrongState, "the call is not waiting for an answer");
-}
-
-Outcome<> notEstablished()
-{
-    return refuse(RefusalKind::kWrongState, "the call is not established");
 }
 
 Outcome<> noDescription()
@@ -31,7 +28,10 @@ Outcome<> noDescription()
     return refuse(RefusalKind::kUnavailable, "the session description cannot be written");
 }
 
-}  // namespace
+Outcome<> notEstablished()
+{
+    return refuse(RefusalKind::kWrongState, "the call is not established");
+}
 
 bool Closing::answeredElsewhere() const
 {
@@ -52,13 +52,16 @@ SessionImpl::SessionImpl(std::shared_ptr<Element> element, CallRequest const& re
     , local_(route_.local)
     , rtp_(element_->clock(), local_)
     , sdp_(local_, rtp_.localPort(), element_->config().codecs, element_->config().telephoneEvents)
+    , earlyResponses_(element_->loop(), {[this](EarlyResponse const& response) { return sendEarly(response); },
+                                         [this] { onPrackMissing(); }})
     , modificationGuard_(element_->loop())
-    , sessionTimer_(element_->loop(), element_->config().sessionExpires,
-                    {[this] { refresh(); }, [this] { abandon("the far end does not refresh the call"); }})
+    , sessionTimer_(
+          element_->loop(), element_->config().sessionExpires,
+          {[this] { element_->logRefusal(refresh()); }, [this] { abandon("the far end does not refresh the call"); }})
     , audioWatch_(element_->loop())
     , silenceEnd_(element_->loop())
 {
-    makeCredentials(credentials_, request.account);
+    makeCredentials(credentials_, request.account, element_->config().log);
     sdp_.setLocalDirection(request.direction);
     rtp_.onDigit([this](char key) { announceDigit(key); });
 }
@@ -76,12 +79,16 @@ SessionImpl::SessionImpl(std::shared_ptr<Element> element, sip_msg const& invite
     , local_(element_->addressOf(sa_af(&invite.dst)))
     , rtp_(element_->clock(), local_)
     , sdp_(local_, rtp_.localPort(), element_->config().codecs, element_->config().telephoneEvents)
+    , earlyResponses_(element_->loop(), {[this](EarlyResponse const& response) { return sendEarly(response); },
+                                         [this] { onPrackMissing(); }})
     , modificationGuard_(element_->loop())
-    , sessionTimer_(element_->loop(), element_->config().sessionExpires,
-                    {[this] { refresh(); }, [this] { abandon("the far end does not refresh the call"); }})
+    , sessionTimer_(
+          element_->loop(), element_->config().sessionExpires,
+          {[this] { element_->logRefusal(refresh()); }, [this] { abandon("the far end does not refresh the call"); }})
     , audioWatch_(element_->loop())
     , silenceEnd_(element_->loop())
 {
+    resourcePriority_ = invitation_.resourcePriority;
     remoteTakesUpdate_ = invitation_.headers.lists("Allow", "UPDATE");
     invite_.emplace(element_, invite, handlerOf<&SessionImpl::onCancelledBeforeAnswer>, this);
     rtp_.onDigit([this](char key) { announceDigit(key); });
@@ -128,6 +135,9 @@ Outcome<> SessionImpl::start()
     if (!request_.referredBy.empty()) {
         headers.add("Referred-By", request_.referredBy);
     }
+    if (element_->config().reliableResponses == ReliableUse::kRequired) {
+        headers.add("Require", kReliableExtension);
+    }
     headers.add(sessionTimer_.ofRequest());
     std::string const extra = withCapabilities(headers) + request_.headers.format();
     auto proxies = route_.proxyTexts();
@@ -155,6 +165,9 @@ bool SessionImpl::begin()
     }
     if (sessionTimer_.isTooBrief(invitation_.headers)) {
         return refuseIncoming(422, "Session Interval Too Small", SessionTimer::ofRefusal());
+    }
+    if (element_->config().reliableResponses == ReliableUse::kRequired && !sendsReliably(true)) {
+        return refuseIncoming(421, "Extension Required", {{"Require", kReliableExtension}});
     }
     if (auto const usable = useEncryption(invite.tp == SIP_TRANSP_TLS); !usable) {
         return refuseIncoming(488, "Not Acceptable Here", warning(usable.error().reason));
@@ -235,62 +248,6 @@ Outcome<> SessionImpl::respond(std::uint16_t status, char const* reason, mbuf* d
                 std::to_string(status) + " " + reason);
 }
 
-Outcome<> SessionImpl::ring(Headers const& headers)
-{
-    std::lock_guard guard(element_->loop());
-    if (!isIncomingPending()) {
-        return notWaitingForAnswer();
-    }
-    auto const ringing = respond(180, "Ringing", nullptr, headers);
-    if (ringing) {
-        state_ = SessionState::kEarly;
-    }
-    return ringing;
-}
-
-Outcome<> SessionImpl::progress(Headers const& headers)
-{
-    std::lock_guard guard(element_->loop());
-    if (!isIncomingPending()) {
-        return notWaitingForAnswer();
-    }
-    if (offersInAnswer_) {
-        return refuse(RefusalKind::kNotSupported, "a call without an offer cannot have early media");
-    }
-    Ref<mbuf> description;
-    if (!sdp_.encode(description, false)) {
-        return noDescription();
-    }
-    auto const progressing = respond(183, "Session Progress", description.get(), headers);
-    if (progressing) {
-        state_ = SessionState::kEarly;
-        applyMedia();
-    }
-    return progressing;
-}
-
-Outcome<> SessionImpl::answer(Headers const& headers)
-{
-    std::lock_guard guard(element_->loop());
-    if (!isIncomingPending()) {
-        return notWaitingForAnswer();
-    }
-    Ref<mbuf> description;
-    if (!sdp_.encode(description, offersInAnswer_)) {
-        return noDescription();
-    }
-    Headers all = headers;
-    all.add(sessionTimer_.accept(invitation_.headers));
-    auto const answered = respond(200, "OK", description.get(), all);
-    if (answered) {
-        state_ = SessionState::kAnswering;
-        if (!offersInAnswer_) {
-            applyMedia();
-        }
-    }
-    return answered;
-}
-
 void SessionImpl::reject(int status, std::string const& reason, Headers const& headers)
 {
     std::lock_guard guard(element_->loop());
@@ -369,11 +326,14 @@ void SessionImpl::end()
     rtp_.stop();
     modificationGuard_.cancel();
     silenceEnd_.cancel();
+    earlyDialogs_.clear();
+    earlyResponses_.stop();
     sessionTimer_.stop();
     audioWatch_.cancel();
     dialogHeaders_.reset();
     if (update_) {
         update_->abandon();
+        update_.reset();
     }
     offerBefore_.reset();
     queuedModifications_.clear();

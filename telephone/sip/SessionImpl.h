@@ -1,5 +1,5 @@
 // Session on one sipsess of the stack. SessionImpl.cpp implements its operations, SessionCallbacks.cpp the handlers of
-// the stack, SessionUpdate.cpp UPDATE and the refreshes.
+// the stack, SessionEarly.cpp the responses before the answer and PRACK, SessionUpdate.cpp UPDATE and the refreshes.
 //
 // The observer may destroy the session in any callback, so each callback is the last action of its function. Within the
 // stack's offer and answer handlers, which would not survive that, callbacks are posted.
@@ -10,9 +10,11 @@
 
 #include "telephone/sip/ClientRequest.h"
 #include "telephone/sip/DialogHeaders.h"
+#include "telephone/sip/EarlyDialogs.h"
 #include "telephone/sip/Element.h"
 #include "telephone/sip/EventLoop.h"
 #include "telephone/sip/Referral.h"
+#include "telephone/sip/ReliableResponses.h"
 #include "telephone/sip/RtpStream.h"
 #include "telephone/sip/SdpNegotiation.h"
 #include "telephone/sip/ServerTransaction.h"
@@ -23,6 +25,11 @@ namespace telephone::sip {
 
 // Why a call ends whose far end has not answered a refresh.
 constexpr char const* kNoAnswerToRefresh = "the far end does not answer the refresh of the call";
+
+// Refusals of its operations.
+Outcome<> notWaitingForAnswer();
+Outcome<> notEstablished();
+Outcome<> noDescription();
 
 class SessionImpl final : public Session, private MessageTapListener
 {
@@ -52,9 +59,11 @@ public:
     Outcome<> answer(Headers const& headers) override;
     void reject(int status, std::string const& reason, Headers const& headers) override;
     Outcome<> redirect(std::string const& contact, std::string const& diversionReason) override;
+    void makeReliable() override;
     void hangUp(std::string const& reason) override;
     Outcome<> fallSilent() override;
     Outcome<> modify(Direction direction, std::optional<bool> encrypted) override;
+    Outcome<> refresh() override;
     Direction localDirection() const override;
     bool isHeldByRemote() const override;
     Outcome<> sendInfo(Content const& content, ResponseHandler done) override;
@@ -100,6 +109,14 @@ private:
     Outcome<> accept(std::uint16_t status, char const* reason, mbuf* description, Headers const& headers);
     Outcome<> respond(std::uint16_t status, char const* reason, mbuf* description, Headers const& headers);
     bool followRedirection();
+    Outcome<> respondEarly(EarlyResponse const& response);
+    Outcome<> sendEarly(EarlyResponse const& response);
+    bool sendsReliably(bool described) const;
+    Outcome<> sendAnswer(Headers const& headers);
+    void onPrack(sip_msg const& prack);
+    bool takeDescription(sip_msg const& prack, bool answersOurs, Content& answer);
+    void onPrackMissing();
+    void failIncoming(int status, std::string const& reason, CloseCause cause);
     bool restart();
     Outcome<> sendModification(Modification const& modification);
     Outcome<> offer();
@@ -111,15 +128,16 @@ private:
     void abandon(std::string const& why);
     void sendNextDigitByInfo();
 
-    void onUpdate(sip_msg const& update);
+    sip_dialog* dialogOf(sip_msg const& request) const;
+    void onUpdate(sip_msg const& update, sip_dialog* dialog);
     bool refuseCrossingOffer(sip_msg const& update);
     bool takeOffer(sip_msg const& request, Content& answer);
     Headers dialogHeaders() const;
     std::string withCapabilities(Headers const& more) const;
     bool refuseBriefSession(sip_msg const& request);
     bool callForLonger(sip_msg const* refusal);
-    void refresh();
-    void refreshByUpdate();
+    Outcome<> refreshByUpdate();
+    Outcome<> refreshByInvite();
     void onRefreshed(int error, sip_msg const* answer);
     void watchAudio();
     void checkAudio();
@@ -127,6 +145,7 @@ private:
 
     void learnDialog(sip_msg const& message);
     void learnIdentity(sip_msg const& message);
+    void learnPrecedence(sip_msg const& request);
     Outcome<> useEncryption(bool overTls);
     Headers warning(std::string const& objection) const;
     void applyMedia();
@@ -155,6 +174,7 @@ private:
     DialogId dialogId_;
     NameAddr remoteParty_;
     std::string remoteContact_;
+    std::string resourcePriority_;  // of the far end's latest request that named one
     std::string contactUser_;
     std::string ownUri_;
     CallRequest request_;
@@ -173,6 +193,11 @@ private:
     Ref<sipsess> session_;
     std::optional<ServerTransaction> invite_;     // of an incoming call
     std::optional<DialogHeaders> dialogHeaders_;  // from the establishment to the end
+    EarlyDialogs earlyDialogs_;                   // of an outgoing call
+    ReliableResponses earlyResponses_;            // of an incoming call
+    bool reliable_ = false;                       // all of them
+    bool described_ = false;                      // the caller has acknowledged our description
+    std::optional<Headers> dueAnswer_;            // waits for that
     std::optional<Referral> referral_;            // the transfer that we requested last
 
     std::optional<SdpNegotiation::Offer> offerBefore_;  // set while a re-INVITE of ours is under way

@@ -1,6 +1,7 @@
 // Requests in the dialog of a session that the stack does not know (UPDATE, RFC 3311), and how a session finds out that
 // its far end is gone: the refreshes of its session timer (RFC 4028), and the audio that does not come.
 #include <algorithm>
+#include <mutex>
 
 #include "telephone/base/Touched.h"
 #include "telephone/sip/SessionImpl.h"
@@ -24,14 +25,26 @@ milliseconds pauseAfterCrossing(bool ownsCallId)
 
 bool SessionImpl::takeRequest(sip_msg const& request)
 {
-    if (!session_ || !sip_dialog_cmp(sipsess_dialog(session_.get()), &request)) {
+    sip_dialog* const dialog = dialogOf(request);
+    if (dialog == nullptr) {
         return false;
     }
     if (pl_strcmp(&request.met, "UPDATE") == 0) {
-        onUpdate(request);
+        onUpdate(request, dialog);
+        return true;
+    }
+    if (pl_strcmp(&request.met, "PRACK") == 0 && invite_) {
+        onPrack(request);
         return true;
     }
     return pl_strcmp(&request.met, "INVITE") == 0 && refuseBriefSession(request);
+}
+
+// The session's dialog, or an early one of its INVITE; null: the request is in neither.
+sip_dialog* SessionImpl::dialogOf(sip_msg const& request) const
+{
+    sip_dialog* const own = session_ ? sipsess_dialog(session_.get()) : nullptr;
+    return own && sip_dialog_cmp(own, &request) ? own : earlyDialogs_.find(request);
 }
 
 std::string SessionImpl::withCapabilities(Headers const& more) const
@@ -57,9 +70,8 @@ bool SessionImpl::refuseBriefSession(sip_msg const& request)
     return true;
 }
 
-void SessionImpl::onUpdate(sip_msg const& update)
+void SessionImpl::onUpdate(sip_msg const& update, sip_dialog* dialog)
 {
-    sip_dialog* const dialog = sipsess_dialog(session_.get());
     if (!sip_dialog_rseq_valid(dialog, &update)) {
         element_->answer(update, 500, "Server Internal Error");
         return;
@@ -74,10 +86,13 @@ void SessionImpl::onUpdate(sip_msg const& update)
     }
     (void)sip_dialog_update(dialog, &update);
     Headers headers = dialogHeaders();
-    headers.add(sessionTimer_.accept(headersOf(update)));
+    if (state_ == SessionState::kEstablished) {
+        headers.add(sessionTimer_.accept(headersOf(update)));
+    }
     element_->answer(update, 200, "OK", headers, answer);
     learnDialog(update);
     learnIdentity(update);
+    learnPrecedence(update);
     if (offers) {
         applyMedia();
         announceRemoteChange();
@@ -93,9 +108,9 @@ bool SessionImpl::refuseCrossingOffer(sip_msg const& update)
         element_->answer(update, 491, "Request Pending");
         return true;
     }
-    if (isIncomingPending()) {
-        std::string const pause = std::to_string(rand_u32() % (kLongestRetryAfter + 1));
-        element_->answer(update, 500, "Server Internal Error", {{"Retry-After", pause}});
+    if (isIncomingPending() && !described_) {
+        std::string const later = std::to_string(rand_u32() % (kLongestRetryAfter + 1));
+        element_->answer(update, 500, "Server Internal Error", {{"Retry-After", later}});
         return true;
     }
     return false;
@@ -115,30 +130,38 @@ bool SessionImpl::takeOffer(sip_msg const& request, Content& answer)
 
 // --- refreshes of ours
 
-void SessionImpl::refresh()
+Outcome<> SessionImpl::refresh()
 {
+    std::lock_guard guard(element_->loop());
     if (state_ != SessionState::kEstablished) {
-        return;
+        return notEstablished();
     }
-    if (remoteTakesUpdate_) {
-        refreshByUpdate();
-    } else if (!offerBefore_) {  // a change that is under way is a refresh, too
-        renewing_ = true;
-        auto const sending = sendModification({sdp_.localDirection(), std::nullopt});
-        renewing_ = sending.has_value();
-        element_->logRefusal(sending);
-    }
+    return remoteTakesUpdate_ ? refreshByUpdate() : refreshByInvite();
 }
 
-void SessionImpl::refreshByUpdate()
+Outcome<> SessionImpl::refreshByInvite()
 {
-    auto const request = ClientRequest::within(element_, sipsess_dialog(session_.get()), contactUser_, credentials_);
-    auto const sending = request.and_then([this](std::shared_ptr<ClientRequest> const& made) {
-        update_ = made;
-        return update_->send("UPDATE", withCapabilities(sessionTimer_.ofRequest()) + "Content-Length: 0\r\n\r\n", {},
-                             [this](int error, sip_msg const* answer) { onRefreshed(error, answer); });
-    });
-    element_->logRefusal(sending);
+    // A change that is under way is a refresh, too.
+    if (offerBefore_) {
+        return {};
+    }
+    renewing_ = true;
+    auto sending = sendModification({sdp_.localDirection(), std::nullopt});
+    renewing_ = sending.has_value();
+    return sending;
+}
+
+Outcome<> SessionImpl::refreshByUpdate()
+{
+    return ClientRequest::within(element_, sipsess_dialog(session_.get()), contactUser_, credentials_)
+        .and_then([this](std::shared_ptr<ClientRequest> const& made) {
+            if (update_) {
+                update_->abandon();
+            }
+            update_ = made;
+            return update_->send("UPDATE", withCapabilities(sessionTimer_.ofRequest()) + "Content-Length: 0\r\n\r\n",
+                                 {}, [this](int error, sip_msg const* answer) { onRefreshed(error, answer); });
+        });
 }
 
 void SessionImpl::onRefreshed(int error, sip_msg const* answer)
@@ -164,7 +187,7 @@ void SessionImpl::refreshRefused(int status, Headers const& headers)
     }
     bool const knowsNoUpdate = (status == 405 || status == 501) && std::exchange(remoteTakesUpdate_, false);
     if (knowsNoUpdate || (status == 422 && sessionTimer_.lengthen(headers))) {
-        refresh();
+        element_->logRefusal(refresh());
         return;
     }
     milliseconds const later =

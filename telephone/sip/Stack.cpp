@@ -1,8 +1,10 @@
 #include "telephone/sip/Stack.h"
 
 #include <array>
+#include <new>
 
 #include "telephone/sip/Account.h"
+#include "telephone/sip/WireText.h"
 
 namespace telephone::sip {
 
@@ -60,8 +62,9 @@ std::string fullName(pl const& name)
 
 struct Credentials
 {
-    char* user;
-    char* password;
+    std::string user;
+    std::string password;
+    Logger log;
 };
 
 std::string remainingText(mbuf const* buffer)
@@ -124,14 +127,14 @@ Headers headersOf(sip_msg const& message)
     Headers headers;
     for (le const* element = message.hdrl.head; element; element = element->next) {
         auto const* header = static_cast<sip_hdr const*>(element->data);
-        headers.add(fullName(header->name), text(header->val));
+        headers.add(fullName(header->name), unfolded(view(header->val)));
     }
     return headers;
 }
 
 Response responseOf(sip_msg const& message)
 {
-    return {message.scode, text(message.reason), headersOf(message), remainingText(message.mb)};
+    return {message.scode, plainText(view(message.reason)), headersOf(message), remainingText(message.mb)};
 }
 
 Content contentOf(sip_msg const& message)
@@ -183,30 +186,34 @@ std::string replyTail(Headers const& headers, Content const& content)
 
 static void destroyCredentials(void* object)
 {
-    auto* credentials = static_cast<Credentials*>(object);
-    mem_deref(credentials->user);
-    mem_deref(credentials->password);
+    static_cast<Credentials*>(object)->~Credentials();
 }
 
-void makeCredentials(Ref<Credentials>& credentials, Account const& account)
+void makeCredentials(Ref<Credentials>& credentials, Account const& account, Logger const& log)
 {
-    auto* made = static_cast<Credentials*>(mem_zalloc(sizeof(Credentials), destroyCredentials));
-    if (!made) {
-        return;
+    void* const memory = mem_zalloc(sizeof(Credentials), destroyCredentials);
+    if (memory) {
+        *credentials.out() =
+            new (memory) Credentials{account.authUser.empty() ? account.user : account.authUser, account.password, log};
     }
-    *credentials.out() = made;
-    (void)str_dup(&made->user, (account.authUser.empty() ? account.user : account.authUser).c_str());
-    (void)str_dup(&made->password, account.password.c_str());
 }
 
 int answerChallenge(char** user, char** password, char const*, void* object)
 {
     auto const* credentials = static_cast<Credentials const*>(object);
-    if (!credentials || !str_isset(credentials->password)) {
+    if (!credentials || credentials->password.empty()) {
         return EAUTH;
     }
-    int const error = str_dup(user, credentials->user);
-    return error ? error : str_dup(password, credentials->password);
+    int const error = str_dup(user, credentials->user.c_str());
+    return error ? error : str_dup(password, credentials->password.c_str());
+}
+
+void reportUnanswered(void const* object, std::string const& reason)
+{
+    auto const* credentials = static_cast<Credentials const*>(object);
+    if (credentials && credentials->log) {
+        credentials->log(LogLevel::kWarning, reason);
+    }
 }
 
 }  // namespace telephone::sip

@@ -12,6 +12,7 @@ extern "C" {
 #include <utility>
 
 #include "telephone/base/Refusal.h"
+#include "telephone/sip/Log.h"
 #include "telephone/sip/Message.h"
 
 namespace telephone::sip {
@@ -119,8 +120,10 @@ std::string replyTail(Headers const& headers, Content const& content);
 // User and password for challenges, as an object of the stack: the stack may need them after their user is destroyed.
 struct Account;
 struct Credentials;
-void makeCredentials(Ref<Credentials>& credentials, Account const& account);
+void makeCredentials(Ref<Credentials>& credentials, Account const& account, Logger const& log);
 // The stack's handler for challenges; without credentials it fails.
 int answerChallenge(char** user, char** password, char const* realm, void* credentials);
+// Logs why a challenge is not answered; does nothing without credentials.
+void reportUnanswered(void const* credentials, std::string const& reason);
 
 }  // namespace telephone::sip

@@ -3,8 +3,11 @@
 #include <stdexcept>
 #include <string>
 
+#include "telephone/sip/ClientDigest.h"
 #include "telephone/sip/ConnectionOptions.h"
 #include "telephone/sip/DialogHeaders.h"
+#include "telephone/sip/ForeignRequests.h"
+#include "telephone/sip/LocalAddresses.h"
 #include "telephone/sip/MemorySockets.h"
 #include "telephone/sip/ServerRequest.h"
 #include "telephone/sip/StackTimers.h"
@@ -65,6 +68,30 @@ void our_rand_bytes(std::uint8_t* bytes, std::size_t size)
     }
 }
 
+// --- authentication of our own requests: never the stack's, and an object of the one is none of the other
+
+int our_sip_auth_alloc(sip_auth** made, sip_auth_h* handler, void* argument, bool owned)
+{
+    return made && handler ? makeAuthentication(made, handler, argument, owned) : EINVAL;
+}
+
+int our_sip_auth_authenticate(sip_auth* authentication, sip_msg const* response)
+{
+    return authentication && response ? takeChallenges(*authentication, *response) : EINVAL;
+}
+
+int our_sip_auth_encode(mbuf* buffer, sip_auth* authentication, char const* method, char const* uri)
+{
+    return buffer && authentication && method && uri ? writeCredentials(*buffer, *authentication, method, uri) : EINVAL;
+}
+
+void our_sip_auth_reset(sip_auth* authentication)
+{
+    if (authentication) {
+        forgetChallenges(*authentication);
+    }
+}
+
 // --- timers
 
 std::uint64_t our_tmr_jiffies()
@@ -84,7 +111,7 @@ void our_tmr_start(tmr* timer, std::uint64_t delay, tmr_h* handler, void* argume
 int our_udp_listen(udp_sock** made, sa const* local, udp_recv_h* received, void* argument)
 {
     return isVirtual() ? openDatagramSocket(made, *local, received, argument)
-                       : stack_udp_listen(made, local, received, argument);
+                       : listenWhereverPossible(made, *local, received, argument);
 }
 
 int our_udp_local_get(udp_sock const* socket, sa* local)
@@ -176,6 +203,22 @@ int our_sipsess_reply_2xx(sipsess* session, sip_msg const* request, std::uint16_
     }
     return answerWith(session, request, status, reason, description, "%s",
                       DialogHeaders::ofAnswer(sipsess_dialog(session)).c_str());
+}
+
+// --- messages: requests that the stack's parser would drop get an answer
+
+int our_sip_msg_decode(sip_msg** message, mbuf* buffer)
+{
+    int const error = stack_sip_msg_decode(message, buffer);
+    auto const strangeness = error == EBADMSG ? makeReadable(*buffer) : std::nullopt;
+    if (!strangeness) {
+        return error;
+    }
+    int const again = stack_sip_msg_decode(message, buffer);
+    if (again == 0) {
+        mark(**message, *strangeness);
+    }
+    return again;
 }
 
 // --- requests: those to a name go to its servers in turn

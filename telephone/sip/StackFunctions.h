@@ -11,6 +11,7 @@
 
 extern "C" {
 // Exported by the stack without a declaration.
+int sip_auth_encode(mbuf* buffer, sip_auth* authentication, char const* method, char const* uri);
 int sip_dialog_encode(mbuf* buffer, sip_dialog* dialog, std::uint32_t cseq, char const* method);
 int sipsess_reply_2xx(sipsess* session, sip_msg const* request, std::uint16_t status, char const* reason,
                       mbuf* description, char const* format, va_list* arguments);

@@ -61,7 +61,7 @@ Outcome<> SubscriptionImpl::start(Account const& account)
         return tl::unexpected(route.error());
     }
     route_ = *route;
-    makeCredentials(credentials_, account);
+    makeCredentials(credentials_, account, element_->config().log);
     Headers const headers = request_.accept.empty() ? Headers{} : Headers{{"Accept", request_.accept}};
     auto proxies = route->proxyTexts();
     int const error =

@@ -88,8 +88,8 @@ struct TlsTransport::Connection
         if (isIncomplete && transport->failureOf(host).empty()) {
             transport->fail(host, host + " does not complete the handshake of TLS");
         }
-        if (outgoing && transport->handlers_.ended) {
-            transport->handlers_.ended(host);
+        if (outgoing && established && transport->handlers_.ended) {
+            transport->handlers_.ended(host, peer);
         }
     }
 };

@@ -29,7 +29,8 @@ public:
     struct Handlers
     {
         std::function<void(std::string const& host, std::string const& reason)> failed;
-        std::function<void(std::string const& host)> ended;  // a connection that was made here, whatever its state
+        // A connection that was made here, and whose handshake was complete.
+        std::function<void(std::string const& host, SocketAddress const& peer)> ended;
     };
 
     // For a stack, which it adds no transport to. Refused if a file cannot be used; the reason names it.

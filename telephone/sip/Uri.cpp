@@ -5,6 +5,8 @@
 #include <cctype>
 #include <charconv>
 
+#include "telephone/sip/WireText.h"
+
 namespace telephone::sip {
 
 namespace {
@@ -326,7 +328,7 @@ std::optional<NameAddr> NameAddr::parse(std::string_view text)
         if (end == std::string_view::npos) {
             return std::nullopt;
         }
-        address.displayName = unquote(text.substr(1, end - 1));
+        address.displayName = plainText(unquote(text.substr(1, end - 1)));
         text = trim(text.substr(end + 1));
     }
     std::string_view inner;
@@ -336,7 +338,7 @@ std::optional<NameAddr> NameAddr::parse(std::string_view text)
             return std::nullopt;
         }
         if (address.displayName.empty()) {
-            address.displayName = trim(text.substr(0, open));
+            address.displayName = plainText(trim(text.substr(0, open)));
         }
         inner = text.substr(open + 1, close - open - 1);
         text = text.substr(close + 1);

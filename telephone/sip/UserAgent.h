@@ -22,7 +22,9 @@
 #include "telephone/sip/Audio.h"
 #include "telephone/sip/Log.h"
 #include "telephone/sip/Message.h"
+#include "telephone/sip/Permissions.h"
 #include "telephone/sip/Registration.h"
+#include "telephone/sip/RequestLimits.h"
 #include "telephone/sip/Session.h"
 #include "telephone/sip/Subscription.h"
 #include "telephone/sip/TlsConfig.h"
@@ -34,6 +36,14 @@ class Dns;
 class Element;
 class EventLoop;
 class Receiver;
+
+// Whether responses before the answer are reliable (RFC 3262).
+enum class ReliableUse : int
+{
+    kNone,       // never
+    kSupported,  // those with a session description, and others where a call demands it
+    kRequired,   // all; calls of those who do not support it are refused (421)
+};
 
 struct UserAgentConfig
 {
@@ -48,12 +58,14 @@ struct UserAgentConfig
     bool telephoneEvents = true;                      // offer RFC 4733
     std::string instance;                             // URN of the device in registrations (RFC 5626); may be empty
     std::chrono::seconds sessionExpires{1800};        // interval of session timers (RFC 4028), 90 or more; 0: none
-    std::chrono::seconds audioTimeout{0};             // without audio, an established call ends; 0: never
-    std::vector<std::string> dnsServers;              // "address" or "address:port"; empty: the system's
-    std::shared_ptr<Dns> dns;                         // null: asks those servers, and in virtual time nobody
-    Encryption encryption = Encryption::kNone;        // of the audio
-    bool keysWithoutTls = false;                      // its keys may travel in messages that others can read
-    std::chrono::milliseconds closingTime{500};       // longest wait of the destructor
+    ReliableUse reliableResponses = ReliableUse::kSupported;
+    std::chrono::seconds audioTimeout{0};        // without audio, an established call ends; 0: never
+    std::vector<std::string> dnsServers;         // "address" or "address:port"; empty: the system's
+    std::shared_ptr<Dns> dns;                    // null: asks those servers, and in virtual time nobody
+    Encryption encryption = Encryption::kNone;   // of the audio
+    bool keysWithoutTls = false;                 // its keys may travel in messages that others can read
+    std::chrono::milliseconds closingTime{500};  // longest wait of the destructor
+    Limits limits;                               // of requests that are taken in; none
     Logger log;
     std::function<bool()> traceMessages;  // asked for each message: whether to log it, at kDebug; null: never
 };
@@ -67,6 +79,8 @@ public:
     // Whether this user agent serves the user of a Request-URI; if not, INVITE, SUBSCRIBE and OPTIONS are answered with
     // 404.
     virtual bool knowsUser(std::string const& /*user*/) { return true; }
+    // What the user's line and its settings say about permissions. Nothing: everybody may send everything to it.
+    virtual std::optional<GuardedUser> guardedUser(std::string const& /*user*/) { return std::nullopt; }
     // An incoming call; 100 Trying is sent. Set the session's observer and ring, answer, reject or redirect it, now or
     // later. Dropping the session refuses the call (480).
     virtual void onIncomingCall(std::unique_ptr<Session>) {}

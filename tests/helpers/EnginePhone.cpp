@@ -51,7 +51,7 @@ EnginePhone::EnginePhone(Options options)
         line.account.expires = options_.expires;
         line.account.transport = options_.transport;
         line.account.domain = options_.registrar.empty() ? engine_->userAgent().hostPort() : options_.registrar;
-        line.account.answerTimeout = std::chrono::milliseconds(1000);
+        line.account.answerTimeout = options_.answerTimeout;
         line.account.retryFirst = std::chrono::milliseconds(100);
         line.registers = !options_.registrar.empty();
         lines_.add(line);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <map>
 #include <memory>
 #include <optional>
@@ -31,6 +32,7 @@ public:
         std::string registrar;  // host:port; empty: peer to peer
         std::string password = "secret";
         std::uint32_t expires = 300;  // seconds
+        std::chrono::milliseconds answerTimeout{1000};
         sip::Transport transport = sip::Transport::kUdp;
         EngineConfiguration engine;
 

@@ -98,10 +98,11 @@ std::vector<std::string> EventRecorder::rest()
 
 void EventRecorder::callStateChange(std::string const& lineURI, int callID, sfiCallState state, sfiReason reason,
                                     sfiSendOptions sendOptions, std::string const& uri, std::string const&,
-                                    sfiReplacesDisplay* replaces, sfiResourcePriority, sfiPreemptionCause,
+                                    sfiReplacesDisplay* replaces, sfiResourcePriority, sfiPreemptionCause cause,
                                     std::string const&, bool, sfiAdditionalCallInfo)
 {
     lastReplaces_ = *replaces;
+    lastPreemption_ = cause;
     lastSendOptions_ = sendOptions;
     line_ = join({"state", lineURI, number(callID), nameOfValue(enumerations::kCallState, state),
                   nameOfValue(enumerations::kReason, reason), sip::userOf(uri)});
@@ -214,10 +215,10 @@ void EventRecorder::callRecordingStatus(std::string const& lineURI, int callID, 
     line_ = join({"recording", lineURI, number(callID), recorded});
 }
 
-void EventRecorder::preemptionStatusChanged(std::string const& lineURI, int callID, sfiResourcePriority,
-                                            sfiPreemptionCause, std::string const&)
+void EventRecorder::preemptionStatusChanged(std::string const& lineURI, int callID, sfiResourcePriority priority,
+                                            sfiPreemptionCause cause, std::string const& reason)
 {
-    line_ = join({"preemption", lineURI, number(callID)});
+    line_ = join({"preemption", lineURI, number(callID), number(priority), number(cause), reason});
 }
 
 void EventRecorder::impactLevelChanged(std::string const& lineURI, int callID, sfiAdditionalCallInfo)

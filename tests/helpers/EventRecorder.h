@@ -43,6 +43,8 @@ public:
     // The XML of the last conferenceStatusEvent, the body of the last CSTA event.
     std::string const& lastDocument() const { return lastDocument_; }
     Alert const& lastAlert() const { return lastAlert_; }
+    // Of the last change of a call's state.
+    sfiPreemptionCause lastPreemption() const { return lastPreemption_; }
     sfiSendOptions lastSendOptions() const { return lastSendOptions_; }
     sfiReplacesDisplay lastReplaces() const { return lastReplaces_; }
 
@@ -108,6 +110,7 @@ private:
     std::string lastDocument_;
     Alert lastAlert_;
     sfiSendOptions lastSendOptions_ = sfiSendOptionsNone;
+    sfiPreemptionCause lastPreemption_ = sfiPreemptionCauseNone;
     sfiReplacesDisplay lastReplaces_{};
     EventTextCheck textCheck_;
 };

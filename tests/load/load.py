@@ -115,7 +115,7 @@ def settle(application, telephone):
 
 def holds_rate(report, rate, seconds):
     """Whether none fails of that many incoming calls a second, each answered and ended, for the given time."""
-    with Telephone(peer_lines(1) + "[calls]\nmaximum = 1000\n", level=0) as telephone:
+    with Telephone(peer_lines(1) + "[calls]\nmaximum = 1000\n[limits]\nrequests = 0\ntransactions = 0\n", level=0) as telephone:
         answering = Answering(telephone)
         with Sipp("uac", free_port(), "-s", str(LINE), "-r", str(rate), "-m", str(rate * seconds), "-l", "100000",
                   "-timeout", str(seconds + 5), f"127.0.0.1:{telephone.sip_port}") as sipp:

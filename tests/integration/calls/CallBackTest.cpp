@@ -42,6 +42,20 @@ TEST_F(CallBack, OnBusy_IsReadyWhenThePartyIsFree)
     phone_->expect({"state 4711 2 dialling normal 111", "completion 4711 111 1 3 1"});
 }
 
+TEST_F(CallBack, EndsWithTheTelephone)
+{
+    callBusy(1, "111");
+    ASSERT_TRUE(phone_->engine().callBacks().set(1, sfiCallCompletionOnBusy));
+    phone_->expect({"completion 4711 111 1 0 1"});
+
+    phone_->engine().deactivate();
+    phone_->engine().activate();
+
+    EXPECT_TRUE(eventually([this] { return exchange_.watcherCount("111", "dialog") == 0; }));
+    EXPECT_EQ(phone_->engine().callBacks().cancel(-1, "111", sfiCancelCallBackAll, true).error().reason,
+              "no such call-back to \"111\" is set");
+}
+
 TEST_F(CallBack, OnBusyOfARegisteredPhone_IsReadyWhenItsCallEnds)
 {
     EnginePhone bob(phoneAt(exchange_, {"4722"}));

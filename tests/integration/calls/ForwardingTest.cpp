@@ -58,7 +58,7 @@ TEST_F(Forwarding, UnconditionalExternal_MovesCallersOfAnotherDomain)
     EnginePhone outside(options);
     setRule(sfiForwardUnconditionalExternal, "4733");
 
-    ASSERT_TRUE(outside.engine().outgoing().make(1, 0, 1, bob_.uri()));
+    ASSERT_TRUE(outside.engine().outgoing().make(1, 0, 1, "sip:4722@" + exchange_.hostPort()));
 
     bob_.expect({"forwarded 4722 1001 9000 4733 1"});
     carol_.expect({"incoming 4733 1001 9000 - 2 4722 1", "state 4733 1001 ringing normal 9000"});
@@ -170,13 +170,17 @@ TEST_F(Forwarding, DoNotDisturbAsUnavailable_AnswersThat)
 
 TEST_F(Forwarding, OutOfService_RefusesCallsBothWays)
 {
-    bob_.engine().setServiceState(sfiServiceOutOfService);
+    EnginePhone::Options options = phoneAt(exchange_, {"4744"});
+    options.engine.permissions.set(sip::RequestKind::kCall, sip::Sender::kAnybody);
+    EnginePhone dave(options);
+    dave.expect({"registration 4744 0 yes 0"});
+    dave.engine().setServiceState(sfiServiceOutOfService);
 
-    EXPECT_FALSE(bob_.engine().outgoing().make(1, 0, 1, "100"));
-    ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1, bob_.uri()));
+    EXPECT_FALSE(dave.engine().outgoing().make(1, 0, 1, "100"));
+    ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1, dave.uri()));
 
-    EXPECT_TRUE(alice_.events().waitFor("state 4711 1 failed unavailable 4722"));
-    bob_.expect({"registration 4722 0 no 4"});
+    EXPECT_TRUE(alice_.events().waitFor("state 4711 1 failed unavailable 4744"));
+    dave.expect({"registration 4744 0 no 4"});
 }
 
 }  // namespace telephone::test

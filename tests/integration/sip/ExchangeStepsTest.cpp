@@ -1,6 +1,7 @@
 // Each kind of step of the exchange's numbers, as a telephone meets it.
 #include <array>
 
+#include "ScriptedEnd.h"
 #include "SipFixture.h"
 #include "telephone/media/WavWriter.h"
 #include "telephone/time/SteadyClock.h"
@@ -240,9 +241,53 @@ TEST_F(ExchangeSteps, StepsAtOnceThatDoNotFit_AreRefused)
     ASSERT_TRUE(phone.waitFor("progress 180")) << phone.events();
 
     EXPECT_EQ(refusalOf("hold"), "\"hold\" is not possible before the answer; possible there: ring, early-media, "
-                                 "answer, redirect, busy, refuse, wait, silent, garbage");
+                                 "reliable, answer, redirect, busy, refuse, wait, silent, garbage");
     EXPECT_EQ(refusalOf("answer"), "played");
     EXPECT_TRUE(phone.waitFor("established")) << phone.events();
+}
+
+TEST_F(ExchangeSteps, Reliable_RepeatsTheRingingUntilItIsAcknowledged)
+{
+    ScriptedEnd far(loop);
+    ASSERT_TRUE(exchange.define("110", "reliable, ring"));
+    std::string invite = far.invite(*phone.agent, "Supported: 100rel\r\n", far.description());
+    for (auto place = invite.find("4711@" + phone.agent->hostPort()); place != std::string::npos;
+         place = invite.find("4711@" + phone.agent->hostPort())) {
+        invite.replace(place, 5 + phone.agent->hostPort().size(), "110@" + exchange.hostPort());
+    }
+
+    far.sendTo(exchange.hostPort(), invite);
+
+    std::string const ringing = far.receive("SIP/2.0 180");
+    EXPECT_EQ("100rel", headerOf(ringing, "Require"));
+    EXPECT_EQ(headerOf(ringing, "RSeq"), headerOf(far.receive("SIP/2.0 180", 600ms), "RSeq"));
+}
+
+TEST_F(ExchangeSteps, Reliable_GoesWithAnyTelephone)
+{
+    callOf("reliable, ring 1s, early-media 1s, answer");
+
+    EXPECT_TRUE(phone.waitFor("progress 180")) << phone.events();
+    EXPECT_TRUE(phone.waitFor("progress 183 early")) << phone.events();
+    EXPECT_TRUE(phone.waitFor("established")) << phone.events();
+}
+
+TEST_F(ExchangeSteps, Refresh_LeavesTheCallAsItIs)
+{
+    sip::Session& call = callOf("answer 1s, refresh, wait 1s, hang-up");
+    ASSERT_TRUE(phone.waitFor("established")) << phone.events();
+
+    EXPECT_TRUE(phone.waitFor("closed remote")) << phone.events();
+    EXPECT_FALSE(phone.waitFor("held", 0ms));
+    EXPECT_EQ(call.state(), sip::SessionState::kClosed);
+}
+
+TEST_F(ExchangeSteps, Preempt_EndsTheCallAndSaysWhy)
+{
+    callOf("answer 1s, preempt");
+
+    EXPECT_TRUE(phone.waitFor("closed remote")) << phone.events();
+    EXPECT_EQ(phone.lastClosing.reasonHeader, "preemption;cause=1;text=\"UA Preemption\"");
 }
 
 TEST_F(ExchangeSteps, Silent_AnswersNothing)

@@ -180,7 +180,12 @@ TEST_F(Failover, UnknownName_EndsTheCallAtOnceWithItsReason)
 
     EXPECT_LT(taken, 100);
     EXPECT_EQ(phone.lastClosing.text, "DNS knows no server \"nowhere.test\"");
-    EXPECT_THROW(phone.call("sip:101@nowhere.test"), std::runtime_error);
+    sip::CallRequest request;
+    request.account = phone.account;
+    request.target = "sip:101@nowhere.test";
+    auto const again = phone.agent->call(request, phone);
+    ASSERT_FALSE(again);
+    EXPECT_EQ(again.error(), (Refusal{RefusalKind::kNotFound, "DNS knows no server \"nowhere.test\""}));
 }
 
 TEST_F(Failover, SilentDns_EndsTheRegistrationWithinFiveSecondsWithItsReason)

@@ -41,7 +41,7 @@ TEST_F(Ipv6, Line_RegistersAndCallsThroughTheExchange)
     SipPeer phone(loop, "4711", config());
     phone.registerAt(exchange.hostPort());
     ASSERT_TRUE(phone.waitFor("registered 3600")) << phone.events();
-    EXPECT_EQ(exchange.contactsOf("4711"), (std::vector<std::string>{"sip:4711@" + phone.agent->hostPort()}));
+    EXPECT_EQ(contactOf(exchange, "4711"), "sip:4711@" + phone.agent->hostPort() + ";line=***");
 
     phone.call("sip:100@" + exchange.hostPort());
     ASSERT_TRUE(phone.waitFor("established")) << phone.events();
@@ -50,6 +50,20 @@ TEST_F(Ipv6, Line_RegistersAndCallsThroughTheExchange)
     EXPECT_TRUE(wasSent("c=IN IP6 ::1\r\n"));
     EXPECT_FALSE(wasSent("IP4"));
     EXPECT_EQ(phone.session().localContact(), "sip:4711@" + phone.agent->hostPort());
+}
+
+TEST_F(Ipv6, AddressOfTheOtherFamily_IsRefusedWithTheReason)
+{
+    SipPeer phone(loop, "4711", config());
+    sip::CallRequest request;
+    request.account = phone.account;
+    request.target = "sip:100@127.0.0.1";
+
+    auto const refused = phone.agent->call(request, phone);
+
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(refused.error(), (Refusal{RefusalKind::kUnavailable,
+                                        "127.0.0.1:5060 cannot be reached: the telephone has no IPv4 address"}));
 }
 
 TEST_F(Ipv6, TwoTelephones_TalkOverTcp)

@@ -129,16 +129,16 @@ TEST_F(Robustness, Options_AreAnsweredWithWhatIsSupported)
 
     EXPECT_EQ("SIP/2.0 200 OK", firstLine(answer));
     EXPECT_NE(std::string::npos,
-              answer.find("Allow: INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, UPDATE, REFER, NOTIFY, SUBSCRIBE"));
+              answer.find("Allow: INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, PRACK, UPDATE, REFER, NOTIFY, SUBSCRIBE"));
     EXPECT_EQ("SIP/2.0 404 Not Found", firstLine(peer.ask(request("OPTIONS", "555"))));
 }
 
 TEST_F(Robustness, RequiredExtensionThatIsNotThere_IsABadExtension)
 {
-    std::string const answer = peer.ask(request("INVITE", "100", "Require: 100rel, replaces\r\n"));
+    std::string const answer = peer.ask(request("INVITE", "100", "Require: precondition, replaces\r\n"));
 
     EXPECT_EQ("SIP/2.0 420 Bad Extension", firstLine(answer));
-    EXPECT_NE(std::string::npos, answer.find("Unsupported: 100rel\r\n"));
+    EXPECT_NE(std::string::npos, answer.find("Unsupported: precondition\r\n"));
 }
 
 TEST_F(Robustness, UnknownMethod_IsNotAllowed)

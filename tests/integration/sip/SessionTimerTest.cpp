@@ -47,7 +47,7 @@ TEST_F(SessionTimers, Invite_AsksForTheInterval)
     std::string const invite = far.receive("INVITE ");
     EXPECT_EQ("1800", headerOf(invite, "Session-Expires"));
     EXPECT_EQ("90", headerOf(invite, "Min-SE"));
-    EXPECT_EQ("replaces, timer", headerOf(invite, "Supported"));
+    EXPECT_EQ("replaces, join, timer, 100rel", headerOf(invite, "Supported"));
 }
 
 TEST_F(SessionTimers, IntervalOfZero_SwitchesThemOff)
@@ -61,7 +61,7 @@ TEST_F(SessionTimers, IntervalOfZero_SwitchesThemOff)
     far.sendTo(plain.agent->hostPort(), far.invite(*plain.agent, "Require: timer\r\n", far.description()));
 
     EXPECT_EQ("", headerOf(invite, "Session-Expires"));
-    EXPECT_EQ("replaces", headerOf(invite, "Supported"));
+    EXPECT_EQ("replaces, join, 100rel", headerOf(invite, "Supported"));
     EXPECT_EQ("timer", headerOf(far.receive("SIP/2.0 420"), "Unsupported"));
 }
 
@@ -110,7 +110,7 @@ TEST_F(SessionTimers, FarEndThatDoesNotTakeUpdate_IsRefreshedByInvite)
         far.send(far.accept(invite, "far", "Session-Expires: 600;refresher=uac\r\nRequire: timer\r\n"));
 
         EXPECT_EQ("600;refresher=uac", headerOf(invite, "Session-Expires"));
-        EXPECT_EQ("replaces, timer", headerOf(invite, "Supported"));
+        EXPECT_EQ("replaces, join, timer, 100rel", headerOf(invite, "Supported"));
         EXPECT_NE(std::string::npos, invite.find("a=sendrecv")) << invite;
     }
     EXPECT_FALSE(phone.waitFor("modified 200", 1s)) << "no change that was asked for";

@@ -74,6 +74,7 @@ TEST_F(SilentAudio, CallHeldByTheFarEnd_MayBeSilent)
     connect();
     EXPECT_TRUE(other.session().modify(sip::Direction::kSendOnly));
     EXPECT_TRUE(phone.waitFor("held")) << phone.events();
+    EXPECT_TRUE(other.waitFor("modified 200")) << other.events();
 
     EXPECT_TRUE(other.session().fallSilent());
     sleepFor(120s);

@@ -91,6 +91,12 @@ std::string SipPeer::events() const
     return all;
 }
 
+void SipPeer::forget()
+{
+    std::lock_guard const guard(loop);
+    events_.clear();
+}
+
 sip::Session& SipPeer::call(std::string const& target, std::function<void(sip::CallRequest&)> const& change)
 {
     sip::CallRequest request;
@@ -173,6 +179,11 @@ void SipPeer::onProgress(sip::Session&, sip::Response const& response, bool earl
     note("progress " + std::to_string(response.status) + (earlyMedia ? " early" : ""));
 }
 
+void SipPeer::onRemoteIdentity(sip::Session&, sip::NameAddr const& party)
+{
+    note("identity " + party.displayName + " <" + party.uri.format() + ">");
+}
+
 void SipPeer::onRedirected(sip::Session&, std::string const& contact, sip::Response const&)
 {
     note("redirected " + contact);
@@ -191,6 +202,11 @@ void SipPeer::onRemoteHold(sip::Session&, bool held, sip::Direction)
 void SipPeer::onModified(sip::Session&, bool accepted, int status, std::string const&)
 {
     note((accepted ? "modified " : "refused ") + std::to_string(status));
+}
+
+void SipPeer::onPrecedence(sip::Session&, std::string const& resourcePriority)
+{
+    note("precedence " + resourcePriority);
 }
 
 void SipPeer::onInfo(sip::Session&, sip::Content const& content)

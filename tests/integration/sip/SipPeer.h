@@ -33,6 +33,8 @@ public:
     bool waitUntil(std::function<bool()> const& condition, std::chrono::milliseconds within = kDeadline);
     // The recorded events, for messages of failed tests.
     std::string events() const;
+    // Removes all events from the record.
+    void forget();
 
     sip::Session& call(std::string const& target, std::function<void(sip::CallRequest&)> const& change = {});
     sip::Session& session(std::size_t index = 0) const { return *sessions_.at(index); }
@@ -68,10 +70,12 @@ private:
     void onUnsolicitedNotify(sip::NameAddr const&, sip::NameAddr const&, sip::Notification const&) override;
     void onRequest(std::unique_ptr<sip::IncomingRequest>& request) override;
     void onProgress(sip::Session&, sip::Response const& response, bool earlyMedia) override;
+    void onRemoteIdentity(sip::Session&, sip::NameAddr const& party) override;
     void onRedirected(sip::Session&, std::string const& contact, sip::Response const&) override;
     void onEstablished(sip::Session&) override;
     void onRemoteHold(sip::Session&, bool held, sip::Direction) override;
     void onModified(sip::Session&, bool accepted, int status, std::string const&) override;
+    void onPrecedence(sip::Session&, std::string const& resourcePriority) override;
     void onInfo(sip::Session&, sip::Content const& content) override;
     void onDigit(sip::Session&, char digit) override;
     void onTransferRequested(std::unique_ptr<sip::Transfer> transfer) override;

@@ -63,6 +63,35 @@ TEST_F(SippPeer, HundredCallsToItsServer_NoneFails)
     EXPECT_EQ(0, sipp_->wait(50s));
 }
 
+// The interval of 90 seconds passes in five.
+TEST_F(SippPeer, ServerThatRingsReliably_IsRefreshedByUpdate)
+{
+    SipPeer phone(loop);
+    ASSERT_TRUE(startServer(phone, {"-sf", SCENARIOS "/reliable-and-refreshed.xml", "-m", "1"}));
+    sip::accelerateTimers(20);
+    sip::Session& call = phone.call(server());
+    ASSERT_TRUE(phone.waitFor("progress 180")) << phone.events();
+    ASSERT_TRUE(phone.waitFor("established")) << phone.events();
+
+    EXPECT_FALSE(phone.waitFor("closed abandoned 408", 3500ms)) << "it takes the refresh";
+    call.hangUp();
+
+    EXPECT_EQ(0, sipp_->wait(20s));
+    sip::accelerateTimers(1);
+}
+
+TEST_F(SippPeer, ClientWithoutAnOffer_GetsOursAndAnswersIt)
+{
+    SipPeer phone(loop);
+    startSipp({"-sf", SCENARIOS "/delayed-offer.xml", "-m", "1", phone.agent->hostPort()});
+
+    EXPECT_TRUE(phone.waitFor("established")) << phone.events();
+    EXPECT_EQ(sip::Direction::kSendReceive, phone.session().audio().direction());
+
+    EXPECT_EQ(0, sipp_->wait(20s));
+    EXPECT_TRUE(phone.waitFor("closed remote")) << phone.events();
+}
+
 // Without an answer the re-INVITE ends after 64 times T1, half a minute.
 TEST_F(SippPeer, ServerThatIsKilledInTheCall_IsNoticedByTheNextReInvite)
 {

@@ -1,3 +1,4 @@
+#include "RawFarEnd.h"
 #include "SipFixture.h"
 
 namespace telephone::test {
@@ -75,6 +76,30 @@ TEST_F(Transfers, TransferAskedOfATelephone_IsOfferedToItsObserver)
     call.hangUp();
     EXPECT_TRUE(second.waitFor("closed remote")) << second.events();
     EXPECT_EQ(std::string::npos, first.events().find("transfer 200"));
+}
+
+TEST_F(Transfers, TransferOutsideACall_IsMadeByANumberThatTheExchangePlays)
+{
+    RawFarEnd far(loop);
+
+    far.ask("REFER", "100", exchange.hostPort(), "Refer-To: <" + far.uri() + ">\r\n");
+
+    EXPECT_EQ("SIP/2.0 202 Accepted", RawFarEnd::firstLine(far.take("SIP/2.0 ")));
+    EXPECT_EQ("<sip:100@" + exchange.hostPort() + ">",
+              RawFarEnd::header(far.take("INVITE"), "From").substr(0, exchange.hostPort().size() + 10));
+}
+
+TEST_F(Transfers, TransferOutsideACall_OfATelephonesNumber_IsRefused)
+{
+    SipPeer phone(loop, "4711");
+    phone.registerAt(exchange.hostPort());
+    ASSERT_TRUE(phone.waitFor("registered 3600")) << phone.events();
+    RawFarEnd far(loop);
+
+    far.ask("REFER", "4711", exchange.hostPort(), "Refer-To: <" + far.uri() + ">\r\n");
+
+    EXPECT_EQ("SIP/2.0 603 Decline", RawFarEnd::firstLine(far.take("SIP/2.0 ")));
+    EXPECT_EQ(0U, far.count("INVITE"));
 }
 
 TEST_F(Transfers, RefusedTransfer_EndsWithItsStatus)

@@ -68,6 +68,17 @@ TEST_F(Update, WithANewContact_MovesTheFarEnd)
     EXPECT_NE("", elsewhere.receive("BYE "));
 }
 
+TEST_F(Update, WithAnotherPrecedence_IsReportedOnce)
+{
+    callIsAnswered();
+
+    update(2, {}, "Resource-Priority: dsn.flash\r\n");
+    EXPECT_TRUE(phone.waitFor("precedence dsn.flash")) << phone.events();
+
+    update(3, {}, "Resource-Priority: dsn.flash\r\n");
+    EXPECT_FALSE(phone.waitFor("precedence dsn.flash", 1s));
+}
+
 TEST_F(Update, WhoseOfferCrossesOurs_IsPending)
 {
     callIsAnswered();

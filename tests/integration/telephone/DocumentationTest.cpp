@@ -207,7 +207,7 @@ TEST(Documentation, ConsoleLinesOfTheLifeOfACall_Work)
     Ended const result = run({TELEPHONE, "play", "-"}, lines + "wait CallRetrievedEvent\n");
 
     expectWell(result);
-    EXPECT_NE(result.output.find("\nINVITE sip:100@"), std::string::npos) << result.output;
+    EXPECT_NE(result.output.find("\n    INVITE sip:100@"), std::string::npos) << result.output;
 }
 
 TEST(Documentation, ScriptOfTheTestingPage_Holds)

@@ -1,5 +1,6 @@
 // The start and the end of the program.
 #include <fstream>
+#include <regex>
 
 #include <gtest/gtest.h>
 
@@ -183,6 +184,29 @@ TEST(Life, WithoutExchange_TheTelephoneStartsAndRefusesNumbers)
     Ended const result = run({TELEPHONE, "--no-exchange", "play", "-"}, "GetServiceState\nexpect answer sfiSuccess\n");
 
     EXPECT_EQ(result.status, 0) << result.output;
+}
+
+TEST(Life, FilesOfARun_BelongToTheirOwnerAloneAndHaveNoDigestResponses)
+{
+    TemporaryFolder const folder;
+    writeFile(folder.file("a.toml"), "[log]\nlevel = 6\nfile = \"" + folder.file("log") + "\"\n[store]\npath = \"" +
+                                         folder.file("store") + "\"\n[media]\nheard = \"" + folder.file("heard.wav") +
+                                         "\"\n");
+
+    Ended const result = run({TELEPHONE, "--time", "virtual", "--config", folder.file("a.toml"), "play", "-"},
+                             "OutgoingCallMakeRequest Line=4711 CallID=1 Destination=100\n"
+                             "wait CallStateChangeEvent CallID=1 CallState=connected\n");
+
+    EXPECT_EQ(result.status, 0) << result.output;
+    using std::filesystem::perms;
+    for (char const* name : {"log", "store", "heard.wav"}) {
+        auto const others = perms::group_all | perms::others_all;
+        EXPECT_EQ(std::filesystem::status(folder.file(name)).permissions() & others, perms::none) << name;
+    }
+    std::string const log = contentOf(folder.file("log"));
+    EXPECT_NE(log.find("Authorization: Digest username=\"4711\""), std::string::npos);
+    EXPECT_NE(log.find("response=\"***\""), std::string::npos);
+    EXPECT_FALSE(std::regex_search(log, std::regex("response=\"[0-9a-f]")));
 }
 
 TEST(Life, StartAndEnd_TwentyTimes_LeavesNothingBehind)

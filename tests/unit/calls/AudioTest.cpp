@@ -76,15 +76,16 @@ std::string toneFile(double frequency)
     return path;
 }
 
-// Three telephones that send 400, 800 and 1200 Hz, whole periods in a frame and in the file.
+// Four telephones that send 400, 800, 1200 and 2000 Hz, whole periods in a frame and in the file.
 class Sound : public ::testing::Test
 {
 protected:
-    std::string const files_[3]{toneFile(400), toneFile(800), toneFile(1200)};
-    Ear ears_[3];  // the telephones use them to their end
+    std::string const files_[4]{toneFile(400), toneFile(800), toneFile(1200), toneFile(2000)};
+    Ear ears_[4];  // the telephones use them to their end
     EnginePhone alice_{saying(files_[0], "4711")};
     EnginePhone bob_{saying(files_[1], "4722")};
     EnginePhone carol_{saying(files_[2], "4733")};
+    EnginePhone dave_{saying(files_[3], "4744")};
 
     static EnginePhone::Options saying(std::string const& file, std::string const& line)
     {
@@ -109,6 +110,20 @@ protected:
         ASSERT_TRUE(called.engine().answer(1001));
         ASSERT_TRUE(
             eventually([this, callID] { return alice_.engine().call(callID)->state == sfiCallStateConnected; }));
+    }
+    // alice's calls 1 to 3.
+    void conferenceOfFour()
+    {
+        connect(bob_, 1);
+        connect(carol_, 2);
+        ASSERT_TRUE(alice_.engine().joined().conference(2));
+        ASSERT_TRUE(eventually([this] { return alice_.engine().call(1)->state == sfiCallStateConference; }));
+        connect(dave_, 3);
+        ASSERT_TRUE(alice_.engine().joined().conference(3));
+        ASSERT_TRUE(eventually([this] {
+            auto const calls = alice_.engine().calls();
+            return std::ranges::all_of(calls, [](auto const& call) { return call.state == sfiCallStateConference; });
+        }));
     }
 };
 
@@ -170,6 +185,74 @@ TEST_F(Sound, Conference_EachHearsTheOtherTwo)
     EXPECT_TRUE(eventually([this] { return hears(ears_[2], 400) && hears(ears_[2], 800); }));
     EXPECT_FALSE(hears(ears_[1], 800));
     EXPECT_FALSE(hears(ears_[2], 1200));
+}
+
+TEST_F(Sound, ConferenceOfFour_EachHearsTheOtherThree)
+{
+    conferenceOfFour();
+    ASSERT_TRUE(bob_.engine().list().addTap(1001, ears_[1]));
+    ASSERT_TRUE(dave_.engine().list().addTap(1001, ears_[3]));
+
+    EXPECT_TRUE(eventually([this] { return hears(ears_[1], 400) && hears(ears_[1], 1200) && hears(ears_[1], 2000); }));
+    EXPECT_TRUE(eventually([this] { return hears(ears_[3], 400) && hears(ears_[3], 800) && hears(ears_[3], 1200); }));
+    EXPECT_FALSE(hears(ears_[1], 800));
+    EXPECT_FALSE(hears(ears_[3], 2000));
+}
+
+TEST_F(Sound, ConferenceOfFour_GoesOnWithThree)
+{
+    conferenceOfFour();
+    ASSERT_TRUE(bob_.engine().list().addTap(1001, ears_[1]));
+    ASSERT_TRUE(eventually([this] { return hears(ears_[1], 2000); }));
+
+    ASSERT_TRUE(dave_.engine().clear(1001));
+
+    EXPECT_TRUE(eventually([this] { return hears(ears_[1], 1200) && !hears(ears_[1], 2000); }));
+    EXPECT_EQ(alice_.engine().call(1)->state, sfiCallStateConference);
+    EXPECT_EQ(alice_.engine().call(2)->state, sfiCallStateConference);
+}
+
+TEST_F(Sound, ConferenceOfFourOnHold_IsHeldAndRetrievedAsAWhole)
+{
+    conferenceOfFour();
+    auto const areAll = [this](sfiCallState state) {
+        return eventually([this, state] {
+            auto const calls = alice_.engine().calls();
+            return std::ranges::all_of(calls, [state](auto const& call) { return call.state == state; });
+        });
+    };
+
+    ASSERT_TRUE(alice_.engine().established().hold(2));
+    EXPECT_TRUE(areAll(sfiCallStateHeld));
+    ASSERT_TRUE(alice_.engine().established().retrieve(3));
+
+    EXPECT_TRUE(areAll(sfiCallStateConference));
+}
+
+// Carol's telephone bridges into the call of Alice and Bob.
+TEST_F(Sound, CallThatAnotherTelephoneJoins_IsHeardByAll)
+{
+    connect(bob_, 1);
+    sip::DialogId const dialog = [this] {
+        std::lock_guard const guard(eventLoop());
+        return alice_.engine().list().find(1)->session()->dialogId();
+    }();
+    PickupTarget target;
+    target.targetURI = alice_.uri();
+    target.replaces = {dialog.callId, dialog.localTag, dialog.remoteTag, false};
+    target.joins = true;
+
+    ASSERT_TRUE(carol_.engine().takeOver({1, 1, 0, "4733"}, 7, target));
+
+    ASSERT_TRUE(eventually([this] { return alice_.engine().call(1)->state == sfiCallStateConference; }));
+    ASSERT_TRUE(bob_.engine().list().addTap(1001, ears_[1]));
+    ASSERT_TRUE(carol_.engine().list().addTap(7, ears_[2]));
+    EXPECT_TRUE(eventually([this] { return hears(ears_[1], 400) && hears(ears_[1], 1200); }));
+    EXPECT_TRUE(eventually([this] { return hears(ears_[2], 400) && hears(ears_[2], 800); }));
+    EXPECT_EQ(carol_.engine().call(7)->state, sfiCallStateConnected);
+
+    ASSERT_TRUE(carol_.engine().clear(7));
+    EXPECT_TRUE(eventually([this] { return alice_.engine().call(1)->state == sfiCallStateConnected; }));
 }
 
 TEST_F(Sound, ConferenceThatIsMuted_StillConnectsTheOthers)

@@ -14,6 +14,7 @@ TEST(DialogPublisherTest, RefreshedSubscription_ReceivesANewDocument)
     EnginePhone watcher(EnginePhone::optionsOf("4711"));
     sip::Account account;
     account.user = "4711";
+    account.password = "secret";
     account.domain = watcher.engine().userAgent().hostPort();
     Gate second("the second document");
     int documents = 0;

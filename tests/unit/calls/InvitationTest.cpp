@@ -13,6 +13,7 @@ public:
     {
         std::lock_guard const guard(eventLoop());
         session_.reset();
+        joining_.reset();
     }
 
     bool call(std::string const& target, sip::Headers const& headers)
@@ -47,6 +48,35 @@ public:
         return session.has_value();
     }
 
+    void hangUp(std::string const& reason)
+    {
+        std::lock_guard const guard(eventLoop());
+        session_->hangUp(reason);
+    }
+
+    // Another party joins the call.
+    bool joinCall(std::string const& target)
+    {
+        std::lock_guard const guard(eventLoop());
+        sip::CallRequest request = requestFrom("9001", target);
+        request.headers = {{"Join", session_->dialogId().replaces().format()}};
+        auto session = agent_.call(request, *this);
+        if (session) {
+            joining_ = std::move(*session);
+        }
+        return session.has_value();
+    }
+    void leave()
+    {
+        std::lock_guard const guard(eventLoop());
+        joining_->hangUp();
+    }
+    int refusal() const
+    {
+        std::lock_guard const guard(eventLoop());
+        return refusal_;
+    }
+
     std::string digits() const
     {
         std::lock_guard const guard(eventLoop());
@@ -55,6 +85,7 @@ public:
 
 private:
     void onDigit(sip::Session&, char digit) override { digits_ += digit; }
+    void onClosed(sip::Session&, sip::Closing const& closing) override { refusal_ = closing.status; }
 
     sip::CallRequest requestFrom(std::string const& user, std::string const& target) const
     {
@@ -75,13 +106,23 @@ private:
 
     sip::UserAgent agent_{eventLoop(), withoutTelephoneEvents(), *this};
     std::unique_ptr<sip::Session> session_;
+    std::unique_ptr<sip::Session> joining_;
     std::string digits_;
+    int refusal_ = 0;
 };
 
 class Invitation : public ::testing::Test
 {
 protected:
-    EnginePhone phone_{EnginePhone::Options{}};
+    // Who may replace a call is not the subject here.
+    static EnginePhone::Options openToAnybody()
+    {
+        EnginePhone::Options options;
+        options.engine.permissions.set(sip::RequestKind::kTakeOver, sip::Sender::kAnybody);
+        return options;
+    }
+
+    EnginePhone phone_{openToAnybody()};
     Peer peer_;
 
     void TearDown() override { phone_.engine().deactivate(); }
@@ -179,6 +220,72 @@ TEST_F(Invitation, ReplacedPartyThatHangsUpBeforeTheNewOneConfirms_DoesNotEndThe
     phone_.expect({"party 4711 1001 9001 0 0"});
     ASSERT_TRUE(phone_.engine().clear(1001));
     phone_.expect({"state 4711 1001 idle normal 9001"});
+}
+
+TEST_F(Invitation, Join_MakesAConferenceThatGoesOnAsACall)
+{
+    connect();
+
+    ASSERT_TRUE(peer_.joinCall(phone_.uri()));
+
+    phone_.expect({"incoming 4711 1002 9001 Nina Nine 2 - 0", "state 4711 1002 connected normal 9001",
+                   "state 4711 1001 conference normal 9000", "state 4711 1002 conference normal 9001",
+                   "success 4711 1001 conference", "conference 4711 1001", "conference 4711 1002"});
+    peer_.leave();
+    phone_.expect({"state 4711 1002 idle normal 9001", "conference 4711 1001", "party 4711 1001 9000 1 0",
+                   "state 4711 1001 connected normal 9000"});
+}
+
+TEST_F(Invitation, JoinOfACallOnHold_RetrievesIt)
+{
+    connect();
+    ASSERT_TRUE(phone_.engine().hold(1001));
+    ASSERT_TRUE(phone_.events().waitFor("held 4711 1001"));
+
+    ASSERT_TRUE(peer_.joinCall(phone_.uri()));
+
+    EXPECT_TRUE(phone_.events().waitFor("state 4711 1001 conference normal 9000"));
+}
+
+TEST_F(Invitation, JoinOfACallThatRings_IsNotAcceptable)
+{
+    ASSERT_TRUE(peer_.call(phone_.uri(), {}));
+    ASSERT_TRUE(phone_.events().waitFor("state 4711 1001 ringing normal 9000"));
+
+    ASSERT_TRUE(peer_.joinCall(phone_.uri()));
+
+    EXPECT_TRUE(eventually([this] { return peer_.refusal() == 488; }));
+}
+
+TEST_F(Invitation, JoinOfAnUnknownCall_IsRefused)
+{
+    ASSERT_TRUE(peer_.call(phone_.uri(), {{"Join", "no-such@call;to-tag=1;from-tag=2"}}));
+
+    EXPECT_TRUE(eventually([this] { return peer_.refusal() == 481; }));
+    EXPECT_TRUE(phone_.engine().calls().empty());
+}
+
+TEST_F(Invitation, CallThatIsPreempted_EndsWithTheCause)
+{
+    ASSERT_TRUE(peer_.call(phone_.uri(), {{"Resource-Priority", "dsn.routine"}}));
+    ASSERT_TRUE(phone_.events().waitFor("state 4711 1001 ringing normal 9000"));
+    ASSERT_TRUE(phone_.engine().answer(1001));
+    ASSERT_TRUE(phone_.events().waitFor("state 4711 1001 connected normal 9000"));
+
+    peer_.hangUp("Q.850;cause=16, preemption ;cause=2 ;text=\"Reserved Resources Preempted\"");
+
+    phone_.expect({"preemption 4711 1001 1 2 Reserved Resources Preempted", "state 4711 1001 idle normal 9000"});
+    EXPECT_EQ(phone_.events().lastPreemption(), sfiPreemptionCauseReservedResources);
+}
+
+TEST_F(Invitation, CallThatEndsForAnotherReason_IsNotPreempted)
+{
+    connect();
+
+    peer_.hangUp("SIP;cause=487;text=\"preemption\"");
+
+    phone_.expect({"state 4711 1001 idle normal 9000"});
+    EXPECT_EQ(phone_.events().lastPreemption(), sfiPreemptionCauseNone);
 }
 
 TEST_F(Invitation, ReplacesOfAnUnknownCall_IsRefused)

@@ -39,10 +39,21 @@ TEST(ConfigurationFile, EmptyFile_DescribesTheStandardTelephone)
     EXPECT_TRUE(configuration.keyset);
     EXPECT_TRUE(configuration.exchange.enabled);
     EXPECT_EQ(configuration.sip.address, "127.0.0.1");
-    ASSERT_EQ(configuration.keys.size(), 15U);
-    EXPECT_EQ(configuration.keys[1].function, "line");
-    EXPECT_EQ(configuration.keys[3].function, "blf");
-    EXPECT_EQ(configuration.keys[3].target, "102");
+}
+
+TEST(ConfigurationFile, EmptyFile_HasTheStandardKeys)
+{
+    std::string keys;
+    for (auto const& key : parse("").keys) {
+        EXPECT_FALSE(key.monitorOnly) << key.number;
+        keys += std::to_string(key.number) + " " + key.function + " " + key.target + " " + key.label + "\n";
+    }
+
+    EXPECT_EQ(keys,
+              "1 line 4711 4711\n2 line 4712 4712\n3 dss 4712 Desk 4712\n4 blf 102 Watch 102\n5 forwarding  Forward\n"
+              "6 dnd  Do not disturb\n7 hold  Hold\n8 mute  Mute\n9 headset  Headset\n10 messages  Messages\n"
+              "11 toggle 1 Feature 1\n12 release  Release\n13 preview  Preview\n14 ignore  Ignore\n"
+              "15 transfer  Transfer\n");
 }
 
 TEST(ConfigurationFile, DnsServers_HaveAddressesWithOrWithoutPorts)

@@ -2,42 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include "FakeRegister.h"
+
 namespace telephone::exchange {
 namespace {
-
-class FakeRegister final : public sip::IncomingRequest
-{
-public:
-    FakeRegister(std::string const& number, sip::Headers headers)
-        : headers_(std::move(headers))
-    {
-        address_.uri.user = number;
-        address_.uri.host = "127.0.0.1";
-    }
-
-    std::string method() const override { return "REGISTER"; }
-    std::string requestUri() const override { return "sip:127.0.0.1"; }
-    sip::NameAddr from() const override { return address_; }
-    sip::NameAddr to() const override { return address_; }
-    std::string callId() const override { return "call"; }
-    sip::Headers const& headers() const override { return headers_; }
-    sip::Content const& content() const override { return content_; }
-    void reply(int status, std::string const&, sip::Headers const& headers, sip::Content const&) override
-    {
-        replied = status;
-        replyHeaders = headers;
-    }
-    void ignore() override { ignored = true; }
-
-    int replied = 0;
-    bool ignored = false;
-    sip::Headers replyHeaders;
-
-private:
-    sip::NameAddr address_;
-    sip::Headers headers_;
-    sip::Content content_;
-};
 
 class RegistrarTest : public ::testing::Test
 {

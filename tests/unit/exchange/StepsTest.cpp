@@ -35,8 +35,8 @@ TEST_P(StepsForms, AreReadOrRefused)
     EXPECT_EQ(readAgain(GetParam().text), GetParam().result);
 }
 
-std::string const kAll = "ring, early-media, answer, say, dtmf, hold, retrieve, transfer, redirect, busy, refuse, "
-                         "hang-up, call, wait, silent, garbage, seize, release, private, public";
+std::string const kAll = "ring, early-media, reliable, answer, say, dtmf, hold, retrieve, refresh, transfer, redirect, "
+                         "busy, refuse, hang-up, preempt, call, wait, silent, garbage, seize, release, private, public";
 
 INSTANTIATE_TEST_SUITE_P(
     Right, StepsForms,
@@ -73,26 +73,24 @@ INSTANTIATE_TEST_SUITE_P(
         Form{"StatusText", "refuse busy", "\"busy\" is not a status from 400 to 699"},
         Form{"Number", "redirect sip:100@x",
              "the number of \"redirect\" must consist of 1 to 64 letters, digits, and + - . _ * #"},
-        Form{
-            "HoldBeforeTheAnswer", "ring, hold 1s",
-            "\"hold 1s\" is not possible before the answer; possible there: ring, early-media, answer, redirect, busy, "
-            "refuse, wait, silent, garbage"},
-        Form{
-            "AnswerTwice", "answer, answer",
-            "\"answer\" is not possible in an answered call; possible there: say, dtmf, hold, transfer, hang-up, wait, "
-            "silent, garbage, private, public"},
+        Form{"HoldBeforeTheAnswer", "ring, hold 1s",
+             "\"hold 1s\" is not possible before the answer; possible there: ring, early-media, reliable, answer, "
+             "redirect, busy, refuse, wait, silent, garbage"},
+        Form{"AnswerTwice", "answer, answer",
+             "\"answer\" is not possible in an answered call; possible there: say, dtmf, hold, refresh, transfer, "
+             "hang-up, preempt, wait, silent, garbage, private, public"},
         Form{"HoldTwice", "answer, hold, hold",
-             "\"hold\" is not possible in a held call; possible there: retrieve, transfer, hang-up, wait, silent, "
-             "garbage, private, public"},
+             "\"hold\" is not possible in a held call; possible there: retrieve, refresh, transfer, hang-up, "
+             "preempt, wait, silent, garbage, private, public"},
         Form{"RetrieveWithoutHold", "answer, retrieve",
-             "\"retrieve\" is not possible in an answered call; possible there: say, dtmf, hold, transfer, hang-up, "
-             "wait, silent, garbage, private, public"},
+             "\"retrieve\" is not possible in an answered call; possible there: say, dtmf, hold, refresh, transfer, "
+             "hang-up, preempt, wait, silent, garbage, private, public"},
         Form{"AfterTheEnd", "busy, answer",
              "\"answer\" is not possible while there is no call; possible there: call, wait, seize"},
         Form{"AfterSilence", "silent, hang-up", "\"hang-up\" is not possible after silent; possible there: nothing"},
         Form{"CallInACall", "answer, call 100",
-             "\"call 100\" is not possible in an answered call; possible there: say, dtmf, hold, transfer, hang-up, "
-             "wait, silent, garbage, private, public"}),
+             "\"call 100\" is not possible in an answered call; possible there: say, dtmf, hold, refresh, transfer, "
+             "hang-up, preempt, wait, silent, garbage, private, public"}),
     nameOf);
 
 TEST(Steps, SoundFileThatIsNotThere_IsRefusedWithItsName)

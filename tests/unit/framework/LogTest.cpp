@@ -60,6 +60,15 @@ TEST_F(LogTest, Log_AboveTheLevel_IsNotWritten)
     EXPECT_EQ(written(), "");
 }
 
+TEST_F(LogTest, LineWithoutALevel_IsNotWritten)
+{
+    telephone::logLine(0, "sip", "of no level");
+    telephone::logLine(1, "sip", "fatal");
+    telephone::logLine(5, "sip", "as far as the level goes");
+
+    EXPECT_EQ(written(), "fatal [sip] fatal\ntrace [sip] as far as the level goes\n");
+}
+
 TEST_F(LogTest, SetLogLevel_OutOfRange_IsClamped)
 {
     setLogLevel(99);
@@ -81,4 +90,18 @@ TEST(Log, OpenLog_OfAFileThatCannotBeMade_SaysSo)
 {
     EXPECT_EQ(openLog(4, "/proc/no-such-folder/log").error().reason.substr(0, 45),
               "log: cannot open /proc/no-such-folder/log: Fa");
+}
+
+TEST_F(LogTest, LineBreaksInAText_DoNotMakeAnotherEntry)
+{
+    log(kLogInfo, "calls", "there is no line \"{}\"", "1\r\n2000-01-01 00:00:00.000 info [calls] forged\x1b[2J");
+
+    flushLog();
+    std::ifstream input(file_);
+    std::string first;
+    std::string second;
+    std::getline(input, first);
+    std::getline(input, second);
+    EXPECT_EQ(first.substr(24), "info [calls] there is no line \"1");
+    EXPECT_EQ(second, "    2000-01-01 00:00:00.000 info [calls] forged?[2J\"");
 }

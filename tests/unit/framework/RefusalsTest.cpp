@@ -1,13 +1,10 @@
 #include "telephone/framework/Refusals.h"
 
-#include <filesystem>
-#include <fstream>
 #include <thread>
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include "telephone/framework/Log.h"
+#include "tests/helpers/LogFile.h"
 
 namespace telephone {
 namespace {
@@ -18,27 +15,10 @@ Refusal const kFull{RefusalKind::kLimit, "100 calls are in progress"};
 class RefusalsTest : public testing::Test
 {
 protected:
-    RefusalsTest() { EXPECT_TRUE(openLog(kLogInfo, file_)); }
-    ~RefusalsTest() override
-    {
-        EXPECT_TRUE(openLog(kLogInfo, ""));
-        std::filesystem::remove(file_);
-    }
+    std::string written() const { return log_.written(); }
 
-    // Without the time at the beginning of each line.
-    std::string written() const
-    {
-        flushLog();
-        std::ifstream input(file_);
-        std::string text;
-        for (std::string line; std::getline(input, line);) {
-            text += line.substr(24) + "\n";
-        }
-        return text;
-    }
-
-    std::string const file_ =
-        (std::filesystem::temp_directory_path() / ("refusals-" + std::to_string(getpid()))).string();
+private:
+    test::LogFile const log_;
 };
 
 TEST_F(RefusalsTest, Report_WithoutACollector_IsOneWarning)

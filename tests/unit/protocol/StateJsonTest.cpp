@@ -86,24 +86,37 @@ TEST(StateJson, EverythingThatCanBeKnown_IsThere)
     state.store = "/home/ann/settings";
     state.storeWritable = false;
 
-    EXPECT_EQ(stateJson(state),
-              R"({"start":"k3f9","event":17,"time":"2026-03-01T12:00:02.000Z","domain":"127.0.0.1:5060","ready":true,)"
-              R"("service":"in service","lines":[{"id":"4711","number":1,"registration":"registered",)"
-              R"("state":"selected","primary":true,"selected":true,"do_not_disturb":true,)"
-              R"("forwarding":[{"type":3,"name":"busy","active":true,"destination":"101"},)"
-              R"({"type":0,"name":"unconditional","active":true,"destination":null}],"agent":"logged off",)"
-              R"("rings":true,"ring_delay":5,"messages":{"waiting":true,"new":3,"old":1},)"
-              R"("appearances":[{"id":"4711#1","number":129,"state":"selected","selected":true}]}],)"
-              R"("calls":[{"id":2,"line":"4711","place":"4711#2","appearance":2,"state":"held","state_number":7,)"
-              R"("over":false,"reason":"normal","incoming":true,)"
-              R"("party":{"address":"sip:100@127.0.0.1:5060","name":"Ann"},"since":"2026-03-01T12:00:01.500Z",)"
-              R"("began":"2026-03-01T12:00:00.000Z","held_here":true,"held_by_far_end":false,)"
-              R"("held_for_consultation":true,"in_conference":false,"conference":[],"secure":false,"recording":true,)"
-              R"("call_back_possible":false}],"keys":[{"number":1,"function":"line","target":"4711","label":"Desk",)"
-              R"("shows_only":false,"lamp":{"mode":"flashing","colour":"green"}},{"number":null,"function":"Hold",)"
-              R"("target":null,"label":null,"shows_only":false,"lamp":{"mode":"off","colour":"none"}}],)"
-              R"("hook_up":true,"plugged":["headset","line"],"muted":true,"locked":true,)"
-              R"("store":{"path":"/home/ann/settings","writable":false}})");
+    EXPECT_EQ(
+        stateJson(state),
+        R"({"start":"k3f9","event":17,"time":"2026-03-01T12:00:02.000Z","domain":"127.0.0.1:5060","ready":true,)"
+        R"("service":"in service","lines":[{"id":"4711","number":1,"registration":"registered",)"
+        R"("state":"selected","primary":true,"selected":true,"do_not_disturb":true,)"
+        R"("forwarding":[{"type":3,"name":"busy","active":true,"destination":"101"},)"
+        R"({"type":0,"name":"unconditional","active":true,"destination":null}],"agent":"logged off",)"
+        R"("rings":true,"ring_delay":5,"messages":{"waiting":true,"new":3,"old":1},)"
+        R"("appearances":[{"id":"4711#1","number":129,"state":"selected","selected":true}]}],)"
+        R"("calls":[{"id":2,"line":"4711","place":"4711#2","appearance":2,"state":"held","state_number":7,)"
+        R"("over":false,"reason":"normal","incoming":true,)"
+        R"("party":{"address":"sip:100@127.0.0.1:5060","name":"Ann"},"since":"2026-03-01T12:00:01.500Z",)"
+        R"("began":"2026-03-01T12:00:00.000Z","held_here":true,"held_by_far_end":false,)"
+        R"("held_for_consultation":true,"in_conference":false,"conference":[],"secure":false,"audio":null,"recording":true,)"
+        R"("call_back_possible":false}],"keys":[{"number":1,"function":"line","target":"4711","label":"Desk",)"
+        R"("shows_only":false,"lamp":{"mode":"flashing","colour":"green"}},{"number":null,"function":"Hold",)"
+        R"("target":null,"label":null,"shows_only":false,"lamp":{"mode":"off","colour":"none"}}],)"
+        R"("hook_up":true,"plugged":["headset","line"],"muted":true,"locked":true,)"
+        R"("store":{"path":"/home/ann/settings","writable":false}})");
+}
+
+TEST(StateJson, AudioOfACall_HasItsCountsAndWhatTheFarEndReported)
+{
+    TelephoneState state = emptyState();
+    state.calls = {heldCall()};
+    state.calls.front().audio = {100, 98, 2, 3, 4, 5, 0.5, 1, 2.25, std::nullopt};
+
+    EXPECT_NE(stateJson(state).find(
+                  R"("audio":{"sent":100,"received":98,"lost":2,"jitter":0.5,"far_lost":1,"far_jitter":2.25,)"
+                  R"("round_trip":null,"foreign":3,"forged":4,"replayed":5})"),
+              std::string::npos);
 }
 
 TEST(StateJson, MailboxThatDoesNotCount_HasNoCounts)

@@ -59,16 +59,16 @@ protected:
 };
 
 // A datagram socket that keeps what it received.
-struct Receiver
+struct DatagramReader
 {
-    explicit Receiver(std::uint16_t port = 0)
+    explicit DatagramReader(std::uint16_t port = 0)
     {
         sa wanted = addressOf("127.0.0.1", port);
         error = udp_listen(
             socket.out(), &wanted,
             [](sa const* from, mbuf* packet, void* object) {
-                static_cast<Receiver*>(object)->received.push_back(textOf(*packet) + " from " +
-                                                                   std::to_string(sa_port(from)));
+                static_cast<DatagramReader*>(object)->received.push_back(textOf(*packet) + " from " +
+                                                                         std::to_string(sa_port(from)));
             },
             this);
         if (error == 0) {
@@ -90,8 +90,8 @@ struct Receiver
 
 TEST_F(MemoryNetworkTest, Datagrams_ArriveInTheirOrderWithTheirSender)
 {
-    Receiver one(5001);
-    Receiver two(5002);
+    DatagramReader one(5001);
+    DatagramReader two(5002);
 
     one.send(two.address, *buffer_.get(), "first");
     one.send(two.address, *buffer_.get(), "second");
@@ -103,7 +103,7 @@ TEST_F(MemoryNetworkTest, Datagrams_ArriveInTheirOrderWithTheirSender)
 
 TEST_F(MemoryNetworkTest, Datagram_ToNobodyIsLost)
 {
-    Receiver one(5001);
+    DatagramReader one(5001);
 
     one.send(addressOf("127.0.0.1", 5999), *buffer_.get(), "hello");
     memoryNetwork().deliver();
@@ -113,7 +113,7 @@ TEST_F(MemoryNetworkTest, Datagram_ToNobodyIsLost)
 
 TEST_F(MemoryNetworkTest, Datagram_ToAnotherAddressWithTheSamePortIsLost)
 {
-    Receiver one(5001);
+    DatagramReader one(5001);
 
     one.send(addressOf("127.0.0.2", 5001), *buffer_.get(), "hello");
     memoryNetwork().deliver();
@@ -123,7 +123,7 @@ TEST_F(MemoryNetworkTest, Datagram_ToAnotherAddressWithTheSamePortIsLost)
 
 TEST_F(MemoryNetworkTest, DatagramThatIsTooLong_IsRefused)
 {
-    Receiver one(5001);
+    DatagramReader one(5001);
     fill(*buffer_.get(), std::string(65508, 'x'));
 
     EXPECT_EQ(udp_send(one.socket.get(), &one.address, buffer_.get()), EMSGSIZE);
@@ -131,19 +131,19 @@ TEST_F(MemoryNetworkTest, DatagramThatIsTooLong_IsRefused)
 
 TEST_F(MemoryNetworkTest, Port_CanBeTakenOnce)
 {
-    Receiver one(5001);
+    DatagramReader one(5001);
 
-    EXPECT_EQ(Receiver(5001).error, EADDRINUSE);
+    EXPECT_EQ(DatagramReader(5001).error, EADDRINUSE);
     EXPECT_TRUE(isInMemory(one.address));
     one.socket.reset();
     EXPECT_FALSE(isInMemory(one.address));
-    EXPECT_EQ(Receiver(5001).error, 0);
+    EXPECT_EQ(DatagramReader(5001).error, 0);
 }
 
 TEST_F(MemoryNetworkTest, ChosenPorts_AreEvenAndDiffer)
 {
-    Receiver one;
-    Receiver two;
+    DatagramReader one;
+    DatagramReader two;
 
     EXPECT_EQ(sa_port(&one.address) % 2, 0);
     EXPECT_EQ(sa_port(&two.address), sa_port(&one.address) + 2);
@@ -159,8 +159,8 @@ protected:
 
 TEST_F(DelayingNetworkTest, Datagrams_TakeTimeAndKeepTheirOrder)
 {
-    Receiver one(5001);
-    Receiver two(5002);
+    DatagramReader one(5001);
+    DatagramReader two(5002);
 
     for (char name = 'a'; name <= 'e'; ++name) {
         one.send(two.address, *buffer_.get(), std::string(1, name));
@@ -323,8 +323,8 @@ protected:
         }
     }
 
-    Receiver one_{5001};
-    Receiver two_{5002};
+    DatagramReader one_{5001};
+    DatagramReader two_{5002};
     std::vector<std::string> told_;
     std::vector<DatagramFaults::Id> begun_;
 };
@@ -351,7 +351,10 @@ TEST_F(DatagramFaultsTest, RtpAndOtherDatagrams_AreToldApart)
 
     EXPECT_EQ(two_.received, (std::vector<std::string>{"\x80\x08 from 5001", "\xbf from 5001"}));
     EXPECT_EQ((Datagram{"a", "b", "\x80"}).describe(), "from a to b (RTP)");
+    EXPECT_EQ((Datagram{"a", "b", "\x80\xc8"}).describe(), "from a to b (RTCP)");
     EXPECT_FALSE((Datagram{"a", "b", ""}).isRtp());
+    EXPECT_FALSE((Datagram{"a", "b", "\x81\xc9"}).isRtp());
+    EXPECT_TRUE((Datagram{"a", "b", "\x81\xc9"}).isMedia());
 }
 
 TEST_F(DatagramFaultsTest, DoubledDatagram_ComesTwice)
@@ -379,7 +382,7 @@ TEST_F(DatagramFaultsTest, LateDatagram_ComesAfterItsDelayAndHoldsNobodyUp)
 
 TEST_F(DatagramFaultsTest, OvertakenDatagram_ComesAfterTheNextOneToTheSameReceiver)
 {
-    Receiver three(5003);
+    DatagramReader three(5003);
     begin({.fate = DatagramFate::kOvertaken, .count = 1});
 
     send({"1"});

@@ -10,16 +10,20 @@
 #include <gtest/gtest.h>
 #include <httplib.h>
 
+#include "tests/helpers/LogFile.h"
+#include "tests/helpers/TestTime.h"
+
 namespace telephone {
 namespace {
 
 class Receiver
 {
 public:
-    Receiver()
+    explicit Receiver(int status = 200)
     {
-        server_.Get("/push", [this](httplib::Request const& request, httplib::Response&) {
+        server_.Get("/push", [this, status](httplib::Request const& request, httplib::Response& answer) {
             std::lock_guard const lock(mutex_);
+            answer.status = status;
             received_ = request.get_param_value("url") + " | " + request.get_param_value("data");
             changed_.notify_all();
         });
@@ -64,10 +68,49 @@ TEST(UrlPushTest, Request_ReachesTheConfiguredAddressUnaltered)
     EXPECT_EQ(receiver.wait(), "http://host/a?b=c&d | 50 % & <more>");
 }
 
+// What the log says of a push that is answered with this status; PORT stands for the port.
+std::string writtenAfter(int status)
+{
+    test::LogFile const log;
+    Receiver receiver(status);
+    {
+        UrlPush push(receiver.address());
+        EXPECT_TRUE(push.send("http://host/", "data"));
+        receiver.wait();
+    }
+    std::string written = log.written();
+    std::string const port = receiver.address().substr(17, receiver.address().find("/push") - 17);
+    return written.replace(written.find(port), port.size(), "PORT");
+}
+
+TEST(UrlPushTest, AnswerFrom200To299_IsSuccess)
+{
+    EXPECT_EQ(writtenAfter(200), "info [team] pushed to 127.0.0.1:PORT: 200\n");
+    EXPECT_EQ(writtenAfter(299), "info [team] pushed to 127.0.0.1:PORT: 299\n");
+}
+
+TEST(UrlPushTest, AnyOtherAnswer_IsReported)
+{
+    EXPECT_EQ(writtenAfter(300), "warning [team] the push to 127.0.0.1:PORT was answered with 300\n");
+    EXPECT_EQ(writtenAfter(404), "warning [team] the push to 127.0.0.1:PORT was answered with 404\n");
+}
+
+TEST(UrlPushTest, NoAnswer_IsReported)
+{
+    test::LogFile const log;
+    UrlPush push("http://127.0.0.1:1/nobody");
+    EXPECT_TRUE(push.send("http://host/", "data"));
+    EXPECT_TRUE(test::eventually([&log] { return !log.written().empty(); }));
+    EXPECT_EQ(log.written(), "warning [team] the push to 127.0.0.1:1 failed: Connection\n");
+}
+
 TEST(UrlPushTest, Push_IsOffWithoutAnAddress)
 {
     UrlPush push("");
-    EXPECT_FALSE(push.send("http://host/", "data"));
+
+    auto const sent = push.send("http://host/", "data");
+
+    EXPECT_EQ(sent.error().reason, "\"http://host/\" cannot be pushed because push.address is not configured");
 }
 
 TEST(UrlPushTest, Address_OfAnotherMachineOrKind_IsRefused)

@@ -118,7 +118,7 @@ TEST_F(CoverageTest, WhatThereIs_ComesFromTheTables)
     EXPECT_TRUE(untouched("events").contains("CallStateChangeEvent"));
     EXPECT_TRUE(untouched("values").contains("CallState remote ringing"));
     EXPECT_EQ(untouched("keys").size() + touched("keys").size(), 14U);
-    EXPECT_EQ(untouched("timers").size() + touched("timers").size(), 15U);
+    EXPECT_EQ(untouched("timers").size() + touched("timers").size(), 19U);
     EXPECT_TRUE(untouched("reasons").contains("RefuseCall: out of range"));
 }
 
