@@ -33,9 +33,15 @@ bool isAddress(std::string const& host)
     return sa_set_str(&address, host.c_str(), 0) == 0;
 }
 
-// The host that a message is meant for: of a request that of its first Route or of its address, of a response that of
+struct Hop
+{
+    std::string host;
+    bool isInDialog = false;  // of a request
+};
+
+// What a message is meant for: of a request the host that of its first Route or of its address, of a response that of
 // the Via. "maddr" stands in its place where there is one, as the stack has it.
-std::string nextHopOf(mbuf const& message)
+Hop nextHopOf(mbuf const& message)
 {
     Ref<mbuf> copy;
     Ref<sip_msg> decoded;
@@ -47,13 +53,14 @@ std::string nextHopOf(mbuf const& message)
     if (!sent.req) {
         std::array<char, 64> host{};
         bool const isNumeric = sa_ntop(&sent.via.addr, host.data(), static_cast<int>(host.size())) == 0;
-        return isNumeric ? host.data() : text(sent.via.sentby).substr(0, text(sent.via.sentby).find(':'));
+        return {isNumeric ? host.data() : text(sent.via.sentby).substr(0, text(sent.via.sentby).find(':'))};
     }
     sip_hdr const* const route = sip_msg_hdr(&sent, SIP_HDR_ROUTE);
     sip_addr first{};
     uri const& hop = route != nullptr && sip_addr_decode(&first, &route->val) == 0 ? first.uri : sent.uri;
     pl instead{};
-    return msg_param_decode(&hop.params, "maddr", &instead) == 0 ? text(instead) : text(hop.host);
+    bool const hasOther = msg_param_decode(&hop.params, "maddr", &instead) == 0;
+    return {text(hasOther ? instead : hop.host), pl_isset(&sent.to.tag) != 0};
 }
 
 }  // namespace
@@ -206,8 +213,8 @@ int TlsTransport::prepare(sa const& to, mbuf const& message, bool hasConnection)
     if (isOpen && hasConnection) {
         return 0;
     }
-    std::string const host = nextHopOf(message);
-    if (isOpen && !mayCarry(*present->second, host)) {
+    auto const [host, isInDialog] = nextHopOf(message);
+    if (isOpen && !mayCarry(*present->second, host, isInDialog)) {
         X509 const* const certificate = SSL_get0_peer_certificate(&present->second->ssl);
         fail(host, certificate == nullptr ? "the connection to " + addressText(to) + " is for " +
                                                 present->second->host + " and not for " + host
@@ -219,14 +226,14 @@ int TlsTransport::prepare(sa const& to, mbuf const& message, bool hasConnection)
     return 0;
 }
 
-bool TlsTransport::mayCarry(Connection const& connection, std::string const& host) const
+bool TlsTransport::mayCarry(Connection const& connection, std::string const& host, bool isInDialog) const
 {
     if (connection.outgoing && connection.host == host) {
         return true;
     }
     X509 const* const certificate = SSL_get0_peer_certificate(&connection.ssl);
     return connection.established && certificate != nullptr &&
-           (isFor(*certificate, host) || (isAddress(host) && servers_.contains(connection.host)));
+           (isFor(*certificate, host) || (isAddress(host) && (isInDialog || servers_.contains(connection.host))));
 }
 
 int TlsTransport::begin(tls const& context, tls_conn& connection, tcp_conn const& socket)

@@ -49,8 +49,8 @@ public:
     std::string failureOf(std::string const& host) const;
     bool showsCertificate() const { return !config_.certificate.empty(); }
 
-    // A server that a line registers with. Its answers name it by its address, too, and requests in their dialogs go to
-    // that: the connection that was verified for the server's name carries these as well.
+    // A server that a line registers with. It may name itself by its address: the connection that was verified for its
+    // name carries requests for that address as well, as other connections do only within dialogs.
     void addServer(std::string const& host) { servers_.insert(host); }
 
     // The stack has made a connection; an error number ends it.
@@ -66,7 +66,7 @@ private:
     int prepare(sa const& to, mbuf const& message, bool hasConnection);
     int begin(ssl_st& ssl, tcp_conn const& socket);
     int trustAuthorities(Connection const& connection, ssl_st& ssl);
-    bool mayCarry(Connection const& connection, std::string const& host) const;
+    bool mayCarry(Connection const& connection, std::string const& host, bool isInDialog) const;
     void fail(std::string const& host, std::string const& reason);
     void onProgress(Connection& connection, int where, int value);
     static int verify(x509_store_ctx_st* verification, void* transport);
