@@ -58,7 +58,7 @@ void SessionImpl::learnDialog(sip_msg const& message)
 
 void SessionImpl::learnIdentity(sip_msg const& message)
 {
-    auto const identity = assertedIdentityOf(headersOf(message));
+    auto const identity = isFromServer(message) ? assertedIdentityOf(headersOf(message)) : std::nullopt;
     if (!identity || (identity->uri == remoteParty_.uri && identity->displayName == remoteParty_.displayName)) {
         return;
     }

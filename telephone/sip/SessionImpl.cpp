@@ -44,6 +44,7 @@ SessionImpl::SessionImpl(std::shared_ptr<Element> element, CallRequest const& re
     , observer_(&observer)
     , outgoing_(true)
     , state_(SessionState::kCalling)
+    , lineUser_(request.account.user)
     , remoteParty_(NameAddr::parse("<" + route.target + ">").value_or(NameAddr{}))
     , contactUser_(route.contactUser)
     , ownUri_(route.fromUri)
@@ -70,7 +71,8 @@ SessionImpl::SessionImpl(std::shared_ptr<Element> element, sip_msg const& invite
     : element_(std::move(element))
     , outgoing_(false)
     , state_(SessionState::kIncoming)
-    , invitation_(readInvitation(invite))
+    , lineUser_(userOf(text(invite.ruri)))
+    , invitation_(readInvitation(invite, isFromServer(invite)))
     , dialogId_{text(invite.callid), localTagOf(invite), text(invite.from.tag)}
     , remoteParty_(invitation_.caller())
     , remoteContact_(contactOf(invite))
@@ -190,6 +192,11 @@ Headers SessionImpl::warning(std::string const& objection) const
     }
     element_->log(LogLevel::kWarning, "call from " + remoteParty_.uri.format() + " refused: " + objection);
     return {{"Warning", "399 " + addressText(element_->address()) + " \"" + objection + "\""}};
+}
+
+bool SessionImpl::isFromServer(sip_msg const& message) const
+{
+    return element_->lineServers().haveSent(message, lineUser_);
 }
 
 // Returns false.
