@@ -30,6 +30,10 @@ EngineConfiguration EngineConfiguration::from(Configuration const& configuration
     engine.agent.address = configuration.sip.address;
     engine.agent.udpPort = static_cast<std::uint16_t>(configuration.sip.port);
     engine.agent.tcpPort = static_cast<std::uint16_t>(configuration.sip.port);
+    engine.agent.tlsPort = static_cast<std::uint16_t>(configuration.sip.port == 0 ? 0 : configuration.sip.port + 1);
+    engine.agent.tls = sip::TlsConfig{configuration.sip.certificate, configuration.sip.key, {}};
+    engine.agent.tlsFromTheStart =
+        configuration.sip.transport == Transport::kTls || !configuration.sip.certificate.empty();
     engine.agent.name = configuration.sip.userAgent;
     engine.agent.limits = {configuration.limits.requests, configuration.limits.transactions,
                            configuration.limits.subscriptions};

@@ -51,6 +51,8 @@ be authenticated to.
 
 - A far end may send anything within its own dialog: the dialog's tags, which nobody else is told, are its permission. A watcher
   of a line does learn them, and can take a call over if it may send the request for that.
+- `P-Asserted-Identity` (RFC 3325) of the line's server is shown as the far end's name and number, in calls, answers and changes
+  of a call. Anybody else's is ignored: From is shown.
 - OPTIONS is answered to anybody. Other methods than those above are refused with 405 or 481, whoever sends them.
 - A subscription of somebody unknown, where `subscriptions = "anybody"` permits it, must have the address it comes from as its
   Contact: the telephone sends its notifications to nobody who has not asked for them.

@@ -9,18 +9,19 @@ namespace {
 class ScriptedServer : public ::testing::Test
 {
 protected:
-    void start(bool subscribes = false)
+    void start(bool subscribes = false, std::optional<sip::Sender> callers = {})
     {
         EnginePhone::Options options;
+        options.engine.permissions.set(sip::RequestKind::kCall, callers);
         options.registrar = server_.hostPort();
         options.engine.messageWaiting = subscribes;
         options.engine.voiceMail = "600";
         phone_ = std::make_unique<EnginePhone>(options);
     }
 
-    void startRegistered(bool subscribes = false)
+    void startRegistered(bool subscribes = false, std::optional<sip::Sender> callers = {})
     {
-        start(subscribes);
+        start(subscribes, callers);
         server_.answer(server_.receive("REGISTER"), "200 OK", "Expires: 300\r\n");
         phone_->expect({"registration 4711 0 yes 0"});
     }
@@ -80,6 +81,27 @@ TEST_F(ScriptedServer, RefusedRegistration_HasItsResultAndIsTriedAgain)
     server_.answer(server_.receive("REGISTER"), "200 OK");
 
     phone_->expect({"registration 4711 0 yes 0"});
+}
+
+TEST_F(ScriptedServer, IdentityThatTheServerAsserts_IsTheCallersName)
+{
+    startRegistered();
+
+    server_.ask("INVITE", "4711", phone_->engine().userAgent().hostPort(),
+                "P-Asserted-Identity: \"Real\" <sip:7777@example.org>\r\n", ScriptedEnd::description());
+
+    phone_->expect({"incoming 4711 1001 7777 Real 2 - 0"});
+}
+
+TEST_F(ScriptedServer, IdentityThatAStrangerAsserts_IsIgnored)
+{
+    ScriptedEnd stranger(eventLoop());
+    startRegistered(false, sip::Sender::kAnybody);
+
+    stranger.ask("INVITE", "4711", phone_->engine().userAgent().hostPort(),
+                 "P-Asserted-Identity: \"Real\" <sip:7777@example.org>\r\n", ScriptedEnd::description());
+
+    phone_->expect({"incoming 4711 1001 far - 2 - 0"});
 }
 
 TEST_F(ScriptedServer, FeaturesOfTheServer_AreAskedForByDocument)

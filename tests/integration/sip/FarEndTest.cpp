@@ -7,6 +7,14 @@ namespace telephone::test {
 class FarEnd : public SipTest
 {
 protected:
+    // Makes a far end the server of the line.
+    void registerAt(ScriptedEnd& server)
+    {
+        phone_.registerAt(server.hostPort());
+        server.answer(server.receive("REGISTER"), "200 OK", "Expires: 300\r\n");
+        ASSERT_TRUE(phone_.waitFor("registered 300")) << phone_.events();
+    }
+    void registerHere() { registerAt(far_); }
     void call()
     {
         session_ = &phone_.call(far_.uri());
@@ -92,8 +100,9 @@ TEST_F(FarEnd, AnswerWithoutAnyDescription_EndsTheCall)
     EXPECT_TRUE(phone_.waitFor("closed failed 488")) << phone_.events();
 }
 
-TEST_F(FarEnd, AssertedIdentity_ReplacesTheDialledOne)
+TEST_F(FarEnd, IdentityThatTheServerAsserts_ReplacesTheDialledOne)
 {
+    registerHere();
     call();
 
     far_.answer(invite_, "180 Ringing", "P-Asserted-Identity: \"Seven\" <sip:7777@127.0.0.1>\r\n");
@@ -101,8 +110,22 @@ TEST_F(FarEnd, AssertedIdentity_ReplacesTheDialledOne)
     EXPECT_TRUE(phone_.waitFor("identity Seven <sip:7777@127.0.0.1>")) << phone_.events();
 }
 
+TEST_F(FarEnd, IdentityThatAnotherFarEndAsserts_IsIgnored)
+{
+    ScriptedEnd server(loop);
+    registerAt(server);
+    call();
+
+    far_.answer(invite_, "180 Ringing", "P-Asserted-Identity: \"Seven\" <sip:7777@127.0.0.1>\r\n");
+
+    EXPECT_TRUE(phone_.waitFor("progress 180")) << phone_.events();
+    EXPECT_FALSE(phone_.waitFor("identity Seven <sip:7777@127.0.0.1>", 1s));
+    EXPECT_EQ(session_->remoteParty().uri.user, "far");
+}
+
 TEST_F(FarEnd, SameIdentityAgain_IsNoNews)
 {
+    registerHere();
     call();
     std::string const identity = "P-Asserted-Identity: \"Seven\" <sip:7777@127.0.0.1>\r\n";
 
