@@ -139,6 +139,7 @@ Outcome<exchange::ExchangeConfig> exchangeConfigOf(Configuration const& configur
     if (!configuration.exchange.certificate.empty()) {
         config.tls = {configuration.exchange.certificate, configuration.exchange.key,
                       trustedAuthorities(configuration)};
+        config.tlsPort = static_cast<std::uint16_t>(config.port == 0 ? 0 : config.port + 1);
     }
     // Its own numbers take calls of either kind.
     config.encryption = configuration.media.encryption == 0 ? sip::Encryption::kNone : sip::Encryption::kOptional;

@@ -35,8 +35,9 @@ EngineConfiguration EngineConfiguration::from(Configuration const& configuration
     engine.agent.tlsFromTheStart =
         configuration.sip.transport == Transport::kTls || !configuration.sip.certificate.empty();
     engine.agent.name = configuration.sip.userAgent;
-    engine.agent.limits = {configuration.limits.requests, configuration.limits.transactions,
-                           configuration.limits.subscriptions};
+    auto const& limits = configuration.limits;
+    engine.agent.limits = {limits.requests, limits.transactions, limits.subscriptions, limits.connections,
+                           limits.sourceConnections};
     engine.permissions = permissionsOf(configuration.permissions);
     engine.agent.sessionExpires = std::chrono::seconds(configuration.calls.sessionExpires);
     engine.agent.reliableResponses = static_cast<sip::ReliableUse>(configuration.calls.reliableResponses);

@@ -20,9 +20,9 @@ generated from `telephone/sip/Permissions.h` and `telephone/configuration/Config
 
 | What | Where | Who reaches it |
 |---|---|---|
-| SIP | UDP and TCP port `sip.port` of `sip.address`; 127.0.0.1 unless the file names another address | the network of that address; see below |
+| SIP | UDP and TCP port `sip.port` of `sip.address`, and the next one for TLS where that is used; 127.0.0.1 unless the file names another address | the network of that address; see below |
 | audio | two UDP ports for each call, on the same address, for as long as the call lasts | the same |
-| built-in exchange | UDP and TCP port `exchange.port` of 127.0.0.1, unless a registrar is configured or it is off | programs of this machine |
+| built-in exchange | UDP and TCP port `exchange.port` of 127.0.0.1, and the next one for TLS with `exchange.certificate`, unless a registrar is configured or it is off | programs of this machine |
 | applications | a UNIX socket | the user who runs the telephone |
 | HTTP | off; `http.address` ([http.md](http.md)) | programs with the token; another address than this machine's own needs a certificate |
 
@@ -70,8 +70,9 @@ be authenticated to.
 
 constexpr std::string_view kTail = R"(
 What exceeds `requests` is dropped without an answer, which would double the traffic and go to an address that may be forged.
-The other limits are answered with 503 and Retry-After (RFC 3261 section 21.5.4), without a transaction. A burst may use the
-requests of two seconds at once. Refusals, OPTIONS and everything that is dropped take no memory.
+What exceeds `transactions` or `subscriptions` is answered with 503 and Retry-After (RFC 3261 section 21.5.4), without a
+transaction. A burst may use the requests of two seconds at once. Refusals, OPTIONS and everything that is dropped take no memory.
+A connection too many is closed before a byte of it is read, and before TLS begins.
 
 ## What the telephone sends
 

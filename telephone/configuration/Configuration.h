@@ -87,7 +87,7 @@ struct ServerConfiguration
 struct ExchangeConfiguration
 {
     bool enabled = true;
-    int port = 0;             // 0: any free one
+    int port = 0;             // for TLS the next one; 0: any free ones
     std::string certificate;  // PEM files for TLS; both or neither
     std::string key;
     std::string realm = "exchange";
@@ -212,6 +212,8 @@ struct LimitsConfiguration
     int requests = 20;        // a second from one source
     int transactions = 1000;  // remembered at once
     int subscriptions = 100;  // at once
+    int connections = 100;    // accepted, at once
+    int sourceConnections = 20;
 };
 
 struct Configuration

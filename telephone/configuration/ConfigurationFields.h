@@ -109,7 +109,7 @@ inline constexpr auto kServer = std::to_array<ConfigurationField<ServerConfigura
 
 inline constexpr auto kExchange = std::to_array<ConfigurationField<ExchangeConfiguration>>({
     {"enabled",             &ExchangeConfiguration::enabled,        "whether the built-in exchange runs"},
-    {"port",                &ExchangeConfiguration::port,           "0: any free one", {}, 0, kHighestPort},
+    {"port",                &ExchangeConfiguration::port,           "UDP and TCP port, for TLS the next one; 0: any free ones", {}, 0, kHighestPort},
     {"certificate",         &ExchangeConfiguration::certificate,    "PEM file with its certificate: it listens for TLS, too; empty: it does not"},
     {"key",                 &ExchangeConfiguration::key,            "PEM file with the private key of the certificate"},
     {"realm",               &ExchangeConfiguration::realm,          "realm for authentication"},
@@ -212,6 +212,8 @@ inline constexpr auto kLimits = std::to_array<ConfigurationField<LimitsConfigura
     {"requests",            &LimitsConfiguration::requests,         "SIP requests a second from one address, ten times as many from a line's server and within calls; others are dropped; 0: any number", {}, 0, 100000},
     {"transactions",        &LimitsConfiguration::transactions,     "requests outside calls in 32 s; others are answered with 503; 0: any number", {}, 0, 1000000},
     {"subscriptions",       &LimitsConfiguration::subscriptions,    "watchers of the lines at once; others are answered with 503; 0: any number", {}, 0, 100000},
+    {"connections",         &LimitsConfiguration::connections,      "TCP and TLS connections that others have open to the telephone; more are closed at once; 0: any number", {}, 0, 8000},
+    {"connections-per-address", &LimitsConfiguration::sourceConnections, "of these, from one address; 0: any number", {}, 0, 8000},
 });
 // clang-format on
 

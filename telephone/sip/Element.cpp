@@ -110,6 +110,7 @@ Element::Element(EventLoop& loop, UserAgentConfig config)
     , config_(std::move(config))
     , clock_(loop)
     , tap_(std::make_shared<MessageTap>(loop))
+    , connectionLimits_(config_.limits, config_.log)
 {}
 
 void Element::open()
@@ -148,7 +149,7 @@ void Element::findServers()
 }
 
 // Binds that port, or for 0 one that is free, which is then the port. Returns 0, or an error of errno.
-int Element::bind(sip_transp transport, sa const& local, std::uint16_t& port, ::tls* context) const
+int Element::bind(sip_transp transport, sa const& local, std::uint16_t& port, ::tls* context)
 {
     sa wanted = local;
     sa_set_port(&wanted, port);
@@ -158,6 +159,9 @@ int Element::bind(sip_transp transport, sa const& local, std::uint16_t& port, ::
         error = sip_transp_laddr(stack_, &bound, transport, &local);
     }
     port = error ? port : sa_port(&bound);
+    if (!error && transport != SIP_TRANSP_UDP) {
+        connectionLimits_.guard(bound);
+    }
     return error;
 }
 

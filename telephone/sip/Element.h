@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "telephone/sip/ConnectionLimits.h"
 #include "telephone/sip/ForkedAnswers.h"
 #include "telephone/sip/LineServers.h"
 #include "telephone/sip/MediaClock.h"
@@ -129,7 +130,7 @@ private:
     // The family in which a target is reached, as far as that is known.
     [[nodiscard]] int familyOf(Uri const& uri) const;
     // context: of TLS.
-    int bind(sip_transp transport, sa const& local, std::uint16_t& port, ::tls* context = nullptr) const;
+    int bind(sip_transp transport, sa const& local, std::uint16_t& port, ::tls* context = nullptr);
     void bindUdp();
     void bindTcp();
     Outcome<Route> route(Account const& account, std::string const& target, std::vector<std::string> proxies);
@@ -143,6 +144,7 @@ private:
     MediaClock clock_;
     std::shared_ptr<MessageTap> tap_;
     LineServers lineServers_;
+    ConnectionLimits connectionLimits_;
     ForkedAnswers forkedAnswers_{*this};
     std::set<NotifierImpl*> notifiers_;
     std::set<RegistrationImpl*> registrations_;

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "telephone/sip/ClientDigest.h"
+#include "telephone/sip/ConnectionLimits.h"
 #include "telephone/sip/ConnectionOptions.h"
 #include "telephone/sip/ContinuedDialog.h"
 #include "telephone/sip/DialogHeaders.h"
@@ -143,11 +144,12 @@ int our_tcp_sock_local_get(tcp_sock const* socket, sa* local)
 int our_tcp_accept(tcp_conn** made, tcp_sock* socket, tcp_estab_h* established, tcp_recv_h* received,
                    tcp_close_h* closed, void* argument)
 {
-    if (isVirtual()) {
-        return acceptConnection(made, *socket, {established, received, closed, argument});
+    int error = isVirtual() ? acceptConnection(made, *socket, {established, received, closed, argument})
+                            : stack_tcp_accept(made, socket, established, received, closed, argument);
+    if (!error) {
+        error = admitConnection(*made);
     }
-    int const error = stack_tcp_accept(made, socket, established, received, closed, argument);
-    return error ? error : setConnectionOptions(**made);
+    return error || isVirtual() ? error : setConnectionOptions(**made);
 }
 
 void our_tcp_reject(tcp_sock* socket)

@@ -19,6 +19,24 @@ protected:
     std::string answer_;
 };
 
+// In virtual time, too.
+TEST_F(SipTest, ConnectionTooManyOfOthers_IsRefused)
+{
+    sip::UserAgentConfig config;
+    config.limits.connections = 1;
+    SipPeer called(loop, "4712", config);
+    SipPeer first(loop);
+    SipPeer second(loop, "4713");
+    std::string const target = "sip:4712@" + called.agent->hostPort(sip::Transport::kTcp) + ";transport=tcp";
+
+    first.call(target);
+    ASSERT_TRUE(first.waitFor("established")) << first.events();
+    second.call(target);
+
+    EXPECT_TRUE(second.waitFor("closed timeout 408", 40s)) << second.events();
+    EXPECT_EQ(called.sessionCount(), 1U);
+}
+
 TEST_F(Requests, Options_NameWhatIsSupported)
 {
     EXPECT_EQ("SIP/2.0 200 OK", answerTo("OPTIONS"));
