@@ -89,8 +89,9 @@ passed on as they are.
 
 ## Files and logs
 
-Everything the telephone creates can be read by its owner alone: log, store, recordings, WAV files, sockets. A file that exists
-keeps its mode.
+Everything the telephone writes can be read by its owner alone: log, store, recordings, WAV files, saved states, sockets. From a
+file that exists and that others can read, their rights are taken before it is written; one that belongs to another user, so that
+they cannot be taken, is refused. Only the reports of tests are written as they are.
 
 | Level | In the log |
 |---|---|

@@ -13,6 +13,7 @@
 #include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/spdlog.h>
 
+#include "telephone/base/OwnerOnly.h"
 #include "telephone/time/SteadyClock.h"
 #include "telephone/time/VirtualTime.h"
 
@@ -88,6 +89,9 @@ std::string asEntry(std::string_view text)
 Outcome<> openLog(int level, std::string const& fileName)
 {
     setLogLevel(level);
+    if (auto const closed = makeOwnerOnly(fileName); !closed) {
+        return refuse(closed.error().kind, "log: " + closed.error().reason);
+    }
     std::shared_ptr<spdlog::logger> opened;
     try {
         opened = fileName.empty() ? makeLogger(std::make_shared<spdlog::sinks::stderr_sink_mt>())

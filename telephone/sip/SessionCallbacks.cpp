@@ -1,4 +1,5 @@
 // The stack's handlers of a session.
+#include "telephone/sip/ContinuedDialog.h"
 #include "telephone/sip/InvitationReader.h"
 #include "telephone/sip/SessionImpl.h"
 #include "telephone/sip/TransferImpl.h"
@@ -336,7 +337,7 @@ bool SessionImpl::takeRedirection(Response const& response)
     return true;
 }
 
-// Sends the INVITE again, as a new call. False: it cannot be sent.
+// Sends the INVITE again, as a new call unless its dialog is continued. False: it cannot be sent.
 bool SessionImpl::restart()
 {
     element_->tap().remove(*this);
@@ -352,7 +353,11 @@ bool SessionImpl::restart()
 bool SessionImpl::callForLonger(sip_msg const* refusal)
 {
     bool const calling = outgoing_ && (state_ == SessionState::kCalling || state_ == SessionState::kEarly);
-    return calling && refusal && refusal->scode == 422 && sessionTimer_.lengthen(headersOf(*refusal)) && restart();
+    if (!calling || !refusal || refusal->scode != 422 || !sessionTimer_.lengthen(headersOf(*refusal))) {
+        return false;
+    }
+    ContinuedDialog const continued(sipsess_dialog(session_.get()));
+    return restart();
 }
 
 bool SessionImpl::followRedirection()

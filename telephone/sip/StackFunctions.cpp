@@ -6,6 +6,7 @@
 #include "telephone/sip/ClientDigest.h"
 #include "telephone/sip/ConnectionLimits.h"
 #include "telephone/sip/ConnectionOptions.h"
+#include "telephone/sip/ContinuedDialog.h"
 #include "telephone/sip/DialogHeaders.h"
 #include "telephone/sip/ForeignRequests.h"
 #include "telephone/sip/LocalAddresses.h"
@@ -178,7 +179,16 @@ int our_tcp_send(tcp_conn* connection, mbuf* buffer)
     return isVirtual() ? sendOver(*connection, *buffer) : stack_tcp_send(connection, buffer);
 }
 
-// --- dialogs: the headers of re-INVITEs and of the answers to them, which the stack does not let a session add
+// --- dialogs: a call that is sent again stays in its own; and the headers of re-INVITEs and of the answers to them,
+// which the stack does not let a session add
+
+int our_sip_dialog_alloc(sip_dialog** made, char const* uri, char const* toUri, char const* fromName,
+                         char const* fromUri, char const* routes[], std::uint32_t routeCount)
+{
+    return made && ContinuedDialog::take(made)
+               ? 0
+               : stack_sip_dialog_alloc(made, uri, toUri, fromName, fromUri, routes, routeCount);
+}
 
 int our_sip_dialog_encode(mbuf* buffer, sip_dialog* dialog, std::uint32_t cseq, char const* method)
 {
