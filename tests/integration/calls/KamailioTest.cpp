@@ -44,6 +44,7 @@ request_route {
         exit;
     }
     if (!has_totag()) {
+        route(INITIAL);
         loose_route();  # takes the Service-Route away
     }
     if (has_totag()) {
@@ -68,10 +69,17 @@ request_route {
     }
     t_relay();
 }
-route[REGISTERED] {
 )";
 
 constexpr char const* kUdp = "disable_tcp=yes\n";
+constexpr char const* kUdpRoutes = R"(
+route[INITIAL] {
+    return;
+}
+route[REGISTERED] {
+    return;
+}
+)";
 
 // A connection serves requests in both directions: the telephones need no certificate.
 constexpr char const* kTls = R"(
@@ -83,9 +91,18 @@ modparam("tls", "certificate", "@CERTIFICATE@")
 modparam("tls", "private_key", "@KEY@")
 loadmodule "textops.so"
 )";
-constexpr char const* kTlsRegistered = R"(
+// It takes calls by the Service-Route that it names, and by no other way.
+constexpr char const* kTlsRoutes = R"(
+route[INITIAL] {
+    if (method == "INVITE" && $hdr(Route) != "<sip:127.0.0.1:@PORT@;transport=tls;lr>") {
+        sl_send_reply("403", "Not by the Service-Route");
+        exit;
+    }
+}
+route[REGISTERED] {
     force_tcp_alias();
     append_to_reply("Service-Route: <sip:127.0.0.1:@PORT@;transport=tls;lr>\r\n");
+}
 )";
 
 std::string replaced(std::string text, std::string const& what, std::string const& by)
@@ -105,7 +122,7 @@ protected:
     void SetUp() override
     {
         std::filesystem::create_directories(folder_);
-        start("udp", kUdp, "");
+        start("udp", kUdp, kUdpRoutes);
     }
 
     void TearDown() override
@@ -114,9 +131,9 @@ protected:
         std::filesystem::remove_all(folder_);
     }
 
-    void start(std::string const& transport, std::string const& head, std::string const& registered)
+    void start(std::string const& transport, std::string const& head, std::string const& routes)
     {
-        std::ofstream(folder_ / "registrar.cfg") << head << kConfiguration << registered << "    return;\n}\n";
+        std::ofstream(folder_ / "registrar.cfg") << head << kConfiguration << routes;
         start(transport);
     }
     void start(std::string const& transport = "udp")
@@ -174,7 +191,8 @@ protected:
     {
         std::string head = replaced(kTls, "@MODULE@", KAMAILIO_TLS_MODULE);
         head = replaced(replaced(head, "@CERTIFICATE@", own.certificate), "@KEY@", own.key);
-        start("tls", head, replaced(kTlsRegistered, "@PORT@", std::to_string(port_)));
+        std::string const port = std::to_string(port_);
+        start("tls", head, replaced(replaced(kTlsRoutes, "@PORT@", port), "@PORT@", port));
     }
     EnginePhone::Options phoneAt(std::string const& line) const
     {
