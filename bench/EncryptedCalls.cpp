@@ -1,9 +1,13 @@
 // bench_encrypted_calls CALLS SECONDS: so many simultaneous calls between two user agents of this process, first plain
-// and then encrypted; all of them speak and hear. Writes the processor time and what was lost.
+// and then encrypted; all of them speak and hear. Writes, as JSON, the processor time of both ends in percent of a
+// core, the frames heard and the packets lost, how many calls were encrypted, and what memory both ends of all calls
+// took.
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <vector>
 
 #include <sys/resource.h>
@@ -69,7 +73,6 @@ public:
             sum.sent += each.sent;
             sum.received += each.received;
             sum.lost += each.lost;
-            sum.forged += each.forged;
             encrypted += session->audio().isEncrypted() ? 1 : 0;
         }
         return sum;
@@ -108,6 +111,12 @@ double processorSeconds()
     return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
+std::uint64_t heardBy(sip::EventLoop& loop, Peer const& one, Peer const& other)
+{
+    std::lock_guard const lock(loop);
+    return one.voice.heard + other.voice.heard;
+}
+
 bool connect(sip::EventLoop& loop, Peer& caller, Peer& called, int calls)
 {
     for (int i = 0; i < calls; ++i) {
@@ -124,25 +133,39 @@ bool connect(sip::EventLoop& loop, Peer& caller, Peer& called, int calls)
     return false;
 }
 
-bool measure(sip::EventLoop& loop, char const* name, sip::Encryption encryption, int calls, int seconds)
+long residentKilobytes()
 {
+    std::ifstream status("/proc/self/status");
+    std::string word;
+    long kilobytes = 0;
+    while (status >> word) {
+        if (word == "VmRSS:") {
+            status >> kilobytes;
+        }
+    }
+    return kilobytes;
+}
+
+bool measure(sip::EventLoop& loop, sip::Encryption encryption, int calls, int seconds)
+{
+    long const memoryBefore = residentKilobytes();
     Peer called(loop, encryption);
     Peer caller(loop, encryption);
     if (!connect(loop, caller, called, calls)) {
-        std::fprintf(stderr, "%s: only %d of %d calls are connected\n", name, caller.established, calls);
+        std::fprintf(stderr, "bench_encrypted_calls: only %d of %d calls are connected\n", caller.established, calls);
         return false;
     }
     double const before = processorSeconds();
-    auto const heardBefore = caller.voice.heard + called.voice.heard;
+    auto const heardBefore = heardBy(loop, caller, called);
     sleepFor(std::chrono::seconds(seconds));
     double const used = processorSeconds() - before;
-    auto const heard = caller.voice.heard + called.voice.heard - heardBefore;
+    auto const heard = heardBy(loop, caller, called) - heardBefore;
     auto const here = caller.statistics();
     auto const there = called.statistics();
-    std::printf("%-9s %4d calls (%4d encrypted): %5.1f %% of a core, %llu frames heard, %llu lost, %llu forged\n", name,
-                calls, caller.encrypted, 100 * used / seconds, static_cast<unsigned long long>(heard),
-                static_cast<unsigned long long>(here.lost + there.lost),
-                static_cast<unsigned long long>(here.forged + there.forged));
+    std::printf("{\"percent\": %.2f, \"heard\": %llu, \"lost\": %llu, \"encrypted\": %d, \"kb\": %ld}\n",
+                100 * used / seconds, static_cast<unsigned long long>(heard),
+                static_cast<unsigned long long>(here.lost + there.lost), caller.encrypted,
+                residentKilobytes() - memoryBefore);
     return true;
 }
 
@@ -150,16 +173,17 @@ bool measure(sip::EventLoop& loop, char const* name, sip::Encryption encryption,
 
 int main(int count, char** arguments)
 {
-    int const calls = count > 1 ? std::atoi(arguments[1]) : 200;
-    int const seconds = count > 2 ? std::atoi(arguments[2]) : 10;
-    if (calls < 1 || seconds < 1) {
-        std::fprintf(stderr, "usage: bench_encrypted_calls CALLS SECONDS\n");
+    int const calls = count == 4 ? std::atoi(arguments[1]) : 0;
+    int const seconds = count == 4 ? std::atoi(arguments[2]) : 0;
+    std::string const kind = count == 4 ? arguments[3] : "";
+    if (calls < 1 || seconds < 1 || (kind != "plain" && kind != "encrypted")) {
+        std::fprintf(stderr, "usage: bench_encrypted_calls CALLS SECONDS plain|encrypted\n");
         return 2;
     }
     sip::EventLoop loop;
     loop.start();
-    bool const measured = measure(loop, "plain", sip::Encryption::kNone, calls, seconds) &&
-                          measure(loop, "encrypted", sip::Encryption::kRequired, calls, seconds);
+    auto const encryption = kind == "plain" ? sip::Encryption::kNone : sip::Encryption::kRequired;
+    bool const measured = measure(loop, encryption, calls, seconds);
     loop.stop();
     return measured ? 0 : 1;
 }

@@ -7,6 +7,7 @@
 
 #include "platform/lines/LineData.h"
 #include "telephone/framework/Log.h"
+#include "telephone/services/CertificateManagement.h"
 #include "telephone/sip/Uri.h"
 
 namespace telephone {
@@ -25,9 +26,11 @@ Outcome<std::string> hostPortOf(std::string const& registrar)
     return uri->formatAddressOfRecord().substr(scheme.size());
 }
 
-void useExchange(ServerConfiguration& server, exchange::Exchange const& exchange)
+void useExchange(Configuration& configuration, exchange::Exchange const& exchange)
 {
-    server.registrar = "sip:" + exchange.hostPort();
+    ServerConfiguration& server = configuration.server;
+    bool const overTls = configuration.sip.transport == Transport::kTls;
+    server.registrar = "sip:" + exchange.hostPort(overTls ? sip::Transport::kTls : sip::Transport::kUdp);
     if (server.directedPickup.empty()) {
         server.directedPickup = exchange::kDirectedPickup;
     }
@@ -133,6 +136,11 @@ Outcome<exchange::ExchangeConfig> exchangeConfigOf(Configuration const& configur
         }
     }
     config.log = sipLogger("exchange");
+    if (!configuration.exchange.certificate.empty()) {
+        config.tls = {configuration.exchange.certificate, configuration.exchange.key,
+                      trustedAuthorities(configuration)};
+        config.tlsPort = static_cast<std::uint16_t>(config.port == 0 ? 0 : config.port + 1);
+    }
     // Its own numbers take calls of either kind.
     config.encryption = configuration.media.encryption == 0 ? sip::Encryption::kNone : sip::Encryption::kOptional;
     config.keysWithoutTls = configuration.media.keysWithoutTls;
@@ -147,6 +155,13 @@ Outcome<exchange::ExchangeConfig> exchangeConfigOf(Configuration const& configur
     return config;
 }
 
+std::function<std::string(std::string const& host)> trustedAuthorities(Configuration const& configuration)
+{
+    return [management = std::make_shared<CertificateManagement>(configuration.certificates)](std::string const& host) {
+        return management->trustedAuthoritiesFor(host);
+    };
+}
+
 std::unique_ptr<exchange::Exchange> makeExchange(sip::EventLoop& loop, Configuration const& configuration)
 {
     if (!configuration.exchange.enabled || !configuration.server.registrar.empty()) {
@@ -159,7 +174,7 @@ Outcome<Configuration> withServer(Configuration configuration, exchange::Exchang
 {
     ServerConfiguration& server = configuration.server;
     if (exchange != nullptr) {
-        useExchange(server, *exchange);
+        useExchange(configuration, *exchange);
     }
     if (!server.domain.empty() || server.registrar.empty()) {
         return configuration;

@@ -1,7 +1,9 @@
 // The call server with which the telephone's lines register: the configured registrar, else the built-in exchange.
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <string>
 
 #include "telephone/base/Refusal.h"
 #include "telephone/configuration/Configuration.h"
@@ -17,6 +19,9 @@ sip::Logger sipLogger(char const* component);
 // Refused for a number whose keys contradict each other, or whose steps or sound files are wrong; the reason names the
 // number and the key.
 [[nodiscard]] Outcome<exchange::ExchangeConfig> exchangeConfigOf(Configuration const& configuration);
+
+// The authorities that the configuration trusts for TLS.
+std::function<std::string(std::string const& host)> trustedAuthorities(Configuration const& configuration);
 
 // Null if the configuration names a registrar or switches the exchange off. Throws std::runtime_error if the exchange
 // cannot use its port, and as exchangeConfigOf refuses.

@@ -22,6 +22,7 @@
 #include "telephone/framework/EventDispatcher.h"
 #include "telephone/framework/EventHistory.h"
 #include "telephone/framework/Log.h"
+#include "telephone/framework/Refusals.h"
 #include "telephone/framework/RequestRunner.h"
 #include "telephone/framework/ServiceLibrary.h"
 #include "telephone/framework/TelephoneContext.h"
@@ -66,10 +67,14 @@ constexpr std::chrono::milliseconds kSubscriptionTime{1000};
 // The longest wait for registrations at the start.
 constexpr std::chrono::milliseconds kRegistrationTime{5000};
 
-EngineConfiguration engineOf(Configuration const& configuration)
+EngineConfiguration engineOf(Configuration const& configuration, Settings& settings)
 {
     EngineConfiguration engine = EngineConfiguration::from(configuration);
     engine.agent.log = sipLogger("sip");
+    engine.agent.tls->authoritiesFor = trustedAuthorities(configuration);
+    if (auto const uuid = settings.deviceUuid(); !reportIfRefused(kComponent, uuid)) {
+        engine.agent.instance = "urn:uuid:" + *uuid;
+    }
     engine.agent.traceMessages = [] { return logLevel() >= kLogDetail; };
     return engine;
 }
@@ -114,7 +119,7 @@ struct Telephone::Parts
     LineTable lineTable{configuration};
     SfiReaders readers{settings, configuration, lineTable};
     SettingsCallPolicy policy{settings, lineTable};
-    CallEngine engine{loop, engineOf(configuration), lineTable, policy,
+    CallEngine engine{loop, engineOf(configuration, settings), lineTable, policy,
                       [this](Event event) { events.post(std::move(event)); }};
     ServerAddress const server = serverAddressOf(configuration, exchange != nullptr, engine.userAgent().hostPort());
     Lines lines{lineTable, configuration, settings, engine, timers};

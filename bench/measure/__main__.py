@@ -7,7 +7,7 @@ import time
 import traceback
 from collections.abc import Callable
 
-from . import calls, fleet, footprint, machine, micro, report, sockets
+from . import audio, calls, fleet, footprint, machine, micro, report, sockets
 from .goals import Figures
 
 Part = Callable[[pathlib.Path, pathlib.Path], Figures]
@@ -17,6 +17,7 @@ PARTS: tuple[tuple[str, Part], ...] = (
     ("application socket", sockets.round_trips),
     ("subscribers", sockets.subscribers),
     ("calls", calls.call_rates),
+    ("encrypted calls", audio.measure),
     ("library", footprint.library),
     ("idle telephone", footprint.idle_telephone),
     ("fifty telephones", fleet.measure),

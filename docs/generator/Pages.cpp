@@ -60,7 +60,8 @@ A configuration file has the same as `[[fault]]` ([configuration.md](configurati
 the telephone. A fault without a moment is active before the lines register.
 
 Faults of the network act in [virtual time](virtual-time.md) only, where datagrams stay inside the telephone. They concern UDP:
-what lines send over TCP is not lost. In virtual time, audio to which nobody listens is not sent, and so cannot be lost either.
+what lines send over TCP is not lost. Audio is lost whether anybody listens to it or not: the receiver counts it, and a call without
+any audio for a minute ends ([networks.md](networks.md)).
 
 | Fault | Meaning | Only in virtual time |
 |---|---|---|

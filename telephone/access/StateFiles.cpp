@@ -5,6 +5,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "telephone/base/OwnerOnly.h"
 #include "telephone/display/StateDifference.h"
 
 namespace telephone {
@@ -27,6 +28,9 @@ Outcome<std::string> readStateFile(std::string const& name, TelephoneState const
 
 Outcome<> saveState(TelephoneState const& state, std::string const& file)
 {
+    if (auto closed = makeOwnerOnly(file); !closed) {
+        return closed;
+    }
     std::ofstream written(file);
     written << stateJson(state) << '\n' << std::flush;
     return written ? Outcome<>()

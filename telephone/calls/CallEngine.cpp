@@ -45,7 +45,7 @@ void CallEngine::activate()
 {
     std::lock_guard const guard(loop_);
     availability_.active = true;
-    registrations_.refresh(lines_.accounts());
+    registrations_.begin(lines_.accounts());
 }
 
 void CallEngine::deactivate()
@@ -57,15 +57,17 @@ void CallEngine::deactivate()
     callBacks_.clear();
     messages_.clear();
     publisher_.clear();
-    registrations_.refresh({});
+    registrations_.end();
 }
 
 void CallEngine::setServiceState(sfiServiceState state)
 {
     std::lock_guard const guard(loop_);
     availability_.serviceState = state;
-    if (availability_.active) {
-        registrations_.refresh(state == sfiServiceOutOfService ? std::vector<LineAccount>() : lines_.accounts());
+    if (state == sfiServiceOutOfService) {
+        registrations_.end();
+    } else if (availability_.active) {
+        registrations_.begin(lines_.accounts());
     }
 }
 

@@ -30,9 +30,14 @@ EngineConfiguration EngineConfiguration::from(Configuration const& configuration
     engine.agent.address = configuration.sip.address;
     engine.agent.udpPort = static_cast<std::uint16_t>(configuration.sip.port);
     engine.agent.tcpPort = static_cast<std::uint16_t>(configuration.sip.port);
+    engine.agent.tlsPort = static_cast<std::uint16_t>(configuration.sip.port == 0 ? 0 : configuration.sip.port + 1);
+    engine.agent.tls = sip::TlsConfig{configuration.sip.certificate, configuration.sip.key, {}};
+    engine.agent.tlsFromTheStart =
+        configuration.sip.transport == Transport::kTls || !configuration.sip.certificate.empty();
     engine.agent.name = configuration.sip.userAgent;
-    engine.agent.limits = {configuration.limits.requests, configuration.limits.transactions,
-                           configuration.limits.subscriptions};
+    auto const& limits = configuration.limits;
+    engine.agent.limits = {limits.requests, limits.transactions, limits.subscriptions, limits.connections,
+                           limits.sourceConnections};
     engine.permissions = permissionsOf(configuration.permissions);
     engine.agent.sessionExpires = std::chrono::seconds(configuration.calls.sessionExpires);
     engine.agent.reliableResponses = static_cast<sip::ReliableUse>(configuration.calls.reliableResponses);

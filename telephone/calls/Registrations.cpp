@@ -11,41 +11,14 @@
 
 namespace telephone {
 
-namespace {
-
-bool sameAccount(sip::Account const& left, sip::Account const& right)
-{
-    return left.user == right.user && left.domain == right.domain && left.registrar == right.registrar &&
-           left.authUser == right.authUser && left.password == right.password && left.proxy == right.proxy &&
-           left.transport == right.transport && left.expires == right.expires && left.displayName == right.displayName;
-}
-
-}  // namespace
-
 Registrations::Registrations(sip::UserAgent& agent, EventPoster const& post, Changed changed)
     : agent_(agent)
     , post_(post)
     , changed_(std::move(changed))
 {}
 
-void Registrations::refresh(std::vector<LineAccount> const& accounts)
+void Registrations::begin(std::vector<LineAccount> const& accounts)
 {
-    auto const isListed = [&accounts](Entry const& entry) {
-        return std::ranges::any_of(accounts, [&entry](LineAccount const& line) {
-            return line.registers && line.lineNumber == entry.line.lineNumber &&
-                   sameAccount(line.account, entry.line.account);
-        });
-    };
-    for (auto each = entries_.begin(); each != entries_.end();) {
-        if (isListed(each->second)) {
-            ++each;
-            continue;
-        }
-        if (each->second.registered) {
-            tell(each->second, false, sfiRegistrationEnded);
-        }
-        each = entries_.erase(each);
-    }
     for (LineAccount const& line : accounts) {
         if (!line.registers || entries_.count(line.lineNumber) != 0) {
             continue;
@@ -54,6 +27,16 @@ void Registrations::refresh(std::vector<LineAccount> const& accounts)
         entry.line = line;
         entry.registration = agent_.registerAccount(line.account, *this);
     }
+}
+
+void Registrations::end()
+{
+    for (auto& [number, entry] : entries_) {
+        if (entry.registered) {
+            tell(entry, false, sfiRegistrationEnded);
+        }
+    }
+    entries_.clear();
 }
 
 bool Registrations::isRegistered(int lineNumber) const

@@ -26,8 +26,10 @@ public:
     // Any thread; takes the phone lock.
     bool isRegistered(int lineNumber) const;
 
-    // Registers new and changed accounts, and unregisters those that are no longer listed.
-    void refresh(std::vector<LineAccount> const& accounts);
+    // Registers the accounts that want it and are not registered yet.
+    void begin(std::vector<LineAccount> const& accounts);
+    // Unregisters all.
+    void end();
 
 private:
     struct Entry

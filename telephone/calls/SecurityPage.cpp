@@ -20,9 +20,9 @@ generated from `telephone/sip/Permissions.h` and `telephone/configuration/Config
 
 | What | Where | Who reaches it |
 |---|---|---|
-| SIP | UDP and TCP port `sip.port` of `sip.address`; 127.0.0.1 unless the file names another address | the network of that address; see below |
+| SIP | UDP and TCP port `sip.port` of `sip.address`, and the next one for TLS where that is used; 127.0.0.1 unless the file names another address | the network of that address; see below |
 | audio | two UDP ports for each call, on the same address, for as long as the call lasts | the same |
-| built-in exchange | UDP and TCP port `exchange.port` of 127.0.0.1, unless a registrar is configured or it is off | programs of this machine |
+| built-in exchange | UDP and TCP port `exchange.port` of 127.0.0.1, and the next one for TLS with `exchange.certificate`, unless a registrar is configured or it is off | programs of this machine |
 | applications | a UNIX socket | the user who runs the telephone |
 | HTTP | off; `http.address` ([http.md](http.md)) | programs with the token; another address than this machine's own needs a certificate |
 
@@ -51,6 +51,8 @@ be authenticated to.
 
 - A far end may send anything within its own dialog: the dialog's tags, which nobody else is told, are its permission. A watcher
   of a line does learn them, and can take a call over if it may send the request for that.
+- `P-Asserted-Identity` (RFC 3325) of the line's server is shown as the far end's name and number, in calls, answers and changes
+  of a call. Anybody else's is ignored: From is shown.
 - OPTIONS is answered to anybody. Other methods than those above are refused with 405 or 481, whoever sends them.
 - A subscription of somebody unknown, where `subscriptions = "anybody"` permits it, must have the address it comes from as its
   Contact: the telephone sends its notifications to nobody who has not asked for them.
@@ -68,8 +70,9 @@ be authenticated to.
 
 constexpr std::string_view kTail = R"(
 What exceeds `requests` is dropped without an answer, which would double the traffic and go to an address that may be forged.
-The other limits are answered with 503 and Retry-After (RFC 3261 section 21.5.4), without a transaction. A burst may use the
-requests of two seconds at once. Refusals, OPTIONS and everything that is dropped take no memory.
+What exceeds `transactions` or `subscriptions` is answered with 503 and Retry-After (RFC 3261 section 21.5.4), without a
+transaction. A burst may use the requests of two seconds at once. Refusals, OPTIONS and everything that is dropped take no memory.
+A connection too many is closed before a byte of it is read, and before TLS begins.
 
 ## What the telephone sends
 
@@ -86,8 +89,9 @@ passed on as they are.
 
 ## Files and logs
 
-Everything the telephone creates can be read by its owner alone: log, store, recordings, WAV files, sockets. A file that exists
-keeps its mode.
+Everything the telephone writes can be read by its owner alone: log, store, recordings, WAV files, saved states, sockets. From a
+file that exists and that others can read, their rights are taken before it is written; one that belongs to another user, so that
+they cannot be taken, is refused. Only the reports of tests are written as they are.
 
 | Level | In the log |
 |---|---|

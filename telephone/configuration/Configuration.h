@@ -14,6 +14,7 @@ enum class Transport
 {
     kUdp,
     kTcp,
+    kTls,
 };
 
 // One line, and the account it registers with.
@@ -54,8 +55,11 @@ struct KeyConfiguration
 struct SipConfiguration
 {
     std::string address = "127.0.0.1";  // or an interface; another only if the file names it
-    int port = 0;                       // UDP and TCP; 0: any free one
+    int port = 0;                       // UDP and TCP; TLS: the next one; 0: any free one
     Transport transport = Transport::kUdp;
+    std::string certificate;  // PEM files for TLS; both or neither
+    std::string key;
+    int keepAlive = 120;  // seconds between keep-alives over TCP and TLS, at most; 0: none
     std::string userAgent = "reference telephone";
 };
 
@@ -68,10 +72,10 @@ struct DnsConfiguration
 // The call server with which lines register.
 struct ServerConfiguration
 {
-    std::string registrar;       // sip:host or sip:host:port; empty: the built-in exchange, or none if that is off
-    std::string domain;          // empty: the registrar's host
-    int expires = 300;           // seconds
-    int type = 0;                // sfiServerType
+    std::string registrar;  // sip:host, sip:host:port or sips:; empty: the built-in exchange, or none if that is off
+    std::string domain;     // empty: the registrar's host
+    int expires = 300;      // seconds
+    int type = 0;           // sfiServerType
     std::string directedPickup;  // address to which the number to pick up is appended; empty: the exchange's
     std::string groupPickup;     // number; empty: the exchange's
     std::string voiceMail;
@@ -83,7 +87,9 @@ struct ServerConfiguration
 struct ExchangeConfiguration
 {
     bool enabled = true;
-    int port = 0;  // 0: any free one
+    int port = 0;             // for TLS the next one; 0: any free ones
+    std::string certificate;  // PEM files for TLS; both or neither
+    std::string key;
     std::string realm = "exchange";
     int digests = 0;                  // 0: SHA-256 and MD5, 1: SHA-256, 2: MD5
     std::string password = "secret";  // of every number without a password of its own
@@ -206,6 +212,8 @@ struct LimitsConfiguration
     int requests = 20;        // a second from one source
     int transactions = 1000;  // remembered at once
     int subscriptions = 100;  // at once
+    int connections = 100;    // accepted, at once
+    int sourceConnections = 20;
 };
 
 struct Configuration

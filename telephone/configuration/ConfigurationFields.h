@@ -82,8 +82,11 @@ inline constexpr auto kKey = std::to_array<ConfigurationField<KeyConfiguration>>
 
 inline constexpr auto kSip = std::to_array<ConfigurationField<SipConfiguration>>({
     {"address",             &SipConfiguration::address,             "IP address of the telephone, or a network interface, which stands for one address of each family"},
-    {"port",                &SipConfiguration::port,                "UDP and TCP port; 0: any free one", {}, 0, kHighestPort},
-    {"transport",           &SipConfiguration::transport,           "for registrations and calls", "udp|tcp"},
+    {"port",                &SipConfiguration::port,                "UDP and TCP port, for TLS the next one; 0: any free ones", {}, 0, kHighestPort},
+    {"transport",           &SipConfiguration::transport,           "for registrations and calls", "udp|tcp|tls"},
+    {"certificate",         &SipConfiguration::certificate,         "PEM file with the telephone's certificate for TLS, followed by those of its authorities; empty: it shows none, and nobody can call it over TLS"},
+    {"key",                 &SipConfiguration::key,                 "PEM file with the private key of the certificate"},
+    {"keep-alive",          &SipConfiguration::keepAlive,           "seconds between the empty lines that keep a TCP or TLS connection to the server open, at most; 0: none", {}, 0, 3600},
     {"user-agent",          &SipConfiguration::userAgent,           "its name in SIP messages"},
 });
 
@@ -92,7 +95,7 @@ inline constexpr auto kDns = std::to_array<ConfigurationField<DnsConfiguration>>
 });
 
 inline constexpr auto kServer = std::to_array<ConfigurationField<ServerConfiguration>>({
-    {"registrar",           &ServerConfiguration::registrar,        "sip:host or sip:host:port, by name or address; empty: the built-in exchange"},
+    {"registrar",           &ServerConfiguration::registrar,        "sip:host or sip:host:port, by name or address, or sips: for TLS; empty: the built-in exchange"},
     {"domain",              &ServerConfiguration::domain,           "domain of the lines' addresses; empty: the registrar's host"},
     {"expires",             &ServerConfiguration::expires,          "seconds until a registration expires", {}, 10, 86400},
     {"type",                &ServerConfiguration::type,             "0 generic, 1 with pickup, 2 with a no-reply delay set on the phone, 7 with bridged appearances", {}, 0, 255},
@@ -106,7 +109,9 @@ inline constexpr auto kServer = std::to_array<ConfigurationField<ServerConfigura
 
 inline constexpr auto kExchange = std::to_array<ConfigurationField<ExchangeConfiguration>>({
     {"enabled",             &ExchangeConfiguration::enabled,        "whether the built-in exchange runs"},
-    {"port",                &ExchangeConfiguration::port,           "0: any free one", {}, 0, kHighestPort},
+    {"port",                &ExchangeConfiguration::port,           "UDP and TCP port, for TLS the next one; 0: any free ones", {}, 0, kHighestPort},
+    {"certificate",         &ExchangeConfiguration::certificate,    "PEM file with its certificate: it listens for TLS, too; empty: it does not"},
+    {"key",                 &ExchangeConfiguration::key,            "PEM file with the private key of the certificate"},
     {"realm",               &ExchangeConfiguration::realm,          "realm for authentication"},
     {"digests",             &ExchangeConfiguration::digests,        "algorithms that it offers for authentication", "sha-256-and-md5|sha-256|md5"},
     {"password",            &ExchangeConfiguration::password,       "password of every number without one of its own"},
@@ -207,6 +212,8 @@ inline constexpr auto kLimits = std::to_array<ConfigurationField<LimitsConfigura
     {"requests",            &LimitsConfiguration::requests,         "SIP requests a second from one address, ten times as many from a line's server and within calls; others are dropped; 0: any number", {}, 0, 100000},
     {"transactions",        &LimitsConfiguration::transactions,     "requests outside calls in 32 s; others are answered with 503; 0: any number", {}, 0, 1000000},
     {"subscriptions",       &LimitsConfiguration::subscriptions,    "watchers of the lines at once; others are answered with 503; 0: any number", {}, 0, 100000},
+    {"connections",         &LimitsConfiguration::connections,      "TCP and TLS connections that others have open to the telephone; more are closed at once; 0: any number", {}, 0, 8000},
+    {"connections-per-address", &LimitsConfiguration::sourceConnections, "of these, from one address; 0: any number", {}, 0, 8000},
 });
 // clang-format on
 

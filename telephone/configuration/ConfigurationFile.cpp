@@ -55,6 +55,8 @@ private:
         places_.dns = placeOf(file.at_path("dns.servers"));
         places_.server = placeOf(file.at_path("server.registrar"));
         places_.push = placeOf(file.at_path("push.address"));
+        places_.tls = placeOf(file.at_path("sip"));
+        places_.exchange = placeOf(file.at_path("exchange"));
         places_.http = placeOf(file.at_path("http"));
         places_.exchangePassword = placeOf(file.at_path("exchange.password"));
         places_.recording = placeOf(file.at_path("recording.folder"));

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <map>
 #include <system_error>
+#include <tuple>
 
 #include <net/if.h>
 #include <spdlog/fmt/fmt.h>
@@ -28,6 +29,7 @@ public:
     Outcome<> complete()
     {
         return checkAddresses()
+            .and_then([this] { return checkTls(); })
             .and_then([this] { return checkHttp(); })
             .and_then([this] { return checkCalls(); })
             .and_then([this] { return checkExchange(); })
@@ -56,14 +58,36 @@ private:
             }
         }
         auto const& registrar = configuration_.server.registrar;
-        if (!registrar.empty() && (!registrar.starts_with("sip:") || registrar.size() == 4)) {
-            return places_.refusal(places_.server,
-                                   fmt::format("server.registrar takes sip:host:port, not \"{}\"", registrar));
+        bool const isAddress = registrar.starts_with("sip:") || registrar.starts_with("sips:");
+        if (!registrar.empty() && (!isAddress || registrar.ends_with(":"))) {
+            return places_.refusal(
+                places_.server,
+                fmt::format("server.registrar takes sip:host:port or sips:host:port, not \"{}\"", registrar));
         }
         auto const& push = configuration_.push.address;
         if (!push.empty() && (!push.starts_with("http://") || push.size() == 7)) {
             return places_.refusal(places_.push,
                                    fmt::format("push.address takes http://host:port/path, not \"{}\"", push));
+        }
+        return {};
+    }
+
+    Outcome<> checkTls() const
+    {
+        auto const& [sip, exchange] = std::tie(configuration_.sip, configuration_.exchange);
+        if (sip.certificate.empty() != sip.key.empty()) {
+            return places_.refusal(places_.tls, fmt::format("sip.{} is missing: TLS takes a certificate and its key",
+                                                            sip.key.empty() ? "key" : "certificate"));
+        }
+        if (exchange.certificate.empty() != exchange.key.empty()) {
+            return places_.refusal(places_.exchange,
+                                   fmt::format("exchange.{} is missing: TLS takes a certificate and its key",
+                                               exchange.key.empty() ? "key" : "certificate"));
+        }
+        bool const usesExchange = exchange.enabled && configuration_.server.registrar.empty();
+        if (sip.transport == Transport::kTls && usesExchange && exchange.certificate.empty()) {
+            return places_.refusal(places_.tls, "sip.transport = \"tls\" needs exchange.certificate and exchange.key, "
+                                                "because the lines register at the built-in exchange");
         }
         return {};
     }

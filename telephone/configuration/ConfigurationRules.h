@@ -21,6 +21,8 @@ struct ConfigurationPlaces
     std::vector<int> exchangeNumbers;
     std::vector<int> faults;
     int sip = 0;
+    int tls = 0;
+    int exchange = 0;
     int dns = 0;
     int server = 0;
     int push = 0;

@@ -21,6 +21,9 @@ sip::UserAgentConfig agentConfig(ExchangeConfig const& config)
     sip::UserAgentConfig own;
     own.address = config.address;
     own.udpPort = config.port;
+    own.tls = config.tls;
+    own.tlsPort = config.tlsPort;
+    own.tlsFromTheStart = config.tls.has_value();
     own.name = "exchange";
     own.encryption = config.encryption;
     own.keysWithoutTls = config.keysWithoutTls;

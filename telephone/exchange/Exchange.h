@@ -48,7 +48,8 @@ public:
     Exchange(Exchange const&) = delete;
     Exchange& operator=(Exchange const&) = delete;
 
-    std::string hostPort() const { return agent_->hostPort(); }  // domain of its numbers, "127.0.0.1:5060"
+    // The domain of its numbers, "127.0.0.1:5060".
+    std::string hostPort(sip::Transport transport = sip::Transport::kUdp) const { return agent_->hostPort(transport); }
     std::uint16_t port() const { return agent_->udpPort(); }
     std::uint16_t tcpPort() const { return agent_->tcpPort(); }
 

@@ -11,6 +11,7 @@
 #include "telephone/sip/Audio.h"
 #include "telephone/sip/DigestResponse.h"
 #include "telephone/sip/Log.h"
+#include "telephone/sip/TlsConfig.h"
 
 namespace telephone::exchange {
 
@@ -24,7 +25,9 @@ struct ExchangeUser
 struct ExchangeConfig
 {
     std::string address = "127.0.0.1";
-    std::uint16_t port = 0;  // UDP, and TCP if it is free; 0: chosen
+    std::uint16_t port = 0;             // UDP, and TCP if it is free; 0: chosen
+    std::optional<sip::TlsConfig> tls;  // none: no TLS
+    std::uint16_t tlsPort = 0;          // 0: chosen
     std::string realm = "exchange";
     std::vector<sip::DigestAlgorithm> digests{sip::DigestAlgorithm::kSha256, sip::DigestAlgorithm::kMd5};  // offered
     std::vector<ExchangeUser> users;                    // numbers with a password of their own

@@ -13,6 +13,7 @@
 #include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/spdlog.h>
 
+#include "telephone/base/OwnerOnly.h"
 #include "telephone/time/SteadyClock.h"
 #include "telephone/time/VirtualTime.h"
 
@@ -30,7 +31,7 @@ std::shared_ptr<spdlog::logger> makeLogger(spdlog::sink_ptr sink)
     auto made = std::make_shared<spdlog::logger>("telephone", std::move(sink));
     made->set_pattern(kPattern, isVirtual() ? spdlog::pattern_time_type::utc : spdlog::pattern_time_type::local);
     made->set_level(spdlog::level::trace);  // logLine checks the level
-    made->flush_on(spdlog::level::err);
+    made->flush_on(spdlog::level::info);    // news can be read at once, a trace when there is much of it
     return made;
 }
 
@@ -88,6 +89,9 @@ std::string asEntry(std::string_view text)
 Outcome<> openLog(int level, std::string const& fileName)
 {
     setLogLevel(level);
+    if (auto const closed = makeOwnerOnly(fileName); !closed) {
+        return refuse(closed.error().kind, "log: " + closed.error().reason);
+    }
     std::shared_ptr<spdlog::logger> opened;
     try {
         opened = fileName.empty() ? makeLogger(std::make_shared<spdlog::sinks::stderr_sink_mt>())
@@ -121,7 +125,7 @@ void logLine(int level, std::string_view component, std::string_view text)
         return;
     }
     auto const name = kLevelNames[static_cast<std::size_t>(std::min(level, static_cast<int>(kLogDetail)))];
-    auto const severity = level <= kLogFailure ? spdlog::level::err : spdlog::level::info;
+    auto const severity = level <= kLogInfo ? spdlog::level::info : spdlog::level::debug;
     logger()->log(wallTime(), spdlog::source_loc{}, severity,
                   fmt::format("{} [{}] {}", name, component, asEntry(text)));
 }

@@ -9,6 +9,19 @@ std::string const& first(std::string const& text, std::string const& otherwise)
     return text.empty() ? otherwise : text;
 }
 
+sip::Transport transportOf(Transport configured)
+{
+    switch (configured) {
+    case Transport::kUdp:
+        return sip::Transport::kUdp;
+    case Transport::kTcp:
+        return sip::Transport::kTcp;
+    case Transport::kTls:
+        return sip::Transport::kTls;
+    }
+    return sip::Transport::kUdp;
+}
+
 }  // namespace
 
 std::string const& userOfLine(LineConfiguration const& line)
@@ -25,7 +38,8 @@ sip::Account accountOf(LineConfiguration const& line, Configuration const& confi
     account.registrar = server.registrar;
     account.authUser = first(line.authUser, account.user);
     account.password = first(line.password, server.defaultPassword);
-    account.transport = configuration.sip.transport == Transport::kTcp ? sip::Transport::kTcp : sip::Transport::kUdp;
+    account.transport = transportOf(configuration.sip.transport);
+    account.keepAlive = std::chrono::seconds(configuration.sip.keepAlive);
     account.expires = static_cast<std::uint32_t>(configuration.server.expires);
     return account;
 }

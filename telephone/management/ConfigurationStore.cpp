@@ -4,12 +4,25 @@
 
 #include <spdlog/fmt/fmt.h>
 
+#include "telephone/time/VirtualTime.h"
+
 namespace telephone {
 
 namespace {
 
 constexpr char const* kTable = "CREATE TABLE IF NOT EXISTS setting(name TEXT PRIMARY KEY, value TEXT NOT NULL) "
                                "STRICT, WITHOUT ROWID";
+
+constexpr char const* kDeviceTable = "CREATE TABLE IF NOT EXISTS device(uuid TEXT NOT NULL) STRICT";
+
+// RFC 4122 section 4.4.
+std::string randomUuid()
+{
+    auto const high = (randomNumber() & ~std::uint64_t{0xf000}) | 0x4000;
+    auto const low = (randomNumber() & ~(std::uint64_t{3} << 62)) | std::uint64_t{1} << 63;
+    return fmt::format("{:08x}-{:04x}-{:04x}-{:04x}-{:012x}", high >> 32, high >> 16 & 0xffff, high & 0xffff, low >> 48,
+                       low & 0xffff'ffff'ffff);
+}
 
 int primaryCode(int result)
 {
@@ -115,6 +128,24 @@ Outcome<ConfigurationStore::Values> ConfigurationStore::load()
         return openRefusal(result);
     }
     return values;
+}
+
+Outcome<std::string> ConfigurationStore::deviceUuid()
+{
+    int result = sqlite::execute(connection_.get(), kDeviceTable);
+    if (result == SQLITE_OK) {
+        sqlite::Statement insert(connection_.get(),
+                                 "INSERT INTO device SELECT ?1 WHERE NOT EXISTS (SELECT * FROM device)");
+        auto const made = randomUuid();
+        insert.bind(1, made);
+        result = insert.step();
+    }
+    if (result != SQLITE_DONE) {
+        return writeRefusal(result);
+    }
+    sqlite::Statement select(connection_.get(), "SELECT uuid FROM device");
+    result = select.step();
+    return result == SQLITE_ROW ? Outcome<std::string>(select.text(0)) : openRefusal(result);
 }
 
 bool ConfigurationStore::changedByOthers()

@@ -44,6 +44,9 @@ public:
     [[nodiscard]] Outcome<Values> load();
     // Writes all changes or none. They are on the disk when it returns a success.
     [[nodiscard]] Outcome<> write(std::vector<Change> const& changes);
+    // The device as other programs know it, "f81d4fae-7dec-41d0-a765-00a0c91e6bf6": made once, and the same as long as
+    // the store is there.
+    [[nodiscard]] Outcome<std::string> deviceUuid();
     // A fault: while the store is full, every write is refused. Any thread.
     void setFull(bool full) { isFull_ = full; }
     // Whether another connection has written since the last call of `load` or of this.

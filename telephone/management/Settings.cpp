@@ -201,6 +201,12 @@ Outcome<> Settings::resetUserSettings()
     });
 }
 
+Outcome<std::string> Settings::deviceUuid()
+{
+    std::lock_guard const guard(writing_);
+    return store_->deviceUuid();
+}
+
 void Settings::refresh()
 {
     std::vector<std::string> changed;

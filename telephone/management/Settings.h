@@ -58,6 +58,9 @@ public:
     // Returns every user setting to its standard value; administrator settings stay.
     [[nodiscard]] Outcome<> resetUserSettings();
 
+    // As ConfigurationStore::deviceUuid.
+    [[nodiscard]] Outcome<std::string> deviceUuid();
+
     // Whether the last write reached the disk; true before the first.
     [[nodiscard]] bool isWritable() const { return writable_; }
 

@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "telephone/base/OwnerOnly.h"
 #include "telephone/management/Sqlite.h"
 
 namespace telephone {
@@ -130,6 +131,14 @@ Outcome<> checkWritable(std::string const& path)
     return {};
 }
 
+// The store, and what a telephone that was killed has left of its log.
+Outcome<> makeStoreOwnerOnly(std::string const& path)
+{
+    return makeOwnerOnly(path).and_then([&path] { return makeOwnerOnly(path + "-wal"); }).and_then([&path] {
+        return makeOwnerOnly(path + "-shm");
+    });
+}
+
 }  // namespace
 
 Outcome<> prepareStoreFile(std::string const& path)
@@ -146,7 +155,8 @@ Outcome<> prepareStoreFile(std::string const& path)
     auto const created = !exists || status.st_size == 0 ? createStoreFile(path, exists) : Outcome<>();
     return created.and_then([&path] { return readHeader(path); })
         .and_then([&path](Header const& header) { return checkHeader(path, header); })
-        .and_then([&path] { return checkWritable(path); });
+        .and_then([&path] { return checkWritable(path); })
+        .and_then([&path] { return makeStoreOwnerOnly(path); });
 }
 
 FileIdentity identityOf(std::string const& path)

@@ -5,6 +5,8 @@
 
 #include <sndfile.h>
 
+#include "telephone/base/OwnerOnly.h"
+
 namespace telephone {
 
 struct WavWriter::File
@@ -21,6 +23,9 @@ struct WavWriter::File
 
 WavWriter::WavWriter(std::string const& path, int channels)
 {
+    if (auto const closed = makeOwnerOnly(path); !closed) {
+        throw std::runtime_error("audio file: " + closed.error().reason);
+    }
     SF_INFO info{};
     info.samplerate = static_cast<int>(sip::kSampleRate);
     info.channels = channels;

@@ -47,7 +47,7 @@ telephone::Outcome<int> run(telephone::CommandLine const& line, telephone::StopS
 
 int main(int count, char** arguments)
 {
-    // Logs, stores, recordings and sockets are their owner's alone.
+    // Logs, stores, recordings and sockets are their owner's alone; for files that exist: base/OwnerOnly.h.
     ::umask(S_IRWXG | S_IRWXO);
     try {
         int exitStatus = 0;

@@ -6,6 +6,7 @@
 
 #include <spdlog/fmt/fmt.h>
 
+#include "telephone/base/OwnerOnly.h"
 #include "telephone/framework/EventHistory.h"
 #include "telephone/framework/Log.h"
 #include "telephone/protocol/EventJson.h"
@@ -23,6 +24,9 @@ constexpr std::size_t kMostWaiting = 100000;  // lines
 Outcome<std::shared_ptr<RecordingWriter>> RecordingWriter::open(std::string const& file, EventHistory const& history,
                                                                 std::uint64_t after)
 {
+    if (auto const closed = makeOwnerOnly(file); !closed) {
+        return tl::unexpected(closed.error());
+    }
     File opened(std::fopen(file.c_str(), "we"));
     if (opened == nullptr) {
         return refuse(RefusalKind::kUnavailable,

@@ -10,7 +10,8 @@ namespace telephone::sip {
 enum class Transport : int
 {
     kUdp,
-    kTcp
+    kTcp,
+    kTls
 };
 
 struct Account
@@ -25,8 +26,11 @@ struct Account
     Transport transport = Transport::kUdp;
     std::uint32_t expires = 3600;  // seconds requested at registration
 
+    std::chrono::seconds keepAlive{120};  // between keep-alives over TCP and TLS, at most; 0: none
+
     // Retries of a failed registration: no answer within answerTimeout counts as a failure (408); the delay starts at
-    // retryFirst and doubles up to retryMax.
+    // retryFirst and doubles up to retryMax, and half of it or less is taken off by chance (RFC 5626 section 4.5). A
+    // Retry-After of the registrar has precedence.
     std::chrono::milliseconds answerTimeout{8000};
     std::chrono::milliseconds retryFirst{2000};
     std::chrono::milliseconds retryMax{60000};

@@ -6,11 +6,12 @@ Outcome<std::shared_ptr<ClientRequest>> ClientRequest::make(std::shared_ptr<Elem
                                                             Route const& route, std::string const& to)
 {
     auto request = std::make_shared<ClientRequest>(std::move(element), route.contactUser);
-    request->contactParameters_ = route.contactParameters;
+    request->route_ = route;
     makeCredentials(request->credentials_, account, request->element_->config().log);
-    char const* proxies[] = {route.proxy.c_str()};
-    int const error = sip_dialog_alloc(request->dialog_.out(), route.target.c_str(), to.c_str(), route.fromNameOrNull(),
-                                       route.fromUri.c_str(), proxies, route.proxyCount());
+    auto proxies = route.proxyTexts();
+    int const error =
+        sip_dialog_alloc(request->dialog_.out(), route.target.c_str(), to.c_str(), route.fromNameOrNull(),
+                         route.fromUri.c_str(), proxies.data(), static_cast<std::uint32_t>(proxies.size()));
     return request->prepare(error, route.target).map([&request] { return request; });
 }
 
@@ -53,7 +54,7 @@ Outcome<> ClientRequest::send(std::string const& method, std::string tail, std::
     if (error) {
         done_ = nullptr;
     }
-    return sent(error, method);
+    return element_->sentTo(route_, error, method);
 }
 
 int ClientRequest::transmit()
@@ -73,9 +74,15 @@ int ClientRequest::writeContact(sip_transp transport, sa const& source, sa const
     if (!contactExpires_ && !inDialog_) {
         return 0;
     }
-    contact_ = "sip:" + contactUser_ + "@" + addressText(source) + contactParameters_ + sip_transp_param(transport);
-    std::string const header = "Contact: <" + contact_ + ">" +
-                               (contactExpires_ ? ";expires=" + std::to_string(*contactExpires_) : "") + "\r\n";
+    contact_ =
+        "sip:" + contactUser_ + "@" + addressText(source) + route_.contactParameters + sip_transp_param(transport);
+    std::string header = "Contact: <" + contact_ + ">";
+    if (contactExpires_) {
+        std::string const& instance = element_->config().instance;
+        header += ";expires=" + std::to_string(*contactExpires_) +
+                  (instance.empty() ? "" : ";+sip.instance=\"<" + instance + ">\"");
+    }
+    header += "\r\n";
     return mbuf_write_str(&buffer, header.c_str());
 }
 

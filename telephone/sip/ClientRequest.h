@@ -28,6 +28,8 @@ public:
                                  std::optional<std::uint32_t> contactExpires, Handler done);
     // Drops the response that is due; the handler is not called any more.
     void abandon();
+    // What an error of the handler means.
+    Response failureOf(int error) const { return element_->failureOf(error, route_); }
     // When it was sent last, to whichever server.
     SteadyClock::time_point lastSent() const { return lastSent_; }
     // The Contact sent last, without brackets.
@@ -40,8 +42,8 @@ private:
     int writeContact(sip_transp transport, sa const& source, sa const* target, mbuf& buffer);
 
     std::shared_ptr<Element> element_;
+    Route route_;
     std::string contactUser_;
-    std::string contactParameters_;
     bool inDialog_ = false;
     Ref<::sip> stack_;
     Ref<sip_dialog> dialog_;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "telephone/sip/MediaClock.h"
+#include "telephone/sip/Stack.h"
 #include "telephone/time/VirtualTime.h"
 
 namespace telephone::sip {
@@ -12,6 +14,7 @@ namespace {
 constexpr unsigned kAlways = 100;
 constexpr unsigned kFirstReport = 192;  // of the packet types of RTCP (RFC 5761 section 4)
 constexpr unsigned kLastReport = 223;
+constexpr std::string_view kRtp("\x80\0", 2);  // the beginning of a packet
 
 bool befalls(DatagramFault const& fault, Datagram const& datagram)
 {
@@ -41,6 +44,7 @@ std::string Datagram::describe() const
 
 DatagramFaults::Id DatagramFaults::begin(DatagramFault fault)
 {
+    MediaClock::catchUp();
     faults_.push_back({++lastId_, std::move(fault)});
     return lastId_;
 }
@@ -48,6 +52,15 @@ DatagramFaults::Id DatagramFaults::begin(DatagramFault fault)
 void DatagramFaults::end(Id id)
 {
     faults_.remove_if([id](Entry const& each) { return each.id == id; });
+}
+
+bool DatagramFaults::mayBefallRtp(sa const& from, sa const& to) const
+{
+    if (faults_.empty()) {
+        return false;
+    }
+    Datagram const packet{addressText(from), addressText(to), kRtp};
+    return std::ranges::any_of(faults_, [&packet](Entry const& each) { return each.fault.concerns(packet); });
 }
 
 DatagramFaults::Verdict DatagramFaults::judge(Datagram const& datagram)

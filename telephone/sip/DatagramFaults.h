@@ -12,6 +12,8 @@
 #include <string>
 #include <string_view>
 
+struct sa;
+
 namespace telephone::sip {
 
 struct Datagram
@@ -39,7 +41,7 @@ enum class DatagramFate
 struct DatagramFault
 {
     DatagramFate fate = DatagramFate::kLost;
-    std::function<bool(Datagram const&)> concerns = {};  // which datagrams
+    std::function<bool(Datagram const&)> concerns = {};  // which datagrams; no more than a question
     unsigned percent = 100;                              // of these, drawn
     int count = 0;                                       // so many, then the fault ends; 0: without end
     std::chrono::milliseconds delay{0};                  // of kLate
@@ -58,11 +60,14 @@ public:
         std::chrono::milliseconds delay{0};
     };
 
+    // Audio that nobody hears is not sent until then; from then on it is, if the fault concerns RTP (RtpStream.h).
     Id begin(DatagramFault fault);
     // Does nothing if it has ended.
     void end(Id id);
 
     [[nodiscard]] bool isEmpty() const { return faults_.empty(); }
+    // Whether a fault concerns RTP between these two ends.
+    [[nodiscard]] bool mayBefallRtp(sa const& from, sa const& to) const;
     // What befalls a datagram: of several faults, the one that began first and concerns it.
     Verdict judge(Datagram const& datagram);
 

@@ -1,6 +1,7 @@
 #include "telephone/sip/Element.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <mutex>
 #include <stdexcept>
@@ -10,6 +11,7 @@
 #include "telephone/sip/EventLoop.h"
 #include "telephone/sip/LocalAddresses.h"
 #include "telephone/sip/MemoryNetwork.h"
+#include "telephone/sip/RegistrationImpl.h"
 #include "telephone/sip/ReliableResponses.h"
 #include "telephone/sip/Sdes.h"
 #include "telephone/sip/ServerRequest.h"
@@ -29,6 +31,59 @@ constexpr int kSessionBuckets = 256;
 // Longer than any transaction of a closed element lives (RFC 3261: 64 * T1).
 constexpr std::chrono::seconds kAfterlife{40};
 
+struct TransportNames
+{
+    Transport transport;
+    sip_transp stack;
+    char const* parameter;  // of a URI; null: none is needed
+};
+constexpr std::array<TransportNames, 3> kTransports{{
+    {Transport::kUdp, SIP_TRANSP_UDP, nullptr},
+    {Transport::kTcp, SIP_TRANSP_TCP, "tcp"},
+    {Transport::kTls, SIP_TRANSP_TLS, "tls"},
+}};
+
+// The transport that the URI asks for.
+sip_transp transportOf(Uri const& uri)
+{
+    if (uri.scheme == "sips") {
+        return SIP_TRANSP_TLS;
+    }
+    auto const wanted = uri.parameter("transport").value_or("");
+    auto const found = std::ranges::find_if(kTransports, [&wanted](TransportNames const& row) {
+        return row.parameter != nullptr && equalsIgnoringCase(row.parameter, wanted);
+    });
+    return found == kTransports.end() ? SIP_TRANSP_UDP : found->stack;
+}
+
+// Asks for the transport, unless the address names one.
+void useTransport(Transport transport, Uri& uri)
+{
+    auto const* const parameter = std::ranges::find(kTransports, transport, &TransportNames::transport)->parameter;
+    if (parameter != nullptr && uri.scheme == "sip" && !uri.parameter("transport")) {
+        uri.setParameter("transport", parameter);
+    }
+}
+
+// The host that a request to the URI goes to.
+std::string hostOf(Uri const& uri)
+{
+    return uri.parameter("maddr").value_or(uri.host);
+}
+
+// Nothing for an address, which needs no server to be found.
+std::optional<Destination> namedBy(Uri const& uri)
+{
+    auto const transport =
+        transportOf(uri) == SIP_TRANSP_TLS ? std::optional<std::string>("tls") : uri.parameter("transport");
+    return namedDestination(hostOf(uri), uri.port, transport);
+}
+
+std::vector<std::string> proxiesOf(Account const& account)
+{
+    return account.proxy.empty() ? std::vector<std::string>() : std::vector<std::string>{account.proxy};
+}
+
 }  // namespace
 
 void throwOnError(int error, std::string const& what)
@@ -38,11 +93,24 @@ void throwOnError(int error, std::string const& what)
     }
 }
 
+sip_transp stackTransport(Transport transport)
+{
+    return std::ranges::find(kTransports, transport, &TransportNames::transport)->stack;
+}
+
+std::vector<char const*> Route::proxyTexts() const
+{
+    std::vector<char const*> texts(proxies.size());
+    std::ranges::transform(proxies, texts.begin(), &std::string::c_str);
+    return texts;
+}
+
 Element::Element(EventLoop& loop, UserAgentConfig config)
     : loop_(loop)
     , config_(std::move(config))
     , clock_(loop)
     , tap_(std::make_shared<MessageTap>(loop))
+    , connectionLimits_(config_.limits, config_.log)
 {}
 
 void Element::open()
@@ -54,6 +122,9 @@ void Element::open()
     addresses_ = valueOrThrow(localAddresses(config_.address));
     bindUdp();
     bindTcp();
+    if (auto const opened = config_.tlsFromTheStart ? openTls() : Outcome<>(); !opened) {
+        throw std::runtime_error(opened.error().reason);
+    }
     findServers();
 }
 
@@ -66,6 +137,9 @@ void Element::findServers()
     ServerSearch::Settings settings{{Transport::kUdp, Transport::kTcp}, {}, [](std::uint32_t greatest) {
                                         return static_cast<std::uint32_t>(rand_u32() % (std::uint64_t{greatest} + 1));
                                     }};
+    if (tls_) {
+        settings.transports.push_back(Transport::kTls);
+    }
     for (sa const& each : addresses_) {
         settings.families.push_back(sa_af(&each) == AF_INET6 ? AddressFamily::kIpv6 : AddressFamily::kIpv4);
     }
@@ -75,16 +149,19 @@ void Element::findServers()
 }
 
 // Binds that port, or for 0 one that is free, which is then the port. Returns 0, or an error of errno.
-int Element::bind(sip_transp transport, sa const& local, std::uint16_t& port) const
+int Element::bind(sip_transp transport, sa const& local, std::uint16_t& port, ::tls* context)
 {
     sa wanted = local;
     sa_set_port(&wanted, port);
-    int error = sip_transp_add(stack_, transport, &wanted);
+    int error = sip_transp_add(stack_, transport, &wanted, context);
     sa bound{};
     if (!error) {
         error = sip_transp_laddr(stack_, &bound, transport, &local);
     }
     port = error ? port : sa_port(&bound);
+    if (!error && transport != SIP_TRANSP_UDP) {
+        connectionLimits_.guard(bound);
+    }
     return error;
 }
 
@@ -120,12 +197,55 @@ sa const& Element::addressOf(int family) const
 int Element::familyOf(Uri const& uri) const
 {
     sa numeric{};
-    if (sa_set_str(&numeric, uri.host.c_str(), 0) == 0) {
+    if (sa_set_str(&numeric, hostOf(uri).c_str(), 0) == 0) {
         return sa_af(&numeric);
     }
-    auto const destination = namedDestination(uri.host, uri.port, uri.parameter("transport"));
+    auto const destination = namedBy(uri);
     auto const place = servers_ && destination ? servers_->known(*destination) : std::nullopt;
     return place && sa_set_str(&numeric, place->address.c_str(), 0) == 0 ? sa_af(&numeric) : sa_af(&address());
+}
+
+Outcome<> Element::openTls()
+{
+    if (tls_) {
+        return {};
+    }
+    if (!config_.tls || isVirtual()) {
+        return refuse(RefusalKind::kNotSupported,
+                      isVirtual() ? "there is no TLS in virtual time: use udp or tcp" : "TLS is off");
+    }
+    auto const failed = [this](std::string const&, std::string const& reason) {
+        log(LogLevel::kWarning, "TLS fails: " + reason);
+    };
+    auto made = TlsTransport::make(
+        *stack_, *config_.tls, {failed, [this](auto const& host, auto const& peer) { onConnectionEnded(host, peer); }});
+    if (!made) {
+        return tl::unexpected(made.error());
+    }
+    tlsPort_ = config_.tlsPort;
+    for (sa const& local : addresses_) {
+        if (int const error = bind(SIP_TRANSP_TLS, local, tlsPort_, (*made)->context())) {
+            return refuse(RefusalKind::kUnavailable,
+                          "TLS port " + std::to_string(tlsPort_) + " of " + hostText(local) + ": " + errorText(error));
+        }
+    }
+    tls_ = *std::move(made);
+    return {};
+}
+
+// The stack does not tell of a connection that ends after a request has been sent, as one does whose far end finds that
+// the telephone shows no certificate.
+void Element::onConnectionEnded(std::string const& host, SocketAddress const& peer)
+{
+    noteConnectionEnded(stack_, peer);
+    for (RegistrationImpl* const each : registrations_) {
+        each->onConnectionEnded(host);
+    }
+}
+
+std::uint16_t Element::port(sip_transp transport) const
+{
+    return transport == SIP_TRANSP_TLS ? tlsPort_ : transport == SIP_TRANSP_TCP ? tcpPort_ : udpPort_;
 }
 
 void Element::listen(sipsess_conn_h* invited, sip_msg_h* subscribed, void* receiver)
@@ -178,6 +298,9 @@ void Element::close(std::shared_ptr<void> receiver)
         return;
     }
     sip_set_trace_handler(stack_, nullptr);
+    if (tls_) {
+        tls_->close();
+    }
     forkedAnswers_.close();
     // An ended session that still waits for an answer would keep the port bound. Its owner must be gone.
     if (sessionToken_.use_count() == 1) {
@@ -262,14 +385,14 @@ Outcome<> Element::checkReachable(sa const& address) const
 Outcome<> Element::checkReachable(Uri const& uri) const
 {
     sa address{};
-    if (sa_set_str(&address, uri.host.c_str(), uri.port == 0 ? std::uint16_t{SIP_PORT} : uri.port) == 0) {
+    if (sa_set_str(&address, hostOf(uri).c_str(), uri.port == 0 ? std::uint16_t{SIP_PORT} : uri.port) == 0) {
         return checkReachable(address);
     }
     if (!servers_) {
         return refuse(RefusalKind::kUnavailable,
-                      "in virtual time names are not looked up: \"" + uri.host + "\" must be an IP address");
+                      "in virtual time names are not looked up: \"" + hostOf(uri) + "\" must be an IP address");
     }
-    auto const destination = namedDestination(uri.host, uri.port, uri.parameter("transport"));
+    auto const destination = namedBy(uri);
     return destination ? servers_->check(*destination) : Outcome<>();
 }
 
@@ -283,28 +406,84 @@ void Element::answerAndForget(sip_msg const& request, std::uint16_t status, char
     (void)sip_replyf(stack_, &request, status, reason, "%s", replyTail(headers, {}).c_str());
 }
 
-Outcome<Route> Element::routeTo(Account const& account, std::string const& target) const
+void Element::setServiceRoute(Account const& account, std::vector<std::string> const& proxies)
+{
+    auto& route = serviceRoutes_[account.addressOfRecord()];
+    route = proxies;
+    if (auto first = proxies.empty() ? std::nullopt : Uri::parse(proxies.front())) {
+        useTransport(account.transport, *first);
+        route.front() = first->format();
+    }
+}
+
+Outcome<Route> Element::usableRouteTo(Account const& account, std::string const& target)
+{
+    auto const named = serviceRoutes_.find(account.addressOfRecord());
+    bool const isNamed = named != serviceRoutes_.end() && !named->second.empty();
+    return route(account, target, isNamed ? named->second : proxiesOf(account))
+        .and_then([this](Route&& route) -> Outcome<Route> {
+            auto const found = distrusted_.find(route.host);
+            if (route.transport == SIP_TRANSP_TLS && found != distrusted_.end()) {
+                return refuse(RefusalKind::kUnavailable, found->second);
+            }
+            return std::move(route);
+        });
+}
+
+Response Element::failureOf(int error, Route const& route) const
+{
+    bool const isTls = tls_ && route.transport == SIP_TRANSP_TLS;
+    std::string const known = isTls && (error == EPROTO || error == ECONNRESET) ? tls_->failureOf(route.host) : "";
+    if (known.empty() && !(isTls && error == ECONNRESET)) {
+        return {statusOf(error), errorText(error), {}, {}};
+    }
+    std::string const reason = known.empty() ? route.host + " ended the connection before it answered" : known;
+    if (error == ECONNRESET && !tls_->showsCertificate()) {
+        return {kTlsFailed, reason + "; it may ask for a certificate, and sip.certificate is empty", {}, {}};
+    }
+    return {known.empty() ? 503 : kTlsFailed, reason, {}, {}};
+}
+
+Outcome<> Element::sentTo(Route const& route, int error, std::string const& what) const
+{
+    if (error) {
+        Response const failure = failureOf(error, route);
+        return refuse(failure.status == kTlsFailed ? RefusalKind::kNotPermitted : RefusalKind::kUnavailable,
+                      what + " cannot be sent: " + failure.reason);
+    }
+    return {};
+}
+
+Outcome<Route> Element::routeTo(Account const& account, std::string const& target)
+{
+    return route(account, target, proxiesOf(account));
+}
+
+Outcome<Route> Element::route(Account const& account, std::string const& target, std::vector<std::string> proxies)
 {
     auto uri = Uri::parse(target);
-    if (!uri || uri->scheme != "sip") {
+    if (!uri || (uri->scheme != "sip" && uri->scheme != "sips")) {
         return refuse(RefusalKind::kBadInput, "\"" + target + "\" is not a SIP URI");
     }
     if (equalsIgnoringCase(uri->host, "localhost")) {
         uri->host = sa_af(&addressOf(AF_INET)) == AF_INET ? "127.0.0.1" : "::1";
     }
-    if (account.transport == Transport::kTcp && !uri->parameter("transport")) {
-        uri->setParameter("transport", "tcp");
-    }
-    auto const reachable = account.proxy.empty() ? checkReachable(*uri) : Outcome<>();
-    if (!reachable) {
+    useTransport(account.transport, *uri);
+    bool const isDirect = proxies.empty();
+    auto const hop = isDirect ? *uri : Uri::parse(proxies.front()).value_or(Uri());
+    if (auto const reachable = isDirect ? checkReachable(hop) : Outcome<>(); !reachable) {
         return tl::unexpected(reachable.error());
     }
     // Headers in a URI are for a request that is made from it, and never part of its own (RFC 3261 section 19.1.5).
     uri->headers.clear();
     Route route;
+    route.host = hostOf(hop);
+    route.transport = transportOf(hop);
+    if (auto const opened = route.transport == SIP_TRANSP_TLS ? openTls() : Outcome<>(); !opened) {
+        return tl::unexpected(opened.error());
+    }
     route.target = uri->format();
-    auto const nextHop = account.proxy.empty() ? uri : Uri::parse(account.proxy);
-    route.local = nextHop ? addressOf(familyOf(*nextHop)) : address();
+    route.local = addressOf(familyOf(hop));
     route.fromUri = "sip:" + escapeUser(account.user.empty() ? "anonymous" : account.user) + "@" +
                     (account.domain.empty() ? hostPort(route.local, SIP_TRANSP_UDP) : account.domain);
     if (!account.displayName.empty()) {
@@ -315,7 +494,7 @@ Outcome<Route> Element::routeTo(Account const& account, std::string const& targe
         route.fromName = quoted.substr(1, quoted.rfind("\" <") - 1);
     }
     route.contactUser = escapeUser(account.user.empty() ? config_.name : account.user);
-    route.proxy = account.proxy;
+    route.proxies = std::move(proxies);
     return route;
 }
 

@@ -3,21 +3,26 @@
 // under the lock.
 #pragma once
 
+#include <map>
 #include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
+#include "telephone/sip/ConnectionLimits.h"
 #include "telephone/sip/ForkedAnswers.h"
 #include "telephone/sip/LineServers.h"
 #include "telephone/sip/MediaClock.h"
 #include "telephone/sip/MessageTap.h"
 #include "telephone/sip/Servers.h"
 #include "telephone/sip/Stack.h"
+#include "telephone/sip/TlsTransport.h"
 #include "telephone/sip/UserAgent.h"
 
 namespace telephone::sip {
 
 class NotifierImpl;
+class RegistrationImpl;
 
 // Our capabilities.
 constexpr char const* kAllow = "INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, PRACK, UPDATE, REFER, NOTIFY, SUBSCRIBE";
@@ -31,13 +36,18 @@ struct Route
     std::string fromName;  // escaped for a quoted string
     std::string contactUser;
     std::string contactParameters = {};  // ";name=value"
-    std::string proxy;                   // empty: none
+    std::vector<std::string> proxies;    // those that it passes, in order
+    std::string host;                    // where the request goes
+    sip_transp transport = SIP_TRANSP_UDP;
 
     sa local{};  // our address of the family in which the target is reached
 
     char const* fromNameOrNull() const { return fromName.empty() ? nullptr : fromName.c_str(); }
-    std::uint32_t proxyCount() const { return proxy.empty() ? 0 : 1; }
+    // For the functions of the stack, which take pointers; valid as long as the route.
+    std::vector<char const*> proxyTexts() const;
 };
+
+sip_transp stackTransport(Transport transport);
 
 class Element : public std::enable_shared_from_this<Element>
 {
@@ -55,9 +65,20 @@ public:
     void close(std::shared_ptr<void> receiver);
     bool isClosed() const { return closed_; }
 
-    // The target with the account's transport added and "localhost" resolved. kBadInput: not a SIP URI. kNotFound,
-    // kUnavailable: without a proxy, one whose host is known not to be reachable.
-    [[nodiscard]] Outcome<Route> routeTo(Account const& account, std::string const& target) const;
+    // The target with the account's transport added and "localhost" resolved; with TLS this begins to use it.
+    // kBadInput: not a SIP URI. kNotFound, kUnavailable: without a proxy, one whose host is known not to be reachable.
+    // kUnavailable, kNotSupported: TLS, which cannot be used.
+    [[nodiscard]] Outcome<Route> routeTo(Account const& account, std::string const& target);
+    // As routeTo, for a request that is not a registration. kUnavailable: lines cannot register with that host, because
+    // TLS with it fails.
+    [[nodiscard]] Outcome<Route> usableRouteTo(Account const& account, std::string const& target);
+    // The proxies that the registrar named for the requests of an account (RFC 3608); none: no Service-Route.
+    void setServiceRoute(Account const& account, std::vector<std::string> const& proxies);
+    // What an error of the stack means for a request on that route: 408 without an answer, kTlsFailed with the reason
+    // if TLS with the host failed, else 503.
+    Response failureOf(int error, Route const& route) const;
+    // Success for 0, else kUnavailable with the reason, or kNotPermitted if TLS with the host failed.
+    [[nodiscard]] Outcome<> sentTo(Route const& route, int error, std::string const& what) const;
     // local: one of our addresses, without its port.
     std::string hostPort(sa const& local, sip_transp transport) const;
     // The user of our Contact in answers to this request.
@@ -88,10 +109,16 @@ public:
     ForkedAnswers& forkedAnswers() { return forkedAnswers_; }
     // Those that have accepted their subscription, for the receiver.
     std::set<NotifierImpl*>& notifiers() { return notifiers_; }
+    // All there are: told of connections that have ended.
+    std::set<RegistrationImpl*>& registrations() { return registrations_; }
+    // Null before the first use of TLS.
+    TlsTransport* tls() const { return tls_.get(); }
+    // Why registrations with a host fail for want of TLS, while they do.
+    std::map<std::string, std::string>& distrusted() { return distrusted_; }
     // The first of our addresses; the one of that family, or the first if we have none.
     sa const& address() const { return addresses_.front(); }
     sa const& addressOf(int family) const;
-    std::uint16_t port(sip_transp transport) const { return transport == SIP_TRANSP_TCP ? tcpPort_ : udpPort_; }
+    std::uint16_t port(sip_transp transport) const;
     ::sip* stack() const { return stack_; }
     sipsess_sock* sessionSocket() const { return sessionSocket_.get(); }
     sipevent_sock* eventSocket() const { return eventSocket_.get(); }
@@ -102,9 +129,13 @@ private:
     [[nodiscard]] Outcome<> checkReachable(Uri const& uri) const;
     // The family in which a target is reached, as far as that is known.
     [[nodiscard]] int familyOf(Uri const& uri) const;
-    int bind(sip_transp transport, sa const& local, std::uint16_t& port) const;
+    // context: of TLS.
+    int bind(sip_transp transport, sa const& local, std::uint16_t& port, ::tls* context = nullptr);
     void bindUdp();
     void bindTcp();
+    Outcome<Route> route(Account const& account, std::string const& target, std::vector<std::string> proxies);
+    Outcome<> openTls();
+    void onConnectionEnded(std::string const& host, SocketAddress const& peer);
     void onTrace(bool sent, sip_transp transport, sa const& from, sa const& to, std::uint8_t const* packet,
                  std::size_t size);
 
@@ -113,15 +144,21 @@ private:
     MediaClock clock_;
     std::shared_ptr<MessageTap> tap_;
     LineServers lineServers_;
+    ConnectionLimits connectionLimits_;
     ForkedAnswers forkedAnswers_{*this};
     std::set<NotifierImpl*> notifiers_;
+    std::set<RegistrationImpl*> registrations_;
+    std::map<std::string, std::string> distrusted_;
+    std::map<std::string, std::vector<std::string>> serviceRoutes_;  // by address of record
     std::shared_ptr<void const> sessionToken_ = std::make_shared<char>();
     std::vector<sa> addresses_ = std::vector<sa>(1);  // one of each family, without ports
     std::uint16_t udpPort_ = 0;
     std::uint16_t tcpPort_ = 0;
+    std::uint16_t tlsPort_ = 0;
     bool closed_ = false;
     std::string tagSecret_;
     ::sip* stack_ = nullptr;
+    std::shared_ptr<TlsTransport> tls_;
     std::unique_ptr<Servers> servers_;  // null: names cannot be looked up
     Ref<sipsess_sock> sessionSocket_;
     Ref<sipevent_sock> eventSocket_;

@@ -17,6 +17,12 @@
 #include "telephone/time/Thread.h"
 #include "telephone/time/Waiting.h"
 
+extern "C" {
+#define DEBUG_MODULE "telephone"
+#define DEBUG_LEVEL 0
+#include <re_dbg.h>
+}
+
 namespace telephone::sip {
 
 namespace {
@@ -85,6 +91,7 @@ EventLoop::Impl::Impl()
     if (libre_init() != 0) {
         throw std::runtime_error("the SIP stack does not start");
     }
+    dbg_init(DBG_EMERG, DBG_NONE);  // what it writes to standard error is in our log, with its reason
     re_set_mutex(&mutex);
     (void)fd_setsize(kMostFiles);
     if (int const error = mqueue_alloc(&queue, received, this)) {

@@ -107,7 +107,7 @@ std::optional<NameAddr> assertedIdentityOf(Headers const& headers)
     return value.empty() ? std::nullopt : NameAddr::parse(value);
 }
 
-Invitation readInvitation(sip_msg const& invite)
+Invitation readInvitation(sip_msg const& invite, bool fromServer)
 {
     Invitation invitation;
     invitation.headers = headersOf(invite);
@@ -115,7 +115,7 @@ Invitation readInvitation(sip_msg const& invite)
     invitation.requestUri = text(invite.ruri);
     invitation.from = nameAddrOf(invite.from);
     invitation.to = nameAddrOf(invite.to);
-    invitation.assertedIdentity = assertedIdentityOf(headers);
+    invitation.assertedIdentity = fromServer ? assertedIdentityOf(headers) : std::nullopt;
     invitation.diversions = diversionsOf(headers);
     invitation.replaces = Replaces::parse(headers.value("Replaces"));
     invitation.joins = Replaces::parse(headers.value("Join"));

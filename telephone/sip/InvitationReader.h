@@ -6,7 +6,8 @@
 
 namespace telephone::sip {
 
-Invitation readInvitation(sip_msg const& invite);
+// fromServer: of others than the line's server, P-Asserted-Identity is ignored (RFC 3325 section 5).
+Invitation readInvitation(sip_msg const& invite, bool fromServer);
 
 // P-Asserted-Identity of any message; nothing if it is missing or malformed.
 std::optional<NameAddr> assertedIdentityOf(Headers const& headers);

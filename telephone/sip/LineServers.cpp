@@ -36,13 +36,13 @@ void LineServers::answered(RegistrationImpl const& registration, sa const& from)
     server.hasAnswered = true;
 }
 
-bool LineServers::haveSent(sip_msg const& request, std::string const& user) const
+bool LineServers::haveSent(sip_msg const& message, std::string const& user) const
 {
     pl secret{};
-    bool const hasSecret = msg_param_decode(&request.uri.params, kSecretParameter, &secret) == 0;
+    bool const hasSecret = msg_param_decode(&message.uri.params, kSecretParameter, &secret) == 0;
     return std::ranges::any_of(servers_, [&](auto const& entry) {
         Server const& server = entry.second;
-        return server.user == user && (server.isAt(request.src) || (hasSecret && view(secret) == server.secret));
+        return server.user == user && (server.isAt(message.src) || (hasSecret && view(secret) == server.secret));
     });
 }
 

@@ -22,8 +22,8 @@ public:
     std::string contactParameter(RegistrationImpl const& registration) const;
     void answered(RegistrationImpl const& registration, sa const& from);
 
-    // Whether a request for that user comes from its server.
-    bool haveSent(sip_msg const& request, std::string const& user) const;
+    // Whether a message for that user, a request or a response, comes from its server.
+    bool haveSent(sip_msg const& message, std::string const& user) const;
     // Whether any of the servers is at the address.
     bool areAt(sa const& address) const;
 

@@ -284,6 +284,16 @@ int getLocal(tcp_conn const& connection, sa& local)
     return 0;
 }
 
+sa const& peerOf(tcp_conn const& connection)
+{
+    return own(connection).peer;
+}
+
+std::function<bool()> livenessOf(tcp_conn const& connection)
+{
+    return [id = own(connection).id] { return findConnection(id) != nullptr; };
+}
+
 int sendOver(tcp_conn const& connection, mbuf const& buffer)
 {
     Connection const& sender = own(connection);

@@ -3,6 +3,8 @@
 // result is 0 or an error number as the stack's. Used under the loop's lock.
 #pragma once
 
+#include <functional>
+
 #include "telephone/sip/Stack.h"
 
 namespace telephone::sip {
@@ -27,6 +29,9 @@ int getLocal(tcp_sock const& listener, sa& local);
 int acceptConnection(tcp_conn** made, tcp_sock const& listener, ConnectionHandlers const& handlers);
 int openConnection(tcp_conn** made, sa const& peer, ConnectionHandlers const& handlers);
 int getLocal(tcp_conn const& connection, sa& local);
+sa const& peerOf(tcp_conn const& connection);
+// Tells whether the connection still exists, also once it does not.
+std::function<bool()> livenessOf(tcp_conn const& connection);
 int sendOver(tcp_conn const& connection, mbuf const& buffer);
 
 }  // namespace telephone::sip

@@ -8,6 +8,9 @@ namespace telephone::sip {
 
 class Registration;
 
+// The status that stands for TLS that fails, as the far end's certificate is not accepted, or ours is not.
+constexpr int kTlsFailed = 502;
+
 // Called on the loop's thread with the lock held. May destroy the registration.
 class RegistrationObserver
 {
@@ -15,8 +18,8 @@ public:
     virtual ~RegistrationObserver() = default;
     // The registrar accepted; repeated after each refresh. expires: seconds granted.
     virtual void onRegistered(Registration& registration, unsigned expires) = 0;
-    // Refused (status of the refusal), no answer (408) or not reachable (503). Retried automatically except after 401,
-    // 403, 404 and 407, which a repetition does not cure.
+    // Refused (status of the refusal), no answer (408), not reachable (503) or not over TLS (kTlsFailed). Retried
+    // automatically except after 401, 403, 404 and 407, which a repetition does not cure.
     virtual void onRegistrationFailed(Registration& registration, int status, std::string const& reason) = 0;
 };
 

@@ -15,9 +15,12 @@ namespace telephone::sip {
 
 struct Limits
 {
-    int requests = 0;       // a second from one source; 0: any number
-    int transactions = 0;   // remembered at once; 0: any number
-    int subscriptions = 0;  // at once; 0: any number
+    // 0: any number
+    int requests = 0;           // a second from one source
+    int transactions = 0;       // remembered at once
+    int subscriptions = 0;      // at once
+    int connections = 0;        // accepted, at once
+    int sourceConnections = 0;  // of these from one source
 };
 
 class RequestLimits

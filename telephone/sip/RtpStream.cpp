@@ -4,6 +4,7 @@
 #include <map>
 #include <stdexcept>
 
+#include "telephone/sip/DatagramFaults.h"
 #include "telephone/sip/MemoryNetwork.h"
 #include "telephone/time/VirtualTime.h"
 
@@ -196,7 +197,7 @@ void RtpStream::onBeat()
 bool RtpStream::needsBeats() const
 {
     bool const isTapped = sink_ != nullptr && sink_->isListening();
-    return isTapped || (sendsNow() && (!digits_.empty() || isHeard()));
+    return isTapped || (sendsNow() && (!digits_.empty() || matters()));
 }
 
 void RtpStream::makeUpFor(std::uint64_t beats)
@@ -252,6 +253,12 @@ bool RtpStream::isHeard() const
     return far == nullptr ? isInMemory(far_.destination()) : far->isListening();
 }
 
+bool RtpStream::matters() const
+{
+    bool const arrivesHere = streamAt(far_.destination()) != nullptr;
+    return isHeard() || (arrivesHere && datagramFaults().mayBefallRtp(local_, far_.destination()));
+}
+
 void RtpStream::countUnheard(std::uint64_t packets)
 {
     unheard_ += packets;
@@ -267,7 +274,7 @@ void RtpStream::sendAudio()
     if (!nextFrame(frame)) {
         frame.fill(0);
     }
-    if (isVirtual() && !isHeard()) {
+    if (isVirtual() && !matters()) {
         countUnheard(1);
         talkspurt_ = true;
         return;

@@ -4,7 +4,7 @@
 // In virtual time both ends are in this process, and a packet of audio to which nobody listens is counted instead of
 // being encoded and sent: it could change nothing. Its frame of the source is skipped, and it uses no sequence number.
 // While that is all that there is to do, the stream needs no beats and reports nothing, so that hours of it cost
-// nothing.
+// nothing. While a fault may befall RTP (DatagramFaults.h), every packet is sent.
 #pragma once
 
 #include <deque>
@@ -37,7 +37,7 @@ public:
 
     bool canSendDigits() const;
     void sendDigits(std::string const& digits, std::chrono::milliseconds duration);
-    // Packets that were not sent, since nobody listens, up to the last beat or `catchUp`.
+    // Packets that were not sent, since they would change nothing, up to the last beat or `catchUp`.
     std::uint64_t unheard() const { return unheard_; }
     // When the last packet came, or would have come had anybody listened; milliseconds of the stack's clock, 0: never.
     std::uint64_t lastHeard() const { return lastHeard_; }
@@ -67,6 +67,8 @@ private:
     void skipFrames(std::uint64_t count);
     void sendAudio();
     [[nodiscard]] bool isHeard() const;
+    // Whether a packet sent now could change anything.
+    [[nodiscard]] bool matters() const;
     void countUnheard(std::uint64_t packets);
     // Whether what it receives reaches somebody. The echo of what nobody hears does not, nor that of an echo.
     [[nodiscard]] bool isListening() const;

@@ -29,6 +29,9 @@ public:
     void cancel();
     void abort();
     bool isOf(::sip const* stack) const { return stack_.get() == stack; }
+    // Whether it waits there for a first response, over a connection.
+    bool waitsFor(SocketAddress const& peer) const;
+    void onConnectionEnded();
 
 private:
     void onFound(Outcome<Servers::Places> const& places);
@@ -57,7 +60,8 @@ private:
     bool starting_ = false;
     bool isOver_ = false;
     bool cancelled_ = false;
-    bool ringing_ = false;  // a server has reached somebody: another one would ring twice
+    bool answered_ = false;  // by the current server
+    bool ringing_ = false;   // a server has reached somebody: another one would ring twice
 };
 
 // Those in progress, and the servers of each stack. Used under the lock; never destroyed, as what the stack keeps may
@@ -142,6 +146,7 @@ void ServerRequest::sendToNext(int error)
 
 int ServerRequest::transmit(Place const& place)
 {
+    answered_ = false;
     std::string const parameters = std::string(";transport=") + transportText(place.transport);
     uri route{};
     route.scheme = slice("sip");
@@ -168,10 +173,26 @@ void ServerRequest::onResponse(int error, sip_msg const* message)
     if (message->scode >= 200) {
         return end(0, message);
     }
+    answered_ = true;
     ringing_ = ringing_ || message->scode > 100;
     if (request_.answered) {
         request_.answered(0, message, request_.argument);  // may destroy this
     }
+}
+
+bool ServerRequest::waitsFor(SocketAddress const& peer) const
+{
+    sa address{};
+    return attempt_ && !answered_ && !cancelled_ && current().transport != Transport::kUdp &&
+           sa_set_str(&address, current().address.c_str(), current().port) == 0 && SocketAddress(address) == peer;
+}
+
+void ServerRequest::onConnectionEnded()
+{
+    silence_.start(std::chrono::milliseconds(0), [this] {
+        attempt_.reset();
+        moveOn("ended the connection before it answered", ECONNRESET, nullptr);
+    });
 }
 
 void ServerRequest::onSilence()
@@ -273,6 +294,15 @@ bool cancelServerRequest(struct sip_request* request)
     }
     (*found)->cancel();
     return true;
+}
+
+void noteConnectionEnded(::sip const* stack, SocketAddress const& peer)
+{
+    for (ServerRequest* const each : requests()) {
+        if (each->isOf(stack) && each->waitsFor(peer)) {
+            each->onConnectionEnded();
+        }
+    }
 }
 
 void setServers(::sip* stack, Servers* servers)

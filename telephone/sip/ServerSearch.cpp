@@ -29,6 +29,7 @@ struct ServiceRow
 constexpr std::array kServices{
     ServiceRow{Transport::kUdp, "udp", "SIP+D2U", "_sip._udp.", 5060},
     ServiceRow{Transport::kTcp, "tcp", "SIP+D2T", "_sip._tcp.", 5060},
+    ServiceRow{Transport::kTls, "tls", "SIPS+D2T", "_sips._tcp.", 5061},
 };
 
 ServiceRow const& rowOf(Transport transport)
@@ -102,7 +103,7 @@ void ServerSearch::start()
     if (destination_.port != 0) {
         hosts_ = {{destination_.host, destination_.port, destination_.transport.value_or(Transport::kUdp)}};
         askAddresses();
-    } else if (destination_.transport) {
+    } else if (destination_.transport && destination_.transport != Transport::kTls) {
         services_ = {{rowOf(*destination_.transport).prefix + destination_.host, *destination_.transport}};
         askServices();
     } else {
@@ -150,24 +151,30 @@ void ServerSearch::note(DnsAnswer const& answer)
     }
 }
 
+std::vector<Transport> ServerSearch::transports() const
+{
+    return destination_.transport ? std::vector<Transport>{*destination_.transport} : settings_.transports;
+}
+
 // The services that the domain names, else those of every transport. A server that refuses the question is no reason
 // to give up: some know neither type of record.
 void ServerSearch::onPreferences(DnsAnswer const& answer)
 {
+    auto const usable = transports();
     auto records = answer.records;
     std::ranges::stable_sort(records, {}, [](DnsRecord const& each) { return std::pair(each.order, each.weight); });
     for (auto const& record : records) {
         auto const row = std::ranges::find_if(
             kServices, [&record](ServiceRow const& each) { return equalsIgnoringCase(each.service, record.service); });
         bool const isUsable = row != kServices.end() && equalsIgnoringCase(record.flags, "s") &&
-                              std::ranges::find(settings_.transports, row->transport) != settings_.transports.end();
+                              std::ranges::find(usable, row->transport) != usable.end();
         if (isUsable) {
             services_.push_back({record.target, row->transport});
             ttl_ = std::min(ttl_, record.ttl);
         }
     }
     if (services_.empty()) {
-        for (Transport const transport : settings_.transports) {
+        for (Transport const transport : usable) {
             services_.push_back({rowOf(transport).prefix + destination_.host, transport});
         }
     }
@@ -203,7 +210,7 @@ void ServerSearch::onServices()
         return finish(refuse(RefusalKind::kNotFound, "\"" + destination_.host + "\" offers no SIP service in DNS"));
     }
     if (hosts_.empty()) {
-        Transport const transport = destination_.transport.value_or(settings_.transports.front());
+        Transport const transport = transports().front();
         hosts_ = {{destination_.host, rowOf(transport).port, transport}};
     }
     hosts_.resize(std::min(hosts_.size(), kMostHosts));

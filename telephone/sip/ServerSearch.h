@@ -110,6 +110,8 @@ private:
     void whenAnswered(void (ServerSearch::*next)());
     void noteAnswer();
 
+    // Those over which the destination may be reached.
+    std::vector<Transport> transports() const;
     void onPreferences(DnsAnswer const& answer);
     void askServices();
     void onServices();

@@ -40,7 +40,7 @@ struct Invitation
     std::string requestUri;
     NameAddr from;
     NameAddr to;
-    std::optional<NameAddr> assertedIdentity;  // P-Asserted-Identity (RFC 3325)
+    std::optional<NameAddr> assertedIdentity;  // P-Asserted-Identity (RFC 3325) of the line's server
     std::vector<Diversion> diversions;         // the most recent first
     std::optional<Replaces> replaces;
     std::optional<Replaces> joins;  // Join (RFC 3911), written like Replaces
@@ -93,7 +93,7 @@ public:
     virtual void onRemoteHold(Session&, bool /*held*/, Direction /*agreed*/) {}
     // The result of modify(): accepted, or refused with a status (408: no answer). A refusal leaves the call unchanged.
     virtual void onModified(Session&, bool /*accepted*/, int /*status*/, std::string const& /*reason*/) {}
-    // The P-Asserted-Identity of a re-INVITE or a response names a new far end.
+    // The P-Asserted-Identity of a re-INVITE or a response of the line's server names a new far end.
     virtual void onRemoteIdentity(Session&, NameAddr const&) {}
     // A re-INVITE or UPDATE of the far end names another precedence: the value of Resource-Priority (RFC 4412).
     virtual void onPrecedence(Session&, std::string const& /*resourcePriority*/) {}

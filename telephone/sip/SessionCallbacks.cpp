@@ -1,4 +1,5 @@
 // The stack's handlers of a session.
+#include "telephone/sip/ContinuedDialog.h"
 #include "telephone/sip/InvitationReader.h"
 #include "telephone/sip/SessionImpl.h"
 #include "telephone/sip/TransferImpl.h"
@@ -58,7 +59,7 @@ void SessionImpl::learnDialog(sip_msg const& message)
 
 void SessionImpl::learnIdentity(sip_msg const& message)
 {
-    auto const identity = assertedIdentityOf(headersOf(message));
+    auto const identity = isFromServer(message) ? assertedIdentityOf(headersOf(message)) : std::nullopt;
     if (!identity || (identity->uri == remoteParty_.uri && identity->displayName == remoteParty_.displayName)) {
         return;
     }
@@ -235,6 +236,8 @@ Closing SessionImpl::closingOf(int error, sip_msg const* message) const
 {
     bool const wasEstablished =
         state_ == SessionState::kEstablished || (state_ == SessionState::kAnswering && !dueAnswer_);
+    bool const isSending = outgoing_ && state_ == SessionState::kCalling && !message;
+    Response const failure = element_->failureOf(error, route_);
     Closing closing;
     closing.reasonHeader = closingReason_;
     if (message && message->scode >= 300) {
@@ -249,6 +252,9 @@ Closing SessionImpl::closingOf(int error, sip_msg const* message) const
         closing.cause = CloseCause::kTimeout;
         closing.status = 408;
         closing.text = "Request Timeout";
+    } else if (isSending && (failure.status == kTlsFailed || error == ECONNRESET)) {
+        closing.status = failure.status;
+        closing.text = failure.reason;
     } else if (error == ECONNRESET && !message) {
         closing.cause = wasEstablished || outgoing_ ? CloseCause::kRemoteHangUp : CloseCause::kCancelled;
     } else {
@@ -301,7 +307,7 @@ void SessionImpl::onInfoAnswered(PendingInfo& pending, int error, sip_msg const*
     if (!done) {
         return;
     }
-    done(message ? responseOf(*message) : Response{503, errorText(error), {}, {}});
+    done(message ? responseOf(*message) : element_->failureOf(error, route_));
 }
 
 void SessionImpl::onInviteRefused(Response const& response)
@@ -324,14 +330,14 @@ bool SessionImpl::takeRedirection(Response const& response)
     bool const calling = state_ == SessionState::kCalling || state_ == SessionState::kEarly;
     auto const contact = NameAddr::parse(response.headers.value("Contact"));
     if (!outgoing_ || !calling || redirections_ >= kMostRedirections || !contact ||
-        !element_->routeTo(request_.account, contact->uri.format())) {
+        !element_->usableRouteTo(request_.account, contact->uri.format())) {
         return false;
     }
     redirection_ = response;
     return true;
 }
 
-// Sends the INVITE again, as a new call. False: it cannot be sent.
+// Sends the INVITE again, as a new call unless its dialog is continued. False: it cannot be sent.
 bool SessionImpl::restart()
 {
     element_->tap().remove(*this);
@@ -347,7 +353,11 @@ bool SessionImpl::restart()
 bool SessionImpl::callForLonger(sip_msg const* refusal)
 {
     bool const calling = outgoing_ && (state_ == SessionState::kCalling || state_ == SessionState::kEarly);
-    return calling && refusal && refusal->scode == 422 && sessionTimer_.lengthen(headersOf(*refusal)) && restart();
+    if (!calling || !refusal || refusal->scode != 422 || !sessionTimer_.lengthen(headersOf(*refusal))) {
+        return false;
+    }
+    ContinuedDialog const continued(sipsess_dialog(session_.get()));
+    return restart();
 }
 
 bool SessionImpl::followRedirection()
@@ -356,7 +366,7 @@ bool SessionImpl::followRedirection()
     redirection_.reset();
     ++redirections_;
     std::string const contact = NameAddr::parse(response.headers.value("Contact"))->uri.format();
-    auto const route = element_->routeTo(request_.account, contact);
+    auto const route = element_->usableRouteTo(request_.account, contact);
     for (char const* name : {"Diversion", "History-Info"}) {
         for (auto const& value : response.headers.values(name)) {
             request_.headers.add(name, value);

@@ -16,12 +16,6 @@ constexpr std::chrono::seconds kModificationGuard{40};
 // Longer than the far end waits for an answer to its BYE or CANCEL (RFC 3261: 64 * T1).
 constexpr std::chrono::seconds kSilenceEnd{40};
 
-bool isOverTls(Route const& route)
-{
-    auto const next = Uri::parse(route.proxy.empty() ? route.target : route.proxy);
-    return next && (next->scheme == "sips" || equalsIgnoringCase(next->parameter("transport").value_or(""), "tls"));
-}
-
 }  // namespace
 
 Outcome<> notWaitingForAnswer()
@@ -50,6 +44,7 @@ SessionImpl::SessionImpl(std::shared_ptr<Element> element, CallRequest const& re
     , observer_(&observer)
     , outgoing_(true)
     , state_(SessionState::kCalling)
+    , lineUser_(request.account.user)
     , remoteParty_(NameAddr::parse("<" + route.target + ">").value_or(NameAddr{}))
     , contactUser_(route.contactUser)
     , ownUri_(route.fromUri)
@@ -76,7 +71,8 @@ SessionImpl::SessionImpl(std::shared_ptr<Element> element, sip_msg const& invite
     : element_(std::move(element))
     , outgoing_(false)
     , state_(SessionState::kIncoming)
-    , invitation_(readInvitation(invite))
+    , lineUser_(userOf(text(invite.ruri)))
+    , invitation_(readInvitation(invite, isFromServer(invite)))
     , dialogId_{text(invite.callid), localTagOf(invite), text(invite.from.tag)}
     , remoteParty_(invitation_.caller())
     , remoteContact_(contactOf(invite))
@@ -127,7 +123,7 @@ Outcome<> SessionImpl::useEncryption(bool overTls)
 
 Outcome<> SessionImpl::start()
 {
-    if (auto usable = useEncryption(isOverTls(route_)); !usable) {
+    if (auto usable = useEncryption(route_.transport == SIP_TRANSP_TLS); !usable) {
         return usable;
     }
     Ref<mbuf> description;
@@ -146,18 +142,19 @@ Outcome<> SessionImpl::start()
     }
     headers.add(sessionTimer_.ofRequest());
     std::string const extra = withCapabilities(headers) + request_.headers.format();
-    char const* proxies[] = {route_.proxy.c_str()};
+    auto proxies = route_.proxyTexts();
     int const error = sipsess_connect(
         session_.out(), element_->sessionSocket(), route_.target.c_str(), route_.fromNameOrNull(),
-        route_.fromUri.c_str(), contactUser_.c_str(), proxies, route_.proxyCount(), kSdpType, description.get(),
-        answerChallenge, credentials_.get(), true, handlerOf<&SessionImpl::onOffer>, handlerOf<&SessionImpl::onAnswer>,
-        handlerOf<&SessionImpl::onProgress>, handlerOf<&SessionImpl::onEstablished>, handlerOf<&SessionImpl::onInfo>,
-        handlerOf<&SessionImpl::onRefer>, handlerOf<&SessionImpl::onClose>, this, "%s", extra.c_str());
+        route_.fromUri.c_str(), contactUser_.c_str(), proxies.data(), static_cast<std::uint32_t>(proxies.size()),
+        kSdpType, description.get(), answerChallenge, credentials_.get(), true, handlerOf<&SessionImpl::onOffer>,
+        handlerOf<&SessionImpl::onAnswer>, handlerOf<&SessionImpl::onProgress>, handlerOf<&SessionImpl::onEstablished>,
+        handlerOf<&SessionImpl::onInfo>, handlerOf<&SessionImpl::onRefer>, handlerOf<&SessionImpl::onClose>, this, "%s",
+        extra.c_str());
     if (!error) {
         dialogId_.callId = sip_dialog_callid(sipsess_dialog(session_.get()));
         element_->tap().add(dialogId_.callId, *this);
     }
-    return sent(error, "INVITE to " + route_.target);
+    return element_->sentTo(route_, error, "INVITE to " + route_.target);
 }
 
 bool SessionImpl::begin()
@@ -197,6 +194,11 @@ Headers SessionImpl::warning(std::string const& objection) const
     return {{"Warning", "399 " + addressText(element_->address()) + " \"" + objection + "\""}};
 }
 
+bool SessionImpl::isFromServer(sip_msg const& message) const
+{
+    return element_->lineServers().haveSent(message, lineUser_);
+}
+
 // Returns false.
 bool SessionImpl::refuseIncoming(std::uint16_t status, char const* reason, Headers const& headers)
 {
@@ -212,9 +214,7 @@ void SessionImpl::setObserver(SessionObserver* observer)
 
 std::string SessionImpl::localContact() const
 {
-    bool const tcp =
-        outgoing_ ? request_.account.transport == Transport::kTcp : invite_->request().tp == SIP_TRANSP_TCP;
-    auto const transport = tcp ? SIP_TRANSP_TCP : SIP_TRANSP_UDP;
+    sip_transp const transport = outgoing_ ? route_.transport : invite_->request().tp;
     return "sip:" + contactUser_ + "@" + element_->hostPort(local_, transport) + sip_transp_param(transport);
 }
 
@@ -315,9 +315,7 @@ Outcome<> SessionImpl::fallSilent()
     if (state_ == SessionState::kClosed) {
         return refuse(RefusalKind::kWrongState, "the call has ended");
     }
-    bool const udp =
-        outgoing_ ? request_.account.transport == Transport::kUdp : invite_->request().tp == SIP_TRANSP_UDP;
-    if (!udp) {
+    if ((outgoing_ ? route_.transport : invite_->request().tp) != SIP_TRANSP_UDP) {
         return refuse(RefusalKind::kNotSupported, "only a call over UDP can fall silent");
     }
     element_->tap().silence(*this);

@@ -144,6 +144,7 @@ private:
     void refreshRefused(int status, Headers const& headers);
 
     void learnDialog(sip_msg const& message);
+    bool isFromServer(sip_msg const& message) const;
     void learnIdentity(sip_msg const& message);
     void learnPrecedence(sip_msg const& request);
     Outcome<> useEncryption(bool overTls);
@@ -170,6 +171,7 @@ private:
     SessionObserver* observer_ = nullptr;
     bool outgoing_;
     SessionState state_;
+    std::string const lineUser_;
     Invitation invitation_;
     DialogId dialogId_;
     NameAddr remoteParty_;

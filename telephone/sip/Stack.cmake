@@ -4,10 +4,10 @@
 # the function replaced, stack_NAME. The linker's own --wrap would leave out the calls from within the source file that
 # defines NAME, such as those of sip_request in sip_drequestf.
 find_package(PkgConfig REQUIRED)
-pkg_check_modules(LIBRE REQUIRED libre librem)
+pkg_check_modules(STACK REQUIRED libre librem)
 pkg_check_modules(STACK_NEEDS REQUIRED IMPORTED_TARGET libssl libcrypto zlib)
-find_library(LIBRE_ARCHIVE NAMES libre.a HINTS ${LIBRE_LIBDIR} REQUIRED)
-find_library(LIBREM_ARCHIVE NAMES librem.a HINTS ${LIBRE_LIBDIR} REQUIRED)
+find_library(LIBRE_ARCHIVE NAMES libre.a HINTS ${STACK_LIBDIR} REQUIRED)
+find_library(LIBREM_ARCHIVE NAMES librem.a HINTS ${STACK_LIBDIR} REQUIRED)
 
 set(list ${CMAKE_CURRENT_SOURCE_DIR}/StackFunctions.def)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${list})
@@ -25,7 +25,7 @@ add_custom_command(OUTPUT ${object}
 add_library(telephone_stack STATIC ${object})
 set_source_files_properties(${object} PROPERTIES EXTERNAL_OBJECT ON GENERATED ON)
 set_target_properties(telephone_stack PROPERTIES LINKER_LANGUAGE C)
-target_include_directories(telephone_stack SYSTEM INTERFACE ${LIBRE_INCLUDE_DIRS})
+target_include_directories(telephone_stack SYSTEM INTERFACE ${STACK_INCLUDE_DIRS})
 # The configuration with which the stack's headers were packaged.
 target_compile_definitions(telephone_stack INTERFACE HAVE_INTTYPES_H HAVE_STDBOOL_H HAVE_INET6 USE_OPENSSL)
 target_link_libraries(telephone_stack INTERFACE ${LIBREM_ARCHIVE} PkgConfig::STACK_NEEDS m)

@@ -4,12 +4,16 @@
 #include <string>
 
 #include "telephone/sip/ClientDigest.h"
+#include "telephone/sip/ConnectionLimits.h"
+#include "telephone/sip/ConnectionOptions.h"
+#include "telephone/sip/ContinuedDialog.h"
 #include "telephone/sip/DialogHeaders.h"
 #include "telephone/sip/ForeignRequests.h"
 #include "telephone/sip/LocalAddresses.h"
 #include "telephone/sip/MemorySockets.h"
 #include "telephone/sip/ServerRequest.h"
 #include "telephone/sip/StackTimers.h"
+#include "telephone/sip/TlsTransport.h"
 #include "telephone/time/VirtualTime.h"
 
 using namespace telephone::sip;
@@ -104,7 +108,7 @@ void our_tmr_start(tmr* timer, std::uint64_t delay, tmr_h* handler, void* argume
     }
 }
 
-// --- sockets: in virtual time through the network in memory
+// --- sockets: in virtual time through the network in memory; in real time connections have options
 
 int our_udp_listen(udp_sock** made, sa const* local, udp_recv_h* received, void* argument)
 {
@@ -140,8 +144,12 @@ int our_tcp_sock_local_get(tcp_sock const* socket, sa* local)
 int our_tcp_accept(tcp_conn** made, tcp_sock* socket, tcp_estab_h* established, tcp_recv_h* received,
                    tcp_close_h* closed, void* argument)
 {
-    return isVirtual() ? acceptConnection(made, *socket, {established, received, closed, argument})
-                       : stack_tcp_accept(made, socket, established, received, closed, argument);
+    int error = isVirtual() ? acceptConnection(made, *socket, {established, received, closed, argument})
+                            : stack_tcp_accept(made, socket, established, received, closed, argument);
+    if (!error) {
+        error = admitConnection(*made);
+    }
+    return error || isVirtual() ? error : setConnectionOptions(**made);
 }
 
 void our_tcp_reject(tcp_sock* socket)
@@ -154,8 +162,11 @@ void our_tcp_reject(tcp_sock* socket)
 int our_tcp_connect(tcp_conn** made, sa const* peer, tcp_estab_h* established, tcp_recv_h* received,
                     tcp_close_h* closed, void* argument)
 {
-    return isVirtual() ? openConnection(made, *peer, {established, received, closed, argument})
-                       : stack_tcp_connect(made, peer, established, received, closed, argument);
+    if (isVirtual()) {
+        return openConnection(made, *peer, {established, received, closed, argument});
+    }
+    int const error = stack_tcp_connect(made, peer, established, received, closed, argument);
+    return error ? error : setConnectionOptions(**made);
 }
 
 int our_tcp_conn_local_get(tcp_conn const* connection, sa* local)
@@ -168,7 +179,16 @@ int our_tcp_send(tcp_conn* connection, mbuf* buffer)
     return isVirtual() ? sendOver(*connection, *buffer) : stack_tcp_send(connection, buffer);
 }
 
-// --- dialogs: the headers of re-INVITEs and of the answers to them, which the stack does not let a session add
+// --- dialogs: a call that is sent again stays in its own; and the headers of re-INVITEs and of the answers to them,
+// which the stack does not let a session add
+
+int our_sip_dialog_alloc(sip_dialog** made, char const* uri, char const* toUri, char const* fromName,
+                         char const* fromUri, char const* routes[], std::uint32_t routeCount)
+{
+    return made && ContinuedDialog::take(made)
+               ? 0
+               : stack_sip_dialog_alloc(made, uri, toUri, fromName, fromUri, routes, routeCount);
+}
 
 int our_sip_dialog_encode(mbuf* buffer, sip_dialog* dialog, std::uint32_t cseq, char const* method)
 {
@@ -219,10 +239,11 @@ int our_sip_request(struct sip_request** made, sip* stack, bool stateful, char c
                     char const* uri, int uriLength, struct uri const* route, mbuf* message, size_t sortKey,
                     sip_send_h* sending, sip_resp_h* answered, void* argument)
 {
-    auto const destination = route != nullptr ? destinationOf(stack, *route) : std::nullopt;
+    SendableRoute const sendable(*route);
+    auto const destination = destinationOf(stack, *sendable.get());
     if (!destination) {
-        return stack_sip_request(made, stack, stateful, method, methodLength, uri, uriLength, route, message, sortKey,
-                                 sending, answered, argument);
+        return stack_sip_request(made, stack, stateful, method, methodLength, uri, uriLength, sendable.get(), message,
+                                 sortKey, sending, answered, argument);
     }
     auto const textOf = [](char const* text, int length) {
         return length < 0 ? std::string(text) : std::string(text, static_cast<std::size_t>(length));
@@ -237,4 +258,21 @@ void our_sip_request_cancel(struct sip_request* request)
     if (!cancelServerRequest(request)) {
         stack_sip_request_cancel(request);
     }
+}
+
+// --- TLS: whom a connection is for, and whether it may carry a message
+
+int our_sip_transp_send(sip_connqent** queued, sip* stack, void* connection, sip_transp transport, sa const* to,
+                        mbuf* message, void (*done)(int error, void* argument), void* argument)
+{
+    auto const send = [=] {
+        return stack_sip_transp_send(queued, stack, connection, transport, to, message, done, argument);
+    };
+    return transport == SIP_TRANSP_TLS ? sendOverTls(stack, *to, *message, connection != nullptr, send) : send();
+}
+
+int our_tls_start_tcp(tls_conn** made, tls* context, tcp_conn* socket, int layer)
+{
+    int const error = stack_tls_start_tcp(made, context, socket, layer);
+    return error ? error : TlsTransport::begin(*context, **made, *socket);
 }

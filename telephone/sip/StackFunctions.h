@@ -15,6 +15,9 @@ int sip_auth_encode(mbuf* buffer, sip_auth* authentication, char const* method, 
 int sip_dialog_encode(mbuf* buffer, sip_dialog* dialog, std::uint32_t cseq, char const* method);
 int sipsess_reply_2xx(sipsess* session, sip_msg const* request, std::uint16_t status, char const* reason,
                       mbuf* description, char const* format, va_list* arguments);
+struct sip_connqent;
+int sip_transp_send(sip_connqent** queued, sip* stack, void* connection, sip_transp transport, sa const* to,
+                    mbuf* message, void (*done)(int error, void* argument), void* argument);
 
 #define STACK_FUNCTION(name) decltype(name) our_##name, stack_##name;
 #include "telephone/sip/StackFunctions.def"

@@ -56,19 +56,21 @@ SubscriptionImpl::~SubscriptionImpl()
 
 Outcome<> SubscriptionImpl::start(Account const& account)
 {
-    auto const route = element_->routeTo(account, request_.target);
+    auto const route = element_->usableRouteTo(account, request_.target);
     if (!route) {
         return tl::unexpected(route.error());
     }
+    route_ = *route;
     makeCredentials(credentials_, account, element_->config().log);
     Headers const headers = request_.accept.empty() ? Headers{} : Headers{{"Accept", request_.accept}};
-    char const* proxies[] = {route->proxy.c_str()};
-    int const error = sipevent_subscribe(
-        subscription_.out(), element_->eventSocket(), route->target.c_str(), route->fromNameOrNull(),
-        route->fromUri.c_str(), request_.event.c_str(), nullptr, request_.expires, route->contactUser.c_str(), proxies,
-        route->proxyCount(), answerChallenge, credentials_.get(), true, nullptr, handlerOf<&SubscriptionImpl::onNotify>,
-        handlerOf<&SubscriptionImpl::onClose>, this, "%s", headers.format().c_str());
-    return sent(error, "SUBSCRIBE to " + request_.target);
+    auto proxies = route->proxyTexts();
+    int const error =
+        sipevent_subscribe(subscription_.out(), element_->eventSocket(), route->target.c_str(), route->fromNameOrNull(),
+                           route->fromUri.c_str(), request_.event.c_str(), nullptr, request_.expires,
+                           route->contactUser.c_str(), proxies.data(), static_cast<std::uint32_t>(proxies.size()),
+                           answerChallenge, credentials_.get(), true, nullptr, handlerOf<&SubscriptionImpl::onNotify>,
+                           handlerOf<&SubscriptionImpl::onClose>, this, "%s", headers.format().c_str());
+    return element_->sentTo(*route, error, "SUBSCRIBE to " + request_.target);
 }
 
 void SubscriptionImpl::onNotify(::sip* /*stack*/, sip_msg const& message)
@@ -86,7 +88,7 @@ void SubscriptionImpl::onClose(int error, sip_msg const* message, sipevent_subst
     } else if (message && !message->req && message->scode >= 300) {
         observer_.onTerminated(*this, message->scode, text(message->reason));
     } else if (error) {
-        observer_.onTerminated(*this, 503, errorText(error));
+        observer_.onTerminated(*this, 503, element_->failureOf(error, route_).reason);
     } else {
         observer_.onTerminated(*this, 200, lastReason_);
     }

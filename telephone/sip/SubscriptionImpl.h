@@ -22,6 +22,7 @@ private:
     std::shared_ptr<Element> element_;
     SubscriptionRequest request_;
     SubscriptionObserver& observer_;
+    Route route_;
     Ref<Credentials> credentials_;
     Ref<sipsub> subscription_;
     std::string lastReason_;

@@ -55,9 +55,14 @@ std::uint16_t UserAgent::tcpPort() const
     return element_->port(SIP_TRANSP_TCP);
 }
 
+std::uint16_t UserAgent::tlsPort() const
+{
+    return element_->port(SIP_TRANSP_TLS);
+}
+
 std::string UserAgent::hostPort(Transport transport) const
 {
-    return element_->hostPort(element_->address(), transport == Transport::kTcp ? SIP_TRANSP_TCP : SIP_TRANSP_UDP);
+    return element_->hostPort(element_->address(), stackTransport(transport));
 }
 
 Outcome<> UserAgent::sendDatagram(std::string const& target, std::string_view bytes) const
@@ -82,7 +87,7 @@ void UserAgent::log(LogLevel level, std::string const& line) const
 Outcome<std::unique_ptr<Session>> UserAgent::call(CallRequest const& request, SessionObserver& observer)
 {
     std::lock_guard guard(element_->loop());
-    auto const route = element_->routeTo(request.account, request.target);
+    auto const route = element_->usableRouteTo(request.account, request.target);
     if (!route) {
         return tl::unexpected(route.error());
     }
@@ -119,7 +124,7 @@ Outcome<> UserAgent::request(Account const& account, std::string const& method, 
                              Headers const& headers, Content const& content, ResponseHandler done)
 {
     std::lock_guard guard(element_->loop());
-    auto const route = element_->routeTo(account, target);
+    auto const route = element_->usableRouteTo(account, target);
     if (!route) {
         return tl::unexpected(route.error());
     }
@@ -127,8 +132,8 @@ Outcome<> UserAgent::request(Account const& account, std::string const& method, 
     if (!request) {
         return tl::unexpected(request.error());
     }
-    auto const answered = [element = std::weak_ptr<Element>(element_), done = std::move(done)](int error,
-                                                                                               sip_msg const* message) {
+    auto const answered = [element = std::weak_ptr<Element>(element_), route = *route,
+                           done = std::move(done)](int error, sip_msg const* message) {
         auto const alive = element.lock();
         if (!alive || alive->isClosed() || !done) {
             return;
@@ -136,7 +141,7 @@ Outcome<> UserAgent::request(Account const& account, std::string const& method, 
         if (!error && message) {
             done(responseOf(*message));
         } else {
-            done({statusOf(error), errorText(error), {}, {}});
+            done(alive->failureOf(error, route));
         }
     };
     return (*request)->send(method, replyTail(headers, content), std::nullopt, answered);

@@ -1,6 +1,6 @@
 // A SIP user agent on its own address: a telephone, or an exchange. Several may share one event loop. It listens on UDP
-// and TCP, passes incoming requests to its observer, and makes outgoing sessions, registrations, subscriptions and
-// requests.
+// and TCP, and on TLS where it is configured, passes incoming requests to its observer, and makes outgoing sessions,
+// registrations, subscriptions and requests.
 //
 // It answers by itself: OPTIONS (200, or 404 for an unknown user), unsupported extensions in Require (420), unknown
 // methods (405), unsolicited NOTIFY (200), retransmissions and CANCEL. Packets that are not SIP are dropped.
@@ -27,6 +27,7 @@
 #include "telephone/sip/RequestLimits.h"
 #include "telephone/sip/Session.h"
 #include "telephone/sip/Subscription.h"
+#include "telephone/sip/TlsConfig.h"
 #include "telephone/sip/Transfer.h"
 
 namespace telephone::sip {
@@ -49,9 +50,13 @@ struct UserAgentConfig
     std::string address = "127.0.0.1";                // IP address, or network interface: one of each family
     std::uint16_t udpPort = 0;                        // 0: chosen
     std::uint16_t tcpPort = 0;                        // 0: the UDP port where it is free, else chosen
+    std::uint16_t tlsPort = 0;                        // 0: chosen
+    std::optional<TlsConfig> tls;                     // none: no TLS
+    bool tlsFromTheStart = false;                     // otherwise from the first use, to save the memory
     std::string name = "telephone";                   // User-Agent and Server
     std::vector<std::string> codecs{"PCMU", "PCMA"};  // in the order of preference
     bool telephoneEvents = true;                      // offer RFC 4733
+    std::string instance;                             // URN of the device in registrations (RFC 5626); may be empty
     std::chrono::seconds sessionExpires{1800};        // interval of session timers (RFC 4028), 90 or more; 0: none
     ReliableUse reliableResponses = ReliableUse::kSupported;
     std::chrono::seconds audioTimeout{0};        // without audio, an established call ends; 0: never
@@ -114,12 +119,14 @@ public:
     std::string address() const;  // the first, numeric
     std::uint16_t udpPort() const;
     std::uint16_t tcpPort() const;
+    std::uint16_t tlsPort() const;  // 0 before the first use of TLS
     // "address:port", the domain of its users.
     std::string hostPort(Transport transport = Transport::kUdp) const;
 
     // Sends an INVITE or a SUBSCRIBE; what follows comes to the observer, never from within the call. kBadInput: the
-    // target is not a SIP URI. kUnavailable: the stack cannot send. A host name that DNS does not know is refused with
-    // kNotFound if that is known already, and ends the call or the subscription if not.
+    // target is not a SIP URI. kUnavailable: the stack cannot send, or lines cannot register with the host because TLS
+    // with it fails. kNotSupported: TLS, without any. A host name that DNS does not know is refused with kNotFound if
+    // that is known already, and ends the call or the subscription if not.
     [[nodiscard]] Outcome<std::unique_ptr<Session>> call(CallRequest const& request, SessionObserver& observer);
     [[nodiscard]] Outcome<std::unique_ptr<Subscription>>
     subscribe(Account const& account, SubscriptionRequest const& request, SubscriptionObserver& observer);

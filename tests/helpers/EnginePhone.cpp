@@ -49,6 +49,7 @@ EnginePhone::EnginePhone(Options options)
         line.account.user = id;
         line.account.password = options_.password;
         line.account.expires = options_.expires;
+        line.account.transport = options_.transport;
         line.account.domain = options_.registrar.empty() ? engine_->userAgent().hostPort() : options_.registrar;
         line.account.answerTimeout = options_.answerTimeout;
         line.account.retryFirst = std::chrono::milliseconds(100);

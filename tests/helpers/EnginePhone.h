@@ -33,6 +33,7 @@ public:
         std::string password = "secret";
         std::uint32_t expires = 300;  // seconds
         std::chrono::milliseconds answerTimeout{1000};
+        sip::Transport transport = sip::Transport::kUdp;
         EngineConfiguration engine;
 
         Options()

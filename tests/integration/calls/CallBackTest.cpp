@@ -155,6 +155,36 @@ TEST_F(CallBack, BeyondTheLimit_IsRefused)
     EXPECT_EQ(kindOf(phone_->engine().callBacks().set(3, sfiCallCompletionOnBusy)), RefusalKind::kLimit);
 }
 
+TEST_F(CallBack, IsPossibleForEndedCalls_WhileThereIsRoomAndTheTelephoneIsActive)
+{
+    auto const possible = [this] {
+        std::lock_guard const guard(eventLoop());
+        std::vector<int> calls;
+        for (CallSnapshot const& each : phone_->engine().callBacks().endedAndPossible()) {
+            calls.push_back(each.callID);
+        }
+        return calls;
+    };
+    int callID = 0;
+    for (char const* number : {"111", "112", "113"}) {
+        callBusy(++callID, number);
+    }
+    ASSERT_TRUE(eventually([this] { return phone_->engine().calls().empty(); }));
+    EXPECT_EQ(possible(), (std::vector<int>{1, 2, 3}));
+
+    ASSERT_TRUE(phone_->engine().callBacks().set(1, sfiCallCompletionOnBusy));
+    EXPECT_EQ(possible(), (std::vector<int>{2, 3}));
+
+    ASSERT_TRUE(phone_->engine().callBacks().set(2, sfiCallCompletionOnBusy));
+    EXPECT_EQ(possible(), std::vector<int>());
+
+    ASSERT_TRUE(phone_->engine().callBacks().cancel(0, "112", sfiCancelCallBackAll, true));
+    EXPECT_EQ(possible(), (std::vector<int>{2, 3}));
+
+    phone_->engine().deactivate();
+    EXPECT_EQ(possible(), std::vector<int>());
+}
+
 TEST_F(CallBack, ToAnAbsentTelephone_Fails)
 {
     callBusy(1, "111");

@@ -1,7 +1,6 @@
 // A call server that is written message by message: what the telephone sends it, and what it makes of any answer.
 #include "ExchangePhones.h"
-#include "telephone/time/Waiting.h"
-#include "tests/integration/sip/RawFarEnd.h"
+#include "tests/integration/sip/ScriptedEnd.h"
 
 namespace telephone::test {
 
@@ -10,26 +9,27 @@ namespace {
 class ScriptedServer : public ::testing::Test
 {
 protected:
-    void start(bool subscribes = false)
+    void start(bool subscribes = false, std::optional<sip::Sender> callers = {})
     {
         EnginePhone::Options options;
+        options.engine.permissions.set(sip::RequestKind::kCall, callers);
         options.registrar = server_.hostPort();
         options.engine.messageWaiting = subscribes;
         options.engine.voiceMail = "600";
         phone_ = std::make_unique<EnginePhone>(options);
     }
 
-    void startRegistered(bool subscribes = false)
+    void startRegistered(bool subscribes = false, std::optional<sip::Sender> callers = {})
     {
-        start(subscribes);
-        server_.answer(server_.take("REGISTER"), "200 OK", "Expires: 300\r\n");
+        start(subscribes, callers);
+        server_.answer(server_.receive("REGISTER"), "200 OK", "Expires: 300\r\n");
         phone_->expect({"registration 4711 0 yes 0"});
     }
 
     // The body of the next request of that method, which is answered with the status.
     std::string bodyOf(std::string const& method, std::string const& status = "200 OK")
     {
-        std::string const request = server_.take(method);
+        std::string const request = server_.receive(method);
         server_.answer(request, status);
         return request.substr(request.find("\r\n\r\n") + 4);
     }
@@ -37,7 +37,7 @@ protected:
     // Ends the telephone while its server answers.
     void TearDown() override { phone_.reset(); }
 
-    RawFarEnd server_{eventLoop()};
+    ScriptedEnd server_{eventLoop()};
     std::unique_ptr<EnginePhone> phone_;
 };
 
@@ -47,11 +47,11 @@ TEST_F(ScriptedServer, Registration_AsksForTheConfiguredTime)
 {
     start();
 
-    std::string const request = server_.take("REGISTER");
+    std::string const request = server_.receive("REGISTER");
 
-    EXPECT_EQ("REGISTER sip:" + server_.hostPort() + " SIP/2.0", RawFarEnd::firstLine(request));
-    EXPECT_EQ(0U, RawFarEnd::header(request, "From").find("<sip:4711@" + server_.hostPort() + ">;tag="));
-    std::string const contact = RawFarEnd::header(request, "Contact");
+    EXPECT_EQ("REGISTER sip:" + server_.hostPort() + " SIP/2.0", firstLineOf(request));
+    EXPECT_EQ(0U, headerOf(request, "From").find("<sip:4711@" + server_.hostPort() + ">;tag="));
+    std::string const contact = headerOf(request, "Contact");
     EXPECT_EQ(0U, contact.find("<sip:4711@"));
     EXPECT_NE(std::string::npos, contact.find(">;expires=300")) << contact;
 }
@@ -60,11 +60,10 @@ TEST_F(ScriptedServer, Challenge_IsAnsweredOnce)
 {
     start();
     std::string const challenge = "WWW-Authenticate: Digest realm=\"pbx\", nonce=\"n\"\r\n";
-    server_.answer(server_.take("REGISTER"), "401 Unauthorized", challenge);
+    server_.answer(server_.receive("REGISTER"), "401 Unauthorized", challenge);
 
-    std::string const second = server_.take("REGISTER");
-    EXPECT_NE(std::string::npos, RawFarEnd::header(second, "Authorization").find("username=\"4711\", realm=\"pbx\""))
-        << second;
+    std::string const second = server_.receive("REGISTER");
+    EXPECT_NE(std::string::npos, headerOf(second, "Authorization").find("username=\"4711\", realm=\"pbx\"")) << second;
     server_.answer(second, "401 Unauthorized", challenge);
 
     phone_->expect({"registration 4711 0 no 1"});
@@ -73,15 +72,36 @@ TEST_F(ScriptedServer, Challenge_IsAnsweredOnce)
 TEST_F(ScriptedServer, RefusedRegistration_HasItsResultAndIsTriedAgain)
 {
     start();
-    server_.answer(server_.take("REGISTER"), "500 Server Internal Error");
+    server_.answer(server_.receive("REGISTER"), "500 Server Internal Error");
     phone_->expect({"registration 4711 0 no 2"});
 
-    server_.answer(server_.take("REGISTER"), "503 Service Unavailable");
+    server_.answer(server_.receive("REGISTER"), "503 Service Unavailable");
     phone_->expect({"registration 4711 0 no 3"});
-    server_.answer(server_.take("REGISTER"), "503 Service Unavailable");
-    server_.answer(server_.take("REGISTER"), "200 OK");
+    server_.answer(server_.receive("REGISTER"), "503 Service Unavailable");
+    server_.answer(server_.receive("REGISTER"), "200 OK");
 
     phone_->expect({"registration 4711 0 yes 0"});
+}
+
+TEST_F(ScriptedServer, IdentityThatTheServerAsserts_IsTheCallersName)
+{
+    startRegistered();
+
+    server_.ask("INVITE", "4711", phone_->engine().userAgent().hostPort(),
+                "P-Asserted-Identity: \"Real\" <sip:7777@example.org>\r\n", ScriptedEnd::description());
+
+    phone_->expect({"incoming 4711 1001 7777 Real 2 - 0"});
+}
+
+TEST_F(ScriptedServer, IdentityThatAStrangerAsserts_IsIgnored)
+{
+    ScriptedEnd stranger(eventLoop());
+    startRegistered(false, sip::Sender::kAnybody);
+
+    stranger.ask("INVITE", "4711", phone_->engine().userAgent().hostPort(),
+                 "P-Asserted-Identity: \"Real\" <sip:7777@example.org>\r\n", ScriptedEnd::description());
+
+    phone_->expect({"incoming 4711 1001 far - 2 - 0"});
 }
 
 TEST_F(ScriptedServer, FeaturesOfTheServer_AreAskedForByDocument)
@@ -133,9 +153,9 @@ TEST_F(ScriptedServer, AgentState_IsToldByDocument)
 
     phone_->engine().server().tellAgentState("4711", "agentBusy");
 
-    std::string const request = server_.take("INFO");
+    std::string const request = server_.receive("INFO");
     server_.answer(request, "200 OK");
-    EXPECT_EQ("application/csta+xml", RawFarEnd::header(request, "Content-Type"));
+    EXPECT_EQ("application/csta+xml", headerOf(request, "Content-Type"));
     EXPECT_EQ(
         "<?xml version=\"1.0\"?><SetAgentState xmlns=\"http://www.ecma-international.org/standards/ecma-323/csta/ed5\">"
         "<device>sip:4711@" +
@@ -149,11 +169,11 @@ TEST_F(ScriptedServer, MessageWaiting_IsSubscribedTo)
 {
     startRegistered(true);
 
-    std::string const request = server_.take("SUBSCRIBE");
+    std::string const request = server_.receive("SUBSCRIBE");
 
-    EXPECT_EQ("message-summary", RawFarEnd::header(request, "Event"));
-    EXPECT_EQ("application/simple-message-summary", RawFarEnd::header(request, "Accept"));
-    EXPECT_EQ("SUBSCRIBE sip:4711@" + server_.hostPort() + " SIP/2.0", RawFarEnd::firstLine(request));
+    EXPECT_EQ("message-summary", headerOf(request, "Event"));
+    EXPECT_EQ("application/simple-message-summary", headerOf(request, "Accept"));
+    EXPECT_EQ("SUBSCRIBE sip:4711@" + server_.hostPort() + " SIP/2.0", firstLineOf(request));
 }
 
 class MissingPackage : public ScriptedServer, public ::testing::WithParamInterface<char const*>
@@ -163,10 +183,9 @@ TEST_P(MissingPackage, MessageWaiting_IsNotAskedForAgain)
 {
     startRegistered(true);
 
-    server_.answer(server_.take("SUBSCRIBE"), GetParam());
+    server_.answer(server_.receive("SUBSCRIBE"), GetParam());
 
-    sleepFor(std::chrono::minutes(2));
-    EXPECT_EQ(0U, server_.count("SUBSCRIBE"));
+    EXPECT_TRUE(server_.hearsNothingOf("SUBSCRIBE", 2min));
 }
 
 INSTANTIATE_TEST_SUITE_P(Statuses, MissingPackage,
@@ -177,12 +196,10 @@ TEST_F(ScriptedServer, MessageWaitingThatFails_IsAskedForAgainAfterAMinute)
 {
     startRegistered(true);
 
-    server_.answer(server_.take("SUBSCRIBE"), "500 Server Internal Error");
+    server_.answer(server_.receive("SUBSCRIBE"), "500 Server Internal Error");
 
-    sleepFor(std::chrono::seconds(59));
-    EXPECT_EQ(0U, server_.count("SUBSCRIBE"));
-    sleepFor(std::chrono::seconds(1));
-    server_.answer(server_.take("SUBSCRIBE"), "404 Not Found");
+    EXPECT_TRUE(server_.hearsNothingOf("SUBSCRIBE", 59s));
+    server_.answer(server_.receive("SUBSCRIBE", 2s), "404 Not Found");
 }
 
 TEST_F(ScriptedServer, MessageSummaries_AreToldAsTheyCount)
@@ -194,7 +211,7 @@ TEST_F(ScriptedServer, MessageSummaries_AreToldAsTheyCount)
                     "Event: message-summary\r\nSubscription-State: active\r\n"
                     "Content-Type: application/simple-message-summary\r\n",
                     body);
-        EXPECT_EQ("SIP/2.0 200 OK", RawFarEnd::firstLine(server_.take("SIP/2.0")));
+        EXPECT_EQ("SIP/2.0 200 OK", firstLineOf(server_.receive("SIP/2.0")));
     };
 
     notify("Messages-Waiting: yes\r\nVoice-Message: 2/8 (1/3)\r\n");

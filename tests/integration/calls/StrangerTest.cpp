@@ -137,6 +137,19 @@ protected:
     }
 };
 
+class CallWhileDoNotDisturb : public ::testing::Test
+{
+protected:
+    static int statusWith(int configured)
+    {
+        auto options = EnginePhone::optionsOf("4711");
+        options.engine.doNotDisturbStatus = configured;
+        EnginePhone phone(options);
+        phone.doNotDisturbOn = true;
+        return Stranger().call(phone.uri());
+    }
+};
+
 class StrangerAtTheExchange : public ::testing::Test
 {
 protected:
@@ -149,6 +162,12 @@ protected:
 };
 
 }  // namespace
+
+TEST_F(CallWhileDoNotDisturb, IsAnsweredWithTheConfiguredStatus)
+{
+    EXPECT_EQ(statusWith(486), 486);
+    EXPECT_EQ(statusWith(480), 480);
+}
 
 TEST_F(StrangerAtACall, Watching_IsRefusedWithoutThePassword)
 {

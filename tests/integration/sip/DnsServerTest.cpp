@@ -1,19 +1,15 @@
 // Names of servers, looked up at a DNS server of another make (dnsmasq) on loopback, in real time.
 #include <atomic>
 #include <cerrno>
-#include <fstream>
 #include <random>
 
 #include <dlfcn.h>
-#include <netinet/in.h>
 #include <sys/socket.h>
 
+#include "LocalDns.h"
 #include "SipFixture.h"
-#include "telephone/framework/FileDescriptor.h"
 #include "telephone/sip/DnsClient.h"
 #include "telephone/sip/ServerSearch.h"
-#include "tests/doubles/TemporaryFolder.h"
-#include "tests/helpers/ChildProcess.h"
 #include "tests/helpers/TestTime.h"
 
 namespace {
@@ -39,17 +35,9 @@ namespace {
 
 // Nothing listens there.
 constexpr char const* kNobody = "127.0.0.9";
-// Virtual time measures exactly (FailoverTest.cpp). In real time a busy machine adds to it: less than the wait for a
-// silent server, and less than the stack alone would wait for a server (32 s) or DNS (214 s).
-constexpr std::int64_t kAtOnce = 3000;
+// Virtual time measures exactly (FailoverTest.cpp). In real time a busy machine adds to it: less than the stack alone
+// would wait for a server (32 s) or DNS (214 s).
 constexpr std::int64_t kSoon = 9000;
-
-std::int64_t millisecondsOf(std::function<void()> const& work)
-{
-    auto const begin = SteadyClock::now();
-    work();
-    return std::chrono::duration_cast<std::chrono::milliseconds>(SteadyClock::now() - begin).count();
-}
 
 class DnsServer : public ExchangeTest
 {
@@ -57,18 +45,11 @@ protected:
     // Starts the DNS server with these records and those of the exchange.
     void serve(std::string const& records)
     {
-        std::ofstream(folder_.file("dnsmasq.conf"))
-            << "port=" << port_ << "\nlisten-address=127.0.0.1\nbind-interfaces\nno-resolv\nno-hosts\nlocal=/test/\n"
-            << "user=root\npid-file=\nauth-ttl=60\nlocal-ttl=60\n"
-            << "host-record=exchange.test,127.0.0.1\nhost-record=nobody.test," << kNobody << "\n"
-            << records;
-        server_.emplace("dnsmasq",
-                        std::vector<std::string>{"--keep-in-foreground", "--conf-file=" + folder_.file("dnsmasq.conf")},
-                        folder_.file(""));
-        ASSERT_TRUE(eventually([this] { return listens(); })) << "dnsmasq does not start";
+        dns_.serve("host-record=exchange.test,127.0.0.1\nhost-record=nobody.test," + std::string(kNobody) + "\n" +
+                   records);
     }
     std::string exchangePort() const { return std::to_string(sip::Uri::parse("sip:" + exchange.hostPort())->port); }
-    std::string dns() const { return "127.0.0.1:" + std::to_string(port_); }
+    std::string dns() const { return dns_.address(); }
     sip::UserAgentConfig config()
     {
         sip::UserAgentConfig config;
@@ -80,19 +61,7 @@ protected:
     std::string logged;
 
 private:
-    bool listens() const
-    {
-        FileDescriptor const socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        address.sin_port = htons(static_cast<std::uint16_t>(port_));
-        return connect(socket.get(), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
-    }
-
-    TemporaryFolder const folder_;
-    int const port_ = freeUdpPort();
-    std::optional<ChildProcess> server_;
+    LocalDns dns_;
 };
 
 }  // namespace

@@ -24,7 +24,7 @@ public:
         frame.fill(kLoud);
         return true;
     }
-    void skipFrames(std::uint64_t) override {}
+    void skipFrames(std::uint64_t /*count*/) override {}
     void writeFrame(sip::AudioFrame const& frame) override
     {
         sip::AudioFrame loud{};

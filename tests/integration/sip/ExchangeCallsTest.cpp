@@ -16,6 +16,7 @@ TEST_F(ExchangeCalls, Number100_AnswersAndEchoesTheAudio)
             frame.fill(8000);
             return true;
         }
+        void skipFrames(std::uint64_t /*count*/) override {}
     } tone;
     struct Ear final : sip::AudioSink
     {

@@ -250,13 +250,8 @@ TEST_F(ExchangeSteps, Reliable_RepeatsTheRingingUntilItIsAcknowledged)
 {
     ScriptedEnd far(loop);
     ASSERT_TRUE(exchange.define("110", "reliable, ring"));
-    std::string invite = far.invite(*phone.agent, "Supported: 100rel\r\n", far.description());
-    for (auto place = invite.find("4711@" + phone.agent->hostPort()); place != std::string::npos;
-         place = invite.find("4711@" + phone.agent->hostPort())) {
-        invite.replace(place, 5 + phone.agent->hostPort().size(), "110@" + exchange.hostPort());
-    }
 
-    far.sendTo(exchange.hostPort(), invite);
+    far.ask("INVITE", "110", exchange.hostPort(), "Supported: 100rel\r\n", far.description());
 
     std::string const ringing = far.receive("SIP/2.0 180");
     EXPECT_EQ("100rel", headerOf(ringing, "Require"));

@@ -1,5 +1,5 @@
 // Calls with a far end that is written message by message.
-#include "RawFarEnd.h"
+#include "ScriptedEnd.h"
 #include "SipFixture.h"
 
 namespace telephone::test {
@@ -7,10 +7,18 @@ namespace telephone::test {
 class FarEnd : public SipTest
 {
 protected:
+    // Makes a far end the server of the line.
+    void registerAt(ScriptedEnd& server)
+    {
+        phone_.registerAt(server.hostPort());
+        server.answer(server.receive("REGISTER"), "200 OK", "Expires: 300\r\n");
+        ASSERT_TRUE(phone_.waitFor("registered 300")) << phone_.events();
+    }
+    void registerHere() { registerAt(far_); }
     void call()
     {
         session_ = &phone_.call(far_.uri());
-        invite_ = far_.take("INVITE");
+        invite_ = far_.receive("INVITE");
     }
 
     void connect()
@@ -18,20 +26,20 @@ protected:
         call();
         far_.accept(invite_);
         ASSERT_TRUE(phone_.waitFor("established")) << phone_.events();
-        (void)far_.take("ACK");
+        far_.receive("ACK");
     }
 
     // What the far end answers to an INFO, and what the telephone makes of it.
     std::string info(std::string const& type, std::string const& body)
     {
-        far_.request("INFO", "Content-Type: " + type + "\r\n", body);
-        EXPECT_EQ("SIP/2.0 200 OK", RawFarEnd::firstLine(far_.take("SIP/2.0")));
+        far_.request("INFO", invite_, "Content-Type: " + type + "\r\n", body);
+        EXPECT_EQ("SIP/2.0 200 OK", firstLineOf(far_.receive("SIP/2.0")));
         std::string const events = phone_.events();
         phone_.forget();
         return events;
     }
 
-    RawFarEnd far_{loop};
+    ScriptedEnd far_{loop};
     SipPeer phone_{loop};
     sip::Session* session_ = nullptr;
     std::string invite_;
@@ -45,8 +53,8 @@ TEST_F(FarEnd, Ringing_MakesTheDialogKnown)
     far_.answer(invite_, "180 Ringing");
 
     ASSERT_TRUE(phone_.waitFor("progress 180")) << phone_.events();
-    EXPECT_EQ("raw", session_->dialogId().remoteTag);
-    EXPECT_EQ(RawFarEnd::header(invite_, "Call-ID"), session_->dialogId().callId);
+    EXPECT_EQ("far", session_->dialogId().remoteTag);
+    EXPECT_EQ(headerOf(invite_, "Call-ID"), session_->dialogId().callId);
     EXPECT_EQ(far_.uri(), session_->remoteContact());
     EXPECT_EQ(sip::SessionState::kEarly, session_->state());
 }
@@ -67,7 +75,7 @@ TEST_F(FarEnd, DescriptionWhileRinging_IsEarlyMedia)
     call();
 
     far_.answer(invite_, "180 Ringing", "Content-Type: text/plain\r\n", "hello");
-    far_.answer(invite_, "183 Session Progress", "Content-Type: application/sdp\r\n", RawFarEnd::description());
+    far_.answer(invite_, "183 Session Progress", {}, ScriptedEnd::description());
 
     EXPECT_TRUE(phone_.waitFor("progress 180")) << phone_.events();
     EXPECT_TRUE(phone_.waitFor("progress 183 early")) << phone_.events();
@@ -76,7 +84,7 @@ TEST_F(FarEnd, DescriptionWhileRinging_IsEarlyMedia)
 TEST_F(FarEnd, AnswerWithoutADescription_UsesThatOfTheRinging)
 {
     call();
-    far_.answer(invite_, "183 Session Progress", "Content-Type: application/sdp\r\n", RawFarEnd::description());
+    far_.answer(invite_, "183 Session Progress", {}, ScriptedEnd::description());
 
     far_.answer(invite_, "200 OK");
 
@@ -92,8 +100,9 @@ TEST_F(FarEnd, AnswerWithoutAnyDescription_EndsTheCall)
     EXPECT_TRUE(phone_.waitFor("closed failed 488")) << phone_.events();
 }
 
-TEST_F(FarEnd, AssertedIdentity_ReplacesTheDialledOne)
+TEST_F(FarEnd, IdentityThatTheServerAsserts_ReplacesTheDialledOne)
 {
+    registerHere();
     call();
 
     far_.answer(invite_, "180 Ringing", "P-Asserted-Identity: \"Seven\" <sip:7777@127.0.0.1>\r\n");
@@ -101,8 +110,22 @@ TEST_F(FarEnd, AssertedIdentity_ReplacesTheDialledOne)
     EXPECT_TRUE(phone_.waitFor("identity Seven <sip:7777@127.0.0.1>")) << phone_.events();
 }
 
+TEST_F(FarEnd, IdentityThatAnotherFarEndAsserts_IsIgnored)
+{
+    ScriptedEnd server(loop);
+    registerAt(server);
+    call();
+
+    far_.answer(invite_, "180 Ringing", "P-Asserted-Identity: \"Seven\" <sip:7777@127.0.0.1>\r\n");
+
+    EXPECT_TRUE(phone_.waitFor("progress 180")) << phone_.events();
+    EXPECT_FALSE(phone_.waitFor("identity Seven <sip:7777@127.0.0.1>", 1s));
+    EXPECT_EQ(session_->remoteParty().uri.user, "far");
+}
+
 TEST_F(FarEnd, SameIdentityAgain_IsNoNews)
 {
+    registerHere();
     call();
     std::string const identity = "P-Asserted-Identity: \"Seven\" <sip:7777@127.0.0.1>\r\n";
 
@@ -136,15 +159,15 @@ TEST_F(FarEnd, RedirectionWithoutAContact_RefusesTheCall)
 
 TEST_F(FarEnd, Redirection_IsFollowedToItsContact)
 {
-    RawFarEnd other(loop);
+    ScriptedEnd other(loop);
     call();
 
     far_.answer(invite_, "302 Moved Temporarily",
                 "Contact: <" + other.uri() + ">\r\nDiversion: <sip:raw@127.0.0.1>;reason=unconditional\r\n");
 
     ASSERT_TRUE(phone_.waitFor("redirected " + other.uri())) << phone_.events();
-    std::string const second = other.take("INVITE");
-    EXPECT_EQ("<sip:raw@127.0.0.1>;reason=unconditional", RawFarEnd::header(second, "Diversion"));
+    std::string const second = other.receive("INVITE");
+    EXPECT_EQ("<sip:raw@127.0.0.1>;reason=unconditional", headerOf(second, "Diversion"));
     other.accept(second);
     EXPECT_TRUE(phone_.waitFor("established")) << phone_.events();
     EXPECT_EQ(other.uri(), session_->remoteContact());
@@ -179,7 +202,7 @@ TEST_F(FarEnd, Bye_ClosesTheCallWithItsReason)
 {
     connect();
 
-    far_.request("BYE", "Reason: SIP;cause=200;text=\"elsewhere\"\r\n");
+    far_.request("BYE", invite_, "Reason: SIP;cause=200;text=\"elsewhere\"\r\n");
 
     ASSERT_TRUE(phone_.waitFor("closed remote")) << phone_.events();
     EXPECT_EQ("SIP;cause=200;text=\"elsewhere\"", phone_.lastClosing.reasonHeader);
@@ -190,7 +213,7 @@ TEST_F(FarEnd, HoldThatIsRefused_LeavesTheCallAsItWas)
     connect();
     ASSERT_TRUE(session_->modify(sip::Direction::kSendOnly));
 
-    far_.answer(far_.take("INVITE"), "488 Not Acceptable Here");
+    far_.answer(far_.receive("INVITE"), "488 Not Acceptable Here");
 
     EXPECT_TRUE(phone_.waitFor("refused 488")) << phone_.events();
     EXPECT_EQ(sip::SessionState::kEstablished, session_->state());
@@ -201,7 +224,7 @@ TEST_F(FarEnd, HoldOfACallThatIsGone_ClosesIt)
     connect();
     ASSERT_TRUE(session_->modify(sip::Direction::kSendOnly));
 
-    far_.answer(far_.take("INVITE"), "481 Call Does Not Exist");
+    far_.answer(far_.receive("INVITE"), "481 Call Does Not Exist");
 
     EXPECT_TRUE(phone_.waitFor("closed failed 481")) << phone_.events();
 }
@@ -211,7 +234,7 @@ TEST_F(FarEnd, HoldThatTimesOutThere_ClosesTheCall)
     connect();
     ASSERT_TRUE(session_->modify(sip::Direction::kSendOnly));
 
-    far_.answer(far_.take("INVITE"), "408 Request Timeout");
+    far_.answer(far_.receive("INVITE"), "408 Request Timeout");
 
     EXPECT_TRUE(phone_.waitFor("closed timeout 408")) << phone_.events();
 }
@@ -221,7 +244,7 @@ TEST_F(FarEnd, HoldAnsweredWithoutADescription_IsRefused)
     connect();
     ASSERT_TRUE(session_->modify(sip::Direction::kSendOnly));
 
-    far_.answer(far_.take("INVITE"), "200 OK");
+    far_.answer(far_.receive("INVITE"), "200 OK");
 
     EXPECT_TRUE(phone_.waitFor("refused 488")) << phone_.events();
 }
@@ -230,9 +253,9 @@ TEST_F(FarEnd, InviteWithoutADescription_IsAnsweredWithAnOffer)
 {
     connect();
 
-    far_.request("INVITE");
+    far_.request("INVITE", invite_);
 
-    std::string const answer = far_.take("SIP/2.0 200");
+    std::string const answer = far_.receive("SIP/2.0 200");
     EXPECT_NE(std::string::npos, answer.find("\r\nm=audio ")) << answer;
 }
 
@@ -263,7 +286,7 @@ TEST_F(FarEnd, InfoThatIsNotAnswered_FailsWithTheCall)
     ASSERT_TRUE(
         session_->sendInfo({"text/plain", "x"}, [&status](sip::Response const& answer) { status = answer.status; }));
 
-    far_.request("BYE");
+    far_.request("BYE", invite_);
 
     ASSERT_TRUE(phone_.waitFor("closed remote")) << phone_.events();
     EXPECT_EQ(481, status);
@@ -275,7 +298,7 @@ TEST_F(FarEnd, InfoThatIsRefused_SaysSo)
     sip::Response received;
     ASSERT_TRUE(session_->sendInfo({"text/plain", "x"}, [&](sip::Response const& answer) { received = answer; }));
 
-    far_.answer(far_.take("INFO"), "415 Unsupported Media Type");
+    far_.answer(far_.receive("INFO"), "415 Unsupported Media Type");
 
     EXPECT_TRUE(phone_.waitUntil([&] { return received.status == 415; }));
     EXPECT_EQ("Unsupported Media Type", received.reason);

@@ -14,12 +14,11 @@ protected:
     {
         sip::Session& call = phone.call(far.uri());
         invite = far.receive("INVITE ");
-        far.send(far.accept(invite, "first"));
+        far.accept(invite, {}, "first");
         EXPECT_TRUE(phone.waitFor("established")) << phone.events();
         EXPECT_NE("", far.receive("ACK "));
         return call;
     }
-    unsigned inviteNumber() const { return static_cast<unsigned>(std::stoul(headerOf(invite, "CSeq"))); }
     static bool isTo(std::string const& message, std::string const& tag)
     {
         return headerOf(message, "To").ends_with(";tag=" + tag);
@@ -34,17 +33,17 @@ TEST_F(ForkedAnswers, SecondTelephoneThatAnswers_GetsAckAndBye)
 {
     sip::Session& call = answeredByFirst();
 
-    far.send(far.accept(invite, "second"));
+    far.accept(invite, {}, "second");
 
     std::string const ack = far.receive("ACK ");
     EXPECT_TRUE(isTo(ack, "second")) << ack;
-    EXPECT_EQ(std::to_string(inviteNumber()) + " ACK", headerOf(ack, "CSeq"));
+    EXPECT_EQ(std::to_string(numberOf(invite)) + " ACK", headerOf(ack, "CSeq"));
     std::string const bye = far.receive("BYE ");
     EXPECT_TRUE(isTo(bye, "second")) << bye;
-    EXPECT_EQ(std::to_string(inviteNumber() + 1) + " BYE", headerOf(bye, "CSeq"));
+    EXPECT_EQ(std::to_string(numberOf(invite) + 1) + " BYE", headerOf(bye, "CSeq"));
     EXPECT_EQ(headerOf(invite, "Call-ID"), headerOf(bye, "Call-ID"));
     EXPECT_EQ(headerOf(invite, "From"), headerOf(bye, "From"));
-    far.send(ScriptedEnd::response(bye, "200 OK", {}));
+    far.answer(bye, "200 OK");
     EXPECT_EQ(sip::SessionState::kEstablished, call.state());
     call.hangUp();
     EXPECT_TRUE(isTo(far.receive("BYE "), "first"));
@@ -53,10 +52,10 @@ TEST_F(ForkedAnswers, SecondTelephoneThatAnswers_GetsAckAndBye)
 TEST_F(ForkedAnswers, RepeatedSecondAnswer_GetsAckButNoSecondBye)
 {
     answeredByFirst();
-    far.send(far.accept(invite, "second"));
-    far.send(ScriptedEnd::response(far.receive("BYE "), "200 OK", {}));
+    far.accept(invite, {}, "second");
+    far.answer(far.receive("BYE "), "200 OK");
 
-    far.send(far.accept(invite, "second"));
+    far.accept(invite, {}, "second");
 
     EXPECT_TRUE(isTo(far.receive("ACK "), "second"));
     EXPECT_TRUE(far.hearsNothingOf("BYE ", 5s));
@@ -66,7 +65,7 @@ TEST_F(ForkedAnswers, RepeatedFirstAnswer_GetsAckAlone)
 {
     answeredByFirst();
 
-    far.send(far.accept(invite, "first"));
+    far.accept(invite, {}, "first");
 
     EXPECT_TRUE(isTo(far.receive("ACK "), "first"));
     EXPECT_TRUE(far.hearsNothingOf("BYE ", 5s));
@@ -75,9 +74,9 @@ TEST_F(ForkedAnswers, RepeatedFirstAnswer_GetsAckAlone)
 TEST_F(ForkedAnswers, SecondAnswerThroughProxies_IsEndedThroughThem)
 {
     answeredByFirst();
-    std::string const near = "<sip:" + far.address() + ";lr>";
+    std::string const near = "<sip:" + far.hostPort() + ";lr>";
 
-    far.send(far.accept(invite, "second", "Record-Route: <sip:192.0.2.1;lr>, " + near + "\r\n"));
+    far.accept(invite, "Record-Route: <sip:192.0.2.1;lr>, " + near + "\r\n", "second");
 
     std::string const bye = far.receive("BYE ");
     EXPECT_EQ((std::vector<std::string>{near, "<sip:192.0.2.1;lr>"}), headersOf(bye, "Route"));
@@ -87,14 +86,14 @@ TEST_F(ForkedAnswers, AnswersThatCrossOurCancel_AllGetAckAndBye)
 {
     sip::Session& call = phone.call(far.uri());
     invite = far.receive("INVITE ");
-    far.send(ScriptedEnd::response(invite, "180 Ringing", "first", "Contact: <" + far.uri() + ">\r\n"));
+    far.answer(invite, "180 Ringing", {}, {}, "first");
     EXPECT_TRUE(phone.waitFor("progress 180")) << phone.events();
     call.hangUp();
     EXPECT_NE("", far.receive("CANCEL "));
 
-    far.send(far.accept(invite, "first"));
+    far.accept(invite, {}, "first");
     std::string const firstBye = far.receive("BYE ");
-    far.send(far.accept(invite, "second"));
+    far.accept(invite, {}, "second");
     std::string const secondBye = far.receive("BYE ");
 
     EXPECT_TRUE(isTo(firstBye, "first")) << firstBye;

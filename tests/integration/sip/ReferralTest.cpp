@@ -1,5 +1,5 @@
 // What a far end may say about a transfer that it was asked for (RFC 3515).
-#include "RawFarEnd.h"
+#include "ScriptedEnd.h"
 #include "SipFixture.h"
 
 namespace telephone::test {
@@ -10,29 +10,31 @@ protected:
     void SetUp() override
     {
         call_ = &phone_.call(far_.uri());
-        far_.accept(far_.take("INVITE"));
+        invite_ = far_.receive("INVITE");
+        far_.accept(invite_);
         ASSERT_TRUE(phone_.waitFor("established")) << phone_.events();
         ASSERT_TRUE(call_->transfer("sip:4713@127.0.0.1:5099"));
-        refer_ = far_.take("REFER");
+        refer_ = far_.receive("REFER");
     }
 
     void notify(std::string const& state, std::string const& body)
     {
         far_.request(
-            "NOTIFY",
+            "NOTIFY", invite_,
             "Event: refer\r\nSubscription-State: " + state + "\r\nContent-Type: message/sipfrag;version=2.0\r\n", body);
     }
 
-    RawFarEnd far_{loop};
+    ScriptedEnd far_{loop};
     SipPeer phone_{loop};
     sip::Session* call_ = nullptr;
+    std::string invite_;
     std::string refer_;
 };
 
 TEST_F(Referral, Request_NamesTheTargetAndWhoAsks)
 {
-    EXPECT_EQ("<sip:4713@127.0.0.1:5099>", RawFarEnd::header(refer_, "Refer-To"));
-    EXPECT_EQ("<sip:4711@" + phone_.agent->hostPort() + ">", RawFarEnd::header(refer_, "Referred-By"));
+    EXPECT_EQ("<sip:4713@127.0.0.1:5099>", headerOf(refer_, "Refer-To"));
+    EXPECT_EQ("<sip:4711@" + phone_.agent->hostPort() + ">", headerOf(refer_, "Referred-By"));
 }
 
 TEST_F(Referral, FinalStatusInASubscriptionThatGoesOn_EndsTheTransfer)
@@ -72,7 +74,7 @@ TEST_F(Referral, TextsThatAreNoStatusLine_AreNoProgress)
     for (char const* body :
          {"SIP/2.0 99 Soon\r\n", "SIP/2.0 700 Late\r\n", "SIP/2.0 x\r\n", "SIP/3.0 180 Ringing\r\n"}) {
         notify("active;expires=60", body);
-        EXPECT_TRUE(far_.take("SIP/2.0 200").find(" NOTIFY\r\n") != std::string::npos);
+        EXPECT_TRUE(far_.receive("SIP/2.0 200").find(" NOTIFY\r\n") != std::string::npos);
     }
 
     notify("active;expires=60", "SIP/2.0 699 Last");

@@ -16,24 +16,17 @@ protected:
         config.reliableResponses = use;
         return config;
     }
-    static std::string firstLine(std::string const& message) { return message.substr(0, message.find("\r\n")); }
-    static unsigned numberOf(std::string const& request)
-    {
-        return static_cast<unsigned>(std::stoul(headerOf(request, "CSeq")));
-    }
 
     // --- the phone calls
     void respondReliably(std::string const& status, std::string const& tag, unsigned number,
                          std::string const& body = {})
     {
-        far.send(ScriptedEnd::response(
-            invite, status, tag,
-            "Contact: <" + far.uri() + ">\r\nRequire: 100rel\r\nRSeq: " + std::to_string(number) + "\r\n", body));
+        far.answer(invite, status, "Require: 100rel\r\nRSeq: " + std::to_string(number) + "\r\n", body, tag);
     }
     std::string takePrack()
     {
         std::string const prack = far.receive("PRACK ");
-        far.send(ScriptedEnd::response(prack, "200 OK", {}));
+        far.answer(prack, "200 OK");
         return prack;
     }
     sip::Session& makeCall()
@@ -46,12 +39,11 @@ protected:
     // --- the far end calls
     void takeCall(std::string const& headers, std::string const& body, SipPeer& called)
     {
-        far.sendTo(called.agent->hostPort(), far.invite(*called.agent, headers, body));
+        far.ask("INVITE", "4711", called.agent->hostPort(), headers, body);
     }
-    std::string prack(std::string const& response, unsigned cseq, std::string const& body = {})
+    std::string prack(std::string const& response, std::string const& body = {})
     {
-        far.send(far.inDialog("PRACK", response, "far", cseq, "RAck: " + headerOf(response, "RSeq") + " 1 INVITE\r\n",
-                              body));
+        far.request("PRACK", response, "RAck: " + headerOf(response, "RSeq") + " 1 INVITE\r\n", body);
         return far.receive("SIP/2.0 ");
     }
     void whenCalled(std::function<void(sip::Session&)> conduct)
@@ -77,7 +69,7 @@ TEST_F(ReliableResponses, OfTheFarEnd_IsAcknowledged)
     EXPECT_TRUE(headerOf(prack, "To").ends_with(";tag=one")) << prack;
     EXPECT_EQ(numberOf(invite) + 1, numberOf(prack));
     EXPECT_TRUE(phone.waitFor("progress 180")) << phone.events();
-    far.send(far.accept(invite, "one"));
+    far.accept(invite, {}, "one");
     EXPECT_TRUE(phone.waitFor("established")) << phone.events();
     call.hangUp();
     EXPECT_EQ(numberOf(prack) + 1, numberOf(far.receive("BYE "))) << "each number is used once";
@@ -120,7 +112,7 @@ TEST_F(ReliableResponses, OfTwoTelephones_AreAcknowledgedToEach)
     EXPECT_TRUE(headerOf(takePrack(), "To").ends_with(";tag=two"));
     respondReliably("180 Ringing", "two", 10);
     std::string const last = takePrack();
-    far.send(far.accept(invite, "two"));
+    far.accept(invite, {}, "two");
     EXPECT_TRUE(phone.waitFor("established")) << phone.events();
     call.hangUp();
 
@@ -135,7 +127,7 @@ TEST_F(ReliableResponses, WithADescription_AreHeardBeforeTheAnswer)
 
     takePrack();
     EXPECT_TRUE(phone.waitFor("progress 183 early")) << phone.events();
-    far.send(ScriptedEnd::response(invite, "200 OK", "one", "Contact: <" + far.uri() + ">\r\n"));
+    far.answer(invite, "200 OK", {}, {}, "one");
     EXPECT_TRUE(phone.waitFor("established")) << phone.events();
 }
 
@@ -145,10 +137,10 @@ TEST_F(ReliableResponses, UpdateBeforeTheAnswer_IsAccepted)
     respondReliably("180 Ringing", "one", 5);
     std::string const prack = takePrack();
 
-    far.send(far.inDialog("UPDATE", prack, "one", 1));
+    far.request("UPDATE", prack);
 
-    EXPECT_EQ("SIP/2.0 200 OK", firstLine(far.receive("SIP/2.0 ")));
-    far.send(far.accept(invite, "one"));
+    EXPECT_EQ("SIP/2.0 200 OK", firstLineOf(far.receive("SIP/2.0 ")));
+    far.accept(invite, {}, "one");
     EXPECT_TRUE(phone.waitFor("established")) << phone.events();
 }
 
@@ -166,7 +158,7 @@ TEST_F(ReliableResponses, ThatTheCallerDemands_AreRepeatedUntilPrack)
     EXPECT_TRUE(far.hearsNothingOf("SIP/2.0 180", 900ms));
     EXPECT_NE("", far.receive("SIP/2.0 180", 200ms));
 
-    EXPECT_EQ("SIP/2.0 200 OK", firstLine(prack(first, 2)));
+    EXPECT_EQ("SIP/2.0 200 OK", firstLineOf(prack(first)));
     EXPECT_TRUE(far.hearsNothingOf("SIP/2.0 180", 10s));
     EXPECT_TRUE(phone.session().answer());
     EXPECT_NE("", far.receive("SIP/2.0 200"));
@@ -189,10 +181,10 @@ TEST_F(ReliableResponses, PrackOfAnotherResponse_DoesNotExist)
     takeCall("Require: 100rel\r\n", far.description(), phone);
     std::string const ringing = far.receive("SIP/2.0 180");
 
-    far.send(far.inDialog("PRACK", ringing, "far", 2, "RAck: 1 7 INVITE\r\n"));
+    far.request("PRACK", ringing, "RAck: 1 7 INVITE\r\n");
 
-    EXPECT_EQ("SIP/2.0 481 Call/Transaction Does Not Exist", firstLine(far.receive("SIP/2.0 4")));
-    EXPECT_EQ("SIP/2.0 200 OK", firstLine(prack(ringing, 3)));
+    EXPECT_EQ("SIP/2.0 481 Call/Transaction Does Not Exist", firstLineOf(far.receive("SIP/2.0 4")));
+    EXPECT_EQ("SIP/2.0 200 OK", firstLineOf(prack(ringing)));
 }
 
 TEST_F(ReliableResponses, CallerThatNeverAcknowledges_IsRefused)
@@ -201,7 +193,7 @@ TEST_F(ReliableResponses, CallerThatNeverAcknowledges_IsRefused)
     takeCall("Require: 100rel\r\n", far.description(), phone);
 
     EXPECT_TRUE(far.hearsNothingOf("SIP/2.0 5", 31900ms));
-    EXPECT_EQ("SIP/2.0 504 Server Time-out", firstLine(far.receive("SIP/2.0 5", 200ms)));
+    EXPECT_EQ("SIP/2.0 504 Server Time-out", firstLineOf(far.receive("SIP/2.0 5", 200ms)));
     EXPECT_TRUE(phone.waitFor("closed timeout 408")) << phone.events();
 }
 
@@ -215,12 +207,12 @@ TEST_F(ReliableResponses, Answer_WaitsForTheAcknowledgementOfADescription)
     std::string const progress = far.receive("SIP/2.0 183");
     EXPECT_TRUE(far.hearsNothingOf("SIP/2.0 200", 400ms));
 
-    EXPECT_EQ("2 PRACK", headerOf(prack(progress, 2), "CSeq"));
+    EXPECT_EQ("2 PRACK", headerOf(prack(progress), "CSeq"));
 
     std::string const ok = far.receive("SIP/2.0 200");
     EXPECT_EQ("1 INVITE", headerOf(ok, "CSeq"));
     EXPECT_EQ("0", headerOf(ok, "Content-Length")) << "the description is settled";
-    far.send(far.inDialog("ACK", ok, "far", 1));
+    far.acknowledge(ok);
     EXPECT_TRUE(phone.waitFor("established")) << phone.events();
 }
 
@@ -230,8 +222,8 @@ TEST_F(ReliableResponses, CancelWhileTheAnswerWaits_CancelsTheCall)
         EXPECT_TRUE(session.progress());
         EXPECT_TRUE(session.answer());
     });
-    std::string const call = far.invite(*phone.agent, "Supported: 100rel\r\n", far.description());
-    far.sendTo(phone.agent->hostPort(), call);
+    std::string const call =
+        far.ask("INVITE", "4711", phone.agent->hostPort(), "Supported: 100rel\r\n", far.description());
     EXPECT_NE("", far.receive("SIP/2.0 183"));
 
     std::string cancel = "CANCEL" + call.substr(6, call.find("Contact:") - 6) + "Content-Length: 0\r\n\r\n";
@@ -249,12 +241,12 @@ TEST_F(ReliableResponses, CallWithoutAnOffer_GetsOneBeforeTheAnswer)
     std::string const progress = far.receive("SIP/2.0 183");
     EXPECT_NE(std::string::npos, progress.find("m=audio ")) << progress;
 
-    EXPECT_EQ("SIP/2.0 200 OK", firstLine(prack(progress, 2, far.description())));
+    EXPECT_EQ("SIP/2.0 200 OK", firstLineOf(prack(progress, far.description())));
     EXPECT_TRUE(phone.session().answer());
 
     std::string const ok = far.receive("SIP/2.0 200");
     EXPECT_EQ("0", headerOf(ok, "Content-Length"));
-    far.send(far.inDialog("ACK", ok, "far", 1));
+    far.acknowledge(ok);
     EXPECT_TRUE(phone.waitFor("established")) << phone.events();
     EXPECT_EQ(sip::Direction::kSendReceive, phone.session().audio().direction());
 }
@@ -264,7 +256,7 @@ TEST_F(ReliableResponses, PrackWithoutTheAnswerToOurOffer_EndsTheCall)
     whenCalled([](sip::Session& session) { EXPECT_TRUE(session.progress()); });
     takeCall("Supported: 100rel\r\n", {}, phone);
 
-    EXPECT_EQ("SIP/2.0 488 Not Acceptable Here", firstLine(prack(far.receive("SIP/2.0 183"), 2)));
+    EXPECT_EQ("SIP/2.0 488 Not Acceptable Here", firstLineOf(prack(far.receive("SIP/2.0 183"))));
 
     EXPECT_TRUE(phone.waitFor("closed failed 488")) << phone.events();
 }
@@ -274,9 +266,9 @@ TEST_F(ReliableResponses, PrackWithAnOffer_IsAnswered)
     whenCalled([](sip::Session& session) { EXPECT_TRUE(session.progress()); });
     takeCall("Supported: 100rel\r\n", far.description(), phone);
 
-    std::string const answer = prack(far.receive("SIP/2.0 183"), 2, far.description() + "a=sendonly\r\n");
+    std::string const answer = prack(far.receive("SIP/2.0 183"), far.description() + "a=sendonly\r\n");
 
-    EXPECT_EQ("SIP/2.0 200 OK", firstLine(answer));
+    EXPECT_EQ("SIP/2.0 200 OK", firstLineOf(answer));
     EXPECT_NE(std::string::npos, answer.find("a=recvonly")) << answer;
 }
 
@@ -290,7 +282,7 @@ TEST_F(ReliableResponses, SecondOne_WaitsForThePrackOfTheFirst)
     std::string const first = far.receive("SIP/2.0 180");
     EXPECT_TRUE(far.hearsNothingOf("SIP/2.0 183", 400ms));
 
-    prack(first, 2);
+    prack(first);
 
     std::string const second = far.receive("SIP/2.0 183");
     EXPECT_EQ(std::stoul(headerOf(first, "RSeq")) + 1, std::stoul(headerOf(second, "RSeq")));
@@ -307,7 +299,7 @@ TEST_F(ReliableResponses, WhereTheyAreRequired_CallersWithoutThemAreRefused)
     takeCall({}, far.description(), strict);
 
     std::string const refused = far.receive("SIP/2.0 4");
-    EXPECT_EQ("SIP/2.0 421 Extension Required", firstLine(refused));
+    EXPECT_EQ("SIP/2.0 421 Extension Required", firstLineOf(refused));
     EXPECT_EQ("100rel", headerOf(refused, "Require"));
 }
 
@@ -318,7 +310,7 @@ TEST_F(ReliableResponses, WhereTheyAreOff_CallersThatDemandThemAreRefused)
     takeCall("Require: 100rel\r\n", far.description(), plain);
 
     std::string const refused = far.receive("SIP/2.0 4");
-    EXPECT_EQ("SIP/2.0 420 Bad Extension", firstLine(refused));
+    EXPECT_EQ("SIP/2.0 420 Bad Extension", firstLineOf(refused));
     EXPECT_EQ("100rel", headerOf(refused, "Unsupported"));
 }
 

@@ -1,5 +1,5 @@
 // Requests outside a call, and what they are answered with.
-#include "RawFarEnd.h"
+#include "ScriptedEnd.h"
 #include "SipFixture.h"
 
 namespace telephone::test {
@@ -10,29 +10,47 @@ protected:
     std::string answerTo(std::string const& method, std::string const& headers = {}, std::string const& user = "4711")
     {
         far_.ask(method, user, phone_.agent->hostPort(), headers);
-        answer_ = far_.take("SIP/2.0 ");
-        return RawFarEnd::firstLine(answer_);
+        answer_ = far_.receive("SIP/2.0 ");
+        return firstLineOf(answer_);
     }
 
-    RawFarEnd far_{loop};
+    ScriptedEnd far_{loop};
     SipPeer phone_{loop};
     std::string answer_;
 };
+
+// In virtual time, too.
+TEST_F(SipTest, ConnectionTooManyOfOthers_IsRefused)
+{
+    sip::UserAgentConfig config;
+    config.limits.connections = 1;
+    SipPeer called(loop, "4712", config);
+    SipPeer first(loop);
+    SipPeer second(loop, "4713");
+    std::string const target = "sip:4712@" + called.agent->hostPort(sip::Transport::kTcp) + ";transport=tcp";
+
+    first.call(target);
+    ASSERT_TRUE(first.waitFor("established")) << first.events();
+    second.call(target);
+
+    EXPECT_TRUE(second.waitFor("closed timeout 408", 40s)) << second.events();
+    EXPECT_EQ(called.sessionCount(), 1U);
+}
 
 TEST_F(Requests, Options_NameWhatIsSupported)
 {
     EXPECT_EQ("SIP/2.0 200 OK", answerTo("OPTIONS"));
     EXPECT_EQ("INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, PRACK, UPDATE, REFER, NOTIFY, SUBSCRIBE",
-              RawFarEnd::header(answer_, "Allow"));
-    EXPECT_EQ("application/sdp, application/dtmf-relay, message/sipfrag", RawFarEnd::header(answer_, "Accept"));
-    EXPECT_EQ("replaces, join, timer, 100rel", RawFarEnd::header(answer_, "Supported"));
+              headerOf(answer_, "Allow"));
+    EXPECT_EQ("application/sdp, application/dtmf-relay, message/sipfrag", headerOf(answer_, "Accept"));
+    EXPECT_EQ("replaces, join, timer, 100rel", headerOf(answer_, "Supported"));
     EXPECT_EQ("SIP/2.0 404 Not Found", answerTo("OPTIONS", "", "unknown"));
 }
 
 TEST_F(Requests, RequiredExtensions_ThatAreMissingAreNamed)
 {
     EXPECT_EQ("SIP/2.0 420 Bad Extension", answerTo("OPTIONS", "Require: gruu, replaces, path\r\n"));
-    EXPECT_EQ("gruu, path", RawFarEnd::header(answer_, "Unsupported"));
+    EXPECT_EQ("gruu, path", headerOf(answer_, "Unsupported"));
     EXPECT_EQ("SIP/2.0 200 OK", answerTo("OPTIONS", "Require: Replaces\r\n"));
 }
 
@@ -71,7 +89,7 @@ TEST_F(Requests, MethodThatNobodyTakes_IsNotAllowed)
 {
     EXPECT_EQ("SIP/2.0 405 Method Not Allowed", answerTo("PUBLISH"));
     EXPECT_EQ("INVITE, ACK, BYE, CANCEL, OPTIONS, INFO, PRACK, UPDATE, REFER, NOTIFY, SUBSCRIBE",
-              RawFarEnd::header(answer_, "Allow"));
+              headerOf(answer_, "Allow"));
 }
 
 TEST_F(Requests, ByeAndCancelOfNothing_DoNotExist)

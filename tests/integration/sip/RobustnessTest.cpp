@@ -1,4 +1,5 @@
 // Unsolicited, malformed and hostile packets.
+#include <cerrno>
 #include <random>
 
 #include <arpa/inet.h>
@@ -7,6 +8,8 @@
 #include <unistd.h>
 
 #include "SipFixture.h"
+#include "tests/helpers/TestCertificates.h"
+#include "tests/helpers/TestTime.h"
 
 namespace telephone::test {
 
@@ -16,9 +19,15 @@ namespace {
 class RawPeer
 {
 public:
-    RawPeer(int type, std::uint16_t port)
+    // from: our address; empty: any.
+    RawPeer(int type, std::uint16_t port, char const* from = "")
         : socket_(::socket(AF_INET, type, 0))
     {
+        sockaddr_in here{};
+        here.sin_family = AF_INET;
+        if (::inet_pton(AF_INET, from, &here.sin_addr) == 1) {
+            ::bind(socket_, reinterpret_cast<sockaddr const*>(&here), sizeof here);
+        }
         sockaddr_in far{};
         far.sin_family = AF_INET;
         far.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -39,6 +48,12 @@ public:
         std::array<char, 4096> buffer{};
         ssize_t const size = ::recv(socket_, buffer.data(), buffer.size(), 0);
         return size > 0 ? std::string(buffer.data(), static_cast<std::size_t>(size)) : std::string();
+    }
+    // Whether the far end closes the connection.
+    bool isClosed()
+    {
+        char byte = 0;
+        return ::recv(socket_, &byte, 1, 0) == 0 || errno == ECONNRESET;
     }
     std::string ask(std::string const& data)
     {
@@ -208,6 +223,71 @@ TEST_F(Robustness, ReferOutsideACall_IsOffered)
     EXPECT_EQ("sip:100@127.0.0.1", phone.transfers.at(0)->target());
     phone.transfers.at(0)->reject(603, "Decline");
     EXPECT_EQ("SIP/2.0 603 Decline", firstLine(other.receive()));
+}
+
+// A telephone that lets others open three connections, two of them from one address.
+class ConnectionsOfOthers : public SipTest
+{
+protected:
+    ConnectionsOfOthers()
+    {
+        auto const own = certificates_.make();
+        sip::UserAgentConfig config;
+        config.limits = {.connections = 3, .sourceConnections = 2};
+        config.tls = sip::TlsConfig{own.certificate, own.key, {}};
+        config.tlsFromTheStart = true;
+        phone_ = std::make_unique<SipPeer>(loop, "4711", config);
+    }
+
+    std::unique_ptr<RawPeer> connect(char const* from) const
+    {
+        return std::make_unique<RawPeer>(SOCK_STREAM, phone_->agent->tcpPort(), from);
+    }
+    static bool isAnswered(RawPeer& peer)
+    {
+        return peer
+            .ask("OPTIONS sip:4711@127.0.0.1 SIP/2.0\r\nVia: SIP/2.0/TCP " + peer.address() +
+                 ";branch=z9hG4bKraw\r\nMax-Forwards: 70\r\nFrom: <sip:raw@127.0.0.1>;tag=t\r\n"
+                 "To: <sip:4711@127.0.0.1>\r\nCall-ID: raw\r\nCSeq: 1 OPTIONS\r\nContent-Length: 0\r\n\r\n")
+            .starts_with("SIP/2.0 200 OK\r\n");
+    }
+
+    TestCertificates certificates_;
+    std::unique_ptr<SipPeer> phone_;
+};
+
+TEST_F(ConnectionsOfOthers, OneTooManyFromAnAddress_IsClosed)
+{
+    auto const first = connect("127.0.0.1");
+    auto const second = connect("127.0.0.1");
+    EXPECT_TRUE(isAnswered(*first));
+    EXPECT_TRUE(isAnswered(*second));
+
+    EXPECT_TRUE(connect("127.0.0.1")->isClosed());
+    EXPECT_TRUE(isAnswered(*connect("127.0.0.2")));
+}
+
+TEST_F(ConnectionsOfOthers, OneTooManyInAll_IsClosedUntilAnotherHasEnded)
+{
+    auto first = connect("127.0.0.1");
+    auto const second = connect("127.0.0.2");
+    auto const third = connect("127.0.0.3");
+    EXPECT_TRUE(isAnswered(*third));
+
+    EXPECT_TRUE(connect("127.0.0.4")->isClosed());
+    first.reset();
+
+    EXPECT_TRUE(eventually([this] { return isAnswered(*connect("127.0.0.4")); }));
+    EXPECT_TRUE(isAnswered(*second));
+}
+
+TEST_F(ConnectionsOfOthers, ConnectionsOverTls_AreCountedWithTheOthers)
+{
+    RawPeer const first(SOCK_STREAM, phone_->agent->tlsPort());
+    auto const second = connect("127.0.0.1");
+    EXPECT_TRUE(isAnswered(*second));
+
+    EXPECT_TRUE(RawPeer(SOCK_STREAM, phone_->agent->tlsPort()).isClosed());
 }
 
 TEST_F(Robustness, MessageWithoutFromTag_IsABadRequest)

@@ -1,5 +1,6 @@
 #include "ScriptedEnd.h"
 
+#include <cstdlib>
 #include <mutex>
 
 #include <gtest/gtest.h>
@@ -11,16 +12,15 @@ namespace telephone::test {
 
 namespace {
 
-std::string tagOf(std::string const& nameAddr)
+std::string withTag(std::string const& nameAddr, std::string const& tag)
 {
-    auto const place = nameAddr.find(";tag=");
-    return place == std::string::npos ? std::string() : nameAddr.substr(place + 5);
+    return nameAddr.find(";tag=") == std::string::npos ? nameAddr + ";tag=" + tag : nameAddr;
 }
 
-std::string withLength(std::string const& headers, std::string const& body)
+// The headers that say between whom a message is.
+std::string between(std::string const& from, std::string const& to, std::string const& callId)
 {
-    std::string const type = body.empty() ? "" : "Content-Type: application/sdp\r\n";
-    return headers + type + "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
+    return "From: " + from + "\r\nTo: " + to + "\r\nCall-ID: " + callId + "\r\n";
 }
 
 }  // namespace
@@ -43,15 +43,27 @@ std::string headerOf(std::string const& message, std::string const& name)
     return values.empty() ? std::string() : values.front();
 }
 
+unsigned numberOf(std::string const& message)
+{
+    return static_cast<unsigned>(std::strtoul(headerOf(message, "CSeq").c_str(), nullptr, 10));
+}
+
+std::string firstLineOf(std::string const& message)
+{
+    return message.substr(0, message.find("\r\n"));
+}
+
 ScriptedEnd::ScriptedEnd(sip::EventLoop& loop)
     : loop_(loop)
 {
     std::lock_guard const guard(loop_);
     sa_set_str(&local_, "127.0.0.1", 0);
-    auto const heard = [](sa const* from, mbuf* packet, void* self) {
-        static_cast<ScriptedEnd*>(self)->receive(*from, packet);
+    auto const keep = [](sa const* from, mbuf* packet, void* object) {
+        auto* const self = static_cast<ScriptedEnd*>(object);
+        self->far_ = *from;
+        self->received_.push_back(sip::remainingText(packet));
     };
-    EXPECT_EQ(0, udp_listen(socket_.out(), &local_, heard, this));
+    EXPECT_EQ(0, udp_listen(socket_.out(), &local_, keep, this));
     EXPECT_EQ(0, udp_local_get(socket_.get(), &local_));
 }
 
@@ -59,17 +71,6 @@ ScriptedEnd::~ScriptedEnd()
 {
     std::lock_guard const guard(loop_);
     socket_.reset();
-}
-
-std::string ScriptedEnd::address() const
-{
-    return sip::addressText(local_);
-}
-
-void ScriptedEnd::receive(sa const& from, mbuf* packet)
-{
-    far_ = from;
-    received_.push_back(sip::remainingText(packet));
 }
 
 bool ScriptedEnd::take(std::string const& beginning, std::string& message)
@@ -109,57 +110,87 @@ void ScriptedEnd::send(std::string const& message)
 
 void ScriptedEnd::sendTo(std::string const& hostPort, std::string const& message)
 {
+    std::lock_guard const guard(loop_);
     EXPECT_EQ(0, sa_decode(&far_, hostPort.data(), hostPort.size()));
     send(message);
 }
 
-std::string ScriptedEnd::response(std::string const& request, std::string const& status, std::string const& tag,
-                                  std::string const& headers, std::string const& body)
+std::string ScriptedEnd::completed(std::string const& head, std::string const& headers, std::string const& body) const
 {
+    auto const lacks = [&headers](std::string const& name) {
+        return ("\r\n" + headers).find("\r\n" + name + ": ") == std::string::npos;
+    };
+    bool const redirects = head.starts_with("SIP/2.0 3");
+    return head + (!redirects && lacks("Contact") ? "Contact: <" + uri() + ">\r\n" : "") + headers +
+           (!body.empty() && lacks("Content-Type") ? "Content-Type: application/sdp\r\n" : "") +
+           "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
+}
+
+std::string ScriptedEnd::requestTo(std::string const& target, std::string const& method, unsigned number,
+                                   std::string const& branch, std::string const& ends) const
+{
+    return method + " " + target + " SIP/2.0\r\nVia: SIP/2.0/UDP " + hostPort() + ";branch=z9hG4bK" + branch +
+           ";rport\r\nMax-Forwards: 70\r\n" + ends + "CSeq: " + std::to_string(number) + " " + method + "\r\n";
+}
+
+void ScriptedEnd::answer(std::string const& request, std::string const& status, std::string const& headers,
+                         std::string const& body, std::string const& tag)
+{
+    ASSERT_NE("", request) << "no request that " << status << " could answer";
     std::string text = "SIP/2.0 " + status + "\r\n";
     for (auto const& via : headersOf(request, "Via")) {
         text += "Via: " + via + "\r\n";
     }
-    std::string const to = headerOf(request, "To");
-    text += "From: " + headerOf(request, "From") + "\r\nTo: " + to + (tagOf(to).empty() ? ";tag=" + tag : "") +
-            "\r\nCall-ID: " + headerOf(request, "Call-ID") + "\r\nCSeq: " + headerOf(request, "CSeq") + "\r\n";
-    return text + withLength(headers, body);
+    text += between(headerOf(request, "From"), withTag(headerOf(request, "To"), tag), headerOf(request, "Call-ID")) +
+            "CSeq: " + headerOf(request, "CSeq") + "\r\n";
+    send(completed(text, headers, body));
 }
 
-std::string ScriptedEnd::description() const
+void ScriptedEnd::accept(std::string const& invite, std::string const& headers, std::string const& tag)
+{
+    answer(invite, "200 OK", headers, description(), tag);
+}
+
+std::string ScriptedEnd::ask(std::string const& method, std::string const& user, std::string const& hostPort,
+                             std::string const& headers, std::string const& body)
+{
+    std::string const number = std::to_string(++asked_);
+    std::string const target = "sip:" + user + "@" + hostPort;
+    std::string const ends = between("<" + uri() + ">;tag=far", "<" + target + ">", number + "@" + this->hostPort());
+    std::string message = completed(requestTo(target, method, 1, "asked" + number, ends), headers, body);
+    sendTo(hostPort, message);
+    return message;
+}
+
+void ScriptedEnd::request(std::string const& method, std::string const& message, std::string const& headers,
+                          std::string const& body)
+{
+    send(inDialog(method, message, ++number_, headers, body));
+}
+
+std::string ScriptedEnd::inDialog(std::string const& method, std::string const& message, unsigned number,
+                                  std::string const& headers, std::string const& body) const
+{
+    // This end is in To, except in responses to its requests.
+    bool const asked = message.starts_with("SIP/2.0 ");
+    std::string const contact = headerOf(message, "Contact");
+    std::string const ends = between(withTag(headerOf(message, asked ? "From" : "To"), "far"),
+                                     headerOf(message, asked ? "To" : "From"), headerOf(message, "Call-ID"));
+    return completed(
+        requestTo(contact.substr(1, contact.find('>') - 1), method, number, method + std::to_string(number), ends),
+        headers, body);
+}
+
+void ScriptedEnd::acknowledge(std::string const& response, std::string const& body)
+{
+    ASSERT_NE("", response) << "no response to acknowledge";
+    send(inDialog("ACK", response, numberOf(response), {}, body));
+}
+
+std::string ScriptedEnd::description()
 {
     return "v=0\r\no=- 1 1 IN IP4 127.0.0.1\r\ns=-\r\nc=IN IP4 127.0.0.1\r\nt=0 0\r\nm=audio 4000 RTP/AVP 0\r\n"
            "a=rtpmap:0 PCMU/8000\r\n";
-}
-
-std::string ScriptedEnd::accept(std::string const& request, std::string const& tag, std::string const& headers) const
-{
-    return response(request, "200 OK", tag, "Contact: <" + uri() + ">\r\n" + headers, description());
-}
-
-std::string ScriptedEnd::inDialog(std::string const& method, std::string const& message, std::string const& tag,
-                                  unsigned cseq, std::string const& headers, std::string const& body) const
-{
-    // Our identity is in From where we began the call, else in To.
-    bool const ours = tagOf(headerOf(message, "From")) == tag;
-    std::string const here = headerOf(message, ours ? "From" : "To");
-    std::string const there = headerOf(message, ours ? "To" : "From");
-    std::string contact = headerOf(message, "Contact");
-    contact = contact.substr(1, contact.find('>') - 1);
-    return method + " " + contact + " SIP/2.0\r\nVia: SIP/2.0/UDP " + address() + ";branch=z9hG4bK" + method +
-           std::to_string(cseq) + ";rport\r\nMax-Forwards: 70\r\nFrom: " + here +
-           (tagOf(here).empty() ? ";tag=" + tag : "") + "\r\nTo: " + there +
-           "\r\nCall-ID: " + headerOf(message, "Call-ID") + "\r\nCSeq: " + std::to_string(cseq) + " " +
-           (method == "ACK" ? "ACK" : method) + "\r\nContact: <" + uri() + ">\r\n" + withLength(headers, body);
-}
-
-std::string ScriptedEnd::invite(sip::UserAgent const& agent, std::string const& headers, std::string const& body,
-                                std::string const& callId) const
-{
-    std::string const target = "sip:4711@" + agent.hostPort();
-    return "INVITE " + target + " SIP/2.0\r\nVia: SIP/2.0/UDP " + address() + ";branch=z9hG4bK" + callId +
-           ";rport\r\nMax-Forwards: 70\r\nFrom: <" + uri() + ">;tag=far\r\nTo: <" + target + ">\r\nCall-ID: " + callId +
-           "\r\nCSeq: 1 INVITE\r\nContact: <" + uri() + ">\r\n" + withLength(headers, body);
 }
 
 }  // namespace telephone::test

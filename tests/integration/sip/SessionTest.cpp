@@ -55,8 +55,7 @@ TEST_F(Sessions, Invitation_TellsWhoCallsAndHow)
     sip::Invitation const& invitation = second.lastInvitation;
     EXPECT_EQ("Al \"the\" Caller", invitation.from.displayName);
     EXPECT_EQ("4711", invitation.from.uri.user);
-    EXPECT_EQ("Alice", invitation.caller().displayName);
-    EXPECT_EQ("+4989", invitation.caller().uri.user);
+    EXPECT_EQ("4711", invitation.caller().uri.user);  // who is no server asserts nothing
     ASSERT_EQ(2U, invitation.diversions.size());
     EXPECT_EQ("4720", invitation.diversions[0].party.uri.user);
     EXPECT_EQ("user-busy", invitation.diversions[0].reason);

@@ -13,9 +13,9 @@ protected:
     // The far end calls with these headers, and the phone answers.
     std::string takeCall(std::string const& headers)
     {
-        far.sendTo(phone.agent->hostPort(), far.invite(*phone.agent, headers, far.description()));
+        far.ask("INVITE", "4711", phone.agent->hostPort(), headers, far.description());
         ok = far.receive("SIP/2.0 200");
-        far.send(far.inDialog("ACK", ok, "far", 1));
+        far.acknowledge(ok);
         EXPECT_TRUE(phone.waitFor("established")) << phone.events();
         return ok;
     }
@@ -24,16 +24,19 @@ protected:
     {
         sip::Session& call = phone.call(far.uri());
         ok = far.receive("INVITE ");
-        far.send(far.accept(ok, "far", headers));
+        far.accept(ok, headers);
         EXPECT_TRUE(phone.waitFor("established")) << phone.events();
         return call;
     }
-    std::string answered(std::string const& request, std::string const& headers)
+    // The far end ignores the refresh with this method.
+    void ignoreRefresh(std::string const& method)
     {
-        far.send(ScriptedEnd::response(request, "200 OK", {}, "Contact: <" + far.uri() + ">\r\n" + headers));
-        return request;
+        sleepFor(300s);
+        EXPECT_NE("", far.receive(method + " ", 1s));
+
+        EXPECT_TRUE(phone.waitFor("closed abandoned 408", 33s)) << phone.events();
+        EXPECT_EQ("the far end does not answer the refresh of the call", phone.lastClosing.text);
     }
-    static std::string firstLine(std::string const& message) { return message.substr(0, message.find("\r\n")); }
 
     SipPeer phone{loop};
     ScriptedEnd far{loop};
@@ -58,7 +61,7 @@ TEST_F(SessionTimers, IntervalOfZero_SwitchesThemOff)
 
     plain.call(far.uri());
     std::string const invite = far.receive("INVITE ");
-    far.sendTo(plain.agent->hostPort(), far.invite(*plain.agent, "Require: timer\r\n", far.description()));
+    far.ask("INVITE", "4711", plain.agent->hostPort(), "Require: timer\r\n", far.description());
 
     EXPECT_EQ("", headerOf(invite, "Session-Expires"));
     EXPECT_EQ("replaces, join, 100rel", headerOf(invite, "Supported"));
@@ -92,7 +95,8 @@ TEST_F(SessionTimers, FarEndThatTakesUpdate_IsRefreshedByIt)
 
     for (int i = 0; i < 5; ++i) {
         sleepFor(299s);
-        std::string const update = answered(far.receive("UPDATE ", 2s), "Session-Expires: 600;refresher=uac\r\n");
+        std::string const update = far.receive("UPDATE ", 2s);
+        far.answer(update, "200 OK", "Session-Expires: 600;refresher=uac\r\n");
 
         EXPECT_EQ("600;refresher=uac", headerOf(update, "Session-Expires")) << "the refresher is the caller of UPDATE";
         EXPECT_EQ("0", headerOf(update, "Content-Length"));
@@ -107,7 +111,7 @@ TEST_F(SessionTimers, FarEndThatDoesNotTakeUpdate_IsRefreshedByInvite)
     for (int i = 0; i < 3; ++i) {
         sleepFor(299s);
         std::string const invite = far.receive("INVITE ", 2s);
-        far.send(far.accept(invite, "far", "Session-Expires: 600;refresher=uac\r\nRequire: timer\r\n"));
+        far.accept(invite, "Session-Expires: 600;refresher=uac\r\nRequire: timer\r\n");
 
         EXPECT_EQ("600;refresher=uac", headerOf(invite, "Session-Expires"));
         EXPECT_EQ("replaces, join, timer, 100rel", headerOf(invite, "Supported"));
@@ -121,7 +125,7 @@ TEST_F(SessionTimers, FarEndThatRefusesUpdate_IsRefreshedByInvite)
     takeCall("Allow: UPDATE\r\nSupported: timer\r\nSession-Expires: 600;refresher=uas\r\n");
     sleepFor(299s);
 
-    far.send(ScriptedEnd::response(far.receive("UPDATE ", 2s), "405 Method Not Allowed", {}));
+    far.answer(far.receive("UPDATE ", 2s), "405 Method Not Allowed");
 
     EXPECT_NE("", far.receive("INVITE "));
 }
@@ -153,15 +157,15 @@ TEST_F(SessionTimers, HoldOfOurs_AsksForTheIntervalAgain)
 TEST_F(SessionTimers, IntervalThatIsTooBrief_IsRefused)
 {
     std::string const brief = "Supported: timer\r\nSession-Expires: 60\r\n";
-    far.sendTo(phone.agent->hostPort(), far.invite(*phone.agent, brief, far.description(), "brief"));
+    far.ask("INVITE", "4711", phone.agent->hostPort(), brief, far.description());
     std::string const refused = far.receive("SIP/2.0 422");
-    EXPECT_EQ("SIP/2.0 422 Session Interval Too Small", firstLine(refused));
+    EXPECT_EQ("SIP/2.0 422 Session Interval Too Small", firstLineOf(refused));
     EXPECT_EQ("90", headerOf(refused, "Min-SE"));
 
     takeCall("Supported: timer\r\n");
-    far.send(far.inDialog("UPDATE", ok, "far", 2, brief));
+    far.request("UPDATE", ok, brief);
     EXPECT_EQ("90", headerOf(far.receive("SIP/2.0 422"), "Min-SE"));
-    far.send(far.inDialog("INVITE", ok, "far", 3, brief, far.description()));
+    far.request("INVITE", ok, brief, far.description());
     EXPECT_EQ("90", headerOf(far.receive("SIP/2.0 422"), "Min-SE"));
     EXPECT_EQ(sip::SessionState::kEstablished, phone.session().state());
 }
@@ -170,22 +174,67 @@ TEST_F(SessionTimers, ServerThatPermitsOnlyALongerInterval_GetsThatOne)
 {
     phone.call(far.uri());
     std::string const first = far.receive("INVITE ");
-    far.send(ScriptedEnd::response(first, "422 Session Interval Too Small", "far", "Min-SE: 3600\r\n"));
+    far.answer(first, "422 Session Interval Too Small", "Min-SE: 3600\r\n");
 
     std::string const second = far.receive("INVITE ");
-    far.send(far.accept(second, "far", "Session-Expires: 3600;refresher=uac\r\n"));
+    far.accept(second, "Session-Expires: 3600;refresher=uac\r\n");
 
     EXPECT_EQ("3600", headerOf(second, "Session-Expires"));
     EXPECT_EQ("3600", headerOf(second, "Min-SE"));
+    EXPECT_EQ("replaces, join, timer, 100rel", headerOf(second, "Supported"));
     EXPECT_TRUE(phone.waitFor("established")) << phone.events();
+}
+
+TEST_F(SessionTimers, CallThatIsSentAgainForALongerInterval_IsTheSameCall)
+{
+    sip::Session& call = phone.call(far.uri());
+    std::string const first = far.receive("INVITE ");
+    far.answer(first, "422 Session Interval Too Small", "Min-SE: 3600\r\n", {}, "server");
+    std::string const ack = far.receive("ACK ");
+    std::string const second = far.receive("INVITE ");
+
+    EXPECT_EQ(headerOf(first, "CSeq"), std::to_string(numberOf(ack)) + " INVITE");
+    EXPECT_EQ(numberOf(first) + 1, numberOf(second));
+    for (char const* same : {"Call-ID", "From", "To", "Contact"}) {
+        EXPECT_EQ(headerOf(first, same), headerOf(second, same));
+    }
+    EXPECT_NE(headerOf(first, "Via"), headerOf(second, "Via")) << "another transaction";
+    far.accept(second);
+    EXPECT_TRUE(phone.waitFor("established")) << phone.events();
+    EXPECT_EQ(numberOf(second), numberOf(far.receive("ACK ")));
+    far.request("INFO", second, "Content-Type: text/plain\r\n", "hello");
+    EXPECT_EQ("SIP/2.0 200 OK", firstLineOf(far.receive("SIP/2.0 ")));
+    call.hangUp();
+    std::string const bye = far.receive("BYE ");
+    EXPECT_EQ(numberOf(second) + 1, numberOf(bye));
+    EXPECT_EQ(headerOf(first, "From"), headerOf(bye, "From"));
+}
+
+TEST_F(SessionTimers, CallThatIsSentAgainForALongerInterval_CanBeCancelledAndAuthorised)
+{
+    sip::Session& call = phone.call(far.uri(), [](sip::CallRequest& request) { request.account.password = "secret"; });
+    far.answer(far.receive("INVITE "), "422 Session Interval Too Small", "Min-SE: 3600\r\n");
+    std::string const second = far.receive("INVITE ");
+    far.answer(second, "407 Proxy Authentication Required",
+               "Proxy-Authenticate: Digest realm=\"pbx\", nonce=\"n\"\r\n");
+    std::string const third = far.receive("INVITE ");
+    EXPECT_NE("", headerOf(third, "Proxy-Authorization"));
+    EXPECT_EQ("3600", headerOf(third, "Session-Expires"));
+    EXPECT_EQ(headerOf(second, "Call-ID"), headerOf(third, "Call-ID"));
+    EXPECT_EQ(numberOf(second) + 1, numberOf(third));
+    far.answer(third, "180 Ringing");
+    EXPECT_TRUE(phone.waitFor("progress 180")) << phone.events();
+
+    call.hangUp();
+
+    EXPECT_EQ(std::to_string(numberOf(third)) + " CANCEL", headerOf(far.receive("CANCEL "), "CSeq"));
 }
 
 TEST_F(SessionTimers, ServerThatRepeatsItsRefusal_IsBelievedOnce)
 {
     phone.call(far.uri());
     for (int i = 0; i < 2; ++i) {
-        far.send(
-            ScriptedEnd::response(far.receive("INVITE "), "422 Session Interval Too Small", "far", "Min-SE: 3600\r\n"));
+        far.answer(far.receive("INVITE "), "422 Session Interval Too Small", "Min-SE: 3600\r\n");
     }
 
     EXPECT_TRUE(phone.waitFor("closed rejected 422")) << phone.events();
@@ -196,8 +245,7 @@ TEST_F(SessionTimers, RefreshThatIsTooBrief_IsRepeatedWithALongerInterval)
     makeCall("Allow: UPDATE\r\nSession-Expires: 600;refresher=uac\r\n");
     sleepFor(299s);
 
-    far.send(
-        ScriptedEnd::response(far.receive("UPDATE ", 2s), "422 Session Interval Too Small", {}, "Min-SE: 900\r\n"));
+    far.answer(far.receive("UPDATE ", 2s), "422 Session Interval Too Small", "Min-SE: 900\r\n");
 
     EXPECT_EQ("900;refresher=uac", headerOf(far.receive("UPDATE "), "Session-Expires"));
 }
@@ -207,12 +255,12 @@ TEST_F(SessionTimers, RefreshThatCrossesAnother_IsRepeatedAfterAWhile)
     makeCall("Allow: UPDATE\r\nSession-Expires: 600;refresher=uac\r\n");
     sleepFor(299s);
 
-    far.send(ScriptedEnd::response(far.receive("UPDATE ", 2s), "491 Request Pending", {}));
+    far.answer(far.receive("UPDATE ", 2s), "491 Request Pending");
     EXPECT_TRUE(far.hearsNothingOf("UPDATE ", 2s));
     std::string const again = far.receive("UPDATE ", 3s);
     EXPECT_NE("", again);
 
-    far.send(ScriptedEnd::response(again, "500 Server Internal Error", {}, "Retry-After: 7\r\n"));
+    far.answer(again, "500 Server Internal Error", "Retry-After: 7\r\n");
     EXPECT_TRUE(far.hearsNothingOf("UPDATE ", 6s));
     EXPECT_NE("", far.receive("UPDATE ", 2s));
 }
@@ -234,12 +282,12 @@ TEST_F(SessionTimers, FarEndThatRefreshes_KeepsTheCall)
     takeCall("Supported: timer\r\nSession-Expires: 600\r\n");
     std::string const headers = "Supported: timer\r\nSession-Expires: 600;refresher=uac\r\n";
     sleepFor(300s);
-    far.send(far.inDialog("UPDATE", ok, "far", 2, headers));
+    far.request("UPDATE", ok, headers);
     EXPECT_EQ("600;refresher=uac", headerOf(far.receive("SIP/2.0 200"), "Session-Expires"));
     sleepFor(300s);
-    far.send(far.inDialog("INVITE", ok, "far", 3, headers, far.description()));
+    far.request("INVITE", ok, headers, far.description());
     std::string const renewed = far.receive("SIP/2.0 200");
-    far.send(far.inDialog("ACK", ok, "far", 3));
+    far.acknowledge(renewed);
 
     EXPECT_EQ("600;refresher=uac", headerOf(renewed, "Session-Expires"));
     EXPECT_EQ("timer", headerOf(renewed, "Require"));
@@ -251,22 +299,14 @@ TEST_F(SessionTimers, FarEndThatDoesNotAnswerUpdate_EndsTheCall)
 {
     makeCall("Allow: UPDATE\r\nSession-Expires: 600;refresher=uac\r\n");
 
-    sleepFor(300s);
-    EXPECT_NE("", far.receive("UPDATE ", 1s));
-
-    EXPECT_TRUE(phone.waitFor("closed abandoned 408", 33s)) << phone.events();
-    EXPECT_EQ("the far end does not answer the refresh of the call", phone.lastClosing.text);
+    ignoreRefresh("UPDATE");
 }
 
 TEST_F(SessionTimers, FarEndThatDoesNotAnswerInvite_EndsTheCall)
 {
     makeCall("Session-Expires: 600;refresher=uac\r\n");
 
-    sleepFor(300s);
-    EXPECT_NE("", far.receive("INVITE ", 1s));
-
-    EXPECT_TRUE(phone.waitFor("closed abandoned 408", 33s)) << phone.events();
-    EXPECT_EQ("the far end does not answer the refresh of the call", phone.lastClosing.text);
+    ignoreRefresh("INVITE");
 }
 
 TEST_F(SessionTimers, FarEndThatKnowsNoSuchCall_EndsTheCall)
@@ -274,7 +314,7 @@ TEST_F(SessionTimers, FarEndThatKnowsNoSuchCall_EndsTheCall)
     makeCall("Allow: UPDATE\r\nSession-Expires: 600;refresher=uac\r\n");
     sleepFor(299s);
 
-    far.send(ScriptedEnd::response(far.receive("UPDATE ", 2s), "481 Call/Transaction Does Not Exist", {}));
+    far.answer(far.receive("UPDATE ", 2s), "481 Call/Transaction Does Not Exist");
 
     EXPECT_TRUE(phone.waitFor("closed abandoned 408")) << phone.events();
 }

@@ -249,8 +249,9 @@ void SipPeer::onRegistered(sip::Registration&, unsigned expires)
     note("registered " + std::to_string(expires));
 }
 
-void SipPeer::onRegistrationFailed(sip::Registration&, int status, std::string const&)
+void SipPeer::onRegistrationFailed(sip::Registration&, int status, std::string const& reason)
 {
+    lastFailure = reason;
     note("unregistered " + std::to_string(status));
 }
 

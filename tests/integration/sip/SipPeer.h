@@ -54,6 +54,7 @@ public:
     std::vector<std::unique_ptr<sip::Notifier>> notifiers;
     std::vector<sip::Notification> notifications;
     sip::Closing lastClosing;
+    std::string lastFailure;  // of the registration
     sip::Content lastInfo;
     sip::Invitation lastInvitation;
     // Handles an incoming call; by default it rings and is answered.

@@ -17,7 +17,7 @@ protected:
         if (auto const place = line.find("{phone}"); place != std::string::npos) {
             line.replace(place, 7, phone.agent->hostPort());
         }
-        std::string const host = far.address();
+        std::string const host = far.hostPort();
         far.sendTo(phone.agent->hostPort(),
                    line + "\r\nVia: SIP/2.0/UDP " + host +
                        ";branch=z9hG4bK.torture;rport\r\nMax-Forwards: 80\r\nTo: <sip:j.user@" + host +

@@ -10,21 +10,20 @@ class Update : public SipTest
 {
 protected:
     // The far end calls; the phone answers, unless the test says otherwise.
-    void call() { far.sendTo(phone.agent->hostPort(), far.invite(*phone.agent, {}, far.description())); }
+    void call() { far.ask("INVITE", "4711", phone.agent->hostPort(), {}, far.description()); }
     void callIsAnswered()
     {
         call();
         ok = far.receive("SIP/2.0 200");
-        far.send(far.inDialog("ACK", ok, "far", 1));
+        far.acknowledge(ok);
         EXPECT_TRUE(phone.waitFor("established")) << phone.events();
     }
-    std::string update(unsigned cseq, std::string const& body = {}, std::string const& headers = {})
+    std::string update(std::string const& body = {}, std::string const& headers = {})
     {
-        far.send(far.inDialog("UPDATE", ok, "far", cseq, headers, body));
+        far.request("UPDATE", ok, headers, body);
         return far.receive("SIP/2.0 ");
     }
     std::string held() const { return far.description() + "a=sendonly\r\n"; }
-    static std::string firstLine(std::string const& message) { return message.substr(0, message.find("\r\n")); }
 
     SipPeer phone{loop};
     ScriptedEnd far{loop};
@@ -35,9 +34,9 @@ TEST_F(Update, WithoutAnOffer_IsAccepted)
 {
     callIsAnswered();
 
-    std::string const answer = update(2);
+    std::string const answer = update();
 
-    EXPECT_EQ("SIP/2.0 200 OK", firstLine(answer));
+    EXPECT_EQ("SIP/2.0 200 OK", firstLineOf(answer));
     EXPECT_EQ("2 UPDATE", headerOf(answer, "CSeq"));
     EXPECT_EQ("<sip:4711@" + phone.agent->hostPort() + ">", headerOf(answer, "Contact"));
     EXPECT_TRUE(answer.ends_with("Content-Length: 0\r\n\r\n")) << answer;
@@ -47,9 +46,9 @@ TEST_F(Update, WithAnOfferThatHolds_HoldsTheCall)
 {
     callIsAnswered();
 
-    std::string const answer = update(2, held());
+    std::string const answer = update(held());
 
-    EXPECT_EQ("SIP/2.0 200 OK", firstLine(answer));
+    EXPECT_EQ("SIP/2.0 200 OK", firstLineOf(answer));
     EXPECT_NE(std::string::npos, answer.find("a=recvonly")) << answer;
     EXPECT_TRUE(phone.waitFor("held")) << phone.events();
 }
@@ -58,11 +57,11 @@ TEST_F(Update, WithANewContact_MovesTheFarEnd)
 {
     callIsAnswered();
     ScriptedEnd elsewhere(loop);
-    std::string moved = far.inDialog("UPDATE", ok, "far", 2);
+    std::string moved = far.inDialog("UPDATE", ok, 2);
     moved.replace(moved.find(far.uri(), moved.find("Contact:")), far.uri().size(), elsewhere.uri());
 
     far.send(moved);
-    EXPECT_EQ("SIP/2.0 200 OK", firstLine(far.receive("SIP/2.0 ")));
+    EXPECT_EQ("SIP/2.0 200 OK", firstLineOf(far.receive("SIP/2.0 ")));
     phone.session().hangUp();
 
     EXPECT_NE("", elsewhere.receive("BYE "));
@@ -72,10 +71,10 @@ TEST_F(Update, WithAnotherPrecedence_IsReportedOnce)
 {
     callIsAnswered();
 
-    update(2, {}, "Resource-Priority: dsn.flash\r\n");
+    update({}, "Resource-Priority: dsn.flash\r\n");
     EXPECT_TRUE(phone.waitFor("precedence dsn.flash")) << phone.events();
 
-    update(3, {}, "Resource-Priority: dsn.flash\r\n");
+    update({}, "Resource-Priority: dsn.flash\r\n");
     EXPECT_FALSE(phone.waitFor("precedence dsn.flash", 1s));
 }
 
@@ -85,10 +84,10 @@ TEST_F(Update, WhoseOfferCrossesOurs_IsPending)
     EXPECT_TRUE(phone.session().modify(sip::Direction::kSendOnly));
     std::string const reInvite = far.receive("INVITE ");
 
-    EXPECT_EQ("SIP/2.0 491 Request Pending", firstLine(update(2, held())));
-    EXPECT_EQ("SIP/2.0 200 OK", firstLine(update(3))) << "one without an offer crosses nothing";
+    EXPECT_EQ("SIP/2.0 491 Request Pending", firstLineOf(update(held())));
+    EXPECT_EQ("SIP/2.0 200 OK", firstLineOf(update())) << "one without an offer crosses nothing";
 
-    far.send(far.accept(reInvite, "far"));
+    far.accept(reInvite);
     EXPECT_TRUE(phone.waitFor("modified 200")) << phone.events();
 }
 
@@ -98,23 +97,23 @@ TEST_F(Update, WhoseOfferComesBeforeOurAnswer_IsAskedToComeLater)
     call();
     ok = far.receive("SIP/2.0 180");
 
-    std::string const answer = update(2, held());
+    std::string const answer = update(held());
 
-    EXPECT_EQ("SIP/2.0 500 Server Internal Error", firstLine(answer));
+    EXPECT_EQ("SIP/2.0 500 Server Internal Error", firstLineOf(answer));
     EXPECT_LE(std::stoi(headerOf(answer, "Retry-After")), 10);
-    EXPECT_EQ("SIP/2.0 200 OK", firstLine(update(3)));
+    EXPECT_EQ("SIP/2.0 200 OK", firstLineOf(update()));
 }
 
 TEST_F(Update, WhoseOfferMeetsOurUnansweredOne_IsPending)
 {
     callIsAnswered();
-    far.send(far.inDialog("INVITE", ok, "far", 2));
-    EXPECT_NE("", far.receive("SIP/2.0 200"));
+    far.request("INVITE", ok);
+    std::string const offer = far.receive("SIP/2.0 200");
 
-    EXPECT_EQ("SIP/2.0 491 Request Pending", firstLine(update(3, held())));
+    EXPECT_EQ("SIP/2.0 491 Request Pending", firstLineOf(update(held())));
 
-    far.send(far.inDialog("ACK", ok, "far", 2, {}, far.description()));
-    EXPECT_EQ("SIP/2.0 200 OK", firstLine(update(4, held())));
+    far.acknowledge(offer, far.description());
+    EXPECT_EQ("SIP/2.0 200 OK", firstLineOf(update(held())));
 }
 
 TEST_F(Update, WithoutACommonCodec_IsRefusedAndChangesNothing)
@@ -123,16 +122,18 @@ TEST_F(Update, WithoutACommonCodec_IsRefusedAndChangesNothing)
     std::string const offer = "v=0\r\no=- 1 2 IN IP4 127.0.0.1\r\ns=-\r\nc=IN IP4 127.0.0.1\r\nt=0 0\r\n"
                               "m=audio 4000 RTP/AVP 97\r\na=rtpmap:97 XYZ/8000\r\n";
 
-    EXPECT_EQ("SIP/2.0 488 Not Acceptable Here", firstLine(update(2, offer)));
+    EXPECT_EQ("SIP/2.0 488 Not Acceptable Here", firstLineOf(update(offer)));
     EXPECT_EQ(sip::SessionState::kEstablished, phone.session().state());
 }
 
 TEST_F(Update, OlderThanTheLastRequest_IsRefused)
 {
     callIsAnswered();
-    update(7);
+    far.send(far.inDialog("UPDATE", ok, 7));
+    EXPECT_EQ("SIP/2.0 200 OK", firstLineOf(far.receive("SIP/2.0 ")));
 
-    EXPECT_EQ("SIP/2.0 500 Server Internal Error", firstLine(update(6)));
+    far.send(far.inDialog("UPDATE", ok, 6));
+    EXPECT_EQ("SIP/2.0 500 Server Internal Error", firstLineOf(far.receive("SIP/2.0 ")));
 }
 
 TEST_F(Update, OfNoCall_DoesNotExist)
@@ -140,9 +141,9 @@ TEST_F(Update, OfNoCall_DoesNotExist)
     callIsAnswered();
     ok.replace(ok.find("tag=far"), 7, "tag=not");
 
-    far.send(far.inDialog("UPDATE", ok, "not", 2));
+    far.request("UPDATE", ok);
 
-    EXPECT_EQ("SIP/2.0 481 Call/Transaction Does Not Exist", firstLine(far.receive("SIP/2.0 ")));
+    EXPECT_EQ("SIP/2.0 481 Call/Transaction Does Not Exist", firstLineOf(far.receive("SIP/2.0 ")));
 }
 
 }  // namespace telephone::test

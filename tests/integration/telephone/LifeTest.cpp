@@ -1,8 +1,10 @@
 // The start and the end of the program.
+#include <array>
 #include <fstream>
 #include <regex>
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "RunningTelephone.h"
 
@@ -189,19 +191,23 @@ TEST(Life, WithoutExchange_TheTelephoneStartsAndRefusesNumbers)
 TEST(Life, FilesOfARun_BelongToTheirOwnerAloneAndHaveNoDigestResponses)
 {
     TemporaryFolder const folder;
+    constexpr std::array kFiles{"log", "store", "heard.wav"};
     writeFile(folder.file("a.toml"), "[log]\nlevel = 6\nfile = \"" + folder.file("log") + "\"\n[store]\npath = \"" +
                                          folder.file("store") + "\"\n[media]\nheard = \"" + folder.file("heard.wav") +
                                          "\"\n");
+    ::umask(0022);
 
-    Ended const result = run({TELEPHONE, "--time", "virtual", "--config", folder.file("a.toml"), "play", "-"},
-                             "OutgoingCallMakeRequest Line=4711 CallID=1 Destination=100\n"
-                             "wait CallStateChangeEvent CallID=1 CallState=connected\n");
+    for (char const* files : {"new", "there already, for everyone to read"}) {
+        Ended const result = run({TELEPHONE, "--time", "virtual", "--config", folder.file("a.toml"), "play", "-"},
+                                 "OutgoingCallMakeRequest Line=4711 CallID=1 Destination=100\n"
+                                 "wait CallStateChangeEvent CallID=1 CallState=connected\n");
 
-    EXPECT_EQ(result.status, 0) << result.output;
-    using std::filesystem::perms;
-    for (char const* name : {"log", "store", "heard.wav"}) {
-        auto const others = perms::group_all | perms::others_all;
-        EXPECT_EQ(std::filesystem::status(folder.file(name)).permissions() & others, perms::none) << name;
+        EXPECT_EQ(result.status, 0) << result.output;
+        for (char const* name : kFiles) {
+            using std::filesystem::perms;
+            EXPECT_EQ(std::filesystem::status(folder.file(name)).permissions(), perms(0600)) << name << ", " << files;
+            std::filesystem::permissions(folder.file(name), perms(0644));
+        }
     }
     std::string const log = contentOf(folder.file("log"));
     EXPECT_NE(log.find("Authorization: Digest username=\"4711\""), std::string::npos);

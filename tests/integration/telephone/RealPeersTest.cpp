@@ -2,42 +2,13 @@
 #include <atomic>
 #include <fstream>
 #include <sstream>
-#include <stdexcept>
 #include <thread>
 
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
-#include "RunningTelephone.h"
-#include "telephone/framework/FileDescriptor.h"
+#include "TelephoneAt.h"
 
 namespace {
-
-// A port that is free on UDP and TCP.
-int freePort()
-{
-    for (int attempt = 0; attempt < 100; ++attempt) {
-        telephone::FileDescriptor const udp(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-        telephone::FileDescriptor const tcp(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof(address);
-        auto* const plain = reinterpret_cast<sockaddr*>(&address);
-        if (bind(udp.get(), plain, size) == 0 && getsockname(udp.get(), plain, &size) == 0 &&
-            bind(tcp.get(), plain, size) == 0) {
-            return ntohs(address.sin_port);
-        }
-    }
-    throw std::runtime_error("no free port");
-}
-
-void writeFile(std::string const& path, std::string const& text)
-{
-    std::ofstream(path) << text;
-}
 
 class Kamailio
 {
@@ -50,7 +21,7 @@ public:
         for (std::size_t at = 0; (at = text.find("@PORT@")) != std::string::npos;) {
             text.replace(at, 6, std::to_string(port_));
         }
-        writeFile(folder_.file("kamailio.cfg"), text);
+        writeText(folder_.file("kamailio.cfg"), text);
         start();
     }
     ~Kamailio() { stop(); }
@@ -80,52 +51,6 @@ std::string lineSection(std::string const& id)
     return "[[line]]\nid = \"" + id + "\"\npassword = \"secret\"\n";
 }
 
-// A telephone for applications at a call server, with these lines.
-class TelephoneAt
-{
-public:
-    TelephoneAt(std::string const& configuration)
-        : telephone_({"--time", "real", "--config", file(configuration), "--log-level", "3"})
-        , application(telephone_.socket())
-    {
-        EXPECT_EQ(application.request(method("Subscribe")), "sfiSuccess");
-    }
-
-    std::string call(std::string const& request, std::string const& line, int callID, std::string const& more = {})
-    {
-        return application
-            .request(method(request, "<Line>" + line + "</Line><CallID>" + std::to_string(callID) + "</CallID>" + more))
-            .value_or("");
-    }
-
-private:
-    std::string file(std::string const& configuration)
-    {
-        writeFile(folder_.file("telephone.toml"), configuration);
-        return folder_.file("telephone.toml");
-    }
-
-    TemporaryFolder folder_;
-    RunningTelephone telephone_;
-
-public:
-    Application application;
-};
-
-std::string state(int callID, int state)
-{
-    return "<CallID>" + std::to_string(callID) + "</CallID><CallState>" + std::to_string(state) + "</CallState>";
-}
-
-std::string callIdOf(std::string const& event)
-{
-    auto const start = event.find("<CallID>") + 8;
-    return event.substr(start, event.find("</CallID>", start) - start);
-}
-
-constexpr int kIdle = 0;
-constexpr int kConnected = 6;
-
 // Answers every call until it is ended.
 class Answering
 {
@@ -135,7 +60,7 @@ public:
             for (int i = 0; i < calls; ++i) {
                 std::string const id = callIdOf(telephone.application.event("<Method>IncomingCallEvent</Method>"));
                 EXPECT_EQ(telephone.call("AnswerCall", "4711", std::stoi(id)), "sfiSuccess");
-                telephone.application.event(state(std::stoi(id), kIdle));
+                telephone.application.event(state(std::stoi(id), kStateIdle));
             }
         })
     {}
@@ -166,8 +91,8 @@ TEST(Kamailio, TwoTelephones_CallEachOtherThroughIt)
     int const calledID = std::stoi(callIdOf(incoming));
     EXPECT_NE(incoming.find("<URI>sip:5001@"), std::string::npos) << incoming;
     ASSERT_EQ(called.call("AnswerCall", "5002", calledID), "sfiSuccess");
-    caller.application.event(state(1, kConnected));
-    called.application.event(state(calledID, kConnected));
+    caller.application.event(state(1, kStateConnected));
+    called.application.event(state(calledID, kStateConnected));
 
     ASSERT_EQ(called.call("HoldCall", "5002", calledID), "sfiSuccess");
     called.application.event("<Method>CallHeldEvent</Method>");
@@ -175,8 +100,8 @@ TEST(Kamailio, TwoTelephones_CallEachOtherThroughIt)
     called.application.event("<Method>CallRetrievedEvent</Method>");
 
     ASSERT_EQ(called.call("CallClearRequest", "5002", calledID), "sfiSuccess");
-    caller.application.event(state(1, kIdle));
-    called.application.event(state(calledID, kIdle));
+    caller.application.event(state(1, kStateIdle));
+    called.application.event(state(calledID, kStateIdle));
 }
 
 TEST(Kamailio, WrongPassword_LeavesTheLineUnregisteredAndSaysSo)
@@ -229,9 +154,9 @@ TEST(Sipp, HundredCallsOut_AllAnswered)
 
     for (int call = 1; call <= 100; ++call) {
         ASSERT_EQ(telephone.call("OutgoingCallMakeRequest", "4711", call, destination), "sfiSuccess");
-        telephone.application.event(state(call, kConnected));
+        telephone.application.event(state(call, kStateConnected));
         ASSERT_EQ(telephone.call("CallClearRequest", "4711", call), "sfiSuccess");
-        telephone.application.event(state(call, kIdle));
+        telephone.application.event(state(call, kStateIdle));
     }
 
     EXPECT_EQ(sipp.wait(), 0) << sipp.output();

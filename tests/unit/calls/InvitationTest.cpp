@@ -175,11 +175,11 @@ TEST_F(Invitation, AutomaticAnswer_IsLeftToTheApplication)
     EXPECT_EQ(phone_.events().next(std::chrono::milliseconds(100)), "nothing came");
 }
 
-TEST_F(Invitation, AssertedIdentity_ComesBeforeFrom)
+TEST_F(Invitation, IdentityThatNoServerAsserts_IsIgnored)
 {
     ASSERT_TRUE(peer_.call(phone_.uri(), {{"P-Asserted-Identity", "\"Real\" <sip:7777@example.org>"}}));
 
-    phone_.expect({"incoming 4711 1001 7777 Real 2 - 0"});
+    phone_.expect({"incoming 4711 1001 9000 Nina Nine 2 - 0"});
 }
 
 TEST_F(Invitation, DigitsToAFarEndWithoutTelephoneEvents_GoByInfo)

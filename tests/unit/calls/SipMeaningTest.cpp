@@ -33,6 +33,16 @@ void expectResults(Statuses const& statuses, sfiRegistrationResult result)
     }
 }
 
+// Each text and what it means.
+template <typename Meaning>
+void expectMeanings(Meaning (*meaningOf)(std::string_view),
+                    std::vector<std::pair<std::string_view, Meaning>> const& meanings)
+{
+    for (auto const& [text, meaning] : meanings) {
+        EXPECT_EQ(meaningOf(text), meaning) << text;
+    }
+}
+
 sip::Closing closingBy(sip::CloseCause cause, int status = 0, std::string const& reason = {})
 {
     sip::Closing closing;
@@ -143,13 +153,13 @@ TEST(SipMeaning, Party_IsShownByItsAddress)
 
 TEST(SipMeaning, WordsOfADiversion_AreReadInAnyCaseAndWritten)
 {
-    EXPECT_EQ(forwardReasonOf("unconditional"), sfiForwardReasonUnconditional);
-    EXPECT_EQ(forwardReasonOf("USER-BUSY"), sfiForwardReasonBusy);
-    EXPECT_EQ(forwardReasonOf("no-answer"), sfiForwardReasonNoReply);
-    EXPECT_EQ(forwardReasonOf("deflection"), sfiForwardReasonDeflected);
-    EXPECT_EQ(forwardReasonOf("do-not-disturb"), sfiForwardReasonDoNotDisturb);
-    EXPECT_EQ(forwardReasonOf("unknown"), sfiForwardReasonUnknown);
-    EXPECT_EQ(forwardReasonOf("time-of-day"), sfiForwardReasonUnknown);
+    expectMeanings<sfiForwardReason>(forwardReasonOf, {{"unconditional", sfiForwardReasonUnconditional},
+                                                       {"USER-BUSY", sfiForwardReasonBusy},
+                                                       {"no-answer", sfiForwardReasonNoReply},
+                                                       {"deflection", sfiForwardReasonDeflected},
+                                                       {"do-not-disturb", sfiForwardReasonDoNotDisturb},
+                                                       {"unknown", sfiForwardReasonUnknown},
+                                                       {"time-of-day", sfiForwardReasonUnknown}});
     EXPECT_STREQ(diversionReasonOf(sfiForwardReasonUnconditional), "unconditional");
     EXPECT_STREQ(diversionReasonOf(sfiForwardReasonBusy), "user-busy");
     EXPECT_STREQ(diversionReasonOf(sfiForwardReasonNoReply), "no-answer");
@@ -160,13 +170,13 @@ TEST(SipMeaning, WordsOfADiversion_AreReadInAnyCaseAndWritten)
 
 TEST(SipMeaning, Priority_IsTheFirstWordOfItsHeader)
 {
-    EXPECT_EQ(priorityOf("dsn.routine"), sfiResourcePriorityRoutine);
-    EXPECT_EQ(priorityOf("dsn.priority, wps.0"), sfiResourcePriorityPriority);
-    EXPECT_EQ(priorityOf("DSN.immediate;x"), sfiResourcePriorityImmediate);
-    EXPECT_EQ(priorityOf("dsn.flash"), sfiResourcePriorityFlash);
-    EXPECT_EQ(priorityOf("dsn.flash-override"), sfiResourcePriorityFlashOverride);
-    EXPECT_EQ(priorityOf("wps.0"), sfiResourcePriorityNone);
-    EXPECT_EQ(priorityOf(""), sfiResourcePriorityNone);
+    expectMeanings<sfiResourcePriority>(priorityOf, {{"dsn.routine", sfiResourcePriorityRoutine},
+                                                     {"dsn.priority, wps.0", sfiResourcePriorityPriority},
+                                                     {"DSN.immediate;x", sfiResourcePriorityImmediate},
+                                                     {"dsn.flash", sfiResourcePriorityFlash},
+                                                     {"dsn.flash-override", sfiResourcePriorityFlashOverride},
+                                                     {"wps.0", sfiResourcePriorityNone},
+                                                     {"", sfiResourcePriorityNone}});
 }
 
 TEST(SipMeaning, AlertInformation_HasItsUriAndItsParameter)

@@ -17,8 +17,9 @@ TEST(ConfigurationPage, MatchesTheReader)
 
 TEST(ConfigurationPage, HoldsAWholeRow)
 {
-    EXPECT_NE(configurationPage().find("| `transport` | one of udp, tcp | `\"udp\"` | for registrations and calls |\n"),
-              std::string::npos);
+    EXPECT_NE(
+        configurationPage().find("| `transport` | one of udp, tcp, tls | `\"udp\"` | for registrations and calls |\n"),
+        std::string::npos);
 }
 
 TEST(ConfigurationExample, IsAcceptedByTheReader)

@@ -79,6 +79,22 @@ TEST_F(FaultsTest, FaultOnAnEvent_BeginsAtTheFirstThatMatchesAndCameLater)
     EXPECT_TRUE(isStoreFull());
 }
 
+TEST_F(FaultsTest, ActiveFault_DoesNotBeginAnewAtItsEvent)
+{
+    EXPECT_TRUE(faults_.add("store full on CallHeldEvent for 2s"));
+    EXPECT_TRUE(faults_.add("keys bounce 2 on CallHeldEvent CallID=9"));
+    telephone_.held(7);
+    awaitRest();
+    EXPECT_TRUE(isStoreFull());
+
+    sleepFor(1s);
+    telephone_.held(7);
+    sleepFor(1100ms);
+
+    EXPECT_FALSE(isStoreFull());
+    EXPECT_THAT(faults_.rows(), ElementsAre("waiting: keys bounce 2 on CallHeldEvent CallID=9"));
+}
+
 TEST_F(FaultsTest, FaultAfterRequests_BeginsWhenTheLastOfThemIsDone)
 {
     EXPECT_TRUE(faults_.add("store full after 2 requests"));

@@ -33,8 +33,7 @@ protected:
     RtpLossTest()
     {
         surroundings_.loop.start();
-        std::lock_guard const lock(surroundings_.loop);
-        far_->setSink(&listener_);
+        setSink(&listener_);
     }
     ~RtpLossTest() override
     {
@@ -44,6 +43,22 @@ protected:
             far_.reset();
         }
         surroundings_.loop.stop();
+    }
+
+    void setSink(sip::AudioSink* sink)
+    {
+        std::lock_guard const lock(surroundings_.loop);
+        far_->setSink(sink);
+    }
+    std::uint64_t lost()
+    {
+        std::lock_guard const lock(surroundings_.loop);
+        return far_->statistics().lost;
+    }
+    std::uint64_t lastHeard()
+    {
+        std::lock_guard const lock(surroundings_.loop);
+        return far_->lastHeard();
     }
 
     static sa loopback(std::uint16_t port)
@@ -60,8 +75,8 @@ protected:
         {
             std::lock_guard const lock(surroundings_.loop);
             before = far_->statistics().received;
-            connect(*near_, *far_);
-            connect(*far_, *near_);
+            connect(*near_, *far_, sip::Direction::kSendOnly);
+            connect(*far_, *near_, sip::Direction::kReceiveOnly);
         }
         sleepFor(kThousandPackets);
         {
@@ -81,11 +96,11 @@ protected:
         return count;
     }
 
-    static void connect(sip::RtpStream& stream, sip::RtpStream const& far)
+    static void connect(sip::RtpStream& stream, sip::RtpStream const& far, sip::Direction direction)
     {
         sip::SdpNegotiation::Agreement agreement;
         agreement.remote = loopback(far.localPort());
-        agreement.direction = sip::Direction::kSendReceive;
+        agreement.direction = direction;
         agreement.codec = "PCMU";
         agreement.payloadType = 0;
         agreement.received[0] = sip::Payload::kULaw;
@@ -122,6 +137,31 @@ TEST_F(RtpLossTest, TotalLoss_LetsNoPacketArrive)
 {
     EXPECT_EQ(arrivalsDuring("rtp loss 100"), 0U);
     EXPECT_EQ(did_, "it befell 1000 datagrams");
+}
+
+TEST_F(RtpLossTest, AudioThatNobodyHears_IsLostAsWell)
+{
+    setSink(nullptr);
+
+    std::uint64_t const arrived = arrivalsDuring("rtp loss 50");
+
+    EXPECT_GT(arrived, 400U);
+    EXPECT_LT(arrived, 600U);
+    // But for those before the first and behind the last that arrived.
+    EXPECT_NEAR(static_cast<double>(lost()), static_cast<double>(1000 - arrived), 10.0);
+}
+
+TEST_F(RtpLossTest, TotalLossOfAudioThatNobodyHears_IsSilence)
+{
+    setSink(nullptr);
+    EXPECT_EQ(arrivals(), 0U) << "packets that nobody hears are not sent";
+    std::uint64_t const before = lastHeard();
+    EXPECT_GT(before, 0U) << "but count for the limit on silence";
+
+    EXPECT_EQ(arrivalsDuring("rtp loss 100"), 0U);
+
+    EXPECT_EQ(did_, "it befell 1000 datagrams");
+    EXPECT_EQ(lastHeard(), before);
 }
 
 // Audio is lost, and nothing else is.

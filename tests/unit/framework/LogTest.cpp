@@ -49,6 +49,13 @@ TEST_F(LogTest, LogAppUni_WritesLevelComponentSourceAndText)
     EXPECT_EQ(written(), "trace [SIP Communications Service] src/CommunicationsService:17: answerCall (callID = 4)\n");
 }
 
+TEST_F(LogTest, News_CanBeReadAtOnce)
+{
+    log(kLogInfo, "calls", "line 4711 is registered");
+
+    EXPECT_GT(std::filesystem::file_size(file_), 0U);
+}
+
 TEST_F(LogTest, Log_AboveTheLevel_IsNotWritten)
 {
     EXPECT_TRUE(loggingOnAppUni("SIP Communications Service", 5));

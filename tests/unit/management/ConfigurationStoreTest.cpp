@@ -290,6 +290,23 @@ TEST_F(ConfigurationStoreTest, ReadOnlyFile_IsRefusedAtTheStart)
                   "\" is read-only: give this user the right to write it, or name another file in store.path");
 }
 
+// The file of a telephone that was killed, with its log beside it.
+TEST_F(ConfigurationStoreTest, FileThatOthersCanRead_IsItsOwnersAloneFromTheStartOn)
+{
+    auto const running = open();
+    EXPECT_TRUE(running->set("cfu-address", "1"));
+    for (char const* part : {"", "-wal"}) {
+        ASSERT_EQ(::chmod((storePath() + part).c_str(), 0644), 0) << part;
+    }
+
+    open();
+
+    for (char const* part : {"", "-wal"}) {
+        using std::filesystem::perms;
+        EXPECT_EQ(std::filesystem::status(storePath() + part).permissions(), perms::owner_read | perms::owner_write);
+    }
+}
+
 TEST_F(ConfigurationStoreTest, StoreThatBecomesReadOnly_RefusesAndKeepsTheValue)
 {
     auto const settings = open();

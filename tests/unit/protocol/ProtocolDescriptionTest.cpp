@@ -159,6 +159,15 @@ TEST(ProtocolDescription, Describe_OfAValueByWord_SaysItsNumber)
 )");
 }
 
+TEST(ProtocolDescription, Describe_OfAValueWhoseEnumerationIsNoTag_FindsIt)
+{
+    EXPECT_EQ(textOf("Lamp Hold"), R"(Lamp Hold: hold lamp
+  The lamp of the hold key; green.
+
+  Used by  lampId in setLampMode
+)");
+}
+
 TEST(ProtocolDescription, Describe_OfAnElement_SaysItsMeaningInEachPlace)
 {
     EXPECT_EQ(textOf("DiversionReason"), R"(DiversionReason: element

@@ -51,6 +51,17 @@ protected:
 
 }  // namespace
 
+TEST_F(TrafficRecordingTest, FileThatOthersCanRead_IsItsOwnersAlone)
+{
+    writeFile(file_, "there already");
+    std::filesystem::permissions(file_, std::filesystem::perms(0644));
+
+    ASSERT_TRUE(recording_.start(file_));
+
+    EXPECT_EQ(std::filesystem::status(file_).permissions(), std::filesystem::perms(0600));
+    ASSERT_TRUE(recording_.stop());
+}
+
 TEST_F(TrafficRecordingTest, Header_HasTheState)
 {
     telephone_.controls.present.lines.emplace_back().id = "4711";

@@ -6,7 +6,7 @@
 namespace telephone::sip {
 namespace {
 
-Invitation invitationWith(std::string const& headers)
+Invitation invitationWith(std::string const& headers, bool fromServer = true)
 {
     std::string const text =
         "INVITE sip:4711@127.0.0.1 SIP/2.0\r\nVia: SIP/2.0/UDP 127.0.0.1:5099;branch=z9hG4bK1\r\n"
@@ -18,7 +18,7 @@ Invitation invitationWith(std::string const& headers)
     mbuf_set_pos(buffer.get(), 0);
     Ref<sip_msg> message;
     EXPECT_EQ(sip_msg_decode(message.out(), buffer.get()), 0);
-    return readInvitation(*message.get());
+    return readInvitation(*message.get(), fromServer);
 }
 
 // "4799 user-busy, 4798 unknown"
@@ -99,6 +99,7 @@ TEST(InvitationReaderTest, AssertedIdentity_IsTheCallerElseFrom)
     EXPECT_EQ(invitationWith("").caller().uri.user, "100");
     EXPECT_EQ(invitationWith("P-Asserted-Identity: \"Seven\" <sip:7777@h>\r\n").caller().uri.user, "7777");
     EXPECT_EQ(invitationWith("P-Asserted-Identity: <\r\n").caller().uri.user, "100");
+    EXPECT_EQ(invitationWith("P-Asserted-Identity: \"Seven\" <sip:7777@h>\r\n", false).caller().uri.user, "100");
 }
 
 TEST(InvitationReaderTest, OtherHeaders_AreKept)

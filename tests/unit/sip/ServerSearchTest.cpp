@@ -133,6 +133,26 @@ TEST_F(ServerSearchTest, NameWithTransport_AsksForItsServices)
     EXPECT_EQ(dns_.asked, (Texts{"SRV _sip._tcp.pbx.test", "A first.test", "A second.test"}));
 }
 
+TEST_F(ServerSearchTest, NameOverTls_HasItsTlsServicesAlone)
+{
+    dns_.preference("pbx.test", 10, 10, "SIP+D2T", "tcp.pbx.test");
+    dns_.preference("pbx.test", 20, 10, "SIPS+D2T", "tls.pbx.test");
+    dns_.service("tls.pbx.test", 1, 0, 5071, "a.test");
+    dns_.address("a.test", "192.0.2.1");
+
+    EXPECT_EQ(find({"pbx.test", 0, Transport::kTls}), (Texts{"tls 192.0.2.1:5071 rank 0"}));
+    EXPECT_EQ(dns_.asked, (Texts{"NAPTR pbx.test", "SRV tls.pbx.test", "A a.test"}));
+}
+
+TEST_F(ServerSearchTest, NameOverTlsWithoutPreferences_HasTheUsualServicesAndPort)
+{
+    dns_.preference("pbx.test", 10, 10, "SIP+D2T", "tcp.pbx.test");
+    dns_.address("pbx.test", "192.0.2.1");
+
+    EXPECT_EQ(find({"pbx.test", 0, Transport::kTls}), (Texts{"tls 192.0.2.1:5061 rank 0"}));
+    EXPECT_EQ(dns_.asked, (Texts{"NAPTR pbx.test", "SRV _sips._tcp.pbx.test", "A pbx.test"}));
+}
+
 TEST_F(ServerSearchTest, NameAlone_FollowsThePreferencesOfItsDomain)
 {
     dns_.preference("pbx.test", 20, 10, "SIP+D2U", "udp.pbx.test");

@@ -61,6 +61,17 @@ TEST(StackTest, Error_IsARefusalWithItsReason)
     EXPECT_EQ(sent(ECONNREFUSED, "the INVITE").error().reason, "the INVITE cannot be sent: Connection refused");
 }
 
+TEST(StackTest, Authentication_NeedsAllItsArguments)
+{
+    auto const handler = [](char**, char**, char const*, void*) { return 0; };
+    Ref<sip_auth> authentication;
+
+    EXPECT_EQ(sip_auth_alloc(nullptr, handler, nullptr, false), EINVAL);
+    EXPECT_EQ(sip_auth_alloc(authentication.out(), nullptr, nullptr, false), EINVAL);
+    ASSERT_EQ(sip_auth_alloc(authentication.out(), handler, nullptr, false), 0);
+    EXPECT_EQ(sip_auth_authenticate(authentication.get(), nullptr), EINVAL);
+}
+
 TEST(StackTest, Error_IsATimeoutOrMeansThatTheServiceIsUnavailable)
 {
     EXPECT_EQ(statusOf(ETIMEDOUT), 408);
