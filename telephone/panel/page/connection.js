@@ -32,7 +32,7 @@ export class Connection {
       const isRestarted = this.start !== null && this.start !== state.start;
       if (this.start !== state.start) this.number = 0;
       this.start = state.start;
-      if (!this.describing) await this.describe();
+      this.description ??= await ask('/describe');
       this.isLost = false;
       this.on.back(isRestarted);
       this.take(state);
@@ -41,11 +41,6 @@ export class Connection {
     } catch (error) {
       this.lose(error.message);
     }
-  }
-
-  async describe() {
-    this.description = await ask('/describe');
-    this.describing = true;
   }
 
   listen() {
