@@ -53,7 +53,7 @@ public:
     // name carries requests for that address as well, as other connections do only within dialogs.
     void addServer(std::string const& host) { servers_.insert(host); }
 
-    // Who listens at the address is reached over the connection that came from that far end, as long as it lasts.
+    // A client that listens at the address is reached over the connection that it has opened, as long as that lasts.
     void addClient(sa const& listening, sa const& from) { clients_.insert_or_assign(SocketAddress(listening), from); }
 
     // The stack has made a connection; an error number ends it.
