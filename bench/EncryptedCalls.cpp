@@ -4,7 +4,6 @@
 // took.
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -12,6 +11,7 @@
 
 #include <sys/resource.h>
 
+#include "bench/ResidentMemory.h"
 #include "telephone/sip/EventLoop.h"
 #include "telephone/sip/UserAgent.h"
 #include "telephone/time/Waiting.h"
@@ -131,19 +131,6 @@ bool connect(sip::EventLoop& loop, Peer& caller, Peer& called, int calls)
         }
     }
     return false;
-}
-
-long residentKilobytes()
-{
-    std::ifstream status("/proc/self/status");
-    std::string word;
-    long kilobytes = 0;
-    while (status >> word) {
-        if (word == "VmRSS:") {
-            status >> kilobytes;
-        }
-    }
-    return kilobytes;
 }
 
 bool measure(sip::EventLoop& loop, sip::Encryption encryption, int calls, int seconds)

@@ -2,30 +2,16 @@
 //   bench_load LIBRARY
 // Prints one JSON object in kilobytes: resident memory before, and the increase.
 #include <cstdio>
-#include <fstream>
 #include <stdexcept>
-#include <string>
 
 #include <dlfcn.h>
 #include <malloc.h>
 
+#include "bench/ResidentMemory.h"
 #include "platform/framework/FrameworkContext.h"
 #include "src/CommunicationsService.h"
 
 namespace {
-
-long residentKilobytes()
-{
-    std::ifstream status("/proc/self/status");
-    std::string word;
-    long kilobytes = 0;
-    while (status >> word) {
-        if (word == "VmRSS:") {
-            status >> kilobytes;
-        }
-    }
-    return kilobytes;
-}
 
 using CreateService = CommunicationsService* (*)();
 

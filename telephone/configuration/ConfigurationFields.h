@@ -84,7 +84,7 @@ inline constexpr auto kSip = std::to_array<ConfigurationField<SipConfiguration>>
     {"address",             &SipConfiguration::address,             "IP address of the telephone, or a network interface, which stands for one address of each family"},
     {"port",                &SipConfiguration::port,                "UDP and TCP port, for TLS the next one; 0: any free ones", {}, 0, kHighestPort},
     {"transport",           &SipConfiguration::transport,           "for registrations and calls", "udp|tcp|tls"},
-    {"certificate",         &SipConfiguration::certificate,         "PEM file with the telephone's certificate for TLS, followed by those of its authorities; empty: it shows none, and nobody can call it over TLS"},
+    {"certificate",         &SipConfiguration::certificate,         "PEM file with the telephone's certificate for TLS, followed by those of its authorities; empty: it shows none, and only its server can call it over TLS"},
     {"key",                 &SipConfiguration::key,                 "PEM file with the private key of the certificate"},
     {"keep-alive",          &SipConfiguration::keepAlive,           "seconds between the empty lines that keep a TCP or TLS connection to the server open, at most; 0: none", {}, 0, 3600},
     {"user-agent",          &SipConfiguration::userAgent,           "its name in SIP messages"},

@@ -231,7 +231,7 @@ bool Registrar::update(sip::IncomingRequest& request, std::vector<Binding>& bind
     return true;
 }
 
-bool Registrar::bind(sip::IncomingRequest const& request, sip::NameAddr const& contact, std::vector<Binding>& bindings)
+bool Registrar::bind(sip::IncomingRequest& request, sip::NameAddr const& contact, std::vector<Binding>& bindings)
 {
     std::string const uri = contact.uri.format();
     std::string const order = request.headers().value("CSeq");  // "7 REGISTER"
@@ -254,6 +254,7 @@ bool Registrar::bind(sip::IncomingRequest const& request, sip::NameAddr const& c
     }
     std::chrono::seconds const granted(std::min(asked, config_.longestExpires));
     bindings.push_back({uri, request.callId(), sequence, Clock::now() + granted});
+    request.useConnectionFor(contact.uri);
     return true;
 }
 

@@ -70,7 +70,7 @@ private:
     std::optional<std::string> passwordFor(std::string const& number, std::string const& user) const;
     bool authenticate(sip::IncomingRequest& request, std::string const& number);
     bool update(sip::IncomingRequest& request, std::vector<Binding>& bindings);
-    bool bind(sip::IncomingRequest const& request, sip::NameAddr const& contact, std::vector<Binding>& bindings);
+    bool bind(sip::IncomingRequest& request, sip::NameAddr const& contact, std::vector<Binding>& bindings);
     void answer(sip::IncomingRequest& request, std::vector<Binding> const& bindings);
 
     ExchangeConfig const& config_;

@@ -7,6 +7,7 @@
 #include <spdlog/fmt/fmt.h>
 
 #include "platform/lines/ClientUtils.h"
+#include "platform/lines/LineData.h"
 #include "telephone/sip/Uri.h"
 
 namespace telephone {

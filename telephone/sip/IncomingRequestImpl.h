@@ -20,10 +20,11 @@ public:
     Headers const& headers() const override { return headers_; }
     Content const& content() const override { return content_; }
     void reply(int status, std::string const& reason, Headers const& headers, Content const& content) override;
+    void useConnectionFor(Uri const& contact) override;
     void ignore() override;
 
 private:
-    EventLoop& loop_;
+    std::shared_ptr<Element> element_;
     ServerTransaction transaction_;
     Headers headers_;
     Content content_;

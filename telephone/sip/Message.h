@@ -121,6 +121,9 @@ public:
     // Answers with a status from 200 to 699. Ignored, and logged, once the request is answered.
     virtual void reply(int status, std::string const& reason, Headers const& headers = {},
                        Content const& content = {}) = 0;
+    // Over TLS, requests to the address of the contact take the connection on which this one came, as long as it lasts
+    // (RFC 5923). For a registrar that knows who has sent the request.
+    virtual void useConnectionFor(Uri const& contact) = 0;
     // Leaves the request unanswered, as if it had been lost; a retransmission is a new request.
     virtual void ignore() = 0;
 };

@@ -14,9 +14,9 @@ namespace telephone::sip {
 class RegistrarConnection
 {
 public:
-    // Of the answer to a REGISTER; over UDP there is no connection, and nothing happens. keepAlive: from one keep-alive
-    // to the next at most; 0: none is sent. A Flow-Timer of the answer has precedence (RFC 5626 section 4.4.1). `lost`
-    // is called once, when the connection has ended.
+    // Of the answer to a REGISTER; does nothing over UDP, which has no connection. keepAlive: the longest time from one
+    // keep-alive to the next; 0: none is sent. A Flow-Timer of the answer has precedence (RFC 5626 section 4.4.1).
+    // `lost` is called once, when the connection has ended.
     RegistrarConnection(Element& element, sip_msg const& answer, std::chrono::seconds keepAlive,
                         std::function<void()> lost);
 

@@ -44,8 +44,8 @@ int sendToServers(StackRequest const& request, Destination const& destination);
 // False: the request is not one of these.
 bool cancelServerRequest(struct sip_request* request);
 
-// A connection of that stack has ended. The stack tells nobody: requests that were sent over it and have no response
-// yet go to the next server, as soon as the stack is no longer in the middle of it.
+// A connection of that stack has ended. The stack tells nobody: requests sent over it that still
+// wait for a response go to the next server, once the stack has finished what it is doing.
 void noteConnectionEnded(::sip const* stack, SocketAddress const& peer);
 
 // From now on requests of that stack to names go to these servers; null: they end, and none follow.

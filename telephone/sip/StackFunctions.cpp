@@ -265,10 +265,10 @@ void our_sip_request_cancel(struct sip_request* request)
 int our_sip_transp_send(sip_connqent** queued, sip* stack, void* connection, sip_transp transport, sa const* to,
                         mbuf* message, void (*done)(int error, void* argument), void* argument)
 {
-    auto const send = [=] {
-        return stack_sip_transp_send(queued, stack, connection, transport, to, message, done, argument);
+    auto const send = [=](sa const& place) {
+        return stack_sip_transp_send(queued, stack, connection, transport, &place, message, done, argument);
     };
-    return transport == SIP_TRANSP_TLS ? sendOverTls(stack, *to, *message, connection != nullptr, send) : send();
+    return transport == SIP_TRANSP_TLS ? sendOverTls(stack, *to, *message, connection != nullptr, send) : send(*to);
 }
 
 int our_tls_start_tcp(tls_conn** made, tls* context, tcp_conn* socket, int layer)

@@ -1,5 +1,6 @@
 #include "telephone/sip/TlsTransport.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 
@@ -90,6 +91,8 @@ struct TlsTransport::Connection
         auto const found = transport->connections_.find(peer);
         if (found != transport->connections_.end() && found->second == this) {
             transport->connections_.erase(found);
+            std::erase_if(transport->clients_,
+                          [this](auto const& client) { return SocketAddress(client.second) == peer; });
         }
         bool const isIncomplete = outgoing && !established && SSL_in_before(&ssl) == 0;
         if (isIncomplete && transport->failureOf(host).empty()) {
@@ -181,16 +184,19 @@ void TlsTransport::fail(std::string const& host, std::string const& reason)
 }
 
 int sendOverTls(::sip const* stack, sa const& to, mbuf const& message, bool hasConnection,
-                std::function<int()> const& send)
+                std::function<int(sa const& to)> const& send)
 {
     TlsTransport* const transport = TlsTransport::of(stack);
     if (transport == nullptr) {
-        return send();
+        return send(to);
+    }
+    if (sa const* const client = hasConnection ? nullptr : transport->clientAt(SocketAddress(to))) {
+        return send(*client);
     }
     if (int const error = transport->prepare(to, message, hasConnection)) {
         return error;
     }
-    int const error = send();
+    int const error = send(to);
     transport->target_.clear();
     return error;
 }
@@ -204,6 +210,15 @@ SendableRoute::SendableRoute(uri const& route)
         route_.scheme = slice("sip");
         route_.params = slice(parameters_);
     }
+}
+
+// In a dialog, a client names itself by the address that it has connected from.
+sa const* TlsTransport::clientAt(SocketAddress const& place) const
+{
+    auto const found = std::ranges::find_if(clients_, [&place](auto const& client) {
+        return client.first == place || SocketAddress(client.second) == place;
+    });
+    return found == clients_.end() ? nullptr : &found->second;
 }
 
 int TlsTransport::prepare(sa const& to, mbuf const& message, bool hasConnection)

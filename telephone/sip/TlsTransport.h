@@ -53,16 +53,20 @@ public:
     // name carries requests for that address as well, as other connections do only within dialogs.
     void addServer(std::string const& host) { servers_.insert(host); }
 
+    // A client that listens at the address is reached over the connection that it has opened, as long as that lasts.
+    void addClient(sa const& listening, sa const& from) { clients_.insert_or_assign(SocketAddress(listening), from); }
+
     // The stack has made a connection; an error number ends it.
     static int begin(tls const& context, tls_conn& connection, tcp_conn const& socket);
 
 private:
-    friend int sendOverTls(::sip const*, sa const&, mbuf const&, bool, std::function<int()> const&);
+    friend int sendOverTls(::sip const*, sa const&, mbuf const&, bool, std::function<int(sa const&)> const&);
     struct Connection;
 
     Outcome<> open();
     Outcome<> useOwnCertificate();
     static TlsTransport* of(::sip const* stack);
+    sa const* clientAt(SocketAddress const& place) const;
     int prepare(sa const& to, mbuf const& message, bool hasConnection);
     int begin(ssl_st& ssl, tcp_conn const& socket);
     int trustAuthorities(Connection const& connection, ssl_st& ssl);
@@ -78,14 +82,16 @@ private:
     std::string target_;  // host of the message that is being sent
     SocketAddress targetAddress_{sa{}};
     std::map<SocketAddress, Connection*> connections_;  // owned by the library's connections
+    std::map<SocketAddress, sa> clients_;               // by where they listen; with a connection
     std::map<std::string, std::string> failures_;       // by host
     std::set<std::string> servers_;
 };
 
-// Sends a message of a stack by `send`, or returns EPROTO if the present connection to the address is not for the host
-// of the message. hasConnection: it is an answer, for the connection on which its request came.
+// Sends a message of a stack by `send`, to that address or to where its client has connected from, or returns EPROTO if
+// the present connection to the address is not for the host of the message. hasConnection: it is an answer, for the
+// connection on which its request came.
 int sendOverTls(::sip const* stack, sa const& to, mbuf const& message, bool hasConnection,
-                std::function<int()> const& send);
+                std::function<int(sa const& to)> const& send);
 
 // A route in the form that the stack can send to, which knows no sips: as sip: over TLS. Others are unchanged.
 class SendableRoute

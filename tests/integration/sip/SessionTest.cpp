@@ -55,7 +55,7 @@ TEST_F(Sessions, Invitation_TellsWhoCallsAndHow)
     sip::Invitation const& invitation = second.lastInvitation;
     EXPECT_EQ("Al \"the\" Caller", invitation.from.displayName);
     EXPECT_EQ("4711", invitation.from.uri.user);
-    EXPECT_EQ("4711", invitation.caller().uri.user);  // who is no server asserts nothing
+    EXPECT_EQ("4711", invitation.caller().uri.user);  // only the line's server can assert another
     ASSERT_EQ(2U, invitation.diversions.size());
     EXPECT_EQ("4720", invitation.diversions[0].party.uri.user);
     EXPECT_EQ("user-busy", invitation.diversions[0].reason);

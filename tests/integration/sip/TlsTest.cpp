@@ -109,6 +109,21 @@ TEST_F(Tls, CallBetweenTelephones_IsEstablishedWithTheirOwnCertificates)
     EXPECT_TRUE(called->waitFor("established")) << called->events();
 }
 
+// It shows nobody a certificate, so nobody can open a connection to it.
+TEST_F(Tls, TelephoneWithoutACertificate_IsCalledOverTheConnectionThatItHasOpened)
+{
+    registrarWith(certificates_.make());
+    auto const peer = phone();
+    registerOverTls(*peer);
+    ASSERT_TRUE(peer->waitFor("registered 3600")) << peer->events() << phoneLog_;
+
+    ASSERT_TRUE(registrar_->callNumber("100", "4711", ""));
+
+    EXPECT_TRUE(peer->waitFor("established")) << peer->events() << registrarLog_;
+    peer->session().hangUp();
+    EXPECT_TRUE(peer->waitUntil([this] { return registrar_->callCount() == 0; })) << registrarLog_;
+}
+
 TEST_F(Tls, SipsAddress_IsReachedOverTls)
 {
     registrarWith(certificates_.make());

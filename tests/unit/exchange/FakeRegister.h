@@ -32,11 +32,13 @@ public:
         replyReason = reason;
         replyHeaders = headers;
     }
+    void useConnectionFor(sip::Uri const& contact) override { reachedHere = contact.format(); }
     void ignore() override { ignored = true; }
 
     int replied = 0;
     std::string replyReason;
     bool ignored = false;
+    std::string reachedHere;  // the contact that is reached over the connection of this request
     sip::Headers replyHeaders;
 
 private:

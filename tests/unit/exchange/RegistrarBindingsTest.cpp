@@ -49,6 +49,7 @@ protected:
                         "\"");
         FakeRegister request("4711", headers, callId);
         registrar_->handle(request);
+        reachedHere_ = request.reachedHere;
         std::string answer = std::to_string(request.replied) + " " + request.replyReason;
         for (auto const& contact : request.replyHeaders.values("Contact")) {
             answer += (answer.find('<') == std::string::npos ? ": " : ", ") + contact;
@@ -65,6 +66,7 @@ protected:
     ExchangeConfig config_;
     std::optional<Registrar> registrar_;
     std::string changed_;
+    std::string reachedHere_;  // of the last request
 };
 
 TEST_F(RegistrarBindingsTest, Expiry_IsThatOfTheContactElseOfTheRequestElseTheLongest)
@@ -98,6 +100,15 @@ TEST_F(RegistrarBindingsTest, Contacts_AreListedWithTheLatestFirst)
     EXPECT_EQ(registrar_->contactsOf("4711"), (std::vector<std::string>{"sip:b@h", "sip:a@h"}));
     EXPECT_EQ(registrar_->registeredNumbers(), std::vector<std::string>{"4711"});
     EXPECT_TRUE(registrar_->contactsOf("4712").empty());
+}
+
+TEST_F(RegistrarBindingsTest, Contact_IsReachedOverTheConnectionOfItsRequest)
+{
+    answerTo(contact("<sip:4711@127.0.0.1:5070>"));
+    EXPECT_EQ(reachedHere_, "sip:4711@127.0.0.1:5070");
+
+    answerTo(contact("<sip:4711@127.0.0.1:5070>;expires=0", "2 REGISTER"));
+    EXPECT_EQ(reachedHere_, "");
 }
 
 TEST_F(RegistrarBindingsTest, EleventhContact_DisplacesTheOldest)
