@@ -11,6 +11,7 @@
 #include "telephone/faults/FaultKinds.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/StopSignal.h"
+#include "telephone/framework/TelephoneProcess.h"
 #include "telephone/program/Programs.h"
 #include "telephone/program/StartConfiguration.h"
 #include "telephone/testing/TestOutput.h"
@@ -92,10 +93,12 @@ private:
 
     [[nodiscard]] std::vector<TestRun::Result> play(std::vector<TestTask> tasks, int logLevel) const
     {
-        TestPlan const plan{
-            ownProgram(),     {"--log-level", std::to_string(logLevel), "--log-file", "log", "--socket", "socket"},
-            std::move(tasks), jobsOf(line_.test.jobs),
-            kLimit,           folder_};
+        TestPlan const plan{TelephoneProcess::ownProgram(),
+                            {"--log-level", std::to_string(logLevel), "--log-file", "log", "--socket", "socket"},
+                            std::move(tasks),
+                            jobsOf(line_.test.jobs),
+                            kLimit,
+                            folder_};
         return TestRun(plan, stop_.descriptor(), [](TestRun::Result const&) {}).play();
     }
 

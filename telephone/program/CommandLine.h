@@ -26,6 +26,7 @@ enum class Action
     kTest,
     kChaos,
     kExchange,
+    kFleet,
     kDo,
     kRequest,
     kWatch,
@@ -93,6 +94,7 @@ struct CommandLine
     std::string record;      // file for a recording from the start on; empty: none
     TestChoice test;
     int hours = 1;  // of chaos
+    int count = 1;  // telephones of a fleet
     ReplayChoice replay;
     std::vector<std::string> words;  // of a request or a command, or the name to describe
     bool lenient = false;            // request: the telephone does not check it
