@@ -15,11 +15,11 @@ struct FleetRow
 {
     int number = 0;
     FleetCondition condition = FleetCondition::kStarting;
-    std::string reason;  // why it ended last; empty: it has not
-    pid_t process = 0;   // 0: none
+    std::string reason = {};  // why it ended last; empty: it has not
+    pid_t process = 0;        // 0: none
     int starts = 0;
-    ProcessUse use;
-    Json state;  // of the telephone, as it tells it; null while it does not run or does not answer
+    ProcessUse use = {};
+    Json state = {};  // of the telephone, as it tells it; null while it does not run or does not answer
 };
 
 // With the lock of Members.
