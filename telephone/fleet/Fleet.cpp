@@ -75,6 +75,11 @@ bool Fleet::waitForInput()
     return members_->wait(STDIN_FILENO, kNoDeadline) == Members::Came::kInput;
 }
 
+void Fleet::settle()
+{
+    isOver_ = members_->wait(-1, SteadyClock::now()) == Members::Came::kStop || isOver_;
+}
+
 bool Fleet::runLine(std::string const& line)
 {
     std::string_view const text = trimmed(line);

@@ -49,7 +49,8 @@ private:
     bool waitForInput() override;
     bool runLine(std::string const& line) override;
     [[nodiscard]] bool isOver() const override { return isOver_; }
-    void settle() override {}
+    // Notes what has happened meanwhile.
+    void settle() override;
     void writeTo(Writer writer) override { write_ = std::move(writer); }
     std::vector<std::string> completionsOf(std::string_view line) override;
 

@@ -21,10 +21,10 @@ constexpr double kMegabyte = 1e6;
 // The columns with the blanks behind them.
 constexpr std::size_t kNumberWidth = 11;
 constexpr std::size_t kLineWidth = 10;
-constexpr std::size_t kRegistrationWidth = 16;
-constexpr std::size_t kCallsWidth = 28;
+constexpr std::size_t kRegistrationWidth = 17;
 constexpr std::size_t kMemoryWidth = 10;
 constexpr std::size_t kProcessorWidth = 11;
+constexpr std::size_t kStartsWidth = 8;
 
 std::string wordOf(FleetCondition condition)
 {
@@ -111,10 +111,10 @@ std::string tableRow(FleetRow const& row, DisplayOptions const& options)
         return text.add(safeText(conditionWords(row)), Style::kMagenta).line(options);
     }
     return text.cell(conditionWords(row), kRegistrationWidth, isRegistered(row) ? Style::kPlain : Style::kMagenta)
-        .cell(callWords(row), kCallsWidth)
         .cell(memoryText(row.use.memory), kMemoryWidth)
         .cell(fmt::format("{:.2f} s", secondsOf(row.use.processor)), kProcessorWidth)
-        .add(std::to_string(row.starts))
+        .cell(std::to_string(row.starts), kStartsWidth)
+        .add(callWords(row))
         .line(options);
 }
 
@@ -160,10 +160,10 @@ std::vector<std::string> fleetTable(std::vector<FleetRow> const& rows, DisplayOp
                                        .cell("telephone", kNumberWidth, Style::kDim)
                                        .cell("line", kLineWidth, Style::kDim)
                                        .cell("registration", kRegistrationWidth, Style::kDim)
-                                       .cell("calls", kCallsWidth, Style::kDim)
                                        .cell("memory", kMemoryWidth, Style::kDim)
                                        .cell("processor", kProcessorWidth, Style::kDim)
-                                       .add("starts", Style::kDim)
+                                       .cell("starts", kStartsWidth, Style::kDim)
+                                       .add("calls", Style::kDim)
                                        .line(options)};
     std::ranges::transform(rows, std::back_inserter(lines),
                            [&options](FleetRow const& each) { return tableRow(each, options); });
