@@ -37,8 +37,8 @@ Fleet::Fleet(FleetSettings settings, int stop)
 
 Outcome<int> Fleet::run()
 {
-    auto made = Members::make(settings_.plan, settings_.configure, stop_,
-                              [this](std::string const& words) { write_(words); });
+    auto made =
+        Members::make(settings_.plan, settings_.configure, stop_, [this](std::string const& words) { write_(words); });
     if (!made) {
         return tl::unexpected(made.error());
     }

@@ -56,7 +56,7 @@ Json liveCallsOf(FleetRow const& row)
 Json lampOf(FleetRow const& row)
 {
     auto const& keys = row.state["keys"];
-    auto const found = std::ranges::find(keys, Json("line"), [](Json const& key) { return key["function"]; });
+    auto const found = std::ranges::find_if(keys, [](Json const& key) { return key["function"] == "line"; });
     return found == keys.end() ? Json() : (*found)["lamp"];
 }
 
