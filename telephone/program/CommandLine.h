@@ -91,6 +91,7 @@ struct CommandLine
     std::string junit;       // file for the results of scripts; empty: none
     std::string report;      // file for the test runner; empty: none plays this script
     std::string record;      // file for a recording from the start on; empty: none
+    std::string trace;       // the same for a trace
     TestChoice test;
     int hours = 1;  // of chaos
     ReplayChoice replay;
