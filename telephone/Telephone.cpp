@@ -75,6 +75,7 @@ EngineConfiguration engineOf(Configuration const& configuration, Settings& setti
     if (auto const uuid = settings.deviceUuid(); !reportIfRefused(kComponent, uuid)) {
         engine.agent.instance = "urn:uuid:" + *uuid;
     }
+    engine.agent.isTraced = true;
     engine.agent.traceMessages = [] { return logLevel() >= kLogDetail; };
     return engine;
 }

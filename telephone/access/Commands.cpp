@@ -13,13 +13,15 @@
 #include "telephone/access/Session.h"
 #include "telephone/access/StateFiles.h"
 #include "telephone/access/TelephoneControls.h"
+#include "telephone/access/TelephoneTrace.h"
 #include "telephone/base/Names.h"
 #include "telephone/display/PanelDrawing.h"
 #include "telephone/display/StateTables.h"
 #include "telephone/framework/EventHistory.h"
 #include "telephone/framework/Log.h"
-#include "telephone/protocol/TimeText.h"
+#include "telephone/time/TimeText.h"
 #include "telephone/time/VirtualTime.h"
+#include "telephone/trace/Trace.h"
 
 namespace telephone {
 
@@ -199,6 +201,8 @@ constexpr std::array kTable{
     Command{"record on",  "LINE",                     "starts recording the calls of a line",               [](Session& s, Given& g) { return done(telephoneOf(s).record(*g[0], true)); }},
     Command{"record off", "[LINE]",                   "stops recording the calls of a line; without one, ends the file of record FILE", stopRecording},
     Command{"record",     "FILE",                     "writes requests, commands, their replies and events to a file until record off, to be replayed", [](Session& s, Given& g) { return recorderOf(s).and_then([&](TrafficRecorder* r) { return done(r->start(*g[0])); }); }},
+    Command{"trace on",   "FILE",                     "writes everything that happens, with what causes it, to a file until trace off (docs/trace.md)", [](Session& s, Given& g) { return done(traceTo(*g[0], telephoneOf(s))); }},
+    Command{"trace off",  "",                         "ends the file of trace on",                          [](Session&, Given&) { return done(stopTrace()); }},
     Command{"call",       "LINE from NUMBER [name NAME]", "a call from a number of the exchange to a line",  [](Session& s, Given& g) { return done(telephoneOf(s).call(*g[0], *g[1], g[2].value_or(""))); }},
     Command{"message",    "LINE new COUNT old COUNT", "messages in a line's mailbox at the exchange",       setMessages},
     Command{"exchange",   "NUMBER [does] STEPS...",   "what a number of the exchange does in its next calls (docs/exchange.md); without does: at once, in its present call, or in a new one if the first step is call", [](Session& s, Given& g) { return done(g[1] ? telephoneOf(s).defineNumber(*g[0], *g[2]) : telephoneOf(s).playSteps(*g[0], *g[2])); }},

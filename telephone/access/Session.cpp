@@ -19,6 +19,7 @@
 #include "telephone/protocol/ProtocolDescription.h"
 #include "telephone/time/VirtualTime.h"
 #include "telephone/time/Waiting.h"
+#include "telephone/trace/Trace.h"
 
 namespace telephone {
 
@@ -29,9 +30,25 @@ constexpr std::size_t kEventsAtOnce = 256;
 constexpr std::size_t kLongestName = 40;
 constexpr std::size_t kLongestLogged = 60;  // bytes of an unknown request's name
 
+void traceReason(std::string_view reason)
+{
+    traceStep("reason", [reason](TraceStep& step) { step.add("text", reason); });
+}
+
 void sendError(MessageSink const& sink, Refusal const& refusal)
 {
+    traceReason(refusal.reason);
     sink({MessageKind::kError, refusal.reason});
+}
+
+// A command without what may be secret: the value of a setting.
+std::string textForTrace(Command const& command, Words words)
+{
+    if (command.name == "store set" && words.size() > wordsInName(command) + 1) {
+        words.resize(wordsInName(command) + 1);
+        words.emplace_back("***");
+    }
+    return quoteWords(words);
 }
 
 }  // namespace
@@ -108,6 +125,9 @@ void Session::runWords(Words const& words, MessageSink const& sink)
         return sendError(sink, {RefusalKind::kBadInput, "the message is empty"});
     }
     if (Command const* const command = findCommand(words)) {
+        TraceScope const scope(traceStep("command", [&](TraceStep& step) {
+            step.add("application", label_).add("text", textForTrace(*command, words));
+        }));
         auto const result = runCommand(*this, *command, words);
         while (sendsEventsFirst_) {
             sendsEventsFirst_ = takeEvents(kEventsAtOnce, sink);
@@ -127,19 +147,26 @@ void Session::handleRequest(std::string_view text, MessageSink const& sink)
 void Session::runRequest(std::string_view text, MessageSink const& sink)
 {
     Driving const driving;
+    TraceScope const scope(
+        traceStep("request", [&](TraceStep& step) { step.add("application", label_).add("text", text); }));
     if (auto const checked = options_.strict ? checkRequest(text) : Outcome<>(); !checked) {
         return sendError(sink, checked.error());
     }
     sink({MessageKind::kRequest, text});
+    auto const began = SteadyClock::now();
     RequestRunner::Reply const reply = services_.requests.run(*channel_, text);
+    traceStep("answer", [&](TraceStep& step) {
+        step.addUnlessEmpty("text", reply.answer.value_or("")).addMicroseconds(SteadyClock::now() - began);
+    });
     if (reply.answer) {
         sink({MessageKind::kAnswer, *reply.answer});
     }
     if (reply.answer == "sfiFailure") {
         noteUnknown(text);
     }
-    if (options_.reasons) {
-        sendReasons(text, reply, sink);
+    if (options_.reasons || isTracing()) {
+        sendReasons(
+            text, reply, options_.reasons ? sink : [](Message const&) {});
     }
     if (reply.finished) {
         sink({MessageKind::kFinished, {}});
@@ -156,6 +183,7 @@ void Session::sendReasons(std::string_view request, RequestRunner::Reply const& 
         return *state;
     };
     for (std::string const& reason : reasonsOf(request, reply, readOnce)) {
+        traceReason(reason);
         sink({MessageKind::kReason, reason});
     }
 }

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <charconv>
 
-#include "telephone/protocol/TimeText.h"
+#include "telephone/time/TimeText.h"
 
 namespace telephone {
 

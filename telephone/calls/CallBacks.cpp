@@ -5,11 +5,11 @@
 #include <utility>
 
 #include "CommunicationsServiceEventIfc.h"
-#include "telephone/base/Touched.h"
 #include "telephone/calls/EngineConfiguration.h"
 #include "telephone/calls/LogComponent.h"
 #include "telephone/framework/Log.h"
 #include "telephone/sip/EventLoop.h"
+#include "telephone/trace/TimerStep.h"
 
 namespace telephone {
 
@@ -151,7 +151,7 @@ Outcome<> CallBacks::begin(int callID, LineAccount line, std::string const& targ
     }
     entry.subscription = std::move(*subscription);
     entry.longest.start(configuration_.callBackTime, [this, &entry] {
-        touch(PhoneTimer::kCallBackExpiry);
+        timerRanOut(PhoneTimer::kCallBackExpiry);
         fail(entry, sfiCallCompletionFailureTimeout);
     });
     return {};
@@ -223,7 +223,7 @@ void CallBacks::followDialogs(Entry& entry, std::vector<sip::DialogEntry> const&
     bool const wasThere = entry.type == sfiCallCompletionOnBusy || entry.seenActive;
     if (wasThere && !entry.ready && !entry.settling.isRunning()) {
         entry.settling.start(configuration_.settlingTime, [this, &entry] {
-            touch(PhoneTimer::kCallBackSettling);
+            timerRanOut(PhoneTimer::kCallBackSettling);
             entry.ready = true;
             tell(entry, sfiCallCompletionReady, true);
         });

@@ -4,11 +4,30 @@
 #include <mutex>
 #include <utility>
 
+#include "CommunicationsServiceEnumerations.h"
 #include "CommunicationsServiceEventIfc.h"
 #include "telephone/calls/LogComponent.h"
 #include "telephone/framework/Log.h"
+#include "telephone/trace/Trace.h"
 
 namespace telephone {
+
+namespace {
+
+// before: null for a new call.
+void describe(TraceStep& step, Call const& call, CallSnapshot const* before)
+{
+    CallSnapshot const& now = call.snapshot();
+    step.add("call", now.callID).add("line", now.line.lineURI);
+    step.add("state", enumerations::kCallState.find(now.state)->name);
+    if (before != nullptr) {
+        step.add("before", enumerations::kCallState.find(before->state)->name);
+    }
+    step.add("party", now.remoteURI);
+    step.addUnlessEmpty("dialog", call.session() == nullptr ? std::string() : call.session()->dialogId().callId);
+}
+
+}  // namespace
 
 CallEngine::CallEngine(sip::EventLoop& loop, EngineConfiguration configuration, LineDirectory& lines,
                        CallPolicy& policy, EventPoster post)
@@ -139,6 +158,8 @@ void CallEngine::featureFailed(int recordLine, sfiFeature feature, sfiFeatureFai
 void CallEngine::callChanged(Call& call, CallSnapshot const& before)
 {
     CallSnapshot const now = call.snapshot();
+    bool const isNew = before.state == sfiCallStateIdle;
+    traceStep("engine", [&](TraceStep& step) { describe(step, call, isNew ? nullptr : &before); });
     incoming_.follow(now);
     established_.follow(now);
     pickups_.follow(now);
@@ -148,7 +169,6 @@ void CallEngine::callChanged(Call& call, CallSnapshot const& before)
         list_.remove(call);
     }
     publisher_.lineChanged(now.line.lineNumber);
-    bool const isNew = before.state == sfiCallStateIdle;
     observers_.tell(
         [&now, &before, isNew](CallObserver& observer) { observer.callChanged(now, isNew ? nullptr : &before); });
 }

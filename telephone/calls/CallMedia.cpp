@@ -1,10 +1,10 @@
 // Changes of the media of a connected call: hold, retrieve, conference.
 #include <utility>
 
-#include "telephone/base/Touched.h"
 #include "telephone/calls/Call.h"
 #include "telephone/calls/LogComponent.h"
 #include "telephone/framework/Log.h"
+#include "telephone/trace/TimerStep.h"
 
 namespace telephone {
 
@@ -80,7 +80,7 @@ void Call::noteHold(bool held, sfiFeature feature)
 void Call::awaitChange()
 {
     changeTimer_.start(reinviteTimeout_, [this] {
-        touch(PhoneTimer::kMediaChangeSilent);
+        timerRanOut(PhoneTimer::kMediaChangeSilent);
         log(kLogWarning, kComponent, "call {}: the far end no longer answers", id());
         postFeatureFailed(changes_.front().feature, sfiFeatureFailureTimeout);
         end({sfiCallStateFailed, sfiReasonTimeout});

@@ -1,11 +1,11 @@
 // Transfer: requested of the far end or by it, and the exchange of one session for another.
 #include <utility>
 
-#include "telephone/base/Touched.h"
 #include "telephone/calls/Call.h"
 #include "telephone/calls/LogComponent.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
+#include "telephone/trace/TimerStep.h"
 
 namespace telephone {
 
@@ -26,7 +26,7 @@ Outcome<> Call::transfer(sfiFeature feature, std::string const& target, std::opt
     transferFeature_ = feature;
     referring_ = true;
     transferTimer_.start(kTransferTime, [this] {
-        touch(PhoneTimer::kTransferSilent);
+        timerRanOut(PhoneTimer::kTransferSilent);
         finishTransfer(408);
     });
     beginTransferring();

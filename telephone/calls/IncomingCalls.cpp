@@ -4,12 +4,12 @@
 #include <utility>
 
 #include "CommunicationsServiceEventIfc.h"
-#include "telephone/base/Touched.h"
 #include "telephone/calls/LogComponent.h"
 #include "telephone/calls/SipMeaning.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/sip/EventLoop.h"
+#include "telephone/trace/TimerStep.h"
 
 namespace telephone {
 
@@ -185,7 +185,7 @@ void IncomingCalls::startNoReplyTimer(Call const& call, LineAccount const& line)
         return;
     }
     auto const expired = [this, callID = call.id(), line] {
-        touch(PhoneTimer::kNoReply);
+        timerRanOut(PhoneTimer::kNoReply);
         forwardUnanswered(callID, line);
     };
     noReplyTimers_.insert_or_assign(call.id(), sip::Timer(loop_, rings * configuration_.ringTime, expired));

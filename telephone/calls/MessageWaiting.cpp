@@ -4,13 +4,13 @@
 #include <mutex>
 
 #include "CommunicationsServiceEventIfc.h"
-#include "telephone/base/Touched.h"
 #include "telephone/calls/EngineConfiguration.h"
 #include "telephone/calls/LogComponent.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/sip/DialogInfo.h"
 #include "telephone/sip/EventLoop.h"
+#include "telephone/trace/TimerStep.h"
 
 namespace telephone {
 
@@ -117,7 +117,7 @@ void MessageWaiting::onTerminated(sip::Subscription& subscription, int status, s
         return;
     }
     mailbox->retry.start(kRetry, [this, lineNumber = mailbox->line.lineNumber] {
-        touch(PhoneTimer::kMailboxRetry);
+        timerRanOut(PhoneTimer::kMailboxRetry);
         begin(mailboxes_.at(lineNumber));
     });
 }

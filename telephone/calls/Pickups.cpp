@@ -7,11 +7,11 @@
 #include <utility>
 #include <vector>
 
-#include "telephone/base/Touched.h"
 #include "telephone/calls/LogComponent.h"
 #include "telephone/framework/Log.h"
 #include "telephone/sip/EventLoop.h"
 #include "telephone/sip/WireText.h"
+#include "telephone/trace/TimerStep.h"
 
 namespace telephone {
 
@@ -129,7 +129,7 @@ Outcome<> Pickups::search(int callID, sip::CallRequest const& request)
         return tl::unexpected(dialogs.error());
     }
     sip::Timer patience(agent_.loop(), configuration_.dialogAnswerTime, [this, callID] {
-        touch(PhoneTimer::kPickupSilent);
+        timerRanOut(PhoneTimer::kPickupSilent);
         failed(callID, 404);
     });
     searches_.insert_or_assign(callID, Search{std::move(*dialogs), std::move(patience), request});

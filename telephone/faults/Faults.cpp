@@ -8,6 +8,7 @@
 #include "telephone/base/Names.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/TimerService.h"
+#include "telephone/trace/Trace.h"
 
 namespace telephone {
 
@@ -15,6 +16,11 @@ namespace {
 
 constexpr char const* kComponent = "faults";
 constexpr std::size_t kEventsAtOnce = 256;
+
+TraceCause causeOf(FaultOrder const& order, std::string_view state)
+{
+    return traceStep("fault", [&](TraceStep& step) { step.add("fault", order.text).add("state", state); });
+}
 
 }  // namespace
 
@@ -99,6 +105,7 @@ void Faults::begin(Id id)
     lock.unlock();
     end(take([&](Fault const& each) { return each.isActive && each.id != id && each.order.kind == order.kind; }));
     log(kLogInfo, kComponent, "{} begins", order.text);
+    TraceScope const scope(causeOf(order, "begins"));
     order.effect.begin(
         {[](std::string const& what) { log(kLogInfo, kComponent, "{}", what); }, [this, id] { endNow(id); }});
     if (wasEnded(id)) {
@@ -141,6 +148,7 @@ void Faults::end(Taken faults)
             timers_.cancel(each.timer);
         }
         if (each.isActive) {
+            TraceScope const scope(causeOf(each.order, "ends"));
             auto const did = each.order.effect.end();
             log(kLogInfo, kComponent, "{} ends{}{}", each.order.text, did.empty() ? "" : "; ", did);
         } else {

@@ -43,7 +43,7 @@ void EventDispatcher::post(Event event)
     if (stopped_) {
         return;
     }
-    queue_.push_back(std::move(event));
+    queue_.emplace_back(std::move(event));
     ++posted_;
     queued_.notifyOne();
 }
@@ -96,14 +96,14 @@ void EventDispatcher::run()
         if (queue_.empty()) {
             return;
         }
-        Event const event = std::move(queue_.front());
+        auto const event = std::move(queue_.front());
         queue_.pop_front();
         ++delivering_;
         deliver(event, lock);
     }
 }
 
-void EventDispatcher::deliver(Event const& event, std::unique_lock<std::mutex>& lock)
+void EventDispatcher::deliver(Caused<Event> const& event, std::unique_lock<std::mutex>& lock)
 {
     // Subscribers may change while one is called: each is looked up again before its turn.
     std::vector<Subscriber> const turn = subscribers_;

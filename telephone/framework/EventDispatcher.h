@@ -20,6 +20,7 @@
 #include "telephone/base/Refusal.h"
 #include "telephone/time/Condition.h"
 #include "telephone/time/Thread.h"
+#include "telephone/trace/Trace.h"
 
 class CommunicationsServiceEventIfc;
 class Executable;
@@ -67,13 +68,13 @@ private:
     // With the lock held.
     [[nodiscard]] bool isSubscribed(Executable const* executable) const;
     void run();
-    void deliver(Event const& event, std::unique_lock<std::mutex>& lock);
+    void deliver(Caused<Event> const& event, std::unique_lock<std::mutex>& lock);
 
     std::string const start_;
     std::mutex mutex_;
     Condition queued_{"an event"};
     Condition delivered_{"the end of a delivery"};
-    std::deque<Event> queue_;
+    std::deque<Caused<Event>> queue_;
     std::atomic<std::uint64_t> posted_{0};
     std::uint64_t delivering_ = 0;
     std::vector<Subscriber> subscribers_;

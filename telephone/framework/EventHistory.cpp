@@ -10,6 +10,7 @@
 #include "telephone/framework/RequestRunner.h"
 #include "telephone/framework/TelephoneContext.h"
 #include "telephone/time/SteadyClock.h"
+#include "telephone/trace/Trace.h"
 
 namespace telephone {
 
@@ -41,6 +42,9 @@ EventHistory::~EventHistory()
 void EventHistory::take()
 {
     for (NumberedEvent& each : channel_->take(1)) {
+        traceStep("event", [&](TraceStep& step) {
+            step.add("number", static_cast<std::int64_t>(dispatcher_.delivering())).add("text", each.text);
+        });
         auto event =
             std::make_shared<PastEvent const>(PastEvent{dispatcher_.delivering(), wallTime(), std::move(each.text)});
         std::lock_guard const lock(mutex_);

@@ -5,8 +5,8 @@
 #include <limits>
 
 #include "platform/framework/Executable.h"
-#include "telephone/base/Touched.h"
 #include "telephone/framework/Log.h"
+#include "telephone/trace/TimerStep.h"
 
 namespace telephone {
 
@@ -33,7 +33,7 @@ int TimerService::start(std::chrono::milliseconds duration, Action action)
     std::lock_guard const lock(mutex_);
     lastId_ = lastId_ == std::numeric_limits<int>::max() ? 1 : lastId_ + 1;
     if (!stopped_) {
-        timers_.emplace(Key{Clock::now() + duration, lastId_}, std::move(action));
+        timers_.emplace(Key{Clock::now() + duration, lastId_}, Caused(std::move(action)));
     }
     hasChanged_ = true;
     changed_.notifyOne();
@@ -77,13 +77,13 @@ void TimerService::run()
             continue;
         }
         int const id = first->first.second;
-        Action const action = std::move(first->second);
+        auto const action = std::move(first->second);
         timers_.erase(first);
         expire(id, action, lock);
     }
 }
 
-void TimerService::expire(int id, Action const& action, std::unique_lock<std::mutex>& lock)
+void TimerService::expire(int id, Caused<Action> const& action, std::unique_lock<std::mutex>& lock)
 {
     Executable* const target = target_;
     expiring_ = true;
@@ -92,7 +92,8 @@ void TimerService::expire(int id, Action const& action, std::unique_lock<std::mu
         if (action) {
             action();
         } else if (target != nullptr) {
-            touch(PhoneTimer::kService);
+            TraceScope const scope(action.cause());
+            timerRanOut(PhoneTimer::kService);
             target->timerEvent(id);
         }
     } catch (std::exception const& error) {

@@ -10,6 +10,7 @@
 
 #include "telephone/time/Condition.h"
 #include "telephone/time/Thread.h"
+#include "telephone/trace/Trace.h"
 
 class Executable;
 
@@ -43,12 +44,12 @@ private:
     using Key = std::pair<Clock::time_point, int>;  // the id orders timers of the same instant
 
     void run();
-    void expire(int id, Action const& action, std::unique_lock<std::mutex>& lock);
+    void expire(int id, Caused<Action> const& action, std::unique_lock<std::mutex>& lock);
 
     std::mutex mutex_;
     Condition changed_{"a timer"};
     Condition idle_{"the end of a timer's action"};
-    std::map<Key, Action> timers_;  // without an action: numbered
+    std::map<Key, Caused<Action>> timers_;  // without an action: numbered
     Executable* target_ = nullptr;
     int lastId_ = 0;
     bool expiring_ = false;

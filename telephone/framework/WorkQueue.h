@@ -11,6 +11,7 @@
 #include "telephone/base/Refusal.h"
 #include "telephone/time/Condition.h"
 #include "telephone/time/Thread.h"
+#include "telephone/trace/Trace.h"
 
 namespace telephone {
 
@@ -40,7 +41,7 @@ private:
     std::size_t capacity_;
     std::mutex mutex_;
     Condition changed_{"work"};
-    std::deque<Work> waiting_;
+    std::deque<Caused<Work>> waiting_;
     bool working_ = false;
     bool stopped_ = false;
     Thread thread_;

@@ -4,13 +4,13 @@
 
 #include <spdlog/fmt/fmt.h>
 
-#include "telephone/base/Touched.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/framework/TimerService.h"
 #include "telephone/lines/LineStates.h"
 #include "telephone/lines/Lines.h"
 #include "telephone/lines/LogComponent.h"
+#include "telephone/trace/TimerStep.h"
 
 namespace telephone {
 
@@ -121,7 +121,7 @@ Outcome<> LineActions::startWarmLine(TelephoneLine& line, std::string const& dig
 
 void LineActions::warmLineExpired(TelephoneLine& line, std::string const& digits)
 {
-    touch(PhoneTimer::kWarmLine);
+    timerRanOut(PhoneTimer::kWarmLine);
     std::lock_guard const lock(calls_);
     warmTimer_ = 0;
     auto* const selected = lines_.selected();

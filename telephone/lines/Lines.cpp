@@ -13,6 +13,7 @@
 #include "telephone/lines/LineStates.h"
 #include "telephone/lines/LogComponent.h"
 #include "telephone/management/Settings.h"
+#include "telephone/traced/TracedPlatform.h"
 
 namespace telephone {
 
@@ -348,5 +349,5 @@ void Lines::watchParties(PartyWatch& watch)
 
 LineManager* LineManager::Instance()
 {
-    return telephone::OnlyObject<telephone::Lines>::get();
+    return telephone::traced<LineManager>(telephone::OnlyObject<telephone::Lines>::get());
 }

@@ -6,13 +6,13 @@
 
 #include <spdlog/fmt/fmt.h>
 
-#include "telephone/base/Touched.h"
 #include "telephone/calls/CallEngine.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/lines/LogComponent.h"
 #include "telephone/sip/DialogSubscription.h"
 #include "telephone/sip/Timer.h"
 #include "telephone/sip/Uri.h"
+#include "telephone/trace/TimerStep.h"
 
 namespace telephone {
 
@@ -170,7 +170,7 @@ private:
     void retryLater()
     {
         retry_.start(kRetry, [this] {
-            touch(PhoneTimer::kWatchRetry);
+            timerRanOut(PhoneTimer::kWatchRetry);
             subscribe();
         });
     }

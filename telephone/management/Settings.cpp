@@ -10,6 +10,7 @@
 #include "telephone/configuration/Configuration.h"
 #include "telephone/framework/Log.h"
 #include "telephone/management/SettingCheck.h"
+#include "telephone/trace/Trace.h"
 
 namespace telephone {
 
@@ -56,6 +57,16 @@ Values usable(Values values)
 {
     std::erase_if(values, [](auto const& item) { return !isUsable(item.first, item.second); });
     return values;
+}
+
+// Their values may be secret.
+std::string namesOf(std::vector<ConfigurationStore::Change> const& changes)
+{
+    std::string names;
+    for (auto const& each : changes) {
+        names += (names.empty() ? "" : ", ") + each.name;
+    }
+    return names;
 }
 
 }  // namespace
@@ -159,6 +170,9 @@ Outcome<> Settings::store(Changes const& changes, std::vector<std::string>& chan
     }
     auto written = store_->write(changes);
     writable_ = written.has_value();
+    traceStep("store", [&](TraceStep& step) {
+        step.add("settings", namesOf(changes)).addUnlessEmpty("reason", written ? "" : written.error().reason);
+    });
     if (!written) {
         return written;
     }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <utility>
 
 #include <spdlog/fmt/fmt.h>
@@ -9,6 +10,7 @@
 #include "CommunicationsServiceEnumerations.h"
 #include "telephone/base/Touched.h"
 #include "telephone/configuration/Choices.h"
+#include "telephone/trace/Trace.h"
 
 namespace telephone {
 
@@ -27,10 +29,15 @@ constexpr std::array kNumberedLamps{
 
 constexpr std::array<std::string_view, 4> kColours{"none", "red", "green", "amber"};
 
-std::string withMode(std::string_view lamp, int mode)
+std::string modeName(int mode)
 {
     EnumerationValue const* const known = enumerations::kLampMode.find(mode);
-    return fmt::format("{} {}", lamp, known == nullptr ? std::to_string(mode) : known->name);
+    return known == nullptr ? std::to_string(mode) : std::string(known->name);
+}
+
+std::string withMode(std::string_view lamp, int mode)
+{
+    return fmt::format("{} {}", lamp, modeName(mode));
 }
 
 }  // namespace
@@ -168,6 +175,11 @@ void LampBoard::set(int slot, Lamp lamp)
         now = lamp;
         listener = listener_;
     }
+    traceStep("lamp", [&](TraceStep& step) {
+        step.add("lamp", std::abs(slot))
+            .add("label", slot > 0 ? layout_.find(slot)->configuration.label : nameOf(slot));
+        step.add("mode", modeName(lamp.mode)).add("colour", lampColourName(lamp.colour));
+    });
     if (lamp.mode != PhysDefs::lampOff) {
         touch(Touched::kLamp, withMode(nameOf(slot), lamp.mode));
     }

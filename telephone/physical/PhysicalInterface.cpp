@@ -12,6 +12,7 @@
 #include "telephone/framework/Refusals.h"
 #include "telephone/physical/LogComponent.h"
 #include "telephone/protocol/Vocabulary.h"
+#include "telephone/trace/Trace.h"
 
 namespace telephone {
 
@@ -177,6 +178,10 @@ Outcome<> PhysicalInterface::act(std::string const& name, PhysDefs::actionType a
         return refuse(RefusalKind::kNotFound,
                       fmt::format("there is no key \"{}\"; the layout has {}", name, layout_.range()));
     }
+    TraceScope const scope(traceStep("key", [&](TraceStep& step) {
+        step.add("key", key->number()).add("label", key->configuration.label).add("function", key->row->name);
+        step.add("action", action == PhysDefs::actionPressed ? "pressed" : "released");
+    }));
     // Noted and queued under one lock, so that presses and releases keep their order.
     std::lock_guard const lock(mutex_);
     if (action == PhysDefs::actionReleased && pressed_.count(key->number()) == 0) {
@@ -206,6 +211,7 @@ Outcome<> PhysicalInterface::hook(bool up)
         return refuse(RefusalKind::kWrongState,
                       up ? "the handset is already off the hook" : "the handset is already on the hook");
     }
+    TraceScope const scope(traceStep("key", [up](TraceStep& step) { step.add("hook", up ? "up" : "down"); }));
     return queue_.post([this, up] { deliverHook(up); });
 }
 
@@ -217,6 +223,8 @@ Outcome<> PhysicalInterface::plug(std::string const& plug, bool in)
         return refuse(RefusalKind::kNotFound,
                       fmt::format("there is no plug \"{}\"; the plugs are headset, handset and line", plug));
     }
+    TraceScope const scope(
+        traceStep("key", [&](TraceStep& step) { step.add("plug", plug).add("action", in ? "in" : "out"); }));
     plugged_[static_cast<std::size_t>(row - kPlugs.begin())] = in;
     return queue_.post([this, plug = row->plug, in] {
         for (auto* observer : observersOf(physical_, kOtherKind, kPlugGroup, PhysDefs::actionChanged)) {

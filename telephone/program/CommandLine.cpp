@@ -5,7 +5,7 @@
 #include <CLI/CLI.hpp>
 
 #include "telephone/base/Version.h"
-#include "telephone/protocol/TimeText.h"
+#include "telephone/time/TimeText.h"
 #include "telephone/time/VirtualTime.h"
 
 namespace telephone {
@@ -50,6 +50,7 @@ void addOptions(CLI::App& app, CommandLine& line)
         ->check(CLI::Range(0, 6));
     app.add_option("--log-file", line.logFile, "File of the log; default: standard error");
     app.add_option("--record", line.record, "Record what crosses to applications in this file (docs/replay.md)");
+    app.add_option("--trace", line.trace, "Write all that happens, with its causes, to this file (docs/trace.md)");
     CLI::Option* const time =
         app.add_option_function<std::string>(
                "--time", [&line](std::string const& word) { static_cast<void>(line.setTime(word)); },

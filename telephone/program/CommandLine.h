@@ -92,6 +92,7 @@ struct CommandLine
     std::string junit;       // file for the results of scripts; empty: none
     std::string report;      // file for the test runner; empty: none plays this script
     std::string record;      // file for a recording from the start on; empty: none
+    std::string trace;       // the same for a trace
     TestChoice test;
     int hours = 1;  // of chaos
     int count = 1;  // telephones of a fleet

@@ -12,6 +12,7 @@
 #include "Tour.h"
 #include "telephone/Telephone.h"
 #include "telephone/access/TelephoneControls.h"
+#include "telephone/access/TelephoneTrace.h"
 #include "telephone/console/Console.h"
 #include "telephone/console/Conversation.h"
 #include "telephone/console/LinePrompt.h"
@@ -146,11 +147,15 @@ Outcome<int> converse(CommandLine const& line, Configuration const& configuratio
         .map([](bool succeeded) { return succeeded ? 0 : 1; });
 }
 
-// A telephone is needed more than its recording.
-void record(Telephone& telephone, std::string const& file)
+// A telephone is needed more than its recording and its trace.
+void begin(Telephone& telephone, CommandLine const& line)
 {
-    if (!file.empty()) {
-        reportIfRefused("replay", telephone.sessions(nullptr).recorder->start(file));
+    SessionServices const services = telephone.sessions(nullptr);
+    if (!line.record.empty()) {
+        reportIfRefused("replay", services.recorder->start(line.record));
+    }
+    if (!line.trace.empty()) {
+        reportIfRefused("trace", traceTo(line.trace, services.telephone));
     }
 }
 
@@ -200,7 +205,7 @@ Outcome<int> runTelephone(CommandLine const& given, StopSignal const& stop, Talk
             if (line->checked != CheckedTraffic::kNone) {
                 check.emplace(telephone.sessions(nullptr), line->checked);
             }
-            record(telephone, line->record);
+            begin(telephone, *line);
             return servesOthers(line->action) ? serve(*line, configuration, telephone, stop)
                                               : converse(*line, configuration, telephone, stop, talk);
         });

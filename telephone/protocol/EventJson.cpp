@@ -2,8 +2,8 @@
 
 #include "telephone/protocol/JsonText.h"
 #include "telephone/protocol/MessageText.h"
-#include "telephone/protocol/TimeText.h"
 #include "telephone/protocol/Vocabulary.h"
+#include "telephone/time/TimeText.h"
 
 namespace telephone {
 

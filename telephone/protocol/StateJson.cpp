@@ -1,7 +1,7 @@
 // The state as JSON.
 #include "telephone/protocol/JsonText.h"
 #include "telephone/protocol/TelephoneState.h"
-#include "telephone/protocol/TimeText.h"
+#include "telephone/time/TimeText.h"
 
 namespace telephone {
 

@@ -17,6 +17,7 @@
 #include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/management/SettingRows.h"
+#include "telephone/traced/TracedPlatform.h"
 
 namespace telephone {
 
@@ -344,5 +345,5 @@ MediaRecordingService* MediaRecordingService::GetInstance()
 {
     static telephone::NoRecorder none;
     MediaRecordingService* const recorder = telephone::OnlyObject<telephone::CallRecorder>::get();
-    return recorder == nullptr ? &none : recorder;
+    return telephone::traced(recorder == nullptr ? &none : recorder);
 }

@@ -9,8 +9,8 @@
 #include <spdlog/fmt/fmt.h>
 
 #include "telephone/protocol/JsonText.h"
-#include "telephone/protocol/TimeText.h"
 #include "telephone/replay/RecordingLines.h"
+#include "telephone/time/TimeText.h"
 
 namespace telephone {
 

@@ -4,8 +4,8 @@
 
 #include "telephone/base/Version.h"
 #include "telephone/protocol/JsonText.h"
-#include "telephone/protocol/TimeText.h"
 #include "telephone/replay/Recording.h"
+#include "telephone/time/TimeText.h"
 
 namespace telephone {
 

@@ -9,6 +9,7 @@
 #include "telephone/lines/AppearanceMap.h"
 #include "telephone/sfi/LogComponent.h"
 #include "telephone/sfi/SfiResults.h"
+#include "telephone/traced/TracedPlatform.h"
 
 namespace telephone {
 
@@ -240,5 +241,5 @@ sfiResult Sfi::SecurityChangeReinvite(sfiCallInfo* call, bool secure)
 
 CSfi* CSfi::GetInstance()
 {
-    return telephone::OnlyObject<telephone::Sfi>::get();
+    return telephone::traced<CSfi>(telephone::OnlyObject<telephone::Sfi>::get());
 }

@@ -11,6 +11,7 @@
 #include "telephone/sip/EventLoop.h"
 #include "telephone/sip/LocalAddresses.h"
 #include "telephone/sip/MemoryNetwork.h"
+#include "telephone/sip/MessageTrace.h"
 #include "telephone/sip/RegistrationImpl.h"
 #include "telephone/sip/ReliableResponses.h"
 #include "telephone/sip/Sdes.h"
@@ -258,10 +259,13 @@ void Element::listen(sipsess_conn_h* invited, sip_msg_h* subscribed, void* recei
     sip_set_trace_handler(stack_, handlerOf<&Element::onTrace>);
 }
 
-void Element::onTrace(bool sent, sip_transp /*transport*/, sa const& from, sa const& to, std::uint8_t const* data,
+void Element::onTrace(bool sent, sip_transp transport, sa const& from, sa const& to, std::uint8_t const* data,
                       std::size_t size)
 {
     std::string_view const packet(reinterpret_cast<char const*>(data), size);
+    if (isTracing()) {
+        traceMessage({sent, transport, sent ? to : from, packet}, config_.isTraced);
+    }
     if (config_.traceMessages && config_.traceMessages()) {
         log(LogLevel::kDebug, (sent ? "sent to " + addressText(to) : "received from " + addressText(from)) + "\n" +
                                   withoutSecrets(packet));

@@ -16,6 +16,7 @@
 #include "telephone/sip/StackTimers.h"
 #include "telephone/time/Thread.h"
 #include "telephone/time/Waiting.h"
+#include "telephone/trace/Trace.h"
 
 extern "C" {
 #define DEBUG_MODULE "telephone"
@@ -67,7 +68,7 @@ struct EventLoop::Impl
     std::atomic<bool> wakePending{false};
     bool ends = false;  // in virtual time
     std::mutex workMutex;
-    std::deque<std::function<void()>> work;
+    std::deque<Caused<std::function<void()>>> work;
 };
 
 EventLoop::Impl::Impl()
@@ -146,7 +147,7 @@ void EventLoop::Impl::wake()
 
 void EventLoop::Impl::runWork()
 {
-    std::deque<std::function<void()>> ready;
+    std::deque<Caused<std::function<void()>>> ready;
     {
         std::lock_guard guard(workMutex);
         ready.swap(work);
@@ -236,7 +237,7 @@ void EventLoop::post(std::function<void()> work)
 {
     {
         std::lock_guard guard(impl_->workMutex);
-        impl_->work.push_back(std::move(work));
+        impl_->work.emplace_back(std::move(work));
     }
     impl_->wake();
 }

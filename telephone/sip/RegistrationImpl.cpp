@@ -4,9 +4,9 @@
 #include <charconv>
 #include <mutex>
 
-#include "telephone/base/Touched.h"
 #include "telephone/sip/EventLoop.h"
 #include "telephone/time/VirtualTime.h"
+#include "telephone/trace/TimerStep.h"
 
 namespace telephone::sip {
 
@@ -133,7 +133,7 @@ void RegistrationImpl::awaitAnswer(std::chrono::milliseconds limit)
         if (left.count() > 0) {
             return awaitAnswer(left);
         }
-        touch(PhoneTimer::kRegistrarSilent);
+        timerRanOut(PhoneTimer::kRegistrarSilent);
         waits_ = false;
         request_->abandon();
         fail(408, "Request Timeout");
@@ -202,7 +202,7 @@ void RegistrationImpl::onAccepted(sip_msg const& message)
     watchConnection(message);
     auto const refresh = refreshAfter(granted);
     due_.start(connection_->exists() ? std::min(refresh, kLongestOverConnection) : refresh, [this] {
-        touch(PhoneTimer::kRegistrationRefresh);
+        timerRanOut(PhoneTimer::kRegistrationRefresh);
         send();
     });
     observer_.onRegistered(*this, granted);
@@ -246,7 +246,7 @@ std::chrono::milliseconds RegistrationImpl::nextPause()
 void RegistrationImpl::retryAfter(std::chrono::milliseconds pause)
 {
     due_.start(pause, [this] {
-        touch(PhoneTimer::kRegistrationRetry);
+        timerRanOut(PhoneTimer::kRegistrationRetry);
         send();
     });
 }

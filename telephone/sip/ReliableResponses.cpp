@@ -1,7 +1,7 @@
 #include "telephone/sip/ReliableResponses.h"
 
-#include "telephone/base/Touched.h"
 #include "telephone/sip/Stack.h"
+#include "telephone/trace/TimerStep.h"
 
 namespace telephone::sip {
 
@@ -48,7 +48,7 @@ void ReliableResponses::repeat()
 {
     waited_ += pause_;
     if (waited_ >= kLongestWait) {
-        touch(PhoneTimer::kPrackMissing);
+        timerRanOut(PhoneTimer::kPrackMissing);
         stop();
         actions_.unacknowledged();
         return;

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cctype>
 
-#include "telephone/base/Touched.h"
 #include "telephone/sip/InvitationReader.h"
+#include "telephone/trace/TimerStep.h"
 
 namespace telephone::sip {
 
@@ -412,7 +412,7 @@ Outcome<> SessionImpl::sendModification(Modification const& modification)
     }
     offerBefore_ = before;
     modificationGuard_.start(kModificationGuard, [this] {
-        touch(PhoneTimer::kSessionChangeSilent);
+        timerRanOut(PhoneTimer::kSessionChangeSilent);
         finishModification(false, 408, "Request Timeout");
     });
     return {};

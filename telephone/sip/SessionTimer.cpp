@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "telephone/base/Touched.h"
+#include "telephone/trace/TimerStep.h"
 
 namespace telephone::sip {
 
@@ -113,7 +113,7 @@ void SessionTimer::begin()
     milliseconds const whole = interval_;
     milliseconds const margin = std::min<milliseconds>(kLongestMargin, whole / 3);
     expiry_.start(refreshesHere_ ? whole : whole - margin, [this] {
-        touch(PhoneTimer::kSessionExpiry);
+        timerRanOut(PhoneTimer::kSessionExpiry);
         refresh_.cancel();
         actions_.expired();
     });
@@ -127,7 +127,7 @@ void SessionTimer::begin()
 void SessionTimer::refreshIn(milliseconds delay)
 {
     refresh_.start(delay, [this] {
-        touch(PhoneTimer::kSessionRefresh);
+        timerRanOut(PhoneTimer::kSessionRefresh);
         actions_.refresh();
     });
 }

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <mutex>
 
-#include "telephone/base/Touched.h"
 #include "telephone/sip/SessionImpl.h"
+#include "telephone/trace/TimerStep.h"
 
 namespace telephone::sip {
 
@@ -219,7 +219,7 @@ void SessionImpl::checkAudio()
         audioWatch_.start(limit - silence, [this] { checkAudio(); });
         return;
     }
-    touch(PhoneTimer::kAudioSilent);
+    timerRanOut(PhoneTimer::kAudioSilent);
     abandon("the far end sends no audio");
 }
 

@@ -9,11 +9,13 @@ extern "C" {
 
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 #include "telephone/base/Refusal.h"
 #include "telephone/sip/Log.h"
 #include "telephone/sip/Message.h"
+#include "telephone/trace/Trace.h"
 
 namespace telephone::sip {
 
@@ -49,8 +51,26 @@ private:
     T* object_ = nullptr;
 };
 
+// What a received message has caused by arriving, for the trace. Defined with the messages of the trace.
+[[nodiscard]] TraceCause causeOfReceived(sip_msg const& message);
+
+// The message among the arguments of a handler; null: it has none.
+inline sip_msg const* messageAmong()
+{
+    return nullptr;
+}
+template <class First, class... Others>
+sip_msg const* messageAmong(First const& first, Others const&... others)
+{
+    if constexpr (std::is_convertible_v<First, sip_msg const*>) {
+        return first;
+    } else {
+        return messageAmong(others...);
+    }
+}
+
 // handlerOf<&Class::method> is a handler of the stack, whose last argument is the object. Where the handler takes a
-// pointer, the method may take a reference.
+// pointer, the method may take a reference. What it does is caused by the message that it is given.
 template <class T>
 struct HandlerArgument
 {
@@ -70,6 +90,8 @@ struct Handler<method>
 {
     static Result call(typename HandlerArgument<Arguments>::Type... arguments, void* object)
     {
+        sip_msg const* const message = isTracing() ? messageAmong(arguments...) : nullptr;
+        TraceScope const scope(message != nullptr ? causeOfReceived(*message) : causeOfThread());
         return (static_cast<Class*>(object)->*method)(HandlerArgument<Arguments>::pass(arguments)...);
     }
 };

@@ -4,6 +4,7 @@
 
 #include "telephone/sip/EventLoop.h"
 #include "telephone/sip/Stack.h"
+#include "telephone/trace/Trace.h"
 
 namespace telephone::sip {
 
@@ -18,7 +19,7 @@ struct Timer::Impl : std::enable_shared_from_this<Timer::Impl>
     void expire()
     {
         auto const keepAlive = shared_from_this();
-        auto const run = std::exchange(expired, nullptr);
+        auto const run = std::exchange(expired, {});
         if (run) {
             run();
         }
@@ -26,7 +27,7 @@ struct Timer::Impl : std::enable_shared_from_this<Timer::Impl>
 
     EventLoop& loop;
     tmr timer{};
-    std::function<void()> expired;
+    Caused<std::function<void()>> expired;
 };
 
 Timer::Timer(EventLoop& loop)
@@ -73,7 +74,7 @@ void Timer::cancel()
 {
     std::lock_guard guard(impl_->loop);
     tmr_cancel(&impl_->timer);
-    impl_->expired = nullptr;
+    impl_->expired = {};
 }
 
 bool Timer::isRunning() const

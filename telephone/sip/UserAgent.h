@@ -67,6 +67,7 @@ struct UserAgentConfig
     std::chrono::milliseconds closingTime{500};  // longest wait of the destructor
     Limits limits;                               // of requests that are taken in; none
     Logger log;
+    bool isTraced = false;                // its messages are steps of the trace
     std::function<bool()> traceMessages;  // asked for each message: whether to log it, at kDebug; null: never
 };
 

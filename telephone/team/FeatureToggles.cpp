@@ -8,6 +8,7 @@
 #include "telephone/framework/Refusals.h"
 #include "telephone/management/Settings.h"
 #include "telephone/team/LogComponent.h"
+#include "telephone/traced/TracedPlatform.h"
 
 namespace telephone {
 
@@ -60,5 +61,5 @@ Outcome<> FeatureToggles::set(int keyNumber, bool on)
 
 FeatureToggle* FeatureToggle::Instance()
 {
-    return telephone::OnlyObject<telephone::FeatureToggles>::get();
+    return telephone::traced<FeatureToggle>(telephone::OnlyObject<telephone::FeatureToggles>::get());
 }

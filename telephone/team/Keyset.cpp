@@ -13,6 +13,7 @@
 #include "telephone/lines/Lines.h"
 #include "telephone/management/Settings.h"
 #include "telephone/team/LogComponent.h"
+#include "telephone/traced/TracedPlatform.h"
 
 namespace telephone {
 
@@ -315,5 +316,5 @@ std::vector<TelephoneLine*> Keyset::ringingLines() const
 
 TeamServiceKeyset* TeamServiceKeyset::Instance()
 {
-    return telephone::OnlyObject<telephone::Keyset>::get();
+    return telephone::traced<TeamServiceKeyset>(telephone::OnlyObject<telephone::Keyset>::get());
 }

@@ -9,6 +9,7 @@
 #include "telephone/framework/Refusals.h"
 #include "telephone/lines/Lines.h"
 #include "telephone/team/LogComponent.h"
+#include "telephone/traced/TracedPlatform.h"
 
 namespace telephone {
 
@@ -46,5 +47,5 @@ Outcome<> PickupHandler::pickup(sfiCallInfo const* call, std::string const& targ
 
 DirectedPickupHandler* DirectedPickupHandler::Instance()
 {
-    return telephone::OnlyObject<telephone::PickupHandler>::get();
+    return telephone::traced<DirectedPickupHandler>(telephone::OnlyObject<telephone::PickupHandler>::get());
 }

@@ -5,10 +5,10 @@
 #include <mutex>
 
 #include "platform/physical/AuditoryDeviceIfc.h"
-#include "telephone/base/Touched.h"
 #include "telephone/framework/TimerService.h"
 #include "telephone/lines/Lines.h"
 #include "telephone/team/Keyset.h"
+#include "telephone/trace/TimerStep.h"
 
 namespace telephone {
 
@@ -77,7 +77,7 @@ void Ringer::startDelay(TelephoneLine& line)
 // While the expiry waited for the lock, the call may have ended and another one begun.
 void Ringer::delayExpired(TelephoneLine& line, int generation)
 {
-    touch(PhoneTimer::kRingDelay);
+    timerRanOut(PhoneTimer::kRingDelay);
     std::lock_guard const lock(calls_);
     auto const known = ringing_.find(&line);
     if (known != ringing_.end() && known->second.generation == generation) {

@@ -14,6 +14,7 @@
 #include "telephone/team/Keyset.h"
 #include "telephone/team/LogComponent.h"
 #include "telephone/team/PickupHandler.h"
+#include "telephone/traced/TracedPlatform.h"
 
 namespace telephone {
 
@@ -250,5 +251,5 @@ void TeamFeatures::sendURLPushRequest(std::string& url, std::string& data)
 
 TeamServiceFeatures* TeamServiceFeatures::Instance()
 {
-    return telephone::OnlyObject<telephone::TeamFeatures>::get();
+    return telephone::traced<TeamServiceFeatures>(telephone::OnlyObject<telephone::TeamFeatures>::get());
 }

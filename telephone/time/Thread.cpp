@@ -2,9 +2,17 @@
 
 #include <utility>
 
+#include <unistd.h>
+
 #include "telephone/time/Conductor.h"
 
 namespace telephone {
+
+namespace {
+
+thread_local std::string ownName = getpid() == gettid() ? "main" : "other";
+
+}  // namespace
 
 struct Thread::Part
 {
@@ -15,7 +23,10 @@ struct Thread::Part
 Thread::Thread(std::string name, std::function<void()> body)
 {
     if (ownParty == nullptr) {
-        thread_ = std::thread(std::move(body));
+        thread_ = std::thread([name = std::move(name), body = std::move(body)]() mutable {
+            ownName = std::move(name);
+            body();
+        });
         return;
     }
     part_ = std::make_shared<Part>();
@@ -24,6 +35,7 @@ Thread::Thread(std::string name, std::function<void()> body)
     thread_ = std::thread([body = std::move(body), part = part_] {
         conductor().awaitTurn(part->party);
         ownParty = &part->party;
+        ownName = part->party.name;
         body();
         part->hasEnded = true;
         ownParty = nullptr;
@@ -38,6 +50,11 @@ void Thread::join()
         conductor().wait(*ownParty, {.what = "the end of a thread", .isReady = ReadyCheck(hasEnded)});
     }
     thread_.join();
+}
+
+std::string_view threadName()
+{
+    return ownName;
 }
 
 }  // namespace telephone

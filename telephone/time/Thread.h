@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <thread>
 
 namespace telephone {
@@ -12,7 +13,7 @@ class Thread
 {
 public:
     Thread() = default;
-    // The name says in the report of a standstill who waits.
+    // The name says who it is, in the trace and in the report of a standstill.
     Thread(std::string name, std::function<void()> body);
 
     [[nodiscard]] bool joinable() const { return thread_.joinable(); }
@@ -25,5 +26,8 @@ private:
     std::shared_ptr<Part> part_;  // null: in real time
     std::thread thread_;
 };
+
+// The name of the calling thread: "main" for that of the program, "other" for one that a library has made.
+[[nodiscard]] std::string_view threadName();
 
 }  // namespace telephone

@@ -5,7 +5,7 @@ Usage: check_dependencies.py includes|singletons ROOT
 
 The table has the columns "Folder", "What it is" and "May use", with names in backticks, and runs from the top layer down:
 a folder uses folders of later rows only. `telephone` is the code directly in telephone/, `platform` and `include` are open
-to all, and so are `base` and `time`. Checked are:
+to all, and so are `base`, `time` and `trace`. Checked are:
 
 includes    Every folder has one row, every row a folder; a folder includes exactly what its row lists.
 singletons  Singletons are for the library: the telephone defines their accessors and never calls them.
@@ -15,7 +15,7 @@ import re
 import sys
 
 ROOT_FOLDER = "telephone"
-FOR_ALL = {"base", "time", "platform", "include"}
+FOR_ALL = {"base", "time", "trace", "platform", "include"}
 
 
 def source_files(root):

@@ -1,4 +1,4 @@
-#include "telephone/protocol/TimeText.h"
+#include "telephone/time/TimeText.h"
 
 #include <gtest/gtest.h>
 
