@@ -32,8 +32,9 @@ TEST(FleetTable, Rows_AreColumnsWithAHeadingAndTheSums)
     unregistered.state["lines"][0]["registration"] = "not registered";
     unregistered.state["calls"] = Json::array();
 
-    EXPECT_THAT(fleetTable({rowInACall(), rowThatHasEnded(), unregistered}, {}),
-                testing::ElementsAre("telephone  line      registration     memory    processor  starts  calls",
+    EXPECT_THAT(
+        fleetTable({rowInACall(), rowThatHasEnded(), unregistered}, {}),
+        testing::ElementsAre("telephone  line      registration     memory    processor  starts  calls",
                              "7          1007      registered       2.7 MB    0.31 s     1       connected 1008",
                              "8                    ended by signal 9 (Killed); it is started again",
                              "9          1007      not registered   2.7 MB    0.31 s     1",
@@ -45,8 +46,7 @@ TEST(FleetTable, TelephoneThatIsSilent_IsSaid)
     FleetRow row = rowInACall();
     row.state = Json();
 
-    EXPECT_EQ(fleetTable({row}, {})[1],
-              "7                    does not answer  2.7 MB    0.31 s     1");
+    EXPECT_EQ(fleetTable({row}, {})[1], "7                    does not answer  2.7 MB    0.31 s     1");
 }
 
 TEST(FleetTable, Json_HasTheLampOfTheLineAndTheCallsThatAreNotOver)
