@@ -38,9 +38,9 @@ Outcome<> checkOptions(CommandLine const& line)
             "the telephones of a fleet are processes of their own, and virtual time moves within one process: "
             "start the fleet with --time real");
     }
-    if (!line.logFile.empty() || !line.socket.empty() || !line.record.empty()) {
+    if (!line.logFile.empty() || !line.socket.empty() || !line.record.empty() || !line.trace.empty()) {
         return refuse(RefusalKind::kBadInput, "each telephone of a fleet has a log and a socket of its own: leave out "
-                                              "--log-file, --socket and --record");
+                                              "--log-file, --socket, --record and --trace");
     }
     return {};
 }
@@ -69,8 +69,9 @@ Outcome<> permitFiles(int telephones)
 class FleetServer
 {
 public:
-    explicit FleetServer(Configuration const& common)
+    FleetServer(Configuration common, bool withoutExchange)
     {
+        common.exchange.enabled = common.exchange.enabled && !withoutExchange;
         loop_.start();
         exchange_ = makeExchange(loop_, common);
         configuration_ = valueOrThrow(withServer(common, exchange_.get()));
@@ -118,8 +119,8 @@ FleetSettings settingsOf(CommandLine const& line, FleetConfiguration const& conf
     return settings;
 }
 
-Outcome<int> runIn(CommandLine const& line, FleetConfiguration const& configuration, std::string const& folder,
-                   StopSignal const& stop)
+Outcome<int> runIn(CommandLine const& line, FleetConfiguration const& configuration, FleetServer const& server,
+                   std::string const& folder, StopSignal const& stop)
 {
     if (folder.size() > kLongestFolder) {
         return refuse(RefusalKind::kBadInput,
@@ -127,11 +128,10 @@ Outcome<int> runIn(CommandLine const& line, FleetConfiguration const& configurat
                                   "--files",
                                   folder, kLongestFolder));
     }
-    FleetServer const server(configuration.common());
     Fleet fleet(settingsOf(line, configuration, server, folder), stop.descriptor());
     auto status = fleet.run();
     std::error_code ignored;
-    if (status && !fleet.hasFailures() && line.test.files.empty()) {
+    if (!fleet.hasFailures() && line.test.files.empty()) {
         fs::remove_all(folder, ignored);
     } else if (line.test.files.empty()) {
         std::cout << "files are kept in " << folder << std::endl;
@@ -143,8 +143,12 @@ Outcome<int> start(CommandLine const& line, FleetConfiguration const& configurat
 {
     return openLog(line.logLevel.value_or(kLogWarning), "")
         .and_then([&] { return permitFiles(line.count); })
-        .and_then([&] { return workingFolder(line.test.files, "fleet"); })
-        .and_then([&](std::string const& folder) { return runIn(line, configuration, folder, stop); });
+        .and_then([&] {
+            FleetServer const server(configuration.common(), line.withoutExchange);
+            return workingFolder(line.test.files, "fleet").and_then([&](std::string const& folder) {
+                return runIn(line, configuration, server, folder, stop);
+            });
+        });
 }
 
 }  // namespace

@@ -208,7 +208,7 @@ TEST_F(FleetTest, WhatDoesNotFit_IsRefusedWithTheReason)
     Ended const logged = fleet({"2", "--log-file", "log"}, "");
     EXPECT_EQ(logged.status, 2);
     EXPECT_EQ(logged.output, "telephone: each telephone of a fleet has a log and a socket of its own: leave out "
-                             "--log-file, --socket and --record\n");
+                             "--log-file, --socket, --record and --trace\n");
 }
 
 TEST_F(FleetTest, PortInUse_IsRefused)
