@@ -220,7 +220,7 @@ bool Console::runLine(std::string const& line)
         return false;
     }
     over_ = result->isOver;
-    conversation_.noteRequest();
+    conversation_.noteActivity();
     return true;
 }
 

@@ -173,7 +173,7 @@ std::vector<std::string> Faults::rows() const
     return rows;
 }
 
-void Faults::noteRequest()
+void Faults::noteActivity()
 {
     std::vector<Id> due;
     {

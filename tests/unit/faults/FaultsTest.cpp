@@ -99,11 +99,11 @@ TEST_F(FaultsTest, FaultAfterRequests_BeginsWhenTheLastOfThemIsDone)
 {
     EXPECT_TRUE(faults_.add("store full after 2 requests"));
 
-    faults_.noteRequest();
+    faults_.noteActivity();
     EXPECT_FALSE(isStoreFull());
-    faults_.noteRequest();
+    faults_.noteActivity();
     EXPECT_TRUE(isStoreFull());
-    faults_.noteRequest();
+    faults_.noteActivity();
     EXPECT_TRUE(isStoreFull());
 }
 
