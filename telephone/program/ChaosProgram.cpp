@@ -64,7 +64,7 @@ public:
             if (failed) {
                 return explain(*failed);
             }
-            std::cout << fmt::format("{} hours of {}\n", std::min(hour + kHoursAtOnce, line_.hours), line_.hours)
+            std::cout << fmt::format("{} of {} hours\n", std::min(hour + kHoursAtOnce, line_.hours), line_.hours)
                       << std::flush;
         }
         return 0;
