@@ -146,6 +146,35 @@ TEST_F(Answers, ToACallThatReplacesOrJoinsOne_DependOnItsState)
     EXPECT_EQ(answerToCall("Replaces: " + dialog + "\r\n"), "SIP/2.0 200 OK");
 }
 
+TEST_F(Answers, ToACallThatJoinsOneOfAPrivateLine_Are603)
+{
+    EnginePhone::Options options = EnginePhone::optionsOf("4711");
+    options.isPrivate = true;
+    start(options);
+    ScriptedEnd& first = ring();
+    ASSERT_TRUE(phone_->engine().answer(1001));
+    std::string const accepted = first.receive("SIP/2.0 200");
+    first.acknowledge(accepted);
+    ASSERT_TRUE(phone_->events().waitFor("state 4711 1001 connected normal far"));
+    std::string const to = headerOf(accepted, "To");
+
+    EXPECT_EQ(answerToCall("Join: " + headerOf(accepted, "Call-ID") + ";to-tag=" + to.substr(to.find("tag=") + 4) +
+                           ";from-tag=far\r\n"),
+              "SIP/2.0 603 Decline");
+}
+
+TEST_F(Answers, ToACallThatIsForwarded_NameTheTargetAndTheReason)
+{
+    start();
+    phone_->rules[sfiForwardUnconditional] = {true, "4733"};
+
+    std::string const response = responseTo("INVITE", "", "4711", ScriptedEnd::description());
+
+    EXPECT_EQ(firstLineOf(response), "SIP/2.0 302 Moved Temporarily");
+    EXPECT_EQ(headerOf(response, "Contact"), "<sip:4733@" + hostPort() + ">");
+    EXPECT_EQ(headerOf(response, "Diversion"), "<sip:4711@" + hostPort() + ">;reason=unconditional");
+}
+
 TEST_F(Answers, ToACallThatAnApplicationRefuses_HaveItsReason)
 {
     struct Case
