@@ -317,4 +317,94 @@ TEST_F(FarEndAnswers, TransferHereWhoseAskerHangsUp_EndsWithTheNewCall)
     EXPECT_TRUE(phone_.engine().calls().empty());
 }
 
+// --- two calls
+
+namespace {
+
+// Call 1 is held for call 2, which is connected to a far end of its own.
+class TwoFarEnds : public FarEndAnswers
+{
+protected:
+    void SetUp() override
+    {
+        FarEndAnswers::SetUp();
+        ASSERT_TRUE(phone_.engine().outgoing().make(1, 0, 2, other_.uri(), CallPurpose::kConsultation));
+        far_.answer(far_.receive("INVITE"), "200 OK", "", ScriptedEnd::description() + "a=recvonly\r\n");
+        second_ = other_.receive("INVITE");
+        other_.accept(second_);
+        ASSERT_TRUE(phone_.events().waitFor("state 4711 2 connected normal far"));
+        phone_.events().rest();
+    }
+
+    ScriptedEnd other_{eventLoop()};
+    std::string second_;
+};
+
+}  // namespace
+
+TEST_F(TwoFarEnds, AttendedTransfer_NamesTheDialogToReplace)
+{
+    ASSERT_TRUE(phone_.engine().joined().attendedTransfer(1));
+
+    std::string const refer = far_.receive("REFER");
+    std::string const target = headerOf(refer, "Refer-To");
+    EXPECT_EQ(target.find("<" + other_.uri() + "?Replaces="), 0U) << target;
+    EXPECT_NE(target.find("to-tag%3Dfar"), std::string::npos) << target;
+    phone_.expect({"state 4711 1 transferring normal far", "state 4711 2 transferring normal far"});
+    far_.answer(refer, "202 Accepted");
+    report(refer, "terminated;reason=noresource", "200 OK");
+    phone_.expect(
+        {"success 4711 1 attended transfer", "state 4711 1 idle transferred far", "state 4711 2 idle transferred far"});
+    EXPECT_NE(far_.receive("BYE"), "");
+    EXPECT_NE(other_.receive("BYE"), "");
+}
+
+TEST_F(TwoFarEnds, AttendedTransferThatFails_LeavesBothCallsAsTheyWere)
+{
+    ASSERT_TRUE(phone_.engine().joined().attendedTransfer(1));
+    std::string const refer = far_.receive("REFER");
+    far_.answer(refer, "202 Accepted");
+    phone_.expect({"state 4711 1 transferring normal far", "state 4711 2 transferring normal far"});
+
+    report(refer, "terminated;reason=noresource", "603 Decline");
+
+    phone_.expect(
+        {"failed 4711 1 attended transfer 1", "state 4711 1 held normal far", "state 4711 2 connected normal far"});
+    ASSERT_TRUE(phone_.engine().joined().attendedTransfer(1));
+}
+
+TEST_F(TwoFarEnds, CallThatEndsDuringItsTransfer_LeavesTheOther)
+{
+    ASSERT_TRUE(phone_.engine().joined().attendedTransfer(1));
+    far_.answer(far_.receive("REFER"), "202 Accepted");
+    phone_.expect({"state 4711 1 transferring normal far", "state 4711 2 transferring normal far"});
+
+    ASSERT_TRUE(phone_.engine().clear(1));
+
+    phone_.expect({"state 4711 1 idle normal far", "state 4711 2 connected normal far"});
+}
+
+TEST_F(TwoFarEnds, RetrieveWhoseOtherCallCannotBeHeld_Fails)
+{
+    ASSERT_TRUE(phone_.engine().retrieve(1));
+    other_.answer(other_.receive("INVITE"), "488 Not Acceptable Here");
+
+    phone_.expect({"failed 4711 2 hold 1", "failed 4711 1 retrieve 3"});
+    EXPECT_EQ(phone_.engine().call(1)->state, sfiCallStateHeld);
+    EXPECT_EQ(phone_.engine().call(2)->state, sfiCallStateConnected);
+}
+
+TEST_F(TwoFarEnds, RetrieveWhoseOtherCallEndsMeanwhile_Succeeds)
+{
+    ASSERT_TRUE(phone_.engine().retrieve(1));
+    ASSERT_NE(other_.receive("INVITE"), "");
+    other_.request("BYE", second_);
+    phone_.expect({"state 4711 2 idle normal far"});
+
+    far_.answer(far_.receive("INVITE"), "200 OK", "", ScriptedEnd::description());
+
+    phone_.expect({"retrieved 4711 1 far"});
+    EXPECT_EQ(state(), sfiCallStateConnected);
+}
+
 }  // namespace telephone::test

@@ -147,6 +147,24 @@ TEST(Console, Settings_AreSetAndRead)
     EXPECT_NE(result.output.find("error: no setting no-such-setting\n"), std::string::npos) << result.output;
 }
 
+TEST(Console, Output_HasTheDatesAddressesAndColoursThatAreAskedFor)
+{
+    auto const with = [](Options const& options) {
+        return console("OutgoingCallMakeRequest Line=4711 CallID=1 Destination=100\nadvance 1\n", options).output;
+    };
+
+    EXPECT_NE(with({"--date"}).find("2000-01-01 00:00:00.000Z     5  4711     1     dialling          100\n"),
+              std::string::npos);
+    EXPECT_NE(with({"--addresses"}).find("00:00:00.000Z     5  4711     1     dialling          sip:100@127.0.0.1:"),
+              std::string::npos);
+    EXPECT_NE(with({"--color", "always"})
+                  .find("\x1b[2m00:00:00.000Z\x1b[0m     5  4711     1     \x1b[1mdialling\x1b[0m          100\n"),
+              std::string::npos);
+    EXPECT_EQ(with({"--color", "never"}).find('\x1b'), std::string::npos);
+    EXPECT_EQ(console("", {"--color", "sometimes"}).status, 2);
+    EXPECT_EQ(console("", {"--raw", "--json"}).status, 2);
+}
+
 TEST(Console, Faults_AreListedAndEnded)
 {
     Ended const result = console("raw on\n"
