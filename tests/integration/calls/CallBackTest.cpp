@@ -14,7 +14,7 @@ protected:
     {
         EnginePhone::Options options = phoneAt(exchange_, {"4711"});
         options.engine.callBacks = 2;
-        options.engine.settlingTime = std::chrono::milliseconds(50);
+        options.engine.settlingTime = std::chrono::milliseconds(200);
         phone_ = std::make_unique<EnginePhone>(options);
         ASSERT_TRUE(eventually([this] { return phone_->engine().registrations().isRegistered(1); }));
         phone_->events().rest();
@@ -86,11 +86,11 @@ TEST_F(CallBack, OnNoReply_IsReadyAfterThePartyHasHadACall)
     phone_->expect({"completion 4711 4722 0 0 1"});
     ASSERT_TRUE(phone_->engine().clear(1));
     phone_->expect({"state 4711 1 idle cancelled 4722"});
-    EXPECT_EQ(phone_->events().next(std::chrono::milliseconds(200)), "nothing came");
+    EXPECT_EQ(phone_->events().next(std::chrono::milliseconds(500)), "nothing came");
 
     ASSERT_TRUE(bob.engine().outgoing().make(1, 0, 1, "100"));
     ASSERT_TRUE(bob.events().waitFor("state 4722 1 connected normal 100"));
-    EXPECT_EQ(phone_->events().next(std::chrono::milliseconds(200)), "nothing came");
+    EXPECT_EQ(phone_->events().next(std::chrono::milliseconds(500)), "nothing came");
     ASSERT_TRUE(bob.engine().clear(1));
 
     phone_->expect({"completion 4711 4722 0 1 1"});
@@ -226,7 +226,7 @@ TEST_F(CallBack, PartyThatIsBusyAgainWithinTheSettlingTime_IsNotReady)
     ASSERT_TRUE(phone_->engine().callBacks().set(1, sfiCallCompletionOnBusy));
     phone_->expect({"completion 4711 111 1 0 1"});
     ASSERT_TRUE(exchange_.define("111", "ring, answer"));
-    EXPECT_EQ(phone_->events().next(40ms), "nothing came");
+    EXPECT_EQ(phone_->events().next(100ms), "nothing came");
     ASSERT_TRUE(exchange_.define("111", "busy"));
 
     EXPECT_EQ(phone_->events().next(10s), "nothing came");
@@ -330,7 +330,7 @@ TEST_F(ScriptedCallBack, IsReadyHalfASecondAfterTheLastDialogEnds)
     EXPECT_EQ(phone_.events().next(5s), "nothing came");
 
     tellDialogs("terminated");
-    EXPECT_EQ(phone_.events().next(490ms), "nothing came");
+    EXPECT_EQ(phone_.events().next(400ms), "nothing came");
 
     phone_.expect({"completion 4711 far 1 1 1"});
 }
