@@ -56,8 +56,7 @@ TEST_F(SettingListenersTest, RemovedListener_HearsNothingAndKeepsNothing)
 {
     auto const kept = std::make_shared<int>(0);
     std::weak_ptr<int> const held = kept;
-    auto listener = [kept](Keys const&) { ++*kept; };
-    auto const id = listeners_.add(By::kKey, "cfu-address", std::move(listener));
+    auto const id = listeners_.add(By::kKey, "cfu-address", [kept](Keys const&) { ++*kept; });
     EXPECT_EQ(held.use_count(), 2);
 
     listeners_.remove(id);
