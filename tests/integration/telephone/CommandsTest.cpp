@@ -60,10 +60,13 @@ TEST_F(Commands, ChaosHourThatFails_IsShortenedAndKept)
         run({TELEPHONE, "--config", config, "chaos", "--hours", "2", "--seed", "41", "--files", file("files")});
 
     std::string const script = file("files") + "/failure-42.script";
+    std::string const why =
+        "ended with status 1; telephone: audio file nowhere.wav: System error : No such file or directory.\n";
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.output, "the hour with seed 42 fails; looking for the lines that matter\n"
-                             "\n"
-                             "broken: " +
+    EXPECT_EQ(result.output, "the hour with seed 42 fails: " + why + "the hour with seed 43 fails: " + why +
+                                 "looking for the lines that matter\n"
+                                 "\n"
+                                 "broken: " +
                                  script +
                                  ", seed 42\n"
                                  "    ended with status 1\n"
