@@ -65,7 +65,7 @@ public:
                     return explain(seed);
                 }
             }
-            std::cout << fmt::format("{} hours of {}\n", std::min(hour + kHoursAtOnce, line_.hours), line_.hours)
+            std::cout << fmt::format("{} of {} hours\n", std::min(hour + kHoursAtOnce, line_.hours), line_.hours)
                       << std::flush;
         }
         return 0;
