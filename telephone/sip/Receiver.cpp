@@ -125,7 +125,7 @@ bool Receiver::onRequestFirst(sip_msg const& message)
     if (!observer_) {
         return false;
     }
-    if (!gate_.hasRoomFor(message)) {
+    if (MessageTap::isBlank(message) || !gate_.hasRoomFor(message)) {
         return true;
     }
     if (refuseMalformed(message)) {
