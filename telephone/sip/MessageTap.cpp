@@ -54,8 +54,8 @@ void MessageTap::onReceived(std::string_view packet)
     }
 }
 
-// The packet is blanked where the stack has parsed it: a response then belongs to no transaction, and the receiver drops
-// a blank request.
+// The packet is blanked where the stack has parsed it: a response then belongs to no transaction, and the receiver
+// drops a blank request.
 bool MessageTap::takeForSilent(std::string_view packet) const
 {
     Ref<mbuf> buffer;
