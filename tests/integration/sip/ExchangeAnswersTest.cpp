@@ -35,11 +35,10 @@ protected:
     std::string ask(std::string const& method, std::string const& user, std::string const& headers = {},
                     std::string const& body = {})
     {
-        far_.ask(method, user, exchange_.hostPort(), headers, body);
-        answer_ = far_.receive("SIP/2.0 ");
-        while (answer_.starts_with("SIP/2.0 100 ")) {
-            answer_ = far_.receive("SIP/2.0 ", 60s);
-        }
+        std::string const callId = headerOf(far_.ask(method, user, exchange_.hostPort(), headers, body), "Call-ID");
+        do {
+            answer_ = far_.receive("SIP/2.0 ");
+        } while (answer_.starts_with("SIP/2.0 100 ") || (!answer_.empty() && headerOf(answer_, "Call-ID") != callId));
         return firstLineOf(answer_);
     }
     std::string call(std::string const& number, std::string const& headers = {})
