@@ -365,8 +365,8 @@ TEST_F(ExchangeAnswers, Digits_TakeAQuarterOfASecondEach)
     EXPECT_TRUE(second.ends_with("\r\n\r\nSignal=2\r\nDuration=100\r\n")) << second;
     far_.answer(second, "200 OK");
 
-    EXPECT_TRUE(far_.hearsNothingOf("BYE ", 450ms));
-    EXPECT_NE("", far_.receive("BYE ", 100ms));
+    EXPECT_TRUE(far_.hearsNothingOf("BYE ", 350ms));
+    EXPECT_NE("", far_.receive("BYE ", 200ms));
 }
 
 TEST_F(ExchangeAnswers, PickupOfTheGroup_LooksInItAlone)
