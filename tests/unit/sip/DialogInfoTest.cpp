@@ -134,6 +134,19 @@ TEST(DialogInfoTest, PrivacyAlone_HasItsNamespaceToo)
               info.format());
 }
 
+TEST(DialogInfoTest, FirstAppearanceAlone_HasItsNamespaceToo)
+{
+    DialogInfo info;
+    DialogEntry entry;
+    entry.appearance = 1;
+    info.dialogs.push_back(entry);
+
+    std::string const document = info.format();
+
+    EXPECT_NE(document.find(" xmlns:sa=\"urn:ietf:params:xml:ns:sa-dialog-info\""), std::string::npos) << document;
+    EXPECT_NE(document.find("<sa:appearance>1</sa:appearance>"), std::string::npos) << document;
+}
+
 TEST(DialogInfoTest, MalformedDocument_IsRefused)
 {
     EXPECT_FALSE(DialogInfo::parse(""));
