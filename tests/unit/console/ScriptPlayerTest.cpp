@@ -248,7 +248,8 @@ TEST_F(ScriptPlayerTest, Steps_WaitTenSecondsUnlessTheySayOtherwise)
 
 TEST_F(ScriptPlayerTest, Requests_WaitForATenthOfASecondOfRestButNoLongerThanASecond)
 {
-    EXPECT_NEAR(resultOf("HoldCall Line=4711 CallID=1\nHoldCall Line=4711 CallID=1\nsay done\n").seconds, 0.3, 0.001);
+    // Before the second request and the command; the first finds the telephone at rest.
+    EXPECT_NEAR(resultOf("HoldCall Line=4711 CallID=1\nHoldCall Line=4711 CallID=1\nsay done\n").seconds, 0.2, 0.001);
     telephone_.invoker.answer = [this](std::string const&) {
         for (int i = 0; i < 40; ++i) {
             telephone_.dispatcher.post([](CommunicationsServiceEventIfc& events) {
@@ -265,10 +266,11 @@ TEST_F(ScriptPlayerTest, Requests_WaitForATenthOfASecondOfRestButNoLongerThanASe
 TEST_F(ScriptPlayerTest, LampThatChangesInTime_Holds)
 {
     telephone_.dispatcher.post([this](CommunicationsServiceEventIfc&) {
-        sleepFor(300ms);
+        sleepFor(400ms);
         telephone_.controls.lampOfKey1 = "flashing";
     });
 
+    // A script begins after a tenth of a second of rest.
     EXPECT_NEAR(resultOf("expect lamp 1 flashing\n").seconds, 0.3, 0.011);
     EXPECT_EQ(telephone_.failures, "");
 }
