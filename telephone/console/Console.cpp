@@ -68,7 +68,7 @@ bool Console::runLine(std::string const& line)
     auto const result = conversation_.run(line);
     if (result) {
         over_ = result->isOver;
-        conversation_.noteRequest();
+        conversation_.noteActivity();
     } else {
         conversation_.transcript().error(result.error().reason);
     }
