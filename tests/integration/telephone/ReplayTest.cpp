@@ -103,14 +103,14 @@ protected:
     TemporaryFolder const folder_;
 };
 
-constexpr char const* kHold = "OutgoingCallMakeRequest Line=4711 CallID=1 Destination=100\n"
-                              "wait CallStateChangeEvent CallID=1 CallState=connected\n"
-                              "HoldCall Line=4711 CallID=1\n"
-                              "wait CallHeldEvent CallID=1\n"
-                              "RetrieveCall Line=4711 CallID=1\n"
-                              "wait CallRetrievedEvent CallID=1\n"
-                              "CallClearRequest Line=4711 CallID=1\n"
-                              "wait CallStateChangeEvent CallID=1 CallState=idle\n";
+constexpr char const* kRecordedHold = "OutgoingCallMakeRequest Line=4711 CallID=1 Destination=100\n"
+                                      "wait CallStateChangeEvent CallID=1 CallState=connected\n"
+                                      "HoldCall Line=4711 CallID=1\n"
+                                      "wait CallHeldEvent CallID=1\n"
+                                      "RetrieveCall Line=4711 CallID=1\n"
+                                      "wait CallRetrievedEvent CallID=1\n"
+                                      "CallClearRequest Line=4711 CallID=1\n"
+                                      "wait CallStateChangeEvent CallID=1 CallState=idle\n";
 
 }  // namespace
 
@@ -153,7 +153,7 @@ TEST_F(Replay, KeysAndIncomingCalls_AreRepeated)
 
 TEST_F(Replay, ChangedMissingAndExtraEvents_AreReportedWithTheirLines)
 {
-    ASSERT_NO_FATAL_FAILURE(record(kHold));
+    ASSERT_NO_FATAL_FAILURE(record(kRecordedHold));
     auto lines = rowsIn(contentOf(file("a.recording")));
     std::size_t const connected = lineHaving(lines, {"CallStateChangeEvent", R"("name":"connected")"});
     lines[connected - 1] = withChange(lines[connected - 1], "<Name></Name>", "<Name>Ann</Name>");
