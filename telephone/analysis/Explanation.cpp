@@ -10,6 +10,7 @@
 #include "telephone/analysis/TracedCalls.h"
 #include "telephone/display/ReadableLines.h"
 #include "telephone/display/SafeText.h"
+#include "telephone/protocol/MessageText.h"
 
 namespace telephone {
 
@@ -112,12 +113,34 @@ private:
     bool isOpen_ = false;  // the last sentence can take a "because"
 };
 
-// The step and its causes.
+// The change of a call that an event or a lamp tells of: it has the same cause and came before. Null: none.
+TracedStep const* changeBefore(TraceContents const& contents, TracedStep const& step)
+{
+    auto const event = readEvent(step.text("text"));
+    std::string_view const call = event ? event->call() : std::string_view();
+    for (auto each = contents.steps.lower_bound(step.number); each != contents.steps.begin();) {
+        --each;
+        TracedStep const& other = each->second;
+        if (other.number <= step.because) {
+            break;
+        }
+        bool const isChange = other.kind == StepKind::kEngine && other.text("before") != other.text("state");
+        if (isChange && other.because == step.because && (!event || other.text("call") == call)) {
+            return &other;
+        }
+    }
+    return nullptr;
+}
+
+// The step and its causes, with the change of a call between them.
 std::vector<TracedStep const*> chainOf(TraceContents const& contents, TracedStep const& step)
 {
-    std::vector<TracedStep const*> chain;
-    for (TracedStep const* each = &step; each != nullptr; each = contents.causeOf(*each)) {
-        chain.push_back(each);
+    std::vector<TracedStep const*> chain{&step};
+    TracedStep const* const change = changeBefore(contents, step);
+    TracedStep const* next = change != nullptr ? change : contents.causeOf(step);
+    while (next != nullptr) {
+        chain.push_back(next);
+        next = contents.causeOf(*next);
     }
     return chain;
 }
@@ -127,7 +150,8 @@ std::string_view endingFor(TracedStep const& first)
     if (first.because != 0) {
         return "What led to this happened before the trace began";
     }
-    bool const isBeginning = std::find(std::begin(kBeginnings), std::end(kBeginnings), roleOf(first)) != std::end(kBeginnings);
+    bool const isBeginning =
+        std::find(std::begin(kBeginnings), std::end(kBeginnings), roleOf(first)) != std::end(kBeginnings);
     return isBeginning ? "" : "The trace does not say what led to this";
 }
 
@@ -184,8 +208,8 @@ Outcome<Sentences> explainEvent(TraceContents const& contents, std::uint64_t num
         return step.kind == StepKind::kEvent && step.text("number") == std::to_string(number);
     });
     return event != nullptr ? Outcome<Sentences>(explain(contents, *event, options))
-                            : refuse(RefusalKind::kNotFound, fmt::format("{} has no event {}; {}", contents.name, number,
-                                                                         eventsThatAre(contents)));
+                            : refuse(RefusalKind::kNotFound, fmt::format("{} has no event {}; {}", contents.name,
+                                                                         number, eventsThatAre(contents)));
 }
 
 Outcome<Sentences> explainLamp(TraceContents const& contents, std::string_view lamp, DisplayOptions const& options)
@@ -194,8 +218,8 @@ Outcome<Sentences> explainLamp(TraceContents const& contents, std::string_view l
         return step.kind == StepKind::kLamp && (step.text("lamp") == lamp || step.text("label") == lamp);
     });
     return change != nullptr ? Outcome<Sentences>(explain(contents, *change, options))
-                             : refuse(RefusalKind::kNotFound, fmt::format("{} has no change of a lamp {}", contents.name,
-                                                                          safeText(lamp)));
+                             : refuse(RefusalKind::kNotFound,
+                                      fmt::format("{} has no change of a lamp {}", contents.name, safeText(lamp)));
 }
 
 }  // namespace telephone

@@ -6,8 +6,8 @@ namespace telephone {
 
 void FarEndColumns::note(std::string const& name, std::uint64_t moment)
 {
-    auto const found = std::find_if(presences_.begin(), presences_.end(),
-                                    [&name](Presence const& each) { return each.name == name; });
+    auto const found =
+        std::find_if(presences_.begin(), presences_.end(), [&name](Presence const& each) { return each.name == name; });
     if (found == presences_.end()) {
         presences_.push_back({name, moment, moment});
     } else {

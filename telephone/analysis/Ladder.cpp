@@ -43,10 +43,9 @@ struct ActivityRow
 };
 
 constexpr ActivityRow kActivities[] = {
-    {"sfiCallStateRemoteRinging", Activity::kRings}, {"sfiCallStateRinging", Activity::kRings},
-    {"sfiCallStateConnected", Activity::kTalks},     {"sfiCallStateConference", Activity::kTalks},
-    {"sfiCallStateHeld", Activity::kOnHold},         {"sfiCallStateRemotelyHeld", Activity::kOnHold},
-    {"sfiCallStateHeldByBoth", Activity::kOnHold},
+    {"remote ringing", Activity::kRings}, {"ringing", Activity::kRings}, {"connected", Activity::kTalks},
+    {"conference", Activity::kTalks},     {"held", Activity::kOnHold},   {"remotely held", Activity::kOnHold},
+    {"held by both", Activity::kOnHold},
 };
 
 Activity activityIn(std::string_view state)
@@ -60,19 +59,13 @@ Activity activityIn(std::string_view state)
 constexpr std::string_view kActivityForms[] = {"", "it rings for {:.1f} s", "on hold for {:.1f} s",
                                                "they talk for {:.1f} s"};
 
-// Arguments of platform calls that a ladder shows; all others are flags.
-constexpr std::string_view kShownArguments[] = {"destination", "feature", "digits", "reason", "cause", "type"};
-
 std::string platformLabel(TracedStep const& step, DisplayOptions const& options)
 {
     std::string_view name = step.text("name");
     name.remove_prefix(std::min(name.size(), name.rfind(':') + 1));
     std::string label = safeWord(name);
-    for (std::string_view const argument : kShownArguments) {
-        std::string const value = argumentOf(step, argument);
-        std::string const words =
-            value.starts_with("sip:") ? addressText(value, options) : enumeratorInWords(value);
-        label += words.empty() || words == "none" || words == "null" ? "" : " " + words;
+    for (ArgumentWords const& each : argumentWords(step, options)) {
+        label += each.isTelling ? " " + each.value : "";
     }
     return label;
 }
@@ -171,7 +164,8 @@ private:
         case StepKind::kKey:
             return addKey(step);
         case StepKind::kTimer:
-            return add(step, LadderRowKind::kNote, kEngineColumn, kEngineColumn, "timer: " + safeText(step.text("name")));
+            return add(step, LadderRowKind::kNote, kEngineColumn, kEngineColumn,
+                       "timer: " + safeText(step.text("name")));
         case StepKind::kFault:
             return add(step, LadderRowKind::kNote, kEngineColumn, kEngineColumn,
                        "fault: " + safeText(step.text("fault") + " " + step.text("state")));
@@ -242,8 +236,8 @@ private:
         EventWords const words = eventWords(*event, options_);
         std::string const call = ladder_.hasSeveralCalls ? ", call " + words.call : "";
         add(step, LadderRowKind::kEvent, kServiceColumn, kApplicationColumn,
-            fmt::format("event {}: {}{}", step.text("number"), eventLabel(event->description->method, words.words),
-                        call));
+            fmt::format("event {}{}: {}", step.text("number"), call,
+                        eventLabel(event->description->method, words.words)));
     }
 
     void addPlatformCall(TracedStep const& step)
@@ -268,13 +262,15 @@ private:
     {
         std::string const name = nameOf(step.text("dialog"));
         std::string label = sipLabel(step);
-        auto const identity = std::tuple(step.text("direction"), step.text("transaction"), step.text("method"),
-                                         step.text("status"));
+        auto const identity =
+            std::tuple(step.text("direction"), step.text("transaction"), step.text("method"), step.text("status"));
         label += seen_.insert(identity).second || step.text("transaction").empty() ? "" : " again";
-        label += farEnds_.shares(name) ? ", " + name : "";
+        bool const isFirst = named_.insert(step.text("dialog")).second;
+        label += isFirst && farEnds_.shares(name) ? ", " + name : "";
         std::size_t const farEnd = columnOf(step.text("dialog"));
         bool const isOurs = isSent(step);
         add(step, LadderRowKind::kSip, isOurs ? kEngineColumn : farEnd, isOurs ? farEnd : kEngineColumn, label);
+        sipRows_[step.number] = ladder_.rows.size() - 1;
     }
 
     // The state of a call changes what its far end does from now on.
@@ -284,7 +280,15 @@ private:
         auto& [column, activity] = calling_[call];
         column = step.has("dialog") ? columnOf(step.text("dialog")) : std::max<std::size_t>(column, kFirstFarEnd);
         activity = activityIn(step.text("state"));
-        updateBars();
+        updateBars(rowOfMessage(step));
+    }
+
+    // The row of the SIP message that changed the call, or else the last one.
+    [[nodiscard]] std::size_t rowOfMessage(TracedStep const& step) const
+    {
+        TracedStep const* const cause = contents_.causeOf(step);
+        auto const found = cause != nullptr ? sipRows_.find(cause->number) : sipRows_.end();
+        return found != sipRows_.end() ? found->second : ladder_.rows.empty() ? 0 : ladder_.rows.size() - 1;
     }
 
     // By column: several calls may have the same.
@@ -298,12 +302,8 @@ private:
         return result;
     }
 
-    void updateBars()
+    void updateBars(std::size_t row)
     {
-        if (ladder_.rows.empty()) {
-            return;
-        }
-        std::size_t const row = ladder_.rows.size() - 1;
         for (auto const& [column, activity] : activities()) {
             bool const goesOn = activity == Activity::kTalks || activity == Activity::kOnHold;
             bool const isOnHold = activity == Activity::kOnHold;
@@ -341,8 +341,10 @@ private:
     FarEndColumns farEnds_;
     std::map<std::string, std::string> names_;  // of far ends, by dialog
     std::set<std::string> applications_;
+    std::set<std::string> named_;  // dialogs whose far end a row has named
     std::map<TracedCall const*, std::pair<std::size_t, Activity>> calling_;
-    std::map<std::size_t, LadderBar> openBars_;  // by column
+    std::map<std::size_t, LadderBar> openBars_;                                      // by column
+    std::map<std::uint64_t, std::size_t> sipRows_;                                   // by the number of the step
     std::set<std::tuple<std::string, std::string, std::string, std::string>> seen_;  // SIP messages
     std::optional<TracedStep::Time> first_;
     TracedStep::Time last_;

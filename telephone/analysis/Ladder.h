@@ -52,9 +52,9 @@ struct LadderPause
 struct LadderRow
 {
     LadderRowKind kind = LadderRowKind::kNote;
-    std::size_t from = 0;  // column
-    std::size_t to = 0;    // column
-    std::string text;      // safe
+    std::size_t from = 0;               // column
+    std::size_t to = 0;                 // column
+    std::string text;                   // safe
     std::chrono::milliseconds time{0};  // since the first row
     std::vector<LadderPause> pauses = {};
 };
@@ -77,8 +77,8 @@ struct Ladder
     std::vector<LadderBar> bars;
 };
 
-// The call with that id; without an id all calls of the trace. If there are more far ends than `mostFarEnds`, some share
-// a column, preferably those that are never there at the same time. Refused if the trace has no such call.
+// The call with that id; without an id all calls of the trace. If there are more far ends than `mostFarEnds`, some
+// share a column, preferably those that are never there at the same time. Refused if the trace has no such call.
 [[nodiscard]] Outcome<Ladder> ladderOf(TraceContents const& contents, std::optional<std::string_view> call,
                                        std::size_t mostFarEnds, DisplayOptions const& options);
 

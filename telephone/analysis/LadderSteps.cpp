@@ -17,13 +17,28 @@ namespace telephone {
 namespace {
 
 // Platform calls that do something to a call.
+// clang-format off
 constexpr std::string_view kActing[] = {
-    "CSfi::CallMake",       "CSfi::GroupPickup",      "CSfi::CallClear",
-    "CSfi::CallRetrieve",   "CSfi::CallAccept",       "CSfi::CallAnswer",
-    "CSfi::CallRefuse",     "CSfi::CallFeature",      "CSfi::GenerateDigits",
-    "CSfi::CancelCallbacks", "CSfi::ActivateCallbackRinging", "CSfi::ActivateCallbackBusy",
+    "CSfi::CallMake",
+    "CSfi::GroupPickup",
+    "CSfi::CallClear",
+    "CSfi::CallRetrieve",
+    "CSfi::CallAccept",
+    "CSfi::CallAnswer",
+    "CSfi::CallRefuse",
+    "CSfi::CallFeature",
+    "CSfi::GenerateDigits",
+    "CSfi::ActivateCallbackRinging",
+    "CSfi::ActivateCallbackBusy",
+    "CSfi::CancelCallbacks",
     "CSfi::SecurityChangeReinvite",
+    "DirectedPickupHandler::directedPickupRequest",
+    "TeamServiceFeatures::BLFPickupRequest",
+    "TeamServiceKeyset::answerCall",
+    "TeamServiceKeyset::makeCall",
+    "TeamServiceKeyset::retrieveCall",
 };
+// clang-format on
 
 bool isActing(TracedStep const& step)
 {
@@ -95,7 +110,7 @@ bool LadderSteps::isAboutChosen(TracedStep const& step) const
         return event && isAboutChosen(event->call(), step);
     }
     case StepKind::kPlatform:
-        return isActing(step) && isAboutChosen(argumentOf(step, "call"), step);
+        return isActing(step) && isAboutChosen(callOfPlatform(step), step);
     case StepKind::kEngine:
         return isAboutChosen(step.text("call"), step);
     case StepKind::kSip:

@@ -14,6 +14,7 @@ namespace {
 constexpr int kFirstColumn = 150;
 constexpr std::array kGaps{250, 200, 250};
 constexpr int kFurtherGap = 200;
+constexpr int kForCallIds = 80;
 constexpr int kBeyondLast = 90;
 constexpr int kTimeRight = 92;
 constexpr int kHeading = 26;
@@ -107,6 +108,7 @@ public:
         for (std::size_t column = 0; column < ladder.columns.size(); ++column) {
             columns_.push_back(place);
             place += column < kGaps.size() ? kGaps.at(column) : kFurtherGap;
+            place += column == kApplicationColumn && ladder.hasSeveralCalls ? kForCallIds : 0;
         }
         int y = kFirstRow - kRowHeight;
         for (LadderRow const& row : ladder.rows) {
@@ -222,10 +224,11 @@ private:
         int const gap = columns_[outer] - columns_[outer - 1];
         std::string const text = shortened(row.text, gap - 2 * kHead);
         std::string const whole = text == row.text ? "" : fmt::format("<title>{}</title>", xmlText(row.text));
-        svg_ += fmt::format("<g class=\"{0}\">{1}{2}<path class=\"arrow\" d=\"M{3} {4}H{5}\"/>"
-                            "<path class=\"head\" d=\"M{6} {4}l{7} -4v8z\"/><text x=\"{8}\" y=\"{9}\">{10}</text></g>\n",
-                            classOf(row.kind), whole, timeText(row, y), from, y, to + back, to, back,
-                            columns_[outer] - gap / 2, y - 5, xmlText(text));
+        svg_ +=
+            fmt::format("<g class=\"{0}\">{1}{2}<path class=\"arrow\" d=\"M{3} {4}H{5}\"/>"
+                        "<path class=\"head\" d=\"M{6} {4}l{7} -4v8z\"/><text x=\"{8}\" y=\"{9}\">{10}</text></g>\n",
+                        classOf(row.kind), whole, timeText(row, y), from, y, to + back, to, back,
+                        columns_[outer] - gap / 2, y - 5, xmlText(text));
     }
 
     // Empty where the time has not changed.

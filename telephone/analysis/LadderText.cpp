@@ -61,11 +61,11 @@ private:
     // The gaps between the columns, narrower if the terminal is.
     void measure()
     {
-        constexpr std::size_t kGaps[] = {34, 23, 29};
-        constexpr std::size_t kFurtherGap = 23;
+        constexpr std::size_t kTextGaps[] = {34, 23, 29};
+        constexpr std::size_t kFurtherTextGap = 23;
         constexpr std::size_t kForCallIds = 4;
         for (std::size_t index = 0; index + 1 < ladder_.columns.size(); ++index) {
-            gaps_.push_back(index < std::size(kGaps) ? kGaps[index] : kFurtherGap);
+            gaps_.push_back(index < std::size(kTextGaps) ? kTextGaps[index] : kFurtherTextGap);
         }
         gaps_.front() += ladder_.hasSeveralCalls ? kForCallIds : 0;
         std::size_t const bars = kTimeWidth + ladder_.columns.size();
@@ -81,8 +81,7 @@ private:
 
     [[nodiscard]] std::size_t placeOf(std::size_t column) const
     {
-        return std::accumulate(gaps_.begin(), gaps_.begin() + static_cast<std::ptrdiff_t>(column),
-                               kTimeWidth + column);
+        return std::accumulate(gaps_.begin(), gaps_.begin() + static_cast<std::ptrdiff_t>(column), kTimeWidth + column);
     }
 
     // Each name in the middle above its bar.
@@ -121,7 +120,9 @@ private:
 
     std::string shownTime(LadderRow const& row)
     {
-        std::string text = fmt::format("{:7.3f}", std::chrono::duration<double>(row.time).count());
+        constexpr auto kLongest = std::chrono::seconds(10'000);  // that has room with milliseconds
+        double const seconds = std::chrono::duration<double>(row.time).count();
+        std::string text = row.time < kLongest ? fmt::format("{:7.3f}", seconds) : fmt::format("{:7.0f}", seconds);
         std::string const shown = text == timeAbove_ ? "" : text;
         timeAbove_ = std::move(text);
         return shown;

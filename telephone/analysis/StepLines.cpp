@@ -20,14 +20,6 @@ namespace telephone {
 
 namespace {
 
-// Arguments that say nothing.
-constexpr std::string_view kEmptyArguments[] = {"", "0", "false", "null", "none"};
-
-bool saysNothing(std::string_view argument)
-{
-    return std::find(std::begin(kEmptyArguments), std::end(kEmptyArguments), argument) != std::end(kEmptyArguments);
-}
-
 std::chrono::microseconds durationOf(TracedStep const& step)
 {
     return std::chrono::microseconds(std::max(0LL, step.wholeNumber("microseconds").value_or(0)));
@@ -79,8 +71,9 @@ StyledText StepLines::line(TracedStep const& step) const
     case StepKind::kRequest:
         return request(step);
     case StepKind::kCommand:
-        return StyledText().add(safeText(step.text("text")), Style::kBlue).add(", " + safeText(step.text("application")),
-                                                                                Style::kDim);
+        return StyledText()
+            .add(safeText(step.text("text")), Style::kBlue)
+            .add(", " + safeText(step.text("application")), Style::kDim);
     case StepKind::kAnswer:
         return answer(step);
     case StepKind::kReason:
@@ -118,15 +111,15 @@ StyledText StepLines::request(TracedStep const& step) const
     for (RequestValue const& each : words.values) {
         line.add("  " + each.tag + "=", Style::kDim).add(each.text);
     }
-    return line.add(words.body.empty() ? "" : "  " + words.body).add(", " + safeText(step.text("application")), Style::kDim);
+    return line.add(words.body.empty() ? "" : "  " + words.body)
+        .add(", " + safeText(step.text("application")), Style::kDim);
 }
 
 StyledText StepLines::answer(TracedStep const& step) const
 {
     TracedStep const* const cause = contents_.causeOf(step);
     bool const isToRequest = cause != nullptr && cause->kind == StepKind::kRequest;
-    RequestDescription const* const description =
-        isToRequest ? requestWords(cause->text("text")).description : nullptr;
+    RequestDescription const* const description = isToRequest ? requestWords(cause->text("text")).description : nullptr;
     auto const text = step.has("text") ? std::optional<std::string_view>(step.text("text")) : std::nullopt;
     AnswerWords const words = answerWords(description, text, options_);
     StyledText line;
@@ -156,10 +149,10 @@ StyledText StepLines::platformCall(TracedStep const& step) const
 {
     StyledText line;
     line.add(safeWord(step.text("name")), Style::kBold);
-    for (auto const& [name, value] : step.arguments) {
-        if (!saysNothing(value)) {
-            line.add("  " + safeWord(name) + "=", Style::kDim).add(enumeratorInWords(value));
-        }
+    std::string const place = placeText(lineOfPlatform(step), callOfPlatform(step));
+    line.add(place.empty() ? "" : "  " + place);
+    for (ArgumentWords const& each : argumentWords(step, options_)) {
+        line.add("  " + each.name + "=", Style::kDim).add(each.value);
     }
     if (step.has("result")) {
         bool const isFailure = reportsFailure(step.text("result"));
@@ -175,10 +168,12 @@ StyledText StepLines::engineStep(TracedStep const& step) const
 {
     StyledText line;
     line.add(placeText(step.text("line"), step.text("call")) + ": ");
-    if (step.has("before")) {
-        line.add(enumeratorInWords(step.text("before")) + (options_.ascii ? " > " : " → "));
+    if (step.text("before") == step.text("state")) {
+        line.add("still ");
+    } else if (step.has("before")) {
+        line.add(safeText(step.text("before")) + (options_.ascii ? " > " : " → "));
     }
-    line.add(enumeratorInWords(step.text("state")), Style::kBold);
+    line.add(safeText(step.text("state")), Style::kBold);
     std::string const party = addressText(step.text("party"), options_);
     return line.add(party.empty() ? "" : "  " + party);
 }
@@ -204,10 +199,9 @@ StyledText StepLines::sipMessage(TracedStep const& step) const
     std::string const farEnd = farEndOf(step, calls_, options_);
     std::string const peer = safeWord(step.text("peer"));
     StyledText line;
-    line.add(sipLabel(step), Style::kBold).add(isSent(step) ? "  to " : "  from ").add(farEnd);
-    if (isSipAnswer(step)) {
-        line.add(", to the " + safeWord(step.text("method")));
-    }
+    line.add(sipLabel(step), Style::kBold);
+    line.add(isSipAnswer(step) ? " for " + safeWord(step.text("method")) : "");
+    line.add(isSent(step) ? "  to " : "  from ").add(farEnd);
     bool const isShown = !peer.empty() && peer != farEnd;
     return line.add(isShown ? fmt::format("  {} {}", peer, safeWord(step.text("transport"))) : "", Style::kDim);
 }

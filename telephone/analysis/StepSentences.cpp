@@ -132,8 +132,8 @@ std::string actionWords(std::string_view action)
 
 StateRow const& stateRowOf(TracedStep const& step)
 {
-    std::string const state = enumeratorInWords(step.text("state"));
-    std::string const before = enumeratorInWords(step.text("before"));
+    std::string const state = safeText(step.text("state"));
+    std::string const before = safeText(step.text("before"));
     return *std::find_if(std::begin(kStates), std::end(kStates) - 1, [&](StateRow const& each) {
         return each.state == state && (each.before.empty() || each.before == before);
     });
@@ -153,14 +153,13 @@ std::string capitalised(std::string text)
     return text;
 }
 
-// " with feature hold", " with destination 100 and mode 1": what is neither the call nor empty.
-std::string argumentText(TracedStep const& step)
+// " with destination 100", " with feature deflect, destination 103".
+std::string argumentText(TracedStep const& step, DisplayOptions const& options)
 {
     std::string text;
-    for (auto const& [name, value] : step.arguments) {
-        bool const isShown = name != "call" && !value.empty() && value != "0" && value != "false" && value != "null";
-        if (isShown) {
-            text += (text.empty() ? " with " : ", ") + safeWord(name) + " " + enumeratorInWords(value);
+    for (ArgumentWords const& each : argumentWords(step, options)) {
+        if (each.isTelling) {
+            text += (text.empty() ? " with " : ", ") + each.name + " " + each.value;
         }
     }
     return text;
@@ -223,8 +222,8 @@ std::string StepSentences::recalled(TracedStep const& step) const
 
 std::string StepSentences::purpose(TracedStep const& step) const
 {
-    return filled(step.kind == StepKind::kRequest ? "the request {request} of {application} at {time}"
-                                                  : "the command {text} of {application} at {time}",
+    return filled(step.kind == StepKind::kRequest ? "the request {request}, sent by {application} at {time}"
+                                                  : "the command {text}, given by {application} at {time}",
                   step);
 }
 
@@ -248,8 +247,9 @@ std::string StepSentences::eventStatement(TracedStep const& step) const
         return fmt::format("Event {} says that {} {}", number, callText(words.call, step), found->predicate);
     }
     std::string const details = words.words.detailText();
-    std::string const about =
-        !words.call.empty() ? callText(words.call, step) : words.line.empty() ? "" : "line " + words.line;
+    std::string const about = !words.call.empty()  ? callText(words.call, step)
+                              : words.line.empty() ? ""
+                                                   : "line " + words.line;
     return fmt::format("Event {} says{}: {}{}", number, about.empty() ? "" : " about " + about, words.words.what,
                        details.empty() ? "" : ", " + details);
 }
@@ -281,10 +281,10 @@ std::string StepSentences::value(std::string_view name, TracedStep const& step) 
     static constexpr ValueRow kValues[] = {
         {"request",        [](StepSentences const&, TracedStep const& each) { return requestInWords(each.text("text")); }},
         {"time",           [](StepSentences const& self, TracedStep const& each) { return clockText(each.time, self.options_); }},
-        {"with arguments", [](StepSentences const&, TracedStep const& each) { return argumentText(each); }},
+        {"with arguments", [](StepSentences const& self, TracedStep const& each) { return argumentText(each, self.options_); }},
         {"call",           [](StepSentences const& self, TracedStep const& each) { return self.callText(each.text("call"), each); }},
         {"Call",           [](StepSentences const& self, TracedStep const& each) { return capitalised(self.callText(each.text("call"), each)); }},
-        {"state",          [](StepSentences const&, TracedStep const& each) { return enumeratorInWords(each.text("state")); }},
+        {"state",          [](StepSentences const&, TracedStep const& each) { return safeText(each.text("state")); }},
         {"key",            [](StepSentences const&, TracedStep const& each) { return keyNameOf(each); }},
         {"Key",            [](StepSentences const&, TracedStep const& each) { return capitalised(keyNameOf(each)); }},
         {"lifted",         [](StepSentences const&, TracedStep const& each) { return actionWords(each.text("hook")); }},

@@ -51,7 +51,7 @@ public:
     [[nodiscard]] std::string told(TracedStep const& step) const;
     // The beginning of a sentence that goes back to the step: "The telephone had sent this INVITE".
     [[nodiscard]] std::string recalled(TracedStep const& step) const;
-    // The request or command as the purpose of something: "the request HoldCall 4711 call 3 of console at ...".
+    // The request or command as the purpose of something: "the request HoldCall 4711 call 3, sent by console at ...".
     [[nodiscard]] std::string purpose(TracedStep const& step) const;
     // What an event or a lamp says, as a whole sentence.
     [[nodiscard]] std::string statement(TracedStep const& step) const;

@@ -39,7 +39,7 @@ StepSubject StepSubjects::ownSubject(TracedStep const& step) const
     case StepKind::kEngine:
         return {step.text("line"), step.text("call")};
     case StepKind::kPlatform:
-        return {argumentOf(step, "line"), argumentOf(step, "call")};
+        return {lineOfPlatform(step), callOfPlatform(step)};
     case StepKind::kSip: {
         TracedCall const* const call = calls_.withDialog(step.text("dialog"));
         return call != nullptr ? StepSubject{call->line, call->id} : StepSubject();

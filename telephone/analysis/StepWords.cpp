@@ -16,7 +16,7 @@ namespace telephone {
 
 namespace {
 
-constexpr std::string_view kEnumeratorPrefixes[] = {"sfi", "CSTA", ""};
+constexpr std::string_view kEnumeratorPrefixes[] = {"sfi", "CSTA"};
 
 // The enumerator without "sfi" and the name of its enumeration; nothing if it is not of this enumeration.
 std::optional<std::string_view> enumeratorOf(Enumeration const& enumeration, std::string_view text)
@@ -28,6 +28,32 @@ std::optional<std::string_view> enumeratorOf(Enumeration const& enumeration, std
         }
     }
     return std::nullopt;
+}
+
+// Arguments that say which call or line it is, and those whose numbers have no names.
+constexpr std::string_view kPlaceArguments[] = {"call", "callID", "lineURI"};
+constexpr std::string_view kModeArguments[] = {"mode", "option"};
+// No value.
+constexpr std::string_view kSilentValues[] = {"", "0", "-1", "null", "false"};
+
+template <typename Names>
+bool isOneOf(Names const& names, std::string_view name)
+{
+    return std::find(std::begin(names), std::end(names), name) != std::end(names);
+}
+
+// As it stands; empty: it has none of that name.
+std::string argumentOf(TracedStep const& step, std::string_view name)
+{
+    auto const found = std::find_if(step.arguments.begin(), step.arguments.end(),
+                                    [name](auto const& argument) { return argument.first == name; });
+    return found != step.arguments.end() ? found->second : std::string();
+}
+
+// What CSfi::CallFeature does when its feature names nothing: the destination decides.
+std::string_view unnamedFeature(TracedStep const& step)
+{
+    return argumentOf(step, "destination").empty() ? "hold" : "conference";
 }
 
 struct ActionWords
@@ -62,15 +88,41 @@ std::string withLabel(std::string text, std::string const& label)
 
 }  // namespace
 
-std::string argumentOf(TracedStep const& step, std::string_view name)
+std::vector<ArgumentWords> argumentWords(TracedStep const& step, DisplayOptions const& options)
 {
-    auto const found = std::find_if(step.arguments.begin(), step.arguments.end(),
-                                    [name](auto const& argument) { return argument.first == name; });
-    return found != step.arguments.end() ? found->second : std::string();
+    std::vector<ArgumentWords> words;
+    for (auto const& [name, value] : step.arguments) {
+        if (step.text("name") == "CSfi::CallFeature" && name == "feature" && wholeNumber(value)) {
+            words.push_back({name, std::string(unnamedFeature(step)), true});
+            continue;
+        }
+        if (isOneOf(kPlaceArguments, name) || isOneOf(kSilentValues, value)) {
+            continue;
+        }
+        bool const isAddress = beginsIgnoringCase(value, "sip:");
+        bool const isTelling = value != "true" && !isOneOf(kModeArguments, name);
+        words.push_back(
+            {safeWord(name), isAddress ? addressText(value, options) : enumeratorInWords(value), isTelling});
+    }
+    return words;
+}
+
+std::string callOfPlatform(TracedStep const& step)
+{
+    std::string const call = argumentOf(step, "call");
+    return call.empty() ? argumentOf(step, "callID") : call;
+}
+
+std::string lineOfPlatform(TracedStep const& step)
+{
+    return argumentOf(step, "lineURI");
 }
 
 std::string enumeratorInWords(std::string_view enumerator)
 {
+    if (!enumerator.starts_with("sfi") && !enumerator.starts_with("CSTA")) {
+        return safeText(enumerator);
+    }
     std::string_view words;
     std::size_t shortest = enumerator.size();
     for (Enumeration const* const each : kEnumerations) {

@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "telephone/analysis/TracedCalls.h"
 #include "telephone/analysis/TracedStep.h"
@@ -10,8 +11,18 @@
 
 namespace telephone {
 
-// The argument of a platform call, as it stands. Empty: it has none of that name.
-std::string argumentOf(TracedStep const& step, std::string_view name);
+struct ArgumentWords
+{
+    std::string name;
+    std::string value;  // "100", "hold"
+    bool isTelling;     // false: a flag or a mode, which says little
+};
+// The arguments of a platform call without its call, its line and what has no value.
+std::vector<ArgumentWords> argumentWords(TracedStep const& step, DisplayOptions const& options);
+
+// The id of the call and the line that a platform call is about. Empty: none.
+std::string callOfPlatform(TracedStep const& step);
+std::string lineOfPlatform(TracedStep const& step);
 
 // "remote ringing" for sfiCallStateRemoteRinging, "success" for sfiSuccess; any other text made safe.
 std::string enumeratorInWords(std::string_view enumerator);

@@ -7,7 +7,7 @@
 #include <spdlog/fmt/fmt.h>
 
 #include "telephone/protocol/JsonText.h"
-#include "telephone/protocol/TimeText.h"
+#include "telephone/time/TimeText.h"
 
 namespace telephone {
 
@@ -19,7 +19,7 @@ enum class MemberForm
     kNumber,
     kTexts,      // a list; kept as one text
     kArguments,  // an object
-    kValue,      // a text or a number
+    kValue,      // anything
 };
 
 struct MemberRow
@@ -107,9 +107,12 @@ std::uint64_t numberMember(Json const& line, std::string_view name)
     return member != nullptr && member->is_number_unsigned() ? member->get<std::uint64_t>() : 0;
 }
 
-// A text as it stands; anything else as JSON.
+// A text as it stands; the id of a call; anything else as JSON.
 std::string valueText(Json const& value)
 {
+    if (Json const* const call = value.is_object() ? memberOf(value, "call") : nullptr) {
+        return valueText(*call);
+    }
     return value.is_string() ? value.get<std::string>() : lineOf(value);
 }
 
@@ -132,11 +135,12 @@ constexpr FormRow kForms[] = {
     {"a whole number", [](Json const& value) { return value.is_number_integer(); }},
     {"a text or a list of texts",
      [](Json const& value) {
-         return value.is_string() || (value.is_array() && std::all_of(value.begin(), value.end(),
-                                                                      [](Json const& each) { return each.is_string(); }));
+         return value.is_string() || (value.is_array() && std::all_of(value.begin(), value.end(), [](Json const& each) {
+                                          return each.is_string();
+                                      }));
      }},
     {"an object", [](Json const& value) { return value.is_object(); }},
-    {"a text or a number", [](Json const& value) { return value.is_string() || value.is_number() || value.is_boolean(); }},
+    {"a value", [](Json const&) { return true; }},
 };
 
 std::string joinedTexts(Json const& texts)
@@ -282,8 +286,8 @@ Outcome<> TraceReader::takeHeader(std::string const& text)
         return notOfTrace("not a trace: the first line must have \"trace\"");
     }
     if (*version != kTraceVersion) {
-        return notOfTrace(fmt::format("a trace of version {}: this telephone reads version {}", lineOf(*version),
-                                      kTraceVersion));
+        return notOfTrace(
+            fmt::format("a trace of version {}: this telephone reads version {}", lineOf(*version), kTraceVersion));
     }
     hasBegun_ = true;
     contents_.domain = textMember(line, "domain");

@@ -8,7 +8,7 @@ namespace {
 
 bool isIncomingState(std::string_view state)
 {
-    return state == "sfiCallStateIncoming" || state == "sfiCallStateRinging";
+    return state == "incoming" || state == "ringing";
 }
 
 }  // namespace
