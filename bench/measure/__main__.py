@@ -20,6 +20,7 @@ PARTS: tuple[tuple[str, Part], ...] = (
     ("encrypted calls", audio.measure),
     ("library", footprint.library),
     ("idle telephone", footprint.idle_telephone),
+    ("idle telephone with HTTP", footprint.with_http),
     ("fifty telephones", fleet.measure),
 )
 

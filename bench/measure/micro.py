@@ -4,7 +4,15 @@ import json
 import pathlib
 import subprocess
 
-PROGRAMS = ("bench_requests", "bench_alternatives", "bench_events", "bench_service", "bench_lookups", "bench_time")
+PROGRAMS = (
+    "bench_requests",
+    "bench_alternatives",
+    "bench_events",
+    "bench_service",
+    "bench_lookups",
+    "bench_time",
+    "bench_trace",
+)
 REPETITIONS = 25
 
 

@@ -7,7 +7,7 @@ import signal
 import socket
 import subprocess
 import time
-from collections.abc import Iterator
+from collections.abc import Iterator, Sequence
 
 LOOPBACK = "127.0.0.1"
 START_LIMIT = 30.0  # seconds
@@ -61,13 +61,17 @@ class Telephone:
 
 @contextlib.contextmanager
 def telephone(
-    build: pathlib.Path, folder: pathlib.Path, configuration: str = "", pinned: bool = False
+    build: pathlib.Path,
+    folder: pathlib.Path,
+    configuration: str = "",
+    pinned: bool = False,
+    options: Sequence[str | pathlib.Path] = (),
 ) -> Iterator[Telephone]:
     """Starts a telephone in its own folder with a configuration in TOML; empty: the standard one."""
     folder.mkdir(parents=True, exist_ok=True)
     path = folder / "socket"
     command: list[str | pathlib.Path] = ["taskset", "-c", PROCESSOR] if pinned else []
-    command += [build / "telephone" / "telephone", "serve", "--socket", path, "--log-level", "2"]
+    command += [build / "telephone" / "telephone", "serve", "--socket", path, "--log-level", "2", *options]
     if configuration:
         (folder / "telephone.toml").write_text(configuration)
         command += ["--config", folder / "telephone.toml"]

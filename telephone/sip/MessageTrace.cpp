@@ -1,7 +1,10 @@
 #include "telephone/sip/MessageTrace.h"
 
+#include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <deque>
+#include <optional>
 #include <unordered_map>
 
 #include "telephone/sip/WireText.h"
@@ -46,6 +49,7 @@ private:
 struct Transaction
 {
     TraceCause request;
+    TraceCause sent;      // the latest message
     TraceCause received;  // the latest message
 };
 
@@ -59,6 +63,7 @@ struct Dialog
 {
     TraceCause first;     // message
     TraceCause received;  // the latest one
+    TraceCause accepted;  // the latest 200 to an INVITE that was sent
 };
 
 // By Call-ID.
@@ -68,26 +73,93 @@ Memory<Dialog>& dialogs()
     return memory;
 }
 
-// A CANCEL has the branch of what it cancels, and an ACK that of a refused INVITE.
-std::string transactionOf(sip_msg const& message)
+// What the trace needs of a message. Read without the stack's own decoder, which draws a random number for each
+// message: a trace would change the run.
+struct Reading
 {
-    return text(message.via.branch) + " " + text(message.cseq.met);
+    bool isRequest = false;
+    std::string_view status;  // of an answer, with its phrase: "180 Ringing"
+    std::string_view method;  // that it asks for or answers
+    std::string dialog;       // Call-ID
+    std::string branch;
+
+    // A CANCEL has the branch of what it cancels, and an ACK that of a refused INVITE.
+    [[nodiscard]] std::string transaction() const { return branch + " " + std::string(method); }
+};
+
+std::string_view withoutBlanks(std::string_view text)
+{
+    auto const first = std::min(text.find_first_not_of(" \t"), text.size());
+    return text.substr(first, text.find_last_not_of(" \t") + 1 - first);
 }
 
-TraceCause causeOf(sip_msg const& message, bool isSent)
+// The value of the first header of that name; empty without one.
+std::string_view headerIn(std::string_view packet, std::string_view name, std::string_view shortName)
 {
-    bool const isRequest = message.req;
-    TraceCause const request = transactions().find(transactionOf(message)).request;
+    for (auto at = packet.find('\n'); at != std::string_view::npos; at = packet.find('\n', at + 1)) {
+        std::string_view const rest = packet.substr(at + 1);
+        std::string_view const line = rest.substr(0, rest.find_first_of("\r\n"));
+        auto const colon = line.find(':');
+        std::string_view const found = withoutBlanks(line.substr(0, std::min(colon, line.size())));
+        if (line.empty()) {
+            break;
+        }
+        if (colon != std::string_view::npos &&
+            (equalsIgnoringCase(found, name) || equalsIgnoringCase(found, shortName))) {
+            return withoutBlanks(line.substr(colon + 1));
+        }
+    }
+    return {};
+}
+
+// Nothing for a packet that is not a SIP message.
+std::optional<Reading> readingOf(std::string_view packet)
+{
+    constexpr std::string_view kAnswer = "SIP/2.0 ";
+    Reading reading;
+    std::string_view const firstLine = packet.substr(0, packet.find_first_of("\r\n"));
+    reading.isRequest = !firstLine.starts_with(kAnswer);
+    reading.status = reading.isRequest ? std::string_view() : firstLine.substr(kAnswer.size());
+    reading.dialog = headerIn(packet, "Call-ID", "i");
+    sip_via via{};
+    sip_cseq sequence{};
+    pl const viaText = slice(headerIn(packet, "Via", "v"));
+    pl const sequenceText = slice(headerIn(packet, "CSeq", "CSeq"));
+    if (sip_via_decode(&via, &viaText) != 0 || sip_cseq_decode(&sequence, &sequenceText) != 0) {
+        return std::nullopt;
+    }
+    reading.branch = text(via.branch);
+    reading.method = view(sequence.met);
+    return reading;
+}
+
+TraceCause causeOfSent(Reading const& message)
+{
+    TraceCause const request = transactions().find(message.transaction()).request;
     // An answer of ours may have a cause of its own, such as a key. A request that is known is sent again.
-    if (isSent && causeOfThread() && !(isRequest && request)) {
+    if (causeOfThread() && !(message.isRequest && request)) {
         return causeOfThread();
     }
     if (request) {
         return request;
     }
     // What the stack sends by itself, such as an ACK, follows from what came last.
-    Dialog const dialog = dialogs().find(text(message.callid));
-    return isSent && dialog.received ? dialog.received : dialog.first;
+    Dialog const dialog = dialogs().find(message.dialog);
+    return dialog.received ? dialog.received : dialog.first;
+}
+
+// byTelephone: not by the exchange, which receives what the telephone has sent.
+TraceCause causeOfReceived(Reading const& message, bool byTelephone)
+{
+    Transaction const transaction = transactions().find(message.transaction());
+    if (!byTelephone && transaction.sent) {
+        return transaction.sent;
+    }
+    if (transaction.request) {
+        return transaction.request;
+    }
+    Dialog const dialog = dialogs().find(message.dialog);
+    return message.isRequest && message.method == "ACK" ? dialog.accepted : dialog.first;
 }
 
 std::string_view transportName(sip_transp transport)
@@ -111,17 +183,19 @@ std::string_view audioDirection(std::string_view packet)
     return kDirections.front();
 }
 
-TraceCause writeStep(TracedMessage const& traced, sip_msg const& message, TraceCause because)
+TraceCause writeStep(TracedMessage const& traced, Reading const& message, TraceCause because)
 {
     TraceStep step("sip", because);
     step.add("direction", traced.isSent ? "sent" : "received");
     step.add("peer", addressText(traced.peer));
     step.add("transport", transportName(traced.transport));
-    step.add("method", view(message.cseq.met));
-    if (!message.req) {
-        step.add("status", message.scode).add("phrase", view(message.reason));
+    step.add("method", message.method);
+    if (!message.isRequest) {
+        auto const blank = std::min(message.status.find(' '), message.status.size() - 1);
+        step.add("status", std::atoi(std::string(message.status).c_str()))
+            .add("phrase", message.status.substr(blank + 1));
     }
-    step.add("dialog", view(message.callid)).add("transaction", view(message.via.branch));
+    step.add("dialog", message.dialog).add("transaction", message.branch);
     step.addUnlessEmpty("audio", audioDirection(traced.packet));
     step.add("text", withoutSecrets(traced.packet)).write();
     return step.cause();
@@ -131,34 +205,34 @@ TraceCause writeStep(TracedMessage const& traced, sip_msg const& message, TraceC
 
 void traceMessage(TracedMessage const& traced, bool isStep)
 {
-    Ref<mbuf> buffer;
-    Ref<sip_msg> decoded;
-    if (!fill(buffer, traced.packet) || sip_msg_decode(decoded.out(), buffer.get()) != 0) {
+    auto const message = readingOf(traced.packet);
+    if (!message) {
         return;
     }
-    sip_msg const& message = *decoded.get();
-    TraceCause cause = causeOf(message, traced.isSent);
+    TraceCause cause = traced.isSent ? causeOfSent(*message) : causeOfReceived(*message, isStep);
     if (isStep) {
-        cause = writeStep(traced, message, cause);
+        cause = writeStep(traced, *message, cause);
     }
-    Transaction& transaction = transactions()[transactionOf(message)];
     bool const isReceivedStep = isStep && !traced.isSent;
-    if (message.req && (!transaction.request || isReceivedStep)) {
+    Transaction& transaction = transactions()[message->transaction()];
+    if (message->isRequest && (!transaction.request || isReceivedStep)) {
         transaction.request = cause;
     }
-    Dialog& dialog = dialogs()[text(message.callid)];
+    Dialog& dialog = dialogs()[message->dialog];
     if (!dialog.first) {
         dialog.first = cause;
     }
+    (traced.isSent ? transaction.sent : transaction.received) = cause;
     if (!traced.isSent) {
-        transaction.received = cause;
         dialog.received = cause;
+    } else if (message->method == "INVITE" && message->status.starts_with('2')) {
+        dialog.accepted = cause;
     }
 }
 
 TraceCause causeOfReceived(sip_msg const& message)
 {
-    return transactions().find(transactionOf(message)).received;
+    return transactions().find(text(message.via.branch) + " " + text(message.cseq.met)).received;
 }
 
 }  // namespace telephone::sip

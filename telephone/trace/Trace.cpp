@@ -46,19 +46,16 @@ void closeFile(TraceFile& file)
     ::close(std::exchange(file.descriptor, -1));
 }
 
-void writeLine(std::string_view line)
+// With the lock held. Closes the file if it fails.
+Outcome<> append(TraceFile& file, std::string_view line)
 {
-    TraceFile& file = traceFile();
-    std::lock_guard const lock(file.mutex);
-    if (file.descriptor < 0) {
-        return;
-    }
     ssize_t const written = ::write(file.descriptor, line.data(), line.size());
-    if (written != static_cast<ssize_t>(line.size())) {
-        std::string const error = written < 0 ? std::strerror(errno) : "no space";
-        closeFile(file);
-        file.failed("the trace ends, because it cannot be written to " + file.name + ": " + error);
+    if (written == static_cast<ssize_t>(line.size())) {
+        return {};
     }
+    std::string const error = written < 0 ? std::strerror(errno) : "there is no space";
+    closeFile(file);
+    return refuse(RefusalKind::kUnavailable, "the trace cannot be written to " + file.name + ": " + error);
 }
 
 bool isPlain(char letter)
@@ -72,29 +69,26 @@ Outcome<> startTrace(std::string const& file, TraceHeader const& header,
                      std::function<void(std::string const& reason)> failed)
 {
     TraceFile& target = traceFile();
-    {
-        std::lock_guard const lock(target.mutex);
-        if (target.descriptor >= 0) {
-            return refuse(RefusalKind::kAlreadyExists, "a trace is being written already: trace off ends it");
-        }
-        if (auto closed = makeOwnerOnly(file); !closed) {
-            return closed;
-        }
-        // A pipe that nobody reads must not stop the telephone.
-        target.descriptor = ::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK, kForOwner);
-        if (target.descriptor < 0) {
-            return refuse(RefusalKind::kUnavailable,
-                          "the trace cannot be written to " + file + ": " + std::strerror(errno));
-        }
-        target.name = file;
-        target.failed = std::move(failed);
-        lastStep = 0;
+    std::lock_guard const lock(target.mutex);
+    if (target.descriptor >= 0) {
+        return refuse(RefusalKind::kAlreadyExists, "a trace is being written already: trace off ends it");
     }
-    writeLine("{\"trace\":" + std::to_string(kFormat) + ",\"telephone\":" + jsonText(kTelephoneName) +
-              ",\"version\":" + jsonText(kTelephoneVersion) + ",\"start\":" + jsonText(header.start) +
-              ",\"time\":" + jsonText(timeText(wallTime())) + ",\"domain\":" + jsonText(header.domain) + "}\n");
-    trace::isOn = true;
-    return {};
+    if (auto owned = makeOwnerOnly(file); !owned) {
+        return owned;
+    }
+    // A pipe that nobody reads must not stop the telephone.
+    target.descriptor = ::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK, kForOwner);
+    if (target.descriptor < 0) {
+        return refuse(RefusalKind::kUnavailable,
+                      "the trace cannot be written to " + file + ": " + std::strerror(errno));
+    }
+    target.name = file;
+    target.failed = std::move(failed);
+    return append(target, "{\"trace\":" + std::to_string(kFormat) + ",\"telephone\":" + jsonText(kTelephoneName) +
+                              ",\"version\":" + jsonText(kTelephoneVersion) + ",\"start\":" + jsonText(header.start) +
+                              ",\"time\":" + jsonText(timeText(wallTime())) + ",\"domain\":" + jsonText(header.domain) +
+                              "}\n")
+        .map([] { trace::isOn = true; });
 }
 
 Outcome<> stopTrace()
@@ -151,7 +145,14 @@ TraceStep& TraceStep::addMicroseconds(SteadyClock::duration took)
 void TraceStep::write()
 {
     line_ += "}\n";
-    writeLine(line_);
+    TraceFile& file = traceFile();
+    std::lock_guard const lock(file.mutex);
+    if (file.descriptor < 0) {
+        return;
+    }
+    if (auto const written = append(file, line_); !written) {
+        file.failed("the trace ends: " + written.error().reason);
+    }
 }
 
 std::string jsonText(std::string_view text)
