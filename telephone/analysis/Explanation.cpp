@@ -6,11 +6,13 @@
 
 #include <spdlog/fmt/fmt.h>
 
+#include "CommunicationsServiceEnumerations.h"
 #include "telephone/analysis/StepSentences.h"
 #include "telephone/analysis/TracedCalls.h"
 #include "telephone/display/ReadableLines.h"
 #include "telephone/display/SafeText.h"
 #include "telephone/protocol/MessageText.h"
+#include "telephone/protocol/Vocabulary.h"
 
 namespace telephone {
 
@@ -25,6 +27,8 @@ enum class LinkForm
 {
     kRecalled,  // "The telephone had sent this INVITE", and a cause can follow
     kPurpose,   // "It did so for the request ..."
+    kAsked,     // ", as console asked with the command ..."
+    kFollowed,  // "It followed a REFER that the telephone had sent"
 };
 
 struct LinkRow
@@ -44,6 +48,13 @@ constexpr LinkRow kLinks[] = {
     {R::kAnswerSent, R::kRequestReceived, LinkForm::kRecalled},
     {R::kPlatform, R::kRequest, LinkForm::kPurpose},
     {R::kPlatform, R::kCommand, LinkForm::kPurpose},
+    {R::kKey, R::kCommand, LinkForm::kAsked},
+    {R::kHook, R::kCommand, LinkForm::kAsked},
+    {R::kPlug, R::kCommand, LinkForm::kAsked},
+    {R::kFault, R::kCommand, LinkForm::kAsked},
+    {R::kRequestReceived, R::kCommand, LinkForm::kAsked},
+    {R::kRequestReceived, R::kAnswerSent, LinkForm::kRecalled},
+    {R::kRequestReceived, R::kRequestSent, LinkForm::kFollowed},
 };
 
 // Steps that need no cause.
@@ -70,15 +81,12 @@ public:
         if (found == std::end(kLinks)) {
             return because(cause);
         }
-        bool const isRecalled = found->form == LinkForm::kRecalled;
-        begin(isRecalled ? words_.recalled(cause) : "It did so for " + words_.purpose(cause));
-        isOpen_ = isRecalled;
+        tell(found->form, cause);
     }
 
     void skip(std::size_t count, TracedStep const& step)
     {
-        begin(fmt::format("Before that came {} steps of the same kind of chain, and before them {}", count,
-                          words_.told(step)));
+        begin(fmt::format("{} steps before, {}", count, words_.told(step)));
         isOpen_ = false;
     }
 
@@ -91,6 +99,25 @@ public:
     }
 
 private:
+    void tell(LinkForm form, TracedStep const& cause)
+    {
+        switch (form) {
+        case LinkForm::kRecalled:
+            begin(words_.recalled(cause));
+            break;
+        case LinkForm::kPurpose:
+            begin("It did so for " + words_.purpose(cause));
+            break;
+        case LinkForm::kAsked:
+            sentences_.back() += ", as " + words_.asked(cause);
+            break;
+        case LinkForm::kFollowed:
+            begin("It followed " + words_.followed(cause));
+            break;
+        }
+        isOpen_ = form == LinkForm::kRecalled || form == LinkForm::kFollowed;
+    }
+
     void because(TracedStep const& cause)
     {
         if (isOpen_) {
@@ -113,23 +140,44 @@ private:
     bool isOpen_ = false;  // the last sentence can take a "because"
 };
 
+// Events that tell of a change of their call.
+constexpr std::string_view kOfChanges[] = {"CallStateChangeEvent", "CallHeldEvent",           "CallRetrievedEvent",
+                                           "IncomingCallEvent",    "IncomingCallMissedEvent", "CallForwardedEvent"};
+
+bool tellsOfChange(EventText const& event)
+{
+    return std::find(std::begin(kOfChanges), std::end(kOfChanges), event.description->method) != std::end(kOfChanges);
+}
+
+// Whether an event tells of this change and no other.
+bool isItsState(EventText const& event, TracedStep const& change)
+{
+    return nameOfValue(enumerations::kCallState, event.value("CallState")) == change.text("state");
+}
+
 // The change of a call that an event or a lamp tells of: it has the same cause and came before. Null: none.
 TracedStep const* changeBefore(TraceContents const& contents, TracedStep const& step)
 {
     auto const event = readEvent(step.text("text"));
-    std::string_view const call = event ? event->call() : std::string_view();
+    if (event && !tellsOfChange(*event)) {
+        return nullptr;
+    }
+    TracedStep const* nearest = nullptr;
     for (auto each = contents.steps.lower_bound(step.number); each != contents.steps.begin();) {
-        --each;
-        TracedStep const& other = each->second;
+        TracedStep const& other = (--each)->second;
         if (other.number <= step.because) {
             break;
         }
         bool const isChange = other.kind == StepKind::kEngine && other.text("before") != other.text("state");
-        if (isChange && other.because == step.because && (!event || other.text("call") == call)) {
+        if (!isChange || other.because != step.because || (event && other.text("call") != event->call())) {
+            continue;
+        }
+        if (event && isItsState(*event, other)) {
             return &other;
         }
+        nearest = nearest != nullptr ? nearest : &other;
     }
-    return nullptr;
+    return nearest;
 }
 
 // The step and its causes, with the change of a call between them.

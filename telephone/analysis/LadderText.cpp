@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::size_t kTimeWidth = 9;
 constexpr std::size_t kLeastGap = 14;
+constexpr std::size_t kLeastFarGap = 23;  // "they talk for 1.2 s"
 
 Style styleOf(LadderRowKind kind)
 {
@@ -63,20 +64,33 @@ private:
     {
         constexpr std::size_t kTextGaps[] = {34, 23, 29};
         constexpr std::size_t kFurtherTextGap = 23;
-        constexpr std::size_t kForCallIds = 4;
+        constexpr std::size_t kMostMore = 16;
         for (std::size_t index = 0; index + 1 < ladder_.columns.size(); ++index) {
-            gaps_.push_back(index < std::size(kTextGaps) ? kTextGaps[index] : kFurtherTextGap);
+            std::size_t const usual = index < std::size(kTextGaps) ? kTextGaps[index] : kFurtherTextGap;
+            gaps_.push_back(std::clamp(roomFor(index), usual, usual + kMostMore));
         }
-        gaps_.front() += ladder_.hasSeveralCalls ? kForCallIds : 0;
         std::size_t const bars = kTimeWidth + ladder_.columns.size();
         std::size_t const full = std::accumulate(gaps_.begin(), gaps_.end(), std::size_t{0});
         if (options_.width == 0 || bars + full <= options_.width) {
             return;
         }
         std::size_t const room = options_.width > bars ? options_.width - bars : 0;
-        for (std::size_t& gap : gaps_) {
-            gap = std::max(kLeastGap, gap * room / full);
+        for (std::size_t index = 0; index < gaps_.size(); ++index) {
+            std::size_t const least = index < kEngineColumn ? kLeastGap : kLeastFarGap;
+            gaps_[index] = std::max(least, gaps_[index] * room / full);
         }
+    }
+
+    // For the longest text in the gap.
+    [[nodiscard]] std::size_t roomFor(std::size_t gap) const
+    {
+        constexpr std::size_t kAroundText = 5;
+        std::size_t longest = 0;
+        for (LadderRow const& row : ladder_.rows) {
+            bool const isHere = row.from != row.to && std::max(row.from, row.to) == gap + 1;
+            longest = isHere ? std::max(longest, columnsOf(row.text)) : longest;
+        }
+        return longest + kAroundText;
     }
 
     [[nodiscard]] std::size_t placeOf(std::size_t column) const

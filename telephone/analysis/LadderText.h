@@ -6,7 +6,8 @@
 //              │                                  │                       │─────────── INVITE ─────────▶│
 //
 // The time is in seconds since the first row and stands where it changes. A far end's bar is thick while it talks and
-// dotted while it is on hold. Four columns take 99 characters; on a narrower terminal they are narrower. Pure function.
+// dotted while it is on hold. Four columns take 99 characters, and more if a text needs it; on a narrower terminal they
+// are narrower. Pure function.
 #pragma once
 
 #include <cstddef>

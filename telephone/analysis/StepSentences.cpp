@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include <spdlog/fmt/fmt.h>
+#include <spdlog/fmt/ranges.h>
 
 #include "telephone/analysis/StepWords.h"
 #include "telephone/display/ElementWords.h"
@@ -31,23 +32,23 @@ using R = StepRole;
 // empty places here.
 // clang-format off
 constexpr RoleRow kRoles[] = {
-    {R::kRequest,         "{application} sent the request {request} at {time}",         "{application} had sent the request {request}"},
-    {R::kCommand,         "{application} gave the command {text} at {time}",            "{application} had given the command {text}"},
+    {R::kRequest,         "{application} sent the request {request}{at time}",         "{application} had sent the request {request}"},
+    {R::kCommand,         "{application} gave the command \"{text}\"{at time}",            "{application} had given the command \"{text}\""},
     {R::kAnswer,          "the request was answered with {text}",                       "The request had been answered with {text}"},
     {R::kReason,          "the request was refused: {text}",                            "The request had been refused: {text}"},
     {R::kEvent,           "event {number} was sent",                                    "Event {number} had been sent"},
     {R::kPlatform,        "the service called {name}{with arguments}",                  "The service had called {name}{with arguments}"},
     {R::kEngine,          "",                                                           ""},
-    {R::kKey,             "{key} was {action} at {time}",                               "{Key} had been {action}"},
-    {R::kHook,            "the handset was {lifted} at {time}",                         "The handset had been {lifted}"},
-    {R::kPlug,            "the {plug} was {plugged} at {time}",                         "The {plug} had been {plugged}"},
+    {R::kKey,             "{key} was {action}{at time}",                               "{Key} had been {action}"},
+    {R::kHook,            "the handset was {lifted}{at time}",                         "The handset had been {lifted}"},
+    {R::kPlug,            "the {plug} was {plugged}{at time}",                         "The {plug} had been {plugged}"},
     {R::kLamp,            "lamp {lamp} became {light}",                                 "Lamp {lamp} had become {light}"},
     {R::kTimer,           "the timer \"{name}\" ran out",                               "The timer \"{name}\" had run out"},
     {R::kStored,          "the settings {settings} were stored",                        "The settings {settings} had been stored"},
     {R::kNotStored,       "the settings {settings} could not be stored ({reason})",     "The settings {settings} could not be stored ({reason})"},
-    {R::kFault,           "the fault {fault} {fault state} at {time}",                  "The fault {fault} {fault state}"},
+    {R::kFault,           "the fault {fault} {fault state}{at time}",                  "The fault {fault} {fault state}"},
     {R::kRequestSent,     "the telephone sent {a method} to {far end}",                 "The telephone had sent this {method}"},
-    {R::kRequestReceived, "{far end} sent {a method} at {time}",                        "{far end} had sent this {method}"},
+    {R::kRequestReceived, "{far end} sent {a method}{at time}",                        "{far end} had sent this {method}"},
     {R::kAnswerSent,      "the telephone answered the {method} of {far end} with {sip}", "The telephone had answered the {method} of {far end} with {sip}"},
     {R::kAnswerReceived,  "{far end} answered the {method} with {sip}",                 "{far end} had answered the {method} with {sip}"},
 };
@@ -62,7 +63,7 @@ struct StateRow
 
 constexpr StateRow kStates[] = {
     {"dialling",       "",             "{call} began",                               "{Call} had begun"},
-    {"proceeding",     "",             "{call} was on its way",                      "{Call} had been on its way"},
+    {"proceeding",     "",             "{call} made progress",                       "{Call} had made progress"},
     {"remote ringing", "",             "{call} began to ring at the far end",        "{Call} had begun to ring at the far end"},
     {"incoming",       "",             "{call} arrived",                             "{Call} had arrived"},
     {"ringing",        "",             "{call} began to ring",                       "{Call} had begun to ring"},
@@ -91,8 +92,8 @@ constexpr StatementRow kStatements[] = {
     {"dialling",       "is being dialled"},
     {"proceeding",     "is on its way"},
     {"remote ringing", "is ringing at the far end"},
-    {"incoming call",  "arrives"},
-    {"incoming",       "arrives"},
+    {"incoming call",  "has arrived"},
+    {"incoming",       "has arrived"},
     {"ringing",        "is ringing"},
     {"connected",      "is connected"},
     {"held",           "is held"},
@@ -222,9 +223,19 @@ std::string StepSentences::recalled(TracedStep const& step) const
 
 std::string StepSentences::purpose(TracedStep const& step) const
 {
-    return filled(step.kind == StepKind::kRequest ? "the request {request}, sent by {application} at {time}"
-                                                  : "the command {text}, given by {application} at {time}",
+    return filled(step.kind == StepKind::kRequest ? "the request {request} of {application} at {time}"
+                                                  : "the command \"{text}\" of {application} at {time}",
                   step);
+}
+
+std::string StepSentences::asked(TracedStep const& step) const
+{
+    return filled("{application} asked with the command \"{text}\" at {time}", step);
+}
+
+std::string StepSentences::followed(TracedStep const& step) const
+{
+    return filled("{a method} that the telephone had sent to {far end}", step);
 }
 
 std::string StepSentences::statement(TracedStep const& step) const
@@ -246,7 +257,9 @@ std::string StepSentences::eventStatement(TracedStep const& step) const
     if (!words.call.empty() && found != std::end(kStatements)) {
         return fmt::format("Event {} says that {} {}", number, callText(words.call, step), found->predicate);
     }
-    std::string const details = words.words.detailText();
+    // The party is said with the call.
+    std::string const details =
+        words.call.empty() ? words.words.detailText() : fmt::format("{}", fmt::join(words.words.details, ", "));
     std::string const about = !words.call.empty()  ? callText(words.call, step)
                               : words.line.empty() ? ""
                                                    : "line " + words.line;
@@ -281,6 +294,7 @@ std::string StepSentences::value(std::string_view name, TracedStep const& step) 
     static constexpr ValueRow kValues[] = {
         {"request",        [](StepSentences const&, TracedStep const& each) { return requestInWords(each.text("text")); }},
         {"time",           [](StepSentences const& self, TracedStep const& each) { return clockText(each.time, self.options_); }},
+        {"at time",        [](StepSentences const& self, TracedStep const& each) { return self.contents_.causeOf(each) != nullptr ? std::string() : " at " + self.value("time", each); }},
         {"with arguments", [](StepSentences const& self, TracedStep const& each) { return argumentText(each, self.options_); }},
         {"call",           [](StepSentences const& self, TracedStep const& each) { return self.callText(each.text("call"), each); }},
         {"Call",           [](StepSentences const& self, TracedStep const& each) { return capitalised(self.callText(each.text("call"), each)); }},

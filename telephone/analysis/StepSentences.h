@@ -51,8 +51,12 @@ public:
     [[nodiscard]] std::string told(TracedStep const& step) const;
     // The beginning of a sentence that goes back to the step: "The telephone had sent this INVITE".
     [[nodiscard]] std::string recalled(TracedStep const& step) const;
-    // The request or command as the purpose of something: "the request HoldCall 4711 call 3, sent by console at ...".
+    // The request or command as the purpose of something: "the request HoldCall 4711 call 3 of console at ...".
     [[nodiscard]] std::string purpose(TracedStep const& step) const;
+    // A command whose effect is known: "console asked with the command "press 1" at ...".
+    [[nodiscard]] std::string asked(TracedStep const& step) const;
+    // A SIP request as what came before another: "a REFER that the telephone had sent to 100".
+    [[nodiscard]] std::string followed(TracedStep const& step) const;
     // What an event or a lamp says, as a whole sentence.
     [[nodiscard]] std::string statement(TracedStep const& step) const;
 

@@ -30,9 +30,9 @@ std::optional<std::string_view> enumeratorOf(Enumeration const& enumeration, std
     return std::nullopt;
 }
 
-// Arguments that say which call or line it is, and those whose numbers have no names.
+// Arguments that say which call or line it is, and those whose numbers are dialled: other numbers are modes.
 constexpr std::string_view kPlaceArguments[] = {"call", "callID", "lineURI"};
-constexpr std::string_view kModeArguments[] = {"mode", "option"};
+constexpr std::string_view kDialledArguments[] = {"destination", "digits", "target"};
 // No value.
 constexpr std::string_view kSilentValues[] = {"", "0", "-1", "null", "false"};
 
@@ -100,9 +100,8 @@ std::vector<ArgumentWords> argumentWords(TracedStep const& step, DisplayOptions 
             continue;
         }
         bool const isAddress = beginsIgnoringCase(value, "sip:");
-        bool const isTelling = value != "true" && !isOneOf(kModeArguments, name);
-        words.push_back(
-            {safeWord(name), isAddress ? addressText(value, options) : enumeratorInWords(value), isTelling});
+        bool const isFlag = value == "true" || (wholeNumber(value) && !isOneOf(kDialledArguments, name));
+        words.push_back({safeWord(name), isAddress ? addressText(value, options) : enumeratorInWords(value), !isFlag});
     }
     return words;
 }

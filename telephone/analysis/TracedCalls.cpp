@@ -29,7 +29,8 @@ void TracedCalls::note(TracedStep const& step)
     std::vector<TracedCall*>& sameId = byId_[step.text("call")];
     if (isNew || sameId.empty()) {
         bool const isIncoming = isNew && isIncomingState(step.text("state"));
-        calls_.push_back({step.text("call"), step.text("line"), {}, step.number, isIncoming, isNew && !isIncoming});
+        bool const isOutgoing = isNew && step.text("state") == "dialling";
+        calls_.push_back({step.text("call"), step.text("line"), {}, step.number, isIncoming, isOutgoing});
         sameId.push_back(&calls_.back());
     }
     TracedCall& call = *sameId.back();
