@@ -76,6 +76,13 @@ void EventStream::addWords(bool wanted)
     }
 }
 
+void EventStream::addSteps(bool wanted)
+{
+    if (wanted) {
+        steps_ = std::make_unique<StepQueue>([this] { came_.signal(); });
+    }
+}
+
 std::string EventStream::dataOf(Message const& message) const
 {
     std::string const data = eventJson(message.number, message.time, message.text);
@@ -122,6 +129,7 @@ bool EventStream::write(httplib::DataSink& sink)
     std::string text = std::exchange(beginning_, {});
     {
         Visit const visit;
+        text += steps_ ? steps_->take() : "";  // what causes an event comes before it
         hasMore_ = session_.takeEvents(kEventsAtOnce, [&](Message const& message) { text += linesOf(message); });
     }
     auto const now = std::chrono::steady_clock::now();

@@ -11,6 +11,7 @@
 #include "telephone/access/Session.h"
 #include "telephone/display/DisplayOptions.h"
 #include "telephone/framework/WakeUp.h"
+#include "telephone/http/StepQueue.h"
 
 namespace httplib {
 class DataSink;
@@ -44,6 +45,9 @@ public:
     // Whether each event also says what happened in the words of the console. Before the first write.
     void addWords(bool wanted);
 
+    // Whether the steps of the trace that belong to calls come, too. Before the first write.
+    void addSteps(bool wanted);
+
     // Waits for events, at most a second, and writes those that came. False: the reader has gone, or has not read for
     // too long.
     bool write(httplib::DataSink& sink);
@@ -68,6 +72,7 @@ private:
     std::string beginning_;  // not yet written
     bool hasMore_ = false;
     std::optional<DisplayOptions> words_;  // nothing: none are wanted
+    std::unique_ptr<StepQueue> steps_;     // null: none are wanted
     std::chrono::steady_clock::time_point written_ = std::chrono::steady_clock::now();
 };
 

@@ -269,6 +269,7 @@ void streamEvents(HttpExchange& exchange)
     Words const selection = selectionOf(exchange.request);
     bool const resumes = selection.size() > 1 && selection[1] == "after";
     (*stream)->addWords(exchange.request.has_param("words"));
+    (*stream)->addSteps(exchange.request.has_param("steps"));
     if (auto const selected = (*stream)->select(selection, resumes); !selected) {
         return answerError(exchange.response, 400, selected.error().reason);
     }
@@ -336,6 +337,7 @@ constexpr std::array kSelection{
     RouteParameter{"query", "only", "string", "names of events, separated by commas"},
     RouteParameter{"query", "line", "string", "lines, separated by commas; a line includes its appearances"},
     RouteParameter{"query", "words", "", "each event has \"words\", too: what the console writes about it"},
+    RouteParameter{"query", "steps", "", "the steps of the trace that belong to calls come, too, as messages \"step\""},
 };
 constexpr std::array kRequestBodies{RouteContent{"text/plain", "RequestText"}, RouteContent{kJsonType, "Request"}};
 constexpr std::array kCommandBodies{RouteContent{"text/plain", "CommandText"}};

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstring>
 #include <mutex>
+#include <vector>
 
 #include <fcntl.h>
 #include <nlohmann/json.hpp>
@@ -22,40 +23,44 @@ constexpr int kFormat = 1;
 constexpr mode_t kForOwner = 0600;
 constexpr std::size_t kUsualLine = 256;
 
-// The file of the present trace.
-struct TraceFile
+// Where the lines go.
+struct TraceOutput
 {
     std::mutex mutex;
-    int descriptor = -1;  // none
+    int descriptor = -1;  // of the file; none
     std::string name;
     std::function<void(std::string const& reason)> failed;
+    std::vector<TraceListener const*> listeners;
+
+    // With the lock held, after each change.
+    void update() const { trace::isOn = descriptor >= 0 || !listeners.empty(); }
 };
 
-TraceFile& traceFile()
+TraceOutput& traceOutput()
 {
-    static TraceFile file;
-    return file;
+    static TraceOutput output;
+    return output;
 }
 
 std::atomic<std::uint64_t> lastStep{0};
 
 // With the lock held.
-void closeFile(TraceFile& file)
+void closeFile(TraceOutput& output)
 {
-    trace::isOn = false;
-    ::close(std::exchange(file.descriptor, -1));
+    ::close(std::exchange(output.descriptor, -1));
+    output.update();
 }
 
 // With the lock held. Closes the file if it fails.
-Outcome<> append(TraceFile& file, std::string_view line)
+Outcome<> append(TraceOutput& output, std::string_view line)
 {
-    ssize_t const written = ::write(file.descriptor, line.data(), line.size());
+    ssize_t const written = ::write(output.descriptor, line.data(), line.size());
     if (written == static_cast<ssize_t>(line.size())) {
         return {};
     }
     std::string const error = written < 0 ? std::strerror(errno) : "there is no space";
-    closeFile(file);
-    return refuse(RefusalKind::kUnavailable, "the trace cannot be written to " + file.name + ": " + error);
+    closeFile(output);
+    return refuse(RefusalKind::kUnavailable, "the trace cannot be written to " + output.name + ": " + error);
 }
 
 bool isPlain(char letter)
@@ -68,7 +73,7 @@ bool isPlain(char letter)
 Outcome<> startTrace(std::string const& file, TraceHeader const& header,
                      std::function<void(std::string const& reason)> failed)
 {
-    TraceFile& target = traceFile();
+    TraceOutput& target = traceOutput();
     std::lock_guard const lock(target.mutex);
     if (target.descriptor >= 0) {
         return refuse(RefusalKind::kAlreadyExists, "a trace is being written already: trace off ends it");
@@ -88,18 +93,35 @@ Outcome<> startTrace(std::string const& file, TraceHeader const& header,
                               ",\"version\":" + jsonText(kTelephoneVersion) + ",\"start\":" + jsonText(header.start) +
                               ",\"time\":" + jsonText(timeText(wallTime())) + ",\"domain\":" + jsonText(header.domain) +
                               "}\n")
-        .map([] { trace::isOn = true; });
+        .map([&target] { target.update(); });
 }
 
 Outcome<> stopTrace()
 {
-    TraceFile& file = traceFile();
-    std::lock_guard const lock(file.mutex);
-    if (file.descriptor < 0) {
+    TraceOutput& output = traceOutput();
+    std::lock_guard const lock(output.mutex);
+    if (output.descriptor < 0) {
         return refuse(RefusalKind::kWrongState, "nothing is being traced");
     }
-    closeFile(file);
+    closeFile(output);
     return {};
+}
+
+TraceListener::TraceListener(Note note)
+    : note_(std::move(note))
+{
+    TraceOutput& output = traceOutput();
+    std::lock_guard const lock(output.mutex);
+    output.listeners.push_back(this);
+    output.update();
+}
+
+TraceListener::~TraceListener()
+{
+    TraceOutput& output = traceOutput();
+    std::lock_guard const lock(output.mutex);
+    std::erase(output.listeners, this);
+    output.update();
 }
 
 TraceStep::TraceStep(std::string_view kind, TraceCause because)
@@ -145,13 +167,14 @@ TraceStep& TraceStep::addMicroseconds(SteadyClock::duration took)
 void TraceStep::write()
 {
     line_ += "}\n";
-    TraceFile& file = traceFile();
-    std::lock_guard const lock(file.mutex);
-    if (file.descriptor < 0) {
-        return;
+    TraceOutput& output = traceOutput();
+    std::lock_guard const lock(output.mutex);
+    for (TraceListener const* const each : output.listeners) {
+        each->note_(line_);
     }
-    if (auto const written = append(file, line_); !written) {
-        file.failed("the trace ends: " + written.error().reason);
+    auto const written = output.descriptor < 0 ? Outcome<>() : append(output, line_);
+    if (!written) {
+        output.failed("the trace ends: " + written.error().reason);
     }
 }
 

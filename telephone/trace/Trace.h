@@ -55,6 +55,24 @@ inline thread_local TraceCause causeOfThread;
 // Refused if there is no trace.
 [[nodiscard]] Outcome<> stopTrace();
 
+// Receives each line of the trace, with its line end but without the header, from its making to its destruction; with
+// or without a file. Called on any thread, with any lock held, so it may only note the line.
+class TraceListener
+{
+public:
+    using Note = std::function<void(std::string_view line)>;
+
+    explicit TraceListener(Note note);
+    ~TraceListener();
+    TraceListener(TraceListener const&) = delete;
+    TraceListener& operator=(TraceListener const&) = delete;
+
+private:
+    friend class TraceStep;
+
+    Note const note_;
+};
+
 // The cause of what this thread does now.
 [[nodiscard]] inline TraceCause causeOfThread()
 {

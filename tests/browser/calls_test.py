@@ -42,8 +42,33 @@ class CallsTest(PanelTest):
                                                                               ) or "OutgoingCallMakeRequest 100 ✓ success" in row)
         self.assertEqual([row.split(": ")[1] for row in rows[made + 1:made + 4]],
                          ["4711 1 dialling 100", "4711 1 proceeding 100", "4711 1 remote ringing 100, call-back possible"])
-        steps = [step.text.split("\n") for step in page.all(".ladder .step:not(.pause) b")]
-        self.assertEqual(steps, [["OutgoingCallMakeRequest"], ["remote ringing"], ["connected"]])
+
+    def test_Ladder_ShowsWhatPassesBetweenServiceAndFarEnd(self):
+        page = self.browser
+        page.one("#ladder .numbers button").click()
+        page.waits_for("#screen .eyebrow", "connected")
+        page.softkey("Hold")
+        page.waits_for("#screen .eyebrow", "held")
+        until(lambda: page.ladder("event")[-1:] == ["held"], lambda: f"the ladder ends with held: {page.ladder('event')}")
+        self.assertEqual(page.ladder("event"), ["remote ringing", "connected", "held"])
+        self.assertEqual(page.ladder("request"), ["OutgoingCallMakeRequest", "HoldCall"])
+        self.assertEqual(page.ladder("operation"), ["CallMake 100", "CallFeature"])
+        self.assertEqual(page.ladder("sip"), ["INVITE", "180 Ringing", "200 OK", "INVITE sendonly", "200 OK recvonly"])
+        whole = page.ladder("")
+        self.assertLess(whole.index("OutgoingCallMakeRequest"), whole.index("CallMake 100"))
+        self.assertLess(whole.index("CallMake 100"), whole.index("INVITE"))
+        self.assertLess(whole.index("200 OK recvonly"), whole.index("held"))
+
+    def test_SipMessages_AreRowsOnRequest_WithoutDigests(self):
+        page = self.browser
+        page.one("#ladder .numbers button").click()
+        page.waits_for("#screen .eyebrow", "connected")
+        self.assertFalse([row for row in page.rows() if row.startswith("row sip")])
+        next(button for button in page.all("#kinds button") if button.text == "SIP").click()
+        until(lambda: [row for row in page.rows() if row.startswith("row sip: 1 INVITE")], lambda: f"the INVITE is a row: {page.rows()}")
+        page.all(".row.sip")[0].click()
+        page.waits_for("#detail h2", "SIP message")
+        self.assertIn("INVITE sip:100@", page.text("#detail pre.raw"))
 
     def test_Refusal_ShowsItsReasonBelowIt(self):
         page = self.browser
@@ -80,7 +105,7 @@ class CallsTest(PanelTest):
             page.one(f"#digits [data-key='{digit}']").click()
         self.assertEqual(page.text("#screen .who"), "100")
         page.softkey("Call")
-        self.waits_for_calls({1: "connected"})
+        page.waits_for("#screen .eyebrow", "connected")
         page.one("#digits [data-key='5']").click()
         until(lambda: any("GenerateDigits" in row and "digits=5" in row and "✓" in row for row in page.rows()), "the digit is sent")
         page.one("[data-key='7'].key").click()

@@ -146,6 +146,11 @@ class Browser:
                         "'aria-posinset'), [...row.children].slice(2).map((cell) => cell.textContent).join(' ')])"
                         ".sort((a, b) => a[1] - b[1]).map(([kind, , text]) => `${kind}: ${text.trim()}`)")
 
+    def ladder(self, kind):
+        """The words of the ladder's steps of a kind; empty: of all."""
+        return self.run("return [...document.querySelectorAll('.ladder .step:not(.pause)' + arguments[0])].map((step) => "
+                        "step.lastChild.textContent.replace(/^\\S+ /, ''))", f".{kind}" if kind else "")
+
     def lamp(self, key):
         lamp = self.one(f"[data-key='{key}'].key .lamp")
         return lamp.get_attribute("data-mode"), lamp.get_attribute("data-colour")

@@ -15,7 +15,7 @@ async function ask(path, body) {
 }
 
 export class Connection {
-  /** `on` has state(state), events(list), gap(first, last), lost(reason, retryAt), back(isRestarted). */
+  /** `on` has state(state), happened(list of {event} or {step}), gap(words), missed(count of steps), lost(reason), back(isRestarted). */
   constructor(on) {
     this.on = on;
     this.start = null; // id of the telephone's start
@@ -23,6 +23,7 @@ export class Connection {
     this.isLost = true;
     this.state = null;
     this.arrived = [];
+    this.places = new Map(); // of events among the steps, by number
   }
 
   async open() {
@@ -45,10 +46,12 @@ export class Connection {
 
   listen() {
     this.source?.close();
-    const source = new EventSource(`/events?words&after=${this.number}&start=${encodeURIComponent(this.start)}`);
+    const source = new EventSource(`/events?words&steps&after=${this.number}&start=${encodeURIComponent(this.start)}`);
     this.source = source;
     const names = this.description.events.map((event) => event.method ?? event.name);
     for (const name of [...names, 'event']) source.addEventListener(name, (message) => this.arrive(message));
+    source.addEventListener('step', (message) => this.add({step: JSON.parse(message.data)}));
+    source.addEventListener('steps-missed', (message) => this.on.missed(Number(message.data)));
     source.addEventListener('gap', (message) => this.on.gap(message.data));
     source.addEventListener('state', (message) => {
       this.number = Math.max(this.number, Number(message.lastEventId));
@@ -57,12 +60,16 @@ export class Connection {
     source.onerror = () => { if (this.source === source) this.lose('its stream of events has ended'); };
   }
 
-  /** Events are handed on once a frame. */
   arrive(message) {
     const number = Number(message.lastEventId);
     if (number <= this.number) return;
     this.number = number;
-    this.arrived.push(message.data);
+    this.add({event: JSON.parse(message.data)});
+  }
+
+  /** What happens is handed on once a frame. */
+  add(happened) {
+    this.arrived.push(happened);
     if (this.arrived.length === 1) {
       const flush = () => this.flush();
       if (document.hidden) setTimeout(flush, 100);
@@ -71,8 +78,12 @@ export class Connection {
   }
 
   flush() {
-    this.on.events(this.arrived.splice(0).map((data) => JSON.parse(data)));
-    this.refresh();
+    const happened = this.arrived.splice(0);
+    // The step of an event says where it stands among the others.
+    for (const {step} of happened) if (step?.step === 'event') this.places.set(step.number, step.seq);
+    for (const {event} of happened) if (event) { event.seq = this.places.get(event.event); this.places.delete(event.event); }
+    this.on.happened(happened);
+    if (happened.some(({event}) => event)) this.refresh();
   }
 
   take(state) {

@@ -15,7 +15,7 @@ function elementRow(tag, value, meaning) {
 function copies(row) {
   const data = row.data;
   const forms = [['Text', data.raw ?? data.text]];
-  if (row.kind === 'event') forms.push(['JSON', JSON.stringify(data)]);
+  if (row.kind !== 'request' && row.kind !== 'reason') forms.push(['JSON', JSON.stringify(data)]);
   else forms.push(['curl', `curl -H "Authorization: Bearer $TOKEN" ${location.origin}/${data.isRequest ? 'requests' : 'commands'} -d '${data.text.replaceAll("'", "'\\''")}'`]);
   return make('span.copies', {}, forms.map(([label, text]) => make('button.link', {type: 'button', click: () => navigator.clipboard.writeText(text).then(() => say('copied'), () => say('the browser does not allow copying'))}, `Copy ${label}`)));
 }
@@ -44,7 +44,7 @@ export function drawDetail(row, description, actions, onTake) {
   const view = byId('detail');
   if (!row) return view.replaceChildren(make('h2', {}, 'Nothing chosen'), make('p.lead', {}, 'Choose a row, and everything about it is here.'));
   const possible = actions.filter((action) => action?.text);
-  const name = row.kind === 'event' ? row.data.name : row.data?.isRequest ? 'request' : row.kind === 'reason' ? 'reason' : 'command';
+  const name = {event: row.data?.name, reason: 'reason', sip: 'SIP message', operation: 'asked of the call engine'}[row.kind] ?? (row.data?.isRequest ? 'request' : 'command');
   const children = [make('h2', {}, shown(row.what), make('small', {}, shown(name ?? '')))];
   if (row.kind === 'event') children.push(...eventPart(row, description));
   if (row.kind === 'request') children.push(...requestPart(row, description));

@@ -1,20 +1,17 @@
-// The present call as arrows in time: from requests and events, as they come. What talks and what is on hold is drawn on
-// the line of the far end.
-//
-// A trace adds steps between telephone and far end: a row of kind "sip" or "call" in LANES_OF, and the lane of the engine
-// in NEAR.
+// The present call as arrows in time: from requests, events and the steps between service and far ends, as they come. What
+// talks and what is on hold is drawn on the line of the far end.
 import {byId, keep, make, makeSvg, set, setText, shown} from './dom.js';
 import {chip, clockTime, hueOf, isLive, nameOf} from './words.js';
 
-const NEAR = ['app', 'service'];
+const NEAR = ['app', 'service', 'engine'];
 const MOST_FAR = 3;
-const STEP = 50; // between two lanes, in the units of the drawing
+const STEP = 44; // between two lanes, in the units of the drawing
 const PAUSE = 250; // milliseconds from which a pause is a row
 const HEIGHT = 20;
-const ROUTINE = ['dialling', 'proceeding'];
+const ROUTINE = ['dialling', 'proceeding', '100 Trying', 'ACK'];
 const MOST_STEPS = 400;
-// Kind of a row: from which lane, to which.
-const LANES_OF = {request: [0, 1], answer: [1, 0], event: [1, 0]};
+// Kind of a row: from which lane, to which; `far` is the lane of its call.
+const LANES_OF = {request: () => [0, 1], event: () => [1, 0], operation: () => [1, 2], sip: (row, far) => (row.isSent ? [2, far] : [far, 2])};
 // How the far end's line is drawn from an event on.
 const LIVES = {'remote ringing': 'rings', ringing: 'rings', incoming: 'rings', 'incoming call': 'rings', connected: 'talks', retrieved: 'talks', conference: 'talks',
   held: 'waits', 'remotely held': 'waits', 'held by both': 'waits', idle: '', busy: '', failed: ''};
@@ -46,10 +43,13 @@ export class Ladder {
     byId('ladder').append(this.parts.title, this.parts.lead, this.parts.numbers, make('div.ladder', {}, this.parts.head, this.parts.list));
   }
 
-  /** A row of the log. Rows without a call are none of a ladder. */
+  /** A row of the log. Which call a SIP message belongs to may be known later; rows that never have one are not shown. */
   note(row) {
-    if (!row.call || !LANES_OF[row.kind]) return;
-    this.steps.push(row);
+    if ((!row.call && row.kind !== 'sip') || !LANES_OF[row.kind]) return;
+    // A call of the engine is told when it has ended, after what it has done.
+    let place = this.steps.length;
+    while (place > 0 && this.steps[place - 1].seq > row.seq) place -= 1;
+    this.steps.splice(place, 0, row);
     if (this.steps.length > 4 * MOST_STEPS) this.steps.splice(0, 2 * MOST_STEPS);
   }
 
@@ -123,8 +123,9 @@ export class Ladder {
 
   makeStep({row}) {
     const words = make('span');
-    if (row) words.append(chip(row.call), ' ', make('b', {}, shown(row.what)));
-    const element = make(row ? `div.step.${row.kind}${row.ok === false ? '.failed' : ''}` : 'div.step.pause', {role: 'listitem'}, make('time'), makeSvg('svg', {'aria-hidden': 'true'}), words);
+    const more = row?.kind === 'operation' ? row.details : row?.kind === 'sip' ? row.details.slice(0, -1) : [];
+    if (row) words.append(chip(row.call), ' ', make('b', {}, shown(row.what)), shown(more.map((each) => ` ${each}`).join('')));
+    const element = make(row ? `div.step.${row.kind}.hue${hueOf(row.call)}${row.ok === false ? '.failed' : ''}` : 'div.step.pause', {role: 'listitem'}, make('time'), makeSvg('svg', {'aria-hidden': 'true'}), words);
     if (row) element.addEventListener('click', () => this.onChoose(row.id));
     return element;
   }
@@ -134,12 +135,13 @@ export class Ladder {
     setText(time, item.row ? item.stamp : '');
     if (!item.row) setText(words, `${(item.pause / 1000).toFixed(1)} s`);
     else if (item.row.ok === false) element.classList.add('failed');
-    const shape = JSON.stringify([lanes, item.lives, item.before, item.row?.ok]);
+    const far = NEAR.length + this.calls.findIndex((call) => String(call.id) === String(item.row?.call));
+    const shape = JSON.stringify([lanes, item.lives, item.before, item.row?.ok, far]);
     if (element.shape === shape) return;
     element.shape = shape;
     const width = lanes * STEP;
     set(drawing, {viewBox: `0 0 ${width} ${HEIGHT}`, width, height: HEIGHT});
-    drawing.replaceChildren(...this.lifelines(item, lanes), ...(item.row ? arrow(item.row.kind) : []));
+    drawing.replaceChildren(...this.lifelines(item, lanes), ...(item.row ? arrow(LANES_OF[item.row.kind](item.row, far)) : []));
     if (item.row) set(element, {title: `${clockTime(item.row.time)} ${item.row.kind}: ${shown(item.row.what)}`});
   }
 
@@ -159,8 +161,8 @@ export class Ladder {
   }
 }
 
-function arrow(kind) {
-  const [from, to] = LANES_OF[kind].map(laneX);
+function arrow(lanes) {
+  const [from, to] = lanes.map(laneX);
   const way = Math.sign(to - from);
   const middle = HEIGHT / 2;
   return [makeSvg('line', {x1: from, x2: to - 3 * way, y1: middle, y2: middle, class: 'arrow'}),

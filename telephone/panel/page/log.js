@@ -4,15 +4,16 @@ import {byId, isolated, keep, make, set, setText, shown} from './dom.js';
 import {chip, clockTime} from './words.js';
 
 const MOST = 10000;
-const KINDS = [['request', 'Requests'], ['event', 'Events'], ['reason', 'Reasons']]; // SIP messages join here
+const KINDS = [['request', 'Requests'], ['event', 'Events'], ['reason', 'Reasons'], ['sip', 'SIP'], ['operation', 'Engine']];
+const HIDDEN = ['sip', 'operation']; // at first
 const FLOOD = 50; // rows a second from which their rate is shown
-const MARKS = {request: '→', event: '·', reason: '└', gap: ''};
+const MARKS = {request: '→', event: '·', reason: '└', sip: '≈', operation: '»', gap: ''};
 
 export class Log {
   constructor({onChoose}) {
     this.rows = [];
     this.seen = [];
-    this.hidden = new Set();
+    this.hidden = new Set(HIDDEN);
     this.words = [];
     this.follows = true;
     this.fresh = 0;
@@ -25,7 +26,7 @@ export class Log {
   }
 
   listen() {
-    byId('kinds').append(...KINDS.map(([kind, label]) => make('button', {type: 'button', 'aria-pressed': 'true', click: (event) => this.toggle(kind, event.currentTarget)}, label)));
+    byId('kinds').append(...KINDS.map(([kind, label]) => make('button', {type: 'button', 'aria-pressed': String(!HIDDEN.includes(kind)), click: (event) => this.toggle(kind, event.currentTarget)}, label)));
     byId('filter').addEventListener('input', () => this.refilter());
     byId('clear').addEventListener('click', () => { this.rows = []; this.refilter(); });
     byId('follow').addEventListener('click', () => this.follow(!this.follows));

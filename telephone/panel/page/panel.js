@@ -11,6 +11,7 @@ import {Log} from './log.js';
 import {actionsFor, drawSoftkeys} from './softkeys.js';
 import {ring, soundDigit, switchSound} from './sound.js';
 import {StateTree} from './state.js';
+import {Steps} from './steps.js';
 import {byAttention, clockTime, isLive, lasting, nameOf, setDomain, stateWords} from './words.js';
 
 const TABS = [['ladder', 'Ladder'], ['state', 'State'], ['detail', 'Detail']];
@@ -27,10 +28,11 @@ let chosenRow = null;
 let numbers = [];
 let tab = 'ladder';
 
-const connection = new Connection({state: take, events: noteEvents, gap: noteGap, lost: lose, back: comeBack});
+const connection = new Connection({state: take, happened: note, gap: noteGap, missed: noteMissed, lost: lose, back: comeBack});
 const log = new Log({onChoose: chooseRow});
 const ladder = new Ladder({onCall: call, onChoose: (id) => { log.choose(id); }});
 const tree = new StateTree();
+const steps = new Steps();
 const box = new RequestBox({contextOf: () => state && {description: connection.description, state: visible(), numbers}, onSend: send});
 
 /** The state without calls that have long been over. */
@@ -89,11 +91,17 @@ function tellChanges(before, next) {
 
 // --- what happens
 
-function noteEvents(events) {
-  const rows = events.map((event) => ({kind: 'event', time: Date.parse(event.time), number: event.event, line: event.line ?? '', call: event.call || '',
-    what: event.words?.what ?? event.name ?? 'unknown', party: event.words?.party, details: event.words?.details ?? [], data: event}));
+const eventRow = (event) => ({kind: 'event', time: Date.parse(event.time), number: event.event, seq: event.seq, line: event.line ?? '', call: event.call || '',
+  what: event.words?.what ?? event.name ?? 'unknown', party: event.words?.party, details: event.words?.details ?? [], data: event});
+
+function note(happened) {
+  const rows = happened.map(({event, step}) => (event ? eventRow(event) : steps.rowOf(step))).filter(Boolean);
   log.add(rows);
   rows.forEach((row) => ladder.note(row));
+}
+
+function noteMissed(count) {
+  log.add([{kind: 'gap', time: connection.now(), what: `${count} steps between service and far ends came too fast to be shown`}]);
 }
 
 function noteGap(words) {
@@ -192,6 +200,7 @@ function comeBack(isRestarted) {
   if (isRestarted) {
     log.add([{kind: 'gap', time: Date.now(), what: 'the telephone was restarted: its calls are over, and its events begin again with 1'}]);
     ladder.restart();
+    steps.restart();
     say('The telephone was restarted', true);
   } else if (state) say('Connected again');
   fetchNumbers();

@@ -2,6 +2,7 @@
 #include <chrono>
 
 #include "HttpTest.h"
+#include "telephone/http/StepQueue.h"
 
 using namespace telephone;
 
@@ -88,6 +89,50 @@ TEST_F(HttpEventsTest, EventsWithWords_SayWhatHappened)
     std::string const event = next(events);
 
     EXPECT_NE(event.find(R"("words":{"what":"held","party":"","details":[]}})"), std::string::npos) << event;
+}
+
+TEST_F(HttpEventsTest, StreamWithSteps_HasThoseOfCallsAlone)
+{
+    HttpConnection events = stream("?steps");
+    EXPECT_EQ(next(events).find("event: step"), std::string::npos);
+    auto const trace = [](char const* kind, char const* name, char const* value) {
+        traceStep(kind, [&](TraceStep& step) { step.add(name, value); });
+    };
+
+    trace("lamp", "label", R"("step":"sip")");
+    trace("platform", "name", "LineManager::getLine");
+    trace("platform", "name", "CSfi::CallFeature");
+    trace("sip", "method", "INVITE");
+
+    std::string const first = next(events);
+    EXPECT_EQ(first.substr(0, 19), "event: step\ndata: {");
+    EXPECT_NE(first.find(R"("name":"CSfi::CallFeature"})"), std::string::npos) << first;
+    EXPECT_NE(next(events).find(R"("method":"INVITE"})"), std::string::npos);
+}
+
+TEST_F(HttpEventsTest, StreamWithSteps_SaysHowManyCameTooFast)
+{
+    constexpr int kSteps = 3000;  // a megabyte waits at most
+    std::string const text(1000, 'x');
+    std::string received;
+    {
+        telephone::StepQueue steps([] {});
+        for (int i = 0; i < kSteps; ++i) {
+            traceStep("sip", [&text](TraceStep& step) { step.add("text", text); });
+        }
+        received = steps.take();
+        EXPECT_EQ(steps.take(), "");
+    }
+
+    int sent = 0;
+    for (auto at = received.find("event: step\n"); at != std::string::npos;
+         at = received.find("event: step\n", at + 1)) {
+        ++sent;
+    }
+    EXPECT_GT(sent, 500);
+    EXPECT_LT(received.size(), 1'010'000U);
+    EXPECT_TRUE(received.ends_with("event: steps-missed\ndata: " + std::to_string(kSteps - sent) + "\n\n"));
+    EXPECT_FALSE(isTracing());
 }
 
 TEST_F(HttpEventsTest, EventsThatAreNoLongerKept_AreReplacedByTheState)

@@ -157,6 +157,25 @@ TEST_F(Trace, WithoutATrace_NoStepIsMade)
     EXPECT_EQ(stopTrace().error().reason, "nothing is being traced");
 }
 
+TEST_F(Trace, Listener_ReceivesEachLineWithAndWithoutAFile)
+{
+    std::vector<std::string> heard;
+    {
+        TraceListener const listener([&heard](std::string_view line) { heard.emplace_back(line); });
+        step("key");
+        start();
+        step("lamp");
+        EXPECT_TRUE(stopTrace());
+        EXPECT_TRUE(isTracing());
+    }
+    EXPECT_FALSE(isTracing());
+
+    ASSERT_EQ(heard.size(), 2U);
+    EXPECT_EQ(nlohmann::json::parse(heard[0])["step"], "key");
+    EXPECT_EQ(nlohmann::json::parse(heard[1]), steps()[0]);
+    EXPECT_EQ(heard[1].back(), '\n');
+}
+
 TEST_F(Trace, SecondTrace_IsRefusedUntilTheFirstHasEnded)
 {
     start();
