@@ -6,13 +6,11 @@ namespace telephone {
 
 void FarEndColumns::note(std::string const& name, std::uint64_t moment)
 {
-    auto const found =
-        std::find_if(presences_.begin(), presences_.end(), [&name](Presence const& each) { return each.name == name; });
-    if (found == presences_.end()) {
+    auto const [place, isNew] = places_.try_emplace(name, presences_.size());
+    if (isNew) {
         presences_.push_back({name, moment, moment});
-    } else {
-        found->end = moment;
     }
+    presences_[place->second].end = moment;
 }
 
 void FarEndColumns::arrange(std::size_t mostColumns)

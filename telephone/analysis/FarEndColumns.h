@@ -33,7 +33,8 @@ private:
         std::uint64_t end;
     };
 
-    std::vector<Presence> presences_;  // in the order of their beginnings
+    std::vector<Presence> presences_;                         // in the order of their beginnings
+    std::map<std::string, std::size_t, std::less<>> places_;  // of presences
     std::map<std::string, std::size_t, std::less<>> columns_;
     std::vector<std::string> names_;
     std::vector<std::size_t> counts_;  // far ends of each column

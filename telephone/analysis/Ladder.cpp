@@ -114,7 +114,9 @@ private:
             }
         }
         for (auto const& [number, step] : contents_.steps) {
-            if (step.kind == StepKind::kSip && chosen_.contains(step)) {
+            bool const isAtFarEnd =
+                step.kind == StepKind::kSip || (step.kind == StepKind::kEngine && step.has("dialog"));
+            if (isAtFarEnd && chosen_.contains(step)) {
                 farEnds_.note(nameOf(step.text("dialog")), number);
             }
         }
@@ -133,6 +135,10 @@ private:
 
     [[nodiscard]] std::string title() const
     {
+        constexpr std::size_t kMostNamed = 8;
+        if (chosen_.calls().size() > kMostNamed) {
+            return fmt::format("{} calls", chosen_.calls().size());
+        }
         std::string text = ladder_.hasSeveralCalls ? "Calls" : "A call";
         for (TracedCall const* const call : chosen_.calls()) {
             std::string const party = addressText(call->party, options_);
@@ -277,10 +283,16 @@ private:
     void follow(TracedStep const& step)
     {
         TracedCall const* const call = calls_.withId(step.text("call"), step.number);
-        auto& [column, activity] = calling_[call];
-        column = step.has("dialog") ? columnOf(step.text("dialog")) : std::max<std::size_t>(column, kFirstFarEnd);
-        activity = activityIn(step.text("state"));
+        Activity const activity = activityIn(step.text("state"));
+        if (step.has("dialog")) {
+            calling_[call] = {columnOf(step.text("dialog")), activity};
+        } else if (auto const known = calling_.find(call); known != calling_.end()) {
+            known->second.second = activity;
+        }
         updateBars(rowOfMessage(step));
+        if (activity == Activity::kNone) {
+            calling_.erase(call);
+        }
     }
 
     // The row of the SIP message that changed the call, or else the last one.

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <iterator>
+#include <set>
+#include <string>
 #include <utility>
 
 #include <spdlog/fmt/fmt.h>
@@ -74,6 +76,7 @@ LadderSteps::LadderSteps(TraceContents const& contents, TracedCalls const& calls
     : contents_(&contents)
     , calls_(&calls)
     , chosen_(std::move(chosen))
+    , isChosen_(chosen_.begin(), chosen_.end())
 {
     for (auto const& [number, step] : contents.steps) {
         if (step.kind != StepKind::kRequest && isAboutChosen(step)) {
@@ -92,7 +95,7 @@ void LadderSteps::markCausesOf(TracedStep const& step)
 
 bool LadderSteps::isChosen(TracedCall const* call) const
 {
-    return std::find(chosen_.begin(), chosen_.end(), call) != chosen_.end();
+    return isChosen_.contains(call);
 }
 
 bool LadderSteps::isAboutChosen(std::string_view call, TracedStep const& step) const

@@ -1,10 +1,11 @@
 // Which steps of a trace belong to a ladder. One thread.
 #pragma once
 
+#include <cstdint>
 #include <optional>
-#include <set>
 #include <string_view>
 #include <unordered_set>
+#include <vector>
 
 #include "telephone/analysis/TracedCalls.h"
 #include "telephone/analysis/TracedStep.h"
@@ -37,6 +38,7 @@ private:
     TraceContents const* contents_;
     TracedCalls const* calls_;
     std::vector<TracedCall const*> chosen_;
+    std::unordered_set<TracedCall const*> isChosen_;
     std::unordered_set<std::uint64_t> leading_;  // steps that led to one about a chosen call
 };
 

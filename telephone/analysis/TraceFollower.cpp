@@ -6,8 +6,7 @@ namespace telephone {
 
 TraceFollower::TraceFollower(std::string name, TraceTree::Filter filter, TraceTree::Form form,
                              std::function<DisplayOptions(std::string const& domain)> options, TraceTree::Writer write)
-    : reader_(std::move(name),
-              form == TraceTree::Form::kJson ? TraceReader::Lines::kKept : TraceReader::Lines::kForgotten)
+    : reader_(std::move(name), form == TraceTree::Form::kWords ? TraceReader::Keep::kSteps : TraceReader::Keep::kTexts)
     , filter_(std::move(filter))
     , form_(form)
     , options_(std::move(options))

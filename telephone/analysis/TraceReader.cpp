@@ -218,8 +218,8 @@ constexpr bool kThrows = false;
 
 }  // namespace
 
-TraceReader::TraceReader(std::string name, Lines lines)
-    : lines_(lines)
+TraceReader::TraceReader(std::string name, Keep keep)
+    : keep_(keep)
 {
     contents_.name = std::move(name);
 }
@@ -271,7 +271,11 @@ Outcome<std::uint64_t> TraceReader::take(std::string const& text)
         return notOfTrace("not a JSON object");
     }
     return readStep(line).and_then([&](TracedStep step) -> Outcome<std::uint64_t> {
-        step.line = lines_ == Lines::kKept ? text : "";
+        if (keep_ == Keep::kTexts) {
+            step.line = text;
+        } else if (step.kind == StepKind::kSip) {
+            std::erase_if(step.members, [](auto const& member) { return member.first == "text"; });
+        }
         std::uint64_t const number = step.number;
         bool const isNew = contents_.steps.emplace(number, std::move(step)).second;
         return isNew ? Outcome<std::uint64_t>(number) : notOfTrace(fmt::format("there are two steps {}", number));

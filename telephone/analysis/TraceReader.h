@@ -22,14 +22,14 @@ constexpr int kTraceVersion = 1;
 class TraceReader
 {
 public:
-    enum class Lines
+    enum class Keep
     {
-        kForgotten,
-        kKept,  // each step has its line
+        kSteps,
+        kTexts,  // also each step's line and the texts of SIP messages, which are most of a trace
     };
 
     // The name of the file is for refusals: "hold.trace:3: ...".
-    explicit TraceReader(std::string name, Lines lines = Lines::kForgotten);
+    explicit TraceReader(std::string name, Keep keep = Keep::kSteps);
 
     // Takes the whole lines from where the stream stands to its end, and returns the numbers of their steps. Refused
     // for the first line that is not one of a trace.
@@ -47,7 +47,7 @@ private:
     [[nodiscard]] Outcome<> takeHeader(std::string const& text);
 
     TraceContents contents_;
-    Lines const lines_;
+    Keep const keep_;
     std::string rest_;  // of a line whose end is missing
     std::uint64_t line_ = 0;
     bool hasBegun_ = false;

@@ -56,7 +56,8 @@ TracedCall const* TracedCalls::withId(std::string_view id, std::uint64_t step) c
     }
     auto const& calls = found->second;
     auto const later =
-        std::find_if(calls.begin(), calls.end(), [step](TracedCall const* call) { return call->begin > step; });
+        std::upper_bound(calls.begin(), calls.end(), step,
+                         [](std::uint64_t number, TracedCall const* call) { return number < call->begin; });
     return later == calls.begin() ? calls.front() : *(later - 1);
 }
 

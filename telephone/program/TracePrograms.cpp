@@ -34,8 +34,8 @@ Outcome<std::ifstream> openFile(std::string const& name)
 Outcome<TraceContents> readTrace(CommandLine const& line)
 {
     return openFile(line.traced.file).and_then([&](std::ifstream file) {
-        TraceReader reader(line.traced.file,
-                           line.output.json ? TraceReader::Lines::kKept : TraceReader::Lines::kForgotten);
+        bool const wantsTexts = line.output.json || line.output.raw;
+        TraceReader reader(line.traced.file, wantsTexts ? TraceReader::Keep::kTexts : TraceReader::Keep::kSteps);
         return reader.read(file).and_then([&](auto const&) { return reader.finish(); });
     });
 }

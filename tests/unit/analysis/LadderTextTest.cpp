@@ -186,6 +186,25 @@ TEST(LadderText, MessageThatIsSentAgain_SaysSo)
     EXPECT_NE(text.find("─ INVITE again ─"), std::string::npos);
 }
 
+TEST(LadderText, CallWithoutMessages_HasAFarEnd)
+{
+    TraceText trace;
+    trace.engine(0, 1, "", "connected").request(requestText("HoldCall", "1"));
+    trace.at("01.000").request(requestText("CallClearRequest", "1"));
+    EXPECT_EQ(ladder(trace), R"(
+s   application                          service                 engine                          100
+  0.000  │─────────── HoldCall ────────────▶│                       │                             │
+         │                                  │                       │════ they talk for 1.0 s ════║
+  1.000  │─────── CallClearRequest ────────▶│                       │                             ║
+)");
+    trace = TraceText().request(requestText("HoldCall", "1"));
+    trace.step(1, R"("step":"engine","line":"4711","call":1,"state":"connected")");
+    EXPECT_EQ(ladder(trace), R"(
+s   application                          service                 engine
+  0.000  │─────────── HoldCall ────────────▶│                       │
+)");
+}
+
 TEST(LadderText, TraceWithoutTheCall_IsRefused)
 {
     EXPECT_EQ(ladder(TraceText().request("<Method>GetDevices</Method>")), "refused: hold.trace has no calls");

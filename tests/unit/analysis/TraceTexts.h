@@ -90,10 +90,10 @@ public:
     [[nodiscard]] int number() const { return number_; }
     // The whole file.
     [[nodiscard]] std::string text() const { return std::string(kHeader) + lines_; }
-    [[nodiscard]] TraceContents contents(TraceReader::Lines lines = TraceReader::Lines::kForgotten) const
+    [[nodiscard]] TraceContents contents(TraceReader::Keep keep = TraceReader::Keep::kSteps) const
     {
         std::istringstream file(text());
-        TraceReader reader("hold.trace", lines);
+        TraceReader reader("hold.trace", keep);
         auto const taken = reader.read(file);
         EXPECT_TRUE(taken) << taken.error().reason;
         return *reader.finish();

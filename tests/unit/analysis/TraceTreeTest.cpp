@@ -131,7 +131,7 @@ TEST(TraceTree, Texts_StandAsInTheTrace)
     trace.step(
         1, R"("step":"sip","direction":"sent","method":"BYE","text":"BYE sip:100 SIP/2.0\r\nTo: \u001b[2J\r\n\r\n")");
 
-    EXPECT_EQ(treeOf(trace.contents(), {}, TraceTree::Form::kTexts), R"(
+    EXPECT_EQ(treeOf(trace.contents(TraceReader::Keep::kTexts), {}, TraceTree::Form::kTexts), R"(
 12:00:00.000         →  <Method>GetDevices</Method>
 12:00:00.000         ←    <prime:4711>
 12:00:00.000       sip    BYE sip:100 SIP/2.0
@@ -144,7 +144,7 @@ TEST(TraceTree, Json_IsTheLinesOfTheFile)
 {
     TraceText const trace = TraceText().request("GetDevices").lamp(1, 3, "", "off", "none");
 
-    EXPECT_EQ(treeOf(trace.contents(TraceReader::Lines::kKept), {{StepKind::kLamp}, "", ""}, TraceTree::Form::kJson),
+    EXPECT_EQ(treeOf(trace.contents(TraceReader::Keep::kTexts), {{StepKind::kLamp}, "", ""}, TraceTree::Form::kJson),
               "\n"
               R"({"seq":2,"time":"2026-03-01T12:00:00.000Z","thread":"SIP","id":1,"because":1,"step":"lamp","lamp":3,)"
               R"("label":"","mode":"off","colour":"none"})"
@@ -165,7 +165,7 @@ TEST(TraceTree, TextsFromTheWire_CannotControlTheTerminal)
     trace.step(0, R"("step":"key","plug":")" + evil + R"(","action":")" + evil + "\"");
     trace.step(0, R"("step":"store","settings":")" + evil + R"(","reason":")" + evil + "\"");
     trace.step(0, R"("step":"fault","fault":")" + evil + R"(","state":")" + evil + "\"");
-    TraceContents const contents = trace.contents();
+    TraceContents const contents = trace.contents(TraceReader::Keep::kTexts);
 
     for (TraceTree::Form const form : {TraceTree::Form::kWords, TraceTree::Form::kTexts}) {
         std::string const text = treeOf(contents, {}, form);
