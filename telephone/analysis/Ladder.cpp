@@ -188,7 +188,7 @@ private:
         // A platform call is written later than its effects, and a clock may be set back.
         auto const time = std::max(last_, step.time);
         first_ = first_.value_or(time);
-        addPause(*first_, time);
+        addPause(time);
         last_ = time;
         ladder_.rows.push_back({kind, from, to, std::move(text), sinceFirst(time), {}});
     }
@@ -199,9 +199,9 @@ private:
     }
 
     // What goes on until the next row.
-    void addPause(TracedStep::Time first, TracedStep::Time time)
+    void addPause(TracedStep::Time time)
     {
-        if (ladder_.rows.empty() || time - std::max(first, last_) < kShortestPause) {
+        if (ladder_.rows.empty() || time - last_ < kShortestPause) {
             return;
         }
         double const seconds = std::chrono::duration<double>(time - last_).count();

@@ -28,29 +28,29 @@ struct RoleRow
 
 using R = StepRole;
 
-// A word in braces is replaced by what StepSentences::value says. A step that is told by the row of its call state has
-// empty places here.
+// Indexed by the role. A word in braces is replaced by what StepSentences::value says. Changes of calls are told by
+// their state, below. Only what another step is an answer to, or followed, is ever recalled.
 // clang-format off
 constexpr RoleRow kRoles[] = {
-    {R::kRequest,         "{application} sent the request {request}{at time}",         "{application} had sent the request {request}"},
-    {R::kCommand,         "{application} gave the command \"{text}\"{at time}",            "{application} had given the command \"{text}\""},
-    {R::kAnswer,          "the request was answered with {text}",                       "The request had been answered with {text}"},
-    {R::kReason,          "the request was refused: {text}",                            "The request had been refused: {text}"},
-    {R::kEvent,           "event {number} was sent",                                    "Event {number} had been sent"},
-    {R::kPlatform,        "the service called {name}{with arguments}",                  "The service had called {name}{with arguments}"},
-    {R::kEngine,          "",                                                           ""},
-    {R::kKey,             "{key} was {action}{at time}",                               "{Key} had been {action}"},
-    {R::kHook,            "the handset was {lifted}{at time}",                         "The handset had been {lifted}"},
-    {R::kPlug,            "the {plug} was {plugged}{at time}",                         "The {plug} had been {plugged}"},
-    {R::kLamp,            "lamp {lamp} became {light}",                                 "Lamp {lamp} had become {light}"},
-    {R::kTimer,           "the timer \"{name}\" ran out",                               "The timer \"{name}\" had run out"},
-    {R::kStored,          "the settings {settings} were stored",                        "The settings {settings} had been stored"},
-    {R::kNotStored,       "the settings {settings} could not be stored ({reason})",     "The settings {settings} could not be stored ({reason})"},
-    {R::kFault,           "the fault {fault} {fault state}{at time}",                  "The fault {fault} {fault state}"},
-    {R::kRequestSent,     "the telephone sent {a method} to {far end}",                 "The telephone had sent this {method}"},
-    {R::kRequestReceived, "{far end} sent {a method}{at time}",                        "{far end} had sent this {method}"},
+    {R::kRequest,         "{application} sent the request {request}{at time}",           ""},
+    {R::kCommand,         "{application} gave the command \"{text}\"{at time}",          ""},
+    {R::kAnswer,          "the request was answered with {text}",                        ""},
+    {R::kReason,          "the request was refused: {text}",                             ""},
+    {R::kEvent,           "event {number} was sent",                                     ""},
+    {R::kPlatform,        "the service called {name}{with arguments}",                   ""},
+    {R::kEngine,          "",                                                            ""},
+    {R::kKey,             "{key} was {action}{at time}",                                 ""},
+    {R::kHook,            "the handset was {lifted}{at time}",                           ""},
+    {R::kPlug,            "the {plug} was {plugged}{at time}",                           ""},
+    {R::kLamp,            "lamp {lamp} became {light}",                                  ""},
+    {R::kTimer,           "the timer \"{name}\" ran out",                                ""},
+    {R::kStored,          "the settings {settings} were stored",                         ""},
+    {R::kNotStored,       "the settings {settings} could not be stored ({reason})",      ""},
+    {R::kFault,           "the fault {fault} {fault state}{at time}",                    ""},
+    {R::kRequestSent,     "the telephone sent {a method} to {far end}",                  "The telephone had sent this {method}"},
+    {R::kRequestReceived, "{far end} sent {a method}{at time}",                          "{far end} had sent this {method}"},
     {R::kAnswerSent,      "the telephone answered the {method} of {far end} with {sip}", "The telephone had answered the {method} of {far end} with {sip}"},
-    {R::kAnswerReceived,  "{far end} answered the {method} with {sip}",                 "{far end} had answered the {method} with {sip}"},
+    {R::kAnswerReceived,  "{far end} answered the {method} with {sip}",                  ""},
 };
 
 struct StateRow
@@ -62,23 +62,23 @@ struct StateRow
 };
 
 constexpr StateRow kStates[] = {
-    {"dialling",       "",             "{call} began",                               "{Call} had begun"},
-    {"proceeding",     "",             "{call} made progress",                       "{Call} had made progress"},
-    {"remote ringing", "",             "{call} began to ring at the far end",        "{Call} had begun to ring at the far end"},
-    {"incoming",       "",             "{call} arrived",                             "{Call} had arrived"},
-    {"ringing",        "",             "{call} began to ring",                       "{Call} had begun to ring"},
-    {"connected",      "held",         "the call engine took {call} back from hold", "The call engine had taken {call} back from hold"},
-    {"connected",      "remotely held", "the far end took {call} back from hold",    "The far end had taken {call} back from hold"},
-    {"connected",      "",             "{call} was connected",                       "{Call} had been connected"},
-    {"held",           "",             "the call engine put {call} on hold",         "The call engine had put {call} on hold"},
-    {"remotely held",  "",             "the far end put {call} on hold",             "The far end had put {call} on hold"},
-    {"held by both",   "",             "{call} was put on hold at both ends",        "{Call} had been put on hold at both ends"},
-    {"conference",     "",             "{call} joined a conference",                 "{Call} had joined a conference"},
-    {"transferring",   "",             "the transfer of {call} began",               "The transfer of {call} had begun"},
-    {"busy",           "",             "{call} found the far end busy",              "{Call} had found the far end busy"},
-    {"failed",         "",             "{call} failed",                              "{Call} had failed"},
-    {"idle",           "",             "{call} ended",                               "{Call} had ended"},
-    {"",               "",             "{call} became {state}",                      "{Call} had become {state}"},
+    {"dialling",       "",              "{call} began",                               "{Call} had begun"},
+    {"proceeding",     "",              "{call} made progress",                       "{Call} had made progress"},
+    {"remote ringing", "",              "{call} began to ring at the far end",        "{Call} had begun to ring at the far end"},
+    {"incoming",       "",              "{call} arrived",                             "{Call} had arrived"},
+    {"ringing",        "",              "{call} began to ring",                       "{Call} had begun to ring"},
+    {"connected",      "held",          "the call engine took {call} back from hold", "The call engine had taken {call} back from hold"},
+    {"connected",      "remotely held", "the far end took {call} back from hold",     "The far end had taken {call} back from hold"},
+    {"connected",      "",              "{call} was connected",                       "{Call} had been connected"},
+    {"held",           "",              "the call engine put {call} on hold",         "The call engine had put {call} on hold"},
+    {"remotely held",  "",              "the far end put {call} on hold",             "The far end had put {call} on hold"},
+    {"held by both",   "",              "{call} was put on hold at both ends",        "{Call} had been put on hold at both ends"},
+    {"conference",     "",              "{call} joined a conference",                 "{Call} had joined a conference"},
+    {"transferring",   "",              "the transfer of {call} began",               "The transfer of {call} had begun"},
+    {"busy",           "",              "{call} found the far end busy",              "{Call} had found the far end busy"},
+    {"failed",         "",              "{call} failed",                              "{Call} had failed"},
+    {"idle",           "",              "{call} ended",                               "{Call} had ended"},
+    {"",               "",              "{call} became {state}",                      "{Call} had become {state}"},
 };
 
 struct StatementRow

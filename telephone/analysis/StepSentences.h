@@ -49,7 +49,8 @@ public:
 
     // What happened, to stand behind "because": "100 answered the INVITE with 200 OK".
     [[nodiscard]] std::string told(TracedStep const& step) const;
-    // The beginning of a sentence that goes back to the step: "The telephone had sent this INVITE".
+    // The beginning of a sentence that goes back to a change of a call or a SIP message: "The telephone had sent this
+    // INVITE".
     [[nodiscard]] std::string recalled(TracedStep const& step) const;
     // The request or command as the purpose of something: "the request HoldCall 4711 call 3 of console at ...".
     [[nodiscard]] std::string purpose(TracedStep const& step) const;

@@ -11,7 +11,6 @@
 #include "telephone/analysis/TraceFollower.h"
 #include "telephone/analysis/TraceReader.h"
 #include "telephone/analysis/TraceTree.h"
-#include "telephone/display/SafeText.h"
 #include "telephone/framework/StopSignal.h"
 #include "telephone/program/Output.h"
 #include "telephone/program/Programs.h"
