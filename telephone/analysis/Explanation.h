@@ -3,7 +3,7 @@
 //
 //     Event 9 says that call 3 to 100 is held.
 //     The call engine had put call 3 to 100 on hold, because 100 answered the INVITE with 200 OK recvonly.
-//     The telephone had sent this INVITE, because the service called CSfi::CallFeature with feature hold.
+//     The telephone had sent this INVITE to 100, because the service called CSfi::CallFeature with feature hold.
 //     It did so for the request HoldCall 4711 call 3 of console at 12:00:01.200.
 #pragma once
 

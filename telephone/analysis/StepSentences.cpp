@@ -47,7 +47,7 @@ constexpr RoleRow kRoles[] = {
     {R::kStored,          "the settings {settings} were stored",                         ""},
     {R::kNotStored,       "the settings {settings} could not be stored ({reason})",      ""},
     {R::kFault,           "the fault {fault} {fault state}{at time}",                    ""},
-    {R::kRequestSent,     "the telephone sent {a method} to {far end}",                  "The telephone had sent this {method}"},
+    {R::kRequestSent,     "the telephone sent {a method} to {far end}",                  "The telephone had sent this {method} to {far end}"},
     {R::kRequestReceived, "{far end} sent {a method}{at time}",                          "{far end} had sent this {method}"},
     {R::kAnswerSent,      "the telephone answered the {method} of {far end} with {sip}", "The telephone had answered the {method} of {far end} with {sip}"},
     {R::kAnswerReceived,  "{far end} answered the {method} with {sip}",                  ""},

@@ -152,7 +152,7 @@ The telephone had answered the INVITE of 100 with 200 OK, because key 1 "4711" w
     EXPECT_EQ(shown("why", {"8"}), R"(
 Event 8 says that call 1001 from 100 is held.
 The call engine had put call 1001 from 100 on hold, because 100 answered the INVITE with 200 OK recvonly.
-The telephone had sent this INVITE, because the service called CSfi::HandleKeyFunction.
+The telephone had sent this INVITE to 100, because the service called CSfi::HandleKeyFunction.
 This happened because key 7 "Hold" was pressed, as console asked with the command "press 7" at 00:00:01.100.
 )");
 }

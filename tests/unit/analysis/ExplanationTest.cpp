@@ -38,7 +38,7 @@ TEST(Explanation, EventOfAHold_LeadsBackToItsRequest)
     EXPECT_EQ(why(held(), 9), R"(
 Event 9 says that call 3 with 100 is held.
 The call engine had put call 3 with 100 on hold, because 100 answered the INVITE with 200 OK recvonly.
-The telephone had sent this INVITE, because the service called CSfi::CallFeature with feature hold.
+The telephone had sent this INVITE to 100, because the service called CSfi::CallFeature with feature hold.
 It did so for the request HoldCall 4711 call 3 of console at 12:00:01.201.
 )");
 }
@@ -49,7 +49,7 @@ TEST(Explanation, Lamp_IsExplainedByItsLatestChange)
     EXPECT_EQ(whyLamp(trace, "3"), R"(
 Lamp 3 "Hold" has been flashing green since 12:00:01.201.
 The call engine had put call 3 with 100 on hold, because 100 answered the INVITE with 200 OK recvonly.
-The telephone had sent this INVITE, because the service called CSfi::CallFeature with feature hold.
+The telephone had sent this INVITE to 100, because the service called CSfi::CallFeature with feature hold.
 It did so for the request HoldCall 4711 call 3 of console at 12:00:01.201.
 )");
     trace.lamp(19, 3, "Hold", "off", "none");
