@@ -1,8 +1,10 @@
 // The commands trace, why and ladder.
+#include <array>
 #include <chrono>
-#include <cstdio>
 #include <fstream>
 #include <iostream>
+#include <optional>
+#include <set>
 
 #include "telephone/analysis/Explanation.h"
 #include "telephone/analysis/Ladder.h"
