@@ -198,7 +198,7 @@ void Telephone::Parts::begin()
     if (auto const started = faults.start(*history, configuration.faults); !started) {
         throw std::runtime_error(started.error().reason);
     }
-    requests.whenDone([this] { faults.noteRequest(); });
+    requests.whenDone([this] { faults.noteActivity(); });
     recording = std::make_unique<TrafficRecording>(*history, controls);
     keys.setService(service.get());
     controls.setService(service.get());

@@ -48,12 +48,14 @@ Outcome<ApplicationClient> ApplicationClient::connect(std::string const& path)
 
 Outcome<ApplicationReply> ApplicationClient::ask(std::string_view text, int stop)
 {
-    if (auto const sent = send(text); !sent) {
-        return tl::unexpected(sent.error());
-    }
+    return send(text).and_then([&] { return reply(stop); });
+}
+
+Outcome<ApplicationReply> ApplicationClient::reply(int stop, SteadyClock::time_point deadline)
+{
     ApplicationReply reply;
     while (true) {
-        auto message = receive(stop);
+        auto message = receive(stop, deadline);
         if (!message) {
             return tl::unexpected(message.error());
         }
@@ -83,11 +85,15 @@ Outcome<> ApplicationClient::send(std::string_view text)
     return {};
 }
 
-Outcome<std::optional<ApplicationMessage>> ApplicationClient::receive(int stop)
+Outcome<std::optional<ApplicationMessage>> ApplicationClient::receive(int stop, SteadyClock::time_point deadline)
 {
     std::size_t end = 0;
     while ((end = input_.find(kMessageEnd)) == std::string::npos) {
-        if (!read(stop)) {
+        auto const isRead = read(stop, deadline);
+        if (!isRead) {
+            return tl::unexpected(isRead.error());
+        }
+        if (!*isRead) {
             return std::nullopt;
         }
     }
@@ -100,11 +106,15 @@ Outcome<std::optional<ApplicationMessage>> ApplicationClient::receive(int stop)
     return message;
 }
 
-bool ApplicationClient::read(int stop)
+Outcome<bool> ApplicationClient::read(int stop, SteadyClock::time_point deadline)
 {
     std::array<pollfd, 2> waited{{{socket_.get(), POLLIN, 0}, {stop, POLLIN, 0}}};
-    if (pollUntil(waited, kNoDeadline, "the telephone") < 0) {
+    int const ready = pollUntil(waited, deadline, "the telephone");
+    if (ready < 0) {
         return errno == EINTR;
+    }
+    if (ready == 0) {
+        return refuse(RefusalKind::kUnavailable, "the telephone does not answer");
     }
     if ((waited[1].revents & POLLIN) != 0) {
         return false;

@@ -13,6 +13,7 @@
 #include "telephone/applications/ApplicationProtocol.h"
 #include "telephone/base/Refusal.h"
 #include "telephone/framework/FileDescriptor.h"
+#include "telephone/time/SteadyClock.h"
 
 namespace telephone {
 
@@ -35,16 +36,21 @@ public:
 
     // Sends a request or a command. Refused if the telephone has ended.
     [[nodiscard]] Outcome<> send(std::string_view text);
+    // The reply to the first of those that were sent and have none yet. Refused as ask, and when the deadline comes
+    // first; no later reply can be told apart from it then.
+    [[nodiscard]] Outcome<ApplicationReply> reply(int stop = -1, SteadyClock::time_point deadline = kNoDeadline);
     // The next message. Nothing: the telephone has ended, or the descriptor `stop` became readable. Refused for a
-    // message that no telephone sends.
-    [[nodiscard]] Outcome<std::optional<ApplicationMessage>> receive(int stop = -1);
+    // message that no telephone sends, and when the deadline comes first.
+    [[nodiscard]] Outcome<std::optional<ApplicationMessage>> receive(int stop = -1,
+                                                                     SteadyClock::time_point deadline = kNoDeadline);
 
 private:
     explicit ApplicationClient(FileDescriptor socket)
         : socket_(std::move(socket))
     {}
-    // Waits for bytes. False: the telephone has ended, or `stop` became readable.
-    bool read(int stop);
+    // Waits for bytes. False: the telephone has ended, or `stop` became readable. Refused when the deadline comes
+    // first.
+    [[nodiscard]] Outcome<bool> read(int stop, SteadyClock::time_point deadline);
 
     FileDescriptor socket_;
     std::string input_;

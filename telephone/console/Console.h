@@ -1,6 +1,5 @@
-// The console: reads lines from standard input until its end or quit, and prints events as they come. A terminal has a
-// prompt, completion by Tab, and the history of the user's earlier consoles; Ctrl-C drops the line. From a pipe, each
-// line is run once the events of the previous one have ceased.
+// The console: runs the lines of a prompt until their end or quit, and prints events as they come. Ctrl-C drops the
+// line. From a pipe, each line is run once the events of the previous one have ceased.
 #pragma once
 
 #include <string>
@@ -8,33 +7,27 @@
 #include <vector>
 
 #include "telephone/console/Conversation.h"
+#include "telephone/console/LinePrompt.h"
 
 namespace telephone {
 
-class Console
+class Console : private LineUser
 {
 public:
     explicit Console(Conversation& conversation);
-    ~Console();
-    Console(Console const&) = delete;
-    Console& operator=(Console const&) = delete;
 
     // Returns at quit, at the end of the input, or on the stop signal. A refused line is printed and has no other
     // effect. False: the input came from a pipe, and some line was refused.
     bool run();
-    // For the Tab key.
-    std::vector<std::string> completionsOf(std::string_view line);
 
 private:
-    void runTerminal();
-    bool runPipe();
-    // False: the line was refused.
-    bool runLine(std::string const& line);
-    // Waits for input and takes events meanwhile; false: the stop signal came.
-    void settle();
-    bool waitForInput();
-
-    static void lineTyped(char* line);
+    // Takes events meanwhile. False: the stop signal came.
+    bool waitForInput() override;
+    bool runLine(std::string const& line) override;
+    [[nodiscard]] bool isOver() const override { return over_; }
+    void settle() override;
+    void writeTo(Writer writer) override;
+    std::vector<std::string> completionsOf(std::string_view line) override;
 
     Conversation& conversation_;
     bool over_ = false;

@@ -62,10 +62,10 @@ public:
     bool takeEvents();
     // Waits for events until the deadline and takes them. False: none came, or the program must end.
     bool waitForEvents(Clock::time_point deadline);
-    // Waits until the telephone is at rest: a moment has passed since the last request and event.
+    // Waits until the telephone is at rest: a moment has passed since the last activity and event.
     void settle();
-    // A request has just been sent.
-    void noteRequest() { lastActivity_ = Clock::now(); }
+    // Something was just done to the telephone, such as a request.
+    void noteActivity() { lastActivity_ = Clock::now(); }
     [[nodiscard]] bool isStopped() const;
 
     // For callers with a poll of their own.

@@ -142,6 +142,8 @@ ScriptResult ScriptPlayer::play(std::istream& script, std::string const& name)
 {
     std::vector<Line> const lines = linesOf(script);
     ScriptResult result{0, 0, check(lines)};
+    conversation_.noteActivity();  // the lines have just registered; their mailboxes answer a little later
+    conversation_.settle();
     auto const start = Conversation::Clock::now();
     for (auto line = lines.begin(); result.passed() && !quit_ && line != lines.end(); ++line) {
         if (auto const played = playLine(line->text)) {
@@ -295,7 +297,7 @@ void ScriptPlayer::noteResult(Conversation::Result const& result)
     if (!result.isRequest) {
         return;
     }
-    conversation_.noteRequest();
+    conversation_.noteActivity();
     hasRequest_ = true;
     answer_ = result.answer;
 }

@@ -56,10 +56,13 @@ Outcome<> checkCounts(sip::MessageCounts const& counts)
 // The appearance that a telephone wants for its call (RFC 7463); 0: any.
 int appearanceIn(std::string const& alertInfo)
 {
-    auto const alert = sip::NameAddr::parse(alertInfo);
-    auto const text = alert ? alert->parameter("appearance").value_or("") : "";
+    constexpr std::string_view kParameter = ";appearance=";
+    auto const place = alertInfo.find(kParameter);
     int appearance = 0;
-    std::from_chars(text.data(), text.data() + text.size(), appearance);
+    if (place != std::string::npos) {
+        auto const* const text = alertInfo.data() + place + kParameter.size();
+        std::from_chars(text, alertInfo.data() + alertInfo.size(), appearance);
+    }
     return std::max(appearance, 0);
 }
 

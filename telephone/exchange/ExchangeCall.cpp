@@ -22,11 +22,11 @@ constexpr milliseconds kDigitBeat{250};
 constexpr char const* kPreemption = "preemption;cause=1;text=\"UA Preemption\"";
 
 // No datagram of these is a SIP message: noise, a response without its headers, and one whose length is wrong.
-constexpr std::array<std::string_view, 3> kGarbage{
+constexpr auto kGarbage = std::to_array<std::string_view>({
     std::string_view("\x00\xff\x01garbage\r\n\r\n", 14),
     "SIP/2.0 200\r\n\r\n",
     "SIP/2.0 999 Nonsense\r\nVia: SIP/2.0/UDP\r\nCSeq: x\r\nContent-Length: -1\r\n\r\n<",
-};
+});
 
 // Without the steps that needed the call that has ended.
 Steps afterTheCall(Steps steps)

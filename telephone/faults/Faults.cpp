@@ -181,7 +181,7 @@ std::vector<std::string> Faults::rows() const
     return rows;
 }
 
-void Faults::noteRequest()
+void Faults::noteActivity()
 {
     std::vector<Id> due;
     {
@@ -227,8 +227,8 @@ void Faults::readEvents()
         std::lock_guard const lock(mutex_);
         for (Fault& each : faults_) {
             for (auto const& event : events) {
-                bool const isNew = each.order.on && !each.isActive && event->number > each.lastSeen;
-                if (isNew && each.order.on->matches(event->text)) {
+                // One that is active does not begin again.
+                if (each.order.on && event->number > each.lastSeen && each.order.on->matches(event->text)) {
                     due.push_back(each.id);
                 }
             }

@@ -50,7 +50,7 @@ public:
     [[nodiscard]] std::vector<std::string> rows() const;
 
     // A request of an application is done.
-    void noteRequest();
+    void noteActivity();
 
 private:
     using Id = std::uint64_t;

@@ -11,23 +11,40 @@ constexpr std::chrono::milliseconds kTimeToEnd{250};
 
 }  // namespace
 
-ConnectionThreads::ConnectionThreads(std::size_t count, std::function<void()> cut)
-    : httplib::ThreadPool(count)
+ConnectionThreads::ConnectionThreads(std::size_t most, std::function<void()> cut)
+    : most_(most)
     , cut_(std::move(cut))
 {}
 
 void ConnectionThreads::enqueue(std::function<void()> connection)
 {
-    {
-        std::lock_guard const lock(mutex_);
-        ++open_;
+    std::lock_guard const lock(mutex_);
+    ++open_;
+    waiting_.push_back(std::move(connection));
+    if (waiting_.size() > idle_ && threads_.size() < most_) {
+        threads_.emplace_back([this] { work(); });
     }
-    httplib::ThreadPool::enqueue([this, connection = std::move(connection)] {
+    came_.notify_one();
+}
+
+void ConnectionThreads::work()
+{
+    std::unique_lock lock(mutex_);
+    while (true) {
+        ++idle_;
+        came_.wait(lock, [this] { return isOver_ || !waiting_.empty(); });
+        --idle_;
+        if (waiting_.empty()) {
+            return;
+        }
+        auto const connection = std::move(waiting_.front());
+        waiting_.pop_front();
+        lock.unlock();
         connection();
-        std::lock_guard const lock(mutex_);
+        lock.lock();
         --open_;
         ended_.notify_all();
-    });
+    }
 }
 
 void ConnectionThreads::shutdown()
@@ -37,7 +54,14 @@ void ConnectionThreads::shutdown()
         ended_.wait_for(lock, kTimeToEnd, [this] { return open_ == 0; });
     }
     cut_();
-    httplib::ThreadPool::shutdown();
+    {
+        std::lock_guard const lock(mutex_);
+        isOver_ = true;
+    }
+    came_.notify_all();
+    for (std::thread& each : threads_) {
+        each.join();
+    }
 }
 
 }  // namespace telephone

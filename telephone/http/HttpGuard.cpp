@@ -63,10 +63,17 @@ std::string HttpGuard::cookie() const
                        kYear.count(), scheme_ == "https" ? "; Secure" : "");
 }
 
+bool HttpGuard::followsLink(httplib::Request const& request)
+{
+    return request.method == "GET" && request.get_header_value("Sec-Fetch-Site") == "same-site" &&
+           request.get_header_value("Sec-Fetch-Mode") == "navigate" &&
+           request.get_header_value("Sec-Fetch-Dest") == "document";
+}
+
 bool HttpGuard::hasCookie(httplib::Request const& request) const
 {
     std::string const site = request.get_header_value("Sec-Fetch-Site");
-    if (!site.empty() && site != "same-origin" && site != "none") {
+    if (!site.empty() && site != "same-origin" && site != "none" && !followsLink(request)) {
         return false;
     }
     std::string const header = request.get_header_value("Cookie");

@@ -43,6 +43,9 @@ private:
     [[nodiscard]] bool hasToken(httplib::Request const& request) const;
     // Cookies do not tell ports apart, so a page at another port of this host must not use this one.
     [[nodiscard]] bool hasCookie(httplib::Request const& request) const;
+    // Whether a person follows a link from a page at another port of this host, as from the page of a fleet to that of
+    // one telephone. The browser shows the answer to the person, and no page can read it.
+    [[nodiscard]] static bool followsLink(httplib::Request const& request);
     [[nodiscard]] std::string cookieName() const;
     // The host as a Host header has it.
     [[nodiscard]] std::string hostHeader(std::string const& host) const;

@@ -12,25 +12,18 @@
 #include "telephone/access/RequestShorthand.h"
 #include "telephone/base/Names.h"
 #include "telephone/http/OpenApi.h"
-#include "telephone/panel/PanelFiles.h"
 #include "telephone/protocol/JsonText.h"
 
 namespace telephone {
 
 namespace {
 
-constexpr char const* kJsonType = "application/json";
 constexpr char const* kTextType = "text/plain; charset=utf-8";
 constexpr char const* kEventType = "text/event-stream";  // with a charset it would be compressed, and held back
 
 tl::unexpected<Refusal> wrongInput(std::string reason)
 {
     return refuse(RefusalKind::kBadInput, std::move(reason));
-}
-
-void answerJson(httplib::Response& response, Json const& value)
-{
-    response.set_content(lineOf(value) + "\n", kJsonType);
 }
 
 // What a session replied to one input.
@@ -74,10 +67,16 @@ Replies repliesOf(Session& session, Input const& input)
     return replies;
 }
 
+HttpAccess& accessOf(HttpExchange& exchange)
+{
+    return static_cast<HttpAccess&>(exchange.site);
+}
+
 template <typename Input>
 Replies repliesOf(HttpExchange& exchange, Input const& input, Session::Options options = {})
 {
-    Session session(exchange.access.nextName(), exchange.access.services, 1, [] {});
+    HttpAccess& access = accessOf(exchange);
+    Session session(access.nextName(), access.services, 1, [] {});
     session.options() = options;
     return repliesOf(session, input);
 }
@@ -261,8 +260,8 @@ Words selectionOf(httplib::Request const& request)
 
 void streamEvents(HttpExchange& exchange)
 {
-    StreamLimits& limits = exchange.access.streams;
-    auto const stream = EventStream::open(exchange.access.nextName(), exchange.access.services, limits);
+    HttpAccess& access = accessOf(exchange);
+    auto const stream = EventStream::open(access.nextName(), access.services, access.streams);
     if (!stream) {
         return answerError(exchange.response, 503, stream.error().reason);
     }
@@ -277,48 +276,6 @@ void streamEvents(HttpExchange& exchange)
         kEventType, [stream = *stream](std::size_t, httplib::DataSink& sink) { return stream->write(sink); });
 }
 
-void overview(HttpExchange& exchange)
-{
-    std::string text = "The telephone over HTTP. Every request needs the token.\n\n";
-    for (Route const& each : routes()) {
-        text += fmt::format("{:<5} {:<14} {}\n", each.method, each.path, each.meaning);
-    }
-    exchange.response.set_content(text, kTextType);
-}
-
-// What the page may load: its own files and the telephone's answers, nothing else; no other page may show it in a
-// frame.
-constexpr char const* kPanelPolicy =
-    "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; connect-src 'self'; base-uri 'none'; "
-    "form-action 'none'; frame-ancestors 'none'";
-
-void answerPanelFile(HttpExchange& exchange, std::string_view name)
-{
-    PanelFile const* const file = findPanelFile(name);
-    if (file == nullptr) {
-        return answerError(exchange.response, 404, fmt::format("the panel has no file \"{}\"", name));
-    }
-    exchange.response.set_header("Content-Security-Policy", kPanelPolicy);
-    exchange.response.set_content(file->content.data(), file->content.size(), std::string(file->type));
-}
-
-// With the token in the address it sets the cookie and leads to the address without it, which may be seen and kept.
-void openPanel(HttpExchange& exchange)
-{
-    if (!exchange.request.has_param("token")) {
-        return answerPanelFile(exchange, "index.html");
-    }
-    exchange.response.set_header("Set-Cookie", exchange.access.cookie);
-    exchange.response.set_redirect("/panel", 303);
-}
-
-void servePanelFile(HttpExchange& exchange)
-{
-    std::string_view const path = exchange.request.path;
-    answerPanelFile(exchange, path.substr(path.rfind('/') + 1));
-}
-
-constexpr std::array kFile{RouteParameter{"path", "file", "string", "its name"}};
 constexpr std::array kLenient{
     RouteParameter{"query", "lenient", "", "passes on unknown names and wrong values, which the service guesses at"},
 };
@@ -349,45 +306,28 @@ constexpr std::array kState{RouteContent{kJsonType, "State"}};
 constexpr std::array kProtocol{RouteContent{kJsonType, "Protocol"}, RouteContent{"text/plain", "Text"}};
 constexpr std::array kEvents{RouteContent{kEventType, "Events"}};
 constexpr std::array kPanel{RouteContent{"text/html", "Text"}};
-constexpr std::array kPanelFiles{RouteContent{"text/javascript", "Text"}, RouteContent{"text/css", "Text"},
-                                 RouteContent{"image/svg+xml", "Text"}};
 constexpr std::array kPage{RouteContent{kJsonType, "Page"}};
 
 // clang-format off
 constexpr std::array kRoutes{
-    Route{"GET",  "/",             "this list",                                              {}, {}, kText, overview},
+    Route{"GET",  "/",             "this list",                                              {}, {}, kText, listAddresses},
     Route{"POST", "/requests",     "sends a request to the service and answers with its answer and the reasons", kLenient, kRequestBodies, kAnswer, handleRequest},
     Route{"POST", "/commands",     "runs a command of the telephone itself, as the console does", {}, kCommandBodies, kResult, handleCommand},
     Route{"GET",  "/state",        "the telephone at this moment",                           {}, {}, kState, [](HttpExchange& x) { answerResult(x, {"state"}, kJsonType); }},
     Route{"GET",  "/events",       "the events as they happen, as server-sent events",       kSelection, {}, kEvents, streamEvents},
     Route{"GET",  "/describe",     "the protocol",                                           kName, {}, kProtocol, describe},
     Route{"GET",  "/hello",        "which telephone this is, and whether it is ready",          {}, {}, kHello, [](HttpExchange& x) { answerResult(x, {"hello"}, kJsonType); }},
-    Route{"GET",  "/panel",        "the telephone itself, as a page for a browser",         {}, {}, kPanel, openPanel},
-    Route{"GET",  "/panel/{file}", "what the page consists of",                             kFile, {}, kPanelFiles, servePanelFile},
+    Route{"GET",  "/panel",        "the telephone itself, as a page for a browser",         {}, {}, kPanel, [](HttpExchange& x) { answerPage(x, "index.html"); }},
+    Route{"GET",  "/panel/{file}", "what the page consists of",                             kPageFile, {}, kPageFiles, servePageFile},
     Route{"GET",  "/openapi.json", "this interface as an OpenAPI page",                      {}, {}, kPage, [](HttpExchange& x) { x.response.set_content(openApiPage(), kJsonType); }},
 };
 // clang-format on
 
 }  // namespace
 
-std::span<Route const> routes()
+std::span<Route const> telephoneRoutes()
 {
     return kRoutes;
-}
-
-bool isAt(Route const& route, std::string_view path)
-{
-    std::size_t const parameter = route.path.find('{');
-    return parameter == std::string_view::npos
-               ? path == route.path
-               : path.size() > parameter && path.substr(0, parameter) == route.path.substr(0, parameter) &&
-                     path.find('/', parameter) == std::string_view::npos;
-}
-
-void answerError(httplib::Response& response, int status, std::string_view reason)
-{
-    response.status = status;
-    answerJson(response, {{"error", reason}});
 }
 
 }  // namespace telephone

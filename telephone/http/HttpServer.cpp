@@ -30,16 +30,16 @@ constexpr std::chrono::seconds kReadTimeout{5};
 
 struct HttpServer::Parts
 {
-    Parts(Settings const& settings, SessionServices const& services, std::unique_ptr<httplib::Server> made,
+    Parts(Settings const& settings, std::unique_ptr<HttpSite> offered, std::unique_ptr<httplib::Server> made,
           AccessToken drawn, AccessToken kept, int boundPort)
-        : access{services, {settings.mostStreams, settings.silence}}
+        : site(std::move(offered))
         , token(std::move(drawn))
         , browsers(std::move(kept))
         , port(boundPort)
         , guard(hostPortOf(settings.http.address)->host, port, !settings.http.certificate.empty(), token, browsers)
         , server(std::move(made))
     {
-        access.cookie = guard.cookie();
+        site->cookie = guard.cookie();
         setLimits(settings.stallLimit);
         setHandlers();
     }
@@ -141,13 +141,13 @@ struct HttpServer::Parts
     void answer(httplib::Request const& request, std::string const& body, httplib::Response& response)
     {
         Visit const visit;  // the library's threads are not the telephone's
-        HttpExchange exchange{access, request, body, response};
+        HttpExchange exchange{*site, request, body, response};
         find(request.path)->handler(exchange);
     }
 
-    static Route const* find(std::string_view path)
+    Route const* find(std::string_view path) const
     {
-        auto const all = routes();
+        auto const all = site->routes;
         auto const found = std::find_if(all.begin(), all.end(), [path](Route const& each) { return isAt(each, path); });
         return found == all.end() ? nullptr : &*found;
     }
@@ -165,7 +165,7 @@ struct HttpServer::Parts
         started.get_future().wait();
     }
 
-    HttpAccess access;
+    std::unique_ptr<HttpSite> const site;
     AccessToken const token;
     AccessToken const browsers;
     int const port;
@@ -175,6 +175,11 @@ struct HttpServer::Parts
 };
 
 Outcome<std::unique_ptr<HttpServer>> HttpServer::open(Settings const& settings, SessionServices const& services)
+{
+    return open(settings, std::make_unique<HttpAccess>(services, settings.mostStreams, settings.silence));
+}
+
+Outcome<std::unique_ptr<HttpServer>> HttpServer::open(Settings const& settings, std::unique_ptr<HttpSite> site)
 {
     auto const place = hostPortOf(settings.http.address);
     if (!place) {
@@ -196,7 +201,7 @@ Outcome<std::unique_ptr<HttpServer>> HttpServer::open(Settings const& settings, 
         return tl::unexpected(browsers.error());
     }
     return AccessToken::create(settings.tokenFile).map([&](AccessToken token) {
-        auto parts = std::make_unique<Parts>(settings, services, std::move(*server), std::move(token),
+        auto parts = std::make_unique<Parts>(settings, std::move(site), std::move(*server), std::move(token),
                                              std::move(*browsers), port);
         parts->listen(settings.mostStreams);
         log(kLogInfo, kHttpComponent, "listening at {}", parts->guard.origin());
@@ -210,7 +215,7 @@ HttpServer::HttpServer(std::unique_ptr<Parts> parts)
 
 HttpServer::~HttpServer()
 {
-    parts_->access.streams.end.signal();
+    parts_->site->end();
     Absence const absence;  // so that requests under way can end
     parts_->server->stop();
     parts_->thread.join();
@@ -223,7 +228,7 @@ std::string HttpServer::address() const
 
 std::string HttpServer::panelAddress() const
 {
-    return parts_->guard.origin() + "/panel?token=" + parts_->token.text();
+    return parts_->guard.origin() + std::string(parts_->site->pagePath) + "?token=" + parts_->token.text();
 }
 
 int HttpServer::port() const

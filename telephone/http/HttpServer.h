@@ -15,6 +15,8 @@
 
 namespace telephone {
 
+struct HttpSite;
+
 class HttpServer
 {
 public:
@@ -31,6 +33,9 @@ public:
     // Refused if the address is in use, or the certificate, its key or the file of the token cannot be used.
     [[nodiscard]] static Outcome<std::unique_ptr<HttpServer>> open(Settings const& settings,
                                                                    SessionServices const& services);
+    // The same for another site than a telephone's.
+    [[nodiscard]] static Outcome<std::unique_ptr<HttpServer>> open(Settings const& settings,
+                                                                   std::unique_ptr<HttpSite> site);
     // Ends the streams and all other connections.
     ~HttpServer();
     HttpServer(HttpServer const&) = delete;
@@ -38,7 +43,7 @@ public:
 
     // With the token.
     [[nodiscard]] std::string address() const;
-    // Of the panel, with the token; it admits the browser that opens it.
+    // Of the page, with the token; it admits the browser that opens it.
     [[nodiscard]] std::string panelAddress() const;
     [[nodiscard]] int port() const;
 

@@ -176,7 +176,7 @@ std::string openApiPage()
                       {"version", kTelephoneVersion},
                       {"description", "The telephone over HTTP; docs/http.md explains it."}}},
                     {"security", Json::array({Json{{"header", Json::array()}}, Json{{"query", Json::array()}}})},
-                    {"paths", pathsOf(routes())},
+                    {"paths", pathsOf(telephoneRoutes())},
                     {"components", components()}};
     return page.dump(kIndent) + "\n";
 }

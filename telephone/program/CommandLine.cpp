@@ -197,6 +197,15 @@ void addChaos(CLI::App& app, CommandLine& line)
     chaos->add_option("--files", line.test.files, "Folder for the script and log of a failure; default: a new one");
 }
 
+void addFleet(CLI::App& app, CommandLine& line)
+{
+    constexpr int kMostTelephones = 999;
+    CLI::App* const fleet =
+        add(app, line, Action::kFleet, "fleet", "Many telephones on one exchange, and a prompt for them");
+    fleet->add_option("N", line.count, "Telephones")->required()->check(CLI::Range(1, kMostTelephones));
+    fleet->add_option("--files", line.test.files, "Folder for their files; default: a new one");
+}
+
 void addCommands(CLI::App& app, CommandLine& line)
 {
     CLI::App* const console =
@@ -213,6 +222,7 @@ void addCommands(CLI::App& app, CommandLine& line)
     add(app, line, Action::kPanel, "panel", "Telephone shown in a browser, at the address that it prints");
     CLI::App* const exchange = add(app, line, Action::kExchange, "exchange", "The exchange without a telephone");
     exchange->add_option("--port", line.port, "Its port; 0: any free one")->check(CLI::Range(0, 65535));
+    addFleet(app, line);
     CLI::App* const command = add(app, line, Action::kDo, "do", "Gives a command to a running telephone");
     command->add_option("WORDS", line.words, "Command of the console: press 1, lines, state, ...")->required();
     CLI::App* const request = add(app, line, Action::kRequest, "request", "Sends a request to a running telephone");

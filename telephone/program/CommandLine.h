@@ -29,6 +29,7 @@ enum class Action
     kTest,
     kChaos,
     kExchange,
+    kFleet,
     kDo,
     kRequest,
     kWatch,
@@ -109,6 +110,7 @@ struct CommandLine
     std::string trace;       // the same for a trace
     TestChoice test;
     int hours = 1;  // of chaos
+    int count = 1;  // telephones of a fleet
     ReplayChoice replay;
     TraceChoice traced;
     std::vector<std::string> words;  // of a request or a command, or the name to describe

@@ -30,6 +30,8 @@ using Talk = std::function<Outcome<bool>(Conversation& conversation)>;
 [[nodiscard]] Outcome<int> runChaos(CommandLine const& line, StopSignal const& stop);
 // The exchange without a telephone, until a signal ends it.
 [[nodiscard]] Outcome<int> runExchange(CommandLine const& line, StopSignal const& stop);
+// Many telephones, each in a process of its own, on one exchange in this process. 2: the options do not fit.
+[[nodiscard]] Outcome<int> runFleet(CommandLine const& line, StopSignal const& stop);
 // The clients of a running telephone.
 [[nodiscard]] Outcome<int> runDo(CommandLine const& line, StopSignal const& stop);
 [[nodiscard]] Outcome<int> runRequest(CommandLine const& line, StopSignal const& stop);

@@ -1,6 +1,7 @@
 #include "telephone/program/StartConfiguration.h"
 
 #include "telephone/configuration/ConfigurationFile.h"
+#include "telephone/console/LinePrompt.h"
 #include "telephone/framework/Log.h"
 
 namespace telephone {
@@ -11,6 +12,8 @@ namespace {
 constexpr int kQuietLevel = kLogWarning;
 // The same with each start, so that an open page finds the telephone again.
 constexpr char const* kPanelAddress = "127.0.0.1:8080";
+// Of a tour that somebody may watch; two tours may run at once.
+constexpr char const* kTourAddress = "127.0.0.1:0";
 
 Configuration changed(Configuration configuration, CommandLine const& line)
 {
@@ -28,6 +31,9 @@ Configuration changed(Configuration configuration, CommandLine const& line)
     }
     if (line.action == Action::kPanel && configuration.http.address.empty()) {
         configuration.http.address = kPanelAddress;
+    }
+    if (line.action == Action::kTour && configuration.http.address.empty() && LinePrompt::isTerminal()) {
+        configuration.http.address = kTourAddress;
     }
     if (line.withoutExchange) {
         configuration.exchange.enabled = false;

@@ -1,8 +1,10 @@
 // The commands console, tour, play and serve.
+#include <array>
 #include <iostream>
 #include <optional>
 #include <sstream>
 
+#include <poll.h>
 #include <spdlog/fmt/fmt.h>
 #include <systemd/sd-daemon.h>
 #include <unistd.h>
@@ -13,6 +15,7 @@
 #include "telephone/access/TelephoneTrace.h"
 #include "telephone/console/Console.h"
 #include "telephone/console/Conversation.h"
+#include "telephone/console/LinePrompt.h"
 #include "telephone/console/ScriptPlayer.h"
 #include "telephone/console/Transcript.h"
 #include "telephone/framework/Refusals.h"
@@ -25,6 +28,7 @@
 #include "telephone/program/TrafficCheck.h"
 #include "telephone/program/WaysIn.h"
 #include "telephone/time/VirtualTime.h"
+#include "telephone/time/Waiting.h"
 
 namespace telephone {
 
@@ -34,7 +38,13 @@ constexpr int kKeepEnvironment = 0;  // of sd_notify
 constexpr char const* kTourIntroduction =
     "This telephone calls numbers of its own exchange, on this machine only. Each\n"
     "call is drawn as it happens: requests and events of an application on the left,\n"
-    "what passes between telephone and far end on the right. It takes five seconds.\n\n";
+    "what passes between telephone and far end on the right. It takes {}.\n\n";
+constexpr char const* kWatchIntroduction =
+    "Open the panel's address in a browser to watch it there, too. It begins in {} s,\n"
+    "or with Enter.\n";
+constexpr int kTimeToOpen = 15;  // seconds, for the address of the panel
+constexpr std::string_view kWatchMark = "# watch\n";
+constexpr std::string_view kTimeToWatch = "pause 2\n";
 
 // True if nothing was refused.
 bool openConsole(Conversation& conversation)
@@ -45,13 +55,38 @@ bool openConsole(Conversation& conversation)
     return Console(conversation).run();
 }
 
-bool tour(Conversation& conversation)
+// With pauses in which the panel can be looked at.
+std::string watchableTour()
+{
+    std::string script = kTourScript;
+    for (std::size_t at = 0; (at = script.find(kWatchMark, at)) != std::string::npos;) {
+        script.replace(at, kWatchMark.size(), kTimeToWatch);
+    }
+    return script;
+}
+
+// Until somebody presses Enter, who has opened the panel by then.
+void waitForWatchers(Conversation const& conversation)
+{
+    std::array<pollfd, 2> waited{{{STDIN_FILENO, POLLIN, 0}, {conversation.stopDescriptor(), POLLIN, 0}}};
+    pollUntil(waited, SteadyClock::now() + std::chrono::seconds(kTimeToOpen), "Enter");
+    if (waited[0].revents != 0) {
+        std::array<char, 4096> typed;
+        static_cast<void>(read(STDIN_FILENO, typed.data(), typed.size()));
+    }
+}
+
+bool tour(Conversation& conversation, bool isWatched)
 {
     Transcript& transcript = conversation.transcript();
     if (transcript.kind() == OutputKind::kDrawing) {
-        transcript.note(kTourIntroduction);
+        transcript.note(fmt::format(kTourIntroduction, isWatched ? "half a minute" : "five seconds"));
     }
-    std::istringstream script(kTourScript);
+    if (isWatched) {
+        transcript.note(fmt::format(kWatchIntroduction, kTimeToOpen));
+        waitForWatchers(conversation);
+    }
+    std::istringstream script(isWatched ? watchableTour() : kTourScript);
     bool const passed = ScriptPlayer(conversation).play(script, "tour").passed();
     bool const staysOpen = isatty(STDIN_FILENO) == 1 && !conversation.isStopped();
     if (transcript.kind() == OutputKind::kDrawing) {
@@ -61,12 +96,12 @@ bool tour(Conversation& conversation)
 }
 
 // True if everything succeeded.
-Outcome<bool> talkAsAsked(Conversation& conversation, CommandLine const& line)
+Outcome<bool> talkAsAsked(Conversation& conversation, CommandLine const& line, bool isWatched)
 {
     if (line.action == Action::kPlay) {
         return playScript(conversation, line);
     }
-    return line.action == Action::kTour ? tour(conversation) : openConsole(conversation);
+    return line.action == Action::kTour ? tour(conversation, isWatched) : openConsole(conversation);
 }
 
 // The socket appears once the telephone can make calls. A service manager that has started the program is told of this,
@@ -106,8 +141,9 @@ Outcome<int> converse(CommandLine const& line, Configuration const& configuratio
         transcript.note("HTTP: " + waysIn->http->address());
         transcript.note("panel: " + waysIn->http->panelAddress());
     }
+    bool const isWatched = waysIn->http != nullptr && LinePrompt::isTerminal();
     return telephone.activate()
-        .and_then([&] { return talk ? talk(conversation) : talkAsAsked(conversation, line); })
+        .and_then([&] { return talk ? talk(conversation) : talkAsAsked(conversation, line, isWatched); })
         .map([](bool succeeded) { return succeeded ? 0 : 1; });
 }
 

@@ -12,6 +12,8 @@
 #include "telephone/console/ScriptOptions.h"
 #include "telephone/console/Terminal.h"
 #include "telephone/framework/StopSignal.h"
+#include "telephone/framework/TelephoneProcess.h"
+#include "telephone/program/CommonOptions.h"
 #include "telephone/program/Programs.h"
 #include "telephone/program/ScriptText.h"
 #include "telephone/testing/Coverage.h"
@@ -39,25 +41,6 @@ Outcome<std::vector<std::string>> scriptsOf(CommandLine const& line)
                       "each telephone of a test has a log and a socket of its own: leave out --log-file and --socket");
     }
     return findScripts(line.test.scripts);
-}
-
-// Of every telephone, as the command line of this program has them. Files with their whole paths, because each
-// telephone has a working folder of its own.
-std::vector<std::string> commonOptions(CommandLine const& line)
-{
-    std::vector<std::string> words;
-    auto const add = [&words](char const* option, std::string const& value) {
-        if (!value.empty()) {
-            words.insert(words.end(), {option, value});
-        }
-    };
-    add("--config", line.configuration.empty() ? "" : fs::absolute(line.configuration).string());
-    add("--library", line.library.empty() ? "" : fs::absolute(line.library).string());
-    add("--check", std::string(kCheckedTrafficWords[static_cast<std::size_t>(line.checked)]));
-    if (line.withoutExchange) {
-        words.emplace_back("--no-exchange");
-    }
-    return words;
 }
 
 // How the log and the socket of a telephone stay in its working folder.
@@ -98,7 +81,10 @@ Seeds seedsOf(CommandLine const& line)
 // All scripts with the first seed, then with the next one. In real time a seed changes nothing.
 std::vector<TestTask> tasksFor(CommandLine const& line, std::vector<std::string> const& scripts, StopSignal const& stop)
 {
-    auto const options = commonOptions(line);
+    auto options = commonOptions(line);
+    if (!line.configuration.empty()) {
+        options.insert(options.end(), {"--config", fs::absolute(line.configuration).string()});
+    }
     auto const names = folderNames(scripts);
     std::vector<std::string> times;
     std::ranges::transform(scripts, std::back_inserter(times),
@@ -125,8 +111,8 @@ std::vector<TestTask> tasksFor(CommandLine const& line, std::vector<std::string>
 Outcome<TestPlan> planFor(CommandLine const& line, std::vector<std::string> const& scripts, StopSignal const& stop)
 {
     return workingFolder(line.test.files).map([&](std::string const& folder) {
-        return TestPlan{ownProgram(),           workingOptions(line), tasksFor(line, scripts, stop),
-                        jobsOf(line.test.jobs), line.test.limit,      folder};
+        return TestPlan{TelephoneProcess::ownProgram(), workingOptions(line), tasksFor(line, scripts, stop),
+                        jobsOf(line.test.jobs),         line.test.limit,      folder};
     });
 }
 

@@ -4,6 +4,7 @@
 
 #include "telephone/framework/Log.h"
 #include "telephone/framework/StopSignal.h"
+#include "telephone/framework/TelephoneProcess.h"
 #include "telephone/program/CommandLine.h"
 #include "telephone/program/Programs.h"
 
@@ -33,6 +34,8 @@ telephone::Outcome<int> run(telephone::CommandLine const& line, telephone::StopS
         return telephone::runTest(line, stop);
     case Action::kExchange:
         return telephone::runExchange(line, stop);
+    case Action::kFleet:
+        return telephone::runFleet(line, stop);
     case Action::kDo:
         return telephone::runDo(line, stop);
     case Action::kRequest:
@@ -55,6 +58,7 @@ int main(int count, char** arguments)
 {
     // Logs, stores, recordings and sockets are their owner's alone; for files that exist: base/OwnerOnly.h.
     ::umask(S_IRWXG | S_IRWXO);
+    telephone::TelephoneProcess::endWithStarter();
     try {
         int exitStatus = 0;
         auto const line = telephone::CommandLine::read(count, arguments, exitStatus);

@@ -21,12 +21,6 @@ std::optional<std::string> IdMap::presentCall(std::string const& recorded) const
     return found == present_.end() ? std::nullopt : std::optional(found->second);
 }
 
-bool IdMap::knowsAll(MessageParts const& recorded) const
-{
-    return std::all_of(recorded.parts.begin(), recorded.parts.end(),
-                       [this](MessagePart const& each) { return !each.isCall || present_.count(each.value) > 0; });
-}
-
 MessageParts IdMap::presented(MessageParts recorded) const
 {
     for (MessagePart& each : recorded.parts) {

@@ -35,8 +35,6 @@ public:
     [[nodiscard]] std::optional<std::string> presentCall(std::string const& recorded) const;
     // Whether a present id has a recorded one.
     [[nodiscard]] bool isKnown(std::string const& present) const { return recorded_.count(present) > 0; }
-    // Whether every call id of the message has a present one.
-    [[nodiscard]] bool knowsAll(MessageParts const& recorded) const;
 
     // The recorded message as it would be now. Ids without a present one stay as they are.
     [[nodiscard]] MessageParts presented(MessageParts recorded) const;

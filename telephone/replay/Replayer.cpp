@@ -128,7 +128,7 @@ std::vector<RecordedReply> Replayer::send(RecordedInput const& input)
             replies.push_back({message.kind, std::string(message.text)});
         }
     });
-    conversation_.noteRequest();
+    conversation_.noteActivity();
     return replies;
 }
 

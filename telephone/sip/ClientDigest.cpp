@@ -1,8 +1,6 @@
 #include "telephone/sip/ClientDigest.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <new>
 #include <optional>
 #include <string>
@@ -31,13 +29,6 @@ struct DigestAnswer
 };
 
 namespace {
-
-std::string hexDigits(char const* format, unsigned long long number)
-{
-    std::array<char, 24> digits{};
-    (void)std::snprintf(digits.data(), digits.size(), format, number);
-    return digits.data();
-}
 
 // Why the challenge cannot be answered; empty: it can.
 std::string obstacle(DigestFields const& challenge)
@@ -91,8 +82,8 @@ std::string headerOf(DigestAnswer const& answer, std::string const& method, std:
                       method,
                       uri,
                       challenge.value("nonce"),
-                      hexDigits("%016llx", rand_u64()),
-                      protects ? hexDigits("%08llx", answer.count) : std::string()};
+                      hexText(rand_u64()),
+                      protects ? hexText(answer.count, 8) : std::string()};
     bool const isOfProxy = answer.challenge.header == SIP_HDR_PROXY_AUTHENTICATE;
     std::string header = isOfProxy ? "Proxy-Authorization: " : "Authorization: ";
     header += "Digest username=\"" + input.user + "\", realm=\"" + input.realm + "\", nonce=\"" + input.nonce +

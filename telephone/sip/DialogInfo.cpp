@@ -19,24 +19,19 @@ struct StateName
     char const* name;
 };
 
-constexpr std::array<StateName, 5> kStates{{
+constexpr auto kStates = std::to_array<StateName>({
     {DialogState::kTrying, "trying"},
     {DialogState::kProceeding, "proceeding"},
     {DialogState::kEarly, "early"},
     {DialogState::kConfirmed, "confirmed"},
     {DialogState::kTerminated, "terminated"},
-}};
+});
 
 constexpr char const* kRendering = "+sip.rendering";
 
 char const* nameOf(DialogState state)
 {
-    for (auto const& row : kStates) {
-        if (row.state == state) {
-            return row.name;
-        }
-    }
-    return "terminated";
+    return std::ranges::find(kStates, state, &StateName::state)->name;
 }
 
 std::optional<DialogState> stateOf(std::string_view name)

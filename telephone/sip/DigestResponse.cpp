@@ -20,12 +20,12 @@ struct AlgorithmRow
     bool ofSession;
 };
 
-constexpr std::array<AlgorithmRow, 4> kAlgorithms{{
+constexpr auto kAlgorithms = std::to_array<AlgorithmRow>({
     {DigestAlgorithm::kMd5, "MD5", EVP_md5, false},
     {DigestAlgorithm::kMd5Session, "MD5-sess", EVP_md5, true},
     {DigestAlgorithm::kSha256, "SHA-256", EVP_sha256, false},
     {DigestAlgorithm::kSha256Session, "SHA-256-sess", EVP_sha256, true},
-}};
+});
 
 AlgorithmRow const& rowFor(DigestAlgorithm algorithm)
 {

@@ -38,11 +38,11 @@ struct TransportNames
     sip_transp stack;
     char const* parameter;  // of a URI; null: none is needed
 };
-constexpr std::array<TransportNames, 3> kTransports{{
+constexpr auto kTransports = std::to_array<TransportNames>({
     {Transport::kUdp, SIP_TRANSP_UDP, nullptr},
     {Transport::kTcp, SIP_TRANSP_TCP, "tcp"},
     {Transport::kTls, SIP_TRANSP_TLS, "tls"},
-}};
+});
 
 // The transport that the URI asks for.
 sip_transp transportOf(Uri const& uri)

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::string_view kVersion = "SIP/2.0";
 constexpr std::string_view kReadableScheme = "sip:";
-constexpr std::array<std::string_view, 3> kSchemes{"sip", "sips", "tel"};
+constexpr auto kSchemes = std::to_array<std::string_view>({"sip", "sips", "tel"});
 
 struct RequestLine
 {

@@ -13,14 +13,14 @@ struct HistoryCause
 };
 
 // RFC 4458 section 2.1 and RFC 7544: causes in History-Info and the corresponding reasons of the Diversion header.
-constexpr std::array<HistoryCause, 6> kHistoryCauses{{
+constexpr auto kHistoryCauses = std::to_array<HistoryCause>({
     {"302", "unconditional"},
     {"404", "unknown"},
     {"408", "no-answer"},
     {"480", "deflection"},
     {"486", "user-busy"},
     {"503", "unavailable"},
-}};
+});
 
 std::string unquoted(std::string value)
 {

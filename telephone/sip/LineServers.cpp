@@ -1,7 +1,6 @@
 #include "telephone/sip/LineServers.h"
 
 #include <algorithm>
-#include <array>
 
 namespace telephone::sip {
 
@@ -10,18 +9,11 @@ namespace {
 // The name that is usual for it.
 constexpr char const* kSecretParameter = "line";
 
-std::string newSecret()
-{
-    std::array<char, 20> digits{};
-    re_snprintf(digits.data(), digits.size(), "%016llx", rand_u64());
-    return digits.data();
-}
-
 }  // namespace
 
 void LineServers::add(RegistrationImpl const& registration, std::string const& user)
 {
-    servers_[&registration] = {user, newSecret()};
+    servers_[&registration] = {user, hexText(rand_u64())};
 }
 
 std::string LineServers::contactParameter(RegistrationImpl const& registration) const

@@ -54,7 +54,8 @@ void MessageTap::onReceived(std::string_view packet)
     }
 }
 
-// The packet is blanked before the stack reads it, which drops it as it drops any packet that is not SIP.
+// The packet is blanked where the stack has parsed it: a response then belongs to no transaction, and the receiver
+// drops a blank request.
 bool MessageTap::takeForSilent(std::string_view packet) const
 {
     Ref<mbuf> buffer;
@@ -79,6 +80,11 @@ bool MessageTap::takeForSilent(std::string_view packet) const
         silent->second->onEndIgnored();
     }
     return true;
+}
+
+bool MessageTap::isBlank(sip_msg const& request)
+{
+    return request.met.l > 0 && *request.met.p == ' ';
 }
 
 void MessageTap::onBye(sip_msg const& bye)

@@ -54,6 +54,8 @@ public:
     void silence(MessageTapListener& listener) { silent_.insert(&listener); }
 
     void onReceived(std::string_view packet);
+    // Whether the request is one that was kept from the stack, which has parsed it by then.
+    static bool isBlank(sip_msg const& request);
     void onBye(sip_msg const& bye);
     // True: a session has taken the request.
     bool onRequest(sip_msg const& request) const;

@@ -18,15 +18,15 @@ struct ReasonName
     sipevent_reason reason;
 };
 
-constexpr std::array<ReasonName, 6> kReasons{{
+constexpr auto kReasons = std::to_array<ReasonName>({
     {"deactivated", SIPEVENT_DEACTIVATED},
     {"probation", SIPEVENT_PROBATION},
     {"rejected", SIPEVENT_REJECTED},
     {"timeout", SIPEVENT_TIMEOUT},
     {"giveup", SIPEVENT_GIVEUP},
-    {"noresource", SIPEVENT_NORESOURCE},
-}};
+});
 
+// Any other name, such as "noresource": the state is no longer there.
 sipevent_reason reasonOf(std::string_view name)
 {
     for (auto const& row : kReasons) {

@@ -39,14 +39,14 @@ struct PermissionRow
 };
 
 // clang-format off
-inline constexpr std::array<PermissionRow, 6> kPermissions{{
+inline constexpr auto kPermissions = std::to_array<PermissionRow>({
     {RequestKind::kCall,         "calls",         "INVITE",                        "calls the line",                                Sender::kServer,        Sender::kAnybody},
     {RequestKind::kTakeOver,     "take-overs",    "INVITE with Replaces or Join",  "takes a call of the line over, or joins it",    Sender::kAuthenticated, Sender::kAuthenticated},
     {RequestKind::kSubscription, "subscriptions", "SUBSCRIBE",                     "learns of the line's calls, with their dialogs", Sender::kServer,       Sender::kAuthenticated},
     {RequestKind::kNotification, "notifications", "NOTIFY without a subscription", "sets the line's waiting messages",              Sender::kServer,        Sender::kAuthenticated},
     {RequestKind::kControl,      "control",       "INFO with CSTA",                "is passed to the applications",                 Sender::kServer,        Sender::kAuthenticated},
     {RequestKind::kTransfer,     "transfers",     "REFER outside a dialog",        "lets the line call another party",              Sender::kServer,        Sender::kAuthenticated},
-}};
+});
 // clang-format on
 
 // The texts of the configuration; "default" is the table's.

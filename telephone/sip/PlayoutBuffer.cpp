@@ -52,7 +52,7 @@ bool PlayoutBuffer::isStrange(PacketPlace const& place) const
 bool PlayoutBuffer::isProven(PacketPlace const& place)
 {
     bool const continues = candidate_.ssrc == place.ssrc && candidate_.sequence == place.sequence;
-    candidates_ = candidates_ > 0 && continues ? candidates_ + 1 : 1;
+    candidates_ = continues ? candidates_ + 1 : 1;
     candidate_ = {place.ssrc, static_cast<std::uint16_t>(place.sequence + 1), 0};
     return candidates_ >= kProof;
 }
@@ -188,7 +188,7 @@ std::uint32_t PlayoutBuffer::read(std::uint32_t timestamp, AudioFrame& frame) co
 
 bool PlayoutBuffer::take(AudioFrame& frame)
 {
-    if (!playing_ && (buffered() == 0 || buffered() < target_)) {
+    if (!playing_ && buffered() < target_) {
         return false;
     }
     playing_ = true;

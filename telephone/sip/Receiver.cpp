@@ -18,10 +18,10 @@ namespace telephone::sip {
 
 namespace {
 
-constexpr std::array<std::string_view, 11> kMethods{"INVITE", "ACK",    "BYE",   "CANCEL",    "OPTIONS", "INFO",
-                                                    "PRACK",  "UPDATE", "REFER", "SUBSCRIBE", "NOTIFY"};
+constexpr auto kMethods = std::to_array<std::string_view>(
+    {"INVITE", "ACK", "BYE", "CANCEL", "OPTIONS", "INFO", "PRACK", "UPDATE", "REFER", "SUBSCRIBE", "NOTIFY"});
 // Those that the stack takes, or that make sense only in a dialog.
-constexpr std::array<std::string_view, 5> kOfDialogs{"INVITE", "SUBSCRIBE", "BYE", "PRACK", "UPDATE"};
+constexpr auto kOfDialogs = std::to_array<std::string_view>({"INVITE", "SUBSCRIBE", "BYE", "PRACK", "UPDATE"});
 
 bool isMethod(sip_msg const& message, char const* method)
 {
@@ -125,7 +125,7 @@ bool Receiver::onRequestFirst(sip_msg const& message)
     if (!observer_) {
         return false;
     }
-    if (!gate_.hasRoomFor(message)) {
+    if (MessageTap::isBlank(message) || !gate_.hasRoomFor(message)) {
         return true;
     }
     if (refuseMalformed(message)) {

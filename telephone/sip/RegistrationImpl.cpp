@@ -130,7 +130,7 @@ void RegistrationImpl::awaitAnswer(std::chrono::milliseconds limit)
     silence_.start(limit, [this] {
         auto const left = std::chrono::ceil<std::chrono::milliseconds>(request_->lastSent() + account_.answerTimeout -
                                                                        SteadyClock::now());
-        if (left.count() > 0) {
+        if (left > std::chrono::milliseconds::zero()) {
             return awaitAnswer(left);
         }
         timerRanOut(PhoneTimer::kRegistrarSilent);

@@ -1,6 +1,7 @@
 #include "telephone/sip/RequestGate.h"
 
 #include <algorithm>
+#include <array>
 
 #include <malloc.h>
 
@@ -23,13 +24,13 @@ std::optional<RequestKind> kindOf(sip_msg const& request)
         char const* method;
         RequestKind kind;
     };
-    constexpr std::array<Row, 5> kKinds{{
+    constexpr auto kKinds = std::to_array<Row>({
         {"INVITE", RequestKind::kCall},
         {"SUBSCRIBE", RequestKind::kSubscription},
         {"NOTIFY", RequestKind::kNotification},
         {"INFO", RequestKind::kControl},
         {"REFER", RequestKind::kTransfer},
-    }};
+    });
     auto const* const row =
         std::ranges::find_if(kKinds, [&](Row const& each) { return hasMethod(request, each.method); });
     if (row == kKinds.end()) {

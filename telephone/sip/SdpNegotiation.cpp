@@ -17,7 +17,7 @@ struct Codec
     Payload payload;
 };
 
-constexpr std::array<Codec, 2> kCodecs{{{"PCMU", "0", Payload::kULaw}, {"PCMA", "8", Payload::kALaw}}};
+constexpr auto kCodecs = std::to_array<Codec>({{"PCMU", "0", Payload::kULaw}, {"PCMA", "8", Payload::kALaw}});
 constexpr char const* kEventName = "telephone-event";
 constexpr char const* kEventPayloadType = "101";
 constexpr char const* kCryptoName = "crypto";

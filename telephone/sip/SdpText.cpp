@@ -19,7 +19,7 @@ struct StaticType
 };
 
 // RFC 3551 section 6.
-constexpr std::array<StaticType, 2> kStaticTypes{{{"0", "PCMU/8000"}, {"8", "PCMA/8000"}}};
+constexpr auto kStaticTypes = std::to_array<StaticType>({{"0", "PCMU/8000"}, {"8", "PCMA/8000"}});
 
 bool isNumber(std::string_view text)
 {

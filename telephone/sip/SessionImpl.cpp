@@ -191,7 +191,7 @@ Headers SessionImpl::warning(std::string const& objection) const
         return {};
     }
     element_->log(LogLevel::kWarning, "call from " + remoteParty_.uri.format() + " refused: " + objection);
-    return {{"Warning", "399 " + addressText(element_->address()) + " \"" + objection + "\""}};
+    return {{"Warning", "399 " + element_->hostPort(local_, invite_->request().tp) + " \"" + objection + "\""}};
 }
 
 bool SessionImpl::isFromServer(sip_msg const& message) const

@@ -4,6 +4,7 @@
 #include <new>
 
 #include "telephone/sip/Account.h"
+#include "telephone/sip/LocalAddresses.h"
 #include "telephone/sip/WireText.h"
 
 namespace telephone::sip {
@@ -17,7 +18,7 @@ struct CompactForm
 };
 
 // RFC 3261 section 7.3.3 and the registry of header fields.
-constexpr std::array<CompactForm, 16> kCompactForms{{
+constexpr auto kCompactForms = std::to_array<CompactForm>({
     {'b', "Referred-By"},
     {'c', "Content-Type"},
     {'e', "Content-Encoding"},
@@ -34,7 +35,7 @@ constexpr std::array<CompactForm, 16> kCompactForms{{
     {'v', "Via"},
     {'x', "Session-Expires"},
     {'y', "Identity"},
-}};
+});
 
 constexpr int kFirstFailure = 1'000'000;  // beyond the numbers of errno
 constexpr std::size_t kKeptFailures = 100;
@@ -87,14 +88,21 @@ bool fill(Ref<mbuf>& buffer, std::string_view content)
     return true;
 }
 
+std::string hexText(std::uint64_t number, std::size_t digits)
+{
+    std::string text(digits, '0');
+    for (auto digit = text.rbegin(); digit != text.rend(); ++digit) {
+        *digit = "0123456789abcdef"[number % 16];
+        number /= 16;
+    }
+    return text;
+}
+
 std::string addressText(sa const& address)
 {
-    std::array<char, 64> host{};
-    if (sa_ntop(&address, host.data(), static_cast<int>(host.size())) != 0) {
-        return {};
-    }
+    std::string const host = hostText(address);
     std::string const port = ":" + std::to_string(sa_port(&address));
-    return sa_af(&address) == AF_INET6 ? "[" + std::string(host.data()) + "]" + port : host.data() + port;
+    return sa_af(&address) == AF_INET6 ? "[" + host + "]" + port : host.empty() ? host : host + port;
 }
 
 std::string errorText(int error)
@@ -169,9 +177,7 @@ std::string contactOf(sip_msg const& message)
 
 std::string localTagOf(sip_msg const& request)
 {
-    std::array<char, 20> tag{};
-    re_snprintf(tag.data(), tag.size(), "%016llx", static_cast<unsigned long long>(request.tag));
-    return tag.data();
+    return hexText(request.tag);
 }
 
 std::string replyTail(Headers const& headers, Content const& content)

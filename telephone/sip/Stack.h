@@ -120,7 +120,8 @@ std::string remainingText(mbuf const* buffer);
 // Makes a buffer with that text, positioned at its start; false without memory.
 bool fill(Ref<mbuf>& buffer, std::string_view content);
 
-std::string addressText(sa const& address);  // "address:port"
+std::string hexText(std::uint64_t number, std::size_t digits = 16);  // small letters, with leading zeros
+std::string addressText(sa const& address);                          // "address:port"
 std::string errorText(int error);
 // An error that stands for a reason of ours and passes through the stack as those of errno do. errorText() gives the
 // reason back; only the latest hundred are kept. Under the lock.

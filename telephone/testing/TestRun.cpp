@@ -2,16 +2,12 @@
 
 #include <algorithm>
 #include <array>
-#include <csignal>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <utility>
 
 #include <poll.h>
 #include <spdlog/fmt/fmt.h>
-#include <sys/wait.h>
 
 #include "telephone/time/Waiting.h"
 
@@ -24,29 +20,11 @@ namespace fs = std::filesystem;
 
 constexpr auto kGrace = 2s;  // to write the report after SIGTERM
 constexpr char const* kReport = "report.json";
+constexpr std::size_t kMostErrors = 20;  // lines of its standard error
 
 SteadyClock::duration secondsOf(double seconds)
 {
     return std::chrono::duration_cast<SteadyClock::duration>(std::chrono::duration<double>(seconds));
-}
-
-std::string endOf(int status)
-{
-    return WIFSIGNALED(status) ? fmt::format("ended by signal {} ({})", WTERMSIG(status), strsignal(WTERMSIG(status)))
-                               : fmt::format("ended with status {}", WEXITSTATUS(status));
-}
-
-// The last lines on its standard error.
-std::vector<std::string> lastWords(std::string const& folder)
-{
-    std::ifstream stream(folder + "/" + ScriptProcess::kErrors);
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(stream, line);) {
-        lines.push_back(line);
-    }
-    constexpr std::size_t kMostLines = 20;
-    lines.erase(lines.begin(), lines.end() - static_cast<std::ptrdiff_t>(std::min(lines.size(), kMostLines)));
-    return lines;
 }
 
 std::vector<std::string> failureTexts(std::string const& script, ScriptResult const& result)
@@ -102,7 +80,7 @@ void TestRun::start(std::size_t number)
     words.insert(words.end(), task.options.begin(), task.options.end());
     words.insert(words.end(), plan_.workingOptions.begin(), plan_.workingOptions.end());
     words.insert(words.end(), {"play", "--report", kReport, fs::absolute(task.script).string()});
-    auto process = ScriptProcess::start(std::move(words), folder);
+    auto process = TelephoneProcess::start(std::move(words), folder);
     if (!process) {
         return finish(number, Result{task, ScriptVerdict::kBroken, {process.error().reason}, 0, {}, folder});
     }
@@ -179,8 +157,8 @@ TestRun::Result TestRun::verdictOn(Running const& ended, int status) const
         result.verdict = ScriptVerdict::kFailed;
     } else if (!read || status != 0) {
         result.verdict = ScriptVerdict::kBroken;
-        result.reasons = lastWords(folderOf(task));
-        result.reasons.insert(result.reasons.begin(), endOf(status));
+        result.reasons = TelephoneProcess::lastErrors(folderOf(task), kMostErrors);
+        result.reasons.insert(result.reasons.begin(), TelephoneProcess::endWords(status));
     }
     return result;
 }

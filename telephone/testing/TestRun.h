@@ -15,8 +15,8 @@
 #include <vector>
 
 #include "telephone/console/ScriptReport.h"
+#include "telephone/framework/TelephoneProcess.h"
 #include "telephone/testing/PlayReport.h"
-#include "telephone/testing/ScriptProcess.h"
 #include "telephone/time/SteadyClock.h"
 
 namespace telephone {
@@ -68,7 +68,7 @@ private:
     struct Running
     {
         std::size_t task;  // its number in the plan
-        ScriptProcess process;
+        TelephoneProcess process;
         SteadyClock::time_point start;
         SteadyClock::time_point deadline;
         bool isLate = false;  // it was told to end

@@ -11,7 +11,7 @@ namespace telephone {
 
 namespace fs = std::filesystem;
 
-Outcome<std::string> workingFolder(std::string const& wanted)
+Outcome<std::string> workingFolder(std::string const& wanted, std::string const& purpose)
 {
     std::error_code error;
     if (!wanted.empty()) {
@@ -19,14 +19,9 @@ Outcome<std::string> workingFolder(std::string const& wanted)
         return error ? refuse(RefusalKind::kUnavailable, wanted + ": " + error.message())
                      : Outcome<std::string>(fs::absolute(wanted).string());
     }
-    std::string folder = (fs::temp_directory_path() / "telephone-test-XXXXXX").string();
+    std::string folder = (fs::temp_directory_path() / ("telephone-" + purpose + "-XXXXXX")).string();
     return mkdtemp(folder.data()) == nullptr ? refuse(RefusalKind::kUnavailable, folder + ": the folder cannot be made")
                                              : Outcome<std::string>(folder);
-}
-
-std::string ownProgram()
-{
-    return fs::read_symlink("/proc/self/exe").string();
 }
 
 std::size_t jobsOf(std::optional<int> wanted)

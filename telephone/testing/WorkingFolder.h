@@ -9,11 +9,9 @@
 
 namespace telephone {
 
-// The folder of the working folders: the wanted one, made if necessary; empty: a new one. Refused if it cannot be made.
-[[nodiscard]] Outcome<std::string> workingFolder(std::string const& wanted);
-
-// The file of this program.
-[[nodiscard]] std::string ownProgram();
+// The folder of the working folders: the wanted one, made if necessary; empty: a new one, whose name says what it is
+// for. Refused if it cannot be made.
+[[nodiscard]] Outcome<std::string> workingFolder(std::string const& wanted, std::string const& purpose = "test");
 
 // Telephones at a time: as wanted, or one for each processor.
 [[nodiscard]] std::size_t jobsOf(std::optional<int> wanted);

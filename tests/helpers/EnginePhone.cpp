@@ -54,6 +54,8 @@ EnginePhone::EnginePhone(Options options)
         line.account.answerTimeout = options_.answerTimeout;
         line.account.retryFirst = std::chrono::milliseconds(100);
         line.registers = !options_.registrar.empty();
+        line.shared = options_.shared;
+        line.isPrivate = options_.isPrivate;
         lines_.add(line);
     }
     engine_->activate();

@@ -34,6 +34,8 @@ public:
         std::uint32_t expires = 300;  // seconds
         std::chrono::milliseconds answerTimeout{1000};
         sip::Transport transport = sip::Transport::kUdp;
+        bool shared = false;  // the lines, with other telephones
+        bool isPrivate = false;
         EngineConfiguration engine;
 
         Options()

@@ -99,8 +99,9 @@ std::vector<std::string> EventRecorder::rest()
 void EventRecorder::callStateChange(std::string const& lineURI, int callID, sfiCallState state, sfiReason reason,
                                     sfiSendOptions sendOptions, std::string const& uri, std::string const&,
                                     sfiReplacesDisplay* replaces, sfiResourcePriority, sfiPreemptionCause cause,
-                                    std::string const&, bool, sfiAdditionalCallInfo)
+                                    std::string const&, bool callBackPossible, sfiAdditionalCallInfo)
 {
+    lastCallBackPossible_ = callBackPossible;
     lastReplaces_ = *replaces;
     lastPreemption_ = cause;
     lastSendOptions_ = sendOptions;

@@ -47,6 +47,7 @@ public:
     sfiPreemptionCause lastPreemption() const { return lastPreemption_; }
     sfiSendOptions lastSendOptions() const { return lastSendOptions_; }
     sfiReplacesDisplay lastReplaces() const { return lastReplaces_; }
+    bool lastCallBackPossible() const { return lastCallBackPossible_; }
 
 private:
     void callStateChange(std::string const& lineURI, int callID, sfiCallState state, sfiReason reason,
@@ -112,6 +113,7 @@ private:
     sfiSendOptions lastSendOptions_ = sfiSendOptionsNone;
     sfiPreemptionCause lastPreemption_ = sfiPreemptionCauseNone;
     sfiReplacesDisplay lastReplaces_{};
+    bool lastCallBackPossible_ = false;
     EventTextCheck textCheck_;
 };
 

@@ -1,5 +1,6 @@
 // The keys with their lamps, the digits, the handset and what is plugged in. All of it is drawn from the state alone.
 import {byId, keep, make, set, setText, shown} from './dom.js';
+import {beatTogether, drawLamp, lampWords, makeLamp} from './lamps.js';
 import {hint} from './softkeys.js';
 
 const DIGITS = [['1', ''], ['2', 'ABC'], ['3', 'DEF'], ['4', 'GHI'], ['5', 'JKL'], ['6', 'MNO'], ['7', 'PQRS'], ['8', 'TUV'], ['9', 'WXYZ'], ['*', ''], ['0', '+'], ['#', '']];
@@ -12,10 +13,6 @@ const FIXED = [
   ['Lock', 'open', 'locked', (state) => state.locked, (on) => (on ? 'lock' : 'unlock')],
 ];
 const LAMPS_OUTSIDE = {SecondAlert: 'Second alert', MessageWaiting: 'Messages'};
-
-const makeLamp = () => make('span.lamp', {'aria-hidden': 'true'}, make('i'));
-const drawLamp = (element, lamp) => set(element, {'data-mode': lamp.mode, 'data-colour': lamp.colour});
-const lampWords = (lamp) => (lamp.mode === 'off' ? 'lamp off' : `lamp ${lamp.mode} ${lamp.colour}`);
 
 /** What the key is about, in a word. */
 function wordOf(key, state) {
@@ -85,13 +82,6 @@ function drawLights(state) {
       drawLamp(element.lastChild, item.lamp.lamp);
       set(element, {'aria-label': `${element.firstChild.textContent}, ${lampWords(item.lamp.lamp)}`});
     });
-}
-
-/** All lamps blink in step: every animation starts at the beginning of the document's time. */
-export function beatTogether() {
-  for (const animation of document.getAnimations()) {
-    if (animation.startTime !== 0 && animation.playState === 'running') animation.startTime = 0;
-  }
 }
 
 let isBuilt = false;

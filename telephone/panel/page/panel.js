@@ -2,16 +2,18 @@
 import {RequestBox} from './box.js';
 import {Connection} from './connection.js';
 import {drawDetail} from './detail.js';
-import {beatTogether, drawDevice} from './device.js';
+import {drawDevice} from './device.js';
 import {drawDisplay} from './display.js';
 import {byId, make, say, set, setText, shown} from './dom.js';
 import {listenToKeys, roam} from './keyboard.js';
 import {Ladder} from './ladder.js';
+import {beatTogether} from './lamps.js';
 import {Log} from './log.js';
 import {actionsFor, drawSoftkeys} from './softkeys.js';
 import {ring, soundDigit, switchSound} from './sound.js';
 import {StateTree} from './state.js';
 import {Steps} from './steps.js';
+import {startTheme} from './theme.js';
 import {byAttention, clockTime, isLive, lasting, nameOf, setDomain, stateWords} from './words.js';
 
 const TABS = [['ladder', 'Ladder'], ['state', 'State'], ['detail', 'Detail']];
@@ -261,18 +263,8 @@ function showView(id) {
   log.later();
 }
 
-function setTheme(theme) {
-  document.documentElement.dataset.theme = theme;
-  setText(byId('theme'), theme === 'dark' ? 'Light' : 'Dark');
-}
-
 function start() {
-  const wanted = new URLSearchParams(location.search).get('theme') ?? localStorage.getItem('theme');
-  setTheme(wanted ?? (matchMedia('(prefers-color-scheme: light)').matches ? 'light' : 'dark'));
-  byId('theme').addEventListener('click', () => {
-    setTheme(document.documentElement.dataset.theme === 'dark' ? 'light' : 'dark');
-    localStorage.setItem('theme', document.documentElement.dataset.theme);
-  });
+  startTheme();
   byId('sound').addEventListener('click', (event) => {
     const isOn = event.currentTarget.getAttribute('aria-pressed') !== 'true';
     set(event.currentTarget, {'aria-pressed': String(isOn)});

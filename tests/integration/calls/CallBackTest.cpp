@@ -1,5 +1,6 @@
 // Call-backs: parties that were busy or did not answer.
 #include "ExchangePhones.h"
+#include "tests/integration/sip/ScriptedEnd.h"
 
 namespace telephone::test {
 
@@ -13,7 +14,7 @@ protected:
     {
         EnginePhone::Options options = phoneAt(exchange_, {"4711"});
         options.engine.callBacks = 2;
-        options.engine.settlingTime = std::chrono::milliseconds(50);
+        options.engine.settlingTime = std::chrono::milliseconds(200);
         phone_ = std::make_unique<EnginePhone>(options);
         ASSERT_TRUE(eventually([this] { return phone_->engine().registrations().isRegistered(1); }));
         phone_->events().rest();
@@ -85,11 +86,11 @@ TEST_F(CallBack, OnNoReply_IsReadyAfterThePartyHasHadACall)
     phone_->expect({"completion 4711 4722 0 0 1"});
     ASSERT_TRUE(phone_->engine().clear(1));
     phone_->expect({"state 4711 1 idle cancelled 4722"});
-    EXPECT_EQ(phone_->events().next(std::chrono::milliseconds(200)), "nothing came");
+    EXPECT_EQ(phone_->events().next(std::chrono::milliseconds(500)), "nothing came");
 
     ASSERT_TRUE(bob.engine().outgoing().make(1, 0, 1, "100"));
     ASSERT_TRUE(bob.events().waitFor("state 4722 1 connected normal 100"));
-    EXPECT_EQ(phone_->events().next(std::chrono::milliseconds(200)), "nothing came");
+    EXPECT_EQ(phone_->events().next(std::chrono::milliseconds(500)), "nothing came");
     ASSERT_TRUE(bob.engine().clear(1));
 
     phone_->expect({"completion 4711 4722 0 1 1"});
@@ -193,6 +194,159 @@ TEST_F(CallBack, ToAnAbsentTelephone_Fails)
     ASSERT_TRUE(phone_->engine().callBacks().set(1, sfiCallCompletionOnBusy));
 
     phone_->expect({"completion-failed 4711 111 0"});
+}
+
+TEST_F(CallBack, CancelledByType_LeavesTheOtherType)
+{
+    callBusy(1, "111");
+    ASSERT_TRUE(phone_->engine().callBacks().set(1, sfiCallCompletionOnBusy));
+    phone_->expect({"completion 4711 111 1 0 1"});
+    CallBacks& callBacks = phone_->engine().callBacks();
+
+    EXPECT_EQ(kindOf(callBacks.cancel(0, "", sfiCancelCallBackOnNoReply, true)), RefusalKind::kNotFound);
+    EXPECT_EQ(kindOf(callBacks.cancel(2, "", sfiCancelCallBackOnBusy, true)), RefusalKind::kNotFound);
+    ASSERT_TRUE(callBacks.cancel(0, "", sfiCancelCallBackOnBusy, true));
+
+    phone_->expect({"completion 4711 111 1 2 1"});
+}
+
+TEST_F(CallBack, OfAnEndedCall_IsPossibleForTheLatest32)
+{
+    for (int callID = 1; callID <= 33; ++callID) {
+        callBusy(callID, "111");
+    }
+
+    EXPECT_EQ(kindOf(phone_->engine().callBacks().set(1, sfiCallCompletionOnBusy)), RefusalKind::kNotFound);
+    EXPECT_TRUE(phone_->engine().callBacks().set(2, sfiCallCompletionOnBusy));
+}
+
+TEST_F(CallBack, PartyThatIsBusyAgainWithinTheSettlingTime_IsNotReady)
+{
+    callBusy(1, "111");
+    ASSERT_TRUE(phone_->engine().callBacks().set(1, sfiCallCompletionOnBusy));
+    phone_->expect({"completion 4711 111 1 0 1"});
+    ASSERT_TRUE(exchange_.define("111", "ring, answer"));
+    EXPECT_EQ(phone_->events().next(100ms), "nothing came");
+    ASSERT_TRUE(exchange_.define("111", "busy"));
+
+    EXPECT_EQ(phone_->events().next(10s), "nothing came");
+    ASSERT_TRUE(exchange_.define("111", "ring, answer"));
+
+    phone_->expect({"completion 4711 111 1 1 1"});
+    EXPECT_EQ(phone_->events().next(10s), "nothing came");
+}
+
+TEST_F(CallBack, IsOfferedWithTheStateOfACall_OnceForAPartyAndWhileThereIsRoom)
+{
+    ASSERT_TRUE(exchange_.define("114", "ring 1s, busy"));
+    ASSERT_TRUE(phone_->engine().outgoing().make(1, 0, 1, "114"));
+    ASSERT_TRUE(phone_->events().waitFor("state 4711 1 proceeding normal 114"));
+    EXPECT_FALSE(phone_->events().lastCallBackPossible());
+    ASSERT_TRUE(phone_->events().waitFor("state 4711 1 remote ringing normal 114"));
+    EXPECT_TRUE(phone_->events().lastCallBackPossible());
+    ASSERT_TRUE(phone_->engine().callBacks().set(1, sfiCallCompletionOnNoReply));
+    ASSERT_TRUE(phone_->events().waitFor("state 4711 1 busy busy 114"));
+    EXPECT_FALSE(phone_->events().lastCallBackPossible());
+
+    callBusy(2, "112");
+    EXPECT_TRUE(phone_->events().lastCallBackPossible());
+    ASSERT_TRUE(phone_->engine().callBacks().set(2, sfiCallCompletionOnBusy));
+    callBusy(3, "113");
+    EXPECT_FALSE(phone_->events().lastCallBackPossible());
+}
+
+namespace {
+
+// A telephone without a call server, and a busy far end that is written message by message.
+class ScriptedCallBack : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(phone_.engine().outgoing().make(1, 0, 1, far_.uri()));
+        far_.answer(far_.receive("INVITE"), "486 Busy Here");
+        ASSERT_TRUE(phone_.events().waitFor("state 4711 1 busy busy far"));
+        ASSERT_TRUE(phone_.engine().callBacks().set(1, sfiCallCompletionOnBusy));
+        subscribe_ = far_.receive("SUBSCRIBE");
+    }
+
+    // The far end tells its dialogs: "confirmed"; empty: it has none.
+    void tellDialogs(std::string const& state, std::string const& subscription = "active;expires=1800")
+    {
+        std::string const dialog = state.empty() ? "" : "<dialog id=\"1\"><state>" + state + "</state></dialog>";
+        far_.request("NOTIFY", subscribe_,
+                     "Event: dialog\r\nSubscription-State: " + subscription +
+                         "\r\nContent-Type: application/dialog-info+xml\r\n",
+                     "<?xml version=\"1.0\"?><dialog-info xmlns=\"urn:ietf:params:xml:ns:dialog-info\" version=\"" +
+                         std::to_string(version_++) + "\" state=\"full\" entity=\"" + far_.uri() + "\">" + dialog +
+                         "</dialog-info>");
+        EXPECT_EQ(firstLineOf(far_.receive("SIP/2.0")), "SIP/2.0 200 OK");
+    }
+
+    EnginePhone phone_{EnginePhone::optionsOf("4711")};
+    ScriptedEnd far_{eventLoop()};
+    SteadyClock::time_point const began_ = SteadyClock::now();
+    std::string subscribe_;
+    int version_ = 0;
+};
+
+}  // namespace
+
+TEST_F(ScriptedCallBack, ThatIsRefused_HasFailed)
+{
+    EXPECT_EQ(headerOf(subscribe_, "Event"), "dialog");
+    EXPECT_EQ(headerOf(subscribe_, "Expires"), "1800");
+
+    far_.answer(subscribe_, "403 Forbidden");
+
+    phone_.expect({"completion-failed 4711 far 0"});
+}
+
+TEST_F(ScriptedCallBack, ThatIsNotAnswered_HasTimedOut)
+{
+    far_.answer(subscribe_, "408 Request Timeout");
+
+    phone_.expect({"completion-failed 4711 far 1"});
+}
+
+TEST_F(ScriptedCallBack, ThatThePartyEnds_HasEnded)
+{
+    far_.answer(subscribe_, "200 OK", "Expires: 1800\r\n");
+    tellDialogs("confirmed");
+    phone_.expect({"completion 4711 far 1 0 1"});
+
+    tellDialogs("confirmed", "terminated;reason=noresource");
+
+    phone_.expect({"completion-failed 4711 far 2"});
+}
+
+TEST_F(ScriptedCallBack, IsReadyHalfASecondAfterTheLastDialogEnds)
+{
+    far_.answer(subscribe_, "200 OK", "Expires: 1800\r\n");
+    for (char const* state : {"confirmed", "early", "trying"}) {
+        tellDialogs(state);
+    }
+    phone_.expect({"completion 4711 far 1 0 1"});
+    EXPECT_EQ(phone_.events().next(5s), "nothing came");
+
+    tellDialogs("terminated");
+    EXPECT_EQ(phone_.events().next(400ms), "nothing came");
+
+    phone_.expect({"completion 4711 far 1 1 1"});
+}
+
+TEST_F(ScriptedCallBack, WaitsHalfAnHourAtMost)
+{
+    far_.answer(subscribe_, "200 OK", "Expires: 1800\r\n");
+    tellDialogs("confirmed");
+    phone_.expect({"completion 4711 far 1 0 1"});
+    // The subscription is renewed meanwhile.
+    far_.answer(far_.receive("SUBSCRIBE", 1790s), "200 OK", "Expires: 1800\r\n");
+
+    auto const left = 1800s - std::chrono::duration_cast<std::chrono::seconds>(SteadyClock::now() - began_);
+    EXPECT_EQ(phone_.events().next(left - 1s), "nothing came");
+
+    EXPECT_EQ(phone_.events().next(2s), "completion-failed 4711 far 1");
 }
 
 }  // namespace telephone::test

@@ -209,6 +209,67 @@ TEST_F(AtTheExchange, ConferencePartyThatLeaves_LeavesAnOrdinaryCall)
 
     phone_.expect({"state 4711 2 idle normal 100", "conference 4711 1", "party 4711 1 100 1 0",
                    "state 4711 1 connected normal 100"});
+    std::string const document = phone_.events().lastDocument();
+    EXPECT_NE(document.find(" state=\"full\" version=\"2\"><conference-state><user-count>2</user-count>"
+                            "<active>false</active></conference-state>"),
+              std::string::npos)
+        << document;
+}
+
+TEST_F(AtTheExchange, ConferenceWithAPartyThatHolds_SaysSo)
+{
+    ASSERT_TRUE(exchange_.define("110", "ring, answer, hold"));
+    ASSERT_TRUE(engine().outgoing().make(1, 0, 1, "110"));
+    ASSERT_TRUE(phone_.events().waitFor("state 4711 1 remotely held normal 110"));
+    callEcho(2);
+
+    ASSERT_TRUE(engine().joined().conference(2));
+
+    ASSERT_TRUE(phone_.events().waitFor("conference 4711 2"));
+    std::string const document = phone_.events().lastDocument();
+    EXPECT_NE(document.find("<endpoint entity=\"sip:110@" + exchange_.hostPort() + "\"><status>on-hold</status>"),
+              std::string::npos)
+        << document;
+    EXPECT_NE(document.find("<endpoint entity=\"sip:100@" + exchange_.hostPort() + "\"><status>connected</status>"),
+              std::string::npos)
+        << document;
+}
+
+TEST_F(AtTheExchange, ThirdCall_JoinsTheConferenceThatWasHeldForIt)
+{
+    callEcho(1);
+    callEcho(2);
+    ASSERT_TRUE(engine().joined().conference(1));
+    ASSERT_TRUE(phone_.events().waitFor("conference 4711 2"));
+    callEcho(3);
+    phone_.events().rest();
+
+    ASSERT_TRUE(engine().joined().conference(1));
+
+    ASSERT_TRUE(phone_.events().waitFor("conference 4711 3"));
+    for (int const call : {1, 2, 3}) {
+        EXPECT_EQ(engine().call(call)->state, sfiCallStateConference) << call;
+    }
+    EXPECT_NE(phone_.events().lastDocument().find("<user-count>4</user-count><active>true</active>"),
+              std::string::npos);
+    ASSERT_TRUE(engine().clear(2));
+    ASSERT_TRUE(phone_.events().waitFor("conference 4711 3"));
+    EXPECT_EQ(engine().call(1)->state, sfiCallStateConference);
+    EXPECT_EQ(engine().call(3)->state, sfiCallStateConference);
+}
+
+TEST_F(AtTheExchange, AttendedTransfer_GoesToTheCallThatWasHeldLast)
+{
+    callEcho(1);
+    callEcho(2);
+    ASSERT_TRUE(engine().outgoing().make(2, 0, 3, "100"));
+    ASSERT_TRUE(phone_.events().waitFor("state 4712 3 connected normal 100"));
+    phone_.events().rest();
+
+    ASSERT_TRUE(engine().joined().attendedTransfer(3));
+
+    phone_.expect({"state 4712 3 transferring normal 100", "state 4711 2 transferring normal 100"});
+    EXPECT_EQ(engine().call(1)->state, sfiCallStateHeld);
 }
 
 TEST_F(AtTheExchange, ConferenceOnHold_IsHeldAndRetrievedAsAWhole)

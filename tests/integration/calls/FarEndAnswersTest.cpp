@@ -22,6 +22,23 @@ protected:
         phone_.events().rest();
     }
 
+    // The far end reports the progress of the transfer that it was asked for.
+    void report(std::string const& refer, std::string const& subscription, std::string const& status)
+    {
+        far_.request("NOTIFY", refer,
+                     "Event: refer\r\nSubscription-State: " + subscription + "\r\nContent-Type: message/sipfrag\r\n",
+                     "SIP/2.0 " + status + "\r\n");
+        EXPECT_NE(far_.receive("SIP/2.0 200"), "");
+    }
+
+    // What this telephone reports next of a transfer.
+    std::string nextReport()
+    {
+        std::string const notify = far_.receive("NOTIFY");
+        far_.answer(notify, "200 OK");
+        return firstLineOf(notify.substr(notify.find("\r\n\r\n") + 4));
+    }
+
     sfiCallState state() { return phone_.engine().call(1).value_or(CallSnapshot()).state; }
 
     EnginePhone phone_{EnginePhone::optionsOf("4711")};
@@ -118,6 +135,276 @@ TEST_F(FarEndAnswers, PrecedenceOfALaterInvite_IsTold)
     far_.request("INVITE", invite_, "Resource-Priority: dsn.flash\r\n", ScriptedEnd::description());
 
     EXPECT_TRUE(phone_.events().waitFor("preemption 4711 1 4 0 -"));
+}
+
+TEST_F(FarEndAnswers, HoldThatIsNotAnswered_EndsTheCallWhenItsTimeIsOver)
+{
+    ASSERT_TRUE(phone_.engine().hold(1));
+
+    EXPECT_EQ(phone_.events().next(7900ms), "nothing came");
+    phone_.expect({"failed 4711 1 hold 2", "state 4711 1 failed timeout far"});
+}
+
+TEST_F(FarEndAnswers, RetrieveDuringTheHold_HasATimeOfItsOwn)
+{
+    ASSERT_TRUE(phone_.engine().hold(1));
+    std::string const hold = far_.receive("INVITE");
+    ASSERT_TRUE(phone_.engine().retrieve(1));
+    EXPECT_EQ(phone_.events().next(5s), "nothing came");
+
+    far_.answer(hold, "200 OK", "", ScriptedEnd::description());
+    phone_.expect({"held 4711 1"});
+    EXPECT_EQ(phone_.events().next(7900ms), "nothing came");
+
+    phone_.expect({"failed 4711 1 retrieve 2", "state 4711 1 failed timeout far"});
+}
+
+TEST_F(FarEndAnswers, HoldOfAHeldCall_SendsNothing)
+{
+    ASSERT_TRUE(phone_.engine().hold(1));
+    std::string const hold = far_.receive("INVITE");
+    EXPECT_NE(hold.find("a=sendonly"), std::string::npos) << hold;
+    EXPECT_TRUE(phone_.engine().hold(1));
+    far_.answer(hold, "200 OK", "", ScriptedEnd::description());
+    phone_.expect({"held 4711 1"});
+
+    EXPECT_TRUE(phone_.engine().hold(1));
+
+    EXPECT_TRUE(far_.hearsNothingOf("INVITE", 10s));
+    EXPECT_EQ(state(), sfiCallStateHeld);
+    EXPECT_TRUE(phone_.events().rest().empty());
+}
+
+// The INVITE of the second call waits for the answer to the hold of the first.
+TEST_F(FarEndAnswers, ConsultationWhoseHoldIsRefused_Fails)
+{
+    ScriptedEnd other(eventLoop());
+    ASSERT_TRUE(phone_.engine().outgoing().make(1, 0, 2, other.uri(), CallPurpose::kConsultation));
+    phone_.expect({"state 4711 2 dialling normal far"});
+    std::string const hold = far_.receive("INVITE");
+    EXPECT_TRUE(other.hearsNothingOf("INVITE", 1s));
+
+    far_.answer(hold, "488 Not Acceptable Here");
+
+    phone_.expect({"failed 4711 1 consultation hold 1", "state 4711 2 failed refused far"});
+    EXPECT_TRUE(other.hearsNothingOf("INVITE", 1s));
+    EXPECT_FALSE(phone_.engine().call(1)->held);
+    EXPECT_FALSE(phone_.engine().call(1)->heldForConsultation);
+}
+
+// --- transfers that this telephone asks for
+
+TEST_F(FarEndAnswers, TransferWithoutAnOutcome_FailsAfterThreeMinutes)
+{
+    ASSERT_TRUE(phone_.engine().blindTransfer(1, "sip:100@127.0.0.1:9"));
+    std::string const refer = far_.receive("REFER");
+    EXPECT_EQ(headerOf(refer, "Refer-To"), "<sip:100@127.0.0.1:9>");
+    far_.answer(refer, "202 Accepted");
+    phone_.expect({"state 4711 1 transferring normal far"});
+    EXPECT_EQ(phone_.engine().blindTransfer(1, "sip:100@127.0.0.1:9").error().reason,
+              "call 1 cannot be transferred: it is being transferred already");
+
+    report(refer, "active", "180 Ringing");
+    EXPECT_EQ(phone_.events().next(179s), "nothing came");
+
+    phone_.expect({"failed 4711 1 blind transfer 2", "state 4711 1 connected normal far"});
+}
+
+TEST_F(FarEndAnswers, TransferThatFails_LeavesTheCallAsTheFarEndHasItThen)
+{
+    ASSERT_TRUE(phone_.engine().blindTransfer(1, "sip:100@127.0.0.1:9"));
+    std::string const refer = far_.receive("REFER");
+    far_.answer(refer, "202 Accepted");
+    phone_.expect({"state 4711 1 transferring normal far"});
+    far_.request("INVITE", invite_, "", ScriptedEnd::description() + "a=sendonly\r\n");
+    ASSERT_NE(far_.receive("SIP/2.0 200"), "");
+    EXPECT_EQ(phone_.events().next(100ms), "nothing came");
+
+    report(refer, "terminated;reason=noresource", "486 Busy Here");
+
+    phone_.expect({"failed 4711 1 blind transfer 5", "state 4711 1 remotely held normal far"});
+}
+
+TEST_F(FarEndAnswers, TransferWhoseOutcomeIsTheEndOfTheCall_Succeeds)
+{
+    ASSERT_TRUE(phone_.engine().blindTransfer(1, "sip:100@127.0.0.1:9"));
+    std::string const refer = far_.receive("REFER");
+    far_.answer(refer, "202 Accepted");
+    phone_.expect({"state 4711 1 transferring normal far"});
+
+    far_.request("BYE", invite_);
+
+    phone_.expect({"success 4711 1 blind transfer", "state 4711 1 idle transferred far"});
+    EXPECT_NE(far_.receive("SIP/2.0 200"), "");
+}
+
+TEST_F(FarEndAnswers, TransferThatTheFarEndRefuses_HasFailed)
+{
+    ASSERT_TRUE(phone_.engine().blindTransfer(1, "sip:100@127.0.0.1:9"));
+
+    far_.answer(far_.receive("REFER"), "603 Decline");
+
+    phone_.expect({"state 4711 1 transferring normal far", "failed 4711 1 blind transfer 1",
+                   "state 4711 1 connected normal far"});
+}
+
+// --- transfers that the far end asks for
+
+TEST_F(FarEndAnswers, TransferHere_TellsTheFarEndItsProgress)
+{
+    ScriptedEnd target(eventLoop());
+    far_.request("REFER", invite_, "Refer-To: <" + target.uri() + ">\r\n");
+    ASSERT_NE(far_.receive("SIP/2.0 202"), "");
+    std::string const invite = target.receive("INVITE");
+
+    target.answer(invite, "180 Ringing");
+    EXPECT_EQ(nextReport(), "SIP/2.0 100 Trying");
+    EXPECT_EQ(nextReport(), "SIP/2.0 180 Ringing");
+    target.answer(invite, "486 Busy Here");
+    EXPECT_EQ(nextReport(), "SIP/2.0 486 Busy Here");
+
+    EXPECT_EQ(state(), sfiCallStateConnected);
+    EXPECT_TRUE(phone_.events().rest().empty());
+}
+
+TEST_F(FarEndAnswers, TransferHereOfAHeldCall_LeavesItHeld)
+{
+    ASSERT_TRUE(phone_.engine().hold(1));
+    far_.answer(far_.receive("INVITE"), "200 OK", "", ScriptedEnd::description());
+    phone_.expect({"held 4711 1"});
+    ScriptedEnd target(eventLoop());
+    far_.request("REFER", invite_, "Refer-To: <sip:target@" + target.hostPort() + ">\r\n");
+    std::string const invite = target.receive("INVITE");
+    EXPECT_NE(invite.find("a=sendonly"), std::string::npos) << invite;
+
+    target.answer(invite, "200 OK", "", ScriptedEnd::description() + "a=recvonly\r\n", "target");
+
+    phone_.expect({"party 4711 1 target 0 0"});
+    EXPECT_NE(far_.receive("BYE"), "");
+    EXPECT_EQ(state(), sfiCallStateHeld);
+    EXPECT_TRUE(phone_.engine().call(1)->held);
+    EXPECT_TRUE(target.hearsNothingOf("INVITE", 1s));
+}
+
+TEST_F(FarEndAnswers, TransferHereWhoseAskerHangsUp_GoesOn)
+{
+    ScriptedEnd target(eventLoop());
+    far_.request("REFER", invite_, "Refer-To: <sip:target@" + target.hostPort() + ">\r\n");
+    std::string const invite = target.receive("INVITE");
+    far_.request("BYE", invite_);
+    ASSERT_NE(far_.receive("SIP/2.0 200"), "");
+    EXPECT_EQ(phone_.events().next(1s), "nothing came");
+
+    target.accept(invite, "", "target");
+
+    phone_.expect({"party 4711 1 target 0 0"});
+    EXPECT_EQ(state(), sfiCallStateConnected);
+    ASSERT_TRUE(phone_.engine().clear(1));
+    EXPECT_NE(target.receive("BYE"), "");
+}
+
+TEST_F(FarEndAnswers, TransferHereWhoseAskerHangsUp_EndsWithTheNewCall)
+{
+    ScriptedEnd target(eventLoop());
+    far_.request("REFER", invite_, "Refer-To: <sip:target@" + target.hostPort() + ">\r\n");
+    std::string const invite = target.receive("INVITE");
+    far_.request("BYE", invite_);
+    ASSERT_NE(far_.receive("SIP/2.0 200"), "");
+
+    target.answer(invite, "486 Busy Here");
+
+    phone_.expect({"state 4711 1 busy busy far"});
+    EXPECT_TRUE(phone_.engine().calls().empty());
+}
+
+// --- two calls
+
+namespace {
+
+// Call 1 is held for call 2, which is connected to a far end of its own.
+class TwoFarEnds : public FarEndAnswers
+{
+protected:
+    void SetUp() override
+    {
+        FarEndAnswers::SetUp();
+        ASSERT_TRUE(phone_.engine().outgoing().make(1, 0, 2, other_.uri(), CallPurpose::kConsultation));
+        far_.answer(far_.receive("INVITE"), "200 OK", "", ScriptedEnd::description() + "a=recvonly\r\n");
+        second_ = other_.receive("INVITE");
+        other_.accept(second_);
+        ASSERT_TRUE(phone_.events().waitFor("state 4711 2 connected normal far"));
+        phone_.events().rest();
+    }
+
+    ScriptedEnd other_{eventLoop()};
+    std::string second_;
+};
+
+}  // namespace
+
+TEST_F(TwoFarEnds, AttendedTransfer_NamesTheDialogToReplace)
+{
+    ASSERT_TRUE(phone_.engine().joined().attendedTransfer(1));
+
+    std::string const refer = far_.receive("REFER");
+    std::string const target = headerOf(refer, "Refer-To");
+    EXPECT_EQ(target.find("<" + other_.uri() + "?Replaces="), 0U) << target;
+    EXPECT_NE(target.find("to-tag%3Dfar"), std::string::npos) << target;
+    phone_.expect({"state 4711 1 transferring normal far", "state 4711 2 transferring normal far"});
+    far_.answer(refer, "202 Accepted");
+    report(refer, "terminated;reason=noresource", "200 OK");
+    phone_.expect(
+        {"success 4711 1 attended transfer", "state 4711 1 idle transferred far", "state 4711 2 idle transferred far"});
+    EXPECT_NE(far_.receive("BYE"), "");
+    EXPECT_NE(other_.receive("BYE"), "");
+}
+
+TEST_F(TwoFarEnds, AttendedTransferThatFails_LeavesBothCallsAsTheyWere)
+{
+    ASSERT_TRUE(phone_.engine().joined().attendedTransfer(1));
+    std::string const refer = far_.receive("REFER");
+    far_.answer(refer, "202 Accepted");
+    phone_.expect({"state 4711 1 transferring normal far", "state 4711 2 transferring normal far"});
+
+    report(refer, "terminated;reason=noresource", "603 Decline");
+
+    phone_.expect(
+        {"failed 4711 1 attended transfer 1", "state 4711 1 held normal far", "state 4711 2 connected normal far"});
+    ASSERT_TRUE(phone_.engine().joined().attendedTransfer(1));
+}
+
+TEST_F(TwoFarEnds, CallThatEndsDuringItsTransfer_LeavesTheOther)
+{
+    ASSERT_TRUE(phone_.engine().joined().attendedTransfer(1));
+    far_.answer(far_.receive("REFER"), "202 Accepted");
+    phone_.expect({"state 4711 1 transferring normal far", "state 4711 2 transferring normal far"});
+
+    ASSERT_TRUE(phone_.engine().clear(1));
+
+    phone_.expect({"state 4711 1 idle normal far", "state 4711 2 connected normal far"});
+}
+
+TEST_F(TwoFarEnds, RetrieveWhoseOtherCallCannotBeHeld_Fails)
+{
+    ASSERT_TRUE(phone_.engine().retrieve(1));
+    other_.answer(other_.receive("INVITE"), "488 Not Acceptable Here");
+
+    phone_.expect({"failed 4711 2 hold 1", "failed 4711 1 retrieve 3"});
+    EXPECT_EQ(phone_.engine().call(1)->state, sfiCallStateHeld);
+    EXPECT_EQ(phone_.engine().call(2)->state, sfiCallStateConnected);
+}
+
+TEST_F(TwoFarEnds, RetrieveWhoseOtherCallEndsMeanwhile_Succeeds)
+{
+    ASSERT_TRUE(phone_.engine().retrieve(1));
+    ASSERT_NE(other_.receive("INVITE"), "");
+    other_.request("BYE", second_);
+    phone_.expect({"state 4711 2 idle normal far"});
+
+    far_.answer(far_.receive("INVITE"), "200 OK", "", ScriptedEnd::description());
+
+    phone_.expect({"retrieved 4711 1 far"});
+    EXPECT_EQ(state(), sfiCallStateConnected);
 }
 
 }  // namespace telephone::test

@@ -83,6 +83,25 @@ TEST_F(ScriptedServer, RefusedRegistration_HasItsResultAndIsTriedAgain)
     phone_->expect({"registration 4711 0 yes 0"});
 }
 
+TEST_F(ScriptedServer, LineIsRegisteredOnce_UntilTheServiceEnds)
+{
+    startRegistered();
+    phone_->engine().setServiceState(sfiServiceInService);
+    EXPECT_TRUE(server_.hearsNothingOf("REGISTER", 10s));
+
+    phone_->engine().setServiceState(sfiServiceOutOfService);
+    std::string const last = server_.receive("REGISTER");
+    EXPECT_NE(headerOf(last, "Contact").find(">;expires=0"), std::string::npos) << last;
+    server_.answer(last, "200 OK");
+    phone_->expect({"registration 4711 0 no 4"});
+    EXPECT_FALSE(phone_->engine().registrations().isRegistered(1));
+    phone_->engine().setServiceState(sfiServiceInService);
+    server_.answer(server_.receive("REGISTER"), "200 OK", "Expires: 300\r\n");
+
+    phone_->expect({"registration 4711 0 yes 0"});
+    EXPECT_TRUE(phone_->engine().registrations().isRegistered(1));
+}
+
 TEST_F(ScriptedServer, IdentityThatTheServerAsserts_IsTheCallersName)
 {
     startRegistered();

@@ -147,6 +147,69 @@ TEST(Console, Settings_AreSetAndRead)
     EXPECT_NE(result.output.find("error: no setting no-such-setting\n"), std::string::npos) << result.output;
 }
 
+TEST(Console, Output_HasTheDatesAddressesAndColoursThatAreAskedFor)
+{
+    auto const with = [](Options const& options) {
+        return console("OutgoingCallMakeRequest Line=4711 CallID=1 Destination=100\nadvance 1\n", options).output;
+    };
+
+    EXPECT_NE(with({"--date"}).find("2000-01-01 00:00:00.000Z     5  4711     1     dialling          100\n"),
+              std::string::npos);
+    EXPECT_NE(with({"--addresses"}).find("00:00:00.000Z     5  4711     1     dialling          sip:100@127.0.0.1:"),
+              std::string::npos);
+    EXPECT_NE(with({"--color", "always"})
+                  .find("\x1b[2m00:00:00.000Z\x1b[0m     5  4711     1     \x1b[1mdialling\x1b[0m          100\n"),
+              std::string::npos);
+    EXPECT_EQ(with({"--color", "never"}).find('\x1b'), std::string::npos);
+    EXPECT_EQ(console("", {"--color", "sometimes"}).status, 2);
+    EXPECT_EQ(console("", {"--raw", "--json"}).status, 2);
+}
+
+TEST(Console, Faults_AreListedAndEnded)
+{
+    Ended const result = console("raw on\n"
+                                 "fault store full at 1000\n"
+                                 "fault lamps stuck\n"
+                                 "faults\n"
+                                 "fault off lamps stuck\n"
+                                 "faults\n"
+                                 "fault off\n"
+                                 "faults\n"
+                                 "fault off store full\n",
+                                 {}, "events");
+
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.output.find("waiting: store full at 1000\n"
+                                 "active: lamps stuck\n"
+                                 "waiting: store full at 1000\n"
+                                 "no faults\n"
+                                 "error    no fault \"store full\" is active or waiting\n"),
+              std::string::npos)
+        << result.output;
+}
+
+TEST(Console, AllSettings_AreListed)
+{
+    Ended const result = console("store list\n");
+
+    EXPECT_NE(result.output.find("cfnr-delay = 3\n"), std::string::npos) << result.output;
+    EXPECT_NE(result.output.find("phone-locked = false\n"), std::string::npos);
+    EXPECT_NE(result.output.find("recording-enabled = true\n"), std::string::npos);
+}
+
+TEST(Console, Lamps_AreWrittenInEveryFormThatShowsThem)
+{
+    auto const with = [](Options options) {
+        options.emplace_back("--lamps");
+        return withoutTimes(console("store set forwarding-alternative 105\nadvance 1\n", options).output);
+    };
+
+    EXPECT_NE(with({"--raw"}).find("lamp     5 steady amber\n"), std::string::npos);
+    EXPECT_NE(with({"--json"}).find(R"({"lamp":{"key":"5","mode":"steady","colour":"amber"},"time":)"),
+              std::string::npos);
+    EXPECT_NE(with({}).find("TIME  lamp  5              steady amber\n"), std::string::npos);
+}
+
 TEST(Console, Lock_LetsOnlyPermittedNumbersOut)
 {
     Ended const result = console("lock\n"

@@ -31,6 +31,16 @@ TEST(Describe, WordsOfAValue_ExplainIt)
                              "  Used by  CallState in CallStateChangeEvent\n");
 }
 
+TEST(Describe, WithoutWords_IsAnOverview)
+{
+    Ended const result = run({TELEPHONE, "describe"});
+
+    EXPECT_EQ(result.status, 0);
+    for (char const* const name : {"HoldCall", "CallHeldEvent", "CallState"}) {
+        EXPECT_NE(result.output.find(name), std::string::npos) << name;
+    }
+}
+
 TEST(Describe, JsonOfAName_IsAMistake)
 {
     EXPECT_EQ(run({TELEPHONE, "describe", "--json", "HoldCall"}).status, 2);

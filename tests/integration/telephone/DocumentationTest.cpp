@@ -128,6 +128,13 @@ void expectStore()
     EXPECT_NE(result.output.find("agent-state"), std::string::npos) << result.output;
 }
 
+void expectFleet()
+{
+    Ended const result = runWith("--time real fleet 3", "call 1 2\nquit\n");
+    expectWell(result);
+    EXPECT_NE(result.output.find("1 call connected"), std::string::npos) << result.output;
+}
+
 void expectReplay()
 {
     TemporaryFolder const folder;
@@ -157,6 +164,7 @@ std::map<std::string, std::function<void()>> const kCommands{
     {"serve", [] { expectToServe("serve", "applications can connect at"); }},
     {"request GetServiceState", [] { expectOfARunningTelephone("request GetServiceState", "sfiSuccess,"); }},
     {"do lines", [] { expectOfARunningTelephone("do lines", "4711"); }},
+    {"fleet 20", [] { expectFleet(); }},
     {"watch", [] { expectOfARunningTelephone("watch", "watching\n"); }},
     {"--record FILE tour", expectReplay},
     {"replay FILE", expectReplay},

@@ -75,7 +75,7 @@ TEST_F(Fixtures, TelephoneWithCalls_IsRefused)
 
 TEST_F(Fixtures, TelephoneWithCalls_TakesAFixtureWithoutCalls)
 {
-    EXPECT_EQ(lastLine("muted = true\n", "call 4712 from 105\nwait IncomingCallEvent\n"), "passed: 3 steps in 0.2 s");
+    EXPECT_EQ(lastLine("muted = true\n", "call 4712 from 105\nwait IncomingCallEvent\n"), "passed: 3 steps in 0.1 s");
 }
 
 TEST_F(Fixtures, RefusedStep_EndsTheFixtureWithItsReason)

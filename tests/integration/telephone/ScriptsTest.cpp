@@ -160,6 +160,22 @@ TEST(Scripts, Tour_DrawsWhatTheTelephoneCan)
     }
 }
 
+TEST(Scripts, Tour_OnATerminal_CanBeWatchedOnThePanel)
+{
+    TemporaryFolder const folder;
+    std::string const tour = std::string(TELEPHONE) + " --log-level 0 --socket " + folder.file("socket") + " tour";
+    Process process({"/usr/bin/script", "-qec", tour, "/dev/null"});
+
+    process.readUntil("panel: http://127.0.0.1:");
+    process.readUntil("or with Enter.");
+    process.readUntil("100 on hold for 2.0 s");
+    process.readUntil("== That was the tour: every step came as expected");
+    process.readUntil("telephone> ");
+    process.write("quit\n");
+
+    EXPECT_EQ(process.wait(), 0) << process.output();
+}
+
 TEST(Scripts, TwoAtOnce_DoNotDisturbEachOther)
 {
     Process first({TELEPHONE, "play", SCRIPTS "/number-103-answers-late.script"});

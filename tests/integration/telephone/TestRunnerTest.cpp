@@ -102,6 +102,24 @@ TEST_F(TestRunner, ScriptThatFails_IsListedWithItsLineItsCommandAndItsFiles)
     EXPECT_FALSE(fs::exists(files() + "/good-0"));
 }
 
+TEST_F(TestRunner, ScriptsOfOneName_HaveFoldersOfTheirOwnAndTheOptionsOfTheCommandLine)
+{
+    fs::create_directory(folder_.file("a"));
+    fs::create_directory(folder_.file("b"));
+    std::string const first = script("a/same.script", kFails);
+    std::string const second = script("b/same.script", kFails);
+    std::string const config = script("desk.toml", "[log]\nlevel = 1\n");
+
+    Ended const result = run({TELEPHONE, "--config", config, "--check", "events", "--no-exchange", "test", "--jobs",
+                              "1", "--files", files(), first, second});
+
+    std::string const again =
+        "    again: telephone --time virtual --seed 0 --config " + config + " --check events --no-exchange play ";
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(has(result.output, again + first + "\n    files: " + files() + "/same-0\n")) << result.output;
+    EXPECT_TRUE(has(result.output, again + second + "\n    files: " + files() + "/same.2-0\n")) << result.output;
+}
+
 TEST_F(TestRunner, MistakesInAScript_AreAllListed)
 {
     std::string const wrong = script("wrong.script", "hoold up\nwait CallHoldEvent\n");

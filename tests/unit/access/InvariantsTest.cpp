@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "TelephoneDouble.h"
+#include "platform/framework/Semaphore.h"
+
 namespace telephone {
 namespace {
 
@@ -112,6 +115,86 @@ TEST(InvariantsTest, AcceptedSettingThatTheStoreLacks_IsFound)
 {
     EXPECT_EQ(settingsNotStored({"cfu-activated = true"}),
               (Sentences{"the setting cfu-activated = true was accepted, and the store does not have it"}));
+}
+
+TEST(InvariantsTest, LampOfABusyAppearanceOrASelectedLine_HasACause)
+{
+    TelephoneState telephone = stateWithLamp("line", "4711");
+    telephone.lines[0].selected = true;
+    EXPECT_EQ(lampsWithoutCause(telephone), Sentences());
+
+    telephone = stateWithLamp("dss", "4711");
+    EXPECT_EQ(lampsWithoutCause(telephone), (Sentences{"the lamp 1 is steady, and the line is idle"}));
+    LineStatus& appearance = telephone.lines[0].appearances.emplace_back();
+    appearance.state = "idle";
+    EXPECT_EQ(lampsWithoutCause(telephone), (Sentences{"the lamp 1 is steady, and the line is idle"}));
+    appearance.state = "active";
+    EXPECT_EQ(lampsWithoutCause(telephone), Sentences());
+}
+
+TEST(InvariantsTest, LampsOutsideTheKeys_FollowTheTelephone)
+{
+    TelephoneState telephone = stateWithLamp("hold", "");
+    telephone.keys[0].number = 0;
+    Sentences const noCall{"the lamp hold is steady, and no call is held"};
+    EXPECT_EQ(lampsWithoutCause(telephone), noCall);
+    CallStatus& call = telephone.calls.emplace_back();
+    EXPECT_EQ(lampsWithoutCause(telephone), noCall);
+    call.heldHere = true;
+    EXPECT_EQ(lampsWithoutCause(telephone), Sentences());
+    call.over = true;
+    EXPECT_EQ(lampsWithoutCause(telephone), noCall);
+
+    telephone = stateWithLamp("mute", "");
+    EXPECT_EQ(lampsWithoutCause(telephone), (Sentences{"the lamp 1 is steady, and the microphone is on"}));
+    telephone.muted = true;
+    EXPECT_EQ(lampsWithoutCause(telephone), Sentences());
+
+    telephone = stateWithLamp("headset", "");
+    telephone.plugged = {"handset"};
+    EXPECT_EQ(lampsWithoutCause(telephone), (Sentences{"the lamp 1 is steady, and no headset is plugged in"}));
+    telephone.plugged = {"handset", "headset"};
+    EXPECT_EQ(lampsWithoutCause(telephone), Sentences());
+
+    telephone = stateWithLamp("messages", "");
+    Sentences const noMessage{"the lamp 1 is steady, and no message waits"};
+    EXPECT_EQ(lampsWithoutCause(telephone), noMessage);
+    telephone.lines[0].messages.emplace();
+    EXPECT_EQ(lampsWithoutCause(telephone), noMessage);
+    telephone.lines[0].messages->waiting = true;
+    EXPECT_EQ(lampsWithoutCause(telephone), Sentences());
+
+    EXPECT_EQ(lampsWithoutCause(stateWithLamp("toggle", "")), Sentences());
+}
+
+TEST(InvariantsTest, CallThatIsOver_NeedsNoEvent)
+{
+    TelephoneState telephone = stateWithCall(7, "held");
+    telephone.calls[0].over = true;
+    EXPECT_EQ(wronglyToldCalls({}, telephone), Sentences());
+    EXPECT_EQ(wronglyToldCalls({}, stateWithCall(7, "busy")), Sentences());
+    EXPECT_EQ(wronglyToldCalls({}, stateWithCall(7, "failed")), Sentences());
+}
+
+TEST(InvariantsTest, AllTogether_AreInOneList)
+{
+    TelephoneDouble telephone;
+    EventHistory const& history = telephone.services().history;
+    TelephoneState state = stateWithCall(7, "held");
+    state.keys = stateWithLamp("mute", "").keys;
+    Semaphore taken(1, 1, false);
+    Invariants invariants;
+    ASSERT_TRUE(taken.take(0));
+
+    EXPECT_EQ(invariants.broken(history, state, {"cfu-activated = true"}),
+              (Sentences{"call 7 is held, and its events say that it is over",
+                         "the lamp 1 is steady, and the microphone is on",
+                         "the setting cfu-activated = true was accepted, and the store does not have it",
+                         "1 locks of the service are taken"}));
+
+    taken.give();
+    EXPECT_EQ(invariants.broken(history, TelephoneState(), {}), Sentences());
+    EXPECT_EQ(invariants.broken(history, TelephoneState(), {}), Sentences());
 }
 
 }  // namespace

@@ -110,4 +110,25 @@ TEST_F(TwoPhones, HoldOfBothAtOnce_SettlesInSpiteOfGlare)
     }));
 }
 
+// The ids from 10000 to 10500 are those of calls over Bluetooth.
+TEST_F(TwoPhones, FreeCallIds_LeaveOutThoseInUseAndThoseOfBluetooth)
+{
+    auto const next = [this] { return alice_.engine().freeCallID(); };
+    EXPECT_EQ(next(), 1001);
+    ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1002, bob_.uri()));
+    EXPECT_EQ(next(), 1003);
+    int last = 1003;
+    while (last < 9999) {
+        last = next();
+    }
+    EXPECT_EQ(last, 9999);
+    EXPECT_EQ(next(), 10501);
+    for (last = 10501; last < 999999;) {
+        last = next();
+    }
+    EXPECT_EQ(last, 999999);
+    EXPECT_EQ(next(), 1001);
+    EXPECT_EQ(next(), 1003);
+}
+
 }  // namespace telephone::test

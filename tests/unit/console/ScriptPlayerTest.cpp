@@ -11,6 +11,7 @@
 #include "tests/doubles/TemporaryFolder.h"
 
 using namespace telephone;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -249,4 +250,113 @@ TEST_F(ScriptPlayerTest, Failure_HasItsLineItsStepAndItsReason)
     EXPECT_EQ(result.failures[0].line, 2);
     EXPECT_EQ(result.failures[0].step, "expect lamp 1 steady within 0");
     EXPECT_EQ(result.failures[0].reason, "it is off");
+}
+
+TEST_F(ScriptPlayerTest, Steps_WaitTenSecondsUnlessTheySayOtherwise)
+{
+    auto const seconds = [this](std::string const& step) { return resultOf(step).seconds; };
+
+    EXPECT_NEAR(seconds("wait CallHeldEvent\n"), 10, 0.001);
+    EXPECT_NEAR(seconds("expect lamp 1 steady\n"), 10, 0.011);  // looked at each hundredth of a second
+    EXPECT_NEAR(seconds("wait CallHeldEvent within 2.5\n"), 2.5, 0.001);
+    EXPECT_NEAR(seconds("expect lamp 1 steady within 3 s\n"), 3, 0.011);
+    EXPECT_NEAR(seconds("never CallHeldEvent within 4 seconds\n"), 4, 0.001);
+    EXPECT_NEAR(seconds("pause 5 second\n"), 5, 0.001);
+}
+
+TEST_F(ScriptPlayerTest, Requests_WaitForATenthOfASecondOfRestButNoLongerThanASecond)
+{
+    // Before the second request and the command; the first finds the telephone at rest.
+    EXPECT_NEAR(resultOf("HoldCall Line=4711 CallID=1\nHoldCall Line=4711 CallID=1\nsay done\n").seconds, 0.2, 0.001);
+    telephone_.invoker.answer = [this](std::string const&) {
+        for (int i = 0; i < 40; ++i) {
+            telephone_.dispatcher.post([](CommunicationsServiceEventIfc& events) {
+                events.callHeld("4711", 1);
+                sleepFor(50ms);  // never a tenth of a second without an event
+            });
+        }
+        return "sfiSuccess";
+    };
+
+    EXPECT_NEAR(resultOf("HoldCall Line=4711 CallID=1\nHoldCall Line=4711 CallID=1\n").seconds, 1, 0.06);
+}
+
+TEST_F(ScriptPlayerTest, LampThatChangesInTime_Holds)
+{
+    telephone_.dispatcher.post([this](CommunicationsServiceEventIfc&) {
+        sleepFor(400ms);
+        telephone_.controls.lampOfKey1 = "flashing";
+    });
+
+    // A script begins after a tenth of a second of rest.
+    EXPECT_NEAR(resultOf("expect lamp 1 flashing\n").seconds, 0.3, 0.011);
+    EXPECT_EQ(telephone_.failures, "");
+}
+
+TEST_F(ScriptPlayerTest, FailedWait_ShowsTheLatestTwentyEvents)
+{
+    telephone_.invoker.answer = [this](std::string const&) {
+        for (int call = 1; call <= 21; ++call) {
+            telephone_.held(call);
+        }
+        return "sfiSuccess";
+    };
+
+    std::string const failure = failureOf("HoldCall Line=4711 CallID=1\nwait CallRetrievedEvent within 0.2\n");
+
+    EXPECT_TRUE(failure.starts_with("error: test.script:2: wait CallRetrievedEvent within 0.2: it did not come; came "
+                                    "instead: CallHeldEvent 4711 call 2: held; CallHeldEvent 4711 call 3: held; "))
+        << failure;
+    EXPECT_TRUE(failure.ends_with("; CallHeldEvent 4711 call 21: held")) << failure;
+}
+
+TEST_F(ScriptPlayerTest, Try_GoesOnAfterARefusal)
+{
+    EXPECT_TRUE(play("try press 99\ntry jump\ntry HoldCall Line=4711 CallID=1\nexpect answer sfiSuccess\n"));
+
+    EXPECT_NE(telephone_.written.find("refused: no key 99\n"), std::string::npos) << telephone_.written;
+    EXPECT_NE(telephone_.written.find("refused: no request or command jump; help lists them\n"), std::string::npos)
+        << telephone_.written;
+    EXPECT_EQ(failureOf("try\n"), "error: test.script:1: try: write it as: try REQUEST or COMMAND");
+}
+
+TEST_F(ScriptPlayerTest, TimesThatAreNotAtTheEnd_AreRefused)
+{
+    for (char const* const step : {"wait CallHeldEvent within", "wait CallHeldEvent within 1 s CallID=1",
+                                   "wait CallHeldEvent within 1 hour", "expect lamp 1 steady within 1 minute"}) {
+        EXPECT_EQ(failureOf(std::string(step) + "\n"), std::string("error: test.script:1: ") + step +
+                                                           ": write it as: within SECONDS, at the end of the line");
+    }
+    EXPECT_EQ(failureOf("pause 1 minute\n"), "error: test.script:1: pause 1 minute: write it as: pause SECONDS");
+    EXPECT_EQ(failureOf("pause 1 s 2\n"), "error: test.script:1: pause 1 s 2: write it as: pause SECONDS");
+    EXPECT_EQ(failureOf("expect lamp 1\n"), "error: test.script:1: expect lamp 1: write it as: expect lamp KEY "
+                                            "off|steady|flashing|fluttering [within SECONDS]");
+    EXPECT_EQ(failureOf("expect answer\n"), "error: test.script:1: expect answer: write it as: expect answer WORD, or "
+                                            "expect lamp KEY MODE [within SECONDS]");
+}
+
+TEST_F(ScriptPlayerTest, Braces_AreAPlaceholderOnlyAroundAName)
+{
+    EXPECT_TRUE(play("<Method>SendUACSTAServerMessage</Method><Line>4711</Line>{ \"a\": {} }\n"
+                     "<Method>SendUACSTAServerMessage</Method><Line>4711</Line>{open\n"));
+
+    EXPECT_EQ(telephone_.invoker.requests,
+              (std::vector<std::string>{"<Method>SendUACSTAServerMessage</Method><Line>4711</Line>{ \"a\": {} }",
+                                        "<Method>SendUACSTAServerMessage</Method><Line>4711</Line>{open"}));
+}
+
+TEST_F(ScriptPlayerTest, StrictOff_LetsWrongRequestsThrough)
+{
+    EXPECT_EQ(failureOf("<Method>HoldCal</Method>\n"),
+              "error: test.script:1: <Method>HoldCal</Method>: there is no request HoldCal (did you mean HoldCall?)");
+    EXPECT_TRUE(play("strict off\n<Method>HoldCal</Method>\n"));
+    EXPECT_FALSE(play("strict off\nstrict on\n<Method>HoldCal</Method>\n"));
+}
+
+TEST_F(ScriptPlayerTest, Result_CountsTheStepsThatHeld)
+{
+    ScriptResult const result = resultOf("say one\nsay two\nexpect lamp 1 steady within 0\nsay four\n");
+
+    EXPECT_EQ(result.steps, 2);
+    EXPECT_EQ(telephone_.failures, "error: test.script:3: expect lamp 1 steady within 0: it is off\n");
 }

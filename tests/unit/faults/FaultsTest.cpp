@@ -95,15 +95,53 @@ TEST_F(FaultsTest, ActiveFault_DoesNotBeginAnewAtItsEvent)
     EXPECT_THAT(faults_.rows(), ElementsAre("waiting: keys bounce 2 on CallHeldEvent CallID=9"));
 }
 
+TEST_F(FaultsTest, Event_ConcernsTheFaultsThatWaitForOneAlone)
+{
+    EXPECT_TRUE(faults_.add("store full at 100s"));
+    EXPECT_TRUE(faults_.add("applications slow 100 after 5 requests"));
+    EXPECT_TRUE(faults_.add("keys bounce 2 on CallHeldEvent CallID=9"));
+
+    telephone_.held(9);
+    awaitRest();
+
+    EXPECT_THAT(faults_.rows(),
+                ElementsAre("waiting: store full at 100s", "waiting: applications slow 100 after 5 requests",
+                            "active: keys bounce 2 on CallHeldEvent CallID=9"));
+}
+
+TEST_F(FaultsTest, EventBehindManyOthers_BeginsItsFault)
+{
+    EXPECT_TRUE(faults_.add("store full on CallHeldEvent CallID=600"));
+
+    for (int call = 1; call <= 600; ++call) {
+        telephone_.held(call);
+    }
+    awaitRest();
+
+    EXPECT_TRUE(isStoreFull());
+}
+
+TEST_F(FaultsTest, AfterTheEnd_NoFaultBegins)
+{
+    EXPECT_TRUE(faults_.add("store full at 1s"));
+    faults_.stop();
+    EXPECT_TRUE(faults_.add("store full"));
+
+    sleepFor(2s);
+
+    EXPECT_FALSE(isStoreFull());
+    EXPECT_THAT(faults_.rows(), IsEmpty());
+}
+
 TEST_F(FaultsTest, FaultAfterRequests_BeginsWhenTheLastOfThemIsDone)
 {
     EXPECT_TRUE(faults_.add("store full after 2 requests"));
 
-    faults_.noteRequest();
+    faults_.noteActivity();
     EXPECT_FALSE(isStoreFull());
-    faults_.noteRequest();
+    faults_.noteActivity();
     EXPECT_TRUE(isStoreFull());
-    faults_.noteRequest();
+    faults_.noteActivity();
     EXPECT_TRUE(isStoreFull());
 }
 

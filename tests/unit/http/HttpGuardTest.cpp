@@ -77,6 +77,32 @@ TEST_F(HttpGuardTest, Origin_MustBeTheHostOfTheRequest)
     EXPECT_EQ(statusOf(guard, "desk:8080", "http://localhost:8080"), 403);
 }
 
+TEST_F(HttpGuardTest, Cookie_AdmitsWhoFollowsALinkFromAPageAtAnotherPort)
+{
+    HttpGuard const guard("desk", 8080, false, token_, browsers_);
+    httplib::Request request;
+    request.method = "GET";
+    request.headers = {{"Host", "desk:8080"},
+                       {"Cookie", "telephone-8080=" + browsers_.text()},
+                       {"Sec-Fetch-Site", "same-site"},
+                       {"Sec-Fetch-Mode", "navigate"},
+                       {"Sec-Fetch-Dest", "document"}};
+    auto const with = [&request](char const* name, char const* value) {
+        httplib::Request changed = request;
+        changed.headers.erase(name);
+        changed.headers.emplace(name, value);
+        return changed;
+    };
+    httplib::Request sent = request;
+    sent.method = "POST";
+
+    EXPECT_FALSE(guard.check(request));
+    EXPECT_TRUE(guard.check(with("Sec-Fetch-Dest", "iframe")));
+    EXPECT_TRUE(guard.check(with("Sec-Fetch-Mode", "no-cors")));
+    EXPECT_TRUE(guard.check(with("Sec-Fetch-Site", "cross-site")));
+    EXPECT_TRUE(guard.check(sent));
+}
+
 TEST_F(HttpGuardTest, Cookie_OfTheBrowsersTokenAdmits)
 {
     HttpGuard const guard("desk", 8080, false, token_, browsers_);

@@ -193,5 +193,82 @@ TEST_F(LineActionsTest, LockedPhone_DialsPermittedNumbersOnly)
     lines.setDigitAnalysisService(nullptr);
 }
 
+TEST_F(LineActionsTest, DirectStation_CallsItsPartyAndTakesBackItsHeldCall)
+{
+    configuration_.keys = {{3, "dss", "102", "", false}};
+    auto& station = *build().getDSSLineForFPK(3);
+    EXPECT_EQ(station.getLineState(), eLineStateUnknown);
+    station.keyPressed();
+    EXPECT_THAT(calls_.takeAsked(), ElementsAre("make 4711 1001 102"));
+
+    ManualWatch watch;
+    lines_->watchParties(watch);
+    EXPECT_EQ(station.retrieve(), sfiFailure);
+    WatchedParty party;
+    party.status = PartyStatus::kBusy;
+    party.remoteURI = "sip:anna@127.0.0.1";
+    party.dialog = PickupTarget{};
+    party.dialog->targetURI = "sip:anna@127.0.0.1:5090";
+    watch.tell("102", party);
+    EXPECT_EQ(station.getLineState(), eLineStateDSSBusy);
+    EXPECT_EQ(station.getLastNotifyRemoteURI(), "sip:anna@127.0.0.1");
+    EXPECT_EQ(station.retrieve(), sfiFailure);
+    EXPECT_THAT(calls_.takeAsked(), IsEmpty());
+
+    party.status = PartyStatus::kHolding;
+    watch.tell("102", party);
+
+    EXPECT_EQ(station.getLineState(), eLineStateHoldElsewhere);
+    EXPECT_EQ(station.retrieve(), sfiSuccess);
+    EXPECT_THAT(calls_.takeAsked(), ElementsAre("take over 4711 1002 sip:anna@127.0.0.1:5090"));
+    watch.tell("102", PartyStatus::kIdle);
+    EXPECT_EQ(station.getLineState(), eLineStateIdle);
+    watch.tell("102", PartyStatus::kRinging);
+    EXPECT_EQ(station.getLineState(), eLineStateRingingElsewhere);
+    calls_.refuseAll();
+    watch.tell("102", party);
+    EXPECT_EQ(station.retrieve(), sfiFailure);
+}
+
+TEST_F(LineActionsTest, DirectStation_HasNoFeaturesOfALine)
+{
+    configuration_.keys = {{3, "dss", "102", "", false}};
+    auto& station = *build().getDSSLineForFPK(3);
+    Line::serverFeaturesSettings settings{};
+    settings.dnd = true;
+
+    station.setDNDConfiguration(true);
+    station.setForwardingConfiguration(sfiForwardUnconditional, true, "103", 0);
+    station.setMissedCallIndicated(true);
+    station.getServerFeaturesSettings(settings);
+
+    EXPECT_FALSE(settings.dnd);
+    EXPECT_EQ(station.getChildBCALineIdReservedForConsultationCall(), 0);
+    EXPECT_EQ(settings_->text("cfu-address"), "");
+}
+
+TEST_F(LineActionsTest, KeyOfALine_ThatIsADirectStation_CallsItOnAnother)
+{
+    configuration_.keys = {{3, "dss", "4712", "", false}};
+    build();
+
+    lines_->getDSSLineForFPK(3)->dssKeyPressed(eDSSContextNone, "", "");
+    lines_->getLine("4712")->dssKeyPressed(eDSSContextNone, "77", "");
+
+    EXPECT_THAT(calls_.takeAsked(), ElementsAre("make 4711 1001 4712", "make 4711 1002 77"));
+}
+
+TEST_F(LineActionsTest, HotLine_WithoutDigits_IsSelectedOnly)
+{
+    configuration_.lines[0].hotWarmType = LineData::kHotLine;
+    build();
+
+    lines_->getLine("4711")->getLineData()->setHotWarmLineManual(true);
+    lines_->getLine("4711")->keyPressed();
+
+    EXPECT_EQ(stateOf("4711"), eLineStateSelected);
+    EXPECT_THAT(calls_.takeAsked(), IsEmpty());
+}
+
 }  // namespace
 }  // namespace telephone

@@ -9,6 +9,7 @@
 
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "StoreFixture.h"
 #include "telephone/management/Sqlite.h"
@@ -243,6 +244,32 @@ TEST_F(ConfigurationStoreTest, FullDisk_RefusesAndKeepsTheValues)
     }
     EXPECT_EQ(allUnder("line/", *open(disk + "/store.db")).size(), static_cast<std::size_t>(accepted));
     EXPECT_EQ(::umount(disk.c_str()), 0);
+}
+
+TEST_F(ConfigurationStoreTest, DiskWithoutRoomForAStore_LeavesNoFileBehind)
+{
+    auto const disk = folder.file("disk");
+    ASSERT_EQ(::mkdir(disk.c_str(), 0700), 0);
+    if (::mount("tmpfs", disk.c_str(), "tmpfs", 0, "size=4k") != 0) {
+        std::cout << "no right to mount a small disk here\n";
+        return;
+    }
+
+    auto const error = errorOf(disk + "/store.db");
+
+    EXPECT_TRUE(error.starts_with("store \"" + disk + "/store.db\" cannot be created: ")) << error;
+    EXPECT_TRUE(std::filesystem::is_empty(disk));
+    EXPECT_EQ(::umount(disk.c_str()), 0);
+}
+
+TEST_F(ConfigurationStoreTest, UnfinishedStoreOfAKilledTelephone_IsReplaced)
+{
+    writeFile(storePath() + ".new-" + std::to_string(::getpid()), "half a store");
+
+    EXPECT_TRUE(open()->set("cfu-address", "102"));
+
+    EXPECT_EQ(open()->text("cfu-address"), "102");
+    EXPECT_FALSE(std::filesystem::exists(storePath() + ".new-" + std::to_string(::getpid())));
 }
 
 TEST_F(ConfigurationStoreTest, RemovedStore_RefusesAndKeepsTheValue)

@@ -37,6 +37,20 @@ TEST(WavWriterTest, ClosedFile_TakesNoMoreFrames)
     EXPECT_EQ(writer.frames(), 0U);
 }
 
+TEST(WavWriterTest, TwoChannels_AreWrittenFrameByFrame)
+{
+    SoundFile const file("two");
+    WavWriter writer(file.path, 2);
+
+    ASSERT_TRUE(writer.write(sip::AudioFrame{}, sip::AudioFrame{}));
+    EXPECT_EQ(writer.frames(), 1U);
+    writer.close();
+
+    EXPECT_FALSE(writer.write(sip::AudioFrame{}, sip::AudioFrame{}));
+    EXPECT_EQ(writer.frames(), 1U);
+    EXPECT_EQ(std::filesystem::file_size(file.path), 44U + 2U * 2U * sip::kFrameSamples);
+}
+
 TEST(WavWriterTest, MissingFolder_IsRefusedWithThePath)
 {
     try {

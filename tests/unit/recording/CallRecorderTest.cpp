@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <map>
 
@@ -27,9 +28,10 @@ using Lines = std::vector<std::string>;
 class Calls
 {
 public:
-    void add(int callID, std::string const& line, sfiCallState state)
+    void add(int callID, std::string const& line, sfiCallState state, bool secure = false)
     {
         CallSnapshot call;
+        call.secure = secure;
         call.callID = callID;
         call.line.lineURI = line;
         call.state = state;
@@ -382,6 +384,65 @@ TEST_F(CallRecorderTest, RecordingService_IsTheRecorderWhileItLives)
 
     ASSERT_NE(MediaRecordingService::GetInstance(), nullptr);
     EXPECT_FALSE(MediaRecordingService::GetInstance()->activateRecording("4711"));
+}
+
+TEST_F(CallRecorderTest, FileName_HasLettersDigitsAndTwoSignsOfTheLine)
+{
+    std::string const line = "09azAZ-_/:@[`{.";
+    calls.add(7, line, sfiCallStateConnected);
+    auto const recorder = makeRecorder();
+
+    ASSERT_TRUE(recorder->activateRecording(line));
+
+    ASSERT_EQ(files().size(), 1U);
+    auto const name = std::filesystem::path(files()[0]).filename().string();
+    EXPECT_TRUE(name.starts_with("09azAZ-________-7-20")) << name;
+}
+
+TEST_F(CallRecorderTest, SecureCall_IsToldAsSecure)
+{
+    calls.add(7, "4711", sfiCallStateConnected, true);
+    auto const recorder = makeRecorder();
+
+    ASSERT_TRUE(recorder->activateRecording("4711"));
+
+    EXPECT_EQ(events.lines(), (Lines{"recording 4711 7 true", "security 4711 7 2 of 4711:7"}));
+}
+
+TEST_F(CallRecorderTest, FolderThatIsAFile_IsRefused)
+{
+    recordings.folder = folder.file("file");
+    std::ofstream(recordings.folder) << "x";
+    calls.add(7, "4711", sfiCallStateConnected);
+    auto const recorder = makeRecorder();
+
+    EXPECT_FALSE(recorder->activateRecording("4711"));
+
+    EXPECT_EQ(events.lines(), (Lines{"recording 4711 7 false", "security 4711 7 1 of"}));
+}
+
+TEST_F(CallRecorderTest, OtherCallsAndSettings_LeaveARecordingAlone)
+{
+    auto const settings = open("");
+    LocalManagement management(*settings);
+    ContextWith context(&management);
+    calls.add(7, "4711", sfiCallStateHeldByBoth);
+    calls.add(8, "4712", sfiCallStateConnected);
+    auto const recorder = makeRecorder();
+    ManageableData notice;
+    recorder->dataChangedEvent(notice);
+    recorder->init(context, nullptr, nullptr, new RecordingConfigManager(&context));
+    ASSERT_TRUE(recorder->activateRecording("4711"));
+
+    recorder->dataChangedEvent(notice);
+    recorder->callChanged(ended(8), nullptr);
+    CallSnapshot goesOn = ended(7);
+    goesOn.state = sfiCallStateConnected;
+    recorder->callChanged(goesOn, nullptr);
+
+    EXPECT_TRUE(calls.hasTap(7));
+    EXPECT_EQ(recorder->recordedCalls(), std::vector<int>{7});
+    EXPECT_FALSE(recorder->deactivateRecording("4712"));
 }
 
 }  // namespace

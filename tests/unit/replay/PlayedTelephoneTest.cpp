@@ -1,12 +1,12 @@
 #include "telephone/replay/PlayedTelephone.h"
 
-#include <semaphore>
-
 #include <gtest/gtest.h>
 
 #include "RecordingText.h"
+#include "Signals.h"
 
 using namespace telephone;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -25,8 +25,8 @@ protected:
     void play(std::string const& lines, std::vector<std::string> const& sessions = {})
     {
         recording_ = recordingOf(lines);
-        telephone_ = std::make_unique<PlayedTelephone>(recording_, sessions, timers_, [this] { ended_.release(); });
-        session_ = telephone_->sessions()("application-1", 10, [this] { woken_.release(); });
+        telephone_ = std::make_unique<PlayedTelephone>(recording_, sessions, timers_, [this] { ended_.add(); });
+        session_ = telephone_->sessions()("application-1", 10, [this] { woken_.add(); });
     }
     ~PlayedTelephoneTest() override
     {
@@ -45,7 +45,7 @@ protected:
     std::string events()
     {
         said_.clear();
-        while (said_.empty() && woken_.try_acquire_for(std::chrono::seconds(10))) {
+        while (said_.empty() && woken_.take(10s)) {
             while (session_->takeEvents(10, sink())) {
             }
         }
@@ -66,8 +66,8 @@ protected:
     }
 
     Recording recording_;
-    std::counting_semaphore<> ended_{0};
-    std::counting_semaphore<> woken_{0};
+    Signals ended_;
+    Signals woken_;
     TimerService timers_;
     std::unique_ptr<PlayedTelephone> telephone_;
     std::unique_ptr<ClientSession> session_;
@@ -85,7 +85,7 @@ TEST_F(PlayedTelephoneTest, RecordedRequest_IsAnswered_AndItsEventsFollow)
     EXPECT_EQ(events(), "event 5 " + held("1") + "\n");
     EXPECT_EQ(replies("RetrieveCall CallID=1 Line=4711"), "answer sfiSuccess\nfinished \n");
     EXPECT_EQ(events(), "event 6 " + retrieved("1") + "\n");
-    EXPECT_TRUE(ended_.try_acquire_for(std::chrono::seconds(10)));
+    EXPECT_TRUE(ended_.take(10s));
     EXPECT_EQ(report(), TableRows{"r: 2 messages, no difference"});
 }
 
@@ -218,5 +218,117 @@ TEST_F(PlayedTelephoneTest, ApplicationThatGoes_EndsIt)
 
     session_.reset();
 
-    EXPECT_TRUE(ended_.try_acquire_for(std::chrono::seconds(10)));
+    EXPECT_TRUE(ended_.take(10s));
+}
+
+TEST_F(PlayedTelephoneTest, ApplicationThatComesBackWithinTwoSeconds_HasNotGone)
+{
+    play(holdAndRetrieve());
+    replies("events");
+    session_.reset();
+    EXPECT_FALSE(ended_.take(1800ms));
+
+    session_ = telephone_->sessions()("application-1", 10, [this] { woken_.add(); });
+
+    EXPECT_FALSE(ended_.take(3s));
+    session_.reset();
+    EXPECT_FALSE(ended_.take(1800ms));
+    EXPECT_TRUE(ended_.take(400ms));
+}
+
+TEST_F(PlayedTelephoneTest, OneOfTwoSessions_MayEnd)
+{
+    play(holdAndRetrieve());
+    auto const other = telephone_->sessions()("application-2", 10, [] {});
+
+    session_.reset();
+
+    EXPECT_FALSE(ended_.take(3s));
+}
+
+TEST_F(PlayedTelephoneTest, Events_ComeAsLongAfterTheirRequestAsTheyDidThen)
+{
+    play(requestLine(0, holdCall("1")) + eventLine(700, 5, held("1")) + eventLine(1500, 5, retrieved("1")));
+    replies("events");
+    auto const requested = SteadyClock::now();
+    replies(holdCall("1"));
+
+    EXPECT_EQ(events(), "event 5 " + held("1") + "\n");
+    EXPECT_GE(SteadyClock::now() - requested, 700ms);
+    EXPECT_LT(SteadyClock::now() - requested, 1400ms);
+    // A number is not used twice.
+    EXPECT_EQ(events(), "event 6 " + retrieved("1") + "\n");
+    EXPECT_GE(SteadyClock::now() - requested, 1500ms);
+    EXPECT_FALSE(ended_.take(800ms));  // a second for what the application does beyond the recording
+    EXPECT_TRUE(ended_.take(400ms));
+}
+
+TEST_F(PlayedTelephoneTest, EventsThatAreDueAtOnce_KeepTheirOrder)
+{
+    play(requestLine(1000, holdCall("1")) + eventLine(1300, 5, held("1")) + eventLine(1200, 6, held("2")));
+    replies("events");
+    replies(holdCall("1"));
+
+    EXPECT_EQ(events(), "event 5 " + held("1") + "\nevent 6 " + held("2") + "\n");
+}
+
+TEST_F(PlayedTelephoneTest, TakenEvents_AreAsManyAsAreWanted)
+{
+    play(eventLine(0, 4, held("1")) + eventLine(0, 5, held("2")) + commandLine(100, "events", R"({\"after\":4})") +
+         requestLine(200, holdCall("1")));
+    replies("events after 0");
+    said_.clear();
+
+    EXPECT_TRUE(session_->takeEvents(1, sink()));
+    EXPECT_EQ(said_, "event 4 " + held("1") + "\n");
+    EXPECT_TRUE(session_->takeEvents(1, sink()));
+    EXPECT_FALSE(session_->takeEvents(1, sink()));
+    EXPECT_EQ(said_, "event 4 " + held("1") + "\nevent 5 " + held("2") + "\n");
+}
+
+TEST_F(PlayedTelephoneTest, CommandsAboutTheSession_NeedNoRecording)
+{
+    play(holdAndRetrieve());
+
+    EXPECT_EQ(replies("say hello"), "result hello\n");
+    EXPECT_TRUE(replies("describe CallHeldEvent").starts_with("result CallHeldEvent: ")) << said_;
+    EXPECT_TRUE(replies("help HoldCall").starts_with("result HoldCall: ")) << said_;
+    EXPECT_TRUE(replies("describe json").starts_with("result {\n")) << said_;
+    EXPECT_NE(replies("help").find("press KEY"), std::string::npos) << said_;
+    EXPECT_NE(replies("describe").find("HoldCall"), std::string::npos) << said_;
+    EXPECT_EQ(replies("\"open"), "error a quote \" is not closed\n");
+    EXPECT_EQ(replies(""), "error the message is empty\n");
+    EXPECT_EQ(replies("HoldCall Lin=4711").substr(0, 6), "error ") << said_;
+    EXPECT_EQ(replies("events only CallHoldEvent"), "error no event CallHoldEvent (did you mean CallHeldEvent?)\n");
+    EXPECT_EQ(replies("events off"), "result \n");
+    EXPECT_FALSE(session_->takeEvents(10, sink()));
+    EXPECT_EQ(replies("quit"), "result \n");
+    EXPECT_TRUE(ended_.take(0s));
+    EXPECT_EQ(report().back(), "r: 2 messages, 2 differences");
+}
+
+// A question is answered as the telephone answered it last before this moment, or else first after it.
+TEST_F(PlayedTelephoneTest, Questions_AreAnsweredAsTheyWereAtThatMoment)
+{
+    play(commandLine(0, "calls", "none", "console") + requestLine(10, holdCall("1")) +
+         commandLine(20, "calls", "one", "console") + commandLine(30, "calls", "two", "application-1") +
+         commandLine(40, "lamps", "dark") +
+         requestLine(50, "<Method>RetrieveCall</Method><Line>4711</Line><CallID>1</CallID>"));
+
+    EXPECT_EQ(replies("calls"), "result none\n");
+    EXPECT_EQ(replies("lamps"), "result dark\n");
+    replies(holdCall("1"));
+    EXPECT_EQ(replies("calls"), "result two\n");
+    EXPECT_EQ(replies("calls"), "result two\n");
+    EXPECT_EQ(report(), (TableRows{"r:13: missing: RetrieveCall 4711 call 1", "r: 2 messages, 1 difference"}));
+}
+
+TEST_F(PlayedTelephoneTest, ApplicationWithoutARecordedSubscription_ReceivesWhatIsAfterItsFirstRequest)
+{
+    play(eventLine(0, 4, held("2")) + requestLine(10, holdCall("1")) + eventLine(20, 5, held("1")));
+
+    EXPECT_EQ(replies("events"), "result {\"start\":\"k3f9x2ab\",\"after\":0}\n");
+    EXPECT_EQ(events(), "event 4 " + held("2") + "\n");
+    replies(holdCall("1"));
+    EXPECT_EQ(events(), "event 5 " + held("1") + "\n");
 }

@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include "RecordingText.h"
+#include "telephone/time/Waiting.h"
 #include "tests/unit/console/ConsoleDoubles.h"
 
 using namespace telephone;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -130,4 +132,90 @@ TEST_F(ReplayerTest, SignalBeforeTheEnd_IsARefusal)
 
     EXPECT_EQ(replay(commandLine(0, "press 1")), TableRows{"ended by a signal before the end of the recording"});
     EXPECT_TRUE(telephone_.controls.asked.empty());
+}
+
+TEST_F(ReplayerTest, Inputs_AreAsFarApartAsTheyWere)
+{
+    std::vector<SteadyClock::duration> times;
+    telephone_.invoker.answer = [&times](std::string const&) {
+        times.push_back(SteadyClock::now().time_since_epoch());
+        return "sfiSuccess";
+    };
+
+    auto const begun = SteadyClock::now();
+    replay(requestLine(200, holdCall("1")) + requestLine(550, holdCall("2")) + R"({"end":null)" + at(950) + "}\n");
+
+    ASSERT_EQ(times.size(), 2U);
+    EXPECT_GE(times[1] - times[0], 340ms);
+    EXPECT_LT(times[1] - times[0], 450ms);
+    EXPECT_GE(SteadyClock::now() - begun, 950ms);
+    EXPECT_LT(SteadyClock::now() - begun, 2s);
+}
+
+TEST_F(ReplayerTest, EventThatDoesNotCome_IsWaitedForASecond)
+{
+    std::vector<SteadyClock::duration> times;
+    telephone_.invoker.answer = [&times](std::string const&) {
+        times.push_back(SteadyClock::now().time_since_epoch());
+        return "sfiSuccess";
+    };
+
+    EXPECT_EQ(replay(requestLine(0, holdCall("1")) + eventLine(10, 7, held("1")) + requestLine(20, holdCall("2"))),
+              (TableRows{"r:5: missing: CallHeldEvent 4711 call 1: held", "r: 3 messages, 1 difference"}));
+
+    ASSERT_EQ(times.size(), 2U);
+    EXPECT_GE(times[1] - times[0], 1010ms);
+    EXPECT_LT(times[1] - times[0], 1400ms);
+}
+
+TEST_F(ReplayerTest, EventThatComesLate_IsOneThatCame)
+{
+    telephone_.invoker.answer = [this](std::string const& request) {
+        if (request == holdCall("1")) {
+            telephone_.dispatcher.post([](CommunicationsServiceEventIfc& events) {
+                sleepFor(900ms);  // the event is late
+                events.callHeld("4711", 1);
+            });
+        }
+        return "sfiSuccess";
+    };
+
+    EXPECT_EQ(replay(requestLine(0, holdCall("1")) + eventLine(10, 7, held("1")) + requestLine(20, holdCall("2"))),
+              TableRows{"r: 3 messages, no difference"});
+}
+
+// A telephone that was not ready when its recording began sent its first events before the first input.
+TEST_F(ReplayerTest, FirstInputOfATelephoneThatBecameReady_IsSentAtOnce)
+{
+    std::vector<SteadyClock::duration> times;
+    telephone_.invoker.answer = [&times](std::string const&) {
+        times.push_back(SteadyClock::now().time_since_epoch());
+        return "sfiSuccess";
+    };
+    std::string header = kHeader;
+    header.replace(header.find("\"ready\":true"), 12, "\"ready\":false");
+    Recording const recording = readLines(header + requestLine(8000, holdCall("1"))).value();
+    ReplayReport report("r");
+
+    auto const begun = SteadyClock::now().time_since_epoch();
+    ASSERT_TRUE(Replayer(*telephone_.conversation, recording, DisplayOptions()).play(report));
+
+    ASSERT_EQ(times.size(), 1U);
+    EXPECT_LT(times[0] - begun, 1s);
+}
+
+TEST_F(ReplayerTest, Sessions_AreThoseOfTheRecording)
+{
+    telephone_.invoker.answer = [](std::string const&) { return "sfiFailure"; };
+    auto const request = [](char const* session, char const* reasons) {
+        return R"({"request":")" + holdCall("3") + R"(","session":")" + session + R"(","reasons":)" + reasons + at(0) +
+               "}\n" + R"({"answer":"sfiFailure","session":")" + session + "\"" + at(0) + "}\n";
+    };
+    std::string const reason =
+        R"({"reason":"there is no call 3; the telephone has no calls","session":"b")" + at(0) + "}\n";
+
+    // Whether there are reasons is as it was for that input.
+    EXPECT_EQ(replay(request("a", "false") + request("b", "true") + reason + request("a", "false")),
+              TableRows{"r: 3 messages, no difference"});
+    EXPECT_EQ(telephone_.invoker.requests.size(), 3U);
 }

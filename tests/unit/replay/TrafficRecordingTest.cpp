@@ -2,14 +2,15 @@
 
 #include <filesystem>
 #include <regex>
-#include <semaphore>
 
 #include <gtest/gtest.h>
 
+#include "Signals.h"
 #include "tests/doubles/TemporaryFolder.h"
 #include "tests/unit/access/TelephoneDouble.h"
 
 using namespace telephone;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -107,17 +108,17 @@ TEST_F(TrafficRecordingTest, RequestsAndCommands_AreWrittenWithTheirReplies)
 
 TEST_F(TrafficRecordingTest, Events_AreWrittenFromTheBeginningOfTheRecordingOn)
 {
-    std::counting_semaphore<> came(0);
-    auto const listener = telephone_.history->listen([&came] { came.release(); });
+    Signals came;
+    auto const listener = telephone_.history->listen([&came] { came.add(); });
     telephone_.held(1);
-    came.acquire();
+    ASSERT_TRUE(came.take(10s));
     ASSERT_TRUE(recording_.start(file_));
 
     telephone_.held(2);
-    came.acquire();
+    ASSERT_TRUE(came.take(10s));
     ASSERT_TRUE(recording_.stop());
     telephone_.held(3);
-    came.acquire();
+    ASSERT_TRUE(came.take(10s));
     telephone_.history->endListening(listener);
 
     EXPECT_EQ(written(),

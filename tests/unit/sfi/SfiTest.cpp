@@ -4,6 +4,7 @@
 #include "platform/framework/Executable.h"
 #include "platform/framework/SvcRTEContext.h"
 #include "platform/management/ManageableData.h"
+#include "platform/physical/PhysDefs.h"
 #include "telephone/configuration/Configuration.h"
 #include "telephone/framework/EventDispatcher.h"
 #include "telephone/framework/Refusals.h"
@@ -390,6 +391,93 @@ TEST_F(SfiTest, DigitsOfNoText_AreRefused)
 
     EXPECT_EQ(sfi_.GenerateDigits(&call, nullptr), sfiFailure);
     EXPECT_EQ(sfi_.GenerateDigits(&call, "123#"), sfiSuccess);
+}
+
+TEST_F(SfiTest, IncomingCall_IsAcceptedAnsweredAndRefused)
+{
+    ASSERT_TRUE(bob_.engine().outgoing().make(1, 0, 1, uri("4711")));
+    ASSERT_TRUE(recorder_.waitFor("state 4711 1001 ringing normal 4722"));
+    sfiCallInfo first = record(1, 1001);
+    EXPECT_EQ(sfi_.CallAccept(&first), sfiSuccess);
+    ASSERT_EQ(sfi_.CallAnswer(&first), sfiSuccess);
+    ASSERT_TRUE(recorder_.waitFor("state 4711 1001 connected normal 4722"));
+    EXPECT_EQ(sfi_.CallAnswer(&first), sfiFailure);
+    ASSERT_TRUE(bob_.engine().outgoing().make(2, 0, 2, uri("4712")));
+    ASSERT_TRUE(recorder_.waitFor("state 4712 1002 ringing normal 4723"));
+    sfiCallInfo second = record(2, 1002);
+
+    EXPECT_EQ(sfi_.CallRefuse(&second, sfiRefuseCallBusy), sfiSuccess);
+
+    EXPECT_TRUE(bob_.events().waitFor("state 4723 2 busy busy 4712"));
+    EXPECT_EQ(sfi_.CallRefuse(&second, sfiRefuseCallBusy), sfiFailure);
+}
+
+TEST_F(SfiTest, FeatureWithADestination_DeflectsOrTransfers)
+{
+    ASSERT_TRUE(bob_.engine().outgoing().make(1, 0, 1, uri("4711")));
+    ASSERT_TRUE(recorder_.waitFor("state 4711 1001 ringing normal 4722"));
+    sfiCallInfo call = record(1, 1001);
+    EXPECT_EQ(sfi_.CallFeature(&call, sfiFeatureConference, "4712", 1), sfiFailure);
+
+    EXPECT_EQ(sfi_.CallFeature(&call, sfiFeatureDeflect, bob_.uri("4723").c_str(), 1), sfiSuccess);
+
+    EXPECT_TRUE(recorder_.waitFor("forwarded 4711 1001 4722 4723 4"));
+    connect(2, "4722");
+    call = record(1, 2);
+    EXPECT_EQ(sfi_.CallFeature(&call, sfiFeatureBlindTransfer, bob_.uri("4723").c_str(), 1), sfiSuccess);
+    EXPECT_TRUE(recorder_.waitFor("state 4711 2 transferring normal 4722"));
+}
+
+TEST_F(SfiTest, HoldKeyWithoutACall_IsRefusedAndOtherKeysAreNotForIt)
+{
+    RefusalCollector refusals;
+
+    sfi_.HandleKeyFunction(PhysDefs::keyFunctionHold);
+    sfi_.HandleKeyFunction(PhysDefs::keyFunctionMute);
+
+    auto const taken = refusals.take();
+    ASSERT_EQ(taken.size(), 2U);
+    EXPECT_EQ(taken[0], (Refusal{RefusalKind::kWrongState, "there is no call to hold or to retrieve"}));
+    EXPECT_EQ(taken[1].kind, RefusalKind::kNotSupported);
+}
+
+TEST_F(SfiTest, FailureOfAFeature_IsToldForItsLine)
+{
+    sfi_.SendFeatureFailureNotification(1, sfiFeatureConference, sfiFeatureFailureRefused);
+
+    EXPECT_TRUE(recorder_.waitFor("failed 4711 0 conference 1"));
+}
+
+TEST_F(SfiTest, TelephoneWithoutBluetooth_NamesNoLine)
+{
+    std::string lineURI = "before";
+    std::string name = "before";
+
+    sfi_.GetBluetoothLineURI(0, lineURI, name);
+
+    EXPECT_EQ(lineURI + name, "");
+}
+
+TEST_F(SfiTest, ReadersOfSettings_ReadThem)
+{
+    EXPECT_EQ(sfi_.GetDialRestrictionMode(), 0);
+    EXPECT_EQ(sfi_.GetLineHeadsetOverride(), 0);
+    ASSERT_TRUE(settings_.set("dial-restriction-mode", "1"));
+    ASSERT_TRUE(settings_.set("headset-override", "1"));
+
+    EXPECT_EQ(sfi_.GetDialRestrictionMode(), 1);
+    EXPECT_EQ(sfi_.GetLineHeadsetOverride(), 1);
+    EXPECT_EQ(sfi_.GetHotWarmLineStatus(1), 0);
+    EXPECT_EQ(sfi_.GetHotWarmLineStatus(99), 0);
+}
+
+TEST_F(SfiTest, DoNotDisturbOfTheManagement_IsTold)
+{
+    ManageableData data;
+    putItem(data, "call-dnd-activated", "true");
+    EXPECT_EQ(sfi_.ApplyManageableData(data, false), 1);
+
+    EXPECT_TRUE(policy_.doNotDisturb(1));
 }
 
 }  // namespace telephone::test

@@ -26,6 +26,43 @@ TEST(DialogInfoTest, ForeignDocument_IsRead)
     EXPECT_EQ("sip:2@h:9", info->dialogs[0].remote.target);
 }
 
+TEST(DialogInfoTest, EveryState_IsRead)
+{
+    auto const info = DialogInfo::parse(R"(<dialog-info version="0" entity="sip:1@h"><note/>
+<dialog id="1"><state>trying</state></dialog><dialog id="2"><state>proceeding</state></dialog>
+<dialog id="3"><state>early</state></dialog><dialog id="4"><state>confirmed</state></dialog>
+<dialog id="5"><state>terminated</state></dialog></dialog-info>)");
+
+    ASSERT_TRUE(info);
+    EXPECT_TRUE(info->full) << "as without a word of it";
+    EXPECT_EQ("sip:1@h", info->entity);
+    ASSERT_EQ(5U, info->dialogs.size());
+    EXPECT_EQ(DialogState::kTrying, info->dialogs[0].state);
+    EXPECT_EQ(DialogState::kProceeding, info->dialogs[1].state);
+    EXPECT_EQ(DialogState::kEarly, info->dialogs[2].state);
+    EXPECT_EQ(DialogState::kConfirmed, info->dialogs[3].state);
+    EXPECT_EQ(DialogState::kTerminated, info->dialogs[4].state);
+    EXPECT_EQ("5", info->dialogs[4].id);
+    EXPECT_FALSE(info->dialogs[0].recipient);
+    EXPECT_FALSE(info->dialogs[0].exclusive);
+    EXPECT_EQ(0, info->dialogs[0].appearance);
+}
+
+TEST(DialogInfoTest, HeldParty_IsTheOneThatDoesNotRender)
+{
+    auto const info = DialogInfo::parse(R"(<dialog-info version="0" state="full" entity="sip:1@h">
+<dialog id="1"><state>confirmed</state><appearance>-3</appearance>
+<local><target uri="sip:1@h"><param pname="x" pvalue="no"/><param pname="+sip.rendering" pvalue="no"/></target></local>
+<remote><target uri="sip:2@h"><note pname="+sip.rendering" pvalue="no"/><param pname="+sip.rendering" pvalue="yes"/>
+</target></remote></dialog></dialog-info>)");
+
+    ASSERT_TRUE(info);
+    ASSERT_EQ(1U, info->dialogs.size());
+    EXPECT_FALSE(info->dialogs[0].local.rendering);
+    EXPECT_TRUE(info->dialogs[0].remote.rendering);
+    EXPECT_EQ(0, info->dialogs[0].appearance);
+}
+
 TEST(DialogInfoTest, OwnDocument_IsWrittenInFull)
 {
     DialogInfo info;
@@ -70,6 +107,46 @@ TEST(DialogInfoTest, AppearanceAndPrivacyOfASharedLine_AreWrittenAndRead)
     EXPECT_TRUE(read->dialogs[0].exclusive);
 }
 
+TEST(DialogInfoTest, PrivacyAlone_HasItsNamespaceToo)
+{
+    DialogInfo info;
+    info.version = 1;
+    info.full = false;
+    info.entity = "sip:1@h";
+    DialogEntry entry;
+    entry.id = "a";
+    entry.dialog = {"c", "l", "r"};
+    entry.recipient = true;
+    entry.state = DialogState::kConfirmed;
+    entry.exclusive = true;
+    entry.local = {"", "unused", "sip:1@h:5", false};
+    entry.remote = {"sip:2@h", "Al", ""};
+    info.dialogs.push_back(entry);
+
+    EXPECT_EQ("<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
+              "<dialog-info xmlns=\"urn:ietf:params:xml:ns:dialog-info\" "
+              "xmlns:sa=\"urn:ietf:params:xml:ns:sa-dialog-info\" version=\"1\" state=\"partial\" "
+              "entity=\"sip:1@h\"><dialog id=\"a\" call-id=\"c\" local-tag=\"l\" remote-tag=\"r\" "
+              "direction=\"recipient\"><state>confirmed</state><local><target uri=\"sip:1@h:5\">"
+              "<param pname=\"+sip.rendering\" pvalue=\"no\"/></target></local>"
+              "<remote><identity display=\"Al\">sip:2@h</identity></remote>"
+              "<sa:exclusive>true</sa:exclusive></dialog></dialog-info>",
+              info.format());
+}
+
+TEST(DialogInfoTest, FirstAppearanceAlone_HasItsNamespaceToo)
+{
+    DialogInfo info;
+    DialogEntry entry;
+    entry.appearance = 1;
+    info.dialogs.push_back(entry);
+
+    std::string const document = info.format();
+
+    EXPECT_NE(document.find(" xmlns:sa=\"urn:ietf:params:xml:ns:sa-dialog-info\""), std::string::npos) << document;
+    EXPECT_NE(document.find("<sa:appearance>1</sa:appearance>"), std::string::npos) << document;
+}
+
 TEST(DialogInfoTest, MalformedDocument_IsRefused)
 {
     EXPECT_FALSE(DialogInfo::parse(""));
@@ -86,6 +163,23 @@ TEST(MessageSummaryTest, Names_AreReadWithoutRegardToCase)
     EXPECT_EQ("sip:1@h", summary->account);
     EXPECT_EQ((MessageCounts{4, 8, 0, 0}), summary->voice);
     EXPECT_FALSE(MessageSummary::parse("Voice-Message: 4/8"));
+}
+
+TEST(MessageSummaryTest, WithoutAnAccount_IsWrittenWithoutTheLine)
+{
+    EXPECT_EQ("Messages-Waiting: no\r\nVoice-Message: 0/3 (0/1)\r\n",
+              (MessageSummary{.waiting = false, .account = "", .voice = {0, 3, 0, 1}}.format()));
+}
+
+TEST(MessageSummaryTest, BlanksAndOtherLines_AreSkipped)
+{
+    auto const summary = MessageSummary::parse("no colon\r\nMessages-Waiting:no \r\nFax-Message: 9/9\r\n"
+                                               "Message-Account:\r\nVoice-Message:\t1 / 2 ( 3 / 4 )\r\n");
+
+    ASSERT_TRUE(summary);
+    EXPECT_FALSE(summary->waiting);
+    EXPECT_EQ("", summary->account);
+    EXPECT_EQ((MessageCounts{1, 2, 3, 4}), summary->voice);
 }
 
 TEST(MessageSummaryTest, MalformedCounts_CountAsZero)

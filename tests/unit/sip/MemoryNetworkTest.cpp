@@ -355,6 +355,11 @@ TEST_F(DatagramFaultsTest, RtpAndOtherDatagrams_AreToldApart)
     EXPECT_FALSE((Datagram{"a", "b", ""}).isRtp());
     EXPECT_FALSE((Datagram{"a", "b", "\x81\xc9"}).isRtp());
     EXPECT_TRUE((Datagram{"a", "b", "\x81\xc9"}).isMedia());
+    EXPECT_TRUE((Datagram{"a", "b", "\x80\xbf"}).isRtp());
+    EXPECT_FALSE((Datagram{"a", "b", "\x80\xc0"}).isRtp());
+    EXPECT_FALSE((Datagram{"a", "b", "\x80\xdf"}).isRtp());
+    EXPECT_TRUE((Datagram{"a", "b", "\x80\xe0"}).isRtp());
+    EXPECT_EQ((Datagram{"a", "b", "BYE sip:x SIP/2.0\r\nVia: y"}).describe(), "from a to b (BYE sip:x SIP/2.0)");
 }
 
 TEST_F(DatagramFaultsTest, DoubledDatagram_ComesTwice)

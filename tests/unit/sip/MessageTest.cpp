@@ -13,6 +13,24 @@ TEST(ReplacesTest, Parameters_AreReadInAnyOrder)
     EXPECT_EQ("12@host;to-tag=a;from-tag=b;early-only", replaces->format());
     EXPECT_FALSE(Replaces::parse(""));
     EXPECT_FALSE(Replaces::parse("12@host;to-tag=a"));
+    EXPECT_FALSE(Replaces::parse("12@host;from-tag=a"));
+    EXPECT_FALSE(Replaces::parse(";to-tag=a;from-tag=b"));
+    EXPECT_FALSE(Replaces::parse("12@host;to-tag;from-tag")) << "without values";
+    EXPECT_EQ((Replaces{"12", "a=", "b", false}), Replaces::parse(" 12 ;TO-TAG=a=;From-Tag=b;x=y;"));
+}
+
+TEST(HeadersTest, Value_IsTheFirstOfItsNameWhateverTheCase)
+{
+    Headers const headers{{"Expires", "60"}, {"expires", "70"}, {"Empty", ""}};
+
+    EXPECT_EQ(headers.value("EXPIRES"), "60");
+    EXPECT_EQ(headers.values("EXPIRES"), (std::vector<std::string>{"60", "70"}));
+    EXPECT_EQ(headers.number("Expires"), 60U);
+    EXPECT_EQ(headers.number("None"), 0U);
+    EXPECT_TRUE(headers.has("EMPTY"));
+    EXPECT_FALSE(headers.has("None"));
+    EXPECT_TRUE(headers.lists("expires", "70"));
+    EXPECT_FALSE(headers.lists("expires", "7"));
 }
 
 TEST(HeadersTest, LineBreaksInAValue_DoNotMakeAnotherHeader)

@@ -156,6 +156,24 @@ TEST_F(RtcpReportsTest, RoundTrip_IsTheTimeWithoutTheFarEndsDelay)
     EXPECT_NEAR(static_cast<double>(statistics().roundTrip->count()), 250'000, 50);
 }
 
+TEST_F(RtcpReportsTest, RoundTrip_IsUnknownWithoutAReportOfOursOrWithALongerDelay)
+{
+    reports_.onSent(160);
+    std::string const ours = written().substr(20, 8);
+    sleepFor(500ms);
+    std::string const before = "81c9000755667788"
+                               "11223344"
+                               "00000007"
+                               "00000001"
+                               "00000050";
+
+    read(before + "00000000" + "00000000");
+    EXPECT_FALSE(statistics().roundTrip) << "the far end has had none of our reports";
+    read(before + ours + "0000c000");
+    EXPECT_FALSE(statistics().roundTrip) << "0.75 s of 0.5";
+    EXPECT_EQ(statistics().farLost, 7U);
+}
+
 TEST_F(RtcpReportsTest, SenderReportOfTheFarEnd_IsNamedInOurs)
 {
     receive(1);

@@ -193,5 +193,65 @@ TEST_F(KeysetTest, PreviewKey_StepsThroughTheCalls_AndIgnoreSilencesTheOneShown)
     keyset_->handleButtonPressedEvent(PhysDefs::keyFunctionHold);
 }
 
+TEST_F(KeysetTest, IgnoreKey_WithoutAPreview_SilencesTheFirstRingingLine)
+{
+    buildTeam();
+    keyset_->handleButtonPressedEvent(PhysDefs::keyFunctionIgnoreCall);
+    offer(2, 1002);
+    offer(1, 1001);
+
+    keyset_->handleButtonPressedEvent(PhysDefs::keyFunctionIgnoreCall);
+
+    EXPECT_TRUE(lines_->find("4711")->silenced());
+    EXPECT_FALSE(lines_->find("4712")->silenced());
+    keyset_->handleButtonPressedEvent(PhysDefs::keyFunctionIgnoreCall);
+    EXPECT_TRUE(lines_->find("4712")->silenced());
+}
+
+TEST_F(KeysetTest, Preview_CanBeEnded)
+{
+    buildTeam();
+    keyset_->handleButtonPressedEvent(PhysDefs::keyFunctionPreview);
+    EXPECT_EQ(keyset_->preview(), nullptr);
+    offer(1, 1001);
+    offer(2, 1002);
+    keyset_->handleButtonPressedEvent(PhysDefs::keyFunctionPreview);
+    EXPECT_EQ(keyset_->preview(), lines_->find("4711"));
+
+    keyset_->terminatePreview();
+
+    EXPECT_EQ(keyset_->preview(), nullptr);
+    keyset_->handleButtonPressedEvent(PhysDefs::keyFunctionPreview);
+    EXPECT_EQ(keyset_->preview(), lines_->find("4711"));
+    changeCall(2, 1002, sfiCallStateIdle);  // another line
+    EXPECT_EQ(keyset_->preview(), lines_->find("4711"));
+}
+
+TEST_F(KeysetTest, RingingLines_AreInTheOrderOfTheOverview)
+{
+    configuration_.lines[0].overviewPosition = 3;
+    configuration_.lines[0].primary = false;
+    configuration_.lines[1].overviewPosition = 2;
+    configuration_.lines[2].overviewPosition = 1;
+    configuration_.lines[2].appearances = 0;
+    configuration_.lines[1].primary = true;
+    buildTeam();
+    offer(1, 1001);
+    offer(2, 1002);
+    offer(3, 1003);
+
+    EXPECT_EQ(keyset_->getIncomingCallPriority("4712"), 1);  // the primary line
+    EXPECT_EQ(keyset_->getIncomingCallPriority("4713"), 2);
+    EXPECT_EQ(keyset_->getIncomingCallPriority("4711"), 3);
+}
+
+TEST_F(KeysetTest, ChosenUser_WhoseLineIsGone_IsThePrimaryLineAgain)
+{
+    buildTeam();
+    ASSERT_TRUE(settings_->set("current-multi-user", "4799"));
+
+    EXPECT_EQ(keyset_->getCurrentMultiUser(), "4711");
+}
+
 }  // namespace
 }  // namespace telephone

@@ -4,6 +4,8 @@
 
 #include "TeamFixture.h"
 #include "platform/sfi/SfiTypes.h"
+#include "telephone/sfi/SfiReaders.h"
+#include "tests/helpers/LogFile.h"
 
 namespace telephone {
 namespace {
@@ -182,6 +184,88 @@ TEST_F(TeamFeaturesTest, AlternativeForwardingAndCockpit_AreKeptInTheStore)
     EXPECT_EQ(settings_->text("agent-cockpit/queue"), "12 callers");
     EXPECT_FALSE(cockpit->setEACockpitData("", "x"));
     EXPECT_EQ(cockpit->getEACockpitData(""), "");
+}
+
+TEST_F(TeamFeaturesTest, FeatureActions_SwitchOnAndOff)
+{
+    buildTeam();
+    using namespace ZEBLocalFeaturesDefs;
+    auto const act = [this](int feature, int instance, eActionType action) {
+        features_->processInvokeDVAction(LF_NOTIFICATION_NONE, feature, instance, action);
+        features_->flush();
+    };
+    testing::InSequence const order;
+    EXPECT_CALL(service_, setDoNotDisturb("4711", true)).WillOnce(Return(sfiSuccess));
+    EXPECT_CALL(service_, setDoNotDisturb("4711", false)).WillOnce(Return(sfiSuccess));
+    EXPECT_CALL(service_, setForwardingConfiguration("4711", sfiForwardUnconditional, false, "", 0, false))
+        .WillOnce(Return(sfiSuccess));
+    act(58, 0, eActionOn);
+    act(58, 0, eActionOff);
+    act(43, 0, eActionOff);
+    act(47, 11, eActionOn);
+    EXPECT_TRUE(settings_->flag("feature-toggle/11"));
+    act(47, 11, eActionOff);
+    EXPECT_FALSE(settings_->flag("feature-toggle/11"));
+    act(47, 11, static_cast<eActionType>(99));
+    EXPECT_FALSE(settings_->flag("feature-toggle/11"));
+}
+
+TEST_F(TeamFeaturesTest, MessagesKey_CallsTheMailbox)
+{
+    configuration_.server.voiceMail = "500";
+    buildTeam();
+    SfiReaders const readers{*settings_, configuration_, *table_};
+    auto const press = [this] {
+        features_->HandleButtonPressedEvent(8, PhysDefs::keyFunctionMessages, PhysDefs::actionPressed);
+        features_->flush();
+    };
+    EXPECT_CALL(service_, outgoingCallMake("4712", 1001, testing::StrEq("500"), false, false, false))
+        .WillOnce(Return(sfiSuccess));
+    changeCall(1, 5, sfiCallStateConnected);
+
+    press();
+    configuration_.server.voiceMail.clear();
+    press();
+}
+
+TEST_F(TeamFeaturesTest, KeysOfOtherFunctions_DoNothing)
+{
+    buildTeam();
+    features_->HandleButtonPressedEvent(9, PhysDefs::keyFunctionHold, PhysDefs::actionPressed);
+    features_->flush();
+
+    EXPECT_THAT(calls_.takeAsked(), IsEmpty());
+    EXPECT_THAT(service_.takeNoted(), IsEmpty());
+}
+
+TEST_F(TeamFeaturesTest, SecondActivation_WatchesNothingTwice)
+{
+    configuration_.keys[3].target = "102";
+    buildTeam();
+
+    features_->Activate();
+
+    EXPECT_EQ(watch_.listeners["103"].size(), 1U);
+    EXPECT_EQ(watch_.listeners["102"].size(), 1U);
+}
+
+TEST_F(TeamFeaturesTest, AfterTheEnd_NothingIsPushedAndNoKeyActs)
+{
+    test::LogFile const log;
+    buildTeam("http://127.0.0.1:1/nobody");
+    features_->stop();
+    std::string url = "http://host/";
+    std::string data = "data";
+
+    features_->sendURLPushRequest(url, data);
+    features_->HandleButtonPressedEvent(6, PhysDefs::keyFunctionDoNotDisturb, PhysDefs::actionPressed);
+
+    EXPECT_NE(log.written().find("[team] push requests have stopped because the telephone is ending\n"),
+              std::string::npos)
+        << log.written();
+    EXPECT_NE(log.written().find("[team] the team features have stopped because the telephone is ending\n"),
+              std::string::npos)
+        << log.written();
 }
 
 }  // namespace

@@ -54,7 +54,7 @@ protected:
         }
     }
 
-    void buildTeam()
+    void buildTeam(std::string const& pushAddress = {})
     {
         buildKeys();
         keyset_ = std::make_unique<Keyset>(*lines_, lines_->actions(), calls_, *settings_);
@@ -65,7 +65,7 @@ protected:
         features_ =
             std::make_unique<TeamFeatures>(TeamFeatures::Parts{*lines_, lines_->actions(), calls_, *keyset_, *toggles_,
                                                                *pickup_, *physical_, *settings_, watch_},
-                                           "");
+                                           pushAddress);
         features_->setCommsSrv(nullptr, &service_);
         features_->Activate();
     }

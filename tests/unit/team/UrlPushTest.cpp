@@ -115,9 +115,9 @@ TEST(UrlPushTest, Push_IsOffWithoutAnAddress)
 
 TEST(UrlPushTest, Address_OfAnotherMachineOrKind_IsRefused)
 {
-    for (auto const* const address :
-         {"http://192.0.2.1/push", "https://127.0.0.1/", "127.0.0.1:80", "http://", "http://127.0.0.1:0/",
-          "http://127.0.0.1:99999/", "http://127.0.0.1:x/", "http://127.evil.example.org/"}) {
+    for (auto const* const address : {"http://192.0.2.1/push", "https://127.0.0.1/", "127.0.0.1:80", "http://",
+                                      "http://127.0.0.1:0/", "http://127.0.0.1:65536/", "http://127.0.0.1:000080/",
+                                      "http://127.0.0.1:x/", "http://127.evil.example.org/"}) {
         EXPECT_THROW(UrlPush{address}, std::runtime_error) << address;
     }
 }

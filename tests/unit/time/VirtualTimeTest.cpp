@@ -2,6 +2,7 @@
 
 #include <array>
 #include <atomic>
+#include <cstdlib>
 #include <set>
 #include <string>
 #include <thread>
@@ -70,14 +71,25 @@ TEST(VirtualTimeTest, WallClock_BeginsIn2000IfNothingIsSaid)
     EXPECT_EQ(wallTime().time_since_epoch(), 946'684'800s);
 }
 
-TEST(VirtualTimeTest, Calendar_IsThatOfUtc)
+TEST(VirtualTimeTest, Calendar_IsThatOfUtcInVirtualTime)
 {
-    VirtualTime const time({});
+    char const* const zone = std::getenv("TZ");
+    std::string const before = zone ? zone : "";
+    setenv("TZ", "JST-9", 1);
+    tzset();
+    auto const time = std::chrono::system_clock::time_point(946'684'800s);
+    auto const hourOf = [](std::tm const& parts) {
+        return std::to_string(parts.tm_year) + " " + std::to_string(parts.tm_hour);
+    };
+    {
+        VirtualTime const virtualTime({});
 
-    std::tm const now = localCalendar(wallTime());
-
-    EXPECT_EQ(now.tm_year, 100);
-    EXPECT_EQ(now.tm_hour, 0);
+        EXPECT_EQ(hourOf(localCalendar(time)), "100 0");
+    }
+    EXPECT_EQ(hourOf(localCalendar(time)), "100 9");
+    EXPECT_EQ(hourOf(utcCalendar(time)), "100 0");
+    zone ? setenv("TZ", before.c_str(), 1) : unsetenv("TZ");
+    tzset();
 }
 
 TEST(VirtualTimeTest, Threads_WithoutSeedRunInTheOrderOfTheirWaits)
@@ -111,6 +123,27 @@ TEST(VirtualTimeTest, RandomNumbers_ComeFromTheSeed)
 
     EXPECT_EQ(firstOf(7), firstOf(7));
     EXPECT_NE(firstOf(7), firstOf(8));
+}
+
+// Whoever has noted a seed finds the same run in another version.
+TEST(VirtualTimeTest, Seed_KeepsItsMeaning)
+{
+    EXPECT_EQ(orderOfThree(1), "cabcabbca");
+    EXPECT_EQ(orderOfThree(2), "abaacccbb");
+    VirtualTime const time({.seed = 7});
+    EXPECT_EQ(virtualSeed(), 7U);
+    EXPECT_EQ(randomNumber(), 8930828567890437529U);
+    EXPECT_EQ(randomNumber(), 16926849584203755386U);
+}
+
+TEST(VirtualTimeTest, RealTime_HasNoTurns)
+{
+    Driving const driving;
+    Visit const visit;
+    Absence const absence;
+
+    EXPECT_FALSE(isVirtual());
+    EXPECT_NE(randomNumber(), randomNumber());
 }
 
 TEST(VirtualTimeTest, Time_StandsWhileOnlyOthersWaitForIt)
@@ -183,6 +216,24 @@ TEST(VirtualTimeTest, Visitor_WaitsForItsTurnAndMayWaitInside)
     EXPECT_EQ(left, start + 2s);
 }
 
+TEST(VirtualTimeTest, Absence_IsNoStandstill)
+{
+    VirtualTime const time({});
+    Gate opened("somebody outside");
+    Thread waiting("waiting", [&opened] { EXPECT_TRUE(opened.waitFor(SteadyClock::duration::max() / 4)); });
+    std::thread outside([&opened] {
+        std::this_thread::sleep_for(20ms);  // meanwhile nobody can run
+        Visit const visit;
+        Visit const again;
+        opened.open();
+    });
+    {
+        Absence const absence;
+        outside.join();
+    }
+    waiting.join();
+}
+
 TEST(VirtualTimeTest, Standstill_EndsTheRunAndSaysWhoWaitsForWhat)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
@@ -198,7 +249,8 @@ TEST(VirtualTimeTest, Standstill_EndsTheRunAndSaysWhoWaitsForWhat)
     };
 
     EXPECT_EXIT(standStill(), testing::ExitedWithCode(VirtualTime::kStandstill),
-                "nothing can happen any more\n  main waits for the end of a thread\n  other waits for an answer");
+                "telephone: virtual time: nothing can happen any more\n  main waits for the end of a thread\n  other "
+                "waits for an answer");
 }
 
 TEST(VirtualTimeTest, InstantThatNeverEnds_EndsTheRun)
@@ -206,6 +258,7 @@ TEST(VirtualTimeTest, InstantThatNeverEnds_EndsTheRun)
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     auto const spin = [] {
         VirtualTime const time({.mostSteps = 1000});
+        Thread sleeper("sleeper", [] { sleepFor(5s); });
         Thread other("other", [] {
             while (true) {
                 sleepFor(0s);
@@ -214,7 +267,10 @@ TEST(VirtualTimeTest, InstantThatNeverEnds_EndsTheRun)
         other.join();
     };
 
-    EXPECT_EXIT(spin(), testing::ExitedWithCode(VirtualTime::kStandstill), "this instant never ends");
+    EXPECT_EXIT(spin(), testing::ExitedWithCode(VirtualTime::kStandstill),
+                "telephone: virtual time: this instant never ends\n  main waits for the end of a thread\n"
+                "  sleeper waits for time to pass, 5.000000 s at most\n"
+                "  other waits for time to pass, 0.000000 s at most\n");
 }
 
 }  // namespace

@@ -56,6 +56,58 @@ TEST_F(WaitingTest, Poll_IsWokenByAnotherThread)
     writer.join();
 }
 
+TEST_F(WaitingTest, PollInRealTime_EndsAtTheDeadline)
+{
+    std::array<pollfd, 1> files{{{event_, POLLIN, 0}}};
+    auto const deadline = SteadyClock::now() + 5ms;
+
+    EXPECT_EQ(pollUntil(files, deadline, "the test"), 0);
+    EXPECT_GE(SteadyClock::now(), deadline);
+    EXPECT_EQ(pollUntil(files, SteadyClock::now() - 1h, "the test"), 0) << "and not a moment later";
+}
+
+TEST_F(WaitingTest, File_IsReadableOrNot)
+{
+    EXPECT_FALSE(isReadable(event_));
+    eventfd_write(event_, 1);
+    EXPECT_TRUE(isReadable(event_));
+}
+
+TEST_F(WaitingTest, Events_AreThoseOfEpollInRealAndInVirtualTime)
+{
+    int const epoll = epoll_create1(EPOLL_CLOEXEC);
+    epoll_event wanted{.events = EPOLLIN, .data = {.u32 = 7}};
+    epoll_ctl(epoll, EPOLL_CTL_ADD, event_, &wanted);
+    std::array<epoll_event, 2> events{};
+
+    eventfd_write(event_, 1);
+    EXPECT_EQ(waitForEvents(epoll, events, "the test"), 1);
+    EXPECT_EQ(events[0].data.u32, 7U);
+    eventfd_t ignored = 0;
+    eventfd_read(event_, &ignored);
+    {
+        VirtualTime const time({});
+        Thread writer("writer", [this] {
+            sleepFor(3s);
+            eventfd_write(event_, 1);
+            noteReadyFile();
+        });
+        Driving const driving;
+        events = {};
+        Thread clock("clock", [] {
+            Driving const moving;
+            sleepFor(1h);
+        });
+
+        EXPECT_EQ(waitForEvents(epoll, events, "the test"), 1);
+        EXPECT_EQ(events[0].data.u32, 7U);
+        EXPECT_EQ(wallTime().time_since_epoch(), 946'684'803s);
+        writer.join();
+        clock.join();
+    }
+    close(epoll);
+}
+
 TEST_F(WaitingTest, Advance_InRealTimeIsRefused)
 {
     EXPECT_EQ(advance(1s).error().reason, "time is real and cannot be moved: start the telephone with --time virtual");

@@ -1,4 +1,4 @@
-#include "telephone/testing/ScriptProcess.h"
+#include "telephone/framework/TelephoneProcess.h"
 
 #include <csignal>
 
@@ -14,14 +14,14 @@ namespace {
 
 constexpr int kForever = -1;
 
-Outcome<ScriptProcess> shell(std::string const& command, TemporaryFolder const& folder)
+Outcome<TelephoneProcess> shell(std::string const& command, TemporaryFolder const& folder)
 {
-    return ScriptProcess::start({"/bin/sh", "-c", command}, folder.path());
+    return TelephoneProcess::start({"/bin/sh", "-c", command}, folder.path());
 }
 
 }  // namespace
 
-TEST(ScriptProcess, Output_IsInTheFilesOfItsWorkingFolder)
+TEST(TelephoneProcess, Output_IsInTheFilesOfItsWorkingFolder)
 {
     TemporaryFolder const folder;
     auto process = shell("pwd; echo wrong >&2; cat; exit 3", folder);
@@ -35,7 +35,7 @@ TEST(ScriptProcess, Output_IsInTheFilesOfItsWorkingFolder)
     EXPECT_EQ(contentOf(folder.file("errors")), "wrong\n");
 }
 
-TEST(ScriptProcess, Descriptor_BecomesReadableAtTheEnd)
+TEST(TelephoneProcess, Descriptor_BecomesReadableAtTheEnd)
 {
     TemporaryFolder const folder;
     auto process = shell("exec sleep 600", folder);
@@ -51,7 +51,7 @@ TEST(ScriptProcess, Descriptor_BecomesReadableAtTheEnd)
     EXPECT_EQ(WTERMSIG(status), SIGKILL);
 }
 
-TEST(ScriptProcess, Terminate_LetsTheProcessFinishThoughTheCallerBlocksTheSignal)
+TEST(TelephoneProcess, Terminate_LetsTheProcessFinishThoughTheCallerBlocksTheSignal)
 {
     sigset_t set;
     sigset_t before;
@@ -73,7 +73,7 @@ TEST(ScriptProcess, Terminate_LetsTheProcessFinishThoughTheCallerBlocksTheSignal
     EXPECT_EQ(WEXITSTATUS(status), 5);
 }
 
-TEST(ScriptProcess, Destructor_EndsTheProcess)
+TEST(TelephoneProcess, Destructor_EndsTheProcess)
 {
     TemporaryFolder const folder;
     pid_t id = 0;
@@ -90,11 +90,11 @@ TEST(ScriptProcess, Destructor_EndsTheProcess)
     EXPECT_EQ(kill(id, 0), -1);
 }
 
-TEST(ScriptProcess, ProgramThatDoesNotExist_IsRefused)
+TEST(TelephoneProcess, ProgramThatDoesNotExist_IsRefused)
 {
     TemporaryFolder const folder;
 
-    auto const process = ScriptProcess::start({"/no/such/program"}, folder.path());
+    auto const process = TelephoneProcess::start({"/no/such/program"}, folder.path());
 
     ASSERT_FALSE(process);
     EXPECT_EQ(process.error().reason, "/no/such/program: No such file or directory");
