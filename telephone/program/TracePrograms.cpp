@@ -26,7 +26,7 @@ namespace {
 constexpr int kNotShown = 2;
 constexpr auto kLookInterval = std::chrono::milliseconds(200);
 
-Outcome<std::ifstream> openFile(std::string const& name)
+Outcome<std::ifstream> openTrace(std::string const& name)
 {
     std::ifstream file(name);
     return file ? Outcome<std::ifstream>(std::move(file)) : refuse(RefusalKind::kNotFound, name + ": cannot be read");
@@ -34,14 +34,14 @@ Outcome<std::ifstream> openFile(std::string const& name)
 
 Outcome<TraceContents> readTrace(CommandLine const& line)
 {
-    return openFile(line.traced.file).and_then([&](std::ifstream file) {
+    return openTrace(line.traced.file).and_then([&](std::ifstream file) {
         bool const wantsTexts = line.output.json || line.output.raw;
         TraceReader reader(line.traced.file, wantsTexts ? TraceReader::Keep::kTexts : TraceReader::Keep::kSteps);
         return reader.read(file).and_then([&](auto const&) { return reader.finish(); });
     });
 }
 
-void printLine(std::string const& text)
+void putLine(std::string const& text)
 {
     std::cout << text << '\n';
 }
@@ -60,13 +60,13 @@ TraceTree::Form formOf(OutputChoice const& output)
 // Until a signal ends this program, or nobody reads what it writes.
 Outcome<> follow(CommandLine const& line, TraceTree::Filter const& filter, StopSignal const& stop)
 {
-    auto file = openFile(line.traced.file);
+    auto file = openTrace(line.traced.file);
     if (!file) {
         return tl::unexpected(file.error());
     }
     TraceFollower follower(
         line.traced.file, filter, formOf(line.output),
-        [&](std::string const& domain) { return displayOptions(line, domain); }, printLine);
+        [&](std::string const& domain) { return displayOptions(line, domain); }, putLine);
     while (!stop.isRaised() && std::cout) {
         if (auto const taken = follower.look(*file); !taken) {
             return taken;
@@ -82,7 +82,7 @@ Outcome<> showTree(CommandLine const& line, TraceTree::Filter const& filter)
 {
     return readTrace(line).map([&](TraceContents const& contents) {
         TracedCalls const calls(contents);
-        TraceTree(contents, calls, filter, formOf(line.output), displayOptions(line, contents.domain), printLine)
+        TraceTree(contents, calls, filter, formOf(line.output), displayOptions(line, contents.domain), putLine)
             .writeAll();
     });
 }
@@ -100,7 +100,7 @@ Outcome<Sentences> explain(CommandLine const& line, TraceContents const& content
                : refuse(RefusalKind::kBadInput, "write the number of an event, or lamp and the number of its key");
 }
 
-Outcome<> writeFile(std::string const& name, std::string const& text)
+Outcome<> writeLadder(std::string const& name, std::string const& text)
 {
     if (name == "-") {
         std::cout << text;
@@ -120,10 +120,10 @@ Outcome<> drawLadder(CommandLine const& line, TraceContents const& contents)
     return ladderOf(contents, call, isSvg ? kMostFarEndsInSvg : kMostFarEndsInText, options)
         .and_then([&](Ladder const& ladder) -> Outcome<> {
             if (isSvg) {
-                return writeFile(line.traced.svg, ladderSvg(ladder));
+                return writeLadder(line.traced.svg, ladderSvg(ladder));
             }
             for (std::string const& each : ladderText(ladder, options)) {
-                printLine(each);
+                putLine(each);
             }
             return {};
         });
@@ -150,7 +150,7 @@ Outcome<int> runWhy(CommandLine const& line)
     return statusOf(readTrace(line).and_then([&](TraceContents const& contents) {
         return explain(line, contents).map([](Sentences const& sentences) {
             for (std::string const& each : sentences) {
-                printLine(each);
+                putLine(each);
             }
         });
     }));

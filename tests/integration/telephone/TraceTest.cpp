@@ -98,16 +98,16 @@ protected:
 
 using Chain = std::vector<std::string>;
 
-constexpr char const* kHold = "OutgoingCallMakeRequest Line=4711 CallID=3 Destination=100\n"
-                              "wait CallStateChangeEvent CallState=connected\n"
-                              "HoldCall Line=4711 CallID=3\n"
-                              "wait CallHeldEvent\n";
+constexpr char const* kHeldCall = "OutgoingCallMakeRequest Line=4711 CallID=3 Destination=100\n"
+                                  "wait CallStateChangeEvent CallState=connected\n"
+                                  "HoldCall Line=4711 CallID=3\n"
+                                  "wait CallHeldEvent\n";
 
 }  // namespace
 
 TEST_F(Trace, EventOfAHold_LeadsBackToItsRequest)
 {
-    Steps const steps = trace(kHold);
+    Steps const steps = trace(kHeldCall);
 
     EXPECT_EQ(steps.chainToEvent(9),
               (Chain{"request <Method>HoldCall</Method><Line>4711</Line><CallID>3</CallID>",
@@ -192,12 +192,12 @@ TEST_F(Trace, Run_IsTheSameWithATrace_AndTheTraceIsRepeated)
 {
     for (std::string const seed : {"0", "7"}) {
         std::vector<std::string> const options{"--log-level", "6", "--seed", seed};
-        Ended const plain = play(kHold, options);
+        Ended const plain = play(kHeldCall, options);
         std::vector<std::string> traced = options;
         traced.insert(traced.end(), {"--trace", file()});
-        Ended const first = play(kHold, traced);
+        Ended const first = play(kHeldCall, traced);
         std::string const trace = contentOf(file());
-        Ended const second = play(kHold, traced);
+        Ended const second = play(kHeldCall, traced);
 
         EXPECT_EQ(plain.output, first.output);
         EXPECT_EQ(trace, contentOf(file()));
