@@ -24,7 +24,7 @@ generated from `telephone/sip/Permissions.h` and `telephone/configuration/Config
 | audio | two UDP ports for each call, on the same address, for as long as the call lasts | the same |
 | built-in exchange | UDP and TCP port `exchange.port` of 127.0.0.1, and the next one for TLS with `exchange.certificate`, unless a registrar is configured or it is off | programs of this machine |
 | applications | a UNIX socket | the user who runs the telephone |
-| HTTP | off; `http.address` ([http.md](http.md)) | programs with the token; another address than this machine's own needs a certificate |
+| HTTP | off; `http.address` ([http.md](http.md)) | programs with the token, browsers that opened the panel with it; another address than this machine's own needs a certificate |
 
 In virtual time no SIP or audio port is opened.
 

@@ -20,6 +20,7 @@
 
 #include "telephone/display/DisplayOptions.h"
 #include "telephone/display/FarEnds.h"
+#include "telephone/display/LadderParts.h"
 #include "telephone/display/StyledText.h"
 
 namespace telephone {
@@ -42,16 +43,9 @@ public:
     Rows event(std::uint64_t number, Time time, std::string_view text);
 
 private:
-    enum class Direction
-    {
-        kNone,
-        kLeft,
-        kRight,
-    };
-
     struct Cell
     {
-        Direction direction = Direction::kNone;
+        ArrowDirection direction = ArrowDirection::kNone;
         std::string text;
         Style style = Style::kPlain;
     };
@@ -63,8 +57,6 @@ private:
     [[nodiscard]] std::string row(std::string_view time, StyledText const& application, StyledText const& farEnd) const;
     // Blanks for a cell without a direction.
     [[nodiscard]] StyledText arrow(Cell const& cell, std::size_t width) const;
-    // The text in the middle of the width, cut if necessary.
-    [[nodiscard]] std::string centred(std::string_view text, std::size_t width, std::string_view filling) const;
 
     DisplayOptions options_;
     std::size_t applicationWidth_;  // between the application and the telephone

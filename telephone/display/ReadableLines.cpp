@@ -33,7 +33,9 @@ std::string markText(Mark const& mark, DisplayOptions const& options, char lette
     return letter == '\0' ? text : text + letter;
 }
 
-std::string timeText(ReadableLines::Time time, DisplayOptions const& options)
+}  // namespace
+
+std::string clockText(ReadableLines::Time time, DisplayOptions const& options)
 {
     auto const inSeconds = std::chrono::floor<std::chrono::seconds>(time);
     auto const milliseconds = std::chrono::floor<std::chrono::milliseconds>(time - inSeconds).count();
@@ -50,8 +52,6 @@ std::string durationText(std::chrono::steady_clock::duration took)
     }
     return milliseconds < 1 ? "<1 ms" : fmt::format("{} ms", milliseconds);
 }
-
-}  // namespace
 
 std::string ReadableLines::event(std::uint64_t number, Time time, std::string_view text)
 {
@@ -130,7 +130,7 @@ StyledText ReadableLines::begin(Time time, std::string_view mark, Style style, s
                                 std::string_view call)
 {
     constexpr std::size_t kMarkWidth = 6;
-    std::string text = timeText(time, options_);
+    std::string text = clockText(time, options_);
     StyledText begun;
     begun.add(text, text == timeAbove_ ? Style::kDim : Style::kPlain);
     timeAbove_ = std::move(text);

@@ -30,6 +30,11 @@ inline constexpr std::size_t kLineWidth = 9;
 inline constexpr std::size_t kCallWidth = 6;
 inline constexpr std::size_t kWhatWidth = 18;
 
+// "23:57:45.559", with the day and in UTC as the options say.
+std::string clockText(std::chrono::system_clock::time_point time, DisplayOptions const& options);
+// "<1 ms", "12 ms", "2.5 s".
+std::string durationText(std::chrono::steady_clock::duration took);
+
 class ReadableLines
 {
 public:

@@ -57,6 +57,15 @@ StyledText& StyledText::cell(std::string_view text, std::size_t width, Style sty
     return add(text, style).add(std::string(blanks, ' '));
 }
 
+StyledText StyledText::dimmed() const
+{
+    StyledText result(*this);
+    for (Piece& piece : result.pieces_) {
+        piece.style = Style::kDim;
+    }
+    return result;
+}
+
 std::string StyledText::line(DisplayOptions const& options) const
 {
     StyledText finished(*this);

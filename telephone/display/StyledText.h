@@ -33,6 +33,8 @@ public:
     // the rest to the right, after two blanks.
     StyledText& cell(std::string_view text, std::size_t width, Style style = Style::kPlain);
 
+    // The same text, all of it dim.
+    [[nodiscard]] StyledText dimmed() const;
     // Without blanks at the end, cut to the width, in ASCII and in colour as the options say.
     [[nodiscard]] std::string line(DisplayOptions const& options) const;
 

@@ -82,11 +82,9 @@ ColourUse colourUse(std::string const& word)
     return word == "never" ? ColourUse::kNever : ColourUse::kAuto;
 }
 
-// Of the commands that write what happens.
-void addOutput(CLI::App& command, OutputChoice& output)
+// How words are written.
+void addWords(CLI::App& command, OutputChoice& output)
 {
-    CLI::Option* const raw = command.add_flag("--raw", output.raw, "What happens with its tags, not in words");
-    command.add_flag("--json", output.json, "What happens as JSON, one object a line")->excludes(raw);
     command
         .add_option_function<std::string>(
             "--color", [&output](std::string const& word) { output.colour = colourUse(word); },
@@ -95,6 +93,14 @@ void addOutput(CLI::App& command, OutputChoice& output)
     command.add_flag("--addresses", output.addresses, "Parties as complete addresses");
     command.add_flag("--date", output.date, "The day before the time");
     command.add_flag("--utc", output.utc, "Times in UTC");
+}
+
+// Of the commands that write what happens.
+void addOutput(CLI::App& command, OutputChoice& output)
+{
+    CLI::Option* const raw = command.add_flag("--raw", output.raw, "What happens with its tags, not in words");
+    command.add_flag("--json", output.json, "What happens as JSON, one object a line")->excludes(raw);
+    addWords(command, output);
 }
 
 // Returns the command, for its output.
@@ -127,6 +133,32 @@ void addReplay(CLI::App& app, CommandLine& line)
         ->default_str("-")
         ->trigger_on_parse();
     replay->add_flag("--json", line.output.json, "The report as JSON");
+}
+
+// The commands that read a trace.
+void addTraceCommands(CLI::App& app, CommandLine& line)
+{
+    constexpr char const* kFile = "Trace, made with --trace or the command trace";
+    TraceChoice& choice = line.traced;
+    CLI::App* const trace =
+        add(app, line, Action::kTrace, "trace", "Shows a trace: each request with everything it caused");
+    trace->add_option("FILE", choice.file, kFile)->required();
+    trace->add_option("--only", choice.only, "Only these steps and what led to them, such as request,event,sip");
+    trace->add_option("--line", choice.line, "Only steps of this line; 4711 includes 4711#2");
+    trace->add_option("--call", choice.call, "Only steps of the call with this id");
+    trace->add_flag("--follow", choice.follow, "Go on as the file grows, until a signal ends it");
+    CLI::App* const why =
+        add(app, line, Action::kWhy, "why", "Explains what led to an event, or to the light of a lamp");
+    why->add_option("FILE", choice.file, kFile)->required();
+    why->add_option("WHAT", choice.what, "Number of an event, or: lamp KEY")->required()->expected(1, 2);
+    CLI::App* const ladder = add(app, line, Action::kLadder, "ladder", "Draws the calls of a trace as a ladder");
+    ladder->add_option("FILE", choice.file, kFile)->required();
+    ladder->add_option("--call", choice.call, "The call with this id; default: all calls");
+    ladder->add_option("--svg", choice.svg, "File for the ladder as SVG; - is standard output; default: as text");
+    addOutput(*trace, line.output);
+    for (CLI::App* const each : {why, ladder}) {
+        addWords(*each, line.output);
+    }
 }
 
 Seeds readSeeds(std::string const& text)
@@ -198,6 +230,7 @@ void addCommands(CLI::App& app, CommandLine& line)
     request->add_flag("--lenient", line.lenient, "Send it unchecked, as applications may");
     CLI::App* const watch = addWatch(app, line);
     addReplay(app, line);
+    addTraceCommands(app, line);
     CLI::App* const store = add(app, line, Action::kStore, "store", "Reads and writes the configuration store");
     store->add_option("WORDS", line.words, "list | get KEY | set KEY VALUE");
     // A value may begin with a minus sign.

@@ -21,6 +21,9 @@ enum class Action
     kTour,
     kPlay,
     kReplay,
+    kTrace,
+    kWhy,
+    kLadder,
     kServe,
     kPanel,
     kTest,
@@ -72,6 +75,18 @@ struct ReplayChoice
     std::optional<std::string> report;  // file for the report; "-": standard output
 };
 
+// What the commands trace, why and ladder read, and what they show of it.
+struct TraceChoice
+{
+    std::string file;
+    std::string only;               // kinds of steps, separated by commas; empty: all
+    std::string line;               // empty: all
+    std::string call;               // empty: all
+    bool follow = false;            // goes on as the file grows
+    std::vector<std::string> what;  // to explain: the number of an event, or "lamp" and a lamp
+    std::string svg;                // file for the ladder; "-": standard output; empty: as text
+};
+
 struct CommandLine
 {
     Action action = Action::kConsole;
@@ -97,6 +112,7 @@ struct CommandLine
     int hours = 1;  // of chaos
     int count = 1;  // telephones of a fleet
     ReplayChoice replay;
+    TraceChoice traced;
     std::vector<std::string> words;  // of a request or a command, or the name to describe
     bool lenient = false;            // request: the telephone does not check it
     OutputChoice output;

@@ -27,7 +27,7 @@ OutputKind outputKind(CommandLine const& line)
 
 }  // namespace
 
-Transcript openTranscript(CommandLine const& line, std::string ownDomain)
+DisplayOptions displayOptions(CommandLine const& line, std::string ownDomain)
 {
     DisplayOptions options;
     options.ownDomain = std::move(ownDomain);
@@ -35,9 +35,15 @@ Transcript openTranscript(CommandLine const& line, std::string ownDomain)
     options.date = line.output.date;
     options.utc = line.output.utc || line.virtualStart;
     fitToTerminal(options, line.output.colour);
+    return options;
+}
+
+Transcript openTranscript(CommandLine const& line, std::string ownDomain)
+{
     bool const isQuiet = line.action == Action::kReplay;
     return Transcript([isQuiet](std::string const& text) { isQuiet ? void() : printLine(stdout, text); },
-                      [](std::string const& text) { printLine(stderr, text); }, outputKind(line), std::move(options));
+                      [](std::string const& text) { printLine(stderr, text); }, outputKind(line),
+                      displayOptions(line, std::move(ownDomain)));
 }
 
 }  // namespace telephone

@@ -8,6 +8,9 @@
 
 namespace telephone {
 
+// How words are written to standard output. `ownDomain` as in DisplayOptions.
+[[nodiscard]] DisplayOptions displayOptions(CommandLine const& line, std::string ownDomain);
+
 // Writes to standard output, unless a replay reports only differences, and to standard error what went wrong with a
 // script. `ownDomain` as in DisplayOptions.
 [[nodiscard]] Transcript openTranscript(CommandLine const& line, std::string ownDomain);

@@ -19,6 +19,10 @@ using Talk = std::function<Outcome<bool>(Conversation& conversation)>;
 [[nodiscard]] Outcome<int> runTelephone(CommandLine const& line, StopSignal const& stop, Talk const& talk);
 // Either side of a recording. 2: it cannot be read.
 [[nodiscard]] Outcome<int> runReplay(CommandLine const& line, StopSignal const& stop);
+// A trace: as a tree, explained, or as a ladder. 2: it cannot be read, or has no such event, lamp or call.
+[[nodiscard]] Outcome<int> runTrace(CommandLine const& line, StopSignal const& stop);
+[[nodiscard]] Outcome<int> runWhy(CommandLine const& line);
+[[nodiscard]] Outcome<int> runLadder(CommandLine const& line);
 // Scripts, each in a telephone of its own. 2: the command line is wrong, or there is no script where it
 // says.
 [[nodiscard]] Outcome<int> runTest(CommandLine const& line, StopSignal const& stop);

@@ -24,6 +24,12 @@ telephone::Outcome<int> run(telephone::CommandLine const& line, telephone::StopS
         return telephone::runChaos(line, stop);
     case Action::kReplay:
         return telephone::runReplay(line, stop);
+    case Action::kTrace:
+        return telephone::runTrace(line, stop);
+    case Action::kWhy:
+        return telephone::runWhy(line);
+    case Action::kLadder:
+        return telephone::runLadder(line);
     case Action::kTest:
         return telephone::runTest(line, stop);
     case Action::kExchange:

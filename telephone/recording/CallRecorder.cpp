@@ -17,7 +17,6 @@
 #include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/management/SettingRows.h"
-#include "telephone/traced/TracedPlatform.h"
 
 namespace telephone {
 
@@ -345,5 +344,5 @@ MediaRecordingService* MediaRecordingService::GetInstance()
 {
     static telephone::NoRecorder none;
     MediaRecordingService* const recorder = telephone::OnlyObject<telephone::CallRecorder>::get();
-    return telephone::traced(recorder == nullptr ? &none : recorder);
+    return recorder == nullptr ? &none : recorder;
 }

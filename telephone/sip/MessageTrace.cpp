@@ -235,4 +235,9 @@ TraceCause causeOfReceived(sip_msg const& message)
     return transactions().find(text(message.via.branch) + " " + text(message.cseq.met)).received;
 }
 
+TraceCause causeOfLastReceived(std::string const& callId)
+{
+    return dialogs().find(callId).received;
+}
+
 }  // namespace telephone::sip

@@ -269,6 +269,9 @@ Closing SessionImpl::closingOf(int error, sip_msg const* message) const
 
 void SessionImpl::onClose(int error, sip_msg const* message)
 {
+    // The stack answers a BYE by itself, and passes no message then.
+    bool const isHangUp = error == ECONNRESET && message == nullptr;
+    TraceScope const scope(isHangUp && isTracing() ? causeOfLastReceived(dialogId_.callId) : causeOfThread());
     bool const redirected = message && message->scode >= 300 && message->scode < 400;
     if ((redirected && redirection_ && followRedirection()) || callForLonger(message)) {
         return;

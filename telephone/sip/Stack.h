@@ -53,6 +53,8 @@ private:
 
 // What a received message has caused by arriving, for the trace. Defined with the messages of the trace.
 [[nodiscard]] TraceCause causeOfReceived(sip_msg const& message);
+// The same of the message that a dialog has received last.
+[[nodiscard]] TraceCause causeOfLastReceived(std::string const& callId);
 
 // The message among the arguments of a handler; null: it has none.
 inline sip_msg const* messageAmong()

@@ -7,7 +7,6 @@
 
 #include "platform/lines/ELineState.h"
 #include "platform/lines/LineManager.h"
-#include "platform/recording/MediaRecordingService.h"
 #include "platform/sfi/CSfi.h"
 #include "platform/team/DirectedPickupHandler.h"
 #include "platform/team/FeatureToggle.h"
@@ -153,10 +152,10 @@ class Traced;
 template <typename Interface>
 Interface* traced(Interface* actual)
 {
-    static Traced<Interface> object;
-    if (actual == nullptr) {
-        return nullptr;
+    if (actual == nullptr || !isTracing()) {
+        return actual;
     }
+    static Traced<Interface> object;
     object.setActual(actual);
     return &object;
 }
@@ -165,7 +164,6 @@ template CSfi* traced(CSfi* actual);
 template DirectedPickupHandler* traced(DirectedPickupHandler* actual);
 template FeatureToggle* traced(FeatureToggle* actual);
 template LineManager* traced(LineManager* actual);
-template MediaRecordingService* traced(MediaRecordingService* actual);
 template TeamServiceFeatures* traced(TeamServiceFeatures* actual);
 template TeamServiceKeyset* traced(TeamServiceKeyset* actual);
 

@@ -12,13 +12,13 @@ class CSfi;
 class DirectedPickupHandler;
 class FeatureToggle;
 class LineManager;
-class MediaRecordingService;
 class TeamServiceFeatures;
 class TeamServiceKeyset;
 
 namespace telephone {
 
-// An object that passes each operation on to the actual one; the same at each call. Null for null.
+// While something is traced, an object that passes each operation on to the actual one; else the actual one. Null for
+// null.
 template <typename Interface>
 Interface* traced(Interface* actual);
 
@@ -26,7 +26,6 @@ extern template CSfi* traced(CSfi* actual);
 extern template DirectedPickupHandler* traced(DirectedPickupHandler* actual);
 extern template FeatureToggle* traced(FeatureToggle* actual);
 extern template LineManager* traced(LineManager* actual);
-extern template MediaRecordingService* traced(MediaRecordingService* actual);
 extern template TeamServiceFeatures* traced(TeamServiceFeatures* actual);
 extern template TeamServiceKeyset* traced(TeamServiceKeyset* actual);
 

@@ -114,7 +114,7 @@ TEST_F(TestRunner, ScriptsOfOneName_HaveFoldersOfTheirOwnAndTheOptionsOfTheComma
                               "1", "--files", files(), first, second});
 
     std::string const again =
-        "    again: telephone --time virtual --seed 0 --config " + config + " --check events --no-exchange play ";
+        "    again: telephone --time virtual --seed 0 --check events --no-exchange --config " + config + " play ";
     EXPECT_EQ(result.status, 1);
     EXPECT_TRUE(has(result.output, again + first + "\n    files: " + files() + "/same-0\n")) << result.output;
     EXPECT_TRUE(has(result.output, again + second + "\n    files: " + files() + "/same.2-0\n")) << result.output;

@@ -130,6 +130,15 @@ TEST_F(Trace, EventsOfAnIncomingCall_LeadBackToWhoMadeIt)
               (Chain{"command press 1", "key line", "sip sent INVITE 200", "sip received ACK", "engine connected"}));
 }
 
+TEST_F(Trace, FarEndThatHangsUp_EndsTheCallByItsBye)
+{
+    Steps const steps = trace("OutgoingCallMakeRequest Line=4711 CallID=3 Destination=105\n"
+                              "wait CallStateChangeEvent CallState=idle within 30\n");
+
+    auto const isIdle = [](Json const& step) { return step.value("state", "") == "idle"; };
+    EXPECT_EQ(steps.chainTo(isIdle).at(steps.chainTo(isIdle).size() - 2), "sip received BYE");
+}
+
 TEST_F(Trace, ForwardingOnNoReply_LeadsBackToItsTimerAndTheCall)
 {
     Steps const steps = trace("setForwardingConfiguration Line=4711 fwType=6 status=1 uri=103 cfnrRingCount=3\n"

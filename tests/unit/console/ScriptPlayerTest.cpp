@@ -331,8 +331,9 @@ TEST_F(ScriptPlayerTest, TimesThatAreNotAtTheEnd_AreRefused)
     EXPECT_EQ(failureOf("pause 1 s 2\n"), "error: test.script:1: pause 1 s 2: write it as: pause SECONDS");
     EXPECT_EQ(failureOf("expect lamp 1\n"), "error: test.script:1: expect lamp 1: write it as: expect lamp KEY "
                                             "off|steady|flashing|fluttering [within SECONDS]");
-    EXPECT_EQ(failureOf("expect answer\n"), "error: test.script:1: expect answer: write it as: expect answer WORD, or "
-                                            "expect lamp KEY MODE [within SECONDS]");
+    EXPECT_EQ(failureOf("expect answer\n"), "error: test.script:1: expect answer: write it as: expect answer WORD, "
+                                            "expect lamp KEY MODE [within SECONDS], or expect panel FILE [within "
+                                            "SECONDS]");
 }
 
 TEST_F(ScriptPlayerTest, Braces_AreAPlaceholderOnlyAroundAName)
