@@ -98,14 +98,18 @@ TEST_F(Analysis, ExamplesOfThePage_AreWhatTheTelephoneSays)
     EXPECT_EQ(examples, 4U);
 }
 
-TEST_F(Analysis, LadderOfTheTour_IsThatOfThePage)
+TEST_F(Analysis, LaddersOfTheTourAndOfAHold_AreThoseOfThePages)
 {
+    auto const expectLadder = [this](std::string const& page) {
+        Ended const drawn = run({TELEPHONE, "ladder", folder_.file("a.trace"), "--svg", "-"});
+        EXPECT_EQ(drawn.status, 0);
+        expectPage(page, drawn.output);
+    };
+
     trace({"tour"});
-
-    Ended const drawn = run({TELEPHONE, "ladder", folder_.file("a.trace"), "--svg", "-"});
-
-    EXPECT_EQ(drawn.status, 0);
-    expectPage("tour-ladder.svg", drawn.output);
+    expectLadder("tour-ladder.svg");
+    play(blocksOf(contentOf(PROJECT "/docs/trace.md")).at(1));
+    expectLadder("hold-ladder.svg");
 }
 
 TEST_F(Analysis, CallThatIsForwardedOnNoReply_IsToldByItsTimer)
