@@ -28,10 +28,15 @@ FAST_TIMERS = {"LD_PRELOAD": os.environ.get("CLOCK_SHIM", ""), "CLOCK_RATE": str
 
 
 def free_port():
-    """A loopback UDP port that is free at present."""
-    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as udp:
-        udp.bind(("127.0.0.1", 0))
-        return udp.getsockname()[1]
+    """A loopback port that is free at present, for UDP and for TCP."""
+    while True:
+        with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as udp, socket.socket() as tcp:
+            udp.bind(("127.0.0.1", 0))
+            try:
+                tcp.bind(udp.getsockname())
+            except OSError:
+                continue
+            return udp.getsockname()[1]
 
 
 def until(condition, seconds, what):
