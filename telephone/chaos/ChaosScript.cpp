@@ -239,7 +239,8 @@ private:
             return withValues(oneOf(ground_.faults));
         }
         if (name == "moment") {
-            return fmt::format("{} for {}", oneOf(kMoments), 1 + upTo(kLongestFault));
+            int const seconds = 1 + upTo(kLongestFault);  // in a fixed order, which arguments have not
+            return fmt::format("{} for {}", oneOf(kMoments), seconds);
         }
         if (name == "new") {
             return std::to_string(++lastCall_);
