@@ -45,13 +45,14 @@ def with_http(build: pathlib.Path, folder: pathlib.Path) -> dict[str, float]:
 
 def idle_telephone(build: pathlib.Path, folder: pathlib.Path) -> dict[str, float]:
     """The standard telephone: two lines, registered at its own exchange."""
+    milliseconds = start_ms(build, folder / "idle", "")
     with telephone(build, folder / "idle") as phone:
         time.sleep(SETTLING)
         before = phone.processor_seconds()
         time.sleep(IDLE)
         used = phone.processor_seconds() - before
         return {
-            "start_ms": start_ms(build, folder / "idle", ""),
+            "start_ms": milliseconds,
             "idle_mb": phone.resident_kilobytes() / 1024,
             "idle_percent": 100 * used / IDLE,
         }

@@ -1,7 +1,6 @@
 #include "telephone/sip/WireText.h"
 
 #include <algorithm>
-#include <cctype>
 
 #include "telephone/sip/Sdes.h"
 
@@ -20,8 +19,9 @@ bool isControl(char character)
 std::string inSmallLetters(std::string_view text)
 {
     std::string small(text);
-    std::ranges::transform(small, small.begin(),
-                           [](unsigned char each) { return static_cast<char>(std::tolower(each)); });
+    std::ranges::transform(small, small.begin(), [](char each) {
+        return each >= 'A' && each <= 'Z' ? static_cast<char>(each + ('a' - 'A')) : each;
+    });
     return small;
 }
 

@@ -63,9 +63,40 @@ Outcome<> append(TraceOutput& output, std::string_view line)
     return refuse(RefusalKind::kUnavailable, "the trace cannot be written to " + output.name + ": " + error);
 }
 
-bool isPlain(char letter)
+// The time of a step. Many steps of a busy telephone share a millisecond, whose text is made once.
+std::string const& timeOfStep()
 {
-    return letter >= ' ' && letter <= '~' && letter != '"' && letter != '\\';
+    thread_local std::chrono::sys_time<std::chrono::milliseconds> latest{};
+    thread_local std::string text;
+    auto const now = std::chrono::floor<std::chrono::milliseconds>(wallTime());
+    if (now != latest || text.empty()) {
+        latest = now;
+        text = timeText(now);
+    }
+    return text;
+}
+
+// What stands for a character behind a backslash; '\0': it stands for itself, or is rare.
+constexpr char escapeOf(char letter)
+{
+    switch (letter) {
+    case '"':
+    case '\\':
+        return letter;
+    case '\n':
+        return 'n';
+    case '\r':
+        return 'r';
+    case '\t':
+        return 't';
+    default:
+        return '\0';
+    }
+}
+
+bool isSimple(char letter)
+{
+    return (letter >= ' ' && letter <= '~') || escapeOf(letter) != '\0';
 }
 
 }  // namespace
@@ -130,7 +161,7 @@ TraceStep::TraceStep(std::string_view kind, TraceCause because)
     std::uint64_t const number = ++lastStep;
     cause_ = {because ? because.id : number, number};
     line_.reserve(kUsualLine);
-    line_ = "{\"seq\":" + std::to_string(number) + ",\"time\":\"" + timeText(wallTime()) +
+    line_ = "{\"seq\":" + std::to_string(number) + ",\"time\":\"" + timeOfStep() +
             "\",\"thread\":" + jsonText(threadName()) + ",\"id\":" + std::to_string(cause_.id);
     if (because) {
         line_ += ",\"because\":" + std::to_string(because.step);
@@ -180,8 +211,19 @@ void TraceStep::write()
 
 std::string jsonText(std::string_view text)
 {
-    if (std::ranges::all_of(text, isPlain)) {
-        return std::string("\"").append(text).append("\"");
+    if (std::ranges::all_of(text, isSimple)) {
+        std::string json;
+        json.reserve(text.size() + text.size() / 8 + 2);
+        json += '"';
+        for (char const letter : text) {
+            char const escape = escapeOf(letter);
+            if (escape != '\0') {
+                json += '\\';
+            }
+            json += escape != '\0' ? escape : letter;
+        }
+        json += '"';
+        return json;
     }
     return nlohmann::json(text).dump(-1, ' ', true, nlohmann::json::error_handler_t::replace);
 }
