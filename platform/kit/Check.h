@@ -24,7 +24,7 @@ namespace kit {
 enum class WhenNull
 {
     initCrashes,      ///< the service's init uses it without a test
-    requestsCrash,    ///< init leaves it out, and requests use it without a test
+    requestsCrash,    ///< init leaves it out, and nearly everything later uses it without a test
     lacksItsFeature,  ///< the service does without it
 };
 
@@ -50,8 +50,9 @@ inline constexpr std::array<Collaborator, 12> kCollaborators{{
     {"LineManager", "LineManager::Instance", "platform/lines/LineManager.h", WhenNull::initCrashes,
      "init crashes: it hands the lines their keys"},
     {"CSfi", "CSfi::GetInstance", "platform/sfi/CSfi.h", WhenNull::requestsCrash,
-     "init logs it and leaves the call control out; requests that act on calls, settings or the telephone, timer "
-     "expiries, key presses and shutdown crash"},
+     "init logs it and leaves the call control out; timer expiries, key presses, shutdown and requests crash, apart "
+     "from "
+     "GetDevices, callbackDOFeatureCallID, getForwardingConfiguration, setIsInServiceInitiatedState and setLampMode"},
     {"TeamServiceKeyset", "TeamServiceKeyset::Instance", "platform/team/TeamServiceKeyset.h", WhenNull::initCrashes,
      "init crashes: it binds the keyset to the service"},
     {"TeamServiceFeatures", "TeamServiceFeatures::Instance", "platform/team/TeamServiceFeatures.h",
