@@ -117,7 +117,9 @@ private:
             }
         } else if (binding != STB_LOCAL && (visibility == STV_DEFAULT || visibility == STV_PROTECTED)) {
             file_.exported.insert(name);
-            file_.exportsFunctions = file_.exportsFunctions || ELF64_ST_TYPE(symbol.st_info) == STT_FUNC;
+            // Weak functions of the standard library's templates are exported by every program.
+            bool const isStrong = ELF64_ST_TYPE(symbol.st_info) == STT_FUNC && binding == STB_GLOBAL;
+            file_.exportsFunctions = file_.exportsFunctions || isStrong;
         }
     }
 
@@ -147,10 +149,10 @@ private:
 
 ElfFile parsed(std::string_view data)
 {
-    auto const bytes = at<std::array<unsigned char, EI_NIDENT>>(data, 0);
     if (data.substr(0, SELFMAG) != ELFMAG) {
         throw std::runtime_error("is not an ELF file");
     }
+    auto const bytes = at<std::array<unsigned char, EI_NIDENT>>(data, 0);
     if (bytes[EI_DATA] != (__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__ ? ELFDATA2LSB : ELFDATA2MSB)) {
         throw std::runtime_error("has another byte order than this machine");
     }

@@ -18,6 +18,6 @@ struct ElfFile
     /// Symbols that somebody else must define and that no version ties to a system library, in the order of the file.
     std::vector<std::string> needed;
     std::set<std::string> exported;      ///< symbols that others can use
-    bool exportsFunctions = false;       ///< whether one of them is a function
+    bool exportsFunctions = false;       ///< whether one of them is a function of its own
     std::optional<std::string> version;  ///< of the note ".note.communications_service"
 };

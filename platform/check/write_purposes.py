@@ -35,7 +35,7 @@ def functions(text):
             owner = found.group(1)
         elif code == "};" and indent == 0:
             owner = ""
-        elif documentation and indent == (4 if owner else 0) and (found := FUNCTION.match(code)):
+        elif documentation and "= delete" not in code and indent == (4 if owner else 0) and (found := FUNCTION.match(code)):
             yield f"{owner}::{found.group(1)}" if owner else found.group(1), sentence(documentation)
 
 
