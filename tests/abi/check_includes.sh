@@ -1,6 +1,6 @@
 #!/bin/sh
 # Checks the direction of includes: platform/ includes itself, include/ also platform/, src/ also include/, and all
-# three the standard library. platform/check is a program of its own. Usage: check_includes.sh ROOT
+# three the standard library. platform/kit/check is a program of its own. Usage: check_includes.sh ROOT
 set -eu
 root=$1
 cd "$root"
@@ -18,7 +18,7 @@ check()
 {
     folder=$1
     shift
-    for file in $(find "$folder" -path platform/check -prune -o -name '*.h' -print -o -name '*.cpp' -print); do
+    for file in $(find "$folder" -path platform/kit/check -prune -o -name '*.h' -print -o -name '*.cpp' -print); do
         for name in $(sed -n 's/^ *# *include *"\([^"]*\)".*/\1/p' "$file"); do
             known=
             for allowed; do

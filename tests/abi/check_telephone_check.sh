@@ -72,7 +72,7 @@ sfiGetCPUAddr(std::string&)
 EXPECTED
 section service.so former >found
 grep -q '^former: 48 of the 48' found
-grep -Fxq '    exported is sfiGetCPUAddr(std::basic_string<char, std::char_traits<char>, std::allocator<char> >&): compile the program with libstdc++ and _GLIBCXX_USE_CXX11_ABI=1' whole
+grep -Fxq '    exported is _Z13sfiGetCPUAddrRSs instead of _Z13sfiGetCPUAddrRNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEE: compile the program with libstdc++ and _GLIBCXX_USE_CXX11_ABI=1' whole
 
 # Parts of the platform may be in shared libraries of the program.
 expect 0 service.so former complete <<EXPECTED

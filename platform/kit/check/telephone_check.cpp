@@ -15,7 +15,7 @@
 
 #include <cxxabi.h>
 
-#include "platform/check/ElfFile.h"
+#include "platform/kit/check/ElfFile.h"
 
 namespace {
 
@@ -67,31 +67,33 @@ Purpose const* purposeOf(std::string_view function)
     return found == std::end(kPurposes) ? nullptr : found;
 }
 
-// A function of the same name with other parameters; empty when there is none. Compiled with another standard library
-// or its former ABI, a program exports all functions of texts so.
-std::string namesake(std::string_view signature, std::set<std::string> const& exported)
+// The symbol of a function of the same name with other parameters; empty when there is none. Compiled with another
+// standard library or its former ABI, a program exports each function with texts so. Overloads that the library needs,
+// too, are none.
+std::string namesake(std::string_view signature, std::set<std::string> const& exported,
+                     std::vector<std::string> const& needed)
 {
     for (auto const& symbol : exported) {
-        std::string other = demangled(symbol);
-        if (nameOf(other) == nameOf(signature)) {
-            return other;
+        bool const isOverload = std::find(needed.begin(), needed.end(), symbol) != needed.end();
+        if (!isOverload && nameOf(demangled(symbol)) == nameOf(signature)) {
+            return symbol;
         }
     }
     return {};
 }
 
-void printMissing(std::string const& symbol, std::set<std::string> const& exported)
+void printMissing(std::string const& symbol, std::set<std::string> const& exported,
+                  std::vector<std::string> const& needed)
 {
     std::string const signature = demangled(symbol);
     std::cout << '\n' << signature << '\n';
     if (Purpose const* const purpose = purposeOf(nameOf(signature))) {
         std::cout << "    " << purpose->header << ": " << purpose->text << '\n';
     } else {
-        std::cout << "    not of platform/: another library that "
-                  << "the service was linked with\n";
+        std::cout << "    not declared in platform/\n";
     }
-    if (std::string const other = namesake(signature, exported); !other.empty()) {
-        std::cout << "    exported is " << other
+    if (std::string const other = namesake(signature, exported, needed); !other.empty()) {
+        std::cout << "    exported is " << other << " instead of " << symbol
                   << ": compile the program with libstdc++ and _GLIBCXX_USE_CXX11_ABI=1\n";
     }
 }
@@ -121,7 +123,7 @@ int check(std::string const& library, std::vector<std::string> const& programs)
         std::cout << "The program exports no function at all. Link it with -rdynamic (CMake: ENABLE_EXPORTS ON).\n";
     }
     for (auto const& symbol : missing) {
-        printMissing(symbol, exported);
+        printMissing(symbol, exported, needing.needed);
     }
     return kIncomplete;
 }

@@ -1,4 +1,4 @@
-#include "platform/check/ElfFile.h"
+#include "platform/kit/check/ElfFile.h"
 
 #include <algorithm>
 #include <array>
