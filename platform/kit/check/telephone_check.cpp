@@ -73,9 +73,13 @@ Purpose const* purposeOf(std::string_view function)
 std::string namesake(std::string_view signature, std::set<std::string> const& exported,
                      std::vector<std::string> const& needed)
 {
+    std::string_view const name = nameOf(signature);
+    std::string_view const word = name.substr(std::min(name.size(), name.rfind(':') + 1));
     for (auto const& symbol : exported) {
-        bool const isOverload = std::find(needed.begin(), needed.end(), symbol) != needed.end();
-        if (!isOverload && nameOf(demangled(symbol)) == nameOf(signature)) {
+        // Most symbols are told apart without the cost of demangling.
+        bool const isCandidate =
+            symbol.find(word) != std::string::npos && std::find(needed.begin(), needed.end(), symbol) == needed.end();
+        if (isCandidate && nameOf(demangled(symbol)) == name) {
             return symbol;
         }
     }
