@@ -1,8 +1,9 @@
 #!/bin/sh
 # Builds the example from installed files alone, through the CMake package, and runs it with the installed library.
-# Usage: installed.sh BUILD_FOLDER SOURCE_FOLDER CXX
+# Usage: installed.sh BUILD_FOLDER CXX
 set -eu
-build=$1 source=$2 cxx=$3
+build=$1 cxx=$2
+run=$(cd "$(dirname "$0")" && pwd)/run.sh
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 prefix=$folder/prefix
@@ -10,8 +11,7 @@ prefix=$folder/prefix
 for component in runtime development; do
     cmake --install "$build" --prefix "$prefix" --component "$component" >"$folder/log"
 done
-mkdir "$folder/source"
-cp "$source/main.cpp" "$source/CMakeLists.txt" "$folder/source/"
+cp -r "$prefix/share/doc/communications-service/examples/minimal-telephone" "$folder/source"
 {
     cmake -S "$folder/source" -B "$folder/build" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$cxx"
     cmake --build "$folder/build"
@@ -19,4 +19,4 @@ cp "$source/main.cpp" "$source/CMakeLists.txt" "$folder/source/"
 
 library=$(find "$prefix" -name 'libcommunications_service.so')
 "$prefix/bin/telephone-check" "$library" "$folder/build/minimal-telephone"
-exec "$source/run.sh" "$folder/build/minimal-telephone" "$library"
+"$run" "$folder/build/minimal-telephone" "$library"

@@ -5,6 +5,6 @@ add_test(NAME examples.minimal_telephone
 set_tests_properties(examples.minimal_telephone PROPERTIES LABELS examples)
 if(NOT SANITIZE AND NOT COVERAGE)
     add_test(NAME examples.minimal_telephone_installed
-        COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/installed.sh ${PROJECT_BINARY_DIR} ${CMAKE_CURRENT_SOURCE_DIR} ${CMAKE_CXX_COMPILER})
+        COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/installed.sh ${PROJECT_BINARY_DIR} ${CMAKE_CXX_COMPILER})
     set_tests_properties(examples.minimal_telephone_installed PROPERTIES LABELS "examples;packages")
 endif()
