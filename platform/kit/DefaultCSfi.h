@@ -14,6 +14,9 @@ namespace kit {
 ///
 /// A port begins here: derive from it, override Subscribe, Activate and GetServiceState, then CallMake and CallClear.
 /// An override of SetCommsService, StartTimer or Deactivate calls the one here, or all three are replaced together.
+///
+/// Until your framework has a thread for events, send them from an override of TimerExpired: the timers' thread holds
+/// no lock. Keep the id that StartTimer returns under a lock of your own, because the timer may expire at once.
 class DefaultCSfi : public CSfi
 {
 public:

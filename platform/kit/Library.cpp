@@ -12,8 +12,9 @@ void* load(std::string const& path)
 {
     void* const handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle == nullptr) {
-        throw std::runtime_error(std::string(dlerror()) + "; if a symbol is undefined, telephone-check " + path +
-                                 " PROGRAM names all that are missing");
+        throw std::runtime_error(std::string(dlerror()) +
+                                 "; if a symbol is undefined, link the program with -rdynamic; " + "telephone-check " +
+                                 path + " PROGRAM names all that are missing");
     }
     return handle;
 }
