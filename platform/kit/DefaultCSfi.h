@@ -6,7 +6,9 @@
 
 #include "platform/kit/Missing.h"
 #include "platform/kit/Timers.h"
+#include "platform/management/ManageableData.h"
 #include "platform/sfi/CSfi.h"
+#include "platform/sfi/SfiMCAMapper.h"
 
 namespace kit {
 
