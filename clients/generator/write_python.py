@@ -47,7 +47,7 @@ def docstring(indent: int, *paragraphs: str) -> List[str]:
     margin = " " * indent
     blocks = []
     for paragraph in filter(None, paragraphs):
-        lines = paragraph.split("\n") if "\n" in paragraph else textwrap.wrap(paragraph, WIDTH - indent - 3)
+        lines = paragraph.split("\n") if "\n" in paragraph else textwrap.wrap(paragraph, WIDTH - indent - 6)
         blocks.append([(margin + line).rstrip().replace("\\", "\\\\") for line in lines])
     text = [line for block in blocks for line in [*block, ""]][:-1]
     text[0] = f'{margin}"""{text[0].strip()}'
@@ -75,7 +75,7 @@ def enumeration(each: Enumeration) -> List[str]:
     lines = [f"class {each.name}({base}):", *docstring(4, each.meaning), ""]
     for value in each.values:
         carried = str(value.number) if value.word is None else quoted(value.word)
-        lines.append(f"    {upper_snake(value.name)} = {carried}, {quoted(value.name)}, {quoted(value.meaning)}")
+        lines.append(f"    {upper_snake(value.name)} = {carried}, {quoted(value.name)}")
         lines += docstring(4, value.meaning)
     return lines
 
@@ -106,7 +106,7 @@ def event(each: Event) -> List[str]:
             lines.append(f'    {constant} = "{identifier(element.tag)}"')
     lines += ["", *members(each.elements), ""] if each.elements else [""]
     lines += ["    @classmethod", "    def read(cls, stamp: Stamp, elements: Elements) -> Self:", "        return cls("]
-    lines += ["            **stamp.members,"]
+    lines += [f"            {one}=stamp.{one}," for one in ("number", "time", "text")]
     lines += [f"            {identifier(field.tag)}={reading(field)}," for field in each.elements]
     return [*lines, "        )"]
 
@@ -122,14 +122,20 @@ def parameter(each: Parameter) -> str:
     return f"{identifier(each.tag)}: {type_of(each)} | None = None"
 
 
-def signature(name: str, required: List[str], optional: List[str], result: str) -> List[str]:
-    """The head of a method. What is optional is given by name."""
-    arguments = ", ".join(["self", *required, *(["*", *optional] if optional else [])])
-    line = f"    async def {name}({arguments}) -> {result}:"
+def call(head: str, arguments: Iterable[str], tail: str) -> List[str]:
+    """A call, or the head of a function. What is too long for a line gets a line for each argument."""
+    arguments = list(arguments)
+    line = f"{head}{', '.join(arguments)}{tail}"
     if len(line) <= WIDTH:
         return [line]
-    wrapped = textwrap.wrap(arguments, WIDTH - 8, break_long_words=False)
-    return [f"    async def {name}(", *[f"        {each}" for each in wrapped], f"    ) -> {result}:"]
+    margin = " " * (len(head) - len(head.lstrip()))
+    return [head, *[f"{margin}    {each}," if each != "*" else f"{margin}    *," for each in arguments], margin + tail]
+
+
+def signature(name: str, required: List[str], optional: List[str], result: str) -> List[str]:
+    """The head of a method. What is optional is given by name."""
+    arguments = ["self", *required, *(["*", *optional] if optional else [])]
+    return call(f"    async def {name}(", arguments, f") -> {result}:")
 
 
 def written(each: Parameter) -> str:
@@ -162,48 +168,37 @@ def result_of(answer: Answer) -> str:
 
 
 def value_of(field: Field) -> str:
-    """The expression for the value in `text`."""
-    return f"{field.enumeration.name}(text)" if field.enumeration else "truth(text)" if field.type is Type.TRUTH else "text"
+    """The expression that reads `value`."""
+    return f"{field.enumeration.name}(value)" if field.enumeration else "truth(value)" if field.type is Type.TRUTH else "value"
+
+
+# How the method of a request ends, by the kind of its answer. `text` is the request.
+ENDINGS = {
+    AnswerKind.RESULT: ["await self._act(text)"],
+    AnswerKind.NOTHING: ["await self._act_unanswered(text)"],
+    AnswerKind.FIXED_TEXT: ["await self._act(text, success={form})"],
+    AnswerKind.TEXTS: ["return await self._ask_text(text)"],
+    AnswerKind.TRUTH: ["value = await self._ask_text(text)", "return {value}"],
+    AnswerKind.RESULT_AND_VALUE: ["value = await self._ask_value(text)", "return {value}"],
+}
 
 
 def body_of(request: Request) -> List[str]:
     answer = request.answer
-    arguments = ", ".join([f'"{request.name}"', *[written(each) for each in request.parameters]])
-    text = f"request_text({arguments})"
-    if answer.kind is AnswerKind.RESULT:
-        return [f"        await self._act({text})"]
-    if answer.kind is AnswerKind.NOTHING:
-        return [f"        await self._act_unanswered({text})"]
-    if answer.kind is AnswerKind.FIXED_TEXT:
-        return [f"        await self._act({text}, success={quoted(answer.form)})"]
-    if answer.kind is AnswerKind.TEXTS:
-        return [f"        return await self._ask({text})"]
-    if answer.kind is AnswerKind.RESULT_AND_VALUE:
-        return [f"        text = await self._ask_value({text})", f"        return {value_of(answer.values[0])}"]
-    if answer.kind is AnswerKind.TRUTH:
-        return [f"        text = await self._ask({text})", f"        return {value_of(answer.values[0])}"]
-    lines = [f"        elements = Elements(await self._ask({text}))"]
-    lines += [f"        {'result' if is_result(field) else identifier(field.tag)} = {reading(field)}" for field in answer.elements]
-    lines.append(f'        self._require_success("{request.name}", result)')
-    values = ", ".join(f"{identifier(field.tag)}={identifier(field.tag)}" for field in answer.values)
-    return [*lines, f"        return {answer.type_name}({values})"]
+    lines = call("        text = request_text(", [f'"{request.name}"', *[written(each) for each in request.parameters]], ")")
+    if answer.kind is AnswerKind.ELEMENTS:
+        return lines + elements_of(answer)
+    value = value_of(answer.values[0]) if answer.values else ""
+    return lines + ["        " + each.format(form=quoted(answer.form), value=value) for each in ENDINGS[answer.kind]]
 
 
-def wrap_code(lines: Iterable[str]) -> List[str]:
-    """Breaks a call that is too long behind its opening parenthesis and at its commas."""
-    result: List[str] = []
-    for line in lines:
-        if len(line) <= WIDTH:
-            result.append(line)
-            continue
-        margin = " " * (len(line) - len(line.lstrip()))
-        head, _, rest = line.partition("(")
-        inner, _, tail = rest.rpartition(")")
-        result.append(f"{head}(")
-        result += textwrap.wrap(inner, WIDTH, initial_indent=margin + "    ", subsequent_indent=margin + "    ",
-                                break_long_words=False, break_on_hyphens=False)
-        result.append(f"{margin}){tail}")
-    return result
+def elements_of(answer: Answer) -> List[str]:
+    lines = ["        elements, reasons = await self._ask_elements(text)"]
+    for field in answer.elements:
+        lines.append(f"        {'result' if is_result(field) else identifier(field.tag)} = {reading(field)}")
+    lines.append("        self._require_success(text, result, reasons)")
+    values = [f"{identifier(field.tag)}={identifier(field.tag)}" for field in answer.values]
+    return lines + call(f"        return {answer.type_name}(", values, ")")
 
 
 def request(each: Request) -> List[str]:
@@ -219,7 +214,7 @@ def request(each: Request) -> List[str]:
         f"It does not promise: {answer.does_not_promise}" if answer.does_not_promise else "",
         f"Events: {', '.join(one.type_name for one in each.events)}." if each.events else "",
     )
-    return lines + wrap_code(body_of(each))
+    return lines + body_of(each)
 
 
 def argument_name(each: Argument) -> str:
@@ -253,7 +248,7 @@ def command(each: Command) -> List[str]:
     lines = signature(identifier(each.name), positional, by_name, "str")
     help = each.help[0].upper() + each.help[1:].rstrip(".")
     lines += docstring(8, f"{help}.", f"As typed: {each.name} {each.usage}".rstrip())
-    return lines + wrap_code([f"        return await self._command({', '.join([quoted(each.name), *groups])})"])
+    return lines + call("        return await self._command(", [quoted(each.name), *groups], ")")
 
 
 def state_type(each: Member) -> str:
@@ -317,7 +312,10 @@ def protocol_module(protocol: Protocol) -> str:
                         [request(each) for each in protocol.requests])
     commands = class_of("Commands", "CommandSender", "The telephone's own commands, each a method that returns the result as text.",
                         [command(each) for each in protocol.commands if each.name not in CONNECTION_COMMANDS])
-    return module("The protocol: enumerations, events, requests and commands.", imports,
+    public = [*[each.name for each in protocol.enumerations], *[each.type_name for each in protocol.events], "EVENTS",
+              *[each.type_name for each in answers], "Requests", "Commands"]
+    names = ["__all__ = [", *[f'    "{each}",' for each in public], "]"]
+    return module("The protocol: enumerations, events, requests and commands.", imports, names,
                   *[enumeration(each) for each in protocol.enumerations], *[event(each) for each in protocol.events], events,
                   *[answer_type(each) for each in answers], requests, commands)
 
