@@ -84,7 +84,7 @@ class Feed:
 
     @property
     def is_connected(self) -> bool:
-        return self._connection is not None
+        return self._connection is not None and not self._connection.is_lost
 
     @property
     def state(self) -> State:
