@@ -134,6 +134,11 @@ class _Program:
             )
         self._output = b""
 
+    @property
+    def pid(self) -> int:
+        """The id of the process."""
+        return self._process.pid
+
     def wait_until_ready(self) -> None:
         """Returns when applications can connect. NotConnected if the telephone does not start."""
         if not self._read_until(rb"applications can connect", _START):

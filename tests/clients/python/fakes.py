@@ -19,6 +19,7 @@ class FakeTelephone:
         self.path = path
         self.state = dict(STATE)
         self.messages = asyncio.Queue()
+        self.subscriptions = asyncio.Queue()  # the commands `events`
         self.connected = asyncio.Event()
 
     async def __aenter__(self):
@@ -60,6 +61,6 @@ class FakeTelephone:
             self.send("result\n")
         elif message.startswith("events "):
             self.send("result\n{}")
-            self.subscribed = message
+            self.subscriptions.put_nowait(message)
         else:
             self.messages.put_nowait(message)
