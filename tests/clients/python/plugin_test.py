@@ -36,7 +36,7 @@ PASSING = """
         call = await telephone.ring("4711", "555", name="Ann B")
         await call.ringing()
         assert call.record.party.name == "Ann B"
-        assert telephone.lamp("4711") == "fluttering"
+        assert telephone.lamp("4711") == "flashing"
         await call.answer()
         await call.connected()
         assert telephone.lamp("4711") == "steady"

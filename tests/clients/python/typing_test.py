@@ -24,7 +24,7 @@ async def main() -> None:
 """
 WRONG = {
     'await phone.do.hook("left")': "arg-type",
-    'await phone.set_lamp_mode(Lamp.HOLD, 2)': "arg-type",
+    'await phone.set_lamp_mode(Lamp.HOLD_LAMP, 2)': "arg-type",
     "await phone.hold_call(call)": "arg-type",
     "number = held.uri": "attr-defined",
     "phone.state.calls[0].state = state": "misc",
