@@ -158,6 +158,7 @@ class Call:
 
     async def _enters(self, states: frozenset[CallState], within: float | None, what: str, *features: Feature) -> None:
         if self.state in states:
+            self._since = self._telephone.position
             return
 
         def matches(_position: int, event: Event) -> bool:

@@ -102,7 +102,8 @@ class Telephone(Requests):
         name: what the telephone's log calls this program.
         strict: the telephone refuses unknown names and wrong values, instead of guessing.
         mirror: `state` is kept up to date, which takes a reading of the state after each event and each request.
-        advances: in virtual time, waits move the time; False: somebody else does.
+        advances: in virtual time, waits move the time, and each request and command returns when everything has
+            happened that needs no time; False: somebody else moves it.
         pauses: before attempts to connect again.
         capacity: events that are kept for an iterator that does not take them.
         within: seconds to wait for a telephone that is not there yet.
@@ -197,9 +198,12 @@ class Telephone(Requests):
         return result
 
     async def _settle(self) -> None:
+        """After a request or a command: brings what it has done so far into the mirror."""
         if not self._has_mirror:
             return
         try:
+            if self._advances:  # what needs no time happens now, whatever the order of threads is
+                await self._feed.connection.command("advance 0")
             await self._feed.refresh()
         except ConnectionLost:
             pass  # the reply came before; what follows will notice the loss

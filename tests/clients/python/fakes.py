@@ -21,6 +21,7 @@ class FakeTelephone:
         self.messages = asyncio.Queue()
         self.subscriptions = asyncio.Queue()  # the commands `events`
         self.connected = asyncio.Event()
+        self._writer = None
 
     async def __aenter__(self):
         self._server = await asyncio.start_unix_server(self._serve, self.path)
@@ -28,20 +29,21 @@ class FakeTelephone:
 
     async def __aexit__(self, *_):
         self.hang_up()
+        self.disappear()
+
+    def disappear(self):
+        """No client can connect any more."""
         self._server.close()
 
-    def send(self, text, **values):
+    def send(self, text):
         """Sends a message: its first line, a line end, its text."""
         self._writer.write(text.encode() + b"\0")
-
-    def send_bytes(self, data):
-        self._writer.write(data)
 
     def send_event(self, number, text):
         self.send(f"event {number} 2000-01-01T00:00:00.000Z\n{text}")
 
     def hang_up(self):
-        if self.connected.is_set():
+        if self._writer:
             self._writer.close()
 
     async def _serve(self, reader, writer):
