@@ -4,6 +4,7 @@ Every event gets a position, which grows over restarts of the telephone; the num
 """
 
 import asyncio
+import itertools
 import weakref
 from collections import deque
 from collections.abc import AsyncIterator, Callable
@@ -100,17 +101,19 @@ class Hub:
 
     def find(self, matches: Callable[[int, Event], bool], since: int) -> tuple[int, Event] | None:
         """The first such event behind a position."""
-        return next(((at, event) for at, event in self._kept if at > since and matches(at, event)), None)
+        return next(((at, event) for at, event in self._behind(since) if matches(at, event)), None)
 
-    async def wait(self, matches: Callable[[int, Event], bool], since: int) -> tuple[int, Event]:
-        """The same; waits for it to come."""
-        while (found := self.find(matches, since)) is None:
-            await self._came.wait()
-        return found
+    async def next(self) -> None:
+        """Returns at the next event."""
+        await self._came.wait()
 
     def since(self, position: int) -> list[Event]:
         """The events behind a position that are still kept."""
-        return [event for at, event in self._kept if at > position]
+        return [event for _, event in self._behind(position)]
+
+    def _behind(self, position: int) -> list[tuple[int, Event]]:
+        newest_first = itertools.islice(reversed(self._kept), self.position - position)
+        return list(newest_first)[::-1]
 
     def end(self) -> None:
         """Ends all iterators."""

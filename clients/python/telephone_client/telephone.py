@@ -2,6 +2,7 @@
 
 import asyncio
 import functools
+import math
 import weakref
 from collections.abc import AsyncIterator, Awaitable, Callable
 from pathlib import Path
@@ -169,7 +170,7 @@ class Telephone(Requests):
             state = await self.refresh()
             return state if holds(state) else None
 
-        return await self._soon(look, lambda: self._next_change(), within, lambda: "the state did not become so")
+        return await self._soon(look, self._next_change, within, lambda: "the state did not become so")
 
     async def _next_change(self) -> None:
         """Returns at a change of the mirror, or after a while, since not every change has an event."""
@@ -317,15 +318,11 @@ class Telephone(Requests):
         async def look() -> tuple[int, Event] | None:
             return self._hub.find(matches, since)
 
-        async def next_event() -> None:
-            position = self._hub.position
-            await self._hub.wait(lambda _at, _event: True, position)
-
         def failure() -> str:
             came = [_short(each) for each in self._hub.since(since)]
             return f"{what} did not come; came instead: {', '.join(came[-10:]) or 'nothing'}"
 
-        return await self._soon(look, next_event, within, failure)
+        return await self._soon(look, self._hub.next, within, failure)
 
     # Waiting, in real and in virtual time
 
@@ -337,8 +334,8 @@ class Telephone(Requests):
         failure: Callable[[], str],
     ) -> R:
         """Looks for something after each change, until it is there or the time is over."""
-        if self._advances and within is not None:
-            return await self._soon_by_advancing(look, within, failure)
+        if self._advances:
+            return await self._soon_by_advancing(look, math.inf if within is None else within, failure)
         try:
             async with asyncio.timeout(within):
                 while (found := await look()) is None:

@@ -15,7 +15,8 @@ class FakeTelephone:
     """`async with FakeTelephone(path) as fake`. Answers what a client sends at its beginning, and `state`; all other
     messages are in the queue `messages`, for the test to reply to. One connection at a time."""
 
-    def __init__(self, path):
+    def __init__(self, path, protocol=1):
+        self.protocol = protocol
         self.path = path
         self.state = dict(STATE)
         self.messages = asyncio.Queue()
@@ -59,7 +60,9 @@ class FakeTelephone:
     def _reply(self, message):
         if message == "state":
             self.send("result\n" + json.dumps(self.state))
-        elif message.split(" ")[0] in ("hello", "reasons", "strict"):
+        elif message.startswith("hello "):
+            self.send("result\n" + json.dumps({"protocol": self.protocol}))
+        elif message in ("reasons on", "strict on"):
             self.send("result\n")
         elif message.startswith("events "):
             self.send("result\n{}")

@@ -8,7 +8,7 @@ from fakes import FakeTelephone
 
 from telephone_client import (
     AgentState, CallHeld, CallOver, CallState, ConnectionLost, Feature, ForwardingType, LampMode, MessageRefused, NoEffect,
-    NotConnected, NotInTime, Reason, RequestRefused, ServiceState, Telephone,
+    NotConnected, NotInTime, ProtocolError, Reason, RequestRefused, ServiceState, Telephone,
 )
 
 HTTP = "[http]\naddress = '127.0.0.1:0'\n"
@@ -190,6 +190,21 @@ async def test_nobody_is_there(tmp_path, telephone_runner):
         await Telephone.connect(tmp_path / "nowhere").open()
     with pytest.raises(NotConnected, match="^there is no telephone at http://127.0.0.1:9: "):
         await Telephone.connect("http://127.0.0.1:9", token="t").open()
+
+
+async def test_a_telephone_that_is_too_new(tmp_path, telephone_runner):
+    path = str(tmp_path / "socket")
+    async with FakeTelephone(path, protocol=2):
+        with pytest.raises(NotConnected, match="^the telephone speaks protocol 2, this client 1: use a newer client$"):
+            await Telephone.connect(path).open()
+
+
+async def test_a_telephone_whose_state_makes_no_sense(tmp_path, telephone_runner):
+    path = str(tmp_path / "socket")
+    async with FakeTelephone(path) as fake:
+        fake.state = {"start": "first"}
+        with pytest.raises(ProtocolError, match="^the state of the telephone lacks 'event'$"):
+            await Telephone.connect(path).open()
 
 
 @with_fake
