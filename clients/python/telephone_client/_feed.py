@@ -81,6 +81,7 @@ class Feed:
         self._connection: Connection | None = None
         self._why_not = "the telephone has not been connected yet"
         self._living: asyncio.Task[None] | None = None
+        self.is_closed = False
         self.changed = Signal()
 
     @property
@@ -96,7 +97,7 @@ class Feed:
 
     @property
     def state(self) -> State:
-        """The mirror. ProtocolError before the first connection."""
+        """The mirror. NotConnected before the first connection."""
         if self._state is None:
             raise NotConnected(self._why_not)
         return self._state
@@ -123,6 +124,7 @@ class Feed:
     async def close(self) -> None:
         """Ends the connection and the iterators of the hub."""
         self._why_not = "the telephone was closed"
+        self.is_closed = True
         connection, self._connection = self._connection, None
         if self._living:
             self._living.cancel()

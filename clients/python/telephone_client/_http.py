@@ -86,9 +86,9 @@ class HttpConnection(Connection):
                 await self._require_success(response)
                 async for message in _messages(response):
                     yield message
-        except ConnectionLost as error:
-            self._lost = error
-            raise
+        except (ConnectionLost, MessageRefused) as error:
+            self._lost = ConnectionLost(str(error))
+            raise self._lost from error
         self._lost = ConnectionLost("the telephone has ended the stream of events")
         raise self._lost
 

@@ -10,7 +10,7 @@ from collections import deque
 from collections.abc import AsyncIterator, Callable
 from typing import Generic, TypeVar, cast
 
-from ._errors import EventsLost
+from ._errors import ConnectionLost, EventsLost
 from ._messages import Event
 
 E = TypeVar("E", bound=Event)
@@ -86,6 +86,7 @@ class Hub:
         self._kept: deque[tuple[int, Event]] = deque(maxlen=kept)
         self._iterators: weakref.WeakSet[EventIterator[Event]] = weakref.WeakSet()
         self._came = Signal()
+        self._has_ended = False
 
     def publish(self, event: Event) -> None:
         self.position += 1
@@ -96,6 +97,8 @@ class Hub:
 
     def iterate(self, kinds: tuple[type[E], ...], capacity: int) -> EventIterator[E]:
         iterator = EventIterator(kinds, capacity)
+        if self._has_ended:
+            iterator._end()
         self._iterators.add(iterator)  # type: ignore[arg-type]  # it is given events of its kinds only
         return iterator
 
@@ -104,8 +107,11 @@ class Hub:
         return next(((at, event) for at, event in self._behind(since) if matches(at, event)), None)
 
     async def next(self) -> None:
-        """Returns at the next event."""
-        await self._came.wait()
+        """Returns at the next event. ConnectionLost if there will be none."""
+        if not self._has_ended:
+            await self._came.wait()
+        if self._has_ended:
+            raise ConnectionLost("the telephone was closed")
 
     def since(self, position: int) -> list[Event]:
         """The events behind a position that are still kept."""
@@ -116,6 +122,8 @@ class Hub:
         return list(newest_first)[::-1]
 
     def end(self) -> None:
-        """Ends all iterators."""
+        """Ends all iterators and waits."""
+        self._has_ended = True
+        self._came.notify()
         for each in list(self._iterators):
             each._end()

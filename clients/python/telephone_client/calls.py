@@ -151,13 +151,14 @@ class Call:
         def matches(_position: int, event: Event) -> bool:
             return event.call == self.id and _entered(event) in _OVER
 
-        if self.record is None and not any(matches(0, each) for each in self._telephone.events_since(self._since)):
+        came = any(matches(0, each) for each in self._telephone.events_since(self._since))
+        if self._telephone.has_mirror and self.record is None and not came:
             return Reason.NORMAL
         _, event = await self._telephone.wait(matches, self._since, within, f"the end of call {self.id}")
         return event.reason if isinstance(event, CallStateChange) else Reason.NORMAL
 
     async def _enters(self, states: frozenset[CallState], within: float | None, what: str, *features: Feature) -> None:
-        if self.state in states:
+        if self._telephone.has_mirror and self.state in states:
             self._since = self._telephone.position
             return
 
@@ -244,6 +245,7 @@ class Line:
             try:
                 await request(id)
             except RequestRefused:
+                await self._telephone.refresh()
                 if self._telephone.call(id).record is None:
                     raise
                 continue

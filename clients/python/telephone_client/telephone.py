@@ -7,7 +7,7 @@ import weakref
 from collections.abc import AsyncIterator, Awaitable, Callable
 from pathlib import Path
 from types import TracebackType
-from typing import Any, Self, TypeVar, overload
+from typing import Any, Final, Self, TypeVar, overload
 
 from ._connection import Connection
 from ._errors import ConnectionLost, NotInTime
@@ -69,7 +69,7 @@ class Telephone(Requests):
         """
         self._hub = Hub(capacity)
         self._feed = Feed(connect, self._hub, pauses, mirror)
-        self._has_mirror = mirror
+        self.has_mirror: Final = mirror
         self._advances = advances
         self._capacity = capacity
         self._within = within
@@ -98,7 +98,8 @@ class Telephone(Requests):
 
         address: path of the application socket, or http://HOST:PORT or https://HOST:PORT; None: the socket of this
             user's telephone.
-        token: over HTTP, the token or the file that contains it; None: the file beside the default socket.
+        token: over HTTP, the token as text, or the Path of the file that contains it; None: the file beside the default
+            socket.
         certificate: over HTTPS, the file with the certificate of the telephone's authority; None: those of the system.
         name: what the telephone's log calls this program.
         strict: the telephone refuses unknown names and wrong values, instead of guessing.
@@ -156,8 +157,8 @@ class Telephone(Requests):
 
     async def states(self) -> AsyncIterator[State]:
         """The state now, and again whenever it has been read or the connection was lost or came back. Only the latest
-        counts: whoever is slow misses some, and never waits for old ones."""
-        while True:
+        counts: whoever is slow misses some, and never waits for old ones. It ends when the telephone is closed."""
+        while not self._feed.is_closed:
             count = self._feed.changed.count
             yield self.state
             if self._feed.changed.count == count:
@@ -200,7 +201,7 @@ class Telephone(Requests):
 
     async def _settle(self) -> None:
         """After a request or a command: brings what it has done so far into the mirror."""
-        if not self._has_mirror:
+        if not self.has_mirror:
             return
         try:
             if self._advances:  # what needs no time happens now, whatever the order of threads is
@@ -275,7 +276,8 @@ class Telephone(Requests):
         where: Callable[[E], bool] | None = None,
         within: float | None = WITHIN,
     ) -> E:
-        """Waits for an event and returns it. NotInTime if it does not come in time.
+        """Waits for an event and returns it. NotInTime if it does not come in time, ConnectionLost if the telephone is
+        closed meanwhile.
 
         An event that has come already counts, too, if it came since this task's last request or command, or since its
         last wait, whichever was earlier, and no wait of this task has taken it. So a wait after a request sees what the
@@ -348,14 +350,15 @@ class Telephone(Requests):
         self, look: Callable[[], Awaitable[R | None]], within: float, failure: Callable[[], str]
     ) -> R:
         end = self._advanced + within
-        while (found := await look()) is None:
-            if self._advanced >= end:
-                raise NotInTime(f"{failure()} (within {within} seconds)")
-            async with self._advancing:
+        while True:
+            async with self._advancing:  # of several waits, one looks and moves the time at once
+                if (found := await look()) is not None:
+                    return found
+                if self._advanced >= end:
+                    raise NotInTime(f"{failure()} (within {within} seconds)")
                 step = min(_STEP, max(end - self._advanced, 0.001))
                 await self._command(f"advance {step:.3f}")
                 self._advanced += step
-        return found
 
     def _mark_request(self) -> None:
         self._marks_of_task().request = self._hub.position
