@@ -66,7 +66,7 @@ LineHistory::~LineHistory()
 
 void LineHistory::add(char const* line)
 {
-    HIST_ENTRY const* const last = history_length > 0 ? history_get(history_base + history_length - 1) : nullptr;
+    HIST_ENTRY const* const last = history_get(history_base + history_length - 1);
     bool const isRepeated = last != nullptr && std::strcmp(last->line, line) == 0;
     if (*line != '\0' && *line != ' ' && !isRepeated) {
         add_history(line);

@@ -18,7 +18,7 @@ public:
         , rows_(rows)
         , columns_(columns)
         , likeness_(likeness)
-        , costs_((rows + 1) * (columns + 1), 0)
+        , costs_((rows + 1) * (columns + 1))
     {
         for (std::size_t row = rows_ + 1; row-- > 0;) {
             for (std::size_t column = columns_ + 1; column-- > 0;) {

@@ -34,33 +34,6 @@ std::vector<std::string> typedLines(std::string const& page, std::string const& 
     return lines;
 }
 
-std::string withoutBlocks(std::string const& page)
-{
-    std::string rest;
-    std::istringstream text(page);
-    bool inBlock = false;
-    for (std::string line; std::getline(text, line);) {
-        bool const isMark = line.rfind("```", 0) == 0;
-        rest += isMark || inBlock ? "" : line + "\n";
-        inBlock = inBlock != isMark;
-    }
-    return rest;
-}
-
-// The files that a page links to; not places within a page, nor the web.
-std::vector<std::string> linkedFiles(std::string const& page)
-{
-    std::vector<std::string> files;
-    for (std::size_t at = 0; (at = page.find("](", at)) != std::string::npos; ++at) {
-        std::string const link = page.substr(at + 2, page.find(')', at) - at - 2);
-        std::string const file = link.substr(0, link.find('#'));
-        if (!file.empty() && file.find("://") == std::string::npos) {
-            files.push_back(file);
-        }
-    }
-    return files;
-}
-
 std::vector<std::string> words(std::string const& line)
 {
     std::istringstream text(line);
@@ -227,21 +200,4 @@ TEST(Documentation, ScriptOfTheTestingPage_Holds)
     Ended const result = run({TELEPHONE, "play", "-"}, page.substr(start, page.find("```", start) - start));
 
     expectWell(result);
-}
-
-TEST(Documentation, PagesThatAreLinkedTo_Exist)
-{
-    std::vector<std::string> pages{"README.md"};
-    for (auto const& entry : std::filesystem::directory_iterator(PROJECT "/docs")) {
-        if (entry.path().extension() == ".md") {
-            pages.push_back("docs/" + entry.path().filename().string());
-        }
-    }
-    EXPECT_GE(pages.size(), 11U);
-    for (std::string const& page : pages) {
-        for (std::string const& link : linkedFiles(withoutBlocks(read(page)))) {
-            auto const folder = std::filesystem::path(PROJECT "/" + page).parent_path();
-            EXPECT_TRUE(std::filesystem::exists(folder / link)) << page << ": " << link;
-        }
-    }
 }

@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 
 #include "RunningTelephone.h"
+#include "telephone/base/Version.h"
 
 TEST(Life, Signal_EndsTheTelephoneWellAndRemovesItsSocket)
 {
@@ -108,7 +109,7 @@ TEST(Life, WrongOption_IsToldAndEndsWithTwo)
 
 TEST(Life, HelpAndVersion_EndWithZero)
 {
-    EXPECT_EQ(run({TELEPHONE, "--version"}).output, "telephone 1.1.0\n");
+    EXPECT_EQ(run({TELEPHONE, "--version"}).output, "telephone " + std::string(telephone::kTelephoneVersion) + "\n");
     Ended const help = run({TELEPHONE, "--help"});
     EXPECT_EQ(help.status, 0);
     for (char const* const command : {"console", "tour", "play", "serve", "exchange", "request", "watch", "store",

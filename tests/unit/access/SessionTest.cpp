@@ -7,6 +7,7 @@
 #include <poll.h>
 
 #include "TelephoneDouble.h"
+#include "telephone/base/Version.h"
 #include "telephone/framework/Log.h"
 #include "telephone/framework/Refusals.h"
 #include "telephone/framework/WakeUp.h"
@@ -296,10 +297,11 @@ TEST_F(SessionTest, Hello_IdentifiesTheTelephone)
     telephone_.controls.present.ready = true;
     telephone_.controls.present.domain = "127.0.0.1:5060";
 
-    EXPECT_EQ(replies("hello dialler"),
-              R"(result {"telephone":"reference telephone","version":"1.0.0","protocol":1,"start":"abc","ready":true,)"
-              R"("domain":"127.0.0.1:5060"})"
-              "\n");
+    EXPECT_EQ(replies("hello dialler"), R"(result {"telephone":"reference telephone","version":")" +
+                                            std::string(kTelephoneVersion) +
+                                            R"(","protocol":1,"start":"abc","ready":true,)"
+                                            R"("domain":"127.0.0.1:5060"})"
+                                            "\n");
     EXPECT_EQ(session_.name(), "dialler");
     EXPECT_EQ(replies("hello " + std::string(41, 'x')), "error a name has at most 40 bytes\n");
 }

@@ -12,6 +12,7 @@
 
 #include "telephone/applications/ApplicationClient.h"
 #include "telephone/applications/SocketPath.h"
+#include "telephone/base/Version.h"
 #include "telephone/framework/Refusals.h"
 #include "tests/unit/access/TelephoneDouble.h"
 
@@ -343,10 +344,11 @@ TEST_F(ApplicationServerTest, Hello_IdentifiesTheTelephone)
 
     application.send(bytes({"hello dialler"}));
 
-    EXPECT_EQ(application.receiveUntil(1),
-              bytes({"result\n"
-                     R"({"telephone":"reference telephone","version":"1.0.0","protocol":1,"start":"abc",)"
-                     R"("ready":false,"domain":"127.0.0.1:5060"})"}));
+    EXPECT_EQ(application.receiveUntil(1), bytes({"result\n"
+                                                  R"({"telephone":"reference telephone","version":")" +
+                                                  std::string(kTelephoneVersion) +
+                                                  R"(","protocol":1,"start":"abc",)"
+                                                  R"("ready":false,"domain":"127.0.0.1:5060"})"}));
 }
 
 TEST_F(ApplicationServerTest, Reasons_ComeBetweenTheAnswerAndTheEndOfTheRequest)

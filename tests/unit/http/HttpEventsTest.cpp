@@ -2,6 +2,7 @@
 #include <chrono>
 
 #include "HttpTest.h"
+#include "telephone/base/Version.h"
 #include "telephone/http/StepQueue.h"
 
 using namespace telephone;
@@ -60,8 +61,9 @@ TEST_F(HttpEventsTest, NewStream_BeginsWithHelloAndTheNextEvent)
     telephone_.held(1);
     HttpConnection events = stream();
 
-    EXPECT_EQ(next(events), "id: 1\nevent: hello\ndata: {\"telephone\":\"reference telephone\",\"version\":\"1.0.0\","
-                            "\"protocol\":1,\"start\":\"abc\",\"ready\":false,\"domain\":\"\"}\n\n");
+    EXPECT_EQ(next(events), "id: 1\nevent: hello\ndata: {\"telephone\":\"reference telephone\",\"version\":\"" +
+                                std::string(kTelephoneVersion) +
+                                "\",\"protocol\":1,\"start\":\"abc\",\"ready\":false,\"domain\":\"\"}\n\n");
     EXPECT_EQ(events.received().substr(0, 17), "HTTP/1.1 200 OK\r\n");
     EXPECT_NE(events.received().find("\r\nContent-Type: text/event-stream\r\n"), std::string::npos);
     telephone_.held(2);

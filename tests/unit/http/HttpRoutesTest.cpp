@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "HttpTest.h"
+#include "telephone/base/Version.h"
 
 using namespace telephone;
 
@@ -117,10 +118,11 @@ TEST_F(HttpRoutesTest, Command_IsAnsweredWithItsResult)
 
     EXPECT_EQ(post("/commands", "store list").body, "{\"result\":\"agent-state = ready\"}\n");
     EXPECT_EQ(post("/commands", "press 1\n").body, "{\"result\":\"\"}\n");
-    EXPECT_EQ(post("/commands", "hello").body,
-              R"({"result":{"telephone":"reference telephone","version":"1.0.0","protocol":1,"start":"abc",)"
-              R"("ready":false,"domain":""}})"
-              "\n");
+    EXPECT_EQ(post("/commands", "hello").body, R"({"result":{"telephone":"reference telephone","version":")" +
+                                                   std::string(kTelephoneVersion) +
+                                                   R"(","protocol":1,"start":"abc",)"
+                                                   R"("ready":false,"domain":""}})"
+                                                   "\n");
     EXPECT_EQ(post("/commands", "say {not JSON").body, "{\"result\":\"{not JSON\"}\n");
     EXPECT_EQ(telephone_.controls.asked, std::vector<std::string>{"press 1"});
 }
@@ -147,9 +149,10 @@ TEST_F(HttpRoutesTest, Hello_IdentifiesTheTelephone)
     HttpAnswer const answer = get("/hello");
 
     EXPECT_EQ(answer.status, 200);
-    EXPECT_EQ(answer.body, R"({"telephone":"reference telephone","version":"1.0.0","protocol":1,"start":"abc",)"
-                           R"("ready":true,"domain":"127.0.0.1:5060"})"
-                           "\n");
+    EXPECT_EQ(answer.body, R"({"telephone":"reference telephone","version":")" + std::string(kTelephoneVersion) +
+                               R"(","protocol":1,"start":"abc",)"
+                               R"("ready":true,"domain":"127.0.0.1:5060"})"
+                               "\n");
     EXPECT_NE(answer.header.find("Content-Type: application/json\r\n"), std::string::npos) << answer.header;
 }
 

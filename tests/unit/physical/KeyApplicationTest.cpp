@@ -5,11 +5,13 @@
 #include "KeysFixture.h"
 #include "platform/services/DigitAnalysisServiceIfc.h"
 #include "telephone/lines/DssLine.h"
+#include "tests/helpers/LogFile.h"
 
 namespace telephone {
 namespace {
 
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 
 class KeyApplicationTest : public KeysFixture
@@ -82,6 +84,18 @@ TEST_F(KeyApplicationTest, ToggleAndMuteKeys_GoThroughTheService)
     EXPECT_EQ(lamp("mute"), "off");
 
     EXPECT_THAT(service_.takeNoted(), ElementsAre("toggle 11", "mute", "unmute"));
+}
+
+TEST_F(KeyApplicationTest, MuteKey_IsRefusedOnlyIfTheServiceRefuses)
+{
+    buildKeys();
+    test::LogFile const log;
+    press(9);
+    EXPECT_EQ(log.written(), "");
+    ON_CALL(service_, setMicrophoneMute(testing::_)).WillByDefault(testing::Return(sfiFailure));
+    press(9);
+
+    EXPECT_THAT(log.written(), HasSubstr("the service refused to switch the microphone on\n"));
 }
 
 TEST_F(KeyApplicationTest, HookUp_AnswersTheRingingCall)

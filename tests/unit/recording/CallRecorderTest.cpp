@@ -16,6 +16,7 @@
 #include "platform/management/MgmtAgentIfc.h"
 #include "platform/recording/RecordingConfigManager.h"
 #include "telephone/management/LocalManagement.h"
+#include "tests/helpers/TestTime.h"
 #include "tests/unit/management/ManagementDoubles.h"
 #include "tests/unit/management/StoreFixture.h"
 
@@ -266,6 +267,18 @@ TEST_F(CallRecorderTest, CallThatHasEnded_IsRefusedWithEvent)
     ASSERT_TRUE(events.waitFor(4));
     EXPECT_EQ(events.lines()[2], "recording 4711 7 false");
     EXPECT_EQ(events.lines()[3], "security 4711 7 1 of");
+}
+
+TEST_F(CallRecorderTest, File_GrowsWhileTheCallIsRecorded)
+{
+    calls.add(7, "4711", sfiCallStateConnected);
+    auto const recorder = makeRecorder();
+    ASSERT_TRUE(recorder->activateRecording("4711"));
+    calls.speak(7, 1, 2, 50);
+
+    constexpr std::uintmax_t kHalf = 50U * 160U * 2U;  // the library buffers some
+    auto const isGrowing = [this] { return files().size() == 1 && std::filesystem::file_size(files()[0]) > kHalf; };
+    EXPECT_TRUE(test::eventually(isGrowing));
 }
 
 TEST_F(CallRecorderTest, EndOfTheCall_CompletesTheFile)

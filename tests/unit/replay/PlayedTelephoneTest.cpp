@@ -4,6 +4,7 @@
 
 #include "RecordingText.h"
 #include "Signals.h"
+#include "telephone/base/Version.h"
 
 using namespace telephone;
 using namespace std::chrono_literals;
@@ -182,10 +183,10 @@ TEST_F(PlayedTelephoneTest, Hello_IsThatOfTheRecordedTelephone)
 {
     play(holdAndRetrieve());
 
-    EXPECT_EQ(
-        replies("hello view"),
-        "result {\"telephone\":\"reference telephone\",\"version\":\"1.0.0\",\"protocol\":1,\"start\":\"k3f9x2ab\","
-        "\"ready\":true,\"domain\":\"127.0.0.1:5060\"}\n");
+    EXPECT_EQ(replies("hello view"), "result {\"telephone\":\"reference telephone\",\"version\":\"" +
+                                         std::string(kTelephoneVersion) +
+                                         "\",\"protocol\":1,\"start\":\"k3f9x2ab\","
+                                         "\"ready\":true,\"domain\":\"127.0.0.1:5060\"}\n");
 }
 
 TEST_F(PlayedTelephoneTest, State_IsTheLatestThatFitsTheMoment)
