@@ -2,7 +2,7 @@
 
     python3 robot.py RULES.toml [SOCKET]
 
-The first rule whose pattern fits the caller's number applies; a caller whom no rule fits is left to people. See rules.toml.
+The first rule whose pattern fits the caller's number applies; a caller whom no rule fits is left to people.
 """
 
 import asyncio

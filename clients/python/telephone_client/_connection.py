@@ -69,7 +69,8 @@ _PROTOCOL = 1  # of the connection; a telephone with a greater one needs a newer
 def require_protocol(hello: Any) -> None:
     """NotConnected if the telephone, by its answer to `hello`, speaks a protocol that this client does not know."""
     if hello["protocol"] > _PROTOCOL:
-        raise NotConnected(f"the telephone speaks protocol {hello['protocol']}, this client {_PROTOCOL}: use a newer client")
+        theirs = hello["protocol"]
+        raise NotConnected(f"the telephone speaks protocol {theirs}, this client {_PROTOCOL}: use a newer client")
 
 
 def read_time(text: str) -> datetime:

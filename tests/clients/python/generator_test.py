@@ -57,9 +57,11 @@ def test_patterns_of_commands():
     commands = {each.name: each.arguments for each in generator.load(DESCRIPTION, STATE).commands}
     Argument = generator.Argument
     assert commands["call"] == (
-        Argument("", "LINE", (), False, False), Argument("from", "NUMBER", (), False, False), Argument("name", "NAME", (), True, False))
+        Argument("", "LINE", (), False, False), Argument("from", "NUMBER", (), False, False),
+        Argument("name", "NAME", (), True, False))
     assert commands["plug"] == (
-        Argument("", "headset|handset|line", ("headset", "handset", "line"), False, False), Argument("out", "", (), True, False))
+        Argument("", "headset|handset|line", ("headset", "handset", "line"), False, False),
+        Argument("out", "", (), True, False))
     assert commands["say"] == (Argument("", "TEXT", (), True, True),)
 
 

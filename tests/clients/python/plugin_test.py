@@ -124,7 +124,8 @@ def test_the_options_of_the_command_line(run, monkeypatch, tmp_path):
     program.chmod(0o755)
     test = "async def test_one(telephone): assert telephone.state.lines[0].id == '98'"
     assert "1 passed" in run(test, f"--telephone-config={tmp_path}/one.toml")
-    assert re.search("started with .* --time real .* serve", run(test, f"--telephone-program={program}", "--telephone-time=real"))
+    output = run(test, f"--telephone-program={program}", "--telephone-time=real")
+    assert re.search("started with .* --time real .* serve", output)
     monkeypatch.delenv("TELEPHONE")
     monkeypatch.setenv("PATH", str(tmp_path))
     assert "there is no program telephone in PATH: give its path with --telephone-program" in run(test)
