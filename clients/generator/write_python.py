@@ -152,7 +152,7 @@ def written(each: Parameter) -> str:
 
 def explained(each: Parameter) -> str:
     read_as = "empty" if each.missing == "" else str(each.missing).lower()
-    missing = "" if each.is_required else f" If left out: {read_as}"
+    missing = f" If left out: {read_as}" if each.need == "optional" else ""
     effect = f": {each.missing_effect}" if missing and each.missing_effect else ""
     text = f"{each.meaning}{missing}{effect}" + ("." if missing else "")
     return "\n".join(textwrap.wrap(f"{identifier(each.tag)}: {text}", WIDTH - 12, subsequent_indent="    "))
@@ -279,9 +279,10 @@ def record(each: Record) -> List[str]:
     lines = ["@dataclass(frozen=True, kw_only=True)", f"class {each.name}:"]
     for member in each.members:
         lines.append(f"    {identifier(member.name)}: {state_type(member)}")
-        if member.meaning:
-            meaning = member.meaning[0].upper() + member.meaning[1:].replace("null", "None").rstrip(".")
-            lines += docstring(4, f"{meaning}.")
+        is_told_by_type = member.enumeration is not None and member.meaning == member.enumeration.name
+        if member.meaning and not is_told_by_type:
+            meaning = member.meaning.replace("null", "None").rstrip(".")
+            lines += docstring(4, f"{meaning[0].upper()}{meaning[1:]}.")
     lines += ["", "    @classmethod", "    def read(cls, json: Any) -> Self:", "        return cls("]
     lines += [f"            {identifier(member.name)}={state_reading(member)}," for member in each.members]
     return [*lines, "        )"]

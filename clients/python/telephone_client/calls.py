@@ -75,6 +75,10 @@ class Call:
         record = self.record
         return record.place if record else self._line
 
+    async def accept(self) -> None:
+        """Lets the call ring that is offered, if the telephone does not do so by itself (automatic-ringing)."""
+        await self._telephone.accept_call(self.id, line=self.line, auto_answer=False)
+
     async def answer(self) -> None:
         """Answers the call that rings."""
         await self._telephone.answer_call(self.line, self.id)

@@ -102,6 +102,20 @@ async def test_commands_return_their_result(phone):
 
 
 @both_ways
+async def test_many_requests_at_once_of_which_some_are_cancelled(phone):
+    tasks = [asyncio.create_task(phone.do.say(f"{each}")) for each in range(60)]
+    for turn, each in enumerate(tasks[::3]):
+        for _ in range(turn):  # in another moment of its life each
+            await asyncio.sleep(0)
+        each.cancel()
+    results = await asyncio.gather(*tasks, return_exceptions=True)
+    answered = {at: result for at, result in enumerate(results) if not isinstance(result, asyncio.CancelledError)}
+    assert answered == {at: f"{at}" for at in answered}
+    assert len(answered) >= 40
+    assert await phone.do.say("last") == "last"
+
+
+@both_ways
 async def test_transfers_and_conferences(phone):
     line = phone.line("4711")
     first = await line.dial("100")
@@ -141,6 +155,36 @@ async def test_a_call_that_ends_instead(telephone):
     call = await telephone.line("4711").dial("101")
     with pytest.raises(CallOver, match="^call 1 is not connected: it has ended \\(busy, busy\\)$"):
         await call.connected()
+
+
+@pytest.mark.telephone(toml="[calls]\nautomatic-ringing = false\n")
+async def test_calls_that_are_let_ring_and_refused_or_sent_on(telephone):
+    call = await telephone.ring("4711")
+    assert call.state is CallState.INCOMING
+    await call.accept()
+    await call.ringing()
+    await call.refuse()
+    assert await call.ended() is Reason.REFUSED
+    call = await telephone.ring("4711")
+    await call.accept()
+    await call.deflect("100")
+    assert await call.ended() is Reason.FORWARDED
+
+
+async def test_pickups_and_alternation(telephone):
+    first = await telephone.line("4711").dial("100")
+    await first.connected()
+    second = await telephone.line("4711").dial("100")
+    await second.connected()
+    await first.held()
+    await telephone.line("4711").alternate()
+    await first.connected()
+    await second.held()
+    assert [each.id for each in telephone.line("4711").calls] == [1, 2]
+    with pytest.raises(ValueError, match="^there is no line 4799; the lines are 4711, 4712$"):
+        telephone.line("4799").record
+    with pytest.raises(CallOver):
+        await (await telephone.line("4712").pick_up_group()).connected()
 
 
 async def test_a_wait_that_is_in_vain(telephone):
