@@ -34,10 +34,10 @@ constexpr std::array<Entries, 4> kVariables{{
     {"XDG_STATE_HOME", "The history of the console is in telephone/history below it; default: ~/.local/state."},
 }};
 
-constexpr std::array<Entries, 4> kFiles{{
+constexpr std::array<Entries, 3> kFiles{{
     {"$XDG_RUNTIME_DIR/telephone.socket", "Where applications connect; --socket and the configuration name another."},
-    {"~/.config/telephone/telephone.toml", "Configuration of the user service telephone."},
-    {"~/.config/telephone/NAME.toml", "Configuration of the user service telephone@NAME."},
+    {"~/.config/telephone/NAME.toml",
+     "Configuration of the user service telephone@NAME, whose socket is $XDG_RUNTIME_DIR/telephone-NAME.socket."},
     {"share/doc/telephone",
      "All pages, also those that this one names (docs/...), and an example configuration; relative "
      "to where the telephone is installed, such as /usr."},
@@ -46,7 +46,7 @@ constexpr std::array<Entries, 4> kFiles{{
 constexpr std::array<Entries, 5> kExamples{{
     {"telephone tour --time virtual", "Shows calls, keys and lamps, with nothing to set up."},
     {"telephone --config desk.toml", "A telephone with a console, as the file describes it."},
-    {"systemctl --user start telephone", "A telephone for applications, as a service of the user."},
+    {"systemctl --user start telephone", "The standard telephone for applications, as a service of the user."},
     {"telephone request HoldCall Line=4711 CallID=1", "Puts a call of the running telephone on hold."},
     {"telephone watch --only CallHeldEvent", "Prints each time that a call is put on hold."},
 }};
