@@ -134,24 +134,35 @@ class _Program:
             )
         self._output = b""
 
+    @property
+    def pid(self) -> int:
+        """The id of the process."""
+        return self._process.pid
+
     def wait_until_ready(self) -> None:
         """Returns when applications can connect. NotConnected if the telephone does not start."""
-        assert self._process.stdout is not None
-        end = time.monotonic() + _START
-        with selectors.DefaultSelector() as selector:
-            selector.register(self._process.stdout, selectors.EVENT_READ)
-            while b"applications can connect" not in self._output:
-                data = os.read(self._process.stdout.fileno(), 4096) if selector.select(end - time.monotonic()) else b""
-                if not data:
-                    raise NotConnected(f"the telephone does not start:\n{self.log()}")
-                self._output += data
+        if not self._read_until(rb"applications can connect", _START):
+            raise NotConnected(f"the telephone does not start:\n{self.log()}")
 
     def http(self) -> str:
-        """The address of the telephone over HTTP, if its configuration opens it."""
-        found = re.search(rb"HTTP: (\S+)/\?token", self._output)
+        """The address of the telephone over HTTP, which it prints last of all."""
+        found = self._read_until(rb"HTTP: (\S+)/\?token", _END)
         if not found:
             raise ValueError("the configuration of the telephone has no [http] with an address")
         return found[1].decode()
+
+    def _read_until(self, pattern: bytes, seconds: float) -> re.Match[bytes] | None:
+        """Reads what the program prints until it contains the pattern; None if it does not in time."""
+        assert self._process.stdout is not None
+        end = time.monotonic() + seconds
+        with selectors.DefaultSelector() as selector:
+            selector.register(self._process.stdout, selectors.EVENT_READ)
+            while not (found := re.search(pattern, self._output)):
+                data = os.read(self._process.stdout.fileno(), 4096) if selector.select(end - time.monotonic()) else b""
+                if not data:
+                    return None
+                self._output += data
+        return found
 
     def end(self) -> str:
         """Ends the process, and says what was wrong with its end; empty: nothing."""

@@ -53,6 +53,11 @@ class Connection(ABC):
     def messages(self, after: int, start: str) -> AsyncIterator[Message]:
         """The events after that number of that start, gaps and states. Used once. It ends with ConnectionLost."""
 
+    @property
+    @abstractmethod
+    def is_lost(self) -> bool:
+        """Whether it has ended."""
+
     @abstractmethod
     async def close(self) -> None:
         """Ends the connection. What waits for a reply raises ConnectionLost."""

@@ -41,6 +41,9 @@ class NumberEnumeration(IntEnum):
         member.phrase = phrase
         return member
 
+    def __reduce_ex__(self, protocol: object) -> tuple[type[Self], tuple[int]]:
+        return type(self), (self._value_,)
+
     def __str__(self) -> str:
         return self.phrase
 
@@ -77,6 +80,9 @@ class WordEnumeration(str, Enum):
         member._value_ = word
         member.phrase = phrase
         return member
+
+    def __reduce_ex__(self, protocol: object) -> tuple[type[Self], tuple[str]]:
+        return type(self), (self._value_,)
 
     def __str__(self) -> str:
         return self.phrase

@@ -84,7 +84,7 @@ class Feed:
 
     @property
     def is_connected(self) -> bool:
-        return self._connection is not None
+        return self._connection is not None and not self._connection.is_lost
 
     @property
     def state(self) -> State:
@@ -158,7 +158,7 @@ class Feed:
         state = State.read(json.loads(await connection.command("state")))
         if not self._start:
             self._start, self._received, self._delivered = state.start, state.event, state.event
-        if state.start == self._start:  # else a gap comes first
+        if state.start == self._start and state.event >= self._received:  # else a gap comes first
             self._take_state(state)
             self._connection = connection
             self.changed.notify()
@@ -188,8 +188,8 @@ class Feed:
         return state
 
     def _take_state(self, state: State) -> None:
-        is_older = self._state is not None and state.start == self._start and state.event < self._state.event
-        if not is_older:
+        is_newer = self._state is None or (state.start == self._start and state.event >= self._state.event)
+        if is_newer:
             self._state = state
             self._deliver(state.event)
             self.changed.notify()

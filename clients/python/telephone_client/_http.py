@@ -92,6 +92,10 @@ class HttpConnection(Connection):
         self._lost = ConnectionLost("the telephone has ended the stream of events")
         raise self._lost
 
+    @property
+    def is_lost(self) -> bool:
+        return self._lost is not None
+
     async def close(self) -> None:
         self._lost = ConnectionLost("the connection was closed")
         for writer in list(self._writers):
@@ -99,7 +103,7 @@ class HttpConnection(Connection):
 
     async def _json(self, method: str, target: str, body: str = "") -> Any:
         if self._lost:
-            raise self._lost
+            raise NotConnected(str(self._lost))
         async with self._exchange(method, target, body) as response:
             await self._require_success(response)
             return await response.json()

@@ -19,9 +19,11 @@ class Signal:
     """Wakes all tasks that wait for it at the moment."""
 
     def __init__(self) -> None:
+        self.count = 0  # of the notices so far
         self._waiting: set[asyncio.Future[None]] = set()
 
     def notify(self) -> None:
+        self.count += 1
         for each in self._waiting:
             if not each.done():
                 each.set_result(None)

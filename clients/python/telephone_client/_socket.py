@@ -81,6 +81,10 @@ class SocketConnection(Connection):
             yield message
         raise self._lost or ConnectionLost("the connection was closed")
 
+    @property
+    def is_lost(self) -> bool:
+        return self._lost is not None
+
     async def close(self) -> None:
         self._end(ConnectionLost("the connection was closed"))
         self._reading.cancel()
@@ -92,7 +96,7 @@ class SocketConnection(Connection):
 
     async def _send(self, text: str) -> Reply:
         if self._lost:
-            raise self._lost
+            raise NotConnected(str(self._lost))
         pending = _Pending()
         self._pending.append(pending)
         self._writer.write(text.encode() + b"\0")

@@ -296,7 +296,7 @@ class Key:
 
     async def becomes(self, mode: LampMode, within: float | None = _WITHIN) -> None:
         """Waits until the lamp is in a mode. NotInTime if it does not enter it."""
-        await self._telephone.until(lambda _: self.lamp.mode is mode, within)
+        await self._telephone.until(lambda _: self.lamp.mode == mode, within)
 
     def _pressable(self) -> int:
         if self._record.number is None:

@@ -153,11 +153,13 @@ class Telephone(Requests):
         return await self._feed.refresh()
 
     async def states(self) -> AsyncIterator[State]:
-        """The state now, and after each change of it or of the connection. Only the latest counts: whoever is slow
-        misses some, and never waits for old ones."""
+        """The state now, and again whenever it has been read or the connection was lost or came back. Only the latest
+        counts: whoever is slow misses some, and never waits for old ones."""
         while True:
+            count = self._feed.changed.count
             yield self.state
-            await self._feed.changed.wait()
+            if self._feed.changed.count == count:
+                await self._feed.changed.wait()
 
     async def until(self, holds: Callable[[State], bool], within: float | None = WITHIN) -> State:
         """Waits until something holds of the state, and returns the state. NotInTime if it does not in time."""
