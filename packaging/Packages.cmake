@@ -31,8 +31,14 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS_POLICY =)
+# Every exported symbol has been there since the first release of this interface.
+file(STRINGS ${PROJECT_SOURCE_DIR}/tests/abi/exported_symbols.txt symbols REGEX "^[^#]")
+list(TRANSFORM symbols REPLACE "(.+)" " \\1@Base ${PROJECT_VERSION_MAJOR}.0.0\n")
+list(JOIN symbols "" symbols)
+file(CONFIGURE OUTPUT debian/symbols @ONLY CONTENT
+    "libcommunications_service.so.${PROJECT_VERSION_MAJOR} ${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} #MINVER#\n${symbols}")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
-    ${CMAKE_CURRENT_SOURCE_DIR}/debian/triggers ${CMAKE_CURRENT_SOURCE_DIR}/debian/symbols)
+    ${CMAKE_CURRENT_SOURCE_DIR}/debian/triggers ${CMAKE_CURRENT_BINARY_DIR}/debian/symbols)
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
     "SIP communications service of a telephone - library
 The communications service of a desk telephone's application framework. It turns requests of applications into calls of the telephone's signalling, and what happens to calls, lines and keys into events. A telephone's framework loads it when it starts.")

@@ -186,7 +186,7 @@ std::string zshAction(OptionDescription const& option)
         return "_files -/";
     }
     if (option.value == "EVENTS") {
-        return "_sequence compadd - $_telephone_events";
+        return " _telephone_event_names";
     }
     return isFile(option) ? "_files" : " ";
 }
@@ -218,7 +218,7 @@ std::string zshCommand(SubcommandDescription const& command, Table const& words)
     }
     bool const hasWords = words.count(command.name) != 0;
     for (OptionDescription const& argument : command.arguments) {
-        std::string const action = hasWords ? "_telephone_next " + command.name : zshAction(argument);
+        std::string const action = hasWords ? " _telephone_next " + command.name : zshAction(argument);
         std::string const place = argument.isRepeated ? "*" : "";
         text += " \\\n                '" + place + ":" + zshText(argument.names[0]) + ":" + action + "'";
     }
@@ -254,6 +254,12 @@ _telephone_next() {
     fi
     compadd -S '' -- ${(M)next:#*=}
     compadd -- ${next:#*=}
+}
+
+# Names of events, with commas between them.
+_telephone_event_names() {
+    compset -P '*,'
+    compadd -S '' -- $_telephone_events
 }
 
 )";
