@@ -1,13 +1,11 @@
 # The packages that cpack makes: Debian's, one for each component, and a tarball of everything.
 set(CPACK_PACKAGE_NAME communications-service)
 set(CPACK_PACKAGE_VENDOR "")
-set(CPACK_PACKAGE_CONTACT "Communications Service Developers <maintainers@localhost>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "SIP communications service and telephone")
+set(CPACK_PACKAGE_CONTACT "Communications Service Developers <maintainers@example.org>")
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_GENERATOR DEB TGZ)
 set(CPACK_STRIP_FILES ON)
-set(CPACK_THREADS 2)
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_INSTALL_CMAKE_PROJECTS ${PROJECT_BINARY_DIR} ${PROJECT_NAME} ALL /)
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_SOURCE_DIR}/finish_packages.cmake)
@@ -29,19 +27,24 @@ set(same_version "(= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libcommunications-service${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS_POLICY =)
 # Every exported symbol has been there since the first release of this interface.
 file(STRINGS ${PROJECT_SOURCE_DIR}/tests/abi/exported_symbols.txt symbols REGEX "^[^#]")
 list(TRANSFORM symbols REPLACE "(.+)" " \\1@Base ${PROJECT_VERSION_MAJOR}.0.0\n")
 list(JOIN symbols "" symbols)
 file(CONFIGURE OUTPUT debian/symbols @ONLY CONTENT
     "libcommunications_service.so.${PROJECT_VERSION_MAJOR} ${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} #MINVER#\n${symbols}")
+file(CONFIGURE OUTPUT debian/shlibs @ONLY CONTENT
+    "libcommunications_service ${PROJECT_VERSION_MAJOR} ${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} (>= ${PROJECT_VERSION})\n")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
-    ${CMAKE_CURRENT_SOURCE_DIR}/debian/triggers ${CMAKE_CURRENT_BINARY_DIR}/debian/symbols)
+    ${CMAKE_CURRENT_SOURCE_DIR}/debian/triggers
+    ${CMAKE_CURRENT_BINARY_DIR}/debian/shlibs
+    ${CMAKE_CURRENT_BINARY_DIR}/debian/symbols)
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
     "SIP communications service of a telephone - library
-The communications service of a desk telephone's application framework. It turns requests of applications into calls of the telephone's signalling, and what happens to calls, lines and keys into events. A telephone's framework loads it when it starts.")
+The communications service of a desk telephone's application framework. It
+turns requests of applications into calls of the telephone's signalling, and
+what happens to calls, lines and keys into events. A telephone's framework
+loads it when it starts.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libcommunications-service-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
@@ -49,7 +52,9 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} ${same_version}")
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION
     "SIP communications service of a telephone - development files
-Headers of the service and of the platform that it requires, a default platform to begin a port with, a client for C++, and what CMake and pkg-config need to find them.")
+Headers of the service and of the platform that it requires, a default
+platform to begin a port with, a client for C++, and what CMake and pkg-
+config need to find them.")
 
 set(CPACK_DEBIAN_TELEPHONE_PACKAGE_NAME telephone)
 set(CPACK_DEBIAN_TELEPHONE_PACKAGE_SHLIBDEPS ON)
@@ -57,7 +62,10 @@ set(CPACK_DEBIAN_TELEPHONE_PACKAGE_DEPENDS "${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME}
 set(CPACK_DEBIAN_TELEPHONE_PACKAGE_SUGGESTS "bash-completion, python3-telephone-client")
 set(CPACK_DEBIAN_TELEPHONE_DESCRIPTION
     "SIP telephone for people, applications and tests
-A telephone with lines, keys and lamps on the SIP communications service. It has a console, a panel for browsers, a socket and HTTP for applications, plays scripts in virtual time, and has an exchange of its own to call without a network.")
+A telephone with lines, keys and lamps on the SIP communications service. It
+has a console, a panel for browsers, a socket and HTTP for applications,
+plays scripts in virtual time, and has an exchange of its own to call
+without a network.")
 
 set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-telephone-client)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
@@ -66,6 +74,7 @@ set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.9)")
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-pytest, telephone")
 set(CPACK_DEBIAN_PYTHON_DESCRIPTION
     "SIP telephone - client for Python and plugin for pytest
-Requests, events and the state of a running telephone for asyncio, over its socket or HTTP, and fixtures that give each test a telephone of its own.")
+Requests, events and the state of a running telephone for asyncio, over its
+socket or HTTP, and fixtures that give each test a telephone of its own.")
 
 include(CPack)

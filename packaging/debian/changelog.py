@@ -2,6 +2,7 @@
 """Prints the entry of a version in CHANGELOG.md as Debian's changelog: changelog.py CHANGELOG VERSION RELEASE MAINTAINER.
 
 The date is SOURCE_DATE_EPOCH."""
+import datetime
 import email.utils
 import os
 import re
@@ -47,7 +48,8 @@ def main():
     for bullet in bullets:
         print(textwrap.fill(plain(bullet), 78, initial_indent="  * ", subsequent_indent="    ",
                             break_long_words=False, break_on_hyphens=False))
-    date = email.utils.formatdate(int(os.environ["SOURCE_DATE_EPOCH"]), localtime=False)
+    moment = datetime.datetime.fromtimestamp(int(os.environ["SOURCE_DATE_EPOCH"]), datetime.timezone.utc)
+    date = email.utils.format_datetime(moment)
     print(f"\n -- {maintainer}  {date}")
 
 

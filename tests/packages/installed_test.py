@@ -47,7 +47,7 @@ class Installed(unittest.TestCase):
         run("cmake", "--build", build)
 
         self.assertIn(f"found version {VERSION}", log)
-        self.assertEqual(run(build / "consumer", self.library), "43 requests\n")
+        self.assertEqual(run(build / "consumer", self.library), f"version {VERSION}, 43 requests\n")
 
     def test_a_version_that_is_not_installed_is_not_found(self):
         for wanted in ("2.0", f"{VERSION}.1"):
@@ -63,13 +63,15 @@ class Installed(unittest.TestCase):
             self.assertIn("found: 0", log, wanted)
 
     def test_another_project_finds_the_package_with_pkg_config(self):
-        flags = run("pkg-config", "--cflags", "communications-service", env=self.environment).split()
+        package = "communications-service-kit"
+        flags = run("pkg-config", "--cflags", package, env=self.environment).split()
+        libraries = run("pkg-config", "--libs", package, env=self.environment).split()
         library = run("pkg-config", "--variable=library", "communications-service", env=self.environment).strip()
         program = self.folder / "by-pkg-config"
 
-        run(CXX, "-std=c++17", "-Werror", *flags, CONSUMER / "main.cpp", "-o", program, "-ldl")
+        run(CXX, "-std=c++17", "-Werror", *flags, CONSUMER / "main.cpp", "-o", program, *libraries)
 
-        self.assertEqual(run(program, library), "43 requests\n")
+        self.assertEqual(run(program, library), f"version {VERSION}, 43 requests\n")
 
     def test_moved_installation_still_works(self):
         moved = self.folder / "moved"

@@ -17,6 +17,7 @@ from installation import BUILD, run
 MANUALS = BUILD / "packaging/manuals"
 COMMANDS = ["console", "tour", "play", "test", "chaos", "serve", "panel", "exchange", "fleet", "do", "request", "watch",
             "replay", "trace", "why", "ladder", "store", "devices", "describe"]
+CLEAR_LINE = "\x15"
 # What is typed, and what the shell offers.
 OFFERED = [
     ("telephone ", COMMANDS),
@@ -80,8 +81,7 @@ class ShellTest(unittest.TestCase):
                 ("telephone play --color al\t", "telephone play --color always "),
                 ("telephone play desk.s\t", "telephone play desk.script ")):
             with self.subTest(typed):
-                zsh.type(typed, completed)
-            zsh.type("\x03", "ready> ")
+                zsh.type(f"{CLEAR_LINE}{typed}", completed)
         zsh.end()
 
     def test_manual_pages_have_no_warnings(self):

@@ -1,13 +1,12 @@
-// Uses the installed headers, by both of their include paths, and loads the installed library, which its argument names.
+// Uses the installed headers, by both of their include paths, and loads the installed library, which its argument names,
+// with the porting kit as its platform.
 #include <cstdio>
-#include <cstring>
+#include <exception>
 
-#include <dlfcn.h>
-
-#include "CommunicationsServiceIfc.h"
 #include "CommunicationsServiceRequests.h"
+#include "CommunicationsServiceVersion.h"
 #include "lines/LineManager.h"
-#include "platform/framework/Service.h"
+#include "platform/kit/Library.h"
 #include "platform/lines/Line.h"
 
 int main(int count, char** arguments)
@@ -15,19 +14,13 @@ int main(int count, char** arguments)
     if (count != 2) {
         return 2;
     }
-    // A telephone would say RTLD_NOW: this program has none of the platform's functions.
-    void* const library = dlopen(arguments[1], RTLD_LAZY | RTLD_LOCAL);
-    if (library == nullptr) {
-        std::fprintf(stderr, "%s\n", dlerror());
+    try {
+        kit::Library const library(arguments[1]);
+        auto const service = library.createService();
+        std::printf("version %s, %zu requests\n", COMMUNICATIONS_SERVICE_VERSION, kRequestCount);
+        return 0;
+    } catch (std::exception const& error) {
+        std::fprintf(stderr, "%s\n", error.what());
         return 1;
     }
-    for (char const* const factory : {"createCommunicationsService", "createCommunicationsServiceInvoker",
-                                      "createCommunicationsServiceEventProxy"}) {
-        if (dlsym(library, factory) == nullptr) {
-            std::fprintf(stderr, "%s\n", dlerror());
-            return 1;
-        }
-    }
-    std::printf("%zu requests\n", kRequestCount);
-    return 0;
 }
