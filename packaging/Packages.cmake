@@ -72,6 +72,8 @@ set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.9)")
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-pytest, telephone")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
+    ${CMAKE_CURRENT_SOURCE_DIR}/debian/python/postinst ${CMAKE_CURRENT_SOURCE_DIR}/debian/python/prerm)
 set(CPACK_DEBIAN_PYTHON_DESCRIPTION
     "SIP telephone - client for Python and plugin for pytest
 Requests, events and the state of a running telephone for asyncio, over its
