@@ -35,7 +35,7 @@ public:
         }
         std::lock_guard const hold(mutex_);
         subscribers_.insert(events);
-        // In place of the call server, whose answer takes a moment.
+        // In place of the call server, whose answer takes a moment. Under the lock: the timer may expire at once.
         registration_ = StartTimer(kAnswerOfTheServer);
         return sfiSuccess;
     }

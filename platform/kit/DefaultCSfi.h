@@ -6,7 +6,9 @@
 
 #include "platform/kit/Missing.h"
 #include "platform/kit/Timers.h"
+#include "platform/management/ManageableData.h"
 #include "platform/sfi/CSfi.h"
+#include "platform/sfi/SfiMCAMapper.h"
 
 namespace kit {
 
@@ -14,6 +16,9 @@ namespace kit {
 ///
 /// A port begins here: derive from it, override Subscribe, Activate and GetServiceState, then CallMake and CallClear.
 /// An override of SetCommsService, StartTimer or Deactivate calls the one here, or all three are replaced together.
+///
+/// Until your framework has a thread for events, send them from an override of TimerExpired: the timers' thread holds
+/// no lock. Keep the id that StartTimer returns under a lock of your own, because the timer may expire at once.
 class DefaultCSfi : public CSfi
 {
 public:

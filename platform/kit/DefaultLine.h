@@ -4,6 +4,7 @@
 
 #include "platform/kit/Missing.h"
 #include "platform/lines/Line.h"
+#include "platform/lines/LineData.h"
 
 namespace kit {
 

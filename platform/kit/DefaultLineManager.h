@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/kit/Missing.h"
+#include "platform/lines/Line.h"
 #include "platform/lines/LineManager.h"
 
 namespace kit {

@@ -5,6 +5,8 @@
 #include "platform/framework/Executable.h"
 #include "platform/kit/Missing.h"
 #include "platform/management/LocalMgmtIfc.h"
+#include "platform/management/ManageableData.h"
+#include "platform/management/MgmtAgentIfc.h"
 
 namespace kit {
 

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "platform/kit/Missing.h"
+#include "platform/management/ManageableData.h"
 #include "platform/recording/MediaRecordingService.h"
 #include "platform/recording/RecordingConfigManager.h"
 

@@ -5,6 +5,8 @@
 #include "platform/framework/Executable.h"
 #include "platform/kit/Missing.h"
 #include "platform/physical/PhysicalInterfaceServiceIfc.h"
+#include "platform/physical/functionalEventObserver.h"
+#include "platform/physical/physicalEventObserver.h"
 
 namespace kit {
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/kit/Missing.h"
+#include "platform/team/EACockpitHandler.h"
 #include "platform/team/TeamServiceFeatures.h"
 
 namespace kit {

@@ -12,8 +12,12 @@ void* load(std::string const& path)
 {
     void* const handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle == nullptr) {
-        throw std::runtime_error(std::string(dlerror()) + "; if a symbol is undefined, telephone-check " + path +
-                                 " PROGRAM names all that are missing");
+        std::string reason = dlerror();
+        if (reason.find("undefined symbol") != std::string::npos) {
+            reason +=
+                "; is the program linked with -rdynamic? telephone-check " + path + " PROGRAM names what is missing";
+        }
+        throw std::runtime_error(reason);
     }
     return handle;
 }

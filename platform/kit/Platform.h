@@ -6,15 +6,13 @@
 /// for a failure, and says so once in the log. The porter replaces them one by one:
 ///
 /// - **A function or accessor**: define it in the program (`CSfi* CSfi::GetInstance() { ... }`). The kit's definition
-/// is
-///   weak and gives way; nothing in the kit is edited.
+///   is weak and gives way; nothing in the kit is edited.
 /// - **A class behind an accessor**: derive from its default (`class CallControl : public kit::DefaultCSfi`), override
-///   what works already, and return the object from the accessor. Whatever is not overridden goes on saying what it
-///   should do. Once all of it is there, derive from the interface of platform/ instead.
-/// - **Semaphore, Serializer, SIPConfigManager and RecordingConfigManager**: define all members in the program. They
-/// are
-///   one object file each, which the linker takes from the kit's archive only if the program has none. Defining a part
-///   of them is an error of the linker.
+///   what works already, and return the object from the accessor. Its header includes what an override needs. What is
+///   not overridden goes on saying what it should do. Once all of it is there, derive from the interface of platform/.
+/// - **Semaphore, Serializer, SIPConfigManager and RecordingConfigManager**: define all members in the program. Each is
+///   one object file, which the linker takes from the kit's archive only if the program has none. To define some of
+///   the members is an error of the linker.
 ///
 /// This works because the kit is a static library whose sources are compiled apart. Link it as one (not with
 /// `--whole-archive`), and export the program's symbols (`-rdynamic`, or ENABLE_EXPORTS in CMake).

@@ -30,6 +30,7 @@ std::string joined(std::vector<std::string> const& texts)
 std::string Serializer::serialize(std::vector<int> const& values)
 {
     std::vector<std::string> texts;
+    texts.reserve(values.size());
     for (int const value : values) {
         texts.push_back(std::to_string(value));
     }
@@ -39,6 +40,7 @@ std::string Serializer::serialize(std::vector<int> const& values)
 std::string Serializer::serialize(std::vector<std::string> const& values)
 {
     std::vector<std::string> texts;
+    texts.reserve(values.size());
     for (auto const& value : values) {
         texts.push_back(escaped(value));
     }

@@ -6,7 +6,7 @@
 # The record of a release is tests/abi/release: required_symbols.txt, library.abi (exported symbols), interfaces.abi.gz
 # (classes). suppressions.abignore lists the changes that are permitted, each with its reason.
 set -eu
-root=$1 library=$2 surface=$3 nm=$4
+root=${1%/} library=$2 surface=$3 nm=$4
 record=$root/tests/abi/release
 found=$(mktemp -d)
 trap 'rm -rf "$found"' EXIT
@@ -25,6 +25,8 @@ if [ "${5:-}" = write ]; then
         >"$record/required_symbols.txt"
     describe "$found/library.so" >"$record/library.abi"
     describe "$surface" | gzip -9n >"$record/interfaces.abi.gz"
+    # What follows the first empty line is about the former release.
+    sed -i '/^$/,$d' "$record/suppressions.abignore"
     exit
 fi
 

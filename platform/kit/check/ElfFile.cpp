@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstring>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <string_view>
 
@@ -164,10 +164,12 @@ ElfFile parsed(std::string_view data)
 ElfFile ElfFile::read(std::string const& path)
 {
     std::ifstream stream(path, std::ios::binary);
-    std::string const data{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    std::ostringstream content;
+    content << stream.rdbuf();
     if (!stream.is_open() || stream.bad()) {
         throw std::runtime_error(path + " cannot be read");
     }
+    std::string const data = content.str();
     try {
         return parsed(data);
     } catch (std::runtime_error const& error) {

@@ -272,7 +272,7 @@ TEST_P(NullCollaborator, IsWhatTheTableSays)
 
 TEST_P(NullCollaborator, IsFoundByTheCheck)
 {
-    auto const isTheOnlyFinding = [this](Telephone& telephone) {
+    auto const isTheOnlyFinding = [](Telephone& telephone) {
         auto const findings = kit::check(telephone);
         return findings.size() == 1 && findings.front().collaborator.name == std::string(GetParam().name) &&
                !findings.front().isOfAnotherClass;
