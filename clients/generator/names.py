@@ -27,7 +27,7 @@ def upper_snake(name: str) -> str:
 
 
 def upper_camel(name: str) -> str:
-    """b2buaCSTAResponse -> B2buaCSTAResponse; the capitals of the protocol stay, so a search for its name finds the type."""
+    """b2buaCSTAResponse -> B2buaCSTAResponse; capitals of the protocol stay, so a search for its name finds the type."""
     return "".join(word[0].upper() + word[1:] for word in words(name))
 
 

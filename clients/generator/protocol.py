@@ -203,13 +203,15 @@ def load(protocol: Path, state_schema: Path) -> Protocol:
     requests = tuple(_request(each, enumerations, events) for each in document["requests"])
     commands = tuple(_command(each) for each in document["commands"])
     state = _records(json.loads(state_schema.read_text(encoding="utf-8")), enumerations)
-    loaded = Protocol(document["telephone"], requests, tuple(events.values()), tuple(enumerations.values()), commands, state)
+    loaded = Protocol(document["telephone"], requests, tuple(events.values()), tuple(enumerations.values()), commands,
+                      state)
     _require_distinct_names(loaded)
     return loaded
 
 
 def _enumeration(json_: Dict[str, Any]) -> Enumeration:
-    values = tuple(Value(each.get("number"), each.get("word"), each["name"], each["meaning"]) for each in json_["values"])
+    values = tuple(Value(each.get("number"), each.get("word"), each["name"], each["meaning"])
+                   for each in json_["values"])
     return Enumeration(json_["name"], json_["meaning"], json_["carries"] == "numbers", values)
 
 
@@ -250,9 +252,9 @@ def _event(json_: Dict[str, Any], enumerations: Dict[str, Enumeration]) -> Event
 
 def _parameter(json_: Dict[str, Any], enumerations: Dict[str, Enumeration], has_body: bool) -> Parameter:
     field, missing = _field(json_, enumerations), json_["missing"]
-    return Parameter(field.tag, field.type, field.enumeration, field.form, field.meaning, json_["need"], missing["value"],
-                     missing.get("effect", ""), json_.get("wrong", ""), json_.get("minimum"), json_.get("maximum"),
-                     always_written=has_body and field.tag == "Line")
+    return Parameter(field.tag, field.type, field.enumeration, field.form, field.meaning, json_["need"],
+                     missing["value"], missing.get("effect", ""), json_.get("wrong", ""), json_.get("minimum"),
+                     json_.get("maximum"), always_written=has_body and field.tag == "Line")
 
 
 def _answer(json_: Dict[str, Any], request: str, enumerations: Dict[str, Enumeration]) -> Answer:
@@ -262,15 +264,16 @@ def _answer(json_: Dict[str, Any], request: str, enumerations: Dict[str, Enumera
     type_name = names.upper_camel(re.sub("^[Gg]et", "", request)) if has_elements else ""
     if has_elements and not any(is_result(each) for each in elements):
         raise ValueError(f"{request}: no element of the answer is a Result")
-    return Answer(kind, json_.get("form", ""), elements, type_name, json_["promises"], json_.get("does_not_promise", ""))
+    return Answer(kind, json_.get("form", ""), elements, type_name, json_["promises"],
+                  json_.get("does_not_promise", ""))
 
 
 def _request(json_: Dict[str, Any], enumerations: Dict[str, Enumeration], events: Dict[str, Event]) -> Request:
     has_body = any(each["kind"] == "body" for each in json_["parameters"])
     parameters = tuple(_parameter(each, enumerations, has_body) for each in json_["parameters"])
-    return Request(json_["name"], json_["meaning"], parameters, json_["what_counts"],
-                   _answer(json_["answer"], json_["name"], enumerations), tuple(events[each] for each in json_["events"]),
-                   json_["sample"])
+    answer = _answer(json_["answer"], json_["name"], enumerations)
+    return Request(json_["name"], json_["meaning"], parameters, json_["what_counts"], answer,
+                   tuple(events[each] for each in json_["events"]), json_["sample"])
 
 
 _GROUP = re.compile(r"\[([^\]]*)\]|(\S+)")

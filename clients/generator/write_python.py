@@ -12,8 +12,8 @@ from pathlib import Path
 from typing import Iterable, List, Optional
 
 from names import snake, upper_snake
-from protocol import (Answer, AnswerKind, Argument, Command, Enumeration, Event, Field, Member, Parameter, Protocol, Record,
-                      Request, Type, is_result, load)
+from protocol import (Answer, AnswerKind, Argument, Command, Enumeration, Event, Field, Member, Parameter, Protocol,
+                      Record, Request, Type, is_result, load)
 
 WIDTH = 120
 
@@ -143,14 +143,16 @@ def written(each: Parameter) -> str:
     if each.type is Type.BODY:
         return f"body={name}"
     if each.type is Type.TRUE_WORD:
-        name = f'None if {name} is None else "TRUE" if {name} else "FALSE"' if not each.is_required else f'"TRUE" if {name} else "FALSE"'
+        absent = "" if each.is_required else f"None if {name} is None else "
+        name = f'{absent}"TRUE" if {name} else "FALSE"'
     if each.always_written and not each.is_required:
         name = f'{name} or ""'
     return f'("{each.tag}", {name})'
 
 
 def explained(each: Parameter) -> str:
-    missing = "" if each.is_required else f" If left out: {str(each.missing).lower() if each.missing != '' else 'empty'}"
+    read_as = "empty" if each.missing == "" else str(each.missing).lower()
+    missing = f" If left out: {read_as}" if each.need == "optional" else ""
     effect = f": {each.missing_effect}" if missing and each.missing_effect else ""
     text = f"{each.meaning}{missing}{effect}" + ("." if missing else "")
     return "\n".join(textwrap.wrap(f"{identifier(each.tag)}: {text}", WIDTH - 12, subsequent_indent="    "))
@@ -169,7 +171,9 @@ def result_of(answer: Answer) -> str:
 
 def value_of(field: Field) -> str:
     """The expression that reads `value`."""
-    return f"{field.enumeration.name}(value)" if field.enumeration else "truth(value)" if field.type is Type.TRUTH else "value"
+    if field.enumeration:
+        return f"{field.enumeration.name}(value)"
+    return "truth(value)" if field.type is Type.TRUTH else "value"
 
 
 # How the method of a request ends, by the kind of its answer. `text` is the request.
@@ -185,7 +189,8 @@ ENDINGS = {
 
 def body_of(request: Request) -> List[str]:
     answer = request.answer
-    lines = call("        text = request_text(", [f'"{request.name}"', *[written(each) for each in request.parameters]], ")")
+    parameters = [written(each) for each in request.parameters]
+    lines = call("        text = request_text(", [f'"{request.name}"', *parameters], ")")
     if answer.kind is AnswerKind.ELEMENTS:
         return lines + elements_of(answer)
     value = value_of(answer.values[0]) if answer.values else ""
@@ -274,16 +279,18 @@ def record(each: Record) -> List[str]:
     lines = ["@dataclass(frozen=True, kw_only=True)", f"class {each.name}:"]
     for member in each.members:
         lines.append(f"    {identifier(member.name)}: {state_type(member)}")
-        if member.meaning:
-            lines += docstring(4, member.meaning[0].upper() + member.meaning[1:].replace("null", "None").rstrip(".") + ".")
+        is_told_by_type = member.enumeration is not None and member.meaning == member.enumeration.name
+        if member.meaning and not is_told_by_type:
+            meaning = member.meaning.replace("null", "None").rstrip(".")
+            lines += docstring(4, f"{meaning[0].upper()}{meaning[1:]}.")
     lines += ["", "    @classmethod", "    def read(cls, json: Any) -> Self:", "        return cls("]
     lines += [f"            {identifier(member.name)}={state_reading(member)}," for member in each.members]
     return [*lines, "        )"]
 
 
 def module(title: str, imports: List[str], *parts: Optional[List[str]]) -> str:
-    head = [f'"""{title}', "", "Written by clients/generator/write_python.py from the description of the protocol.", '"""', ""]
-    lines = [*head, *imports]
+    origin = "Written by clients/generator/write_python.py from the description of the protocol."
+    lines = [f'"""{title}', "", origin, '"""', "", *imports]
     for part in filter(None, parts):
         lines += ["", "", *part]
     return "\n".join(lines) + "\n"
@@ -306,23 +313,25 @@ def protocol_module(protocol: Protocol) -> str:
         "from ._messages import CommandSender, Event, RequestSender",
     ]
     answers = [each.answer for each in protocol.requests if each.answer.type_name]
-    events = ["EVENTS: Final[Mapping[str, type[Event]]] = {", *[f'    "{each.method}": {each.type_name},' for each in protocol.events],
-              "}", '"""The events by their method."""']
+    table = [f'    "{each.method}": {each.type_name},' for each in protocol.events]
+    events = ["EVENTS: Final[Mapping[str, type[Event]]] = {", *table, "}", '"""The events by their method."""']
     requests = class_of("Requests", "RequestSender", "The requests of the telephone's service, each a method.",
                         [request(each) for each in protocol.requests])
-    commands = class_of("Commands", "CommandSender", "The telephone's own commands, each a method that returns the result as text.",
+    commands = class_of("Commands", "CommandSender",
+                        "The telephone's own commands, each a method that returns the result as text.",
                         [command(each) for each in protocol.commands if each.name not in CONNECTION_COMMANDS])
     public = [*[each.name for each in protocol.enumerations], *[each.type_name for each in protocol.events], "EVENTS",
               *[each.type_name for each in answers], "Requests", "Commands"]
     names = ["__all__ = [", *[f'    "{each}",' for each in public], "]"]
     return module("The protocol: enumerations, events, requests and commands.", imports, names,
-                  *[enumeration(each) for each in protocol.enumerations], *[event(each) for each in protocol.events], events,
-                  *[answer_type(each) for each in answers], requests, commands)
+                  *[enumeration(each) for each in protocol.enumerations], *[event(each) for each in protocol.events],
+                  events, *[answer_type(each) for each in answers], requests, commands)
 
 
 def state_module(protocol: Protocol) -> str:
     used = sorted({member.enumeration.name for each in protocol.state for member in each.members if member.enumeration})
-    imports = ["from dataclasses import dataclass", "from typing import Any, Self", "", f"from .protocol import {', '.join(used)}"]
+    imports = ["from dataclasses import dataclass", "from typing import Any, Self", "",
+               f"from .protocol import {', '.join(used)}"]
     return module("The state of the telephone at one moment: State, and what it consists of.", imports,
                   *[record(each) for each in protocol.state])
 

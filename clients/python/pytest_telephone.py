@@ -284,8 +284,9 @@ def pytest_addoption(parser: pytest.Parser) -> None:
 def pytest_configure(config: pytest.Config) -> None:
     config.addinivalue_line(
         "markers",
-        "telephone(time=None, config=None, toml='', options=(), over='socket'): the telephone of the fixture: its time, "
-        "its configuration as a file or as text, further options of the program, and whether the client uses http",
+        "telephone(time=None, config=None, toml='', options=(), over='socket'): the telephone of the fixture: its "
+        "time, its configuration as a file or as text, further options of the program, and whether the client uses "
+        "http",
     )
 
 

@@ -2,8 +2,8 @@
 
     python3 call_view.py [SOCKET, or http://HOST:PORT TOKEN-FILE]
 
-Typed words: dial LINE NUMBER, answer CALL, hold CALL, retrieve CALL, transfer CALL NUMBER, end CALL, dnd LINE on|off. Ctrl-D
-ends the view, and leaves the telephone as it is.
+Typed words: dial LINE NUMBER, answer CALL, hold CALL, retrieve CALL, transfer CALL NUMBER, end CALL, dnd LINE on|off.
+Ctrl-D ends the view, and leaves the telephone as it is.
 """
 
 import asyncio

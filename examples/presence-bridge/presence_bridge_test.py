@@ -20,7 +20,8 @@ def address(telephone):
 async def test_presence_is_written_and_mirrored(start_telephone, tmp_path):
     desk, home = await start_telephone(toml=HTTP), await start_telephone(toml=HTTP)
     folder = tmp_path / "presence"
-    bridge = await asyncio.create_subprocess_exec(BRIDGE, *address(desk), folder, *address(home), stdout=asyncio.subprocess.PIPE)
+    bridge = await asyncio.create_subprocess_exec(
+        BRIDGE, *address(desk), folder, *address(home), stdout=asyncio.subprocess.PIPE)
     try:
         await said(bridge, "4711: free", "4712: free")
         call = await desk.ring("4712", "555")

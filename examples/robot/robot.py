@@ -2,7 +2,7 @@
 
     python3 robot.py RULES.toml [SOCKET]
 
-The first rule whose pattern fits the caller's number applies; a caller whom no rule fits is left to people. See rules.toml.
+The first rule whose pattern fits the caller's number applies; a caller whom no rule fits is left to people.
 """
 
 import asyncio
@@ -14,7 +14,7 @@ from collections.abc import Awaitable, Callable, Sequence
 from dataclasses import dataclass
 from pathlib import Path
 
-from telephone_client import Call, IncomingCall, NotConnected, Telephone, TelephoneError
+from telephone_client import Call, IncomingCall, Telephone, TelephoneError
 
 
 async def wait(_call: Call, seconds: str) -> None:
@@ -78,7 +78,7 @@ if __name__ == "__main__":
     try:
         tables = tomllib.loads(Path(sys.argv[1]).read_text(encoding="utf-8"))["rule"]
         asyncio.run(run([Rule.read(each) for each in tables], sys.argv[2] if len(sys.argv) > 2 else None))
-    except (ValueError, NotConnected) as error:
+    except (ValueError, OSError) as error:
         sys.exit(str(error))
     except KeyboardInterrupt:
         pass

@@ -56,5 +56,5 @@ async def test_a_step_that_does_not_exist(telephone, tmp_path):
     rules = tmp_path / "rules.toml"
     rules.write_text('[[rule]]\ncaller = "*"\nsteps = "answer, sing"\n')
     robot = await Robot.open(telephone, rules)
-    assert await robot.failure() == (1, "there is no step sing; the steps are answer, refuse, deflect, hold, retrieve, digits, "
-                                        "transfer, end, wait")
+    assert await robot.failure() == (
+        1, "there is no step sing; the steps are answer, refuse, deflect, hold, retrieve, digits, transfer, end, wait")

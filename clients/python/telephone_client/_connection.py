@@ -4,9 +4,9 @@ from abc import ABC, abstractmethod
 from collections.abc import AsyncIterator
 from dataclasses import dataclass
 from datetime import datetime
-from typing import TypeAlias
+from typing import Any, TypeAlias
 
-from ._errors import ProtocolError
+from ._errors import NotConnected, ProtocolError
 from ._messages import Reply
 
 
@@ -61,6 +61,16 @@ class Connection(ABC):
     @abstractmethod
     async def close(self) -> None:
         """Ends the connection. What waits for a reply raises ConnectionLost."""
+
+
+_PROTOCOL = 1  # of the connection; a telephone with a greater one needs a newer client
+
+
+def require_protocol(hello: Any) -> None:
+    """NotConnected if the telephone, by its answer to `hello`, speaks a protocol that this client does not know."""
+    if hello["protocol"] > _PROTOCOL:
+        theirs = hello["protocol"]
+        raise NotConnected(f"the telephone speaks protocol {theirs}, this client {_PROTOCOL}: use a newer client")
 
 
 def read_time(text: str) -> datetime:

@@ -47,6 +47,14 @@ def read_event(number: int, time: datetime, text: str) -> Event:
         return UnknownEvent.read(stamp, elements)
 
 
+def read_state(text: str) -> State:
+    """The state from its JSON. ProtocolError if something is missing."""
+    try:
+        return State.read(json.loads(text))
+    except KeyError as error:
+        raise ProtocolError(f"the state of the telephone lacks {error}") from error
+
+
 @dataclass(frozen=True)
 class Pauses:
     """Seconds before the first and, at most, before each later attempt to connect again."""
@@ -73,6 +81,7 @@ class Feed:
         self._connection: Connection | None = None
         self._why_not = "the telephone has not been connected yet"
         self._living: asyncio.Task[None] | None = None
+        self.is_closed = False
         self.changed = Signal()
 
     @property
@@ -88,7 +97,7 @@ class Feed:
 
     @property
     def state(self) -> State:
-        """The mirror. ProtocolError before the first connection."""
+        """The mirror. NotConnected before the first connection."""
         if self._state is None:
             raise NotConnected(self._why_not)
         return self._state
@@ -98,13 +107,15 @@ class Feed:
         end = asyncio.get_running_loop().time() + within
         while True:
             try:
-                connection = await self._connect()
-                break
+                await self._begin()
+                return
             except ConnectionLost:
                 if asyncio.get_running_loop().time() >= end:
                     raise
-                await asyncio.sleep(self._pauses.first)
-        self._living = asyncio.create_task(self._live(connection))
+            await asyncio.sleep(self._pauses.first)
+
+    async def _begin(self) -> None:
+        self._living = asyncio.create_task(self._live(await self._connect()))
         while not self.is_connected:
             await self.changed.wait()
             if self._living.done():
@@ -113,6 +124,7 @@ class Feed:
     async def close(self) -> None:
         """Ends the connection and the iterators of the hub."""
         self._why_not = "the telephone was closed"
+        self.is_closed = True
         connection, self._connection = self._connection, None
         if self._living:
             self._living.cancel()
@@ -131,17 +143,28 @@ class Feed:
         return state
 
     async def _live(self, connection: Connection) -> None:
-        while True:
-            try:
-                await self._follow(connection)
-            except ConnectionLost as error:
-                _log.info("%s", error)
-                self._why_not = str(error)
-            finally:
-                await connection.close()
+        try:
+            while True:
+                await self._follow_until_lost(connection)
+                connection = await self._connect_again()
+        except Exception as error:
+            self._why_not = str(error)
+            raise
+        finally:
+            self.changed.notify()
+
+    async def _follow_until_lost(self, connection: Connection) -> None:
+        try:
+            await self._follow(connection)
+        except ConnectionLost as error:
+            if not self._start:
+                raise  # it has never been of use
+            _log.info("%s", error)
+            self._why_not = str(error)
+        finally:
+            await connection.close()
             self._connection = None
             self.changed.notify()
-            connection = await self._connect_again()
 
     async def _connect_again(self) -> Connection:
         pause = self._pauses.first
@@ -155,7 +178,7 @@ class Feed:
 
     async def _follow(self, connection: Connection) -> None:
         """Takes what comes on a new connection until it is lost."""
-        state = State.read(json.loads(await connection.command("state")))
+        state = read_state(await connection.command("state"))
         if not self._start:
             self._start, self._received, self._delivered = state.start, state.event, state.event
         if state.start == self._start and state.event >= self._received:  # else a gap comes first
@@ -183,7 +206,7 @@ class Feed:
                 return
 
     async def _read_state(self, connection: Connection) -> State:
-        state = State.read(json.loads(await connection.command("state")))
+        state = read_state(await connection.command("state"))
         self._take_state(state)
         return state
 
@@ -208,7 +231,7 @@ class Feed:
             case GapMessage():
                 self._gap = message
             case StateMessage():
-                self._take_gap(State.read(json.loads(message.json)))
+                self._take_gap(read_state(message.json))
 
     def _take_gap(self, state: State) -> None:
         """The state comes in the place of events that were lost."""

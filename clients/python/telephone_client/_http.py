@@ -12,7 +12,7 @@ from pathlib import Path
 from typing import Any
 from urllib.parse import urlencode, urlsplit
 
-from ._connection import Connection, EventMessage, GapMessage, Message, StateMessage, read_time
+from ._connection import Connection, EventMessage, GapMessage, Message, StateMessage, read_time, require_protocol
 from ._errors import ConnectionLost, MessageRefused, NotConnected
 from ._messages import Reply
 
@@ -65,7 +65,7 @@ class HttpConnection(Connection):
         """
         connection = cls(url, token, strict, certificate)
         try:
-            await connection._json("GET", "/hello")
+            require_protocol(await connection._json("GET", "/hello"))
         except MessageRefused as error:
             raise NotConnected(f"{url} gives no access: {error}") from error
         return connection
@@ -86,9 +86,9 @@ class HttpConnection(Connection):
                 await self._require_success(response)
                 async for message in _messages(response):
                     yield message
-        except ConnectionLost as error:
-            self._lost = error
-            raise
+        except (ConnectionLost, MessageRefused) as error:
+            self._lost = ConnectionLost(str(error))
+            raise self._lost from error
         self._lost = ConnectionLost("the telephone has ended the stream of events")
         raise self._lost
 

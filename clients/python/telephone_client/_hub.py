@@ -4,12 +4,13 @@ Every event gets a position, which grows over restarts of the telephone; the num
 """
 
 import asyncio
+import itertools
 import weakref
 from collections import deque
 from collections.abc import AsyncIterator, Callable
 from typing import Generic, TypeVar, cast
 
-from ._errors import EventsLost
+from ._errors import ConnectionLost, EventsLost
 from ._messages import Event
 
 E = TypeVar("E", bound=Event)
@@ -85,6 +86,7 @@ class Hub:
         self._kept: deque[tuple[int, Event]] = deque(maxlen=kept)
         self._iterators: weakref.WeakSet[EventIterator[Event]] = weakref.WeakSet()
         self._came = Signal()
+        self._has_ended = False
 
     def publish(self, event: Event) -> None:
         self.position += 1
@@ -95,24 +97,33 @@ class Hub:
 
     def iterate(self, kinds: tuple[type[E], ...], capacity: int) -> EventIterator[E]:
         iterator = EventIterator(kinds, capacity)
+        if self._has_ended:
+            iterator._end()
         self._iterators.add(iterator)  # type: ignore[arg-type]  # it is given events of its kinds only
         return iterator
 
     def find(self, matches: Callable[[int, Event], bool], since: int) -> tuple[int, Event] | None:
         """The first such event behind a position."""
-        return next(((at, event) for at, event in self._kept if at > since and matches(at, event)), None)
+        return next(((at, event) for at, event in self._behind(since) if matches(at, event)), None)
 
-    async def wait(self, matches: Callable[[int, Event], bool], since: int) -> tuple[int, Event]:
-        """The same; waits for it to come."""
-        while (found := self.find(matches, since)) is None:
+    async def next(self) -> None:
+        """Returns at the next event. ConnectionLost if there will be none."""
+        if not self._has_ended:
             await self._came.wait()
-        return found
+        if self._has_ended:
+            raise ConnectionLost("the telephone was closed")
 
     def since(self, position: int) -> list[Event]:
         """The events behind a position that are still kept."""
-        return [event for at, event in self._kept if at > position]
+        return [event for _, event in self._behind(position)]
+
+    def _behind(self, position: int) -> list[tuple[int, Event]]:
+        newest_first = itertools.islice(reversed(self._kept), self.position - position)
+        return list(newest_first)[::-1]
 
     def end(self) -> None:
-        """Ends all iterators."""
+        """Ends all iterators and waits."""
+        self._has_ended = True
+        self._came.notify()
         for each in list(self._iterators):
             each._end()

@@ -3,11 +3,12 @@
 import asyncio
 import json
 import os
+import socket
 from collections import deque
 from collections.abc import AsyncIterator
 from pathlib import Path
 
-from ._connection import Connection, EventMessage, GapMessage, Message, StateMessage, read_time
+from ._connection import Connection, EventMessage, GapMessage, Message, StateMessage, read_time, require_protocol
 from ._errors import ConnectionLost, MessageRefused, NotConnected
 from ._framing import RawMessage, Splitter
 from ._messages import Reply, quoted_word
@@ -40,25 +41,33 @@ class _Pending:
 
 
 class SocketConnection(Connection):
-    """Replies come in the order of what was sent, so each belongs to the oldest message without one."""
+    """Replies come in the order of what was sent, so each belongs to the oldest message without one.
 
-    def __init__(self, reader: asyncio.StreamReader, writer: asyncio.StreamWriter) -> None:
-        self._writer = writer
+    It reads to the end also when nothing can be sent any more: a telephone with too many applications says so, and
+    closes the connection.
+    """
+
+    def __init__(self, connected: socket.socket) -> None:
+        self._socket = connected
+        self._output: asyncio.Queue[bytes] = asyncio.Queue()
         self._pending: deque[_Pending] = deque()
         self._events: asyncio.Queue[Message | None] = asyncio.Queue()  # None: there will be no more
         self._lost: ConnectionLost | None = None
-        self._reading = asyncio.create_task(self._read(reader))
+        self._tasks = [asyncio.create_task(self._read()), asyncio.create_task(self._write())]
 
     @classmethod
     async def open(cls, path: Path, name: str, strict: bool) -> "SocketConnection":
         """Connects, with reasons and strict on. NotConnected if there is no telephone."""
+        connected = socket.socket(socket.AF_UNIX, socket.SOCK_STREAM)
+        connected.setblocking(False)
         try:
-            reader, writer = await asyncio.open_unix_connection(str(path))
+            await asyncio.get_running_loop().sock_connect(connected, str(path))
         except OSError as error:
+            connected.close()
             raise NotConnected(f"there is no telephone at {path}: {error.strerror or error}") from error
-        connection = cls(reader, writer)
+        connection = cls(connected)
         try:
-            await connection.command(f"hello {quoted_word(name)}")
+            require_protocol(json.loads(await connection.command(f"hello {quoted_word(name)}")))
             await connection.command("reasons on")
             await connection.command(f"strict {'on' if strict else 'off'}")
         except MessageRefused as error:
@@ -87,26 +96,32 @@ class SocketConnection(Connection):
 
     async def close(self) -> None:
         self._end(ConnectionLost("the connection was closed"))
-        self._reading.cancel()
-        self._writer.close()
-        try:
-            await self._writer.wait_closed()
-        except OSError:
-            pass  # it was lost already
+        for each in self._tasks:
+            each.cancel()
+        await asyncio.gather(*self._tasks, return_exceptions=True)
+        self._socket.close()
 
     async def _send(self, text: str) -> Reply:
         if self._lost:
             raise NotConnected(str(self._lost))
+        data = text.encode() + b"\0"
         pending = _Pending()
         self._pending.append(pending)
-        self._writer.write(text.encode() + b"\0")
+        self._output.put_nowait(data)
         return await pending.done
 
-    async def _read(self, reader: asyncio.StreamReader) -> None:
+    async def _write(self) -> None:
+        try:
+            while True:
+                await asyncio.get_running_loop().sock_sendall(self._socket, await self._output.get())
+        except OSError:
+            pass  # the reader learns of the end, and perhaps of its reason
+
+    async def _read(self) -> None:
         splitter = Splitter()
         reason = "the telephone has ended the connection"
         try:
-            while data := await reader.read(_PIECE):
+            while data := await asyncio.get_running_loop().sock_recv(self._socket, _PIECE):
                 for message in splitter.feed(data):
                     self._take(message)
         except OSError as error:
@@ -114,7 +129,6 @@ class SocketConnection(Connection):
         except Exception as error:  # a message that makes no sense: nothing behind it can be trusted
             reason = f"the connection was ended: {error}"
         self._end(ConnectionLost(reason))
-        self._writer.close()
 
     def _take(self, message: RawMessage) -> None:
         match message.kind:

@@ -43,8 +43,8 @@ def _entered(event: Event) -> CallState | None:
 class Call:
     """A call, by its id.
 
-    The waits (`connected`, `held`, ...) return at once if the call is in that state, or if it has been since this object
-    was made or its last wait ended. They raise CallOver if the call has ended, and NotInTime.
+    The waits (`connected`, `held`, ...) return at once if the call is in that state, or if it has been since this
+    object was made or its last wait ended. They raise CallOver if the call has ended, and NotInTime.
     """
 
     def __init__(self, telephone: "Telephone", id: int, line: str = "", since: int | None = None) -> None:
@@ -74,6 +74,10 @@ class Call:
         """The line or appearance that it is on."""
         record = self.record
         return record.place if record else self._line
+
+    async def accept(self) -> None:
+        """Lets the call ring that is offered, if the telephone does not do so by itself (automatic-ringing)."""
+        await self._telephone.accept_call(self.id, line=self.line, auto_answer=False)
 
     async def answer(self) -> None:
         """Answers the call that rings."""
@@ -140,24 +144,28 @@ class Call:
         """Waits for the outcome of a transfer. FeatureError if it has failed."""
 
         def matches(_position: int, event: Event) -> bool:
-            return event.call == self.id and isinstance(event, (FeatureSuccess, FeatureFailed)) and event.feature in _TRANSFERS
+            is_outcome = isinstance(event, (FeatureSuccess, FeatureFailed)) and event.feature in _TRANSFERS
+            return is_outcome and event.call == self.id
 
-        _, event = await self._telephone.wait(matches, self._since, within, f"the outcome of the transfer of call {self.id}")
+        what = f"the outcome of the transfer of call {self.id}"
+        _, event = await self._telephone.wait(matches, self._since, within, what)
         self._require_no_failure(event)
 
     async def ended(self, within: float | None = _WITHIN) -> Reason:
-        """Waits until the call is over, and returns why it has ended; normal if that was before this object was made."""
+        """Waits until the call is over, and returns why it ended; normal if that was before this object was made."""
 
         def matches(_position: int, event: Event) -> bool:
             return event.call == self.id and _entered(event) in _OVER
 
-        if self.record is None and not any(matches(0, each) for each in self._telephone.events_since(self._since)):
+        came = any(matches(0, each) for each in self._telephone.events_since(self._since))
+        if self._telephone.has_mirror and self.record is None and not came:
             return Reason.NORMAL
         _, event = await self._telephone.wait(matches, self._since, within, f"the end of call {self.id}")
         return event.reason if isinstance(event, CallStateChange) else Reason.NORMAL
 
     async def _enters(self, states: frozenset[CallState], within: float | None, what: str, *features: Feature) -> None:
-        if self.state in states:
+        if self._telephone.has_mirror and self.state in states:
+            self._since = self._telephone.position
             return
 
         def matches(_position: int, event: Event) -> bool:
@@ -170,12 +178,14 @@ class Call:
         self._since = position
         self._require_no_failure(event)
         if isinstance(event, CallStateChange) and event.call_state in _OVER:
-            raise CallOver(f"call {self.id} is not {what}: it has ended ({event.call_state.phrase}, {event.reason.phrase})")
+            why = f"{event.call_state.phrase}, {event.reason.phrase}"
+            raise CallOver(f"call {self.id} is not {what}: it has ended ({why})")
 
     @staticmethod
     def _require_no_failure(event: Event) -> None:
         if isinstance(event, FeatureFailed):
-            raise FeatureError(f"{event.feature.phrase} of call {event.call_id} has failed: {event.feature_failure.phrase}")
+            why = event.feature_failure.phrase
+            raise FeatureError(f"{event.feature.phrase} of call {event.call_id} has failed: {why}")
 
 
 class Line:
@@ -243,6 +253,7 @@ class Line:
             try:
                 await request(id)
             except RequestRefused:
+                await self._telephone.refresh()
                 if self._telephone.call(id).record is None:
                     raise
                 continue
@@ -271,8 +282,10 @@ class Key:
             if len(found) == 1:
                 return cls(telephone, found[0])
             if found:
-                raise ValueError(f"{len(found)} keys are called {name}: {', '.join(str(each.number) for each in found)}")
-        raise ValueError(f"there is no key {name}; the keys are {', '.join(each.label or each.function for each in keys)}")
+                numbers = ", ".join(str(each.number) for each in found)
+                raise ValueError(f"{len(found)} keys are called {name}: {numbers}")
+        labels = ", ".join(each.label or each.function for each in keys)
+        raise ValueError(f"there is no key {name}; the keys are {labels}")
 
     @property
     def record(self) -> state.Key:

@@ -2,11 +2,12 @@
 
 import asyncio
 import functools
+import math
 import weakref
 from collections.abc import AsyncIterator, Awaitable, Callable
 from pathlib import Path
 from types import TracebackType
-from typing import Any, Self, TypeVar, overload
+from typing import Any, Final, Self, TypeVar, overload
 
 from ._connection import Connection
 from ._errors import ConnectionLost, NotInTime
@@ -68,7 +69,7 @@ class Telephone(Requests):
         """
         self._hub = Hub(capacity)
         self._feed = Feed(connect, self._hub, pauses, mirror)
-        self._has_mirror = mirror
+        self.has_mirror: Final = mirror
         self._advances = advances
         self._capacity = capacity
         self._within = within
@@ -97,12 +98,14 @@ class Telephone(Requests):
 
         address: path of the application socket, or http://HOST:PORT or https://HOST:PORT; None: the socket of this
             user's telephone.
-        token: over HTTP, the token or the file that contains it; None: the file beside the default socket.
+        token: over HTTP, the token as text, or the Path of the file that contains it; None: the file beside the default
+            socket.
         certificate: over HTTPS, the file with the certificate of the telephone's authority; None: those of the system.
         name: what the telephone's log calls this program.
         strict: the telephone refuses unknown names and wrong values, instead of guessing.
         mirror: `state` is kept up to date, which takes a reading of the state after each event and each request.
-        advances: in virtual time, waits move the time; False: somebody else does.
+        advances: in virtual time, waits move the time, and each request and command returns when everything has
+            happened that needs no time; False: somebody else moves it.
         pauses: before attempts to connect again.
         capacity: events that are kept for an iterator that does not take them.
         within: seconds to wait for a telephone that is not there yet.
@@ -154,8 +157,8 @@ class Telephone(Requests):
 
     async def states(self) -> AsyncIterator[State]:
         """The state now, and again whenever it has been read or the connection was lost or came back. Only the latest
-        counts: whoever is slow misses some, and never waits for old ones."""
-        while True:
+        counts: whoever is slow misses some, and never waits for old ones. It ends when the telephone is closed."""
+        while not self._feed.is_closed:
             count = self._feed.changed.count
             yield self.state
             if self._feed.changed.count == count:
@@ -168,7 +171,7 @@ class Telephone(Requests):
             state = await self.refresh()
             return state if holds(state) else None
 
-        return await self._soon(look, lambda: self._next_change(), within, lambda: "the state did not become so")
+        return await self._soon(look, self._next_change, within, lambda: "the state did not become so")
 
     async def _next_change(self) -> None:
         """Returns at a change of the mirror, or after a while, since not every change has an event."""
@@ -197,9 +200,12 @@ class Telephone(Requests):
         return result
 
     async def _settle(self) -> None:
-        if not self._has_mirror:
+        """After a request or a command: brings what it has done so far into the mirror."""
+        if not self.has_mirror:
             return
         try:
+            if self._advances:  # what needs no time happens now, whatever the order of threads is
+                await self._feed.connection.command("advance 0")
             await self._feed.refresh()
         except ConnectionLost:
             pass  # the reply came before; what follows will notice the loss
@@ -270,7 +276,8 @@ class Telephone(Requests):
         where: Callable[[E], bool] | None = None,
         within: float | None = WITHIN,
     ) -> E:
-        """Waits for an event and returns it. NotInTime if it does not come in time.
+        """Waits for an event and returns it. NotInTime if it does not come in time, ConnectionLost if the telephone is
+        closed meanwhile.
 
         An event that has come already counts, too, if it came since this task's last request or command, or since its
         last wait, whichever was earlier, and no wait of this task has taken it. So a wait after a request sees what the
@@ -313,15 +320,11 @@ class Telephone(Requests):
         async def look() -> tuple[int, Event] | None:
             return self._hub.find(matches, since)
 
-        async def next_event() -> None:
-            position = self._hub.position
-            await self._hub.wait(lambda _at, _event: True, position)
-
         def failure() -> str:
             came = [_short(each) for each in self._hub.since(since)]
             return f"{what} did not come; came instead: {', '.join(came[-10:]) or 'nothing'}"
 
-        return await self._soon(look, next_event, within, failure)
+        return await self._soon(look, self._hub.next, within, failure)
 
     # Waiting, in real and in virtual time
 
@@ -333,8 +336,8 @@ class Telephone(Requests):
         failure: Callable[[], str],
     ) -> R:
         """Looks for something after each change, until it is there or the time is over."""
-        if self._advances and within is not None:
-            return await self._soon_by_advancing(look, within, failure)
+        if self._advances:
+            return await self._soon_by_advancing(look, math.inf if within is None else within, failure)
         try:
             async with asyncio.timeout(within):
                 while (found := await look()) is None:
@@ -347,14 +350,15 @@ class Telephone(Requests):
         self, look: Callable[[], Awaitable[R | None]], within: float, failure: Callable[[], str]
     ) -> R:
         end = self._advanced + within
-        while (found := await look()) is None:
-            if self._advanced >= end:
-                raise NotInTime(f"{failure()} (within {within} seconds)")
-            async with self._advancing:
+        while True:
+            async with self._advancing:  # of several waits, one looks and moves the time at once
+                if (found := await look()) is not None:
+                    return found
+                if self._advanced >= end:
+                    raise NotInTime(f"{failure()} (within {within} seconds)")
                 step = min(_STEP, max(end - self._advanced, 0.001))
                 await self._command(f"advance {step:.3f}")
                 self._advanced += step
-        return found
 
     def _mark_request(self) -> None:
         self._marks_of_task().request = self._hub.position

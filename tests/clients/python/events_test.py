@@ -7,8 +7,8 @@ import pytest
 from fakes import HELD, FakeTelephone
 
 from telephone_client import (
-    CallHeld, CallRetrieved, CallState, CallStateChange, DoNotDisturbSet, Event, EventsLost, Gap, IncomingCall, NotInTime,
-    Pauses, Telephone,
+    CallHeld, CallRetrieved, CallState, CallStateChange, ConnectionLost, DoNotDisturbSet, Event, EventsLost, Gap,
+    IncomingCall, NotInTime, Pauses, Reason, Telephone,
 )
 
 GAP = "gap\n" + json.dumps({"first": 3, "last": 9})
@@ -53,8 +53,10 @@ async def test_an_event_finds_itself_in_the_mirror(telephone):
     await call.connected()
     await call.hold()
     await call.held()
+    async with asyncio.timeout(20):
+        while ("CallHeld", CallState.HELD, True) not in seen:
+            await asyncio.sleep(0)
     looking.cancel()
-    assert seen[-1] == ("CallHeld", CallState.HELD, True)
     assert all(is_contained for _, _, is_contained in seen)
 
 
@@ -98,8 +100,9 @@ async def test_the_client_comes_back_with_the_number_of_its_last_event(path, tel
             everything = phone.events()
             fake.send_event(4, HELD.format(4))
             await taken(everything, 1)
+            fake.state = {**fake.state, "event": 4}
             fake.connected.clear()
-            fake._writer.close()
+            fake.hang_up()
             async with asyncio.timeout(20):
                 await fake.connected.wait()
                 while not phone.is_connected:
@@ -107,7 +110,8 @@ async def test_the_client_comes_back_with_the_number_of_its_last_event(path, tel
             assert await phone.refresh() == phone.state
             fake.send_event(5, HELD.format(5))
             assert [each.number for each in await taken(everything, 1)] == [5]
-            assert [await fake.subscriptions.get() for _ in range(2)] == ["events after 0 of first", "events after 4 of first"]
+            commands = [await fake.subscriptions.get() for _ in range(2)]
+            assert commands == ["events after 0 of first", "events after 4 of first"]
 
 
 async def test_a_wait_sees_what_its_request_has_caused_already(telephone):
@@ -199,10 +203,41 @@ async def test_in_real_time_waits_wait(telephone_runner, start_telephone):
     assert isinstance(event, Event)
 
 
-async def test_iterators_end_with_the_telephone(telephone):
-    everything = telephone.events()
-    waiting = asyncio.create_task(anext(everything))
+async def test_iterators_and_waits_end_with_the_telephone(telephone):
+    async def all_states():
+        async for _ in telephone.states():
+            pass
+
+    waiting = asyncio.create_task(anext(telephone.events()))
+    looking = asyncio.create_task(all_states())
     await asyncio.sleep(0)
     await telephone.close()
     with pytest.raises(StopAsyncIteration):
         await waiting
+    await looking
+    with pytest.raises(ConnectionLost):
+        await telephone.wait_for(CallHeld)
+    with pytest.raises(StopAsyncIteration):
+        await anext(telephone.events())
+
+
+async def test_a_wait_in_real_time_ends_with_the_telephone(start_telephone):
+    telephone = await start_telephone(time="real")
+    waiting = asyncio.create_task(telephone.wait_for(CallHeld, within=None))
+    await asyncio.sleep(0)
+    await telephone.close()
+    with pytest.raises(ConnectionLost, match="^the telephone was closed$"):
+        await waiting
+
+
+async def test_calls_without_a_mirror(telephone):
+    async with Telephone.connect(telephone.program.socket, mirror=False, advances=True) as phone:
+        await telephone.outgoing_call_make_request("4712", 1, "102")
+        call = await phone.line("4711").dial("103")
+        await call.connected()
+        await call.hold()
+        await call.held()
+        await call.retrieve()
+        await call.connected()
+        await call.hang_up()
+        assert (call.id, await call.ended()) == (2, Reason.NORMAL)

@@ -57,9 +57,9 @@ class Recorder(protocol.Requests):
 
 def arguments_of(method, exchange):
     """The arguments with which the client writes a request; None if it cannot write it."""
-    tags = re.findall(r"<(\w+)>.*?</\1>", re.sub("</Line>.*", "</Line>", exchange["request"], flags=re.S)
-                      if "SendCSTA" in exchange["request"] or "SendUACSTA" in exchange["request"] else exchange["request"], re.S)[1:]
     hints = typing.get_type_hints(method)
+    text = re.sub("</Line>.*", "</Line>", exchange["request"], flags=re.S) if "body" in hints else exchange["request"]
+    tags = re.findall(r"<(\w+)>.*?</\1>", text, re.S)[1:]  # without Method
     if "body" in hints and "Line" in tags:
         tags.append("body")
     names = [snake(tag) for tag in tags]
@@ -74,7 +74,8 @@ def arguments_of(method, exchange):
 
 
 def typed(hint, value):
-    kind = next((each for each in (hint, *typing.get_args(hint)) if isinstance(each, type) and issubclass(each, Enum)), None)
+    kinds = [each for each in (hint, *typing.get_args(hint)) if isinstance(each, type) and issubclass(each, Enum)]
+    kind = kinds[0] if kinds else None
     if kind is ServiceState:
         return SERVICE_STATES[value]
     return kind(value) if kind else value
@@ -88,7 +89,9 @@ def send(method, exchange):
     if arguments is None:
         hints = {name: each for name, each in typing.get_type_hints(function).items() if name != "return"}
         optional = function.__kwdefaults__ or {}
-        arguments = {name: typed(each, "x" if issubclass(each, str) and each is not ServiceState else 0) for name, each in hints.items() if name not in optional}
+        required = {name: each for name, each in hints.items() if name not in optional}
+        arguments = {name: typed(each, "x" if issubclass(each, str) and each is not ServiceState else 0)
+                     for name, each in required.items()}
     try:
         return recorder, asyncio.run(function(recorder, **arguments))
     except (RequestRefused, ProtocolError) as error:
@@ -170,7 +173,7 @@ def test_an_event_is_read_as_the_service_sent_it(operation, event):
 
 
 def as_any_reader_sees_it(tag, value, message):
-    """No reader can tell where a value ends that contains its own closing tag. Some events carry their line up to a NUL."""
+    """No reader can tell where a value ends that contains its own closing tag. Some events cut their line at a NUL."""
     if value == ("</CallLineURIsRecorded>",):
         return ()
     if tag == "LineID" and "<LineID>47</LineID>" in message:

@@ -63,8 +63,13 @@ PASSING = """
 """
 
 
-def test_tests_pass_with_a_telephone_each(run):
-    assert "6 passed" in run(PASSING)
+def test_two_runs_at_once_pass_and_leave_nothing_behind(pytester, monkeypatch, tmp_path):
+    monkeypatch.setenv("TMPDIR", str(tmp_path))
+    pytester.makepyfile(PASSING)
+    command = [sys.executable, "-m", "pytest", "-p", "no:cacheprovider"]
+    runs = [subprocess.Popen(command, cwd=pytester.path, stdout=subprocess.PIPE, text=True) for _ in range(2)]
+    assert ["6 passed" in each.communicate()[0] for each in runs] == [True, True]
+    assert [each.name for each in tmp_path.iterdir() if each.name.startswith("telephone-")] == []
 
 
 def test_a_failure_shows_the_lamps_and_the_log(run):
@@ -112,19 +117,6 @@ def test_a_telephone_that_does_not_start_says_why(run):
     assert re.search("telephone.toml:1: .*nonsense", output)
 
 
-def test_two_runs_at_once(pytester):
-    pytester.makepyfile(PASSING)
-    command = [sys.executable, "-m", "pytest", "-p", "no:cacheprovider"]
-    runs = [subprocess.Popen(command, cwd=pytester.path, stdout=subprocess.PIPE, text=True) for _ in range(2)]
-    assert ["6 passed" in each.communicate()[0] for each in runs] == [True, True]
-
-
-def test_nothing_is_left_behind(run, monkeypatch, tmp_path):
-    monkeypatch.setenv("TMPDIR", str(tmp_path))
-    assert "6 passed" in run(PASSING)
-    assert [each.name for each in tmp_path.iterdir() if each.name.startswith("telephone-")] == []
-
-
 def test_the_options_of_the_command_line(run, monkeypatch, tmp_path):
     program = tmp_path / "program"
     (tmp_path / "one.toml").write_text('[[line]]\nid = "98"\n')
@@ -132,7 +124,8 @@ def test_the_options_of_the_command_line(run, monkeypatch, tmp_path):
     program.chmod(0o755)
     test = "async def test_one(telephone): assert telephone.state.lines[0].id == '98'"
     assert "1 passed" in run(test, f"--telephone-config={tmp_path}/one.toml")
-    assert re.search("started with .* --time real .* serve", run(test, f"--telephone-program={program}", "--telephone-time=real"))
+    output = run(test, f"--telephone-program={program}", "--telephone-time=real")
+    assert re.search("started with .* --time real .* serve", output)
     monkeypatch.delenv("TELEPHONE")
     monkeypatch.setenv("PATH", str(tmp_path))
     assert "there is no program telephone in PATH: give its path with --telephone-program" in run(test)

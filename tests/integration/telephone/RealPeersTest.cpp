@@ -13,24 +13,15 @@ namespace {
 class Kamailio
 {
 public:
-    Kamailio()
-        : port_(freePort())
-    {
-        std::ifstream file(KAMAILIO_CONFIGURATION);
-        std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-        for (std::size_t at = 0; (at = text.find("@PORT@")) != std::string::npos;) {
-            text.replace(at, 6, std::to_string(port_));
-        }
-        writeText(folder_.file("kamailio.cfg"), text);
-        start();
-    }
+    Kamailio() { start(); }
     ~Kamailio() { stop(); }
 
     void start()
     {
-        process_ = std::make_unique<Process>(std::vector<std::string>{"kamailio", "-f", folder_.file("kamailio.cfg"),
-                                                                      "-DD", "-E", "-m", "32", "-M", "8", "-Y",
-                                                                      folder_.file(""), "-w", folder_.file("")});
+        process_ = std::make_unique<Process>(
+            std::vector<std::string>{"env", "SIP_ADDRESS=127.0.0.1:" + std::to_string(port_), "SIP_PASSWORD=secret",
+                                     "kamailio", "-f", KAMAILIO_CONFIGURATION, "-DD", "-E", "-m", "32", "-M", "8", "-Y",
+                                     folder_.file(""), "-w", folder_.file("")});
     }
     void stop()
     {
@@ -42,7 +33,7 @@ public:
 
 private:
     TemporaryFolder const folder_;
-    int const port_;
+    int const port_ = freePort();
     std::unique_ptr<Process> process_;
 };
 
