@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 """An installation in an empty prefix: what it contains, another project that uses it, and its telephone."""
 
+import contextlib
 import os
+import re
 import shutil
 import subprocess
 import tempfile
@@ -40,6 +42,28 @@ class Installed(unittest.TestCase):
         self.assertEqual(os.listdir(stage), ["opt"])
         self.assertEqual(os.listdir(stage / "opt"), ["telephone"])
 
+    def flags(self, package):
+        """How pkg-config says that a program is made with a package."""
+        return run("pkg-config", "--cflags", "--libs", package, env=self.environment).split()
+
+    def expect_both_to_work(self, consumer, library, caller):
+        """Runs a program that loads the library, and one that asks a telephone."""
+        self.assertEqual(run(consumer, library), f"version {VERSION}, 43 requests\n")
+        with self.serving() as socket:
+            self.assertEqual(run(caller, socket), "in service\n")
+
+    @contextlib.contextmanager
+    def serving(self):
+        """An installed telephone for applications: its socket."""
+        folder = Path(tempfile.mkdtemp(dir=self.folder))
+        with subprocess.Popen([self.telephone, "serve"], env=installation.clean_environment(folder),
+                              stdout=subprocess.PIPE, text=True) as telephone:
+            try:
+                yield re.fullmatch("applications can connect at (.*)\n", telephone.stdout.readline())[1]
+            finally:
+                telephone.terminate()
+                telephone.communicate(timeout=20)
+
     def test_another_project_finds_the_package_with_cmake(self):
         build = self.folder / "consumer"
         log = run("cmake", "-S", CONSUMER, "-B", build, "-G", "Ninja", f"-DCMAKE_PREFIX_PATH={self.prefix}",
@@ -47,7 +71,7 @@ class Installed(unittest.TestCase):
         run("cmake", "--build", build)
 
         self.assertIn(f"found version {VERSION}", log)
-        self.assertEqual(run(build / "consumer", self.library), f"version {VERSION}, 43 requests\n")
+        self.expect_both_to_work(build / "consumer", self.library, build / "caller")
 
     def test_a_version_that_is_not_installed_is_not_found(self):
         for wanted in ("2.0", f"{VERSION}.1"):
@@ -63,15 +87,13 @@ class Installed(unittest.TestCase):
             self.assertIn("found: 0", log, wanted)
 
     def test_another_project_finds_the_package_with_pkg_config(self):
-        package = "communications-service-kit"
-        flags = run("pkg-config", "--cflags", package, env=self.environment).split()
-        libraries = run("pkg-config", "--libs", package, env=self.environment).split()
         library = run("pkg-config", "--variable=library", "communications-service", env=self.environment).strip()
-        program = self.folder / "by-pkg-config"
+        consumer, caller = self.folder / "by-pkg-config", self.folder / "caller-by-pkg-config"
 
-        run(CXX, "-std=c++17", "-Werror", *flags, CONSUMER / "main.cpp", "-o", program, *libraries)
+        run(CXX, "-std=c++17", "-Werror", CONSUMER / "main.cpp", "-o", consumer, *self.flags("communications-service-kit"))
+        run(CXX, "-std=c++17", "-Werror", CONSUMER / "caller.cpp", "-o", caller, *self.flags("telephone-client"))
 
-        self.assertEqual(run(program, library), f"version {VERSION}, 43 requests\n")
+        self.expect_both_to_work(consumer, library, caller)
 
     def test_moved_installation_still_works(self):
         moved = self.folder / "moved"
@@ -86,10 +108,11 @@ class Installed(unittest.TestCase):
 
     def test_everything_reports_one_version(self):
         tell = run(self.telephone, "--version")
-        by_pkg_config = run("pkg-config", "--modversion", "communications-service", env=self.environment)
+        by_pkg_config = run("pkg-config", "--modversion", "communications-service", "communications-service-kit",
+                            "telephone-client", env=self.environment)
 
         self.assertEqual(tell, f"telephone {VERSION}\n")
-        self.assertEqual(by_pkg_config, f"{VERSION}\n")
+        self.assertEqual(by_pkg_config, 3 * f"{VERSION}\n")
         self.assertEqual(os.readlink(self.libraries / f"libcommunications_service.so.{VERSION.split('.', maxsplit=1)[0]}"),
                          f"libcommunications_service.so.{VERSION}")
         for page in ("man1/telephone.1", "man5/telephone.toml.5", "man7/telephone-protocol.7"):
