@@ -1,5 +1,5 @@
-// Uses the installed headers, by both of their include paths, and loads the installed library, which its argument names,
-// with the porting kit as its platform.
+// Uses the installed headers, by both of their include paths, and loads the installed library, which its argument
+// names, with the porting kit as its platform.
 #include <cstdio>
 #include <exception>
 
