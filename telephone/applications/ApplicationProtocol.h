@@ -13,12 +13,8 @@
 //     state\n{...}\0                  the telephone after a gap
 #pragma once
 
-#include <chrono>
 #include <cstddef>
-#include <cstdint>
-#include <optional>
 #include <string>
-#include <string_view>
 
 #include "telephone/access/Message.h"
 
@@ -28,18 +24,7 @@ constexpr char kMessageEnd = '\0';
 // The longest accepted request, in bytes without its NUL. A longer one is skipped and answered with an error.
 constexpr std::size_t kLongestRequest = std::size_t{4} * 1024 * 1024;
 
-struct ApplicationMessage
-{
-    MessageKind kind = MessageKind::kError;
-    std::uint64_t number = 0;                         // of an event
-    std::chrono::system_clock::time_point time = {};  // of an event that is numbered across the telephone
-    std::string text;
-};
-
 // Appends one message with its NUL; nothing for a request, which only the console shows.
 void appendMessage(std::string& output, Message const& message);
-
-// Parses a message without its NUL; nothing: a telephone does not send this.
-std::optional<ApplicationMessage> parseApplicationMessage(std::string_view message);
 
 }  // namespace telephone

@@ -135,17 +135,4 @@ Outcome<FileDescriptor> listenAt(std::string const& path)
     });
 }
 
-Outcome<FileDescriptor> connectTo(std::string const& path)
-{
-    return addressOf(path).and_then([&](sockaddr_un const& address) {
-        return makeSocket().and_then([&](FileDescriptor made) -> Outcome<FileDescriptor> {
-            if (tryConnect(made, address)) {
-                return made;
-            }
-            return refuse(RefusalKind::kUnavailable, "no telephone answers at " + path + " (" + std::strerror(errno) +
-                                                         "): start one, or name its socket with --socket");
-        });
-    });
-}
-
 }  // namespace telephone

@@ -16,7 +16,4 @@ namespace telephone {
 // kAlreadyExists: a running telephone has the socket.
 [[nodiscard]] Outcome<FileDescriptor> listenAt(std::string const& path);
 
-// A socket connected to the telephone at a path. A refusal says how to start one.
-[[nodiscard]] Outcome<FileDescriptor> connectTo(std::string const& path);
-
 }  // namespace telephone

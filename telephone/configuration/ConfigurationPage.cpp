@@ -1,5 +1,7 @@
 #include "telephone/configuration/ConfigurationPage.h"
 
+#include <utility>
+
 #include <spdlog/fmt/fmt.h>
 
 #include "telephone/configuration/ConfigurationFields.h"
@@ -50,37 +52,48 @@ struct Standard
 };
 
 template <typename Section, typename Fields>
-std::string tableOf(std::string const& title, Section const& section, Fields const& fields)
+SectionDescription describe(std::string title, Section const& section, Fields const& fields)
 {
-    auto text = fmt::format("\n## {}\n\n| Key | Values | Default | Meaning |\n|---|---|---|---|\n", title);
+    SectionDescription described{std::move(title), {}};
     for (auto const& field : fields) {
-        text += fmt::format("| `{}` | {} | `{}` | {} |\n", field.name, expectedOf(field),
-                            std::visit(Standard<Section>{section, field.choices}, field.member), field.meaning);
+        described.keys.push_back({field.name, expectedOf(field),
+                                  std::visit(Standard<Section>{section, field.choices}, field.member), field.meaning});
     }
-    return text;
+    return described;
 }
 
 template <typename Section, typename Fields>
-std::string sectionTable(std::string_view name, Section Configuration::*member, Fields const& fields)
+SectionDescription describe(std::string_view name, Section Configuration::*member, Fields const& fields)
 {
-    return tableOf(fmt::format("[{}]", name), Configuration().*member, fields);
+    return describe(fmt::format("[{}]", name), Configuration().*member, fields);
 }
 
 template <typename Element, typename Fields>
-std::string sectionTable(std::string_view name, std::vector<Element> Configuration::*, Fields const& fields)
+SectionDescription describe(std::string_view name, std::vector<Element> Configuration::*, Fields const& fields)
 {
-    return tableOf(fmt::format("[[{}]]", name), Element(), fields);
+    return describe(fmt::format("[[{}]]", name), Element(), fields);
 }
 
 }  // namespace
 
+std::vector<SectionDescription> configurationSections()
+{
+    std::vector<SectionDescription> sections{describe("At the top", Configuration(), fields::kPhone)};
+    forEachSection([&sections](std::string_view name, auto member, auto const& sectionFields) {
+        sections.push_back(describe(name, member, sectionFields));
+    });
+    return sections;
+}
+
 std::string configurationPage()
 {
     std::string page(kHead);
-    page += tableOf("At the top", Configuration(), fields::kPhone);
-    forEachSection([&page](std::string_view name, auto member, auto const& sectionFields) {
-        page += sectionTable(name, member, sectionFields);
-    });
+    for (auto const& section : configurationSections()) {
+        page += fmt::format("\n## {}\n\n| Key | Values | Default | Meaning |\n|---|---|---|---|\n", section.title);
+        for (auto const& key : section.keys) {
+            page += fmt::format("| `{}` | {} | `{}` | {} |\n", key.name, key.values, key.standard, key.meaning);
+        }
+    }
     return page;
 }
 

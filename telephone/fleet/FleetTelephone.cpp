@@ -10,6 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "telephone/applications/TelephoneConnection.h"
 #include "telephone/fleet/FleetConfiguration.h"
 
 namespace telephone {
@@ -140,9 +141,9 @@ Outcome<> FleetTelephone::connect()
     if (client_) {
         return {};
     }
-    return ApplicationClient::connect(folder_ + "/" + kSocket).and_then([this](ApplicationClient made) -> Outcome<> {
+    return connectTo(folder_ + "/" + kSocket).and_then([this](telephone_client::Connection made) -> Outcome<> {
         for (char const* const each : kIntroduction) {
-            if (auto const reply = made.ask(each); !reply) {
+            if (auto const reply = ask(made, each); !reply) {
                 return tl::unexpected(reply.error());
             }
         }
@@ -153,12 +154,12 @@ Outcome<> FleetTelephone::connect()
 
 Outcome<> FleetTelephone::send(std::string_view text)
 {
-    return checkRuns().and_then([this] { return connect(); }).and_then([&] { return client_->send(text); });
+    return checkRuns().and_then([this] { return connect(); }).and_then([&] { return telephone::send(*client_, text); });
 }
 
-Outcome<ApplicationReply> FleetTelephone::reply(int stop, SteadyClock::time_point deadline)
+Outcome<telephone_client::Reply> FleetTelephone::reply(int stop, SteadyClock::time_point deadline)
 {
-    auto reply = client_->reply(stop, deadline);
+    auto reply = replyOf(*client_, stop, deadline);
     if (!reply && reply.error().kind == RefusalKind::kUnavailable) {
         client_.reset();
     }

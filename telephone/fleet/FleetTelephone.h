@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "telephone/applications/ApplicationClient.h"
+#include "TelephoneClient.h"
 #include "telephone/base/Refusal.h"
 #include "telephone/fleet/ProcessUse.h"
 #include "telephone/framework/FileDescriptor.h"
@@ -53,8 +53,8 @@ public:
 
     // Sends a request or a command. Refused with the reason while it does not run.
     [[nodiscard]] Outcome<> send(std::string_view text);
-    // The reply to what was sent. Refused as ApplicationClient::reply; the connection is made anew then.
-    [[nodiscard]] Outcome<ApplicationReply> reply(int stop, SteadyClock::time_point deadline);
+    // The reply to what was sent. Refused as replyOf; the connection is made anew then.
+    [[nodiscard]] Outcome<telephone_client::Reply> reply(int stop, SteadyClock::time_point deadline);
 
     [[nodiscard]] int number() const { return number_; }
     [[nodiscard]] std::string const& folder() const { return folder_; }
@@ -81,7 +81,7 @@ private:
     FileDescriptor output_;
     std::string written_;  // a line that it has not finished
     std::string panel_;
-    std::optional<ApplicationClient> client_;
+    std::optional<telephone_client::Connection> client_;
     bool isStopped_ = false;  // it shall not be started again
     std::string reason_;
     int starts_ = 0;

@@ -8,12 +8,14 @@
 
 #include <dlfcn.h>
 
+#include "telephone/framework/InstalledPlaces.h"
+
 namespace telephone {
 
 namespace {
 
 // Relative to the program's folder: the same folder, the build's and an installation's.
-constexpr std::array<std::string_view, 3> kFolders{".", "../src", "../lib"};
+constexpr std::array<std::string_view, 3> kFolders{".", "../src", kInstalledLibraryFolder};
 
 std::filesystem::path programFolder()
 {
@@ -39,18 +41,18 @@ Outcome<std::string> ServiceLibrary::find(std::string const& wish)
     std::string looked;
     std::error_code ignored;
     for (std::string_view const folder : kFolders) {
-        auto const candidate = (programFolder() / folder / kFileName).lexically_normal();
+        auto const candidate = (programFolder() / folder / kLibraryFileName).lexically_normal();
         if (std::filesystem::exists(candidate, ignored)) {
             return candidate.string();
         }
         looked += "\n  " + candidate.string();
     }
     // In a folder that the loader searches, for example /usr/lib/<triplet>.
-    if (void* const handle = dlopen(kFileName, RTLD_NOW | RTLD_LOCAL); handle != nullptr) {
+    if (void* const handle = dlopen(kLibraryFileName, RTLD_NOW | RTLD_LOCAL); handle != nullptr) {
         dlclose(handle);
-        return std::string(kFileName);
+        return std::string(kLibraryFileName);
     }
-    return refuse(RefusalKind::kNotFound, std::string(kFileName) + " not found: name it with --library or " +
+    return refuse(RefusalKind::kNotFound, std::string(kLibraryFileName) + " not found: name it with --library or " +
                                               kEnvironment + ". Looked for it at:" + looked);
 }
 

@@ -14,7 +14,6 @@ namespace telephone {
 class ServiceLibrary
 {
 public:
-    static constexpr char const* kFileName = "libcommunications_service.so";
     static constexpr char const* kEnvironment = "COMMUNICATIONS_SERVICE_LIBRARY";
 
     // The library's file: `wish` unless empty, else the file that the environment names, else the file beside the

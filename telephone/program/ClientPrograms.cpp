@@ -2,6 +2,7 @@
 #include <iostream>
 
 #include "telephone/access/RequestShorthand.h"
+#include "telephone/applications/TelephoneConnection.h"
 #include "telephone/framework/StopSignal.h"
 #include "telephone/program/ClientConnection.h"
 #include "telephone/program/Programs.h"
@@ -23,9 +24,9 @@ Outcome<int> say(CommandLine const& line, StopSignal const& stop, std::vector<st
     if (!client) {
         return tl::unexpected(client.error());
     }
-    Outcome<ApplicationReply> reply;
+    Outcome<telephone_client::Reply> reply;
     for (std::string const& each : texts) {
-        reply = client->ask(each, stop.descriptor());
+        reply = ask(*client, each, stop.descriptor());
         if (!reply) {
             return tl::unexpected(reply.error());
         }

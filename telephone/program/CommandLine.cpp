@@ -14,6 +14,7 @@ namespace {
 
 constexpr char const* kFooter =
     "Without a command: the console.\n"
+    "Pages such as docs/trace.md are in share/doc/telephone of an installation, and in the project.\n"
     "A request is written as METHOD Tag=value ..., or in full: '<Method>GetDevices</Method>'.";
 
 CLI::App* add(CLI::App& app, CommandLine& line, Action action, char const* name, char const* meaning)
@@ -23,6 +24,10 @@ CLI::App* add(CLI::App& app, CommandLine& line, Action action, char const* name,
     command->callback([&line, action] { line.action = action; });
     return command;
 }
+
+// What a value is, for help, manual and completion.
+constexpr char const* kFileValue = "FILE";
+constexpr char const* kFolderValue = "FOLDER";
 
 constexpr std::string_view kVirtual = "virtual";
 constexpr std::string_view kVirtualFrom = "virtual=";
@@ -44,13 +49,17 @@ void addOptions(CLI::App& app, CommandLine& line)
 {
     app.add_option("-c,--config", line.configuration, "Configuration file (docs/configuration.md)")
         ->check(CLI::ExistingFile);
-    app.add_option("-s,--socket", line.socket, "Socket of the applications");
-    app.add_option("-l,--library", line.library, "Service library; default: the one beside the program");
+    app.add_option("-s,--socket", line.socket, "Socket of the applications")->type_name(kFileValue);
+    app.add_option("-l,--library", line.library,
+                   "Service library; default: the one beside the program, or of its installation")
+        ->type_name(kFileValue);
     app.add_option("--log-level", line.logLevel, "0 (nothing) to 6 (every request and SIP message)")
         ->check(CLI::Range(0, 6));
-    app.add_option("--log-file", line.logFile, "File of the log; default: standard error");
-    app.add_option("--record", line.record, "Record what crosses to applications in this file (docs/replay.md)");
-    app.add_option("--trace", line.trace, "Write all that happens, with its causes, to this file (docs/trace.md)");
+    app.add_option("--log-file", line.logFile, "File of the log; default: standard error")->type_name(kFileValue);
+    app.add_option("--record", line.record, "Record what crosses to applications in this file (docs/replay.md)")
+        ->type_name(kFileValue);
+    app.add_option("--trace", line.trace, "Write all that happens, with its causes, to this file (docs/trace.md)")
+        ->type_name(kFileValue);
     CLI::Option* const time =
         app.add_option_function<std::string>(
                "--time", [&line](std::string const& word) { static_cast<void>(line.setTime(word)); },
@@ -108,7 +117,8 @@ CLI::App* addWatch(CLI::App& app, CommandLine& line)
 {
     CLI::App* const watch = add(app, line, Action::kWatch, "watch", "Prints the events of a running telephone");
     watch->add_option("--line", line.lines, "Only events of these lines; 4711 includes 4711#2");
-    watch->add_option("--only", line.events, "Only these events, such as CallHeldEvent,CallRetrievedEvent");
+    watch->add_option("--only", line.events, "Only these events, such as CallHeldEvent,CallRetrievedEvent")
+        ->type_name("EVENTS");
     watch->add_option("--after", line.after, "Begin with the event after this number");
     return watch;
 }
@@ -129,6 +139,7 @@ void addReplay(CLI::App& app, CommandLine& line)
         ->add_option_function<std::string>(
             "--report", [&choice](std::string const& file) { choice.report = file; },
             "Table of all messages and their differences, in a file; - is standard output")
+        ->type_name(kFileValue)
         ->expected(0, 1)
         ->default_str("-")
         ->trigger_on_parse();
@@ -154,7 +165,8 @@ void addTraceCommands(CLI::App& app, CommandLine& line)
     CLI::App* const ladder = add(app, line, Action::kLadder, "ladder", "Draws the calls of a trace as a ladder");
     ladder->add_option("FILE", choice.file, kFile)->required();
     ladder->add_option("--call", choice.call, "The call with this id; default: all calls");
-    ladder->add_option("--svg", choice.svg, "File for the ladder as SVG; - is standard output; default: as text");
+    ladder->add_option("--svg", choice.svg, "File for the ladder as SVG; - is standard output; default: as text")
+        ->type_name(kFileValue);
     addOutput(*trace, line.output);
     for (CLI::App* const each : {why, ladder}) {
         addWords(*each, line.output);
@@ -181,8 +193,9 @@ void addTest(CLI::App& app, CommandLine& line)
         "Plays each script with each of the seeds A-B; default: that of --seed, or 0");
     test->add_option("--limit", choice.limit, "Seconds after which a script is ended; default: 120")
         ->check(CLI::Range(0.001, kLongestLimit));
-    test->add_option("--junit", line.junit, "File for the results, as JUnit XML");
-    test->add_option("--files", choice.files, "Folder for the logs of what failed; default: a new one");
+    test->add_option("--junit", line.junit, "File for the results, as JUnit XML")->type_name(kFileValue);
+    test->add_option("--files", choice.files, "Folder for the logs of what failed; default: a new one")
+        ->type_name(kFolderValue);
     test->add_flag("--coverage{}", choice.coverage,
                    "What the scripts touched, as a table; --coverage=FILE: as JSON, too");
 }
@@ -194,7 +207,8 @@ void addChaos(CLI::App& app, CommandLine& line)
     chaos->add_option("--seed", line.seed, "The first hour has the next seed; default: 0");
     chaos->add_option("--hours", line.hours, "Of virtual time; default: 1")->check(CLI::Range(1, kMostHours));
     chaos->add_option("-j,--jobs", line.test.jobs, "Telephones at a time; default: one for each processor");
-    chaos->add_option("--files", line.test.files, "Folder for the script and log of a failure; default: a new one");
+    chaos->add_option("--files", line.test.files, "Folder for the script and log of a failure; default: a new one")
+        ->type_name(kFolderValue);
 }
 
 void addFleet(CLI::App& app, CommandLine& line)
@@ -203,7 +217,8 @@ void addFleet(CLI::App& app, CommandLine& line)
     CLI::App* const fleet =
         add(app, line, Action::kFleet, "fleet", "Many telephones on one exchange, and a prompt for them");
     fleet->add_option("N", line.count, "Telephones")->required()->check(CLI::Range(1, kMostTelephones));
-    fleet->add_option("--files", line.test.files, "Folder for their files; default: a new one");
+    fleet->add_option("--files", line.test.files, "Folder for their files; default: a new one")
+        ->type_name(kFolderValue);
 }
 
 void addCommands(CLI::App& app, CommandLine& line)
@@ -214,7 +229,7 @@ void addCommands(CLI::App& app, CommandLine& line)
         add(app, line, Action::kTour, "tour", "Demonstration of the telephone, then the console on a terminal");
     CLI::App* const play = add(app, line, Action::kPlay, "play", "Telephone that plays a script and ends");
     play->add_option("FILE", line.script, "Script; - is standard input")->required();
-    play->add_option("--junit", line.junit, "File for the result, as JUnit XML");
+    play->add_option("--junit", line.junit, "File for the result, as JUnit XML")->type_name(kFileValue);
     play->add_option("--report", line.report)->group("");  // of the command test
     addTest(app, line);
     addChaos(app, line);
@@ -262,14 +277,21 @@ Outcome<> CommandLine::setTime(std::string const& word)
     return {};
 }
 
+void CommandLine::offer(CLI::App& app)
+{
+    app.name("telephone");
+    app.description("Reference telephone of the SIP communications service");
+    app.footer(kFooter);
+    app.set_version_flag("--version", std::string("telephone ") + kTelephoneVersion);
+    addOptions(app, *this);
+    addCommands(app, *this);
+}
+
 std::optional<CommandLine> CommandLine::read(int count, char const* const* arguments, int& exitStatus)
 {
     CommandLine line;
-    CLI::App app{"Reference telephone of the SIP communications service", "telephone"};
-    app.footer(kFooter);
-    app.set_version_flag("--version", std::string("telephone ") + kTelephoneVersion);
-    addOptions(app, line);
-    addCommands(app, line);
+    CLI::App app;
+    line.offer(app);
     try {
         app.parse(count, arguments);
     } catch (CLI::ParseError const& error) {

@@ -13,6 +13,10 @@
 #include "telephone/program/TrafficCheck.h"
 #include "telephone/testing/Seeds.h"
 
+namespace CLI {
+class App;
+}  // namespace CLI
+
 namespace telephone {
 
 enum class Action
@@ -124,6 +128,10 @@ struct CommandLine
 
     // As --time does. Refused for a wrong word.
     [[nodiscard]] Outcome<> setTime(std::string const& word);
+
+    // Adds all options and commands to a parser, which then sets this one. Help, manual and completion are made from
+    // it.
+    void offer(CLI::App& app);
 
     // Nothing: the program ends at once with the exit status, after --help or after a mistake, which is on standard
     // error.

@@ -92,7 +92,7 @@ TEST(Applications, ManyAtOnce_EachGetItsOwnAnswers)
 TEST(Applications, OneThatNeverReads_DoesNotHoldUpACall)
 {
     RunningTelephone telephone;
-    auto deaf = telephone::ApplicationClient::connect(telephone.socket());
+    auto deaf = telephone_client::Connection::open(telephone.socket());
     ASSERT_TRUE(deaf);
     ASSERT_TRUE(deaf->send(method("Subscribe")));
     Application application(telephone.socket());
@@ -112,7 +112,7 @@ TEST(Applications, OneThatDiesInTheMiddle_LeavesTheTelephoneAlone)
     RunningTelephone telephone;
     {
         Process dying({TELEPHONE, "--socket", telephone.socket(), "watch"});
-        auto half = telephone::ApplicationClient::connect(telephone.socket());
+        auto half = telephone_client::Connection::open(telephone.socket());
         ASSERT_TRUE(half);
         ASSERT_TRUE(half->send(method("Subscribe")));
         dying.signal(SIGKILL);

@@ -9,7 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Process.h"
-#include "telephone/applications/ApplicationClient.h"
+#include "TelephoneClient.h"
 #include "tests/doubles/TemporaryFolder.h"
 
 using testing::HasSubstr;
@@ -38,7 +38,7 @@ protected:
     // The state of a telephone, asked at its own socket.
     nlohmann::json stateOf(std::string const& number) const
     {
-        auto client = telephone::ApplicationClient::connect(folder_.file("files/" + number + "/socket")).value();
+        auto client = telephone_client::Connection::open(folder_.file("files/" + number + "/socket")).value();
         return nlohmann::json::parse(client.ask("state").value().text.value());
     }
     // Runs a line at the prompt, and the next one, so that its output is complete.

@@ -244,9 +244,9 @@ TEST_F(Replay, PlayedTelephone_ReportsWhatTheApplicationLeftOut)
         {TELEPHONE, "--time", "real", "--socket", file("socket"), "replay", file("a.recording"), "--as-telephone"});
     process.readUntil("applications can connect at " + file("socket") + "\n");
     {
-        auto silent = telephone::ApplicationClient::connect(file("socket")).value();
+        auto silent = telephone_client::Connection::open(file("socket")).value();
         ASSERT_TRUE(silent.send("events"));
-        ASSERT_TRUE(silent.receive().value());
+        ASSERT_TRUE(silent.receive());
     }
     auto const rows = rowsIn(process.readAll());
     ASSERT_EQ(rows.size(), 5U);

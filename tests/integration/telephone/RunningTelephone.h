@@ -10,7 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "Process.h"
-#include "telephone/applications/ApplicationClient.h"
+#include "TelephoneClient.h"
 #include "tests/doubles/TemporaryFolder.h"
 
 class RunningTelephone
@@ -40,12 +40,14 @@ private:
 // An application that sends requests and reads answers and events.
 class Application
 {
+    using Kind = telephone_client::Message::Kind;
+
 public:
     explicit Application(std::string const& socket)
-        : client_(telephone::ApplicationClient::connect(socket).value())
+        : client_(telephone_client::Connection::open(socket).value())
     {
         EXPECT_TRUE(client_.send("advance 0"));
-        timeIsVirtual_ = client_.receive().value()->kind == telephone::MessageKind::kResult;
+        timeIsVirtual_ = client_.receive().value().kind == Kind::kResult;
     }
 
     // The answer; nothing: the request has none. "error: ..." if the telephone does not accept it.
@@ -54,20 +56,20 @@ public:
         EXPECT_TRUE(client_.send(text));
         std::optional<std::string> answer;
         reasons_.clear();
-        while (auto const message = client_.receive().value()) {
-            if (message->kind == telephone::MessageKind::kFinished) {
+        while (auto const message = client_.receive()) {
+            if (message->kind == Kind::kFinished) {
                 return answer;
             }
-            if (message->kind == telephone::MessageKind::kAnswer) {
+            if (message->kind == Kind::kAnswer) {
                 answer = message->text;
             }
-            if (message->kind == telephone::MessageKind::kError) {
+            if (message->kind == Kind::kError) {
                 return "error: " + message->text;
             }
-            if (message->kind == telephone::MessageKind::kReason) {
+            if (message->kind == Kind::kReason) {
                 reasons_.push_back(message->text);
             }
-            if (message->kind == telephone::MessageKind::kEvent) {
+            if (message->kind == Kind::kEvent) {
                 events_.push_back(message->text);
             }
         }
@@ -82,12 +84,12 @@ public:
     std::string command(std::string const& text)
     {
         EXPECT_TRUE(client_.send(text));
-        while (auto const message = client_.receive().value()) {
-            if (message->kind == telephone::MessageKind::kEvent) {
+        while (auto const message = client_.receive()) {
+            if (message->kind == Kind::kEvent) {
                 events_.push_back(message->text);
                 continue;
             }
-            EXPECT_EQ(message->kind, telephone::MessageKind::kResult) << message->text;
+            EXPECT_EQ(message->kind, Kind::kResult) << message->text;
             return message->text;
         }
         ADD_FAILURE() << "the telephone has gone";
@@ -117,12 +119,12 @@ public:
                 command("advance 0.1");
                 continue;
             }
-            auto const message = client_.receive().value();
+            auto const message = client_.receive();
             if (!message) {
                 ADD_FAILURE() << "the telephone has gone";
                 return {};
             }
-            if (message->kind == telephone::MessageKind::kEvent) {
+            if (message->kind == Kind::kEvent) {
                 events_.push_back(message->text);
             }
         }
@@ -133,7 +135,7 @@ public:
 private:
     static constexpr int kMostMoves = 600;  // a minute
 
-    telephone::ApplicationClient client_;
+    telephone_client::Connection client_;
     bool timeIsVirtual_ = false;
     std::vector<std::string> reasons_;
     std::vector<std::string> events_;

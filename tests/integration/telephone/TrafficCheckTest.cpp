@@ -14,7 +14,7 @@ constexpr int kContradiction = 4;
 TEST(TrafficCheck, WrongRequest_EndsTheTelephone)
 {
     RunningTelephone telephone({"--check", "all"});
-    auto client = telephone::ApplicationClient::connect(telephone.socket());
+    auto client = telephone_client::Connection::open(telephone.socket());
     ASSERT_TRUE(client);
 
     ASSERT_TRUE(client->send(method("HoldCall", "<Lien>4711</Lien>")));

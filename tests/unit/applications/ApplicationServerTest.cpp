@@ -10,8 +10,9 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 
-#include "telephone/applications/ApplicationClient.h"
+#include "telephone/applications/ApplicationProtocol.h"
 #include "telephone/applications/SocketPath.h"
+#include "telephone/applications/TelephoneConnection.h"
 #include "telephone/base/Version.h"
 #include "telephone/framework/Refusals.h"
 #include "tests/unit/access/TelephoneDouble.h"
@@ -49,7 +50,7 @@ public:
     {
         std::size_t sent = 0;
         while (sent < bytes.size()) {
-            ssize_t const count = ::send(socket_.get(), bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
+            ssize_t const count = ::send(socket_->descriptor(), bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
             ASSERT_GT(count, 0);
             sent += static_cast<std::size_t>(count);
         }
@@ -57,13 +58,13 @@ public:
     // What one read brings; empty at the end, and if nothing comes.
     std::string receive()
     {
-        pollfd waited{socket_.get(), POLLIN, 0};
+        pollfd waited{socket_->descriptor(), POLLIN, 0};
         if (poll(&waited, 1, kDeadline) != 1) {
             ADD_FAILURE() << "the telephone sends nothing";
             return {};
         }
         std::string bytes(1 << 20, '\0');
-        ssize_t const count = recv(socket_.get(), bytes.data(), bytes.size(), 0);
+        ssize_t const count = recv(socket_->descriptor(), bytes.data(), bytes.size(), 0);
         bytes.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
         return bytes;
     }
@@ -81,11 +82,11 @@ public:
         }
         return all;
     }
-    void endSending() { shutdown(socket_.get(), SHUT_WR); }
-    void vanish() { socket_ = FileDescriptor(); }
+    void endSending() { shutdown(socket_->descriptor(), SHUT_WR); }
+    void vanish() { socket_.reset(); }
 
 private:
-    FileDescriptor socket_;
+    std::optional<telephone_client::Connection> socket_;
 };
 
 std::string bytes(std::initializer_list<std::string> messages)
@@ -455,11 +456,11 @@ TEST_F(ApplicationServerTest, ApplicationThatReadsTooLate_GetsAGapAndTheStateFor
         pending += some;
         std::size_t begin = 0;
         for (std::size_t end = 0; (end = pending.find('\0', begin)) != std::string::npos; begin = end + 1) {
-            auto const message = parseApplicationMessage(pending.substr(begin, end - begin));
+            auto const message = telephone_client::readMessage(pending.substr(begin, end - begin));
             ASSERT_TRUE(message);
-            if (message->kind == MessageKind::kEvent) {
+            if (message->kind == telephone_client::Message::Kind::kEvent) {
                 ASSERT_EQ(message->number, ++position);
-            } else if (message->kind == MessageKind::kGap) {
+            } else if (message->kind == telephone_client::Message::Kind::kGap) {
                 ++gaps;
                 unsigned long long first = 0;
                 unsigned long long last = 0;
@@ -467,7 +468,7 @@ TEST_F(ApplicationServerTest, ApplicationThatReadsTooLate_GetsAGapAndTheStateFor
                 ASSERT_EQ(first, position + 1);
                 position = last;
             } else {
-                ASSERT_EQ(message->kind, MessageKind::kState);
+                ASSERT_EQ(message->kind, telephone_client::Message::Kind::kState);
                 ASSERT_NE(message->text.find("\"event\":" + std::to_string(position) + ","), std::string::npos);
             }
         }
@@ -589,20 +590,20 @@ TEST_F(ApplicationServerTest, End_RemovesTheSocketAndEndsConnections)
 
 TEST_F(ApplicationServerTest, Client_TellsAnswersFromEvents)
 {
-    auto client = ApplicationClient::connect(path_).value();
-    ASSERT_TRUE(client.send("<Method>Subscribe</Method>"));
-    ASSERT_EQ(client.receive().value()->text, "sfiSuccess");
-    ASSERT_EQ(client.receive().value()->kind, MessageKind::kFinished);
+    auto client = connectTo(path_).value();
+    ASSERT_TRUE(send(client, "<Method>Subscribe</Method>"));
+    ASSERT_EQ(receive(client).value()->text, "sfiSuccess");
+    ASSERT_EQ(receive(client).value()->kind, telephone_client::Message::Kind::kFinished);
 
     telephone_.held(7);
 
-    auto const event = client.receive().value();
+    auto const event = receive(client).value();
     ASSERT_TRUE(event);
-    EXPECT_EQ(event->kind, MessageKind::kEvent);
+    EXPECT_EQ(event->kind, telephone_client::Message::Kind::kEvent);
     EXPECT_EQ(event->number, 1U);
     EXPECT_EQ(event->text, "<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>7</CallID>");
     server_.reset();
-    EXPECT_FALSE(client.receive().value());
+    EXPECT_FALSE(receive(client).value());
 }
 
 TEST_F(ApplicationServerTest, ClientAsks_ForAnswersReasonsAndResults)
@@ -611,22 +612,22 @@ TEST_F(ApplicationServerTest, ClientAsks_ForAnswersReasonsAndResults)
         reportRefusal("test", {RefusalKind::kUnavailable, "the disk is full"});
         return "sfiFailure";
     };
-    auto client = ApplicationClient::connect(path_).value();
+    auto client = connectTo(path_).value();
 
-    EXPECT_EQ(client.ask("store list").value().text, "agent-state = ready");
-    EXPECT_EQ(client.ask("reasons on").value().text, "");
-    auto const reply = client.ask("<Method>GetServiceState</Method>").value();
+    EXPECT_EQ(ask(client, "store list").value().text, "agent-state = ready");
+    EXPECT_EQ(ask(client, "reasons on").value().text, "");
+    auto const reply = ask(client, "<Method>GetServiceState</Method>").value();
     EXPECT_EQ(reply.text, "sfiFailure");
     EXPECT_EQ(reply.reasons, std::vector<std::string>{"the disk is full"});
-    EXPECT_EQ(client.ask("press 99").error(), (Refusal{RefusalKind::kBadInput, "no key 99"}));
+    EXPECT_EQ(ask(client, "press 99").error(), (Refusal{RefusalKind::kBadInput, "no key 99"}));
     server_.reset();
-    EXPECT_EQ(client.ask("store get agent-state").error().kind, RefusalKind::kUnavailable);
+    EXPECT_EQ(ask(client, "store get agent-state").error().kind, RefusalKind::kUnavailable);
 }
 
-TEST(ApplicationClient, WithoutATelephone_SaysHowToStartOne)
+TEST(TelephoneConnection, WithoutATelephone_SaysHowToStartOne)
 {
     Folder const folder;
-    auto const client = ApplicationClient::connect(folder.file("nobody"));
+    auto const client = connectTo(folder.file("nobody"));
 
     ASSERT_FALSE(client);
     EXPECT_EQ(client.error().reason, "no telephone answers at " + folder.file("nobody") +

@@ -1,0 +1,121 @@
+// The client with a real telephone, also one that is killed and started again. In real time: the client waits outside
+// the telephone.
+#include <csignal>
+#include <optional>
+
+#include <gtest/gtest.h>
+
+#include "Process.h"
+#include "TelephoneClient.h"
+#include "tests/doubles/TemporaryFolder.h"
+
+using namespace telephone_client;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto kDeadline = 30s;
+
+class RealTelephoneTest : public testing::Test
+{
+protected:
+    RealTelephoneTest() { start(); }
+    void start()
+    {
+        process_.emplace(std::vector<std::string>{TELEPHONE, "--time", "real", "serve", "--socket", path()});
+        process_->readUntil("applications can connect at " + path() + "\n");
+    }
+    void kill()
+    {
+        process_->signal(SIGKILL);
+        EXPECT_EQ(process_->wait(), 128 + SIGKILL);
+    }
+    std::string path() const { return folder_.file("socket"); }
+    Telephone connect() const
+    {
+        Options options;
+        options.path = path();
+        options.firstPause = 10ms;
+        return Telephone::connect(options, kDeadline).value();
+    }
+
+    TemporaryFolder const folder_;
+    std::optional<Process> process_;
+};
+
+bool isConnected(CallStateChange const& event)
+{
+    return event.callState == CallState::kConnected;
+}
+
+TEST_F(RealTelephoneTest, Call_IsMadeHeldAndEnded)
+{
+    Telephone phone = connect();
+
+    phone.ask(requests::outgoingCallMakeRequest("4711", 1, "100")).value();
+    auto const connected = phone.waitFor<CallStateChange>(kDeadline, isConnected).value();
+    EXPECT_EQ(connected.callID, 1);
+    phone.ask(requests::holdCall(1)).value();
+    EXPECT_EQ(phone.waitFor<CallHeld>(kDeadline).value().callID, 1);
+    EXPECT_EQ(phone.state().calls.at(0).state, CallState::kHeld);
+    phone.ask(requests::callClearRequest(1)).value();
+
+    auto const isOver = [](CallStateChange const& event) { return event.callState == CallState::kIdle; };
+    EXPECT_EQ(phone.waitFor<CallStateChange>(kDeadline, isOver).value().callID, 1);
+}
+
+TEST_F(RealTelephoneTest, RefusedRequest_SaysWhy)
+{
+    Telephone phone = connect();
+
+    auto const answer = phone.ask(requests::holdCall(7, "4711"));
+
+    EXPECT_EQ(answer.error().resultWord, "sfiFailure");
+    EXPECT_EQ(answer.error().reason, "sfiFailure: line 4711 has no call 7; the telephone has no calls");
+}
+
+TEST_F(RealTelephoneTest, Commands_AreForWhatNoRequestDoes)
+{
+    Telephone phone = connect();
+
+    phone.ask(requests::command("call 4711 from 555 name \"Ann B\"")).value();
+
+    auto const incoming = phone.waitFor<IncomingCall>(kDeadline).value();
+    EXPECT_EQ(incoming.lineID, "4711");
+    EXPECT_EQ(incoming.name, "Ann B");
+    EXPECT_EQ(phone.state().calls.at(0).party.name, "Ann B");
+}
+
+TEST_F(RealTelephoneTest, RequestsWithValues_ReturnThem)
+{
+    Telephone phone = connect();
+
+    EXPECT_EQ(phone.ask(requests::getServiceState()).value(), ServiceState::kInService);
+    phone.ask(requests::setMicrophoneMute(true)).value();
+    EXPECT_TRUE(phone.ask(requests::getMicrophoneMute()).value());
+    EXPECT_EQ(phone.refresh().value().muted, true);
+    phone.ask(requests::setForwardingConfiguration("4711", ForwardingType::kBusy, true, "102")).value();
+    EXPECT_EQ(phone.ask(requests::getForwardingConfiguration(ForwardingType::kBusy)).value().uri, "102");
+}
+
+TEST_F(RealTelephoneTest, KilledTelephone_IsConnectedAgainWithAGapAndItsState)
+{
+    Telephone phone = connect();
+    std::string const start = phone.state().start;
+    phone.ask(requests::outgoingCallMakeRequest("4711", 1, "100")).value();
+    phone.waitFor<CallStateChange>(kDeadline, isConnected).value();
+
+    kill();
+    ASSERT_TRUE(phone.run([&phone] { return !phone.isConnected(); }, kDeadline));
+    EXPECT_EQ(phone.ask(requests::holdCall(1)).error().kind, Error::Kind::kUnavailable);
+    phone.forgetEvents();
+    this->start();
+
+    EXPECT_TRUE(phone.waitFor<Gap>(kDeadline));
+    EXPECT_NE(phone.state().start, start);
+    EXPECT_TRUE(phone.state().calls.empty());
+    phone.ask(requests::outgoingCallMakeRequest("4711", 1, "100")).value();
+    EXPECT_EQ(phone.waitFor<CallStateChange>(kDeadline, isConnected).value().callID, 1);
+}
+
+}  // namespace
