@@ -33,40 +33,40 @@
 #include "platform/team/TeamServiceFeatures.h"
 #include "platform/team/TeamServiceKeyset.h"
 
-struct Surface
-{
-    CommunicationsServiceEventIfc* communicationsServiceEventIfc;
-    CommunicationsServiceIfc* communicationsServiceIfc;
-    MediaRecordingServiceIfc* mediaRecordingServiceIfc;
-    ParamaterExtractor* paramaterExtractor;
-    TeamServiceIfc* teamServiceIfc;
-    Service* service;
-    Proxy* proxy;
-    Invoker* invoker;
-    InvokerResponse* invokerResponse;
-    ProxyRequest* proxyRequest;
-    SvcRTEContext* svcRTEContext;
-    Line* line;
-    LineData* lineData;
-    LineManager* lineManager;
-    LocalMgmtIfc* localMgmtIfc;
-    MgmtAgentIfc* mgmtAgentIfc;
-    SIPConfigManager* sipConfigManager;
-    AuditoryDeviceIfc* auditoryDeviceIfc;
-    PhysicalInterfaceServiceIfc* physicalInterfaceServiceIfc;
-    functionalEventObserver* theFunctionalEventObserver;
-    physicalEventObserver* thePhysicalEventObserver;
-    MediaRecordingService* mediaRecordingService;
-    RecordingConfigManager* recordingConfigManager;
-    CertificateMgmtSvcIfc* certificateMgmtSvcIfc;
-    DigitAnalysisServiceIfc* digitAnalysisServiceIfc;
-    CSfi* callControl;
-    SfiMCAMapper* sfiMCAMapper;
-    DirectedPickupHandler* directedPickupHandler;
-    EACockpitHandler* eaCockpitHandler;
-    FeatureToggle* featureToggle;
-    TeamServiceFeatures* teamServiceFeatures;
-    TeamServiceKeyset* teamServiceKeyset;
-};
+// One variable for each class, so that a new class is a new variable and no change.
+namespace surface {
 
-Surface surface;
+CommunicationsServiceEventIfc* communicationsServiceEventIfc;
+CommunicationsServiceIfc* communicationsServiceIfc;
+MediaRecordingServiceIfc* mediaRecordingServiceIfc;
+ParamaterExtractor* paramaterExtractor;
+TeamServiceIfc* teamServiceIfc;
+Service* service;
+Proxy* proxy;
+Invoker* invoker;
+InvokerResponse* invokerResponse;
+ProxyRequest* proxyRequest;
+SvcRTEContext* svcRTEContext;
+Line* line;
+LineData* lineData;
+LineManager* lineManager;
+LocalMgmtIfc* localMgmtIfc;
+MgmtAgentIfc* mgmtAgentIfc;
+SIPConfigManager* sipConfigManager;
+AuditoryDeviceIfc* auditoryDeviceIfc;
+PhysicalInterfaceServiceIfc* physicalInterfaceServiceIfc;
+functionalEventObserver* theFunctionalEventObserver;
+physicalEventObserver* thePhysicalEventObserver;
+MediaRecordingService* mediaRecordingService;
+RecordingConfigManager* recordingConfigManager;
+CertificateMgmtSvcIfc* certificateMgmtSvcIfc;
+DigitAnalysisServiceIfc* digitAnalysisServiceIfc;
+CSfi* callControl;
+SfiMCAMapper* sfiMCAMapper;
+DirectedPickupHandler* directedPickupHandler;
+EACockpitHandler* eaCockpitHandler;
+FeatureToggle* featureToggle;
+TeamServiceFeatures* teamServiceFeatures;
+TeamServiceKeyset* teamServiceKeyset;
+
+}  // namespace surface

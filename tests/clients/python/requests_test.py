@@ -2,6 +2,8 @@
 
 import asyncio
 import functools
+import subprocess
+from pathlib import Path
 
 import pytest
 from fakes import FakeTelephone
@@ -227,6 +229,22 @@ async def test_http_without_the_token(telephone_runner, start_telephone):
     phone = await start_telephone(toml=HTTP)
     with pytest.raises(NotConnected, match="gives no access: "):
         await Telephone.connect(phone.program.http(), token="wrong").open()
+
+
+async def test_https_with_a_certificate_of_its_own(start_telephone, tmp_path):
+    certificate, key = tmp_path / "certificate.pem", tmp_path / "key.pem"
+    subprocess.run(
+        ["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes", "-days", "2",
+         "-subj", "/CN=telephone", "-addext", "subjectAltName=IP:127.0.0.1", "-keyout", key, "-out", certificate],
+        check=True, capture_output=True)
+    program = (await start_telephone(toml=f"{HTTP}certificate = '{certificate}'\nkey = '{key}'\n")).program
+    token = Path(f"{program.socket}.token")
+    assert program.http().startswith("https://")
+    async with Telephone.connect(program.http(), token=token, certificate=certificate, advances=True) as phone:
+        call = await phone.line("4711").dial("100")
+        await call.connected()
+    with pytest.raises(NotConnected, match="certificate verify failed"):
+        await Telephone.connect(program.http(), token=token).open()
 
 
 async def test_nobody_is_there(tmp_path, telephone_runner):
