@@ -49,7 +49,8 @@ def comment(text: str, indent: int = 0) -> List[str]:
 
 
 def sentence(text: str) -> str:
-    """A description of a member of the state, some of which are not sentences."""
+    """A description of a member of the state, some of which are not sentences. What is null there is empty here."""
+    text = re.sub(r"\bnull\b", "empty", text)
     return text[0].upper() + text[1:].rstrip(".") + "." if text else ""
 
 
@@ -175,11 +176,15 @@ def parameter(each: Parameter, with_default: bool) -> str:
     return f"{name}{'' if by_value else ' const&'} {identifier(each.tag)}{default}"
 
 
-def signature(each: Request, with_defaults: bool) -> str:
-    """Those that may be left out come last."""
+def signature(each: Request, with_defaults: bool) -> List[str]:
+    """Those that may be left out come last. What is too long for a line gets a line for each parameter."""
     ordered = sorted(each.parameters, key=lambda one: not one.is_required)
-    parameters = ", ".join(parameter(one, with_defaults) for one in ordered)
-    return f"Request<{result_of(each.answer)}> {lower_camel(each.name)}({parameters})"
+    parameters = [parameter(one, with_defaults) for one in ordered]
+    head, tail = f"Request<{result_of(each.answer)}> {lower_camel(each.name)}(", ");" if with_defaults else ")"
+    line = f"{head}{', '.join(parameters)}{tail}"
+    if len(line) <= WIDTH:
+        return [line]
+    return [head, *(f"    {one}," for one in parameters[:-1]), f"    {parameters[-1]}{tail}"]
 
 
 def explained(each: Parameter) -> str:
@@ -197,7 +202,7 @@ def request_declaration(each: Request) -> List[str]:
         lines += comment(f"It does not promise: {each.answer.does_not_promise}")
     if each.events:
         lines += comment(f"Events: {', '.join(one.type_name for one in each.events)}.")
-    return [*lines, signature(each, True) + ";", ""]
+    return [*lines, *signature(each, True), ""]
 
 
 def written(each: Parameter) -> str:
@@ -214,9 +219,7 @@ def written(each: Parameter) -> str:
 def reader(answer: Answer) -> str:
     """The function that reads the answer."""
     if answer.kind is AnswerKind.FIXED_TEXT:
-        condition = f"answerOf(reply) == {quoted(answer.form)}"
-        return (f"[](Reply const& reply) {{ return {condition} ? readNothing(reply) : "
-                "Expected<Nothing>(refusal(reply, answerOf(reply))); }")
+        return f"[](Reply const& reply) {{ return readAction(reply, {quoted(answer.form)}); }}"
     if answer.kind is AnswerKind.ELEMENTS:
         first, last = answer.elements[0], answer.elements[-1]
         if not (is_result(first) or is_result(last)):
@@ -234,9 +237,9 @@ def reader(answer: Answer) -> str:
 
 
 def request_definition(each: Request) -> List[str]:
-    writing = "".join(written(one) for one in each.parameters)
-    return [signature(each, False), "{", f"    return {{RequestWriter({quoted(each.name)}){writing}.text(),",
-            f"            {reader(each.answer)}}};", "}", ""]
+    writing = [f"            {written(one)}" for one in each.parameters]
+    return [*signature(each, False), "{", f"    return {{RequestWriter({quoted(each.name)})", *writing,
+            "            .text(),", f"            {reader(each.answer)}}};", "}", ""]
 
 
 # ---- Files ----

@@ -23,20 +23,10 @@ constexpr auto kPause = std::chrono::milliseconds(500);
 // What a watched party does, as its lamp says.
 std::string meaningOf(state::Lamp const& lamp)
 {
-    switch (lamp.mode) {
-    case LampMode::kOff:
-        return "free";
-    case LampMode::kSteady:
-        return "busy";
-    case LampMode::kFlashing:
-    case LampMode::kFluttering:
-        return "ringing";
-    }
-    return "unknown";
+    return lamp.mode == LampMode::kOff ? "free" : lamp.mode == LampMode::kSteady ? "busy" : "ringing";
 }
 
 using Lamps = std::map<std::string, std::string>;  // what is shown for a party
-
 Lamps lampsOf(state::State const& state)
 {
     Lamps lamps;
@@ -60,7 +50,7 @@ void show(Lamps const& lamps, Lamps const& before)
             std::cout << party << ": " << meaning << '\n';
         }
     }
-    std::cout << std::flush;
+    std::cout.flush();
 }
 
 // Readable when the program shall end.
@@ -93,10 +83,10 @@ int main(int count, char** arguments)
     Lamps shown;
     for (auto event = phone->nextEvent(kPause); event || event.error().kind == Error::Kind::kTimeout;
          event = phone->nextEvent(kPause)) {
-        Lamps const lamps = lampsOf(event ? phone->state() : phone->refresh().valueOr(phone->state()));
+        Lamps lamps = lampsOf(event ? phone->state() : phone->refresh().valueOr(phone->state()));
         if (lamps != shown) {
             show(lamps, shown);
-            shown = lamps;
+            shown.swap(lamps);
         }
     }
 }

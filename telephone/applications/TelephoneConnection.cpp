@@ -19,6 +19,7 @@ RefusalKind refusalKindOf(Error::Kind kind)
 {
     switch (kind) {
     case Error::Kind::kRefused:
+    case Error::Kind::kNoEffect:
     case Error::Kind::kBadInput:
         return RefusalKind::kBadInput;
     case Error::Kind::kUnavailable:

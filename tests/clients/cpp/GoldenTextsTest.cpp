@@ -324,9 +324,9 @@ TEST(GoldenTexts, Answers_AreReadAsTheServiceMeansThem)
             }
             json expected = exchange.value("outputs", json::array());
             if (kind == "truth") {
-                expected = {exchange["result"] == 1};
+                expected = json::array({exchange["result"] == 1});
             } else if (kind == "texts") {  // the texts in one
-                expected = {exchange["answer"]};
+                expected = json::array({exchange["answer"]});
             }
             ASSERT_TRUE(answer) << answer.error().reason;
             EXPECT_EQ(*answer, expected);

@@ -74,6 +74,20 @@ TEST_F(RealTelephoneTest, RefusedRequest_SaysWhy)
     EXPECT_EQ(answer.error().reason, "sfiFailure: line 4711 has no call 7; the telephone has no calls");
 }
 
+TEST_F(RealTelephoneTest, RequestThatDoesNothing_SaysWhy)
+{
+    Telephone phone = connect();
+    phone.ask(requests::outgoingCallMakeRequest("4711", 1, "100")).value();
+    phone.waitFor<CallStateChange>(kDeadline, isConnected).value();
+    phone.ask(requests::holdCall(1)).value();
+    phone.waitFor<CallHeld>(kDeadline).value();
+
+    auto const second = phone.ask(requests::holdCall(1));
+
+    EXPECT_EQ(second.error().kind, Error::Kind::kNoEffect);
+    EXPECT_EQ(second.error().reason, "sfiSuccess: call 1 is on hold already");
+}
+
 TEST_F(RealTelephoneTest, Commands_AreForWhatNoRequestDoes)
 {
     Telephone phone = connect();
