@@ -8,9 +8,9 @@
 #pragma once
 
 #include <deque>
-#include <map>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "telephone/calls/LineDirectory.h"
@@ -67,8 +67,8 @@ private:
     Configuration const& configuration_;
     std::vector<LineConfiguration> lines_;
     std::deque<Row> rows_;  // stable addresses
-    std::map<std::string, Row const*> byId_;
-    std::map<int, Row const*> byNumber_;
+    std::unordered_map<std::string, Row const*> byId_;
+    std::unordered_map<int, Row const*> byNumber_;
     AppearanceMap appearances_;
     ServerAddress server_;
 };

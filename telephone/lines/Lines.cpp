@@ -45,9 +45,7 @@ Lines::Lines(LineTable& table, Configuration const& configuration, Settings& set
         }
     }
     for (auto const& key : configuration_.keys) {
-        if (key.function == "dss") {
-            addStation(key);
-        }
+        addKey(key);
     }
 }
 
@@ -62,13 +60,23 @@ void Lines::stop()
     notifier_.stop();
 }
 
-void Lines::addStation(KeyConfiguration const& key)
+void Lines::addKey(KeyConfiguration const& key)
+{
+    keys_.emplace(key.number, Key{&key, key.function == "dss" ? addStation(key) : nullptr});
+    if (namesLine(key)) {
+        keyOfTarget_.emplace(key.target, key.number);
+    }
+}
+
+DssLine* Lines::addStation(KeyConfiguration const& key)
 {
     if (auto* const line = find(key.target)) {
         line->data().setMonitorOnly(key.monitorOnly);
-    } else {
-        stations_.push_back(std::make_unique<DssLine>(key, calls_, actions_, notifier_));
+        return nullptr;
     }
+    auto* const station = stations_.emplace_back(std::make_unique<DssLine>(key, calls_, actions_, notifier_)).get();
+    stationOfNumber_.emplace(station->number(), station);
+    return station;
 }
 
 void Lines::initialise()
@@ -87,48 +95,40 @@ Line* Lines::getLine(std::string const& lineURI)
     if (auto* const line = find(lineURI)) {
         return line;
     }
-    auto const station = std::find_if(stations_.begin(), stations_.end(),
-                                      [&lineURI](auto const& each) { return each->number() == lineURI; });
-    return station == stations_.end() ? nullptr : station->get();
-}
-
-KeyConfiguration const* Lines::key(int keyNumber) const
-{
-    auto const found = std::find_if(configuration_.keys.begin(), configuration_.keys.end(),
-                                    [keyNumber](KeyConfiguration const& each) { return each.number == keyNumber; });
-    return found == configuration_.keys.end() ? nullptr : &*found;
+    auto const station = stationOfNumber_.find(lineURI);
+    return station == stationOfNumber_.end() ? nullptr : station->second;
 }
 
 Line* Lines::getDSSLineForFPK(int keyNumber)
 {
-    auto const* const found = key(keyNumber);
-    if (found == nullptr || found->function != "dss") {
+    auto const found = keys_.find(keyNumber);
+    if (found == keys_.end() || found->second.configuration->function != "dss") {
         return nullptr;
     }
-    auto const station =
-        std::find_if(stations_.begin(), stations_.end(), [found](auto const& each) { return &each->key() == found; });
-    return station == stations_.end() ? static_cast<Line*>(find(found->target)) : station->get();
+    auto const& [key, station] = found->second;
+    return station == nullptr ? static_cast<Line*>(find(key->target)) : station;
 }
 
 Line* Lines::getLineForFPK(int keyNumber)
 {
-    auto const* const found = key(keyNumber);
-    return found != nullptr && found->function == "line" ? find(found->target) : nullptr;
+    auto const found = keys_.find(keyNumber);
+    bool const isLineKey = found != keys_.end() && found->second.configuration->function == "line";
+    return isLineKey ? find(found->second.configuration->target) : nullptr;
 }
 
 std::string Lines::getURIforFPK(int keyNumber)
 {
-    auto const* const found = key(keyNumber);
-    return found != nullptr && namesLine(*found) ? found->target : std::string();
+    auto const found = keys_.find(keyNumber);
+    bool const isOfALine = found != keys_.end() && namesLine(*found->second.configuration);
+    return isOfALine ? found->second.configuration->target : std::string();
 }
 
 int Lines::getFPKforUri(std::string const& lineURI)
 {
     auto* const line = find(lineURI);
     auto const& target = line == nullptr ? lineURI : line->base().id();
-    auto const found = std::find_if(configuration_.keys.begin(), configuration_.keys.end(),
-                                    [&](auto const& each) { return namesLine(each) && each.target == target; });
-    return found == configuration_.keys.end() ? -1 : found->number;
+    auto const found = keyOfTarget_.find(target);
+    return found == keyOfTarget_.end() ? -1 : found->second;
 }
 
 std::string Lines::getKeysetType()

@@ -8,9 +8,9 @@
 
 #include <atomic>
 #include <chrono>
-#include <map>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/lines/LineManager.h"
@@ -104,13 +104,18 @@ public:
     void refresh();
 
 private:
-    // Makes the party of a direct-station key, unless the key names a line of this telephone.
-    void addStation(KeyConfiguration const& key);
+    struct Key
+    {
+        KeyConfiguration const* configuration;
+        DssLine* station;  // null unless it is a direct-station key of another party
+    };
+
+    void addKey(KeyConfiguration const& key);
+    // The party of a direct-station key; null if the key names a line of this telephone.
+    DssLine* addStation(KeyConfiguration const& key);
     // What the other telephones of a shared line do.
     void noteParty(TelephoneLine& line, WatchedParty const& party);
     TelephoneLine* lineOf(LineTable::Row const* row) const;
-    // The first key with the number; null when there is none.
-    KeyConfiguration const* key(int keyNumber) const;
 
     LineTable& table_;
     Configuration const& configuration_;
@@ -120,8 +125,12 @@ private:
     LineNotifier notifier_;
     std::vector<std::unique_ptr<TelephoneLine>> owned_;  // with appearances
     std::vector<TelephoneLine*> lines_;
-    std::map<int, TelephoneLine*> byNumber_;
+    std::unordered_map<int, TelephoneLine*> byNumber_;
     std::vector<std::unique_ptr<DssLine>> stations_;
+    // Of several with the same number or target, the first.
+    std::unordered_map<int, Key> keys_;
+    std::unordered_map<std::string, DssLine*> stationOfNumber_;
+    std::unordered_map<std::string, int> keyOfTarget_;
     std::atomic<DigitAnalysisServiceIfc*> digitAnalysis_{nullptr};
     OnlyObject<Lines> const only_{*this, "lines"};
 };

@@ -64,19 +64,17 @@ KeyLayout::KeyLayout(Configuration const& configuration)
     }
     std::stable_sort(keys_.begin(), keys_.end(),
                      [](PhoneKey const& left, PhoneKey const& right) { return left.number() < right.number(); });
-    auto const twice = std::adjacent_find(keys_.begin(), keys_.end(), [](PhoneKey const& left, PhoneKey const& right) {
-        return left.number() == right.number();
-    });
-    if (twice != keys_.end()) {
-        throw std::runtime_error("key " + std::to_string(twice->number()) + " is configured twice");
+    for (std::size_t place = 0; place < keys_.size(); ++place) {
+        if (!places_.emplace(keys_[place].number(), place).second) {
+            throw std::runtime_error("key " + std::to_string(keys_[place].number()) + " is configured twice");
+        }
     }
 }
 
 PhoneKey const* KeyLayout::find(int number) const
 {
-    auto const key = std::lower_bound(keys_.begin(), keys_.end(), number,
-                                      [](PhoneKey const& each, int wanted) { return each.number() < wanted; });
-    return key == keys_.end() || key->number() != number ? nullptr : &*key;
+    auto const place = places_.find(number);
+    return place == places_.end() ? nullptr : &keys_[place->second];
 }
 
 PhoneKey const* KeyLayout::find(std::string const& name) const

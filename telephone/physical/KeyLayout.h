@@ -4,6 +4,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/physical/PhysDefs.h"
@@ -49,7 +50,8 @@ public:
     std::string range() const;
 
 private:
-    std::vector<PhoneKey> keys_;  // in ascending order of numbers
+    std::vector<PhoneKey> keys_;                   // in ascending order of numbers
+    std::unordered_map<int, std::size_t> places_;  // in keys_, by number
 };
 
 // The rows of all functions.

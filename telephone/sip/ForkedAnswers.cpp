@@ -37,8 +37,13 @@ void ForkedAnswers::listen()
 void ForkedAnswers::await(std::string const& callId)
 {
     std::uint64_t const now = tmr_jiffies();
-    std::erase_if(invites_, [now](auto const& entry) { return entry.second.until <= now; });
-    invites_.try_emplace(callId, Invite{now + kAnswersCome});
+    for (; !ends_.empty() && ends_.front()->second.until <= now; ends_.pop_front()) {
+        invites_.erase(ends_.front());
+    }
+    auto const [invite, isNew] = invites_.try_emplace(callId, Invite{now + kAnswersCome});
+    if (isNew) {
+        ends_.push_back(invite);
+    }
 }
 
 bool ForkedAnswers::onResponse(sip_msg const& answer)

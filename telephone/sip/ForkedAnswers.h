@@ -5,6 +5,7 @@
 // The stack takes every 2xx to an INVITE and drops those of dialogs that it does not know, so this listens before it.
 #pragma once
 
+#include <deque>
 #include <map>
 #include <set>
 #include <string>
@@ -42,7 +43,8 @@ private:
 
     Element const& element_;
     Ref<sip_lsnr> listener_;
-    std::map<std::string, Invite> invites_;  // by Call-ID
+    std::map<std::string, Invite> invites_;                     // by Call-ID
+    std::deque<std::map<std::string, Invite>::iterator> ends_;  // the first to end at the front
 };
 
 }  // namespace telephone::sip

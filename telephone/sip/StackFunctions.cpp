@@ -101,6 +101,16 @@ std::uint64_t our_tmr_jiffies()
     return stackMilliseconds();
 }
 
+std::uint64_t our_tmr_next_timeout(list* /*timers*/)
+{
+    return untilFirstExpiry();
+}
+
+void our_tmr_poll(list* /*timers*/)
+{
+    expireTimers();
+}
+
 void our_tmr_start(tmr* timer, std::uint64_t delay, tmr_h* handler, void* argument)
 {
     if (timer != nullptr) {

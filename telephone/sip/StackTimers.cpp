@@ -1,13 +1,12 @@
 #include "telephone/sip/StackTimers.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <map>
 
 #include "telephone/sip/Stack.h"
 #include "telephone/time/SteadyClock.h"
-
-// The stack's timers, the first to expire at the head. The stack exports the function without declaring it.
-extern "C" list* tmrl_get(void);
 
 namespace telephone::sip {
 
@@ -15,41 +14,50 @@ namespace {
 
 std::atomic<unsigned> acceleration{1};
 
-std::uint64_t expiryOf(le const* element)
+// By expiry, those of one millisecond in the order in which they were started. The stack's own list would be passed for
+// each timer: a call leaves timers of half a second, five seconds and half a minute, thousands in a busy minute.
+using Timers = std::multimap<std::uint64_t, tmr*>;
+
+// Never destroyed: objects of the stack stop their timers when they end.
+Timers& timers()
 {
-    return static_cast<tmr const*>(element->data)->jfs;
+    static auto& all = *new Timers;
+    return all;
 }
 
-// Inserts a timer behind those that expire no later, searching from both ends at once: a transaction's timer of 32
-// seconds (RFC 3261, timers B, F and J) belongs near the tail, a retransmission's of half a second near the head, with
-// thousands of the former between them.
-void insert(list& timers, tmr& timer)
+void stop(tmr const& timer)
 {
-    le* back = timers.tail;
-    for (le* front = timers.head; front; front = front->next, back = back->prev) {
-        if (expiryOf(front) > timer.jfs) {
-            list_insert_before(&timers, front, &timer.le, &timer);
-            return;
-        }
-        if (expiryOf(back) <= timer.jfs) {
-            list_insert_after(&timers, back, &timer.le, &timer);
-            return;
-        }
-    }
-    list_append(&timers, &timer.le, &timer);
+    auto const [begin, end] = timers().equal_range(timer.jfs);
+    timers().erase(std::find_if(begin, end, [&timer](auto const& entry) { return entry.second == &timer; }));
 }
 
 }  // namespace
 
 std::uint64_t firstExpiry()
 {
-    le const* const first = list_head(tmrl_get());
-    return first ? expiryOf(first) : kNoTimer;
+    return timers().empty() ? kNoTimer : timers().begin()->first;
+}
+
+std::uint64_t untilFirstExpiry()
+{
+    std::uint64_t const first = firstExpiry();
+    std::uint64_t const now = stackMilliseconds();
+    if (first == kNoTimer) {
+        return 0;
+    }
+    return first > now ? first - now : 1;
 }
 
 void expireTimers()
 {
-    tmr_poll(tmrl_get());
+    std::uint64_t const now = stackMilliseconds();
+    while (firstExpiry() <= now) {
+        tmr& timer = *timers().begin()->second;
+        timers().erase(timers().begin());
+        auto* const handler = timer.th;
+        timer.th = nullptr;  // the handler may start it again, or end its owner
+        handler(timer.arg);
+    }
 }
 
 void accelerateTimers(unsigned factor)
@@ -66,7 +74,7 @@ std::uint64_t stackMilliseconds()
 void startTimer(tmr& timer, std::uint64_t delay, void (*handler)(void*), void* argument)
 {
     if (timer.th) {
-        list_unlink(&timer.le);
+        stop(timer);
     }
     timer.th = handler;
     timer.arg = argument;
@@ -74,7 +82,7 @@ void startTimer(tmr& timer, std::uint64_t delay, void (*handler)(void*), void* a
         return;
     }
     timer.jfs = stackMilliseconds() + delay / acceleration;
-    insert(*tmrl_get(), timer);
+    timers().emplace(timer.jfs, &timer);
 }
 
 }  // namespace telephone::sip

@@ -54,24 +54,33 @@ std::string nameOf(testing::TestParamInfo<Exchange> const& info)
 }
 
 class GoldenRequest : public testing::TestWithParam<Exchange>
-{};
+{
+protected:
+    // Sends a request whose call has the exchange's result.
+    void send(std::string const& request)
+    {
+        auto const& exchange = GetParam().content;
+        ON_CALL(context, findProxy("CommunicationsServiceEventIfc", "channel-1")).WillByDefault(Return(&proxy));
+        service.observer.eventProxy = &proxy;
+        service.result = exchange.at("result").is_null() ? 0 : exchange.at("result").get<int>();
+        service.observer.outputs = exchange.value("outputs", nlohmann::json::array());
+        CommunicationsServiceInvoker invoker;
+        invoker.initInvoker(&context);
+
+        invoker.handleMessage(&service, request.c_str(), static_cast<int>(request.size()), &response);
+    }
+
+    NiceMock<MockProxy> proxy;
+    NiceMock<MockFrameworkContext> context;
+    ObservedService<CallRecord> service;
+    RecordedResponse response;
+};
 
 TEST_P(GoldenRequest, MakesTheWrittenCallAndAnswersTheWrittenText)
 {
     auto const& exchange = GetParam().content;
-    auto const request = exchange.at("request").get<std::string>();
-    NiceMock<MockProxy> proxy;
-    NiceMock<MockFrameworkContext> context;
-    ON_CALL(context, findProxy("CommunicationsServiceEventIfc", "channel-1")).WillByDefault(Return(&proxy));
-    ObservedService<CallRecord> service;
-    service.observer.eventProxy = &proxy;
-    service.result = exchange.at("result").is_null() ? 0 : exchange.at("result").get<int>();
-    service.observer.outputs = exchange.value("outputs", nlohmann::json::array());
-    RecordedResponse response;
-    CommunicationsServiceInvoker invoker;
-    invoker.initInvoker(&context);
 
-    invoker.handleMessage(&service, request.c_str(), static_cast<int>(request.size()), &response);
+    send(exchange.at("request").get<std::string>());
 
     EXPECT_EQ(service.observer.calls, nlohmann::json::array({exchange.at("call")}));
     std::vector<std::string> expected;
@@ -101,6 +110,49 @@ std::vector<std::string> tagsOf(std::string const& request)
     }
     return tags;
 }
+
+using CompleteRequest = GoldenRequest;
+
+// Only requests that have all of their elements, and no document in them.
+std::vector<Exchange> completeExchanges()
+{
+    auto exchanges = allExchanges();
+    auto const isOther = [](Exchange const& exchange) {
+        bool const hasDocument = exchange.method == "SendCSTARequest" || exchange.method == "SendUACSTAServerMessage";
+        return hasDocument || exchange.content.at("case") != "success";
+    };
+    exchanges.erase(std::remove_if(exchanges.begin(), exchanges.end(), isOther), exchanges.end());
+    return exchanges;
+}
+
+TEST_P(CompleteRequest, WithEachElementOnceMoreBehind_MakesTheSameCall)
+{
+    auto request = GetParam().content.at("request").get<std::string>();
+    for (auto const& tag : tagsOf(request)) {
+        request += "<" + tag + ">9</" + tag + ">";
+    }
+
+    send(request);
+
+    EXPECT_EQ(service.observer.calls, nlohmann::json::array({GetParam().content.at("call")}));
+}
+
+TEST_P(CompleteRequest, WithItsElementsInTheOppositeOrder_MakesTheSameCall)
+{
+    auto const request = GetParam().content.at("request").get<std::string>();
+    std::string opposite;
+    for (auto const& tag : tagsOf(request)) {
+        auto const begin = request.find("<" + tag + ">");
+        auto const closing = "</" + tag + ">";
+        opposite.insert(0, request.substr(begin, request.find(closing) + closing.size() - begin));
+    }
+
+    send(request.substr(0, request.find("</Method>") + 9) + opposite);
+
+    EXPECT_EQ(service.observer.calls, nlohmann::json::array({GetParam().content.at("call")}));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, CompleteRequest, testing::ValuesIn(completeExchanges()), nameOf);
 
 TEST(GoldenRequests, HoldEveryDescribedRequestInOrder)
 {
