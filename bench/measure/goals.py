@@ -60,9 +60,9 @@ def flat(what: str, name: str, few: int, many: int) -> Row:
     """The cost among many compared with the cost among few; a linear search would far exceed the limit."""
     return Row(
         f"{what}: {many:,} beside {few}",
-        "flat: at most 3 times",
+        "flat: at most 2 times",
         lambda f: f[f"{name}/{many}"] / f[f"{name}/{few}"],
-        at_most(3),
+        at_most(2),
         lambda f, value: f"{value:.2f} times ({figure(f[f'{name}/{many}'])} against {figure(f[f'{name}/{few}'])} ns)",
     )
 
