@@ -1,5 +1,6 @@
--- A filter of pandoc for the pages of the project: links to pages lead to the pages of the site, and the name of a request,
--- event or enumeration, written as code, leads to its description. NAMES lists those names, one "NAME PAGE" a line.
+-- A filter of pandoc for the pages of the project: links to pages lead to the pages of the site, those to headers to their
+-- contracts, and the name of a request, event or enumeration, written as code, to its description. NAMES lists those names,
+-- one "NAME PAGE" a line.
 local places = {}
 for line in io.lines(os.getenv("NAMES")) do
     local name, page = line:match("^(%S+) (%S+)$")
@@ -10,6 +11,10 @@ local root = os.getenv("ROOT")
 function Link(link)
     if not link.target:match("^%a+://") then
         link.target = link.target:gsub("%.md$", ".html"):gsub("%.md#", ".html#")
+        local header = link.target:match("^%.%./platform/.-([^/]+%.h)$") or link.target:match("^%.%./include/([^/]+)$")
+        if header then
+            link.target = root .. "contracts/" .. header:gsub("%.", "_8") .. ".html"
+        end
     end
     return link
 end
