@@ -3,9 +3,6 @@
 //
 // A request has several parameters, so the places of all "<" are found once. A text with more of them than any known
 // request is searched from its beginning each time, with the same result.
-//
-// Applications send the elements in the order in which the handlers read them. As long as that holds, each is found
-// where the one before it ended.
 #pragma once
 
 #include <algorithm>
@@ -65,21 +62,11 @@ private:
 
     template <std::size_t kSize>
     bool isAt(std::size_t place, char const (&name)[kSize]) const;
-    // Whether the place is a closing tag of that name.
-    template <std::size_t kSize>
-    bool isClosing(std::size_t place, char const (&name)[kSize]) const
-    {
-        return isAt(place + 2, name) && text_[place + 1] == '/';
-    }
-    // Whether one of the elements before next_ has that name.
-    template <std::size_t kSize>
-    bool hasRead(char const (&name)[kSize]) const;
     std::optional<std::string_view> search(std::string_view name) const;
 
     std::string_view text_;
     std::array<std::uint32_t, kMaximumPlaces> places_;  // of all "<", in order; the first count_ are set
     std::size_t count_ = 0;
-    mutable std::size_t next_ = 0;  // the places before it are tags of elements that were read, opening and closing
     bool allPlacesKnown_ = false;
 };
 
@@ -92,35 +79,20 @@ bool RequestText::isAt(std::size_t place, char const (&name)[kSize]) const
 }
 
 template <std::size_t kSize>
-bool RequestText::hasRead(char const (&name)[kSize]) const
-{
-    for (std::size_t opening = 0; opening < next_; opening += 2) {
-        if (isAt(places_[opening] + 1, name)) {
-            return true;
-        }
-    }
-    return false;
-}
-
-template <std::size_t kSize>
 std::optional<std::string_view> RequestText::value(char const (&name)[kSize]) const
 {
     if (!allPlacesKnown_) {
         return search(name);
     }
     std::uint32_t const* const last = places_.data() + count_;
-    std::uint32_t const* opening = places_.data() + next_;
-    if (next_ + 1 < count_ && isAt(opening[0] + 1, name) && isClosing(opening[1], name) && !hasRead(name)) {
-        next_ += 2;
-        return text_.substr(opening[0] + kSize + 1, opening[1] - opening[0] - kSize - 1);
-    }
-    opening = std::find_if(places_.data(), last, [&](std::size_t place) { return isAt(place + 1, name); });
+    std::uint32_t const* const opening =
+        std::find_if(places_.data(), last, [&](std::size_t place) { return isAt(place + 1, name); });
     if (opening == last) {
         return std::nullopt;
     }
     // Every later place lies behind the opening tag.
-    std::uint32_t const* const closing =
-        std::find_if(opening + 1, last, [&](std::size_t place) { return isClosing(place, name); });
+    std::uint32_t const* const closing = std::find_if(
+        opening + 1, last, [&](std::size_t place) { return isAt(place + 2, name) && text_[place + 1] == '/'; });
     if (closing == last) {
         return std::nullopt;
     }

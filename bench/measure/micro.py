@@ -16,14 +16,14 @@ PROGRAMS = (
 REPETITIONS = 25
 
 
-def run_program(program: pathlib.Path) -> dict[str, float]:
+def run_program(program: pathlib.Path, repetitions: int) -> dict[str, float]:
     """Every benchmark of a program by its name. Repetitions are interleaved, so that a busy moment affects them all."""
     done = subprocess.run(
         [
             program,
             "--benchmark_format=json",
             "--benchmark_min_time=0.02",
-            f"--benchmark_repetitions={REPETITIONS}",
+            f"--benchmark_repetitions={repetitions}",
             "--benchmark_enable_random_interleaving=true",
             "--benchmark_report_aggregates_only=true",
         ],
@@ -35,8 +35,11 @@ def run_program(program: pathlib.Path) -> dict[str, float]:
     return {row["run_name"]: row["cpu_time"] for row in rows if row.get("aggregate_name") == "median"}
 
 
-def run_all(build: pathlib.Path) -> dict[str, float]:
+def run_all(build: pathlib.Path, repetitions: int = REPETITIONS) -> dict[str, float]:
+    """Of the programs that the build has: a build of an earlier revision may lack some."""
     times: dict[str, float] = {}
     for name in PROGRAMS:
-        times.update(run_program(build / "bench" / name))
+        program = build / "bench" / name
+        if program.exists():
+            times.update(run_program(program, repetitions))
     return times
