@@ -154,6 +154,19 @@ TEST_F(LinesTest, LineData_ComesFromTheConfigurationOfTheLine)
     EXPECT_EQ(lines.getLine("4711")->getLineData()->getPrimary(), 1);
 }
 
+TEST_F(LinesTest, DataOfAStation_ComeFromItsKey_WhichNeverRings)
+{
+    configuration_.keys = {{4, "dss", "102", "Reception", true}};
+    auto& data = *build().getDSSLineForFPK(4)->getLineData();
+
+    EXPECT_EQ(data.getURI(), "102");
+    EXPECT_EQ(data.getShortDescription(), "Reception");
+    EXPECT_EQ(data.getRing(), 0);
+    EXPECT_EQ(data.getOverviewPosition(), 4);
+    EXPECT_FALSE(data.getVisibleOnOverview());
+    EXPECT_TRUE(data.getDSSMonitorOnly());
+}
+
 TEST_F(LinesTest, FeaturesOfALine_AreKeptInTheStore)
 {
     auto& line = *build().getLine("4712");
