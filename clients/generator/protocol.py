@@ -11,9 +11,12 @@ import re
 from dataclasses import dataclass, replace
 from enum import Enum
 from pathlib import Path
-from typing import Any, Dict, List, Optional, Tuple, Union
+from typing import Any, Callable, Dict, List, Optional, Tuple, Union
 
 import names
+
+# Commands of the connection, which the clients themselves send; another use would confuse them.
+CONNECTION_COMMANDS = ("events", "events off", "reasons", "strict", "raw")
 
 
 @dataclass(frozen=True)
@@ -149,6 +152,12 @@ class Argument:
     is_optional: bool
     takes_rest: bool  # the value is the rest of the line: one word or several
 
+    def label(self, is_reserved: Callable[[str], bool]) -> str:
+        """What a function calls it: the word before it, unless the language reserves that; else its value's name."""
+        if self.keyword and not is_reserved(self.keyword):
+            return self.keyword
+        return "choice" if self.choices else self.name
+
 
 @dataclass(frozen=True)
 class Command:
@@ -156,6 +165,22 @@ class Command:
     arguments: Tuple[Argument, ...]
     usage: str  # "LINE from NUMBER [name NAME]"
     help: str
+
+    @property
+    def meaning(self) -> str:
+        """The help as a sentence."""
+        return self.help[0].upper() + self.help[1:] + ("" if self.help.endswith(".") else ".")
+
+    @property
+    def positional(self) -> Tuple[Argument, ...]:
+        """Those that a function takes by their position: the required ones, then those without a word before them."""
+        return (*(one for one in self.arguments if not one.is_optional),
+                *(one for one in self.arguments if one.is_optional and not one.keyword))
+
+    @property
+    def by_name(self) -> Tuple[Argument, ...]:
+        """The others. A language without arguments by name takes them last."""
+        return tuple(one for one in self.arguments if one.is_optional and one.keyword)
 
 
 @dataclass(frozen=True)
@@ -186,6 +211,11 @@ class Protocol:
     enumerations: Tuple[Enumeration, ...]
     commands: Tuple[Command, ...]
     state: Tuple[Record, ...]  # a record comes after those that it uses; "State" is the last
+
+    @property
+    def offered_commands(self) -> Tuple[Command, ...]:
+        """Those that a client offers."""
+        return tuple(each for each in self.commands if each.name not in CONNECTION_COMMANDS)
 
 
 def is_result(field: Field) -> bool:

@@ -11,9 +11,9 @@ import textwrap
 from pathlib import Path
 from typing import Dict, Iterable, List
 
-from names import lower_camel, upper_camel
-from protocol import (Answer, AnswerKind, Enumeration, Event, Field, Member, Parameter, Protocol, Record, Request, Type,
-                      is_result, load)
+from names import lower_camel, require_distinct, upper_camel
+from protocol import (Answer, AnswerKind, Argument, Command, Enumeration, Event, Field, Member, Parameter, Protocol,
+                      Record, Request, Type, Value, is_result, load)
 
 WIDTH = 120
 TEMPLATES = Path(__file__).resolve().parent.parent / "cpp"
@@ -177,10 +177,15 @@ def parameter(each: Parameter, with_default: bool) -> str:
 
 
 def signature(each: Request, with_defaults: bool) -> List[str]:
-    """Those that may be left out come last. What is too long for a line gets a line for each parameter."""
+    """Those that may be left out come last."""
     ordered = sorted(each.parameters, key=lambda one: not one.is_required)
     parameters = [parameter(one, with_defaults) for one in ordered]
-    head, tail = f"Request<{result_of(each.answer)}> {lower_camel(each.name)}(", ");" if with_defaults else ")"
+    return function(f"Request<{result_of(each.answer)}> {lower_camel(each.name)}(", parameters, with_defaults)
+
+
+def function(head: str, parameters: List[str], is_declaration: bool) -> List[str]:
+    """The head of a function. What is too long for a line gets a line for each parameter."""
+    tail = ");" if is_declaration else ")"
     line = f"{head}{', '.join(parameters)}{tail}"
     if len(line) <= WIDTH:
         return [line]
@@ -242,6 +247,49 @@ def request_definition(each: Request) -> List[str]:
             "            .text(),", f"            {reader(each.answer)}}};", "}", ""]
 
 
+# ---- Commands ----
+
+def choices(commands: Iterable[Command]) -> List[Enumeration]:
+    """An enumeration for each command with a choice of words: Hook for hook up|down. Its numbers are never sent."""
+    found = [Enumeration(upper_camel(each.name), f"The words that the command {each.name} takes.", True,
+                         tuple(Value(number, None, word, "") for number, word in enumerate(one.choices)))
+             for each in commands for one in each.arguments if one.choices]
+    require_distinct([each.name for each in found], "choices of commands")
+    return found
+
+
+def label(each: Argument) -> str:
+    return lower_camel(each.label(KEYWORDS.__contains__))
+
+
+def argument(each: Argument, command: Command, with_default: bool) -> str:
+    if not each.name:
+        return f"bool {label(each)}{' = false' if with_default else ''}"
+    if each.choices:
+        return f"{upper_camel(command.name)} {label(each)}"
+    if each.is_optional:
+        return f"std::optional<Argument> const& {label(each)}{' = {}' if with_default else ''}"
+    return f"Argument const& {label(each)}"
+
+
+def command_signature(each: Command, with_defaults: bool) -> List[str]:
+    arguments = [argument(one, each, with_defaults) for one in (*each.positional, *each.by_name)]
+    return function(f"Request<std::string> {identifier(each.name)}(", arguments, with_defaults)
+
+
+def command_declaration(each: Command) -> List[str]:
+    typed = comment(f"As typed: {each.name} {each.usage}") if each.usage else []
+    return [*comment(each.meaning), *typed, *command_signature(each, True), ""]
+
+
+def command_definition(each: Command) -> List[str]:
+    """Arguments are written in the order of the command, which may be another than that of the function."""
+    values = [f"std::string(name({label(one)}))" if one.choices else label(one) for one in each.arguments]
+    writing = [f"            .argument({quoted(one.keyword)}, {value})" for one, value in zip(each.arguments, values)]
+    return [*command_signature(each, False), "{", "    return requests::command(",
+            f"        CommandWriter({quoted(each.name)})", *writing, "            .text());", "}", ""]
+
+
 # ---- Files ----
 
 def joined(parts: Iterable[List[str]]) -> str:
@@ -250,15 +298,16 @@ def joined(parts: Iterable[List[str]]) -> str:
 
 def places(protocol: Protocol) -> Dict[str, str]:
     answers = [one.answer for one in protocol.requests if one.answer.type_name]
+    enumerations = [*protocol.enumerations, *choices(protocol.offered_commands)]
     return {
         "VERSION": protocol.version,
-        "ENUMERATIONS": joined(enumeration(one) for one in protocol.enumerations),
+        "ENUMERATIONS": joined(enumeration(one) for one in enumerations),
         "EVENTS": joined(event(one) for one in protocol.events),
         "ANY_EVENT": any_event(protocol.events),
         "ANSWERS": joined(answer_type(one) for one in answers),
         "STATE": joined(record(one) for one in protocol.state),
-        "ENUMERATION_TABLES": joined(enumeration_table(one) for one in protocol.enumerations),
-        "NAMES": joined(name_function(one) for one in protocol.enumerations),
+        "ENUMERATION_TABLES": joined(enumeration_table(one) for one in enumerations),
+        "NAMES": joined(name_function(one) for one in enumerations),
         "EVENT_KINDS": joined([f"    kKindOf<{one.type_name}>,"] for one in protocol.events),
     }
 
@@ -275,8 +324,16 @@ def main(arguments: List[str]) -> None:
     description, schema, folder = map(Path, arguments)
     protocol = load(description, schema)
     filled = places(protocol)
-    write("TelephoneClient.h", folder, {**filled, "REQUESTS": joined(request_declaration(one) for one in protocol.requests)})
-    write("TelephoneClient.cpp", folder, {**filled, "REQUESTS": joined(request_definition(one) for one in protocol.requests)})
+    write("TelephoneClient.h", folder, {
+        **filled,
+        "REQUESTS": joined(request_declaration(one) for one in protocol.requests),
+        "COMMANDS": joined(command_declaration(one) for one in protocol.offered_commands),
+    })
+    write("TelephoneClient.cpp", folder, {
+        **filled,
+        "REQUESTS": joined(request_definition(one) for one in protocol.requests),
+        "COMMANDS": joined(command_definition(one) for one in protocol.offered_commands),
+    })
 
 
 if __name__ == "__main__":

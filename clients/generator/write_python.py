@@ -17,9 +17,6 @@ from protocol import (Answer, AnswerKind, Argument, Command, Enumeration, Event,
 
 WIDTH = 120
 
-# Commands of the connection, which the client itself sends; another use would confuse it.
-CONNECTION_COMMANDS = ("events", "events off", "reasons", "strict", "raw")
-
 PLAIN_TYPES = {
     Type.TEXT: "str",
     Type.NUMBER: "int",
@@ -223,9 +220,7 @@ def request(each: Request) -> List[str]:
 
 
 def argument_name(each: Argument) -> str:
-    if each.keyword and not keyword.iskeyword(each.keyword):
-        return each.keyword
-    return "choice" if each.choices else snake(each.name)
+    return snake(each.label(keyword.iskeyword))
 
 
 def argument_type(each: Argument) -> str:
@@ -245,14 +240,11 @@ def argument(each: Argument) -> str:
 
 
 def command(each: Command) -> List[str]:
-    """A value that may be left out and has no word before it can be given by its position."""
-    positional = [argument(one) for one in each.arguments if not one.is_optional]
-    positional += [argument(one) for one in each.arguments if one.is_optional and not one.keyword]
-    by_name = [argument(one) for one in each.arguments if one.is_optional and one.keyword]
+    positional = [argument(one) for one in each.positional]
+    by_name = [argument(one) for one in each.by_name]
     groups = [f'("{one.keyword}", {argument_name(one)})' for one in each.arguments]
     lines = signature(identifier(each.name), positional, by_name, "str")
-    help = each.help[0].upper() + each.help[1:].rstrip(".")
-    lines += docstring(8, f"{help}.", f"As typed: {each.name} {each.usage}".rstrip())
+    lines += docstring(8, each.meaning, f"As typed: {each.name} {each.usage}".rstrip())
     return lines + call("        return await self._command(", [quoted(each.name), *groups], ")")
 
 
@@ -319,7 +311,7 @@ def protocol_module(protocol: Protocol) -> str:
                         [request(each) for each in protocol.requests])
     commands = class_of("Commands", "CommandSender",
                         "The telephone's own commands, each a method that returns the result as text.",
-                        [command(each) for each in protocol.commands if each.name not in CONNECTION_COMMANDS])
+                        [command(each) for each in protocol.offered_commands])
     public = [*[each.name for each in protocol.enumerations], *[each.type_name for each in protocol.events], "EVENTS",
               *[each.type_name for each in answers], "Requests", "Commands"]
     names = ["__all__ = [", *[f'    "{each}",' for each in public], "]"]

@@ -92,12 +92,19 @@ TEST_F(RealTelephoneTest, Commands_AreForWhatNoRequestDoes)
 {
     Telephone phone = connect();
 
-    phone.ask(requests::command("call 4711 from 555 name \"Ann B\"")).value();
+    phone.ask(commands::call("4711", 555, "Ann B")).value();
 
     auto const incoming = phone.waitFor<IncomingCall>(kDeadline).value();
     EXPECT_EQ(incoming.lineID, "4711");
     EXPECT_EQ(incoming.name, "Ann B");
     EXPECT_EQ(phone.state().calls.at(0).party.name, "Ann B");
+}
+
+TEST_F(RealTelephoneTest, ValueOfACommand_ComesThroughItsQuotes)
+{
+    Telephone phone = connect();
+
+    EXPECT_EQ(phone.ask(commands::say("a \"b\\  # it's")).value(), "a \"b\\  # it's");
 }
 
 TEST_F(RealTelephoneTest, RequestsWithValues_ReturnThem)

@@ -65,6 +65,21 @@ def test_patterns_of_commands():
     assert commands["say"] == (Argument("", "TEXT", (), True, True),)
 
 
+def test_arguments_of_commands_have_an_order_and_labels():
+    commands = {each.name: each for each in generator.load(DESCRIPTION, STATE).offered_commands}
+
+    def labels(name, reserved=()):
+        command = commands[name]
+        return [[one.label(reserved.__contains__) for one in group] for group in (command.positional, command.by_name)]
+
+    assert labels("call") == [["LINE", "from"], ["name"]]
+    assert labels("call", reserved=("from",)) == [["LINE", "NUMBER"], ["name"]]
+    assert labels("exchange") == [["NUMBER", "STEPS"], ["does"]]
+    assert labels("exchange registrar") == [["choice", "VALUE"], []]
+    assert commands["press"].meaning == "Presses a key, named by number, label or function."
+    assert len(commands) == 43 and "strict" not in commands
+
+
 @pytest.mark.parametrize("change, error", [
     (lambda each: each.update(format=2), "format 2; this program reads format 1"),
     (lambda each: each["events"][0]["elements"][0].update(kind="colour"), "LineID: unknown kind colour with form 'line id'"),
