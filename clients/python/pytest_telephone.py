@@ -55,7 +55,7 @@ class Lamp:
             return self.mode == other
         return NotImplemented
 
-    __hash__ = None  # type: ignore[assignment]  # what it equals is no lamp
+    __hash__ = None  # type: ignore[assignment]  # the modes that it equals hash differently
 
     def __repr__(self) -> str:
         return f"<lamp of {self.key}>"
@@ -73,10 +73,12 @@ class TelephoneUnderTest(Telephone):
     program: "_Program"
 
     async def ring(self, line: str = "4711", number: str = "555", name: str | None = None) -> Call:
-        """Lets a number of the exchange call a line, and returns the call once it is offered."""
+        """Lets a number of the exchange call a line, and returns the call once it is offered. Its waits see what an
+        application has done to it meanwhile."""
+        since = self.position
         await self.do.call(line, number, name=name)
         event = await self.wait_for(IncomingCall, line=line)
-        return self.call(event.call_id, event.line_id)
+        return Call(self, event.call_id, event.line_id, since)
 
     async def advance(self, seconds: float) -> None:
         """In virtual time: lets so much time pass."""
@@ -266,7 +268,7 @@ def _option(config: pytest.Config, name: str) -> str | None:
 def _program_of(config: pytest.Config) -> str:
     program = _option(config, "program") or os.environ.get("TELEPHONE") or shutil.which("telephone")
     if not program:
-        raise pytest.UsageError("there is no program telephone in PATH: give its path with --telephone-program")
+        raise pytest.UsageError("the program telephone is not in PATH: give its path with --telephone-program")
     return program
 
 

@@ -21,7 +21,7 @@ class EventMessage:
 
 @dataclass(frozen=True)
 class GapMessage:
-    """These events are no longer kept. A StateMessage follows."""
+    """The telephone no longer keeps these events. A StateMessage follows."""
 
     first: int
     last: int

@@ -32,7 +32,7 @@ class ConnectionLost(TelephoneError, ConnectionError):
 
 
 class NotConnected(ConnectionLost):
-    """There is no connection at present: nothing was sent."""
+    """The client is not connected at present: nothing was sent."""
 
 
 class ProtocolError(TelephoneError):

@@ -38,7 +38,7 @@ class Gap(Event):
 
 
 def read_event(number: int, time: datetime, text: str) -> Event:
-    """The event of its kind; UnknownEvent if there is no such kind or an element is missing."""
+    """The event of its kind; UnknownEvent for an unknown kind or a missing element."""
     stamp, elements = Stamp(number, time, text), Elements(text)
     try:
         kind = EVENTS.get(elements.text("Method"), UnknownEvent)
@@ -86,7 +86,7 @@ class Feed:
 
     @property
     def connection(self) -> Connection:
-        """The present connection. NotConnected if there is none."""
+        """The present connection. NotConnected without one."""
         if self._connection is None:
             raise NotConnected(self._why_not)
         return self._connection

@@ -44,7 +44,7 @@ class _Response:
 
 
 class HttpConnection(Connection):
-    """There is no connection that lasts: it counts as lost when the stream of events ends."""
+    """No connection lasts over HTTP: this one counts as lost when the stream of events ends."""
 
     def __init__(self, url: str, token: str | Path | None, strict: bool, certificate: Path | None) -> None:
         self._url = urlsplit(url)
@@ -58,7 +58,7 @@ class HttpConnection(Connection):
     async def open(
         cls, url: str, token: str | Path | None, strict: bool, certificate: Path | None = None
     ) -> "HttpConnection":
-        """Asks the telephone who it is. NotConnected if there is none or it does not accept the token.
+        """Asks the telephone who it is. NotConnected if none answers or it does not accept the token.
 
         token: the token, or the file that has it, which is read for each request, since each start has another.
         certificate: of the authorities for HTTPS; None: those of the system.
@@ -114,7 +114,7 @@ class HttpConnection(Connection):
         try:
             reader, writer = await asyncio.open_connection(self._url.hostname, self._url.port, ssl=self._tls)
         except OSError as error:
-            raise NotConnected(f"there is no telephone at {self._origin}: {error.strerror or error}") from error
+            raise NotConnected(f"no telephone answers at {self._origin}: {error.strerror or error}") from error
         self._writers.add(writer)
         try:
             writer.write(self._head(method, target, body.encode()) + body.encode())

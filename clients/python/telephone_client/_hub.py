@@ -1,4 +1,4 @@
-"""Delivers events to whoever wants them: iterators, and waits for one event, also for one that has just come.
+"""Delivers events to iterators, and to waits for one event, which may have come just before.
 
 Every event gets a position, which grows over restarts of the telephone; the numbers of events begin again.
 """

@@ -98,7 +98,7 @@ class RequestSender(ABC):
         result, _, value = answer.partition(",")
         self._require_success(text, result, reasons)
         if not value:
-            raise ProtocolError(f"there is no value in the answer {answer} to {text}")
+            raise ProtocolError(f"the answer {answer} to {text} has no value")
         return value
 
     @staticmethod

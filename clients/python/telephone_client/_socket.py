@@ -57,14 +57,14 @@ class SocketConnection(Connection):
 
     @classmethod
     async def open(cls, path: Path, name: str, strict: bool) -> "SocketConnection":
-        """Connects, with reasons and strict on. NotConnected if there is no telephone."""
+        """Connects, with reasons and strict on. NotConnected if no telephone answers."""
         connected = socket.socket(socket.AF_UNIX, socket.SOCK_STREAM)
         connected.setblocking(False)
         try:
             await asyncio.get_running_loop().sock_connect(connected, str(path))
         except OSError as error:
             connected.close()
-            raise NotConnected(f"there is no telephone at {path}: {error.strerror or error}") from error
+            raise NotConnected(f"no telephone answers at {path}: {error.strerror or error}") from error
         connection = cls(connected)
         try:
             require_protocol(json.loads(await connection.command(f"hello {quoted_word(name)}")))

@@ -120,7 +120,7 @@ class Telephone(Requests):
         return cls(connect, mirror=mirror, advances=advances, pauses=pauses, capacity=capacity, within=within)
 
     async def open(self) -> Self:
-        """Connects. NotConnected if there is no telephone."""
+        """Connects. NotConnected if no telephone answers."""
         await self._feed.start(self._within)
         return self
 

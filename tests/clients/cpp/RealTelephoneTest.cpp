@@ -48,6 +48,17 @@ bool isConnected(CallStateChange const& event)
     return event.callState == CallState::kConnected;
 }
 
+TEST_F(RealTelephoneTest, NameWithBlanks_IsAccepted)
+{
+    Options options;
+    options.path = path();
+    options.name = "my \"new\" robot";
+
+    auto const phone = Telephone::connect(options, kDeadline);
+
+    EXPECT_TRUE(phone) << phone.error().reason;
+}
+
 TEST_F(RealTelephoneTest, Call_IsMadeHeldAndEnded)
 {
     Telephone phone = connect();

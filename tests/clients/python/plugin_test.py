@@ -41,6 +41,18 @@ PASSING = """
         await call.connected()
         assert telephone.lamp("4711") == "steady"
 
+    async def test_an_application_that_refuses_before_the_test_goes_on(telephone, monkeypatch):
+        async def refuse_at_once(kind, **conditions):
+            event = await type(telephone).wait_for(telephone, kind, **conditions)
+            call = telephone.call(event.call_id)
+            await call.refuse()
+            await call.ended()
+            return event
+
+        monkeypatch.setattr(telephone, "wait_for", refuse_at_once)
+        call = await telephone.ring("4711", "555")
+        assert await call.ended() is Reason.REFUSED
+
     async def test_a_mailbox(telephone, exchange):
         await exchange.message("4711", new=2)
         await telephone.until(lambda state: state.lines[0].messages.new == 2)
@@ -68,7 +80,7 @@ def test_two_runs_at_once_pass_and_leave_nothing_behind(pytester, monkeypatch, t
     pytester.makepyfile(PASSING)
     command = [sys.executable, "-m", "pytest", "-p", "no:cacheprovider"]
     runs = [subprocess.Popen(command, cwd=pytester.path, stdout=subprocess.PIPE, text=True) for _ in range(2)]
-    assert ["6 passed" in each.communicate()[0] for each in runs] == [True, True]
+    assert ["7 passed" in each.communicate()[0] for each in runs] == [True, True]
     assert [each.name for each in tmp_path.iterdir() if each.name.startswith("telephone-")] == []
 
 
@@ -128,4 +140,4 @@ def test_the_options_of_the_command_line(run, monkeypatch, tmp_path):
     assert re.search("started with .* --time real .* serve", output)
     monkeypatch.delenv("TELEPHONE")
     monkeypatch.setenv("PATH", str(tmp_path))
-    assert "there is no program telephone in PATH: give its path with --telephone-program" in run(test)
+    assert "the program telephone is not in PATH: give its path with --telephone-program" in run(test)

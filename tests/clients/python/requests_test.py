@@ -248,9 +248,9 @@ async def test_https_with_a_certificate_of_its_own(start_telephone, tmp_path):
 
 
 async def test_nobody_is_there(tmp_path, telephone_runner):
-    with pytest.raises(NotConnected, match="^there is no telephone at .*/nowhere: No such file or directory$"):
+    with pytest.raises(NotConnected, match="^no telephone answers at .*/nowhere: No such file or directory$"):
         await Telephone.connect(tmp_path / "nowhere").open()
-    with pytest.raises(NotConnected, match="^there is no telephone at http://127.0.0.1:9: "):
+    with pytest.raises(NotConnected, match="^no telephone answers at http://127.0.0.1:9: "):
         await Telephone.connect("http://127.0.0.1:9", token="t").open()
 
 
