@@ -5,7 +5,6 @@ wait is for a condition and has a deadline; everything is on loopback and ends b
 import json
 import os
 import signal
-import socket
 import subprocess
 import sys
 import tempfile
@@ -20,14 +19,10 @@ from selenium.webdriver.chrome.options import Options
 from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.by import By
 
-TELEPHONE = os.environ.get("TELEPHONE") or sys.exit("TELEPHONE must name the telephone program")
+sys.path.insert(0, str(Path(__file__).resolve().parent.parent / "faults"))
+from harness import TELEPHONE, free_port  # noqa: E402
+
 DEADLINE = 15  # seconds
-
-
-def free_port():
-    with socket.socket(socket.AF_INET, socket.SOCK_STREAM) as tcp:
-        tcp.bind(("127.0.0.1", 0))
-        return tcp.getsockname()[1]
 
 
 def until(condition, what, seconds=DEADLINE):

@@ -5,6 +5,7 @@ condition and has a deadline.
 
 import json
 import os
+import random
 import re
 import signal
 import socket
@@ -28,15 +29,18 @@ FAST_TIMERS = {"LD_PRELOAD": os.environ.get("CLOCK_SHIM", ""), "CLOCK_RATE": str
 
 
 def free_port():
-    """A loopback port that is free at present, for UDP and for TCP."""
+    """A loopback port that is free at present, for UDP and for TCP. It lies below those that the kernel gives to sockets
+    without a port of their own (Linux: from 32768), so that none of theirs takes it before it is used.
+    """
     while True:
+        port = random.randrange(20000, 32768)
         with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as udp, socket.socket() as tcp:
-            udp.bind(("127.0.0.1", 0))
             try:
-                tcp.bind(udp.getsockname())
+                udp.bind(("127.0.0.1", port))
+                tcp.bind(("127.0.0.1", port))
             except OSError:
                 continue
-            return udp.getsockname()[1]
+            return port
 
 
 def until(condition, seconds, what):

@@ -48,7 +48,7 @@ def headers():
     """The installed headers: those of both folders in the project, and what the build writes."""
     found = {f"include/communications-service/{file.name}" for file in (SOURCE / "include").glob("*.h")}
     for file in (SOURCE / "platform").rglob("*.h"):
-        if "check" not in file.parts:
+        if "check" not in file.relative_to(SOURCE).parts:
             found.add(f"include/communications-service/{file.relative_to(SOURCE)}")
     if (SOURCE / "include/CommunicationsServiceVersion.h.in").exists():
         found.add("include/communications-service/CommunicationsServiceVersion.h")
