@@ -29,7 +29,7 @@ protected:
     std::string path() const { return folder_.file("socket"); }
     Telephone connect(Options options = {}) const
     {
-        options.path = path();
+        options.address = path();
         options.firstPause = 5ms;
         return Telephone::connect(options).value();
     }
@@ -284,7 +284,7 @@ TEST_F(PlayedTelephoneTest, StopDescriptor_EndsTheWaiting)
 {
     int const stop = eventfd(1, EFD_CLOEXEC);
     Options options;
-    options.path = path();
+    options.address = path();
     Telephone phone = connect(options);
     EXPECT_EQ(phone.nextEvent(20ms).error().kind, Error::Kind::kTimeout);
 
@@ -301,7 +301,7 @@ TEST_F(PlayedTelephoneTest, TooManyApplications_IsSaidAsTheReason)
         return PlayedTelephone::message("error", "there are 256 applications already");
     };
     Options options;
-    options.path = path();
+    options.address = path();
 
     auto const phone = Telephone::connect(options, 100ms);
 
@@ -314,12 +314,12 @@ TEST(Connect, WithoutATelephone_SaysWhere)
 {
     TemporaryFolder const folder;
     Options options;
-    options.path = folder.file("nobody");
+    options.address = folder.file("nobody");
 
     auto const phone = Telephone::connect(options, 1ms);
 
     EXPECT_EQ(phone.error().kind, Error::Kind::kUnavailable);
-    EXPECT_EQ(phone.error().reason, "no telephone answers at " + options.path + " (No such file or directory)");
+    EXPECT_EQ(phone.error().reason, "no telephone answers at " + options.address + " (No such file or directory)");
 }
 
 }  // namespace
