@@ -1,6 +1,5 @@
 // What only HTTP has: the bytes of requests, tokens, addresses, and servers that do not answer as a telephone does.
-#include <atomic>
-#include <cstring>
+#include <array>
 #include <functional>
 #include <future>
 #include <mutex>
@@ -215,7 +214,6 @@ TEST(HttpAddress, Localhost_IsAlsoThatOfIpv6)
 TEST(HttpReply, InChunksOnAConnectionThatStaysOpen_IsRead)
 {
     std::string const state = std::string(R"({"result":)") + kState + "}";
-    std::atomic<bool> ends{false};
     std::vector<int> open;
     Server server([&](int socket, std::string const& request) {
         open.push_back(::dup(socket));  // closing the other one does not end the connection

@@ -72,6 +72,33 @@ TEST_P(RealTelephoneTest, NameWithBlanks_IsAccepted)
     EXPECT_TRUE(phone) << phone.error().reason;
 }
 
+TEST_P(RealTelephoneTest, WrongToken_IsRefusedOverHttp)
+{
+    Options wrong = options();
+    wrong.token = "f00d";
+
+    auto const phone = Telephone::connect(wrong, kDeadline);
+
+    std::string const reason = phone ? "" : phone.error().reason;
+    EXPECT_EQ(reason, GetParam() != std::string(kHttp)
+                          ? ""
+                          : wrong.address + " gives no access: the token is missing or wrong: send \"Authorization: "
+                                            "Bearer TOKEN\", or add ?token=TOKEN to the address; the telephone has "
+                                            "printed it at its start");
+}
+
+TEST_P(RealTelephoneTest, CommandThatIsTooLong_IsRefused)
+{
+    Telephone phone = connect();
+
+    auto const answer = phone.ask(commands::say(std::string(8'000'000, 'x')), kDeadline);
+
+    EXPECT_EQ(answer.error().kind, Error::Kind::kRefused);
+    EXPECT_EQ(answer.error().reason, GetParam() == std::string(kHttp)
+                                         ? "the body is longer than 4194304 bytes"
+                                         : "the request is longer than 4194304 bytes; skipped");
+}
+
 TEST_P(RealTelephoneTest, Call_IsMadeHeldAndEnded)
 {
     Telephone phone = connect();
