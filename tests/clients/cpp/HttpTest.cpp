@@ -105,12 +105,12 @@ Options optionsFor(std::string const& address)
     return options;
 }
 
-std::string refusal(char const* status, std::string const& body)
+std::string response(char const* status, std::string const& body)
 {
     return std::string("HTTP/1.1 ") + status + "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
 }
 
-std::string const kWrongToken = refusal("401 Unauthorized", R"({"error":"the token is wrong"})");
+std::string const kWrongToken = response("401 Unauthorized", R"({"error":"the token is wrong"})");
 
 TEST(HttpToken, Wrong_IsRefusedAndNotSentAgain)
 {
@@ -136,7 +136,7 @@ TEST(HttpToken, OfAnotherStart_IsReadFromItsFile)
     Server server([&file](int socket, std::string const& request) {
         bool const isOld = request.find("Bearer 0ld\r\n") != std::string::npos;
         writeFile(file, "new\n");
-        say(socket, isOld ? kWrongToken : refusal("403 Forbidden", R"({"error":"enough"})"));
+        say(socket, isOld ? kWrongToken : response("403 Forbidden", R"({"error":"enough"})"));
     });
     Options options = optionsFor(server.address());
     options.token.clear();
@@ -218,7 +218,7 @@ TEST(HttpReply, InChunksOnAConnectionThatStaysOpen_IsRead)
     Server server([&](int socket, std::string const& request) {
         open.push_back(::dup(socket));  // closing the other one does not end the connection
         if (request.rfind("POST /requests?lenient ", 0) == 0) {
-            say(socket, refusal("200 OK", R"({"answer":null,"reasons":[],"finished":true})"));
+            say(socket, response("200 OK", R"({"answer":null,"reasons":[],"finished":true})"));
         } else if (request[0] == 'P') {
             std::array<char, 32> size{};
             std::snprintf(size.data(), size.size(), "%zX;a=b\r\n", state.size() - 5);
@@ -269,8 +269,8 @@ TEST(HttpReply, ThatIsNotATelephones_IsRefusedAndNotReadForEver)
     std::vector<std::pair<Server::Answer, char const*>> cases;
     for (std::string const& each :
          {std::string("SSH-2.0\r\n\r\n"), ok + "Content-Length: x\r\n\r\n", chunked + "-5\r\n", chunked + "g\r\n",
-          ok + "\r\n", refusal("200 OK", "<html>"), refusal("200 OK", "{}"), refusal("500 Error", "[1]"),
-          refusal("200 OK", R"({"error":"of another kind"})"), refusal("200 OK", R"({"answer":""})")}) {
+          ok + "\r\n", response("200 OK", "<html>"), response("200 OK", "{}"), response("500 Error", "[1]"),
+          response("200 OK", R"({"error":"of another kind"})"), response("200 OK", R"({"answer":""})")}) {
         cases.emplace_back([each](int socket, std::string const&) { say(socket, each); },
                            " does not answer as a telephone does");
     }
@@ -282,6 +282,15 @@ TEST(HttpReply, ThatIsNotATelephones_IsRefusedAndNotReadForEver)
         cases.emplace_back([b = beginning, r = rest](int socket, std::string const&) { sayEndlessly(socket, b, r); },
                            " does not answer as a telephone does");
     }
+    for (std::string const event : {"data: {\n\n", "id: x\ndata: {\"raw\":\"x\"}\n\n", "data: {\"raw\":\"x\"}\n\n"}) {
+        std::string const stream = ok + "Content-Type: text/event-stream\r\nContent-Length: 99\r\n\r\n" + event;
+        cases.emplace_back(
+            [stream](int socket, std::string const& request) {
+                std::string const state = std::string(R"({"result":)") + kState + "}";
+                say(socket, request[0] == 'P' ? response("200 OK", state) : stream);
+            },
+            " does not answer as a telephone does");
+    }
     cases.emplace_back([](int, std::string const&) {}, nullptr);
     cases.emplace_back([ok](int socket, std::string const&) { say(socket, ok + "Content-Length: 9\r\n\r\nhalf"); },
                        nullptr);
@@ -289,32 +298,11 @@ TEST(HttpReply, ThatIsNotATelephones_IsRefusedAndNotReadForEver)
     for (auto const& [answer, reason] : cases) {
         running.push_back(std::async(std::launch::async, [answer = answer, reason = reason] {
             Server server(answer);
-            auto const phone = Telephone::connect(optionsFor(server.address()), 1s);
+            auto const phone = Telephone::connect(optionsFor(server.address()), 2s);
             EXPECT_EQ(phone.error().kind, Error::Kind::kUnavailable);
             EXPECT_EQ(phone.error().reason,
                       reason != nullptr ? server.address() + reason : std::string("the telephone has ended"));
         }));
-    }
-}
-
-TEST(HttpEvents, ThatAreNotATelephones_EndTheConnection)
-{
-    for (std::string const event : {"data: {\n\n", "id: x\ndata: {\"raw\":\"x\"}\n\n", "data: {\"raw\":\"x\"}\n\n"}) {
-        Server server([&event](int socket, std::string const& request) {
-            say(socket,
-                request[0] == 'P'
-                    ? refusal("200 OK", std::string(R"({"result":)") + kState + "}")
-                    : "HTTP/1.1 200 OK\r\nContent-Type: text/event-stream\r\nContent-Length: 99\r\n\r\n" + event);
-        });
-        auto phone = Telephone::connect(optionsFor(server.address()), 300ms);
-        std::string reason;
-        if (phone) {
-            phone->onConnection([&reason](bool, std::string const& why) { reason = why; });
-            ASSERT_TRUE(phone->run([&reason] { return !reason.empty(); }, kDeadline));
-        } else {
-            reason = phone.error().reason;
-        }
-        EXPECT_EQ(reason, server.address() + " does not answer as a telephone does") << event;
     }
 }
 
