@@ -396,6 +396,22 @@ TEST_F(SessionTest, Events_AreNumberedAcrossTheTelephone)
     EXPECT_FALSE(session_.takeEvents(10, sink()));
 }
 
+TEST_F(SessionTest, EventsOfALine_AreThoseOfThatLine)
+{
+    telephone_.controls.present.lines.emplace_back().id = "4711";
+    telephone_.controls.present.lines.emplace_back().id = "4712";
+    telephone_.held(1);
+
+    (void)replies("events after 0 line 4711");
+    EXPECT_EQ(events(), "event 1 <Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>1</CallID>\n");
+    (void)replies("events after 0 line 4712");
+
+    written_.clear();
+    while (session_.takeEvents(10, sink())) {
+    }
+    EXPECT_EQ(written_, "");
+}
+
 TEST_F(SessionTest, EventsOfAnotherStart_BeginWithAGap)
 {
     telephone_.held(1);

@@ -7,6 +7,7 @@
 #include "LinesFixture.h"
 #include "ManualWatch.h"
 #include "platform/services/DigitAnalysisServiceIfc.h"
+#include "telephone/base/Touched.h"
 
 namespace telephone {
 namespace {
@@ -97,6 +98,7 @@ TEST_F(LineActionsTest, WarmLine_DialsAfterItsDelay)
     configuration_.lines[0].hotWarmType = LineData::kWarmLine;
     configuration_.lines[0].hotWarmDigits = "103";
     build(std::chrono::milliseconds(1));
+    keepTouched();
     lines_->getLine("4711")->getLineData()->setHotWarmLineManual(true);
     lines_->getLine("4711")->keyPressed();
     std::promise<void> later;
@@ -104,6 +106,23 @@ TEST_F(LineActionsTest, WarmLine_DialsAfterItsDelay)
     ASSERT_EQ(later.get_future().wait_for(std::chrono::seconds(10)), std::future_status::ready);
 
     EXPECT_THAT(calls_.takeAsked(), ElementsAre("make 4711 1001 103"));
+    EXPECT_TRUE(touchedNames(Touched::kTimer).contains("warm line dials"));
+}
+
+TEST_F(LineActionsTest, WarmLine_AfterTheEnd_DialsNothing)
+{
+    configuration_.lines[0].hotWarmType = LineData::kWarmLine;
+    configuration_.lines[0].hotWarmDigits = "103";
+    build(std::chrono::milliseconds(10));
+    lines_->getLine("4711")->getLineData()->setHotWarmLineManual(true);
+    lines_->getLine("4711")->keyPressed();
+
+    lines_->stop();
+
+    std::promise<void> later;
+    timers_.start(std::chrono::milliseconds(50), [&later] { later.set_value(); });
+    ASSERT_EQ(later.get_future().wait_for(std::chrono::seconds(10)), std::future_status::ready);
+    EXPECT_THAT(calls_.takeAsked(), IsEmpty());
 }
 
 TEST_F(LineActionsTest, WarmLine_ReleasedInTime_DialsNothing)
