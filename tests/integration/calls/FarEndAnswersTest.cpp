@@ -3,6 +3,7 @@
 #include "ExchangePhones.h"
 #include "telephone/base/Touched.h"
 #include "telephone/calls/EstablishedCalls.h"
+#include "tests/helpers/LogFile.h"
 #include "tests/integration/sip/ScriptedEnd.h"
 
 namespace telephone::test {
@@ -261,6 +262,63 @@ TEST(SilentFarEndOfATransfer, EndsTheCallAndTheTransferHasFailed)
 
     EXPECT_EQ(phone.events().next(2s), "failed 4711 1 blind transfer 3");
     EXPECT_TRUE(phone.events().waitFor("state 4711 1 failed timeout far"));
+}
+
+// What a person would not expect of a call is in the log, and nothing else is.
+TEST(EndOfACall, IsLoggedIfTheFarEndIsGone)
+{
+    EnginePhone::Options options = EnginePhone::optionsOf("4711");
+    options.engine.agent.audioTimeout = 60s;
+    EnginePhone phone(options);
+    ScriptedEnd far(eventLoop());
+    LogFile const log(kLogWarning);
+    auto const call = [&](int id) {
+        EXPECT_TRUE(phone.engine().outgoing().make(1, 0, id, far.uri()));
+        return far.receive("INVITE");
+    };
+
+    far.answer(call(1), "486 Busy Here");
+    ASSERT_TRUE(phone.events().waitFor("state 4711 1 busy busy far"));
+    std::string const invite = call(2);
+    far.accept(invite);
+    ASSERT_TRUE(phone.events().waitFor("state 4711 2 connected normal far"));
+    far.request("BYE", invite);
+    ASSERT_TRUE(phone.events().waitFor("state 4711 2 idle normal far"));
+    EXPECT_EQ(log.written(), "");
+
+    far.accept(call(3));
+    ASSERT_TRUE(phone.events().waitFor("state 4711 3 connected normal far"));
+    EXPECT_EQ(phone.events().next(62s), "state 4711 3 failed timeout far");
+    EXPECT_EQ(log.written(), "warning [calls] call 3 has ended: the far end sends no audio\n");
+}
+
+TEST(EndOfACall, IsLoggedIfTheFarEndDoesNotAnswerItsRefresh)
+{
+    EnginePhone::Options options = EnginePhone::optionsOf("4711");
+    options.engine.agent.sessionExpires = 90s;
+    EnginePhone phone(options);
+    ScriptedEnd far(eventLoop());
+    LogFile const log(kLogWarning);
+    ASSERT_TRUE(phone.engine().outgoing().make(1, 0, 1, far.uri()));
+    far.accept(far.receive("INVITE"), "Require: timer\r\nSession-Expires: 90;refresher=uac\r\n");
+    ASSERT_TRUE(phone.events().waitFor("state 4711 1 connected normal far"));
+
+    EXPECT_EQ(phone.events().next(100s), "state 4711 1 failed timeout far");
+
+    EXPECT_EQ(log.written(), "warning [calls] call 1 has ended: the far end does not answer the refresh of the call\n");
+}
+
+// RFC 3261 section 12.2.1.2, here of an INFO.
+TEST_F(FarEndAnswers, DigitThatIsNotAnswered_EndsTheCallAndIsLogged)
+{
+    LogFile const log(kLogWarning);
+
+    ASSERT_TRUE(phone_.engine().established().sendDigits(1, "5"));
+    ASSERT_NE(far_.receive("INFO"), "");
+
+    EXPECT_EQ(phone_.events().next(31s), "nothing came");
+    EXPECT_EQ(phone_.events().next(2s), "state 4711 1 failed timeout far");
+    EXPECT_EQ(log.written(), "warning [calls] call 1 has ended: the far end no longer answers\n");
 }
 
 TEST_F(FarEndAnswers, TransferThatTheFarEndRefuses_HasFailed)
