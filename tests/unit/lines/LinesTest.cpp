@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include "LinesFixture.h"
+#include "ManualWatch.h"
 #include "platform/framework/Executable.h"
 #include "platform/framework/SvcRTEContext.h"
 #include "telephone/lines/LineObserver.h"
@@ -279,6 +280,23 @@ TEST_F(LinesTest, Observer_ReceivesEachChangeInOrder_AndTheOverviewOnRequest)
     lines_->stop();
     EXPECT_THAT(observer.seen, ElementsAre("4711 2", "4711 5", "4711 1", "4713 1", "4713#1 1", "4713#2 1", "4713#3 1"));
     EXPECT_FALSE(observer.lockHeld);
+}
+
+TEST_F(LinesTest, Observer_IsToldOfDirectStations)
+{
+    configuration_.keys = {{3, "dss", "102", "", false}};
+    build();
+    Observer observer;
+    observer.calls = &calls_;
+    ASSERT_TRUE(lines_->observe(&observer));
+    ManualWatch watch;
+    lines_->watchParties(watch);
+
+    watch.tell("102", PartyStatus::kBusy);
+
+    ASSERT_TRUE(observer.waitFor(1));
+    lines_->stop();
+    EXPECT_THAT(observer.seen, ElementsAre("102 6"));
 }
 
 }  // namespace
