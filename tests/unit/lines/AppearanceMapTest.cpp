@@ -103,6 +103,17 @@ TEST_F(AppearanceMapTest, UnknownCall_GivesItsAppearanceBack_ButACallThatHasBegu
     EXPECT_TRUE(isMapped(2));
 }
 
+TEST_F(AppearanceMapTest, UnknownCall_ConcernsNoOther)
+{
+    assign(129, 1);
+
+    map_.callUnknown(2);
+    EXPECT_TRUE(isMapped(1));
+
+    map_.callUnknown(1);
+    EXPECT_FALSE(isMapped(1));
+}
+
 TEST_F(AppearanceMapTest, AppearanceIsFree_WhenItsCallHasEnded)
 {
     assign(129, 1);
