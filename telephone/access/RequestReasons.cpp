@@ -34,7 +34,7 @@ struct Finder
 {
     std::string_view finds;                                               // in two words, for the coverage of scripts
     std::string (*reason)(RequestCase const& request, Rule const& rule);  // empty: the rule does not apply
-    RefusalKinds explains;  // refusals that say the same less precisely, or follow from it
+    RefusalKinds explains = 0;  // refusals that say the same less precisely, or follow from it
 };
 
 // A rule for one request. What the last three columns mean is up to the finder.
@@ -325,14 +325,14 @@ constexpr Finder kCallOfLine    {"unknown call",     unknownCallOfLine,    kAbou
 constexpr Finder kAttempt       {"unknown call",     unknownAttempt,       kAboutCall};
 constexpr Finder kRange         {"out of range",     outOfRange,           kAboutText};
 constexpr Finder kWord          {"unknown word",     unknownWord,          kAboutText};
-constexpr Finder kDialled       {"not permitted",    notDialled,           0};
-constexpr Finder kKeysetOnly    {"only on a keyset", ringsOnKeysetOnly,    0};
-constexpr Finder kSwitchedOff   {"not available",    switchedOff,          0};
-constexpr Finder kAgent         {"no agent",         noAgent,              0};
-constexpr Finder kPickupNumber  {"no pickup number", noPickupNumber,       0};
-constexpr Finder kCounts        {"counts not known", unknownCounts,        0};
-constexpr Finder kBody          {"no body",          noBody,               0};
-constexpr Finder kDestination   {"no destination",   noDestination,        0};
+constexpr Finder kDialled       {"not permitted",    notDialled};
+constexpr Finder kKeysetOnly    {"only on a keyset", ringsOnKeysetOnly};
+constexpr Finder kSwitchedOff   {"not available",    switchedOff};
+constexpr Finder kAgent         {"no agent",         noAgent};
+constexpr Finder kPickupNumber  {"no pickup number", noPickupNumber};
+constexpr Finder kCounts        {"counts not known", unknownCounts};
+constexpr Finder kBody          {"no body",          noBody};
+constexpr Finder kDestination   {"no destination",   noDestination};
 constexpr Finder kRings         {"rings not set",    ringsNotSet,          kAboutText};
 
 constexpr Rule kRules[] = {

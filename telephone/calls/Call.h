@@ -78,7 +78,7 @@ public:
     // --- any
     void clear(CSTAEventCause cause);
     void end(Ending const& ending);
-    // Unless refused, `done` is called once; immediately if there is nothing to do.
+    // `done` is called once, unless the change is refused or the call is on hold already.
     [[nodiscard]] Outcome<> hold(sfiFeature feature, Done done = {});
     [[nodiscard]] Outcome<> retrieve(sfiFeature feature, Done done = {});
     // Negotiates the media again, with or without encryption. kNotSupported: the configuration does not permit it.
@@ -117,7 +117,7 @@ private:
     {
         MediaChange change;
         sfiFeature feature;
-        std::vector<Done> done;
+        Done done;
     };
 
     void onProgress(sip::Session& session, sip::Response const& response, bool earlyMedia) override;

@@ -19,15 +19,10 @@ Outcome<> Call::hold(sfiFeature feature, Done done)
     if (!isEstablished()) {
         return cannot("be held", kNotConnected);
     }
-    if (!now_.held) {
-        return beginChange(MediaChange::kHold, sip::Direction::kSendOnly, feature, std::move(done));
+    if (now_.held) {
+        return {};
     }
-    if (!changes_.empty()) {
-        changes_.back().done.push_back(std::move(done));
-    } else if (done) {
-        done(true);
-    }
-    return {};
+    return beginChange(MediaChange::kHold, sip::Direction::kSendOnly, feature, std::move(done));
 }
 
 Outcome<> Call::retrieve(sfiFeature feature, Done done)
@@ -57,7 +52,7 @@ Outcome<> Call::beginChange(MediaChange change, sip::Direction direction, sfiFea
     if (auto begun = session_->modify(direction, encrypted); !begun) {
         return begun;
     }
-    changes_.push_back({change, feature, {std::move(done)}});
+    changes_.push_back({change, feature, std::move(done)});
     if (changes_.size() == 1) {
         awaitChange();
     }
@@ -113,10 +108,8 @@ void Call::onModified(sip::Session& session, bool accepted, int status, std::str
 
 void Call::finish(PendingChange const& change, bool accepted)
 {
-    for (Done const& done : change.done) {
-        if (done) {
-            done(accepted);
-        }
+    if (change.done) {
+        change.done(accepted);
     }
 }
 

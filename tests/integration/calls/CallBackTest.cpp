@@ -1,5 +1,6 @@
 // Call-backs: parties that were busy or did not answer.
 #include "ExchangePhones.h"
+#include "telephone/base/Touched.h"
 #include "tests/integration/sip/ScriptedEnd.h"
 
 namespace telephone::test {
@@ -329,10 +330,12 @@ TEST_F(ScriptedCallBack, IsReadyHalfASecondAfterTheLastDialogEnds)
     phone_.expect({"completion 4711 far 1 0 1"});
     EXPECT_EQ(phone_.events().next(5s), "nothing came");
 
+    keepTouched();
     tellDialogs("terminated");
     EXPECT_EQ(phone_.events().next(400ms), "nothing came");
 
     phone_.expect({"completion 4711 far 1 1 1"});
+    EXPECT_TRUE(touchedNames(Touched::kTimer).contains("party of a call-back stays free"));
 }
 
 TEST_F(ScriptedCallBack, WaitsHalfAnHourAtMost)
@@ -344,9 +347,11 @@ TEST_F(ScriptedCallBack, WaitsHalfAnHourAtMost)
     far_.answer(far_.receive("SUBSCRIBE", 1790s), "200 OK", "Expires: 1800\r\n");
 
     auto const left = 1800s - std::chrono::duration_cast<std::chrono::seconds>(SteadyClock::now() - began_);
+    keepTouched();
     EXPECT_EQ(phone_.events().next(left - 1s), "nothing came");
 
     EXPECT_EQ(phone_.events().next(2s), "completion-failed 4711 far 1");
+    EXPECT_TRUE(touchedNames(Touched::kTimer).contains("call-back expires"));
 }
 
 }  // namespace telephone::test

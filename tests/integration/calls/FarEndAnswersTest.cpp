@@ -1,7 +1,9 @@
 // What a call makes of far ends that refuse, repeat, or say something new about themselves: the far end is written
 // message by message.
 #include "ExchangePhones.h"
+#include "telephone/base/Touched.h"
 #include "telephone/calls/EstablishedCalls.h"
+#include "tests/helpers/LogFile.h"
 #include "tests/integration/sip/ScriptedEnd.h"
 
 namespace telephone::test {
@@ -139,10 +141,12 @@ TEST_F(FarEndAnswers, PrecedenceOfALaterInvite_IsTold)
 
 TEST_F(FarEndAnswers, HoldThatIsNotAnswered_EndsTheCallWhenItsTimeIsOver)
 {
+    keepTouched();
     ASSERT_TRUE(phone_.engine().hold(1));
 
     EXPECT_EQ(phone_.events().next(7900ms), "nothing came");
     phone_.expect({"failed 4711 1 hold 2", "state 4711 1 failed timeout far"});
+    EXPECT_TRUE(touchedNames(Touched::kTimer).contains("hold or retrieval is not answered"));
 }
 
 TEST_F(FarEndAnswers, RetrieveDuringTheHold_HasATimeOfItsOwn)
@@ -205,9 +209,11 @@ TEST_F(FarEndAnswers, TransferWithoutAnOutcome_FailsAfterThreeMinutes)
               "call 1 cannot be transferred: it is being transferred already");
 
     report(refer, "active", "180 Ringing");
+    keepTouched();
     EXPECT_EQ(phone_.events().next(179s), "nothing came");
 
     phone_.expect({"failed 4711 1 blind transfer 2", "state 4711 1 connected normal far"});
+    EXPECT_TRUE(touchedNames(Touched::kTimer).contains("transfer has no result"));
 }
 
 TEST_F(FarEndAnswers, TransferThatFails_LeavesTheCallAsTheFarEndHasItThen)
@@ -236,6 +242,83 @@ TEST_F(FarEndAnswers, TransferWhoseOutcomeIsTheEndOfTheCall_Succeeds)
 
     phone_.expect({"success 4711 1 blind transfer", "state 4711 1 idle transferred far"});
     EXPECT_NE(far_.receive("SIP/2.0 200"), "");
+}
+
+// A call whose far end falls silent ends after a minute, whatever is being done with it.
+TEST(SilentFarEndOfATransfer, EndsTheCallAndTheTransferHasFailed)
+{
+    EnginePhone::Options options = EnginePhone::optionsOf("4711");
+    options.engine.agent.audioTimeout = 60s;
+    EnginePhone phone(options);
+    ScriptedEnd far(eventLoop());
+    ASSERT_TRUE(phone.engine().outgoing().make(1, 0, 1, far.uri()));
+    far.accept(far.receive("INVITE"));
+    ASSERT_TRUE(phone.events().waitFor("state 4711 1 connected normal far"));
+    ASSERT_TRUE(phone.engine().blindTransfer(1, "sip:100@127.0.0.1:9"));
+    far.answer(far.receive("REFER"), "202 Accepted");
+    phone.expect({"state 4711 1 transferring normal far"});
+
+    EXPECT_EQ(phone.events().next(59s), "nothing came");
+
+    EXPECT_EQ(phone.events().next(2s), "failed 4711 1 blind transfer 3");
+    EXPECT_TRUE(phone.events().waitFor("state 4711 1 failed timeout far"));
+}
+
+// What a person would not expect of a call is in the log, and nothing else is.
+TEST(EndOfACall, IsLoggedIfTheFarEndIsGone)
+{
+    EnginePhone::Options options = EnginePhone::optionsOf("4711");
+    options.engine.agent.audioTimeout = 60s;
+    EnginePhone phone(options);
+    ScriptedEnd far(eventLoop());
+    LogFile const log(kLogWarning);
+    auto const call = [&](int id) {
+        EXPECT_TRUE(phone.engine().outgoing().make(1, 0, id, far.uri()));
+        return far.receive("INVITE");
+    };
+
+    far.answer(call(1), "486 Busy Here");
+    ASSERT_TRUE(phone.events().waitFor("state 4711 1 busy busy far"));
+    std::string const invite = call(2);
+    far.accept(invite);
+    ASSERT_TRUE(phone.events().waitFor("state 4711 2 connected normal far"));
+    far.request("BYE", invite);
+    ASSERT_TRUE(phone.events().waitFor("state 4711 2 idle normal far"));
+    EXPECT_EQ(log.written(), "");
+
+    far.accept(call(3));
+    ASSERT_TRUE(phone.events().waitFor("state 4711 3 connected normal far"));
+    EXPECT_EQ(phone.events().next(62s), "state 4711 3 failed timeout far");
+    EXPECT_EQ(log.written(), "warning [calls] call 3 has ended: the far end sends no audio\n");
+}
+
+TEST(EndOfACall, IsLoggedIfTheFarEndDoesNotAnswerItsRefresh)
+{
+    EnginePhone::Options options = EnginePhone::optionsOf("4711");
+    options.engine.agent.sessionExpires = 90s;
+    EnginePhone phone(options);
+    ScriptedEnd far(eventLoop());
+    LogFile const log(kLogWarning);
+    ASSERT_TRUE(phone.engine().outgoing().make(1, 0, 1, far.uri()));
+    far.accept(far.receive("INVITE"), "Require: timer\r\nSession-Expires: 90;refresher=uac\r\n");
+    ASSERT_TRUE(phone.events().waitFor("state 4711 1 connected normal far"));
+
+    EXPECT_EQ(phone.events().next(100s), "state 4711 1 failed timeout far");
+
+    EXPECT_EQ(log.written(), "warning [calls] call 1 has ended: the far end does not answer the refresh of the call\n");
+}
+
+// RFC 3261 section 12.2.1.2, here of an INFO.
+TEST_F(FarEndAnswers, DigitThatIsNotAnswered_EndsTheCallAndIsLogged)
+{
+    LogFile const log(kLogWarning);
+
+    ASSERT_TRUE(phone_.engine().established().sendDigits(1, "5"));
+    ASSERT_NE(far_.receive("INFO"), "");
+
+    EXPECT_EQ(phone_.events().next(31s), "nothing came");
+    EXPECT_EQ(phone_.events().next(2s), "state 4711 1 failed timeout far");
+    EXPECT_EQ(log.written(), "warning [calls] call 1 has ended: the far end no longer answers\n");
 }
 
 TEST_F(FarEndAnswers, TransferThatTheFarEndRefuses_HasFailed)
@@ -301,6 +384,40 @@ TEST_F(FarEndAnswers, TransferHereWhoseAskerHangsUp_GoesOn)
     EXPECT_EQ(state(), sfiCallStateConnected);
     ASSERT_TRUE(phone_.engine().clear(1));
     EXPECT_NE(target.receive("BYE"), "");
+}
+
+// The hold that the asker has not answered is over with its call, not when its time is over.
+TEST_F(FarEndAnswers, TransferHereWhoseAskerHangsUpDuringAHold_GoesOn)
+{
+    ScriptedEnd target(eventLoop());
+    ASSERT_TRUE(phone_.engine().hold(1));
+    ASSERT_NE(far_.receive("INVITE"), "");
+    far_.request("REFER", invite_, "Refer-To: <sip:target@" + target.hostPort() + ">\r\n");
+    std::string const invite = target.receive("INVITE");
+    far_.request("BYE", invite_);
+    ASSERT_NE(far_.receive("SIP/2.0 200"), "");
+    EXPECT_EQ(phone_.events().next(10s), "nothing came");
+
+    target.answer(invite, "200 OK", "", ScriptedEnd::description() + "a=recvonly\r\n", "target");
+
+    phone_.expect({"party 4711 1 target 0 0"});
+    EXPECT_EQ(state(), sfiCallStateHeld);
+}
+
+TEST_F(FarEndAnswers, TransferHereThatIsRedirected_IsToldWhenTheOtherPartyAnswers)
+{
+    ScriptedEnd target(eventLoop());
+    ScriptedEnd other(eventLoop());
+    far_.request("REFER", invite_, "Refer-To: <sip:target@" + target.hostPort() + ">\r\n");
+    target.answer(target.receive("INVITE"), "302 Moved Temporarily",
+                  "Contact: <sip:other@" + other.hostPort() + ">\r\n");
+    std::string const invite = other.receive("INVITE");
+    EXPECT_EQ(phone_.events().next(1s), "nothing came");
+    EXPECT_EQ(phone_.engine().call(1)->remoteURI, far_.uri());
+
+    other.accept(invite, "", "other");
+
+    phone_.expect({"party 4711 1 target 0 0"});
 }
 
 TEST_F(FarEndAnswers, TransferHereWhoseAskerHangsUp_EndsWithTheNewCall)
@@ -391,6 +508,19 @@ TEST_F(TwoFarEnds, RetrieveWhoseOtherCallCannotBeHeld_Fails)
 
     phone_.expect({"failed 4711 2 hold 1", "failed 4711 1 retrieve 3"});
     EXPECT_EQ(phone_.engine().call(1)->state, sfiCallStateHeld);
+    EXPECT_EQ(phone_.engine().call(2)->state, sfiCallStateConnected);
+}
+
+TEST_F(TwoFarEnds, AnswerWhoseOtherCallCannotBeHeld_FailsAndTheCallRingsOn)
+{
+    far_.ask("INVITE", "4711", phone_.engine().userAgent().hostPort(), "", ScriptedEnd::description());
+    ASSERT_TRUE(phone_.events().waitFor("state 4711 1001 ringing normal far"));
+
+    ASSERT_TRUE(phone_.engine().answer(1001));
+    other_.answer(other_.receive("INVITE"), "488 Not Acceptable Here");
+
+    phone_.expect({"failed 4711 2 hold 1", "failed 4711 1001 hold 3"});
+    EXPECT_EQ(phone_.engine().call(1001)->state, sfiCallStateRinging);
     EXPECT_EQ(phone_.engine().call(2)->state, sfiCallStateConnected);
 }
 

@@ -1,5 +1,6 @@
 // Incoming calls that the telephone forwards or refuses by its rules.
 #include "ExchangePhones.h"
+#include "telephone/base/Touched.h"
 
 namespace telephone::test {
 
@@ -90,8 +91,12 @@ TEST_F(Forwarding, OnNoReply_MovesTheCallWhenTheTimerExpires)
 
     ASSERT_TRUE(alice_.engine().outgoing().make(1, 0, 1, "4744"));
 
-    dave.expect({"incoming 4744 1001 4711 - 1 - 0", "state 4744 1001 ringing normal 4711",
-                 "state 4744 1001 idle forwarded 4711", "forwarded 4744 1001 4711 4733 3"});
+    dave.expect({"incoming 4744 1001 4711 - 1 - 0", "state 4744 1001 ringing normal 4711"});
+    keepTouched();
+    EXPECT_EQ(dave.events().next(std::chrono::milliseconds(99)), "nothing came");
+    EXPECT_EQ(dave.events().next(std::chrono::milliseconds(2)), "state 4744 1001 idle forwarded 4711");
+    dave.expect({"forwarded 4744 1001 4711 4733 3"});
+    EXPECT_TRUE(touchedNames(Touched::kTimer).contains("nobody answers a forwarded line"));
     expectAtCarol("4744 3");
 }
 

@@ -1,5 +1,6 @@
 // A call server that is written message by message: what the telephone sends it, and what it makes of any answer.
 #include "ExchangePhones.h"
+#include "telephone/base/Touched.h"
 #include "tests/integration/sip/ScriptedEnd.h"
 
 namespace telephone::test {
@@ -112,6 +113,24 @@ TEST_F(ScriptedServer, IdentityThatTheServerAsserts_IsTheCallersName)
     phone_->expect({"incoming 4711 1001 7777 Real 2 - 0"});
 }
 
+TEST_F(ScriptedServer, IdentityThatTheServerAssertsInACall_IsTold)
+{
+    startRegistered();
+    ASSERT_TRUE(phone_->engine().outgoing().make(1, 0, 1, "100"));
+    std::string const invite = server_.receive("INVITE");
+    server_.accept(invite);
+    ASSERT_TRUE(phone_->events().waitFor("state 4711 1 connected normal 100"));
+
+    server_.request("INVITE", invite, "P-Asserted-Identity: \"Real\" <sip:7777@example.org>\r\n",
+                    ScriptedEnd::description());
+
+    phone_->expect({"party 4711 1 7777 0 0"});
+    EXPECT_EQ(phone_->engine().call(1)->remoteName, "Real");
+    server_.request("INVITE", invite, "P-Asserted-Identity: \"Real\" <sip:7777@example.org>\r\n",
+                    ScriptedEnd::description());
+    EXPECT_EQ(phone_->events().next(1s), "nothing came");
+}
+
 TEST_F(ScriptedServer, IdentityThatAStrangerAsserts_IsIgnored)
 {
     ScriptedEnd stranger(eventLoop());
@@ -217,8 +236,10 @@ TEST_F(ScriptedServer, MessageWaitingThatFails_IsAskedForAgainAfterAMinute)
 
     server_.answer(server_.receive("SUBSCRIBE"), "500 Server Internal Error");
 
+    keepTouched();
     EXPECT_TRUE(server_.hearsNothingOf("SUBSCRIBE", 59s));
     server_.answer(server_.receive("SUBSCRIBE", 2s), "404 Not Found");
+    EXPECT_TRUE(touchedNames(Touched::kTimer).contains("mailbox is asked again"));
 }
 
 TEST_F(ScriptedServer, MessageSummaries_AreToldAsTheyCount)

@@ -1,6 +1,7 @@
 // Parties that the telephone watches, written message by message: when it asks, and what it makes of the answers.
 #include "telephone/lines/WatchedParties.h"
 
+#include "telephone/base/Touched.h"
 #include "tests/helpers/EnginePhone.h"
 #include "tests/integration/sip/ScriptedEnd.h"
 
@@ -96,8 +97,10 @@ TEST_F(WatchedEnd, SubscriptionThatEnds_IsTriedAgainAfterHalfAMinute)
     tell(first, "", "terminated;reason=noresource");
     EXPECT_EQ(told().back(), PartyStatus::kUnknown);
 
+    keepTouched();
     EXPECT_TRUE(far_.hearsNothingOf("SUBSCRIBE", 29900ms));
     std::string const second = subscription(200ms);
+    EXPECT_TRUE(touchedNames(Touched::kTimer).contains("watched party is asked again"));
     far_.answer(second, "404 Not Found");
     EXPECT_TRUE(far_.hearsNothingOf("SUBSCRIBE", 29900ms));
     EXPECT_EQ(told(), Statuses{});

@@ -40,6 +40,8 @@ TEST(CommandSyntax, KeywordGroups_CarryTheirValue)
     EXPECT_EQ(parsed("LINE from NUMBER [name NAME]", {"4711", "from", "555"}), "[4711][555][-]");
     EXPECT_EQ(parsed("LINE from NUMBER [name NAME]", {"4711", "from", "555", "name", "Ann"}), "[4711][555][Ann]");
     EXPECT_EQ(parsed("LINE new COUNT old COUNT", {"4711", "new", "3", "old", "1"}), "[4711][3][1]");
+    EXPECT_EQ(parsed("N to M from O", {"1", "to", "2", "from", "3"}), "[1][2][3]");
+    EXPECT_EQ(parsed("N TO", {"1", "from"}), "[1][from]");
 }
 
 TEST(CommandSyntax, OptionalGroups_ComeInAnyOrder)

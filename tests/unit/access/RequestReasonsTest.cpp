@@ -490,6 +490,83 @@ TEST_F(RequestReasons, TextThatIsWrong_ExplainsTheRefusalOfItsValue)
               (Reasons{"Consult lacks Destination, which is read as empty", "the telephone is not active"}));
 }
 
+TEST_F(RequestReasons, RuleThatExplainsNoRefusal_StandsBesideIt)
+{
+    Refusal const refusal{RefusalKind::kBadInput, "it is wrong in another way, too"};
+
+    EXPECT_EQ(refused(request("SetDoNotDisturb", "<Line>4711</Line><doNotDisturbOn>1</doNotDisturbOn>"), {refusal}),
+              (Reasons{"do-not-disturb cannot be switched on: the setting call-dnd-enabled is false", refusal.reason}));
+    EXPECT_EQ(of(request("GetMessageWaitingIndicator"), "<Type>0</Type><newMsgs>0</newMsgs>", {refusal}),
+              (Reasons{"the mailbox has not reported: the counts are not known", refusal.reason}));
+}
+
+// Each of these says why nothing was done only if nobody else does.
+TEST_F(RequestReasons, RuleForASilentFailure_LeavesTheRefusalAlone)
+{
+    Refusal const refusal{RefusalKind::kWrongState, "another reason"};
+    state_.locked = true;
+    struct Case
+    {
+        char const* request;
+        char const* elements;
+        char const* answer;
+    };
+    for (Case const& each :
+         {Case{"OutgoingCallMakeRequest", "<Line>4711</Line><CallID>5</CallID><Destination>100</Destination>",
+               "sfiFailure"},
+          Case{"DirectedPickupCall",
+               "<Line>4711</Line><CallID>5</CallID><BLFPickup>0</BLFPickup><CallToBePickedUp></CallToBePickedUp>",
+               "sfiFailure"},
+          Case{"DirectedPickupCall",
+               "<Line>4711</Line><CallID>5</CallID><BLFPickup>1</BLFPickup><CallToBePickedUp></CallToBePickedUp>",
+               "sfiFailure"},
+          Case{"setForwardingConfiguration", "<Line>4711</Line><fwType>0</fwType><status>1</status><uri></uri>",
+               "sfiSuccess"},
+          Case{"SendCSTARequest", "", "sfiSuccess"}}) {
+        EXPECT_EQ(of(request(each.request, each.elements), each.answer, {refusal}), Reasons{"another reason"})
+            << each.request;
+    }
+}
+
+TEST_F(RequestReasons, ForwardingType_ThatIsFirstOrLast_Exists)
+{
+    for (char const* const type : {"0", "9"}) {
+        EXPECT_EQ(
+            accepted(request("setForwardingConfiguration", "<Line>4711</Line><status>1</status><uri></uri><fwType>" +
+                                                               std::string(type) + "</fwType>")),
+            Reasons{"forwarding type " + std::string(type) + " is on without a destination: it forwards no call"});
+    }
+    for (char const* const type : {"-1", "10"}) {
+        EXPECT_EQ(
+            accepted(request("setForwardingConfiguration", "<Line>4711</Line><status>1</status><uri></uri><fwType>" +
+                                                               std::string(type) + "</fwType>")),
+            Reasons{"there is no forwarding type " + std::string(type) + " (0 to 9)"});
+    }
+}
+
+// With one line, the rule is for it whatever it is called.
+TEST_F(RequestReasons, ForwardingWithoutDestination_OnATelephoneOfOneLine_NeedsNoLine)
+{
+    std::string const rule = "<fwType>0</fwType><status>1</status>";
+    std::string const text = request("setForwardingConfiguration", "<Line>9999</Line>" + rule + "<uri></uri>");
+    EXPECT_EQ(accepted(text), Reasons{"there is no line 9999; the lines are 4711 and 4712"});
+
+    state_ = oneLine();
+
+    EXPECT_EQ(accepted(text), Reasons{"forwarding type 0 is on without a destination: it forwards no call"});
+}
+
+// Each kind with which the settings say that they were not stored; the others stand alone.
+TEST_F(RequestReasons, RefusalOfTheStore_IsToldByItsKind)
+{
+    std::string const text = request("SetAgentState", "<agentState>ready</agentState>");
+    for (RefusalKind const kind : {RefusalKind::kLimit, RefusalKind::kUnavailable, RefusalKind::kNotPermitted}) {
+        EXPECT_EQ(accepted(text, {{kind, "of this"}}), Reasons{"the agent state stays as it was, because of this"});
+        EXPECT_EQ(accepted(request("HoldCall", "<CallID>2</CallID>"), {{kind, "of this"}}), Reasons{"of this"});
+    }
+    EXPECT_EQ(accepted(text, {{RefusalKind::kWrongState, "of this"}}), Reasons{"of this"});
+}
+
 TEST_F(RequestReasons, Rules_HaveDifferentNames)
 {
     auto const rules = reasonRules();

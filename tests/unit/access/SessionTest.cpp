@@ -306,6 +306,39 @@ TEST_F(SessionTest, Hello_IdentifiesTheTelephone)
     EXPECT_EQ(replies("hello " + std::string(41, 'x')), "error a name has at most 40 bytes\n");
 }
 
+TEST_F(SessionTest, Hello_WithoutAName_KeepsTheName)
+{
+    (void)replies("hello");
+    EXPECT_EQ(session_.name(), "application-1");
+
+    EXPECT_EQ(replies("hello " + std::string(40, 'x')).substr(0, 6), "result");
+    EXPECT_EQ(session_.name(), std::string(40, 'x'));
+}
+
+TEST_F(SessionTest, NumbersAtTheirLimits_AreTaken)
+{
+    EXPECT_EQ(replies("message 4711 new 9999 old 9999"), "result \n");
+    EXPECT_EQ(replies("message 4711 new 0 old 0"), "result \n");
+    EXPECT_EQ(telephone_.controls.asked, (std::vector<std::string>{"messages 4711 9999 9999", "messages 4711 0 0"}));
+    EXPECT_EQ(replies("message 4711 new 10000 old 1"), "error \"10000\" is not a number from 0 to 9999\n");
+    EXPECT_EQ(replies("message 4711 new 1 old 10000"), "error \"10000\" is not a number from 0 to 9999\n");
+    EXPECT_EQ(replies("message 4711 new x old y"), "error \"x\" is not a number from 0 to 9999\n");
+
+    EXPECT_EQ(replies("log 6"), "result \n");
+    EXPECT_EQ(replies("log 0"), "result \n");
+    setLogLevel(kLogInfo);
+}
+
+TEST_F(SessionTest, Reasons_EndWhenTheyAreOff)
+{
+    telephone_.invoker.answer = [](std::string const&) { return "sfiFailure"; };
+    EXPECT_EQ(replies("reasons on"), "result \n");
+    EXPECT_EQ(replies("reasons off"), "result \n");
+
+    EXPECT_EQ(replies("<Method>HoldCall</Method>"),
+              "request <Method>HoldCall</Method>\nanswer sfiFailure\nfinished \n");
+}
+
 TEST_F(SessionTest, UnknownRequest_IsOneHarmlessLineOfTheLog)
 {
     TemporaryFolder const folder;
@@ -322,6 +355,22 @@ TEST_F(SessionTest, UnknownRequest_IsOneHarmlessLineOfTheLog)
     EXPECT_EQ(line.substr(24),
               "warning [applications] dial\\x0aler sent an unknown request: HoldCal\\x1b[2J (did you mean HoldCall?)");
     EXPECT_FALSE(std::getline(log, line));
+    ASSERT_TRUE(openLog(kLogWarning, ""));
+}
+
+TEST_F(SessionTest, UnknownRequest_IsLoggedIfItFailsWithItsFirst60Letters)
+{
+    TemporaryFolder const folder;
+    ASSERT_TRUE(openLog(kLogWarning, folder.file("log")));
+
+    (void)replies("<Method>Unknown</Method>");
+    telephone_.invoker.answer = [](std::string const&) { return "sfiFailure"; };
+    (void)replies("<Method>HoldCall</Method>");
+    (void)replies("<Method>" + std::string(61, 'x') + "</Method>");
+
+    flushLog();
+    EXPECT_EQ(contentOf(folder.file("log")).substr(24),
+              "warning [applications] application-1 sent an unknown request: " + std::string(60, 'x') + "\n");
     ASSERT_TRUE(openLog(kLogWarning, ""));
 }
 
@@ -345,6 +394,22 @@ TEST_F(SessionTest, Events_AreNumberedAcrossTheTelephone)
     telephone_.held(2);
     EXPECT_EQ(replies("events off"), "result \n");
     EXPECT_FALSE(session_.takeEvents(10, sink()));
+}
+
+TEST_F(SessionTest, EventsOfALine_AreThoseOfThatLine)
+{
+    telephone_.controls.present.lines.emplace_back().id = "4711";
+    telephone_.controls.present.lines.emplace_back().id = "4712";
+    telephone_.held(1);
+
+    (void)replies("events after 0 line 4711");
+    EXPECT_EQ(events(), "event 1 <Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>1</CallID>\n");
+    (void)replies("events after 0 line 4712");
+
+    written_.clear();
+    while (session_.takeEvents(10, sink())) {
+    }
+    EXPECT_EQ(written_, "");
 }
 
 TEST_F(SessionTest, EventsOfAnotherStart_BeginWithAGap)

@@ -32,6 +32,27 @@ TEST(Words, SplitWords_OpenQuote_IsRefused)
     EXPECT_EQ(splitWords("say \"hello").error().reason, "a quote \" is not closed");
 }
 
+TEST(Words, SplitWords_OfSingleQuotes_EscapesNothing)
+{
+    EXPECT_EQ(splitWords(R"('a\'b 'c "d"')").value(), (Words{R"(a\b)", R"(c "d")"}));
+    EXPECT_EQ(splitWords(R"("a\)").error().reason, "a quote \" is not closed");
+    EXPECT_EQ(splitWords("'a").error().reason, "a quote ' is not closed");
+}
+
+TEST(Words, JoinWords_BeginsWithTheFirstThatIsMeant)
+{
+    EXPECT_EQ(joinWords({"a", "b", "", "c"}, 1), "b  c");
+    EXPECT_EQ(joinWords({"a"}, 1), "");
+}
+
+TEST(Words, Trimmed_KeepsTheBlanksWithin)
+{
+    EXPECT_EQ(trimmed(" \t a  b\r\n"), "a  b");
+    EXPECT_EQ(trimmed("a"), "a");
+    EXPECT_EQ(trimmed(" \t\r\n"), "");
+    EXPECT_EQ(trimmed(""), "");
+}
+
 TEST(Words, QuotedWords_AreSplitIntoTheSameWords)
 {
     EXPECT_EQ(quoteWords({"call", "4711", "from", "555", "name", "Ann B"}), "call 4711 from 555 name \"Ann B\"");
@@ -63,6 +84,22 @@ TEST(Words, SecondsOf_AnythingElse_IsRefused)
     for (char const* const word : {"", "x", "-1", "1e9", "nan", "inf", "5 m", "5min"}) {
         EXPECT_FALSE(secondsOf(word)) << word;
     }
+}
+
+TEST(Words, SecondsOf_AreADayAtMost)
+{
+    EXPECT_EQ(secondsOf("0"), 0.0);
+    EXPECT_EQ(secondsOf("86400"), 86400.0);
+    EXPECT_EQ(secondsOf("86400000ms"), 86400.0);
+    EXPECT_EQ(secondsOf("86400.001").error().reason, "\"86400.001\" is not a number of seconds from 0 to 86400");
+    EXPECT_EQ(secondsOf("86400001ms").error().reason, "\"86400001ms\" is not a number of seconds from 0 to 86400");
+    EXPECT_FALSE(secondsOf("-0.001"));
+}
+
+TEST(Words, DurationOf_IsRounded)
+{
+    EXPECT_EQ(durationOf("0.0014"), std::chrono::milliseconds(1));
+    EXPECT_EQ(durationOf("0.0016"), std::chrono::milliseconds(2));
 }
 
 TEST(Words, DurationOf_IsInMilliseconds)

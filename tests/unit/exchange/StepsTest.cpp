@@ -93,6 +93,49 @@ INSTANTIATE_TEST_SUITE_P(
              "hang-up, preempt, wait, silent, garbage, private, public"}),
     nameOf);
 
+std::string const kWrongDigits = "\" are not digits; dtmf takes 1 to 64 of 0 to 9, *, # and A to D";
+std::string const kWrongNumber = "the number of \"redirect\" must consist of 1 to 64 letters, digits, and + - . _ * #";
+
+INSTANTIATE_TEST_SUITE_P(
+    AtTheirLimits, StepsForms,
+    ::testing::Values(
+        Form{"LongestTime", "ring 86400s", "ring 86400s"},
+        Form{"TimeTooLong", "ring 86400001ms", "\"86400001ms\" is not a time; write 2s or 500ms, up to 86400s"},
+        Form{"AllDigits", "answer, dtmf 0123456789*#ABCDabcd", "answer, dtmf 0123456789*#ABCDabcd"},
+        Form{"MostDigits", "answer, dtmf " + std::string(64, '1'), "answer, dtmf " + std::string(64, '1')},
+        Form{"TooManyDigits", "answer, dtmf " + std::string(65, '1'), "\"" + std::string(65, '1') + kWrongDigits},
+        Form{"OtherDigit", "answer, dtmf E", "\"E" + kWrongDigits},
+        Form{"LongestNumber", "redirect " + std::string(64, 'x'), "redirect " + std::string(64, 'x')},
+        Form{"NumberTooLong", "redirect " + std::string(65, 'x'), kWrongNumber},
+        Form{"AllOfANumber", "redirect 09AZaz+-._*#", "redirect 09AZaz+-._*#"},
+        Form{"FirstStatus", "refuse 400", "refuse 400"}, Form{"LastStatus", "refuse 699", "refuse 699"},
+        Form{"StatusTooLow", "refuse 399", "\"399\" is not a status from 400 to 699"},
+        Form{"StatusTooHigh", "refuse 700", "\"700\" is not a status from 400 to 699"}),
+    nameOf);
+
+TEST(Steps, WhatIsPossible_DependsOnThePhaseOfTheCall)
+{
+    EXPECT_EQ(readAgain("early-media, hold"),
+              "\"hold\" is not possible before the answer; possible there: ring, early-media, reliable, answer, say, "
+              "redirect, busy, refuse, wait, silent, garbage");
+    EXPECT_EQ(readAgain("busy", CallPhase::kSeized),
+              "\"busy\" is not possible on a seized line; possible there: call, wait, release, private, public");
+    EXPECT_EQ(readAgain("seize, private, public, wait 1s, call 100, hold, public, transfer 4711, preempt",
+                        CallPhase::kNoCall),
+              "seize, private, public, wait 1s, call 100, hold, public, transfer 4711, preempt");
+    EXPECT_EQ(readAgain("seize, release, seize", CallPhase::kNoCall), "seize, release, seize");
+    EXPECT_EQ(readAgain("answer, hold, retrieve, refresh, garbage, hang-up, wait 1s, seize"),
+              "answer, hold, retrieve, refresh, garbage, hang-up, wait 1s, seize");
+}
+
+TEST(Steps, Tone_LastsASecond)
+{
+    auto const steps = readSteps("answer, say tone");
+
+    ASSERT_TRUE(steps);
+    EXPECT_EQ(steps->back().sound->size(), 8000U);
+}
+
 TEST(Steps, SoundFileThatIsNotThere_IsRefusedWithItsName)
 {
     std::string const reason = readAgain("answer, say /no/such.wav");

@@ -103,6 +103,17 @@ TEST_F(AppearanceMapTest, UnknownCall_GivesItsAppearanceBack_ButACallThatHasBegu
     EXPECT_TRUE(isMapped(2));
 }
 
+TEST_F(AppearanceMapTest, UnknownCall_ConcernsNoOther)
+{
+    assign(129, 1);
+
+    map_.callUnknown(2);
+    EXPECT_TRUE(isMapped(1));
+
+    map_.callUnknown(1);
+    EXPECT_FALSE(isMapped(1));
+}
+
 TEST_F(AppearanceMapTest, AppearanceIsFree_WhenItsCallHasEnded)
 {
     assign(129, 1);
@@ -152,6 +163,59 @@ TEST_F(AppearanceMapTest, Reservation_EndsWhenItsCallBegins)
     EXPECT_EQ(map_.findFirstFreeVirtualLine(4), 131);
     map_.reserve(132);
     EXPECT_EQ(map_.findFirstFreeVirtualLine(4), 132);
+}
+
+TEST_F(AppearanceMapTest, Reservation_ThatIsTakenBack_IsOpenToIncomingCallsAgain)
+{
+    map_.reserve(131);
+    map_.reserve(7);  // no appearance
+    EXPECT_EQ(map_.seizeForIncoming(4, 1001), 132);
+
+    map_.unreserve(131);
+
+    EXPECT_EQ(map_.seizeForIncoming(4, 1002), 131);
+    EXPECT_EQ(map_.seizeForIncoming(7, 1003), 0);
+}
+
+TEST_F(AppearanceMapTest, ReservedAppearance_ThatIsTakenElsewhere_IsPassedOver)
+{
+    map_.reserve(132);
+    map_.setElsewhere(132, true);
+
+    EXPECT_EQ(map_.findFirstFreeVirtualLine(4), 131);
+}
+
+TEST_F(AppearanceMapTest, CallOfALineWithoutAppearances_IsNotMapped)
+{
+    map_.callBegan(5, 1);
+
+    EXPECT_FALSE(isMapped(5));
+}
+
+// An assignment is made anew when its call is made again.
+TEST_F(AppearanceMapTest, RepeatedAssignment_CountsFromTheLatest)
+{
+    assign(131, 1);
+    now_ += std::chrono::seconds(9);
+    assign(132, 1);
+    now_ += std::chrono::seconds(9);
+
+    EXPECT_TRUE(isMapped(1));
+    EXPECT_EQ(map_.findFirstFreeVirtualLine(4), 131);
+    now_ += std::chrono::milliseconds(999);
+    EXPECT_TRUE(isMapped(1));
+    now_ += std::chrono::milliseconds(1);
+    EXPECT_FALSE(isMapped(1));
+}
+
+TEST_F(AppearanceMapTest, IncomingCall_KeepsItsAppearanceHoweverLongItRings)
+{
+    ASSERT_EQ(map_.seizeForIncoming(4, 1001), 131);
+    now_ += std::chrono::minutes(1);
+
+    EXPECT_EQ(map_.seizeForIncoming(4, 1002), 132);
+    map_.callUnknown(1001);
+    EXPECT_TRUE(isMapped(1001));
 }
 
 TEST_F(AppearanceMapTest, TenThousandCalls_LeaveNothingBehind)

@@ -27,6 +27,7 @@ TEST(ClientUtilsTest, Identifier_WithIndex_IsSplitAtTheLastHashSign)
     EXPECT_EQ(split("4711#2"), (Split{"4711", 2}));
     EXPECT_EQ(split("sip:4711@127.0.0.1#3"), (Split{"sip:4711@127.0.0.1", 3}));
     EXPECT_EQ(split("a#b#1"), (Split{"a#b", 1}));
+    EXPECT_EQ(split("4711#255"), (Split{"4711", 255}));
 }
 
 TEST(ClientUtilsTest, Identifier_WithoutIndex_IsTheLineItself)

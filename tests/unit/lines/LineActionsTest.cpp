@@ -7,6 +7,8 @@
 #include "LinesFixture.h"
 #include "ManualWatch.h"
 #include "platform/services/DigitAnalysisServiceIfc.h"
+#include "telephone/base/Touched.h"
+#include "telephone/framework/Refusals.h"
 
 namespace telephone {
 namespace {
@@ -97,6 +99,7 @@ TEST_F(LineActionsTest, WarmLine_DialsAfterItsDelay)
     configuration_.lines[0].hotWarmType = LineData::kWarmLine;
     configuration_.lines[0].hotWarmDigits = "103";
     build(std::chrono::milliseconds(1));
+    keepTouched();
     lines_->getLine("4711")->getLineData()->setHotWarmLineManual(true);
     lines_->getLine("4711")->keyPressed();
     std::promise<void> later;
@@ -104,6 +107,23 @@ TEST_F(LineActionsTest, WarmLine_DialsAfterItsDelay)
     ASSERT_EQ(later.get_future().wait_for(std::chrono::seconds(10)), std::future_status::ready);
 
     EXPECT_THAT(calls_.takeAsked(), ElementsAre("make 4711 1001 103"));
+    EXPECT_TRUE(touchedNames(Touched::kTimer).contains("warm line dials"));
+}
+
+TEST_F(LineActionsTest, WarmLine_AfterTheEnd_DialsNothing)
+{
+    configuration_.lines[0].hotWarmType = LineData::kWarmLine;
+    configuration_.lines[0].hotWarmDigits = "103";
+    build(std::chrono::milliseconds(10));
+    lines_->getLine("4711")->getLineData()->setHotWarmLineManual(true);
+    lines_->getLine("4711")->keyPressed();
+
+    lines_->stop();
+
+    std::promise<void> later;
+    timers_.start(std::chrono::milliseconds(50), [&later] { later.set_value(); });
+    ASSERT_EQ(later.get_future().wait_for(std::chrono::seconds(10)), std::future_status::ready);
+    EXPECT_THAT(calls_.takeAsked(), IsEmpty());
 }
 
 TEST_F(LineActionsTest, WarmLine_ReleasedInTime_DialsNothing)
@@ -236,12 +256,20 @@ TEST_F(LineActionsTest, DirectStation_HasNoFeaturesOfALine)
     auto& station = *build().getDSSLineForFPK(3);
     Line::serverFeaturesSettings settings{};
     settings.dnd = true;
+    RefusalCollector collector;
 
     station.setDNDConfiguration(true);
     station.setForwardingConfiguration(sfiForwardUnconditional, true, "103", 0);
     station.setMissedCallIndicated(true);
     station.getServerFeaturesSettings(settings);
 
+    EXPECT_EQ(
+        collector.take(),
+        (std::vector<Refusal>{
+            {RefusalKind::kNotSupported, "do-not-disturb cannot be set for 102, which is not a line of this telephone"},
+            {RefusalKind::kNotSupported, "forwarding cannot be set for 102, which is not a line of this telephone"},
+            {RefusalKind::kNotSupported,
+             "the missed-call indication cannot be set for 102, which is not a line of this telephone"}}));
     EXPECT_FALSE(settings.dnd);
     EXPECT_EQ(station.getChildBCALineIdReservedForConsultationCall(), 0);
     EXPECT_EQ(settings_->text("cfu-address"), "");
@@ -256,6 +284,34 @@ TEST_F(LineActionsTest, KeyOfALine_ThatIsADirectStation_CallsItOnAnother)
     lines_->getLine("4712")->dssKeyPressed(eDSSContextNone, "77", "");
 
     EXPECT_THAT(calls_.takeAsked(), ElementsAre("make 4711 1001 4712", "make 4711 1002 77"));
+}
+
+TEST_F(LineActionsTest, HotLineWithAppearances_DialsOnTheOneThatIsSelected)
+{
+    configuration_.lines[2].hotWarmType = LineData::kHotLine;
+    configuration_.lines[2].hotWarmDigits = "103";
+    build();
+    lines_->getLine("4713")->getLineData()->setHotWarmLineManual(true);
+
+    lines_->getLine("4713")->keyPressed();
+
+    EXPECT_THAT(calls_.takeAsked(), ElementsAre("make 4713#1 1001 103"));
+}
+
+TEST_F(LineActionsTest, HotAndWarmLine_WithoutDigits_SayWhichTheyAre)
+{
+    configuration_.lines[0].hotWarmType = LineData::kHotLine;
+    configuration_.lines[1].hotWarmType = LineData::kWarmLine;
+    build();
+    RefusalCollector collector;
+    for (char const* const line : {"4711", "4712"}) {
+        lines_->getLine(line)->getLineData()->setHotWarmLineManual(true);
+        lines_->getLine(line)->keyPressed();
+    }
+
+    EXPECT_EQ(collector.take(),
+              (std::vector<Refusal>{{RefusalKind::kNotFound, "hot line 4711 has no digits to dial"},
+                                    {RefusalKind::kNotFound, "warm line 4712 has no digits to dial"}}));
 }
 
 TEST_F(LineActionsTest, HotLine_WithoutDigits_IsSelectedOnly)

@@ -24,3 +24,25 @@ TEST(LineStates, StateThatMeansTheSameForCallAndLine_HasOneName)
     EXPECT_EQ(wordOfLineWithCall(sfiCallStateHeld), "held");
     EXPECT_EQ(wordOfLineWithCall(sfiCallStateConference), "conference");
 }
+
+TEST(LineStates, EachState_HasItsName)
+{
+    struct Case
+    {
+        ELineState state;
+        char const* name;
+    };
+    for (Case const& each :
+         {Case{eLineStateUnknown, "unknown"}, Case{eLineStateOutOfService, "out of service"},
+          Case{eLineStateIdle, "idle"}, Case{eLineStateDSSBusy, "busy"},
+          Case{eLineStateActiveElsewhere, "active elsewhere"},
+          Case{eLineStateConferenceHoldElsewhere, "conference held elsewhere"},
+          Case{eLineStateHoldElsewhere, "held elsewhere"}, Case{eLineStateRingingElsewhere, "ringing elsewhere"},
+          Case{eLineStateReserved, "reserved"}, Case{eLineStateHold, "held"},
+          Case{eLineStateHoldConsult, "held for a consultation"}, Case{eLineStateSelected, "selected"},
+          Case{eLineStateActive, "active"}, Case{eLineStateConference, "conference"},
+          Case{eLineStateRemoteRinging, "remote ringing"}, Case{eLineStateDialling, "dialling"},
+          Case{eLineStateRinging, "ringing"}}) {
+        EXPECT_STREQ(lineStateName(each.state), each.name);
+    }
+}

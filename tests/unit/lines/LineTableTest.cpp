@@ -27,6 +27,72 @@ TEST_F(LineTableTest, Construction_WithTooManyAppearances_StatesTheLimit)
     EXPECT_THROW(build(), std::runtime_error);
 }
 
+TEST_F(LineTableTest, Appearances_MayTakeAllVirtualLines)
+{
+    configuration_.lines[2].appearances = 127;
+    EXPECT_EQ(LineTable(configuration_).addressOf(255, 0), (LineAddress{3, 255, 127, "4713#127"}));
+
+    configuration_.lines[2].appearances = 128;
+    try {
+        LineTable const table(configuration_);
+        FAIL() << "more appearances than there are virtual lines were taken";
+    } catch (std::runtime_error const& error) {
+        EXPECT_STREQ(error.what(), "line 4713: too many appearances; all lines together have at most 127");
+    }
+}
+
+TEST_F(LineTableTest, NumberOfALine_Is255AtMost_AndNoVirtualLineThen)
+{
+    for (int const number : {-1, 256}) {
+        configuration_.lines[1].number = number;
+        EXPECT_THROW(LineTable{configuration_}, std::runtime_error) << number;
+    }
+    configuration_.lines[1].number = 255;
+    EXPECT_EQ(LineTable(configuration_).addressOf(255, 0), (LineAddress{255, 255, 0, "4712"}));
+
+    configuration_.lines[1].number = 130;
+    LineTable const table(configuration_);
+    EXPECT_EQ(table.addressOf(129, 0)->lineURI, "4713#1");
+    EXPECT_EQ(table.addressOf(130, 0)->lineURI, "4712");
+    EXPECT_EQ(table.addressOf(131, 0)->lineURI, "4713#2");
+}
+
+TEST_F(LineTableTest, Line_HasAppearancesFromTwoOn)
+{
+    configuration_.lines[0].appearances = 1;
+    configuration_.lines[1].appearances = 2;
+    LineTable table(configuration_);
+
+    EXPECT_EQ(table.seizeForIncoming(1, 1001), (LineAddress{1, 1, 0, "4711"}));
+    EXPECT_EQ(table.seizeForIncoming(2, 1002), (LineAddress{2, 129, 1, "4712#1"}));
+}
+
+TEST_F(LineTableTest, PrimaryLine_IsTheOneThatIsMarkedElseTheFirst)
+{
+    EXPECT_EQ(LineTable(configuration_).primary()->address.lineURI, "4711");
+    configuration_.lines[0].primary = false;
+    EXPECT_EQ(LineTable(configuration_).primary()->address.lineURI, "4711");
+    configuration_.lines[2].primary = true;
+    EXPECT_EQ(LineTable(configuration_).primary()->address.lineURI, "4713");
+}
+
+TEST_F(LineTableTest, Account_SaysWhetherItsLineIsSharedAndRegisters)
+{
+    configuration_.lines[0].registers = true;
+    configuration_.lines[1].sharedLineType = LineData::kBridgedLine;
+    configuration_.lines[1].isPrivate = true;
+    LineTable table(configuration_);
+    table.setServer({"", "127.0.0.1:5070", "secret"});
+
+    auto const accounts = table.accounts();
+
+    EXPECT_FALSE(accounts[0].registers) << "there is no registrar";
+    EXPECT_FALSE(accounts[0].shared);
+    EXPECT_FALSE(accounts[0].isPrivate);
+    EXPECT_TRUE(accounts[1].shared);
+    EXPECT_TRUE(accounts[1].isPrivate);
+}
+
 TEST_F(LineTableTest, AddressOf_OnAKeyset_KnowsLinesAndVirtualLinesOnly)
 {
     build();

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include "LinesFixture.h"
+#include "ManualWatch.h"
 #include "platform/framework/Executable.h"
 #include "platform/framework/SvcRTEContext.h"
 #include "telephone/lines/LineObserver.h"
@@ -188,6 +189,83 @@ TEST_F(LinesTest, FeaturesOfALine_AreKeptInTheStore)
     EXPECT_EQ(settings_->text("line/4712/do-not-disturb"), "true");
 }
 
+TEST_F(LinesTest, ForwardingOfALine_HasTheTypes0To9)
+{
+    auto& line = *build().getLine("4712");
+    for (int const type : {-1, 0, 9, 10}) {
+        line.setForwardingConfiguration(static_cast<sfiForwardingType>(type), true, "103", 0);
+    }
+
+    Line::serverFeaturesSettings read;
+    line.getServerFeaturesSettings(read);
+
+    ASSERT_EQ(read.forwarding.size(), 2U);
+    EXPECT_EQ(read.forwarding.at(static_cast<sfiForwardingType>(0)).ringCount, 0);
+    EXPECT_EQ(read.forwarding.at(static_cast<sfiForwardingType>(9)).destination, "103");
+    EXPECT_EQ(settings_->text("line/4712/forwarding-0"), "on;0;103");
+    EXPECT_EQ(settings_->text("line/4712/forwarding-10"), "");
+    EXPECT_FALSE(read.dnd);
+}
+
+TEST_F(LinesTest, LineInAState_IsTheLineOrItsFirstAppearanceInThatState)
+{
+    build();
+    change(130, 5, sfiCallStateConnected);
+    change(131, 6, sfiCallStateHeld);
+
+    EXPECT_EQ(lines_->getLineInState(eLineStateIdle, "4711"), lines_->getLine("4711"));
+    EXPECT_EQ(lines_->getLineInState(eLineStateActive, "4711"), nullptr);
+    EXPECT_EQ(lines_->getLineInState(eLineStateIdle, "4713"), lines_->getLine("4713#1"));
+    EXPECT_EQ(lines_->getLineInState(eLineStateActive, "4713"), lines_->getLine("4713#2"));
+    EXPECT_EQ(lines_->getLineInState(eLineStateHold, "4713"), lines_->getLine("4713#3"));
+    EXPECT_EQ(lines_->getLineInState(eLineStateRinging, "4713"), nullptr);
+    EXPECT_EQ(lines_->getLineInState(eLineStateIdle, "4799"), nullptr);
+}
+
+TEST_F(LinesTest, Call_TakesItsAppearanceFromItsBeginningToItsEnd)
+{
+    build();
+    change(129, 5, sfiCallStateDialling);
+    EXPECT_EQ(table_->appearances().findFirstFreeVirtualLine(3), 130);
+    change(129, 5, sfiCallStateConnected);
+    EXPECT_EQ(table_->appearances().findFirstFreeVirtualLine(3), 130);
+
+    change(129, 5, sfiCallStateIdle);
+
+    EXPECT_EQ(table_->appearances().findFirstFreeVirtualLine(3), 129);
+}
+
+TEST_F(LinesTest, SelectedLine_ThatIsReleased_IsOpenToIncomingCallsAgain)
+{
+    build();
+    lines_->getLine("4713")->keyPressed();
+    ASSERT_EQ(stateOf("4713#1"), eLineStateSelected);
+    EXPECT_EQ(table_->appearances().seizeForIncoming(3, 1001), 130);
+
+    lines_->getLine("4713")->keyPressed();
+
+    EXPECT_EQ(stateOf("4713#1"), eLineStateIdle);
+    EXPECT_EQ(table_->appearances().seizeForIncoming(3, 1002), 129);
+}
+
+TEST_F(LinesTest, NewCall_GoesToThePrimaryLineIfItIsFree)
+{
+    configuration_.lines[0].primary = false;
+    configuration_.lines[1].primary = true;
+    build();
+    std::lock_guard const lock(calls_);
+
+    EXPECT_EQ(lines_->lineForNewCall().value()->id(), "4712");
+    change(2, 5, sfiCallStateConnected);
+    EXPECT_EQ(lines_->lineForNewCall().value()->id(), "4711");
+    change(1, 6, sfiCallStateConnected);
+    EXPECT_EQ(lines_->lineForNewCall().value()->id(), "4713#1");
+    for (int const appearance : {129, 130, 131}) {
+        change(appearance, appearance, sfiCallStateConnected);
+    }
+    EXPECT_EQ(lines_->lineForNewCall().error().reason, "no line is free");
+}
+
 TEST_F(LinesTest, RingCountOutOfRange_LeavesTheRulesOwn)
 {
     auto& line = *build().getLine("4712");
@@ -279,6 +357,23 @@ TEST_F(LinesTest, Observer_ReceivesEachChangeInOrder_AndTheOverviewOnRequest)
     lines_->stop();
     EXPECT_THAT(observer.seen, ElementsAre("4711 2", "4711 5", "4711 1", "4713 1", "4713#1 1", "4713#2 1", "4713#3 1"));
     EXPECT_FALSE(observer.lockHeld);
+}
+
+TEST_F(LinesTest, Observer_IsToldOfDirectStations)
+{
+    configuration_.keys = {{3, "dss", "102", "", false}};
+    build();
+    Observer observer;
+    observer.calls = &calls_;
+    ASSERT_TRUE(lines_->observe(&observer));
+    ManualWatch watch;
+    lines_->watchParties(watch);
+
+    watch.tell("102", PartyStatus::kBusy);
+
+    ASSERT_TRUE(observer.waitFor(1));
+    lines_->stop();
+    EXPECT_THAT(observer.seen, ElementsAre("102 6"));
 }
 
 }  // namespace

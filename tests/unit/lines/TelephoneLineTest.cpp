@@ -144,6 +144,40 @@ TEST_F(TelephoneLineTest, CallHeldElsewhere_IsTakenBackByItsDialog)
     EXPECT_THAT(calls_.takeAsked(), ElementsAre("take over 4712 1001 sip:caller@127.0.0.1:5090"));
 }
 
+TEST_F(TelephoneLineTest, CallElsewhere_OfALineWithAppearances_IsOnTheOnesThatItsNoticeNames)
+{
+    configuration_.lines[2].sharedLineType = LineData::kSharedLine;
+    build();
+    ManualWatch watch;
+    lines_->watchParties(watch);
+    WatchedParty held = party(PartyStatus::kHolding);
+    held.appearances = {WatchedParty(), party(PartyStatus::kHolding)};
+
+    watch.tell("4713", held);
+    EXPECT_EQ(stateOf("4713#1"), eLineStateIdle);
+    EXPECT_EQ(stateOf("4713#2"), eLineStateHoldElsewhere);
+    EXPECT_EQ(stateOf("4713#3"), eLineStateIdle);
+    EXPECT_EQ(table_->appearances().seizeForIncoming(3, 1001), 129);
+    EXPECT_EQ(table_->appearances().seizeForIncoming(3, 1002), 131);
+
+    watch.tell("4713", party(PartyStatus::kIdle));
+    EXPECT_EQ(stateOf("4713#2"), eLineStateIdle);
+    EXPECT_EQ(table_->appearances().seizeForIncoming(3, 1003), 130);
+}
+
+TEST_F(TelephoneLineTest, FarEnd_OfALineStaysTheLastThatWasNamed)
+{
+    build();
+    auto call = callOn(1, 5, sfiCallStateConnected);
+    calls_.change(*lines_, call);
+    EXPECT_EQ(lines_->getLine("4711")->getLastNotifyRemoteURI(), "sip:100@127.0.0.1");
+
+    call.remoteURI = "";
+    calls_.change(*lines_, call);
+
+    EXPECT_EQ(lines_->getLine("4711")->getLastNotifyRemoteURI(), "sip:100@127.0.0.1");
+}
+
 TEST_F(TelephoneLineTest, ActiveCallElsewhere_IsJoinedOnABridgedLineOnly)
 {
     configuration_.lines[1].sharedLineType = LineData::kBridgedLine;

@@ -139,6 +139,64 @@ TEST_F(KeyApplicationTest, HookDown_ClearsTheActiveCall_NotTheOneOnHold)
     EXPECT_THAT(service_.takeNoted(), ElementsAre("clear 4712 6 1"));
 }
 
+TEST_F(KeyApplicationTest, HookDown_ClearsACallByItsState)
+{
+    buildKeys();
+    struct Case
+    {
+        sfiCallState state;
+        bool clears;
+    };
+    for (Case const& each :
+         {Case{sfiCallStateDialling, true}, Case{sfiCallStateProceeding, true}, Case{sfiCallStateRemoteRinging, true},
+          Case{sfiCallStateConnected, true}, Case{sfiCallStateRemotelyHeld, true}, Case{sfiCallStateConference, true},
+          Case{sfiCallStateHeld, false}, Case{sfiCallStateHeldByBoth, false}, Case{sfiCallStateRinging, false}}) {
+        changeCall(1, 5, each.state);
+        hook(true);
+        service_.takeNoted();
+        hook(false);
+        auto const noted = service_.takeNoted();
+        EXPECT_EQ(noted.size() == 1 && noted.front() == "clear 4711 5 1", each.clears) << each.state;
+        changeCall(1, 5, sfiCallStateIdle);
+    }
+}
+
+TEST_F(KeyApplicationTest, HookUp_DuringACallOrWithASelectedLine_DoesNothing)
+{
+    buildKeys();
+    changeCall(1, 5, sfiCallStateConnected);
+    hook(true);
+    EXPECT_THAT(service_.takeNoted(), IsEmpty());
+    changeCall(1, 5, sfiCallStateIdle);
+    hook(false);
+
+    press(2);
+    EXPECT_THAT(service_.takeNoted(), ElementsAre("line key 2"));
+    hook(true);
+    EXPECT_THAT(service_.takeNoted(), IsEmpty());
+    EXPECT_EQ(stateOf("4712"), eLineStateSelected);
+    EXPECT_EQ(stateOf("4711"), eLineStateIdle);
+}
+
+TEST_F(KeyApplicationTest, HeadsetKey_ReleasesASelectedLine_AndSeizesOneWithout)
+{
+    buildKeys();
+    EXPECT_TRUE(physical_->plug("headset", true));
+    physical_->flush();
+
+    press(10);
+    EXPECT_EQ(stateOf("4711"), eLineStateSelected);
+    press(10);
+    EXPECT_EQ(stateOf("4711"), eLineStateIdle);
+
+    EXPECT_TRUE(physical_->plug("handset", true));
+    EXPECT_TRUE(physical_->plug("headset", false));
+    physical_->flush();
+    EXPECT_EQ(lamp("headset"), "off");
+    press(10);
+    EXPECT_EQ(stateOf("4711"), eLineStateIdle);
+}
+
 TEST_F(KeyApplicationTest, ReleaseKey_ClearsTheDiallingCall)
 {
     buildKeys();

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "TeamFixture.h"
+#include "telephone/base/Touched.h"
 
 namespace telephone {
 namespace {
@@ -72,13 +73,46 @@ TEST_F(RingerTest, IsolatedLine_IsTheOnlyAudibleOne)
     EXPECT_TRUE(bell_.isRinging());
 }
 
+TEST_F(RingerTest, LineOfAnAppearance_IsIsolatedAsAWhole)
+{
+    buildTeam();
+    keyset_->callIsolation("4713#1", true);
+    offer(130, 1001);
+    EXPECT_TRUE(bell_.isRinging());
+    offer(1, 1002);
+    changeCall(130, 1001, sfiCallStateIdle);
+    EXPECT_FALSE(bell_.isRinging());
+
+    keyset_->callIsolation("4713#2", false);
+    EXPECT_TRUE(bell_.isRinging());
+    keyset_->callIsolation("4799", true);
+    EXPECT_TRUE(bell_.isRinging());
+}
+
+TEST_F(RingerTest, End_StopsTheRingingForGood)
+{
+    buildTeam();
+    offer(1, 1001);
+    ASSERT_TRUE(bell_.isRinging());
+
+    ringer_->stop();
+
+    EXPECT_FALSE(bell_.isRinging());
+    offer(2, 1002);
+    EXPECT_FALSE(bell_.isRinging());
+    ringer_->stop();
+    EXPECT_FALSE(bell_.isRinging());
+}
+
 TEST_F(RingerTest, RingDelay_Applies_UnlessImmediateRingIsOn)
 {
     configuration_.lines[0].ringDelay = 1;
     buildTeam();
     offer(1, 1001);
     EXPECT_FALSE(bell_.isRinging());
+    keepTouched();
     EXPECT_TRUE(bell_.waitForRinging());
+    EXPECT_TRUE(touchedNames(Touched::kTimer).contains("line with a ring delay rings"));
     changeCall(1, 1001, sfiCallStateIdle);
     EXPECT_FALSE(bell_.isRinging());
 
@@ -88,6 +122,11 @@ TEST_F(RingerTest, RingDelay_Applies_UnlessImmediateRingIsOn)
     EXPECT_TRUE(keyset_->getImmediateRing());
     offer(1, 1002);
     EXPECT_TRUE(bell_.isRinging());
+
+    keyset_->setImmediateRing(false, outcome);
+    EXPECT_EQ(outcome, "immediate ring is off");
+    EXPECT_FALSE(keyset_->getImmediateRing());
+    EXPECT_FALSE(bell_.isRinging());
 }
 
 }  // namespace
