@@ -199,6 +199,20 @@ TEST_F(FarEnd, HoldThatIsRefused_LeavesTheCallAsItWas)
     EXPECT_EQ(sip::SessionState::kEstablished, session_->state());
 }
 
+TEST_F(FarEnd, HoldThatIsRedirected_IsRefusedAndRedirectsNothing)
+{
+    connect();
+    ASSERT_TRUE(session_->modify(sip::Direction::kSendOnly));
+
+    far_.answer(far_.receive("INVITE"), "302 Moved Temporarily", "Contact: <sip:other@127.0.0.1:5999>\r\n");
+
+    EXPECT_TRUE(phone_.waitFor("refused 302", 1s)) << phone_.events();
+    EXPECT_EQ("", phone_.events());
+    EXPECT_EQ(sip::Direction::kSendReceive, session_->localDirection());
+    ASSERT_TRUE(session_->modify(sip::Direction::kSendOnly));
+    EXPECT_NE("", far_.receive("INVITE", 1s));
+}
+
 TEST_F(FarEnd, HoldOfACallThatIsGone_ClosesIt)
 {
     connect();
