@@ -162,6 +162,26 @@ TEST_F(RtpStreamTest, FirstPacketThatIsHeard_HasTheNumbersOfItsMoment)
     EXPECT_EQ(second.ts - first.ts, 51U * 160U);
 }
 
+// RFC 3551, 4.1: the marker says where sound begins.
+TEST_F(RtpStreamTest, FirstPacketThatIsHeardAgain_BeginsTheSound)
+{
+    for (bool const hears : {false, true}) {
+        PacketReader reader;
+        left_->setSink(hears ? &leftVoice_ : nullptr);
+        connect(*left_, reader.port());
+        sleepFor(50ms);
+        connect(*left_, *right_);
+        sleepFor(1s);
+        connect(*left_, reader.port());
+        sleepFor(40ms);
+
+        ASSERT_EQ(reader.headers.size(), 4U);
+        EXPECT_FALSE(reader.headers[1].m);
+        EXPECT_TRUE(reader.headers[2].m) << hears;
+        EXPECT_FALSE(reader.headers[3].m);
+    }
+}
+
 TEST_F(RtpStreamTest, AudioForASink_IsSentWhileTheSinkListens)
 {
     right_->setSink(&rightVoice_);
