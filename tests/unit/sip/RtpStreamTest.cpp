@@ -330,6 +330,28 @@ TEST_F(RtpStreamTest, LossJitterAndRoundTrip_AreKnownAtBothEnds)
     EXPECT_LT(*sent.roundTrip, 1ms);
 }
 
+TEST_F(RtpStreamTest, ReportsOfAStranger_AreCountedAndNotRead)
+{
+    sleepFor(6s);  // a report of the far end has come
+    sa const reports = loopback(static_cast<std::uint16_t>(left_->localPort() + 1));
+    Ref<udp_sock> stranger;
+    sa local = loopback(0);
+    Ref<mbuf> packet;
+    {
+        std::lock_guard const lock(loop_);
+        ASSERT_EQ(udp_listen(stranger.out(), &local, nullptr, nullptr), 0);
+        ASSERT_TRUE(fill(packet, "anything"));
+        EXPECT_EQ(left_->statistics().foreign, 0U);
+        EXPECT_EQ(udp_send(stranger.get(), &reports, packet.get()), 0);
+        EXPECT_EQ(udp_send(stranger.get(), &reports, packet.get()), 0);
+    }
+    sleepFor(1ms);
+
+    std::lock_guard const lock(loop_);
+    EXPECT_EQ(left_->statistics().foreign, 2U);
+    stranger.reset();
+}
+
 TEST_F(RtpStreamTest, ReportsOfAnEncryptedStream_AreEncryptedAndRead)
 {
     CryptoKey const left{CryptoSuite::kAesCm128HmacSha1_80, std::string(30, 'l')};
