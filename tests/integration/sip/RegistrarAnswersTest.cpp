@@ -198,6 +198,16 @@ TEST_F(RegistrarAnswers, ThatDoNotCome_AreATimeoutAfterEightSeconds)
     EXPECT_EQ("Request Timeout", phone.lastFailure);
 }
 
+TEST_F(RegistrarAnswers, ThatComeAfterTheTimeout_AreIgnored)
+{
+    std::string const asked = ask();
+    ASSERT_TRUE(phone.waitFor("unregistered 408")) << phone.events();
+
+    registrar.answer(asked, "200 OK", "Expires: 300\r\n");
+
+    EXPECT_FALSE(phone.waitFor("registered 300", 400ms));
+}
+
 TEST_F(RegistrarAnswers, AfterTheTelephoneHasGone_AreNotAskedFor)
 {
     registrar.answer(ask(), "500 Server Internal Error");
