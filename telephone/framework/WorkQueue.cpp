@@ -16,9 +16,6 @@ WorkQueue::WorkQueue(std::string name, std::size_t capacity)
 WorkQueue::~WorkQueue()
 {
     stop();
-    if (thread_.joinable()) {
-        thread_.join();
-    }
 }
 
 Outcome<> WorkQueue::post(Work work)

@@ -111,13 +111,11 @@ std::string bytesOf(mbuf const& buffer)
 template <typename Call>
 void passBytes(void* object, std::string const& bytes, Call const& call)
 {
-    mem_ref(object);
-    mbuf* const buffer = mbuf_alloc(bytes.size() + 1);
-    (void)mbuf_write_mem(buffer, reinterpret_cast<std::uint8_t const*>(bytes.data()), bytes.size());
-    mbuf_set_pos(buffer, 0);
-    call(buffer);
-    mem_deref(buffer);
-    mem_deref(object);
+    Ref<void> kept;
+    kept.share(object);
+    Ref<mbuf> buffer;
+    (void)fill(buffer, bytes);
+    call(buffer.get());
 }
 
 }  // namespace
@@ -207,8 +205,7 @@ Connection* makeConnection(Connection const& values)
 void establish(Connection const& connection)
 {
     memoryNetwork().send(connection.peer, connection.local, [id = connection.id] {
-        Connection* const found = findConnection(id);
-        if (found != nullptr && found->other != 0) {
+        if (Connection* const found = findConnection(id)) {
             found->to.established(found->to.argument);
         }
     });

@@ -27,7 +27,7 @@ public:
     virtual void onReason(std::string const& reason) = 0;
     // An INVITE of ours was answered with 400 or more. Called after the stack has handled the response.
     virtual void onInviteRefused(Response const& response) = 0;
-    // An INVITE of ours was answered with 300 to 399 and the stack has followed.
+    // An INVITE of ours was answered with 300 to 399. The stack has followed, unless it belonged to a call.
     virtual void onInviteRedirected(Response const& response) = 0;
     // Called before the stack sees the redirection: true keeps the stack from following it.
     virtual bool takeRedirection(Response const& response) = 0;

@@ -201,7 +201,6 @@ bool PlayoutBuffer::take(AudioFrame& frame)
     }
     if (buffered() == 0 && ++waited_ > kMostFilled) {
         playing_ = false;
-        waited_ = 0;
         return false;
     }
     fill(frame);

@@ -91,7 +91,7 @@ ServerRequest::ServerRequest(StackRequest const& request, Servers& servers, Dest
 ServerRequest::~ServerRequest()
 {
     requests().erase(this);
-    if (!isOver_ && !starting_ && request_.holder) {
+    if (!isOver_ && request_.holder) {
         *request_.holder = nullptr;
     }
 }
@@ -144,6 +144,7 @@ void ServerRequest::sendToNext(int error)
     }
 }
 
+// The stack lets the attempt before go, and cancels it if its server answers after all.
 int ServerRequest::transmit(Place const& place)
 {
     answered_ = false;
@@ -189,16 +190,12 @@ bool ServerRequest::waitsFor(SocketAddress const& peer) const
 
 void ServerRequest::onConnectionEnded()
 {
-    silence_.start(std::chrono::milliseconds(0), [this] {
-        attempt_.reset();
-        moveOn("ended the connection before it answered", ECONNRESET, nullptr);
-    });
+    silence_.start(std::chrono::milliseconds(0),
+                   [this] { moveOn("ended the connection before it answered", ECONNRESET, nullptr); });
 }
 
 void ServerRequest::onSilence()
 {
-    // The stack lets the attempt go, and cancels it if the server answers after all.
-    attempt_.reset();
     moveOn("does not answer", ETIMEDOUT, nullptr);
 }
 
@@ -244,7 +241,6 @@ void ServerRequest::end(int error, sip_msg const* message)
         return;
     }
     silence_.cancel();
-    requests().erase(this);
     if (request_.holder) {
         *request_.holder = nullptr;
     }

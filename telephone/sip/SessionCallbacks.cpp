@@ -391,6 +391,9 @@ bool SessionImpl::followRedirection()
 
 void SessionImpl::onInviteRedirected(Response const& response)
 {
+    if (state_ == SessionState::kEstablished) {
+        return finishModification(false, response.status, response.reason);
+    }
     auto const contact = NameAddr::parse(response.headers.value("Contact"));
     bool const calling = state_ == SessionState::kCalling || state_ == SessionState::kEarly;
     if (observer_ && outgoing_ && calling && contact) {

@@ -67,6 +67,48 @@ TEST_F(Failover, SilentFirstServer_RegistersAtTheSecondWithinFourSeconds)
     EXPECT_TRUE(exchange.isRegistered("4711"));
 }
 
+TEST_F(Failover, LastServerOfARegistration_HasEightSecondsOfItsOwn)
+{
+    dns->address("nowhere.test", "127.0.0.8");
+    dns->service("_sip._udp.pbx.test", 10, 0, 5060, "nobody.test");
+    dns->service("_sip._udp.pbx.test", 20, 0, 5060, "nowhere.test");
+    SipPeer phone(loop, "4711", config());
+
+    auto const taken = timeOf([&] {
+        phone.registerAt("pbx.test");
+        EXPECT_TRUE(phone.waitFor("unregistered 408", 20s)) << phone.events();
+    });
+
+    EXPECT_GE(taken, 11'800);
+    EXPECT_LT(taken, 12'000);
+}
+
+TEST_F(Failover, FailedServerOfALine_IsTriedAgainByItsRegistrationFirst)
+{
+    if (!isTimeOfTestsVirtual()) {
+        GTEST_SKIP() << "takes twelve minutes in real time";
+    }
+    std::string logged;
+    auto settings = config();
+    settings.log = [&logged](sip::LogLevel, std::string const& line) { logged += line + "\n"; };
+    preferServer("nobody.test", 5060);
+    SipPeer phone(loop, "4711", settings);
+    phone.registerAt("pbx.test", "secret", [](sip::Account& account) { account.expires = 800; });
+    ASSERT_TRUE(phone.waitFor("registered 800")) << phone.events();
+    sleepFor(650s);
+    logged.clear();
+
+    phone.call("sip:100@pbx.test");
+    ASSERT_TRUE(phone.waitFor("established")) << phone.events();
+    EXPECT_EQ("", logged);
+
+    // A refresh is due after 720 seconds.
+    sleepFor(74s);
+    std::string const port = std::to_string(exchangePort());
+    EXPECT_EQ("REGISTER to pbx.test: udp 127.0.0.9:5060: does not answer; udp 127.0.0.1:" + port + " is next\n",
+              logged);
+}
+
 TEST_F(Failover, ServerThatAnswered_IsKeptForCallsAndSubscriptions)
 {
     preferServer("nobody.test", 5060);

@@ -39,6 +39,15 @@ TEST_F(FarEnd, DescriptionWhileRinging_IsEarlyMedia)
     EXPECT_TRUE(phone_.waitFor("progress 183 early")) << phone_.events();
 }
 
+TEST_F(FarEnd, TextWhileRinging_IsNoEarlyMedia)
+{
+    call();
+
+    far_.answer(invite_, "183 Session Progress", "Content-Type: text/plain\r\n", far_.description());
+
+    EXPECT_TRUE(phone_.waitFor("progress 183")) << phone_.events();
+}
+
 TEST_F(FarEnd, AnswerWithoutADescription_UsesThatOfTheRinging)
 {
     call();
@@ -79,6 +88,19 @@ TEST_F(FarEnd, IdentityThatAnotherFarEndAsserts_IsIgnored)
     EXPECT_TRUE(phone_.waitFor("progress 180")) << phone_.events();
     EXPECT_FALSE(phone_.waitFor("identity Seven <sip:7777@127.0.0.1>", 1s));
     EXPECT_EQ(session_->remoteParty().uri.user, "far");
+}
+
+TEST_F(FarEnd, IdentityThatAFormerServerAsserts_IsIgnored)
+{
+    registerHere();
+    phone_.registration.reset();
+    far_.answer(far_.receive("REGISTER"), "200 OK");
+    call();
+
+    far_.answer(invite_, "180 Ringing", "P-Asserted-Identity: \"Seven\" <sip:7777@127.0.0.1>\r\n");
+
+    EXPECT_TRUE(phone_.waitFor("progress 180")) << phone_.events();
+    EXPECT_FALSE(phone_.waitFor("identity Seven <sip:7777@127.0.0.1>", 1s));
 }
 
 TEST_F(FarEnd, SameIdentityAgain_IsNoNews)
@@ -175,6 +197,20 @@ TEST_F(FarEnd, HoldThatIsRefused_LeavesTheCallAsItWas)
 
     EXPECT_TRUE(phone_.waitFor("refused 488")) << phone_.events();
     EXPECT_EQ(sip::SessionState::kEstablished, session_->state());
+}
+
+TEST_F(FarEnd, HoldThatIsRedirected_IsRefusedAndRedirectsNothing)
+{
+    connect();
+    ASSERT_TRUE(session_->modify(sip::Direction::kSendOnly));
+
+    far_.answer(far_.receive("INVITE"), "302 Moved Temporarily", "Contact: <sip:other@127.0.0.1:5999>\r\n");
+
+    EXPECT_TRUE(phone_.waitFor("refused 302", 1s)) << phone_.events();
+    EXPECT_EQ("", phone_.events());
+    EXPECT_EQ(sip::Direction::kSendReceive, session_->localDirection());
+    ASSERT_TRUE(session_->modify(sip::Direction::kSendOnly));
+    EXPECT_NE("", far_.receive("INVITE", 1s));
 }
 
 TEST_F(FarEnd, HoldOfACallThatIsGone_ClosesIt)

@@ -116,13 +116,45 @@ TEST_F(RegistrarAnswers, ThatWantLongerTimes_GetThem)
 
 TEST_F(RegistrarAnswers, ThatForbidForGood_AreNotAskedAgain)
 {
-    for (char const* status : {"403 Forbidden", "404 Not Found"}) {
+    for (char const* status :
+         {"401 Unauthorized", "403 Forbidden", "404 Not Found", "407 Proxy Authentication Required"}) {
         registrar.answer(ask(), status);
 
         ASSERT_TRUE(phone.waitFor("unregistered " + std::string(status, 3))) << phone.events();
         EXPECT_TRUE(comesNotWithin(2h)) << status;
         phone.registration.reset();
     }
+}
+
+TEST_F(RegistrarAnswers, ThatRefuseInAnotherWay_AreAskedAgain)
+{
+    for (char const* status : {"400 Bad Request", "402 Payment Required", "405 Method Not Allowed", "408 Timeout"}) {
+        registrar.answer(ask(), status);
+
+        ASSERT_TRUE(phone.waitFor("unregistered " + std::string(status, 3))) << phone.events();
+        EXPECT_FALSE(comesNotWithin(3s)) << status;
+        phone.registration.reset();
+        phone.forget();
+        registrar.hearsNothingOf("what is still on its way", 1s);
+    }
+}
+
+TEST_F(RegistrarAnswers, ThatNameARoute_AreForgottenWithTheRegistration)
+{
+    ScriptedEnd proxy(loop);
+    ScriptedEnd called(loop);
+    phone.registerAt(registrar.hostPort());
+    grant("Expires: 300\r\nService-Route: <" + proxy.uri() + ";lr>\r\n");
+    ASSERT_TRUE(phone.waitFor("registered 300")) << phone.events();
+    phone.call(called.uri());
+    EXPECT_NE("", proxy.receive("INVITE ", 1s));
+
+    phone.registration.reset();
+    phone.call(called.uri());
+
+    std::string const direct = called.receive("INVITE ", 1s);
+    EXPECT_NE("", direct);
+    EXPECT_EQ("", headerOf(direct, "Route"));
 }
 
 TEST_F(RegistrarAnswers, ThatChallengeAPassword_AreNotAskedAgain)
@@ -164,6 +196,16 @@ TEST_F(RegistrarAnswers, ThatDoNotCome_AreATimeoutAfterEightSeconds)
     EXPECT_FALSE(phone.waitFor("unregistered 408", 7900ms));
     ASSERT_TRUE(phone.waitFor("unregistered 408", 200ms)) << phone.events();
     EXPECT_EQ("Request Timeout", phone.lastFailure);
+}
+
+TEST_F(RegistrarAnswers, ThatComeAfterTheTimeout_AreIgnored)
+{
+    std::string const asked = ask();
+    ASSERT_TRUE(phone.waitFor("unregistered 408")) << phone.events();
+
+    registrar.answer(asked, "200 OK", "Expires: 300\r\n");
+
+    EXPECT_FALSE(phone.waitFor("registered 300", 400ms));
 }
 
 TEST_F(RegistrarAnswers, AfterTheTelephoneHasGone_AreNotAskedFor)

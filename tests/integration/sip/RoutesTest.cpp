@@ -31,6 +31,18 @@ TEST_F(Routes, Localhost_IsTheLoopbackAddress)
     EXPECT_EQ("OPTIONS " + far_.uri() + " SIP/2.0", firstLineOf(options(phone_.account, "sip:far@LocalHost" + port())));
 }
 
+TEST_F(Routes, LocalhostOfATelephoneWithIpv6Alone_IsItsLoopbackAddress)
+{
+    sip::UserAgentConfig config;
+    config.address = "::1";
+    SipPeer called(loop, "4712", config);
+    SipPeer caller(loop, "4713", config);
+
+    caller.call("sip:4712@localhost:" + std::to_string(called.agent->udpPort()));
+
+    EXPECT_TRUE(caller.waitFor("established")) << caller.events();
+}
+
 TEST_F(Routes, TargetWithAnAddressBesideItsName_GoesThere)
 {
     std::string const target = "sip:far@nowhere.invalid" + port() + ";maddr=127.0.0.1";

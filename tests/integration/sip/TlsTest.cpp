@@ -317,6 +317,24 @@ TEST_F(Tls, ServerWhoseCertificateIsReplaced_IsTrustedAgain)
     EXPECT_TRUE(peer->waitFor("established")) << peer->events() << phoneLog_;
 }
 
+TEST_F(Tls, ServerThatNoLineRegistersWithAnyMore_IsCalledAgain)
+{
+    registrarWith(certificates_.make("DNS:other.example"));
+    auto const peer = phone();
+    registerOverTls(*peer);
+    ASSERT_TRUE(peer->waitFor("unregistered 502")) << peer->events() << phoneLog_;
+    sip::CallRequest request;
+    request.account = peer->account;
+    request.target = "sip:100@" + server();
+    auto const refused = peer->agent->call(request, *peer);
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(refused.error(), (Refusal{RefusalKind::kUnavailable, peer->lastFailure}));
+
+    peer->registration.reset();
+
+    EXPECT_TRUE(peer->agent->call(request, *peer)) << "whether it may be trusted is asked anew";
+}
+
 TEST_F(Tls, ServerWithoutACertificate_IsNamed)
 {
     registrarWith({});

@@ -62,3 +62,18 @@ TEST(Channel, Take_AtMost_LeavesTheRest)
     EXPECT_EQ(channel.take(1).size(), 1U);
     EXPECT_EQ(channel.take(10).size(), 1U);
 }
+
+TEST(Channel, WithoutRoom_KeepsTheLatestEvent)
+{
+    FrameworkContext context;
+    Channel channel("console", context, 0, {});
+    channel.sendEvent("a");
+    channel.sendEvent("b");
+
+    auto const events = channel.take(10);
+
+    ASSERT_EQ(events.size(), 1U);
+    EXPECT_EQ(events[0].text, "b");
+    EXPECT_EQ(channel.dropped(), 1U);
+    EXPECT_EQ(&channel.context(), &context);
+}

@@ -194,3 +194,48 @@ TEST(EventDispatcher, Post_AfterStop_DoesNothing)
 
     EXPECT_TRUE(subscriber.held.empty());
 }
+
+TEST(EventDispatcher, SubscriberThatAnotherUnsubscribes_DoesNotGetTheEventUnderWay)
+{
+    EventDispatcher dispatcher;
+    Subscriber first;
+    Subscriber second;
+    first.onHeld = [&](int) { dispatcher.unsubscribe(&second); };
+    ASSERT_TRUE(dispatcher.subscribe(&first));
+    ASSERT_TRUE(dispatcher.subscribe(&second));
+
+    postHeld(dispatcher, 1);
+    dispatcher.stop();
+
+    EXPECT_EQ(first.held, std::vector{1});
+    EXPECT_TRUE(second.held.empty());
+}
+
+TEST(EventDispatcher, Events_AreNumberedFromOne)
+{
+    EventDispatcher dispatcher;
+    Subscriber subscriber;
+    std::vector<std::uint64_t> numbers;
+    subscriber.onHeld = [&](int) { numbers.push_back(dispatcher.delivering()); };
+    ASSERT_TRUE(dispatcher.subscribe(&subscriber));
+    EXPECT_EQ(dispatcher.posted(), 0U);
+
+    postHeld(dispatcher, 1);
+    postHeld(dispatcher, 2);
+    EXPECT_EQ(dispatcher.posted(), 2U);
+    dispatcher.stop();
+    postHeld(dispatcher, 3);
+
+    EXPECT_EQ(numbers, (std::vector<std::uint64_t>{1, 2}));
+    EXPECT_EQ(dispatcher.posted(), 2U);
+}
+
+TEST(EventDispatcher, Start_IsAWordOfEightLettersAndDigits)
+{
+    EventDispatcher const dispatcher;
+    EventDispatcher const other;
+
+    EXPECT_EQ(dispatcher.start().size(), 8U);
+    EXPECT_EQ(dispatcher.start().find_first_not_of("abcdefghijkmnpqrstuvwxyz23456789"), std::string::npos);
+    EXPECT_NE(dispatcher.start(), other.start());
+}

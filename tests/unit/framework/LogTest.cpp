@@ -99,6 +99,32 @@ TEST(Log, OpenLog_OfAFileThatCannotBeMade_SaysSo)
               "log: cannot open /proc/no-such-folder/log: Fa");
 }
 
+TEST_F(LogTest, EachLevel_HasItsName)
+{
+    setLogLevel(6);
+    for (int level = 1; level <= 6; ++level) {
+        telephone::logLine(level, "sip", "text");
+    }
+    telephone::logLine(7, "sip", "not so far");
+
+    EXPECT_EQ(written(), "fatal [sip] text\nfailure [sip] text\nwarning [sip] text\ninfo [sip] text\n"
+                         "trace [sip] text\ndetail [sip] text\n");
+}
+
+TEST_F(LogTest, ControlCharacters_AreReplacedButForTabs)
+{
+    log(kLogInfo, "calls", "{}", std::string_view("a\tb\0c\x1f d\x7f~e\r", 11));
+
+    EXPECT_EQ(written(), "info [calls] a\tb?c? d?~e\n");
+}
+
+TEST_F(LogTest, LogAppUni_EmptyText_IsALineWithoutOne)
+{
+    logAppUni("c", "s", 2, 1, "%s", "");
+
+    EXPECT_EQ(written(), "failure [c] s:1: \n");
+}
+
 TEST_F(LogTest, LineBreaksInAText_DoNotMakeAnotherEntry)
 {
     log(kLogInfo, "calls", "there is no line \"{}\"", "1\r\n2000-01-01 00:00:00.000 info [calls] forged\x1b[2J");

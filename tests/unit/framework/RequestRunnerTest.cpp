@@ -77,6 +77,31 @@ TEST_F(RequestRunnerTest, Run_WithoutAnAnswer_HasNone)
     EXPECT_TRUE(outcome.finished);
 }
 
+TEST_F(RequestRunnerTest, AnswerWithoutATextOrALength_IsNone)
+{
+    invoker_.act = [](InvokerResponse& response) {
+        response.sendResponse(nullptr, 1);
+        response.sendResponse("sfiSuccess", -1);
+    };
+    EXPECT_EQ(runner_.run(channel_, "x").answer, std::nullopt);
+
+    invoker_.act = [](InvokerResponse& response) { response.sendResponse("sfiSuccess", 0); };
+    EXPECT_EQ(runner_.run(channel_, "x").answer, "");
+    EXPECT_FALSE(runner_.run(channel_, "x").finished);
+}
+
+TEST_F(RequestRunnerTest, Watcher_SeesEachRequestBeforeItRuns)
+{
+    std::string seen;
+    runner_.watch([&seen](std::string_view request) { seen += request; });
+    invoker_.act = [&seen](InvokerResponse&) { seen += " runs;"; };
+
+    runner_.run(channel_, "first");
+    runner_.run(channel_, "second");
+
+    EXPECT_EQ(seen, "first runs;second runs;");
+}
+
 TEST_F(RequestRunnerTest, Run_TellsTheNameOfTheChannel)
 {
     std::string name;

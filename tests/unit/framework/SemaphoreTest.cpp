@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "telephone/framework/HeldSemaphores.h"
+
 TEST(Semaphore, Take_WhileFree_Succeeds)
 {
     Semaphore semaphore(1, 1, false);
@@ -57,4 +59,57 @@ TEST(Semaphore, TwoThreads_NeverHoldItAtOnce)
     second.join();
 
     EXPECT_EQ(shared, 20000);
+}
+
+TEST(Semaphore, Initial_IsBetweenZeroAndTheMaximum)
+{
+    Semaphore tooMany(3, 2, false);
+    EXPECT_TRUE(tooMany.take(0));
+    EXPECT_TRUE(tooMany.take(0));
+    EXPECT_FALSE(tooMany.take(0));
+
+    Semaphore tooFew(-1, 2, false);
+    EXPECT_FALSE(tooFew.take(0));
+    tooFew.give();
+    EXPECT_TRUE(tooFew.take(0));
+}
+
+TEST(Semaphore, Maximum_IsAtLeastOne)
+{
+    Semaphore semaphore(1, 0, false);
+
+    EXPECT_TRUE(semaphore.take(0));
+    EXPECT_FALSE(semaphore.take(0));
+    semaphore.give();
+    EXPECT_TRUE(semaphore.take(0));
+}
+
+TEST(Semaphore, WithoutATimeLimit_WaitsUntilItIsGiven)
+{
+    Semaphore semaphore(0, 1, false);
+    Semaphore waiting(0, 1, false);
+    std::thread giver([&] {
+        waiting.take(Semaphore::kNoTimeLimit);
+        semaphore.give();
+    });
+
+    waiting.give();
+
+    EXPECT_TRUE(semaphore.take(Semaphore::kNoTimeLimit));
+    giver.join();
+}
+
+TEST(Semaphore, HeldOnes_AreThoseTakenAndNotGivenBack)
+{
+    int const before = telephone::heldSemaphores();
+    Semaphore semaphore(1, 1, false);
+    semaphore.give();
+    EXPECT_EQ(telephone::heldSemaphores(), before) << "it was free";
+
+    semaphore.take(0);
+    semaphore.take(0);
+    EXPECT_EQ(telephone::heldSemaphores(), before + 1);
+
+    semaphore.give();
+    EXPECT_EQ(telephone::heldSemaphores(), before);
 }

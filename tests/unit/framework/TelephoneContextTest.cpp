@@ -23,6 +23,18 @@ protected:
     TelephoneContext context_{dispatcher_};
 };
 
+class EndingProxy : public ProxyDouble
+{
+public:
+    explicit EndingProxy(int& ended)
+        : ended_(ended)
+    {}
+    void shutdown() override { ++ended_; }
+
+private:
+    int& ended_;
+};
+
 constexpr char const* kInterface = "CommunicationsServiceEventIfc";
 
 }  // namespace
@@ -81,6 +93,32 @@ TEST_F(TelephoneContextTest, ProxyOfAnUnknownChannel_IsRefused)
     EXPECT_EQ(refusals.take(),
               (std::vector<Refusal>{
                   {RefusalKind::kNotFound, "channel \"nobody\" has no proxy for CommunicationsServiceEventIfc"}}));
+}
+
+TEST_F(TelephoneContextTest, WithoutAFactory_HasNoProxies)
+{
+    context_.setProxyFactory({});
+    auto const channel = context_.openChannel("console", 10, {});
+
+    EXPECT_EQ(context_.findProxy(kInterface, "console"), nullptr);
+}
+
+TEST_F(TelephoneContextTest, ProxyOfAChannelThatCloses_IsShutDown)
+{
+    int ended = 0;
+    context_.setProxyFactory([&ended] { return std::make_unique<EndingProxy>(ended); });
+    auto const console = context_.openChannel("console", 10, {});
+    auto const socket = context_.openChannel("socket", 10, {});
+    auto const unused = context_.openChannel("unused", 10, {});
+    ASSERT_NE(context_.findProxy(kInterface, "console"), nullptr);
+    ASSERT_NE(context_.findProxy(kInterface, "socket"), nullptr);
+
+    context_.closeChannel(console);
+    EXPECT_EQ(ended, 1);
+    context_.closeChannel(console);
+    EXPECT_EQ(ended, 1);
+    context_.closeAllChannels();
+    EXPECT_EQ(ended, 2);
 }
 
 TEST_F(TelephoneContextTest, Event_ReachesTheChannelThroughItsProxy)

@@ -111,6 +111,39 @@ TEST(TimerService, Cancel_BeforeExpiry_IsTrueAndTheTimerNeverExpires)
     EXPECT_FALSE(ran);
 }
 
+TEST(TimerService, Cancel_LeavesTheOtherTimers)
+{
+    TimerService timers;
+    std::promise<void> ran;
+    int const id = timers.start(1h, [] {});
+    timers.start(20ms, [&] { ran.set_value(); });
+
+    EXPECT_TRUE(timers.cancel(id));
+
+    EXPECT_EQ(ran.get_future().wait_for(kDeadline), std::future_status::ready);
+}
+
+TEST(TimerService, StoppedService_StartsNoTimer)
+{
+    TimerService timers;
+    int const waiting = timers.start(1h, [] {});
+
+    timers.stop();
+
+    EXPECT_FALSE(timers.cancel(waiting));
+    EXPECT_FALSE(timers.cancel(timers.start(1h, [] {})));
+}
+
+TEST(TimerService, TimerWithoutATarget_ExpiresUnheard)
+{
+    TimerService timers;
+    std::promise<void> ran;
+    timers.start(0ms);
+    timers.start(0ms, [&] { ran.set_value(); });
+
+    EXPECT_EQ(ran.get_future().wait_for(kDeadline), std::future_status::ready);
+}
+
 TEST(TimerService, Action_ThatThrows_DoesNotStopTheOthers)
 {
     TimerService timers;

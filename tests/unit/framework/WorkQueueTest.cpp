@@ -51,6 +51,27 @@ TEST(WorkQueueTest, StoppedQueue_RefusesWork)
               (Refusal{RefusalKind::kUnavailable, "the tests have stopped because the telephone is ending"}));
 }
 
+TEST(WorkQueueTest, WorkThatWaitsAtTheStop_IsNotDone)
+{
+    std::promise<void> begun;
+    std::promise<void> end;
+    bool done = false;
+    WorkQueue queue("the tests");
+    EXPECT_TRUE(queue.post([&] {
+        begun.set_value();
+        end.get_future().wait();
+        queue.stop();  // from within
+    }));
+    EXPECT_TRUE(queue.post([&] { done = true; }));
+    begun.get_future().wait();
+
+    end.set_value();
+    queue.stop();
+
+    EXPECT_FALSE(done);
+    queue.flush();
+}
+
 TEST(WorkQueueTest, WorkThatThrows_DoesNotEndTheQueue)
 {
     WorkQueue queue("the tests");

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iostream>
 #include <map>
 
@@ -46,6 +47,7 @@ public:
         std::lock_guard const guard(lock_);
         bool const known =
             std::any_of(calls_.begin(), calls_.end(), [callID](auto const& call) { return call.callID == callID; });
+        whenTapped();
         if (known && !refusesTaps) {
             taps_[callID] = &tap;
         }
@@ -79,6 +81,7 @@ public:
     }
 
     bool refusesTaps = false;
+    std::function<void()> whenTapped = [] {};  // before the call has its tap
 
 private:
     mutable std::recursive_mutex lock_;
@@ -279,6 +282,43 @@ TEST_F(CallRecorderTest, File_GrowsWhileTheCallIsRecorded)
     constexpr std::uintmax_t kHalf = 50U * 160U * 2U;  // the library buffers some
     auto const isGrowing = [this] { return files().size() == 1 && std::filesystem::file_size(files()[0]) > kHalf; };
     EXPECT_TRUE(test::eventually(isGrowing));
+}
+
+TEST_F(CallRecorderTest, FileOfALaterRecording_GrowsToo)
+{
+    calls.add(7, "4711", sfiCallStateConnected);
+    auto const recorder = makeRecorder();
+    ASSERT_TRUE(recorder->activateRecording("4711"));
+    ASSERT_TRUE(recorder->deactivateRecording("4711"));
+    ASSERT_TRUE(events.waitFor(4));
+    auto const before = files();
+
+    ASSERT_TRUE(recorder->activateRecording("4711"));
+    calls.speak(7, 1, 2, 50);
+
+    auto const isGrowing = [&] {
+        for (auto const& file : files()) {
+            bool const isNew = std::ranges::find(before, file) == before.end();
+            if (isNew && std::filesystem::file_size(file) > 50U * 160U * 2U) {
+                return true;
+            }
+        }
+        return false;
+    };
+    EXPECT_TRUE(test::eventually(isGrowing));
+}
+
+TEST_F(CallRecorderTest, CallThatEndsWhileItGetsItsTap_IsRefusedAndLosesIt)
+{
+    calls.add(7, "4711", sfiCallStateConnected);
+    auto const recorder = makeRecorder();
+    calls.whenTapped = [&] { recorder->callChanged(ended(7), nullptr); };
+
+    EXPECT_FALSE(recorder->activateRecording("4711"));
+
+    ASSERT_TRUE(events.waitFor(4));
+    EXPECT_FALSE(calls.hasTap(7));
+    EXPECT_EQ(events.lines()[2], "recording 4711 7 false");
 }
 
 TEST_F(CallRecorderTest, EndOfTheCall_CompletesTheFile)

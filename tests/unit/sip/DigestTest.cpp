@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "telephone/time/VirtualTime.h"
+#include "telephone/time/Waiting.h"
+
 namespace telephone::sip {
 
 namespace {
@@ -163,6 +166,91 @@ TEST(Digest, SameCountAgain_IsStaleAndAHigherOneIsAccepted)
     EXPECT_EQ(Verdict::kAccepted, server.judge("REGISTER", answer(nonce, "00000001"), passwordOf).verdict);
     EXPECT_EQ(Verdict::kStale, server.judge("REGISTER", answer(nonce, "00000001"), passwordOf).verdict);
     EXPECT_EQ(Verdict::kAccepted, server.judge("REGISTER", answer(nonce, "00000002"), passwordOf).verdict);
+}
+
+TEST(Digest, Count_IsHexadecimalAndOneWithoutProtection)
+{
+    auto server = strictServer();
+    std::string const nonce = nonceOf(server.challenges());
+    auto const verdictOn = [&server](Headers const& credentials) {
+        return server.judge("REGISTER", credentials, passwordOf).verdict;
+    };
+
+    EXPECT_EQ(Verdict::kAccepted, verdictOn(answer(nonce, "")));
+    EXPECT_EQ(Verdict::kStale, verdictOn(answer(nonce, "00000001")));
+    EXPECT_EQ(Verdict::kAccepted, verdictOn(answer(nonce, "0000000a")));
+    EXPECT_EQ(Verdict::kStale, verdictOn(answer(nonce, "00000009")));
+    EXPECT_EQ(Verdict::kAccepted, verdictOn(answer(nonce, "00000010")));
+    EXPECT_EQ(Verdict::kStale, verdictOn(answer(nonce, "0000000f")));
+    EXPECT_EQ(Verdict::kStale, verdictOn(answer(nonce, "0000002x"))) << "not a number";
+}
+
+TEST(Digest, Nonce_MayBeUsedForItsLifetime)
+{
+    VirtualTime const time({});
+    DigestServer server("pbx", {DigestAlgorithm::kSha256}, std::chrono::seconds(60));
+    std::string const nonce = nonceOf(server.challenges());
+
+    sleepFor(std::chrono::seconds(60));
+    EXPECT_EQ(Verdict::kAccepted, server.judge("REGISTER", answer(nonce, "00000001"), passwordOf).verdict);
+    sleepFor(std::chrono::milliseconds(1));
+    EXPECT_EQ(Verdict::kStale, server.judge("REGISTER", answer(nonce, "00000002"), passwordOf).verdict);
+}
+
+TEST(Digest, NonceThatWasChanged_IsStale)
+{
+    auto server = strictServer();
+    std::string const nonce = nonceOf(server.challenges());
+
+    for (std::string const& forged : {"1" + nonce, nonce + "0", nonce.substr(0, nonce.find('.'))}) {
+        EXPECT_EQ(Verdict::kStale, server.judge("REGISTER", answer(forged, "00000001"), passwordOf).verdict) << forged;
+    }
+    EXPECT_EQ(Verdict::kAccepted, server.judge("REGISTER", answer(nonce, "00000001"), passwordOf).verdict);
+}
+
+TEST(Digest, UnknownUser_IsWrong)
+{
+    auto server = strictServer();
+    std::string const nonce = nonceOf(server.challenges());
+
+    auto const result =
+        server.judge("REGISTER", answer(nonce, "00000001"), [](std::string const&) { return std::nullopt; });
+
+    EXPECT_EQ(Verdict::kWrong, result.verdict);
+    EXPECT_EQ("4711", result.user);
+}
+
+TEST(Digest, CredentialsForOthers_ArePassedOver)
+{
+    auto server = strictServer();
+    Headers request = authorization("Basic abc");
+    request.add("Authorization", "Digest username=\"x\", realm=\"other\", nonce=\"n\", uri=\"u\", response=\"r\"");
+    request.add(answer(nonceOf(server.challenges()), "00000001"));
+
+    EXPECT_EQ(Verdict::kAccepted, server.judge("REGISTER", request, passwordOf).verdict);
+}
+
+TEST(Digest, UsesOfANonce_AreRememberedAmong999Others)
+{
+    VirtualTime const time({});
+    auto server = strictServer();
+    auto const useNext = [&server] {
+        sleepFor(std::chrono::milliseconds(1));
+        std::string const nonce = nonceOf(server.challenges());
+        EXPECT_EQ(Verdict::kAccepted, server.judge("REGISTER", answer(nonce, "00000001"), passwordOf).verdict);
+        return nonce;
+    };
+    std::string const first = useNext();
+    std::string const second = useNext();
+    for (int number = 3; number <= 999; ++number) {
+        useNext();
+    }
+    EXPECT_EQ(Verdict::kAccepted, server.judge("REGISTER", answer(first, "00000002"), passwordOf).verdict);
+
+    useNext();
+
+    EXPECT_EQ(Verdict::kStale, server.judge("REGISTER", answer(first, "00000003"), passwordOf).verdict);
+    EXPECT_EQ(Verdict::kAccepted, server.judge("REGISTER", answer(second, "00000002"), passwordOf).verdict);
 }
 
 // The server forgets what the oldest nonces were used for, and therefore these nonces as well.

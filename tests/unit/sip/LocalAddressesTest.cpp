@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "telephone/time/VirtualTime.h"
+
 namespace telephone::sip {
 namespace {
 
@@ -36,6 +38,15 @@ TEST(LocalAddresses, OfWhatIsNeither_AreRefused)
 {
     EXPECT_EQ(addressesOf("telephone0"),
               Texts{"\"telephone0\" is neither an IP address nor a network interface of this machine"});
+}
+
+TEST(LocalAddresses, OfAnInterfaceInVirtualTime_AreRefused)
+{
+    VirtualTime const time({});
+
+    EXPECT_EQ(addressesOf("lo"),
+              Texts{"in virtual time the SIP address must be an IP address, not the interface \"lo\""});
+    EXPECT_EQ(addressesOf("192.0.2.1"), Texts{"192.0.2.1"});
 }
 
 TEST(LocalAddresses, OfAllAddresses_AreRefused)

@@ -2,12 +2,15 @@
 
 #include <array>
 #include <cerrno>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "telephone/sip/DatagramFaults.h"
+#include "telephone/sip/MemorySockets.h"
 #include "telephone/time/VirtualTime.h"
 #include "telephone/time/Waiting.h"
 
@@ -127,6 +130,55 @@ TEST_F(MemoryNetworkTest, DatagramThatIsTooLong_IsRefused)
     fill(*buffer_.get(), std::string(65508, 'x'));
 
     EXPECT_EQ(udp_send(one.socket.get(), &one.address, buffer_.get()), EMSGSIZE);
+
+    one.send(one.address, *buffer_.get(), std::string(65507, 'x'));
+    memoryNetwork().deliver();
+    ASSERT_EQ(one.received.size(), 1U);
+    EXPECT_EQ(one.received[0].size(), 65507 + std::string(" from 5001").size());
+}
+
+TEST_F(MemoryNetworkTest, EmptyDatagram_Arrives)
+{
+    DatagramReader one(5001);
+
+    one.send(one.address, *buffer_.get(), "");
+    memoryNetwork().deliver();
+
+    EXPECT_EQ(one.received, std::vector<std::string>{" from 5001"});
+}
+
+TEST_F(MemoryNetworkTest, ReceiverThatEndsWhileItReceives_FreesItsPort)
+{
+    Ref<udp_sock> socket;
+    sa wanted = addressOf("127.0.0.1", 5001);
+    auto const end = [](sa const*, mbuf*, void* object) { static_cast<Ref<udp_sock>*>(object)->reset(); };
+    ASSERT_EQ(udp_listen(socket.out(), &wanted, end, &socket), 0);
+    DatagramReader two(5002);
+
+    two.send(wanted, *buffer_.get(), "hello");
+    two.send(wanted, *buffer_.get(), "again");
+    memoryNetwork().deliver();
+
+    EXPECT_FALSE(isInMemory(wanted));
+    EXPECT_EQ(DatagramReader(5001).error, 0);
+}
+
+TEST_F(MemoryNetworkTest, SocketWithAnotherHandler_CallsThatOne)
+{
+    DatagramReader one(5001);
+    DatagramReader two(5002);
+    auto const count = [](sa const*, mbuf*, void* object) { ++*static_cast<int*>(object); };
+    int received = 0;
+
+    udp_handler_set(one.socket.get(), count, &received);
+    two.send(one.address, *buffer_.get(), "hello");
+    memoryNetwork().deliver();
+    udp_handler_set(one.socket.get(), nullptr, nullptr);
+    two.send(one.address, *buffer_.get(), "again");
+    memoryNetwork().deliver();
+
+    EXPECT_EQ(received, 1);
+    EXPECT_TRUE(one.received.empty());
 }
 
 TEST_F(MemoryNetworkTest, Port_CanBeTakenOnce)
@@ -147,6 +199,30 @@ TEST_F(MemoryNetworkTest, ChosenPorts_AreEvenAndDiffer)
 
     EXPECT_EQ(sa_port(&one.address) % 2, 0);
     EXPECT_EQ(sa_port(&two.address), sa_port(&one.address) + 2);
+}
+
+TEST_F(MemoryNetworkTest, ChosenPort_IsNotOneThatIsTaken)
+{
+    DatagramReader const one;
+    auto const next = static_cast<std::uint16_t>(sa_port(&one.address) + 2);
+    DatagramReader const taken(next);
+
+    DatagramReader const two;
+
+    EXPECT_EQ(two.error, 0);
+    EXPECT_EQ(sa_port(&two.address), next + 2);
+}
+
+TEST_F(MemoryNetworkTest, ChosenPorts_BeginAnewBehindTheLast)
+{
+    std::uint16_t last = memoryNetwork().freePort();
+    std::uint16_t next = memoryNetwork().freePort();
+    while (next > last) {
+        last = std::exchange(next, memoryNetwork().freePort());
+    }
+
+    EXPECT_EQ(last, 65534);
+    EXPECT_EQ(next, 40000);
 }
 
 class DelayingNetworkTest : public MemoryNetworkTest
@@ -202,6 +278,7 @@ struct Acceptor
         sa wanted = addressOf("127.0.0.1");
         auto const called = [](sa const*, void* object) {
             auto& self = *static_cast<Acceptor*>(object);
+            self.whenCalled();
             if (self.accepts) {
                 EXPECT_EQ(tcp_accept(self.end.connection.out(), self.socket.get(), End::established, End::received,
                                      End::closed, &self.end),
@@ -215,6 +292,7 @@ struct Acceptor
     }
 
     bool accepts = true;
+    std::function<void()> whenCalled = [] {};
     Ref<tcp_sock> socket;
     sa address{};
     End end;
@@ -285,6 +363,71 @@ TEST_F(MemoryNetworkTest, ConnectionThatIsDropped_EndsAtTheOtherSide)
     fill(*buffer_.get(), "too late");
     EXPECT_EQ(tcp_send(client.connection.get(), buffer_.get()), ENOTCONN);
     EXPECT_EQ(client.log, "established;closed 0;");
+}
+
+TEST_F(MemoryNetworkTest, ConnectionThatEndsBeforeItsCallerKnowsOfIt_IsNotEstablished)
+{
+    Acceptor server;
+    End client;
+    client.connect(server.address);
+    memoryNetwork().deliver();
+
+    client.connection.reset();
+    deliverAll();
+
+    EXPECT_EQ(client.log, "");
+    EXPECT_EQ(server.end.log, "established;closed 0;");
+}
+
+TEST_F(MemoryNetworkTest, CallerThatGoesWhileItIsOffered_IsNotToldOfARefusal)
+{
+    Acceptor server;
+    End client;
+    server.accepts = false;
+    server.whenCalled = [&client] { client.connection.reset(); };
+    client.connect(server.address);
+    deliverAll();
+
+    EXPECT_EQ(client.log, "");
+}
+
+TEST_F(MemoryNetworkTest, ConnectionThatNobodyOffers_CannotBeAccepted)
+{
+    Acceptor server;
+    End client;
+    client.connect(server.address);
+    deliverAll();
+
+    EXPECT_EQ(
+        tcp_accept(client.connection.out(), server.socket.get(), End::established, End::received, End::closed, &client),
+        EINVAL);
+}
+
+TEST_F(MemoryNetworkTest, Listener_IsInMemoryUntilItEnds)
+{
+    Acceptor server;
+    EXPECT_TRUE(isInMemory(server.address));
+    sa taken = server.address;
+    Ref<tcp_sock> second;
+    EXPECT_EQ(tcp_listen(second.out(), &taken, nullptr, nullptr), EADDRINUSE);
+
+    server.socket.reset();
+
+    EXPECT_FALSE(isInMemory(server.address));
+}
+
+TEST_F(MemoryNetworkTest, Liveness_OutlivesTheConnection)
+{
+    Acceptor server;
+    End client;
+    client.connect(server.address);
+    auto const isAlive = livenessOf(*client.connection.get());
+    EXPECT_TRUE(isAlive());
+    EXPECT_TRUE(sa_cmp(&peerOf(*client.connection.get()), &server.address, SA_ALL));
+
+    client.connection.reset();
+
+    EXPECT_FALSE(isAlive());
 }
 
 TEST_F(MemoryNetworkTest, CallerThatHasGone_IsNotAccepted)

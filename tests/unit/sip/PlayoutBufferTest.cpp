@@ -184,6 +184,7 @@ TEST_F(Playout, DelayThatIsNoLongerNeeded_BecomesShorterAfterFiveSeconds)
     int filled = 0;
     for (int number = 6; number <= 300; ++number) {
         put(number);
+        EXPECT_EQ(buffer_.delay(), number < 255 ? 40ms : 20ms) << number;
         filled += take() == kFilled ? 1 : 0;
     }
 
@@ -192,16 +193,39 @@ TEST_F(Playout, DelayThatIsNoLongerNeeded_BecomesShorterAfterFiveSeconds)
     EXPECT_EQ(take(), 300);
 }
 
-TEST_F(Playout, Delay_IsNeverLongerThan200Milliseconds)
+TEST_F(Playout, AudioThatWaitsForLongerThan220Milliseconds_IsSkippedButForTheLastFrame)
 {
-    for (int number = 1; number <= 60; ++number) {
-        put(number);
+    putAll({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11});
+    EXPECT_EQ(takeAll(11), (Frames{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}));
+
+    putAll({12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23});
+    EXPECT_EQ(take(), 23);
+}
+
+TEST_F(Playout, NetworkThatStandsStillAgainAndAgain_MakesTheDelay200MillisecondsAtMost)
+{
+    std::vector<std::chrono::milliseconds> delays;
+    int number = 0;
+    for (int pause = 0; pause < 5; ++pause) {
+        do {
+            put(++number);
+        } while (take() == kNothing);
+        delays.push_back(buffer_.delay());
+        while (take() != kNothing) {
+        }
     }
 
-    int const first = take();
+    EXPECT_EQ(delays, (std::vector<std::chrono::milliseconds>{20ms, 80ms, 140ms, 200ms, 200ms}));
+}
 
-    EXPECT_GE(first, 51);
-    EXPECT_LE(buffer_.delay(), 200ms);
+TEST_F(Playout, PacketUpTo400MillisecondsAhead_IsNoJump)
+{
+    playEvenly(1, 3);
+    put(25);
+    EXPECT_EQ(take(), kFilled) << "it is 420 ms ahead";
+
+    put(24);
+    EXPECT_EQ(take(), 24) << "it is 400 ms ahead";
 }
 
 TEST_F(Playout, AnotherSource_IsHeardFromItsThirdPacketInARow)

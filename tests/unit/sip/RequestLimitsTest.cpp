@@ -55,13 +55,36 @@ TEST_F(RequestLimitsTest, ThousandsOfSources_ShareWhatIsLeft)
     EXPECT_EQ(count, 1000 + 20);
 }
 
+TEST_F(RequestLimitsTest, SourcesThatHaveBeenQuietForTwoSeconds_MakeRoomForOthers)
+{
+    auto const fill = [this] {
+        for (int i = 0; i < 1000; ++i) {
+            (void)limits.takeFrom({static_cast<std::uint8_t>(i % 256), static_cast<std::uint8_t>(i / 256), 7, 7},
+                                  false);
+        }
+    };
+    fill();
+    sleepFor(std::chrono::milliseconds(1'999));
+    EXPECT_EQ(taken(1, 1000), 20);
+    EXPECT_EQ(taken(2, 1000), 0) << "it shares what is left";
+
+    // They are looked through once a second.
+    sleepFor(std::chrono::milliseconds(999));
+    EXPECT_EQ(taken(3, 1000), 9);
+    sleepFor(std::chrono::milliseconds(1));
+    EXPECT_EQ(taken(4, 1000), 20);
+    EXPECT_EQ(taken(5, 1000), 20);
+}
+
 TEST_F(RequestLimitsTest, Transactions_AreCountedFor32Seconds)
 {
     EXPECT_TRUE(limits.remember());
     EXPECT_TRUE(limits.remember());
     EXPECT_TRUE(limits.remember());
     EXPECT_FALSE(limits.remember());
-    sleepFor(std::chrono::seconds(33));
+    sleepFor(std::chrono::seconds(32));
+    EXPECT_FALSE(limits.remember());
+    sleepFor(std::chrono::milliseconds(1));
     EXPECT_TRUE(limits.remember());
 }
 

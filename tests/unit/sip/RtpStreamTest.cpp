@@ -162,6 +162,26 @@ TEST_F(RtpStreamTest, FirstPacketThatIsHeard_HasTheNumbersOfItsMoment)
     EXPECT_EQ(second.ts - first.ts, 51U * 160U);
 }
 
+// RFC 3551, 4.1: the marker says where sound begins.
+TEST_F(RtpStreamTest, FirstPacketThatIsHeardAgain_BeginsTheSound)
+{
+    for (bool const hears : {false, true}) {
+        PacketReader reader;
+        left_->setSink(hears ? &leftVoice_ : nullptr);
+        connect(*left_, reader.port());
+        sleepFor(50ms);
+        connect(*left_, *right_);
+        sleepFor(1s);
+        connect(*left_, reader.port());
+        sleepFor(40ms);
+
+        ASSERT_EQ(reader.headers.size(), 4U);
+        EXPECT_FALSE(reader.headers[1].m);
+        EXPECT_TRUE(reader.headers[2].m) << hears;
+        EXPECT_FALSE(reader.headers[3].m);
+    }
+}
+
 TEST_F(RtpStreamTest, AudioForASink_IsSentWhileTheSinkListens)
 {
     right_->setSink(&rightVoice_);
@@ -308,6 +328,28 @@ TEST_F(RtpStreamTest, LossJitterAndRoundTrip_AreKnownAtBothEnds)
     EXPECT_EQ(sent.farLost, 7U);
     ASSERT_TRUE(sent.roundTrip);
     EXPECT_LT(*sent.roundTrip, 1ms);
+}
+
+TEST_F(RtpStreamTest, ReportsOfAStranger_AreCountedAndNotRead)
+{
+    sleepFor(6s);  // a report of the far end has come
+    sa const reports = loopback(static_cast<std::uint16_t>(left_->localPort() + 1));
+    Ref<udp_sock> stranger;
+    sa local = loopback(0);
+    Ref<mbuf> packet;
+    {
+        std::lock_guard const lock(loop_);
+        ASSERT_EQ(udp_listen(stranger.out(), &local, nullptr, nullptr), 0);
+        ASSERT_TRUE(fill(packet, "anything"));
+        EXPECT_EQ(left_->statistics().foreign, 0U);
+        EXPECT_EQ(udp_send(stranger.get(), &reports, packet.get()), 0);
+        EXPECT_EQ(udp_send(stranger.get(), &reports, packet.get()), 0);
+    }
+    sleepFor(1ms);
+
+    std::lock_guard const lock(loop_);
+    EXPECT_EQ(left_->statistics().foreign, 2U);
+    stranger.reset();
 }
 
 TEST_F(RtpStreamTest, ReportsOfAnEncryptedStream_AreEncryptedAndRead)

@@ -62,14 +62,36 @@ protected:
         return std::exchange(dns_->asked, {}).size();
     }
 
+    // Whether the destination is known to have no server.
+    bool isRefused(Destination const& destination)
+    {
+        std::lock_guard const guard(loop_);
+        return !servers_.check(destination);
+    }
+    // Where a request would go now; empty: DNS has to be asked.
+    std::string known(Destination const& destination = kExchange)
+    {
+        std::lock_guard const guard(loop_);
+        auto const place = servers_.known(destination);
+        return place ? placeText(*place) : std::string();
+    }
+    Texts logged()
+    {
+        std::lock_guard const guard(loop_);
+        return std::exchange(log_, {});
+    }
+
     EventLoop loop_;
     std::shared_ptr<test::DnsTable> const dns_ = std::make_shared<test::DnsTable>();
-    std::shared_ptr<char> const token_ = std::make_shared<char>();
+    std::shared_ptr<char> token_ = std::make_shared<char>();
     Servers servers_{loop_,
                      dns_,
                      {{Transport::kUdp, Transport::kTcp}, {AddressFamily::kIpv4}, [](std::uint32_t) { return 0U; }},
-                     {}};
+                     [this](LogLevel level, std::string const& line) {
+                         log_.push_back((level == LogLevel::kWarning ? "warning: " : "") + line);
+                     }};
     Texts found_;
+    Texts log_;
 };
 
 TEST_F(ServersTest, Answer_IsKeptForItsTimeToLive)
@@ -77,13 +99,71 @@ TEST_F(ServersTest, Answer_IsKeptForItsTimeToLive)
     EXPECT_EQ(find(), (Texts{"192.0.2.1", "192.0.2.2"}));
     EXPECT_EQ(questions(), 3U);
 
-    sleepFor(19s);
+    sleepFor(19'999ms);
     EXPECT_EQ(find(), (Texts{"192.0.2.1", "192.0.2.2"}));
     EXPECT_EQ(questions(), 0U);
 
-    sleepFor(2s);
+    sleepFor(1ms);
     EXPECT_EQ(find(), (Texts{"192.0.2.1", "192.0.2.2"}));
     EXPECT_EQ(questions(), 3U);
+}
+
+TEST_F(ServersTest, AnswerThatSetsNoTime_IsKeptForFiveSeconds)
+{
+    dns_->address("brief.test", "192.0.2.3", 0);
+    find({"brief.test", 5060});
+    questions();
+
+    sleepFor(4'999ms);
+    EXPECT_EQ(find({"brief.test", 5060}), Texts{"192.0.2.3"});
+    EXPECT_EQ(questions(), 0U);
+    sleepFor(1ms);
+    EXPECT_EQ(find({"brief.test", 5060}), Texts{"192.0.2.3"});
+    EXPECT_EQ(questions(), 1U);
+}
+
+TEST_F(ServersTest, PlaceOfTheNextRequest_IsKnownWhileTheAnswerIsKept)
+{
+    EXPECT_EQ(known(), "");
+    find();
+    EXPECT_EQ(known(), "udp 192.0.2.1:5060");
+    fails(kFirst);
+    EXPECT_EQ(known(), "udp 192.0.2.2:5060");
+
+    sleepFor(20s);
+
+    EXPECT_EQ(known(), "");
+}
+
+TEST_F(ServersTest, RefusalOfAName_IsForgottenWithItsAnswer)
+{
+    Destination const nobody{"nobody.test", 5060};
+    EXPECT_FALSE(isRefused(nobody));
+    find(nobody);
+    EXPECT_TRUE(isRefused(nobody));
+    EXPECT_EQ(known(nobody), "");
+    find();
+    EXPECT_FALSE(isRefused(kExchange));
+
+    sleepFor(10s);
+
+    EXPECT_FALSE(isRefused(nobody));
+}
+
+TEST_F(ServersTest, Log_NamesTheServersWhenTheyChangeAndWhyThereAreNone)
+{
+    find();
+    EXPECT_EQ(logged(), Texts{"pbx.test has the servers udp 192.0.2.1:5060, udp 192.0.2.2:5060"});
+    sleepFor(20s);
+    find();
+    EXPECT_EQ(logged(), Texts());
+    sleepFor(20s);
+    dns_->forget("second.test");
+    find();
+    EXPECT_EQ(logged(), Texts{"pbx.test has the servers udp 192.0.2.1:5060"});
+
+    find({"nobody.test", 5060});
+    EXPECT_EQ(logged(), Texts{"warning: DNS knows no server \"nobody.test\""});
 }
 
 TEST_F(ServersTest, UnknownName_IsKnownForTenSeconds)
@@ -95,9 +175,10 @@ TEST_F(ServersTest, UnknownName_IsKnownForTenSeconds)
                   (Refusal{RefusalKind::kNotFound, "DNS knows no server \"nobody.test\""}));
     }
     dns_->address("nobody.test", "192.0.2.9");
+    sleepFor(9'999ms);
     EXPECT_EQ(find({"nobody.test", 5060}), (Texts{"DNS knows no server \"nobody.test\""}));
 
-    sleepFor(11s);
+    sleepFor(1ms);
     EXPECT_EQ(find({"nobody.test", 5060}), (Texts{"192.0.2.9"}));
 }
 
@@ -108,9 +189,23 @@ TEST_F(ServersTest, ServerThatFails_ComesLastForTenMinutes)
     answers(kSecond);
 
     EXPECT_EQ(find(), (Texts{"192.0.2.2", "192.0.2.1"}));
-    sleepFor(599s);
+    sleepFor(599'999ms);
     EXPECT_EQ(find(), (Texts{"192.0.2.2", "192.0.2.1"}));
-    sleepFor(2s);
+    sleepFor(1ms);
+    EXPECT_EQ(find(), (Texts{"192.0.2.1", "192.0.2.2"}));
+}
+
+TEST_F(ServersTest, ServerThatDnsNamesAnew_StartsAfresh)
+{
+    find();
+    fails(kFirst);
+    dns_->forget("first.test");
+    sleepFor(20s);
+    EXPECT_EQ(find(), Texts{"192.0.2.2"});
+
+    dns_->address("first.test", "192.0.2.1");
+    sleepFor(60s);
+
     EXPECT_EQ(find(), (Texts{"192.0.2.1", "192.0.2.2"}));
 }
 
@@ -160,6 +255,72 @@ TEST_F(ServersTest, DnsThatFallsSilent_LeavesTheServersThatItNamed)
     EXPECT_EQ(questions(), 1U);
     EXPECT_EQ(find(), (Texts{"192.0.2.1", "192.0.2.2"}));
     EXPECT_EQ(questions(), 0U);
+
+    // The search took 4.5 of the 5 seconds.
+    sleepFor(29'499ms);
+    find();
+    EXPECT_EQ(questions(), 0U);
+    sleepFor(1ms);
+    find();
+    EXPECT_EQ(questions(), 1U);
+}
+
+TEST_F(ServersTest, WhoeverGoesDuringTheSearch_IsNotCalled)
+{
+    dns_->fallSilent();
+    find();
+    std::size_t called = 0;
+    auto const other = std::make_shared<char>();
+    {
+        std::lock_guard const guard(loop_);
+        servers_.find(kExchange, Servers::Use::kOther, other, [&called](auto const&) { ++called; });
+    }
+
+    token_.reset();
+    sleepFor(5s);
+
+    std::lock_guard const guard(loop_);
+    EXPECT_EQ(found_, Texts());
+    EXPECT_EQ(called, 1U);
+}
+
+TEST_F(ServersTest, ManyNames_PushOutThoseOfWhichNoLineNeedsToKnow)
+{
+    auto const name = [](int number) { return Destination{"n" + std::to_string(number) + ".test", 5060}; };
+    dns_->address("line.test", "192.0.2.10", 3600);
+    find({"line.test", 5060}, Servers::Use::kRegistration);
+    for (int number = 2; number <= 256; ++number) {
+        dns_->address(name(number).host, "192.0.2.11", 3600);
+        find(name(number));
+    }
+    questions();
+    find(name(2));
+    EXPECT_EQ(questions(), 0U) << "256 names have room";
+
+    find({"another.test", 5060});
+    questions();
+
+    find({"line.test", 5060});
+    EXPECT_EQ(questions(), 0U);
+    find(name(2));
+    find(name(256));
+    EXPECT_EQ(questions(), 2U);
+}
+
+TEST_F(ServersTest, ManyNames_DoNotPushOutOneThatIsLookedUp)
+{
+    dns_->fallSilent();
+    find();
+    for (int number = 1; number <= 300; ++number) {
+        find({"n" + std::to_string(number) + ".test", 5060});
+    }
+    sleepFor(5s);
+
+    find();
+
+    std::lock_guard const guard(loop_);
+    EXPECT_EQ(found_,
+              Texts{"the server \"pbx.test\" cannot be looked up: no DNS server answers (asked 192.0.2.53:53)"});
 }
 
 TEST_F(ServersTest, DnsThatForgetsTheName_TakesItsServersAway)
@@ -183,6 +344,13 @@ TEST_F(ServersTest, TwoRequestsAtOnce_AskOnce)
 TEST(NamedDestination, HasItsNameInSmallLetters)
 {
     EXPECT_EQ(namedDestination("PBX.Test", 5070, "TCP"), (Destination{"pbx.test", 5070, Transport::kTcp}));
+}
+
+TEST(NamedDestination, Transport_IsAnyThatTheTelephoneMayHave)
+{
+    EXPECT_EQ(namedDestination("pbx.test", 0, std::nullopt), (Destination{"pbx.test", 0, std::nullopt}));
+    EXPECT_EQ(namedDestination("pbx.test", 0, "udp"), (Destination{"pbx.test", 0, Transport::kUdp}));
+    EXPECT_EQ(namedDestination("pbx.test", 0, "Tls"), (Destination{"pbx.test", 0, Transport::kTls}));
 }
 
 TEST(NamedDestination, AddressOrUnknownTransport_IsNone)
