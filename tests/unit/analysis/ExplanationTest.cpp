@@ -373,6 +373,19 @@ TEST(Explanation, EventOfACall_TellsOfTheChangeWithItsState)
     EXPECT_EQ(second(9), "Call 4 to 100 had begun, because 100 answered the INVITE with 200 OK.");
 }
 
+TEST(Explanation, LampAndEvent_TellOfNoChangeWithAnotherCause)
+{
+    TraceText trace;
+    trace.step(0, R"("step":"timer","name":"first")").step(0, R"("step":"timer","name":"second")");
+    trace.engine(1, 3, "connected", "held").engine(2, 3, "held", "held").lamp(2, 3, "", "off", "none");
+    trace.lamp(2, 4, "", "off", "none").event(2, 5, kHeldEvent);
+    constexpr std::string_view kRest = "This happened because the timer \"second\" ran out.\n"
+                                       "The trace does not say what led to this.\n";
+    EXPECT_EQ(whyLamp(trace, "3"), "\nLamp 3 has been off since 12:00:00.000.\n" + std::string(kRest));
+    EXPECT_EQ(whyLamp(trace, "4"), "\nLamp 4 has been off since 12:00:00.000.\n" + std::string(kRest));
+    EXPECT_EQ(why(trace, 5), "\nEvent 5 says that call 3 with 100 is held.\n" + std::string(kRest));
+}
+
 TEST(Explanation, ChainOf24Steps_IsToldWhole)
 {
     for (auto const& [timers, sentences] : {std::pair(22, 24U), std::pair(23, 22U)}) {
