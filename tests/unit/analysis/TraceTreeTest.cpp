@@ -73,6 +73,41 @@ TEST(TraceTree, OtherKinds_AreReadable)
 )");
 }
 
+TEST(TraceTree, PlatformCall_HasItsDurationFromAMillisecondOn)
+{
+    TraceText trace;
+    trace.step(0, R"("step":"platform","name":"CSfi::Lock","result":"sfiFailure","microseconds":999)");
+    trace.step(0, R"("step":"platform","name":"CSfi::Lock","arguments":{"lineURI":"4711"},"microseconds":1000)");
+    trace.step(0, R"("step":"answer","microseconds":-1,"text":"sfiSuccess")").step(0, R"("step":"answer")");
+    EXPECT_EQ(treeOf(trace.contents()), R"(
+12:00:00.000  platform  CSfi::Lock  failure
+12:00:00.000  platform  CSfi::Lock  4711  1 ms
+12:00:00.000         ←  success  <1 ms
+12:00:00.000         ←  finished
+)");
+}
+
+TEST(TraceTree, StepsOfCalls_NameTheirPlacesAndParties)
+{
+    TraceText trace;
+    trace.engine(0, 1, "", "dialling")
+        .engine(0, 1, "dialling", "dialling", "")
+        .step(0, R"("step":"sip","direction":"received","method":"OPTIONS","peer":"192.0.2.1:5060","transport":"TCP")");
+    trace.step(0, R"("step":"sip","direction":"sent","method":"BYE","dialog":"d1","audio":"sendonly")");
+    trace.step(0, R"("step":"store","settings":"dnd","reason":"full")");
+    DisplayOptions ascii = options();
+    ascii.ascii = true;
+    trace.engine(0, 1, "dialling", "idle", "");
+    EXPECT_EQ(treeOf(trace.contents(), {}, TraceTree::Form::kWords, ascii), R"(
+12:00:00.000    engine  4711 call 1: dialling  100
+12:00:00.000    engine  4711 call 1: still dialling
+12:00:00.000       sip  OPTIONS  from 192.0.2.1:5060
+12:00:00.000       sip  BYE sendonly  to the far end
+12:00:00.000     store  dnd  not written: full
+12:00:00.000    engine  4711 call 1: dialling > idle
+)");
+}
+
 TEST(TraceTree, FilterOfKinds_KeepsAncestors)
 {
     auto const kinds = TraceTree::readKinds("event,lamp");

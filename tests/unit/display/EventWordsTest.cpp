@@ -156,6 +156,21 @@ TEST(EventWords, EveryEvent_SaysWhatItsElementsMean)
     }
 }
 
+TEST(EventWords, CommaBehindABackslash_BelongsToItsItem)
+{
+    auto const lines = [](std::string_view list) {
+        std::string const text = eventInWords(
+            test::eventText("securityStatusChanged", {{"lineURI", "4711"}, {"CallLineURIsRecorded", list}}),
+            test::options());
+        return text.substr(text.rfind(": security, unknown") + 19);
+    };
+    EXPECT_EQ(lines("a,b"), ", lines a and b");
+    EXPECT_EQ(lines(R"(a\,b,c)"), ", lines a,b and c");
+    EXPECT_EQ(lines(R"(a,b\,)"), ", lines a and b,");
+    EXPECT_EQ(lines(R"(a,b\)"), R"(, lines a and b\)");
+    EXPECT_EQ(lines(""), "");
+}
+
 TEST(EventWords, EveryEvent_HasARowHere)
 {
     auto const events = std::count_if(std::begin(kEventDescriptions), std::end(kEventDescriptions),
