@@ -136,6 +136,20 @@ TEST(TraceTree, FilterOfKinds_KeepsAncestors)
               "\x1b[2m12:00:00.000\x1b[0m      lamp    3  \x1b[31msteady red\x1b[0m\n");
 }
 
+TEST(TraceTree, MarksOfInputsAndReasons_AreColoured)
+{
+    DisplayOptions coloured = options();
+    coloured.colour = true;
+    TraceText trace;
+    trace.request("GetDevices").step(0, R"("step":"command","application":"console","text":"lock")");
+    trace.step(0, R"("step":"reason","text":"no")").step(0, R"("step":"timer","name":"ring")");
+    std::string const text = treeOf(trace.contents(), {}, TraceTree::Form::kWords, coloured);
+    EXPECT_EQ(text, "\n12:00:00.000         \x1b[34m→\x1b[0m  \x1b[34mGetDevices\x1b[0m\x1b[2m, console\x1b[0m\n"
+                    "\x1b[2m12:00:00.000\x1b[0m         \x1b[34m→\x1b[0m  \x1b[34mlock\x1b[0m\x1b[2m, console\x1b[0m\n"
+                    "\x1b[2m12:00:00.000\x1b[0m         \x1b[35m✕\x1b[0m  \x1b[35mno\x1b[0m\n"
+                    "\x1b[2m12:00:00.000\x1b[0m     timer  \x1b[1mring\x1b[0m\n");
+}
+
 TEST(TraceTree, UnknownKind_IsRefused)
 {
     auto const kinds = TraceTree::readKinds("request,evnt");

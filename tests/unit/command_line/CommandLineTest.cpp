@@ -14,6 +14,12 @@ namespace {
 
 using Words = std::vector<std::string>;
 
+Words with(Words words, Words const& more)
+{
+    words.insert(words.end(), more.begin(), more.end());
+    return words;
+}
+
 class CommandLineTest : public testing::Test
 {
 protected:
@@ -206,15 +212,10 @@ TEST_F(CommandLineTest, Numbers_HaveTheirLimits)
              Limit{{"fleet"},                "0",  "1",     "999",     "1000"},
          }) {
         // clang-format on
-        auto const with = [&words](char const* value) {
-            Words all = words;
-            all.push_back(value);
-            return all;
-        };
-        EXPECT_TRUE(isRefused(with(below))) << words.back();
-        EXPECT_TRUE(read(with(least))) << words.back();
-        EXPECT_TRUE(read(with(most))) << words.back();
-        EXPECT_TRUE(isRefused(with(above))) << words.back();
+        EXPECT_TRUE(isRefused(with(words, {below}))) << words.back();
+        EXPECT_TRUE(read(with(words, {least}))) << words.back();
+        EXPECT_TRUE(read(with(words, {most}))) << words.back();
+        EXPECT_TRUE(isRefused(with(words, {above}))) << words.back();
     }
 }
 
@@ -302,21 +303,16 @@ TEST_F(CommandLineTest, FormsOfOutput_AreThoseOfTheCommandsThatWrite)
 {
     for (Words const& words : {Words{"console"}, Words{"tour"}, Words{"play", "a"}, Words{"watch"}, Words{"trace", "a"},
                                Words{"why", "a", "9"}, Words{"ladder", "a"}}) {
-        auto const with = [&words](Words const& more) {
-            Words all = words;
-            all.insert(all.end(), more.begin(), more.end());
-            return all;
-        };
-        CommandLine const line = taken(with({"--color", "always", "--addresses", "--date", "--utc"}));
+        CommandLine const line = taken(with(words, {"--color", "always", "--addresses", "--date", "--utc"}));
         EXPECT_EQ(line.output.colour, ColourUse::kAlways) << words.front();
         EXPECT_TRUE(line.output.addresses && line.output.date && line.output.utc) << words.front();
-        EXPECT_EQ(taken(with({"--color", "never"})).output.colour, ColourUse::kNever);
-        EXPECT_EQ(taken(with({"--color", "auto"})).output.colour, ColourUse::kAuto);
-        EXPECT_TRUE(isRefused(with({"--color", "green"})));
+        EXPECT_EQ(taken(with(words, {"--color", "never"})).output.colour, ColourUse::kNever);
+        EXPECT_EQ(taken(with(words, {"--color", "auto"})).output.colour, ColourUse::kAuto);
+        EXPECT_TRUE(isRefused(with(words, {"--color", "green"})));
         bool const isInWordsOnly = words.front() == "why" || words.front() == "ladder";
-        EXPECT_EQ(read(with({"--raw"})).has_value(), !isInWordsOnly) << words.front();
-        EXPECT_EQ(read(with({"--json"})).has_value(), !isInWordsOnly) << words.front();
-        EXPECT_TRUE(isRefused(with({"--raw", "--json"})));
+        EXPECT_EQ(read(with(words, {"--raw"})).has_value(), !isInWordsOnly) << words.front();
+        EXPECT_EQ(read(with(words, {"--json"})).has_value(), !isInWordsOnly) << words.front();
+        EXPECT_TRUE(isRefused(with(words, {"--raw", "--json"})));
     }
     EXPECT_TRUE(taken({"console", "--raw"}).output.raw);
     EXPECT_FALSE(taken({"console", "--raw"}).output.json);
