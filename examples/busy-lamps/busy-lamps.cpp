@@ -1,6 +1,6 @@
 // Shows the lamps of the keys that watch other parties (function "blf"), and how they change, until it is stopped.
 //
-//     busy-lamps [SOCKET]
+//     busy-lamps [SOCKET or http://HOST:PORT]
 //
 // On a terminal the lamps are drawn in place, else each change is a line.
 #include <csignal>
@@ -69,7 +69,7 @@ int stopDescriptor()
 int main(int count, char** arguments)
 {
     Options options;
-    options.path = count > 1 ? arguments[1] : "";
+    options.address = count > 1 ? arguments[1] : "";
     options.name = "busy-lamps";
     options.stop = stopDescriptor();
     auto phone = Telephone::connect(options, std::chrono::seconds(1));

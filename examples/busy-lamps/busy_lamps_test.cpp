@@ -19,7 +19,7 @@ TEST(BusyLamps, WatchedParty_IsShownAsItChanges)
     Process telephone({TELEPHONE, "--time", "real", "--config", folder.file("desk.toml"), "--socket", socket, "serve"});
     telephone.readUntil("applications can connect at " + socket + "\n");
     Options options;
-    options.path = socket;
+    options.address = socket;
     auto desk = Telephone::connect(options).value();
 
     Process display({BUSY_LAMPS, socket});

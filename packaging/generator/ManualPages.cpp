@@ -27,6 +27,12 @@ constexpr std::array<Entries, 4> kExitStatuses{{
     {"4", "With --check: a message contradicts the description of the protocol."},
 }};
 
+constexpr std::array<Entries, 3> kCheckStatuses{{
+    {"0", "Nothing is missing."},
+    {"1", "Functions are missing."},
+    {"2", "A file cannot be read, or the command line is wrong."},
+}};
+
 constexpr std::array<Entries, 4> kVariables{{
     {"COMMUNICATIONS_SERVICE_LIBRARY", "The service library, unless --library names it."},
     {"NO_COLOR", "If it is set, output has no colours unless --color asks for them."},
@@ -138,6 +144,12 @@ constexpr char const* kTelephoneIntroduction = "A SIP telephone around the commu
                                                "registrar in its configuration it has an exchange of "
                                                "its own, with numbers to call, and needs no network.";
 
+constexpr char const* kCheckIntroduction =
+    "Names the functions that LIBRARY, the service's shared library, needs and PROGRAM does not export, each with the "
+    "header that declares it and with its purpose. The shared libraries are those of the program that define parts of "
+    "the "
+    "platform. The program is not run.";
+
 constexpr char const* kConfigurationIntroduction = "telephone --config FILE reads a TOML file. Without one, the "
                                                    "telephone has two lines, 4711 and 4712, at its built-in "
                                                    "exchange. Unknown keys and sections, values of another type and "
@@ -241,6 +253,21 @@ std::string telephonePage(CommandLineDescription const& line)
     page.section("EXAMPLES");
     addAll(page, kExamples);
     addSeeAlso(page, "telephone.toml(5), telephone-protocol(7)");
+    return page.text();
+}
+
+std::string checkPage()
+{
+    Roff page("telephone-check", "1", kTelephoneVersion, "User Commands");
+    page.section("NAME");
+    page.name("telephone-check", "what a program lacks that is to load the communications service");
+    page.section("SYNOPSIS");
+    page.usage("telephone-check LIBRARY PROGRAM [SHARED_LIBRARY_OF_THE_PROGRAM]...");
+    page.section("DESCRIPTION");
+    page.paragraph(kCheckIntroduction);
+    page.section("EXIT STATUS");
+    addAll(page, kCheckStatuses);
+    addSeeAlso(page, "telephone(1); docs/porting.md");
     return page.text();
 }
 

@@ -6,5 +6,6 @@
 #include "CommandLineDescription.h"
 
 std::string telephonePage(CommandLineDescription const& line);  // telephone(1)
+std::string checkPage();                                        // telephone-check(1)
 std::string configurationManual();                              // telephone.toml(5)
 std::string protocolPage();                                     // telephone-protocol(7)

@@ -39,6 +39,7 @@ void writeAll(std::string const& bash, std::filesystem::path const& folder)
     std::filesystem::create_directories(folder);
     auto const line = describeCommandLine();
     write(folder / "telephone.1", telephonePage(line));
+    write(folder / "telephone-check.1", checkPage());
     write(folder / "telephone.toml.5", configurationManual());
     write(folder / "telephone-protocol.7", protocolPage());
     write(folder / "telephone.bash", contentOf(bash) + bashTables(line));

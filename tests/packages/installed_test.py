@@ -115,7 +115,7 @@ class Installed(unittest.TestCase):
         self.assertEqual(by_pkg_config, 3 * f"{VERSION}\n")
         self.assertEqual(os.readlink(self.libraries / f"libcommunications_service.so.{VERSION.split('.', maxsplit=1)[0]}"),
                          f"libcommunications_service.so.{VERSION}")
-        for page in ("man1/telephone.1", "man5/telephone.toml.5", "man7/telephone-protocol.7"):
+        for page in ("man1/telephone.1", "man1/telephone-check.1", "man5/telephone.toml.5", "man7/telephone-protocol.7"):
             self.assertIn(f'"telephone {VERSION}"', (self.prefix / "share/man" / page).read_text())
 
     def test_telephone_plays_the_tour_without_the_build(self):

@@ -85,7 +85,7 @@ class ShellTest(unittest.TestCase):
         zsh.end()
 
     def test_manual_pages_have_no_warnings(self):
-        for page in ("telephone.1", "telephone.toml.5", "telephone-protocol.7"):
+        for page in ("telephone.1", "telephone-check.1", "telephone.toml.5", "telephone-protocol.7"):
             self.assertEqual(run("groff", "-man", "-Tutf8", "-ww", "-z", "-rLL=80n", MANUALS / page), "", page)
 
     def test_manual_describes_every_command_and_option(self):

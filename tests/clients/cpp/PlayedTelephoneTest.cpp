@@ -1,12 +1,17 @@
-// The client with a telephone that the test plays: replies, events, gaps, and connections that end.
+// The client with a telephone that the test plays, over its socket and over HTTP: replies, events, gaps, and
+// connections that end.
 #include "PlayedTelephone.h"
 
+#include <fstream>
 #include <memory>
+#include <optional>
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 #include <poll.h>
 #include <sys/eventfd.h>
 
+#include "HttpFront.h"
 #include "TelephoneClient.h"
 #include "tests/doubles/TemporaryFolder.h"
 
@@ -23,35 +28,98 @@ std::string held(int call)
     return "<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>" + std::to_string(call) + "</CallID>";
 }
 
-class PlayedTelephoneTest : public testing::Test
+enum class Over
+{
+    kSocket,
+    kHttp,
+    kHttpInSingleBytes,
+};
+
+class PlayedTelephoneTest : public testing::TestWithParam<Over>
 {
 protected:
-    std::string path() const { return folder_.file("socket"); }
-    Telephone connect(Options options = {}) const
+    PlayedTelephoneTest()
     {
-        options.path = path();
-        options.firstPause = 5ms;
-        return Telephone::connect(options).value();
+        if (GetParam() != Over::kSocket) {
+            front_.emplace(path(), GetParam() == Over::kHttpInSingleBytes);
+        }
     }
+    std::string path() const { return folder_.file("socket"); }
+    Options options() const
+    {
+        Options options;
+        options.address = front_ ? front_->address() : path();
+        options.token = HttpFront::kToken;
+        options.firstPause = 5ms;
+        return options;
+    }
+    Telephone connect() const { return Telephone::connect(options()).value(); }
 
     TemporaryFolder const folder_;
     std::unique_ptr<PlayedTelephone> played_ = std::make_unique<PlayedTelephone>(path());
+    std::optional<HttpFront> front_;
 };
 
-TEST_F(PlayedTelephoneTest, Connect_AsksForReasonsStrictnessStateAndEvents)
+INSTANTIATE_TEST_SUITE_P(Over, PlayedTelephoneTest,
+                         testing::Values(Over::kSocket, Over::kHttp, Over::kHttpInSingleBytes), [](auto const& over) {
+                             return over.param == Over::kSocket ? "Socket"
+                                    : over.param == Over::kHttp ? "Http"
+                                                                : "HttpInSingleBytes";
+                         });
+
+TEST_P(PlayedTelephoneTest, Connect_AsksForReasonsStrictnessStateAndEvents)
 {
-    Options options;
-    options.name = "dialler";
+    Options named = options();
+    named.name = "dialler";
 
-    Telephone const phone = connect(options);
+    Telephone const phone = Telephone::connect(named).value();
 
-    EXPECT_EQ(played_->received(), (std::vector<std::string>{"hello dialler", "reasons on", "strict on", "state",
-                                                             "events after 0 of first"}));
+    std::vector<std::string> const overHttp{"state", "events after 0 of first"};
+    std::vector<std::string> const overSocket{"hello dialler", "reasons on", "strict on", "state",
+                                              "events after 0 of first"};
+    EXPECT_EQ(played_->received(), front_ ? overHttp : overSocket);
     EXPECT_EQ(phone.state().start, "first");
     EXPECT_EQ(phone.state().service, ServiceState::kInService);
 }
 
-TEST_F(PlayedTelephoneTest, RefusedRequest_HasTheWordAndTheReasons)
+TEST_P(PlayedTelephoneTest, GoldenTexts_ArriveUnchanged)
+{
+    using nlohmann::json;
+    std::vector<std::pair<std::string, std::string>> exchanges;
+    for (json const& method : json::parse(std::ifstream(PROJECT "/tests/golden/requests.json"))) {
+        for (json const& each : method["exchanges"]) {
+            if (each["answer"].is_string()) {
+                exchanges.emplace_back(each["request"], each["answer"]);
+            }
+        }
+    }
+    played_->answer = [&exchanges, next = std::size_t{0}](std::string const& text) mutable {
+        return text[0] != '<' ? ""
+                              : PlayedTelephone::message("answer", exchanges.at(next++).second) +
+                                    PlayedTelephone::message("finished", "");
+    };
+    Telephone phone = connect();
+
+    for (auto const& [request, answer] : exchanges) {
+        EXPECT_EQ(phone.ask(requests::command(request)).value(), answer);
+        EXPECT_EQ(played_->received().back(), request);
+    }
+    int count = 0;
+    for (json const& operation : json::parse(std::ifstream(PROJECT "/tests/golden/events.json"))) {
+        for (json const& each : operation["events"]) {
+            if (each["message"].is_string()) {
+                std::string const text = each["message"].get<std::string>().c_str();  // a message ends at a NUL
+                played_->happen(text);
+                EXPECT_EQ(phone.nextEvent(kDeadline).value().text, text);
+                ++count;
+            }
+        }
+    }
+    EXPECT_EQ(exchanges.size(), 135U);
+    EXPECT_EQ(count, 109);
+}
+
+TEST_P(PlayedTelephoneTest, RefusedRequest_HasTheWordAndTheReasons)
 {
     played_->answer = [](std::string const& text) {
         return text[0] != '<'
@@ -70,7 +138,7 @@ TEST_F(PlayedTelephoneTest, RefusedRequest_HasTheWordAndTheReasons)
     EXPECT_EQ(played_->received().back(), "<Method>HoldCall</Method><CallID>7</CallID>");
 }
 
-TEST_F(PlayedTelephoneTest, MessageThatTheTelephoneDoesNotAccept_IsRefusedWithItsSentence)
+TEST_P(PlayedTelephoneTest, MessageThatTheTelephoneDoesNotAccept_IsRefusedWithItsSentence)
 {
     played_->answer = [](std::string const& text) {
         return text == "hodl" ? PlayedTelephone::message("error", "no request or command hodl") : "";
@@ -84,7 +152,7 @@ TEST_F(PlayedTelephoneTest, MessageThatTheTelephoneDoesNotAccept_IsRefusedWithIt
     EXPECT_EQ(answer.error().reason, "no request or command hodl");
 }
 
-TEST_F(PlayedTelephoneTest, RequestWithoutAnAnswerInTime_DoesNotTakeTheNextOnesAnswer)
+TEST_P(PlayedTelephoneTest, RequestWithoutAnAnswerInTime_DoesNotTakeTheNextOnesAnswer)
 {
     played_->answer = [](std::string const& text) { return text == "lines" ? "unknown\n\0"s : ""; };
     Telephone phone = connect();
@@ -97,7 +165,7 @@ TEST_F(PlayedTelephoneTest, RequestWithoutAnAnswerInTime_DoesNotTakeTheNextOnesA
     EXPECT_EQ(next.error().reason, "the telephone's answer cannot be read: sfiSuccess");
 }
 
-TEST_F(PlayedTelephoneTest, KindsThatTheClientDoesNotKnow_AreIgnored)
+TEST_P(PlayedTelephoneTest, KindsThatTheClientDoesNotKnow_AreIgnored)
 {
     Telephone phone = connect();
 
@@ -111,7 +179,7 @@ TEST_F(PlayedTelephoneTest, KindsThatTheClientDoesNotKnow_AreIgnored)
     EXPECT_EQ(phone.waitFor<CallHeld>(kDeadline).value().callID, 3);
 }
 
-TEST_F(PlayedTelephoneTest, Event_HasItsNumberAndMomentAndIsInTheState)
+TEST_P(PlayedTelephoneTest, Event_HasItsNumberAndMomentAndIsInTheState)
 {
     Telephone phone = connect();
 
@@ -127,7 +195,7 @@ TEST_F(PlayedTelephoneTest, Event_HasItsNumberAndMomentAndIsInTheState)
     EXPECT_EQ(phone.state().event, 2);
 }
 
-TEST_F(PlayedTelephoneTest, WaitFor_TakesTheEventAndLeavesTheOthers)
+TEST_P(PlayedTelephoneTest, WaitFor_TakesTheEventAndLeavesTheOthers)
 {
     Telephone phone = connect();
     played_->happen(held(3));
@@ -139,11 +207,11 @@ TEST_F(PlayedTelephoneTest, WaitFor_TakesTheEventAndLeavesTheOthers)
     EXPECT_EQ(phone.waitFor<CallHeld>(kDeadline).value().callID, 3);
 }
 
-TEST_F(PlayedTelephoneTest, KeptEvents_LoseTheOldest)
+TEST_P(PlayedTelephoneTest, KeptEvents_LoseTheOldest)
 {
-    Options options;
-    options.keptEvents = 2;
-    Telephone phone = connect(options);
+    Options few = options();
+    few.keptEvents = 2;
+    Telephone phone = Telephone::connect(few).value();
     std::vector<std::int64_t> handled;
     phone.onEvent([&handled](Event const& event) { handled.push_back(event.as<CallHeld>()->callID); });
 
@@ -156,7 +224,7 @@ TEST_F(PlayedTelephoneTest, KeptEvents_LoseTheOldest)
     EXPECT_EQ(phone.nextEvent(kDeadline).value().number, 2U);
 }
 
-TEST_F(PlayedTelephoneTest, LostConnection_IsMadeAgainAndMissesNoEvent)
+TEST_P(PlayedTelephoneTest, LostConnection_IsMadeAgainAndMissesNoEvent)
 {
     Telephone phone = connect();
     std::vector<std::string> seen;
@@ -174,7 +242,7 @@ TEST_F(PlayedTelephoneTest, LostConnection_IsMadeAgainAndMissesNoEvent)
     EXPECT_TRUE(phone.ask(requests::holdCall(3)));
 }
 
-TEST_F(PlayedTelephoneTest, RequestInAConnectionThatEnds_IsLost)
+TEST_P(PlayedTelephoneTest, RequestInAConnectionThatEnds_IsLost)
 {
     played_->answer = [](std::string const& text) { return text[0] == '<' ? "unknown\n\0"s : ""; };
     Telephone phone = connect();
@@ -189,18 +257,18 @@ TEST_F(PlayedTelephoneTest, RequestInAConnectionThatEnds_IsLost)
     EXPECT_EQ(phone.ask(requests::holdCall(3)).error().kind, Error::Kind::kUnavailable);
 }
 
-TEST_F(PlayedTelephoneTest, WithoutReconnect_ALostConnectionEndsTheWaiting)
+TEST_P(PlayedTelephoneTest, WithoutReconnect_ALostConnectionEndsTheWaiting)
 {
-    Options options;
-    options.reconnect = false;
-    Telephone phone = connect(options);
+    Options once = options();
+    once.reconnect = false;
+    Telephone phone = Telephone::connect(once).value();
 
     played_->hangUp();
 
     EXPECT_EQ(phone.nextEvent(kDeadline).error().kind, Error::Kind::kLost);
 }
 
-TEST_F(PlayedTelephoneTest, AnotherStartOfTheTelephone_IsAGapWithItsState)
+TEST_P(PlayedTelephoneTest, AnotherStartOfTheTelephone_IsAGapWithItsState)
 {
     Telephone phone = connect();
     played_->happen(held(3));
@@ -218,7 +286,7 @@ TEST_F(PlayedTelephoneTest, AnotherStartOfTheTelephone_IsAGapWithItsState)
     EXPECT_EQ(phone.waitFor<CallHeld>(kDeadline).value().callID, 4);
 }
 
-TEST_F(PlayedTelephoneTest, EventsThatAreNoLongerKept_AreAGapBetweenTheOthers)
+TEST_P(PlayedTelephoneTest, EventsThatAreNoLongerKept_AreAGapBetweenTheOthers)
 {
     Telephone phone = connect();
 
@@ -236,7 +304,7 @@ TEST_F(PlayedTelephoneTest, EventsThatAreNoLongerKept_AreAGapBetweenTheOthers)
     EXPECT_EQ(third.as<CallHeld>()->callID, 4);
 }
 
-TEST_F(PlayedTelephoneTest, LoopOfTheCaller_NeedsOneDescriptorAndNeverWaits)
+TEST_P(PlayedTelephoneTest, LoopOfTheCaller_NeedsOneDescriptorAndNeverWaits)
 {
     Telephone phone = connect();
     int const descriptor = phone.descriptor();
@@ -268,7 +336,7 @@ TEST_F(PlayedTelephoneTest, LoopOfTheCaller_NeedsOneDescriptorAndNeverWaits)
     EXPECT_EQ(phone.descriptor(), descriptor);
 }
 
-TEST_F(PlayedTelephoneTest, HandlerThatWaits_IsRefused)
+TEST_P(PlayedTelephoneTest, HandlerThatWaits_IsRefused)
 {
     Telephone phone = connect();
     std::optional<Error::Kind> kind;
@@ -280,30 +348,27 @@ TEST_F(PlayedTelephoneTest, HandlerThatWaits_IsRefused)
     EXPECT_EQ(kind, Error::Kind::kMisuse);
 }
 
-TEST_F(PlayedTelephoneTest, StopDescriptor_EndsTheWaiting)
+TEST_P(PlayedTelephoneTest, StopDescriptor_EndsTheWaiting)
 {
     int const stop = eventfd(1, EFD_CLOEXEC);
-    Options options;
-    options.path = path();
-    Telephone phone = connect(options);
+    Options stopped = options();
+    Telephone phone = Telephone::connect(stopped).value();
     EXPECT_EQ(phone.nextEvent(20ms).error().kind, Error::Kind::kTimeout);
 
-    options.stop = stop;
-    auto const second = Telephone::connect(options);
+    stopped.stop = stop;
+    auto const second = Telephone::connect(stopped);
 
     EXPECT_EQ(second.error().kind, Error::Kind::kStopped);
     close(stop);
 }
 
-TEST_F(PlayedTelephoneTest, TooManyApplications_IsSaidAsTheReason)
+TEST_P(PlayedTelephoneTest, TooManyApplications_IsSaidAsTheReason)
 {
     played_->answer = [](std::string const&) {
         return PlayedTelephone::message("error", "there are 256 applications already");
     };
-    Options options;
-    options.path = path();
 
-    auto const phone = Telephone::connect(options, 100ms);
+    auto const phone = Telephone::connect(options(), 100ms);
 
     ASSERT_FALSE(phone);
     EXPECT_EQ(phone.error().kind, Error::Kind::kUnavailable);
@@ -314,12 +379,12 @@ TEST(Connect, WithoutATelephone_SaysWhere)
 {
     TemporaryFolder const folder;
     Options options;
-    options.path = folder.file("nobody");
+    options.address = folder.file("nobody");
 
     auto const phone = Telephone::connect(options, 1ms);
 
     EXPECT_EQ(phone.error().kind, Error::Kind::kUnavailable);
-    EXPECT_EQ(phone.error().reason, "no telephone answers at " + options.path + " (No such file or directory)");
+    EXPECT_EQ(phone.error().reason, "no telephone answers at " + options.address + " (No such file or directory)");
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// The client with a real telephone, also one that is killed and started again. In real time: the client waits outside
-// the telephone.
+// The client with a real telephone, over its socket and over HTTP, also one that is killed and started again. In real
+// time: the client waits outside the telephone.
 #include <csignal>
 #include <optional>
 
@@ -7,6 +7,7 @@
 
 #include "Process.h"
 #include "TelephoneClient.h"
+#include "tests/doubles/FreePort.h"
 #include "tests/doubles/TemporaryFolder.h"
 
 using namespace telephone_client;
@@ -16,50 +17,89 @@ namespace {
 
 constexpr auto kDeadline = 30s;
 
-class RealTelephoneTest : public testing::Test
+constexpr char const* kHttp = "HTTP";
+
+// Its parameter says how the client connects: over "socket" or "HTTP".
+class RealTelephoneTest : public testing::TestWithParam<char const*>
 {
 protected:
-    RealTelephoneTest() { start(); }
+    RealTelephoneTest()
+    {
+        writeFile(folder_.file("desk.toml"), "[http]\naddress = \"" + place_ + "\"\n");
+        start();
+    }
     void start()
     {
-        process_.emplace(std::vector<std::string>{TELEPHONE, "--time", "real", "serve", "--socket", path()});
-        process_->readUntil("applications can connect at " + path() + "\n");
+        process_.emplace(std::vector<std::string>{TELEPHONE, "--time", "real", "--config", folder_.file("desk.toml"),
+                                                  "--socket", folder_.file("socket"), "serve"});
+        process_->readUntil("HTTP: ");
     }
     void kill()
     {
         process_->signal(SIGKILL);
         EXPECT_EQ(process_->wait(), 128 + SIGKILL);
     }
-    std::string path() const { return folder_.file("socket"); }
-    Telephone connect() const
+    Options options() const
     {
         Options options;
-        options.path = path();
+        options.address = std::string(GetParam()) == kHttp ? "http://" + place_ : folder_.file("socket");
+        options.tokenFile = folder_.file("socket.token");
         options.firstPause = 10ms;
-        return Telephone::connect(options, kDeadline).value();
+        return options;
     }
+    Telephone connect() const { return Telephone::connect(options(), kDeadline).value(); }
 
     TemporaryFolder const folder_;
+    std::string const place_ = "127.0.0.1:" + std::to_string(freePort());
     std::optional<Process> process_;
 };
+
+INSTANTIATE_TEST_SUITE_P(Over, RealTelephoneTest, testing::Values("socket", kHttp),
+                         [](auto const& over) { return std::string(over.param); });
 
 bool isConnected(CallStateChange const& event)
 {
     return event.callState == CallState::kConnected;
 }
 
-TEST_F(RealTelephoneTest, NameWithBlanks_IsAccepted)
+TEST_P(RealTelephoneTest, NameWithBlanks_IsAccepted)
 {
-    Options options;
-    options.path = path();
-    options.name = "my \"new\" robot";
+    Options named = options();
+    named.name = "my \"new\" robot";
 
-    auto const phone = Telephone::connect(options, kDeadline);
+    auto const phone = Telephone::connect(named, kDeadline);
 
     EXPECT_TRUE(phone) << phone.error().reason;
 }
 
-TEST_F(RealTelephoneTest, Call_IsMadeHeldAndEnded)
+TEST_P(RealTelephoneTest, WrongToken_IsRefusedOverHttp)
+{
+    Options wrong = options();
+    wrong.token = "f00d";
+
+    auto const phone = Telephone::connect(wrong, kDeadline);
+
+    std::string const reason = phone ? "" : phone.error().reason;
+    EXPECT_EQ(reason, GetParam() != std::string(kHttp)
+                          ? ""
+                          : wrong.address + " gives no access: the token is missing or wrong: send \"Authorization: "
+                                            "Bearer TOKEN\", or add ?token=TOKEN to the address; the telephone has "
+                                            "printed it at its start");
+}
+
+TEST_P(RealTelephoneTest, CommandThatIsTooLong_IsRefused)
+{
+    Telephone phone = connect();
+
+    auto const answer = phone.ask(commands::say(std::string(8'000'000, 'x')), kDeadline);
+
+    EXPECT_EQ(answer.error().kind, Error::Kind::kRefused);
+    EXPECT_EQ(answer.error().reason, GetParam() == std::string(kHttp)
+                                         ? "the body is longer than 4194304 bytes"
+                                         : "the request is longer than 4194304 bytes; skipped");
+}
+
+TEST_P(RealTelephoneTest, Call_IsMadeHeldAndEnded)
 {
     Telephone phone = connect();
 
@@ -75,7 +115,7 @@ TEST_F(RealTelephoneTest, Call_IsMadeHeldAndEnded)
     EXPECT_EQ(phone.waitFor<CallStateChange>(kDeadline, isOver).value().callID, 1);
 }
 
-TEST_F(RealTelephoneTest, RefusedRequest_SaysWhy)
+TEST_P(RealTelephoneTest, RefusedRequest_SaysWhy)
 {
     Telephone phone = connect();
 
@@ -85,7 +125,7 @@ TEST_F(RealTelephoneTest, RefusedRequest_SaysWhy)
     EXPECT_EQ(answer.error().reason, "sfiFailure: line 4711 has no call 7; the telephone has no calls");
 }
 
-TEST_F(RealTelephoneTest, RequestThatDoesNothing_SaysWhy)
+TEST_P(RealTelephoneTest, RequestThatDoesNothing_SaysWhy)
 {
     Telephone phone = connect();
     phone.ask(requests::outgoingCallMakeRequest("4711", 1, "100")).value();
@@ -99,7 +139,7 @@ TEST_F(RealTelephoneTest, RequestThatDoesNothing_SaysWhy)
     EXPECT_EQ(second.error().reason, "sfiSuccess: call 1 is on hold already");
 }
 
-TEST_F(RealTelephoneTest, Commands_AreForWhatNoRequestDoes)
+TEST_P(RealTelephoneTest, Commands_AreForWhatNoRequestDoes)
 {
     Telephone phone = connect();
 
@@ -111,14 +151,14 @@ TEST_F(RealTelephoneTest, Commands_AreForWhatNoRequestDoes)
     EXPECT_EQ(phone.state().calls.at(0).party.name, "Ann B");
 }
 
-TEST_F(RealTelephoneTest, ValueOfACommand_ComesThroughItsQuotes)
+TEST_P(RealTelephoneTest, ValueOfACommand_ComesThroughItsQuotes)
 {
     Telephone phone = connect();
 
     EXPECT_EQ(phone.ask(commands::say("a \"b\\  # it's")).value(), "a \"b\\  # it's");
 }
 
-TEST_F(RealTelephoneTest, RequestsWithValues_ReturnThem)
+TEST_P(RealTelephoneTest, RequestsWithValues_ReturnThem)
 {
     Telephone phone = connect();
 
@@ -130,7 +170,7 @@ TEST_F(RealTelephoneTest, RequestsWithValues_ReturnThem)
     EXPECT_EQ(phone.ask(requests::getForwardingConfiguration(ForwardingType::kBusy)).value().uri, "102");
 }
 
-TEST_F(RealTelephoneTest, KilledTelephone_IsConnectedAgainWithAGapAndItsState)
+TEST_P(RealTelephoneTest, KilledTelephone_IsConnectedAgainWithAGapAndItsState)
 {
     Telephone phone = connect();
     std::string const start = phone.state().start;

@@ -9,7 +9,7 @@ int main(int count, char** arguments)
         return 2;
     }
     telephone_client::Options options;
-    options.path = arguments[1];
+    options.address = arguments[1];
     auto phone = telephone_client::Telephone::connect(options);
     if (!phone) {
         std::cerr << phone.error().reason << "\n";
