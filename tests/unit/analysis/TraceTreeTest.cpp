@@ -173,6 +173,22 @@ TEST(TraceTree, FilterOfLineOrCall_TakesWhatTheyCaused)
     EXPECT_EQ(treeOf(contents, {{}, "4711", "2"}), "\n");
 }
 
+TEST(TraceTree, FilterOfCall_TakesEveryKindOfStepThatIsAboutIt)
+{
+    TraceText trace;
+    trace.engine(0, 3, "", "dialling").platform(0, "CSfi::CallClear", R"("lineURI":"4711","callID":3)");
+    trace.sip(0, "sent", "BYE").event(0, 9, "<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>3</CallID>");
+    trace.engine(0, 4, "", "dialling", "sip:103@127.0.0.1:5060", "d2").sip(0, "sent", "BYE", "", "d2");
+    for (std::string_view const line : {"", "4711"}) {
+        EXPECT_EQ(treeOf(trace.contents(), {{}, std::string(line), "3"}), R"(
+12:00:00.000    engine  4711 call 3: dialling  100
+12:00:00.000  platform  CSfi::CallClear  4711 call 3  success
+12:00:00.000       sip  BYE  to 100  127.0.0.1:5060 UDP
+12:00:00.000         9  held  4711 call 3
+)");
+    }
+}
+
 TEST(TraceTree, Texts_StandAsInTheTrace)
 {
     TraceText trace;
