@@ -49,7 +49,7 @@ using F = ElementForm;
 
 // clang-format off
 constexpr ElementRow kElementRows[] = {
-    {"CallStateChangeEvent", "CallState",                F::what,          "{}",               ""},
+    {"CallStateChangeEvent", "CallState",                F::what,          "",                 ""},
     {"CallStateChangeEvent", "Reason",                   F::word,          "reason {}",        ""},
     {"CallStateChangeEvent", "SendOptions",              F::word,          "digits {}",        ""},
     {"CallStateChangeEvent", "GPUCLG",                   F::labelledParty, "caller {}",        "GPUCLGName"},
@@ -119,9 +119,9 @@ constexpr ElementRow kElementRows[] = {
     {"systemStatusEvent",        "statusInfo", F::text,       "{}",      ""},
     {"serverFeatureStatusEvent", "status",     F::word,       "{}",      ""},
     {"b2buaCSTAResponse",        "success",    F::flag,       "success", "failure"},
-    {"b2buaCSTAResponse",        "Body",       F::body,       "{}",      ""},
-    {"b2buaCSTAEventOrRequest",  "Body",       F::body,       "{}",      ""},
-    {"conferenceStatusEvent",    "XMLContent", F::conference, "{}",      ""},
+    {"b2buaCSTAResponse",        "Body",       F::body,       "",        ""},
+    {"b2buaCSTAEventOrRequest",  "Body",       F::body,       "",        ""},
+    {"conferenceStatusEvent",    "XMLContent", F::conference, "",        ""},
 
     {"callCompletionEvent", "CallCompletionType",         F::word, "type {}",       ""},
     {"callCompletionEvent", "CallCompletionState",        F::word, "state {}",      ""},
@@ -162,9 +162,9 @@ constexpr ElementRow kElementRows[] = {
     {"GetMessageWaitingIndicator", "available_info",   F::labelledWord,  "{} known",       "counts"},
     {"GetMessageWaitingIndicator", "messages_waiting", F::word,          "waiting {}",     ""},
     {"GetMessageWaitingIndicator", "voiceMailNumber",  F::labelledParty, "number {}",      ""},
-    {"GetMessageWaitingIndicator", "func_return_val",  F::what,          "{}",             ""},
+    {"GetMessageWaitingIndicator", "func_return_val",  F::what,          "",               ""},
 
-    {"getForwardingConfiguration", "sfiResult",     F::what,          "{}",       ""},
+    {"getForwardingConfiguration", "sfiResult",     F::what,          "",         ""},
     {"getForwardingConfiguration", "status",        F::flag,          "on",       "off"},
     {"getForwardingConfiguration", "uri",           F::labelledParty, "to {}",    ""},
     {"getForwardingConfiguration", "cfnrRingCount", F::number,        "rings {}", ""},

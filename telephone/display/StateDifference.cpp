@@ -22,15 +22,16 @@ constexpr std::array kPassing{"start", "event", "time", "since", "began"};
 struct NamedList
 {
     char const* member;
-    char const* entry;  // one of them, for people
-    std::array<char const*, 2> names;
+    char const* entry;           // one of them, for people
+    char const* name;            // the member that names it
+    char const* otherName = "";  // of an entry whose name is null
 };
 constexpr std::array<NamedList, 5> kNamedLists{{
-    {"lines", "line", {"id", "id"}},
-    {"calls", "call", {"id", "id"}},
-    {"keys", "key", {"number", "function"}},  // a lamp outside the keys has no number
-    {"appearances", "appearance", {"id", "id"}},
-    {"forwarding", "forwarding", {"name", "name"}},
+    {"lines", "line", "id"},
+    {"calls", "call", "id"},
+    {"keys", "key", "number", "function"},  // a lamp outside the keys has no number
+    {"appearances", "appearance", "id"},
+    {"forwarding", "forwarding", "name"},
 }};
 
 NamedList const* namedList(std::string_view member)
@@ -67,8 +68,8 @@ std::string wordsOf(StateObject const& value)
 
 std::string nameOf(StateObject const& entry, NamedList const& list)
 {
-    StateObject const first = entry.value(list.names[0], StateObject());
-    std::string const name = wordOf(first.is_null() ? entry.value(list.names[1], first) : first);
+    StateObject const first = entry.value(list.name, StateObject());
+    std::string const name = wordOf(first.is_null() ? entry.value(list.otherName, first) : first);
     return entry.value("over", false) ? name + " that is over" : name;  // another call may have its id
 }
 

@@ -205,12 +205,17 @@ TEST_F(Analysis, WhatATraceDoesNotHave_IsRefused)
     for (auto const& [command, argument, reason] :
          {std::tuple{"why", "99", "has no event 99; it has the events 1 to 6"},
           {"why", "often", "write the number of an event, or lamp and the number of its key"},
+          {"why", "0", "write the number of an event, or lamp and the number of its key"},
+          {"why", "lamp", "write the number of an event, or lamp and the number of its key"},
           {"ladder", "--color=never", "has no calls"},
           {"trace", "--only=evnt", "there are no steps \"evnt\" (did you mean event?)"}}) {
         Ended const ended = run({TELEPHONE, command, folder_.file("a.trace"), argument});
         EXPECT_EQ(ended.status, 2);
         EXPECT_NE(ended.output.find(reason), std::string::npos) << ended.output;
     }
+    Ended const two = run({TELEPHONE, "why", folder_.file("a.trace"), "1", "2"});
+    EXPECT_EQ(two.status, 2);
+    EXPECT_EQ(two.output, "telephone: write the number of an event, or lamp and the number of its key\n");
     Ended const missing = run({TELEPHONE, "trace", folder_.file("b.trace")});
     EXPECT_EQ(missing.status, 2);
     EXPECT_EQ(missing.output, "telephone: " + folder_.file("b.trace") + ": cannot be read\n");

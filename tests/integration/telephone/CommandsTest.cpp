@@ -134,6 +134,26 @@ TEST_F(Commands, ExchangeAlone_HasThePortOfItsConfigurationUnlessTheCommandNames
     }
 }
 
+// --- the log
+
+TEST_F(Commands, ConsoleWithoutConfigurationAndLogFile_LogsWarningsAlone)
+{
+    constexpr char const* kEnded = "info [telephone] ended\n";
+    std::string const config = write("desk.toml", "");
+    auto const isInformed = [&](std::vector<std::string> const& options) {
+        std::vector<std::string> command{TELEPHONE, "--time", "virtual", "--socket", file("socket")};
+        command.insert(command.end(), options.begin(), options.end());
+        return run(command).output.find(kEnded) != std::string::npos;
+    };
+
+    EXPECT_FALSE(isInformed({"console"}));
+    EXPECT_TRUE(isInformed({"--config", config, "console"}));
+    EXPECT_TRUE(isInformed({"--log-level", "4", "console"}));
+    EXPECT_FALSE(isInformed({"--config", config, "--log-level", "3", "console"}));
+    EXPECT_FALSE(isInformed({"--log-file", file("log"), "console"}));
+    EXPECT_NE(contentOf(file("log")).find(kEnded), std::string::npos);
+}
+
 // --- play
 
 TEST_F(Commands, JUnitFileOfAScript_SaysWhetherItHeld)

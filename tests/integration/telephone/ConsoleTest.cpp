@@ -254,6 +254,17 @@ TEST(Console, LogLevelSix_ShowsSipMessagesUntilTheLevelIsLowered)
     EXPECT_EQ(result.output.find("sent to 127.0.0.1:", end), std::string::npos) << result.output;
 }
 
+TEST(Console, HeadsetThatIsPlugged_TakesTheSound)
+{
+    Ended const result = console("log 6\nplug headset\nsay now\nunplug headset\n");
+
+    auto const headset = result.output.find("sound goes to the headset\n");
+    auto const handset = result.output.find("sound goes to the handset\n");
+    ASSERT_NE(headset, std::string::npos) << result.output;
+    ASSERT_NE(handset, std::string::npos) << result.output;
+    EXPECT_LT(headset, handset);
+}
+
 TEST(Console, LineOfAMegabyte_IsTaken)
 {
     Ended const result = console("strict off\n<Method>" + std::string(1 << 20, 'x') + "</Method>\nsay still here\n",

@@ -177,6 +177,230 @@ TEST(Explanation, LongChain_IsToldWithoutItsMiddle)
               "It had been started <1 ms earlier, when console sent the request GetDevices at 12:00:00.000.");
 }
 
+// The sentence on what led to an event.
+std::string because(TraceText trace, std::string_view members, int cause = 0)
+{
+    trace.step(cause, members);
+    trace.event(trace.number(), 77, test::eventText("DoNotDisturbEvent", {}));
+    auto const sentences = explainEvent(trace.contents(), 77, options());
+    return sentences ? sentences->at(1) : sentences.error().reason;
+}
+
+struct ChangeRow
+{
+    std::string_view before;  // "": a new call
+    std::string_view state;
+    std::string_view told;
+    std::string_view recalled;
+};
+
+// clang-format off
+constexpr ChangeRow kChanges[] = {
+    {"", "dialling", "call 3 to 100 began", "Call 3 to 100 had begun"},
+    {"dialling", "proceeding", "call 3 with 100 made progress", "Call 3 with 100 had made progress"},
+    {"dialling", "remote ringing", "call 3 with 100 began to ring at the far end", "Call 3 with 100 had begun to ring at the far end"},
+    {"", "incoming", "call 3 from 100 arrived", "Call 3 from 100 had arrived"},
+    {"", "ringing", "call 3 from 100 began to ring", "Call 3 from 100 had begun to ring"},
+    {"held", "connected", "the call engine took call 3 with 100 back from hold", "The call engine had taken call 3 with 100 back from hold"},
+    {"remotely held", "connected", "the far end took call 3 with 100 back from hold", "The far end had taken call 3 with 100 back from hold"},
+    {"ringing", "connected", "call 3 with 100 was connected", "Call 3 with 100 had been connected"},
+    {"connected", "held", "the call engine put call 3 with 100 on hold", "The call engine had put call 3 with 100 on hold"},
+    {"connected", "remotely held", "the far end put call 3 with 100 on hold", "The far end had put call 3 with 100 on hold"},
+    {"held", "held by both", "call 3 with 100 was put on hold at both ends", "Call 3 with 100 had been put on hold at both ends"},
+    {"connected", "conference", "call 3 with 100 joined a conference", "Call 3 with 100 had joined a conference"},
+    {"held", "transferring", "the transfer of call 3 with 100 began", "The transfer of call 3 with 100 had begun"},
+    {"dialling", "busy", "call 3 with 100 found the far end busy", "Call 3 with 100 had found the far end busy"},
+    {"dialling", "failed", "call 3 with 100 failed", "Call 3 with 100 had failed"},
+    {"connected", "idle", "call 3 with 100 ended", "Call 3 with 100 had ended"},
+    {"connected", "parked", "call 3 with 100 became parked", "Call 3 with 100 had become parked"},
+};
+// clang-format on
+
+TEST(Explanation, EveryChangeOfACall_HasItsWords)
+{
+    for (auto const& [before, state, told, recalled] : kChanges) {
+        TraceText trace;
+        trace.step(0, R"("step":"timer","name":"a timer")").engine(1, 3, before, state);
+        trace.lamp(1, 4, "", "steady", "red")
+            .step(2, R"("step":"timer","name":"another")")
+            .lamp(4, 5, "", "off", "none");
+        EXPECT_EQ(whyLamp(trace, "4"), "\nLamp 4 has been steady red since 12:00:00.000.\n" + std::string(recalled) +
+                                           ", because the timer \"a timer\" ran out.\n"
+                                           "The trace does not say what led to this.\n");
+        std::string const text = whyLamp(trace, "5");
+        EXPECT_NE(text.find("It had been started <1 ms earlier, when " + std::string(told) + ".\n"), std::string::npos)
+            << text;
+    }
+}
+
+TEST(Explanation, EventOfACallState_SaysItAsASentence)
+{
+    struct Row
+    {
+        std::string_view method;
+        std::string_view state;  // of the event
+        std::string_view predicate;
+    };
+    // clang-format off
+    for (auto const& [method, state, predicate] : {
+             Row{"CallStateChangeEvent", "0", "is over"},
+             Row{"CallStateChangeEvent", "1", "is being dialled"},
+             Row{"CallStateChangeEvent", "2", "is on its way"},
+             Row{"CallStateChangeEvent", "3", "is ringing at the far end"},
+             Row{"CallStateChangeEvent", "4", "has arrived"},
+             Row{"CallStateChangeEvent", "5", "is ringing"},
+             Row{"CallStateChangeEvent", "6", "is connected"},
+             Row{"IncomingCallEvent", "0", "has arrived"},
+             Row{"IncomingCallMissedEvent", "0", "was missed"},
+             Row{"CallHeldEvent", "0", "is held"},
+             Row{"CallRetrievedEvent", "0", "is retrieved"},
+             Row{"conferenceStatusEvent", "0", "is in a conference"},
+         }) {
+        // clang-format on
+        TraceText trace;
+        trace.event(0, 5, test::eventText(method, {{"LineID", "4711"}, {"CallID", "3"}, {"CallState", state}}));
+        std::string const text = why(trace, 5);
+        EXPECT_EQ(text.substr(1, text.find('\n', 1) - 1), "Event 5 says that call 3 " + std::string(predicate) + ".");
+    }
+}
+
+TEST(Explanation, EveryCause_HasItsWords)
+{
+    std::string const failed = R"("step":"store","settings":"dnd","reason":"full")";
+    // clang-format off
+    for (auto const& [members, sentence] : {
+             std::pair(R"("step":"command","application":"panel","text":"lock")", R"(panel gave the command "lock" at 12:00:00.000)"),
+             std::pair(R"("step":"answer","text":"sfiSuccess")", "the request was answered with sfiSuccess"),
+             std::pair(R"("step":"reason","text":"no line")", "the request was refused: no line"),
+             std::pair(R"("step":"event","number":5,"text":"")", "event 5 was sent"),
+             std::pair(R"("step":"platform","name":"CSfi::CallMake","arguments":{"destination":"100","mode":2,"uri":"sip:103@127.0.0.1:5060"})", "the service called CSfi::CallMake with destination 100, uri 103"),
+             std::pair(R"("step":"platform","name":"CSfi::Lock")", "the service called CSfi::Lock"),
+             std::pair(R"("step":"key","hook":"up")", "the handset was lifted at 12:00:00.000"),
+             std::pair(R"("step":"key","hook":"down")", "the handset was replaced at 12:00:00.000"),
+             std::pair(R"("step":"key","plug":"headset","action":"in")", "the headset was plugged in at 12:00:00.000"),
+             std::pair(R"("step":"key","plug":"headset","action":"out")", "the headset was unplugged at 12:00:00.000"),
+             std::pair(R"("step":"key","key":3,"action":"pressed")", "key 3 was pressed at 12:00:00.000"),
+             std::pair(R"("step":"lamp","lamp":3,"mode":"steady","colour":"red")", "lamp 3 became steady red"),
+             std::pair(R"("step":"timer","name":"ring")", R"(the timer "ring" ran out)"),
+             std::pair(R"("step":"store","settings":["dnd","agent-state"])", "the settings dnd, agent-state were stored"),
+             std::pair(R"("step":"store","settings":"dnd","reason":"full")", "the settings dnd could not be stored (full)"),
+             std::pair(R"("step":"fault","fault":"lamps stuck","state":"begins")", "the fault lamps stuck began at 12:00:00.000"),
+             std::pair(R"("step":"fault","fault":"lamps stuck","state":"ends")", "the fault lamps stuck ended at 12:00:00.000"),
+             std::pair(R"("step":"sip","direction":"sent","method":"INVITE","peer":"a:5060")", "the telephone sent an INVITE to a:5060"),
+             std::pair(R"("step":"sip","direction":"sent","method":"BYE")", "the telephone sent a BYE to the far end"),
+             std::pair(R"("step":"sip","direction":"received","method":"OPTIONS","peer":"a:5060")", "a:5060 sent an OPTIONS at 12:00:00.000"),
+             std::pair(R"("step":"sip","direction":"sent","method":"BYE","status":200,"phrase":"OK","peer":"a:5060")", "the telephone answered the BYE of a:5060 with 200 OK"),
+             std::pair(R"("step":"sip","direction":"received","method":"BYE","status":200,"phrase":"OK","peer":"a:5060")", "a:5060 answered the BYE with 200 OK"),
+         }) {
+        // clang-format on
+        EXPECT_EQ(because({}, members), "This happened because " + std::string(sentence) + ".") << members;
+    }
+}
+
+TEST(Explanation, CommandBehindAnyInput_IsWhatAskedForIt)
+{
+    // clang-format off
+    for (auto const& [members, sentence] : {
+             std::pair(R"("step":"key","key":3,"action":"pressed")", "key 3 was pressed"),
+             std::pair(R"("step":"key","hook":"up")", "the handset was lifted"),
+             std::pair(R"("step":"key","plug":"headset","action":"in")", "the headset was plugged in"),
+             std::pair(R"("step":"fault","fault":"lamps stuck","state":"begins")", "the fault lamps stuck began"),
+             std::pair(R"("step":"sip","direction":"received","method":"INVITE","peer":"a:5060")", "a:5060 sent an INVITE"),
+         }) {
+        // clang-format on
+        TraceText trace;
+        trace.step(0, R"("step":"command","application":"panel","text":"a command")");
+        EXPECT_EQ(because(trace, members, 1), "This happened because " + std::string(sentence) +
+                                                  ", as panel asked with the command \"a command\" at 12:00:00.000.");
+    }
+}
+
+TEST(Explanation, PlatformCallOfACommand_WasMadeForIt)
+{
+    TraceText trace;
+    trace.step(0, R"("step":"command","application":"panel","text":"lock")").platform(1, "CSfi::Lock", "");
+    trace.lamp(2, 3, "", "off", "none");
+    EXPECT_EQ(whyLamp(trace, "3"), R"(
+Lamp 3 has been off since 12:00:00.000.
+This happened because the service called CSfi::Lock.
+It did so for the command "lock" of panel at 12:00:00.000.
+)");
+}
+
+TEST(Explanation, RequestThatFollowsOurAnswer_LeadsBackToTheRequestThatWasAnswered)
+{
+    TraceText trace;
+    trace.sip(0, "received", "INVITE").sip(1, "sent", "INVITE", "200 OK").sip(2, "received", "ACK");
+    trace.lamp(3, 3, "", "off", "none");
+    EXPECT_EQ(whyLamp(trace, "3"), R"(
+Lamp 3 has been off since 12:00:00.000.
+This happened because 127.0.0.1:5060 sent an ACK.
+The telephone had answered the INVITE of 127.0.0.1:5060 with 200 OK.
+127.0.0.1:5060 had sent this INVITE.
+)");
+}
+
+TEST(Explanation, EventOfTheWholeTelephone_NamesNoLine)
+{
+    TraceText trace;
+    trace.event(0, 5, test::eventText("DoNotDisturbEvent", {{"doNotDisturbOn", "1"}}));
+    EXPECT_EQ(why(trace, 5), R"(
+Event 5 says: do-not-disturb, on.
+The trace does not say what led to this.
+)");
+}
+
+TEST(Explanation, EventOfACall_TellsOfTheChangeWithItsState)
+{
+    // One message changes two calls, and one of them twice.
+    TraceText trace;
+    trace.sip(0, "received", "INVITE", "200 OK").engine(1, 3, "dialling", "remote ringing", "sip:103@127.0.0.1:5060");
+    trace.engine(1, 3, "remote ringing", "connected", "sip:103@127.0.0.1:5060").engine(1, 4, "", "dialling");
+    trace.engine(1, 4, "dialling", "dialling");
+    auto const change = [](std::string_view call, std::string_view state) {
+        return test::eventText("CallStateChangeEvent", {{"LineID", "4711"}, {"CallID", call}, {"CallState", state}});
+    };
+    trace.event(1, 5, change("3", "3")).event(1, 6, change("3", "6")).event(1, 7, change("3", "0"));
+    trace.event(1, 8, change("9", "0")).event(1, 9, change("4", "6"));
+    auto const second = [&trace](std::uint64_t event) {
+        return explainEvent(trace.contents(), event, options())->at(1);
+    };
+    EXPECT_EQ(second(5),
+              "Call 3 with 103 had begun to ring at the far end, because 100 answered the INVITE with 200 OK.");
+    EXPECT_EQ(second(6), "Call 3 with 103 had been connected, because 100 answered the INVITE with 200 OK.");
+    EXPECT_EQ(second(7), "Call 3 with 103 had been connected, because 100 answered the INVITE with 200 OK.");
+    EXPECT_EQ(second(8), "This happened because 100 answered the INVITE with 200 OK.");
+    EXPECT_EQ(second(9), "Call 4 to 100 had begun, because 100 answered the INVITE with 200 OK.");
+}
+
+TEST(Explanation, LampAndEvent_TellOfNoChangeWithAnotherCause)
+{
+    TraceText trace;
+    trace.step(0, R"("step":"timer","name":"first")").step(0, R"("step":"timer","name":"second")");
+    trace.engine(1, 3, "connected", "held").engine(2, 3, "held", "held").lamp(2, 3, "", "off", "none");
+    trace.lamp(2, 4, "", "off", "none").event(2, 5, kHeldEvent);
+    constexpr std::string_view kRest = "This happened because the timer \"second\" ran out.\n"
+                                       "The trace does not say what led to this.\n";
+    EXPECT_EQ(whyLamp(trace, "3"), "\nLamp 3 has been off since 12:00:00.000.\n" + std::string(kRest));
+    EXPECT_EQ(whyLamp(trace, "4"), "\nLamp 4 has been off since 12:00:00.000.\n" + std::string(kRest));
+    EXPECT_EQ(why(trace, 5), "\nEvent 5 says that call 3 with 100 is held.\n" + std::string(kRest));
+}
+
+TEST(Explanation, ChainOf24Steps_IsToldWhole)
+{
+    for (auto const& [timers, sentences] : {std::pair(22, 24U), std::pair(23, 22U)}) {
+        TraceText trace;
+        trace.request("GetDevices");
+        for (int number = 1; number <= timers; ++number) {
+            trace.step(number, R"("step":"timer","name":"call is refreshed")");
+        }
+        trace.event(trace.number(), 1, "nonsense");
+        auto const told = explainEvent(trace.contents(), 1, options());
+        ASSERT_TRUE(told);
+        EXPECT_EQ(told->size(), sentences) << timers;
+    }
+}
+
 TEST(Explanation, UnknownEvent_IsRefused)
 {
     EXPECT_EQ(why(held(), 10), "refused: hold.trace has no event 10; it has the events 8 to 9");

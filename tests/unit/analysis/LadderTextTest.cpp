@@ -225,5 +225,133 @@ TEST(LadderText, TextsFromTheWire_CannotControlTheTerminal)
     EXPECT_EQ(text.find("\u202e"), std::string::npos);
 }
 
+// Where the bars of a line in ASCII stand.
+std::vector<std::size_t> barsOf(std::string const& line)
+{
+    std::vector<std::size_t> places;
+    for (std::size_t place = line.find('|'); place != std::string::npos; place = line.find('|', place + 1)) {
+        places.push_back(place);
+    }
+    return places;
+}
+
+Ladder ladderWith(LadderRow row, std::size_t columns = 4)
+{
+    Ladder ladder;
+    ladder.columns = {"application", "service", "engine", "100", "103"};
+    ladder.columns.resize(columns);
+    ladder.rows = {std::move(row)};
+    return ladder;
+}
+
+std::vector<std::size_t> barsFor(Ladder const& ladder, std::size_t width = 0)
+{
+    DisplayOptions shown = options();
+    shown.ascii = true;
+    shown.width = width;
+    return barsOf(ladderText(ladder, shown).at(1));
+}
+
+using Places = std::vector<std::size_t>;
+
+TEST(LadderText, LongText_WidensItsGapByAtMostSixteen)
+{
+    auto const withText = [](std::size_t from, std::size_t to, std::size_t length) {
+        return ladderWith({LadderRowKind::kSip, from, to, std::string(length, 'x'), {}}, 5);
+    };
+    EXPECT_EQ(barsFor(withText(0, 1, 29)), (Places{9, 44, 68, 98, 122}));
+    EXPECT_EQ(barsFor(withText(0, 1, 30)), (Places{9, 45, 69, 99, 123}));
+    EXPECT_EQ(barsFor(withText(1, 0, 45)), (Places{9, 60, 84, 114, 138}));
+    EXPECT_EQ(barsFor(withText(1, 0, 46)), (Places{9, 60, 84, 114, 138}));
+    EXPECT_EQ(barsFor(withText(1, 2, 19)), (Places{9, 44, 69, 99, 123}));
+    // The text stands next to the far end.
+    EXPECT_EQ(barsFor(withText(4, 2, 19)), (Places{9, 44, 68, 123}));
+    // A note crosses no gap.
+    Ladder note = withText(1, 1, 40);
+    note.rows.push_back({LadderRowKind::kSip, 0, 1, "x", {}});
+    note.rows.erase(note.rows.begin());
+    EXPECT_EQ(barsFor(note), (Places{9, 44, 68, 98, 122}));
+}
+
+TEST(LadderText, Terminal_NarrowsTheColumnsIfItHasNoRoomForThem)
+{
+    Ladder const ladder = ladderWith({LadderRowKind::kSip, 0, 1, "x", {}});
+    EXPECT_EQ(barsFor(ladder, 99), (Places{9, 44, 68, 98}));
+    EXPECT_EQ(barsFor(ladder, 98), (Places{9, 43, 66, 95}));
+    // No narrower than their texts need; the line is cut then.
+    EXPECT_EQ(barsFor(ladder, 60), (Places{9, 28, 43}));
+    EXPECT_EQ(barsFor(ladder, 10), Places{});
+}
+
+TEST(LadderText, Rows_HaveTheStylesOfTheirKinds)
+{
+    DisplayOptions shown = options();
+    shown.colour = true;
+    // clang-format off
+    for (auto const& [kind, style] : {
+             std::pair(LadderRowKind::kRequest,  "\x1b[34m"), std::pair(LadderRowKind::kAnswer,   ""),
+             std::pair(LadderRowKind::kFailure,  "\x1b[35m"), std::pair(LadderRowKind::kEvent,    "\x1b[1m"),
+             std::pair(LadderRowKind::kPlatform, ""),         std::pair(LadderRowKind::kSip,      ""),
+         }) {
+        // clang-format on
+        std::string const line = ladderText(ladderWith({kind, 0, 1, "text", {}}), shown).at(1);
+        EXPECT_EQ(line.find(std::string("│") + style + "─"), 9U) << style;
+    }
+    LadderRow const pause{LadderRowKind::kPause, 0, 0, "2.0 s", {}};
+    std::string const line = ladderText(ladderWith(pause), shown).at(1);
+    EXPECT_EQ(line.find("│\x1b[2m  "), 9U);
+    EXPECT_NE(line.find(" 2.0 s later "), std::string::npos);
+}
+
+TEST(LadderText, Notes_ReasonsAreMagenta_OthersArePlain)
+{
+    DisplayOptions shown = options();
+    shown.colour = true;
+    EXPECT_EQ(ladderText(ladderWith({LadderRowKind::kNote, 0, 0, "reason", {}}), shown).at(1),
+              "         \x1b[35mreason\x1b[0m");
+    EXPECT_EQ(ladderText(ladderWith({LadderRowKind::kNote, 2, 2, "timer", {}}), shown).at(1), "         timer");
+}
+
+TEST(LadderText, Time_StandsWhereItChanges_AndHasNoMillisecondsFromTenThousandSeconds)
+{
+    using std::chrono::milliseconds;
+    Ladder ladder = ladderWith({LadderRowKind::kSip, 0, 1, "x", milliseconds(9'999'999)});
+    for (int const time : {9'999'999, 10'000'000, 10'000'400, 12'345'600}) {
+        ladder.rows.push_back({LadderRowKind::kSip, 0, 1, "x", milliseconds(time)});
+    }
+    std::vector<std::string> times;
+    for (std::string const& each : ladderText(ladder, options())) {
+        times.push_back(each.substr(0, 9));
+    }
+    times.erase(times.begin());
+    EXPECT_EQ(times, (std::vector<std::string>{"9999.999 ", "         ", "  10000  ", "         ", "  12346  "}));
+}
+
+TEST(LadderText, ArrowThatCrossesABar_IsDrawnThroughIt)
+{
+    DisplayOptions shown = options();
+    shown.ascii = true;
+    EXPECT_EQ(ladderText(ladderWith({LadderRowKind::kSip, 2, 4, "INVITE", {}}, 5), shown).at(1),
+              "  0.000  |                                  |                       |-----------------------------+"
+              "------- INVITE ------->|");
+    EXPECT_EQ(ladderText(ladderWith({LadderRowKind::kSip, 4, 2, "200 OK", {}}, 5), shown).at(1),
+              "  0.000  |                                  |                       |<----------------------------+"
+              "------- 200 OK --------|");
+}
+
+TEST(LadderText, Bar_IsDrawnBehindItsFirstRowUpToItsEnd)
+{
+    Ladder ladder = ladderWith({LadderRowKind::kSip, 0, 1, "x", {}});
+    ladder.rows.resize(5, ladder.rows.front());
+    ladder.bars = {{3, 1, 2, false}, {3, 2, 3, true}};
+    std::string last;
+    DisplayOptions shown = options();
+    shown.ascii = true;
+    for (std::string const& each : ladderText(ladder, shown)) {
+        last += each.back();
+    }
+    EXPECT_EQ(last.substr(1), "||#:|");
+}
+
 }  // namespace
 }  // namespace telephone

@@ -104,6 +104,26 @@ TEST_F(Following, StepWhoseCauseIsMissing_IsShownAfterOneMoreLook)
 )");
 }
 
+TEST_F(Following, StepBehindOneThatWasWaitedFor_IsShownWithIt)
+{
+    TraceText trace;
+    trace.request("GetDevices").answer(1).lamp(0, 3, "", "steady", "red").lamp(0, 4, "", "steady", "red");
+    trace.lamp(0, 5, "", "steady", "red").lamp(0, 6, "", "steady", "red");
+    auto const lines = linesOf(trace);
+    append(lines[0] + "\n" + lines[1] + "\n" + lines[3] + "\n");
+    static_cast<void>(look());
+    append(lines[4] + "\n" + lines[6] + "\n");
+    EXPECT_EQ(look(), R"(
+12:00:00.000      lamp  3  steady red
+12:00:00.000      lamp  4  steady red
+)");
+    append(lines[5] + "\n");
+    EXPECT_EQ(look(), R"(
+12:00:00.000      lamp  5  steady red
+12:00:00.000      lamp  6  steady red
+)");
+}
+
 TEST_F(Following, AnotherTraceInTheSameFile_IsRefused)
 {
     append(TraceText().request("GetDevices").text());

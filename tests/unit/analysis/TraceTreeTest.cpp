@@ -73,6 +73,41 @@ TEST(TraceTree, OtherKinds_AreReadable)
 )");
 }
 
+TEST(TraceTree, PlatformCall_HasItsDurationFromAMillisecondOn)
+{
+    TraceText trace;
+    trace.step(0, R"("step":"platform","name":"CSfi::Lock","result":"sfiFailure","microseconds":999)");
+    trace.step(0, R"("step":"platform","name":"CSfi::Lock","arguments":{"lineURI":"4711"},"microseconds":1000)");
+    trace.step(0, R"("step":"answer","microseconds":-1,"text":"sfiSuccess")").step(0, R"("step":"answer")");
+    EXPECT_EQ(treeOf(trace.contents()), R"(
+12:00:00.000  platform  CSfi::Lock  failure
+12:00:00.000  platform  CSfi::Lock  4711  1 ms
+12:00:00.000         ←  success  <1 ms
+12:00:00.000         ←  finished
+)");
+}
+
+TEST(TraceTree, StepsOfCalls_NameTheirPlacesAndParties)
+{
+    TraceText trace;
+    trace.engine(0, 1, "", "dialling")
+        .engine(0, 1, "dialling", "dialling", "")
+        .step(0, R"("step":"sip","direction":"received","method":"OPTIONS","peer":"192.0.2.1:5060","transport":"TCP")");
+    trace.step(0, R"("step":"sip","direction":"sent","method":"BYE","dialog":"d1","audio":"sendonly")");
+    trace.step(0, R"("step":"store","settings":"dnd","reason":"full")");
+    DisplayOptions ascii = options();
+    ascii.ascii = true;
+    trace.engine(0, 1, "dialling", "idle", "");
+    EXPECT_EQ(treeOf(trace.contents(), {}, TraceTree::Form::kWords, ascii), R"(
+12:00:00.000    engine  4711 call 1: dialling  100
+12:00:00.000    engine  4711 call 1: still dialling
+12:00:00.000       sip  OPTIONS  from 192.0.2.1:5060
+12:00:00.000       sip  BYE sendonly  to the far end
+12:00:00.000     store  dnd  not written: full
+12:00:00.000    engine  4711 call 1: dialling > idle
+)");
+}
+
 TEST(TraceTree, FilterOfKinds_KeepsAncestors)
 {
     auto const kinds = TraceTree::readKinds("event,lamp");
@@ -101,6 +136,20 @@ TEST(TraceTree, FilterOfKinds_KeepsAncestors)
               "\x1b[2m12:00:00.000\x1b[0m      lamp    3  \x1b[31msteady red\x1b[0m\n");
 }
 
+TEST(TraceTree, MarksOfInputsAndReasons_AreColoured)
+{
+    DisplayOptions coloured = options();
+    coloured.colour = true;
+    TraceText trace;
+    trace.request("GetDevices").step(0, R"("step":"command","application":"console","text":"lock")");
+    trace.step(0, R"("step":"reason","text":"no")").step(0, R"("step":"timer","name":"ring")");
+    std::string const text = treeOf(trace.contents(), {}, TraceTree::Form::kWords, coloured);
+    EXPECT_EQ(text, "\n12:00:00.000         \x1b[34m→\x1b[0m  \x1b[34mGetDevices\x1b[0m\x1b[2m, console\x1b[0m\n"
+                    "\x1b[2m12:00:00.000\x1b[0m         \x1b[34m→\x1b[0m  \x1b[34mlock\x1b[0m\x1b[2m, console\x1b[0m\n"
+                    "\x1b[2m12:00:00.000\x1b[0m         \x1b[35m✕\x1b[0m  \x1b[35mno\x1b[0m\n"
+                    "\x1b[2m12:00:00.000\x1b[0m     timer  \x1b[1mring\x1b[0m\n");
+}
+
 TEST(TraceTree, UnknownKind_IsRefused)
 {
     auto const kinds = TraceTree::readKinds("request,evnt");
@@ -122,6 +171,22 @@ TEST(TraceTree, FilterOfLineOrCall_TakesWhatTheyCaused)
     EXPECT_EQ(treeOf(contents, {{}, "4711", ""}), ofFirst);
     EXPECT_EQ(treeOf(contents, {{}, "", "1"}), ofFirst);
     EXPECT_EQ(treeOf(contents, {{}, "4711", "2"}), "\n");
+}
+
+TEST(TraceTree, FilterOfCall_TakesEveryKindOfStepThatIsAboutIt)
+{
+    TraceText trace;
+    trace.engine(0, 3, "", "dialling").platform(0, "CSfi::CallClear", R"("lineURI":"4711","callID":3)");
+    trace.sip(0, "sent", "BYE").event(0, 9, "<Method>CallHeldEvent</Method><LineID>4711</LineID><CallID>3</CallID>");
+    trace.engine(0, 4, "", "dialling", "sip:103@127.0.0.1:5060", "d2").sip(0, "sent", "BYE", "", "d2");
+    for (std::string_view const line : {"", "4711"}) {
+        EXPECT_EQ(treeOf(trace.contents(), {{}, std::string(line), "3"}), R"(
+12:00:00.000    engine  4711 call 3: dialling  100
+12:00:00.000  platform  CSfi::CallClear  4711 call 3  success
+12:00:00.000       sip  BYE  to 100  127.0.0.1:5060 UDP
+12:00:00.000         9  held  4711 call 3
+)");
+    }
 }
 
 TEST(TraceTree, Texts_StandAsInTheTrace)

@@ -171,6 +171,74 @@ TEST(StateTables, Panel_HasTheDisplayAboveTheKeys)
               }));
 }
 
+TEST(StateTables, Panel_SaysWhatIsSpecialOfLinesAndOfTheTelephone)
+{
+    TelephoneState state;
+    state.lines = {lineOf("4711", "idle"), lineOf("4711#2", "idle"), lineOf("4712", "idle")};
+    state.lines[0].registration.clear();
+    state.lines[0].selected = true;
+    state.lines[0].doNotDisturb = true;
+    state.lines[1].registration.clear();
+    state.lines[1].messages = MessageCountState{false, true, 0, 1};
+    state.lines[2].messages = MessageCountState{true, true, 2, 1};
+    state.hookUp = true;
+    state.plugged = {"headset", "line"};
+    state.muted = true;
+    EXPECT_EQ(panelRows(state, test::options()),
+              (TableRows{
+                  "+----------------------------------------------------------------+",
+                  "| 4711     idle              selected, do-not-disturb            |",
+                  "| 4711#2   idle                                                  |",
+                  "| 4712     idle              registered, messages waiting        |",
+                  "+----------------------------------------------------------------+",
+                  "handset lifted, plugged in: headset, line, muted",
+              }));
+    state.muted = false;
+    state.locked = true;
+    state.lines.clear();
+    EXPECT_EQ(panelRows(state, test::options()).back(), "handset lifted, plugged in: headset, line, locked");
+}
+
+TEST(StateTables, Lines_SayWhetherTheyRing)
+{
+    TelephoneState state;
+    state.lines = {lineOf("1", "idle"), lineOf("2", "idle"), lineOf("3", "idle"), lineOf("4", "idle")};
+    state.lines[0].rings = false;
+    state.lines[0].ringDelay = 3;
+    state.lines[1].ringDelay = 1;
+    state.lines[2].messages = MessageCountState{true, false, 0, 0};
+    state.lines[2].agent = "logged off";
+    state.lines[3].messages = MessageCountState{true, true, 1, 0};
+    EXPECT_EQ(lineRows(state, test::options()), (TableRows{
+                                                    "1        idle              registered, silent",
+                                                    "2        idle              registered, rings after 1 s",
+                                                    "3        idle              registered, messages waiting",
+                                                    "4        idle              registered, 1 new message",
+                                                }));
+}
+
+TEST(StateTables, Calls_SayWhyTheyAreAsTheyAre)
+{
+    TelephoneState state;
+    state.time = at("12:00:59.999");
+    state.calls = {callOf(1, "4711", "busy", "sip:100@127.0.0.1:5060"), callOf(2, "4711", "held", ""),
+                   callOf(3, "4711", "idle", "")};
+    state.calls[0].reason = "busy";
+    state.calls[0].since = at("12:00:00.000");
+    state.calls[0].callBackPossible = true;
+    state.calls[1].reason.clear();
+    state.calls[1].since = at("11:00:59.999");
+    state.calls[1].heldForConsultation = true;
+    state.calls[1].secure = true;
+    state.calls[2].since = at("12:01:00.000");
+    EXPECT_EQ(callRows(state, test::options()),
+              (TableRows{
+                  "4711     1     busy              to 100, 0:59, call-back possible",
+                  "4711     2     held              to unknown, 1:00:00, for a consultation, secure",
+                  "4711     3     idle              to unknown, 0:00",
+              }));
+}
+
 TEST(StateTables, Panel_CutsWhatIsTooLong)
 {
     TelephoneState state = exampleState();

@@ -35,6 +35,21 @@ TEST(StyledText, Cell_IsAtLeastTwoBlanksApartFromTheNext)
     EXPECT_EQ(StyledText().cell("abcde", 5).add("f").line({}), "abcde  f");
 }
 
+TEST(StyledText, LineThatIsTooWide_EndsAtTheFirstPieceThatIsCut)
+{
+    DisplayOptions options;
+    options.width = 4;
+    StyledText text;
+    text.add("ab").add("cd");
+    EXPECT_EQ(text.line(options), "abcd");
+    EXPECT_EQ(StyledText().add("ab").add("cde").line(options), "abc…");
+    // A wide character that has no room leaves a column free.
+    EXPECT_EQ(StyledText().add("ab中c").add("x").line(options), "ab…");
+    options.ascii = true;
+    EXPECT_EQ(StyledText().add("ab").add("cde").line(options), "a...");
+    EXPECT_EQ(StyledText().add("ab  ").add("   ").line(options), "ab");
+}
+
 TEST(LampWords, Lamp_HasItsColourWhileItIsLit)
 {
     EXPECT_EQ(lampWords({"steady", "green"}), "steady green");

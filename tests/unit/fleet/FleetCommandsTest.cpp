@@ -46,6 +46,36 @@ TEST_F(FleetCommandsTest, WhatIsForThePrompt_IsRefusedElsewhere)
     EXPECT_EQ(refusalOf("wait 5"), "wait is for the prompt of the fleet");
 }
 
+TEST_F(FleetCommandsTest, Call_NamesAsManyOnBothSides)
+{
+    EXPECT_EQ(refusalOf("call 1 4"), "there is no telephone 4; the fleet has 1 to 3");
+    EXPECT_EQ(refusalOf("call 9 1"), "there is no telephone 9; the fleet has 1 to 3");
+    EXPECT_EQ(refusalOf("call 1 2-3"), "1 telephones cannot call 2: name as many on both sides");
+}
+
+TEST_F(FleetCommandsTest, List_HasTheTelephonesThatAreNamed)
+{
+    EXPECT_THAT(runFleetLine(*members_, "list 2-3").value(),
+                testing::MatchesRegex("telephone .*\n2  .*\n3  .*\n2 telephones, 0 registered, .*"));
+    EXPECT_THAT(runFleetLine(*members_, "list").value(), testing::HasSubstr("\n3 telephones, 0 registered, "));
+}
+
+TEST_F(FleetCommandsTest, Start_StartsWhatIsStopped)
+{
+    start();
+    EXPECT_EQ(runFleetLine(*members_, "stop 2-3").value(), "");
+    waitForNotes(2);
+    EXPECT_EQ(telephone(1).condition(), FleetCondition::kRunning);
+    EXPECT_EQ(telephone(2).condition(), FleetCondition::kStopped);
+    EXPECT_EQ(telephone(3).condition(), FleetCondition::kStopped);
+
+    EXPECT_EQ(runFleetLine(*members_, "start 3").value(), "");
+    waitForNotes(3);
+
+    EXPECT_EQ(notes_[2], "telephone 3 runs again");
+    EXPECT_EQ(telephone(2).condition(), FleetCondition::kStopped);
+}
+
 TEST_F(FleetCommandsTest, Do_OfTelephonesThatDoNotRun_SaysSoOnceForEach)
 {
     start();

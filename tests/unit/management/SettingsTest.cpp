@@ -1,6 +1,7 @@
 // Values by key: reading, refusals with their reasons, and listeners to changes.
 #include "telephone/management/Settings.h"
 
+#include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <mutex>
@@ -46,6 +47,17 @@ TEST(SettingsStandards, ComeFromTheConfiguration)
     EXPECT_EQ(settings.number("server-type"), 7);
     EXPECT_TRUE(settings.flag("forwarding-privacy"));
     EXPECT_EQ(settings.number("dial-restriction-mode"), 4);
+}
+
+TEST(SettingsStandards, OfTheConfigurationAsItIs_AreListedInWords)
+{
+    Settings const settings(ConfigurationStore::open({}).value(), Configuration::standard());
+
+    auto const items = settings.all();
+
+    EXPECT_NE(std::find(items.begin(), items.end(), Settings::Item("server-based-features", "false")), items.end());
+    EXPECT_NE(std::find(items.begin(), items.end(), Settings::Item("forwarding-privacy", "false")), items.end());
+    EXPECT_NE(std::find(items.begin(), items.end(), Settings::Item("server-type", "0")), items.end());
 }
 
 TEST_F(SettingsTest, SetValue_IsInForceWhenSetReturns)
@@ -144,6 +156,34 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{"ReadOnlyWithItsOwnValue", "server-type", "0", RefusalKind::kNotPermitted,
                 "\"server-type\" is read-only"}),
     [](auto const& row) { return row.param.name; });
+
+TEST_F(SettingsTest, Numbers_AreAcceptedUpToTheirLimits)
+{
+    EXPECT_TRUE(settings->set("cfnr-delay", "0"));
+    EXPECT_TRUE(settings->set("cfnr-delay", "99"));
+    EXPECT_FALSE(settings->set("cfnr-delay", "100"));
+    EXPECT_TRUE(settings->set("dial-restriction-mode", "4"));
+    EXPECT_FALSE(settings->set("dial-restriction-mode", "5"));
+    EXPECT_EQ(settings->number("cfnr-delay"), 99);
+}
+
+TEST_F(SettingsTest, RefusedValue_IsShownWithAtMostFortyCharactersAndNoControlCharacter)
+{
+    auto const shown = [this](std::string const& value) {
+        std::string const reason = settings->set("cfu-activated", value).error().reason;
+        return reason.substr(std::string("\"cfu-activated\" takes true or false, not ").size());
+    };
+    EXPECT_EQ(shown(std::string(40, 'x')), "\"" + std::string(40, 'x') + "\"");
+    EXPECT_EQ(shown(std::string(41, 'x')), "\"" + std::string(40, 'x') + "...\"");
+    EXPECT_EQ(shown("a\x1f \x7f~b"), "\"a? ?~b\"");
+}
+
+TEST_F(SettingsTest, KeyOfAFamily_HasAtMost256BytesAndNoNul)
+{
+    EXPECT_TRUE(settings->set("line/" + std::string(251, 'x'), "1"));
+    EXPECT_EQ(settings->set("line/" + std::string(252, 'x'), "1").error().kind, RefusalKind::kNotFound);
+    EXPECT_EQ(settings->set(std::string("line/\0x", 7), "1").error().kind, RefusalKind::kNotFound);
+}
 
 TEST_F(SettingsTest, HugeBinaryKey_IsRefused)
 {
