@@ -145,10 +145,9 @@ constexpr char const* kTelephoneIntroduction = "A SIP telephone around the commu
                                                "its own, with numbers to call, and needs no network.";
 
 constexpr char const* kCheckIntroduction =
-    "Names the functions that LIBRARY, the service's shared library, needs and PROGRAM does not export, each with the "
-    "header that declares it and with its purpose. The shared libraries are those of the program that define parts of "
-    "the "
-    "platform. The program is not run.";
+    "Names the functions that LIBRARY, the service's shared library, needs and PROGRAM does not export, each with its "
+    "header and its purpose. The shared libraries are those of the program that define parts of the platform. The "
+    "program is not run.";
 
 constexpr char const* kConfigurationIntroduction = "telephone --config FILE reads a TOML file. Without one, the "
                                                    "telephone has two lines, 4711 and 4712, at its built-in "
